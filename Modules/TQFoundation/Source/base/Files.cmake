@@ -1,0 +1,8 @@
+tq_room(base
+  AffineTransform.cpp AffineTransform.h
+  Axis.h
+  Point.h
+  Rect.h
+  TQAssert.cpp TQAssert.h
+  TQExport.h
+  TQMemory.h)

@@ -1,0 +1,36 @@
+#pragma once
+
+/// @file Point.h
+/// Points, sizes and vectors of the plane: two doubles each, in the caller's unit.
+
+#include <type_traits>
+
+namespace tq {
+
+struct Point {
+  double x = 0;
+  double y = 0;
+
+  /// By value of the fields: +0 equals -0, NaN equals nothing.
+  friend constexpr bool operator==(Point, Point) noexcept = default;
+};
+
+/// An extent on each axis; negative where a rect that carries it has not been standardised.
+struct Size {
+  double width = 0;
+  double height = 0;
+
+  friend constexpr bool operator==(Size, Size) noexcept = default;
+};
+
+struct Vector {
+  double dx = 0;
+  double dy = 0;
+
+  friend constexpr bool operator==(Vector, Vector) noexcept = default;
+};
+
+static_assert(std::is_trivially_copyable_v<Point> && sizeof(Point) == 16, "boxed by its bytes");
+static_assert(std::is_trivially_copyable_v<Size> && sizeof(Size) == 16, "boxed by its bytes");
+
+}  // namespace tq

@@ -1,0 +1,21 @@
+#include <TQFoundation/objects/Date.h>
+
+#include <functional>
+
+#include <TQFoundation/objects/Number.h>
+
+namespace tq {
+
+Ref<Date> Date::dateWithTimeIntervalSinceReferenceDate(double seconds) {
+  return Ref<Date>::adopt(new Date(seconds));
+}
+
+bool Date::isEqual(const Object& other) const {
+  return other.kind() == ObjectKind::date && seconds_ == static_cast<const Date&>(other).seconds_;
+}
+
+std::size_t Date::hash() const { return std::hash<double>{}(seconds_); }
+
+std::string Date::description() const { return NumberValue(seconds_).text() + " s"; }
+
+}  // namespace tq

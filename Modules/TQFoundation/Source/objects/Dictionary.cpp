@@ -1,0 +1,156 @@
+#include <TQFoundation/objects/Dictionary.h>
+
+#include <algorithm>
+#include <memory>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/detail/Describe.h>
+#include <TQFoundation/objects/detail/DictionaryKeys.h>
+
+namespace tq {
+
+using detail::DictionaryKeys;
+
+Dictionary::Dictionary(Ref<DictionaryKeys> keys) noexcept
+    : Subclass(ObjectKind::dictionary), keys_(std::move(keys)) {}
+
+Dictionary::~Dictionary() {
+  const std::span<Ref<Object>> held = slots();
+  std::destroy(held.begin(), held.end());
+}
+
+Ref<Dictionary> Dictionary::makeUnfilled(Ref<DictionaryKeys> keys) {
+  const std::size_t count = keys->count();
+  auto dictionary = Ref<Dictionary>::adopt(new (Trailing{count * sizeof(Ref<Object>)})
+                                               Dictionary(std::move(keys)));
+  auto* first = reinterpret_cast<Ref<Object>*>(dictionary.get() + 1);
+  std::uninitialized_value_construct_n(first, count);
+  dictionary->values_ = first;
+  return dictionary;
+}
+
+/// The values inside this object; none for a dictionary that keeps them elsewhere.
+std::span<Ref<Object>> Dictionary::slots() noexcept {
+  auto* first = reinterpret_cast<Ref<Object>*>(this + 1);
+  if (values_ != first) return {};
+  return {first, count()};
+}
+
+Ref<Dictionary> Dictionary::dictionary() {
+  static Dictionary& empty = *makeUnfilled(makeRef<DictionaryKeys>()).leak();
+  return Ref<Dictionary>(&empty);
+}
+
+Ref<Dictionary> Dictionary::dictionaryWithEntries(
+    std::span<const std::pair<Ref<Object>, Ref<Object>>> entries) {
+  const Ref<MutableDictionary> collected = MutableDictionary::dictionary();
+  for (const auto& [key, value] : entries) collected->setObject(value, key);
+  return refCast<Dictionary>(collected->copy());
+}
+
+Ref<Dictionary> Dictionary::dictionaryWithEntries(
+    std::initializer_list<std::pair<std::string_view, Ref<Object>>> entries) {
+  const Ref<MutableDictionary> collected = MutableDictionary::dictionary();
+  for (const auto& [key, value] : entries) collected->setObject(value, key);
+  return refCast<Dictionary>(collected->copy());
+}
+
+std::size_t Dictionary::count() const noexcept { return keys_->count(); }
+
+std::span<const Ref<Object>> Dictionary::keys() const noexcept { return keys_->keys(); }
+
+Object* Dictionary::objectForKey(const Object& key) const {
+  const auto index = keys_->find(key);
+  return index ? values_[*index].get() : nullptr;
+}
+
+Object* Dictionary::objectForKey(std::string_view key) const {
+  const auto index = keys_->find(key);
+  return index ? values_[*index].get() : nullptr;
+}
+
+bool Dictionary::isEqual(const Object& other) const {
+  if (this == &other) return true;
+  if (other.kind() != ObjectKind::dictionary) return false;
+  const auto& dictionary = static_cast<const Dictionary&>(other);
+  if (count() != dictionary.count()) return false;
+  for (const Entry entry : *this) {
+    const Object* counterpart = dictionary.objectForKey(entry.key);
+    if (counterpart == nullptr || !entry.value.isEqual(*counterpart)) return false;
+  }
+  return true;
+}
+
+std::string Dictionary::description() const {
+  const detail::DescriptionLevel level;
+  if (level.isTooDeep()) return "{…}";
+  std::string text = "{";
+  for (const Entry entry : *this) {
+    text.append(entry.key.description())
+        .append(" = ")
+        .append(entry.value.description())
+        .append("; ");
+  }
+  if (text.size() > 1) text.pop_back();
+  return text += "}";
+}
+
+MutableDictionary::MutableDictionary() : Subclass(makeRef<DictionaryKeys>()) {}
+
+Ref<MutableDictionary> MutableDictionary::dictionary() {
+  return Ref<MutableDictionary>::adopt(new MutableDictionary);
+}
+
+Ref<MutableDictionary> MutableDictionary::dictionaryWithDictionary(const Dictionary& other) {
+  Ref<MutableDictionary> result = dictionary();
+  for (const Entry entry : other) result->setObject(share(entry.value), share(entry.key));
+  return result;
+}
+
+void MutableDictionary::setObject(Ref<Object> value, Ref<Object> forKey) {
+  if (!value || !forKey) {
+    throw Exception(InvalidArgumentException,
+                    "A dictionary holds neither keys nor values of none.");
+  }
+  if (const auto index = keys_->find(*forKey)) {
+    std::swap(held_[*index], value);
+    return;
+  }
+  held_.reserve(held_.size() == held_.capacity() ? std::max<std::size_t>(4, 2 * held_.size())
+                                                 : held_.capacity());
+  values_ = held_.data();
+  keys_->append(forKey->copy());
+  held_.push_back(std::move(value));
+}
+
+void MutableDictionary::setObject(Ref<Object> value, std::string_view forKey) {
+  setObject(std::move(value), String::of(forKey));
+}
+
+void MutableDictionary::removeObjectForKey(const Object& key) {
+  const auto index = keys_->find(key);
+  if (!index) return;
+  const auto at = held_.begin() + static_cast<std::ptrdiff_t>(*index);
+  const Ref<Object> removed = std::move(*at);  // released last: its destructor may come back here
+  held_.erase(at);
+  keys_->removeAt(*index);
+}
+
+void MutableDictionary::removeAllObjects() {
+  Ref<DictionaryKeys> noKeys = makeRef<DictionaryKeys>();
+  const std::vector<Ref<Object>> removed = std::move(held_);
+  held_.clear();
+  keys_ = std::move(noKeys);
+  values_ = held_.data();
+}
+
+Ref<Object> MutableDictionary::copy() const {
+  Ref<DictionaryKeys> keys = makeRef<DictionaryKeys>();
+  for (const Ref<Object>& key : this->keys()) keys->append(key);
+  const Ref<Dictionary> result = makeUnfilled(std::move(keys));
+  std::ranges::copy(values(), result->slots().begin());
+  return result;
+}
+
+}  // namespace tq

@@ -1,0 +1,52 @@
+#include <TQFoundation/objects/Error.h>
+
+#include <functional>
+#include <utility>
+
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+
+Error::Error(std::string_view domain, std::int64_t code, Ref<Dictionary> userInfo)
+    : domain_(domain),
+      code_(code),
+      userInfo_(userInfo ? std::move(userInfo) : Dictionary::dictionary()) {}
+
+Ref<Error> Error::errorWithDomain(std::string_view domain, std::int64_t code,
+                                  Ref<Dictionary> userInfo) {
+  return Ref<Error>::adopt(new Error(domain, code, std::move(userInfo)));
+}
+
+Ref<Error> Error::errorWithDomain(std::string_view domain, std::int64_t code,
+                                  std::string_view description) {
+  // A description comes from anywhere, an exception of the host's say; it is not lost for a bad
+  // byte.
+  Ref<String> text = String::stringWithUTF8Repaired(description);
+  return errorWithDomain(domain, code,
+                         Dictionary::dictionaryWithEntries({{LocalizedDescriptionKey, text}}));
+}
+
+std::string Error::localizedDescription() const {
+  if (const Object* text = userInfo_->objectForKey(LocalizedDescriptionKey)) {
+    return text->description();
+  }
+  return "The operation couldn’t be completed. (" + domain_ + " error " + std::to_string(code_) +
+         ".)";
+}
+
+bool Error::isEqual(const Object& other) const {
+  const auto* error = objectCast<Error>(&other);
+  return error != nullptr && domain_ == error->domain_ && code_ == error->code_ &&
+         userInfo_->isEqual(*error->userInfo_);
+}
+
+std::size_t Error::hash() const {
+  return std::hash<std::string>{}(domain_) ^ std::hash<std::int64_t>{}(code_);
+}
+
+std::string Error::description() const {
+  return "Error Domain=" + domain_ + " Code=" + std::to_string(code_) + " \"" +
+         localizedDescription() + "\" UserInfo=" + userInfo_->description();
+}
+
+}  // namespace tq

@@ -1,0 +1,18 @@
+tq_room(objects
+  Array.cpp Array.h
+  Class.cpp Class.h
+  Data.cpp Data.h
+  Date.cpp Date.h
+  Dictionary.cpp Dictionary.h
+  DictionaryKeys.cpp
+  Error.cpp Error.h
+  Exception.cpp Exception.h
+  GeometryText.cpp GeometryText.h
+  Null.cpp Null.h
+  Number.cpp Number.h
+  Object.cpp Object.h
+  Ref.h
+  String.cpp String.h
+  UTF.cpp
+  Value.cpp Value.h
+  Weak.cpp Weak.h)

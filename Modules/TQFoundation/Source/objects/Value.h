@@ -1,0 +1,90 @@
+#pragma once
+
+/// @file Value.h
+/// Plain structures, boxed.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+#include <TQFoundation/base/Point.h>
+#include <TQFoundation/base/Rect.h>
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Class.h>
+
+namespace tq {
+
+/// A stretch of indexes: the first one and how many.
+struct Range {
+  std::uint64_t location = 0;
+  std::uint64_t length = 0;
+
+  friend constexpr bool operator==(Range, Range) noexcept = default;
+};
+
+/// The bytes of a plain structure with its type signature. Threads: any; immutable.
+class TQ_EXPORT Value final : public Subclass<Value> {
+ public:
+  static constexpr std::string_view className = "Value";
+  static constexpr std::string_view codingName = "NSValue";
+
+  static constexpr std::string_view kPointType = "{CGPoint=dd}";
+  static constexpr std::string_view kSizeType = "{CGSize=dd}";
+  static constexpr std::string_view kRectType = "{CGRect={CGPoint=dd}{CGSize=dd}}";
+  static constexpr std::string_view kRangeType = "{_NSRange=QQ}";
+
+  [[nodiscard]] static Ref<Value> valueWithPoint(Point point);
+  [[nodiscard]] static Ref<Value> valueWithSize(Size size);
+  [[nodiscard]] static Ref<Value> valueWithRect(const Rect& rect);
+  [[nodiscard]] static Ref<Value> valueWithRange(Range range);
+
+  /// Any plain structure by its bytes. An empty signature without bytes is a value without content.
+  [[nodiscard]] static Ref<Value> valueWithBytes(std::string_view typeSignature,
+                                                 std::span<const std::byte> bytes);
+
+  /// Boxes a trivially copyable structure.
+  template <class T>
+  requires std::is_trivially_copyable_v<T>
+  [[nodiscard]] static Ref<Value> valueWith(std::string_view typeSignature, const T& structure) {
+    return valueWithBytes(typeSignature, std::as_bytes(std::span(&structure, 1)));
+  }
+
+  [[nodiscard]] const std::string& typeSignature() const noexcept { return type_; }
+  [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return bytes_; }
+
+  /// The structure, when the signature and the size are the ones asked for; else none.
+  template <class T>
+  requires std::is_trivially_copyable_v<T>
+  [[nodiscard]] std::optional<T> as(std::string_view typeSignature) const noexcept {
+    T structure{};
+    if (!read(typeSignature, std::as_writable_bytes(std::span(&structure, 1)))) return std::nullopt;
+    return structure;
+  }
+
+  [[nodiscard]] std::optional<Point> pointValue() const noexcept { return as<Point>(kPointType); }
+  [[nodiscard]] std::optional<Size> sizeValue() const noexcept { return as<Size>(kSizeType); }
+  [[nodiscard]] std::optional<Rect> rectValue() const noexcept { return as<Rect>(kRectType); }
+  [[nodiscard]] std::optional<Range> rangeValue() const noexcept { return as<Range>(kRangeType); }
+
+  /// Same signature and same bytes: +0 and -0 differ, and rects are not standardised.
+  [[nodiscard]] bool isEqual(const Object& other) const override;
+  [[nodiscard]] std::size_t hash() const override;
+
+  /// Points, sizes and rects as `{x, y}`, `{w, h}` and `{{x, y}, {w, h}}`; else the signature and
+  /// the byte count.
+  [[nodiscard]] std::string description() const override;
+
+ private:
+  Value(std::string_view type, std::span<const std::byte> bytes);
+  [[nodiscard]] bool read(std::string_view typeSignature, std::span<std::byte> into) const noexcept;
+
+  std::string type_;
+  std::vector<std::byte> bytes_;
+};
+
+}  // namespace tq

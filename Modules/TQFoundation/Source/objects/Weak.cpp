@@ -1,0 +1,95 @@
+#include <TQFoundation/objects/Weak.h>
+
+#include <array>
+#include <mutex>
+#include <unordered_map>
+
+// An object's weak block lies in a side table keyed by its address. Protocol:
+//   - whoever makes a block holds the object, so its count cannot reach 0 meanwhile;
+//   - the last release sees the mark in the count and comes to forgetWeakly() before the
+//   destructor;
+//   - locking a block reads the object's count only under the shard's lock and only while the block
+//     still points at it, so the memory is there; a count of 0 is never raised again.
+
+namespace tq::detail {
+
+struct WeakBlock {
+  explicit WeakBlock(const Object& observed) noexcept : object(&observed), address(&observed) {}
+
+  std::atomic<std::uint32_t> references{1};
+  const Object* object;         // guarded by the shard's lock; null once the object is gone
+  const Object* const address;  // names the shard for good
+};
+
+namespace {
+
+struct Shard {
+  std::mutex lock;
+  std::unordered_map<const Object*, WeakBlock*> blocks;  // guarded by lock
+};
+
+Shard& shardOf(const Object* address) noexcept {
+  static auto& shards = *new std::array<Shard, 64>;  // never destroyed: threads may outlive main
+  const auto bits = reinterpret_cast<std::uintptr_t>(address) >> 4;
+  return shards[(bits ^ (bits >> 6) ^ (bits >> 12)) % shards.size()];
+}
+
+}  // namespace
+
+WeakBlock* weakBlockFor(const Object& object) {
+  Shard& shard = shardOf(&object);
+  const std::scoped_lock guard(shard.lock);
+  auto [entry, isNew] = shard.blocks.try_emplace(&object, nullptr);
+  if (isNew) {
+    try {
+      entry->second = new WeakBlock(object);
+    } catch (...) {
+      shard.blocks.erase(entry);
+      throw;
+    }
+    object.references_.fetch_or(Object::kWeaklyHeld, std::memory_order_relaxed);
+  } else {
+    retainBlock(*entry->second);
+  }
+  return entry->second;
+}
+
+void forgetWeakly(const Object& object) noexcept {
+  Shard& shard = shardOf(&object);
+  const std::scoped_lock guard(shard.lock);
+  const auto entry = shard.blocks.find(&object);
+  if (entry == shard.blocks.end()) return;  // every Weak has gone in the meantime
+  entry->second->object = nullptr;
+  shard.blocks.erase(entry);
+}
+
+bool retainIfAlive(const WeakBlock& block) noexcept {
+  const std::scoped_lock guard(shardOf(block.address).lock);
+  if (block.object == nullptr) return false;
+  auto& references = block.object->references_;
+  std::uint32_t count = references.load(std::memory_order_relaxed);
+  do {
+    if (count < Object::kReference) return false;  // its last release is on the way here
+  } while (!references.compare_exchange_weak(count, count + Object::kReference,
+                                             std::memory_order_relaxed));
+  return true;
+}
+
+void retainBlock(WeakBlock& block) noexcept {
+  block.references.fetch_add(1, std::memory_order_relaxed);
+}
+
+void releaseBlock(WeakBlock& block) noexcept {
+  Shard& shard = shardOf(block.address);
+  {
+    // Under the lock, so that weakBlockFor() cannot hand out a block that is being dropped.
+    const std::scoped_lock guard(shard.lock);
+    if (block.references.fetch_sub(1, std::memory_order_relaxed) != 1) return;
+    if (block.object != nullptr) shard.blocks.erase(block.address);
+  }
+  delete &block;
+}
+
+Object* objectOf(const WeakBlock& block) noexcept { return const_cast<Object*>(block.address); }
+
+}  // namespace tq::detail

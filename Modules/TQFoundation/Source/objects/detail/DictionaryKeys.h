@@ -1,0 +1,48 @@
+#pragma once
+
+/// @file DictionaryKeys.h
+/// The keys of a dictionary, which dictionaries with the same keys share.
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include <TQFoundation/objects/Object.h>
+#include <TQFoundation/objects/Ref.h>
+
+namespace tq::detail {
+
+/// Distinct keys in order, with an index over them once there are more than a search is good for.
+/// Changed only by an owner that has it to itself.
+class DictionaryKeys final : public Object {
+ public:
+  DictionaryKeys() noexcept = default;
+
+  [[nodiscard]] std::span<const Ref<Object>> keys() const noexcept { return keys_; }
+  [[nodiscard]] std::size_t count() const noexcept { return keys_.size(); }
+
+  [[nodiscard]] std::optional<std::size_t> find(const Object& key) const;
+  [[nodiscard]] std::optional<std::size_t> find(std::string_view key) const;
+
+  /// Puts a key last that is not there yet. Strong guarantee.
+  void append(Ref<Object> key);
+
+  /// Takes out the key at `index`; those behind it move up.
+  void removeAt(std::size_t index);
+
+ private:
+  static constexpr std::size_t kSearched = 8;
+
+  template <class Equal>
+  [[nodiscard]] std::optional<std::size_t> findWith(std::size_t hash, Equal&& equal) const;
+  void insertSlot(std::size_t index) noexcept;
+  void rebuild();
+
+  std::vector<Ref<Object>> keys_;
+  // Open addressing, linear probing, a power of two at most half full; index + 1, 0 is empty.
+  std::vector<std::uint32_t> slots_;
+};
+
+}  // namespace tq::detail

@@ -1,0 +1,3 @@
+tq_room(platform
+  ObjectMemory.cpp
+  PlainLog.cpp PlainLog.h)

@@ -1,0 +1,77 @@
+#include <TQFoundation/platform/PlainLog.h>
+
+#include <errno.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace tq {
+namespace {
+
+struct SinkSlot {
+  std::mutex lock;
+  std::shared_ptr<const PlainLogSink> sink;  // guarded by lock
+};
+
+SinkSlot& sinkSlot() {
+  static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
+  return slot;
+}
+
+std::string timestamp() {
+  using namespace std::chrono;
+  const auto now = system_clock::now();
+  const std::time_t seconds = system_clock::to_time_t(now);
+  const auto millis = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  char text[40];
+  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
+  const std::string fraction = std::to_string(1000 + millis);
+  return std::string(text, length) + "." + fraction.substr(1);
+}
+
+void writeAll(std::string_view text) noexcept {
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return;  // nobody listens
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace
+
+void plainLog(std::string_view message) {
+  std::shared_ptr<const PlainLogSink> sink;
+  {
+    const std::scoped_lock guard(sinkSlot().lock);
+    sink = sinkSlot().sink;
+  }
+  if (sink != nullptr) {
+    (*sink)(message);
+    return;
+  }
+  std::string line = timestamp();
+  line.append(" ").append(program_invocation_short_name);
+  line.append("[").append(std::to_string(::getpid()));
+  line.append(":").append(std::to_string(::gettid())).append("] ").append(message);
+  if (!line.ends_with('\n')) line += '\n';
+  writeAll(line);
+}
+
+PlainLogSink setPlainLogSink(PlainLogSink sink) {
+  auto replacement = sink ? std::make_shared<const PlainLogSink>(std::move(sink)) : nullptr;
+  {
+    const std::scoped_lock guard(sinkSlot().lock);
+    sinkSlot().sink.swap(replacement);
+  }
+  return replacement != nullptr ? *replacement : PlainLogSink();
+}
+
+}  // namespace tq

@@ -1,0 +1,46 @@
+cmake_minimum_required(VERSION 3.25)
+# cmake -DSOURCE=<Source directory> -P CheckRooms.cmake
+# Fails when a file includes a room that its own room may not know, or when a library of others is
+# included anywhere but in a .cpp file of the platform room.
+
+set(may_include_base base)
+set(may_include_objects objects base)
+set(may_include_platform platform objects base)
+set(may_include_geometry geometry platform objects base)
+set(may_include_serialisation serialisation platform objects base)
+set(may_include_collections collections geometry platform objects base)
+set(may_include_spatial spatial collections geometry platform objects base)
+set(may_include_comparison comparison geometry platform objects base)
+set(may_include_concurrency concurrency platform objects base)
+set(may_include_environment environment concurrency platform objects base)
+
+set(faults "")
+file(GLOB_RECURSE files RELATIVE "${SOURCE}" "${SOURCE}/*.h" "${SOURCE}/*.cpp")
+foreach(file IN LISTS files)
+  if(NOT file MATCHES "^([a-z]+)/")
+    continue()  # the umbrella header
+  endif()
+  set(room "${CMAKE_MATCH_1}")
+  file(STRINGS "${SOURCE}/${file}" includes REGEX "^#[ ]*include")
+  foreach(line IN LISTS includes)
+    if(line MATCHES "<TQFoundation/([a-z]+)/")
+      if(NOT CMAKE_MATCH_1 IN_LIST may_include_${room})
+        string(APPEND faults "${file}: ${room} may not know ${CMAKE_MATCH_1}: ${line}\n")
+      endif()
+    elseif(line MATCHES "[<\"][a-z0-9_/]+[>\"]$" OR line MATCHES "<(sys|linux|netinet|arpa)/[a-z0-9_]+\\.h>")
+      # the C++ library, or the operating system
+    elseif(line MATCHES "<(fcntl|unistd|errno|pthread|signal|poll|cxxabi|immintrin|emmintrin)\\.h>")
+      if(NOT room STREQUAL "platform" AND NOT line MATCHES "<(errno|cxxabi|emmintrin|immintrin)\\.h>")
+        string(APPEND faults "${file}: the operating system is reached through platform: ${line}\n")
+      endif()
+    elseif(NOT (room STREQUAL "platform" AND file MATCHES "\\.cpp$"))
+      string(APPEND faults "${file}: libraries stay in platform's .cpp files: ${line}\n")
+    endif()
+  endforeach()
+endforeach()
+
+if(faults)
+  message(FATAL_ERROR "${faults}")
+endif()
+list(LENGTH files count)
+message(STATUS "${count} files obey the rooms' arrows")

@@ -1,0 +1,7 @@
+# The libraries behind the platform room. Each is used by the .cpp files of that room alone.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(simdjson REQUIRED IMPORTED_TARGET simdjson)
+pkg_check_modules(libcrypto REQUIRED IMPORTED_TARGET libcrypto)
+find_package(mimalloc REQUIRED)

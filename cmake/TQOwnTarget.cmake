@@ -1,0 +1,42 @@
+# Settings of the targets that this project builds for itself; none of them reaches a consumer.
+
+find_program(TQ_CCACHE ccache)
+if(TQ_CCACHE AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${TQ_CCACHE}")
+endif()
+
+# Sources include each other by the installed path; a link in the build tree makes it resolve.
+set(TQ_INCLUDE_DIR "${PROJECT_BINARY_DIR}/include")
+file(MAKE_DIRECTORY "${TQ_INCLUDE_DIR}")
+file(CREATE_LINK "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Source"
+     "${TQ_INCLUDE_DIR}/TQFoundation" SYMBOLIC)
+
+function(tq_own_target target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+    $<$<BOOL:${TQ_WARNINGS_AS_ERRORS}>:-Werror>
+    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
+    # GCC 12 takes std::string's own copying for overlapping (its bug 105329).
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    -ffp-contract=off
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  if(TQ_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      "-fsanitize=${TQ_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    if(TQ_SANITIZE MATCHES undefined)
+      target_compile_options(${target} PRIVATE -fsanitize=float-cast-overflow)
+    endif()
+    target_link_options(${target} PRIVATE "-fsanitize=${TQ_SANITIZE}")
+    target_compile_definitions(${target} PRIVATE TQ_SANITIZED)
+  endif()
+  if(TQ_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
