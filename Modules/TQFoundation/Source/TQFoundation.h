@@ -5,6 +5,7 @@
 
 #include <TQFoundation/base/AffineTransform.h>
 #include <TQFoundation/base/Axis.h>
+#include <TQFoundation/base/NumberText.h>
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQAssert.h>

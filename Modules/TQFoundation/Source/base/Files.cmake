@@ -1,6 +1,7 @@
 tq_room(base
   AffineTransform.cpp AffineTransform.h
   Axis.h
+  NumberText.cpp NumberText.h
   Point.h
   Rect.h
   TQAssert.cpp TQAssert.h

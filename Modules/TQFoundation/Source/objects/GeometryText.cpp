@@ -1,23 +1,16 @@
 #include <TQFoundation/objects/GeometryText.h>
 
-#include <charconv>
-#include <cmath>
 #include <span>
 
+#include <TQFoundation/base/NumberText.h>
 #include <TQFoundation/objects/String.h>
 
 namespace tq {
 namespace {
 
 void append(std::string& text, double value) {
-  if (std::isnan(value)) {
-    text += "nan";
-    return;
-  }
-  char buffer[32];
-  const auto end =
-      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 17);
-  text.append(buffer, end.ptr);
+  char buffer[kNumberTextCapacity];
+  text.append(buffer, writeDouble17(buffer, value));
 }
 
 std::string pair(double a, double b) {

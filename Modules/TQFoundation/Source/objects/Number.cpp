@@ -1,8 +1,9 @@
 #include <TQFoundation/objects/Number.h>
 
-#include <charconv>
 #include <cmath>
 #include <functional>
+
+#include <TQFoundation/base/NumberText.h>
 
 namespace tq {
 
@@ -25,19 +26,21 @@ std::size_t NumberValue::hash() const noexcept {
 }
 
 std::string NumberValue::text() const {
-  char buffer[40];
-  std::to_chars_result end{};
-  if (isFloating()) {
-    const double value = floating();
-    if (std::isnan(value)) return "nan";
-    end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general,
-                        kind_ == NumberKind::float32 ? 7 : 16);
-  } else if (kind_ == NumberKind::uint64) {
-    end = std::to_chars(buffer, buffer + sizeof buffer, bits_);
-  } else {
-    end = std::to_chars(buffer, buffer + sizeof buffer, static_cast<std::int64_t>(bits_));
+  char buffer[kNumberTextCapacity];
+  return {buffer, writeText(buffer)};
+}
+
+char* NumberValue::writeText(char* to) const noexcept {
+  switch (kind_) {
+    case NumberKind::float32:
+      return writeFloat7(to, static_cast<float>(floating()));
+    case NumberKind::float64:
+      return writeDouble16(to, floating());
+    case NumberKind::uint64:
+      return writeUnsigned(to, bits_);
+    default:
+      return writeInteger(to, static_cast<std::int64_t>(bits_));
   }
-  return {buffer, end.ptr};
 }
 
 Ref<Number> Number::numberWith(NumberValue value) { return Ref<Number>::adopt(new Number(value)); }

@@ -100,6 +100,9 @@ class NumberValue {
   /// -0.
   [[nodiscard]] TQ_EXPORT std::string text() const;
 
+  /// The same into room for kNumberTextCapacity characters. @return its end
+  TQ_EXPORT char* writeText(char* to) const noexcept;
+
  private:
   template <class T>
   [[nodiscard]] static constexpr NumberKind kindFor(T value) noexcept {

@@ -1,0 +1,176 @@
+#include <TQFoundation/base/NumberText.h>
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+// Doubles become text by one of three roads, all exact:
+//   1. whole numbers below 10^P: integer formatting;
+//   2. numbers above 1e-11: value = m · 2^e with m < 2^53, and the P digits wanted are the integer
+//      m · 5^k / 2^(-e-k) for the k that brings it to P digits. 5^27 < 2^63, so the product fits 128
+//      bits and the division is a shift whose remainder tells how to round, half to even;
+//   3. the rest, through std::to_chars, which prints what printf prints.
+
+namespace tq {
+namespace {
+
+__extension__ using Wide = unsigned __int128;
+
+constexpr int kMaxPowerOf5 = 27;
+
+struct PowersOf5 {
+  std::uint64_t of[kMaxPowerOf5 + 1];
+};
+
+constexpr PowersOf5 kPowersOf5 = [] {
+  PowersOf5 powers{};
+  powers.of[0] = 1;
+  for (int i = 1; i <= kMaxPowerOf5; ++i) powers.of[i] = powers.of[i - 1] * 5;
+  return powers;
+}();
+
+constexpr std::uint64_t powerOf10(int exponent) {
+  std::uint64_t power = 1;
+  while (exponent-- > 0) power *= 10;
+  return power;
+}
+
+struct DigitPairs {
+  char text[200];
+};
+
+constexpr DigitPairs kDigitPairs = [] {
+  DigitPairs pairs{};
+  for (int i = 0; i < 100; ++i) {
+    pairs.text[2 * i] = static_cast<char>('0' + i / 10);
+    pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
+
+void writePair(char* to, std::uint32_t belowHundred) noexcept {
+  std::memcpy(to, kDigitPairs.text + 2 * belowHundred, 2);
+}
+
+/// Exactly 8 digits, leading zeros included.
+void writeEight(char* to, std::uint32_t value) noexcept {
+  const std::uint32_t high = value / 10000;
+  const std::uint32_t low = value % 10000;
+  writePair(to, high / 100);
+  writePair(to + 2, high % 100);
+  writePair(to + 4, low / 100);
+  writePair(to + 6, low % 100);
+}
+
+template <class Value>
+char* viaLibrary(char* to, Value value, int digits) noexcept {
+  if (std::isnan(value)) return static_cast<char*>(std::memcpy(to, "nan", 3)) + 3;
+  return std::to_chars(to, to + kNumberTextCapacity, value, std::chars_format::general, digits).ptr;
+}
+
+/// The digits of a number as one integer of exactly `Digits` digits, and the power of ten of the first.
+struct Scaled {
+  std::uint64_t digits = 0;
+  int exponent = 0;
+};
+
+/// For 1e-11 < value < 10^Digits with a fraction. (The double 1e-11 itself lies below 10^-11.)
+template <int Digits>
+Scaled scale(double value) noexcept {
+  const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
+  const std::uint64_t mantissa = (bits & ((1ull << 52) - 1)) | (1ull << 52);
+  const int binaryExponent = static_cast<int>(bits >> 52) - 1075;  // value = mantissa · 2^this
+
+  // floor(log10(2^(binaryExponent + 52))): the exponent of ten, or one too small.
+  int exponent = ((binaryExponent + 52) * 78913) >> 18;
+  for (;; ++exponent) {
+    const int power = Digits - 1 - exponent;
+    if (power > kMaxPowerOf5) continue;  // only the first guess can be that low
+    const Wide product = static_cast<Wide>(mantissa) * kPowersOf5.of[power];
+    const int shift = -(binaryExponent + power);
+    auto digits = static_cast<std::uint64_t>(product >> shift);
+    if (digits >= powerOf10(Digits)) continue;
+    const Wide rest = product & ((static_cast<Wide>(1) << shift) - 1);
+    const Wide half = static_cast<Wide>(1) << (shift - 1);
+    if (rest > half || (rest == half && (digits & 1) != 0)) ++digits;
+    if (digits == powerOf10(Digits)) return {powerOf10(Digits - 1), exponent + 1};
+    return {digits, exponent};
+  }
+}
+
+/// Digits d.ddd · 10^exponent in the form that %g chooses; `count` digits, the last one not 0.
+char* layOut(char* to, const char* digits, int count, int exponent, int significant) noexcept {
+  const auto copy = [&to](const char* from, int length) {
+    std::memcpy(to, from, static_cast<std::size_t>(length));
+    to += length;
+  };
+  if (exponent < -4 || exponent >= significant) {
+    *to++ = digits[0];
+    if (count > 1) {
+      *to++ = '.';
+      copy(digits + 1, count - 1);
+    }
+    *to++ = 'e';
+    *to++ = exponent < 0 ? '-' : '+';
+    writePair(to, static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent));
+    return to + 2;
+  }
+  if (exponent < 0) {
+    copy("0.000", 1 - exponent);
+    copy(digits, count);
+    return to;
+  }
+  if (count <= exponent + 1) {
+    copy(digits, count);
+    for (int i = count; i <= exponent; ++i) *to++ = '0';
+    return to;
+  }
+  copy(digits, exponent + 1);
+  *to++ = '.';
+  copy(digits + exponent + 1, count - exponent - 1);
+  return to;
+}
+
+template <int Digits>
+char* writeDouble(char* to, double value) noexcept {
+  const double magnitude = std::fabs(value);
+  if (!(magnitude > 1e-11 && magnitude < static_cast<double>(powerOf10(Digits)))) {
+    return viaLibrary(to, value, Digits);
+  }
+  if (value < 0) *to++ = '-';
+  const auto whole = static_cast<std::uint64_t>(magnitude);
+  if (static_cast<double>(whole) == magnitude) return writeUnsigned(to, whole);
+
+  const Scaled scaled = scale<Digits>(magnitude);
+  char digits[24];
+  char* first = digits;
+  std::uint64_t rest = scaled.digits;
+  if constexpr (Digits == 17) {
+    *first++ = static_cast<char>('0' + rest / powerOf10(16));
+    rest %= powerOf10(16);
+  }
+  writeEight(first, static_cast<std::uint32_t>(rest / powerOf10(8)));
+  writeEight(first + 8, static_cast<std::uint32_t>(rest % powerOf10(8)));
+  int count = Digits;
+  while (digits[count - 1] == '0') --count;
+  return layOut(to, digits, count, scaled.exponent, Digits);
+}
+
+}  // namespace
+
+char* writeDouble16(char* to, double value) noexcept { return writeDouble<16>(to, value); }
+
+char* writeDouble17(char* to, double value) noexcept { return writeDouble<17>(to, value); }
+
+char* writeFloat7(char* to, float value) noexcept { return viaLibrary(to, value, 7); }
+
+char* writeUnsigned(char* to, std::uint64_t value) noexcept {
+  return std::to_chars(to, to + kNumberTextCapacity, value).ptr;
+}
+
+char* writeInteger(char* to, std::int64_t value) noexcept {
+  return std::to_chars(to, to + kNumberTextCapacity, value).ptr;
+}
+
+}  // namespace tq
