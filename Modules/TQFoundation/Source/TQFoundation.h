@@ -26,4 +26,8 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
+#include <TQFoundation/platform/Base64.h>
+#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/FileReading.h>
 #include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/URL.h>

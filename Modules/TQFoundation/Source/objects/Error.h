@@ -21,6 +21,7 @@ inline constexpr std::string_view POSIXErrorDomain = "NSPOSIXErrorDomain";
 inline constexpr std::string_view LocalizedDescriptionKey = "NSLocalizedDescription";
 inline constexpr std::string_view DebugDescriptionKey = "NSDebugDescription";
 inline constexpr std::string_view UnderlyingErrorKey = "NSUnderlyingError";
+inline constexpr std::string_view FilePathKey = "NSFilePath";
 
 /// A domain, a code and more where there is more. Threads: any; immutable.
 class TQ_EXPORT Error final : public Subclass<Error> {

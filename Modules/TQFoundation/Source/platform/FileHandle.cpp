@@ -1,0 +1,64 @@
+#include <TQFoundation/platform/FileHandle.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <string>
+
+#include <TQFoundation/platform/detail/FileError.h>
+
+namespace tq {
+namespace {
+
+std::atomic<WriteHook> writeHook = nullptr;
+
+}  // namespace
+
+Ref<FileHandle> FileHandle::fileHandleForWritingToURL(const URL& url, Ref<Error>* error) {
+  int descriptor = -1;
+  int failure = EINVAL;  // a NUL would cut the path
+  if (url.path().find('\0') == std::string::npos) {
+    do {
+      descriptor = ::open(url.path().c_str(), O_WRONLY | O_CLOEXEC);
+      failure = errno;
+    } while (descriptor < 0 && failure == EINTR);
+  }
+  if (descriptor < 0) {
+    setOutError(error, detail::fileError(detail::FileUse::writing, url, failure));
+    return nullptr;
+  }
+  return fileHandleWithFileDescriptor(descriptor, true);
+}
+
+Ref<FileHandle> FileHandle::fileHandleWithFileDescriptor(int descriptor, bool closeOnDealloc) {
+  try {
+    return Ref<FileHandle>::adopt(new FileHandle(descriptor, closeOnDealloc));
+  } catch (...) {
+    if (closeOnDealloc) ::close(descriptor);
+    throw;
+  }
+}
+
+FileHandle::~FileHandle() {
+  if (closeOnDealloc_) closeFile();
+}
+
+// Closed once, whatever close() answers: on Linux the descriptor is gone even after EINTR, and a
+// second try could close another thread's file.
+void FileHandle::closeFile() noexcept {
+  if (descriptor_ >= 0) ::close(descriptor_);
+  descriptor_ = -1;
+}
+
+WriteResult writeOnce(int descriptor, std::span<const std::byte> bytes) noexcept {
+  if (const WriteHook hook = writeHook.load()) return hook(descriptor, bytes);
+  errno = 0;  // a short write sets nothing, and must not show an older number
+  const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+  return {count, errno};
+}
+
+WriteHook setWriteHook(WriteHook hook) noexcept { return writeHook.exchange(hook); }
+
+}  // namespace tq

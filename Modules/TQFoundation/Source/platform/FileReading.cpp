@@ -1,0 +1,74 @@
+#include <TQFoundation/platform/FileReading.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/detail/FileError.h>
+#include <TQFoundation/platform/detail/FilledData.h>
+
+namespace tq {
+namespace {
+
+using detail::FilledData;
+
+constexpr off_t kLargestFile = off_t{1} << 36;
+
+/// Reads to the end. The size is a guess: files grow, and those of the kernel claim to be empty.
+/// @return 0, or the system's error number
+int readAll(int descriptor, FilledData& data) {
+  std::size_t length = 0;
+  for (;;) {
+    if (length == data.room().size()) data.grow(std::max<std::size_t>(4096, 2 * length));
+    const std::span<std::byte> room = data.room().subspan(length);
+    const ssize_t count = ::read(descriptor, room.data(), room.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    if (count == 0) break;
+    length += static_cast<std::size_t>(count);
+  }
+  data.setLength(length);
+  return 0;
+}
+
+}  // namespace
+
+Ref<Data> dataWithContentsOfURL(const URL& url, Ref<Error>* error) {
+  const auto fail = [&](int errorNumber) {
+    setOutError(error, detail::fileError(detail::FileUse::reading, url, errorNumber));
+    return nullptr;
+  };
+  if (url.path().find('\0') != std::string::npos) return fail(EINVAL);  // it would cut the path
+  // Not to block: a pipe without a writer is refused, not waited for.
+  const int descriptor = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  if (descriptor < 0) return fail(errno);
+  const Ref<FileHandle> file = FileHandle::fileHandleWithFileDescriptor(descriptor, true);
+
+  struct stat status {};
+  if (::fstat(descriptor, &status) != 0) return fail(errno);
+  if (S_ISDIR(status.st_mode)) return fail(EISDIR);
+  if (status.st_size > kLargestFile) return fail(EFBIG);
+  if (!S_ISREG(status.st_mode)) {
+    setOutError(error, detail::fileError(detail::FileUse::reading, url, EINVAL,
+                                         "The file “" + std::string(url.lastPathComponent()) +
+                                             "” couldn’t be opened because it is not a regular "
+                                             "file."));
+    return nullptr;
+  }
+  try {
+    // One byte more than the size, so that the end is met without growing.
+    const Ref<FilledData> data = makeRef<FilledData>(static_cast<std::size_t>(status.st_size) + 1);
+    const int failure = readAll(descriptor, *data);
+    return failure == 0 ? Ref<Data>(data) : fail(failure);
+  } catch (const std::bad_alloc&) {
+    return fail(EFBIG);
+  }
+}
+
+}  // namespace tq
