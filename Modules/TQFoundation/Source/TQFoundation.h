@@ -23,11 +23,15 @@
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Object.h>
 #include <TQFoundation/objects/Ref.h>
+#include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/Base64.h>
 #include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/FileReading.h>
+#include <TQFoundation/platform/KeyedArchiver.h>
+#include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/URL.h>

@@ -6,6 +6,8 @@
 #include <string>
 #include <unordered_map>
 
+#include <TQFoundation/objects/detail/LibraryClasses.h>
+
 namespace tq {
 namespace {
 
@@ -17,6 +19,10 @@ struct NameHash {
 };
 
 struct Registry {
+  Registry() {
+    for (const auto& [name, record] : detail::libraryClasses()) classes.emplace(name, record);
+  }
+
   std::shared_mutex lock;
   std::unordered_map<std::string, const Class*, NameHash, std::equal_to<>> classes;
 };

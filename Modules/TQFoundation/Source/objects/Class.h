@@ -102,6 +102,7 @@ class TQ_EXPORT Class {
   static void registerClass();
 
   /// The class registered under `codingName`, or null. Exact and case-sensitive. Any thread.
+  /// The library's own classes ("NSValue", "NSArray", …) need no registering.
   [[nodiscard]] static const Class* classNamed(std::string_view codingName);
 
  private:

@@ -12,7 +12,9 @@ tq_room(objects
   Number.cpp Number.h
   Object.cpp Object.h
   Ref.h
+  Set.cpp Set.h
   String.cpp String.h
   UTF.cpp
+  UUID.cpp UUID.h
   Value.cpp Value.h
   Weak.cpp Weak.h)

@@ -1,0 +1,62 @@
+#include <TQFoundation/objects/Set.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/detail/Describe.h>
+#include <TQFoundation/objects/detail/DictionaryKeys.h>
+
+namespace tq {
+
+using detail::DictionaryKeys;
+
+Set::Set(Ref<DictionaryKeys> members) noexcept : members_(std::move(members)) {}
+
+Set::~Set() = default;
+
+Ref<Set> Set::set() { return setWithObjects(std::span<const Ref<Object>>()); }
+
+Ref<Set> Set::setWithObjects(std::span<const Ref<Object>> objects) {
+  Ref<DictionaryKeys> members = makeRef<DictionaryKeys>();
+  for (const Ref<Object>& object : objects) {
+    if (!object) throw Exception(InvalidArgumentException, "A set cannot hold none.");
+    if (!members->find(*object)) members->append(object);
+  }
+  return Ref<Set>::adopt(new Set(std::move(members)));
+}
+
+Ref<Set> Set::setWithObjects(std::initializer_list<Ref<Object>> objects) {
+  return setWithObjects(std::span(objects.begin(), objects.size()));
+}
+
+std::size_t Set::count() const noexcept { return members_->count(); }
+
+Object* Set::member(const Object& object) const {
+  const auto index = members_->find(object);
+  return index ? allObjects()[*index].get() : nullptr;
+}
+
+std::span<const Ref<Object>> Set::allObjects() const noexcept { return members_->keys(); }
+
+Array::Iterator Set::begin() const noexcept { return Array::Iterator(allObjects().data()); }
+
+bool Set::isEqual(const Object& other) const {
+  if (this == &other) return true;
+  const auto* set = objectCast<Set>(&other);
+  return set != nullptr && count() == set->count() &&
+         std::all_of(begin(), end(), [set](const Object& o) { return set->containsObject(o); });
+}
+
+std::string Set::description() const {
+  const detail::DescriptionLevel level;
+  if (level.isTooDeep()) return "{(…)}";
+  std::string text = "{(";
+  for (const Object& object : *this) {
+    if (text.size() > 2) text += ", ";
+    text += object.description();
+  }
+  return text += ")}";
+}
+
+}  // namespace tq

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <string>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/Weak.h>
+#include <TQFoundation/platform/KeyedArchiver.h>
+#include <TQFoundation/platform/KeyedUnarchiver.h>
+
+namespace tq::test {
+
+/// A host's class that keyed archives can keep: a tree whose nodes know their parent.
+class Host final : public Subclass<Host> {
+ public:
+  static constexpr std::string_view className = "tq::test::Host";
+  static constexpr std::string_view codingName = "Host";
+
+  Host() = default;
+
+  void encodeWithCoder(KeyedArchiver& coder) const {
+    coder.encodeObject(String::of(name), "name");
+    coder.encodeObject(content, "content");
+    const Ref<Object> held = back.lock();
+    coder.encodeObject(held, "back");
+    coder.encodeBool(flag, "flag");
+    coder.encodeInteger(integer, "integer");
+    coder.encodeFloat(single, "single");
+    coder.encodeDouble(number, "$number");
+    coder.encodeBytes(std::as_bytes(std::span(name)), "bytes");
+  }
+
+  bool initWithCoder(KeyedUnarchiver& coder) {
+    const Ref<String> text = coder.decodeObjectOfClass<String>("name");
+    if (!text) return false;
+    name = text->view();
+    content = coder.decodeObjectForKey("content");
+    back = coder.decodeWeakObjectForKey<Object>("back");
+    flag = coder.decodeBoolForKey("flag");
+    integer = coder.decodeIntegerForKey("integer");
+    single = coder.decodeFloatForKey("single");
+    number = coder.decodeDoubleForKey("$number");
+    bytes = std::string(reinterpret_cast<const char*>(coder.decodeBytesForKey("bytes").data()),
+                        coder.decodeBytesForKey("bytes").size());
+    knowsAbsentKeys = !coder.containsValueForKey("absent") &&
+                      coder.containsValueForKey("$number") && !coder.decodeObjectForKey("absent") &&
+                      !coder.decodeBoolForKey("absent") && coder.decodeDoubleForKey("absent") == 0;
+    return true;
+  }
+
+  std::string name;
+  Ref<Object> content;
+  Weak<Object> back;
+  bool flag = false;
+  std::int64_t integer = 0;
+  float single = 0;
+  double number = 0;
+  std::string bytes;
+  bool knowsAbsentKeys = false;
+};
+
+inline Ref<Host> makeHost(std::string_view name, Ref<Object> content = nullptr) {
+  Ref<Host> host = makeRef<Host>();
+  host->name = name;
+  host->content = std::move(content);
+  return host;
+}
+
+}  // namespace tq::test

@@ -1,0 +1,339 @@
+#include <TQFoundation/platform/KeyedArchiver.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <limits>
+#include <random>
+
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/UUID.h>
+#include <TQFoundation/objects/Value.h>
+#include <TQFoundation/platform/URL.h>
+
+#include "platform/Host.h"
+
+namespace tq {
+namespace {
+
+using test::Host;
+using test::makeHost;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+Ref<Object> number(NumberValue value) { return Number::numberWith(value); }
+Ref<Object> text(std::string_view value) { return String::of(value); }
+
+Ref<Data> archive(const Object& root) { return KeyedArchiver::archivedDataWithRootObject(root); }
+
+/// Reads the archive of `root` back, and checks that the copy has the same archive.
+Ref<Object> roundTrip(const Object& root) {
+  const Ref<Data> bytes = archive(root);
+  Ref<Object> copy = KeyedUnarchiver::unarchiveRootObject(bytes->bytes());
+  EXPECT_TRUE(copy) << root.description();
+  if (copy) {
+    EXPECT_EQ(archive(*copy)->view(), bytes->view()) << root.description();
+  }
+  return copy;
+}
+
+std::string reasonForRefusing(const Object& root) {
+  try {
+    (void)archive(root);
+  } catch (const Exception& exception) {
+    EXPECT_EQ(exception.name(), InvalidArgumentException);
+    return exception.reason();
+  }
+  return "";
+}
+
+TEST(KeyedArchiver, KeepsEveryLibraryClass) {
+  const Ref<MutableData> growing = MutableData::data();
+  growing->append("grows");
+  const Ref<MutableArray> mutableArray = MutableArray::array();
+  mutableArray->addObject(text("a"));
+  const Ref<MutableDictionary> mutableDictionary = MutableDictionary::dictionary();
+  mutableDictionary->setObject(number(1), "one");
+  const float floats[] = {1, 2};
+  const Ref<Object> objects[] = {
+      text(""),
+      text("plain"),
+      text("$null"),
+      text(std::string_view("a\0é\U0001F600", 8)),
+      text(std::string(20, 'x')),
+      text("é" + std::string(70'000, 'y')),
+      String::stringWithUTF16(u"\xD800 and \xDC00"),
+      Data::dataWithBytes(""),
+      Data::dataWithBytes(std::string(300, '\xFF')),
+      growing,
+      Array::array(),
+      Array::arrayWithObjects({text("a"), number(2), Null::null(), Array::array()}),
+      mutableArray,
+      Dictionary::dictionary(),
+      Dictionary::dictionaryWithEntries({{"b", number(1)}, {"a", Dictionary::dictionary()}}),
+      mutableDictionary,
+      Set::set(),
+      Set::setWithObjects({text("x"), number(1)}),
+      Null::null(),
+      Date::dateWithTimeIntervalSinceReferenceDate(-0.1),
+      Value::valueWithPoint({0.1, -0.0}),
+      Value::valueWithSize({1e300, 5e-324}),
+      Value::valueWithRect({1, 2, -3, 4.000000000000001}),
+      Value::valueWithPoint({kInfinity, std::numeric_limits<double>::quiet_NaN()}),
+      Value::valueWithRange({7, std::numeric_limits<std::uint64_t>::max()}),
+      Value::valueWith("{Floats=ff}", floats),
+      Value::valueWithBytes("", {}),
+      Error::errorWithDomain("domain", -5, "what é"),
+      Error::errorWithDomain("", 0),
+      UUID::UUIDWithString("68753A44-4D6F-1226-9C60-0050E4C00067"),
+      URL::fileURLWithPath("/a b/\xFF"),
+      URL::URLWithString("https://example.org/é"),
+  };
+  for (const Ref<Object>& object : objects) {
+    EXPECT_TRUE(KeyedArchiver::supportsKeyedCoding(*object));
+    const Ref<Object> copy = roundTrip(*object);
+    ASSERT_TRUE(copy);
+    EXPECT_TRUE(copy->isEqual(*object)) << copy->description();
+    EXPECT_EQ(&copy->classForCoder(), &object->classForCoder());
+  }
+  const auto all = roundTrip(*Array::arrayWithObjects(objects));
+  EXPECT_TRUE(all->isEqual(*Array::arrayWithObjects(objects)));
+}
+
+TEST(KeyedArchiver, KeepsNumbersAsFarAsTheFormatTellsThemApart) {
+  const std::pair<NumberValue, char> cases[] = {
+      {true, 'c'},
+      {false, 'c'},
+      {std::int8_t{-3}, 'q'},
+      {255, 'q'},
+      {256, 'q'},
+      {65536, 'q'},
+      {std::int64_t{1} << 32, 'q'},
+      {std::numeric_limits<std::int64_t>::min(), 'q'},
+      {std::numeric_limits<std::int64_t>::max(), 'q'},
+      {std::uint64_t{1} << 63, 'Q'},
+      {std::numeric_limits<std::uint64_t>::max(), 'Q'},
+      {0.1f, 'f'},
+      {0.1, 'd'},
+      {-0.0, 'd'},
+      {kInfinity, 'd'},
+      {1e-320, 'd'},
+  };
+  std::vector<NumberValue> values;
+  for (const auto& [value, code] : cases) {
+    const Ref<Number> copy = refCast<Number>(roundTrip(*Number::numberWith(value)));
+    ASSERT_TRUE(copy);
+    EXPECT_TRUE(copy->value().isEqual(value)) << value.text();
+    EXPECT_EQ(copy->value().typeCode(), code) << value.text();
+    EXPECT_EQ(copy->value().isBoolean(), value.isBoolean());
+    if (value.isFloating()) {
+      EXPECT_EQ(copy->value().bits(), value.bits());
+    }
+    values.push_back(value);
+  }
+  const Ref<Array> packed = Array::arrayWithNumbers(values);
+  const Ref<Array> copy = refCast<Array>(roundTrip(*packed));
+  EXPECT_TRUE(copy->isPacked());
+  EXPECT_TRUE(copy->isEqual(*packed));
+  // Boxed or packed, the archive is the same.
+  std::vector<Ref<Object>> boxes;
+  for (const NumberValue value : values) boxes.push_back(number(value));
+  EXPECT_EQ(archive(*Array::arrayWithObjects(std::move(boxes)))->view(), archive(*packed)->view());
+}
+
+TEST(KeyedArchiver, KeepsSharedReferencesShared) {
+  const Ref<Object> shared = Array::arrayWithObjects({text("x")});
+  const Ref<Object> equal = Array::arrayWithObjects({text("x")});
+  const Ref<Array> copy =
+      refCast<Array>(roundTrip(*Array::arrayWithObjects({shared, equal, shared})));
+  EXPECT_EQ(&copy->objectAtIndex(0), &copy->objectAtIndex(2));
+  EXPECT_NE(&copy->objectAtIndex(0), &copy->objectAtIndex(1));
+}
+
+TEST(KeyedArchiver, KeepsHostObjectsAndTheirCycles) {
+  Class::registerClass<Host>();
+  const Ref<Host> parent = makeHost("parent é");
+  parent->flag = true;
+  parent->integer = -7;
+  parent->single = 0.1f;
+  parent->number = 0.1;
+  const Ref<Host> child = makeHost("child");
+  child->back = parent;
+  const Ref<Host> self = makeHost("self");
+  self->back = self;
+  parent->content = Array::arrayWithObjects({child, self, child});
+
+  const Ref<Host> copy = refCast<Host>(roundTrip(*parent));
+  ASSERT_TRUE(copy);
+  EXPECT_EQ(copy->name, parent->name);
+  EXPECT_EQ(copy->bytes, parent->name);
+  EXPECT_TRUE(copy->flag);
+  EXPECT_EQ(copy->integer, -7);
+  EXPECT_EQ(copy->single, 0.1f);
+  EXPECT_EQ(copy->number, 0.1);
+  EXPECT_TRUE(copy->knowsAbsentKeys);
+  const auto* children = objectCast<Array>(copy->content.get());
+  ASSERT_TRUE(children);
+  EXPECT_EQ(&children->objectAtIndex(0), &children->objectAtIndex(2));
+  EXPECT_EQ(static_cast<Host&>(children->objectAtIndex(0)).back.lock().get(), copy.get());
+  EXPECT_EQ(static_cast<Host&>(children->objectAtIndex(1)).back.lock().get(),
+            &children->objectAtIndex(1));
+}
+
+TEST(KeyedArchiver, RestoresCyclesThroughTheContainersThatHoldAHost) {
+  Class::registerClass<Host>();
+  const auto check = [](const Ref<Object>& container, const Ref<Host>& host, auto&& member) {
+    host->back = container;
+    const Ref<Object> copy = roundTrip(*container);
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(static_cast<Host&>(member(*copy)).back.lock().get(), copy.get());
+  };
+  const Ref<Host> host = makeHost("x");
+  const auto first = [](Object& o) -> Object& { return static_cast<Array&>(o).objectAtIndex(0); };
+  const auto value = [](Object& o) -> Object& {
+    return *static_cast<Dictionary&>(o).objectForKey("x");
+  };
+  check(Array::arrayWithObjects({host, text("later")}), host, first);
+  check(MutableArray::arrayWithArray(*Array::arrayWithObjects({host})), host, first);
+  const auto dictionary = Dictionary::dictionaryWithEntries({{"x", host}, {"later", text("y")}});
+  check(dictionary, host, value);
+  check(MutableDictionary::dictionaryWithDictionary(*dictionary), host, value);
+
+  // A set is not there before its members are.
+  const Ref<Set> set = Set::setWithObjects({host});
+  host->back = set;
+  EXPECT_NE(reasonForRefusing(*set), "");
+}
+
+class Plain final : public Subclass<Plain> {
+ public:
+  static constexpr std::string_view className = "Plain";
+};
+
+TEST(KeyedArchiver, RefusesWhatItCannotKeepAndSaysWhy) {
+  const Ref<MutableArray> cycle = MutableArray::array();
+  cycle->addObject(Array::arrayWithObjects({cycle}));
+  const Ref<Object> plain = makeRef<Plain>();
+  EXPECT_FALSE(KeyedArchiver::supportsKeyedCoding(*plain));
+  const std::pair<Ref<Object>, std::string_view> cases[] = {
+      {Array::arrayWithObjects({plain}), "class Plain has no encodeWithCoder"},
+      {cycle, "A cycle of containers"},
+      {Set::setWithObjects({Array::array()}), "a member of a set"},
+      {Value::valueWithBytes("\xFF", {}), "A type signature that is not UTF-8"},
+      {Error::errorWithDomain("\xFF", 1), "An error's domain that is not UTF-8"},
+  };
+  for (const auto& [object, reason] : cases) {
+    EXPECT_NE(reasonForRefusing(*object).find(reason), std::string::npos)
+        << reasonForRefusing(*object);
+  }
+  cycle->removeAllObjects();
+}
+
+TEST(KeyedArchiver, NestsToItsLimit) {
+  Class::registerClass<Host>();
+  Ref<Object> arrays = text("x");
+  Ref<Object> hosts = text("x");
+  for (int depth = 0; depth < KeyedArchiver::kMaximumDepth; ++depth) {
+    arrays = Array::arrayWithObjects({arrays});
+    hosts = makeHost("", hosts);
+  }
+  EXPECT_TRUE(roundTrip(*arrays));
+  EXPECT_TRUE(roundTrip(*hosts));
+  for (const Ref<Object>& object : {arrays, hosts}) {
+    EXPECT_NE(reasonForRefusing(*Array::arrayWithObjects({object})).find("512"), std::string::npos);
+  }
+}
+
+/// Random graphs in which anything may be shared.
+class Graphs {
+ public:
+  explicit Graphs(unsigned seed) : random_(seed) {}
+
+  Ref<Object> make(int depth) {
+    if (!made_.empty() && below(4) == 0) return made_[below(made_.size())];
+    Ref<Object> object = depth == 0 || below(3) == 0 ? leaf() : container(depth - 1);
+    made_.push_back(object);
+    return object;
+  }
+
+ private:
+  std::size_t below(std::size_t n) { return random_() % n; }
+
+  Ref<Object> leaf() {
+    switch (below(8)) {
+      case 0:
+        return number(below(2) == 0);
+      case 1:
+        return number(static_cast<std::int64_t>(random_()) - (1 << 30));
+      case 2:
+        return number(static_cast<double>(random_()) / 7);
+      case 3:
+        return Data::dataWithBytes(std::string(below(30), 'd'));
+      case 4:
+        return Value::valueWithPoint({static_cast<double>(random_()) / 3, 1});
+      case 5:
+        return Null::null();
+      case 6: {
+        std::u16string units(below(20), u'\0');
+        for (char16_t& unit : units) unit = static_cast<char16_t>(random_());
+        return String::stringWithUTF16(units);
+      }
+      default:
+        return text(std::to_string(below(5)));
+    }
+  }
+
+  Ref<Object> container(int depth) {
+    std::vector<Ref<Object>> objects;
+    for (std::size_t i = below(6); i-- > 0;) objects.push_back(make(depth));
+    switch (below(5)) {
+      case 0:
+        return MutableArray::arrayWithArray(*Array::arrayWithObjects(objects));
+      case 1: {
+        const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+        for (const Ref<Object>& object : objects) dictionary->setObject(object, leaf());
+        return below(2) == 0 ? dictionary : dictionary->copy();
+      }
+      case 2:
+        return Set::setWithObjects({leaf(), leaf(), leaf()});
+      case 3:
+        return makeHost(std::to_string(below(100)), make(depth));
+      default:
+        return Array::arrayWithObjects(std::move(objects));
+    }
+  }
+
+  std::mt19937 random_;
+  std::vector<Ref<Object>> made_;
+};
+
+TEST(KeyedArchiver, ReadsAndWritesAnyGraphAgainToTheSameBytes) {
+  Class::registerClass<Host>();
+  for (unsigned seed = 0; seed < 2'000; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    Graphs graphs(seed);
+    roundTrip(*graphs.make(6));
+    if (testing::Test::HasFailure()) return;
+  }
+}
+
+TEST(KeyedArchiver, NamesEveryLibraryClass) {
+  for (const char* name : {"NSArray", "NSData", "NSDate", "NSDictionary", "NSError",
+                           "NSMutableArray", "NSMutableData", "NSMutableDictionary", "NSNull",
+                           "NSNumber", "NSSet", "NSString", "NSURL", "NSUUID", "NSValue"}) {
+    const Class* found = Class::classNamed(name);
+    ASSERT_TRUE(found) << name;
+    EXPECT_EQ(found->codingName(), name);
+  }
+  EXPECT_EQ(Class::classNamed("NSMutableString"), &classOf<String>);
+  EXPECT_EQ(Class::classNamed("nsarray"), nullptr);
+  EXPECT_EQ(Class::classNamed(""), nullptr);
+}
+
+}  // namespace
+}  // namespace tq
