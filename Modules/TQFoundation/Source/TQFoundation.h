@@ -29,9 +29,17 @@
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/Base64.h>
+#include <TQFoundation/platform/CharacterCategory.h>
 #include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/FileReading.h>
+#include <TQFoundation/platform/JSONDocument.h>
 #include <TQFoundation/platform/KeyedArchiver.h>
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/URL.h>
+#include <TQFoundation/serialisation/TQJSONCoding.h>
+#include <TQFoundation/serialisation/TQJSONDataEncoder.h>
+#include <TQFoundation/serialisation/TQJSONDecoder.h>
+#include <TQFoundation/serialisation/TQJSONEncoder.h>
+#include <TQFoundation/serialisation/TQJSONFileEncoder.h>
+#include <TQFoundation/serialisation/TQJSONURLEncoder.h>

@@ -7,9 +7,10 @@
 
 // Doubles become text by one of three roads, all exact:
 //   1. whole numbers below 10^P: integer formatting;
-//   2. numbers above 1e-11: value = m · 2^e with m < 2^53, and the P digits wanted are the integer
-//      m · 5^k / 2^(-e-k) for the k that brings it to P digits. 5^27 < 2^63, so the product fits 128
-//      bits and the division is a shift whose remainder tells how to round, half to even;
+//   2. fractions above 1e-11: value = m · 2^e with m < 2^53, and the P digits wanted are the
+//   integer
+//      m · 5^k / 2^(-e-k) for the k that brings it to P digits. 5^27 < 2^63, so the product fits
+//      128 bits, and the division is a shift whose remainder tells how to round, half to even;
 //   3. the rest, through std::to_chars, which prints what printf prints.
 
 namespace tq {
@@ -69,11 +70,17 @@ char* viaLibrary(char* to, Value value, int digits) noexcept {
   return std::to_chars(to, to + kNumberTextCapacity, value, std::chars_format::general, digits).ptr;
 }
 
-/// The digits of a number as one integer of exactly `Digits` digits, and the power of ten of the first.
+/// The digits of a number as one integer of exactly `Digits` digits, and the power of ten of the
+/// first.
 struct Scaled {
   std::uint64_t digits = 0;
   int exponent = 0;
 };
+
+// 1e-11 … 1e16, each the nearest double.
+constexpr double kPowersOf10[] = {1e-11, 1e-10, 1e-9, 1e-8, 1e-7, 1e-6, 1e-5, 1e-4, 1e-3, 1e-2,
+                                  1e-1,  1e0,   1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,
+                                  1e9,   1e10,  1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17};
 
 /// For 1e-11 < value < 10^Digits with a fraction. (The double 1e-11 itself lies below 10^-11.)
 template <int Digits>
@@ -82,68 +89,69 @@ Scaled scale(double value) noexcept {
   const std::uint64_t mantissa = (bits & ((1ull << 52) - 1)) | (1ull << 52);
   const int binaryExponent = static_cast<int>(bits >> 52) - 1075;  // value = mantissa · 2^this
 
-  // floor(log10(2^(binaryExponent + 52))): the exponent of ten, or one too small.
+  // floor(log10(2^(binaryExponent + 52))) is the exponent of ten or one too small. The comparison
+  // mends that but where a negative power of ten is itself rounded up; then the loop does.
   int exponent = ((binaryExponent + 52) * 78913) >> 18;
+  exponent +=
+      value > kPowersOf10[exponent + 12] ? 1 : 0;  // a power of ten itself is left to the loop
   for (;; ++exponent) {
     const int power = Digits - 1 - exponent;
-    if (power > kMaxPowerOf5) continue;  // only the first guess can be that low
     const Wide product = static_cast<Wide>(mantissa) * kPowersOf5.of[power];
     const int shift = -(binaryExponent + power);
     auto digits = static_cast<std::uint64_t>(product >> shift);
     if (digits >= powerOf10(Digits)) continue;
     const Wide rest = product & ((static_cast<Wide>(1) << shift) - 1);
     const Wide half = static_cast<Wide>(1) << (shift - 1);
-    if (rest > half || (rest == half && (digits & 1) != 0)) ++digits;
+    digits += rest > half || (rest == half && (digits & 1) != 0) ? 1 : 0;
     if (digits == powerOf10(Digits)) return {powerOf10(Digits - 1), exponent + 1};
     return {digits, exponent};
   }
 }
 
-/// Digits d.ddd · 10^exponent in the form that %g chooses; `count` digits, the last one not 0.
-char* layOut(char* to, const char* digits, int count, int exponent, int significant) noexcept {
-  const auto copy = [&to](const char* from, int length) {
-    std::memcpy(to, from, static_cast<std::size_t>(length));
-    to += length;
-  };
-  if (exponent < -4 || exponent >= significant) {
-    *to++ = digits[0];
-    if (count > 1) {
-      *to++ = '.';
-      copy(digits + 1, count - 1);
-    }
-    *to++ = 'e';
-    *to++ = exponent < 0 ? '-' : '+';
-    writePair(to, static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent));
-    return to + 2;
+/// Zeros at the end of eight digits.
+int trailingZeros(const char* eightDigits) noexcept {
+  std::uint64_t word;
+  std::memcpy(&word, eightDigits, sizeof word);
+  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+  return std::countl_zero(word ^ 0x3030303030303030u) / 8;
+}
+
+/// Lays out d.ddd · 10^exponent in the form that %g chooses. The last of the `count` digits is not
+/// 0; behind them 24 more bytes may be read, and copies of fixed size may run past what is kept.
+template <int Digits>
+char* layOut(char* to, const char* digits, int count, int exponent) noexcept {
+  if (exponent < -4) {  // whole numbers never come here, so no exponent is large
+    *to = digits[0];
+    to[1] = '.';
+    std::memcpy(to + 2, digits + 1, 16);
+    to += count > 1 ? count + 1 : 1;
+    std::memcpy(to, "e-", 2);
+    writePair(to + 2, static_cast<std::uint32_t>(-exponent));
+    return to + 4;
   }
   if (exponent < 0) {
-    copy("0.000", 1 - exponent);
-    copy(digits, count);
-    return to;
+    std::memcpy(to, "0.000", 5);
+    std::memcpy(to + 1 - exponent, digits, 24);
+    return to + 1 - exponent + count;
   }
-  if (count <= exponent + 1) {
-    copy(digits, count);
-    for (int i = count; i <= exponent; ++i) *to++ = '0';
-    return to;
-  }
-  copy(digits, exponent + 1);
-  *to++ = '.';
-  copy(digits + exponent + 1, count - exponent - 1);
-  return to;
+  std::memcpy(to, digits, 16);
+  std::memcpy(to + exponent + 2, digits + exponent + 1, 16);
+  to[exponent + 1] = '.';
+  return to + (count > exponent + 1 ? count + 1 : exponent + 1);
 }
 
 template <int Digits>
 char* writeDouble(char* to, double value) noexcept {
   const double magnitude = std::fabs(value);
-  if (!(magnitude > 1e-11 && magnitude < static_cast<double>(powerOf10(Digits)))) {
-    return viaLibrary(to, value, Digits);
-  }
-  if (value < 0) *to++ = '-';
-  const auto whole = static_cast<std::uint64_t>(magnitude);
-  if (static_cast<double>(whole) == magnitude) return writeUnsigned(to, whole);
+  if (!(magnitude < static_cast<double>(powerOf10(Digits)))) return viaLibrary(to, value, Digits);
+  *to = '-';
+  to += std::signbit(value) ? 1 : 0;
+  const auto whole = static_cast<std::int64_t>(magnitude);
+  if (static_cast<double>(whole) == magnitude) return writeInteger(to, whole);
+  if (!(magnitude > 1e-11)) return viaLibrary(to, magnitude, Digits);
 
   const Scaled scaled = scale<Digits>(magnitude);
-  char digits[24];
+  char digits[48];
   char* first = digits;
   std::uint64_t rest = scaled.digits;
   if constexpr (Digits == 17) {
@@ -152,9 +160,9 @@ char* writeDouble(char* to, double value) noexcept {
   }
   writeEight(first, static_cast<std::uint32_t>(rest / powerOf10(8)));
   writeEight(first + 8, static_cast<std::uint32_t>(rest % powerOf10(8)));
-  int count = Digits;
-  while (digits[count - 1] == '0') --count;
-  return layOut(to, digits, count, scaled.exponent, Digits);
+  const int low = trailingZeros(first + 8);
+  const int zeros = low + (low == 8 ? trailingZeros(first) : 0);
+  return layOut<Digits>(to, digits, Digits - zeros, scaled.exponent);
 }
 
 }  // namespace

@@ -10,12 +10,13 @@
 
 namespace tq {
 
-/// Room that every function here is given: no text is longer.
-inline constexpr std::size_t kNumberTextCapacity = 32;
+/// Room that every function here is given. The texts are shorter; the rest is scratch.
+inline constexpr std::size_t kNumberTextCapacity = 48;
 
 /// Writes `value` as printf's "%.16g" does in the C locale, digit for digit: at most 16 significant
-/// digits rounded half to even, no trailing zeros, an exponent of at least two digits below 1e-04 and
-/// from 1e+16 on. "-0" keeps its sign; infinities are "inf" and "-inf", NaN of either sign is "nan".
+/// digits rounded half to even, no trailing zeros, an exponent of at least two digits below 1e-04
+/// and from 1e+16 on. "-0" keeps its sign; infinities are "inf" and "-inf", NaN of either sign is
+/// "nan".
 /// @param to  room for kNumberTextCapacity characters; no terminator is written
 /// @return the end of the text
 TQ_EXPORT char* writeDouble16(char* to, double value) noexcept;

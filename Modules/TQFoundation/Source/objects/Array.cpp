@@ -5,7 +5,6 @@
 #include <memory>
 #include <string>
 
-#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/detail/Describe.h>
 
@@ -60,14 +59,6 @@ Ref<Array> Array::makePacked(Storage storage, std::size_t count) {
   return Ref<Array>::adopt(new (Trailing{count * perNumber}) Array(storage, count));
 }
 
-std::uint64_t* Array::packedBits() const noexcept {
-  return reinterpret_cast<std::uint64_t*>(const_cast<Array*>(this) + 1);
-}
-
-NumberKind* Array::packedKinds() const noexcept {
-  return reinterpret_cast<NumberKind*>(packedBits() + count_);
-}
-
 Ref<Array> Array::array() {
   static Array& empty = *Array::makeUnfilled(0).leak();
   return Ref<Array>(&empty);
@@ -118,14 +109,6 @@ Ref<Array> Array::arrayWithNumbers(std::span<const double> numbers) {
 Object& Array::objectAtIndex(std::size_t index) const {
   if (index >= count_) raiseRange(index, count_);
   return *elements()[index];
-}
-
-NumberValue Array::numberAtIndex(std::size_t index) const noexcept {
-  TQ_ASSERT(isPacked() && index < count_);
-  const NumberKind kind = storage() == Storage::integers  ? NumberKind::int64
-                          : storage() == Storage::doubles ? NumberKind::float64
-                                                          : packedKinds()[index];
-  return NumberValue::withKind(kind, packedBits()[index]);
 }
 
 /// Threads that box at the same time each make boxes; the first to publish wins.

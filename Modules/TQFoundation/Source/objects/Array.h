@@ -28,6 +28,9 @@ class JSONObjectBuilder;
 ///
 /// Threads: any (boxing included); a MutableArray one at a time.
 class TQ_EXPORT Array : public Subclass<Array> {
+ protected:
+  enum class Storage : std::uint8_t { objects, integers, doubles, numbers };
+
  public:
   static constexpr std::string_view className = "Array";
   static constexpr std::string_view codingName = "NSArray";
@@ -95,7 +98,13 @@ class TQ_EXPORT Array : public Subclass<Array> {
   [[nodiscard]] bool isPacked() const noexcept { return storage() != Storage::objects; }
 
   /// An element of a packed array, without boxing it. The array must be packed, index < count().
-  [[nodiscard]] NumberValue numberAtIndex(std::size_t index) const noexcept;
+  [[nodiscard]] NumberValue numberAtIndex(std::size_t index) const noexcept {
+    const Storage kept = storage();
+    const NumberKind kind = kept == Storage::integers  ? NumberKind::int64
+                            : kept == Storage::doubles ? NumberKind::float64
+                                                       : packedKinds()[index];
+    return NumberValue::withKind(kind, packedBits()[index]);
+  }
 
   /// Same count, and each element equal to its counterpart; packed, boxed or mutable alike.
   [[nodiscard]] bool isEqual(const Object& other) const override;
@@ -104,8 +113,6 @@ class TQ_EXPORT Array : public Subclass<Array> {
   [[nodiscard]] std::string description() const override;
 
  protected:
-  enum class Storage : std::uint8_t { objects, integers, doubles, numbers };
-
   explicit Array(Storage storage, std::size_t count = 0) noexcept
       : Subclass(ObjectKind::array, static_cast<std::uint8_t>(storage)), count_(count) {}
 
@@ -128,8 +135,12 @@ class TQ_EXPORT Array : public Subclass<Array> {
   [[nodiscard]] static Ref<Array> makeUnfilled(std::size_t count);
   [[nodiscard]] std::span<Ref<Object>> slots() noexcept;
   [[nodiscard]] static Ref<Array> makePacked(Storage storage, std::size_t count);
-  [[nodiscard]] std::uint64_t* packedBits() const noexcept;
-  [[nodiscard]] NumberKind* packedKinds() const noexcept;
+  [[nodiscard]] std::uint64_t* packedBits() const noexcept {
+    return reinterpret_cast<std::uint64_t*>(const_cast<Array*>(this) + 1);
+  }
+  [[nodiscard]] NumberKind* packedKinds() const noexcept {
+    return reinterpret_cast<NumberKind*>(packedBits() + count_);
+  }
   const Ref<Object>* box() const;
 };
 

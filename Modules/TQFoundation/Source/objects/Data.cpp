@@ -96,9 +96,10 @@ void MutableData::setLength(std::size_t length) {
 }
 
 std::span<std::byte> MutableData::spareRoom(std::size_t wanted) {
+  constexpr std::size_t kFirstCapacity = 256;
   if (wanted > capacity_ - length_) {
     if (wanted > std::numeric_limits<std::size_t>::max() / 2 - length_) throw std::bad_alloc();
-    reserveBytes(std::max(length_ + wanted, 2 * capacity_));
+    reserveBytes(std::max({length_ + wanted, 2 * capacity_, kFirstCapacity}));
   }
   return {bytes_ + length_, capacity_ - length_};
 }

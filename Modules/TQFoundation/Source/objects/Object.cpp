@@ -16,7 +16,8 @@ struct PutOff {
   int depth = 0;
   const Object* first = nullptr;
 };
-thread_local constinit PutOff putOff;
+// Reached by every destruction, so without the call that a library's thread-local variables take.
+[[gnu::tls_model("initial-exec")]] thread_local constinit PutOff putOff;
 
 constexpr std::size_t kLinkOffset = sizeof(void*);  // behind the virtual table
 static_assert(kLinkOffset + sizeof(const Object*) <= sizeof(Object));

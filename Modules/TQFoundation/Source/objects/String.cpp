@@ -40,6 +40,19 @@ Ref<String> String::stringWithUTF8Repaired(std::string_view bytes) {
   return make(text.append(bytes), kWellFormed);
 }
 
+Ref<String> String::stringWithGeneralisedUTF8(std::string_view bytes) {
+  if (!detail::firstMalformedByte(bytes)) return make(bytes, kWellFormed);
+  bool afterHigh = false;
+  for (std::string_view rest = bytes; !rest.empty();) {
+    const detail::DecodedPoint point = detail::decodePoint(rest);
+    const bool isLow = point.isSurrogate() && point.value >= 0xDC00;
+    if (point.byteCount == 0 || (afterHigh && isLow)) return nullptr;
+    afterHigh = point.isSurrogate() && !isLow;
+    rest.remove_prefix(point.byteCount);
+  }
+  return make(bytes, kIllFormed);
+}
+
 Ref<String> String::stringWithUTF16(std::u16string_view units) {
   bool wellFormed = true;
   const std::string bytes = detail::utf8FromUnits(units, wellFormed);

@@ -37,6 +37,10 @@ class TQ_EXPORT String final : public Subclass<String> {
   /// The text of these bytes, each byte that is not well-formed UTF-8 read as U+FFFD. Never none.
   [[nodiscard]] static Ref<String> stringWithUTF8Repaired(std::string_view bytes);
 
+  /// The text of bytes in the form of view(): UTF-8 in which unpaired surrogates may stand. None
+  /// for anything else, a pair of surrogates written as two among it.
+  [[nodiscard]] static Ref<String> stringWithGeneralisedUTF8(std::string_view bytes);
+
   /// The text of these code units, unpaired surrogates kept. Never none.
   [[nodiscard]] static Ref<String> stringWithUTF16(std::u16string_view units);
 

@@ -54,6 +54,10 @@ class TQ_EXPORT Value final : public Subclass<Value> {
     return valueWithBytes(typeSignature, std::as_bytes(std::span(&structure, 1)));
   }
 
+  /// A point, size or rect by the members "type" and "value" of the object being decoded; for any
+  /// other type a value without signature and content.
+  [[nodiscard]] static Ref<Value> initWithJSONDecoder(TQJSONDecoder& decoder);
+
   [[nodiscard]] const std::string& typeSignature() const noexcept { return type_; }
   [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return bytes_; }
 

@@ -1,0 +1,279 @@
+// A host's own model classes: written by encodeAsJSON and read by their constructors.
+//
+// The peers write and read the same structs by hand, through their writers and documents.
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <unistd.h>
+
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include <TQFoundation/TQFoundation.h>
+
+#include "serialisation/Workload.h"
+
+namespace tq::bench {
+namespace {
+
+class Shape final : public Subclass<Shape> {
+ public:
+  static constexpr std::string_view className = "Shape";
+
+  explicit Shape(const ShapeRecord& r)
+      : name_(String::of(r.name)),
+        identifier_(r.identifier),
+        visible_(r.visible),
+        opacity_(r.opacity),
+        frame_(r.x, r.y, r.width, r.height),
+        tags_(Array::arrayWithObjects({String::of(r.tags[0]), String::of(r.tags[1])})),
+        style_(Dictionary::dictionaryWithEntries({{"fill", String::of(r.fill)},
+                                                  {"stroke", String::of(r.stroke)},
+                                                  {"width", Number::numberWith(r.strokeWidth)}})),
+        points_(Array::arrayWithNumbers(r.points)) {}
+
+  explicit Shape(TQJSONDecoder& decoder)
+      : name_(refCast<String>(decoder.decodeObjectForKey("name"))),
+        identifier_(decoder.decodeIntegerForKey("id", 0)),
+        visible_(decoder.decodeBoolForKey("visible", true)),
+        opacity_(decoder.decodeDoubleForKey("opacity", 1)),
+        frame_(decoder.decodeRectForKey("frame")),
+        tags_(refCast<Array>(decoder.decodeObjectForKey("tags"))),
+        style_(refCast<Dictionary>(decoder.decodeObjectForKey("style"))),
+        points_(refCast<Array>(decoder.decodeObjectForKey("points"))) {}
+
+  void encodeAsJSON(TQJSONEncoder& encoder) const {
+    encoder.encodeObject(name_, "name");
+    encoder.encodeInteger(identifier_, "id");
+    encoder.encodeBool(visible_, "visible");
+    encoder.encodeDouble(opacity_, "opacity");
+    encoder.encodeRect(frame_, "frame");
+    encoder.encodeObject(tags_, "tags");
+    encoder.encodeObject(style_, "style");
+    encoder.encodeObject(points_, "points");
+  }
+
+ private:
+  Ref<String> name_;
+  std::int64_t identifier_;
+  bool visible_;
+  double opacity_;
+  Rect frame_;
+  Ref<Array> tags_;
+  Ref<Dictionary> style_;
+  Ref<Array> points_;
+};
+
+Ref<Array> makeModel(std::size_t count) {
+  std::vector<Ref<Object>> shapes;
+  for (const ShapeRecord& record : makeShapes(count)) shapes.push_back(makeRef<Shape>(record));
+  return Array::arrayWithObjects(std::move(shapes));
+}
+
+const Data& modelText(std::size_t shapes) {
+  static std::map<std::size_t, Ref<Data>> texts;
+  Class::registerClass<Shape>();
+  Ref<Data>& text = texts[shapes];
+  if (!text) text = TQJSONEncoder::encodeObjectAsData(makeModel(shapes));
+  return *text;
+}
+
+void countWork(benchmark::State& state) {
+  const auto shapes = static_cast<std::size_t>(state.range(0));
+  state.SetBytesProcessed(state.iterations() *
+                          static_cast<std::int64_t>(modelText(shapes).length()));
+  state.counters["per_value"] = benchmark::Counter(
+      static_cast<double>(shapes * kValuesPerShape),
+      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// MARK: writing
+
+void BM_ModelEncode_TQ(benchmark::State& state) {
+  const Ref<Array> model = makeModel(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) benchmark::DoNotOptimize(TQJSONEncoder::encodeObjectAsData(model));
+  countWork(state);
+}
+
+template <class Writer>
+void writeByHand(Writer& w, const ShapeRecord& s) {
+  const auto text = [&w](const std::string& t) {
+    w.String(t.data(), static_cast<rapidjson::SizeType>(t.size()));
+  };
+  w.StartObject();
+  w.Key("_class");
+  w.String("Shape");
+  w.Key("name");
+  text(s.name);
+  w.Key("id");
+  w.Int64(s.identifier);
+  w.Key("visible");
+  w.Bool(s.visible);
+  w.Key("opacity");
+  w.Double(s.opacity);
+  w.Key("frame");
+  w.StartArray();
+  for (const double number : {s.x, s.y, s.width, s.height}) w.Double(number);
+  w.EndArray();
+  w.Key("tags");
+  w.StartArray();
+  for (const std::string& tag : s.tags) text(tag);
+  w.EndArray();
+  w.Key("style");
+  w.StartObject();
+  w.Key("fill");
+  text(s.fill);
+  w.Key("stroke");
+  text(s.stroke);
+  w.Key("width");
+  w.Double(s.strokeWidth);
+  w.EndObject();
+  w.Key("points");
+  w.StartArray();
+  for (const double number : s.points) w.Double(number);
+  w.EndArray();
+  w.EndObject();
+}
+
+void BM_ModelEncode_RapidJSONByHand(benchmark::State& state) {
+  const std::vector<ShapeRecord> shapes = makeShapes(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer writer(buffer);
+    writer.StartArray();
+    for (const ShapeRecord& shape : shapes) writeByHand(writer, shape);
+    writer.EndArray();
+    benchmark::DoNotOptimize(buffer.GetString());
+  }
+  countWork(state);
+}
+
+// MARK: reading
+
+void BM_ModelDecode_TQ(benchmark::State& state) {
+  const Data& text = modelText(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) benchmark::DoNotOptimize(TQJSONDecoder::decodeData(text, nullptr));
+  countWork(state);
+}
+
+/// The same class's members, made by hand from a parsed document.
+struct HandMadeShape {
+  virtual ~HandMadeShape() = default;
+  std::string name;
+  std::int64_t identifier = 0;
+  bool visible = true;
+  double opacity = 1;
+  Rect frame;
+  std::vector<std::string> tags;
+  std::map<std::string, std::string> style;
+  double strokeWidth = 0;
+  std::vector<double> points;
+};
+
+void BM_ModelDecode_RapidJSONByHand(benchmark::State& state) {
+  const Data& text = modelText(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    rapidjson::Document document;
+    document.Parse<rapidjson::kParseFullPrecisionFlag>(text.view().data(), text.length());
+    std::vector<std::unique_ptr<HandMadeShape>> shapes;
+    for (const auto& node : document.GetArray()) {
+      auto shape = std::make_unique<HandMadeShape>();
+      shape->name = node["name"].GetString();
+      shape->identifier = node["id"].GetInt64();
+      shape->visible = node["visible"].GetBool();
+      shape->opacity = node["opacity"].GetDouble();
+      shape->frame = rectFromText(node["frame"].GetString());
+      for (const auto& tag : node["tags"].GetArray()) shape->tags.emplace_back(tag.GetString());
+      const auto& style = node["style"];
+      shape->style.emplace("fill", style["fill"].GetString());
+      shape->style.emplace("stroke", style["stroke"].GetString());
+      shape->strokeWidth = style["width"].GetDouble();
+      for (const auto& number : node["points"].GetArray()) {
+        shape->points.push_back(number.GetDouble());
+      }
+      shapes.push_back(std::move(shape));
+    }
+    benchmark::DoNotOptimize(shapes);
+  }
+  countWork(state);
+}
+
+void from_json(const nlohmann::json& json, HandMadeShape& shape) {
+  json.at("name").get_to(shape.name);
+  json.at("id").get_to(shape.identifier);
+  json.at("visible").get_to(shape.visible);
+  json.at("opacity").get_to(shape.opacity);
+  shape.frame = rectFromText(json.at("frame").get_ref<const std::string&>());
+  json.at("tags").get_to(shape.tags);
+  const nlohmann::json& style = json.at("style");
+  shape.style["fill"] = style.at("fill").get<std::string>();
+  shape.style["stroke"] = style.at("stroke").get<std::string>();
+  style.at("width").get_to(shape.strokeWidth);
+  json.at("points").get_to(shape.points);
+}
+
+void BM_ModelDecode_nlohmann(benchmark::State& state) {
+  const Data& text = modelText(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    const auto shapes = nlohmann::json::parse(text.view()).get<std::vector<HandMadeShape>>();
+    benchmark::DoNotOptimize(shapes.data());
+  }
+  countWork(state);
+}
+
+// MARK: files
+
+/// A file of its own that is gone when the process is.
+int scratchFile() {
+  const int descriptor = ::open("/tmp", O_TMPFILE | O_RDWR, 0600);
+  if (descriptor < 0) std::abort();
+  return descriptor;
+}
+
+void BM_FileSink_TQ(benchmark::State& state) {
+  const Ref<Array> model = makeModel(static_cast<std::size_t>(state.range(0)));
+  const int descriptor = scratchFile();
+  const Ref<FileHandle> file = FileHandle::fileHandleWithFileDescriptor(descriptor, true);
+  for (auto _ : state) {
+    ::lseek(descriptor, 0, SEEK_SET);
+    if (!TQJSONEncoder::encodeObject(model, file, nullptr)) state.SkipWithError("write failed");
+  }
+  countWork(state);
+}
+
+/// Encodes into memory, then writes the bytes in pieces of 4096.
+void BM_FileSink_FromMemory(benchmark::State& state) {
+  const Ref<Array> model = makeModel(static_cast<std::size_t>(state.range(0)));
+  const int descriptor = scratchFile();
+  for (auto _ : state) {
+    ::lseek(descriptor, 0, SEEK_SET);
+    const Ref<Data> archive = TQJSONEncoder::encodeObjectAsData(model);
+    for (std::string_view rest = archive->view(); !rest.empty();) {
+      const std::string_view piece = rest.substr(0, 4096);
+      if (::write(descriptor, piece.data(), piece.size()) < 0) state.SkipWithError("write failed");
+      rest.remove_prefix(piece.size());
+    }
+  }
+  ::close(descriptor);
+  countWork(state);
+}
+
+void sizes(benchmark::internal::Benchmark* benchmark) {
+  benchmark->ArgName("shapes")->Unit(benchmark::kMillisecond);
+  for (const int shapes : {1'000, 10'000, 30'000, 100'000}) benchmark->Arg(shapes);
+}
+
+BENCHMARK(BM_ModelEncode_TQ)->Apply(sizes);
+BENCHMARK(BM_ModelEncode_RapidJSONByHand)->Apply(sizes);
+BENCHMARK(BM_ModelDecode_TQ)->Apply(sizes);
+BENCHMARK(BM_ModelDecode_RapidJSONByHand)->Apply(sizes);
+BENCHMARK(BM_ModelDecode_nlohmann)->Apply(sizes);
+BENCHMARK(BM_FileSink_TQ)->Apply(sizes);
+BENCHMARK(BM_FileSink_FromMemory)->Apply(sizes);
+
+}  // namespace
+}  // namespace tq::bench

@@ -1,0 +1,11 @@
+find_package(Boost 1.81 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+
+tq_add_room_benchmarks(TQJSON
+  ${CMAKE_CURRENT_LIST_DIR}/BoostJSON.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/JSONModelBenchmarks.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/JSONTreeBenchmarks.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/NumberTextBenchmarks.cpp
+  PEERS Boost::headers nlohmann_json::nlohmann_json)
+# The peers' headers are not held to our warnings.
+target_compile_options(TQJSONBenchmarks PRIVATE -Wno-error -w)

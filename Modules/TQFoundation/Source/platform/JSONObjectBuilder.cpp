@@ -1,0 +1,113 @@
+#include <TQFoundation/platform/detail/JSONObjectBuilder.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Number.h>
+
+namespace tq::detail {
+
+Ref<Object> JSONObjectBuilder::scalarOf(JSONNode node) {
+  if (node.kind() == JSONNode::Kind::string) {
+    return String::make(node.text(), String::kWellFormed);  // the parser has checked it
+  }
+  if (node.isNumber()) return Number::numberWith(node.number());
+  return Null::null();
+}
+
+Ref<Array> JSONObjectBuilder::numbersOf(JSONNode array) {
+  std::size_t count = 0;
+  bool allIntegers = true;
+  bool allDoubles = true;
+  const JSONNode end = array.end();
+  for (JSONNode node = array.first(); !(node == end); node = node.next(), ++count) {
+    if (!node.isNumber()) return nullptr;
+    allIntegers &= node.kind() == JSONNode::Kind::integer;
+    allDoubles &= node.kind() == JSONNode::Kind::real;
+  }
+  if (count == 0) return nullptr;
+
+  using Storage = Array::Storage;
+  const Storage storage = allIntegers  ? Storage::integers
+                          : allDoubles ? Storage::doubles
+                                       : Storage::numbers;
+  Ref<Array> numbers = Array::makePacked(storage, count);
+  std::uint64_t* bits = numbers->packedBits();
+  NumberKind* kinds = numbers->packedKinds();
+  for (JSONNode node = array.first(); !(node == end); node = node.next()) {
+    const NumberValue number = node.number();
+    *bits++ = number.bits();
+    if (storage == Storage::numbers) *kinds++ = number.kind();
+  }
+  return numbers;
+}
+
+Ref<Array> JSONObjectBuilder::arrayOf(std::span<Ref<Object>> elements) {
+  if (elements.empty()) return Array::array();
+  Ref<Array> array = Array::makeUnfilled(elements.size());
+  std::ranges::move(elements, array->slots().begin());
+  return array;
+}
+
+Ref<Dictionary> JSONObjectBuilder::dictionaryOf(const JSONShape& shape,
+                                                std::span<Ref<Object>> values) {
+  if (values.empty()) return Dictionary::dictionary();
+  Ref<DictionaryKeys> keys = shape.distinctKeys();
+  if (std::ranges::find(values, nullptr) != values.end()) {
+    keys = makeRef<DictionaryKeys>();
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      if (!values[i]) continue;
+      keys->append(shape.distinctKeys()->keys()[i]);
+      std::swap(values[kept++], values[i]);
+    }
+    values = values.first(kept);
+  }
+  Ref<Dictionary> dictionary = Dictionary::makeUnfilled(std::move(keys));
+  std::ranges::move(values, dictionary->slots().begin());
+  return dictionary;
+}
+
+Ref<JSONShape> JSONObjectBuilder::shapeOf(JSONNode object, std::vector<const void*>& members) {
+  keys_.clear();
+  const JSONNode end = object.end();
+  for (JSONNode key = object.first(); !(key == end);) {
+    const JSONNode value = key.next();
+    keys_.push_back(key.text());
+    members.push_back(value.word());
+    key = value.next();
+  }
+  return shapes_.shapeOf(keys_);
+}
+
+// Recursion is bounded by the depth that the parser lets through.
+Ref<Object> JSONObjectBuilder::objectOf(JSONNode node) {
+  const std::size_t firstValue = values_.size();
+  const auto built = [&] { return std::span(values_).subspan(firstValue); };
+  if (node.kind() == JSONNode::Kind::array) {
+    if (Ref<Array> numbers = numbersOf(node)) return numbers;
+    for (JSONNode element = node.first(); !(element == node.end()); element = element.next()) {
+      Ref<Object> object = objectOf(element);
+      values_.push_back(std::move(object));
+    }
+    Ref<Array> array = arrayOf(built());
+    values_.resize(firstValue);
+    return array;
+  }
+  if (node.kind() != JSONNode::Kind::object) return scalarOf(node);
+
+  const std::size_t firstMember = members_.size();
+  const Ref<JSONShape> shape = shapeOf(node, members_);
+  for (std::size_t i = 0; i < shape->distinctKeys()->count(); ++i) {
+    const void* member = members_[firstMember + shape->memberOfDistinctKey(i)];
+    Ref<Object> object = objectOf(node.place(static_cast<const std::uint64_t*>(member)));
+    values_.push_back(std::move(object));
+  }
+  Ref<Dictionary> dictionary = dictionaryOf(*shape, built());
+  values_.resize(firstValue);
+  members_.resize(firstMember);
+  return dictionary;
+}
+
+}  // namespace tq::detail

@@ -1,0 +1,98 @@
+#include <TQFoundation/platform/detail/JSONShape.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace tq::detail {
+namespace {
+
+template <class Word>
+std::uint64_t load(const char* at) noexcept {
+  Word word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
+
+/// The first and the last bytes of a key in one word, in loads of fixed size.
+std::uint64_t digest(std::string_view key) noexcept {
+  const char* end = key.data() + key.size();
+  if (key.size() >= 8) {
+    return load<std::uint64_t>(key.data()) + (load<std::uint64_t>(end - 8) << 7);
+  }
+  if (key.size() >= 4) {
+    return load<std::uint32_t>(key.data()) | (load<std::uint32_t>(end - 4) << 32);
+  }
+  if (key.empty()) return 0;
+  return load<std::uint8_t>(key.data()) | (load<std::uint8_t>(key.data() + key.size() / 2) << 8) |
+         (load<std::uint8_t>(end - 1) << 16);
+}
+
+/// What tells shapes apart well enough; a shape found by it is compared in full.
+std::size_t hashOf(std::span<const std::string_view> keys) noexcept {
+  std::size_t hash = keys.size();
+  for (const std::string_view key : keys) {
+    hash = (hash ^ digest(key) ^ key.size()) * 0x9E3779B97F4A7C15u;
+    hash ^= hash >> 29;
+  }
+  return hash;
+}
+
+}  // namespace
+
+JSONShape::JSONShape(std::vector<Ref<String>> keys)
+    : keys_(std::move(keys)), distinct_(makeRef<DictionaryKeys>()) {
+  for (std::size_t i = 0; i < keys_.size(); ++i) {
+    isMarked_ |= keys_[i]->view().starts_with('_');
+    const bool repeats = distinct_->find(keys_[i]->view()).has_value();
+    if (repeats && members_.empty()) {
+      for (std::uint32_t member = 0; member < i; ++member) members_.push_back(member);
+    }
+    if (repeats) continue;
+    distinct_->append(keys_[i]);
+    if (distinct_->count() != i + 1) members_.push_back(static_cast<std::uint32_t>(i));
+  }
+}
+
+bool JSONShape::isOf(std::span<const std::string_view> keys) const noexcept {
+  return std::ranges::equal(keys, keys_, [](std::string_view text, const Ref<String>& key) {
+    return text == key->view();
+  });
+}
+
+std::optional<std::size_t> JSONShape::find(std::string_view key, std::size_t& hint) const {
+  std::size_t member = hint;
+  const bool isNext = members_.empty() && hint < keys_.size() && keys_[hint]->view() == key;
+  if (!isNext) {
+    const auto index = distinct_->find(key);
+    if (!index) return std::nullopt;
+    member = memberOfDistinctKey(*index);
+  }
+  hint = member + 1;
+  return member;
+}
+
+Ref<JSONShape> JSONShapes::shapeOf(std::span<const std::string_view> keys) {
+  const std::size_t hash = hashOf(keys);
+  const auto found = shapes_.find(hash);
+  if (found != shapes_.end() && found->second->isOf(keys)) return found->second;
+
+  std::vector<Ref<String>> strings;
+  strings.reserve(keys.size());
+  for (const std::string_view key : keys) strings.push_back(keyOf(key));
+  Ref<JSONShape> shape = makeRef<JSONShape>(std::move(strings));
+  if (keys.size() <= kWidest && found == shapes_.end() && shapes_.size() < kMostShapes) {
+    shapes_.emplace(hash, shape);
+  }
+  return shape;
+}
+
+Ref<String> JSONShapes::keyOf(std::string_view text) {
+  const auto found = keys_.find(text);
+  if (found != keys_.end()) return found->second;
+  Ref<String> key = String::stringWithUTF8(text);
+  if (keys_.size() < kMostKeys) keys_.emplace(key->view(), key);
+  return key;
+}
+
+}  // namespace tq::detail

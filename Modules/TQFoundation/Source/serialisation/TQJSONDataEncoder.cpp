@@ -1,0 +1,57 @@
+#include <TQFoundation/serialisation/TQJSONDataEncoder.h>
+
+#include <utility>
+
+namespace tq {
+
+Ref<TQJSONDataEncoder> TQJSONDataEncoder::initWithData(Ref<MutableData> data) {
+  return makeRef<TQJSONDataEncoder>(std::move(data));
+}
+
+TQJSONDataEncoder::TQJSONDataEncoder(Ref<MutableData> data) : data_(std::move(data)) {
+  if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
+}
+
+/// Takes what was written into the buffer again, however the encoding ends.
+class TQJSONDataEncoder::Window {
+ public:
+  explicit Window(TQJSONDataEncoder& encoder) : encoder_(encoder) { encoder_.openWindow(0); }
+  ~Window() { encoder_.closeWindow(); }
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+
+ private:
+  TQJSONDataEncoder& encoder_;
+};
+
+void TQJSONDataEncoder::openWindow(std::size_t room) {
+  const std::span<std::byte> spare = data_->spareRoom(room);
+  auto* begin = reinterpret_cast<char*>(spare.data());
+  lendWindow(begin, begin + spare.size());
+  isOpen_ = true;
+}
+
+void TQJSONDataEncoder::closeWindow() noexcept {
+  if (!isOpen_) return;
+  const auto* begin = reinterpret_cast<const char*>(data_->bytes().data() + data_->length());
+  data_->commit(static_cast<std::size_t>(windowCursor() - begin));
+  lendWindow(nullptr, nullptr);
+  isOpen_ = false;
+}
+
+bool TQJSONDataEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  if (this->error()) return TQJSONEncoder::encodeRootObject(object, error);
+  const Window window(*this);
+  return TQJSONEncoder::encodeRootObject(object, error);
+}
+
+void TQJSONDataEncoder::writeData(const void* bytes, std::size_t length) {
+  if (!data_) return;
+  const std::span added(static_cast<const std::byte*>(bytes), length);
+  if (!isOpen_) return data_->append(added);
+  closeWindow();
+  data_->append(added);
+  openWindow(0);
+}
+
+}  // namespace tq

@@ -1,0 +1,462 @@
+#include <TQFoundation/serialisation/TQJSONDecoder.h>
+
+#include <charconv>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/objects/GeometryText.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/Value.h>
+#include <TQFoundation/platform/Base64.h>
+#include <TQFoundation/platform/FileReading.h>
+#include <TQFoundation/platform/KeyedUnarchiver.h>
+#include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/detail/JSONObjectBuilder.h>
+
+namespace tq {
+namespace {
+
+using detail::JSONObjectBuilder;
+using detail::JSONShape;
+
+/// Classes by the name that archives give them; null bans the name.
+std::map<std::string, const Class*, std::less<>>& TQJSONDecoderClassMap() {
+  static auto& map = *new std::map<std::string, const Class*, std::less<>>;
+  return map;
+}
+
+Ref<Error> invalidClassError(std::string_view name) {
+  std::string text = "Invalid object class ";
+  return Error::errorWithDomain(TQJSONDecoderError, 0,
+                                std::string_view(text.append(name).append(" found in archive")));
+}
+
+/// The bytes with "?" for every control character but NUL, each reported in the log.
+Ref<Data> repaired(std::span<const std::byte> bytes) {
+  Ref<MutableData> copy = MutableData::dataWithLength(0);
+  copy->append(bytes);
+  const std::span<std::byte> text = copy->mutableBytes();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = std::to_integer<unsigned>(text[i]);
+    if (byte < 1 || byte > 31) continue;
+    char digits[2];
+    const char* end = std::to_chars(digits, digits + 2, byte, 16).ptr;
+    std::string line = "Strange \\x";
+    line.append(static_cast<const char*>(digits), end).append(" character at ");
+    plainLog(line.append(std::to_string(i)).append("\n"));
+    text[i] = std::byte{'?'};
+  }
+  return copy;
+}
+
+/// A member, wherever it stands: on the tape of parsed text, or in a parsed tree of objects.
+struct Member {
+  std::optional<JSONNode> node;
+  const Object* object = nullptr;
+
+  [[nodiscard]] std::optional<std::string_view> text() const noexcept {
+    if (node) {
+      if (node->kind() != JSONNode::Kind::string) return std::nullopt;
+      return node->text();
+    }
+    if (object->kind() != ObjectKind::string) return std::nullopt;
+    return static_cast<const String*>(object)->view();
+  }
+
+  [[nodiscard]] std::optional<NumberValue> number() const noexcept {
+    if (node) {
+      if (!node->isNumber()) return std::nullopt;
+      return node->number();
+    }
+    if (object->kind() != ObjectKind::number) return std::nullopt;
+    return static_cast<const Number*>(object)->value();
+  }
+};
+
+}  // namespace
+
+/// The tree and where in it the decoder is.
+///
+/// An object being decoded is a frame: its shape, and the places of its members at the end of one
+/// stack that all frames share. So entering an object allocates nothing once the stacks have grown.
+struct TQJSONDecoder::Walk {
+  struct Frame {
+    Ref<JSONShape> shape;
+    std::size_t firstMember = 0;
+    std::size_t hint = 0;
+    std::optional<JSONNode> node;        // the object itself, on the tape…
+    const Dictionary* parsed = nullptr;  // …or in a tree of objects
+  };
+
+  explicit Walk(TQJSONDecoder& owner) : decoder(owner) {}
+
+  /// Makes an object's members the current ones for as long as it lives.
+  class Entered {
+   public:
+    Entered(Walk& walk, JSONNode object) : walk_(walk), firstMember_(walk.members.size()) {
+      Ref<JSONShape> shape = walk.builder.shapeOf(object, walk.members);
+      walk.frames.push_back({std::move(shape), firstMember_, 0, object, nullptr});
+    }
+    Entered(Walk& walk, const Dictionary& parsed) : walk_(walk), firstMember_(walk.members.size()) {
+      std::vector<std::string_view> keys;
+      for (const Dictionary::Entry entry : parsed) {
+        if (entry.key.kind() != ObjectKind::string) continue;
+        keys.push_back(static_cast<const String&>(entry.key).view());
+        walk.members.push_back(&entry.value);
+      }
+      walk.frames.push_back({walk.builder.shapeOf(keys), firstMember_, 0, std::nullopt, &parsed});
+    }
+    ~Entered() {
+      walk_.frames.pop_back();
+      walk_.members.resize(firstMember_);
+    }
+    Entered(const Entered&) = delete;
+    Entered& operator=(const Entered&) = delete;
+
+   private:
+    Walk& walk_;
+    std::size_t firstMember_;
+  };
+
+  [[nodiscard]] Member memberAt(const Frame& frame, std::size_t index) const {
+    const void* place = members[frame.firstMember + index];
+    if (frame.node) return {frame.node->place(static_cast<const std::uint64_t*>(place)), nullptr};
+    return {std::nullopt, static_cast<const Object*>(place)};
+  }
+
+  [[nodiscard]] std::optional<Member> find(std::string_view key) {
+    if (frames.empty()) return std::nullopt;
+    Frame& frame = frames.back();
+    const auto index = frame.shape->find(key, frame.hint);
+    if (!index) return std::nullopt;
+    return memberAt(frame, *index);
+  }
+
+  [[nodiscard]] Ref<Object> decode(const Member& member) {
+    return member.node ? decode(*member.node) : decode(*member.object);
+  }
+
+  [[nodiscard]] Ref<Object> decode(JSONNode node) {
+    if (node.kind() == JSONNode::Kind::object) {
+      const Entered entered(*this, node);
+      return decodeEntered();
+    }
+    if (node.kind() != JSONNode::Kind::array) return JSONObjectBuilder::scalarOf(node);
+    if (Ref<Array> numbers = JSONObjectBuilder::numbersOf(node)) return numbers;
+    const std::size_t firstValue = values.size();
+    for (JSONNode element = node.first(); !(element == node.end()); element = element.next()) {
+      keep(decode(element));
+    }
+    return takeArray(firstValue);
+  }
+
+  [[nodiscard]] Ref<Object> decode(const Object& parsed) {
+    switch (parsed.kind()) {
+      case ObjectKind::dictionary:
+        return decode(static_cast<const Dictionary&>(parsed));
+      case ObjectKind::array:
+        return decode(static_cast<const Array&>(parsed));
+      default:
+        return Ref<Object>(const_cast<Object*>(&parsed));
+    }
+  }
+
+  [[nodiscard]] Ref<Object> decode(const Dictionary& parsed) {
+    const Level level(*this);
+    if (level.isTooDeep()) return nullptr;
+    const Entered entered(*this, parsed);
+    return decodeEntered();
+  }
+
+  [[nodiscard]] Ref<Array> decode(const Array& parsed) {
+    const Level level(*this);
+    if (level.isTooDeep()) return nullptr;
+    if (parsed.isPacked()) return Ref<Array>(const_cast<Array*>(&parsed));
+    const std::size_t firstValue = values.size();
+    for (const Object& element : parsed) keep(decode(element));
+    return takeArray(firstValue);
+  }
+
+  /// Every member of the current object, decoded. Of equal keys the first.
+  [[nodiscard]] Ref<Dictionary> decodeMembers() {
+    const std::size_t frameIndex = frames.size() - 1;
+    const Ref<JSONShape> shape = frames[frameIndex].shape;
+    const std::size_t firstValue = values.size();
+    const std::size_t count = shape->distinctKeys()->count();
+    for (std::size_t i = 0; i < count; ++i) {
+      Ref<Object> object = decode(memberAt(frames[frameIndex], shape->memberOfDistinctKey(i)));
+      values.push_back(std::move(object));
+    }
+    Ref<Dictionary> dictionary =
+        JSONObjectBuilder::dictionaryOf(*shape, std::span(values).subspan(firstValue));
+    values.resize(firstValue);
+    return dictionary;
+  }
+
+  TQJSONDecoder& decoder;
+  std::optional<JSONDocument> document;
+  Ref<Object> parsedRoot;
+  JSONObjectBuilder builder;
+  std::vector<Frame> frames;
+  std::vector<const void*> members;
+  std::vector<Ref<Object>> values;  // decoded, waiting for their container
+  std::vector<std::pair<std::string, const Class*>> namedClasses;  // looked up before
+  std::size_t depth = 0;
+
+ private:
+  /// One container of a parsed tree deeper. (Text is as deep as the parser lets through.)
+  class Level {
+   public:
+    explicit Level(Walk& walk) : walk_(walk) {
+      if (++walk_.depth > JSONDocument::kDepthLimit) {
+        walk_.decoder.setError(Error::errorWithDomain(
+            TQJSONDecoderError, 1,
+            std::string_view("The parsed tree is cyclic, or nested deeper than 512 containers.")));
+      }
+    }
+    ~Level() { --walk_.depth; }
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+    [[nodiscard]] bool isTooDeep() const noexcept {
+      return walk_.depth > JSONDocument::kDepthLimit;
+    }
+
+   private:
+    Walk& walk_;
+  };
+
+  void keep(Ref<Object> element) {
+    if (element) values.push_back(std::move(element));
+  }
+
+  [[nodiscard]] Ref<Array> takeArray(std::size_t firstValue) {
+    Ref<Array> array = JSONObjectBuilder::arrayOf(std::span(values).subspan(firstValue));
+    values.resize(firstValue);
+    return array;
+  }
+
+  /// The reserved keys are asked for in this order; the first present decides.
+  [[nodiscard]] Ref<Object> decodeEntered() {
+    if (!frames.back().shape->isMarked()) return Dictionary::initWithJSONDecoder(decoder);
+    if (const auto archive = find(TQJSONRawNSArchiveKey)) return decodeArchive(*archive);
+    if (const auto name = find(TQJSONClassKey)) return decodeStructured(name->text());
+    if (const auto data = find(TQJSONRawDataKey)) {
+      const auto text = data->text();
+      return text ? dataFromBase64(*text) : nullptr;
+    }
+    return Dictionary::initWithJSONDecoder(decoder);
+  }
+
+  [[nodiscard]] Ref<Object> decodeArchive(const Member& archive) {
+    const auto text = archive.text();
+    const Ref<Data> bytes = text ? dataFromBase64(*text) : nullptr;
+    if (!bytes) return nullptr;
+    Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes());
+    if (!object) return nullptr;
+    const std::string_view name = object->objectClass().codingName();
+    return decoder.classFromClassName(name) != nullptr ? object : nullptr;
+  }
+
+  [[nodiscard]] Ref<Object> decodeStructured(std::optional<std::string_view> name) {
+    const Class* named = name ? decoder.classFromClassName(*name) : nullptr;
+    if (named == nullptr) return nullptr;
+    if (const auto construct = named->json().initWithJSONDecoder) {
+      frames.back().hint = 1;  // "_class" is the first member, the object's own follow
+      return construct(decoder);
+    }
+    decoder.setError(invalidClassError(*name));
+    return decoder.currentObjectDict();
+  }
+};
+
+TQJSONDecoder::TQJSONDecoder() : walk_(std::make_unique<Walk>(*this)) {}
+TQJSONDecoder::~TQJSONDecoder() = default;
+
+Ref<TQJSONDecoder> TQJSONDecoder::initWithRootObject(Ref<Object> root) {
+  auto decoder = Ref<TQJSONDecoder>::adopt(new TQJSONDecoder);
+  decoder->walk_->parsedRoot = std::move(root);
+  return decoder;
+}
+
+Ref<TQJSONDecoder> TQJSONDecoder::initWithData(const Data& data) {
+  Ref<TQJSONDecoder> decoder = init();
+  decoder->parse(data.bytes(), Data::kReadablePadding);
+  return decoder;
+}
+
+Ref<TQJSONDecoder> TQJSONDecoder::initWithData(std::span<const std::byte> bytes) {
+  Ref<TQJSONDecoder> decoder = init();
+  decoder->parse(bytes, 0);
+  return decoder;
+}
+
+void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readablePadding) {
+  TQ_ASSERT(walk_->frames.empty());  // never from within an object that is being decoded
+  walk_->parsedRoot = nullptr;
+  walk_->document = JSONDocument::parse(bytes, readablePadding, nullptr);
+  if (walk_->document) return;
+  Ref<Error> error;
+  const Ref<Data> text = repaired(bytes);
+  walk_->document = JSONDocument::parse(text->bytes(), Data::kReadablePadding, &error);
+  if (!walk_->document) setError(std::move(error));
+}
+
+Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
+  Ref<Object> object;
+  if (walk_->document) {
+    object = walk_->decode(walk_->document->root());
+  } else if (walk_->parsedRoot) {
+    object = walk_->decode(*walk_->parsedRoot);
+  }
+  setOutError(error, error_);
+  return object;
+}
+
+Ref<Object> TQJSONDecoder::decodeDataError(const Data& data, Ref<Error>* error) {
+  parse(data.bytes(), Data::kReadablePadding);
+  return decode(error);
+}
+
+Ref<Object> TQJSONDecoder::decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* error) {
+  TQ_ASSERT(walk_->frames.empty());  // never from within an object that is being decoded
+  walk_->document.reset();
+  walk_->parsedRoot = std::move(parsed);
+  return decode(error);
+}
+
+Ref<Object> TQJSONDecoder::decodeData(const Data& data, Ref<Error>* error) {
+  return initWithData(data)->decode(error);
+}
+
+Ref<Object> TQJSONDecoder::decodeFileAtURL(const URL& url, Ref<Error>* error) {
+  const Ref<Data> data = dataWithContentsOfURL(url, error);
+  return data ? decodeData(*data, error) : nullptr;
+}
+
+void TQJSONDecoder::setError(Ref<Error> error) {
+  if (!error) return;
+  plainLog(error->description());
+  if (!error_) error_ = std::move(error);
+}
+
+Ref<Object> TQJSONDecoder::root() {
+  if (walk_->document) return walk_->builder.objectOf(walk_->document->root());
+  return walk_->parsedRoot;
+}
+
+Ref<Dictionary> TQJSONDecoder::currentObjectDict() {
+  if (walk_->frames.empty()) return nullptr;
+  const Walk::Frame& frame = walk_->frames.back();
+  if (frame.node) return refCast<Dictionary>(walk_->builder.objectOf(*frame.node));
+  return Ref<Dictionary>(const_cast<Dictionary*>(frame.parsed));
+}
+
+Ref<Object> TQJSONDecoder::decodeObject(const Object& parsed) { return walk_->decode(parsed); }
+Ref<Array> TQJSONDecoder::decodeArray(const Array& parsed) { return walk_->decode(parsed); }
+Ref<Object> TQJSONDecoder::decodeDictionary(const Dictionary& parsed) {
+  return walk_->decode(parsed);
+}
+
+// MARK: members
+
+bool TQJSONDecoder::containsValueForKey(std::string_view key) const {
+  return walk_->find(key).has_value();
+}
+
+Ref<Object> TQJSONDecoder::decodeObjectForKey(std::string_view key) {
+  const auto member = walk_->find(key);
+  return member ? walk_->decode(*member) : nullptr;
+}
+
+double TQJSONDecoder::decodeDoubleForKey(std::string_view key, double withDefault) const {
+  const auto member = walk_->find(key);
+  if (!member) return withDefault;
+  if (const auto number = member->number()) return number->doubleValue();
+  const auto text = member->text();
+  return text ? lenientDouble(*text) : 0;
+}
+
+bool TQJSONDecoder::decodeBoolForKey(std::string_view key, bool withDefault) const {
+  const auto member = walk_->find(key);
+  if (!member) return withDefault;
+  if (const auto number = member->number()) return number->boolValue();
+  const auto text = member->text();
+  return text && lenientBool(*text);
+}
+
+std::int64_t TQJSONDecoder::decodeIntegerForKey(std::string_view key,
+                                                std::int64_t withDefault) const {
+  const auto member = walk_->find(key);
+  if (!member) return withDefault;
+  if (const auto number = member->number()) return number->integerValue();
+  const auto text = member->text();
+  return text ? lenientInteger(*text) : 0;
+}
+
+Point TQJSONDecoder::decodePointForKey(std::string_view key, Point withDefault) const {
+  const auto member = walk_->find(key);
+  return member ? pointFromText(member->text().value_or("")) : withDefault;
+}
+
+Size TQJSONDecoder::decodeSizeForKey(std::string_view key, Size withDefault) const {
+  const auto member = walk_->find(key);
+  return member ? sizeFromText(member->text().value_or("")) : withDefault;
+}
+
+Rect TQJSONDecoder::decodeRectForKey(std::string_view key, const Rect& withDefault) const {
+  const auto member = walk_->find(key);
+  return member ? rectFromText(member->text().value_or("")) : withDefault;
+}
+
+Ref<Dictionary> Dictionary::initWithJSONDecoder(TQJSONDecoder& decoder) {
+  return decoder.walk_->decodeMembers();
+}
+
+Ref<Value> Value::initWithJSONDecoder(TQJSONDecoder& decoder) {
+  const Ref<String> type = refCast<String>(decoder.decodeObjectForKey("type"));
+  const std::string_view name = type ? type->view() : "";
+  if (name == "point") return valueWithPoint(decoder.decodePointForKey("value"));
+  if (name == "size") return valueWithSize(decoder.decodeSizeForKey("value"));
+  if (name == "rect") return valueWithRect(decoder.decodeRectForKey("value"));
+  return valueWithBytes({}, {});
+}
+
+// MARK: classes
+
+const Class* TQJSONDecoder::classFromClassName(std::string_view name) {
+  auto& known = walk_->namedClasses;
+  auto found = known.begin();
+  while (found != known.end() && found->first != name) ++found;
+  if (found == known.end()) {
+    const auto& map = TQJSONDecoderClassMap();
+    const auto set = map.find(name);
+    const Class* looked = set != map.end() ? set->second : Class::classNamed(name);
+    if (looked == nullptr) return nullptr;
+    found = known.emplace(found, std::string(name), looked);
+  }
+  const Class* named = found->second;
+  if (const auto judge = delegate_.lock()) {
+    if (!judge->shouldInstantiateObjectOfClass(*this, *named)) {
+      setError(invalidClassError(name));
+      return nullptr;
+    }
+  }
+  return named;
+}
+
+void TQJSONDecoder::setClass(const Class* theClass, std::string_view forClassName) {
+  auto& map = TQJSONDecoderClassMap();
+  if (theClass != nullptr && theClass->codingName() == forClassName) {
+    const auto entry = map.find(forClassName);
+    if (entry != map.end()) map.erase(entry);
+    return;
+  }
+  map.insert_or_assign(std::string(forClassName), theClass);
+}
+
+}  // namespace tq

@@ -1,0 +1,302 @@
+#include <TQFoundation/serialisation/TQJSONEncoder.h>
+
+#include <cxxabi.h>
+
+#include <map>
+#include <string>
+#include <utility>
+
+#include <TQFoundation/base/NumberText.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/serialisation/TQJSONDataEncoder.h>
+#include <TQFoundation/serialisation/TQJSONFileEncoder.h>
+#include <TQFoundation/serialisation/TQJSONURLEncoder.h>
+#include <TQFoundation/serialisation/detail/JSONEscape.h>
+
+namespace tq {
+namespace {
+
+/// Aliases by coding class.
+std::map<const Class*, std::string>& TQJSONEncoderClassMap() {
+  static auto& map = *new std::map<const Class*, std::string>;
+  return map;
+}
+
+/// One container deeper, for as long as it lives.
+class Level {
+ public:
+  explicit Level(int& depth) : depth_(depth) {
+    if (depth_ == TQJSONEncoder::kDepthLimit) {
+      throw Exception(InvalidArgumentException,
+                      "The graph is cyclic, or nested deeper than the 512 containers that an "
+                      "archive may hold.");
+    }
+    ++depth_;
+  }
+  ~Level() { --depth_; }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+
+ private:
+  int& depth_;
+};
+
+char* copyText(char* to, std::string_view text) noexcept {
+  std::memcpy(to, text.data(), text.size());
+  return to + text.size();
+}
+
+char* writeClamped17(char* to, double value) noexcept {
+  return writeDouble17(to, TQJSONClampedDouble(value));
+}
+
+/// "{a, b}"
+char* writePair17(char* to, double a, double b) noexcept {
+  *to++ = '{';
+  to = copyText(writeClamped17(to, a), ", ");
+  to = writeClamped17(to, b);
+  *to++ = '}';
+  return to;
+}
+
+}  // namespace
+
+bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  if (!error_) {
+    try {
+      encodeObject(object);
+    } catch (const abi::__forced_unwind&) {
+      throw;  // the thread is being cancelled
+    } catch (const std::exception& exception) {
+      setError(TQJSONEncoderError, 0, exception.what());
+    } catch (...) {
+      setError(TQJSONEncoderError, 0, "unknown exception");
+    }
+  }
+  if (error_) setOutError(error, error_);
+  return !error_;
+}
+
+void TQJSONEncoder::setError(Ref<Error> error) {
+  if (!error_) error_ = std::move(error);
+}
+
+void TQJSONEncoder::setError(std::string_view domain, std::int64_t code,
+                             std::string_view description) {
+  if (!error_) error_ = Error::errorWithDomain(domain, code, description);
+}
+
+void TQJSONEncoder::writeData(const void*, std::size_t) {}
+
+/// Lets `write` put up to `capacity` characters into the window, or else into a scratch area.
+template <std::size_t capacity, class Write>
+void TQJSONEncoder::writeShort(Write&& write) {
+  if (static_cast<std::size_t>(windowEnd_ - cursor_) >= capacity) {
+    cursor_ = write(cursor_);
+  } else {
+    char scratch[capacity];
+    const char* end = write(scratch);
+    writeData(scratch, static_cast<std::size_t>(end - scratch));
+  }
+}
+
+// MARK: values
+
+void TQJSONEncoder::encodeObject(LentObject lent) {
+  const Object* object = lent.get();
+  if (object == nullptr) return;
+  switch (object->kind()) {
+    case ObjectKind::string: {
+      const auto& string = static_cast<const String&>(*object);
+      if (string.isWellFormed()) return encodeText(string.view());
+      break;
+    }
+    case ObjectKind::number:
+      return encodeNumber(static_cast<const Number&>(*object).value());
+    case ObjectKind::null:
+      return write("null");
+    default:
+      break;
+  }
+  const Level level(depth_);
+  Ref<Object> replacement;
+  if (const auto replace = object->objectClass().json().replacementObject) {
+    replacement = replace(*object, *this);
+  }
+  const Object& encoded = replacement ? *replacement : *object;
+  if (const auto encodeAsJSON = encoded.objectClass().json().encodeAsJSON) {
+    startEncodingObject(encoded, *this);
+    encodeAsJSON(encoded, *this);
+    finishEncodingObject(encoded, *this);
+  } else {
+    encodeAsRAWArchive(encoded, *this);
+  }
+}
+
+void TQJSONEncoder::encodeNumber(NumberValue number) {
+  writeShort<kNumberTextCapacity>([number](char* to) {
+    switch (number.kind()) {
+      case NumberKind::boolean:
+      case NumberKind::int8:
+        return writeInteger(to, static_cast<std::int8_t>(number.bits()));
+      case NumberKind::float32:
+        return writeFloat7(to, static_cast<float>(TQJSONClampedDouble(number.doubleValue())));
+      case NumberKind::float64:
+        return writeDouble16(to, TQJSONClampedDouble(number.doubleValue()));
+      default:
+        return number.writeText(to);
+    }
+  });
+}
+
+void TQJSONEncoder::encodeText(std::string_view utf8) {
+  if (static_cast<std::size_t>(windowEnd_ - cursor_) >= utf8.size() + 2 &&
+      detail::copyUnescaped(cursor_ + 1, utf8)) {
+    cursor_[0] = cursor_[utf8.size() + 1] = '"';
+    cursor_ += utf8.size() + 2;
+    return;
+  }
+  write("\"");
+  for (;;) {
+    const std::size_t plain = detail::unescapedPrefix(utf8);
+    write(utf8.substr(0, plain));
+    if (plain == utf8.size()) break;
+    writeShort<detail::kLongestEscape>(
+        [&](char* to) { return detail::writeEscape(to, static_cast<unsigned char>(utf8[plain])); });
+    utf8.remove_prefix(plain + 1);
+  }
+  write("\"");
+}
+
+void TQJSONEncoder::encodeStringWithoutCheckingFormat(const String& string, bool includeQuotes) {
+  if (includeQuotes) write("\"");
+  write(string.view());
+  if (includeQuotes) write("\"");
+}
+
+// MARK: keyed values
+
+void TQJSONEncoder::writeKey(std::string_view key, bool includeSeparator) {
+  const std::size_t length = key.size() + 4;
+  if (static_cast<std::size_t>(windowEnd_ - cursor_) >= length) {
+    char* to = cursor_;
+    if (includeSeparator) *to++ = ',';
+    *to++ = '"';
+    to = copyText(to, key);
+    *to++ = '"';
+    *to++ = ':';
+    cursor_ = to;
+    return;
+  }
+  write(includeSeparator ? ",\"" : "\"");
+  write(key);
+  write("\":");
+}
+
+void TQJSONEncoder::encodeObject(LentObject object, std::string_view forKey,
+                                 bool includeSeparator) {
+  if (object.get() == nullptr) return;
+  writeKey(forKey, includeSeparator);
+  encodeObject(object);
+}
+
+void TQJSONEncoder::encodeStringWithoutCheckingFormat(const String* string, std::string_view forKey,
+                                                      bool includeSeparator) {
+  if (string == nullptr) return;
+  writeKey(forKey, includeSeparator);
+  encodeStringWithoutCheckingFormat(*string, true);
+}
+
+void TQJSONEncoder::encodeDouble(double value, std::string_view forKey) {
+  writeKey(forKey, true);
+  writeShort<kNumberTextCapacity>(
+      [value](char* to) { return writeDouble16(to, TQJSONClampedDouble(value)); });
+}
+
+void TQJSONEncoder::encodeBool(bool value, std::string_view forKey) {
+  writeKey(forKey, true);
+  write(value ? "true" : "false");
+}
+
+void TQJSONEncoder::encodeInteger(std::int64_t value, std::string_view forKey) {
+  writeKey(forKey, true);
+  encodeNumber(value);
+}
+
+void TQJSONEncoder::encodePoint(Point point, std::string_view forKey) {
+  writeKey(forKey, true);
+  writeShort<2 * kNumberTextCapacity + 8>([point](char* to) {
+    *to++ = '"';
+    to = writePair17(to, point.x, point.y);
+    *to++ = '"';
+    return to;
+  });
+}
+
+void TQJSONEncoder::encodeSize(Size size, std::string_view forKey) {
+  encodePoint({size.width, size.height}, forKey);
+}
+
+void TQJSONEncoder::encodeRect(const Rect& rect, std::string_view forKey) {
+  writeKey(forKey, true);
+  writeShort<4 * kNumberTextCapacity + 16>([&rect](char* to) {
+    to = writePair17(copyText(to, "\"{"), rect.origin.x, rect.origin.y);
+    to = writePair17(copyText(to, ", "), rect.size.width, rect.size.height);
+    return copyText(to, "}\"");
+  });
+}
+
+// MARK: class names
+
+void TQJSONEncoder::setAliasName(std::string_view name, const Class& forClass) {
+  TQJSONEncoderClassMap().insert_or_assign(&forClass.classForCoder(), std::string(name));
+}
+
+// Objects of one class come in runs, so the last answer is often the next.
+std::string_view TQJSONEncoder::archiveNameOf(const Class& codingClass) {
+  if (namedClass_ != &codingClass) {
+    const auto& aliases = TQJSONEncoderClassMap();
+    const auto alias = aliases.find(&codingClass);
+    archiveName_ = alias != aliases.end() ? alias->second : codingClass.codingName();
+    namedClass_ = &codingClass;
+  }
+  return archiveName_;
+}
+
+void TQJSONEncoder::initialize() { static_cast<void>(TQJSONAwkwardCharacters::contains(U' ')); }
+
+// MARK: conveniences
+
+Ref<Data> TQJSONEncoder::encodeObjectAsData(LentObject object, Ref<Error>* error) {
+  Ref<MutableData> data = MutableData::data();
+  const Ref<TQJSONDataEncoder> encoder = TQJSONDataEncoder::initWithData(data);
+  if (!encoder->encodeRootObject(object, error)) return nullptr;
+  return data;
+}
+
+Ref<String> TQJSONEncoder::encodeObjectAsString(LentObject object, Ref<Error>* error) {
+  const Ref<Data> data = encodeObjectAsData(object, error);
+  return data ? String::stringWithUTF8(data->view()) : nullptr;
+}
+
+bool TQJSONEncoder::encodeObject(LentObject object, Ref<FileHandle> toFile, Ref<Error>* error) {
+  return encoderForWritingToFile(std::move(toFile))->encodeRootObject(object, error);
+}
+
+bool TQJSONEncoder::encodeObject(LentObject object, const URL& toURL, Ref<Error>* error) {
+  return encoderForWritingToURL(toURL)->encodeRootObject(object, error);
+}
+
+Ref<TQJSONEncoder> TQJSONEncoder::encoderForWritingToMutableData(Ref<MutableData> data) {
+  return TQJSONDataEncoder::initWithData(std::move(data));
+}
+
+Ref<TQJSONEncoder> TQJSONEncoder::encoderForWritingToFile(Ref<FileHandle> file) {
+  return TQJSONFileEncoder::initWithFile(std::move(file));
+}
+
+Ref<TQJSONEncoder> TQJSONEncoder::encoderForWritingToURL(const URL& url) {
+  return TQJSONURLEncoder::initWithURL(url);
+}
+
+}  // namespace tq

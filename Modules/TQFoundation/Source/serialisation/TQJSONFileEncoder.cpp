@@ -1,0 +1,70 @@
+#include <TQFoundation/serialisation/TQJSONFileEncoder.h>
+
+#include <cxxabi.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace tq {
+
+Ref<TQJSONFileEncoder> TQJSONFileEncoder::initWithFile(Ref<FileHandle> file) {
+  return makeRef<TQJSONFileEncoder>(std::move(file));
+}
+
+TQJSONFileEncoder::TQJSONFileEncoder(Ref<FileHandle> file)
+    : output_(std::move(file)), buffer_(new (std::nothrow) char[kBufferSize]) {
+  if (!buffer_) {
+    setError(TQJSONFileEncoderError, 0, "Memory allocation error");
+    return;
+  }
+  lendWindow(buffer_.get(), buffer_.get() + kBufferSize);
+}
+
+// Called for text that does not fit the rest of the buffer, and by whoever writes bytes of his own.
+void TQJSONFileEncoder::writeData(const void* bytes, std::size_t length) {
+  if (!buffer_) return;
+  const char* from = static_cast<const char*>(bytes);
+  for (;;) {
+    const auto room = static_cast<std::size_t>(windowEnd() - windowCursor());
+    const std::size_t fitting = std::min(length, room);
+    std::memcpy(windowCursor(), from, fitting);
+    lendWindow(windowCursor() + fitting, windowEnd());
+    if (fitting == length) return;  // a buffer that is just full waits for the next byte
+    writeOut(kBufferSize);
+    lendWindow(buffer_.get(), windowEnd());
+    from += fitting;
+    length -= fitting;
+  }
+}
+
+void TQJSONFileEncoder::finishWriting() {
+  if (buffer_) writeOut(static_cast<std::size_t>(windowCursor() - buffer_.get()));
+}
+
+void TQJSONFileEncoder::writeOut(std::size_t count) {
+  const int descriptor = output_ ? output_->fileDescriptor() : -1;
+  const WriteResult result = writeOnce(descriptor, std::as_bytes(std::span(buffer_.get(), count)));
+  if (result.count != static_cast<std::ptrdiff_t>(count)) {
+    setError(TQJSONFileEncoderError, result.errorNumber, "Archive write failed");
+  }
+}
+
+bool TQJSONFileEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  const bool encoded = TQJSONEncoder::encodeRootObject(object, error);
+  try {
+    finishWriting();
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled
+  } catch (const std::exception& exception) {
+    setError(TQJSONFileEncoderError, 1, exception.what());
+  } catch (...) {
+    setError(TQJSONFileEncoderError, 1, "unknown exception");
+  }
+  if (!this->error()) return encoded;
+  setOutError(error, this->error());
+  return false;
+}
+
+}  // namespace tq
