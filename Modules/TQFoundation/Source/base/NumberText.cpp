@@ -37,32 +37,28 @@ constexpr std::uint64_t powerOf10(int exponent) {
   return power;
 }
 
-struct DigitPairs {
-  char text[200];
-};
-
-constexpr DigitPairs kDigitPairs = [] {
-  DigitPairs pairs{};
-  for (int i = 0; i < 100; ++i) {
-    pairs.text[2 * i] = static_cast<char>('0' + i / 10);
-    pairs.text[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
-}();
-
-void writePair(char* to, std::uint32_t belowHundred) noexcept {
-  std::memcpy(to, kDigitPairs.text + 2 * belowHundred, 2);
+/// The eight decimal digits of a number below 10^8, one a byte, the first in the lowest.
+///
+/// Divides in parallel: by 10^4 into two lanes, each by 100 into two, each by 10 into two. The
+/// factors are reciprocals that are exact for the lanes' ranges (x · 10486 >> 20 = x / 100 below
+/// 10^4, x · 103 >> 10 = x / 10 below 100).
+std::uint64_t eightDigits(std::uint32_t value) noexcept {
+  const std::uint64_t fours = value / 10000 | (static_cast<std::uint64_t>(value % 10000) << 32);
+  const std::uint64_t hundreds = ((fours * 10486) >> 20) & 0x0000'007F'0000'007F;
+  const std::uint64_t twos = hundreds + ((fours - hundreds * 100) << 16);
+  const std::uint64_t tens = ((twos * 103) >> 10) & 0x000F'000F'000F'000F;
+  return tens + ((twos - tens * 10) << 8);
 }
 
-/// Exactly 8 digits, leading zeros included.
-void writeEight(char* to, std::uint32_t value) noexcept {
-  const std::uint32_t high = value / 10000;
-  const std::uint32_t low = value % 10000;
-  writePair(to, high / 100);
-  writePair(to + 2, high % 100);
-  writePair(to + 4, low / 100);
-  writePair(to + 6, low % 100);
+/// Writes digits as characters.
+void writeDigits(char* to, std::uint64_t digits) noexcept {
+  digits |= 0x3030'3030'3030'3030;
+  if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
+  std::memcpy(to, &digits, sizeof digits);
 }
+
+/// Zeros at the end of eight digits.
+int trailingZeros(std::uint64_t digits) noexcept { return std::countl_zero(digits) / 8; }
 
 template <class Value>
 char* viaLibrary(char* to, Value value, int digits) noexcept {
@@ -97,23 +93,18 @@ Scaled scale(double value) noexcept {
   for (;; ++exponent) {
     const int power = Digits - 1 - exponent;
     const Wide product = static_cast<Wide>(mantissa) * kPowersOf5.of[power];
-    const int shift = -(binaryExponent + power);
-    auto digits = static_cast<std::uint64_t>(product >> shift);
-    if (digits >= powerOf10(Digits)) continue;
-    const Wide rest = product & ((static_cast<Wide>(1) << shift) - 1);
-    const Wide half = static_cast<Wide>(1) << (shift - 1);
-    digits += rest > half || (rest == half && (digits & 1) != 0) ? 1 : 0;
+    const auto high = static_cast<std::uint64_t>(product >> 64);
+    const auto low = static_cast<std::uint64_t>(product);
+    const int shift = -(binaryExponent + power);  // 0 … 63 for a quotient of as many digits
+    if (shift < 0) continue;
+    std::uint64_t digits = (high << 1 << (63 - shift)) | (low >> shift);
+    if (high >> shift != 0 || digits >= powerOf10(Digits)) continue;
+    const std::uint64_t rest = low << 1 << (63 - shift);
+    constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
+    digits += rest > kHalf || (rest == kHalf && (digits & 1) != 0) ? 1 : 0;
     if (digits == powerOf10(Digits)) return {powerOf10(Digits - 1), exponent + 1};
     return {digits, exponent};
   }
-}
-
-/// Zeros at the end of eight digits.
-int trailingZeros(const char* eightDigits) noexcept {
-  std::uint64_t word;
-  std::memcpy(&word, eightDigits, sizeof word);
-  if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-  return std::countl_zero(word ^ 0x3030303030303030u) / 8;
 }
 
 /// Lays out d.ddd · 10^exponent in the form that %g chooses. The last of the `count` digits is not
@@ -126,7 +117,8 @@ char* layOut(char* to, const char* digits, int count, int exponent) noexcept {
     std::memcpy(to + 2, digits + 1, 16);
     to += count > 1 ? count + 1 : 1;
     std::memcpy(to, "e-", 2);
-    writePair(to + 2, static_cast<std::uint32_t>(-exponent));
+    to[2] = static_cast<char>('0' + -exponent / 10);
+    to[3] = static_cast<char>('0' + -exponent % 10);
     return to + 4;
   }
   if (exponent < 0) {
@@ -158,10 +150,11 @@ char* writeDouble(char* to, double value) noexcept {
     *first++ = static_cast<char>('0' + rest / powerOf10(16));
     rest %= powerOf10(16);
   }
-  writeEight(first, static_cast<std::uint32_t>(rest / powerOf10(8)));
-  writeEight(first + 8, static_cast<std::uint32_t>(rest % powerOf10(8)));
-  const int low = trailingZeros(first + 8);
-  const int zeros = low + (low == 8 ? trailingZeros(first) : 0);
+  const std::uint64_t high = eightDigits(static_cast<std::uint32_t>(rest / powerOf10(8)));
+  const std::uint64_t low = eightDigits(static_cast<std::uint32_t>(rest % powerOf10(8)));
+  writeDigits(first, high);
+  writeDigits(first + 8, low);
+  const int zeros = low != 0 ? trailingZeros(low) : 8 + trailingZeros(high);
   return layOut<Digits>(to, digits, Digits - zeros, scaled.exponent);
 }
 
