@@ -7,5 +7,17 @@ tq_add_room_benchmarks(TQJSON
   ${CMAKE_CURRENT_LIST_DIR}/JSONTreeBenchmarks.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NumberTextBenchmarks.cpp
   PEERS Boost::headers nlohmann_json::nlohmann_json)
+
+add_executable(TQJSONMemoryBenchmarks
+  ${CMAKE_CURRENT_LIST_DIR}/BoostJSON.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/JSONHeldMemory.cpp)
+tq_own_target(TQJSONMemoryBenchmarks)
+target_include_directories(TQJSONMemoryBenchmarks PRIVATE
+  "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Benchmarks")
+target_link_libraries(TQJSONMemoryBenchmarks PRIVATE
+  TQFoundation Boost::headers nlohmann_json::nlohmann_json)
+
 # The peers' headers are not held to our warnings.
-target_compile_options(TQJSONBenchmarks PRIVATE -Wno-error -w)
+foreach(target TQJSONBenchmarks TQJSONMemoryBenchmarks)
+  target_compile_options(${target} PRIVATE -w)
+endforeach()

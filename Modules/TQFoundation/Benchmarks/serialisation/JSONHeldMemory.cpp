@@ -1,0 +1,72 @@
+// How much memory a parsed tree holds: each library in a process of its own, by what the process
+// grows when it holds several trees.
+
+#include <rapidjson/document.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <boost/json.hpp>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "serialisation/Tree.h"
+
+namespace tq::bench {
+namespace {
+
+constexpr std::size_t kShapes = 30'000;
+
+double residentBytes() {
+  long pages = 0;
+  if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+    if (std::fscanf(file, "%*d %ld", &pages) != 1) pages = 0;
+    std::fclose(file);
+  }
+  return static_cast<double>(pages) * static_cast<double>(::sysconf(_SC_PAGESIZE));
+}
+
+template <class Parse>
+double bytesPerValue(Parse&& parse) {
+  const Ref<Data> text = TQJSONEncoder::encodeObjectAsData(treeOf(makeShapes(kShapes)));
+  constexpr int kCopies = 4;
+  std::vector<decltype(parse(*text))> trees;
+  trees.push_back(parse(*text));  // takes up what the process had to spare
+  const double before = residentBytes();
+  for (int i = 0; i < kCopies; ++i) trees.push_back(parse(*text));
+  return (residentBytes() - before) / kCopies / static_cast<double>(kShapes * kValuesPerShape);
+}
+
+double measure(std::string_view who) {
+  if (who == "TQ") {
+    return bytesPerValue([](const Data& text) { return TQJSONDecoder::decodeData(text, nullptr); });
+  }
+  if (who == "RapidJSON") {
+    return bytesPerValue([](const Data& text) {
+      rapidjson::Document document;
+      document.Parse<rapidjson::kParseFullPrecisionFlag>(text.view().data(), text.length());
+      return document;
+    });
+  }
+  if (who == "BoostJSON") {
+    return bytesPerValue([](const Data& text) { return boost::json::parse(text.view()); });
+  }
+  return bytesPerValue([](const Data& text) { return nlohmann::ordered_json::parse(text.view()); });
+}
+
+}  // namespace
+}  // namespace tq::bench
+
+int main() {
+  for (const char* who : {"TQ", "RapidJSON", "BoostJSON", "nlohmann"}) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+      std::printf("BM_TreeHeld_%s/shapes:%zu_median 0 ns 0 ns 1 bytes_per_value=%.1f\n", who,
+                  tq::bench::kShapes, tq::bench::measure(who));
+      return 0;
+    }
+    int status = 0;
+    if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0) return 1;
+  }
+  return 0;
+}
