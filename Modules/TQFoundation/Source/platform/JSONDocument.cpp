@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/JSONDocument.h>
 
 #include <simdjson.h>
+#include <sys/mman.h>
 
 #include <charconv>
 #include <new>
@@ -26,10 +27,25 @@ std::string_view viewOf(std::span<const std::byte> bytes) noexcept {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+/// Asks for large pages below the parser's buffers, most of whose cost for a large text is the
+/// system's handing over of small ones. Only a request: nothing depends on it.
+void preferLargePages(const void* memory, std::size_t byteCount) noexcept {
+  constexpr std::uintptr_t kLargePage = std::uintptr_t{2} << 20;
+  const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+  const std::uintptr_t first = (begin + kLargePage - 1) & ~(kLargePage - 1);
+  const std::uintptr_t last = (begin + byteCount) & ~(kLargePage - 1);
+  if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
+}
+
 simdjson::error_code parseInto(simdjson::dom::parser& parser, std::string_view text,
                                std::size_t readablePadding) {
   if (text.empty()) return simdjson::EMPTY;
   if (const auto error = parser.allocate(text.size(), JSONDocument::kDepthLimit)) return error;
+  if (const auto error = parser.doc.allocate(text.size())) return error;
+  preferLargePages(parser.doc.tape.get(), text.size() * sizeof(std::uint64_t));
+  preferLargePages(parser.doc.string_buf.get(), text.size());
+  preferLargePages(parser.implementation->structural_indexes.get(),
+                   text.size() * sizeof(std::uint32_t));
   const bool copies = readablePadding < simdjson::SIMDJSON_PADDING;
   return parser.parse(text.data(), text.size(), copies).error();
 }
