@@ -48,9 +48,8 @@ constexpr std::size_t widthFor(std::uint64_t value) noexcept {
   return value <= 0xFF ? 1 : value <= 0xFFFF ? 2 : value <= 0xFFFF'FFFF ? 4 : 8;
 }
 
-constexpr bool isWidth(std::size_t width) noexcept {
-  return width <= 8 && std::has_single_bit(width);
-}
+/// Other writers use 3 bytes as well.
+constexpr bool isWidth(std::size_t width) noexcept { return width >= 1 && width <= 8; }
 
 void putBigEndian(std::byte* to, std::uint64_t value, std::size_t width) noexcept {
   for (std::size_t i = width; i-- > 0; value >>= 8) to[i] = static_cast<std::byte>(value);

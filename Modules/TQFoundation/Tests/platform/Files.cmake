@@ -4,3 +4,10 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/FileReadingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp)
+
+# An independent reader and writer of binary property lists, to compare with.
+pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
+tq_add_internal_tests(TQPlatform
+  ${CMAKE_CURRENT_LIST_DIR}/BinaryPropertyListTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/KeyedUnarchiverTest.cpp)
+target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)

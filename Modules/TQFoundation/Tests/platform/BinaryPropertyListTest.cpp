@@ -1,0 +1,272 @@
+#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+
+#include <gtest/gtest.h>
+#include <plist/plist.h>
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+// libplist reads what is written here and writes what is read, where it gets the format right.
+
+namespace tq::detail {
+namespace {
+
+using Writer = BinaryPropertyListWriter;
+using Reader = BinaryPropertyListReader;
+using Kind = Reader::Kind;
+
+/// A list in libplist's form.
+class Foreign {
+ public:
+  explicit Foreign(const Data& list) {
+    plist_from_bin(reinterpret_cast<const char*>(list.bytes().data()),
+                   static_cast<std::uint32_t>(list.length()), &node_);
+  }
+  ~Foreign() { plist_free(node_); }
+  Foreign(const Foreign&) = delete;
+  Foreign& operator=(const Foreign&) = delete;
+
+  [[nodiscard]] std::string binary() const {
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_bin(node_, &bytes, &length);
+    std::string list(bytes, length);
+    plist_to_bin_free(bytes);
+    return list;
+  }
+
+ private:
+  plist_t node_ = nullptr;
+};
+
+std::span<const std::byte> bytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
+
+/// What a list of this one element holds, read twice: as written here, and as libplist writes it
+/// again.
+void expectElement(Writer& writer, Writer::Node element,
+                   const std::function<void(const Reader::Node&)>& check) {
+  writer.array(std::vector{element});
+  const Ref<Data> list = writer.finish();
+  const std::string foreign = Foreign(*list).binary();
+  for (const std::span<const std::byte> bytes : {list->bytes(), bytesOf(foreign)}) {
+    auto reader = Reader::open(bytes, 4);
+    ASSERT_TRUE(reader);
+    const auto top = reader->node(reader->top());
+    ASSERT_TRUE(top);
+    const auto node = reader->node(reader->reference(*top, 0));
+    ASSERT_TRUE(node);
+    check(*node);
+  }
+}
+
+TEST(BinaryPropertyList, NumbersKeepTheirKindInTheSmallestForm) {
+  const struct {
+    NumberValue value;
+    std::size_t size;  // of the object, marker included
+    bool libraryAgrees = true;
+  } cases[] = {
+      {true, 1},
+      {false, 1},
+      {0, 2},
+      {255, 2},
+      {256, 3},
+      {65535, 3},
+      {65536, 5},
+      {0xFFFF'FFFFu, 5},
+      {std::int64_t{1} << 32, 9},
+      {std::numeric_limits<std::int64_t>::max(), 9},
+      {-1, 9},
+      {std::numeric_limits<std::int64_t>::min(), 9},
+      {std::uint64_t{1} << 63, 17},
+      {std::numeric_limits<std::uint64_t>::max(), 17, false},
+      {0.1f, 5},
+      {0.1, 9},
+      {-0.0, 9},
+      {std::numeric_limits<double>::infinity(), 9},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.value.text());
+    Writer writer;
+    const Writer::Node number = writer.number(c.value);
+    const Ref<Data> list = writer.finish();
+    EXPECT_EQ(list->length(), 8 + c.size + 1 + 32);
+    auto reader = Reader::open(list->bytes(), 4);
+    const auto node = reader->node(0);
+    ASSERT_TRUE(node);
+    EXPECT_EQ(node->kind, Kind::number);
+    EXPECT_EQ(node->number.bits(), c.value.bits());
+    EXPECT_EQ(node->number.isBoolean(), c.value.isBoolean());
+    EXPECT_EQ(node->number.isFloating(), c.value.isFloating());
+    EXPECT_EQ(node->number.kind() == NumberKind::float32, c.value.kind() == NumberKind::float32);
+    EXPECT_EQ(node->number.kind() == NumberKind::uint64, c.value.kind() == NumberKind::uint64);
+    if (c.libraryAgrees) {
+      expectElement(writer, number,
+                    [&](const Reader::Node& n) { EXPECT_TRUE(n.number.isEqual(c.value)); });
+    }
+  }
+}
+
+TEST(BinaryPropertyList, StringsKeepEveryCodeUnit) {
+  const std::u16string texts[] = {u"",
+                                  u"plain",
+                                  std::u16string(15, u'x'),
+                                  u"é",
+                                  u"\U0001F600",
+                                  std::u16string(70'000, u'ÿ'),
+                                  {u'a', 0},
+                                  {0xD800},
+                                  {0xDC00, 0xD800},
+                                  {0, 0xDFFF, u'x', 0}};
+  for (const std::u16string& units : texts) {
+    const Ref<String> text = String::stringWithUTF16(units);
+    Writer writer;
+    const Writer::Node string = writer.string(text->view());
+    const auto check = [&](const Reader::Node& node) {
+      EXPECT_EQ(node.kind, text->view().size() == units.size() ? Kind::ascii : Kind::utf16);
+      EXPECT_TRUE(stringFromNode(node)->isEqual(*text));
+      EXPECT_TRUE(isString(node, text->view()));
+      EXPECT_FALSE(isString(node, "other"));
+    };
+    if (text->isWellFormed() && units.find(u'\0') == std::u16string::npos) {
+      expectElement(writer, string, check);
+    } else {
+      const Ref<Data> list = writer.finish();
+      check(*Reader::open(list->bytes(), 4)->node(0));
+    }
+  }
+}
+
+TEST(BinaryPropertyList, HoldsDataDatesUIDsAndContainers) {
+  for (const std::size_t length : {0u, 14u, 15u, 255u, 256u, 70'000u}) {
+    const std::string bytes(length, '\xAB');
+    Writer writer;
+    expectElement(writer, writer.data(bytesOf(bytes)), [&](const Reader::Node& node) {
+      EXPECT_EQ(node.kind, Kind::data);
+      EXPECT_TRUE(std::ranges::equal(node.content, bytesOf(bytes)));
+    });
+  }
+  for (const std::uint64_t uid :
+       {std::uint64_t{0}, std::uint64_t{255}, std::uint64_t{256}, std::uint64_t{65536}}) {
+    Writer writer;
+    expectElement(writer, writer.uid(uid), [&](const Reader::Node& node) {
+      EXPECT_EQ(node.kind, Kind::uid);
+      EXPECT_EQ(node.value, uid);
+    });
+  }
+  Writer date;
+  expectElement(date, date.date(-1.5), [](const Reader::Node& node) {
+    EXPECT_EQ(node.kind, Kind::date);
+    EXPECT_EQ(node.number.doubleValue(), -1.5);
+  });
+}
+
+TEST(BinaryPropertyList, ReferencesTakeTheWidthThatTheCountNeeds) {
+  for (const std::uint32_t count : {3u, 253u, 254u, 70'000u}) {
+    Writer writer;
+    std::vector<Writer::Node> elements;
+    for (std::uint32_t i = 0; i < count; ++i) elements.push_back(writer.number(i));
+    const Writer::Node array = writer.array(elements);
+    const std::pair<Writer::Node, Writer::Node> members[] = {{writer.string("key"), array}};
+    writer.dictionary(members);
+    const Ref<Data> list = writer.finish();
+    const std::string again = Foreign(*list).binary();
+    for (const std::span<const std::byte> bytes : {list->bytes(), bytesOf(again)}) {
+      auto reader = Reader::open(bytes, 16);
+      const auto top = reader->node(reader->top());
+      ASSERT_TRUE(top);
+      ASSERT_EQ(top->kind, Kind::dictionary);
+      ASSERT_EQ(top->value, 1u);
+      EXPECT_TRUE(isString(*reader->node(reader->reference(*top, 0)), "key"));
+      const auto read = reader->node(reader->reference(*top, 1));
+      ASSERT_EQ(read->value, count);
+      for (std::uint32_t i = 0; i < count; ++i) {
+        ASSERT_EQ(reader->node(reader->reference(*read, i))->number.integerValue(), i);
+      }
+    }
+  }
+}
+
+/// A list of the given objects, each a run of bytes, with offsets and references of one byte.
+std::string listOf(std::initializer_list<std::string_view> objects) {
+  std::string list = "bplist00";
+  std::string offsets;
+  for (const std::string_view object : objects) {
+    offsets += static_cast<char>(list.size());
+    list += object;
+  }
+  std::string trailer(32, '\0');
+  trailer[6] = trailer[7] = 1;
+  trailer[15] = static_cast<char>(objects.size());
+  trailer[31] = static_cast<char>(list.size());
+  return list + offsets + trailer;
+}
+
+TEST(BinaryPropertyList, RefusesObjectsThatDoNotLieWhole) {
+  using namespace std::string_view_literals;
+  for (const std::string_view object :
+       {"\x00"sv,
+        "\x0F"sv,
+        "\x10"sv,
+        "\x13\x00"sv,
+        "\x15"sv,
+        "\x24\x00\x00"sv,
+        "\x22\x00"sv,
+        "\x43zz"sv,
+        "\x4F"sv,
+        "\x4F\x50"sv,
+        "\x4F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"sv,
+        "\x5F\x14\x00"sv,
+        "\x61z"sv,
+        "\x6F\x13\x80\x00\x00\x00\x00\x00\x00\x00"sv,
+        "\x83\x00"sv,
+        "\x88\x00\x00\x00\x00\x00\x00\x00\x00\x00"sv,
+        "\xA2\x00"sv,
+        "\xD1\x00"sv,
+        "\xE0"sv,
+        "\x14\x00\x00\x00\x00\x00\x00\x00\x01\x00\x00\x00\x00\x00\x00\x00\x00"sv}) {
+    const std::string list = listOf({object});
+    auto reader = Reader::open(bytesOf(list), 4);
+    ASSERT_TRUE(reader);
+    EXPECT_FALSE(reader->node(0)) << testing::PrintToString(std::string(object));
+    EXPECT_FALSE(reader->node(1));
+  }
+  const std::string notASCII = listOf({"\x51\xFF"});
+  EXPECT_FALSE(stringFromNode(*Reader::open(bytesOf(notASCII), 4)->node(0)));
+}
+
+TEST(BinaryPropertyList, RefusesTrailersThatDoNotFit) {
+  const std::string good = listOf({"\x09"});
+  ASSERT_TRUE(Reader::open(bytesOf(good), 4));
+  std::string anyVersion = good;
+  anyVersion[7] = '7';
+  EXPECT_TRUE(Reader::open(bytesOf(anyVersion), 4));
+  const std::size_t trailer = good.size() - 32;
+  const std::pair<std::size_t, char> faults[] = {
+      {0, 'B'},          {6, 'X'},           {trailer + 6, 0},       {trailer + 6, 9},
+      {trailer + 7, 0},  {trailer + 7, 16},  {trailer + 8, 1},       {trailer + 15, 2},
+      {trailer + 31, 7}, {trailer + 31, 99}, {trailer + 24, '\xFF'},
+  };
+  for (const auto& [at, value] : faults) {
+    std::string bad = good;
+    bad[at] = value;
+    EXPECT_FALSE(Reader::open(bytesOf(bad), 4)) << at;
+  }
+  for (std::size_t length = 0; length < 40; ++length) {
+    EXPECT_FALSE(Reader::open(bytesOf(good).first(length), 4));
+  }
+}
+
+TEST(BinaryPropertyList, StopsAfterTheReadingsAgreed) {
+  const std::string list =
+      listOf({"\x53"
+              "abc"});
+  auto reader = Reader::open(bytesOf(list), 1);
+  std::size_t readings = 0;
+  while (reader->node(0)) ++readings;
+  EXPECT_EQ(readings, list.size() / 4);
+  EXPECT_TRUE(reader->nodeAgain(0));
+}
+
+}  // namespace
+}  // namespace tq::detail
