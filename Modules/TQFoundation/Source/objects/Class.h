@@ -141,13 +141,14 @@ constexpr Class Class::make() noexcept {
   record.name_ = T::className;
   record.parent_ = &classOf<Parent>;
 
-  // A name that T merely inherits is not its own.
+  // A name that T merely inherits is not its own. Texts are compared, for under sanitizers GCC does
+  // not take a comparison of addresses for a constant.
   if constexpr (requires { Parent::className; }) {
-    static_assert(&T::className != &Parent::className, "the class lacks a className of its own");
+    static_assert(T::className != Parent::className, "the class lacks a className of its own");
   }
   record.codingName_ = T::className;
   if constexpr (requires { Parent::codingName; }) {
-    if (&T::codingName != &Parent::codingName) record.codingName_ = T::codingName;
+    if (T::codingName != Parent::codingName) record.codingName_ = T::codingName;
   } else if constexpr (requires { T::codingName; }) {
     record.codingName_ = T::codingName;
   }
