@@ -54,9 +54,6 @@ class Held {
 template <class T>
 class Weak {
  public:
-  /// What lock() answers: Ref<T> for classes, Held<T> for interfaces.
-  using Strong = std::conditional_t<std::derived_from<T, Object>, Ref<T>, Held<T>>;
-
   constexpr Weak() noexcept = default;
   constexpr Weak(std::nullptr_t) noexcept {}  // NOLINT: none converts
 
@@ -87,13 +84,15 @@ class Weak {
     return *this;
   }
 
-  /// The object, held strongly for as long as the answer lives; none when it is gone.
-  [[nodiscard]] Strong lock() const noexcept {
-    if (block_ == nullptr || !detail::retainIfAlive(*block_)) return {};
+  /// The object, held strongly for as long as the answer lives: Ref<T> for a class, Held<T> for an
+  /// interface; none when it is gone.
+  // Deduced, so that a class may have a Weak to its own kind as a member, where T is incomplete.
+  [[nodiscard]] auto lock() const noexcept {
+    const bool isHeld = block_ != nullptr && detail::retainIfAlive(*block_);
     if constexpr (std::derived_from<T, Object>) {
-      return Strong::adopt(view_);
+      return isHeld ? Ref<T>::adopt(view_) : Ref<T>();
     } else {
-      return {Ref<Object>::adopt(object()), view_};
+      return isHeld ? Held<T>(Ref<Object>::adopt(object()), view_) : Held<T>();
     }
   }
 
