@@ -1,0 +1,127 @@
+#include <TQFoundation/objects/Array.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <thread>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+namespace {
+
+std::string exceptionOf(const std::function<void()>& act) {
+  try {
+    act();
+  } catch (const Exception& exception) {
+    return exception.name();
+  }
+  return "";
+}
+
+TEST(Array, PackedBoxedAndMutableAreEqual) {
+  const std::vector<NumberValue> sets[] = {
+      {1L, 2L, 3L}, {1.0, 2.0, 3.0}, {1, 2.0f, std::uint64_t{3}}, {std::int8_t{1}, 2, 3}};
+  for (const auto& numbers : sets) {
+    const Ref<Array> packed = Array::arrayWithNumbers(numbers);
+    EXPECT_TRUE(packed->isPacked());
+    std::vector<Ref<Object>> boxes;
+    for (const NumberValue number : numbers) boxes.push_back(Number::numberWith(number));
+    const Ref<Array> boxed = Array::arrayWithObjects(boxes);
+    const Ref<Array> growing = MutableArray::arrayWithArray(*boxed);
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+      EXPECT_EQ(packed->numberAtIndex(i).kind(), numbers[i].kind());
+      EXPECT_EQ(packed->numberAtIndex(i).bits(), numbers[i].bits());
+    }
+    EXPECT_EQ(packed->description(), "(1, 2, 3)");
+    for (const Ref<Array>& a : {packed, boxed, growing}) {
+      EXPECT_EQ(a->hash(), packed->hash());
+      EXPECT_EQ(a->description(), packed->description());
+      for (const Ref<Array>& b : {packed, boxed, growing}) EXPECT_TRUE(a->isEqual(*b));
+      EXPECT_TRUE(a->isEqual(*Array::arrayWithNumbers(std::vector<double>{1, 2, 3})));
+      EXPECT_FALSE(a->isEqual(*Array::arrayWithNumbers(std::vector<double>{1, 2})));
+      EXPECT_FALSE(a->isEqual(*Array::arrayWithNumbers(std::vector<double>{1, 2, 4})));
+    }
+  }
+  EXPECT_TRUE(Array::array()->isEqual(*MutableArray::array()));
+  EXPECT_FALSE(Array::array()->isEqual(*Null::null()));
+}
+
+TEST(Array, BoxesOnceAndForAllThreads) {
+  for (int round = 0; round < 50; ++round) {
+    const Ref<Array> packed = Array::arrayWithNumbers(std::vector<double>(100, 0.5));
+    const Object* seen[2] = {};
+    {
+      std::jthread other([&] { seen[0] = &packed->objectAtIndex(7); });
+      seen[1] = &packed->objectAtIndex(7);
+    }
+    EXPECT_EQ(seen[0], seen[1]);
+    EXPECT_EQ(packed->lastObject()->description(), "0.5");
+  }
+}
+
+TEST(MutableArray, ChangesInPlaceAndRefusesWhatDoesNotFit) {
+  const Ref<MutableArray> array = MutableArray::array();
+  EXPECT_EQ(array->firstObject(), nullptr);
+  array->addObject(String::of("b"));
+  array->insertObject(String::of("a"), 0);
+  array->insertObject(String::of("d"), 2);
+  array->replaceObjectAtIndex(2, String::of("c"));
+  EXPECT_EQ(array->description(), "(a, b, c)");
+  const Ref<Object> fixed = array->copy();
+  array->removeObjectAtIndex(1);
+  EXPECT_EQ(array->description(), "(a, c)");
+  EXPECT_EQ(fixed->description(), "(a, b, c)");
+  EXPECT_EQ(fixed->copy(), fixed);
+
+  const std::pair<std::function<void()>, const char*> faults[] = {
+      {[&] { array->addObject(nullptr); }, InvalidArgumentException},
+      {[&] { array->insertObject(nullptr, 0); }, InvalidArgumentException},
+      {[&] { array->replaceObjectAtIndex(0, nullptr); }, InvalidArgumentException},
+      {[&] { array->insertObject(Null::null(), 3); }, RangeException},
+      {[&] { array->replaceObjectAtIndex(2, Null::null()); }, RangeException},
+      {[&] { array->removeObjectAtIndex(2); }, RangeException},
+      {[&] { (void)array->objectAtIndex(2); }, RangeException},
+      {[&] { (void)Array::array()->objectAtIndex(0); }, RangeException},
+      {[&] {
+         (void)Array::arrayWithObjects({Null::null(), nullptr});
+       },
+       InvalidArgumentException},
+  };
+  for (const auto& [act, name] : faults) EXPECT_EQ(exceptionOf(act), name);
+  EXPECT_EQ(array->description(), "(a, c)");
+  array->removeAllObjects();
+  EXPECT_EQ(array->count(), 0u);
+}
+
+/// Looks at the array that it is in when it goes.
+class Looker final : public Subclass<Looker> {
+ public:
+  static constexpr std::string_view className = "Looker";
+  Looker(const MutableArray& array, std::size_t& seen) : array_(array), seen_(seen) {}
+  ~Looker() override { seen_ = array_.count(); }
+
+ private:
+  const MutableArray& array_;
+  std::size_t& seen_;
+};
+
+TEST(MutableArray, IsWholeWhenWhatItDropsLooksBack) {
+  const Ref<MutableArray> array = MutableArray::array();
+  std::size_t seen = 99;
+  const auto fill = [&] {
+    array->addObject(makeRef<Looker>(*array, seen));
+    array->addObject(Null::null());
+  };
+  fill();
+  array->removeObjectAtIndex(0);
+  EXPECT_EQ(seen, 1u);
+  fill();
+  array->removeAllObjects();
+  EXPECT_EQ(seen, 0u);
+}
+
+}  // namespace
+}  // namespace tq

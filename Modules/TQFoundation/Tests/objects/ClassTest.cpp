@@ -1,0 +1,144 @@
+#include <TQFoundation/objects/Class.h>
+
+#include <gtest/gtest.h>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Value.h>
+
+// Stand-ins: the real ones belong to rooms above.
+namespace tq {
+
+class Bare : public Subclass<Bare> {
+ public:
+  static constexpr std::string_view className = "Bare";
+};
+
+class Constructed final : public Subclass<Constructed> {
+ public:
+  static constexpr std::string_view className = "Constructed";
+  explicit Constructed(TQJSONDecoder&) {}
+};
+
+class Made final : public Subclass<Made> {
+ public:
+  static constexpr std::string_view className = "Made";
+  static Ref<Made> initWithJSONDecoder(TQJSONDecoder&) { return nullptr; }
+};
+
+class Structured : public Subclass<Structured> {
+ public:
+  static constexpr std::string_view className = "Structured";
+  static constexpr std::string_view codingName = "S";
+  explicit Structured(TQJSONDecoder&) {}
+  void encodeAsJSON(TQJSONEncoder&) const { ++encoded; }
+  void encodeAsKey(TQJSONEncoder&) const {}
+  Ref<Object> replacementObjectForJSONEncoder(TQJSONEncoder&) const { return nullptr; }
+  static inline int encoded = 0;
+
+ protected:
+  Structured() = default;
+};
+
+/// Inherits how it is written, not how it is made.
+class Derived final : public Subclass<Derived, Structured> {
+ public:
+  static constexpr std::string_view className = "Derived";
+  void startEncodingObject(TQJSONEncoder&) const {}
+};
+
+class Posing final : public Subclass<Posing> {
+ public:
+  static constexpr std::string_view className = "Posing";
+  using CodingClass = Bare;
+};
+
+class Keyed : public Subclass<Keyed> {
+ public:
+  static constexpr std::string_view className = "Keyed";
+  void encodeWithCoder(KeyedArchiver&) const {}
+  bool initWithCoder(KeyedUnarchiver&) { return true; }
+};
+
+class WriteOnly final : public Subclass<WriteOnly> {
+ public:
+  static constexpr std::string_view className = "WriteOnly";
+  void encodeWithCoder(KeyedArchiver&) const {}
+};
+
+class NotEmpty final : public Subclass<NotEmpty, Keyed> {
+ public:
+  static constexpr std::string_view className = "NotEmpty";
+  explicit NotEmpty(int) {}
+};
+
+namespace {
+
+/// Which parts of the JSON archive a class has of its own, as letters.
+std::string jsonParts(const Class& record) {
+  const JSONCoding& json = record.json();
+  std::string parts;
+  if (json.initWithJSONDecoder != nullptr) parts += 'i';
+  if (json.replacementObject != nullptr) parts += 'r';
+  if (json.encodeAsJSON != nullptr) parts += 'e';
+  if (json.startEncodingObject != nullptr) parts += 's';
+  if (json.finishEncodingObject != nullptr) parts += 'f';
+  if (json.encodeClassInfo != nullptr) parts += 'c';
+  if (json.encodeAsRAWArchive != nullptr) parts += 'a';
+  if (json.encodeAsKey != nullptr) parts += 'k';
+  return parts;
+}
+
+TEST(Class, KnowsAtCompileTimeWhatATypeCanDo) {
+  const struct {
+    const Class& record;
+    std::string_view name, codingName, json;
+    bool keyed;
+  } cases[] = {
+      {classOf<Bare>, "Bare", "Bare", "", false},
+      {classOf<Constructed>, "Constructed", "Constructed", "i", false},
+      {classOf<Made>, "Made", "Made", "i", false},
+      {classOf<Structured>, "Structured", "S", "irek", false},
+      {classOf<Derived>, "Derived", "Derived", "resk", false},
+      {classOf<Keyed>, "Keyed", "Keyed", "", true},
+      {classOf<WriteOnly>, "WriteOnly", "WriteOnly", "", false},
+      {classOf<NotEmpty>, "NotEmpty", "NotEmpty", "", false},
+      {classOf<MutableArray>, "MutableArray", "NSMutableArray", "", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.record.name(), c.name);
+    EXPECT_EQ(c.record.codingName(), c.codingName);
+    EXPECT_EQ(jsonParts(c.record), c.json) << c.name;
+    EXPECT_EQ(c.record.supportsKeyedCoding(), c.keyed) << c.name;
+  }
+  EXPECT_TRUE(classOf<Derived>.isSubclassOf(classOf<Structured>));
+  EXPECT_TRUE(classOf<Derived>.isSubclassOf(classOf<Object>));
+  EXPECT_FALSE(classOf<Structured>.isSubclassOf(classOf<Derived>));
+  EXPECT_EQ(classOf<Object>.parent(), nullptr);
+  static_assert(classOf<Keyed>.supportsKeyedCoding());
+}
+
+TEST(Class, IsOneRecordWhoeverAsks) {
+  // The library made the array; this program names its class.
+  EXPECT_EQ(&Array::array()->objectClass(), &classOf<Array>);
+  EXPECT_EQ(&Value::valueWithPoint({})->classForCoder(), &classOf<Value>);
+  EXPECT_EQ(&makeRef<Posing>()->classForCoder(), &classOf<Bare>);
+  EXPECT_EQ(&makeRef<Derived>()->classForCoder(), &classOf<Derived>);
+}
+
+TEST(Class, IsFoundByItsCodingNameOnceRegistered) {
+  EXPECT_EQ(Class::classNamed("S"), nullptr);
+  Class::registerClass<Structured>();
+  EXPECT_EQ(Class::classNamed("S"), &classOf<Structured>);
+  EXPECT_EQ(Class::classNamed("Structured"), nullptr);
+  EXPECT_EQ(Class::classNamed("s"), nullptr);
+}
+
+TEST(Class, DescribesObjectsByNameAndAddress) {
+  const Ref<Bare> bare = makeRef<Bare>();
+  char expected[64];
+  std::snprintf(expected, sizeof expected, "<Bare: %p>", static_cast<void*>(bare.get()));
+  EXPECT_EQ(bare->description(), expected);
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,128 @@
+#include <TQFoundation/objects/Dictionary.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+namespace {
+
+Ref<Object> number(NumberValue value) { return Number::numberWith(value); }
+
+TEST(Dictionary, KeepsTheOrderOfItsEntriesAndReplacesInPlace) {
+  const Ref<Dictionary> dictionary =
+      Dictionary::dictionaryWithEntries({{"b", number(1)}, {"a", number(2)}, {"b", number(3)}});
+  EXPECT_EQ(dictionary->description(), "{b = 3; a = 2;}");
+  const Ref<MutableDictionary> growing = MutableDictionary::dictionaryWithDictionary(*dictionary);
+  growing->setObject(number(4), "c");
+  growing->setObject(number(5), "a");
+  EXPECT_EQ(growing->description(), "{b = 3; a = 5; c = 4;}");
+  const Ref<Object> fixed = growing->copy();
+  growing->removeObjectForKey(*String::of("b"));
+  growing->removeObjectForKey(*String::of("absent"));
+  EXPECT_EQ(growing->description(), "{a = 5; c = 4;}");
+  EXPECT_EQ(fixed->description(), "{b = 3; a = 5; c = 4;}");
+  growing->removeAllObjects();
+  EXPECT_EQ(growing->description(), "{}");
+  EXPECT_TRUE(growing->isEqual(*Dictionary::dictionary()));
+}
+
+TEST(Dictionary, TakesEqualNumbersForOneKey) {
+  const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+  dictionary->setObject(String::of("true"), number(true));
+  dictionary->setObject(String::of("1"), number(1));
+  dictionary->setObject(String::of("1.0"), number(1.0));
+  dictionary->setObject(String::of("text"), String::of("1"));
+  EXPECT_EQ(dictionary->count(), 2u);
+  EXPECT_EQ(dictionary->objectForKey(*number(1.0f))->description(), "1.0");
+  EXPECT_EQ(dictionary->objectForKey("1")->description(), "text");
+}
+
+TEST(Dictionary, CopiesItsKeys) {
+  const Ref<MutableData> key = MutableData::data();
+  key->append("k");
+  const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+  dictionary->setObject(Null::null(), key);
+  key->append("hanged");
+  EXPECT_TRUE(dictionary->objectForKey(*Data::dataWithBytes("k")));
+}
+
+TEST(Dictionary, RefusesNone) {
+  const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+  EXPECT_THROW(dictionary->setObject(nullptr, String::of("k")), Exception);
+  EXPECT_THROW(dictionary->setObject(Null::null(), Ref<Object>()), Exception);
+  EXPECT_EQ(dictionary->count(), 0u);
+}
+
+TEST(Dictionary, IsEqualInAnyOrder) {
+  const Ref<Dictionary> a = Dictionary::dictionaryWithEntries({{"x", number(1)}, {"y", number(2)}});
+  const Ref<Dictionary> b =
+      Dictionary::dictionaryWithEntries({{"y", number(2.0)}, {"x", number(1)}});
+  EXPECT_TRUE(a->isEqual(*b));
+  EXPECT_EQ(a->hash(), b->hash());
+  EXPECT_FALSE(
+      a->isEqual(*Dictionary::dictionaryWithEntries({{"x", number(1)}, {"z", number(2)}})));
+  EXPECT_FALSE(a->isEqual(*Dictionary::dictionaryWithEntries({{"x", number(1)}})));
+}
+
+/// A dictionary against a plain list of entries, through the change from search to hashing.
+TEST(Dictionary, AgreesWithAListWhateverIsDoneToIt) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 30; ++round) {
+    const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+    std::vector<std::pair<std::string, int>> list;
+    for (int step = 0; step < 300; ++step) {
+      const std::string key = std::to_string(random() % 40);
+      const auto at = std::ranges::find(list, key, &std::pair<std::string, int>::first);
+      if (random() % 3 == 0) {
+        dictionary->removeObjectForKey(*String::of(key));
+        if (at != list.end()) list.erase(at);
+      } else {
+        dictionary->setObject(number(step), key);
+        if (at != list.end()) {
+          at->second = step;
+        } else {
+          list.emplace_back(key, step);
+        }
+      }
+    }
+    ASSERT_EQ(dictionary->count(), list.size());
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      EXPECT_EQ(dictionary->keys()[i]->description(), list[i].first);
+      EXPECT_EQ(dictionary->objectForKey(list[i].first)->description(),
+                std::to_string(list[i].second));
+      EXPECT_EQ(dictionary->objectForKey(*String::of(list[i].first)),
+                dictionary->values()[i].get());
+    }
+    EXPECT_FALSE(dictionary->objectForKey("absent"));
+    EXPECT_TRUE(dictionary->copy()->isEqual(*dictionary));
+  }
+}
+
+TEST(Set, KeepsTheFirstOfEqualObjects) {
+  const Ref<Set> set = Set::setWithObjects({number(2), number(1), number(true), String::of("1")});
+  EXPECT_EQ(set->description(), "{(2, 1, 1)}");
+  EXPECT_EQ(set->member(*number(1.0)), set->allObjects()[1].get());
+  EXPECT_FALSE(set->containsObject(*Null::null()));
+  EXPECT_TRUE(set->isEqual(*Set::setWithObjects({String::of("1"), number(1), number(2)})));
+  EXPECT_FALSE(set->isEqual(*Set::setWithObjects({number(1), number(2), number(3)})));
+  EXPECT_FALSE(set->isEqual(*Set::set()));
+  EXPECT_THROW((void)Set::setWithObjects({nullptr}), Exception);
+  std::vector<Ref<Object>> many;
+  for (int i = 0; i < 100; ++i) many.push_back(number(i % 50));
+  const Ref<Set> large = Set::setWithObjects(many);
+  EXPECT_EQ(large->count(), 50u);
+  EXPECT_TRUE(large->containsObject(*number(49)));
+  EXPECT_FALSE(large->containsObject(*number(50)));
+}
+
+}  // namespace
+}  // namespace tq

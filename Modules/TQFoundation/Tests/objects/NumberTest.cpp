@@ -1,0 +1,122 @@
+#include <TQFoundation/objects/Number.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace tq {
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
+constexpr std::uint64_t kBeyond = std::uint64_t{1} << 63;
+
+TEST(Number, KeepsTheKindItIsMadeFrom) {
+  const std::pair<NumberValue, char> cases[] = {
+      {true, 'c'},
+      {static_cast<signed char>(-1), 'c'},
+      {static_cast<unsigned char>(255), 's'},
+      {short{-1}, 's'},
+      {static_cast<unsigned short>(65535), 'i'},
+      {-1, 'i'},
+      {4294967295u, 'q'},
+      {-1L, 'q'},
+      {std::uint64_t{kLargest}, 'q'},
+      {kBeyond, 'Q'},
+      {1.0f, 'f'},
+      {1.0, 'd'},
+  };
+  for (const auto& [value, code] : cases) {
+    EXPECT_EQ(value.typeCode(), code) << value.text();
+    EXPECT_EQ(Number::numberWith(value)->value().typeCode(), code);
+    EXPECT_EQ(value.isBoolean(), value.kind() == NumberKind::boolean);
+  }
+}
+
+TEST(Number, IsEqualByValueAcrossKinds) {
+  const std::vector<NumberValue> classes[] = {
+      {true, 1, 1L, 1.0f, 1.0, std::int8_t{1}},
+      {false, 0, 0.0, -0.0, 0.0f},
+      {-1, -1.0, std::int8_t{-1}},
+      {kNaN, -kNaN, std::nanf("1")},
+      {kInfinity},
+      {0.1},
+      {0.1f},  // not the double of that text
+      {kBeyond, 0x1p63},
+      {kSmallest, -0x1p63},
+  };
+  for (const auto& a : classes) {
+    for (const auto& b : classes) {
+      for (const NumberValue x : a) {
+        for (const NumberValue y : b) {
+          EXPECT_EQ(x.isEqual(y), &a == &b) << x.text() << " and " << y.text();
+          if (&a == &b) {
+            EXPECT_EQ(x.hash(), y.hash()) << x.text();
+          }
+        }
+      }
+    }
+  }
+  // Integers are told apart where doubles no longer are; with a double they compare as doubles.
+  const std::int64_t large = std::int64_t{1} << 53;
+  EXPECT_FALSE(NumberValue(large).isEqual(large + 1));
+  EXPECT_TRUE(NumberValue(large + 1).isEqual(static_cast<double>(large)));
+  EXPECT_EQ(NumberValue(large).hash(), NumberValue(large + 1).hash());
+  EXPECT_FALSE(NumberValue(-1).isEqual(std::numeric_limits<std::uint64_t>::max()));
+}
+
+TEST(Number, TextIsDecimalWithTheDigitsOfItsKind) {
+  const std::pair<NumberValue, const char*> cases[] = {
+      {true, "1"},
+      {false, "0"},
+      {std::int8_t{-3}, "-3"},
+      {kSmallest, "-9223372036854775808"},
+      {std::numeric_limits<std::uint64_t>::max(), "18446744073709551615"},
+      {0.1f, "0.1"},
+      {16777216.0f, "1.677722e+07"},
+      {0.56, "0.5600000000000001"},
+      {99.9, "99.90000000000001"},
+      {100.0, "100"},
+      {0.1 + 0.2, "0.3"},
+      {-0.0, "-0"},
+      {1e20, "1e+20"},
+      {1e-5, "1e-05"},
+      {kNaN, "nan"},
+      {-kNaN, "nan"},
+      {kInfinity, "inf"},
+      {-kInfinity, "-inf"},
+  };
+  for (const auto& [value, text] : cases) EXPECT_EQ(value.text(), text);
+}
+
+TEST(Number, ConvertsWithoutUndefinedBehaviour) {
+  const struct {
+    NumberValue value;
+    std::int64_t integer;
+    double real;
+    bool boolean;
+  } cases[] = {
+      {2.9, 2, 2.9, true},
+      {-2.9, -2, -2.9, true},
+      {0.5, 0, 0.5, true},
+      {kInfinity, kLargest, kInfinity, true},
+      {-kInfinity, kSmallest, -kInfinity, true},
+      {0x1p63, kLargest, 0x1p63, true},
+      {-0x1p63, kSmallest, -0x1p63, true},
+      {kBeyond, kLargest, 0x1p63, true},
+      {-1, -1, -1, true},
+      {-0.0, 0, -0.0, false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.value.integerValue(), c.integer) << c.value.text();
+    EXPECT_EQ(c.value.doubleValue(), c.real);
+    EXPECT_EQ(c.value.boolValue(), c.boolean);
+  }
+  EXPECT_EQ(NumberValue(kNaN).integerValue(), 0);
+  EXPECT_TRUE(NumberValue(kNaN).boolValue());
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,87 @@
+#include <TQFoundation/objects/Object.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Null.h>
+
+namespace tq {
+namespace {
+
+class Counted : public Subclass<Counted> {
+ public:
+  static constexpr std::string_view className = "Counted";
+  explicit Counted(int& alive, Ref<Object> next = nullptr) : alive_(alive), next_(std::move(next)) {
+    ++alive_;
+  }
+  ~Counted() override { --alive_; }
+
+ private:
+  int& alive_;
+  Ref<Object> next_;
+};
+
+class Throwing final : public Subclass<Throwing> {
+ public:
+  static constexpr std::string_view className = "Throwing";
+  explicit Throwing(Ref<Object> held) : held_(std::move(held)) { throw std::runtime_error("no"); }
+
+ private:
+  Ref<Object> held_;
+};
+
+TEST(Ref, CountsItsHolders) {
+  int alive = 0;
+  Ref<Counted> a = makeRef<Counted>(alive);
+  const Ref<Object> b = a;
+  EXPECT_EQ(a->referenceCount(), 2u);
+  EXPECT_EQ(a, refCast<Counted>(b));
+  a = a;
+  a = std::move(a);
+  EXPECT_EQ(b->referenceCount(), 2u);
+  Counted* leaked = a.leak();
+  EXPECT_FALSE(a);
+  a = Ref<Counted>::adopt(leaked);
+  EXPECT_EQ(share(*leaked)->referenceCount(), 3u);
+  a = nullptr;
+  EXPECT_EQ(alive, 1);
+  EXPECT_FALSE(refCast<Null>(b));
+}
+
+TEST(Ref, LeaksNothingWhenAConstructorThrows) {
+  int alive = 0;
+  EXPECT_THROW((void)makeRef<Throwing>(makeRef<Counted>(alive)), std::runtime_error);
+  EXPECT_EQ(alive, 0);
+}
+
+TEST(Object, ReleasesAMillionInAChain) {
+  int alive = 0;
+  Ref<Object> chain;
+  for (int i = 0; i < 1'000'000; ++i) chain = makeRef<Counted>(alive, std::move(chain));
+  EXPECT_EQ(alive, 1'000'000);
+  chain = nullptr;
+  EXPECT_EQ(alive, 0);
+}
+
+TEST(Object, ReleasesAMillionNestedContainers) {
+  int alive = 0;
+  Ref<Object> nest = makeRef<Counted>(alive);
+  for (int i = 0; i < 250'000; ++i) {
+    nest = Array::arrayWithObjects({std::move(nest), makeRef<Counted>(alive)});
+    nest = Dictionary::dictionaryWithEntries({{"k", std::move(nest)}});
+    const Ref<MutableArray> growing = MutableArray::array();
+    growing->addObject(std::move(nest));
+    const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+    dictionary->setObject(growing, "k");
+    nest = dictionary;
+  }
+  EXPECT_FALSE(nest->description().empty());  // which stops at its own depth
+  nest = nullptr;
+  EXPECT_EQ(alive, 0);
+}
+
+}  // namespace
+}  // namespace tq

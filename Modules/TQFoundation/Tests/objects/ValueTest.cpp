@@ -1,0 +1,131 @@
+#include <TQFoundation/objects/Value.h>
+
+#include <gtest/gtest.h>
+
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/GeometryText.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/UUID.h>
+
+namespace tq {
+namespace {
+
+TEST(Value, GivesTheStructureBackForItsSignatureAlone) {
+  const Ref<Value> point = Value::valueWithPoint({1, 2});
+  EXPECT_EQ(point->pointValue()->y, 2);
+  EXPECT_FALSE(point->sizeValue());
+  EXPECT_FALSE(point->rectValue());
+  EXPECT_FALSE(Value::valueWithBytes(Value::kPointType, {})->pointValue());
+  EXPECT_EQ(Value::valueWithRect({1, 2, -3, 4})->rectValue()->size.width, -3);
+  EXPECT_EQ(*Value::valueWithRange({3, 4})->rangeValue(), (Range{3, 4}));
+  EXPECT_FALSE(point->isEqual(*Value::valueWithSize({1, 2})));
+  EXPECT_TRUE(point->isEqual(*Value::valueWithPoint({1, 2})));
+  EXPECT_EQ(point->hash(), Value::valueWithPoint({1, 2})->hash());
+  EXPECT_FALSE(Value::valueWithPoint({0.0, 0})->isEqual(*Value::valueWithPoint({-0.0, 0})));
+  EXPECT_EQ(Value::valueWithRect({1, 2, 3, 0.1})->description(),
+            "{{1, 2}, {3, 0.10000000000000001}}");
+  EXPECT_EQ(Value::valueWith("{X=c}", 'x')->description(), "<{X=c}, 1 bytes>");
+}
+
+TEST(GeometryText, ReadsTheNumbersWhateverStandsBetweenThem) {
+  const struct {
+    std::string_view text;
+    Rect rect;
+  } cases[] = {
+      {"", {0, 0, 0, 0}},
+      {"{{1, 2}, {3, 4}}", {1, 2, 3, 4}},
+      {"{1, 2, 3, 4}", {1, 2, 3, 4}},
+      {"1 2 3 4 5", {1, 2, 3, 4}},
+      {"{1e+20, 1e-05}", {1e20, 1e-5, 0, 0}},
+      {"-0.6a5.4das-105.7bfh24.3", {-0.6, 5.4, -105.7, 24.3}},
+      {"--1+-2", {-1, -2, 0, 0}},
+      {"1e2e3", {100, 3, 0, 0}},
+      {"{nan, inf}", {0, 0, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const Rect rect = rectFromText(c.text);
+    EXPECT_EQ(rect.origin.x, c.rect.origin.x);
+    EXPECT_EQ(rect.origin.y, c.rect.origin.y);
+    EXPECT_EQ(rect.size.width, c.rect.size.width);
+    EXPECT_EQ(rect.size.height, c.rect.size.height);
+    EXPECT_EQ(pointFromText(c.text).y, rect.origin.y);
+    EXPECT_EQ(sizeFromText(c.text).width, rect.origin.x);
+  }
+  const Rect exact{0.1, -1.0 / 3, 5e-324, 1.7976931348623157e308};
+  EXPECT_EQ(rectFromText(textFromRect(exact)).size.height, exact.size.height);
+  EXPECT_EQ(rectFromText(textFromRect(exact)).origin.y, exact.origin.y);
+}
+
+TEST(Data, GrowsCutsAndFillsUp) {
+  const Ref<MutableData> data = MutableData::data();
+  std::string expected;
+  for (int i = 0; i < 1'000; ++i) {
+    const std::string piece(static_cast<std::size_t>(i % 7), static_cast<char>(i));
+    data->append(piece);
+    expected += piece;
+  }
+  EXPECT_EQ(data->view(), expected);
+  const Ref<Object> fixed = data->copy();
+  data->setLength(2);
+  data->setLength(5);
+  EXPECT_EQ(data->view(), expected.substr(0, 2) + std::string(3, '\0'));
+  EXPECT_EQ(static_cast<const Data&>(*fixed).view(), expected);
+  const std::span<std::byte> room = data->spareRoom(10);
+  ASSERT_GE(room.size(), 10u);
+  room[0] = std::byte{'!'};
+  data->commit(1);
+  EXPECT_EQ(data->view().back(), '!');
+  EXPECT_DEATH(data->commit(room.size() + 1), "Assertion failed");
+  EXPECT_THROW(data->reserve(~std::size_t{0}), std::bad_alloc);
+  EXPECT_THROW((void)data->spareRoom(~std::size_t{0}), std::bad_alloc);
+  EXPECT_EQ(data->length(), 6u);
+
+  EXPECT_TRUE(MutableData::dataWithLength(2)->isEqual(*Data::dataWithBytes(std::string(2, '\0'))));
+  EXPECT_EQ(Data::dataWithBytes("\x0A\x1B")->description(), "<2 bytes: 0a1b>");
+  EXPECT_EQ(Data::dataWithBytes("")->length(), 0u);
+}
+
+TEST(UUID, ReadsAndWritesItsText) {
+  const Ref<UUID> uuid = UUID::UUIDWithString("68753a44-4d6f-1226-9c60-0050E4C00067");
+  ASSERT_TRUE(uuid);
+  EXPECT_EQ(uuid->UUIDString(), "68753A44-4D6F-1226-9C60-0050E4C00067");
+  EXPECT_EQ(uuid->bytes()[15], 0x67);
+  EXPECT_TRUE(uuid->isEqual(*UUID::UUIDWithBytes(uuid->bytes())));
+  EXPECT_EQ(uuid->hash(), UUID::UUIDWithBytes(uuid->bytes())->hash());
+  for (const char* text :
+       {"", "68753A44-4D6F-1226-9C60-0050E4C0006", "68753A44-4D6F-1226-9C60-0050E4C0006G",
+        "68753A4444D6F-1226-9C60-0050E4C00067", "68753A44-4D6F-1226-9C60-0050E4C000-7",
+        "68753A44-4D6F-1226-9C60-0050E4C00067 ", "+8753A44-4D6F-1226-9C60-0050E4C00067"}) {
+    EXPECT_FALSE(UUID::UUIDWithString(text)) << text;
+  }
+}
+
+TEST(Error, DescribesItselfToPeopleAndToProgrammers) {
+  const Ref<Error> plain = Error::errorWithDomain("domain", 7);
+  EXPECT_EQ(plain->localizedDescription(),
+            "The operation couldn’t be completed. (domain error 7.)");
+  EXPECT_EQ(plain->description(),
+            "Error Domain=domain Code=7 \"The operation couldn’t be completed. (domain error 7.)\" "
+            "UserInfo={}");
+  const Ref<Error> error = Error::errorWithDomain("domain", 7, "bad \xFF byte");
+  EXPECT_EQ(error->localizedDescription(), "bad � byte");
+  EXPECT_FALSE(error->isEqual(*plain));
+  EXPECT_TRUE(error->isEqual(*Error::errorWithDomain("domain", 7, "bad � byte")));
+  EXPECT_EQ(error->copy(), error);
+  Ref<Error> out;
+  setOutError(&out, error);
+  EXPECT_EQ(out, error);
+  setOutError(nullptr, error);
+}
+
+TEST(Null, IsOneObject) {
+  EXPECT_EQ(Null::null(), Null::null());
+  EXPECT_FALSE(Null::null()->isEqual(*Number::numberWith(0)));
+}
+
+}  // namespace
+}  // namespace tq

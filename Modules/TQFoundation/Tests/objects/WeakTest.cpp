@@ -1,0 +1,138 @@
+#include <TQFoundation/objects/Weak.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <TQFoundation/objects/Class.h>
+
+namespace tq {
+namespace {
+
+class Delegate {
+ public:
+  virtual ~Delegate() = default;
+  virtual int answer() const = 0;
+};
+
+class Watched final : public Subclass<Watched>, public Delegate {
+ public:
+  static constexpr std::string_view className = "Watched";
+  ~Watched() override {
+    if (seenFromDestructor != nullptr) *seenFromDestructor = static_cast<bool>(self.lock());
+  }
+  int answer() const override { return value; }
+
+  int value = 42;
+  Weak<Watched> self;
+  bool* seenFromDestructor = nullptr;
+};
+
+TEST(Weak, ReadsNoneFromTheLastReleaseOn) {
+  Ref<Watched> object = makeRef<Watched>();
+  bool seen = true;
+  object->seenFromDestructor = &seen;
+  object->self = object;
+  const Weak<Watched> weak = object;
+  Weak<Watched> copy = weak;
+  const Weak<Watched> moved = std::move(copy);
+  EXPECT_EQ(weak.lock(), object);
+  EXPECT_FALSE(weak.expired());
+  EXPECT_EQ(weak, moved);
+  EXPECT_EQ(object->referenceCount(), 1u);
+  object = nullptr;
+  EXPECT_FALSE(seen);
+  EXPECT_FALSE(weak.lock());
+  EXPECT_TRUE(weak.expired());
+  EXPECT_TRUE(Weak<Watched>().expired());
+  EXPECT_FALSE(Weak<Watched>(nullptr).lock());
+}
+
+TEST(Weak, HoldsAnInterfaceAndKeepsItsObjectWhileLocked) {
+  Ref<Watched> object = makeRef<Watched>();
+  const Weak<Delegate> weak = object;
+  auto held = weak.lock();
+  ASSERT_TRUE(held);
+  object = nullptr;
+  EXPECT_EQ(held->answer(), 42);
+  held = {};
+  EXPECT_FALSE(weak.lock());
+}
+
+TEST(Weak, TellsANewObjectAtAnOldAddressApart) {
+  Ref<Watched> object = makeRef<Watched>();
+  const void* address = object.get();
+  const Weak<Watched> old = object;
+  object = nullptr;
+  std::vector<Ref<Watched>> others;
+  do {
+    others.push_back(makeRef<Watched>());
+  } while (others.back().get() != address && others.size() < 100'000);
+  for (const Ref<Watched>& other : others) {
+    EXPECT_NE(old, Weak<Watched>(other));
+    EXPECT_FALSE(old.lock());
+  }
+}
+
+/// Threads lock what another one is just letting go of. Each answer is the whole object or none.
+TEST(WeakStress, LocksAgainstTheLastRelease) {
+#ifdef TQ_SANITIZED
+  constexpr int kRounds = 100'000;
+#else
+  constexpr int kRounds = 300'000;
+#endif
+  constexpr int kLockers = 3;
+  Ref<Watched> object;
+  Weak<Watched> shared;
+  std::atomic<int> round = 0;
+  std::atomic<int> done = 0;
+  std::atomic<std::int64_t> found = 0;
+  std::atomic<std::int64_t> wrong = 0;
+  const auto locker = [&] {
+    for (int r = 1; r <= kRounds; ++r) {
+      while (round.load() < r) std::this_thread::yield();
+      const Weak<Watched> weak = shared;
+      if (const Ref<Watched> held = weak.lock()) {
+        found.fetch_add(1);
+        if (held->value != 42) wrong.fetch_add(1);
+      }
+      done.fetch_add(1);
+    }
+  };
+  std::vector<std::jthread> threads;
+  for (int i = 0; i < kLockers; ++i) threads.emplace_back(locker);
+  for (int r = 1; r <= kRounds; ++r) {
+    object = makeRef<Watched>();
+    shared = object;
+    round.store(r);
+    object = nullptr;
+    while (done.load() < r * kLockers) std::this_thread::yield();
+    if (!shared.expired()) wrong.fetch_add(1);
+  }
+  threads.clear();
+  EXPECT_EQ(wrong.load(), 0);
+  RecordProperty("found", std::to_string(found.load()));
+}
+
+TEST(RefStress, CountsOnAnyThread) {
+  constexpr int kThreads = 4;
+  const Ref<Watched> object = makeRef<Watched>();
+  {
+    std::vector<std::jthread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&object] {
+        for (int k = 0; k < 200'000; ++k) {
+          const Ref<Watched> copy = object;
+          const Weak<Watched> weak = copy;
+        }
+      });
+    }
+  }
+  EXPECT_EQ(object->referenceCount(), 1u);
+}
+
+}  // namespace
+}  // namespace tq
