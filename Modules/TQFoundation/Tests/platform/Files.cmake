@@ -9,5 +9,6 @@ tq_add_room_tests(TQPlatform
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
 tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/BinaryPropertyListTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedUnarchiverTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)

@@ -1,0 +1,62 @@
+// Any bytes as a keyed archive. What can be read can be written, and read again to the same.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <string_view>
+
+#include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/KeyedArchiver.h>
+#include <TQFoundation/platform/KeyedUnarchiver.h>
+
+namespace {
+
+class Host final : public tq::Subclass<Host> {
+ public:
+  static constexpr std::string_view className = "Host";
+
+  void encodeWithCoder(tq::KeyedArchiver& coder) const {
+    coder.encodeObject(content_, "content");
+    const tq::Ref<tq::Object> back = back_.lock();
+    coder.encodeObject(back, "back");
+    coder.encodeDouble(number_, "number");
+  }
+  bool initWithCoder(tq::KeyedUnarchiver& coder) {
+    content_ = coder.decodeObjectForKey("content");
+    back_ = coder.decodeWeakObjectForKey<tq::Object>("back");
+    if (const auto back = back_.lock()) (void)back->description();
+    number_ = coder.decodeDoubleForKey("number");
+    return true;
+  }
+
+ private:
+  tq::Ref<tq::Object> content_;
+  tq::Weak<tq::Object> back_;
+  double number_ = 0;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  tq::Class::registerClass<Host>();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  const tq::Ref<tq::Object> object =
+      tq::KeyedUnarchiver::unarchiveRootObject(std::as_bytes(std::span(bytes, size)));
+  if (!object) return 0;
+  tq::Ref<tq::Data> archive;
+  try {
+    archive = tq::KeyedArchiver::archivedDataWithRootObject(*object);
+  } catch (const tq::Exception&) {
+    return 0;  // a file may hold references in an order that the writer refuses
+  }
+  const tq::Ref<tq::Object> again = tq::KeyedUnarchiver::unarchiveRootObject(archive->bytes());
+  if (again && tq::KeyedArchiver::archivedDataWithRootObject(*again)->view() != archive->view()) {
+    std::abort();
+  }
+  return 0;
+}
