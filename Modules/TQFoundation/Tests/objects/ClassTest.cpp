@@ -114,7 +114,6 @@ TEST(Class, KnowsAtCompileTimeWhatATypeCanDo) {
   EXPECT_TRUE(classOf<Derived>.isSubclassOf(classOf<Object>));
   EXPECT_FALSE(classOf<Structured>.isSubclassOf(classOf<Derived>));
   EXPECT_EQ(classOf<Object>.parent(), nullptr);
-  static_assert(classOf<Keyed>.supportsKeyedCoding());
 }
 
 TEST(Class, IsOneRecordWhoeverAsks) {
