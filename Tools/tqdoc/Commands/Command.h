@@ -1,0 +1,42 @@
+#pragma once
+
+/// @file Command.h
+/// What all commands share. Each one adds itself to the command line and, when it is called, leaves
+/// its exit code behind.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include <TQFoundation/TQFoundation.h>
+
+#include "Svg/SvgContext.h"
+
+namespace tqdoc {
+
+/// Exit codes.
+enum class Outcome { fine = 0, different = 1, trouble = 2 };
+
+void addImportCommand(CLI::App& app, Outcome& outcome);
+void addShowCommand(CLI::App& app, Outcome& outcome);
+void addRenderCommand(CLI::App& app, Outcome& outcome);
+void addSheetCommand(CLI::App& app, Outcome& outcome);
+void addCheckCommand(CLI::App& app, Outcome& outcome);
+
+/// Prints "tqdoc: <message>" on standard error.
+Outcome reportTrouble(std::string_view message);
+
+/// Text from a drawing, safe to print: control characters become "?".
+[[nodiscard]] std::string printable(std::string_view text);
+
+/// 1234567 as "1,234,567".
+[[nodiscard]] std::string grouped(std::size_t number);
+
+/// "filter 2, <text> 1", the most frequent first; "none" for nothing.
+[[nodiscard]] std::string summary(const Features& leftOut);
+
+}  // namespace tqdoc

@@ -1,0 +1,43 @@
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "Commands/Command.h"
+#include "Files/Drawing.h"
+
+namespace tqdoc {
+namespace {
+
+struct Options {
+  std::string drawing;
+  std::string output;
+};
+
+Outcome import(const Options& options) {
+  std::string output = options.output;
+  if (output.empty()) output = std::filesystem::path(options.drawing).replace_extension("tqdoc");
+  if (!isArchive(output)) return reportTrouble(output + ": archives end in .tqdoc");
+  tq::Ref<tq::Error> error;
+  const SvgDrawing drawing = openDrawing(options.drawing, &error);
+  if (!drawing.document || !saveArchive(*drawing.document, output, &error)) {
+    return reportTrouble(error->localizedDescription());
+  }
+  std::cout << printable(output) << ": " << grouped(drawing.document->shapeCount()) << " shapes, "
+            << grouped(std::filesystem::file_size(output)) << " bytes\n";
+  if (!drawing.leftOut.empty()) std::cout << "left out: " << summary(drawing.leftOut) << '\n';
+  return Outcome::fine;
+}
+
+}  // namespace
+
+void addImportCommand(CLI::App& app, Outcome& outcome) {
+  auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("import", "read an SVG drawing and archive it");
+  command->add_option("drawing", options->drawing, "an .svg file")->required();
+  command->add_option("-o,--output", options->output,
+                      "the archive; by default the drawing's name, ending in .tqdoc");
+  command->callback([options, &outcome] { outcome = import(*options); });
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,80 @@
+#include <array>
+#include <charconv>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "Commands/Command.h"
+#include "Files/Drawing.h"
+
+namespace tqdoc {
+namespace {
+
+/// Six significant digits: enough to find one's way.
+[[nodiscard]] std::string shortText(double number) {
+  std::array<char, 32> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), number + 0.0,
+                                 std::chars_format::general, 6);
+  return {text.data(), end.ptr};
+}
+
+[[nodiscard]] std::string textOf(const tq::Rect& rect) {
+  if (tq::RectIsNull(rect)) return "nowhere";
+  return "{{" + shortText(rect.origin.x) + ", " + shortText(rect.origin.y) + "}, {" +
+         shortText(rect.size.width) + ", " + shortText(rect.size.height) + "}}";
+}
+
+void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t depth) {
+  const auto* group = tq::objectCast<Group>(&node);
+  const auto* shape = tq::objectCast<Shape>(&node);
+  const auto* picture = tq::objectCast<Picture>(&node);
+  std::cout << std::string(2 * depth, ' ')
+            << (group != nullptr   ? "group"
+                : shape != nullptr ? "shape"
+                                   : "picture");
+  if (!node.name().empty()) std::cout << ' ' << printable(node.name());
+  std::cout << "  " << textOf(tightBounds(node, parent));
+  if (shape != nullptr) std::cout << "  " << shape->path().steps().size() << " steps";
+  if (picture != nullptr) {
+    std::cout << "  " << printable(picture->mediaType()) << ", "
+              << grouped(picture->bytes().length()) << " bytes";
+  }
+  if (node.traits().opacity != 1) std::cout << "  opacity " << shortText(node.traits().opacity);
+  if (node.traits().clip) std::cout << "  clipped";
+  if (node.traits().hidden) std::cout << "  hidden";
+  std::cout << '\n';
+  if (group == nullptr) return;
+  const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);
+  for (std::size_t i = 0; i < group->count(); ++i) {
+    showNode(group->child(i), transform, depth + 1);
+  }
+}
+
+Outcome show(const std::string& path) {
+  tq::Ref<tq::Error> error;
+  const tq::Ref<Document> document = openDrawing(path, &error).document;
+  if (!document) return reportTrouble(error->localizedDescription());
+  std::cout << printable(path) << ": " << shortText(document->page().size.width) << " x "
+            << shortText(document->page().size.height) << " pixels, "
+            << grouped(document->shapeCount()) << " shapes";
+  if (!document->title().empty()) std::cout << ", \"" << printable(document->title()) << '"';
+  std::cout << '\n';
+  for (const auto [name, count] : document->unsupported()) {
+    std::cout << "left out: " << printable(name.description()) << ' ' << count.description()
+              << '\n';
+  }
+  showNode(document->root(), {}, 0);
+  return Outcome::fine;
+}
+
+}  // namespace
+
+void addShowCommand(CLI::App& app, Outcome& outcome) {
+  auto path = std::make_shared<std::string>();
+  CLI::App* command =
+      app.add_subcommand("show", "the tree with names, kinds and tight bounds in the drawing");
+  command->add_option("drawing", *path, "a .tqdoc or .svg file")->required();
+  command->callback([path, &outcome] { outcome = show(*path); });
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,69 @@
+#include "Files/RoundTrip.h"
+
+#include <algorithm>
+
+#include "Model/Compare.h"
+#include "Render/Canvas.h"
+
+namespace tqdoc {
+namespace {
+
+/// Where two archives part.
+[[nodiscard]] std::string byteDifference(std::string_view a, std::string_view b) {
+  const auto [at, other] = std::ranges::mismatch(a, b);
+  return "archives of " + std::to_string(a.size()) + " and " + std::to_string(b.size()) +
+         " bytes part at byte " + std::to_string(at - a.begin());
+}
+
+}  // namespace
+
+RoundTrip roundTrip(const std::string& path) {
+  RoundTrip result;
+  tq::Ref<tq::Error> error;
+  const auto fail = [&](const char* step) {
+    result.trouble = path + ": " + step + ": " + error->localizedDescription();
+    return result;
+  };
+  SvgDrawing drawing = openDrawing(path, &error);
+  if (!drawing.document) {
+    result.trouble = error->localizedDescription();
+    return result;
+  }
+  result.leftOut = std::move(drawing.leftOut);
+  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(drawing.document, &error);
+  if (!archive) return fail("archiving");
+  result.archiveBytes = archive->length();
+  result.reopened = openArchive(*archive, path, &error);
+  if (!result.reopened) return fail("reopening");
+  const auto again = tq::TQJSONEncoder::encodeObjectAsData(result.reopened, &error);
+  if (!again) return fail("archiving again");
+  result.document = std::move(drawing.document);
+
+  if (archive->view() != again->view()) {
+    result.differences.push_back(byteDifference(archive->view(), again->view()));
+  }
+  if (auto difference = firstDifference(*result.document, *result.reopened)) {
+    result.differences.push_back(*std::move(difference));
+  }
+  if (isArchive(path)) {
+    const auto file = tq::dataWithContentsOfURL(*tq::URL::fileURLWithPath(path), &error);
+    if (!file) return fail("reading again");
+    if (file->view() != archive->view()) {
+      result.differences.push_back("file and " + byteDifference(file->view(), archive->view()));
+    }
+  }
+  return result;
+}
+
+bool looksTheSame(const Document& a, const Document& b, int side) {
+  const auto drawn = [side](const Document& document) {
+    Canvas canvas(side, side);
+    canvas.draw(document, {0, 0, double(side), double(side)});
+    return canvas;
+  };
+  const Canvas one = drawn(a);
+  const Canvas other = drawn(b);
+  return std::ranges::equal(one.pixels(), other.pixels());
+}
+
+}  // namespace tqdoc

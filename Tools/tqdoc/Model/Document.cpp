@@ -1,0 +1,88 @@
+#include "Model/Document.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Model/Gradient.h"
+#include "Model/Numbers.h"
+
+namespace tqdoc {
+namespace {
+
+[[nodiscard]] std::size_t shapesIn(const Node& node) {
+  const auto* group = tq::objectCast<Group>(&node);
+  if (group == nullptr) return 1;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < group->count(); ++i) count += shapesIn(group->child(i));
+  return count;
+}
+
+}  // namespace
+
+Document::Document(tq::Ref<tq::String> title, Page page, tq::Ref<Group> root,
+                   tq::Ref<tq::Dictionary> unsupported)
+    : title_(std::move(title)),
+      page_(std::move(page)),
+      root_(std::move(root)),
+      unsupported_(std::move(unsupported)) {
+  page_.size = archivable(page_.size);
+  page_.viewBox = archivable(page_.viewBox);
+}
+
+Document::Document(tq::TQJSONDecoder& decoder)
+    : title_(tq::refCast<tq::String>(decoder.decodeObjectForKey("title"))),
+      page_{decoder.decodeSizeForKey("size"), decoder.decodeRectForKey("viewBox"),
+            tq::refCast<tq::String>(decoder.decodeObjectForKey("fit"))},
+      root_(tq::refCast<Group>(decoder.decodeObjectForKey("root"))),
+      unsupported_(tq::refCast<tq::Dictionary>(decoder.decodeObjectForKey("unsupported"))) {
+  if (!page_.fit) page_.fit = tq::String::of("");
+  if (!unsupported_) unsupported_ = tq::Dictionary::dictionary();
+  if (!root_) {
+    refuse(decoder, "the document has no root group");
+    root_ = tq::makeRef<Group>(Node::Traits{}, tq::Array::array());
+  }
+}
+
+void Document::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
+  encoder.encodeObject(title_, "title");
+  encoder.encodeSize(page_.size, "size");
+  encoder.encodeRect(page_.viewBox, "viewBox");
+  encoder.encodeObject(page_.fit, "fit");
+  encoder.encodeObject(root_, "root");
+  encoder.encodeObject(unsupported_, "unsupported");
+}
+
+std::string_view Document::title() const noexcept {
+  return title_ ? title_->view() : std::string_view();
+}
+
+std::size_t Document::shapeCount() const { return shapesIn(*root_); }
+
+tq::AffineTransform viewTransform(const tq::Rect& viewBox, tq::Size viewport,
+                                  std::string_view fit) {
+  const tq::Size box = viewBox.size;
+  if (!(box.width > 0 && box.height > 0 && viewport.width > 0 && viewport.height > 0)) return {};
+  double sx = viewport.width / box.width;
+  double sy = viewport.height / box.height;
+  tq::Point spare;
+  if (!fit.starts_with("none")) {
+    sx = sy = fit.find("slice") != fit.npos ? std::max(sx, sy) : std::min(sx, sy);
+    const auto share = [&](std::string_view min, std::string_view max) {
+      return fit.find(min) != fit.npos ? 0.0 : fit.find(max) != fit.npos ? 1.0 : 0.5;
+    };
+    spare = {(viewport.width - sx * box.width) * share("xMin", "xMax"),
+             (viewport.height - sy * box.height) * share("YMin", "YMax")};
+  }
+  return {sx, 0, 0, sy, spare.x - sx * viewBox.origin.x, spare.y - sy * viewBox.origin.y};
+}
+
+void registerModel() {
+  tq::Class::registerClass<Document>();
+  tq::Class::registerClass<Group>();
+  tq::Class::registerClass<Shape>();
+  tq::Class::registerClass<Picture>();
+  tq::Class::registerClass<PathData>();
+  tq::Class::registerClass<Gradient>();
+}
+
+}  // namespace tqdoc

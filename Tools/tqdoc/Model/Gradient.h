@@ -1,0 +1,63 @@
+#pragma once
+
+/// @file Gradient.h
+/// Paint that changes colour along a line or from a focus to a circle.
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include <TQFoundation/TQFoundation.h>
+
+namespace tqdoc {
+
+/// What lies before the first stop and behind the last.
+enum class Spread : std::uint8_t { pad, reflect, repeat };
+
+/// A colour at a place of the gradient; all five within 0...1, colours not multiplied by alpha.
+struct GradientStop {
+  double offset = 0;
+  double red = 0;
+  double green = 0;
+  double blue = 0;
+  double alpha = 1;
+
+  friend bool operator==(const GradientStop&, const GradientStop&) = default;
+};
+
+/// Where a gradient runs, in its own coordinates.
+struct GradientGeometry {
+  bool radial = false;
+  tq::Point start;                ///< linear: where offset 0 is; radial: the focus
+  tq::Point end;                  ///< linear: where offset 1 is; radial: the circle's centre
+  double radius = 0;              ///< radial only
+  tq::AffineTransform transform;  ///< from the gradient's coordinates to the shape's
+  Spread spread = Spread::pad;
+
+  friend bool operator==(const GradientGeometry&, const GradientGeometry&) = default;
+};
+
+/// A linear or a radial gradient. Immutable; any thread.
+class Gradient final : public tq::Subclass<Gradient> {
+ public:
+  static constexpr std::string_view className = "TQDocGradient";
+
+  /// `stops` in ascending order of their offsets.
+  Gradient(const GradientGeometry& geometry, std::vector<GradientStop> stops);
+
+  explicit Gradient(tq::TQJSONDecoder& decoder);
+  void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
+
+  [[nodiscard]] const GradientGeometry& geometry() const noexcept { return geometry_; }
+  [[nodiscard]] std::span<const GradientStop> stops() const noexcept { return stops_; }
+
+  [[nodiscard]] bool isEqual(const tq::Object& other) const override;
+  [[nodiscard]] std::size_t hash() const override { return stops_.size(); }
+
+ private:
+  GradientGeometry geometry_;
+  std::vector<GradientStop> stops_;
+};
+
+}  // namespace tqdoc

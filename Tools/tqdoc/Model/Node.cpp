@@ -1,0 +1,123 @@
+#include "Model/Node.h"
+
+#include <utility>
+#include <vector>
+
+#include "Model/Numbers.h"
+
+namespace tqdoc {
+namespace {
+
+/// The member `key` when it is a T; else `otherwise`, with an error unless it is absent.
+template <class T>
+[[nodiscard]] tq::Ref<T> decodeAs(tq::TQJSONDecoder& decoder, std::string_view key,
+                                  tq::Ref<T> otherwise) {
+  if (!decoder.containsValueForKey(key)) return otherwise;
+  if (auto object = tq::refCast<T>(decoder.decodeObjectForKey(key))) return object;
+  refuse(decoder, "the member \"" + std::string(key) + "\" is of the wrong kind");
+  return otherwise;
+}
+
+[[nodiscard]] tq::Ref<PathData> emptyPath() {
+  return tq::makeRef<PathData>(std::string(), std::vector<double>());
+}
+
+}  // namespace
+
+Node::Node(Traits traits) : traits_(std::move(traits)) {
+  traits_.transform = archivable(traits_.transform);
+  traits_.opacity = archivable(traits_.opacity);
+}
+
+Node::Node(tq::TQJSONDecoder& decoder) {
+  traits_.name = decodeAs<tq::String>(decoder, "name", nullptr);
+  traits_.transform = decodeTransform(decoder, "transform");
+  traits_.opacity = decoder.decodeDoubleForKey("opacity", 1);
+  traits_.hidden = decoder.decodeBoolForKey("hidden", false);
+  traits_.clip = decodeAs<Node>(decoder, "clip", nullptr);
+}
+
+std::string_view Node::name() const noexcept {
+  return traits_.name ? traits_.name->view() : std::string_view();
+}
+
+void Node::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
+  encoder.encodeObject(traits_.name, "name");
+  encodeTransform(encoder, traits_.transform, "transform");
+  if (traits_.opacity != 1) encoder.encodeDouble(traits_.opacity, "opacity");
+  if (traits_.hidden) encoder.encodeBool(true, "hidden");
+  encoder.encodeObject(traits_.clip, "clip");
+}
+
+Group::Group(Traits traits, tq::Ref<tq::Array> children)
+    : Subclass(std::move(traits)), children_(std::move(children)) {}
+
+Group::Group(tq::TQJSONDecoder& decoder)
+    : Subclass(decoder), children_(decodeAs(decoder, "children", tq::Array::array())) {
+  for (const tq::Object& child : *children_) {
+    if (tq::objectCast<Node>(&child) != nullptr) continue;
+    refuse(decoder, "a group holds something that is no node");
+    children_ = tq::Array::array();
+    return;
+  }
+}
+
+void Group::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
+  Node::encodeAsJSON(encoder);
+  encoder.encodeObject(children_, "children");
+}
+
+Shape::Shape(Traits traits, tq::Ref<PathData> path, tq::Ref<tq::Dictionary> style)
+    : Subclass(std::move(traits)), path_(std::move(path)), style_(std::move(style)) {}
+
+Shape::Shape(tq::TQJSONDecoder& decoder)
+    : Subclass(decoder),
+      path_(decodeAs(decoder, "path", emptyPath())),
+      style_(decodeAs(decoder, "style", tq::Dictionary::dictionary())) {}
+
+void Shape::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
+  Node::encodeAsJSON(encoder);
+  encoder.encodeObject(path_, "path");
+  encoder.encodeObject(style_, "style");
+}
+
+Picture::Picture(Traits traits, const tq::Rect& frame, tq::Ref<tq::String> fit,
+                 tq::Ref<tq::String> mediaType, tq::Ref<tq::Data> bytes)
+    : Subclass(std::move(traits)),
+      frame_(archivable(frame)),
+      fit_(std::move(fit)),
+      mediaType_(std::move(mediaType)),
+      bytes_(std::move(bytes)) {}
+
+Picture::Picture(tq::TQJSONDecoder& decoder)
+    : Subclass(decoder),
+      frame_(decoder.decodeRectForKey("frame")),
+      fit_(decodeAs(decoder, "fit", tq::String::of(""))),
+      mediaType_(decodeAs(decoder, "mediaType", tq::String::of(""))),
+      bytes_(decodeAs(decoder, "bytes", tq::Data::dataWithBytes(std::string_view()))) {}
+
+void Picture::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
+  Node::encodeAsJSON(encoder);
+  encoder.encodeRect(frame_, "frame");
+  encoder.encodeObject(fit_, "fit");
+  encoder.encodeObject(mediaType_, "mediaType");
+  encoder.encodeObject(bytes_, "bytes");
+}
+
+tq::Rect tightBounds(const Node& node, const tq::AffineTransform& parent) {
+  if (node.traits().hidden) return tq::RectNull;
+  const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);
+  if (const auto* shape = tq::objectCast<Shape>(&node)) return shape->path().tightBounds(transform);
+  if (const auto* picture = tq::objectCast<Picture>(&node)) {
+    return tq::RectApplyAffineTransform(picture->frame(), transform);
+  }
+  tq::Rect bounds = tq::RectNull;
+  if (const auto* group = tq::objectCast<Group>(&node)) {
+    for (std::size_t i = 0; i < group->count(); ++i) {
+      bounds = tq::RectUnion(bounds, tightBounds(group->child(i), transform));
+    }
+  }
+  return bounds;
+}
+
+}  // namespace tqdoc

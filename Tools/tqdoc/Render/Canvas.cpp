@@ -1,0 +1,69 @@
+#include "Render/Canvas.h"
+
+#include <cairo.h>
+
+#include <new>
+
+#include "Files/Drawing.h"
+#include "Render/Overlay.h"
+#include "Render/Painter.h"
+
+namespace tqdoc {
+
+void Canvas::Release::operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
+
+void Canvas::Release::operator()(cairo_surface_t* surface) const noexcept {
+  cairo_surface_destroy(surface);
+}
+
+Canvas::Canvas(int width, int height)
+    : surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)),
+      context_(cairo_create(surface_.get())) {
+  if (cairo_status(context_.get()) != CAIRO_STATUS_SUCCESS) throw std::bad_alloc();
+}
+
+Canvas::~Canvas() = default;
+
+void Canvas::fill(const tq::Rect& rect, const Color& color) {
+  cairo_t* const cr = context_.get();
+  cairo_set_source_rgba(cr, color.red, color.green, color.blue, color.alpha);
+  cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
+  cairo_fill(cr);
+}
+
+void Canvas::draw(const Document& document, const tq::Rect& rect, Overlay overlay) {
+  cairo_t* const cr = context_.get();
+  const Document::Page& page = document.page();
+  const tq::AffineTransform fitted = tq::AffineTransformConcat(
+      viewTransform(page.viewBox, page.size, page.fit->view()),
+      tq::AffineTransformConcat(viewTransform({{0, 0}, page.size}, rect.size, ""),
+                                {1, 0, 0, 1, rect.origin.x, rect.origin.y}));
+  cairo_save(cr);
+  cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
+  cairo_clip(cr);
+  Painter(cr).paint(document.root(), fitted);
+  if (overlay.bounds || overlay.controlPolygons) {
+    paintOverlay(cr, document.root(), fitted, overlay);
+  }
+  cairo_restore(cr);
+}
+
+std::span<const std::uint32_t> Canvas::pixels() const {
+  cairo_surface_flush(surface_.get());
+  const auto* bytes = cairo_image_surface_get_data(surface_.get());
+  const auto count = static_cast<std::size_t>(cairo_image_surface_get_stride(surface_.get())) / 4 *
+                     static_cast<std::size_t>(cairo_image_surface_get_height(surface_.get()));
+  return {reinterpret_cast<const std::uint32_t*>(bytes), count};
+}
+
+bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const {
+  cairo_status_t status = cairo_status(context_.get());
+  if (status == CAIRO_STATUS_SUCCESS) {
+    status = cairo_surface_write_to_png(surface_.get(), path.c_str());
+  }
+  if (status == CAIRO_STATUS_SUCCESS) return true;
+  tq::setOutError(error, errorWith(path + ": " + cairo_status_to_string(status)));
+  return false;
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,56 @@
+#pragma once
+
+/// @file Canvas.h
+/// Drawings as pixels.
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "Model/Document.h"
+#include "Svg/SvgColor.h"
+
+struct _cairo;
+struct _cairo_surface;
+
+namespace tqdoc {
+
+/// What to draw on top of a drawing.
+struct Overlay {
+  bool bounds = false;           ///< the tight bounds of every shape and picture
+  bool controlPolygons = false;  ///< the control points of every outline, joined
+};
+
+/// An image to draw into: 32 bits a pixel, transparent at first. One thread at a time.
+class Canvas {
+ public:
+  /// Pixels on a side, at the most.
+  static constexpr int kSideLimit = 8192;
+
+  /// Sides within 1...kSideLimit. @throws std::bad_alloc
+  Canvas(int width, int height);
+  ~Canvas();
+  Canvas(Canvas&&) noexcept = default;
+  Canvas& operator=(Canvas&&) noexcept = default;
+
+  void fill(const tq::Rect& rect, const Color& color);
+
+  /// Draws the page of `document` into `rect`, centred, as large as it fits.
+  void draw(const Document& document, const tq::Rect& rect, Overlay overlay = {});
+
+  /// Rows from the top, blue, green, red and alpha of each pixel, multiplied by alpha.
+  [[nodiscard]] std::span<const std::uint32_t> pixels() const;
+
+  bool writePNG(const std::string& path, tq::Ref<tq::Error>* error) const;
+
+ private:
+  struct Release {
+    void operator()(_cairo* context) const noexcept;
+    void operator()(_cairo_surface* surface) const noexcept;
+  };
+  std::unique_ptr<_cairo_surface, Release> surface_;
+  std::unique_ptr<_cairo, Release> context_;
+};
+
+}  // namespace tqdoc

@@ -1,0 +1,156 @@
+#include "Render/Painter.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Model/Document.h"
+#include "Model/Numbers.h"
+#include "Render/CairoSource.h"
+
+namespace tqdoc {
+namespace {
+
+[[nodiscard]] double numberIn(const tq::Dictionary& style, std::string_view key, double otherwise) {
+  const auto* number = tq::objectCast<tq::Number>(style.objectForKey(key));
+  return number != nullptr ? number->doubleValue() : otherwise;
+}
+
+[[nodiscard]] std::string_view textIn(const tq::Dictionary& style, std::string_view key) {
+  const auto* text = tq::objectCast<tq::String>(style.objectForKey(key));
+  return text != nullptr ? text->view() : std::string_view();
+}
+
+/// cairo stops for good at a negative length, and when all of them are 0.
+[[nodiscard]] bool isDashing(const std::vector<double>& lengths) {
+  return std::ranges::all_of(lengths, [](double length) { return length >= 0; }) &&
+         std::ranges::any_of(lengths, [](double length) { return length > 0; });
+}
+
+void setPen(cairo_t* cr, const tq::Dictionary& style) {
+  const std::string_view cap = textIn(style, "lineCap");
+  const std::string_view join = textIn(style, "lineJoin");
+  cairo_set_line_width(cr, numberIn(style, "strokeWidth", 1));
+  cairo_set_miter_limit(cr, numberIn(style, "miterLimit", 4));
+  cairo_set_line_cap(cr, cap == "round"    ? CAIRO_LINE_CAP_ROUND
+                         : cap == "square" ? CAIRO_LINE_CAP_SQUARE
+                                           : CAIRO_LINE_CAP_BUTT);
+  cairo_set_line_join(cr, join == "round"   ? CAIRO_LINE_JOIN_ROUND
+                          : join == "bevel" ? CAIRO_LINE_JOIN_BEVEL
+                                            : CAIRO_LINE_JOIN_MITER);
+  const auto* dashes = tq::objectCast<tq::Array>(style.objectForKey("dashes"));
+  const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
+  if (lengths && isDashing(*lengths)) {
+    cairo_set_dash(cr, lengths->data(), static_cast<int>(lengths->size()),
+                   numberIn(style, "dashOffset", 0));
+  } else {
+    cairo_set_dash(cr, nullptr, 0, 0);
+  }
+}
+
+}  // namespace
+
+void addPath(cairo_t* cr, const PathData& path) {
+  cairo_new_path(cr);
+  path.forEach([cr](char step, const tq::Point* p) {
+    switch (step) {
+      case 'M':
+        return cairo_move_to(cr, p[0].x, p[0].y);
+      case 'L':
+        return cairo_line_to(cr, p[0].x, p[0].y);
+      case 'C':
+        return cairo_curve_to(cr, p[0].x, p[0].y, p[1].x, p[1].y, p[2].x, p[2].y);
+      default:
+        return cairo_close_path(cr);
+    }
+  });
+}
+
+void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
+  const Node::Traits& traits = node.traits();
+  const auto transform = tq::AffineTransformConcat(traits.transform, parent);
+  if (traits.hidden || !isUsable(transform)) return;
+  const bool translucent = traits.opacity < 1 && !silhouette_;
+  if ((translucent || traits.clip) && layers_ < kLayerLimit) {
+    paintAsLayer(node, transform);
+  } else {
+    paintContent(node, transform);
+  }
+}
+
+void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transform) {
+  const Node::Traits& traits = node.traits();
+  ++layers_;
+  cairo_push_group(cr_);
+  paintContent(node, transform);
+  if (traits.clip) {
+    const CairoPattern content(cairo_pop_group(cr_));
+    cairo_push_group_with_content(cr_, CAIRO_CONTENT_ALPHA);
+    const bool outer = std::exchange(silhouette_, true);
+    paint(*traits.clip, transform);
+    silhouette_ = outer;
+    const CairoPattern mask(cairo_pop_group(cr_));
+    cairo_push_group(cr_);
+    setTransform(cr_, tq::AffineTransformIdentity);
+    cairo_set_source(cr_, content.get());
+    cairo_mask(cr_, mask.get());
+  }
+  cairo_pop_group_to_source(cr_);
+  cairo_paint_with_alpha(cr_, silhouette_ ? 1 : traits.opacity);
+  --layers_;
+}
+
+void Painter::paintContent(const Node& node, const tq::AffineTransform& transform) {
+  if (const auto* shape = tq::objectCast<Shape>(&node)) {
+    paintShape(*shape, transform);
+  } else if (const auto* picture = tq::objectCast<Picture>(&node)) {
+    paintPicture(*picture, transform);
+  } else if (const auto* group = tq::objectCast<Group>(&node)) {
+    for (std::size_t i = 0; i < group->count(); ++i) paint(group->child(i), transform);
+  }
+}
+
+void Painter::paintShape(const Shape& shape, const tq::AffineTransform& transform) {
+  const tq::Dictionary& style = shape.style();
+  setTransform(cr_, transform);
+  addPath(cr_, shape.path());
+  cairo_set_fill_rule(
+      cr_, numberIn(style, "evenOdd", 0) != 0 ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
+  if (silhouette_) {
+    cairo_set_source_rgba(cr_, 0, 0, 0, 1);
+    return cairo_fill(cr_);
+  }
+  if (setSource(cr_, style.objectForKey("fill"), numberIn(style, "fillOpacity", 1))) {
+    cairo_fill_preserve(cr_);
+  }
+  if (setSource(cr_, style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1))) {
+    setPen(cr_, style);
+    cairo_stroke(cr_);
+  }
+}
+
+void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {
+  const CairoSurface image = decodePNG(picture.bytes());
+  const tq::Rect& frame = picture.frame();
+  if (!image) return;
+  const double width = cairo_image_surface_get_width(image.get());
+  const double height = cairo_image_surface_get_height(image.get());
+  const tq::AffineTransform fitted =
+      tq::AffineTransformConcat(viewTransform({0, 0, width, height}, frame.size, picture.fit()),
+                                {1, 0, 0, 1, frame.origin.x, frame.origin.y});
+  const auto inside = tq::AffineTransformConcat(fitted, transform);
+  if (!isUsable(inside)) return;
+  cairo_save(cr_);
+  setTransform(cr_, transform);
+  cairo_rectangle(cr_, frame.origin.x, frame.origin.y, frame.size.width, frame.size.height);
+  cairo_clip(cr_);
+  setTransform(cr_, inside);
+  cairo_rectangle(cr_, 0, 0, width, height);
+  cairo_set_source_surface(cr_, image.get(), 0, 0);
+  cairo_fill(cr_);
+  cairo_restore(cr_);
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,137 @@
+#include "Svg/Scanner.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace tqdoc {
+
+std::string_view trimmed(std::string_view text) noexcept {
+  while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+char Scanner::next() noexcept {
+  const char c = peek();
+  if (!rest_.empty()) rest_.remove_prefix(1);
+  return c;
+}
+
+void Scanner::skipSpace() noexcept {
+  while (!rest_.empty() && isSpace(rest_.front())) rest_.remove_prefix(1);
+}
+
+void Scanner::skipSeparator() noexcept {
+  skipSpace();
+  if (take(",")) skipSpace();
+}
+
+bool Scanner::take(std::string_view text) noexcept {
+  if (!rest_.starts_with(text)) return false;
+  rest_.remove_prefix(text.size());
+  return true;
+}
+
+std::string_view Scanner::takeUntil(char stop) noexcept {
+  const std::size_t at = std::min(rest_.find(stop), rest_.size());
+  const std::string_view before = rest_.substr(0, at);
+  rest_.remove_prefix(std::min(at + 1, rest_.size()));
+  return before;
+}
+
+std::string_view Scanner::takeName() noexcept {
+  std::size_t length = 0;
+  while (length < rest_.size()) {
+    const char c = rest_[length];
+    const bool inName =
+        isLetter(c) || isDigit(c) || c == '-' || c == '_' || static_cast<unsigned char>(c) >= 0x80;
+    if (!inName) break;
+    ++length;
+  }
+  const std::string_view name = rest_.substr(0, length);
+  rest_.remove_prefix(length);
+  return name;
+}
+
+std::optional<double> Scanner::takeNumber() noexcept {
+  const char* begin = rest_.data();
+  const char* const end = begin + rest_.size();
+  const bool negative = peek() == '-';
+  if (peek() == '+' || negative) ++begin;
+  if (begin == end || !(isDigit(*begin) || *begin == '.')) return std::nullopt;  // "inf", "nan"
+  double value = 0;
+  const auto [after, fault] = std::from_chars(begin, end, value);
+  if (fault == std::errc::invalid_argument) return std::nullopt;
+  if (fault == std::errc::result_out_of_range) {
+    // Too large or too small, by the sign of its exponent or, without one, by being long.
+    const std::string_view text(begin, static_cast<std::size_t>(after - begin));
+    const std::size_t exponent = text.find_first_of("eE");
+    const bool tiny = exponent != text.npos ? text.find('-', exponent) != text.npos
+                                            : text.starts_with('.') || text.starts_with("0");
+    value = tiny ? 0 : kNumberLimit;
+  }
+  rest_.remove_prefix(static_cast<std::size_t>(after - rest_.data()));
+  value = std::min(value, kNumberLimit);
+  return negative ? -value : value;
+}
+
+std::optional<bool> Scanner::takeFlag() noexcept {
+  if (peek() != '0' && peek() != '1') return std::nullopt;
+  return next() == '1';
+}
+
+std::optional<std::vector<double>> parseNumbers(std::string_view text) {
+  Scanner scanner(text);
+  std::vector<double> numbers;
+  scanner.skipSpace();
+  while (!scanner.atEnd()) {
+    const auto number = scanner.takeNumber();
+    if (!number) return std::nullopt;
+    numbers.push_back(*number);
+    scanner.skipSeparator();
+  }
+  return numbers;
+}
+
+std::optional<double> parseLength(std::string_view text, Viewport viewport,
+                                  Extent extent) noexcept {
+  Scanner scanner(trimmed(text));
+  const auto number = scanner.takeNumber();
+  if (!number) return std::nullopt;
+  const std::string_view unit = scanner.rest();
+  if (unit == "%") {
+    const double whole = extent == Extent::horizontal ? viewport.width
+                         : extent == Extent::vertical
+                             ? viewport.height
+                             : std::hypot(viewport.width, viewport.height) / std::sqrt(2.0);
+    return *number * whole / 100;
+  }
+  const struct {
+    std::string_view unit;
+    double pixels;
+  } kUnits[] = {{"", 1},
+                {"px", 1},
+                {"pt", 96.0 / 72},
+                {"pc", 16},
+                {"mm", 96 / 25.4},
+                {"cm", 96 / 2.54},
+                {"in", 96},
+                {"em", viewport.fontSize},
+                {"ex", viewport.fontSize / 2}};
+  for (const auto& known : kUnits) {
+    if (unit == known.unit) return *number * known.pixels;
+  }
+  return std::nullopt;
+}
+
+std::optional<double> parseFraction(std::string_view text) noexcept {
+  Scanner scanner(trimmed(text));
+  const auto number = scanner.takeNumber();
+  if (!number) return std::nullopt;
+  if (scanner.take("%")) return scanner.atEnd() ? std::optional(*number / 100) : std::nullopt;
+  return scanner.atEnd() ? number : std::nullopt;
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,75 @@
+#include "Svg/SvgContext.h"
+
+namespace tqdoc {
+
+SvgContext::SvgContext(const pugi::xml_document& xml, std::size_t fileSize)
+    : root_(xml.document_element()), workLeft_(kWorkAllowed + kWorkPerByte * fileSize) {
+  const std::string_view name = root_.name();
+  const std::size_t colon = name.find(':');
+  if (colon != name.npos) prefix_ = name.substr(0, colon + 1);
+  if (nameOf(root_) != "svg") {
+    const std::string what = root_ ? "the root element is <" + std::string(name) + ">, not <svg>"
+                                   : std::string("there is no root element");
+    throw SvgFault(what, root_ ? root_.offset_debug() : 0);
+  }
+  for (pugi::xml_node node = root_; node; node = following(node)) {
+    const std::string_view id = attributeOf(node, "id");
+    if (!id.empty()) byId_.try_emplace(id, node);
+  }
+}
+
+std::string_view SvgContext::nameOf(pugi::xml_node node) const noexcept {
+  std::string_view name = node.name();
+  if (!name.starts_with(prefix_)) return {};
+  name.remove_prefix(prefix_.size());
+  return name.find(':') == name.npos ? name : std::string_view();
+}
+
+pugi::xml_node SvgContext::following(pugi::xml_node node) const noexcept {
+  if (const pugi::xml_node child = node.first_child()) return child;
+  while (node != root_) {
+    if (const pugi::xml_node sibling = node.next_sibling()) return sibling;
+    node = node.parent();
+  }
+  return {};
+}
+
+pugi::xml_node SvgContext::find(std::string_view id) const {
+  const auto found = byId_.find(id);
+  return found != byId_.end() ? found->second : pugi::xml_node();
+}
+
+void SvgContext::leaveOut(std::string_view feature, pugi::xml_node where) {
+  auto found = features_.find(feature);
+  if (found == features_.end()) {
+    // Names come from the file: there is a limit to how many of them are kept apart.
+    constexpr std::size_t kNamesKept = 200;
+    constexpr std::size_t kNameLength = 60;
+    const bool room = features_.size() < kNamesKept;
+    const std::string name(room ? feature.substr(0, kNameLength) : std::string_view("(others)"));
+    found = features_.try_emplace(name, LeftOut{0, where.offset_debug()}).first;
+  }
+  ++found->second.count;
+}
+
+void SvgContext::charge(std::size_t work, pugi::xml_node where) {
+  if (work > workLeft_) {
+    throw SvgFault("the drawing becomes too large when its references are followed",
+                   where.offset_debug());
+  }
+  workLeft_ -= work;
+}
+
+std::string_view hrefOf(pugi::xml_node node) noexcept {
+  for (const pugi::xml_attribute attribute : node.attributes()) {
+    const std::string_view name = attribute.name();
+    if (name == "href" || name.ends_with(":href")) return attribute.value();
+  }
+  return {};
+}
+
+std::string_view localReference(std::string_view href) noexcept {
+  return href.starts_with('#') ? href.substr(1) : std::string_view();
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,38 @@
+#include "Svg/SvgImage.h"
+
+#include <string>
+#include <string_view>
+
+#include "Svg/Scanner.h"
+
+namespace tqdoc {
+
+EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node) {
+  Scanner scanner(trimmed(hrefOf(node)));
+  if (!scanner.take("data:")) {
+    context.leaveOut("image outside the file", node);
+    return {};
+  }
+  std::string_view type = scanner.takeUntil(',');
+  constexpr std::string_view kBase64 = ";base64";
+  if (!type.ends_with(kBase64)) {
+    context.leaveOut("image that is not in base64", node);
+    return {};
+  }
+  type.remove_suffix(kBase64.size());
+  context.charge(scanner.rest().size() / 8, node);
+  std::string text;
+  text.reserve(scanner.rest().size());
+  for (const char c : scanner.rest()) {
+    if (!isSpace(c)) text += c;
+  }
+  auto bytes = tq::dataFromBase64(text);
+  if (!bytes) {
+    context.leaveOut("unreadable base64 of image", node);
+    return {};
+  }
+  if (type != "image/png") context.leaveOut("drawing of " + std::string(type), node);
+  return {tq::String::stringWithUTF8Repaired(type), std::move(bytes)};
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,356 @@
+#include "Svg/SvgReader.h"
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "Model/Numbers.h"
+#include "Svg/SvgGradient.h"
+#include "Svg/SvgImage.h"
+#include "Svg/SvgShapes.h"
+#include "Svg/SvgStyleSheet.h"
+
+namespace tqdoc {
+namespace {
+
+/// Elements that draw nothing where they stand.
+constexpr std::string_view kSilent[] = {
+    "defs",           "title",          "desc",   "metadata", "style",  "symbol", "clipPath",
+    "linearGradient", "radialGradient", "marker", "mask",     "filter", "pattern"};
+
+[[nodiscard]] tq::Ref<tq::Object> number(double value) {
+  return tq::Number::numberWith(tq::NumberValue(archivable(value)));
+}
+
+class Reader {
+ public:
+  explicit Reader(SvgContext& context) : context_(context), sheet_(context) {}
+
+  [[nodiscard]] tq::Ref<Document> read();
+
+ private:
+  /// Where a node stands: what it inherits, and what lengths are relative to.
+  struct Place {
+    Style style;
+    Viewport viewport;
+  };
+  using Bounds = std::function<tq::Rect()>;
+
+  [[nodiscard]] tq::Ref<Node> readNode(pugi::xml_node node, const Place& parent);
+  [[nodiscard]] tq::Ref<tq::Array> readChildren(pugi::xml_node node, const Place& place);
+  [[nodiscard]] tq::Ref<Node> readShape(pugi::xml_node node, const Place& place);
+  [[nodiscard]] tq::Ref<Node> readPicture(pugi::xml_node node, const Place& place);
+  [[nodiscard]] tq::Ref<Node> readUse(pugi::xml_node node, const Place& place);
+  [[nodiscard]] tq::Ref<Group> readViewport(pugi::xml_node node, const Place& place,
+                                            const tq::Rect& frame);
+  [[nodiscard]] tq::Ref<Node> readClip(pugi::xml_node user, const Style& style,
+                                       const Bounds& bounds);
+  [[nodiscard]] Node::Traits traitsOf(pugi::xml_node node, const Style& style,
+                                      const Bounds& bounds);
+  [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
+                                                const PathData& path);
+  [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children);
+
+  /// Keeps a reference open while what it leads to is read.
+  class Following;
+
+  SvgContext& context_;
+  SvgStyleSheet sheet_;
+  std::vector<pugi::xml_node> followed_;
+  int depth_ = 0;
+  bool inClip_ = false;
+};
+
+class Reader::Following {
+ public:
+  Following(Reader& reader, pugi::xml_node target, pugi::xml_node from) : reader_(reader) {
+    if (std::ranges::find(reader.followed_, target) != reader.followed_.end()) {
+      throw SvgFault(
+          "the reference to #" + std::string(attributeOf(target, "id")) + " leads back to itself",
+          from.offset_debug());
+    }
+    reader.followed_.push_back(target);
+  }
+  ~Following() { reader_.followed_.pop_back(); }
+  Following(const Following&) = delete;
+  Following& operator=(const Following&) = delete;
+
+ private:
+  Reader& reader_;
+};
+
+tq::Ref<Document> Reader::read() {
+  const pugi::xml_node root = context_.root();
+  const auto box = parseNumbers(attributeOf(root, "viewBox"));
+  const bool hasBox = box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0;
+  const tq::Size natural = hasBox ? tq::Size{(*box)[2], (*box)[3]} : tq::Size{300, 150};
+  const tq::Rect frame = frameOf(context_, root, {natural.width, natural.height}, natural);
+  const tq::Size size = frame.size.width > 0 && frame.size.height > 0 ? frame.size : natural;
+  const tq::Rect viewBox = hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3])
+                                  : tq::Rect(0, 0, size.width, size.height);
+
+  const Viewport viewport{viewBox.size.width, viewBox.size.height};
+  Place place{sheet_.styleOf(root, Style(), viewport), viewport};
+  auto children = readChildren(root, place);
+  auto group = tq::makeRef<Group>(traitsOf(root, place.style, [&] { return boundsOf(*children); }),
+                                  children);
+
+  tq::Ref<tq::String> title;
+  for (const pugi::xml_node child : root.children()) {
+    if (context_.nameOf(child) == "title" && !title) {
+      title = tq::String::stringWithUTF8Repaired(trimmed(child.child_value()));
+    }
+  }
+  auto unsupported = tq::MutableDictionary::dictionary();
+  for (const auto& [name, leftOut] : context_.features()) {
+    unsupported->setObject(tq::Number::numberWith(tq::NumberValue(leftOut.count)),
+                           tq::String::stringWithUTF8Repaired(name));
+  }
+  const auto fit = tq::String::stringWithUTF8Repaired(attributeOf(root, "preserveAspectRatio"));
+  return tq::makeRef<Document>(title, Document::Page{size, viewBox, fit}, group,
+                               tq::refCast<tq::Dictionary>(unsupported->copy()));
+}
+
+tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
+  const std::string_view name = context_.nameOf(node);
+  if (name.empty() || std::ranges::find(kSilent, name) != std::end(kSilent)) return nullptr;
+  const bool isGroup = name == "g" || name == "a" || name == "switch" || name == "svg";
+  if (!isGroup && !isOutline(name) && name != "use" && name != "image") {
+    context_.leaveOut("<" + std::string(name) + ">", node);
+    return nullptr;
+  }
+  if (name == "switch") context_.leaveOut("choice of <switch>", node);
+  if (depth_ == SvgContext::kDepthLimit) {
+    throw SvgFault("elements nest more than " + std::to_string(SvgContext::kDepthLimit) + " deep",
+                   node.offset_debug());
+  }
+  ++depth_;
+  Place place{sheet_.styleOf(node, parent.style, parent.viewport), parent.viewport};
+  place.viewport.fontSize = place.style.fontSize;
+  tq::Ref<Node> result;
+  if (isOutline(name)) {
+    result = readShape(node, place);
+  } else if (name == "use") {
+    result = readUse(node, place);
+  } else if (name == "image") {
+    result = readPicture(node, place);
+  } else if (name == "svg") {
+    const tq::Size whole{place.viewport.width, place.viewport.height};
+    result = readViewport(node, place, frameOf(context_, node, place.viewport, whole));
+  } else {
+    auto children = readChildren(node, place);
+    result = tq::makeRef<Group>(traitsOf(node, place.style, [&] { return boundsOf(*children); }),
+                                children);
+  }
+  --depth_;
+  return result;
+}
+
+tq::Ref<tq::Array> Reader::readChildren(pugi::xml_node node, const Place& place) {
+  std::vector<tq::Ref<tq::Object>> children;
+  for (const pugi::xml_node child : node.children()) {
+    if (auto read = readNode(child, place)) children.push_back(std::move(read));
+  }
+  return tq::Array::arrayWithObjects(std::move(children));
+}
+
+tq::Ref<Node> Reader::readShape(pugi::xml_node node, const Place& place) {
+  auto path = readOutline(context_, node, place.viewport);
+  if (path->isEmpty()) return nullptr;
+  auto traits = traitsOf(node, place.style, [&] { return path->tightBounds(); });
+  auto style = styleOf(node, place, *path);
+  return tq::makeRef<Shape>(std::move(traits), std::move(path), std::move(style));
+}
+
+tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
+  const tq::Rect frame = frameOf(context_, node, place.viewport);
+  auto image = readEmbeddedImage(context_, node);
+  if (!image.bytes) return nullptr;
+  if (tq::RectIsEmpty(frame)) {
+    context_.leaveOut("image without a size of its own", node);
+    return nullptr;
+  }
+  return tq::makeRef<Picture>(
+      traitsOf(node, place.style, [&] { return frame; }), frame,
+      tq::String::stringWithUTF8Repaired(attributeOf(node, "preserveAspectRatio")),
+      std::move(image.mediaType), std::move(image.bytes));
+}
+
+/// The referenced element becomes the only child of a group that stands for the reference.
+tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
+  const pugi::xml_node target = context_.find(localReference(hrefOf(node)));
+  if (!target) {
+    context_.leaveOut("use that leads nowhere", node);
+    return nullptr;
+  }
+  const Following following(*this, target, node);
+  const tq::Rect frame =
+      frameOf(context_, node, place.viewport, {place.viewport.width, place.viewport.height});
+  tq::Ref<Node> child;
+  if (context_.nameOf(target) == "symbol" || context_.nameOf(target) == "svg") {
+    const Place inner{sheet_.styleOf(target, place.style, place.viewport), place.viewport};
+    child = readViewport(target, inner, {0, 0, frame.size.width, frame.size.height});
+  } else {
+    child = readNode(target, place);
+  }
+  if (!child) return nullptr;
+  auto traits = traitsOf(node, place.style, [&] { return tightBounds(*child); });
+  traits.transform = tq::AffineTransformTranslate(traits.transform, frame.origin.x, frame.origin.y);
+  return tq::makeRef<Group>(std::move(traits), tq::Array::arrayWithObjects({child}));
+}
+
+/// An element with a coordinate system of its own: a group that is moved, scaled and cut off.
+tq::Ref<Group> Reader::readViewport(pugi::xml_node node, const Place& place,
+                                    const tq::Rect& frame) {
+  const auto box = parseNumbers(attributeOf(node, "viewBox"));
+  const bool hasBox = box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0;
+  const tq::Rect viewBox = hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3])
+                                  : tq::Rect(0, 0, frame.size.width, frame.size.height);
+  const auto fitted = viewTransform(viewBox, frame.size, attributeOf(node, "preserveAspectRatio"));
+
+  Place inner = place;
+  inner.viewport.width = viewBox.size.width;
+  inner.viewport.height = viewBox.size.height;
+  auto children = readChildren(node, inner);
+  auto traits = traitsOf(node, place.style, [&] { return boundsOf(*children); });
+  const tq::AffineTransform move{1, 0, 0, 1, frame.origin.x, frame.origin.y};
+  traits.transform =
+      tq::AffineTransformConcat(tq::AffineTransformConcat(fitted, move), traits.transform);
+  if (!place.style.overflows && !traits.clip) {
+    const tq::Rect cut =
+        tq::RectApplyAffineTransform({{0, 0}, frame.size}, tq::AffineTransformInvert(fitted));
+    traits.clip =
+        tq::makeRef<Shape>(Node::Traits{}, rectanglePath(cut), tq::Dictionary::dictionary());
+  }
+  return tq::makeRef<Group>(std::move(traits), std::move(children));
+}
+
+tq::Ref<Node> Reader::readClip(pugi::xml_node user, const Style& style, const Bounds& bounds) {
+  if (style.clipPath.empty()) return nullptr;
+  const pugi::xml_node node = context_.find(style.clipPath);
+  if (context_.nameOf(node) != "clipPath") {
+    context_.leaveOut("clip-path that leads nowhere", user);
+    return nullptr;
+  }
+  const Following following(*this, node, user);
+  const bool outer = std::exchange(inClip_, true);
+  const Place place{sheet_.styleOf(node, Style(), {}), {}};
+  auto children = readChildren(node, place);
+  inClip_ = outer;
+  auto traits = traitsOf(node, place.style, bounds);
+  if (attributeOf(node, "clipPathUnits") == "objectBoundingBox") {
+    const tq::Rect box = bounds();
+    const tq::AffineTransform unit =
+        tq::RectIsNull(box) ? tq::AffineTransform{0, 0, 0, 0, 0, 0}
+                            : tq::AffineTransform{box.size.width, 0,           0, box.size.height,
+                                                  box.origin.x,   box.origin.y};
+    traits.transform = tq::AffineTransformConcat(traits.transform, unit);
+  }
+  return tq::makeRef<Group>(std::move(traits), std::move(children));
+}
+
+Node::Traits Reader::traitsOf(pugi::xml_node node, const Style& style, const Bounds& bounds) {
+  Node::Traits traits;
+  std::string_view name = attributeOf(node, "inkscape:label");
+  if (name.empty()) name = attributeOf(node, "id");
+  if (!name.empty()) traits.name = tq::String::stringWithUTF8Repaired(name);
+  if (node != context_.root()) traits.transform = transformOf(context_, node);
+  traits.opacity = style.opacity;
+  // Visibility is inherited and may be switched on again inside: it hides what is drawn, no group.
+  const std::string_view element = context_.nameOf(node);
+  traits.hidden =
+      !style.displayed || (!style.visible && (isOutline(element) || element == "image"));
+  traits.clip = readClip(node, style, bounds);
+  return traits;
+}
+
+tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
+                                        const PathData& path) {
+  const Style& style = place.style;
+  auto result = tq::MutableDictionary::dictionary();
+  const auto flag = [&](bool on, std::string_view key) {
+    if (on) result->setObject(tq::Number::numberWith(tq::NumberValue(true)), key);
+  };
+  const auto measure = [&](double value, double otherwise, std::string_view key) {
+    if (value != otherwise) result->setObject(number(value), key);
+  };
+  if (inClip_) {
+    flag(style.clipEvenOdd, "evenOdd");
+    return tq::refCast<tq::Dictionary>(result->copy());
+  }
+  const tq::Rect bounds = path.tightBounds();
+  const auto paint = [&](const Paint& from) {
+    return readPaint(context_, sheet_, from, style, node, bounds, place.viewport);
+  };
+  if (ModelPaint fill = paint(style.fill); fill.object) {
+    result->setObject(std::move(fill.object), "fill");
+    measure(style.fillOpacity * fill.alpha, 1, "fillOpacity");
+    flag(style.fillEvenOdd, "evenOdd");
+  }
+  if (ModelPaint stroke = paint(style.stroke); stroke.object && style.strokeWidth > 0) {
+    result->setObject(std::move(stroke.object), "stroke");
+    measure(style.strokeOpacity * stroke.alpha, 1, "strokeOpacity");
+    measure(style.strokeWidth, 1, "strokeWidth");
+    if (style.lineCap != "butt") result->setObject(tq::String::of(style.lineCap), "lineCap");
+    if (style.lineJoin != "miter") result->setObject(tq::String::of(style.lineJoin), "lineJoin");
+    measure(style.miterLimit, 4, "miterLimit");
+    if (!style.dashes.empty()) {
+      std::vector<double> dashes;
+      std::ranges::transform(style.dashes, std::back_inserter(dashes),
+                             [](double dash) { return archivable(dash); });
+      context_.charge(dashes.size(), node);
+      result->setObject(tq::Array::arrayWithNumbers(std::span<const double>(dashes)), "dashes");
+      measure(style.dashOffset, 0, "dashOffset");
+    }
+  }
+  return tq::refCast<tq::Dictionary>(result->copy());
+}
+
+tq::Rect Reader::boundsOf(const tq::Array& children) {
+  tq::Rect bounds = tq::RectNull;
+  for (const tq::Object& child : children) {
+    bounds = tq::RectUnion(bounds, tightBounds(static_cast<const Node&>(child)));
+  }
+  return bounds;
+}
+
+/// "line:column" of an offset, both from 1.
+[[nodiscard]] std::string lineAndColumn(std::string_view text, std::ptrdiff_t offset) {
+  const std::string_view before =
+      text.substr(0, static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)));
+  const auto line = std::ranges::count(before, '\n') + 1;
+  const std::size_t start = before.rfind('\n') + 1;  // npos + 1 is 0
+  return std::to_string(line) + ":" + std::to_string(before.size() - start + 1);
+}
+
+}  // namespace
+
+SvgDrawing readSvg(std::span<const std::byte> bytes, std::string_view fileName,
+                   tq::Ref<tq::Error>* error) {
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  const auto fail = [&](std::ptrdiff_t offset, std::string_view reason) {
+    const std::string message =
+        std::string(fileName) + ":" + lineAndColumn(text, offset) + ": " + std::string(reason);
+    tq::setOutError(
+        error, tq::Error::errorWithDomain("com.korvan.tqdoc", 2,
+                                          tq::String::stringWithUTF8Repaired(message)->view()));
+    return SvgDrawing();
+  };
+  if (text.starts_with("\x1f\x8b")) return fail(0, "the file is compressed; unpack it first");
+  pugi::xml_document xml;
+  const pugi::xml_parse_result parsed = xml.load_buffer(bytes.data(), bytes.size());
+  if (!parsed) return fail(parsed.offset, parsed.description());
+  try {
+    SvgContext context(xml, bytes.size());
+    auto document = Reader(context).read();
+    return {std::move(document), context.features()};
+  } catch (const SvgFault& fault) {
+    return fail(fault.offset(), fault.what());
+  }
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,229 @@
+#include "Svg/SvgStyle.h"
+
+#include <algorithm>
+
+namespace tqdoc {
+namespace {
+
+/// "url(#id)", quotes or not, and what follows it. The id is empty when `text` is no such thing.
+struct Reference {
+  std::string_view id;
+  std::string_view rest;
+};
+
+[[nodiscard]] Reference parseReference(std::string_view text) {
+  Scanner scanner(text);
+  if (!scanner.take("url(") || scanner.rest().find(')') == text.npos) return {};
+  std::string_view inside = trimmed(scanner.takeUntil(')'));
+  if (inside.size() >= 2 && (inside.front() == '"' || inside.front() == '\'')) {
+    inside = inside.substr(1, inside.size() - 2);
+  }
+  if (!inside.starts_with('#')) return {};
+  return {inside.substr(1), trimmed(scanner.rest())};
+}
+
+// A setter answers false for a value that it does not understand.
+using Setter = bool (*)(Style&, const Style& parent, std::string_view value, Viewport);
+using Inheritor = void (*)(Style&, const Style& parent);
+
+template <auto member>
+bool setPaint(Style& style, const Style&, std::string_view value, Viewport) {
+  Paint paint;
+  const Reference reference = parseReference(value);
+  paint.server = reference.id;
+  const std::string_view plain = reference.id.empty() ? value : reference.rest;
+  if (plain == "currentColor" || plain == "currentcolor") {
+    paint.currentColor = true;
+  } else if (!plain.empty() && plain != "none") {
+    paint.color = parseColor(plain);
+    if (!paint.color) return false;
+  }
+  style.*member = paint;
+  return true;
+}
+
+template <auto member>
+bool setFraction(Style& style, const Style&, std::string_view value, Viewport) {
+  const auto fraction = parseFraction(value);
+  if (fraction) style.*member = std::clamp(*fraction, 0.0, 1.0);
+  return fraction.has_value();
+}
+
+template <auto member>
+bool setLength(Style& style, const Style&, std::string_view value, Viewport viewport) {
+  const auto length = parseLength(value, viewport, Extent::diagonal);
+  if (length) style.*member = *length;
+  return length.has_value();
+}
+
+template <auto member>
+bool setColor(Style& style, const Style&, std::string_view value, Viewport) {
+  const auto color = parseColor(value);
+  if (color) style.*member = *color;
+  return color.has_value();
+}
+
+template <auto member>
+bool setRule(Style& style, const Style&, std::string_view value, Viewport) {
+  style.*member = value == "evenodd";
+  return value == "evenodd" || value == "nonzero";
+}
+
+bool setStopColor(Style& style, const Style& parent, std::string_view value, Viewport viewport) {
+  style.stopIsCurrentColor = value == "currentColor" || value == "currentcolor";
+  return style.stopIsCurrentColor || setColor<&Style::stopColor>(style, parent, value, viewport);
+}
+
+bool setFontSize(Style& style, const Style& parent, std::string_view value, Viewport viewport) {
+  if (value.ends_with('%')) {
+    style.fontSize = parent.fontSize * parseFraction(value).value_or(1);
+    return true;
+  }
+  viewport.fontSize = parent.fontSize;
+  const auto size = parseLength(value, viewport, Extent::diagonal);
+  if (size) style.fontSize = std::max(0.0, *size);
+  return true;  // sizes by name matter to text alone
+}
+
+bool setDashes(Style& style, const Style&, std::string_view value, Viewport viewport) {
+  std::vector<double> dashes;
+  Scanner scanner(value == "none" ? std::string_view() : value);
+  while (!scanner.atEnd()) {
+    const std::string_view before = scanner.rest();
+    while (!scanner.atEnd() && !isSpace(scanner.peek()) && scanner.peek() != ',') scanner.next();
+    const auto length = parseLength(before.substr(0, before.size() - scanner.rest().size()),
+                                    viewport, Extent::diagonal);
+    if (!length || *length < 0) return false;
+    dashes.push_back(*length);
+    scanner.skipSeparator();
+  }
+  const bool solid = std::ranges::all_of(dashes, [](double dash) { return dash == 0; });
+  style.dashes = solid ? std::vector<double>() : dashes;
+  return true;
+}
+
+template <auto member>
+bool setWord(Style& style, std::initializer_list<std::string_view> words, std::string_view value) {
+  if (std::ranges::find(words, value) == words.end()) return false;
+  style.*member = value;
+  return true;
+}
+
+bool setLineCap(Style& style, const Style&, std::string_view value, Viewport) {
+  return setWord<&Style::lineCap>(style, {"butt", "round", "square"}, value);
+}
+
+bool setLineJoin(Style& style, const Style&, std::string_view value, Viewport) {
+  return setWord<&Style::lineJoin>(style, {"miter", "round", "bevel"}, value);
+}
+
+bool setMiterLimit(Style& style, const Style&, std::string_view value, Viewport) {
+  const auto limit = parseFraction(value);
+  if (!limit || *limit < 1) return false;
+  style.miterLimit = *limit;
+  return true;
+}
+
+bool setClipPath(Style& style, const Style&, std::string_view value, Viewport) {
+  style.clipPath = parseReference(value).id;
+  return !style.clipPath.empty() || value == "none";
+}
+
+bool setDisplay(Style& style, const Style&, std::string_view value, Viewport) {
+  style.displayed = value != "none";
+  return true;
+}
+
+bool setVisibility(Style& style, const Style&, std::string_view value, Viewport) {
+  style.visible = value == "visible";
+  return style.visible || value == "hidden" || value == "collapse";
+}
+
+bool setOverflow(Style& style, const Style&, std::string_view value, Viewport) {
+  style.overflows = value == "visible" || value == "auto";
+  return true;
+}
+
+template <auto... members>
+void inherit(Style& style, const Style& parent) {
+  ((style.*members = parent.*members), ...);
+}
+
+struct Property {
+  std::string_view name;
+  Setter set;
+  Inheritor inheritFrom;
+};
+
+constexpr Property kProperties[] = {
+    {"fill", setPaint<&Style::fill>, inherit<&Style::fill>},
+    {"stroke", setPaint<&Style::stroke>, inherit<&Style::stroke>},
+    {"fill-opacity", setFraction<&Style::fillOpacity>, inherit<&Style::fillOpacity>},
+    {"stroke-opacity", setFraction<&Style::strokeOpacity>, inherit<&Style::strokeOpacity>},
+    {"stroke-width", setLength<&Style::strokeWidth>, inherit<&Style::strokeWidth>},
+    {"stroke-miterlimit", setMiterLimit, inherit<&Style::miterLimit>},
+    {"stroke-dasharray", setDashes, inherit<&Style::dashes>},
+    {"stroke-dashoffset", setLength<&Style::dashOffset>, inherit<&Style::dashOffset>},
+    {"stroke-linecap", setLineCap, inherit<&Style::lineCap>},
+    {"stroke-linejoin", setLineJoin, inherit<&Style::lineJoin>},
+    {"fill-rule", setRule<&Style::fillEvenOdd>, inherit<&Style::fillEvenOdd>},
+    {"clip-rule", setRule<&Style::clipEvenOdd>, inherit<&Style::clipEvenOdd>},
+    {"visibility", setVisibility, inherit<&Style::visible>},
+    {"color", setColor<&Style::color>, inherit<&Style::color>},
+    {"font-size", setFontSize, inherit<&Style::fontSize>},
+    {"opacity", setFraction<&Style::opacity>, inherit<&Style::opacity>},
+    {"display", setDisplay, inherit<&Style::displayed>},
+    {"overflow", setOverflow, inherit<&Style::overflows>},
+    {"clip-path", setClipPath, inherit<&Style::clipPath>},
+    {"stop-color", setStopColor, inherit<&Style::stopColor, &Style::stopIsCurrentColor>},
+    {"stop-opacity", setFraction<&Style::stopOpacity>, inherit<&Style::stopOpacity>},
+};
+
+// Properties that are not understood, with the values that make them do nothing.
+constexpr struct {
+  std::string_view name;
+  std::string_view idle;
+} kForeign[] = {
+    {"filter", "none"},          {"mask", "none"},
+    {"marker", "none"},          {"marker-start", "none"},
+    {"marker-mid", "none"},      {"marker-end", "none"},
+    {"vector-effect", "none"},   {"mix-blend-mode", "normal"},
+    {"paint-order", "normal"},   {"transform", "none"},
+    {"transform-origin", "0 0"}, {"d", "none"},
+};
+
+}  // namespace
+
+Style Style::inherited() const {
+  Style child = *this;
+  inherit<&Style::opacity, &Style::displayed, &Style::overflows, &Style::clipPath,
+          &Style::stopColor, &Style::stopIsCurrentColor, &Style::stopOpacity>(child, Style());
+  return child;
+}
+
+Understood setProperty(Style& style, const Style& parent, std::string_view name,
+                       std::string_view value, Viewport viewport) {
+  const auto known = std::ranges::find(kProperties, name, &Property::name);
+  if (known != std::end(kProperties)) {
+    if (value == "inherit") {
+      known->inheritFrom(style, parent);
+      return Understood::yes;
+    }
+    viewport.fontSize = style.fontSize;
+    return known->set(style, parent, value, viewport) ? Understood::yes : Understood::notTheValue;
+  }
+  for (const auto& foreign : kForeign) {
+    if (foreign.name != name) continue;
+    const bool idle = value == foreign.idle || value == "inherit";
+    return idle ? Understood::yes : Understood::notTheProperty;
+  }
+  return Understood::yes;
+}
+
+bool isProperty(std::string_view name) noexcept {
+  if (name == "transform" || name == "d") return false;
+  return std::ranges::find(kProperties, name, &Property::name) != std::end(kProperties) ||
+         std::ranges::any_of(kForeign, [&](const auto& foreign) { return foreign.name == name; });
+}
+
+}  // namespace tqdoc

@@ -1,0 +1,224 @@
+#include "Svg/SvgStyleSheet.h"
+
+#include <algorithm>
+
+namespace tqdoc {
+namespace {
+
+/// Comments become a space each; one that never ends takes the rest.
+[[nodiscard]] std::string withoutComments(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    const std::size_t begin = text.find("/*");
+    result += text.substr(0, begin);
+    if (begin == text.npos) break;
+    result += ' ';
+    const std::size_t end = text.find("*/", begin + 2);
+    text.remove_prefix(end == text.npos ? text.size() : end + 2);
+  }
+  return result;
+}
+
+/// Consumes up to the next `stop` that is not inside quotes or parentheses, and that one too.
+[[nodiscard]] std::string_view takeOuter(std::string_view& text, char stop) {
+  char quote = '\0';
+  std::size_t open = 0;
+  std::size_t i = 0;
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (quote != '\0') {
+      if (c == quote) quote = '\0';
+    } else if (c == '"' || c == '\'') {
+      quote = c;
+    } else if (c == '(') {
+      ++open;
+    } else if (c == ')' && open > 0) {
+      --open;
+    } else if (c == stop && open == 0) {
+      break;
+    }
+  }
+  const std::string_view before = text.substr(0, i);
+  text.remove_prefix(std::min(i + 1, text.size()));
+  return before;
+}
+
+template <class Visit>
+void forEachWord(std::string_view text, Visit&& visit) {
+  while (!(text = trimmed(text)).empty()) {
+    std::size_t end = 0;
+    while (end < text.size() && !isSpace(text[end])) ++end;
+    visit(text.substr(0, end));
+    text.remove_prefix(end);
+  }
+}
+
+/// Consumes an at-rule: up to its semicolon, or its block with all blocks inside.
+void skipAtRule(std::string_view& text) {
+  std::size_t open = 0;
+  std::size_t i = 0;
+  for (; i < text.size(); ++i) {
+    if (text[i] == '{') ++open;
+    if (text[i] == '}' && open > 0 && --open == 0) break;
+    if (text[i] == ';' && open == 0) break;
+  }
+  text.remove_prefix(std::min(i + 1, text.size()));
+}
+
+constexpr int kClassWeight = 1'000;
+constexpr int kIdWeight = 1'000'000;
+
+}  // namespace
+
+std::vector<Declaration> parseDeclarations(std::string_view text) {
+  std::vector<Declaration> declarations;
+  while (!text.empty()) {
+    const std::string_view one = takeOuter(text, ';');
+    const std::size_t colon = one.find(':');
+    if (colon == one.npos) continue;
+    Declaration declaration{trimmed(one.substr(0, colon)), trimmed(one.substr(colon + 1))};
+    const std::size_t mark = declaration.value.rfind('!');
+    if (mark != one.npos && trimmed(declaration.value.substr(mark + 1)) == "important") {
+      declaration.important = true;
+      declaration.value = trimmed(declaration.value.substr(0, mark));
+    }
+    declarations.push_back(declaration);
+  }
+  return declarations;
+}
+
+SvgStyleSheet::SvgStyleSheet(SvgContext& context) : context_(context) {
+  struct Sheet {
+    pugi::xml_node node;
+    std::size_t begin;
+  };
+  std::vector<Sheet> sheets;
+  for (pugi::xml_node node = context.root(); node; node = context.following(node)) {
+    if (context.nameOf(node) != "style") continue;
+    sheets.push_back({node, text_.size()});
+    std::string content;
+    for (const pugi::xml_node part : node.children()) content += part.value();
+    text_ += withoutComments(content);
+  }
+  for (std::size_t i = 0; i < sheets.size(); ++i) {
+    const std::size_t end = i + 1 < sheets.size() ? sheets[i + 1].begin : text_.size();
+    parse(std::string_view(text_).substr(sheets[i].begin, end - sheets[i].begin), sheets[i].node);
+  }
+}
+
+void SvgStyleSheet::parse(std::string_view text, pugi::xml_node where) {
+  while (!(text = trimmed(text)).empty()) {
+    if (text.starts_with('@')) {
+      Scanner scanner(text.substr(1));
+      context_.leaveOut("@" + std::string(scanner.takeName()), where);
+      skipAtRule(text);
+      continue;
+    }
+    std::string_view selectors = takeOuter(text, '{');
+    blocks_.push_back(parseDeclarations(takeOuter(text, '}')));
+    while (!selectors.empty()) {
+      addRule(trimmed(takeOuter(selectors, ',')), blocks_.size() - 1, where);
+    }
+  }
+}
+
+void SvgStyleSheet::addRule(std::string_view text, std::size_t block, pugi::xml_node where) {
+  Rule rule{{}, 0, block};
+  std::string key = "*";
+  Scanner scanner(text);
+  if (!scanner.take("*")) {
+    rule.selector.element = scanner.takeName();
+    if (!rule.selector.element.empty()) {
+      key = rule.selector.element;
+      ++rule.specificity;
+    }
+  }
+  bool understood = !text.empty();
+  while (understood && !scanner.atEnd()) {
+    const char mark = scanner.next();
+    const std::string_view name = scanner.takeName();
+    understood = !name.empty() && (mark == '.' || (mark == '#' && rule.selector.id.empty()));
+    if (mark == '.') {
+      rule.selector.classes.push_back(name);
+      rule.specificity += kClassWeight;
+      if (rule.selector.id.empty()) key = "." + std::string(name);
+    } else if (mark == '#') {
+      rule.selector.id = name;
+      rule.specificity += kIdWeight;
+      key = "#" + std::string(name);
+    }
+  }
+  if (!understood) return context_.leaveOut("selector " + std::string(text), where);
+  index_[key].push_back(rules_.size());
+  rules_.push_back(std::move(rule));
+}
+
+bool SvgStyleSheet::matches(const Selector& selector, pugi::xml_node node) const {
+  if (!selector.element.empty() && selector.element != context_.nameOf(node)) return false;
+  if (!selector.id.empty() && selector.id != attributeOf(node, "id")) return false;
+  return std::ranges::all_of(selector.classes, [&](std::string_view wanted) {
+    bool found = false;
+    forEachWord(attributeOf(node, "class"), [&](std::string_view has) { found |= has == wanted; });
+    return found;
+  });
+}
+
+std::vector<const SvgStyleSheet::Rule*> SvgStyleSheet::rulesFor(pugi::xml_node node) const {
+  std::vector<const Rule*> rules;
+  const auto addFrom = [&](const std::string& key) {
+    const auto found = index_.find(key);
+    if (found == index_.end()) return;
+    for (const std::size_t i : found->second) {
+      if (matches(rules_[i].selector, node)) rules.push_back(&rules_[i]);
+    }
+  };
+  if (index_.empty()) return rules;
+  addFrom("*");
+  addFrom(std::string(context_.nameOf(node)));
+  addFrom("#" + std::string(attributeOf(node, "id")));
+  forEachWord(attributeOf(node, "class"),
+              [&](std::string_view name) { addFrom("." + std::string(name)); });
+  // Rules lie in memory in the order in which they were written.
+  std::ranges::sort(rules, [](const Rule* a, const Rule* b) {
+    return a->specificity != b->specificity ? a->specificity < b->specificity : a < b;
+  });
+  return rules;
+}
+
+Style SvgStyleSheet::styleOf(pugi::xml_node node, const Style& parent, Viewport viewport) {
+  std::vector<Declaration> declarations;  // the later one wins
+  for (const pugi::xml_attribute attribute : node.attributes()) {
+    if (isProperty(attribute.name())) {
+      declarations.push_back({attribute.name(), trimmed(attribute.value())});
+    }
+  }
+  for (const Rule* rule : rulesFor(node)) {
+    const auto& block = blocks_[rule->block];
+    context_.charge(block.size(), node);
+    declarations.insert(declarations.end(), block.begin(), block.end());
+  }
+  const auto own = parseDeclarations(attributeOf(node, "style"));
+  declarations.insert(declarations.end(), own.begin(), own.end());
+  std::ranges::stable_partition(declarations, [](const auto& d) { return !d.important; });
+  // Lengths of other properties may be relative to the font size.
+  std::ranges::stable_partition(declarations, [](const auto& d) { return d.name == "font-size"; });
+  context_.charge(declarations.size() + SvgContext::kElementWork, node);
+
+  Style style = parent.inherited();
+  for (const Declaration& one : declarations) {
+    switch (setProperty(style, parent, one.name, one.value, viewport)) {
+      case Understood::yes:
+        break;
+      case Understood::notTheProperty:
+        context_.leaveOut(one.name, node);
+        break;
+      case Understood::notTheValue:
+        context_.leaveOut(std::string(one.name) + ": " + std::string(one.value), node);
+        break;
+    }
+  }
+  return style;
+}
+
+}  // namespace tqdoc
