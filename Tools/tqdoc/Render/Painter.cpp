@@ -129,6 +129,7 @@ void Painter::paintShape(const Shape& shape, const tq::AffineTransform& transfor
     setPen(cr_, style);
     cairo_stroke(cr_);
   }
+  cairo_new_path(cr_);  // a current path outlives cairo_restore()
 }
 
 void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {

@@ -65,11 +65,11 @@ std::optional<double> Scanner::takeNumber() noexcept {
   const auto [after, fault] = std::from_chars(begin, end, value);
   if (fault == std::errc::invalid_argument) return std::nullopt;
   if (fault == std::errc::result_out_of_range) {
-    // Too large or too small, by the sign of its exponent or, without one, by being long.
+    // Too large or too small: by the sign of its exponent or, without one, by what comes first.
     const std::string_view text(begin, static_cast<std::size_t>(after - begin));
     const std::size_t exponent = text.find_first_of("eE");
     const bool tiny = exponent != text.npos ? text.find('-', exponent) != text.npos
-                                            : text.starts_with('.') || text.starts_with("0");
+                                            : text.find_first_not_of('0') == text.find('.');
     value = tiny ? 0 : kNumberLimit;
   }
   rest_.remove_prefix(static_cast<std::size_t>(after - rest_.data()));

@@ -13,7 +13,8 @@ class PathReader {
  public:
   PathReader(std::string_view data, PathBuilder& path) : scanner_(data), path_(path) {}
 
-  /// Reads commands until the end or the first fault. @return what is left
+  /// Reads commands until the end or the first fault. @return what is left, from the faulty command
+  /// on
   std::string_view read() {
     scanner_.skipSpace();
     bool first = true;
@@ -22,7 +23,7 @@ class PathReader {
       const char letter = scanner_.next();
       if (first && letter != 'M' && letter != 'm') return here;
       first = false;
-      if (!readCommand(letter)) return scanner_.rest().empty() ? here : scanner_.rest();
+      if (!readCommand(letter)) return here;
     }
     return {};
   }

@@ -1,0 +1,157 @@
+#include "Files/RoundTrip.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cmath>
+#include <filesystem>
+#include <string>
+
+#include <support/CapturedLog.h>
+#include <support/TemporaryDirectory.h>
+
+#include "Files/FileList.h"
+#include "Model/Compare.h"
+#include "Model/Gradient.h"
+#include "Model/Numbers.h"
+#include "Render/Canvas.h"
+
+namespace tqdoc {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Drawings : public testing::Test {
+ protected:
+  static void SetUpTestSuite() { registerModel(); }
+
+  [[nodiscard]] std::string data(const char* name) const {
+    return std::string(TQDOC_TEST_DATA "/") + name;
+  }
+  tq::test::TemporaryDirectory directory_;
+};
+
+TEST_F(Drawings, SurviveTheArchiveToTheBitAndThePixel) {
+  for (const char* name : {"shapes.svg", "paint.svg", "picture.svg"}) {
+    SCOPED_TRACE(name);
+    const RoundTrip result = roundTrip(data(name));
+    EXPECT_EQ(result.trouble, "");
+    EXPECT_THAT(result.differences, testing::IsEmpty());
+    ASSERT_TRUE(result.document && result.reopened);
+    EXPECT_GT(result.document->shapeCount(), 0u);
+    EXPECT_TRUE(looksTheSame(*result.document, *result.reopened, 64));
+  }
+}
+
+TEST_F(Drawings, ThatDifferAreToldApart) {
+  const auto open = [&](const std::string& inside) {
+    directory_.write("x.svg", "<svg>" + inside + "</svg>");
+    return openDrawing(directory_.path("x.svg"), nullptr).document;
+  };
+  const auto one = open("<g id='g'><path id='p' d='M0 0h9v9' fill='red'/></g>");
+  const struct {
+    const char* inside;
+    const char* difference;
+    bool looksTheSame = false;
+  } cases[] = {
+      {"<g id='g'><path id='p' d='M0 0h9v8' fill='red'/></g>", "root/0/0 (p): the paths differ"},
+      {"<g id='g'><path id='p' d='M0 0h9v9' fill='#fe0000'/></g>",
+       "root/0/0 (p): the styles differ"},
+      {"<g id='h'><path id='p' d='M0 0h9v9' fill='red'/></g>", "root/0 (g): the names differ",
+       true},
+      {"<g id='g'/>", "root/0: the numbers of children differ"},
+      {"<path id='g' d='M0 0'/>", "root/0 (g): the kinds differ"},
+      {"<g id='g' opacity='.5'><path id='p' d='M0 0h9v9' fill='red'/></g>",
+       "root/0 (g): the opacities differ"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.inside);
+    const auto other = open(c.inside);
+    EXPECT_EQ(firstDifference(*one, *other), c.difference);
+    EXPECT_EQ(looksTheSame(*one, *other, 90), c.looksTheSame);
+  }
+  EXPECT_EQ(firstDifference(*one, *one), std::nullopt);
+}
+
+TEST_F(Drawings, DamagedArchivesAreTroubleAndNoMore) {
+  const tq::test::CapturedLog quiet;
+  const auto document = openDrawing(data("paint.svg"), nullptr).document;
+  tq::Ref<tq::Error> error;
+  ASSERT_TRUE(saveArchive(*document, directory_.path("a.tqdoc"), &error));
+  const std::string whole = directory_.read("a.tqdoc");
+  for (std::size_t i = 0; i < whole.size(); i += 7) {
+    directory_.write("cut.tqdoc", whole.substr(0, i));
+    EXPECT_NE(roundTrip(directory_.path("cut.tqdoc")).trouble, "") << i;
+    std::string bent = whole;
+    bent[i] = '9';
+    directory_.write("bent.tqdoc", bent);
+    const RoundTrip result = roundTrip(directory_.path("bent.tqdoc"));
+    if (!result.trouble.empty()) continue;
+    EXPECT_TRUE(looksTheSame(*result.document, *result.reopened, 16)) << bent;
+  }
+  for (const char* text :
+       {"1", "{}", R"({"_class":"TQDocument"})",
+        R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[3]}})",
+        R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[
+            {"_class":"TQDocShape","path":{"_class":"TQDocPath","steps":"MC","coordinates":[1,2]}}]}})"}) {
+    directory_.write("odd.tqdoc", text);
+    EXPECT_THAT(roundTrip(directory_.path("odd.tqdoc")).trouble, HasSubstr("odd.tqdoc: ")) << text;
+  }
+}
+
+TEST_F(Drawings, AreReplacedWholeOrNotAtAll) {
+  const auto document = openDrawing(data("shapes.svg"), nullptr).document;
+  tq::Ref<tq::Error> error;
+  EXPECT_FALSE(saveArchive(*document, directory_.path("no/a.tqdoc"), &error));
+  EXPECT_THAT(error->localizedDescription(), HasSubstr("no/a.tqdoc: No such file"));
+
+  directory_.write("old.tqdoc", "old");
+  const auto before = tq::setWriteHook([](int, std::span<const std::byte>) noexcept {
+    return tq::WriteResult{-1, ENOSPC};
+  });
+  EXPECT_FALSE(saveArchive(*document, directory_.path("old.tqdoc"), &error));
+  tq::setWriteHook(before);
+  EXPECT_EQ(directory_.read("old.tqdoc"), "old");
+  EXPECT_TRUE(saveArchive(*document, directory_.path("old.tqdoc"), &error));
+  EXPECT_TRUE(openDrawing(directory_.path("old.tqdoc"), nullptr).document);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_.path("")), {}), 1);
+}
+
+TEST_F(Drawings, AreListedOnce) {
+  std::filesystem::create_directory(directory_.path("d"));
+  const std::string b = directory_.write("d/b.svg", "");
+  const std::string a = directory_.write("d/a.tqdoc", "");
+  directory_.write("d/c.txt", "");
+  std::filesystem::create_symlink(a, directory_.path("d/z.svg"));
+  const FileList list = listFiles({b, directory_.path("d"), "gone.svg"});
+  EXPECT_THAT(list.files, ElementsAre(b, a, "gone.svg"));
+  EXPECT_EQ(list.repeated, 2u);
+}
+
+TEST_F(Drawings, LeaveNoTraceInWhatIsDrawnNext) {
+  const auto document = openDrawing(data("shapes.svg"), nullptr).document;
+  Canvas canvas(40, 20);
+  canvas.draw(*document, {0, 0, 20, 20});
+  const std::vector<std::uint32_t> before(canvas.pixels().begin(), canvas.pixels().end());
+  canvas.fill({20, 0, 20, 20}, {1, 0, 0});
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    ASSERT_EQ(canvas.pixels()[i], i % 40 < 20 ? before[i] : 0xffff0000u) << i;
+  }
+}
+
+TEST(Archivable, NumbersComeBackFromTheArchiveUnchanged) {
+  for (const double value : {0.1, 1.0 / 3, -2.5e-30, 1e300, 5e-324, std::nan("")}) {
+    const double kept = archivable(value);
+    EXPECT_EQ(archivable(kept), kept);
+    const auto data = tq::TQJSONEncoder::encodeObjectAsData(
+        tq::Array::arrayWithNumbers(std::vector<double>{kept}));
+    tq::Ref<tq::Error> error;
+    const auto back = tq::refCast<tq::Array>(tq::TQJSONDecoder::decodeData(*data, &error));
+    EXPECT_EQ(numbersOf(*back)->front(), kept);
+  }
+}
+
+}  // namespace
+}  // namespace tqdoc

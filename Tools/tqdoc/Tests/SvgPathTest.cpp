@@ -1,0 +1,170 @@
+#include "Svg/SvgPath.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+#include <string>
+
+namespace tqdoc {
+namespace {
+
+struct Parsed {
+  std::string text;  ///< steps and points, whole numbers as such
+  std::size_t fault;
+};
+
+[[nodiscard]] Parsed parse(std::string_view data) {
+  PathBuilder builder;
+  const std::size_t fault = parsePath(data, builder);
+  std::string text;
+  builder.take()->forEach([&](char step, const tq::Point* points) {
+    text += step;
+    for (int i = 0; i < PathData::pointsOf(step); ++i) {
+      text += tq::NumberValue(points[i].x).text() + "," + tq::NumberValue(points[i].y).text() + " ";
+    }
+  });
+  return {text, fault};
+}
+
+TEST(SvgPath, ReadsEveryCommandInBothForms) {
+  const struct {
+    const char* data;
+    const char* text;
+  } cases[] = {
+      {"", ""},
+      {"M1 2L3 4", "M1,2 L3,4 "},
+      {" M 1,2 , 3 , 4 ", "M1,2 L3,4 "},
+      {"M1 2 3 4 5 6", "M1,2 L3,4 L5,6 "},
+      {"m1 2 3 4 5 6z", "M1,2 L4,6 L9,12 Z"},
+      {"M1-2.5.5.5", "M1,-2.5 L0.5,0.5 "},
+      {"M1e1 2E-1+3+4", "M10,0.2 L3,4 "},
+      {"M1 1H5V6h-1v-2", "M1,1 L5,1 L5,6 L4,6 L4,4 "},
+      {"M1 1C1 2 3 4 5 6c1 1 2 2 3 3", "M1,1 C1,2 3,4 5,6 C6,7 7,8 8,9 "},
+      {"M0 0C0 1 2 3 4 4S7 7 8 8", "M0,0 C0,1 2,3 4,4 C6,5 7,7 8,8 "},
+      {"M1 1S7 7 8 8", "M1,1 C1,1 7,7 8,8 "},
+      {"M0 0C0 1 2 3 4 4L5 5s1 1 2 2", "M0,0 C0,1 2,3 4,4 L5,5 C5,5 6,6 7,7 "},
+      {"M0 0Q3 3 6 0", "M0,0 C2,2 4,2 6,0 "},
+      {"M0 0Q3 3 6 0T12 0", "M0,0 C2,2 4,2 6,0 C8,-2 10,-2 12,0 "},
+      {"M0 0q3 3 6 0Z", "M0,0 C2,2 4,2 6,0 Z"},
+      {"M1 1L2 2ZL3 3", "M1,1 L2,2 ZM1,1 L3,3 "},
+      {"M1 1L2 2zm1 1l1 0", "M1,1 L2,2 ZM2,2 L3,2 "},
+      {"M0 0A0 5 0 0 1 3 4", "M0,0 L3,4 "},
+      {"M2 2A5 5 0 0 1 2 2L3 3", "M2,2 L3,3 "},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.data);
+    const Parsed parsed = parse(c.data);
+    EXPECT_EQ(parsed.fault, std::string_view::npos);
+    EXPECT_EQ(parsed.text, c.text);
+  }
+}
+
+TEST(SvgPath, KeepsWhatStandsBeforeAFault) {
+  const struct {
+    const char* data;
+    const char* text;
+    std::size_t fault;
+  } cases[] = {
+      {"L1 1", "", 0},
+      {"M1 1 2", "M1,1 ", 0},
+      {"M1 1 L2 2 X 3 3", "M1,1 L2,2 ", 10},
+      {"M1 1L", "M1,1 ", 4},
+      {"M1 1L2 nan", "M1,1 ", 4},
+      {"M1 1C1 1 2 2", "M1,1 ", 4},
+      {"M1 1A1 1 0 2 0 3 3", "M1,1 ", 4},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.data);
+    const Parsed parsed = parse(c.data);
+    EXPECT_EQ(parsed.text, c.text);
+    EXPECT_EQ(parsed.fault, c.fault);
+  }
+}
+
+TEST(SvgPath, ClampsNumbersBeyondAllBounds) {
+  EXPECT_EQ(parse("M1e999-1e999 1e-999 0").text, "M1000000000000,-1000000000000 L0,0 ");
+  EXPECT_EQ(parse("M0 0" + std::string(400, '9') + " 1").text, "M0,1000000000000 ");
+}
+
+/// Largest distance of the curves from the ellipse around `centre`, as a share of the radius.
+[[nodiscard]] double strayFromEllipse(const PathData& path, tq::Point centre, tq::Size radii,
+                                      double degrees) {
+  const double phi = degrees * std::numbers::pi / 180;
+  double worst = 0;
+  tq::Point from;
+  path.forEach([&](char step, const tq::Point* p) {
+    for (int i = 0; step == 'C' && i <= 16; ++i) {
+      const double t = i / 16.0;
+      const double s = 1 - t;
+      const auto at = [&](double a, double b, double c, double d) {
+        return s * s * s * a + 3 * s * s * t * b + 3 * s * t * t * c + t * t * t * d;
+      };
+      const double x = at(from.x, p[0].x, p[1].x, p[2].x) - centre.x;
+      const double y = at(from.y, p[0].y, p[1].y, p[2].y) - centre.y;
+      const double u = (std::cos(phi) * x + std::sin(phi) * y) / radii.width;
+      const double v = (-std::sin(phi) * x + std::cos(phi) * y) / radii.height;
+      worst = std::max(worst, std::abs(std::hypot(u, v) - 1));
+    }
+    if (const int count = PathData::pointsOf(step); count > 0) from = p[count - 1];
+  });
+  return worst;
+}
+
+TEST(SvgPath, ArcsFollowTheirEllipse) {
+  const struct {
+    const char* data;
+    tq::Point centre;
+    tq::Size radii;
+    double degrees;
+    int cubics;
+  } cases[] = {
+      {"M10 0A10 10 0 0 1 0 10", {0, 0}, {10, 10}, 0, 1},
+      {"M10 0A10 10 0 1 0 0 10", {0, 0}, {10, 10}, 0, 3},
+      {"M10 0A10 10 0 0 0 0 10", {10, 10}, {10, 10}, 0, 1},
+      {"M10 0A10 10 0 1 1 0 10", {10, 10}, {10, 10}, 0, 3},
+      {"M0 0A1 1 0 0 1 10 0", {5, 0}, {5, 5}, 0, 2},      // radii too short
+      {"M-20 0A20-5 0 0 1 20 0", {0, 0}, {20, 5}, 0, 2},  // a negative radius
+      {"M0-20A20 5 90 1 1 0 20", {0, 0}, {20, 5}, 90, 2},
+      {"M10 0A10 10 0 0110 0a10 10 0 00-10 10", {0, 10}, {10, 10}, 0, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.data);
+    PathBuilder builder;
+    EXPECT_EQ(parsePath(c.data, builder), std::string_view::npos);
+    const auto path = builder.take();
+    if (c.cubics == 0) continue;  // flags that touch their neighbours are read, that is all
+    EXPECT_EQ(std::ranges::count(path->steps(), 'C'), c.cubics);
+    EXPECT_LT(strayFromEllipse(*path, c.centre, c.radii, c.degrees), 3e-4);
+  }
+}
+
+TEST(PathData, BoundsAreThoseOfTheCurve) {
+  const struct {
+    const char* data;
+    tq::AffineTransform transform;
+    tq::Rect bounds;
+  } cases[] = {
+      {"", {}, tq::RectNull},
+      {"M3 4", {}, {3, 4, 0, 0}},
+      {"M0 0C0 4 4 4 4 0", {}, {0, 0, 4, 3}},
+      {"M0 0Q2 4 4 0", {2, 0, 0, -1, 1, 0}, {1, -2, 8, 2}},
+      {"M0 0C9-6-7-6 2 0", {}, {-0.852026, -4.5, 3.704052, 4.5}},  // x from a million samples
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.data);
+    PathBuilder builder;
+    parsePath(c.data, builder);
+    const tq::Rect bounds = builder.take()->tightBounds(c.transform);
+    EXPECT_EQ(tq::RectIsNull(bounds), tq::RectIsNull(c.bounds));
+    if (tq::RectIsNull(c.bounds)) continue;
+    EXPECT_NEAR(bounds.origin.x, c.bounds.origin.x, 1e-3);
+    EXPECT_NEAR(bounds.origin.y, c.bounds.origin.y, 1e-3);
+    EXPECT_NEAR(bounds.size.width, c.bounds.size.width, 1e-3);
+    EXPECT_NEAR(bounds.size.height, c.bounds.size.height, 1e-3);
+  }
+}
+
+}  // namespace
+}  // namespace tqdoc

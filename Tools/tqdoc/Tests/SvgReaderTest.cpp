@@ -1,0 +1,239 @@
+#include "Svg/SvgReader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "Model/Gradient.h"
+
+namespace tqdoc {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Outcome {
+  SvgDrawing drawing;
+  std::string error;
+
+  [[nodiscard]] const Group& root() const { return drawing.document->root(); }
+  [[nodiscard]] std::size_t leftOut(std::string_view feature) const {
+    const auto found = drawing.leftOut.find(feature);
+    return found != drawing.leftOut.end() ? found->second.count : 0;
+  }
+};
+
+[[nodiscard]] Outcome readFile(std::string_view text) {
+  tq::Ref<tq::Error> error;
+  Outcome outcome;
+  outcome.drawing = readSvg(std::as_bytes(std::span(text)), "a.svg", &error);
+  if (error) outcome.error = error->localizedDescription();
+  EXPECT_EQ(outcome.error.empty(), static_cast<bool>(outcome.drawing.document));
+  return outcome;
+}
+
+[[nodiscard]] Outcome read(const std::string& inside, const std::string& attributes = "") {
+  return readFile("<svg xmlns:xlink='x' width='40' height='20' " + attributes + ">" + inside +
+                  "</svg>");
+}
+
+void expectRect(const tq::Rect& actual, const tq::Rect& expected) {
+  EXPECT_NEAR(actual.origin.x, expected.origin.x, 1e-9);
+  EXPECT_NEAR(actual.origin.y, expected.origin.y, 1e-9);
+  EXPECT_NEAR(actual.size.width, expected.size.width, 1e-9);
+  EXPECT_NEAR(actual.size.height, expected.size.height, 1e-9);
+}
+
+TEST(SvgReader, PlacesEveryElement) {
+  const struct {
+    const char* inside;
+    tq::Rect bounds;
+  } cases[] = {
+      {"<rect x='1' y='2' width='3' height='4'/>", {1, 2, 3, 4}},
+      {"<rect width='50%' height='50%' rx='3'/>", {0, 0, 20, 10}},
+      {"<circle cx='5' cy='6' r='2'/>", {3, 4, 4, 4}},
+      {"<ellipse cx='5' cy='6' rx='2' ry='1'/>", {3, 5, 4, 2}},
+      {"<line x1='1' y1='2' x2='4' y2='1'/>", {1, 1, 3, 1}},
+      {"<polygon points='1,1 2,1 2,5'/>", {1, 1, 1, 4}},
+      {"<g transform='translate(10)'><path transform='scale(2)' d='M1 1h2v1'/></g>", {12, 2, 4, 2}},
+      {"<defs><path id='p' d='M0 0h1v1'/></defs><use xlink:href='#p' x='3' y='4'/>", {3, 4, 1, 1}},
+      {"<symbol id='s' viewBox='0 0 10 10'><path d='M0 0h10v10'/></symbol>"
+       "<use href='#s' x='1' width='20' height='20'/>",
+       {1, 0, 20, 20}},
+      {"<svg x='2' y='2' width='10' height='10' viewBox='5 5 5 5'><path d='M5 5h5v5'/></svg>",
+       {2, 2, 10, 10}},
+      {"<path d='M0 0h1v1'/><path display='none' d='M0 0h9v9'/>"
+       "<g visibility='hidden'><path d='M0 0h9v9'/><path visibility='visible' d='M0 0h2v2'/></g>",
+       {0, 0, 2, 2}},
+      {"<image width='3' height='2' href='data:image/png;base64,AA ==\n'/>", {0, 0, 3, 2}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.inside);
+    const Outcome outcome = read(c.inside);
+    ASSERT_EQ(outcome.error, "");
+    expectRect(tightBounds(outcome.root()), c.bounds);
+    EXPECT_TRUE(outcome.drawing.leftOut.empty());
+  }
+}
+
+TEST(SvgReader, KnowsThePage) {
+  const struct {
+    const char* root;
+    tq::Size size;
+    tq::Rect viewBox;
+  } cases[] = {
+      {"<svg/>", {300, 150}, {0, 0, 300, 150}},
+      {"<svg width='1in' height='2in'/>", {96, 192}, {0, 0, 96, 192}},
+      {"<svg viewBox='1 2 30 40'/>", {30, 40}, {1, 2, 30, 40}},
+      {"<svg viewBox='1,2,30,40' width='60'/>", {60, 40}, {1, 2, 30, 40}},
+      {"<svg viewBox='0 0 -1 5' width='-1'/>", {300, 150}, {0, 0, 300, 150}},
+      {"<s:svg xmlns:s='x' width='9' height='8'><s:path d='M0 0'/></s:svg>", {9, 8}, {0, 0, 9, 8}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.root);
+    const Outcome outcome = readFile(c.root);
+    ASSERT_EQ(outcome.error, "");
+    EXPECT_EQ(outcome.drawing.document->page().size, c.size);
+    expectRect(outcome.drawing.document->page().viewBox, c.viewBox);
+  }
+}
+
+[[nodiscard]] const Shape& onlyShape(const Outcome& outcome) {
+  const Node& last = outcome.root().child(outcome.root().count() - 1);
+  return dynamic_cast<const Shape&>(last);
+}
+
+TEST(SvgReader, ResolvesGradientsToTheShapesCoordinates) {
+  const Outcome outcome = read(
+      "<linearGradient id='a'><stop offset='20%' stop-color='red'/>"
+      "<stop offset='.1' style='stop-opacity:.5'/></linearGradient>"
+      "<linearGradient id='b' xlink:href='#a' gradientTransform='translate(1)' x2='50%'/>"
+      "<rect x='10' y='10' width='20' height='10' fill='url(#b)' fill-opacity='.5'/>");
+  const Shape& shape = onlyShape(outcome);
+  const auto* gradient = tq::objectCast<Gradient>(shape.style().objectForKey("fill"));
+  ASSERT_TRUE(gradient);
+  EXPECT_EQ(gradient->geometry().end, (tq::Point{0.5, 0}));
+  EXPECT_EQ(gradient->geometry().transform, (tq::AffineTransform{20, 0, 0, 10, 30, 10}));
+  ASSERT_EQ(gradient->stops().size(), 2u);
+  EXPECT_EQ(gradient->stops()[0], (GradientStop{0.2, 1, 0, 0, 1}));
+  EXPECT_EQ(gradient->stops()[1], (GradientStop{0.2, 0, 0, 0, 0.5}));  // offsets never descend
+}
+
+TEST(SvgReader, FindsPaintForEveryFill) {
+  const std::string stops = "<stop stop-color='red'/><stop offset='1' stop-color='blue'/>";
+  const struct {
+    const char* name;
+    std::string defs;
+    const char* fill;
+    const char* paint;  ///< the style's "fill"; empty for none
+  } cases[] = {
+      {"none", "", "none", ""},
+      {"current colour", "", "currentColor", "#00ff00"},
+      {"one stop", "<linearGradient id='g'><stop stop-color='red'/></linearGradient>", "url(#g)",
+       "#ff0000"},
+      {"no stops", "<linearGradient id='g'/>", "url(#g)", ""},
+      {"no extent", "<radialGradient id='g' r='0'>" + stops + "</radialGradient>", "url(#g)",
+       "#0000ff"},
+      {"pattern", "<pattern id='g'/>", "url(#g) red", "#ff0000"},
+      {"missing", "", "url('#g')", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Outcome outcome =
+        read(c.defs + "<path color='lime' fill=\"" + c.fill + "\" d='M0 0h1v1'/>");
+    const tq::Object* paint = onlyShape(outcome).style().objectForKey("fill");
+    EXPECT_EQ(paint != nullptr ? paint->description() : "", c.paint);
+  }
+}
+
+TEST(SvgReader, CountsWhatItLeavesOut) {
+  const Outcome outcome = read(
+      "<text>a</text><text>b</text><path d='M0 0h1' filter='url(#f)' style='marker-end:url(#m)'/>"
+      "<path d='M0 0h1 junk'/><foo:bar/><title>t</title><image href='a.png'/><use href='#no'/>"
+      "<pattern id='p'/><path d='M0 0h1' stroke='url(#p)' transform='turn(3)'/>"
+      "<image width='1' height='1' href='data:image/jpeg;base64,AAAA'/>");
+  ASSERT_EQ(outcome.error, "");
+  for (const char* feature :
+       {"filter", "marker-end", "unreadable d of path", "image outside the file",
+        "use that leads nowhere", "paint by pattern", "unreadable transform of path",
+        "drawing of image/jpeg"}) {
+    EXPECT_EQ(outcome.leftOut(feature), 1u) << feature;
+  }
+  EXPECT_EQ(outcome.leftOut("<text>"), 2u);
+  EXPECT_EQ(outcome.drawing.leftOut.size(), 9u);
+  EXPECT_EQ(outcome.drawing.document->unsupported().count(), 9u);
+  EXPECT_EQ(outcome.drawing.document->title(), "t");
+}
+
+[[nodiscard]] std::string repeated(const std::string& text, int count) {
+  std::string result;
+  for (int i = 0; i < count; ++i) result += text;
+  return result;
+}
+
+TEST(SvgReader, ClipsWithWhatAClipPathHolds) {
+  const Outcome outcome = read(
+      "<clipPath id='c' clipPathUnits='objectBoundingBox'><rect width='.5' height='1' "
+      "clip-rule='evenodd' fill='red'/></clipPath>"
+      "<rect x='10' width='8' height='4' clip-path='url(#c)'/>");
+  const auto& clip = onlyShape(outcome).traits().clip;
+  ASSERT_TRUE(clip);
+  expectRect(tightBounds(*clip), {10, 0, 4, 4});
+  const auto& cut = dynamic_cast<const Shape&>(dynamic_cast<const Group&>(*clip).child(0));
+  EXPECT_TRUE(cut.style().objectForKey("evenOdd"));
+  EXPECT_FALSE(cut.style().objectForKey("fill"));
+}
+
+TEST(SvgReaderFault, RefusesHostileDrawingsWithTheirPlace) {
+  // Ten levels of ten references each: ten thousand million copies of a path.
+  std::string bomb = "<path id='l0' d='M0 0h1'/>";
+  for (int i = 1; i <= 10; ++i) {
+    bomb += "<g id='l" + std::to_string(i) + "'>" +
+            repeated("<use href='#l" + std::to_string(i - 1) + "'/>", 10) + "</g>";
+  }
+  const struct {
+    const char* name;
+    std::string text;
+    const char* start;
+    const char* reason;
+  } cases[] = {
+      {"empty", "", "a.svg:1:1: ", ""},
+      {"no XML", "hello", "a.svg:1:", ""},
+      {"truncated", "<svg>\n<g><path d='M0", "a.svg:2:", ""},
+      {"NUL bytes", std::string("<svg>\0\0</svg", 12), "a.svg:", ""},
+      {"another root", "<?xml version='1.0'?>\n<html/>", "a.svg:2:2: ", "<html>"},
+      {"compressed", "\x1f\x8b\x08", "a.svg:1:1: ", "compressed"},
+      {"deep", "<svg>" + repeated("<g>", 100'000) + repeated("</g>", 100'000) + "</svg>",
+       "a.svg:1:", "100 deep"},
+      {"use of its parent", "<svg>\n<g id='a'>\n<use href='#a'/></g></svg>", "a.svg:3:2: ", "#a"},
+      {"use of itself", "<svg><use id='a' href='#a'/></svg>", "a.svg:1:", "#a"},
+      {"circle of two", "<svg><g id='a'><use href='#b'/></g><g id='b'><use href='#a'/></g></svg>",
+       "a.svg:1:", "leads back"},
+      {"clip by itself",
+       "<svg><clipPath id='c'><path d='M0 0' clip-path='url(#c)'/></clipPath>"
+       "<path d='M0 0' clip-path='url(#c)'/></svg>",
+       "a.svg:1:", "#c"},
+      {"bomb", "<svg>" + bomb + "</svg>", "a.svg:1:", "too large"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Outcome outcome = readFile(c.text);
+    EXPECT_THAT(outcome.error, StartsWith(c.start));
+    EXPECT_THAT(outcome.error, HasSubstr(c.reason));
+  }
+}
+
+TEST(SvgReaderFault, SurvivesEveryTruncation) {
+  const std::string whole =
+      "<svg viewBox='0 0 9 9'><style>.a{fill:url(#g)}</style><linearGradient id='g' href='#h'/>"
+      "<linearGradient id='h' href='#g'><stop offset='1' stop-color='#fff'/></linearGradient>"
+      "<path class='a' d='M1 1c1 1 2 2 3 3a1 2 3 0 1 4 4z' transform='rotate(1e999)'/></svg>";
+  EXPECT_EQ(readFile(whole).leftOut("gradient that refers to itself"), 1u);
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    EXPECT_THAT(readFile(whole.substr(0, length)).error, StartsWith("a.svg:1:"));
+  }
+}
+
+}  // namespace
+}  // namespace tqdoc

@@ -1,0 +1,168 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <optional>
+
+#include "Svg/Scanner.h"
+#include "Svg/SvgColor.h"
+#include "Svg/SvgStyle.h"
+#include "Svg/SvgStyleSheet.h"
+#include "Svg/SvgTransform.h"
+
+namespace tqdoc {
+namespace {
+
+TEST(SvgLength, KnowsUnitsAndPercentages) {
+  const Viewport viewport{200, 100, 10};
+  const struct {
+    const char* text;
+    Extent extent;
+    std::optional<double> pixels;
+  } cases[] = {
+      {"12", Extent::diagonal, 12},       {" 12px ", Extent::diagonal, 12},
+      {"1in", Extent::diagonal, 96},      {"72pt", Extent::diagonal, 96},
+      {"2.54cm", Extent::diagonal, 96},   {"25.4mm", Extent::diagonal, 96},
+      {"6pc", Extent::diagonal, 96},      {"2em", Extent::diagonal, 20},
+      {"2ex", Extent::diagonal, 10},      {"50%", Extent::horizontal, 100},
+      {"50%", Extent::vertical, 50},      {"100%", Extent::diagonal, std::sqrt(25000.0)},
+      {"-1e1", Extent::diagonal, -10},    {"1 px", Extent::diagonal, {}},
+      {"", Extent::diagonal, {}},         {"inf", Extent::diagonal, {}},
+      {"1furlong", Extent::diagonal, {}}, {"0x10", Extent::diagonal, {}},
+      {"1e400", Extent::diagonal, 1e12},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const auto pixels = parseLength(c.text, viewport, c.extent);
+    ASSERT_EQ(pixels.has_value(), c.pixels.has_value());
+    EXPECT_NEAR(pixels.value_or(0), c.pixels.value_or(0), 1e-9);
+  }
+}
+
+TEST(SvgTransform, CombinesListsFromTheLeft) {
+  const struct {
+    const char* text;
+    tq::Point seenFrom12;  // where the point (1, 2) goes
+  } cases[] = {
+      {"", {1, 2}},
+      {"matrix(1 2 3 4 5 6)", {12, 16}},
+      {"translate(10)", {11, 2}},
+      {"translate(10,20) scale(2)", {12, 24}},
+      {"scale(2 3),translate(1 1)", {4, 9}},
+      {"rotate(90)", {-2, 1}},
+      {" rotate( 90 , 1 , 1 ) ", {0, 1}},
+      {"skewX(45)", {3, 2}},
+      {"skewY(45)", {1, 3}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const auto transform = parseTransform(c.text);
+    ASSERT_TRUE(transform);
+    const tq::Point seen = tq::PointApplyAffineTransform({1, 2}, *transform);
+    EXPECT_NEAR(seen.x, c.seenFrom12.x, 1e-12);
+    EXPECT_NEAR(seen.y, c.seenFrom12.y, 1e-12);
+  }
+  for (const char* text : {"rotate", "rotate(", "scale()", "scale(1 2 3)", "matrix(1 2 3)",
+                           "translate(a)", "turn(3)", "scale(1) x"}) {
+    EXPECT_FALSE(parseTransform(text)) << text;
+  }
+}
+
+TEST(SvgColor, ReadsAllForms) {
+  const struct {
+    const char* text;
+    const char* hex;
+    double alpha;
+  } cases[] = {
+      {"#fA0", "#ffaa00", 1},
+      {"#12345678", "#123456", 0x78 / 255.0},
+      {"#f008", "#ff0000", 0x88 / 255.0},
+      {" tomato ", "#ff6347", 1},
+      {"YellowGreen", "#9acd32", 1},
+      {"aliceblue", "#f0f8ff", 1},
+      {"rgb(255, 0,128)", "#ff0080", 1},
+      {"rgb(100%,50%,0%)", "#ff8000", 1},
+      {"rgba(1 2 3 / 50%)", "#010203", 0.5},
+      {"rgb(999,-5,0)", "#ff0000", 1},
+      {"transparent", "#000000", 0},
+      {"#fff icc-color(x, 1)", "#ffffff", 1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text);
+    const auto color = parseColor(c.text);
+    ASSERT_TRUE(color);
+    EXPECT_EQ(colorText(*color), c.hex);
+    EXPECT_DOUBLE_EQ(color->alpha, c.alpha);
+  }
+  for (const char* text : {"", "#", "#12345", "#ggg", "#-12", "nocolor", "rgb(1,2)", "rgb(1,2,3"}) {
+    EXPECT_FALSE(parseColor(text)) << text;
+  }
+}
+
+TEST(SvgStyle, SplitsDeclarationsOutsideOfQuotesAndParentheses) {
+  const auto declarations =
+      parseDeclarations(" fill : url(a;b) ;; font: 'x;y' ; broken; color:red ! important");
+  ASSERT_EQ(declarations.size(), 3u);
+  EXPECT_EQ(declarations[0].value, "url(a;b)");
+  EXPECT_EQ(declarations[1].value, "'x;y'");
+  EXPECT_EQ(declarations[2].value, "red");
+  EXPECT_TRUE(declarations[2].important);
+}
+
+TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
+  const struct {
+    const char* name;
+    const char* sheet;
+    const char* element;
+    const char* fill;
+  } cases[] = {
+      {"nothing", "", "<path/>", "#000000"},
+      {"attribute", "", "<path fill='red'/>", "#ff0000"},
+      {"rule over attribute", "path{fill:blue}", "<path fill='red'/>", "#0000ff"},
+      {"style over rule", "#x{fill:blue}", "<path id='x' style='fill:lime'/>", "#00ff00"},
+      {"important rule over style", "path{fill:blue!important}", "<path style='fill:lime'/>",
+       "#0000ff"},
+      {"class over element, in any order", ".c{fill:red}path{fill:blue}", "<path class='b c'/>",
+       "#ff0000"},
+      {"id over class", "#x{fill:red}.c{fill:blue}", "<path id='x' class='c'/>", "#ff0000"},
+      {"the later of equals", ".a{fill:red}.b{fill:blue}", "<path class='b a'/>", "#0000ff"},
+      {"list, compound, comment", "g,/* , */path.c#x{fill:red}", "<path id='x' class='c'/>",
+       "#ff0000"},
+      {"compound that does not match", "path.c#y{fill:red}", "<path id='x' class='c'/>", "#000000"},
+      {"any", "*{fill:red}", "<path/>", "#ff0000"},
+      {"at-rule passed over", "@media x{path{fill:red}}@import y;*{fill:blue}", "<path/>",
+       "#0000ff"},
+      {"a value that is not understood", "", "<path fill='red' style='fill:nonsense'/>", "#ff0000"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string text =
+        "<svg><style>" + std::string(c.sheet) + "</style>" + c.element + "</svg>";
+    pugi::xml_document xml;
+    ASSERT_TRUE(xml.load_string(text.c_str()));
+    SvgContext context(xml, text.size());
+    SvgStyleSheet sheet(context);
+    const Style style = sheet.styleOf(context.root().last_child(), Style(), {});
+    ASSERT_TRUE(style.fill.color);
+    EXPECT_EQ(colorText(*style.fill.color), c.fill);
+  }
+}
+
+TEST(SvgStyle, InheritsWhatIsInherited) {
+  Style parent;
+  ASSERT_EQ(setProperty(parent, Style(), "stroke", "url(#g) red", {}), Understood::yes);
+  ASSERT_EQ(setProperty(parent, Style(), "stroke-dasharray", "1, 2 3px", {}), Understood::yes);
+  ASSERT_EQ(setProperty(parent, Style(), "opacity", "50%", {}), Understood::yes);
+  Style child = parent.inherited();
+  EXPECT_EQ(child.stroke.server, "g");
+  EXPECT_EQ(child.dashes, (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(child.opacity, 1);
+  EXPECT_EQ(setProperty(child, parent, "opacity", "inherit", {}), Understood::yes);
+  EXPECT_EQ(child.opacity, 0.5);
+  EXPECT_EQ(setProperty(child, parent, "stroke-dasharray", "1,-2", {}), Understood::notTheValue);
+  EXPECT_EQ(setProperty(child, parent, "filter", "none", {}), Understood::yes);
+  EXPECT_EQ(setProperty(child, parent, "filter", "url(#f)", {}), Understood::notTheProperty);
+  EXPECT_EQ(setProperty(child, parent, "font-family", "Any", {}), Understood::yes);
+}
+
+}  // namespace
+}  // namespace tqdoc
