@@ -12,3 +12,4 @@ tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedUnarchiverTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
+include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)

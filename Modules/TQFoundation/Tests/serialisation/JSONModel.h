@@ -1,0 +1,89 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <TQFoundation/TQFoundation.h>
+
+namespace tq::test {
+
+inline Ref<String> str(std::string_view text) { return String::of(text); }
+inline Ref<Number> num(NumberValue value) { return Number::numberWith(value); }
+inline Ref<String> illFormed(std::u16string_view text = u"a\xD800z") {
+  return String::stringWithUTF16(text);
+}
+inline Ref<Data> data(std::string_view bytes) { return Data::dataWithBytes(bytes); }
+
+/// A structured object whose members a test writes and reads by functions of its own.
+class Scripted : public Subclass<Scripted> {
+ public:
+  static constexpr std::string_view className = "Scripted";
+  using Encode = std::function<void(TQJSONEncoder&)>;
+  using Decode = std::function<void(TQJSONDecoder&)>;
+
+  explicit Scripted(Encode encode) : encode_(std::move(encode)) {}
+  explicit Scripted(TQJSONDecoder& decoder) { onDecode()(decoder); }
+  void encodeAsJSON(TQJSONEncoder& encoder) const { encode_(encoder); }
+
+  static Decode& onDecode() {
+    static Decode decode;
+    return decode;
+  }
+
+ private:
+  Encode encode_;
+};
+
+/// An object without any archive form.
+class Opaque final : public Subclass<Opaque> {
+ public:
+  static constexpr std::string_view className = "Opaque";
+};
+
+/// A sink that lends no window: every fragment comes through writeData().
+class TextSink final : public Subclass<TextSink, TQJSONEncoder> {
+ public:
+  static constexpr std::string_view className = "TextSink";
+  void writeData(const void* bytes, std::size_t length) override {
+    text.append(static_cast<const char*>(bytes), length);
+  }
+  std::string text;
+};
+
+/// What is written for `object`, by a sink with and by one without a window.
+inline std::string archiveOf(LentObject object, Ref<Error>* error = nullptr) {
+  const Ref<TextSink> sink = makeRef<TextSink>();
+  const bool succeeded = sink->encodeRootObject(object, error);
+  const Ref<Data> data = TQJSONEncoder::encodeObjectAsData(object);
+  EXPECT_EQ(succeeded, bool(data));
+  EXPECT_EQ(succeeded, !sink->error());
+  EXPECT_TRUE(!data || data->view() == sink->text);
+  return sink->text;
+}
+
+/// The members that `encode` writes, without the class record.
+inline std::string membersOf(Scripted::Encode encode, Ref<Error>* error = nullptr) {
+  std::string text = archiveOf(makeRef<Scripted>(std::move(encode)), error);
+  constexpr std::string_view kStart = "{\"_class\":\"Scripted\"";
+  EXPECT_TRUE(text.starts_with(kStart) && text.ends_with('}')) << text;
+  return text.substr(kStart.size(), text.size() - kStart.size() - 1);
+}
+
+inline Ref<Object> decoded(std::string_view text, Ref<Error>* error = nullptr) {
+  Ref<Error> unasked;
+  return TQJSONDecoder::decodeData(*data(text), error != nullptr ? error : &unasked);
+}
+
+inline void expectError(const Ref<Error>& error, std::string_view domain, std::int64_t code,
+                        std::string_view text) {
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->domain(), domain);
+  EXPECT_EQ(error->code(), code);
+  EXPECT_EQ(error->localizedDescription(), text);
+}
+
+}  // namespace tq::test

@@ -1,0 +1,9 @@
+tq_add_room_tests(TQSerialisation
+  ${CMAKE_CURRENT_LIST_DIR}/JSONRoundTripTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQJSONCodingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQJSONDecoderTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQJSONEncoderTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQJSONFileEncoderTest.cpp)
+# An executable of its own, for it replaces the allocation functions.
+tq_add_room_tests(TQSerialisationFault
+  ${CMAKE_CURRENT_LIST_DIR}/JSONFaultTest.cpp)
