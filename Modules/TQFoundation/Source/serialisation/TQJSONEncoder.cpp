@@ -42,7 +42,7 @@ class Level {
 };
 
 char* copyText(char* to, std::string_view text) noexcept {
-  std::memcpy(to, text.data(), text.size());
+  std::char_traits<char>::copy(to, text.data(), text.size());
   return to + text.size();
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include <TQFoundation/base/Point.h>
@@ -122,7 +123,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   /// These very characters.
   void write(std::string_view text) {
     if (static_cast<std::size_t>(windowEnd_ - cursor_) >= text.size()) {
-      std::memcpy(cursor_, text.data(), text.size());
+      std::char_traits<char>::copy(cursor_, text.data(), text.size());  // takes null for nothing
       cursor_ += text.size();
     } else {
       writeData(text.data(), text.size());

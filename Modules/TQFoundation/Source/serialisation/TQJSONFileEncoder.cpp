@@ -3,8 +3,8 @@
 #include <cxxabi.h>
 
 #include <algorithm>
-#include <cstring>
 #include <new>
+#include <string>
 #include <utility>
 
 namespace tq {
@@ -29,7 +29,7 @@ void TQJSONFileEncoder::writeData(const void* bytes, std::size_t length) {
   for (;;) {
     const auto room = static_cast<std::size_t>(windowEnd() - windowCursor());
     const std::size_t fitting = std::min(length, room);
-    std::memcpy(windowCursor(), from, fitting);
+    std::char_traits<char>::copy(windowCursor(), from, fitting);  // takes null for nothing
     lendWindow(windowCursor() + fitting, windowEnd());
     if (fitting == length) return;  // a buffer that is just full waits for the next byte
     writeOut(kBufferSize);
