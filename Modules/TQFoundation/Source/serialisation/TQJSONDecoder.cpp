@@ -123,6 +123,21 @@ struct TQJSONDecoder::Walk {
     std::size_t firstMember_;
   };
 
+  /// What is decoded for one container, on a stack that all share; forgotten however that ends.
+  class Gathered {
+   public:
+    explicit Gathered(Walk& walk) : stack_(walk.gathered), first_(stack_.size()) {}
+    ~Gathered() { stack_.resize(first_); }
+    Gathered(const Gathered&) = delete;
+    Gathered& operator=(const Gathered&) = delete;
+    void add(Ref<Object> object) { stack_.push_back(std::move(object)); }
+    [[nodiscard]] std::span<Ref<Object>> all() { return std::span(stack_).subspan(first_); }
+
+   private:
+    std::vector<Ref<Object>>& stack_;
+    std::size_t first_;
+  };
+
   [[nodiscard]] Member memberAt(const Frame& frame, std::size_t index) const {
     const void* place = members[frame.firstMember + index];
     if (frame.node) return {frame.node->place(static_cast<const std::uint64_t*>(place)), nullptr};
@@ -148,11 +163,11 @@ struct TQJSONDecoder::Walk {
     }
     if (node.kind() != JSONNode::Kind::array) return JSONObjectBuilder::scalarOf(node);
     if (Ref<Array> numbers = JSONObjectBuilder::numbersOf(node)) return numbers;
-    const std::size_t firstValue = values.size();
+    Gathered elements(*this);
     for (JSONNode element = node.first(); !(element == node.end()); element = element.next()) {
-      keep(decode(element));
+      if (Ref<Object> object = decode(element)) elements.add(std::move(object));
     }
-    return takeArray(firstValue);
+    return JSONObjectBuilder::arrayOf(elements.all());
   }
 
   [[nodiscard]] Ref<Object> decode(const Object& parsed) {
@@ -177,25 +192,23 @@ struct TQJSONDecoder::Walk {
     const Level level(*this);
     if (level.isTooDeep()) return nullptr;
     if (parsed.isPacked()) return Ref<Array>(const_cast<Array*>(&parsed));
-    const std::size_t firstValue = values.size();
-    for (const Object& element : parsed) keep(decode(element));
-    return takeArray(firstValue);
+    Gathered elements(*this);
+    for (const Object& element : parsed) {
+      if (Ref<Object> object = decode(element)) elements.add(std::move(object));
+    }
+    return JSONObjectBuilder::arrayOf(elements.all());
   }
 
   /// Every member of the current object, decoded. Of equal keys the first.
   [[nodiscard]] Ref<Dictionary> decodeMembers() {
     const std::size_t frameIndex = frames.size() - 1;
     const Ref<JSONShape> shape = frames[frameIndex].shape;
-    const std::size_t firstValue = values.size();
     const std::size_t count = shape->distinctKeys()->count();
+    Gathered values(*this);
     for (std::size_t i = 0; i < count; ++i) {
-      Ref<Object> object = decode(memberAt(frames[frameIndex], shape->memberOfDistinctKey(i)));
-      values.push_back(std::move(object));
+      values.add(decode(memberAt(frames[frameIndex], shape->memberOfDistinctKey(i))));
     }
-    Ref<Dictionary> dictionary =
-        JSONObjectBuilder::dictionaryOf(*shape, std::span(values).subspan(firstValue));
-    values.resize(firstValue);
-    return dictionary;
+    return JSONObjectBuilder::dictionaryOf(*shape, values.all());
   }
 
   TQJSONDecoder& decoder;
@@ -204,7 +217,7 @@ struct TQJSONDecoder::Walk {
   JSONObjectBuilder builder;
   std::vector<Frame> frames;
   std::vector<const void*> members;
-  std::vector<Ref<Object>> values;  // decoded, waiting for their container
+  std::vector<Ref<Object>> gathered;  // decoded, waiting for their container
   std::vector<std::pair<std::string, const Class*>> namedClasses;  // looked up before
   std::size_t depth = 0;
 
@@ -229,16 +242,6 @@ struct TQJSONDecoder::Walk {
    private:
     Walk& walk_;
   };
-
-  void keep(Ref<Object> element) {
-    if (element) values.push_back(std::move(element));
-  }
-
-  [[nodiscard]] Ref<Array> takeArray(std::size_t firstValue) {
-    Ref<Array> array = JSONObjectBuilder::arrayOf(std::span(values).subspan(firstValue));
-    values.resize(firstValue);
-    return array;
-  }
 
   /// The reserved keys are asked for in this order; the first present decides.
   [[nodiscard]] Ref<Object> decodeEntered() {
