@@ -90,7 +90,7 @@ Ref<JSONShape> JSONShapes::shapeOf(std::span<const std::string_view> keys) {
 Ref<String> JSONShapes::keyOf(std::string_view text) {
   const auto found = keys_.find(text);
   if (found != keys_.end()) return found->second;
-  Ref<String> key = String::stringWithUTF8(text);
+  Ref<String> key = String::stringWithGeneralisedUTF8(text);  // parsed trees may hold any
   if (keys_.size() < kMostKeys) keys_.emplace(key->view(), key);
   return key;
 }

@@ -202,6 +202,7 @@ struct TQJSONDecoder::Walk {
   /// Every member of the current object, decoded. Of equal keys the first.
   [[nodiscard]] Ref<Dictionary> decodeMembers() {
     const std::size_t frameIndex = frames.size() - 1;
+    if (frames[frameIndex].parsed != nullptr) return decodeMembersOf(*frames[frameIndex].parsed);
     const Ref<JSONShape> shape = frames[frameIndex].shape;
     const std::size_t count = shape->distinctKeys()->count();
     Gathered values(*this);
@@ -242,6 +243,16 @@ struct TQJSONDecoder::Walk {
    private:
     Walk& walk_;
   };
+
+  /// The same of a parsed tree, whose keys may be anything.
+  [[nodiscard]] Ref<Dictionary> decodeMembersOf(const Dictionary& parsed) {
+    std::vector<std::pair<Ref<Object>, Ref<Object>>> entries;
+    for (const Dictionary::Entry entry : parsed) {
+      Ref<Object> object = decode(entry.value);
+      if (object) entries.emplace_back(share(entry.key), std::move(object));
+    }
+    return Dictionary::dictionaryWithEntries(entries);
+  }
 
   /// The reserved keys are asked for in this order; the first present decides.
   [[nodiscard]] Ref<Object> decodeEntered() {
