@@ -220,25 +220,30 @@ struct TQJSONDecoder::Walk {
   std::vector<const void*> members;
   std::vector<Ref<Object>> gathered;  // decoded, waiting for their container
   std::vector<std::pair<std::string, const Class*>> namedClasses;  // looked up before
-  std::size_t depth = 0;
+  std::size_t depth = 0;                                           // in a parsed tree
+  bool isRefused = false;  // the tree turned out to be too deep
 
  private:
   /// One container of a parsed tree deeper. (Text is as deep as the parser lets through.)
   class Level {
    public:
     explicit Level(Walk& walk) : walk_(walk) {
-      if (++walk_.depth > JSONDocument::kDepthLimit) {
+      if (walk_.depth == JSONDocument::kDepthLimit && !walk_.isRefused) {
         walk_.decoder.setError(Error::errorWithDomain(
             TQJSONDecoderError, 1,
             std::string_view("The parsed tree is cyclic, or nested deeper than 512 containers.")));
+        walk_.isRefused = true;
       }
+      ++walk_.depth;
     }
-    ~Level() { --walk_.depth; }
+    ~Level() {
+      if (--walk_.depth == 0) walk_.isRefused = false;
+    }
     Level(const Level&) = delete;
     Level& operator=(const Level&) = delete;
-    [[nodiscard]] bool isTooDeep() const noexcept {
-      return walk_.depth > JSONDocument::kDepthLimit;
-    }
+    /// From the first container that is too deep on for all: a tree that holds itself several times
+    /// would be walked for ever.
+    [[nodiscard]] bool isTooDeep() const noexcept { return walk_.isRefused; }
 
    private:
     Walk& walk_;
