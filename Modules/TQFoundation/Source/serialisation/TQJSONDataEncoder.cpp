@@ -40,6 +40,7 @@ void TQJSONDataEncoder::closeWindow() noexcept {
 }
 
 bool TQJSONDataEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
   if (this->error()) return TQJSONEncoder::encodeRootObject(object, error);
   const Window window(*this);
   return TQJSONEncoder::encodeRootObject(object, error);

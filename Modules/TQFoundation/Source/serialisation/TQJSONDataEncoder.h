@@ -21,7 +21,7 @@ class TQ_EXPORT TQJSONDataEncoder : public Subclass<TQJSONDataEncoder, TQJSONEnc
   explicit TQJSONDataEncoder(Ref<MutableData> data);
 
   [[nodiscard]] const Ref<MutableData>& data() const noexcept { return data_; }
-  /// Between archives only.
+  /// Between archives only. None is the same error as above.
   void setData(Ref<MutableData> data) noexcept { data_ = std::move(data); }
 
   bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr) override;
