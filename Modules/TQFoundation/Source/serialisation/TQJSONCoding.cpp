@@ -135,6 +135,7 @@ void encodeClassInfoForJSON(const Object& object, TQJSONEncoder& encoder) {
 }
 
 void encodeAsRAWArchive(const Object& object, TQJSONEncoder& encoder) {
+  if (const auto own = object.objectClass().json().encodeAsRAWArchive) return own(object, encoder);
   switch (object.kind()) {
     case ObjectKind::string: {
       const auto& string = static_cast<const String&>(object);
@@ -159,7 +160,6 @@ void encodeAsRAWArchive(const Object& object, TQJSONEncoder& encoder) {
     default:
       break;
   }
-  if (const auto own = object.objectClass().json().encodeAsRAWArchive) return own(object, encoder);
   encodeFallbackArchive(object, encoder);
 }
 
