@@ -37,17 +37,42 @@ void preferLargePages(const void* memory, std::size_t byteCount) noexcept {
   if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
 }
 
+/// Counts brackets outside of strings; text that is not JSON gives some answer.
+bool isWithinDepthLimit(std::string_view text) noexcept {
+  std::size_t depth = 0;
+  bool inString = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '"') inString = !inString;
+    if (inString) {
+      if (c == '\\') ++i;
+    } else if (c == '[' || c == '{') {
+      if (++depth > JSONDocument::kDepthLimit) return false;
+    } else if ((c == ']' || c == '}') && depth != 0) {
+      --depth;
+    }
+  }
+  return true;
+}
+
 simdjson::error_code parseInto(simdjson::dom::parser& parser, std::string_view text,
                                std::size_t readablePadding) {
   if (text.empty()) return simdjson::EMPTY;
-  if (const auto error = parser.allocate(text.size(), JSONDocument::kDepthLimit)) return error;
-  if (const auto error = parser.doc.allocate(text.size())) return error;
-  preferLargePages(parser.doc.tape.get(), text.size() * sizeof(std::uint64_t));
-  preferLargePages(parser.doc.string_buf.get(), text.size());
-  preferLargePages(parser.implementation->structural_indexes.get(),
-                   text.size() * sizeof(std::uint32_t));
   const bool copies = readablePadding < simdjson::SIMDJSON_PADDING;
-  return parser.parse(text.data(), text.size(), copies).error();
+  const auto parseWithin = [&](std::size_t depth) {
+    if (const auto error = parser.allocate(text.size(), depth)) return error;
+    if (const auto error = parser.doc.allocate(text.size())) return error;
+    preferLargePages(parser.doc.tape.get(), text.size() * sizeof(std::uint64_t));
+    preferLargePages(parser.doc.string_buf.get(), text.size());
+    preferLargePages(parser.implementation->structural_indexes.get(),
+                     text.size() * sizeof(std::uint32_t));
+    return parser.parse(text.data(), text.size(), copies).error();
+  };
+  // The parser counts containers that hold something, and takes one fewer of them than it is told;
+  // an empty one it does not count. So the innermost level needs a second look.
+  const auto error = parseWithin(JSONDocument::kDepthLimit);
+  if (error != simdjson::DEPTH_ERROR || !isWithinDepthLimit(text)) return error;
+  return parseWithin(JSONDocument::kDepthLimit + 1);
 }
 
 /// Where the digits of the integer literal at `at` end, or `at` for any other number or character.

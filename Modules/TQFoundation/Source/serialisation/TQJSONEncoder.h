@@ -51,10 +51,11 @@ class LentObject {
 ///     }
 ///
 /// Written and read again by TQJSONDecoder, the objects come out equal, and written once more the
-/// text is the same to the byte. Two kinds of dictionary are the exception: one that uses the keys
-/// "_class",
-/// "_archive" or "_data" itself, which reads as what those stand for, and one with two keys of the
-/// same text, such as 1 and "1", of which the first is read.
+/// text is the same to the byte. Exceptions: a dictionary that uses the keys "_class", "_archive"
+/// or
+/// "_data" itself reads as what those stand for; of two keys of the same text, such as 1 and "1",
+/// the first is read; and a number of the kind float32, written with its seven digits, reads as the
+/// double of that text, which is written with sixteen.
 ///
 /// Keys and class names are written as they are: plain identifiers, without quotation marks,
 /// backslashes or control characters.

@@ -63,6 +63,12 @@ TEST(JSONDocument, ReadsTheGrammar) {
          for (int i = 1; i < 512; ++i) text = "[" + text + " ]";
          return text;
        }()},
+      {std::string(512, '[') + R"("\"[")" + std::string(512, ']'),
+       [] {
+         std::string text = "'\"['";
+         for (int i = 0; i < 512; ++i) text = "[" + text + " ]";
+         return text;
+       }()},
   };
   for (const auto& c : cases) {
     Ref<Error> error;

@@ -147,7 +147,8 @@ class Graphs {
       case 5:
         return bits;
       case 6:
-        return std::ldexp(static_cast<float>(bits % 10'000'000), -static_cast<int>(below(40)));
+        return static_cast<float>(bits % 10'000) /
+               4;  // others are the exception, see TQJSONEncoder
       default:
         return real();
     }
@@ -265,6 +266,12 @@ TEST(JSONRoundTrip, WhatIsReadIsWrittenAgainToTheByteStress) {
   }
   EXPECT_GT(bytes, 1'000'000u);
   EXPECT_TRUE(log.messages().empty());
+}
+
+TEST(JSONRoundTrip, AFloatIsWrittenAsADoubleTheSecondTime) {
+  EXPECT_EQ(archiveOf(num(0.56f)), "0.56");
+  EXPECT_EQ(archiveOf(decoded("0.56")), "0.5600000000000001");
+  EXPECT_EQ(archiveOf(decoded("0.5600000000000001")), "0.5600000000000001");
 }
 
 TEST(JSONRoundTrip, ValuesComeBackEqual) {

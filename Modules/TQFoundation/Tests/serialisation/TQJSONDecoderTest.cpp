@@ -128,7 +128,7 @@ TEST_F(TQJSONDecoderTest, DropsWhatDecodesToNone) {
       {R"({"_class":"Unknown","a":1})", "(null)"},
       {R"([1,{"_class":"Unknown"},2])", "(1, 2)"},
       {R"([{"_class":"Unknown"}])", "()"},
-      {R"({"a":{"_class":"Unknown"},"b":2})", "{b = 2}"},
+      {R"({"a":{"_class":"Unknown"},"b":2})", "{b = 2;}"},
       {R"([{"_class":"Choosy"},{"_class":5},{"_class":null},{"_class":[]}])", "()"},
       {R"([{"_data":[]},{"_data":5},{"_data":"A"},{"_data":"AA\n="},{"_data":""}])",
        "(<0 bytes: >)"},
@@ -148,7 +148,7 @@ TEST_F(TQJSONDecoderTest, DropsWhatDecodesToNone) {
 TEST_F(TQJSONDecoderTest, LeavesTheDictionaryOfAClassThatCannotBeRead) {
   Ref<Error> error;
   const Ref<Object> object = decoded(R"([{"_class":"Plain","x":{"_data":"AAAA"}},1])", &error);
-  EXPECT_EQ(described(object), "({_class = Plain; x = {_data = AAAA}}, 1)");
+  EXPECT_EQ(described(object), "({_class = Plain; x = {_data = AAAA;};}, 1)");
   expectError(error, TQJSONDecoderError, 0, "Invalid object class Plain found in archive");
   EXPECT_EQ(log_.messages(), std::vector<std::string>{error->description()});
 }
@@ -317,12 +317,10 @@ TEST_F(TQJSONDecoderTest, EachObjectReadsItsOwnMembers) {
             EXPECT_EQ(own(), a);
             EXPECT_THROW(static_cast<void>(decoder.decodeObjectForKey("t")), std::runtime_error);
             EXPECT_EQ(own(), a);
-            EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "{a = 2}");
+            EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "{a = 2;}");
             EXPECT_EQ(own(), a);
             EXPECT_EQ(ownName(), "Scripted");
             EXPECT_FALSE(decoder.decodeObjectForKey("d") == decoder.decodeObjectForKey("d"));
-            const Ref<Dictionary> made = Dictionary::initWithJSONDecoder(decoder);
-            static_cast<void>(made);
           });
 }
 

@@ -1,0 +1,1 @@
+tq_add_fuzzer(JSONArchiveFuzzer ${CMAKE_CURRENT_LIST_DIR}/JSONArchiveFuzzer.cpp)

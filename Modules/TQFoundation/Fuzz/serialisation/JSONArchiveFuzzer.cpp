@@ -1,0 +1,58 @@
+// Archive text to objects and back: what was written once reads as the same text again.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include <TQFoundation/TQFoundation.h>
+
+namespace {
+
+using namespace tq;
+
+/// Reads members of every kind, whatever the archive has under those keys.
+class Record final : public Subclass<Record> {
+ public:
+  static constexpr std::string_view className = "Record";
+  explicit Record(TQJSONDecoder& decoder)
+      : number_(decoder.decodeDoubleForKey("d", 1)),
+        integer_(decoder.decodeIntegerForKey("i", 2)),
+        flag_(decoder.decodeBoolForKey("b", true)),
+        rect_(decoder.decodeRectForKey("r")),
+        child_(decoder.decodeObjectForKey("c")) {}
+  void encodeAsJSON(TQJSONEncoder& encoder) const {
+    encoder.encodeDouble(number_, "d");
+    encoder.encodeInteger(integer_, "i");
+    encoder.encodeBool(flag_, "b");
+    encoder.encodeRect(rect_, "r");
+    encoder.encodeObject(child_, "c");
+  }
+
+ private:
+  double number_;
+  std::int64_t integer_;
+  bool flag_;
+  Rect rect_;
+  Ref<Object> child_;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  static const bool isReady = [] {
+    Class::registerClass<Record>();
+    setPlainLogSink([](std::string_view) {});
+    return true;
+  }();
+  static_cast<void>(isReady);
+  const auto text = std::as_bytes(std::span(bytes, size));
+  const Ref<Object> object = TQJSONDecoder::initWithData(text)->decode();
+  if (!object) return 0;
+  const Ref<Data> first = TQJSONEncoder::encodeObjectAsData(object);
+  if (!first) return 0;  // an archive inside may hold what has no place in one
+  const Ref<Object> again = TQJSONDecoder::decodeData(*first, nullptr);
+  if (!again) std::abort();
+  const Ref<Data> second = TQJSONEncoder::encodeObjectAsData(again);
+  if (!second || !second->isEqual(*first)) std::abort();
+  return 0;
+}
