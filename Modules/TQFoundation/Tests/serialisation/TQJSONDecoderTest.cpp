@@ -63,9 +63,9 @@ class TQJSONDecoderTest : public testing::Test {
     EXPECT_TRUE(decoded("{\"_class\":\"Scripted\"," + members + "}"));
     EXPECT_EQ(calls, 1);
     calls = 0;
-    const Ref<Dictionary> tree = refCast<Dictionary>(decoded("{\"x\":{" + members + "}}"));
-    const auto parsed = MutableDictionary::dictionaryWithDictionary(
-        static_cast<const Dictionary&>(*tree->objectForKey("x")));
+    const Ref<Object> tree = TQJSONDecoder::initWithData(*test::data("{" + members + "}"))->root();
+    const auto parsed =
+        MutableDictionary::dictionaryWithDictionary(static_cast<const Dictionary&>(*tree));
     parsed->setObject(str("Scripted"), "_class");
     Ref<Error> error;
     EXPECT_TRUE(TQJSONDecoder::init()->decodeDictionary(parsed, &error));
