@@ -256,7 +256,7 @@ TEST(JSONRoundTrip, WhatIsReadIsWrittenAgainToTheByteStress) {
   registerModel();
   const test::CapturedLog log;
   std::size_t bytes = 0;
-  for (unsigned seed = 1; seed <= 4000; ++seed) {
+  for (unsigned seed = 1; seed <= 8000; ++seed) {
     SCOPED_TRACE(seed);
     const std::string text = archiveOf(Graphs(seed).object(static_cast<int>(seed % 7)));
     Ref<Error> error;
