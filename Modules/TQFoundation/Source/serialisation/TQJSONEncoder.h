@@ -51,13 +51,12 @@ class LentObject {
 ///     }
 ///
 /// Written and read again by TQJSONDecoder, the objects come out equal, and written once more the
-/// text is the same to the byte. Exceptions: a dictionary that uses the keys "_class", "_archive"
-/// or
-/// "_data" itself reads as what those stand for; of two keys of the same text, such as 1 and "1",
-/// the first is read; a number of the kind float32, written with its seven digits, reads as the
-/// double of that text, which is written with sixteen; and eleven powers of ten (1e-36, -34, -29,
-/// -24, -21, -20, -11, 23, 29, 33, 34) read as the double nearest to them, which lies so far below
-/// that its sixteen digits are 9.999999999999999.
+/// text is the same to the byte. Exceptions:
+/// - a dictionary that uses "_class", "_archive" or "_data" as a key reads as what that stands for;
+/// - of two keys of the same text, such as 1 and "1", the first is read;
+/// - a float32 is written with its seven digits, which read as a double, written with sixteen;
+/// - eleven powers of ten (1e-36, -34, -29, -24, -21, -20, -11, 23, 29, 33, 34) stand for doubles
+///   near them, and read as the nearest, whose sixteen digits are 9.999999999999999.
 ///
 /// Keys and class names are written as they are: plain identifiers, without quotation marks,
 /// backslashes or control characters.
