@@ -11,6 +11,12 @@
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQMemory.h>
+#include <TQFoundation/geometry/TQAngle.h>
+#include <TQFoundation/geometry/TQAxis.h>
+#include <TQFoundation/geometry/TQCorner.h>
+#include <TQFoundation/geometry/TQFloatRange.h>
+#include <TQFoundation/geometry/TQRectAxis.h>
+#include <TQFoundation/geometry/TQRectEquality.h>
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Data.h>
