@@ -1,8 +1,21 @@
 tq_room(geometry
+  AspectRatio.h
+  FixedText.cpp detail/FixedText.h
   TQAngle.cpp TQAngle.h
   TQAxis.h
   TQCorner.h
   TQFloatRange.cpp TQFloatRange.h
+  TQPrimitiveFunctions.cpp TQPrimitiveFunctions.h
+  TQRect.cpp TQRect.h
   TQRectAxis.cpp TQRectAxis.h
+  TQRectConstraints.cpp TQRectConstraints.h
+  TQRectConstruction.h
+  TQRectCorners.cpp TQRectCorners.h
   TQRectEquality.cpp TQRectEquality.h
+  TQRectFitting.cpp TQRectFitting.h
+  TQRectMoving.h
+  TQRectOrder.cpp TQRectOrder.h
+  TQRectRounding.cpp TQRectRounding.h
+  TQRectSafe.h
+  TQSize.cpp TQSize.h
 )

@@ -104,9 +104,9 @@ namespace detail {
 /// The value named "minX", "midX", "maxX", "minY", "midY" or "maxY"; 0 for any other name.
 [[nodiscard]] TQ_EXPORT double TQRectValueForKey(const Rect& rect, std::string_view key) noexcept;
 
-/// True when the rects share a stretch of the axis that is longer than 0. Raw fields: a negative
-/// extent makes a rect that overlaps nothing it should. A NaN fails every comparison of the steps,
-/// which end with the whole raw extent of `b` as the overlap.
+/// True when the rects share a stretch of the axis that is longer than 0. Raw fields, meant for
+/// extents of 0 or more. An origin that is NaN fails every comparison of the steps, which then end
+/// with the whole extent of `b` as the overlap.
 [[nodiscard]] TQ_EXPORT bool TQRectIntersectsRectOnAxis(Axis axis, const Rect& a,
                                                         const Rect& b) noexcept;
 

@@ -1,6 +1,17 @@
 tq_add_room_tests(TQGeometry
+  ${CMAKE_CURRENT_LIST_DIR}/AspectRatioTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQFloatRangeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectAxisTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectConstraintsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectConstructionTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectCornersTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectEqualityTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectFittingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectMovingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectOrderTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectRoundingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectSafeTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQRectTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQSizeTest.cpp
 )
