@@ -12,6 +12,8 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQMemory.h>
 #include <TQFoundation/geometry/AspectRatio.h>
+#include <TQFoundation/geometry/Rounded.h>
+#include <TQFoundation/geometry/Rounder.h>
 #include <TQFoundation/geometry/TQAngle.h>
 #include <TQFoundation/geometry/TQAxis.h>
 #include <TQFoundation/geometry/TQCorner.h>
@@ -28,6 +30,7 @@
 #include <TQFoundation/geometry/TQRectOrder.h>
 #include <TQFoundation/geometry/TQRectRounding.h>
 #include <TQFoundation/geometry/TQRectSafe.h>
+#include <TQFoundation/geometry/TQRounder.h>
 #include <TQFoundation/geometry/TQSize.h>
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Class.h>

@@ -1,6 +1,8 @@
 tq_room(geometry
   AspectRatio.h
   FixedText.cpp detail/FixedText.h
+  Rounded.h
+  Rounder.cpp Rounder.h
   TQAngle.cpp TQAngle.h
   TQAxis.h
   TQCorner.h
@@ -17,5 +19,6 @@ tq_room(geometry
   TQRectOrder.cpp TQRectOrder.h
   TQRectRounding.cpp TQRectRounding.h
   TQRectSafe.h
+  TQRounder.cpp TQRounder.h
   TQSize.cpp TQSize.h
 )

@@ -1,5 +1,6 @@
 tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/AspectRatioTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/RounderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQFloatRangeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectAxisTest.cpp

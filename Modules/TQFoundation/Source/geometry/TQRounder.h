@@ -1,0 +1,43 @@
+#pragma once
+
+/// @file TQRounder.h
+/// A rounder over doubles as an object.
+
+#include <string_view>
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/geometry/Rounder.h>
+#include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/Ref.h>
+
+namespace tq {
+
+/// Holds one rounder and answers just what it answers. Threads: one at a time.
+class TQ_EXPORT TQRounder final : public Subclass<TQRounder> {
+ public:
+  static constexpr std::string_view className = "TQRounder";
+
+  [[nodiscard]] static Ref<TQRounder> init();  ///< increment 1
+  [[nodiscard]] static Ref<TQRounder> initWithRoundingIncrement(double roundingIncrement);
+
+  [[nodiscard]] const Rounder<double>& rounder() const noexcept { return rounder_; }
+  void setRounder(const Rounder<double>& rounder) noexcept { rounder_ = rounder; }
+
+  [[nodiscard]] double roundingIncrement() const noexcept { return rounder_.roundingIncrement(); }
+  void setRoundingIncrement(double increment) noexcept { rounder_.setRoundingIncrement(increment); }
+
+  [[nodiscard]] double roundValue(double value) const noexcept;
+  [[nodiscard]] double alignValue(double value, double toBase) const noexcept;
+  [[nodiscard]] double alignValue(double value, double toBase,
+                                  double minimumMagnitude) const noexcept;
+  [[nodiscard]] Point roundPoint(Point point, AxisMask mask = AxisMask::both) const noexcept;
+  [[nodiscard]] Size roundSize(Size size, AxisMask mask = AxisMask::both) const noexcept;
+  [[nodiscard]] Vector roundVector(Vector vector, AxisMask mask = AxisMask::both) const noexcept;
+
+ private:
+  TQRounder() noexcept = default;
+
+  Rounder<double> rounder_;
+};
+
+}  // namespace tq
