@@ -11,7 +11,10 @@
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQMemory.h>
+#include <TQFoundation/geometry/AnchoredRect.h>
 #include <TQFoundation/geometry/AspectRatio.h>
+#include <TQFoundation/geometry/GeometrySystem.h>
+#include <TQFoundation/geometry/Length.h>
 #include <TQFoundation/geometry/Rounded.h>
 #include <TQFoundation/geometry/Rounder.h>
 #include <TQFoundation/geometry/TQAngle.h>
@@ -32,6 +35,7 @@
 #include <TQFoundation/geometry/TQRectSafe.h>
 #include <TQFoundation/geometry/TQRounder.h>
 #include <TQFoundation/geometry/TQSize.h>
+#include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Data.h>

@@ -1,6 +1,9 @@
 tq_room(geometry
+  AnchoredRect.cpp AnchoredRect.h
   AspectRatio.h
   FixedText.cpp detail/FixedText.h
+  GeometrySystem.cpp GeometrySystem.h
+  Length.cpp Length.h
   Rounded.h
   Rounder.cpp Rounder.h
   TQAngle.cpp TQAngle.h
@@ -21,4 +24,5 @@ tq_room(geometry
   TQRectSafe.h
   TQRounder.cpp TQRounder.h
   TQSize.cpp TQSize.h
+  VectorAlgebra.cpp VectorAlgebra.h
 )

@@ -1,5 +1,8 @@
 tq_add_room_tests(TQGeometry
+  ${CMAKE_CURRENT_LIST_DIR}/AnchoredRectTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/AspectRatioTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/GeometrySystemTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/LengthTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RounderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQFloatRangeTest.cpp
@@ -15,4 +18,5 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/TQRectSafeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQSizeTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VectorAlgebraTest.cpp
 )
