@@ -17,10 +17,14 @@
 #include <TQFoundation/geometry/Length.h>
 #include <TQFoundation/geometry/Rounded.h>
 #include <TQFoundation/geometry/Rounder.h>
+#include <TQFoundation/geometry/Straight.h>
 #include <TQFoundation/geometry/TQAngle.h>
 #include <TQFoundation/geometry/TQAxis.h>
 #include <TQFoundation/geometry/TQCorner.h>
 #include <TQFoundation/geometry/TQFloatRange.h>
+#include <TQFoundation/geometry/TQLine.h>
+#include <TQFoundation/geometry/TQOrthogonalLine.h>
+#include <TQFoundation/geometry/TQPolynomial.h>
 #include <TQFoundation/geometry/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/TQRect.h>
 #include <TQFoundation/geometry/TQRectAxis.h>

@@ -6,10 +6,14 @@ tq_room(geometry
   Length.cpp Length.h
   Rounded.h
   Rounder.cpp Rounder.h
+  Straight.h
   TQAngle.cpp TQAngle.h
   TQAxis.h
   TQCorner.h
   TQFloatRange.cpp TQFloatRange.h
+  TQLine.cpp TQLine.h
+  TQOrthogonalLine.h
+  TQPolynomial.cpp TQPolynomial.h
   TQPrimitiveFunctions.cpp TQPrimitiveFunctions.h
   TQRect.cpp TQRect.h
   TQRectAxis.cpp TQRectAxis.h
