@@ -20,6 +20,7 @@
 #include <TQFoundation/geometry/Straight.h>
 #include <TQFoundation/geometry/TQAngle.h>
 #include <TQFoundation/geometry/TQAxis.h>
+#include <TQFoundation/geometry/TQBezierSegment.h>
 #include <TQFoundation/geometry/TQCorner.h>
 #include <TQFoundation/geometry/TQFloatRange.h>
 #include <TQFoundation/geometry/TQLine.h>

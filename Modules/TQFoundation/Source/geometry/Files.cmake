@@ -9,6 +9,8 @@ tq_room(geometry
   Straight.h
   TQAngle.cpp TQAngle.h
   TQAxis.h
+  TQBezierSegment.cpp TQBezierSegment.h
+  TQBezierSegmentIntersections.cpp
   TQCorner.h
   TQFloatRange.cpp TQFloatRange.h
   TQLine.cpp TQLine.h

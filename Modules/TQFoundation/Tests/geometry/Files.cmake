@@ -5,7 +5,11 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/LengthTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RounderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQAngleTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentIntersectionsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQFloatRangeTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQLineTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQPolynomialTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectAxisTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectConstraintsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRectConstructionTest.cpp

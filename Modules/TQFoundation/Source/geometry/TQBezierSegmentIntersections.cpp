@@ -1,0 +1,368 @@
+#include <TQFoundation/geometry/TQBezierSegment.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <optional>
+
+#include <TQFoundation/geometry/detail/BezierAxis.h>
+#include <TQFoundation/geometry/detail/BezierSplit.h>
+
+namespace tq {
+namespace {
+
+// --- with lines
+// -----------------------------------------------------------------------------------
+
+/// The root of a monotone stretch at whose ends the signs differ: Newton's method, and the middle
+/// of what is left wherever that would leave it.
+template <std::size_t N>
+double rootBetween(const detail::BezierAxis<N>& p, double low, double high,
+                   bool risesFromBelow) noexcept {
+  constexpr int kSteps = 100;  // halvings alone need 55
+  double t = (low + high) / 2;
+  for (int i = 0; i < kSteps; ++i) {
+    const auto [value, derivative] = detail::evaluate<N, double>(p, t);
+    if (value == 0) return t;
+    ((value < 0) == risesFromBelow ? low : high) = t;
+    double next = t - value / derivative;
+    if (!(next > low && next < high)) next = (low + high) / 2;
+    if (std::fabs(next - t) <= std::numeric_limits<double>::epsilon() / 2) return next;
+    t = next;
+  }
+  return t;
+}
+
+/// Where the coordinate is 0, one monotone stretch after the other.
+///
+/// The cubic formula is not used on the coordinate itself: for the nearly quadratic cubics that
+/// drawings are full of it cannot tell two roots from none. The turning points are found to the
+/// accuracy that counts, and between them the signs at the ends tell.
+template <std::size_t N>
+TQPolynomialRoots zeros(const detail::BezierAxis<N>& p) noexcept {
+  const auto [least, most] = detail::controlExtent(p);
+  if (!(least <= 0 && most >= 0) || least == most) return {};
+  const double touch = 4 * std::numeric_limits<double>::epsilon() * (most - least);
+  TQPolynomialRoots result;
+  const auto report = [&result](double t) {
+    if (result.count < 3) result.roots[result.count++] = t;
+  };
+  const auto step = [&](double from, double fromValue, double to, double toValue) {
+    if (fromValue == 0) report(from);
+    if ((fromValue < 0 && toValue > 0) || (fromValue > 0 && toValue < 0)) {
+      report(rootBetween(p, from, to, fromValue < 0));
+    }
+  };
+  double at = 0;
+  double value = p[0];
+  const auto [firstTurn, secondTurn] = detail::turns<N, double>(p);
+  for (const double t : {firstTurn, secondTurn}) {
+    if (!(t > at && t < 1)) continue;
+    double there = detail::evaluate<N, double>(p, t).value;
+    if (std::fabs(there) <= touch) there = 0;
+    step(at, value, t, there);
+    at = t;
+    value = there;
+  }
+  step(at, value, 1, p[N - 1]);
+  if (p[N - 1] == 0) report(1);
+  return result;
+}
+
+TQPolynomialRoots intersectionsWithLine(const TQBezierSegment& segment, Axis axis,
+                                        double position) noexcept {
+  return detail::withBezierAxis(segment, axis, position, TQPolynomialRoots{},
+                                [](const auto& p) { return zeros(p); });
+}
+
+// --- with each other
+// ------------------------------------------------------------------------------
+
+constexpr double kSmallestLength = 0.0001;
+constexpr double kLeaf = 0x1p-14;  // the first halving that is not above it
+constexpr double kSamePoint = 2.220446049250313e-16;
+constexpr std::size_t kMostPairs = 1 << 20;
+constexpr std::size_t kMostCrossings = 64;
+constexpr double kGrazing = 0x1p-4;  // how far apart reports of one crossing can be
+
+/// A stretch of a segment, with where it lies in the whole.
+struct Piece {
+  TQBezierSegment segment;
+  double offset = 0;
+  double length = 1;
+  Rect bounds = TQBezierSegmentGetBounds(segment);
+
+  [[nodiscard]] double last() const noexcept { return offset + length; }
+  [[nodiscard]] double middle() const noexcept { return offset + length / 2; }
+  /// Tight bounds without extent: every halving would give the same again.
+  [[nodiscard]] bool isPoint() const noexcept { return bounds.size == Size{}; }
+  [[nodiscard]] bool canBeHalved() const noexcept { return length > kSmallestLength; }
+};
+
+struct Halves {
+  Piece left;
+  Piece right;
+};
+
+Halves halved(const Piece& piece) noexcept {
+  TQBezierSegment left, right;
+  detail::split(piece.segment, 0.5, &left, &right);
+  const double length = piece.length / 2;
+  return {{left, piece.offset, length}, {right, piece.offset + length, length}};
+}
+
+double gapSquared(const TQBezierSegment& a, const TQBezierSegment& b,
+                  TQBezierSegmentOffsets at) noexcept {
+  const Point p = TQBezierSegmentPointAtOffset(a, at.a);
+  const Point q = TQBezierSegmentPointAtOffset(b, at.b);
+  return (p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y);
+}
+
+/// One step of Newton's method on a(s) - b(t) = 0; none where the tangents are parallel.
+std::optional<TQBezierSegmentOffsets> newtonStep(const TQBezierSegment& a, const TQBezierSegment& b,
+                                                 TQBezierSegmentOffsets at) noexcept {
+  const Point p = TQBezierSegmentPointAtOffset(a, at.a);
+  const Point q = TQBezierSegmentPointAtOffset(b, at.b);
+  const Vector da = TQBezierSegmentDerivative(a, at.a);
+  const Vector db = TQBezierSegmentDerivative(b, at.b);
+  const Vector gap{q.x - p.x, q.y - p.y};
+  const double determinant = da.dx * db.dy - da.dy * db.dx;
+  const double s = at.a + (gap.dx * db.dy - gap.dy * db.dx) / determinant;
+  const double t = at.b + (gap.dx * da.dy - gap.dy * da.dx) / determinant;
+  if (!std::isfinite(s) || !std::isfinite(t)) return std::nullopt;
+  return TQBezierSegmentOffsets{std::clamp(s, 0.0, 1.0), std::clamp(t, 0.0, 1.0)};
+}
+
+TQBezierSegmentOffsets refined(const TQBezierSegment& a, const TQBezierSegment& b,
+                               TQBezierSegmentOffsets offsets) noexcept {
+  constexpr int kSteps = 32;  // a touch halves its error each time
+  double gap = gapSquared(a, b, offsets);
+  for (int i = 0; i < kSteps && gap > 0; ++i) {
+    const auto next = newtonStep(a, b, offsets);
+    if (!next) break;
+    const double nextGap = gapSquared(a, b, *next);
+    if (!(nextGap < gap)) break;
+    offsets = *next;
+    gap = nextGap;
+  }
+  return offsets;
+}
+
+/// A closed interval of offsets.
+struct Interval {
+  double first = 0;
+  double last = 0;
+
+  [[nodiscard]] bool isNear(Interval other) const noexcept {
+    return first <= other.last + kLeaf && other.first <= last + kLeaf;
+  }
+  void include(Interval other) noexcept {
+    first = std::min(first, other.first);
+    last = std::max(last, other.last);
+  }
+};
+
+/// Reports that have become one crossing: the offsets they cover, and those to give to the caller.
+struct Crossing {
+  Interval a;
+  Interval b;
+  TQBezierSegmentOffsets first;  ///< of the common ends, or the best report while there is none
+  TQBezierSegmentOffsets last;   ///< the same as `first` unless there are several common ends
+  double gap = 0;                ///< squared distance of the points of `first`; -1 for a common end
+
+  [[nodiscard]] bool isNear(const Crossing& other) const noexcept {
+    return a.isNear(other.a) && b.isNear(other.b);
+  }
+  void include(const Crossing& other) noexcept {
+    a.include(other.a);
+    b.include(other.b);
+    if (gap < 0 && other.gap < 0) {
+      if (other.first.a < first.a) first = other.first;
+      if (other.last.a > last.a) last = other.last;
+    } else if (other.gap < gap) {
+      first = other.first;
+      last = other.last;
+      gap = other.gap;
+    }
+  }
+};
+
+/// Gathers the reports of one search of `a` and `b`.
+class Crossings {
+ public:
+  Crossings(const TQBezierSegment& a, const TQBezierSegment& b,
+            const TQBezierSegmentIntersectionCallback& callback)
+      : a_(a), b_(b), callback_(callback) {}
+
+  /// Adds a report. It may join two crossings that were apart until now.
+  void add(Crossing report) {
+    for (std::size_t i = 0; i < count_;) {
+      if (!found_[i].isNear(report)) {
+        ++i;
+        continue;
+      }
+      report.include(found_[i]);
+      found_[i] = found_[--count_];
+    }
+    if (count_ == kMostCrossings) tell(found_[--count_]);
+    found_[count_++] = report;
+  }
+
+  void tellAll() {
+    joinGrazing();
+    std::sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(count_),
+              [](const Crossing& x, const Crossing& y) {
+                return x.first.a != y.first.a ? x.first.a < y.first.a : x.first.b < y.first.b;
+              });
+    for (std::size_t i = 0; i < count_; ++i) tell(found_[i]);
+  }
+
+ private:
+  /// Where segments graze each other, their smallest pieces meet on and off along the way. Reports
+  /// from which Newton's method comes to one place are one crossing.
+  void joinGrazing() {
+    for (std::size_t i = 0; i < count_; ++i) {
+      for (std::size_t k = i + 1; k < count_;) {
+        if (!areOne(found_[i], found_[k])) {
+          ++k;
+          continue;
+        }
+        found_[i].include(found_[k]);
+        found_[k] = found_[--count_];
+      }
+    }
+  }
+
+  [[nodiscard]] bool areOne(const Crossing& x, const Crossing& y) const {
+    const auto areWithin = [](TQBezierSegmentOffsets p, TQBezierSegmentOffsets q, double reach) {
+      return std::fabs(p.a - q.a) <= reach && std::fabs(p.b - q.b) <= reach;
+    };
+    return areWithin(x.first, y.first, kGrazing) && !(x.gap < 0 && y.gap < 0) &&
+           areWithin(refined(a_, b_, x.first), refined(a_, b_, y.first), kLeaf);
+  }
+
+  void tell(const Crossing& crossing) {
+    callback_(crossing.first.a, crossing.first.b);
+    if (crossing.last != crossing.first) callback_(crossing.last.a, crossing.last.b);
+  }
+
+  const TQBezierSegment& a_;
+  const TQBezierSegment& b_;
+  const TQBezierSegmentIntersectionCallback& callback_;
+  std::array<Crossing, kMostCrossings> found_;
+  std::size_t count_ = 0;
+};
+
+/// The recursion. Pieces whose closed bounds meet are halved, up to fourteen times; there is no
+/// other count of depth. As the halves join exactly and their bounds hold them, no crossing slips
+/// through.
+class IntersectionSearch {
+ public:
+  explicit IntersectionSearch(Crossings& crossings) : crossings_(crossings) {}
+
+  /// False when the limit of pairs was reached.
+  bool search(const Piece& a, const Piece& b) {
+    if (++pairs_ > kMostPairs) return false;
+    if (!RectIntersectsRect(a.bounds, b.bounds)) {
+      // Apart, they can still share an end, but for rounding.
+      forCommonEnds(a, b, [this](TQBezierSegmentOffsets at) { reportCommonEnd(at); });
+      return true;
+    }
+    const bool halvesA = a.canBeHalved() && !a.isPoint();
+    const bool halvesB = b.canBeHalved() && !b.isPoint();
+    const bool isSmall = !a.canBeHalved() || !b.canBeHalved();
+    if (isSmall || (!halvesA && !halvesB)) {
+      reportMeeting(a, b);
+      return true;
+    }
+    if (!halvesA)
+      return searchHalves(halved(b), [&](const Piece& half) { return search(a, half); });
+    if (!halvesB)
+      return searchHalves(halved(a), [&](const Piece& half) { return search(half, b); });
+    const Halves ofB = halved(b);
+    return searchHalves(halved(a), [&](const Piece& half) {
+      return search(half, ofB.left) && search(half, ofB.right);
+    });
+  }
+
+ private:
+  template <class Search>
+  static bool searchHalves(const Halves& halves, Search&& search) {
+    return search(halves.left) && search(halves.right);
+  }
+
+  /// Calls `use` for each pairing of ends that are the same point.
+  template <class Use>
+  static void forCommonEnds(const Piece& a, const Piece& b, Use&& use) {
+    const auto pairUp = [&](Point p, double offsetA, Point q, double offsetB) {
+      if (std::fabs(p.x - q.x) <= kSamePoint && std::fabs(p.y - q.y) <= kSamePoint) {
+        use(TQBezierSegmentOffsets{offsetA, offsetB});
+      }
+    };
+    const Point startA = a.segment.start(), endA = a.segment.end();
+    const Point startB = b.segment.start(), endB = b.segment.end();
+    pairUp(startA, a.offset, startB, b.offset);
+    pairUp(startA, a.offset, endB, b.last());
+    pairUp(endA, a.last(), startB, b.offset);
+    pairUp(endA, a.last(), endB, b.last());
+  }
+
+  void reportCommonEnd(TQBezierSegmentOffsets at) {
+    crossings_.add({{at.a, at.a}, {at.b, at.b}, at, at, -1});
+  }
+
+  /// One report: a common end of the whole segments, else of the pieces, else their middles.
+  void reportMeeting(const Piece& a, const Piece& b) {
+    const auto isEnd = [](double offset) { return offset == 0 || offset == 1; };
+    std::optional<TQBezierSegmentOffsets> best;
+    forCommonEnds(a, b, [&](TQBezierSegmentOffsets at) {
+      const bool isOfBoth = isEnd(at.a) && isEnd(at.b);
+      if (!best || (isOfBoth && !(isEnd(best->a) && isEnd(best->b)))) best = at;
+    });
+    best ? reportCommonEnd(*best) : reportMiddles(a, b);
+  }
+
+  void reportMiddles(const Piece& a, const Piece& b) {
+    const Point p = TQBezierSegmentPointAtOffset(a.segment, 0.5);
+    const Point q = TQBezierSegmentPointAtOffset(b.segment, 0.5);
+    const double dx = p.x - q.x;
+    const double dy = p.y - q.y;
+    const TQBezierSegmentOffsets middles{a.middle(), b.middle()};
+    crossings_.add(
+        {{a.offset, a.last()}, {b.offset, b.last()}, middles, middles, dx * dx + dy * dy});
+  }
+
+  Crossings& crossings_;
+  std::size_t pairs_ = 0;
+};
+
+}  // namespace
+
+TQPolynomialRoots TQBezierSegmentIntersectionsWithHorizontalLine(const TQBezierSegment& segment,
+                                                                 double y) noexcept {
+  return intersectionsWithLine(segment, Axis::vertical, y);
+}
+
+TQPolynomialRoots TQBezierSegmentIntersectionsWithVerticalLine(const TQBezierSegment& segment,
+                                                               double x) noexcept {
+  return intersectionsWithLine(segment, Axis::horizontal, x);
+}
+
+bool TQBezierSegmentIntersections(const TQBezierSegment& a, const TQBezierSegment& b,
+                                  const TQBezierSegmentIntersectionCallback& callback) {
+  if (a.used().empty() || b.used().empty()) return true;
+  Crossings crossings(a, b, callback);
+  const bool isComplete = IntersectionSearch(crossings).search({a}, {b});
+  crossings.tellAll();
+  return isComplete;
+}
+
+TQBezierSegmentOffsets TQBezierSegmentRefineIntersection(const TQBezierSegment& a,
+                                                         const TQBezierSegment& b,
+                                                         TQBezierSegmentOffsets offsets) noexcept {
+  return refined(a, b, offsets);
+}
+
+}  // namespace tq

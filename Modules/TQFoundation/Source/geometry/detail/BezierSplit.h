@@ -1,0 +1,53 @@
+#pragma once
+
+/// @file BezierSplit.h
+/// De Casteljau's division, inline for the library's own loops.
+
+#include <TQFoundation/geometry/TQBezierSegment.h>
+
+namespace tq::detail {
+
+/// The point that divides a-b by the weights 1 - t and t.
+[[nodiscard]] inline Point between(Point a, Point b, double t) noexcept {
+  return {(1 - t) * a.x + t * b.x, (1 - t) * a.y + t * b.y};
+}
+
+[[nodiscard]] inline Point along(Point a, Point b, double t) noexcept {
+  return {a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
+}
+
+/// As TQBezierSegmentSplit. Every point is computed before the first is written.
+inline void split(const TQBezierSegment& segment, double t, TQBezierSegment* left,
+                  TQBezierSegment* right) noexcept {
+  const auto give = [&](const TQBezierSegment& first, const TQBezierSegment& second) {
+    if (left != nullptr) *left = first;
+    if (right != nullptr) *right = second;
+  };
+  const auto [p0, p1, p2, p3] = segment.points;
+  switch (segment.degree) {
+    case TQBezierDegree::straight: {
+      const Point middle = along(p0, p1, t);
+      return give(TQBezierSegment::straight(p0, middle), TQBezierSegment::straight(middle, p1));
+    }
+    case TQBezierDegree::quadratic: {
+      const Point p01 = between(p0, p1, t);
+      const Point p12 = between(p1, p2, t);
+      const Point middle = between(p01, p12, t);
+      return give(TQBezierSegment::quadratic(p0, p01, middle),
+                  TQBezierSegment::quadratic(middle, p12, p2));
+    }
+    case TQBezierDegree::cubic: {
+      const Point p01 = between(p0, p1, t);
+      const Point p12 = between(p1, p2, t);
+      const Point p23 = between(p2, p3, t);
+      const Point p012 = between(p01, p12, t);
+      const Point p123 = between(p12, p23, t);
+      const Point middle = between(p012, p123, t);
+      return give(TQBezierSegment::cubic(p0, p01, p012, middle),
+                  TQBezierSegment::cubic(middle, p123, p23, p3));
+    }
+  }
+  give(TQBezierSegment(segment), TQBezierSegment(segment));
+}
+
+}  // namespace tq::detail

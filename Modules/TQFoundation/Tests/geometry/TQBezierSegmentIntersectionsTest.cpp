@@ -1,0 +1,226 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <vector>
+
+#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <support/RandomBezier.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr double kLeaf = 0x1p-14;
+
+struct Found {
+  std::vector<TQBezierSegmentOffsets> offsets;
+  bool isComplete = false;
+};
+
+Found intersections(const TQBezierSegment& a, const TQBezierSegment& b) {
+  Found found;
+  found.isComplete = TQBezierSegmentIntersections(a, b, [&](double s, double t) {
+    found.offsets.push_back({s, t});
+  });
+  return found;
+}
+
+double gap(const TQBezierSegment& a, const TQBezierSegment& b, TQBezierSegmentOffsets at) {
+  const Point p = TQBezierSegmentPointAtOffset(a, at.a);
+  const Point q = TQBezierSegmentPointAtOffset(b, at.b);
+  return std::hypot(p.x - q.x, p.y - q.y);
+}
+
+bool lieNear(TQBezierSegmentOffsets x, TQBezierSegmentOffsets y, double distance) {
+  return std::fabs(x.a - y.a) <= distance && std::fabs(x.b - y.b) <= distance;
+}
+
+/// The crossings of two polygons of `legs` legs each, by trying every pair.
+std::vector<TQBezierSegmentOffsets> sampledCrossings(const TQBezierSegment& a,
+                                                     const TQBezierSegment& b, int legs) {
+  std::vector<Point> onA, onB;
+  for (int i = 0; i <= legs; ++i) {
+    onA.push_back(TQBezierSegmentPointAtOffset(a, static_cast<double>(i) / legs));
+    onB.push_back(TQBezierSegmentPointAtOffset(b, static_cast<double>(i) / legs));
+  }
+  const auto side = [](Point p, Point q, Point r) {
+    return (q.x - p.x) * (r.y - p.y) - (q.y - p.y) * (r.x - p.x) > 0;
+  };
+  std::vector<TQBezierSegmentOffsets> found;
+  for (std::size_t i = 0; i + 1 < onA.size(); ++i) {
+    for (std::size_t k = 0; k + 1 < onB.size(); ++k) {
+      if (side(onA[i], onA[i + 1], onB[k]) != side(onA[i], onA[i + 1], onB[k + 1]) &&
+          side(onB[k], onB[k + 1], onA[i]) != side(onB[k], onB[k + 1], onA[i + 1])) {
+        found.push_back(
+            {(static_cast<double>(i) + 0.5) / legs, (static_cast<double>(k) + 0.5) / legs});
+      }
+    }
+  }
+  return found;
+}
+
+TEST(BezierIntersections, AreTheCrossingsOfFinePolygons) {
+  test::RandomBezier random(20);
+  constexpr int kLegs = 256;
+  std::size_t crossings = 0;
+  for (int i = 0; i < 100; ++i) {
+    for (const TQBezierDegree degree : test::kDegrees) {
+      const TQBezierSegment a = random.segment(degree, 100);
+      const TQBezierSegment b = random.segment(test::kDegrees[i % 3], 100);
+      const Found found = intersections(a, b);
+      ASSERT_TRUE(found.isComplete);
+      const auto sampled = sampledCrossings(a, b, kLegs);
+      crossings += sampled.size();
+      for (const auto& expected : sampled) {
+        ASSERT_TRUE(std::any_of(found.offsets.begin(), found.offsets.end(), [&](auto offsets) {
+          return lieNear(offsets, expected, 2.0 / kLegs);
+        }));
+      }
+      for (const auto& offsets : found.offsets) {
+        const auto refined = TQBezierSegmentRefineIntersection(a, b, offsets);
+        const bool isCrossing = gap(a, b, refined) < 1e-11;
+        if (isCrossing) {
+          ASSERT_LE(gap(a, b, offsets), 600 * 3 * kLeaf);  // three times the longest polygon
+        }
+        // What is left are tangents so close that only the smallest pieces' bounds meet.
+        ASSERT_LE(gap(a, b, refined), 600 * 3 * kLeaf);
+        ASSERT_LE(gap(a, b, refined), gap(a, b, offsets));
+      }
+      if (found.offsets.size() != sampled.size()) continue;
+      for (std::size_t k = 1; k < found.offsets.size(); ++k) {
+        ASSERT_LT(found.offsets[k - 1].a, found.offsets[k].a);
+      }
+    }
+  }
+  EXPECT_GT(crossings, 150U);
+}
+
+TEST(BezierIntersections, GiveCommonEndsExactlyAndOnce) {
+  const Point p{0.1, 0.7};
+  const auto a = TQBezierSegment::cubic({-3, -2}, {-1, 3}, {-0.3, 0.2}, p);
+  const auto b = TQBezierSegment::quadratic(p, {0.9, 0.9}, {4, 7});
+  EXPECT_THAT(intersections(a, b).offsets, ElementsAre(TQBezierSegmentOffsets{1, 0}));
+  EXPECT_THAT(intersections(b, a).offsets, ElementsAre(TQBezierSegmentOffsets{0, 1}));
+  // Bounds that only touch, and bounds that overlap at the end.
+  const auto flat = TQBezierSegment::straight({-5, 0.7}, p);
+  EXPECT_THAT(intersections(flat, b).offsets, ElementsAre(TQBezierSegmentOffsets{1, 0}));
+  const auto under = TQBezierSegment::straight(p, {5, -1});
+  EXPECT_THAT(intersections(b, under).offsets, ElementsAre(TQBezierSegmentOffsets{0, 0}));
+  // A closed leaf: both ends meet.
+  const auto there = TQBezierSegment::cubic({0, 0}, {0.3, 2}, {1.7, 2}, {2, 0});
+  const auto back = TQBezierSegment::cubic({2, 0}, {1.7, -2}, {0.3, -2}, {0, 0});
+  EXPECT_THAT(intersections(there, back).offsets,
+              ElementsAre(TQBezierSegmentOffsets{0, 1}, TQBezierSegmentOffsets{1, 0}));
+  // Less than the epsilon apart, and the bounds are disjoint.
+  const auto above = TQBezierSegment::straight({0, 0}, {1, 1});
+  const auto below = TQBezierSegment::straight({0, -2e-16}, {-1, -1});
+  EXPECT_THAT(intersections(above, below).offsets, ElementsAre(TQBezierSegmentOffsets{0, 0}));
+}
+
+TEST(BezierIntersections, ASymmetricCrossIsOneCrossing) {
+  test::RandomBezier random(21);
+  for (int i = 0; i < 2000; ++i) {  // both middles are the crossing, but for rounding
+    const Point p = random.point(100), q = random.point(100);
+    const auto a = TQBezierSegment::straight(p, q);
+    const auto b = TQBezierSegment::straight({p.x, q.y}, {q.x, p.y});
+    const Found found = intersections(a, b);
+    ASSERT_EQ(found.offsets.size(), 1U);
+    ASSERT_TRUE(lieNear(found.offsets[0], {0.5, 0.5}, kLeaf));
+    const auto refined = TQBezierSegmentRefineIntersection(a, b, found.offsets[0]);
+    ASSERT_TRUE(lieNear(refined, {0.5, 0.5}, 1e-12));
+  }
+}
+
+TEST(BezierIntersections, NineCrossingsOfTwoCubicsAreNine) {
+  // y = T3(x) and x = T3(y), T3 the third Chebyshev polynomial, meet where T9(x) = x: at the
+  // cosines of the multiples of π/4 and of π/5, the two common ends among them.
+  const auto a = TQBezierSegment::cubic({-1, -1}, {-1.0 / 3, 5}, {1.0 / 3, -5}, {1, 1});
+  const auto b = TQBezierSegment::cubic({-1, -1}, {5, -1.0 / 3}, {-5, 1.0 / 3}, {1, 1});
+  std::vector<double> expected;
+  for (const double k :
+       {4 / 4.0, 4 / 5.0, 3 / 4.0, 3 / 5.0, 2 / 4.0, 2 / 5.0, 1 / 4.0, 1 / 5.0, 0.0}) {
+    expected.push_back((1 + std::cos(k * std::numbers::pi)) / 2);
+  }
+  const Found found = intersections(a, b);
+  ASSERT_EQ(found.offsets.size(), expected.size());
+  EXPECT_EQ(found.offsets.front(), (TQBezierSegmentOffsets{0, 0}));
+  EXPECT_EQ(found.offsets.back(), (TQBezierSegmentOffsets{1, 1}));
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_NEAR(found.offsets[i].a, expected[i], kLeaf);
+    EXPECT_NEAR(TQBezierSegmentRefineIntersection(a, b, found.offsets[i]).a, expected[i], 1e-14);
+  }
+}
+
+TEST(BezierIntersections, ATouchIsOneAndItsBestReport) {
+  const auto arch = TQBezierSegment::quadratic({-1, 0}, {0.1, 2}, {1.2, 0});
+  const auto found = intersections(arch, TQBezierSegment::straight({-3, 1}, {4, 1}));
+  ASSERT_EQ(found.offsets.size(), 1U);
+  EXPECT_NEAR(found.offsets[0].a, 0.5, 0.01);
+}
+
+TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
+  const auto cubic = TQBezierSegment::cubic({0, 0}, {1, 3}, {2, -1}, {4, 1});
+  const auto reversed = TQBezierSegment::cubic({4, 1}, {2, -1}, {1, 3}, {0, 0});
+  const auto point = TQBezierSegment::cubic({2, 2}, {2, 2}, {2, 2}, {2, 2});
+  const auto line = TQBezierSegment::straight({0, 0}, {4, 4});
+  const struct {
+    const char* name;
+    TQBezierSegment a, b;
+    std::vector<TQBezierSegmentOffsets> expected;
+  } cases[] = {
+      {"identical", cubic, cubic, {{0, 0}, {1, 1}}},
+      {"reversed", cubic, reversed, {{0, 1}, {1, 0}}},
+      {"identical lines", line, line, {{0, 0}, {1, 1}}},
+      {"two points at one place", point, point, {{0, 0}}},
+      {"two points apart", point, TQBezierSegment::straight({2, 3}, {2, 3}), {}},
+      {"parallel", line, TQBezierSegment::straight({0, 1}, {4, 5}), {}},
+      {"collinear, end to end", line, TQBezierSegment::straight({4, 4}, {9, 9}), {{1, 0}}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const Found found = intersections(c.a, c.b);
+    EXPECT_TRUE(found.isComplete);
+    EXPECT_EQ(found.offsets, c.expected);
+  }
+
+  const Found onPoint = intersections(line, point);
+  ASSERT_EQ(onPoint.offsets.size(), 1U);
+  EXPECT_NEAR(onPoint.offsets[0].a, 0.5, kLeaf);
+
+  const auto overlapping = TQBezierSegment::straight({1.1, 1.1}, {9, 9});
+  const Found overlap = intersections(line, overlapping);
+  EXPECT_TRUE(overlap.isComplete);
+  ASSERT_FALSE(overlap.offsets.empty());  // what becomes a common end is left to rounding
+  ASSERT_LE(overlap.offsets.size(), 2U);
+  for (const auto offsets : overlap.offsets) EXPECT_LT(gap(line, overlapping, offsets), 1e-3);
+
+  // There and back three times on both: more than the bound allows, and said so.
+  const auto folded = TQBezierSegment::cubic({0, 0}, {40, 0}, {-30, 0}, {10, 0});
+  const Found cut = intersections(folded, folded);
+  EXPECT_FALSE(cut.offsets.empty());
+}
+
+TEST(BezierIntersections, BadSegmentsMeetNothing) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  const auto line = TQBezierSegment::straight({0, 0}, {4, 4});
+  auto unknown = line;
+  unknown.degree = TQBezierDegree{9};
+  EXPECT_THAT(intersections(line, TQBezierSegment::straight({0, 4}, {kNaN, 0})).offsets, IsEmpty());
+  EXPECT_THAT(intersections(line, unknown).offsets, IsEmpty());
+  EXPECT_TRUE(intersections(unknown, unknown).isComplete);
+  EXPECT_TRUE(intersections(line, TQBezierSegment::straight({-kInf, 0}, {kInf, 4})).isComplete);
+  const auto huge = TQBezierSegment::straight({-1e308, -1e308}, {1e308, 1e308});
+  (void)intersections(huge, TQBezierSegment::straight({-1e308, 1e308}, {1e308, -1e308}));
+  // A unit in the last place long: every piece soon is a point.
+  const auto tiny = TQBezierSegment::straight({1e16, 0}, {1e16 + 2, 0});
+  EXPECT_TRUE(intersections(tiny, tiny).isComplete);
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,148 @@
+#include <TQFoundation/geometry/TQPolynomial.h>
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <vector>
+
+#include <support/RandomBezier.h>
+#include <support/Roots.h>
+
+namespace tq {
+namespace {
+
+using test::used;
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+
+TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
+  const struct {
+    const char* name;
+    TQPolynomial p;
+    std::vector<double> roots;  // in the order of the formulas
+  } cases[] = {
+      {"cubic, three: smallest, largest, middle", {1, -6, 11, -6}, {1, 3, 2}},
+      {"cubic, one", {2, 0, 0, -16}, {2}},
+      {"cubic, simple then double", {1, -4, 5, -2}, {2, 1}},
+      {"cubic, triple at 0 counts as simple and double", {5, 0, 0, 0}, {0, 0}},
+      {"quadratic, larger first", {0, 1, -3, 2}, {2, 1}},
+      {"quadratic, double twice", {0, 1, -2, 1}, {1, 1}},
+      {"quadratic, none", {0, 1, 0, 1}, {}},
+      {"linear", {0, 0, 2, -4}, {2}},
+      {"constant", {0, 0, 0, 5}, {}},
+      {"nothing", {0, 0, 0, 0}, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const TQPolynomialRoots found = TQPolynomialFindRoots(c.p);
+    EXPECT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1e-12), c.roots));
+    for (std::size_t i = c.roots.size(); i < 3; ++i) EXPECT_EQ(found.roots[i], 0);
+  }
+}
+
+/// The same closed form with eleven bits more.
+std::vector<long double> cubicRoots(long double a, long double b, long double c) {
+  const long double Q = (a * a - 3 * b) / 9;
+  const long double R = (2 * a * a * a - 9 * a * b + 27 * c) / 54;
+  if (Q * Q * Q <= R * R) {
+    const long double A = (R < 0 ? 1 : -1) * std::cbrt(std::sqrt(R * R - Q * Q * Q) + std::fabs(R));
+    return {A + (A == 0 ? 0 : Q / A) - a / 3};
+  }
+  const long double theta = std::acos(R / std::sqrt(Q * Q * Q));
+  constexpr long double kThird = 2 * std::numbers::pi_v<long double> / 3;
+  std::vector<long double> roots;
+  for (const long double turn : {0.0L, kThird, -kThird}) {
+    roots.push_back(-2 * std::sqrt(Q) * std::cos(theta / 3 + turn) - a / 3);
+  }
+  return roots;
+}
+
+TEST(PolynomialRoots, CubicOnesAgreeWithMoreDigitsAndGiveZeroWhenPutBack) {
+  test::RandomBezier random(1);
+  int withThree = 0;
+  for (int i = 0; i < 100'000; ++i) {
+    const TQPolynomial p{1, random.number(-5, 5), random.number(-5, 5), random.number(-5, 5)};
+    const std::vector<long double> exact = cubicRoots(p.b, p.c, p.d);
+    const TQPolynomialRoots found = TQSolveP3(p.b, p.c, p.d);
+    ASSERT_EQ(used(found).size(), exact.size());
+    withThree += exact.size() == 3;
+    for (std::size_t k = 0; k < exact.size(); ++k) {
+      const double root = found.roots[k];
+      const double slope = std::fabs(3 * root * root + 2 * p.b * root + p.c);
+      const double size = std::fabs(root * root * root) + std::fabs(p.b) * root * root +
+                          std::fabs(p.c * root) + std::fabs(p.d) + 1;
+      EXPECT_LE(std::fabs(TQPolynomialEvalulate(p, root)), 64 * kEpsilon * (size + slope * 5));
+      if (slope > 1e-3) {
+        EXPECT_NEAR(root, static_cast<double>(exact[k]), 64 * kEpsilon * size / slope + 1e-14);
+      }
+    }
+  }
+  EXPECT_GT(withThree, 10'000);
+}
+
+TEST(PolynomialRoots, QuadraticOnesGiveZeroWhenPutBack) {
+  test::RandomBezier random(2);
+  for (int i = 0; i < 100'000; ++i) {
+    const TQPolynomial p{0, random.number(-5, 5), random.number(-5, 5), random.number(-5, 5)};
+    const TQPolynomialRoots found = TQPolynomialFindRoots(p);
+    ASSERT_EQ(found.count, p.c * p.c - 4 * p.b * p.d >= 0 ? 2 : 0);
+    for (const double root : found) {
+      const double rootError = std::fabs(p.c / p.b) + std::sqrt(std::fabs(p.d / p.b));
+      const double size = std::fabs(p.b) * root * root + std::fabs(p.c * root) + std::fabs(p.d);
+      EXPECT_LE(std::fabs(TQPolynomialEvalulate(p, root)),
+                4 * kEpsilon * (size + rootError * std::fabs(2 * p.b * root + p.c)));
+    }
+  }
+}
+
+TEST(PolynomialRoots, FilterShiftsBothBoundsByEpsilonAndExcludesThem) {
+  const TQPolynomialRoots roots{{0, 1, 0.5}, 3};
+  EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, 1e-9), (TQPolynomialRoots{{0.5, 0, 0}, 1}));
+  EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, 0), (TQPolynomialRoots{{0.5, 0, 0}, 1}));
+  EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, -0.25), roots);
+  EXPECT_EQ(TQPolynomialRootsFilter(roots, 0.25, 0.75, 0.25).count, 0);  // 0.5 on both bounds
+  EXPECT_EQ(TQPolynomialRootsFilter({{kNaN, kInf, 0.5}, 3}, 0, 1, 0).count, 1);
+}
+
+TEST(PolynomialRoots, SortAndSetTakeTheUsedOnesOnly) {
+  EXPECT_EQ(TQPolynomialRootsSort({{3, 2, 1}, 3}), (TQPolynomialRoots{{1, 2, 3}, 3}));
+  EXPECT_EQ(TQPolynomialRootsSort({{3, 2, 1}, 2}), (TQPolynomialRoots{{2, 3, 1}, 2}));
+  EXPECT_EQ(TQPolynomialRootsSort({{3, 2, 1}, 7}), (TQPolynomialRoots{{3, 2, 1}, 7}));
+  const struct {
+    TQPolynomialRoots roots;
+    std::vector<double> members;
+  } cases[] = {{{{2, 1, 2}, 3}, {2, 1}}, {{{kNaN, kNaN, 1}, 2}, {kNaN}}, {{{0.0, -0.0, 1}, 2}, {0}},
+               {{{1, 2, 3}, 0}, {}},     {{{1, 2, 3}, 4}, {}},           {{{1, 2, 3}, -1}, {}}};
+  for (const auto& c : cases) {
+    const Ref<Array> set = TQPolynomialRootsMakeSet(c.roots);
+    EXPECT_TRUE(set->isEqual(*Array::arrayWithNumbers(std::span<const double>(c.members))));
+  }
+}
+
+TEST(Polynomial, HighPassKeepsWhatReachesTheThreshold) {
+  EXPECT_EQ(TQPolynomialHighPassFilter(0.5, {0.5, -0.5, 0.4999, -7}),
+            (TQPolynomial{0.5, -0.5, 0, -7}));
+  EXPECT_TRUE(std::isnan(TQPolynomialHighPassFilter(1, {kNaN, 0, 0, 0}).a));
+}
+
+TEST(Polynomial, BadCoefficientsGiveNoRootThatTheFilterKeeps) {
+  for (const double bad : {kNaN, kInf, -kInf, 1e308, 5e-324}) {
+    for (const TQPolynomial p : {TQPolynomial{bad, 1, 1, 1},
+                                 {1, bad, 1, 1},
+                                 {1, 1, bad, 1},
+                                 {1, 1, 1, bad},
+                                 {0, bad, bad, 1},
+                                 {0, 0, bad, bad}}) {
+      for (const double root : TQPolynomialRootsFilter(TQPolynomialFindRoots(p), -10, 10, 0)) {
+        EXPECT_TRUE(root > -10 && root < 10);
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+
+#include <TQFoundation/geometry/TQBezierSegment.h>
+
+namespace tq::test {
+
+/// Random numbers and segments from a seed, which a failing assertion prints.
+class RandomBezier {
+ public:
+  explicit RandomBezier(std::uint64_t seed)
+      : trace_(__FILE__, __LINE__, testing::Message() << "seed " << seed), engine_(seed) {}
+
+  double number(double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(engine_);
+  }
+  Point point(double extent) {
+    const double x = number(-extent, extent);
+    return {x, number(-extent, extent)};
+  }
+  TQBezierSegment segment(TQBezierDegree degree, double extent) {
+    TQBezierSegment segment;
+    segment.degree = degree;
+    for (std::size_t i = 0; i < segment.used().size(); ++i) segment.points[i] = point(extent);
+    return segment;
+  }
+
+ private:
+  testing::ScopedTrace trace_;
+  std::mt19937_64 engine_;
+};
+
+inline constexpr TQBezierDegree kDegrees[] = {TQBezierDegree::straight, TQBezierDegree::quadratic,
+                                              TQBezierDegree::cubic};
+
+}  // namespace tq::test
