@@ -13,14 +13,17 @@
 #include <TQFoundation/base/TQMemory.h>
 #include <TQFoundation/geometry/AnchoredRect.h>
 #include <TQFoundation/geometry/AspectRatio.h>
+#include <TQFoundation/geometry/CGContext+TQFoundation.h>
 #include <TQFoundation/geometry/GeometrySystem.h>
 #include <TQFoundation/geometry/Length.h>
+#include <TQFoundation/geometry/Path.h>
 #include <TQFoundation/geometry/Rounded.h>
 #include <TQFoundation/geometry/Rounder.h>
 #include <TQFoundation/geometry/Straight.h>
 #include <TQFoundation/geometry/TQAngle.h>
 #include <TQFoundation/geometry/TQAxis.h>
 #include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/TQBezierSegmentIterator.h>
 #include <TQFoundation/geometry/TQCorner.h>
 #include <TQFoundation/geometry/TQFloatRange.h>
 #include <TQFoundation/geometry/TQLine.h>

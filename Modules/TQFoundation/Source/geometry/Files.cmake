@@ -1,9 +1,11 @@
 tq_room(geometry
   AnchoredRect.cpp AnchoredRect.h
   AspectRatio.h
+  CGContext+TQFoundation.cpp CGContext+TQFoundation.h
   FixedText.cpp detail/FixedText.h
   GeometrySystem.cpp GeometrySystem.h
   Length.cpp Length.h
+  Path.cpp Path.h
   Rounded.h
   Rounder.cpp Rounder.h
   Straight.h
@@ -11,6 +13,7 @@ tq_room(geometry
   TQAxis.h
   TQBezierSegment.cpp TQBezierSegment.h
   TQBezierSegmentIntersections.cpp
+  TQBezierSegmentIterator.cpp TQBezierSegmentIterator.h
   TQCorner.h
   TQFloatRange.cpp TQFloatRange.h
   TQLine.cpp TQLine.h

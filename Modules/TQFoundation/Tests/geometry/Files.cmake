@@ -3,6 +3,7 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/AspectRatioTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/GeometrySystemTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LengthTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/PathTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RounderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentIntersectionsTest.cpp

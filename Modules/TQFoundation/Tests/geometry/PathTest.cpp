@@ -1,0 +1,138 @@
+#include <TQFoundation/geometry/Path.h>
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include <TQFoundation/geometry/CGContext+TQFoundation.h>
+#include <TQFoundation/geometry/TQBezierSegmentIterator.h>
+
+namespace tq {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+struct Element {
+  PathElementType type;
+  std::vector<Point> points;
+  bool operator==(const Element&) const = default;
+};
+
+std::vector<Element> elements(const Path& path) {
+  std::vector<Element> result;
+  for (const auto& [type, points] : path) result.push_back({type, {points.begin(), points.end()}});
+  return result;
+}
+
+std::vector<TQBezierSegment> segments(const Path& path) {
+  std::vector<TQBezierSegment> result;
+  for (auto it = TQBezierSegmentIteratorMake(path); const auto segment = it.next();) {
+    result.push_back(*segment);
+  }
+  return result;
+}
+
+Path example() {
+  Path path;
+  path.moveTo({0, 0});
+  path.lineTo({4, 0});
+  path.quadraticTo({6, 2}, {4, 4});
+  path.close();
+  path.cubicTo({1, 3}, {2, 3}, {3, 0});  // begins a new subpath where the last one began
+  path.moveTo({50, 50});
+  return path;
+}
+
+TEST(Path, KeepsItsElementsInOrder) {
+  const Path path = example();
+  using enum PathElementType;
+  EXPECT_EQ(elements(path), (std::vector<Element>{{move, {{0, 0}}},
+                                                  {line, {{4, 0}}},
+                                                  {quadratic, {{6, 2}, {4, 4}}},
+                                                  {close, {}},
+                                                  {cubic, {{1, 3}, {2, 3}, {3, 0}}},
+                                                  {move, {{50, 50}}}}));
+  EXPECT_EQ(path.elementCount(), 6U);
+  EXPECT_EQ(path.currentPoint(), (Point{50, 50}));
+  EXPECT_EQ(Path().currentPoint(), std::nullopt);
+  Path twice = path;
+  twice.append(twice);
+  EXPECT_EQ(twice.elementCount(), 12U);
+  twice.close();
+  EXPECT_EQ(twice.currentPoint(), (Point{50, 50}));
+  EXPECT_NE(twice, path);
+}
+
+TEST(Path, SegmentsAreWhatItDraws) {
+  EXPECT_EQ(segments(example()), (std::vector<TQBezierSegment>{
+                                     TQBezierSegment::straight({0, 0}, {4, 0}),
+                                     TQBezierSegment::quadratic({4, 0}, {6, 2}, {4, 4}),
+                                     TQBezierSegment::straight({4, 4}, {0, 0}),
+                                     TQBezierSegment::cubic({0, 0}, {1, 3}, {2, 3}, {3, 0}),
+                                 }));
+  Path closedTwice = Path::pathWithRect({0, 0, 2, 2});
+  closedTwice.close();  // already there: draws nothing
+  EXPECT_EQ(segments(closedTwice).size(), 4U);
+}
+
+TEST(Path, BoundsAreTightAndLeaveALoneMoveOut) {
+  EXPECT_EQ(example().bounds(), (Rect{0, 0, 5, 4}));
+  EXPECT_EQ(example().controlPointBounds(), (Rect{0, 0, 50, 50}));
+  EXPECT_TRUE(RectIsNull(Path().bounds()));
+  EXPECT_TRUE(RectIsNull(Path().controlPointBounds()));
+  const Path moved = example().transformed({0, 1, -1, 0, 10, 20});  // a quarter turn, then a move
+  EXPECT_EQ(moved.bounds(), (Rect{6, 20, 4, 5}));
+  EXPECT_EQ(segments(moved)[2], TQBezierSegment::straight({6, 24}, {10, 20}));
+  EXPECT_EQ(moved.currentPoint(), (Point{-40, 70}));
+}
+
+TEST(PathDeathTest, DrawingNeedsACurrentPoint) {
+  Path path;
+  const auto stops = testing::KilledBySignal(SIGABRT);
+  EXPECT_EXIT(path.lineTo({1, 1}), stops, "isEmpty.*function lineTo, file .*Source/Path, line");
+  EXPECT_EXIT(path.quadraticTo({1, 1}, {2, 2}), stops, "function quadraticTo");
+  EXPECT_EXIT(path.cubicTo({1, 1}, {2, 2}, {3, 3}), stops, "function cubicTo");
+  EXPECT_EXIT(path.close(), stops, "function close");
+}
+
+TEST(RoundedRect, HasTenElementsInTheDocumentedOrder) {
+  // 0.5522847498 · 10 beyond each corner's start.
+  const double k = 5.522847498;
+  using enum PathElementType;
+  const std::vector<Element> expected{
+      {move, {{100, 30}}},
+      {line, {{100, 50}}},
+      {cubic, {{100, 50 + k}, {90 + k, 60}, {90, 60}}},
+      {line, {{10, 60}}},
+      {cubic, {{10 - k, 60}, {0, 50 + k}, {0, 50}}},
+      {line, {{0, 10}}},
+      {cubic, {{0, 10 - k}, {10 - k, 0}, {10, 0}}},
+      {line, {{90, 0}}},
+      {cubic, {{90 + k, 0}, {100, 10 - k}, {100, 10}}},
+      {close, {}},
+  };
+  EXPECT_EQ(elements(CGPathCreateWithRoundedRectSafeCorners({0, 0, 100, 60}, 10, 10)), expected);
+  EXPECT_EQ(elements(CGPathCreateWithRoundedRectSafeCorners({100, 60, -100, -60}, 10, 10)),
+            expected);
+  const AffineTransform transform{1, 0, 0, 2, 3, 4};
+  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners({0, 0, 100, 60}, 10, 10, &transform),
+            CGPathCreateWithRoundedRectSafeCorners({0, 0, 100, 60}, 10, 10).transformed(transform));
+}
+
+TEST(RoundedRect, LimitsItsRadiiToHalfTheRect) {
+  const Rect rect{0, 0, 100, 60};
+  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, 1e9, 1e9),
+            CGPathCreateWithRoundedRectSafeCorners(rect, 50, 30));
+  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, 50, 30).elementCount(), 10U);
+  for (const double none : {0.0, -5.0, kNaN}) {
+    EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, none, 10), Path::pathWithRect(rect));
+    EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, 10, none), Path::pathWithRect(rect));
+  }
+  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners({5, 5, 0, 9}, 1, 1).elementCount(), 5U);
+  EXPECT_TRUE(CGPathCreateWithRoundedRectSafeCorners(RectNull, 1, 1).isEmpty());
+}
+
+}  // namespace
+}  // namespace tq
