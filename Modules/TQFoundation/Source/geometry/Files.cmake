@@ -25,7 +25,7 @@ tq_room(geometry
   TQRectConstraints.cpp TQRectConstraints.h
   TQRectConstruction.h
   TQRectCorners.cpp TQRectCorners.h
-  TQRectEquality.cpp TQRectEquality.h
+  TQRectEquality.h
   TQRectFitting.cpp TQRectFitting.h
   TQRectMoving.h
   TQRectOrder.cpp TQRectOrder.h

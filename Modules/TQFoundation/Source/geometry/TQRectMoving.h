@@ -32,16 +32,17 @@ struct TQEdgePaddings {
 /// Moved back where it sticks out of the container; the raw size stays. A rect larger than the
 /// container is aligned to its raw origin. For extents of 0 or more; a negative one counts by its
 /// magnitude when the far edge is moved.
-[[nodiscard]] constexpr Rect TQRectMoveIntoRect(Rect rect, const Rect& container) noexcept {
-  if (RectGetMaxX(container) < RectGetMaxX(rect)) {
-    rect.origin.x = RectGetMaxX(container) - RectGetWidth(rect);
-  }
-  if (rect.origin.x < container.origin.x) rect.origin.x = container.origin.x;
-  if (RectGetMaxY(container) < RectGetMaxY(rect)) {
-    rect.origin.y = RectGetMaxY(container) - RectGetHeight(rect);
-  }
-  if (rect.origin.y < container.origin.y) rect.origin.y = container.origin.y;
-  return rect;
+[[nodiscard]] constexpr Rect TQRectMoveIntoRect(const Rect& rect, const Rect& container) noexcept {
+  const auto moved = [](double origin, double extent, double max, double containerOrigin,
+                        double containerMax) {
+    const double pulledBack = containerMax < max ? containerMax - extent : origin;
+    return pulledBack < containerOrigin ? containerOrigin : pulledBack;
+  };
+  return {{moved(rect.origin.x, RectGetWidth(rect), RectGetMaxX(rect), container.origin.x,
+                 RectGetMaxX(container)),
+           moved(rect.origin.y, RectGetHeight(rect), RectGetMaxY(rect), container.origin.y,
+                 RectGetMaxY(container))},
+          rect.size};
 }
 
 /// Moved just so far that its middle lies in the container, bounds included; the raw size stays.
