@@ -7,8 +7,5 @@ tq_add_room_benchmarks(TQGeometry
   "${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentBenchmark.cpp"
   "${CMAKE_CURRENT_LIST_DIR}/TQLineBenchmark.cpp"
   "${CMAKE_CURRENT_LIST_DIR}/TQPolynomialBenchmark.cpp"
-  PEERS PkgConfig::2geom PkgConfig::gsl PkgConfig::cairo)
-
-tq_add_room_benchmarks(TQGeometry
   "${CMAKE_CURRENT_LIST_DIR}/TQRectBenchmark.cpp"
-  PEERS PkgConfig::2geom)
+  PEERS PkgConfig::2geom PkgConfig::gsl PkgConfig::cairo)
