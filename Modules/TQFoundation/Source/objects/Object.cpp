@@ -1,7 +1,7 @@
 #include <TQFoundation/objects/Object.h>
 
 #include <charconv>
-#include <cstring>
+#include <cstdint>
 #include <functional>
 
 #include <TQFoundation/objects/Class.h>
@@ -10,8 +10,8 @@
 namespace tq {
 namespace {
 
-// Objects whose destruction has been put off, most recent first. Each lies in the list by a pointer
-// written over its dead header (count and spare bytes), so that nothing is allocated in a release.
+// Objects whose destruction has been put off, most recent first. Each leads to the next one by what
+// nobody needs of its header any more, so that nothing is allocated in a release.
 struct PutOff {
   int depth = 0;
   const Object* first = nullptr;
@@ -19,36 +19,7 @@ struct PutOff {
 // Reached by every destruction, so without the call that a library's thread-local variables take.
 [[gnu::tls_model("initial-exec")]] thread_local constinit PutOff putOff;
 
-constexpr std::size_t kLinkOffset = sizeof(void*);  // behind the virtual table
-static_assert(kLinkOffset + sizeof(const Object*) <= sizeof(Object));
-
-void pushPutOff(const Object* object) noexcept {
-  std::memcpy(reinterpret_cast<std::byte*>(const_cast<Object*>(object)) + kLinkOffset,
-              &putOff.first, sizeof putOff.first);
-  putOff.first = object;
-}
-
-const Object* popPutOff() noexcept {
-  const Object* object = putOff.first;
-  std::memcpy(&putOff.first, reinterpret_cast<const std::byte*>(object) + kLinkOffset,
-              sizeof putOff.first);
-  return object;
-}
-
-// Invariant: at depth 0 the list is empty. The outermost destruction drains it, one object at a
-// time, each with the whole depth to itself again; total work is one step an object.
-void destroy(const Object* object) noexcept {
-  if (putOff.depth == Object::kDirectReleaseDepth) {
-    pushPutOff(object);
-    return;
-  }
-  ++putOff.depth;
-  delete object;
-  if (putOff.depth == 1) {
-    while (putOff.first != nullptr) delete popPutOff();
-  }
-  --putOff.depth;
-}
+constexpr int kAlignmentBits = 4;  // an object starts at a multiple of 16
 
 }  // namespace
 
@@ -73,9 +44,38 @@ std::string Object::description() const {
   return text;
 }
 
+// The link takes the 48 bits of count and spare room: an address of up to 52 bits without the four
+// that are always 0. Kind and detail stay, because destructors read them.
+void Object::setNextPutOff(const Object* object) const noexcept {
+  const auto link = reinterpret_cast<std::uintptr_t>(object) >> kAlignmentBits;
+  references_.store(static_cast<std::uint32_t>(link), std::memory_order_relaxed);
+  linkHigh_ = static_cast<std::uint16_t>(link >> 32);
+}
+
+const Object* Object::nextPutOff() const noexcept {
+  const std::uintptr_t low = references_.load(std::memory_order_relaxed);
+  return reinterpret_cast<const Object*>((std::uintptr_t{linkHigh_} << 32 | low) << kAlignmentBits);
+}
+
+// Invariant: at depth 0 the list is empty. The outermost destruction drains it, one object at a
+// time, each with the whole depth to itself again; total work is one step an object.
 void Object::lastReleased(std::uint32_t before) const noexcept {
   if ((before & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
-  destroy(this);
+  if (putOff.depth == kDirectReleaseDepth) {
+    setNextPutOff(putOff.first);
+    putOff.first = this;
+    return;
+  }
+  ++putOff.depth;
+  delete this;
+  if (putOff.depth == 1) {
+    while (putOff.first != nullptr) {
+      const Object* object = putOff.first;
+      putOff.first = object->nextPutOff();
+      delete object;
+    }
+  }
+  --putOff.depth;
 }
 
 }  // namespace tq

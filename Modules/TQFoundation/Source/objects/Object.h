@@ -121,11 +121,13 @@ class TQ_EXPORT Object {
   static constexpr std::uint32_t kReference = 2;
 
   void lastReleased(std::uint32_t before) const noexcept;
+  void setNextPutOff(const Object* object) const noexcept;
+  [[nodiscard]] const Object* nextPutOff() const noexcept;
 
   mutable std::atomic<std::uint32_t> references_;
   const ObjectKind kind_;
   const std::uint8_t detail_;
-  std::uint16_t unused_ = 0;
+  mutable std::uint16_t linkHigh_ = 0;  // see nextPutOff()
 };
 static_assert(sizeof(Object) == 16);
 

@@ -66,6 +66,25 @@ TEST(Object, ReleasesAMillionInAChain) {
   EXPECT_EQ(alive, 0);
 }
 
+// Each kind of container is met where destruction is put off, as one of several.
+TEST(Object, ReleasesDeepNestsOfOneContainer) {
+  int alive = 0;
+  Ref<Object> arrays = makeRef<Counted>(alive);
+  Ref<Object> growing = makeRef<Counted>(alive);
+  Ref<Object> dictionaries = makeRef<Counted>(alive);
+  for (int i = 0; i < 1000; ++i) {
+    arrays = Array::arrayWithObjects({makeRef<Counted>(alive), std::move(arrays)});
+    dictionaries = Dictionary::dictionaryWithEntries(
+        {{"a", makeRef<Counted>(alive)}, {"k", std::move(dictionaries)}});
+    const Ref<MutableArray> array = MutableArray::array();
+    array->addObject(makeRef<Counted>(alive));
+    array->addObject(std::move(growing));
+    growing = array;
+  }
+  arrays = growing = dictionaries = nullptr;
+  EXPECT_EQ(alive, 0);
+}
+
 TEST(Object, ReleasesAMillionNestedContainers) {
   int alive = 0;
   Ref<Object> nest = makeRef<Counted>(alive);
