@@ -6,6 +6,7 @@
 #include <functional>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include <TQFoundation/base/TQAssert.h>
 
@@ -38,6 +39,7 @@ namespace {
 /// Gives Data's making functions a constructor to call.
 class FixedData final : public Data {
  public:
+  FixedData() noexcept = default;
   explicit FixedData(std::span<const std::byte> bytes) {
     reserveBytes(bytes.size());
     if (!bytes.empty()) std::memcpy(bytes_, bytes.data(), bytes.size());
@@ -52,6 +54,22 @@ Ref<Data> Data::dataWithBytes(std::span<const std::byte> bytes) {
 }
 
 Ref<Data> Data::dataWithBytes(std::string_view bytes) { return dataWithBytes(bytesOf(bytes)); }
+
+Ref<Data> Data::dataByTakingBytes(MutableData& buffer) {
+  const Ref<Data> data = makeRef<FixedData>();
+  if (buffer.bytes_ != nullptr) {
+    // A block that cannot be made smaller stays as it is.
+    if (void* cut = std::realloc(buffer.bytes_, buffer.length_ + kReadablePadding)) {
+      buffer.bytes_ = static_cast<std::byte*>(cut);
+      buffer.capacity_ = buffer.length_;
+    }
+    std::memset(buffer.bytes_ + buffer.length_, 0, kReadablePadding);
+  }
+  data->bytes_ = std::exchange(buffer.bytes_, nullptr);
+  data->length_ = std::exchange(buffer.length_, 0);
+  data->capacity_ = std::exchange(buffer.capacity_, 0);
+  return data;
+}
 
 bool Data::isEqual(const Object& other) const {
   return other.kind() == ObjectKind::data && view() == static_cast<const Data&>(other).view();

@@ -12,6 +12,8 @@
 
 namespace tq {
 
+class MutableData;
+
 /// An immutable byte buffer. Threads: any.
 class TQ_EXPORT Data : public Subclass<Data> {
  public:
@@ -25,6 +27,10 @@ class TQ_EXPORT Data : public Subclass<Data> {
   /// A copy of the bytes. @throws std::bad_alloc
   [[nodiscard]] static Ref<Data> dataWithBytes(std::span<const std::byte> bytes);
   [[nodiscard]] static Ref<Data> dataWithBytes(std::string_view bytes);
+
+  /// The bytes of `buffer` without a copy, in a block cut to their length; `buffer` is empty
+  /// afterwards. @throws std::bad_alloc, the buffer unchanged
+  [[nodiscard]] static Ref<Data> dataByTakingBytes(MutableData& buffer);
 
   ~Data() override;
 
