@@ -2,6 +2,10 @@ tq_room(platform
   Base64.cpp Base64.h
   BinaryPropertyList.cpp
   CharacterCategory.cpp CharacterCategory.h
+  Checksum.cpp Checksum.h
+  Codec.h
+  DeflateCodec.cpp
+  Digest.cpp Digest.h
   FileError.cpp
   FileHandle.cpp FileHandle.h
   FileReading.cpp FileReading.h
@@ -11,7 +15,21 @@ tq_room(platform
   JSONShape.cpp
   KeyedArchiver.cpp KeyedArchiver.h
   KeyedUnarchiver.cpp KeyedUnarchiver.h
+  LZ4Codec.cpp
+  LZMACodec.cpp
   LibraryClasses.cpp
   ObjectMemory.cpp
   PlainLog.cpp PlainLog.h
-  URL.cpp URL.h)
+  URL.cpp URL.h
+  lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
+  lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
+  lzfse/BlockHeader.cpp lzfse/BlockHeader.h
+  lzfse/Encoder.cpp lzfse/Encoder.h
+  lzfse/EntropyCoder.cpp lzfse/EntropyCoder.h
+  lzfse/Format.h
+  lzfse/LZFSECodec.cpp
+  lzfse/LZVN.h
+  lzfse/LZVNDecoder.cpp
+  lzfse/LZVNEncoder.cpp
+  lzfse/MatchFinder.h
+  lzfse/Output.h)
