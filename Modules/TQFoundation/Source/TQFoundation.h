@@ -63,6 +63,9 @@
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/Base64.h>
 #include <TQFoundation/platform/CharacterCategory.h>
+#include <TQFoundation/platform/Checksum.h>
+#include <TQFoundation/platform/Codec.h>
+#include <TQFoundation/platform/Digest.h>
 #include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/FileReading.h>
 #include <TQFoundation/platform/JSONDocument.h>
@@ -70,6 +73,9 @@
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/URL.h>
+#include <TQFoundation/serialisation/TQCompression.h>
+#include <TQFoundation/serialisation/TQDigests.h>
+#include <TQFoundation/serialisation/TQFNV1aBuilder.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONDecoder.h>

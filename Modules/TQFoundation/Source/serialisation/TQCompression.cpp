@@ -1,0 +1,179 @@
+#include <TQFoundation/serialisation/TQCompression.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+
+#include <TQFoundation/platform/Checksum.h>
+#include <TQFoundation/platform/Codec.h>
+
+namespace tq {
+namespace {
+
+constexpr std::size_t kHeaderSize = 10;
+constexpr std::size_t kFooterSize = 8;
+constexpr std::size_t kContainerSize = kHeaderSize + kFooterSize;
+
+/// Magic, method 8, no flags, no time, no extra flags, operating system 3.
+constexpr std::array<std::uint8_t, kHeaderSize> kGzipHeader = {0x1f, 0x8b, 8, 0, 0, 0, 0, 0, 0, 3};
+
+// The older layout of LZFSE containers: identifier, 64-bit length, stream.
+constexpr std::size_t kOldHeaderSize = 12;
+constexpr std::size_t kOldLengthOffset = 4;
+
+constexpr const char* kCannotCompress =
+    "The data could not be compressed to a gzip file because it would not become smaller.";
+
+/// None for what stores or is unknown.
+const Codec* codecFor(TQCompressionAlgorithm algorithm) noexcept {
+  switch (algorithm) {
+    case TQCompressionAlgorithm::lz4:
+      return &lz4Codec;
+    case TQCompressionAlgorithm::lz4Raw:
+      return &lz4RawCodec;
+    case TQCompressionAlgorithm::deflate:
+      return &deflateCodec;
+    case TQCompressionAlgorithm::lzma:
+      return &lzmaCodec;
+    case TQCompressionAlgorithm::lzfse:
+      return &lzfseCodec;
+    case TQCompressionAlgorithm::stored:
+      break;
+  }
+  return nullptr;
+}
+
+template <class Integer>
+void putLittleEndian(std::byte* at, Integer value) noexcept {
+  for (std::size_t i = 0; i < sizeof value; ++i) at[i] = static_cast<std::byte>(value >> (8 * i));
+}
+
+template <class Integer>
+Integer littleEndianAt(std::span<const std::byte> bytes, std::size_t offset) noexcept {
+  Integer value = 0;
+  for (std::size_t i = sizeof value; i-- > 0;) {
+    value = static_cast<Integer>(value << 8 | std::to_integer<Integer>(bytes[offset + i]));
+  }
+  return value;
+}
+
+/// Whether a stream of `payloadSize` bytes can stand for so many plain ones at all.
+bool isWithinReach(std::uint64_t uncompressedSize, std::size_t payloadSize, const Codec& codec) {
+  return uncompressedSize / codec.largestExpansion <= payloadSize;
+}
+
+Ref<Data> unpack(std::span<const std::byte> payload, const Codec& codec,
+                 std::uint64_t uncompressedSize) {
+  if (!isWithinReach(uncompressedSize, payload.size(), codec)) return nullptr;
+  const auto size = static_cast<std::size_t>(uncompressedSize);
+  const Ref<MutableData> plain = MutableData::data();
+  if (!codec.decode(payload, plain->spareRoom(size).first(size))) return nullptr;
+  plain->commit(size);
+  return Data::dataByTakingBytes(*plain);
+}
+
+}  // namespace
+
+Ref<Data> dataByCompressingWithAlgorithm_tq(std::span<const std::byte> bytes,
+                                            TQCompressionAlgorithm algorithm) try {
+  const std::size_t size = bytes.size();
+  const Ref<MutableData> container = MutableData::data();
+  const std::span<std::byte> room = container->spareRoom(size + kContainerSize);
+  const std::span<std::byte> payload = room.subspan(kHeaderSize, size);
+
+  const Codec* const codec = codecFor(algorithm);
+  std::size_t packed = codec != nullptr ? codec->encode(bytes, payload) : 0;
+  if (packed == 0) {
+    algorithm = TQCompressionAlgorithm::stored;
+    packed = size;
+    if (size > 0) std::memcpy(payload.data(), bytes.data(), size);
+  }
+  std::memcpy(room.data(), kGzipHeader.data(), kHeaderSize);
+  if (algorithm != TQCompressionAlgorithm::deflate) {
+    putLittleEndian(room.data(), static_cast<std::uint32_t>(algorithm));
+  }
+  std::byte* const footer = room.data() + kHeaderSize + packed;
+  putLittleEndian(footer, crc32(bytes));
+  putLittleEndian(footer + 4, static_cast<std::uint32_t>(size));
+  container->commit(packed + kContainerSize);
+  return Data::dataByTakingBytes(*container);
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
+Ref<Data> dataByDecompressingWithAlgorithm(std::span<const std::byte> bytes,
+                                           TQCompressionAlgorithm algorithm, std::size_t headerSize,
+                                           std::size_t footerSize,
+                                           std::uint64_t uncompressedSize) try {
+  if (headerSize > bytes.size() || footerSize > bytes.size() - headerSize) return nullptr;
+  const auto payload = bytes.subspan(headerSize, bytes.size() - headerSize - footerSize);
+  if (algorithm == TQCompressionAlgorithm::stored) return Data::dataWithBytes(payload);
+  const Codec* const codec = codecFor(algorithm);
+  return codec != nullptr ? unpack(payload, *codec, uncompressedSize) : nullptr;
+} catch (const std::bad_alloc&) {
+  return nullptr;
+}
+
+Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes) {
+  if (bytes.size() < kContainerSize) return nullptr;
+  const auto algorithm =
+      isGzipped_tq(bytes)
+          ? TQCompressionAlgorithm::deflate
+          : static_cast<TQCompressionAlgorithm>(littleEndianAt<std::uint32_t>(bytes, 0));
+  Ref<Data> plain =
+      dataByDecompressingWithAlgorithm(bytes, algorithm, kHeaderSize, kFooterSize,
+                                       littleEndianAt<std::uint32_t>(bytes, bytes.size() - 4));
+  if (plain == nullptr && algorithm == TQCompressionAlgorithm::lzfse) {
+    plain =
+        dataByDecompressingWithAlgorithm(bytes, algorithm, kOldHeaderSize, 0,
+                                         littleEndianAt<std::uint64_t>(bytes, kOldLengthOffset));
+  }
+  return plain;
+}
+
+bool isGzipped_tq(std::span<const std::byte> bytes) noexcept {
+  return bytes.size() >= kContainerSize && bytes[0] == std::byte{0x1f} &&
+         bytes[1] == std::byte{0x8b};
+}
+
+gzip_tqError::gzip_tqError() : Exception("gzip_tqError", kCannotCompress) {}
+
+gzip_tqError::~gzip_tqError() = default;
+
+Ref<Data> gzipped_tqAndReturnError(std::span<const std::byte> bytes, Ref<Error>* error) {
+  Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytes, TQCompressionAlgorithm::deflate);
+  if (container != nullptr && isGzipped_tq(*container)) return container;
+  setOutError(error, Error::errorWithDomain(gzip_tqErrorDomain, gzip_tqErrorCannotCompress,
+                                            kCannotCompress));
+  return nullptr;
+}
+
+Ref<Data> gzipped_tq(std::span<const std::byte> bytes) {
+  Ref<Data> container = gzipped_tqAndReturnError(bytes, nullptr);
+  if (container == nullptr) throw gzip_tqError();
+  return container;
+}
+
+Ref<Data> dataByCompressingWithAlgorithm_tq(const Data& data, TQCompressionAlgorithm algorithm) {
+  return dataByCompressingWithAlgorithm_tq(data.bytes(), algorithm);
+}
+
+Ref<Data> dataByDecompressingWithAlgorithm(const Data& data, TQCompressionAlgorithm algorithm,
+                                           std::size_t headerSize, std::size_t footerSize,
+                                           std::uint64_t uncompressedSize) {
+  return dataByDecompressingWithAlgorithm(data.bytes(), algorithm, headerSize, footerSize,
+                                          uncompressedSize);
+}
+
+Ref<Data> dataByDecompressing_tq(const Data& data) { return dataByDecompressing_tq(data.bytes()); }
+
+bool isGzipped_tq(const Data& data) noexcept { return isGzipped_tq(data.bytes()); }
+
+Ref<Data> gzipped_tq(const Data& data) { return gzipped_tq(data.bytes()); }
+
+Ref<Data> gzipped_tqAndReturnError(const Data& data, Ref<Error>* error) {
+  return gzipped_tqAndReturnError(data.bytes(), error);
+}
+
+}  // namespace tq

@@ -1,0 +1,31 @@
+#pragma once
+
+/// @file TQDigests.h
+/// SHA-1 of byte buffers. Any thread.
+
+#include <cstddef>
+#include <span>
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+
+/// The digest, 20 bytes; none only where the system forbids SHA-1.
+[[nodiscard]] TQ_EXPORT Ref<Data> sha1Data_tq(std::span<const std::byte> bytes);
+[[nodiscard]] TQ_EXPORT Ref<Data> sha1Data_tq(const Data& data);
+
+/// The digest as 40 lower-case hexadecimal digits; the empty string when there is no digest.
+[[nodiscard]] TQ_EXPORT Ref<String> sha1String_tq(std::span<const std::byte> bytes);
+[[nodiscard]] TQ_EXPORT Ref<String> sha1String_tq(const Data& data);
+
+/// Older name of sha1Data_tq(); every call first logs a warning at error level.
+[[nodiscard]] TQ_EXPORT Ref<Data> sha1(std::span<const std::byte> bytes);
+[[nodiscard]] TQ_EXPORT Ref<Data> sha1(const Data& data);
+
+/// Older name of sha1String_tq(); every call first logs a warning at error level.
+[[nodiscard]] TQ_EXPORT Ref<String> sha1AsString(std::span<const std::byte> bytes);
+[[nodiscard]] TQ_EXPORT Ref<String> sha1AsString(const Data& data);
+
+}  // namespace tq

@@ -1,0 +1,156 @@
+#include <TQFoundation/serialisation/TQCompression.h>
+
+#include <gmock/gmock.h>
+
+#include "serialisation/CompressionSupport.h"
+
+namespace tq {
+namespace {
+
+using namespace test;
+using enum TQCompressionAlgorithm;
+
+TEST(CompressionContainer, HasTheLayoutByteForByte) {
+  const std::string zeros(5000, '\0');
+  const struct {
+    const char* name;
+    TQCompressionAlgorithm algorithm;
+    std::string plain, head, tail;
+  } cases[] = {
+      {"nothing", deflate, "", "00000000 00000000 0003", fromHex("00000000 00000000")},
+      {"too short to shrink", lzfse, "abc", "00000000 00000000 0003",
+       "abc" + fromHex("c2412435 03000000")},
+      {"unknown algorithm", TQCompressionAlgorithm{99}, "abc", "00000000 00000000 0003",
+       "abc" + fromHex("c2412435 03000000")},
+      {"deflate", deflate, zeros, "1f8b0800 00000000 0003", littleEndian(5000, 4)},
+      {"LZ4", lz4, zeros, "00010000 00000000 0003 62763431", littleEndian(5000, 4)},
+      {"LZ4 raw", lz4Raw, zeros, "01010000 00000000 0003", littleEndian(5000, 4)},
+      {"LZMA", lzma, zeros, "06030000 00000000 0003 fd377a585a000000 ff12d941",
+       littleEndian(5000, 4)},
+      {"LZFSE", lzfse, zeros, "01080000 00000000 0003 62767832", littleEndian(5000, 4)},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string container =
+        textOf(dataByCompressingWithAlgorithm_tq(bytesOf(c.plain), c.algorithm));
+    EXPECT_THAT(container, testing::StartsWith(fromHex(c.head)));
+    EXPECT_THAT(container, testing::EndsWith(c.tail));
+    EXPECT_LE(container.size(), c.plain.size() + 18);
+  }
+}
+
+TEST(CompressionContainer, GivesBackWhatWasPutIn) {
+  const std::string document = documentText(300'000);
+  const struct {
+    const char* name;
+    std::string plain;
+  } cases[] = {
+      {"nothing", ""},
+      {"one byte", "x"},
+      {"seven bytes", "xxxxxxx"},
+      {"below the block threshold", document.substr(0, 4095)},
+      {"at the block threshold", document.substr(0, 4096)},
+      {"an LZ4 block and one byte", document.substr(0, 65537)},
+      {"several blocks", document},
+      {"one byte for long", std::string(1'000'000, 'x')},
+      {"long literal runs", randomBytes(30'000) + document + randomBytes(90'000) + document},
+      {"a match from the furthest place",
+       document.substr(0, 3000) + randomBytes(259'000) + document.substr(0, 3000)},
+      {"random", randomBytes(100'000)},
+  };
+  for (const auto& c : cases) {
+    for (const auto& [name, algorithm] : kAlgorithms) {
+      SCOPED_TRACE(std::string(name) + ", " + c.name);
+      const Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytesOf(c.plain), algorithm);
+      ASSERT_NE(container, nullptr);
+      EXPECT_LE(container->length(), c.plain.size() + 18);
+      EXPECT_EQ(textOf(dataByDecompressing_tq(*container)), c.plain);
+    }
+  }
+}
+
+TEST(CompressionContainer, TakesAStreamAsLongAsThePlain) {
+  // Something between random bytes, which are stored, and repetition, which shrinks.
+  const std::string noise = randomBytes(40);
+  bool found = false;
+  for (std::size_t repeated = 4; repeated < 20 && !found; ++repeated) {
+    const std::string plain = noise + noise.substr(0, repeated) + "last bytes!!";
+    const Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytesOf(plain), lz4Raw);
+    found = container->length() == plain.size() + 18 && container->view()[0] == 1;
+    EXPECT_EQ(textOf(dataByDecompressing_tq(*container)), plain);
+  }
+  EXPECT_TRUE(found);
+}
+
+TEST(CompressionContainer, IsReadWrittenByHand) {
+  const std::string head = fromHex("00000000 00000000 0003");
+  const std::string lz4Head = fromHex("00010000 00000000 0003");
+  const std::string lzfseStream = fromHex("6276782d 03000000") + "abc" + fromHex("62767824");
+  const struct {
+    const char* name;
+    std::string container, plain;
+  } cases[] = {
+      {"stored", head + "abc" + fromHex("ffffffff 03000000"), "abc"},
+      {"stored, whatever its length says", head + "abc" + fromHex("00000000 ffffffff"), "abc"},
+      {"the eight bytes may say anything else",
+       fromHex("00000000 12345678 9abc") + "abc" + std::string(8, '\0'), "abc"},
+      {"gzip of nothing", fromHex("1f8b0800 00000000 0003 0300 00000000 00000000"), ""},
+      {"LZ4 of nothing", lz4Head + "bv4$" + std::string(8, '\0'), ""},
+      {"bytes behind the stream", lz4Head + "bv4$more" + std::string(8, '\0'), ""},
+      {"LZ4 raw of nothing", fromHex("01010000 00000000 0003") + std::string(8, '\0'), ""},
+      {"LZFSE", fromHex("01080000 00000000 0003") + lzfseStream + fromHex("00000000 03000000"),
+       "abc"},
+      {"LZFSE, the older layout", fromHex("01080000 03000000 00000000") + lzfseStream, "abc"},
+      {"the older layout of another length", fromHex("01080000 02000000 00000000") + lzfseStream,
+       "none"},
+      {"the older layout has no other algorithm",
+       fromHex("00010000 00000000 00000000") + "bv4$" + fromHex("0000"), "none"},
+      {"unknown algorithm", fromHex("02010000 00000000 0003") + std::string(8, '\0'), "none"},
+      {"gzip magic, no stream", fromHex("1f8b") + std::string(20, '\xff'), "none"},
+      {"nothing at all", "", "none"},
+      {"one byte", "\x1f", "none"},
+      {"one byte short", std::string(17, '\0'), "none"},
+      {"shortest", std::string(18, '\0'), ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(textOf(dataByDecompressing_tq(bytesOf(c.container))), c.plain);
+  }
+}
+
+TEST(CompressionContainer, HeaderAndFooterMustFit) {
+  constexpr std::size_t kHuge = ~std::size_t{0};
+  const auto bytes = bytesOf("0123456789");
+  EXPECT_EQ(textOf(dataByDecompressingWithAlgorithm(bytes, stored, 4, 3, 77)), "456");
+  EXPECT_EQ(textOf(dataByDecompressingWithAlgorithm(bytes, stored, 6, 4, 0)), "");
+  EXPECT_EQ(dataByDecompressingWithAlgorithm(bytes, stored, 6, 5, 0), nullptr);
+  EXPECT_EQ(dataByDecompressingWithAlgorithm(bytes, stored, kHuge, 12, 0), nullptr);
+  EXPECT_EQ(dataByDecompressingWithAlgorithm(bytes, stored, 2, kHuge, 0), nullptr);
+}
+
+TEST(Gzip, IsRecognisedByItsFirstBytesAndLength) {
+  EXPECT_TRUE(isGzipped_tq(bytesOf("\x1f\x8b" + std::string(16, 'x'))));
+  EXPECT_FALSE(isGzipped_tq(bytesOf("\x1f\x8b" + std::string(15, 'x'))));
+  EXPECT_FALSE(isGzipped_tq(bytesOf("\x1f\x8c" + std::string(16, 'x'))));
+  EXPECT_FALSE(isGzipped_tq(bytesOf("")));
+}
+
+TEST(Gzip, FailsWhereNothingIsSaved) {
+  const std::string text = documentText(2000);
+  Ref<Error> error;
+  EXPECT_TRUE(gzipped_tq(bytesOf(text))->isEqual(*gzipped_tqAndReturnError(bytesOf(text), &error)));
+  EXPECT_EQ(error, nullptr);
+  for (const std::string& plain : {std::string(), std::string("short"), randomBytes(1000)}) {
+    EXPECT_THROW((void)gzipped_tq(bytesOf(plain)), gzip_tqError);
+    EXPECT_EQ(gzipped_tqAndReturnError(bytesOf(plain), nullptr), nullptr);
+    error = nullptr;
+    EXPECT_EQ(gzipped_tqAndReturnError(bytesOf(plain), &error), nullptr);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->domain(), gzip_tqErrorDomain);
+    EXPECT_EQ(error->code(), gzip_tqErrorCannotCompress);
+    EXPECT_THAT(error->localizedDescription(), testing::HasSubstr("could not be compressed"));
+  }
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,147 @@
+#include <TQFoundation/platform/Codec.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+#include <TQFoundation/serialisation/TQDigests.h>
+
+#include "serialisation/CompressionSupport.h"
+
+namespace tq {
+namespace {
+
+using namespace test;
+using enum TQCompressionAlgorithm;
+
+std::string packed(const Codec& codec, std::string_view plain, std::size_t capacity) {
+  std::vector<std::byte> room(capacity);
+  const std::size_t size = codec.encode(bytesOf(plain), room);
+  return {reinterpret_cast<const char*>(room.data()), size};
+}
+
+// Streams of the format's reference encoder, or assembled to use every form at its limits.
+TEST(LZFSEStream, OfOthersIsRead) {
+  const struct {
+    const char* name;
+    std::size_t plainSize;
+    const char* sha1;
+    bool isReferenceEncoding = true;
+  } cases[] = {
+      {"empty", 0, "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
+      {"one", 1, "c3156e00d3c2588c639e0d3cf6821258b05761c7"},
+      {"seven", 7, "de69b8a4a5604d0486e6420db81e39eb464a17b2"},
+      {"text100", 100, "cb94d43dae6a7dc31c15b22e540d280d426dc61b"},
+      {"text3000", 3000, "a3da84ac0250f200b86bba7ca64fda356c963de0"},
+      {"rand2000", 2000, "537e1806134cdb5035f0c9a035766f87dcb84198"},
+      {"rep4096", 4096, "21f71fef581769bfa5d3d8dd9dfa15d8e3c8dd9e"},
+      {"rep4095", 4095, "f454aa587cf3c3b9059ede530a27a727259df32b"},
+      {"rand4096", 4096, "31066b9a480e63dd724022aac577353646a555bd"},
+      {"rand4096.stored", 4096, "31066b9a480e63dd724022aac577353646a555bd"},
+      {"zeros5000", 5000, "044ef48af264fd3e304ab9e64f9656f37af763a6"},
+      {"text64k", 65536, "9d733add752c2d8f8978c10dafa7653bd3a0c12f"},
+      {"text64k.v1", 65536, "9d733add752c2d8f8978c10dafa7653bd3a0c12f"},
+      {"mixed300k", 307200, "8f03165d057e1c8687e6a44bf9144fb89c04a03a"},
+      {"lzvn-ops", 68302, "5e3411120f1b0fd64d92d232f713e057aa5cd7b9", false},
+      {"chain", 15429, "82d5eb8dc50c04db684883576a3e5cd0b1caece0", false},
+      {"limits", 270914, "9c406e719e6887950031de998c9d3947bb48cbff", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    const std::string stream = fileContents(TQ_TEST_DATA "/" + std::string(c.name) + ".lzfse");
+    ASSERT_FALSE(stream.empty());
+    const Ref<Data> plain = unpacked(lzfse, stream, c.plainSize);
+    ASSERT_NE(plain, nullptr);
+    EXPECT_EQ(sha1String_tq(*plain)->view(), c.sha1);
+    EXPECT_EQ(unpacked(lzfse, stream, c.plainSize + 1), nullptr);
+    if (c.plainSize > 0) {
+      EXPECT_EQ(unpacked(lzfse, stream, c.plainSize - 1), nullptr);
+    }
+
+    const std::string ours = packed(lzfseCodec, plain->view(), c.plainSize + 700);
+    EXPECT_EQ(textOf(unpacked(lzfse, ours, c.plainSize)), plain->view());
+    if (c.isReferenceEncoding) {
+      EXPECT_LE(ours.size(), stream.size()) << "the reference is shorter";
+    }
+  }
+}
+
+TEST(Stream, KnownAnswers) {
+  std::string tests;
+  for (int i = 0; i < 16; ++i) tests += "test ";
+  const std::string zero(1, '\0');
+  const struct {
+    const char* name;
+    const Codec& codec;
+    std::string plain, stream;
+    bool isOurs = true;  ///< our encoder writes the same
+  } cases[] = {
+      {"LZ4 of nothing", lz4Codec, "", fromHex("62763424")},
+      {"LZ4 of a byte", lz4Codec, zero, fromHex("6276342d 01000000 00 62763424")},
+      {"LZ4 stored", lz4Codec, tests, fromHex("6276342d 50000000") + tests + fromHex("62763424"),
+       false},
+      {"LZ4 raw of a byte", lz4RawCodec, zero, fromHex("1000")},
+      {"LZ4 raw, literals", lz4RawCodec, tests, fromHex("f041") + tests, false},
+      {"LZMA of nothing", lzmaCodec, "",
+       fromHex("fd377a585a000000ff12d941 00000000 1cdf4421 06729e7a 0100000000 00595a")},
+      {"LZMA of a byte", lzmaCodec, zero,
+       fromHex("fd377a585a000000ff12d941 02c005012101160027e86383 0100000000000000"
+               "00011101ada65804 06729e7a0100000000 00595a")},
+      {"LZFSE of nothing", lzfseCodec, "", fromHex("6276782d00000000 62767824")},
+      {"LZFSE of a byte", lzfseCodec, zero, fromHex("6276782d01000000 00 62767824")},
+      {"LZVN", lzfseCodec, tests,
+       fromHex("6276786e 50000000 15000000 e57465737420 3805 f02f e27420 0600000000000000"
+               "62767824"),
+       false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::vector<std::byte> plain(c.plain.size());
+    EXPECT_TRUE(c.codec.decode(bytesOf(c.stream), plain));
+    EXPECT_TRUE(std::ranges::equal(plain, bytesOf(c.plain)));
+    if (c.isOurs) {
+      EXPECT_EQ(packed(c.codec, c.plain, 100), c.stream);
+    }
+  }
+}
+
+// An encoder fills the room to its last byte or says that it cannot.
+TEST(Stream, FitsOrIsRefused) {
+  const Codec* const codecs[] = {&deflateCodec, &lz4Codec, &lz4RawCodec, &lzmaCodec, &lzfseCodec};
+  for (const std::string& plain : {documentText(700), documentText(6000), randomBytes(5000)}) {
+    for (const Codec* codec : codecs) {
+      std::size_t shortest = 0;
+      for (std::size_t room = 0; room < plain.size() + 700; room += 1 + room / 15) {
+        const std::string stream = packed(*codec, plain, room);
+        ASSERT_LE(stream.size(), room);
+        if (stream.empty()) continue;
+        if (shortest == 0) shortest = room;
+        std::vector<std::byte> back(plain.size());
+        ASSERT_TRUE(codec->decode(bytesOf(stream), back));
+        ASSERT_TRUE(std::ranges::equal(back, bytesOf(plain)));
+      }
+      EXPECT_GT(shortest, 0u);
+    }
+  }
+}
+
+// The blocks of a framed stream share one history, of stored blocks too.
+TEST(LZ4Stream, MatchesReachIntoEarlierBlocks) {
+  const std::string block = fromHex("0f 0500 01 50") + "again";  // 20 bytes from 5 back, 5 literals
+  const std::string sizes = littleEndian(25, 4) + littleEndian(block.size(), 4);
+  const std::string stream = "bv4-" + littleEndian(5, 4) + "hello" + "bv41" + sizes + block +
+                             "bv4-" + littleEndian(0, 4) + "bv4$";
+  EXPECT_EQ(textOf(unpacked(lz4, stream, 30)), "hellohellohellohellohelloagain");
+  const std::string before = "bv41" + sizes + block + "bv4$";
+  EXPECT_EQ(unpacked(lz4, before, 25), nullptr) << "there is nothing to repeat yet";
+}
+
+TEST(LZMAStream, SaysItsDictionaryAndNoCheck) {
+  const std::string stream = packed(lzmaCodec, documentText(1000), 1000);
+  EXPECT_EQ(stream.substr(0, 12), fromHex("fd377a585a000000ff12d941"));
+  EXPECT_NE(stream.substr(12, 20).find(fromHex("210116")), std::string::npos) << "LZMA2, 8 MiB";
+}
+
+}  // namespace
+}  // namespace tq

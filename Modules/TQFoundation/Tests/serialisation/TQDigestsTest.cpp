@@ -1,0 +1,82 @@
+#include <TQFoundation/serialisation/TQDigests.h>
+
+#include <gmock/gmock.h>
+
+#include <string>
+
+#include <TQFoundation/serialisation/TQFNV1aBuilder.h>
+
+#include "serialisation/CompressionSupport.h"
+#include "support/CapturedLog.h"
+
+namespace tq {
+namespace {
+
+using namespace test;
+
+// FIPS 180's examples.
+TEST(SHA1, OfKnownTexts) {
+  const struct {
+    std::string text;
+    const char* digest;
+  } cases[] = {
+      {"", "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
+      {"abc", "a9993e364706816aba3e25717850c26c9cd0d89d"},
+      {"abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq",
+       "84983e441c3bd26ebaae4aa1f95129e5e54670f1"},
+      {std::string(1'000'000, 'a'), "34aa973cd4c4daa4f61eeb2bdbad27316534016f"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(sha1String_tq(bytesOf(c.text))->view(), c.digest);
+    EXPECT_EQ(sha1Data_tq(bytesOf(c.text))->view(), fromHex(c.digest));
+  }
+}
+
+TEST(SHA1, OlderNamesWarnAndGiveTheSame) {
+  const Ref<Data> data = Data::dataWithBytes("abc");
+  const CapturedLog log;
+  EXPECT_TRUE(sha1(*data)->isEqual(*sha1Data_tq(*data)));
+  EXPECT_TRUE(sha1AsString(*data)->isEqual(*sha1String_tq(*data)));
+  EXPECT_THAT(
+      log.messages(),
+      testing::ElementsAre(
+          "WARNING: `-[NSData sha1]` from a private Korvan category might be removed in the "
+          "future. We now use `-[NSData sha1Data_tq]` ourselves (no warranty!).",
+          "WARNING: `-[NSData sha1AsString]` from a private Korvan category might be removed in "
+          "the future. We now use `-[NSData sha1String_tq]` ourselves (no warranty!)."));
+}
+
+std::string checksumOf(std::string_view bytes) {
+  TQFNV1aBuilder builder;
+  builder.addData(bytesOf(bytes));
+  return std::string(builder.checksum()->view());
+}
+
+TEST(FNV1a, OfKnownTexts) {
+  std::string allBytes;
+  for (int i = 0; i < 4 * 256; ++i) allBytes += static_cast<char>(i);
+  EXPECT_EQ(checksumOf(""), "6C62272E07BB014262B821756295C58D");
+  EXPECT_EQ(checksumOf("a"), "D228CB696F1A8CAF78912B704E4A8964");
+  EXPECT_EQ(checksumOf("foobar"), "343E1662793C64BF6F0D3597BA446F18");
+  EXPECT_EQ(checksumOf(allBytes), "A14176B4FA8BE677563F36DA8584718D")
+      << "by whole-number arithmetic";
+}
+
+TEST(FNV1a, IsBuiltUpPieceByPiece) {
+  const Ref<String> text = String::of("Grüße");
+  const Ref<String> halfCharacter = String::stringWithUTF16(u"\xd800");
+  TQFNV1aBuilder builder;
+  builder.addData(bytesOf(""));
+  builder.addData(static_cast<const Data*>(nullptr));
+  builder.addString(static_cast<const String*>(nullptr));
+  builder.addString(*halfCharacter);
+  EXPECT_EQ(builder.checksum()->view(), checksumOf(""));
+  builder.addString(*text);
+  const TQFNV1aBuilder before = builder;
+  builder.addData(*Data::dataWithBytes(" und so weiter"));
+  EXPECT_EQ(builder.checksum()->view(), checksumOf("Grüße und so weiter"));
+  EXPECT_EQ(before.checksum()->view(), checksumOf("Grüße"));
+}
+
+}  // namespace
+}  // namespace tq
