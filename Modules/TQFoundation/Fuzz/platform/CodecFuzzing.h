@@ -1,0 +1,74 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <span>
+
+#include <TQFoundation/platform/Codec.h>
+
+namespace tq::fuzz {
+
+/// A block of its own, exactly as long as asked, so that the first byte beyond either end is found.
+struct Block {
+  std::unique_ptr<std::byte[]> memory;
+  std::span<std::byte> bytes;
+
+  explicit Block(std::size_t size) : memory(new std::byte[size]), bytes(memory.get(), size) {}
+  explicit Block(std::span<const std::byte> copied) : Block(copied.size()) {
+    std::copy(copied.begin(), copied.end(), bytes.begin());
+  }
+};
+
+inline void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+inline void unpackHostile(const Codec& codec, std::span<const std::byte> input,
+                          std::size_t length) {
+  const Block packed(input);
+  const Block plain(length);
+  if (!codec.decode(packed.bytes, plain.bytes)) return;
+  require(length <= packed.bytes.size() * codec.largestExpansion);
+  // A stream has one length.
+  const Block longer(length + 1);
+  require(!codec.decode(packed.bytes, longer.bytes));
+  if (length > 0) {
+    const Block shorter(length - 1);
+    require(!codec.decode(packed.bytes, shorter.bytes));
+  }
+}
+
+inline void packAndUnpack(const Codec& codec, std::span<const std::byte> input,
+                          std::size_t capacity) {
+  const Block plain(input);
+  const Block packed(capacity);
+  const std::size_t size = codec.encode(plain.bytes, packed.bytes);
+  require(size <= capacity);
+  if (size == 0) return;
+  const Block fitting(packed.bytes.first(size));
+  const Block back(plain.bytes.size());
+  require(codec.decode(fitting.bytes, back.bytes));
+  require(std::equal(back.bytes.begin(), back.bytes.end(), plain.bytes.begin()));
+}
+
+/// Four bytes steer, the rest is fed to the codec: bit 31 packs it, otherwise it is unpacked; the
+/// low 17 bits are the length of the output.
+inline int fuzzCodec(const Codec& codec, const std::uint8_t* data, std::size_t size) {
+  std::uint32_t control = 0;
+  if (size < sizeof control) return -1;
+  std::memcpy(&control, data, sizeof control);
+  const auto input = std::as_bytes(std::span(data, size)).subspan(sizeof control);
+  const std::size_t length = control & 0x1ffff;
+  if (control >> 31 != 0) {
+    packAndUnpack(codec, input, length % (input.size() + 64));
+  } else {
+    unpackHostile(codec, input, length);
+  }
+  return 0;
+}
+
+}  // namespace tq::fuzz
