@@ -1,0 +1,5 @@
+find_package(Boost 1.74 REQUIRED)  # Geometry's R-tree; headers alone
+
+tq_add_room_benchmarks(TQSpatial
+  "${CMAKE_CURRENT_LIST_DIR}/RTreeBenchmark.cpp"
+  PEERS Boost::headers)

@@ -1,0 +1,250 @@
+#pragma once
+
+/// @file TreeTraversal.h
+/// The nodes of a tree, one after another, in any of three orders.
+///
+///     for (const RTreeNode<Shape>* node : depthFirst(tree)) …
+///     std::ranges::find_if(breadthFirst(tree, 3), isWanted)
+///     depthFirstPostOrder(subTree(tree, node))
+
+#include <cstddef>
+#include <iterator>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <ranges>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/collections/ChildTraversable.h>
+#include <TQFoundation/collections/Forest.h>
+#include <TQFoundation/collections/detail/StableStack.h>
+
+namespace tq {
+
+/// Siblings always come in their own order.
+enum class TraversalOrder {
+  depthFirst,           ///< a node, then everything below it
+  depthFirstPostOrder,  ///< everything below a node, then the node
+  breadthFirst,         ///< level by level from the root
+};
+
+/// Goes down to the last leaf.
+inline constexpr std::size_t kNoDepthLimit = std::numeric_limits<std::size_t>::max();
+
+namespace detail {
+
+/// The nodes that are open between the root and the current one; both depth-first orders.
+template <class Tree, TraversalOrder order>
+class DepthFirstWalk {
+ public:
+  explicit DepthFirstWalk(std::size_t depthLimit) noexcept : depthLimit_(depthLimit) {}
+
+  [[nodiscard]] bool isAtEnd() const noexcept { return open_.size() == 0; }
+  [[nodiscard]] TreeNode<Tree> node() const { return open_.top().node.get(); }
+  [[nodiscard]] std::size_t depth() const noexcept { return open_.size() - 1; }
+
+  void start(const Tree& tree) {
+    open_.push(rootOf(tree));
+    if constexpr (kPostOrder) goDown(tree);
+  }
+
+  void advance(const Tree& tree) {
+    if constexpr (kPostOrder) {
+      open_.pop();
+      if (!isAtEnd() && openNextChild(tree)) goDown(tree);
+    } else {
+      while (!isAtEnd() && !openNextChild(tree)) open_.pop();
+    }
+  }
+
+ private:
+  using Children = std::views::all_t<ChildrenOf<Tree>>;
+  static constexpr bool kPostOrder = order == TraversalOrder::depthFirstPostOrder;
+
+  /// The children of an open node that are still to come. A view may be bound to its address.
+  struct Remaining {
+    explicit Remaining(ChildrenOf<Tree>&& all)
+        : children(std::views::all(std::forward<ChildrenOf<Tree>>(all))),
+          next(std::ranges::begin(children)),
+          end(std::ranges::end(children)) {}
+    Children children;
+    std::ranges::iterator_t<Children> next;
+    std::ranges::sentinel_t<Children> end;
+  };
+
+  struct Open {
+    explicit Open(TreeNode<Tree> opened) : node(std::forward<TreeNode<Tree>>(opened)) {}
+    KeptNode<TreeNode<Tree>> node;
+    std::optional<Remaining> remaining;  // none before the first child is asked for
+  };
+
+  /// Children are asked for as late as can be: whoever stops early has not paid for the rest.
+  bool openNextChild(const Tree& tree) {
+    Open& top = open_.top();
+    if (!top.remaining) {
+      if (depth() >= depthLimit_) return false;
+      top.remaining.emplace(childrenOf(tree, top.node.get()));
+    } else {
+      ++top.remaining->next;
+    }
+    if (top.remaining->next == top.remaining->end) return false;
+    open_.push(*top.remaining->next);
+    return true;
+  }
+
+  void goDown(const Tree& tree) {
+    while (openNextChild(tree)) {
+    }
+  }
+
+  StableStack<Open> open_;
+  std::size_t depthLimit_;
+};
+
+/// The current level and as much of the next one as has been met.
+template <class Tree>
+class BreadthFirstWalk {
+ public:
+  explicit BreadthFirstWalk(std::size_t depthLimit) noexcept : depthLimit_(depthLimit) {}
+
+  [[nodiscard]] bool isAtEnd() const noexcept { return position_ == level_.size(); }
+  [[nodiscard]] TreeNode<Tree> node() const { return level_[position_].get(); }
+  [[nodiscard]] std::size_t depth() const noexcept { return depth_; }
+
+  void start(const Tree& tree) {
+    level_.clear();
+    level_.emplace_back(rootOf(tree));
+    position_ = 0;
+    depth_ = 0;
+  }
+
+  void advance(const Tree& tree) {
+    if (depth_ < depthLimit_) {
+      for (auto&& child : childrenOf(tree, level_[position_].get())) {
+        below_.emplace_back(std::forward<decltype(child)>(child));
+      }
+    }
+    if (++position_ != level_.size()) return;
+    level_.swap(below_);
+    below_.clear();
+    position_ = 0;
+    ++depth_;
+  }
+
+ private:
+  std::vector<KeptNode<TreeNode<Tree>>> level_;
+  std::vector<KeptNode<TreeNode<Tree>>> below_;
+  std::size_t position_ = 0;
+  std::size_t depth_ = 0;
+  std::size_t depthLimit_;
+};
+
+template <class Tree, TraversalOrder order>
+struct WalkOf {
+  using Type = DepthFirstWalk<Tree, order>;
+};
+template <class Tree>
+struct WalkOf<Tree, TraversalOrder::breadthFirst> {
+  using Type = BreadthFirstWalk<Tree>;
+};
+
+}  // namespace detail
+
+/// The nodes of a tree, or of the trees of a forest one after another. A view: cheap to copy, and
+/// gone over as often as you like. It refers to a tree that it was made from by name and shares one
+/// that it was handed over; while it is gone over the tree must stay as it is.
+///
+/// Memory:  depth first, one frame for each level that is open; breadth first, one node handle for
+///          each node of two levels. Never the program's own stack, however deep the tree.
+/// Cost:    children are asked for once a node, when the traversal goes past it and not before.
+template <ChildTraversable Tree, TraversalOrder order>
+class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, order>> {
+ public:
+  class Iterator {
+   public:
+    using iterator_concept = std::input_iterator_tag;
+    using value_type = std::remove_cvref_t<TreeNode<Tree>>;
+    using difference_type = std::ptrdiff_t;
+
+    Iterator(std::span<const Tree> trees, std::size_t depthLimit)
+        : trees_(trees), walk_(depthLimit) {
+      if (!trees_.empty()) walk_.start(trees_.front());
+    }
+
+    [[nodiscard]] TreeNode<Tree> operator*() const { return walk_.node(); }
+
+    Iterator& operator++() {
+      walk_.advance(trees_.front());
+      if (walk_.isAtEnd()) {
+        trees_ = trees_.subspan(1);
+        if (!trees_.empty()) walk_.start(trees_.front());
+      }
+      return *this;
+    }
+    void operator++(int) { ++*this; }
+
+    /// Levels between the current node and the root; 0 at the root.
+    [[nodiscard]] std::size_t depth() const noexcept { return walk_.depth(); }
+
+    friend bool operator==(const Iterator& iterator, std::default_sentinel_t) noexcept {
+      return iterator.trees_.empty();
+    }
+
+   private:
+    std::span<const Tree> trees_;
+    typename detail::WalkOf<Tree, order>::Type walk_;
+  };
+
+  TreeTraversal(std::shared_ptr<const void> owner, std::span<const Tree> trees,
+                std::size_t depthLimit) noexcept
+      : owner_(std::move(owner)), trees_(trees), depthLimit_(depthLimit) {}
+
+  [[nodiscard]] Iterator begin() const { return Iterator(trees_, depthLimit_); }
+  [[nodiscard]] static std::default_sentinel_t end() noexcept { return {}; }
+
+ private:
+  std::shared_ptr<const void> owner_;  // none when the trees are somebody else's
+  std::span<const Tree> trees_;
+  std::size_t depthLimit_;
+};
+
+/// @param tree        a tree or a Forest; kept alive by the view when it is a temporary
+/// @param depthLimit  how many levels below the root are visited; 0 visits the root alone
+template <TraversalOrder order, class Argument>
+[[nodiscard]] auto traverse(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
+  using Value = std::remove_cvref_t<Argument>;
+  const auto view = [depthLimit](const Value& value, std::shared_ptr<const void> owner) {
+    if constexpr (detail::kIsForest<Value>) {
+      using Tree = typename Value::Tree;
+      return TreeTraversal<Tree, order>(std::move(owner), value.trees(), depthLimit);
+    } else {
+      return TreeTraversal<Value, order>(std::move(owner), {&value, 1}, depthLimit);
+    }
+  };
+  if constexpr (std::is_lvalue_reference_v<Argument>) {
+    return view(tree, nullptr);
+  } else {
+    auto owned = std::make_shared<const Value>(std::move(tree));
+    return view(*owned, owned);
+  }
+}
+
+template <class Argument>
+[[nodiscard]] auto depthFirst(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
+  return traverse<TraversalOrder::depthFirst>(std::forward<Argument>(tree), depthLimit);
+}
+
+template <class Argument>
+[[nodiscard]] auto depthFirstPostOrder(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
+  return traverse<TraversalOrder::depthFirstPostOrder>(std::forward<Argument>(tree), depthLimit);
+}
+
+/// A forest's trees come one after another, each level by level.
+template <class Argument>
+[[nodiscard]] auto breadthFirst(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
+  return traverse<TraversalOrder::breadthFirst>(std::forward<Argument>(tree), depthLimit);
+}
+
+}  // namespace tq

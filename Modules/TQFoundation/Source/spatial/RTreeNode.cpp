@@ -1,0 +1,219 @@
+#include <TQFoundation/spatial/RTreeNode.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/base/TQMemory.h>
+#include <TQFoundation/spatial/detail/RTreeNodeCore.h>
+#include <TQFoundation/spatial/detail/RTreePair.h>
+
+// Everything about a node that does not depend on the type of its elements. The results are those
+// of the plain rect functions, bit for bit; the bounds kept beside the rects only save the work of
+// standardising them again.
+
+namespace tq::detail {
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr std::size_t kFirstSlots = 128;
+
+double areaOf(const Rect& rect) noexcept { return rect.size.width * rect.size.height; }
+
+constexpr std::size_t doublesPerSlot(RTreeNodeCore::Kind kind) noexcept {
+  return kind == RTreeNodeCore::Kind::leaf ? 8 : 10;
+}
+
+constexpr std::size_t inlineSlots(std::int64_t capacity) noexcept {
+  return (static_cast<std::size_t>(capacity) + 2) / 2 * 2;  // capacity + 1, made even
+}
+
+void fillWithNull(double* base, std::size_t slots, std::size_t from) noexcept {
+  std::fill(base + from, base + slots, kInf);
+  std::fill(base + slots + from, base + 2 * slots, kInf);
+  std::fill(base + 2 * slots + from, base + 3 * slots, -kInf);
+  std::fill(base + 3 * slots + from, base + 4 * slots, -kInf);
+}
+
+/// One axis of a union that is being folded. The maximum is read back from minimum and extent after
+/// each step, as it is from a rect.
+struct Span {
+  double min;
+  double max;
+  double extent;
+
+  void add(double otherMin, double otherMax) noexcept {
+    min = min < otherMin ? min : otherMin;
+    extent = (max > otherMax ? max : otherMax) - min;
+    max = min + extent;
+  }
+};
+
+}  // namespace
+
+std::size_t RTreeNodeCore::trailingBytes(Kind kind, std::int64_t capacity) noexcept {
+  if (capacity > kLargestInlineCapacity) return 0;
+  return inlineSlots(capacity) * doublesPerSlot(kind) * sizeof(double);
+}
+
+RTreeNodeCore::RTreeNodeCore(Kind kind, std::int64_t capacity)
+    : Object(ObjectKind::other, static_cast<std::uint8_t>(kind)) {
+  if (capacity > kLargestInlineCapacity) {
+    reserve(kFirstSlots);
+  } else {
+    slots_ = static_cast<std::uint32_t>(inlineSlots(capacity));
+    fillWithNull(base(), slots_, 0);
+  }
+}
+
+// A chain of single children may be long; Object bounds the stack that releasing it takes.
+RTreeNodeCore::~RTreeNodeCore() {
+  for (const RTreeNodeCore* child : childArray()) child->release();
+  if (external_ != nullptr) freeObjectMemory(external_);
+}
+
+/// Makes room for `slots` entries; only the arrays of large nodes ever grow.
+void RTreeNodeCore::reserve(std::size_t slots) {
+  if (slots <= slots_) return;
+  slots = std::max(slots + slots % 2, std::size_t{2} * slots_);
+  TQ_ASSERT(slots <= std::numeric_limits<std::uint32_t>::max());
+  auto* grown = static_cast<double*>(
+      allocateObjectMemory(slots * doublesPerSlot(nodeKind()) * sizeof(double)));
+  fillWithNull(grown, slots, 0);
+  if (external_ != nullptr) {
+    const std::size_t arrays = doublesPerSlot(nodeKind()) - 4;  // the last one holds rects
+    for (std::size_t i = 0; i < arrays; ++i) {
+      std::memcpy(grown + i * slots, external_ + i * slots_, count_ * sizeof(double));
+    }
+    std::memcpy(grown + arrays * slots, external_ + arrays * slots_, count_ * sizeof(Rect));
+    freeObjectMemory(external_);
+  }
+  external_ = grown;
+  slots_ = static_cast<std::uint32_t>(slots);
+}
+
+void RTreeNodeCore::store(std::size_t index, const Rect& rect) noexcept {
+  const RTreeBounds bounds = RTreeBounds::of(rect);
+  minX()[index] = bounds.minX;
+  minY()[index] = bounds.minY;
+  maxX()[index] = bounds.maxX;
+  maxY()[index] = bounds.maxY;
+  rectArray()[index] = rect;
+  if (!isLeaf()) areas()[index] = areaOf(rect);
+  mayHoldNull_ = mayHoldNull_ || RectIsNull(rect);
+}
+
+void RTreeNodeCore::append(const Rect& rect) noexcept { store(count_++, rect); }
+
+void RTreeNodeCore::append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept {
+  childSlots()[count_] = child.leak();
+  append(rect);
+}
+
+/// @return whether a single bit of the rect changed
+bool RTreeNodeCore::replaceRect(std::size_t index, const Rect& rect) noexcept {
+  if (std::memcmp(&rectArray()[index], &rect, sizeof rect) == 0) return false;
+  store(index, rect);
+  return true;
+}
+
+void RTreeNodeCore::truncate(std::size_t count) noexcept {
+  count_ = static_cast<std::uint32_t>(count);
+  fillWithNull(base(), slots_, count);
+}
+
+/// A directory's entries from position `first` on go to `sibling`, in their order.
+void RTreeNodeCore::moveEntriesFrom(std::size_t first, RTreeNodeCore& sibling) noexcept {
+  for (std::size_t i = first; i < count_; ++i) {
+    sibling.append(rectArray()[i], Ref<RTreeNodeCore>::adopt(childSlots()[i]));
+  }
+  truncate(first);
+}
+
+Rect RTreeNodeCore::boundingRect() const noexcept {
+  const std::span<const Rect> all = rects();
+  if (mayHoldNull_ || all.size() < 2) {
+    Rect united = RectNull;
+    for (const Rect& rect : all) united = RectUnion(united, rect);
+    return united;
+  }
+  Span x{minX()[0], maxX()[0], 0};
+  Span y{minY()[0], maxY()[0], 0};
+  for (std::size_t i = 1; i < all.size(); ++i) {
+    x.add(minX()[i], maxX()[i]);
+    y.add(minY()[i], maxY()[i]);
+  }
+  return {x.min, y.min, x.extent, y.extent};
+}
+
+/// The entry whose area grows least when it takes `rect` in; then the smaller one; then the
+/// earlier. A growth that is NaN is never smaller.
+std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
+  TQ_ASSERT(count_ != 0);
+  if (mayHoldNull_ || RectIsNull(rect)) return chooseSubtreeLiterally(rect);
+  const RTreeBounds bounds = RTreeBounds::of(rect);
+  const double* const area = areas();
+  std::size_t best = 0;
+  double leastIncrease = 0;
+  for (std::size_t i = 0; i < count_; i += 2) {
+    const Pair width =
+        greater(load(maxX() + i), both(bounds.maxX)) - lesser(load(minX() + i), both(bounds.minX));
+    const Pair height =
+        greater(load(maxY() + i), both(bounds.maxY)) - lesser(load(minY() + i), both(bounds.minY));
+    const Pair increase = width * height - Pair{area[i], i + 1 < count_ ? area[i + 1] : 0};
+    for (std::size_t lane = 0; lane < 2 && i + lane < count_; ++lane) {
+      const double candidate = increase[lane];
+      if (i + lane == 0 || candidate < leastIncrease ||
+          (candidate == leastIncrease && area[i + lane] < area[best])) {
+        best = i + lane;
+        leastIncrease = candidate;
+      }
+    }
+  }
+  return best;
+}
+
+/// The same by the rect functions, where null rects are about.
+std::size_t RTreeNodeCore::chooseSubtreeLiterally(const Rect& rect) const noexcept {
+  const std::span<const Rect> all = rects();
+  std::size_t best = 0;
+  double leastIncrease = 0;
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const double area = areaOf(all[i]);
+    const double increase = areaOf(RectUnion(all[i], rect)) - area;
+    if (i == 0 || increase < leastIncrease ||
+        (increase == leastIncrease && area < areaOf(all[best]))) {
+      best = i;
+      leastIncrease = increase;
+    }
+  }
+  return best;
+}
+
+/// Which of the 64 entries from `from` on meet `bounds`, as bits. `from` is a multiple of 64.
+std::uint64_t RTreeNodeCore::hits(const RTreeBounds& bounds, std::size_t from) const noexcept {
+  const std::size_t end = std::min<std::size_t>(count_, from + 64);
+  std::uint64_t result = 0;
+  for (std::size_t i = from; i < end; i += 2) {
+    const PairMask met =
+        (load(minX() + i) <= both(bounds.maxX)) & (both(bounds.minX) <= load(maxX() + i)) &
+        (load(minY() + i) <= both(bounds.maxY)) & (both(bounds.minY) <= load(maxY() + i));
+    result |= static_cast<std::uint64_t>(laneBits(met)) << (i - from);
+  }
+  return result;
+}
+
+bool RTreeNodeCore::anyHit(const RTreeBounds& bounds) const noexcept {
+  for (std::size_t i = 0; i < count_; i += 2) {
+    const PairMask met =
+        (load(minX() + i) <= both(bounds.maxX)) & (both(bounds.minX) <= load(maxX() + i)) &
+        (load(minY() + i) <= both(bounds.maxY)) & (both(bounds.minY) <= load(maxY() + i));
+    if (laneBits(met) != 0) return true;
+  }
+  return false;
+}
+
+}  // namespace tq::detail

@@ -1,0 +1,126 @@
+#pragma once
+
+/// @file RTreeNodeCore.h
+/// What a node of an R-tree knows of its entries without knowing the type of the elements.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include <TQFoundation/base/Rect.h>
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Object.h>
+#include <TQFoundation/objects/Ref.h>
+
+namespace tq::detail {
+
+/// Where a standardised rect starts and ends. A null rect has bounds that meet no others:
+/// minima of +infinity, maxima of -infinity.
+struct RTreeBounds {
+  double minX = 0;
+  double minY = 0;
+  double maxX = 0;
+  double maxY = 0;
+
+  [[nodiscard]] static constexpr RTreeBounds of(const Rect& rect) noexcept {
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    if (RectIsNull(rect)) return {inf, inf, -inf, -inf};
+    const Rect standard = RectStandardize(rect);
+    return {standard.origin.x, standard.origin.y, standard.origin.x + standard.size.width,
+            standard.origin.y + standard.size.height};
+  }
+};
+
+/// A node's entries: their rects as given, their bounds, and in a directory the children. The
+/// elements of a leaf are the derived class's; the hooks at the end let the tree move them.
+class TQ_EXPORT RTreeNodeCore : public Object {
+ public:
+  enum class Kind : std::uint8_t { leaf, directory };
+
+  ~RTreeNodeCore() override;
+
+  [[nodiscard]] Kind nodeKind() const noexcept { return static_cast<Kind>(headerDetail()); }
+  [[nodiscard]] bool isLeaf() const noexcept { return nodeKind() == Kind::leaf; }
+  [[nodiscard]] std::size_t entryCount() const noexcept { return count_; }
+
+  /// The rects of the entries, as they were given, in entry order.
+  [[nodiscard]] std::span<const Rect> rects() const noexcept { return {rectArray(), count_}; }
+
+  /// The children of a directory, in entry order; none in a leaf.
+  [[nodiscard]] std::span<RTreeNodeCore* const> childArray() const noexcept {
+    return {childSlots(), isLeaf() ? 0 : count_};
+  }
+
+  /// The union of the entries' rects, folded in entry order from the null rect.
+  [[nodiscard]] Rect boundingRect() const noexcept;
+
+ protected:
+  /// Where the arrays of a node begin when they lie behind it.
+  static constexpr std::size_t kHeaderBytes = 64;
+
+  /// Up to this capacity the arrays lie behind the node, with room for every entry at once. The
+  /// arrays of larger nodes grow with their contents, elsewhere.
+  static constexpr std::int64_t kLargestInlineCapacity = 127;
+
+  /// Room that a node needs behind it.
+  [[nodiscard]] static std::size_t trailingBytes(Kind kind, std::int64_t capacity) noexcept;
+
+  RTreeNodeCore(Kind kind, std::int64_t capacity);
+
+ private:
+  friend class RTreeCore;
+  friend class RTreeSplitter;
+
+  // The arrays, `slots_` long each; behind the entries the bounds are those of null rects, so that
+  // bounds can be compared two at a time without a look at the count.
+  //
+  //   leaf        minX | minY | maxX | maxY | rect
+  //   directory   minX | minY | maxX | maxY | area | child | rect
+  [[nodiscard]] double* base() const noexcept {
+    if (external_ != nullptr) [[unlikely]]
+      return external_;
+    return reinterpret_cast<double*>(
+        reinterpret_cast<std::byte*>(const_cast<RTreeNodeCore*>(this)) + kHeaderBytes);
+  }
+  [[nodiscard]] double* minX() const noexcept { return base(); }
+  [[nodiscard]] double* minY() const noexcept { return base() + slots_; }
+  [[nodiscard]] double* maxX() const noexcept { return base() + std::size_t{2} * slots_; }
+  [[nodiscard]] double* maxY() const noexcept { return base() + std::size_t{3} * slots_; }
+  [[nodiscard]] double* areas() const noexcept { return base() + std::size_t{4} * slots_; }
+  [[nodiscard]] RTreeNodeCore** childSlots() const noexcept {
+    return reinterpret_cast<RTreeNodeCore**>(base() + std::size_t{5} * slots_);
+  }
+  [[nodiscard]] Rect* rectArray() const noexcept {
+    return reinterpret_cast<Rect*>(base() + std::size_t{isLeaf() ? 4U : 6U} * slots_);
+  }
+
+  void reserve(std::size_t slots);
+  void store(std::size_t index, const Rect& rect) noexcept;
+  void append(const Rect& rect) noexcept;
+  void append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept;
+  bool replaceRect(std::size_t index, const Rect& rect) noexcept;
+  void truncate(std::size_t count) noexcept;
+  void moveEntriesFrom(std::size_t first, RTreeNodeCore& sibling) noexcept;
+  [[nodiscard]] std::size_t chooseSubtree(const Rect& rect) const noexcept;
+  [[nodiscard]] std::size_t chooseSubtreeLiterally(const Rect& rect) const noexcept;
+  [[nodiscard]] std::uint64_t hits(const RTreeBounds& bounds, std::size_t from) const noexcept;
+  [[nodiscard]] bool anyHit(const RTreeBounds& bounds) const noexcept;
+
+  /// An empty node of the same element type.
+  [[nodiscard]] virtual Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity) const = 0;
+  /// Makes room for `count` elements.
+  virtual void reserveElements(std::size_t count) = 0;
+  /// Takes over the element at `element`; room has been reserved.
+  virtual void appendElement(void* element) noexcept = 0;
+  /// Keeps the elements at the first `kept` positions of `order`, in that order, and hands the rest
+  /// to `sibling`. Room has been reserved in the sibling and in `spare`, a node to work in.
+  virtual void divideElements(std::span<const std::uint32_t> order, std::size_t kept,
+                              RTreeNodeCore& spare, RTreeNodeCore& sibling) noexcept = 0;
+
+  double* external_ = nullptr;
+  std::uint32_t count_ = 0;
+  std::uint32_t slots_ = 0;
+  bool mayHoldNull_ = false;
+};
+
+}  // namespace tq::detail

@@ -1,0 +1,53 @@
+#pragma once
+
+/// @file RTreePair.h
+/// Two doubles side by side, compared and combined in one instruction where the processor can.
+
+#include <cstdint>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace tq::detail {
+
+using Pair = double __attribute__((vector_size(16)));
+using PairMask = std::int64_t __attribute__((vector_size(16)));
+
+[[nodiscard]] inline Pair load(const double* from) noexcept {
+  Pair pair;
+  std::memcpy(&pair, from, sizeof pair);
+  return pair;
+}
+
+[[nodiscard]] inline Pair both(double value) noexcept { return Pair{value, value}; }
+
+/// a < b ? a : b, so that `b` is taken where either is NaN.
+[[nodiscard]] inline Pair lesser(Pair a, Pair b) noexcept {
+#ifdef __SSE2__
+  return Pair(_mm_min_pd(__m128d(a), __m128d(b)));
+#else
+  return Pair{a[0] < b[0] ? a[0] : b[0], a[1] < b[1] ? a[1] : b[1]};
+#endif
+}
+
+/// a > b ? a : b, so that `b` is taken where either is NaN.
+[[nodiscard]] inline Pair greater(Pair a, Pair b) noexcept {
+#ifdef __SSE2__
+  return Pair(_mm_max_pd(__m128d(a), __m128d(b)));
+#else
+  return Pair{a[0] > b[0] ? a[0] : b[0], a[1] > b[1] ? a[1] : b[1]};
+#endif
+}
+
+/// Bit 0 and bit 1: whether the comparison held in each lane.
+[[nodiscard]] inline unsigned laneBits(PairMask mask) noexcept {
+#ifdef __SSE2__
+  return static_cast<unsigned>(_mm_movemask_pd(__m128d(mask)));
+#else
+  return static_cast<unsigned>((mask[0] & 1) | (mask[1] & 2));
+#endif
+}
+
+}  // namespace tq::detail

@@ -1,0 +1,301 @@
+#include <TQFoundation/spatial/RTree.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <ranges>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <TQFoundation/spatial/LazyPruneTree.h>
+#include <support/PlainRTree.h>
+#include <support/RandomRects.h>
+
+namespace tq {
+namespace {
+
+using test::PlainRTree;
+using test::RandomRects;
+using test::RectKind;
+using Tree = RTree<int>;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr RectKind kAllKinds[] = {RectKind::uniform, RectKind::clustered, RectKind::grid,
+                                  RectKind::degenerate, RectKind::wild};
+
+Ref<Tree> treeOf(std::int64_t capacity, const std::vector<Rect>& rects) {
+  Ref<Tree> tree = makeRef<Tree>(capacity);
+  for (int i = 0; const Rect& rect : rects) tree->insert(i++, rect);
+  return tree;
+}
+
+std::vector<int> elementsOf(const Tree::Node* leaf) {
+  std::vector<int> elements;
+  for (const auto entry : leaf->leafEntries()) elements.push_back(entry.element);
+  return elements;
+}
+
+bool sameBits(const Rect& a, const Rect& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+
+/// NaN has many patterns, and which one an operation answers is the compiler's choice.
+bool sameRect(Rect a, Rect b) {
+  for (Rect* rect : {&a, &b}) {
+    for (double* field :
+         {&rect->origin.x, &rect->origin.y, &rect->size.width, &rect->size.height}) {
+      if (*field != *field) *field = kNaN;
+    }
+  }
+  return sameBits(a, b);
+}
+
+/// Entry by entry, rects to the last bit.
+testing::AssertionResult sameStructure(const Tree::Node* node, const PlainRTree::Node& plain) {
+  if (node->isLeaf() != plain.isLeaf) return testing::AssertionFailure() << "leaf or directory";
+  if (node->count() != plain.entries.size()) {
+    return testing::AssertionFailure() << node->count() << " entries, not " << plain.entries.size();
+  }
+  for (std::size_t i = 0; i < node->count(); ++i) {
+    if (!sameRect(node->rects()[i], plain.entries[i].rect)) {
+      return testing::AssertionFailure() << "rect of entry " << i;
+    }
+    if (node->isLeaf()) {
+      if (elementsOf(node)[i] != plain.entries[i].element) {
+        return testing::AssertionFailure() << "element " << i;
+      }
+    } else if (auto below = sameStructure(node->children()[static_cast<std::ptrdiff_t>(i)],
+                                          *plain.entries[i].child);
+               !below) {
+      return below << " below entry " << i;
+    }
+  }
+  return testing::AssertionSuccess();
+}
+
+TEST(RTree, IsMadeWithACapacityOfTwoOrMore) {
+  EXPECT_EQ(makeRef<Tree>(2)->minNumberOfChildren(), 1);
+  EXPECT_EQ(makeRef<Tree>(5)->minNumberOfChildren(), 2);
+  for (const std::int64_t capacity :
+       {std::int64_t{1}, std::int64_t{0}, std::numeric_limits<std::int64_t>::min()}) {
+    EXPECT_EXIT(makeRef<Tree>(capacity), testing::KilledBySignal(SIGABRT),
+                "maxNumberOfChildren >= 2.*Modules/TQFoundation/Source/RTree, line");
+  }
+}
+
+TEST(RTree, EqualRectsSplitIntoTheFirstAndTheThirdAgainstTheSecond) {
+  const Ref<Tree> tree = treeOf(2, {{1, 1, 2, 2}, {1, 1, 2, 2}});
+  const Tree::Node* const before = tree->root();
+  tree->insert(2, Rect{1, 1, 2, 2});
+  ASSERT_FALSE(tree->root()->isLeaf());
+  ASSERT_EQ(tree->root()->count(), 2U);
+  EXPECT_EQ(tree->root()->children()[0], before);  // the node that overflowed keeps its identity
+  EXPECT_EQ(elementsOf(tree->root()->children()[0]), (std::vector{0, 2}));
+  EXPECT_EQ(elementsOf(tree->root()->children()[1]), (std::vector{1}));
+}
+
+TEST(RTree, AGroupIsJoinedInOrderOfItsSeedsIncrease) {
+  // The seeds are the far corners 0 and 4; the others lie nearer to 0, the nearest one last.
+  const Ref<Tree> tree =
+      treeOf(4, {{0, 0, 1, 1}, {3, 3, 1, 1}, {2, 2, 1, 1}, {1, 1, 1, 1}, {100, 100, 1, 1}});
+  EXPECT_EQ(elementsOf(tree->root()->children()[0]), (std::vector{0, 3, 2, 1}));
+  EXPECT_EQ(elementsOf(tree->root()->children()[1]), (std::vector{4}));  // lopsided, and valid
+  EXPECT_TRUE(tree->validate());
+}
+
+TEST(RTree, ADirectoryKeepsItsFirstHalfByPosition) {
+  const Ref<Tree> tree = makeRef<Tree>(4);
+  RandomRects rects(RectKind::uniform, 3);
+  for (int i = 0; tree->root()->children().size() < 4; ++i) tree->insert(i, rects.next());
+  const Tree::Node* const root = tree->root();
+  const std::vector<const Tree::Node*> before(root->children().begin(), root->children().end());
+  for (int i = 0; tree->root() == root; ++i) tree->insert(i, rects.next());
+
+  ASSERT_EQ(tree->root()->count(), 2U);
+  EXPECT_EQ(tree->root()->children()[0], root);
+  const auto sibling = std::get<1>(tree->root()->storage())[1].child;
+  EXPECT_THAT(root->children(), testing::ElementsAre(before[0], before[1]));
+  EXPECT_THAT(sibling->children(), testing::ElementsAre(before[2], before[3], testing::_));
+}
+
+TEST(RTree, MeetsClosedRectsAndPointsButNeverNullOnes) {
+  const Ref<Tree> empty = makeRef<Tree>(4);
+  EXPECT_FALSE(empty->intersects(RectInfinite));
+  const Ref<Tree> null = treeOf(2, {RectNull});
+  EXPECT_FALSE(null->intersects(RectInfinite));
+  EXPECT_FALSE(null->intersects(RectNull));
+  const Ref<Tree> tree = makeRef<Tree>(2);
+  tree->insert(0, Point{5, 5});
+  tree->insert(1, Rect{20, 20, -10, -10});
+  for (int i = 0; i < 8; ++i) tree->insert(2 + i, RectNull);
+  EXPECT_TRUE(tree->validate());
+  EXPECT_TRUE(tree->intersects({5, 5, 0, 0}));
+  EXPECT_TRUE(tree->intersects({0, 0, 5, 5}));
+  EXPECT_TRUE(tree->intersects({20, 20, 3, 3}));
+  EXPECT_TRUE(tree->intersects({9, 9, 1, 1}));
+  EXPECT_FALSE(tree->intersects({5.5, 5.5, 4, 4}));
+  EXPECT_FALSE(tree->intersects({kNaN, 5, 1, 1}));
+}
+
+TEST(RTree, HoldsElementsOfAnyMovableType) {
+  const Ref<RTree<std::unique_ptr<int>>> owned = makeRef<RTree<std::unique_ptr<int>>>(2);
+  for (int i = 0; i < 20; ++i) owned->insert(std::make_unique<int>(i), Point{i * 1.0, 0});
+  std::set<int> seen;
+  for (const RTreeNode<std::unique_ptr<int>>* node : *owned) {
+    if (!node->isLeaf()) continue;
+    for (const auto entry : node->leafEntries()) {
+      seen.insert(*entry.element);
+      EXPECT_EQ(entry.rect.origin.x, *entry.element);
+    }
+  }
+  EXPECT_EQ(seen.size(), 20U);
+
+  struct MayThrow {
+    explicit MayThrow(int n) : number(n) {}
+    MayThrow(const MayThrow& other) noexcept(false) : number(other.number) {}
+    const std::string text = "kept in a box";
+    int number;
+  };
+  const Ref<RTree<MayThrow>> boxed = makeRef<RTree<MayThrow>>(3);
+  for (int i = 0; i < 20; ++i) boxed->insert(MayThrow(i), Point{i * 1.0, 0});
+  EXPECT_TRUE(boxed->validate());
+  const Ref<RTree<bool>> flags = makeRef<RTree<bool>>(2);
+  for (int i = 0; i < 20; ++i) flags->insert(i % 2 == 0, Point{i * 1.0, 0});
+  EXPECT_TRUE(flags->validate());
+}
+
+TEST(RTree, IsARangeOfItsNodesAndCanBePruned) {
+  const Ref<Tree> tree = makeRef<Tree>(4);
+  RandomRects rects(RectKind::uniform, 7);
+  for (int i = 0; i < 2000; ++i) tree->insert(i, rects.next());
+  std::set<const Tree::Node*> nodes;
+  std::size_t elements = 0;
+  for (const Tree::Node* node : *tree) {
+    EXPECT_TRUE(nodes.insert(node).second);
+    if (node->isLeaf()) elements += node->count();
+  }
+  EXPECT_EQ(*tree->begin(), tree->root());
+  EXPECT_EQ(elements, 2000U);
+
+  const Rect wanted{200, 200, 50, 80};
+  std::size_t found = 0, expected = 0;
+  const auto meets = [&](const Tree::Node* node) {
+    return RectIntersectsRect(node->boundingRect(), wanted);
+  };
+  for (const Tree::Node* node : depthFirst(prune(tree, meets))) {
+    if (!node->isLeaf()) continue;
+    found += static_cast<std::size_t>(std::ranges::count_if(
+        node->rects(), [&](const Rect& rect) { return RectIntersectsRect(rect, wanted); }));
+  }
+  RandomRects again(RectKind::uniform, 7);
+  for (int i = 0; i < 2000; ++i) expected += RectIntersectsRect(again.next(), wanted) ? 1 : 0;
+  EXPECT_EQ(found, expected);
+  EXPECT_GT(found, 0U);
+}
+
+TEST(RTree, NodesBeyondTheInlineCapacityGrow) {
+  for (const std::int64_t capacity : {std::int64_t{127}, std::int64_t{128}, std::int64_t{333},
+                                      std::numeric_limits<std::int64_t>::max()}) {
+    SCOPED_TRACE(capacity);
+    const Ref<Tree> tree = makeRef<Tree>(capacity);
+    const std::size_t plainCapacity = static_cast<std::size_t>(capacity);
+    PlainRTree plain(plainCapacity);
+    RandomRects rects(RectKind::uniform, 11);
+    for (int i = 0; i < 1500; ++i) {
+      const Rect rect = rects.next();
+      tree->insert(i, rect);
+      plain.insert(i, rect);
+    }
+    EXPECT_TRUE(sameStructure(tree->root(), plain.root()));
+    RandomRects queries(RectKind::uniform, 12);
+    for (int i = 0; i < 200; ++i) {
+      const Rect query = queries.next();
+      EXPECT_EQ(tree->intersects(query), plain.intersects(query));
+    }
+  }
+}
+
+// Each rect makes the last leaf overflow, and every directory above it: a level an insertion.
+TEST(RTree, GrowsVeryHighWithoutRecursion) {
+  const Ref<Tree> tree = makeRef<Tree>(2);
+  int count = 0;
+  for (double x = 1; x > 1e-150; x /= 2) tree->insert(count++, Rect{-x, -x, 0, 0});
+  std::size_t height = 0;
+  for (const Tree::Node* node = tree->root(); !node->isLeaf(); node = node->children()[0]) ++height;
+  EXPECT_GT(height, 100U);
+  EXPECT_TRUE(tree->validate());
+  for (double x = 1; x > 1e-150; x /= 2) EXPECT_TRUE(tree->intersects({-x, -x, 0, 0}));
+  EXPECT_FALSE(tree->intersects({1, 1, 1, 1}));
+}
+
+TEST(RTreeStress, BuildsTheSameNodesAsThePlainTree) {
+  for (const RectKind kind : kAllKinds) {
+    for (const std::size_t capacity : {2U, 3U, 4U, 5U, 8U, 9U, 16U}) {
+      for (unsigned seed = 0; seed < 6; ++seed) {
+        SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(kind) << ", capacity "
+                                        << capacity << ", seed " << seed);
+        const Ref<Tree> tree = makeRef<Tree>(static_cast<std::int64_t>(capacity));
+        PlainRTree plain(capacity);
+        RandomRects rects(kind, seed);
+        for (int i = 0; i < 700; ++i) {
+          const Rect rect = rects.next();
+          tree->insert(i, rect);
+          plain.insert(i, rect);
+          if (i < 60 || i % 100 == 99) {
+            ASSERT_TRUE(sameStructure(tree->root(), plain.root())) << "after " << i;
+          }
+        }
+        RandomRects queries(kind, seed + 1000);
+        for (int i = 0; i < 300; ++i) {
+          const Rect query = queries.next();
+          ASSERT_EQ(tree->intersects(query), plain.intersects(query)) << "query " << i;
+        }
+      }
+    }
+  }
+}
+
+TEST(RTreeStress, FindsWhatALinearScanFinds) {
+  for (const RectKind kind :
+       {RectKind::uniform, RectKind::clustered, RectKind::grid, RectKind::degenerate}) {
+    SCOPED_TRACE(static_cast<int>(kind));
+    std::vector<Rect> all;
+    const Ref<Tree> tree = makeRef<Tree>(8);
+    RandomRects rects(kind, 21);
+    for (int i = 0; i < 60'000; ++i) {
+      all.push_back(i % 1000 == 999 ? RectNull : rects.next());
+      tree->insert(i, all.back());
+    }
+    EXPECT_TRUE(tree->validate());
+    RandomRects queries(kind, 22);
+    for (int i = 0; i < 300; ++i) {
+      Rect query = queries.next();
+      if (i % 2 == 0) query = Rect{query.origin.x - 2000 * (i % 4), query.origin.y, 0, 0};
+      const bool found =
+          std::ranges::any_of(all, [&](const Rect& r) { return RectIntersectsRect(r, query); });
+      ASSERT_EQ(tree->intersects(query), found) << "query " << i;
+    }
+  }
+}
+
+TEST(RTreeStress, IsValidAfterEveryInsertion) {
+  for (const RectKind kind :
+       {RectKind::uniform, RectKind::clustered, RectKind::grid, RectKind::degenerate}) {
+    for (const std::int64_t capacity : {2, 3, 7, 16}) {
+      const Ref<Tree> tree = makeRef<Tree>(capacity);
+      RandomRects rects(kind, 31);
+      for (int i = 0; i < 1500; ++i) {
+        tree->insert(i, i % 50 == 49 ? RectNull : rects.next());
+        ASSERT_TRUE(tree->validate()) << "after " << i;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tq
