@@ -35,27 +35,35 @@ inline constexpr std::size_t kNoDepthLimit = std::numeric_limits<std::size_t>::m
 
 namespace detail {
 
-/// The nodes that are open between the root and the current one; both depth-first orders.
+/// The current node, and what is still to come below each of its ancestors.
 template <class Tree, TraversalOrder order>
 class DepthFirstWalk {
  public:
   explicit DepthFirstWalk(std::size_t depthLimit) noexcept : depthLimit_(depthLimit) {}
 
-  [[nodiscard]] bool isAtEnd() const noexcept { return open_.size() == 0; }
-  [[nodiscard]] TreeNode<Tree> node() const { return open_.top().node.get(); }
-  [[nodiscard]] std::size_t depth() const noexcept { return open_.size() - 1; }
+  [[nodiscard]] bool isAtEnd() const noexcept { return !current_; }
+  [[nodiscard]] TreeNode<Tree> node() const { return current_->get(); }
+  [[nodiscard]] std::size_t depth() const noexcept { return ancestors_.size(); }
 
   void start(const Tree& tree) {
-    open_.push(rootOf(tree));
+    current_.emplace(rootOf(tree));
     if constexpr (kPostOrder) goDown(tree);
   }
 
+  // Children are asked for as late as can be: whoever stops early has not paid for the rest.
   void advance(const Tree& tree) {
     if constexpr (kPostOrder) {
-      open_.pop();
-      if (!isAtEnd() && openNextChild(tree)) goDown(tree);
+      if (goAside()) {
+        goDown(tree);
+      } else {
+        goUp();
+      }
     } else {
-      while (!isAtEnd() && !openNextChild(tree)) open_.pop();
+      if (goToFirstChild(tree)) return;
+      while (!goAside()) {
+        goUp();
+        if (isAtEnd()) return;
+      }
     }
   }
 
@@ -63,43 +71,54 @@ class DepthFirstWalk {
   using Children = std::views::all_t<ChildrenOf<Tree>>;
   static constexpr bool kPostOrder = order == TraversalOrder::depthFirstPostOrder;
 
-  /// The children of an open node that are still to come. A view may be bound to its address.
-  struct Remaining {
-    explicit Remaining(ChildrenOf<Tree>&& all)
-        : children(std::views::all(std::forward<ChildrenOf<Tree>>(all))),
+  /// An ancestor and its children from the current one on. A view may be bound to its address.
+  struct Ancestor {
+    Ancestor(const KeptNode<TreeNode<Tree>>& parent, ChildrenOf<Tree>&& all)
+        : node(parent),
+          children(std::views::all(std::forward<ChildrenOf<Tree>>(all))),
           next(std::ranges::begin(children)),
           end(std::ranges::end(children)) {}
+    KeptNode<TreeNode<Tree>> node;
     Children children;
     std::ranges::iterator_t<Children> next;
     std::ranges::sentinel_t<Children> end;
   };
 
-  struct Open {
-    explicit Open(TreeNode<Tree> opened) : node(std::forward<TreeNode<Tree>>(opened)) {}
-    KeptNode<TreeNode<Tree>> node;
-    std::optional<Remaining> remaining;  // none before the first child is asked for
-  };
-
-  /// Children are asked for as late as can be: whoever stops early has not paid for the rest.
-  bool openNextChild(const Tree& tree) {
-    Open& top = open_.top();
-    if (!top.remaining) {
-      if (depth() >= depthLimit_) return false;
-      top.remaining.emplace(childrenOf(tree, top.node.get()));
-    } else {
-      ++top.remaining->next;
+  bool goToFirstChild(const Tree& tree) {
+    if (depth() >= depthLimit_) return false;
+    const Ancestor& parent = ancestors_.push(*current_, childrenOf(tree, current_->get()));
+    if (parent.next == parent.end) {
+      ancestors_.pop();
+      return false;
     }
-    if (top.remaining->next == top.remaining->end) return false;
-    open_.push(*top.remaining->next);
+    current_.emplace(*parent.next);
     return true;
   }
 
   void goDown(const Tree& tree) {
-    while (openNextChild(tree)) {
+    while (goToFirstChild(tree)) {
     }
   }
 
-  StableStack<Open> open_;
+  bool goAside() {
+    if (ancestors_.size() == 0) return false;
+    Ancestor& parent = ancestors_.top();
+    if (++parent.next == parent.end) return false;
+    current_.emplace(*parent.next);
+    return true;
+  }
+
+  void goUp() {
+    if (ancestors_.size() == 0) {
+      current_.reset();
+    } else {
+      current_ = ancestors_.top().node;
+      ancestors_.pop();
+    }
+  }
+
+  std::optional<KeptNode<TreeNode<Tree>>> current_;
+  StableStack<Ancestor> ancestors_;
   std::size_t depthLimit_;
 };
 

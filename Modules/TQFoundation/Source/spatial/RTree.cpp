@@ -155,23 +155,29 @@ bool RTreeCore::intersects(const Rect& rect) const {
   return search(bounds, frames.data());
 }
 
-/// Depth first, in the order of the entries. `frames` has room for one frame a level.
+/// Depth first, in the order of the entries. `frames` has room for one frame a level. Which
+/// children of a directory will be looked into is known before the first one is: memory gets a head
+/// start.
 bool RTreeCore::search(const RTreeBounds& bounds, Frame* frames) const noexcept {
   Frame* top = frames;
   *top = {root_.get(), 0, root_->hits(bounds, 0)};
+  top->directory->prefetchChildren(0, top->untried);
+  const Frame* const lowest = frames + height_ - 2;  // the directories above the leaves
   for (;;) {
     if (top->untried != 0) {
       const auto offset = static_cast<std::size_t>(std::countr_zero(top->untried));
       top->untried &= top->untried - 1;
       const RTreeNodeCore* child = top->directory->childSlots()[top->from + offset];
-      if (!child->isLeaf()) {
+      if (top == lowest) {
+        if (child->anyHit(bounds)) return true;
+      } else {
         *++top = {child, 0, child->hits(bounds, 0)};
-      } else if (child->anyHit(bounds)) {
-        return true;
+        child->prefetchChildren(0, top->untried);
       }
     } else if (top->from + 64 < top->directory->entryCount()) {
       top->from += 64;
       top->untried = top->directory->hits(bounds, top->from);
+      top->directory->prefetchChildren(top->from, top->untried);
     } else if (top == frames) {
       return false;
     } else {

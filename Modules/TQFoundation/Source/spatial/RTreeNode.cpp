@@ -216,4 +216,16 @@ bool RTreeNodeCore::anyHit(const RTreeBounds& bounds) const noexcept {
   return false;
 }
 
+/// Starts to fetch the bounds of those children from position `from` on whose bits are set.
+void RTreeNodeCore::prefetchChildren(std::size_t from, std::uint64_t which) const noexcept {
+  constexpr std::size_t kLine = 64;
+  const std::size_t byteCount =
+      kHeaderBytes + (external_ == nullptr ? slots_ * sizeof(RTreeBounds) : 0);
+  for (; which != 0; which &= which - 1) {
+    const auto index = from + static_cast<std::size_t>(std::countr_zero(which));
+    const auto* child = reinterpret_cast<const std::byte*>(childSlots()[index]);
+    for (std::size_t at = 0; at < byteCount; at += kLine) __builtin_prefetch(child + at);
+  }
+}
+
 }  // namespace tq::detail

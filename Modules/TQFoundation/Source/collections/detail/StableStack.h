@@ -15,11 +15,9 @@ template <class T>
 class StableStack {
  public:
   StableStack() noexcept = default;
-  StableStack(StableStack&& other) noexcept
-      : blocks_(std::move(other.blocks_)), size_(std::exchange(other.size_, 0)) {}
+  StableStack(StableStack&& other) noexcept { swap(other); }
   StableStack& operator=(StableStack&& other) noexcept {
-    std::swap(blocks_, other.blocks_);
-    std::swap(size_, other.size_);
+    swap(other);
     return *this;
   }
   ~StableStack() {
@@ -28,31 +26,42 @@ class StableStack {
   }
 
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
-  [[nodiscard]] T& top() const noexcept { return *slot(size_ - 1); }
+  [[nodiscard]] T& top() const noexcept { return *top_; }
 
   template <class... Arguments>
   T& push(Arguments&&... arguments) {
-    if (size_ == blocks_.size() * kBlock) grow();
-    T* element = std::construct_at(slot(size_), std::forward<Arguments>(arguments)...);
+    T* slot = size_ % kBlock != 0 ? top_ + 1 : firstOfBlock(size_ / kBlock);
+    std::construct_at(slot, std::forward<Arguments>(arguments)...);
+    top_ = slot;
     ++size_;
-    return *element;
+    return *slot;
   }
 
-  void pop() noexcept { std::destroy_at(slot(--size_)); }
+  void pop() noexcept {
+    std::destroy_at(top_);
+    --size_;
+    top_ = size_ % kBlock != 0 ? top_ - 1
+           : size_ != 0        ? blocks_[size_ / kBlock - 1] + kBlock - 1
+                               : nullptr;
+  }
 
  private:
   static constexpr std::size_t kBlock = 32;
 
-  void grow() {
-    blocks_.reserve(blocks_.size() + 1 > blocks_.capacity() ? 2 * blocks_.size() + 1 : 0);
-    blocks_.push_back(std::allocator<T>().allocate(kBlock));
+  T* firstOfBlock(std::size_t index) {
+    if (index == blocks_.size()) blocks_.push_back(nullptr);
+    if (blocks_[index] == nullptr) blocks_[index] = std::allocator<T>().allocate(kBlock);
+    return blocks_[index];
   }
 
-  [[nodiscard]] T* slot(std::size_t index) const noexcept {
-    return blocks_[index / kBlock] + index % kBlock;
+  void swap(StableStack& other) noexcept {
+    blocks_.swap(other.blocks_);
+    std::swap(top_, other.top_);
+    std::swap(size_, other.size_);
   }
 
   std::vector<T*> blocks_;
+  T* top_ = nullptr;
   std::size_t size_ = 0;
 };
 

@@ -105,6 +105,7 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] std::size_t chooseSubtreeLiterally(const Rect& rect) const noexcept;
   [[nodiscard]] std::uint64_t hits(const RTreeBounds& bounds, std::size_t from) const noexcept;
   [[nodiscard]] bool anyHit(const RTreeBounds& bounds) const noexcept;
+  void prefetchChildren(std::size_t from, std::uint64_t which) const noexcept;
 
   /// An empty node of the same element type.
   [[nodiscard]] virtual Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity) const = 0;
