@@ -1,4 +1,6 @@
 tq_room(spatial
+  BreakpointTable.h
+  Collectable.h
   LazyPruneTree.h
   RTree.cpp RTree.h
   RTreeNode.cpp RTreeNode.h

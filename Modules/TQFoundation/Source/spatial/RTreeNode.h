@@ -86,13 +86,13 @@ class RTreeNode final : public detail::RTreeNodeCore {
  public:
   struct LeafEntryAt {
     const RTreeNode* node;
-    [[nodiscard]] RTreeLeafEntry<Element> operator()(std::size_t index) const noexcept {
+    [[nodiscard]] RTreeLeafEntry<Element> operator()(std::uint32_t index) const noexcept {
       return {node->rects()[index], node->elements_[index].get()};
     }
   };
   struct DirectoryEntryAt {
     const RTreeNode* node;
-    [[nodiscard]] RTreeDirectoryEntry<Element> operator()(std::size_t index) const noexcept {
+    [[nodiscard]] RTreeDirectoryEntry<Element> operator()(std::uint32_t index) const noexcept {
       return {node->rects()[index], Ref<RTreeNode>(childOf(node->childArray()[index]))};
     }
   };
@@ -102,7 +102,7 @@ class RTreeNode final : public detail::RTreeNodeCore {
     }
   };
 
-  using Positions = std::ranges::iota_view<std::size_t, std::size_t>;
+  using Positions = std::ranges::iota_view<std::uint32_t, std::uint32_t>;
 
   /// Random-access ranges over the entries, in entry order: each makes its entries on the fly.
   using Leaf = std::ranges::transform_view<Positions, LeafEntryAt>;
@@ -119,12 +119,12 @@ class RTreeNode final : public detail::RTreeNodeCore {
 
   /// The elements of a leaf with their rects; none in a directory.
   [[nodiscard]] Leaf leafEntries() const noexcept {
-    return Leaf(Positions(0, isLeaf() ? count() : 0), LeafEntryAt{this});
+    return Leaf(positions(isLeaf()), LeafEntryAt{this});
   }
 
   /// The children of a directory with their rects; none in a leaf.
   [[nodiscard]] Directory directoryEntries() const noexcept {
-    return Directory(Positions(0, isLeaf() ? 0 : count()), DirectoryEntryAt{this});
+    return Directory(positions(!isLeaf()), DirectoryEntryAt{this});
   }
 
   /// The nodes below a directory in entry order, lent; none below a leaf.
@@ -138,6 +138,10 @@ class RTreeNode final : public detail::RTreeNodeCore {
  private:
   friend class RTree<Element>;
   using Kind = detail::RTreeNodeCore::Kind;
+
+  [[nodiscard]] Positions positions(bool any) const noexcept {
+    return {0, any ? static_cast<std::uint32_t>(count()) : 0};
+  }
 
   RTreeNode(Kind kind, std::int64_t capacity) : RTreeNodeCore(kind, capacity) {}
 

@@ -1,0 +1,165 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <TQFoundation/collections/BinarySearch.h>
+#include <TQFoundation/collections/Multiset.h>
+#include <TQFoundation/collections/NearestNeighbour.h>
+#include <TQFoundation/collections/Queue.h>
+#include <TQFoundation/collections/RectangularArray.h>
+#include <TQFoundation/collections/RestorableValue.h>
+#include <TQFoundation/collections/Stack.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+std::string textOf(const Multiset<std::string>& set) {
+  std::string text;
+  for (const auto& [element, count] : set) text += element + std::to_string(count);
+  return text;
+}
+
+TEST(Multiset, CountsInTheOrderOfFirstArrival) {
+  Multiset<std::string> set(std::vector<std::string>{"c", "a", "b", "a", "c", "a"});
+  EXPECT_EQ(textOf(set), "c2a3b1");
+  EXPECT_EQ(set.insert("a", 2), 5U);
+  EXPECT_EQ(set.insert("none", 0), 0U);
+  EXPECT_EQ(set.totalCount(), 8U);
+  EXPECT_EQ(set.remove("c", 9), 2U);
+  EXPECT_EQ(textOf(set), "a5b1");  // the places behind a removed element move up
+  EXPECT_EQ(set.remove("b"), 1U);
+  EXPECT_EQ(set.remove("b"), 0U);
+  EXPECT_EQ(set.removeAll("a"), 5U);
+  EXPECT_TRUE(set.isEmpty());
+  EXPECT_FALSE(set.contains("a"));
+}
+
+TEST(Multiset, EqualityAsksForElementsAndCountsNotOrder) {
+  const auto of = [](std::vector<int> elements) { return Multiset<int>(elements); };
+  EXPECT_EQ(of({1, 2, 2}), of({2, 1, 2}));
+  EXPECT_NE(of({1, 2, 2}), of({1, 1, 2}));
+  EXPECT_NE(of({1, 2}), of({1, 3}));
+}
+
+TEST(Stack, AnswersNoneWhenEmpty) {
+  Stack<std::unique_ptr<int>> stack;
+  EXPECT_EQ(stack.pop(), std::nullopt);
+  EXPECT_EQ(stack.top(), nullptr);
+  stack.push(std::make_unique<int>(1));
+  stack.push(std::make_unique<int>(2));
+  EXPECT_EQ(**stack.top(), 2);
+  EXPECT_EQ(**stack.pop(), 2);
+  EXPECT_EQ(**stack.pop(), 1);
+  EXPECT_TRUE(stack.isEmpty());
+}
+
+TEST(Queue, FirstInIsFirstOut) {
+  Queue<int> queue;
+  for (const int element : {1, 2, 3}) queue.enqueue(element);
+  EXPECT_EQ(queue.dequeue(), 1);
+  EXPECT_EQ(*queue.first(), 2);
+  queue.removeAll();
+  EXPECT_EQ(queue.dequeue(), std::nullopt);
+}
+
+TEST(PriorityQueue, EqualsLeaveInTheOrderOfTheirArrival) {
+  const auto byFirstLetter = [](std::string_view a, std::string_view b) { return a[0] < b[0]; };
+  PriorityQueue<std::string, decltype(byFirstLetter)> queue(byFirstLetter);
+  for (const char* word : {"b1", "c1", "a1", "b2", "a2", "b3", "c2", "b4", "a3"}) {
+    queue.enqueue(word);
+  }
+  EXPECT_EQ(*queue.first(), "a1");
+  std::string order;
+  while (const auto word = queue.dequeue()) order += *word;
+  EXPECT_EQ(order, "a1a2a3b1b2b3b4c1c2");
+}
+
+TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
+  RectangularArray<int> table(2, 3);
+  for (int number = 0; int& element : table.elements()) element = number++;
+  EXPECT_THAT(table.row(1), ElementsAre(3, 4, 5));
+  EXPECT_THAT(table.column(2), ElementsAre(2, 5));
+  std::ranges::fill(table.column(0), 9);
+  table.at(0, 1) = 7;
+  EXPECT_THAT(std::as_const(table).elements(), ElementsAre(9, 7, 2, 9, 4, 5));
+  std::ranges::sort(table.column(1));
+  EXPECT_THAT(std::as_const(table).column(1), ElementsAre(4, 7));
+  EXPECT_EQ(std::ranges::distance(RectangularArray<int>(3, 0).row(2)), 0);
+}
+
+TEST(RectangularArray, PositionsOutOfRangeStopTheProcess) {
+  const RectangularArray<int> table(2, 3);
+  EXPECT_DEATH(static_cast<void>(table.at(0, 3)), "column < columnCount_");
+  EXPECT_DEATH(static_cast<void>(table.row(2)), "row < self.rowCount_");
+  EXPECT_DEATH(static_cast<void>(table.column(3)), "column < self.columnCount_");
+  EXPECT_DEATH(RectangularArray<char>(std::size_t{1} << 40, std::size_t{1} << 40), "rowCount");
+}
+
+TEST(RestorableValue, PutsTheFirstValueBack) {
+  RestorableValue<std::string> value("before");
+  value.restore();
+  value.set("one");
+  value.set("two");
+  EXPECT_EQ(value.value(), "two");
+  EXPECT_TRUE(value.isChanged());
+  value.restore();
+  EXPECT_EQ(value.value(), "before");
+  EXPECT_FALSE(value.isChanged());
+}
+
+TEST(ScopedValue, PutsBackHoweverTheScopeIsLeft) {
+  std::string value = "before";
+  try {
+    const ScopedValue outer(value, std::string("outer"));
+    {
+      const ScopedValue inner(value, std::string("inner"));
+      EXPECT_EQ(value, "inner");
+    }
+    EXPECT_EQ(value, "outer");
+    throw std::runtime_error("left early");
+  } catch (const std::runtime_error&) {
+  }
+  EXPECT_EQ(value, "before");
+}
+
+TEST(BinarySearch, TellsWhereAKeyIsOrWouldGo) {
+  struct Person {
+    std::string name;
+    int age;
+  };
+  const std::vector<Person> people = {{"a", 10}, {"b", 20}, {"c", 20}, {"d", 40}};
+  const struct {
+    int key;
+    BinarySearchResult expected;
+  } cases[] = {{5, {0, false}},  {10, {0, true}}, {20, {1, true}},
+               {30, {3, false}}, {40, {3, true}}, {50, {4, false}}};
+  for (const auto& c : cases) EXPECT_EQ(binarySearch(people, c.key, &Person::age), c.expected);
+  EXPECT_EQ(binarySearch(std::vector{9, 7, 5}, 7, {}, std::greater<>()),
+            (BinarySearchResult{1, true}));
+  EXPECT_EQ(binarySearch(std::vector<int>(), 1), (BinarySearchResult{0, false}));
+}
+
+TEST(NearestNeighbour, TakesTheFirstOfTheNearestWithinReach) {
+  const std::vector<double> places = {8, std::nan(""), 3, 5, -1, 5};
+  const auto to = [](double wanted) {
+    return [wanted](double place) { return std::fabs(place - wanted); };
+  };
+  EXPECT_EQ(nearestNeighbour(places, to(4)) - places.begin(), 2);
+  EXPECT_EQ(nearestNeighbour(places, to(5)) - places.begin(), 3);
+  EXPECT_EQ(nearestNeighbour(places, to(11), 3) - places.begin(), 0);  // reach is inclusive
+  EXPECT_EQ(nearestNeighbour(places, to(11), 2.9), places.end());
+  EXPECT_EQ(nearestNeighbour(places, to(std::nan(""))), places.end());
+}
+
+}  // namespace
+}  // namespace tq

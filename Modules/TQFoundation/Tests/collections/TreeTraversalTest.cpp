@@ -1,0 +1,170 @@
+#include <TQFoundation/collections/TreeTraversal.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <ranges>
+#include <string>
+#include <vector>
+
+#include <TQFoundation/objects/Object.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+/// A tree that lends its nodes.
+struct Item {
+  std::string name;
+  std::vector<Item> items;
+};
+struct ItemTree {
+  Item top;
+  [[nodiscard]] const Item& root() const { return top; }
+  [[nodiscard]] const std::vector<Item>& children(const Item& item) const { return item.items; }
+};
+
+/// A tree without storage, whose nodes are values and whose children are computed: the divisions of
+/// a number into two halves. Counts how often it was asked.
+struct Halves : Object {
+  explicit Halves(int number) : top(number) {}
+  [[nodiscard]] int root() const { return top; }
+  [[nodiscard]] std::vector<int> children(int number) const {
+    ++asked;
+    return number < 2 ? std::vector<int>() : std::vector{number / 2, number - number / 2};
+  }
+  int top;
+  mutable int asked = 0;
+};
+
+/// Every node has one child, down to 0.
+struct Chain {
+  int length;
+  [[nodiscard]] int root() const { return length; }
+  [[nodiscard]] auto children(int number) const {
+    return std::views::iota(number - 1, number - (number == 0 ? 1 : 0));
+  }
+};
+
+static_assert(ChildTraversable<ItemTree> && ChildTraversable<Ref<Halves>> &&
+              ChildTraversable<SubTree<Ref<Halves>>> && !ChildTraversable<Item>);
+static_assert(std::ranges::view<decltype(depthFirst(std::declval<const ItemTree&>()))>);
+
+const ItemTree& family() {
+  static const ItemTree& tree =
+      *new ItemTree{{"a", {{"b", {{"c", {}}, {"d", {}}}}, {"e", {}}, {"f", {{"g", {{"h", {}}}}}}}}};
+  return tree;
+}
+
+template <class Nodes>
+std::string namesOf(Nodes&& nodes) {
+  std::string names;
+  for (const Item& item : nodes) names += item.name;
+  return names;
+}
+
+TEST(TreeTraversal, KeepsTheOrderOfSiblingsInEveryOrder) {
+  const struct {
+    std::size_t limit;
+    const char* pre;
+    const char* post;
+    const char* breadth;
+  } cases[] = {
+      {kNoDepthLimit, "abcdefgh", "cdbehgfa", "abefcdgh"},
+      {2, "abcdefg", "cdbegfa", "abefcdg"},
+      {1, "abef", "befa", "abef"},
+      {0, "a", "a", "a"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.limit);
+    EXPECT_EQ(namesOf(depthFirst(family(), c.limit)), c.pre);
+    EXPECT_EQ(namesOf(depthFirstPostOrder(family(), c.limit)), c.post);
+    EXPECT_EQ(namesOf(breadthFirst(family(), c.limit)), c.breadth);
+  }
+}
+
+TEST(TreeTraversal, LendsTheNodesThemselvesAndTellsTheirDepth) {
+  const auto nodes = depthFirst(family());
+  EXPECT_EQ(&*nodes.begin(), &family().top);
+  std::vector<std::size_t> depths, breadthDepths, postDepths;
+  for (auto at = nodes.begin(); at != nodes.end(); ++at) depths.push_back(at.depth());
+  EXPECT_THAT(depths, ElementsAre(0, 1, 2, 2, 1, 1, 2, 3));
+  const auto levels = breadthFirst(family());
+  for (auto at = levels.begin(); at != levels.end(); ++at) breadthDepths.push_back(at.depth());
+  EXPECT_THAT(breadthDepths, ElementsAre(0, 1, 1, 1, 2, 2, 2, 3));
+  const auto post = depthFirstPostOrder(family());
+  for (auto at = post.begin(); at != post.end(); ++at) postDepths.push_back(at.depth());
+  EXPECT_THAT(postDepths, ElementsAre(2, 2, 1, 1, 3, 2, 1, 0));
+}
+
+TEST(TreeTraversal, StartsAtAnyNode) {
+  const Item& f = family().top.items[2];
+  EXPECT_EQ(namesOf(depthFirst(subTree(family(), f))), "fgh");
+  EXPECT_EQ(namesOf(breadthFirst(subTree(family(), f), 1)), "fg");
+}
+
+TEST(TreeTraversal, WorksWithAlgorithmsAndViewsAndKeepsTemporariesAlive) {
+  const auto isG = [](const Item& item) { return item.name == "g"; };
+  const auto nodes = depthFirst(family());
+  EXPECT_EQ((*std::ranges::find_if(nodes, isG)).items.size(), 1U);
+  EXPECT_EQ(std::ranges::distance(breadthFirst(family())), 8);
+  std::vector<int> numbers;
+  const auto odd = [](int number) { return number % 2 == 1; };
+  std::ranges::copy(depthFirst(makeRef<Halves>(6)) | std::views::filter(odd) | std::views::take(4),
+                    std::back_inserter(numbers));
+  EXPECT_THAT(numbers, ElementsAre(3, 1, 1, 1));
+}
+
+TEST(TreeTraversal, AsksForNoChildrenBeyondTheOneItStopsAt) {
+  const Ref<Halves> tree = makeRef<Halves>(1 << 20);
+  for (const int number : depthFirst(tree)) {
+    if (number == 1 << 18) break;
+  }
+  EXPECT_EQ(tree->asked, 2);
+  tree->asked = 0;
+  for (const int number : breadthFirst(tree)) {
+    if (number == 1 << 18) break;
+  }
+  EXPECT_EQ(tree->asked, 3);
+  tree->asked = 0;
+  EXPECT_EQ(std::ranges::distance(depthFirstPostOrder(tree, 2)), 7);
+  EXPECT_EQ(tree->asked, 3);
+}
+
+TEST(TreeTraversal, AMillionLevelsDoNotOverflow) {
+  const Chain chain{1'000'000};
+  std::size_t deepest = 0;
+  const auto nodes = depthFirst(chain);
+  for (auto at = nodes.begin(); at != nodes.end(); ++at) deepest = at.depth();
+  EXPECT_EQ(deepest, 1'000'000U);
+  EXPECT_EQ(*depthFirstPostOrder(chain).begin(), 0);
+  EXPECT_EQ(std::ranges::distance(depthFirstPostOrder(chain)), 1'000'001);
+  EXPECT_EQ(std::ranges::distance(breadthFirst(chain)), 1'000'001);
+}
+
+TEST(TreeTraversal, IteratorsMoveWithTheirPlace) {
+  const Chain chain{100};
+  auto at = depthFirst(chain).begin();
+  for (int i = 0; i < 50; ++i) ++at;
+  auto moved = std::move(at);
+  EXPECT_EQ(*moved, 50);
+  ++moved;
+  EXPECT_EQ(*moved, 49);
+}
+
+TEST(Forest, GoesOverOneTreeAfterAnother) {
+  Forest<ItemTree> forest({family(), ItemTree{{"x", {{"y", {}}}}}});
+  forest.append(ItemTree{{"z", {}}});
+  EXPECT_EQ(namesOf(depthFirst(forest)), "abcdefghxyz");
+  EXPECT_EQ(namesOf(depthFirstPostOrder(forest, 1)), "befayxz");
+  EXPECT_EQ(namesOf(breadthFirst(forest)), "abefcdghxyz");
+  EXPECT_EQ(namesOf(depthFirst(Forest<ItemTree>())), "");
+}
+
+}  // namespace
+}  // namespace tq

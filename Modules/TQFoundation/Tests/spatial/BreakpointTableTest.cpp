@@ -1,0 +1,67 @@
+#include <TQFoundation/spatial/BreakpointTable.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include <TQFoundation/spatial/Collectable.h>
+
+namespace tq {
+namespace {
+
+TEST(BreakpointTable, ALiteralAnswersTheGreatestBreakpointNotAboveTheKey) {
+  for (const BreakpointTable<int, double>& table :
+       {BreakpointTable<int, double>{{0, 1}, {10, 2}, {20, 3}},
+        BreakpointTable<int, double>{{20, 3}, {0, 1}, {10, 2}}}) {
+    EXPECT_EQ(table[15], 2);
+    EXPECT_EQ(table[10], 2);
+    EXPECT_EQ(table[25], 3);
+    EXPECT_EQ(table[-1], 0);
+  }
+}
+
+TEST(BreakpointTable, StoringAKeyAgainPutsTheNewerValueFirst) {
+  BreakpointTable<int, int> table{{10, 2}, {10, 7}};
+  EXPECT_EQ(std::as_const(table)[10], 7);
+  EXPECT_EQ(table.entryCount(), 2U);
+  table[12] = 5;
+  table[11] += 3;  // reads 7 from 10, stores 10 under 11
+  EXPECT_EQ(std::as_const(table)[11], 10);
+  EXPECT_EQ(std::as_const(table)[12], 5);
+  EXPECT_EQ(std::as_const(table)[10], 7);
+  EXPECT_EQ(table.entryCount(), 4U);
+}
+
+TEST(BreakpointTable, ObeysItsPredicateAndHandsItTheKeyFirst) {
+  int calls = 0;
+  BreakpointTable<std::string, int> table(
+      -1, [&calls](const std::string& key, const std::string& breakpoint) {
+        ++calls;
+        return key.starts_with(breakpoint);
+      });
+  EXPECT_EQ(std::as_const(table)["any"], -1);
+  EXPECT_EQ(calls, 0);
+  table.store("a", 1);
+  table.store("ab", 2);  // matches "a", so it stands before it
+  table.store("b", 3);
+  EXPECT_EQ(table.lookUp("abc"), 2);
+  EXPECT_EQ(table.lookUp("ac"), 1);
+  EXPECT_EQ(table.lookUp("bc"), 3);
+  EXPECT_EQ(table.lookUp("c"), -1);
+}
+
+TEST(Collectable, GoesBackToItsDefaultWhenCollectedOrProjected) {
+  Collectable<std::string> value("five");
+  value.setWrappedValue("eight");
+  EXPECT_NE(value, Collectable<std::string>("five"));
+  EXPECT_EQ(value, Collectable<std::string>("eight"));
+  EXPECT_EQ(value.collect(), "eight");
+  EXPECT_EQ(value.collect(), "five");
+  value.setWrappedValue("nine");
+  EXPECT_EQ(value.projectedValue(), "nine");
+  EXPECT_EQ(value.projectedValue(), "five");
+  EXPECT_EQ(value.defaultValue(), "five");
+}
+
+}  // namespace
+}  // namespace tq
