@@ -27,15 +27,11 @@ constexpr std::size_t doublesPerSlot(RTreeNodeCore::Kind kind) noexcept {
   return kind == RTreeNodeCore::Kind::leaf ? 8 : 10;
 }
 
-constexpr std::size_t inlineSlots(std::int64_t capacity) noexcept {
-  return (static_cast<std::size_t>(capacity) + 2) / 2 * 2;  // capacity + 1, made even
-}
+constexpr std::size_t roundUpToFour(std::size_t count) noexcept { return (count + 3) / 4 * 4; }
 
-void fillWithNull(double* base, std::size_t slots, std::size_t from) noexcept {
-  std::fill(base + from, base + slots, kInf);
-  std::fill(base + slots + from, base + 2 * slots, kInf);
-  std::fill(base + 2 * slots + from, base + 3 * slots, -kInf);
-  std::fill(base + 3 * slots + from, base + 4 * slots, -kInf);
+/// Room for the entry that makes a node overflow, too.
+constexpr std::size_t inlineSlots(std::int64_t capacity) noexcept {
+  return roundUpToFour(static_cast<std::size_t>(capacity) + 1);
 }
 
 /// One axis of a union that is being folded. The maximum is read back from minimum and extent after
@@ -65,7 +61,7 @@ RTreeNodeCore::RTreeNodeCore(Kind kind, std::int64_t capacity)
     reserve(kFirstSlots);
   } else {
     slots_ = static_cast<std::uint32_t>(inlineSlots(capacity));
-    fillWithNull(base(), slots_, 0);
+    clearBoundsFrom(0);
   }
 }
 
@@ -78,29 +74,39 @@ RTreeNodeCore::~RTreeNodeCore() {
 /// Makes room for `slots` entries; only the arrays of large nodes ever grow.
 void RTreeNodeCore::reserve(std::size_t slots) {
   if (slots <= slots_) return;
-  slots = std::max(slots + slots % 2, std::size_t{2} * slots_);
+  slots = std::max(roundUpToFour(slots), std::size_t{2} * slots_);
   TQ_ASSERT(slots <= std::numeric_limits<std::uint32_t>::max());
-  auto* grown = static_cast<double*>(
-      allocateObjectMemory(slots * doublesPerSlot(nodeKind()) * sizeof(double)));
-  fillWithNull(grown, slots, 0);
+  const std::size_t doubles = doublesPerSlot(nodeKind());
+  auto* grown = static_cast<double*>(allocateObjectMemory(slots * doubles * sizeof(double)));
   if (external_ != nullptr) {
-    const std::size_t arrays = doublesPerSlot(nodeKind()) - 4;  // the last one holds rects
-    for (std::size_t i = 0; i < arrays; ++i) {
-      std::memcpy(grown + i * slots, external_ + i * slots_, count_ * sizeof(double));
+    std::memcpy(grown, external_, slots_ * sizeof(RTreeBounds));
+    const std::size_t rects = doubles - 4;
+    for (std::size_t array = 4; array < rects; ++array) {
+      std::memcpy(grown + array * slots, external_ + array * slots_, count_ * sizeof(double));
     }
-    std::memcpy(grown + arrays * slots, external_ + arrays * slots_, count_ * sizeof(Rect));
+    std::memcpy(grown + rects * slots, external_ + rects * slots_, count_ * sizeof(Rect));
     freeObjectMemory(external_);
   }
   external_ = grown;
   slots_ = static_cast<std::uint32_t>(slots);
+  clearBoundsFrom(count_);
+}
+
+void RTreeNodeCore::setBounds(std::size_t index, const RTreeBounds& bounds) noexcept {
+  RTreeBoundsPair& pair = boundsPairs()[index / 2];
+  const std::size_t lane = index % 2;
+  pair.minX[lane] = bounds.minX;
+  pair.minY[lane] = bounds.minY;
+  pair.maxX[lane] = bounds.maxX;
+  pair.maxY[lane] = bounds.maxY;
+}
+
+void RTreeNodeCore::clearBoundsFrom(std::size_t index) noexcept {
+  for (; index < slots_; ++index) setBounds(index, {kInf, kInf, -kInf, -kInf});
 }
 
 void RTreeNodeCore::store(std::size_t index, const Rect& rect) noexcept {
-  const RTreeBounds bounds = RTreeBounds::of(rect);
-  minX()[index] = bounds.minX;
-  minY()[index] = bounds.minY;
-  maxX()[index] = bounds.maxX;
-  maxY()[index] = bounds.maxY;
+  setBounds(index, RTreeBounds::of(rect));
   rectArray()[index] = rect;
   if (!isLeaf()) areas()[index] = areaOf(rect);
   mayHoldNull_ = mayHoldNull_ || RectIsNull(rect);
@@ -122,7 +128,7 @@ bool RTreeNodeCore::replaceRect(std::size_t index, const Rect& rect) noexcept {
 
 void RTreeNodeCore::truncate(std::size_t count) noexcept {
   count_ = static_cast<std::uint32_t>(count);
-  fillWithNull(base(), slots_, count);
+  clearBoundsFrom(count);
 }
 
 /// A directory's entries from position `first` on go to `sibling`, in their order.
@@ -140,11 +146,13 @@ Rect RTreeNodeCore::boundingRect() const noexcept {
     for (const Rect& rect : all) united = RectUnion(united, rect);
     return united;
   }
-  Span x{minX()[0], maxX()[0], 0};
-  Span y{minY()[0], maxY()[0], 0};
+  const RTreeBounds first = boundsAt(0);
+  Span x{first.minX, first.maxX, 0};
+  Span y{first.minY, first.maxY, 0};
   for (std::size_t i = 1; i < all.size(); ++i) {
-    x.add(minX()[i], maxX()[i]);
-    y.add(minY()[i], maxY()[i]);
+    const RTreeBounds bounds = boundsAt(i);
+    x.add(bounds.minX, bounds.maxX);
+    y.add(bounds.minY, bounds.maxY);
   }
   return {x.min, y.min, x.extent, y.extent};
 }
@@ -159,11 +167,8 @@ std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
   std::size_t best = 0;
   double leastIncrease = 0;
   for (std::size_t i = 0; i < count_; i += 2) {
-    const Pair width =
-        greater(load(maxX() + i), both(bounds.maxX)) - lesser(load(minX() + i), both(bounds.minX));
-    const Pair height =
-        greater(load(maxY() + i), both(bounds.maxY)) - lesser(load(minY() + i), both(bounds.minY));
-    const Pair increase = width * height - Pair{area[i], i + 1 < count_ ? area[i + 1] : 0};
+    const Pair increase =
+        unionArea(boundsPairs()[i / 2], bounds) - Pair{area[i], i + 1 < count_ ? area[i + 1] : 0};
     for (std::size_t lane = 0; lane < 2 && i + lane < count_; ++lane) {
       const double candidate = increase[lane];
       if (i + lane == 0 || candidate < leastIncrease ||
@@ -196,35 +201,35 @@ std::size_t RTreeNodeCore::chooseSubtreeLiterally(const Rect& rect) const noexce
 /// Which of the 64 entries from `from` on meet `bounds`, as bits. `from` is a multiple of 64.
 std::uint64_t RTreeNodeCore::hits(const RTreeBounds& bounds, std::size_t from) const noexcept {
   const std::size_t end = std::min<std::size_t>(count_, from + 64);
+  const RTreeBoundsPair* pairs = boundsPairs();
   std::uint64_t result = 0;
-  for (std::size_t i = from; i < end; i += 2) {
-    const PairMask met =
-        (load(minX() + i) <= both(bounds.maxX)) & (both(bounds.minX) <= load(maxX() + i)) &
-        (load(minY() + i) <= both(bounds.maxY)) & (both(bounds.minY) <= load(maxY() + i));
-    result |= static_cast<std::uint64_t>(laneBits(met)) << (i - from);
+  for (std::size_t i = from; i < end; i += 4) {
+    const std::uint64_t four =
+        laneBits(meet(pairs[i / 2], bounds)) | laneBits(meet(pairs[i / 2 + 1], bounds)) << 2;
+    result |= four << (i - from);
   }
   return result;
 }
 
 bool RTreeNodeCore::anyHit(const RTreeBounds& bounds) const noexcept {
-  for (std::size_t i = 0; i < count_; i += 2) {
-    const PairMask met =
-        (load(minX() + i) <= both(bounds.maxX)) & (both(bounds.minX) <= load(maxX() + i)) &
-        (load(minY() + i) <= both(bounds.maxY)) & (both(bounds.minY) <= load(maxY() + i));
-    if (laneBits(met) != 0) return true;
+  const RTreeBoundsPair* pairs = boundsPairs();
+  for (std::size_t i = 0; i < count_; i += 4) {
+    if (laneBits(meet(pairs[i / 2], bounds) | meet(pairs[i / 2 + 1], bounds)) != 0) return true;
   }
   return false;
 }
 
-/// Starts to fetch the bounds of those children from position `from` on whose bits are set.
+/// Starts to fetch the bounds of those children from position `from` on whose bits are set, but for
+/// the first, which is about to be read. Nodes are half to two thirds full as a rule: that much.
 void RTreeNodeCore::prefetchChildren(std::size_t from, std::uint64_t which) const noexcept {
-  constexpr std::size_t kLine = 64;
   const std::size_t byteCount =
-      kHeaderBytes + (external_ == nullptr ? slots_ * sizeof(RTreeBounds) : 0);
-  for (; which != 0; which &= which - 1) {
+      kHeaderBytes + (external_ == nullptr ? slots_ / 3 * sizeof(RTreeBoundsPair) : 0);
+  for (which &= which - 1; which != 0; which &= which - 1) {
     const auto index = from + static_cast<std::size_t>(std::countr_zero(which));
     const auto* child = reinterpret_cast<const std::byte*>(childSlots()[index]);
-    for (std::size_t at = 0; at < byteCount; at += kLine) __builtin_prefetch(child + at);
+    for (std::size_t at = 0; at < byteCount; at += sizeof(RTreeBoundsPair)) {
+      __builtin_prefetch(child + at);
+    }
   }
 }
 

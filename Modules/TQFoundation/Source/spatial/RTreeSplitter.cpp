@@ -66,34 +66,28 @@ RTreeSplitter::Seeds RTreeSplitter::chooseSeeds(const RTreeNodeCore& leaf) noexc
   if (!std::ranges::all_of(rects_, isTame)) return chooseSeedsLiterally();
   areas_.assign(rects_.size() + 1, kInf);
   std::ranges::transform(rects_, areas_.begin(), areaOf);
-  const double* const minX = leaf.minX();
-  const double* const minY = leaf.minY();
-  const double* const maxX = leaf.maxX();
-  const double* const maxY = leaf.maxY();
-
-  const auto waste = [&](std::size_t i, double area, std::size_t j) {
-    const Pair width =
-        greater(load(maxX + j), both(maxX[i])) - lesser(load(minX + j), both(minX[i]));
-    const Pair height =
-        greater(load(maxY + j), both(maxY[i])) - lesser(load(minY + j), both(minY[i]));
-    return width * height - both(area) - load(areas_.data() + j);
+  const RTreeBoundsPair* const pairs = leaf.boundsPairs();
+  const auto waste = [&](const RTreeBounds& bounds, double area, std::size_t j) {
+    return unionArea(pairs[j / 2], bounds) - both(area) - load(areas_.data() + j);
   };
 
   Seeds seeds;
   double greatest = -kInf;
   for (std::size_t i = 0; i < rects_.size(); ++i) {
+    const RTreeBounds bounds = leaf.boundsAt(i);
     const double area = std::exchange(areas_[i], kInf);
     Pair row = both(-kInf);
-    for (std::size_t j = 0; j < rects_.size(); j += 2) row = greater(row, waste(i, area, j));
+    for (std::size_t j = 0; j < rects_.size(); j += 2) row = greater(row, waste(bounds, area, j));
     areas_[i] = area;
     if (row[0] > greatest || row[1] > greatest) {
       greatest = row[0] > row[1] ? row[0] : row[1];
       seeds.first = i;
     }
   }
+  const RTreeBounds bounds = leaf.boundsAt(seeds.first);
   const double area = std::exchange(areas_[seeds.first], kInf);
   for (std::size_t j = 0; j < rects_.size(); j += 2) {
-    const unsigned reached = laneBits(waste(seeds.first, area, j) == both(greatest));
+    const unsigned reached = laneBits(waste(bounds, area, j) == both(greatest));
     if (reached == 0) continue;
     seeds.second = (reached & 1) != 0 ? j : j + 1;
     break;

@@ -31,6 +31,14 @@ struct RTreeBounds {
   }
 };
 
+/// The bounds of two entries side by side, a cache line in all.
+struct RTreeBoundsPair {
+  double minX[2];
+  double minY[2];
+  double maxX[2];
+  double maxY[2];
+};
+
 /// A node's entries: their rects as given, their bounds, and in a directory the children. The
 /// elements of a leaf are the derived class's; the hooks at the end let the tree move them.
 class TQ_EXPORT RTreeNodeCore : public Object {
@@ -71,21 +79,21 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   friend class RTreeCore;
   friend class RTreeSplitter;
 
-  // The arrays, `slots_` long each; behind the entries the bounds are those of null rects, so that
-  // bounds can be compared two at a time without a look at the count.
+  // The arrays, for `slots_` entries, which is a multiple of 4. Behind the entries the bounds are
+  // those of null rects, so that bounds can be compared several at a time without a look at the
+  // count.
   //
-  //   leaf        minX | minY | maxX | maxY | rect
-  //   directory   minX | minY | maxX | maxY | area | child | rect
+  //   leaf        bounds | rect
+  //   directory   bounds | area | child | rect
   [[nodiscard]] double* base() const noexcept {
     if (external_ != nullptr) [[unlikely]]
       return external_;
-    return reinterpret_cast<double*>(
-        reinterpret_cast<std::byte*>(const_cast<RTreeNodeCore*>(this)) + kHeaderBytes);
+    auto* self = reinterpret_cast<std::byte*>(const_cast<RTreeNodeCore*>(this));
+    return reinterpret_cast<double*>(self + kHeaderBytes);
   }
-  [[nodiscard]] double* minX() const noexcept { return base(); }
-  [[nodiscard]] double* minY() const noexcept { return base() + slots_; }
-  [[nodiscard]] double* maxX() const noexcept { return base() + std::size_t{2} * slots_; }
-  [[nodiscard]] double* maxY() const noexcept { return base() + std::size_t{3} * slots_; }
+  [[nodiscard]] RTreeBoundsPair* boundsPairs() const noexcept {
+    return reinterpret_cast<RTreeBoundsPair*>(base());
+  }
   [[nodiscard]] double* areas() const noexcept { return base() + std::size_t{4} * slots_; }
   [[nodiscard]] RTreeNodeCore** childSlots() const noexcept {
     return reinterpret_cast<RTreeNodeCore**>(base() + std::size_t{5} * slots_);
@@ -93,6 +101,13 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] Rect* rectArray() const noexcept {
     return reinterpret_cast<Rect*>(base() + std::size_t{isLeaf() ? 4U : 6U} * slots_);
   }
+  [[nodiscard]] RTreeBounds boundsAt(std::size_t index) const noexcept {
+    const RTreeBoundsPair& pair = boundsPairs()[index / 2];
+    const std::size_t lane = index % 2;
+    return {pair.minX[lane], pair.minY[lane], pair.maxX[lane], pair.maxY[lane]};
+  }
+  void setBounds(std::size_t index, const RTreeBounds& bounds) noexcept;
+  void clearBoundsFrom(std::size_t index) noexcept;
 
   void reserve(std::size_t slots);
   void store(std::size_t index, const Rect& rect) noexcept;

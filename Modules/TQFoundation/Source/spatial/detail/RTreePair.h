@@ -10,6 +10,8 @@
 #include <emmintrin.h>
 #endif
 
+#include <TQFoundation/spatial/detail/RTreeNodeCore.h>
+
 namespace tq::detail {
 
 using Pair = double __attribute__((vector_size(16)));
@@ -48,6 +50,22 @@ using PairMask = std::int64_t __attribute__((vector_size(16)));
 #else
   return static_cast<unsigned>((mask[0] & 1) | (mask[1] & 2));
 #endif
+}
+
+/// Width times height of the union of `bounds` with each of the two.
+[[nodiscard]] inline Pair unionArea(const RTreeBoundsPair& two,
+                                    const RTreeBounds& bounds) noexcept {
+  const Pair width =
+      greater(load(two.maxX), both(bounds.maxX)) - lesser(load(two.minX), both(bounds.minX));
+  const Pair height =
+      greater(load(two.maxY), both(bounds.maxY)) - lesser(load(two.minY), both(bounds.minY));
+  return width * height;
+}
+
+/// Which of the two meet `bounds`. Closed on every side; never where a NaN is.
+[[nodiscard]] inline PairMask meet(const RTreeBoundsPair& two, const RTreeBounds& bounds) noexcept {
+  return (load(two.minX) <= both(bounds.maxX)) & (both(bounds.minX) <= load(two.maxX)) &
+         (load(two.minY) <= both(bounds.maxY)) & (both(bounds.minY) <= load(two.maxY));
 }
 
 }  // namespace tq::detail
