@@ -93,7 +93,7 @@ bool countVisited(const Tree::Node* node, const Rect& query, std::size_t& visite
   for (std::size_t i = 0; i < node->count(); ++i) {
     if (!tq::RectIntersectsRect(node->rects()[i], query)) continue;
     if (node->isLeaf()) return true;
-    if (countVisited(node->children()[static_cast<std::ptrdiff_t>(i)], query, visited)) return true;
+    if (countVisited(node->child(i), query, visited)) return true;
   }
   return false;
 }

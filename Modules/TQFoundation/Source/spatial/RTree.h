@@ -4,6 +4,7 @@
 /// A spatial index: which of many rects lie where.
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <utility>
@@ -77,9 +78,8 @@ class RTree final : public Object {
     const auto limit = static_cast<std::uint64_t>(maxNumberOfChildren());
     return std::ranges::all_of(*this, [limit](const Node* node) {
       if (node->count() > limit) return false;
-      const typename Node::Children below = node->children();
-      for (std::size_t i = 0; i < below.size(); ++i) {
-        if (!RectEqualToRect(node->rects()[i], below[i]->boundingRect())) return false;
+      for (std::size_t i = 0; i < node->children().size(); ++i) {
+        if (!RectEqualToRect(node->rects()[i], node->child(i)->boundingRect())) return false;
       }
       return true;
     });

@@ -130,6 +130,11 @@ class RTreeNode final : public detail::RTreeNodeCore {
   /// The nodes below a directory in entry order, lent; none below a leaf.
   [[nodiscard]] Children children() const noexcept { return Children(childArray(), ChildOf{}); }
 
+  /// The child at a position below count() of a directory, lent.
+  [[nodiscard]] const RTreeNode* child(std::size_t index) const noexcept {
+    return childOf(childArray()[index]);
+  }
+
   /// Number of entries.
   [[nodiscard]] std::size_t count() const noexcept { return entryCount(); }
 
