@@ -219,16 +219,18 @@ TEST(RTree, NodesBeyondTheInlineCapacityGrow) {
 }
 
 // Each rect makes the last leaf overflow, and every directory above it: a level an insertion.
-TEST(RTree, GrowsVeryHighWithoutRecursion) {
-  const Ref<Tree> tree = makeRef<Tree>(2);
-  int count = 0;
-  for (double x = 1; x > 1e-150; x /= 2) tree->insert(count++, Rect{-x, -x, 0, 0});
+TEST(RTree, GrowsVeryHighWithoutRecursionAndReleasesItsElements) {
+  const auto element = std::make_shared<int>(0);
+  Ref<RTree<std::shared_ptr<int>>> tree = makeRef<RTree<std::shared_ptr<int>>>(2);
+  for (double x = 1; x > 1e-150; x /= 2) tree->insert(element, Rect{-x, -x, 0, 0});
   std::size_t height = 0;
-  for (const Tree::Node* node = tree->root(); !node->isLeaf(); node = node->child(0)) ++height;
+  for (const auto* node = tree->root(); !node->isLeaf(); node = node->child(0)) ++height;
   EXPECT_GT(height, 100U);
   EXPECT_TRUE(tree->validate());
   for (double x = 1; x > 1e-150; x /= 2) EXPECT_TRUE(tree->intersects({-x, -x, 0, 0}));
   EXPECT_FALSE(tree->intersects({1, 1, 1, 1}));
+  tree = nullptr;
+  EXPECT_EQ(element.use_count(), 1);
 }
 
 TEST(RTreeStress, BuildsTheSameNodesAsThePlainTree) {
