@@ -104,9 +104,7 @@ Ref<RTreeNodeCore> RTreeCore::splitLeaf(RTreeNodeCore& leaf) noexcept {
   const std::span<const std::uint32_t> order = splitter_.order();
   const std::size_t kept = splitter_.firstGroupCount();
   leaf.divideElements(order, kept, *workspace_, *sibling);
-  leaf.truncate(0);
-  leaf.mayHoldNull_ = false;
-  for (const std::uint32_t index : order.first(kept)) leaf.append(splitter_.rects()[index]);
+  leaf.replaceRects(splitter_.rects(), order.first(kept));
   for (const std::uint32_t index : order.subspan(kept)) sibling->append(splitter_.rects()[index]);
   return sibling;
 }

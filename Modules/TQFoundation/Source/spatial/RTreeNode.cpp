@@ -21,6 +21,9 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr std::size_t kFirstSlots = 128;
 
+/// Entries whose growths chooseSubtree() holds side by side.
+constexpr std::size_t kMostCompared = 64;
+
 double areaOf(const Rect& rect) noexcept { return rect.size.width * rect.size.height; }
 
 constexpr std::size_t doublesPerSlot(RTreeNodeCore::Kind kind) noexcept {
@@ -92,17 +95,11 @@ void RTreeNodeCore::reserve(std::size_t slots) {
   clearBoundsFrom(count_);
 }
 
-void RTreeNodeCore::setBounds(std::size_t index, const RTreeBounds& bounds) noexcept {
-  RTreeBoundsPair& pair = boundsPairs()[index / 2];
-  const std::size_t lane = index % 2;
-  pair.minX[lane] = bounds.minX;
-  pair.minY[lane] = bounds.minY;
-  pair.maxX[lane] = bounds.maxX;
-  pair.maxY[lane] = bounds.maxY;
-}
-
 void RTreeNodeCore::clearBoundsFrom(std::size_t index) noexcept {
-  for (; index < slots_; ++index) setBounds(index, {kInf, kInf, -kInf, -kInf});
+  if (!isLeaf()) std::fill(areas() + index, areas() + slots_, -kInf);
+  if (index % 2 != 0) setBounds(index++, {kInf, kInf, -kInf, -kInf});
+  std::fill(boundsPairs() + index / 2, boundsPairs() + slots_ / 2,
+            RTreeBoundsPair{{kInf, kInf}, {kInf, kInf}, {-kInf, -kInf}, {-kInf, -kInf}});
 }
 
 void RTreeNodeCore::store(std::size_t index, const Rect& rect) noexcept {
@@ -111,8 +108,6 @@ void RTreeNodeCore::store(std::size_t index, const Rect& rect) noexcept {
   if (!isLeaf()) areas()[index] = areaOf(rect);
   mayHoldNull_ = mayHoldNull_ || RectIsNull(rect);
 }
-
-void RTreeNodeCore::append(const Rect& rect) noexcept { store(count_++, rect); }
 
 void RTreeNodeCore::append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept {
   childSlots()[count_] = child.leak();
@@ -129,6 +124,15 @@ bool RTreeNodeCore::replaceRect(std::size_t index, const Rect& rect) noexcept {
 void RTreeNodeCore::truncate(std::size_t count) noexcept {
   count_ = static_cast<std::uint32_t>(count);
   clearBoundsFrom(count);
+}
+
+/// The entries of a leaf become the ones at the positions `order` of `rects`; never more than
+/// before.
+void RTreeNodeCore::replaceRects(std::span<const Rect> rects,
+                                 std::span<const std::uint32_t> order) noexcept {
+  mayHoldNull_ = false;
+  for (std::size_t i = 0; i < order.size(); ++i) store(i, rects[order[i]]);
+  truncate(order.size());
 }
 
 /// A directory's entries from position `first` on go to `sibling`, in their order.
@@ -161,27 +165,34 @@ Rect RTreeNodeCore::boundingRect() const noexcept {
 /// earlier. A growth that is NaN is never smaller.
 std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
   TQ_ASSERT(count_ != 0);
-  if (mayHoldNull_ || RectIsNull(rect)) return chooseSubtreeLiterally(rect);
+  if (mayHoldNull_ || RectIsNull(rect) || count_ > kMostCompared)
+    return chooseSubtreeLiterally(rect);
   const RTreeBounds bounds = RTreeBounds::of(rect);
-  const double* const area = areas();
-  std::size_t best = 0;
-  double leastIncrease = 0;
+  const RTreeBoundsPair* const pairs = boundsPairs();
+  Pair increases[kMostCompared / 2];
+  increases[0] = unionArea(pairs[0], bounds) - load(areas());
+  Pair least = both(increases[0][0]);
   for (std::size_t i = 0; i < count_; i += 2) {
-    const Pair increase =
-        unionArea(boundsPairs()[i / 2], bounds) - Pair{area[i], i + 1 < count_ ? area[i + 1] : 0};
-    for (std::size_t lane = 0; lane < 2 && i + lane < count_; ++lane) {
-      const double candidate = increase[lane];
-      if (i + lane == 0 || candidate < leastIncrease ||
-          (candidate == leastIncrease && area[i + lane] < area[best])) {
-        best = i + lane;
-        leastIncrease = candidate;
-      }
-    }
+    increases[i / 2] = unionArea(pairs[i / 2], bounds) - load(areas() + i);
+    least = lesser(increases[i / 2], least);
+  }
+  least = lesser(both(least[1]), both(least[0]));
+
+  // Mostly one entry has it. A least growth of NaN is the first entry's, and equals none.
+  std::uint64_t equals = 0;
+  for (std::size_t i = 0; i < count_; i += 2) {
+    equals |= std::uint64_t{laneBits(increases[i / 2] == least)} << i;
+  }
+  equals &= ~std::uint64_t{0} >> (kMostCompared - count_);  // not the empty slot of an odd count
+  auto best = static_cast<std::size_t>(equals != 0 ? std::countr_zero(equals) : 0);
+  while ((equals &= equals - 1) != 0) {
+    const auto other = static_cast<std::size_t>(std::countr_zero(equals));
+    if (areas()[other] < areas()[best]) best = other;
   }
   return best;
 }
 
-/// The same by the rect functions, where null rects are about.
+/// The same by the rect functions, where null rects are about and for large nodes.
 std::size_t RTreeNodeCore::chooseSubtreeLiterally(const Rect& rect) const noexcept {
   const std::span<const Rect> all = rects();
   std::size_t best = 0;

@@ -106,15 +106,23 @@ class TQ_EXPORT RTreeNodeCore : public Object {
     const std::size_t lane = index % 2;
     return {pair.minX[lane], pair.minY[lane], pair.maxX[lane], pair.maxY[lane]};
   }
-  void setBounds(std::size_t index, const RTreeBounds& bounds) noexcept;
+  void setBounds(std::size_t index, const RTreeBounds& bounds) noexcept {
+    RTreeBoundsPair& pair = boundsPairs()[index / 2];
+    const std::size_t lane = index % 2;
+    pair.minX[lane] = bounds.minX;
+    pair.minY[lane] = bounds.minY;
+    pair.maxX[lane] = bounds.maxX;
+    pair.maxY[lane] = bounds.maxY;
+  }
   void clearBoundsFrom(std::size_t index) noexcept;
 
   void reserve(std::size_t slots);
   void store(std::size_t index, const Rect& rect) noexcept;
-  void append(const Rect& rect) noexcept;
+  void append(const Rect& rect) noexcept { store(count_++, rect); }
   void append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept;
   bool replaceRect(std::size_t index, const Rect& rect) noexcept;
   void truncate(std::size_t count) noexcept;
+  void replaceRects(std::span<const Rect> rects, std::span<const std::uint32_t> order) noexcept;
   void moveEntriesFrom(std::size_t first, RTreeNodeCore& sibling) noexcept;
   [[nodiscard]] std::size_t chooseSubtree(const Rect& rect) const noexcept;
   [[nodiscard]] std::size_t chooseSubtreeLiterally(const Rect& rect) const noexcept;
