@@ -233,19 +233,19 @@ class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, ord
 /// @param depthLimit  how many levels below the root are visited; 0 visits the root alone
 template <TraversalOrder order, class Argument>
 [[nodiscard]] auto traverse(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
-  using Value = std::remove_cvref_t<Argument>;
-  const auto view = [depthLimit](const Value& value, std::shared_ptr<const void> owner) {
-    if constexpr (detail::kIsForest<Value>) {
-      using Tree = typename Value::Tree;
-      return TreeTraversal<Tree, order>(std::move(owner), value.trees(), depthLimit);
+  using Given = std::remove_cvref_t<Argument>;
+  const auto view = [depthLimit](const Given& given, std::shared_ptr<const void> owner) {
+    if constexpr (detail::kIsForest<Given>) {
+      using Tree = typename Given::Tree;
+      return TreeTraversal<Tree, order>(std::move(owner), given.trees(), depthLimit);
     } else {
-      return TreeTraversal<Value, order>(std::move(owner), {&value, 1}, depthLimit);
+      return TreeTraversal<Given, order>(std::move(owner), {&given, 1}, depthLimit);
     }
   };
   if constexpr (std::is_lvalue_reference_v<Argument>) {
     return view(tree, nullptr);
   } else {
-    auto owned = std::make_shared<const Value>(std::move(tree));
+    auto owned = std::make_shared<const Given>(std::move(tree));
     return view(*owned, owned);
   }
 }

@@ -85,8 +85,8 @@ class RTree final : public Object {
     });
   }
 
-  /// The children of one of this tree's nodes, in entry order; lent until the next insertion. Memory
-  /// is told to fetch them, for whoever asks will look at them next.
+  /// The children of one of this tree's nodes, in entry order; lent until the next insertion.
+  /// Memory is told to fetch them, for whoever asks will look at them next.
   [[nodiscard]] typename Node::Children children(const Node* node) const noexcept {
     for (const auto* child : node->childArray()) __builtin_prefetch(child);
     return node->children();
