@@ -43,7 +43,7 @@ END {
     number = split(peers[key], list, " ")
     for (p = 1; p <= number; ++p) {
       value = theirs[key, list[p]]
-      printf "| %s | %s | %s | %s | %s | %.2f× |\n", parts[1], parts[2], readable(ours[key]), list[p], readable(value), value / ours[key]
+      printf "| %s | %s | %s | %s | %s | %.2f× |\n", parts[1], parts[2], readable(ours[key]), list[p], readable(value), value / ours[key] | "sort -V"
     }
   }
 }

@@ -36,7 +36,7 @@ void writeNumbers(benchmark::State& state, Write&& write) {
 }
 
 void BM_NumberText_TQ(benchmark::State& state) { writeNumbers(state, writeDouble16); }
-void BM_NumberText_to_chars(benchmark::State& state) {
+void BM_NumberText_ToChars(benchmark::State& state) {
   writeNumbers(state, [](char* text, double number) {
     std::to_chars(text, text + 64, number, std::chars_format::general, 16);
   });
@@ -46,7 +46,7 @@ void BM_NumberText_snprintf(benchmark::State& state) {
 }
 
 BENCHMARK(BM_NumberText_TQ);
-BENCHMARK(BM_NumberText_to_chars);
+BENCHMARK(BM_NumberText_ToChars);
 BENCHMARK(BM_NumberText_snprintf);
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <functional>
 #include <limits>
+#include <random>
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
@@ -102,8 +102,39 @@ std::string String::description() const {
   return text;
 }
 
+namespace {
+
+/// What hashes depend on, drawn once a process: keys that come from outside cannot be made to
+/// collide by who does not know it.
+std::uint64_t hashSecret() noexcept {
+  static const std::uint64_t secret = [] {
+    std::random_device random;
+    return std::uint64_t{random()} << 32 | random() | 1;
+  }();
+  return secret;
+}
+
+__extension__ using Wide = unsigned __int128;
+
+/// Both halves of the product, folded into one.
+std::uint64_t folded(std::uint64_t a, std::uint64_t b) noexcept {
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+}  // namespace
+
 std::size_t String::hashOf(std::string_view text) noexcept {
-  return std::hash<std::string_view>{}(text);
+  const std::uint64_t secret = hashSecret();
+  std::uint64_t hash = secret ^ (text.size() * 0x9E3779B97F4A7C15u);
+  while (!text.empty()) {
+    const std::size_t count = std::min<std::size_t>(text.size(), 8);
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), count);
+    hash = folded(hash ^ word, secret) + word;
+    text.remove_prefix(count);
+  }
+  return folded(hash, 0x9E3779B97F4A7C15u);
 }
 
 namespace {

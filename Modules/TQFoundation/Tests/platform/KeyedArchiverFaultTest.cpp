@@ -17,6 +17,9 @@ namespace {
 // Allocations on this thread until one fails; none does below 0.
 thread_local constinit long allocationsLeft = -1;
 
+// Out of line: GCC takes free() in an inlined operator delete for a mismatch.
+[[gnu::noinline]] void giveBack(void* memory) noexcept { std::free(memory); }
+
 }  // namespace
 
 void* operator new(std::size_t size) {
@@ -24,8 +27,8 @@ void* operator new(std::size_t size) {
   if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { giveBack(memory); }
+void operator delete(void* memory, std::size_t) noexcept { giveBack(memory); }
 
 namespace tq {
 namespace {
