@@ -6,4 +6,5 @@ tq_room(base
   Rect.h
   TQAssert.cpp TQAssert.h
   TQExport.h
-  TQMemory.h)
+  TQMemory.h
+  TQThreadSafety.h)

@@ -18,8 +18,14 @@ tq_room(platform
   LZ4Codec.cpp
   LZMACodec.cpp
   LibraryClasses.cpp
+  Lock.h
   ObjectMemory.cpp
+  ObjectMonitor.cpp ObjectMonitor.h
   PlainLog.cpp PlainLog.h
+  SerialQueue.cpp SerialQueue.h
+  SharedLock.h
+  Thread.cpp Thread.h
+  ThreadSystem.h
   URL.cpp URL.h
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h

@@ -1,0 +1,51 @@
+#include <TQFoundation/concurrency/TQAtomicStack.h>
+
+#include <TQFoundation/concurrency/detail/StackNodes.h>
+#include <TQFoundation/concurrency/detail/TaggedStack.h>
+#include <TQFoundation/platform/Thread.h>
+
+namespace tq {
+namespace {
+
+struct StackSystem {
+  using Word64 = std::atomic<std::uint64_t>;
+
+  static std::atomic<std::uint32_t>& link(std::uint32_t node) noexcept {
+    return detail::stackNode(node).next;
+  }
+
+  // Another thread has just changed the head: it gets a moment to do so again, which costs less
+  // than fighting for the cache line.
+  static void relax() noexcept {
+    for (int i = 0; i < 16; ++i) relaxProcessor();
+  }
+};
+
+}  // namespace
+
+struct TQAtomicStack::Head : detail::TaggedStack<StackSystem> {};
+
+TQAtomicStack::TQAtomicStack() : cacheQueueHead_(std::make_unique<Head>()) {}
+
+TQAtomicStack::~TQAtomicStack() {
+  while (popElement() != nullptr) {
+  }
+}
+
+void TQAtomicStack::push(Object& object) {
+  const std::uint32_t node = detail::allocateStackNode();
+  detail::stackNode(node).element = &object;
+  cacheQueueHead_->push(node);
+}
+
+Object* TQAtomicStack::popElement() noexcept {
+  const std::uint32_t node = cacheQueueHead_->pop();
+  if (node == 0) return nullptr;
+  auto* const object = static_cast<Object*>(detail::stackNode(node).element);
+  detail::freeStackNode(node);
+  return object;
+}
+
+Ref<Object> TQAtomicStack::pop() noexcept { return Ref<Object>(popElement()); }
+
+}  // namespace tq

@@ -1,0 +1,114 @@
+#include <TQFoundation/platform/ObjectMonitor.h>
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+#include <utility>
+
+#include <TQFoundation/base/TQThreadSafety.h>
+#include <TQFoundation/platform/Lock.h>
+
+// A monitor lives in a table keyed by its object's address while threads are inside or wait, and is
+// counted by them. The address is safe as a key: whoever uses a monitor keeps its object alive.
+
+namespace tq {
+namespace detail {
+
+thread_local constinit HeldMonitor* innermostMonitor = nullptr;
+
+namespace {
+
+struct Monitor : HeldMonitor {
+  std::mutex lock;
+  std::size_t users = 0;  // guarded by the shard's lock
+};
+
+struct Shard {
+  Lock lock;
+  std::unordered_map<const Object*, std::unique_ptr<Monitor>> monitors TQ_GUARDED_BY(lock);
+  std::unique_ptr<Monitor> spare TQ_GUARDED_BY(lock);  // saves an allocation an entry
+};
+
+using Shards = std::array<Shard, 64>;
+
+Shards& shards() noexcept {
+  static auto& all = *new Shards;  // never destroyed: threads may outlive main
+  return all;
+}
+
+Shard& shardOf(const Object* object) noexcept {
+  const auto bits = reinterpret_cast<std::uintptr_t>(object) >> 4;
+  return shards()[(bits ^ (bits >> 6) ^ (bits >> 12)) % std::tuple_size_v<Shards>];
+}
+
+// The link that leads to this thread's hold on `object`: at null when there is none.
+HeldMonitor** linkTo(const Object* object) noexcept {
+  HeldMonitor** link = &innermostMonitor;
+  while (*link != nullptr && (*link)->object != object) link = &(*link)->outer;
+  return link;
+}
+
+Monitor& use(Shard& shard, const Object* object) {
+  const Locked guard(shard.lock);
+  std::unique_ptr<Monitor>& monitor = shard.monitors[object];
+  if (monitor == nullptr) {
+    try {
+      monitor = shard.spare != nullptr ? std::move(shard.spare) : std::make_unique<Monitor>();
+    } catch (...) {
+      shard.monitors.erase(object);
+      throw;
+    }
+  }
+  ++monitor->users;
+  return *monitor;
+}
+
+void disuse(Shard& shard, const Object* object) noexcept {
+  const Locked guard(shard.lock);
+  const auto entry = shard.monitors.find(object);
+  if (--entry->second->users != 0) return;
+  shard.spare = std::move(entry->second);
+  shard.monitors.erase(entry);
+}
+
+}  // namespace
+
+int enterMonitor(const Object* object) {
+  if (object == nullptr) return 0;
+  if (HeldMonitor* const held = *linkTo(object); held != nullptr) {
+    ++held->depth;
+    return 0;
+  }
+  Monitor& monitor = use(shardOf(object), object);
+  monitor.lock.lock();
+  monitor.object = object;
+  monitor.depth = 1;
+  monitor.outer = std::exchange(innermostMonitor, &monitor);
+  return 0;
+}
+
+int exitMonitor(const Object* object) noexcept {
+  if (object == nullptr) return 0;
+  HeldMonitor** const link = linkTo(object);
+  if (*link == nullptr) return -1;
+  if (--(*link)->depth != 0) return 0;
+  auto& monitor = static_cast<Monitor&>(**link);
+  *link = monitor.outer;
+  monitor.lock.unlock();
+  disuse(shardOf(object), object);
+  return 0;
+}
+
+}  // namespace detail
+
+std::size_t monitorCount() {
+  std::size_t count = 0;
+  for (detail::Shard& shard : detail::shards()) {
+    const Locked guard(shard.lock);
+    count += shard.monitors.size();
+  }
+  return count;
+}
+
+}  // namespace tq

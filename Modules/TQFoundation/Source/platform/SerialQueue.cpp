@@ -1,0 +1,35 @@
+#include <TQFoundation/platform/SerialQueue.h>
+
+#include <TQFoundation/base/TQThreadSafety.h>
+#include <TQFoundation/platform/ThreadSystem.h>
+#include <TQFoundation/platform/detail/FifoLock.h>
+
+namespace tq {
+
+struct SerialQueue::State {
+  State() noexcept { detail::lockMade(this); }
+  ~State() { detail::lockGone(this); }
+
+  detail::FifoLock<detail::ThreadSystem> lock;
+};
+
+SerialQueue::SerialQueue(std::string label)
+    : label_(std::move(label)), state_(std::make_unique<State>()) {}
+
+SerialQueue::~SerialQueue() = default;
+
+void SerialQueue::enter() noexcept {
+  detail::willLock(state_.get());
+  state_->lock.lock();
+  detail::didLock(state_.get());
+}
+
+void SerialQueue::leave() noexcept {
+  detail::willUnlock(state_.get());
+  state_->lock.unlock();
+  detail::didUnlock(state_.get());
+}
+
+std::uint32_t SerialQueue::waitingCount() const noexcept { return state_->lock.waiting(); }
+
+}  // namespace tq

@@ -1,0 +1,152 @@
+// Every interleaving of two or three threads through the hand-made locks and the lock-free stack.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <TQFoundation/concurrency/UnfairWord.h>
+#include <TQFoundation/concurrency/detail/TaggedStack.h>
+#include <TQFoundation/platform/detail/FifoLock.h>
+
+#include "support/ThreadModel.h"
+
+namespace tq {
+namespace {
+
+using test::ModelSystem;
+using test::ThreadModel;
+
+void require(bool condition, const char* what) {
+  if (!condition) throw ThreadModel::Violation(what);
+}
+
+// Threads that go through a section `rounds` times each; the section counts who is inside.
+template <class Lock>
+std::string exploreSections(std::vector<int> rounds, std::size_t* stateCount = nullptr) {
+  ThreadModel model;
+  Lock lock;
+  ModelSystem::Word inside;
+  std::vector<ThreadModel::Thread> threads;
+  for (const int count : rounds) {
+    threads.push_back([&, count] {
+      for (int i = 0; i < count; ++i) {
+        lock.lock();
+        require(inside.fetch_add(1) == 0, "two threads are inside");
+        inside.fetch_sub(1);
+        lock.unlock();
+      }
+    });
+  }
+  const std::string fault = model.explore(threads, [&] {
+    lock.lock();  // free again, or this would be a recursion or a sleep
+    lock.unlock();
+  });
+  if (stateCount != nullptr) *stateCount = model.stateCount();
+  return fault;
+}
+
+// Faults planted on purpose: the model must find each of them.
+struct NeverWakes : ModelSystem {
+  static void wake(const Word&, int) {}
+};
+struct NeverExcludes {
+  void lock() { word.load(); }
+  void unlock() { word.load(); }
+  ModelSystem::Word word;
+};
+
+TEST(LockModel, FindsPlantedFaults) {
+  EXPECT_EQ(exploreSections<NeverExcludes>({1, 1}), "two threads are inside");
+  EXPECT_EQ(exploreSections<detail::UnfairWord<NeverWakes>>({1, 1}), "threads sleep for ever");
+  EXPECT_EQ(exploreSections<detail::FifoLock<NeverWakes>>({1, 1}), "threads sleep for ever");
+}
+
+TEST(LockModel, UnfairWordExcludesAndWakesInEveryInterleaving) {
+  for (const auto& rounds : {std::vector{2, 2}, {1, 1, 1}}) {
+    std::size_t states = 0;
+    EXPECT_EQ(exploreSections<detail::UnfairWord<ModelSystem>>(rounds, &states), "");
+    EXPECT_GT(states, 200u);
+  }
+}
+
+// Three threads without the spinning, which only multiplies states.
+struct NeverSpins : ModelSystem {
+  static constexpr int kSpins = 0;
+};
+
+TEST(LockModel, FifoLockExcludesAndWakesInEveryInterleaving) {
+  std::size_t states = 0;
+  EXPECT_EQ(exploreSections<detail::FifoLock<ModelSystem>>({2, 1}, &states), "");
+  EXPECT_GT(states, 200u);
+  EXPECT_EQ(exploreSections<detail::FifoLock<NeverSpins>>({1, 1, 1}, &states), "");
+  EXPECT_GT(states, 2'000u);
+}
+
+constexpr std::uint32_t kNodes = 3;
+
+struct StackModelSystem : ModelSystem {
+  static inline std::array<std::optional<Word>, kNodes + 1> links;
+  static Word& link(std::uint32_t node) { return *links[node]; }
+};
+
+// The same with a head that keeps no tag.
+struct UntaggedSystem : StackModelSystem {
+  struct Word64 {
+    Word64(std::uint64_t value) : cell(value) {}
+    std::uint64_t load(std::memory_order = {}) const { return cell.load(); }
+    bool compare_exchange_strong(std::uint64_t& expected, std::uint64_t desired) {
+      return cell.compare_exchange_strong(expected, desired & 0xffffffff);
+    }
+    test::ModelCell<std::uint64_t> cell;
+  };
+};
+
+// One thread pops; another pops twice and puts back what it popped first; a third swaps the top for
+// itself. Every node must be owned once or lie on the stack once.
+template <class System>
+std::string exploreStack(int threadCount) {
+  ThreadModel model;
+  for (std::uint32_t node = 1; node <= kNodes; ++node) StackModelSystem::links[node].emplace(0u);
+  detail::TaggedStack<System> stack;
+  std::array<std::optional<ModelSystem::Word>, kNodes + 1> owners;
+  for (auto& owner : owners) owner.emplace(0u);
+  for (std::uint32_t node = kNodes; node > 0; --node) stack.push(node);
+
+  const auto pop = [&] {
+    const std::uint32_t node = stack.pop();
+    if (node != 0) require(owners[node]->fetch_add(1) == 0, "a node was popped twice");
+    return node;
+  };
+  const auto push = [&](std::uint32_t node) {
+    if (node == 0) return;
+    owners[node]->fetch_sub(1);
+    stack.push(node);
+  };
+  std::vector<ThreadModel::Thread> threads = {[&] { pop(); },
+                                              [&] {
+                                                const std::uint32_t first = pop();
+                                                pop();
+                                                push(first);
+                                              },
+                                              [&] { push(pop()); }};
+  threads.resize(static_cast<std::size_t>(threadCount));
+  return model.explore(threads, [&] {
+    while (pop() != 0) {
+    }
+    for (std::uint32_t node = 1; node <= kNodes; ++node) {
+      require(owners[node]->load() == 1, "a node was lost");
+    }
+  });
+}
+
+TEST(LockModel, TaggedStackNeitherLosesNorDoublesNodes) {
+  EXPECT_EQ(exploreStack<UntaggedSystem>(2), "a node was popped twice");  // the model finds ABA
+  EXPECT_EQ(exploreStack<StackModelSystem>(2), "");
+  EXPECT_EQ(exploreStack<StackModelSystem>(3), "");
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,263 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+namespace tq::test {
+
+/// Walks through every interleaving of a few threads that share Cells, in one real thread.
+///
+/// A thread here is a closure that decides only by what its operations on cells answer. So it can
+/// be stopped by an exception at any operation and brought back to the same place by running it
+/// from the start against the log of its earlier answers. States (cells, logs, who sleeps) met
+/// before are pruned. Steps are sequentially consistent: what a weaker order allows is beyond the
+/// model.
+class ThreadModel {
+ public:
+  using Thread = std::function<void()>;
+
+  /// A check inside a thread that did not hold.
+  struct Violation : std::runtime_error {
+    using std::runtime_error::runtime_error;
+  };
+
+  ThreadModel() { current() = this; }
+  ~ThreadModel() { current() = nullptr; }
+  ThreadModel(const ThreadModel&) = delete;
+  ThreadModel& operator=(const ThreadModel&) = delete;
+
+  static ThreadModel*& current() {
+    static ThreadModel* model = nullptr;
+    return model;
+  }
+
+  std::size_t newCell(std::uint64_t value) {
+    start_.cells.push_back(value);
+    return start_.cells.size() - 1;
+  }
+
+  /// @param atEnd  checks the cells once all threads have ended; it may use them like a thread
+  /// @return what went wrong first: a violation, or threads that sleep for ever; "" when nothing
+  /// did
+  std::string explore(
+      const std::vector<Thread>& threads, const Thread& atEnd = [] {}) {
+    outside_ = nullptr;
+    start_.threads.assign(threads.size(), {});
+    std::vector<State> open{start_};
+    while (!open.empty()) {
+      const State state = std::move(open.back());
+      open.pop_back();
+      bool anyoneRuns = false;
+      bool everyoneEnded = true;
+      for (std::size_t t = 0; t < threads.size(); ++t) {
+        everyoneEnded &= state.threads[t].hasEnded;
+        if (state.threads[t].hasEnded || state.threads[t].sleepsOn != kAwake) continue;
+        anyoneRuns = true;
+        choices_ = 1;
+        for (std::size_t choice = 0; choice < choices_; ++choice) {
+          now_ = state;
+          choice_ = choice;
+          try {
+            run(threads[t], t);
+          } catch (const Violation& violation) {
+            return violation.what();
+          }
+          if (seen_.insert(key(now_)).second) open.push_back(std::move(now_));
+        }
+      }
+      if (everyoneEnded) {
+        now_ = state;
+        outside_ = &now_.cells;
+        try {
+          atEnd();
+        } catch (const Violation& violation) {
+          return violation.what();
+        }
+        outside_ = nullptr;
+      } else if (!anyoneRuns) {
+        return "threads sleep for ever";
+      }
+    }
+    return {};
+  }
+
+  [[nodiscard]] std::size_t stateCount() const { return seen_.size(); }
+
+  /// One operation of the running thread: its answer now, or as it was logged. Before and after the
+  /// exploration operations simply happen.
+  template <class Operation>
+  std::uint64_t step(Operation&& operation) {
+    if (outside_ != nullptr) return operation(*outside_);
+    std::vector<std::uint64_t>& log = now_.threads[self_].log;
+    if (position_ < log.size()) return log[position_++];
+    if (!mayStep_) throw Pause();
+    mayStep_ = false;
+    const std::uint64_t answer = operation(now_.cells);
+    log.push_back(answer);
+    ++position_;
+    return answer;
+  }
+
+  /// Sleeps while the cell holds `expected`.
+  void wait(std::size_t cell, std::uint64_t expected) {
+    if (outside_ != nullptr) throw Violation("nobody is left to wake a sleeper");
+    std::vector<std::uint64_t>& log = now_.threads[self_].log;
+    if (position_ < log.size()) return void(++position_);
+    if (!mayStep_) throw Pause();
+    mayStep_ = false;
+    if (now_.cells[cell] != expected) {
+      log.push_back(0);
+      ++position_;
+      return;
+    }
+    now_.threads[self_].sleepsOn = cell;  // whoever wakes it adds to its log
+    throw Pause();
+  }
+
+  /// Wakes one sleeper, each in turn in a branch of its own, or all.
+  void wake(std::size_t cell, bool everybody) {
+    step([&](auto&) {
+      std::vector<ThreadState*> sleepers;
+      for (ThreadState& thread : now_.threads) {
+        if (thread.sleepsOn == cell) sleepers.push_back(&thread);
+      }
+      if (!everybody && !sleepers.empty()) {
+        choices_ = sleepers.size();
+        sleepers = {sleepers[choice_]};
+      }
+      for (ThreadState* sleeper : sleepers) {
+        sleeper->sleepsOn = kAwake;
+        sleeper->log.push_back(0);
+      }
+      return 0;
+    });
+  }
+
+  [[nodiscard]] std::size_t self() const { return self_; }
+
+ private:
+  static constexpr std::size_t kAwake = ~std::size_t{0};
+
+  struct ThreadState {
+    std::vector<std::uint64_t> log;
+    std::size_t sleepsOn = kAwake;
+    bool hasEnded = false;
+  };
+  struct State {
+    std::vector<std::uint64_t> cells;
+    std::vector<ThreadState> threads;
+  };
+  struct Pause {};
+
+  void run(const Thread& thread, std::size_t self) {
+    self_ = self;
+    position_ = 0;
+    mayStep_ = true;
+    try {
+      thread();
+      now_.threads[self].hasEnded = true;
+    } catch (const Pause&) {
+    }
+  }
+
+  static std::string key(const State& state) {
+    std::string text;
+    const auto add = [&](std::uint64_t value) {
+      text.append(reinterpret_cast<const char*>(&value), sizeof value);
+    };
+    for (const std::uint64_t cell : state.cells) add(cell);
+    for (const ThreadState& thread : state.threads) {
+      add(thread.sleepsOn);
+      add(thread.log.size());
+      for (const std::uint64_t answer : thread.log) add(answer);
+    }
+    return text;
+  }
+
+  State start_;
+  State now_;
+  std::unordered_set<std::string> seen_;
+  std::size_t self_ = 0;
+  std::size_t position_ = 0;
+  std::size_t choice_ = 0;
+  std::size_t choices_ = 1;
+  bool mayStep_ = false;
+  std::vector<std::uint64_t>* outside_ = &start_.cells;  ///< where no thread runs: before and after
+};
+
+/// Stands for std::atomic<T> in the model.
+template <class T>
+class ModelCell {
+ public:
+  ModelCell(T value = {}) : index_(ThreadModel::current()->newCell(value)) {}
+  ModelCell(const ModelCell&) = delete;
+  ModelCell& operator=(const ModelCell&) = delete;
+
+  template <class... Order>
+  T load(Order...) const {
+    return change([](T old) { return old; });
+  }
+  template <class... Order>
+  void store(T value, Order...) {
+    step([&](auto& cells) { return cells[index_] = value, T{}; });
+  }
+  template <class... Order>
+  T exchange(T value, Order...) {
+    return change([&](T) { return value; });
+  }
+  template <class... Order>
+  T fetch_add(T amount, Order...) {
+    return change([&](T old) { return static_cast<T>(old + amount); });
+  }
+  template <class... Order>
+  T fetch_sub(T amount, Order...) {
+    return change([&](T old) { return static_cast<T>(old - amount); });
+  }
+  template <class... Order>
+  bool compare_exchange_strong(T& expected, T desired, Order...) {
+    const T found = change([&](T old) { return old == expected ? desired : old; });
+    return found == std::exchange(expected, found);
+  }
+
+  void wait(T expected) const { ThreadModel::current()->wait(index_, expected); }
+  void wake(bool everybody) const { ThreadModel::current()->wake(index_, everybody); }
+
+ private:
+  template <class Operation>
+  static std::uint64_t step(Operation&& operation) {
+    return ThreadModel::current()->step(operation);
+  }
+  template <class Change>
+  T change(Change&& next) const {
+    return static_cast<T>(step([&](auto& cells) {
+      const T old = static_cast<T>(cells[index_]);
+      cells[index_] = next(old);
+      return old;
+    }));
+  }
+
+  std::size_t index_;
+};
+
+/// Stands for the system under the hand-made locks.
+struct ModelSystem {
+  using Word = ModelCell<std::uint32_t>;
+  using Word64 = ModelCell<std::uint64_t>;
+  static constexpr int kSpins = 1;
+  static constexpr std::uint32_t kBells = 2;
+
+  static std::uint32_t self() {
+    return static_cast<std::uint32_t>(ThreadModel::current()->self()) + 1;
+  }
+  static void relax() {}
+  static void wait(const Word& word, std::uint32_t expected) { word.wait(expected); }
+  static void wake(const Word& word, int count) { word.wake(count > 1); }
+  [[noreturn]] static void stop(const char* message) { throw ThreadModel::Violation(message); }
+};
+
+}  // namespace tq::test
