@@ -17,11 +17,13 @@ struct WeakBlock {
   explicit WeakBlock(const Object& observed) noexcept : object(&observed), address(&observed) {}
 
   std::atomic<std::uint32_t> references{1};
-  const Object* object;         // guarded by the shard's lock; null once the object is gone
-  const Object* const address;  // names the shard for good
+  std::atomic<const Object*> object;  // written under the shard's lock; null once it is gone
+  const Object* const address;        // names the shard for good
 };
 
 namespace {
+
+constinit std::atomic<std::uint64_t> losses{0};
 
 struct Shard {
   std::mutex lock;
@@ -59,14 +61,16 @@ void forgetWeakly(const Object& object) noexcept {
   const std::scoped_lock guard(shard.lock);
   const auto entry = shard.blocks.find(&object);
   if (entry == shard.blocks.end()) return;  // every Weak has gone in the meantime
-  entry->second->object = nullptr;
+  entry->second->object.store(nullptr, std::memory_order_relaxed);
+  losses.fetch_add(1, std::memory_order_release);  // whoever sees it counted sees it gone
   shard.blocks.erase(entry);
 }
 
 bool retainIfAlive(const WeakBlock& block) noexcept {
   const std::scoped_lock guard(shardOf(block.address).lock);
-  if (block.object == nullptr) return false;
-  auto& references = block.object->references_;
+  const Object* const object = block.object.load(std::memory_order_relaxed);
+  if (object == nullptr) return false;
+  auto& references = object->references_;
   std::uint32_t count = references.load(std::memory_order_relaxed);
   do {
     if (count < Object::kReference) return false;  // its last release is on the way here
@@ -85,10 +89,22 @@ void releaseBlock(WeakBlock& block) noexcept {
     // Under the lock, so that weakBlockFor() cannot hand out a block that is being dropped.
     const std::scoped_lock guard(shard.lock);
     if (block.references.fetch_sub(1, std::memory_order_relaxed) != 1) return;
-    if (block.object != nullptr) shard.blocks.erase(block.address);
+    if (block.object.load(std::memory_order_relaxed) != nullptr) shard.blocks.erase(block.address);
   }
   delete &block;
 }
+
+// Relaxed: the caller's hold on `object` came after its birth, and that after the death of whatever
+// lay at its address before, so a block of the dead one is already seen as null.
+bool observes(const WeakBlock& block, const Object& object) noexcept {
+  return block.object.load(std::memory_order_relaxed) == &object;
+}
+
+bool isGone(const WeakBlock& block) noexcept {
+  return block.object.load(std::memory_order_relaxed) == nullptr;
+}
+
+std::uint64_t weakLossCount() noexcept { return losses.load(std::memory_order_acquire); }
 
 Object* objectOf(const WeakBlock& block) noexcept { return const_cast<Object*>(block.address); }
 

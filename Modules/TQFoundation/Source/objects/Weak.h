@@ -5,6 +5,7 @@
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 #include <utility>
 
@@ -21,6 +22,14 @@ TQ_EXPORT void releaseBlock(WeakBlock& block) noexcept;
 
 /// The object observed by `block`; only for a caller that holds it.
 [[nodiscard]] TQ_EXPORT Object* objectOf(const WeakBlock& block) noexcept;
+
+/// Whether the block's object is `object`, which the caller holds; whether it is gone.
+[[nodiscard]] TQ_EXPORT bool observes(const WeakBlock& block, const Object& object) noexcept;
+[[nodiscard]] TQ_EXPORT bool isGone(const WeakBlock& block) noexcept;
+
+/// Weakly held objects that have gone so far, in the whole process: while it stays, no Weak has
+/// lost its object.
+[[nodiscard]] TQ_EXPORT std::uint64_t weakLossCount() noexcept;
 
 /// The object's weak references read none from now on. Called once, before its destructor runs.
 void forgetWeakly(const Object& object) noexcept;
@@ -98,6 +107,17 @@ class Weak {
 
   /// True once the object is gone, and for a Weak that never observed one.
   [[nodiscard]] bool expired() const noexcept { return !lock(); }
+
+  /// True when it observes `object`, which the caller holds. Never true for a new object at the
+  /// address of one that is gone. One atomic load; any number of threads at once.
+  [[nodiscard]] bool observes(const Object& object) const noexcept {
+    return block_ != nullptr && detail::observes(*block_, object);
+  }
+
+  /// True once the object is gone, like expired(), without holding it: one atomic load.
+  [[nodiscard]] bool isGone() const noexcept {
+    return block_ == nullptr || detail::isGone(*block_);
+  }
 
   /// Same object observed (or both none), also after it is gone: a new object at the old address is
   /// another one.
