@@ -1,9 +1,17 @@
 tq_room(concurrency
   Atomic.h
   Lockable.h
+  MapTable.cpp MapTable.h
   ObjectSynchronizer.h
   ReadWriteLock.h
+  ResettableLazy.h
   StackNodes.cpp
   TQAtomicStack.cpp TQAtomicStack.h
+  TQCache.cpp TQCache.h
+  TQCacheDeferredCreation.cpp TQCacheDeferredCreation.h
+  TQLazyVar.cpp TQLazyVar.h
+  TQObjectPool.cpp TQObjectPool.h
+  TQSingleton.cpp TQSingleton.h
   UnfairLock.h
-  UnfairWord.h)
+  UnfairWord.h
+  ValueCache.h)

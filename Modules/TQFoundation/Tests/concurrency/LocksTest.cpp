@@ -110,9 +110,11 @@ TEST(Locks, MisuseStopsWithAClearText) {
   const auto killed = testing::KilledBySignal(SIGABRT);
   UnfairLock lock;
   EXPECT_EXIT((lock.lock(), lock.lock()), killed, "Trying to recursively lock an os_unfair_lock");
+#if !defined(TQ_THREAD_SANITIZER)  // which stops at these by itself, before the lock does
   EXPECT_EXIT(lock.unlock(), killed, "Unlock of an os_unfair_lock not owned by current thread");
   EXPECT_EXIT((lock.lock(), std::jthread([&] { lock.unlock(); }).join()), killed,
               "Unlock of an os_unfair_lock not owned by current thread");
+#endif
   const char* const recursion = "dispatch_sync called on queue already owned by current thread";
   SerialQueue queue;
   EXPECT_EXIT(queue.sync([&] { queue.sync([] {}); }), killed, recursion);

@@ -1,0 +1,125 @@
+// Hits: one lookup among 100 owners of 10 keys each, a computed lazy value, one object vended and
+// given back.
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <TQFoundation/concurrency/TQCache.h>
+#include <TQFoundation/concurrency/TQLazyVar.h>
+#include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/objects/String.h>
+
+namespace {
+
+using namespace tq;
+
+constexpr std::size_t kOwners = 100, kKeys = 10;
+
+struct Data {
+  Data() {
+    for (std::size_t i = 0; i < kOwners; ++i) {
+      owners.push_back(String::stringWithUTF8("owner " + std::to_string(i)));
+    }
+    for (std::size_t i = 0; i < kKeys; ++i) {
+      keys.push_back(String::stringWithUTF8("key " + std::to_string(i)));
+    }
+    for (const auto& owner : owners) {
+      for (const auto& key : keys) {
+        cache->setCachedObject(owner, *owner, *key);
+        map[owner.get()].emplace(std::string(key->view()), owner);
+      }
+    }
+  }
+  std::vector<Ref<String>> owners, keys;
+  Ref<TQCache> cache = TQCache::init();
+  std::shared_mutex mutex;
+  std::unordered_map<const Object*, std::unordered_map<std::string, Ref<Object>>> map;
+};
+
+Data& data() {
+  static Data& all = *new Data;
+  return all;
+}
+
+void BM_TQCache_Hit(benchmark::State& state) {
+  Data& all = data();
+  std::size_t i = static_cast<std::size_t>(state.thread_index()) * 37;
+  for (auto _ : state) {
+    ++i;
+    benchmark::DoNotOptimize(
+        all.cache->cachedObjectForOwner(*all.owners[i % kOwners], *all.keys[i % kKeys]));
+  }
+}
+
+void BM_SharedMutexMap_Hit(benchmark::State& state) {
+  Data& all = data();
+  std::vector<std::string> keys;
+  for (const auto& key : all.keys) keys.emplace_back(key->view());
+  std::size_t i = static_cast<std::size_t>(state.thread_index()) * 37;
+  for (auto _ : state) {
+    ++i;
+    const std::shared_lock guard(all.mutex);
+    Ref<Object> found =
+        all.map.find(all.owners[i % kOwners].get())->second.find(keys[i % kKeys])->second;
+    benchmark::DoNotOptimize(found);
+  }
+}
+BENCHMARK(BM_SharedMutexMap_Hit)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_TQCache_Hit)->ThreadRange(1, 2)->UseRealTime();
+
+int result = 0;
+
+void BM_AcquireLoad_Computed(benchmark::State& state) {
+  std::atomic<void*> value{&result};
+  for (auto _ : state) benchmark::DoNotOptimize(value.load(std::memory_order_acquire));
+}
+void BM_CallOnce_Computed(benchmark::State& state) {
+  std::once_flag once;
+  void* value = nullptr;
+  for (auto _ : state) {
+    std::call_once(once, [&] { value = &result; });
+    benchmark::DoNotOptimize(value);
+  }
+}
+void BM_TQLazyVar_Computed(benchmark::State& state) {
+  TQLazyVar* const var = TQLazyVarCreate();
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        TQLazyVarGetOrCalculateValue(var, 0, []() -> void* { return &result; }));
+  }
+  TQLazyVarFree(var);
+}
+BENCHMARK(BM_AcquireLoad_Computed);
+BENCHMARK(BM_CallOnce_Computed);
+BENCHMARK(BM_TQLazyVar_Computed);
+
+void BM_MutexVector_VendRecycle(benchmark::State& state) {
+  std::mutex mutex;
+  std::vector<Ref<Object>> idle(1, data().owners[0]);
+  for (auto _ : state) {
+    Ref<Object> object;
+    {
+      const std::scoped_lock guard(mutex);
+      object = std::move(idle.back());
+      idle.pop_back();
+    }
+    const std::scoped_lock guard(mutex);
+    idle.push_back(std::move(object));
+  }
+}
+void BM_TQObjectPool_VendRecycle(benchmark::State& state) {
+  const auto pool =
+      TQObjectPool::initWithObjectCreatorBlock([] { return String::stringWithUTF8("pooled"); });
+  for (auto _ : state) pool->recycleObject(pool->vendObject());
+}
+BENCHMARK(BM_MutexVector_VendRecycle);
+BENCHMARK(BM_TQObjectPool_VendRecycle);
+
+}  // namespace

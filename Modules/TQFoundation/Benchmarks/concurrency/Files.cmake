@@ -1,0 +1,6 @@
+find_package(Boost 1.81 REQUIRED)
+
+tq_add_room_benchmarks(TQConcurrency
+  ${CMAKE_CURRENT_LIST_DIR}/CachesBenchmark.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/LocksBenchmark.cpp
+  PEERS Boost::headers)

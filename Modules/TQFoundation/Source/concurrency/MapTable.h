@@ -1,0 +1,101 @@
+#pragma once
+
+/// @file MapTable.h
+/// A table whose keys may be held weakly.
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/Weak.h>
+
+namespace tq {
+
+/// Objects found by a key that is held weakly or strongly. An entry whose weak key has gone cannot
+/// be found, counted or enumerated any more; its value goes with the next change of the table or
+/// purge(). Values are held strongly.
+///
+/// Threads: one at a time; objectForKey() also several at once while nothing changes.
+/// Order:   none.
+class TQ_EXPORT MapTable final : public Subclass<MapTable> {
+ public:
+  static constexpr std::string_view className = "MapTable";
+
+  enum class Keys : std::uint8_t { weak, strong };
+  enum class Matching : std::uint8_t { equality, identity };
+
+  struct Entry {
+    Ref<Object> key;
+    Ref<Object> value;
+  };
+  /// Entries that a call has taken out, for the caller to drop where destructors may run.
+  using Removed = std::vector<Entry>;
+
+  [[nodiscard]] static Ref<MapTable> mapTable(Keys keys, Matching matching = Matching::equality);
+  [[nodiscard]] static Ref<MapTable> weakToStrongObjectsMapTable() { return mapTable(Keys::weak); }
+  [[nodiscard]] static Ref<MapTable> strongToStrongObjectsMapTable() {
+    return mapTable(Keys::strong);
+  }
+
+  /// Entries whose keys live. Linear when weakly held objects have gone since the last purge.
+  [[nodiscard]] std::size_t count() const;
+
+  /// Lent; null when there is none.
+  [[nodiscard]] Object* objectForKey(const Object& key) const;
+  /// Replaces the value and keeps the first key; a null value removes the entry.
+  /// @return what was displaced, and all whose keys have gone
+  Removed setObject(Ref<Object> value, Object& forKey);
+  Removed removeObjectForKey(const Object& key);
+  Removed removeAllObjects();
+  /// Takes out the entries whose keys have gone. Linear, but nothing when no weakly held object
+  /// has.
+  Removed purge();
+
+  [[nodiscard]] Object* objectForKeyedSubscript(const Object& key) const {
+    return objectForKey(key);
+  }
+  void setObjectForKeyedSubscript(Ref<Object> value, Object& key) {
+    setObject(std::move(value), key);
+  }
+
+  /// All living entries at this moment.
+  [[nodiscard]] std::vector<Entry> entries() const;
+
+  /// Calls the block for each entry until it sets `stop`. An empty block does nothing. The block
+  /// may change the table: the walk goes over the entries as they were at its start.
+  void enumerateKeysAndObjectsUsingBlock(
+      const std::function<void(Object& key, Object& object, bool& stop)>& block) const;
+  void enumerateKeysUsingBlock(const std::function<void(Object& key, bool& stop)>& block) const;
+  void enumerateObjectsUsingBlock(
+      const std::function<void(Object& object, bool& stop)>& block) const;
+
+  /// A copy with the entries for which the block answers true.
+  [[nodiscard]] Ref<MapTable> filter(
+      const std::function<bool(Object& key, Object& object)>& block) const;
+
+ private:
+  struct Slot {
+    Weak<Object> weakKey;  // one of the two keys is set
+    Ref<Object> strongKey;
+    Ref<Object> value;
+  };
+  using Slots = std::unordered_multimap<std::size_t, Slot>;  // by the key's hash
+
+  MapTable(Keys keys, Matching matching) noexcept : keys_(keys), matching_(matching) {}
+
+  [[nodiscard]] std::size_t hashOf(const Object& key) const;
+  [[nodiscard]] bool matches(const Slot& slot, const Object& key) const;
+  [[nodiscard]] Slots::const_iterator find(const Object& key) const;
+
+  const Keys keys_;
+  const Matching matching_;
+  std::uint64_t lossesSeen_ = 0;
+  Slots slots_;
+};
+
+}  // namespace tq

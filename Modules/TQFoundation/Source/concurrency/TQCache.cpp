@@ -1,0 +1,162 @@
+#include <TQFoundation/concurrency/TQCache.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <TQFoundation/concurrency/ObjectSynchronizer.h>
+#include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
+
+// In every function that changes the table, what is taken out is declared before the guard: it goes
+// after the lock, since its destructor may call back in.
+
+namespace tq {
+
+TQCache::TQCache(MapTable::Keys owners)
+    : cachedObjectsByOwner_(MapTable::mapTable(owners, MapTable::Matching::identity)) {}
+
+Ref<TQCache> TQCache::initWithOwnerRetentionPolicy(std::intptr_t policy) {
+  return Ref<TQCache>::adopt(
+      new TQCache(policy == 0 ? MapTable::Keys::weak : MapTable::Keys::strong));
+}
+
+MapTable* TQCache::entriesOf(const Object& owner) const {
+  return static_cast<MapTable*>(cachedObjectsByOwner_->objectForKey(owner));
+}
+
+Ref<Object> TQCache::rawObjectForOwner(const Object& owner, const Object& andKey) const {
+  const ReadLocked guard(*locker_);
+  const MapTable* const entries = entriesOf(owner);
+  return Ref<Object>(entries != nullptr ? entries->objectForKey(andKey) : nullptr);
+}
+
+Ref<Object> TQCache::cachedObjectForOwner(const Object& owner, const Object& andKey) const {
+  return TQCache_selfOrDeferredObject(rawObjectForOwner(owner, andKey));
+}
+
+void TQCache::setCachedObject(Ref<Object> object, Object& forOwner, const Object& andKey) {
+  const Ref<Object> key = andKey.copy();
+  MapTable::Removed gone, displaced;
+  const WriteLocked guard(*locker_);
+  gone = cachedObjectsByOwner_->purge();
+  MapTable* entries = entriesOf(forOwner);
+  if (entries == nullptr) {
+    const Ref<MapTable> made = MapTable::strongToStrongObjectsMapTable();
+    cachedObjectsByOwner_->setObject(made, forOwner);
+    entries = made.get();
+  }
+  displaced = entries->setObject(std::move(object), *key);
+}
+
+// A placeholder that turns up while the monitor is held is resolved without it, in another round:
+// its creation may need the monitor for a key of its own.
+Ref<Object> TQCache::blockingCachedObjectForOwner(Object& owner, const Object& andKey,
+                                                  const CreationBlock& orCreateWithBlock) {
+  for (;;) {
+    const Ref<Object> stored = rawObjectForOwner(owner, andKey);
+    if (Ref<Object> found = TQCache_selfOrDeferredObject(stored)) return found;
+    ObjectSynchronizer monitor(share(owner));
+    const Locked guard(monitor);
+    if (rawObjectForOwner(owner, andKey) != stored) continue;
+    Ref<Object> created = orCreateWithBlock();
+    setCachedObject(created, owner, andKey);
+    return created;
+  }
+}
+
+Ref<Object> TQCache::cachedObjectForOwner(Object& owner, const Object& andKey,
+                                          const CreationBlock& orCreateWithBlock) {
+  const Ref<Object> stored = blockingCachedObjectForOwner(owner, andKey, [&]() -> Ref<Object> {
+    return TQCacheDeferredCreation::createWithBlock(orCreateWithBlock);
+  });
+  return resolve(stored, owner, andKey);
+}
+
+void TQCache::populateCacheForObjectWithOwner(Object& owner, const Object& andKey,
+                                              const CreationBlock& creationBlock) {
+  if (rawObjectForOwner(owner, andKey) != nullptr) return;
+  Ref<Object> placeholder;
+  {
+    ObjectSynchronizer monitor(share(owner));
+    const Locked guard(monitor);
+    if (rawObjectForOwner(owner, andKey) != nullptr) return;
+    placeholder = TQCacheDeferredCreation::createWithBlock(creationBlock);
+    setCachedObject(placeholder, owner, andKey);
+  }
+  resolve(placeholder, owner, andKey);
+}
+
+// A creation that throws leaves no placeholder behind, which would stand for none for ever.
+Ref<Object> TQCache::resolve(const Ref<Object>& placeholder, Object& owner, const Object& key) {
+  Ref<Object> resolved;
+  try {
+    resolved = TQCache_selfOrDeferredObject(placeholder);
+  } catch (...) {
+    replace(placeholder, nullptr, owner, key);
+    throw;
+  }
+  if (resolved != placeholder) replace(placeholder, resolved, owner, key);
+  return resolved;
+}
+
+// Puts the object where the placeholder was: also when the key was removed while it was created,
+// but not over a later entry.
+void TQCache::replace(const Ref<Object>& placeholder, Ref<Object> object, Object& owner,
+                      const Object& key) {
+  {
+    const Ref<Object> now = rawObjectForOwner(owner, key);
+    if (now == object || (now != nullptr && now != placeholder)) return;
+  }
+  setCachedObject(std::move(object), owner, key);
+}
+
+void TQCache::removeCachedObjectForOwner(const Object& owner, const Object& andKey) {
+  MapTable::Removed gone, removed;
+  const WriteLocked guard(*locker_);
+  gone = cachedObjectsByOwner_->purge();
+  if (MapTable* const entries = entriesOf(owner)) removed = entries->removeObjectForKey(andKey);
+}
+
+void TQCache::removeCachedObjectsForOwner(const Object& owner) {
+  MapTable::Removed removed;
+  const WriteLocked guard(*locker_);
+  removed = cachedObjectsByOwner_->removeObjectForKey(owner);
+}
+
+void TQCache::removeCachedObjectsExceptForOwners(std::span<const Ref<Object>> ownersToKeep) {
+  const std::vector<Ref<Object>> owners = allOwners();
+  std::vector<MapTable::Removed> removed;
+  const WriteLocked guard(*locker_);
+  for (const Ref<Object>& owner : owners) {
+    if (std::find(ownersToKeep.begin(), ownersToKeep.end(), owner) != ownersToKeep.end()) continue;
+    removed.push_back(cachedObjectsByOwner_->removeObjectForKey(*owner));
+  }
+}
+
+void TQCache::removeAllCachedObjects() {
+  MapTable::Removed removed;
+  const WriteLocked guard(*locker_);
+  removed = cachedObjectsByOwner_->removeAllObjects();
+}
+
+std::size_t TQCache::count() const {
+  MapTable::Removed gone;
+  const WriteLocked guard(*locker_);
+  gone = cachedObjectsByOwner_->purge();
+  return cachedObjectsByOwner_->count();
+}
+
+std::vector<Ref<Object>> TQCache::allOwners() const {
+  MapTable::Removed gone;
+  std::vector<MapTable::Entry> entries;
+  {
+    const WriteLocked guard(*locker_);
+    gone = cachedObjectsByOwner_->purge();
+    entries = cachedObjectsByOwner_->entries();
+  }
+  std::vector<Ref<Object>> owners;
+  owners.reserve(entries.size());
+  for (MapTable::Entry& entry : entries) owners.push_back(std::move(entry.key));
+  return owners;
+}
+
+}  // namespace tq

@@ -1,0 +1,65 @@
+#include <TQFoundation/concurrency/TQObjectPool.h>
+
+#include <utility>
+
+#include <TQFoundation/base/TQAssert.h>
+
+namespace tq {
+
+TQObjectPool::TQObjectPool(CreatorBlock creatorBlock) : creatorBlock_(std::move(creatorBlock)) {}
+
+Ref<TQObjectPool> TQObjectPool::initWithObjectCreatorBlock(CreatorBlock creatorBlock) {
+  TQ_ASSERT(creatorBlock != nullptr);
+  return Ref<TQObjectPool>::adopt(new TQObjectPool(std::move(creatorBlock)));
+}
+
+TQObjectPool::~TQObjectPool() { removeAllObjects(); }
+
+Ref<Object> TQObjectPool::vendObject() {
+  {
+    const WriteLocked guard(*lock_);
+    if (!pool_.empty()) return std::move(pool_.extract(pool_.begin()).value());
+  }
+  return creatorBlock_();
+}
+
+void TQObjectPool::recycleObject(Ref<Object> object) {
+  if (object == nullptr) return;
+  const WriteLocked guard(*lock_);
+  if (maximumPoolCount_ != 0 && pool_.size() >= maximumPoolCount_) return;
+  pool_.insert(std::move(object));  // never the last reference of one that is idle already
+}
+
+std::vector<Ref<Object>> TQObjectPool::removeAllObjects() {
+  std::vector<Ref<Object>> removed;
+  const WriteLocked guard(*lock_);
+  removed.reserve(pool_.size());
+  while (!pool_.empty()) removed.push_back(std::move(pool_.extract(pool_.begin()).value()));
+  return removed;
+}
+
+void TQObjectPool::allObjectsWithBlock(
+    const std::function<void(std::span<const Ref<Object>>)>& block) {
+  std::vector<Ref<Object>> idle;
+  {
+    const WriteLocked guard(*lock_);
+    idle.assign(pool_.begin(), pool_.end());
+  }
+  block(idle);
+}
+
+std::size_t TQObjectPool::maximumPoolCount() {
+  const ReadLocked guard(*lock_);
+  return maximumPoolCount_;
+}
+
+void TQObjectPool::setMaximumPoolCount(std::size_t count) {
+  std::vector<Ref<Object>> dropped;  // outlives the lock
+  const WriteLocked guard(*lock_);
+  maximumPoolCount_ = count;
+  while (pool_.size() > count) {
+    dropped.push_back(std::move(pool_.extract(pool_.begin()).value()));
+  }
+}
+
+}  // namespace tq

@@ -1,0 +1,76 @@
+#pragma once
+
+/// @file ValueCache.h
+/// Caches of one value.
+
+#include <concepts>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace tq {
+
+/// A place for one value of type `C::Value`: `store(std::optional<Value>)` keeps it (or forgets,
+/// given none), `retrieve()` answers what is kept. Not synchronised.
+template <class C>
+concept ValueCache = requires(C& cache, std::optional<typename C::Value> value) {
+  cache.store(std::move(value));
+  { cache.retrieve() } -> std::convertible_to<std::optional<typename C::Value>>;
+};
+
+/// What the cache keeps; when that is nothing, what `creator` answers, which is then kept. A
+/// creator that throws leaves the cache empty.
+template <ValueCache C, std::invocable F>
+typename C::Value retrieve(C& cache, F&& createIfNeededUsing) {
+  if (std::optional<typename C::Value> kept = cache.retrieve()) return *std::move(kept);
+  typename C::Value made = std::invoke(std::forward<F>(createIfNeededUsing));
+  cache.store(made);
+  return made;
+}
+
+/// Any cache of T. Copies are the same cache.
+template <class T>
+class AnyValueCache {
+ public:
+  using Value = T;
+
+  template <ValueCache C>
+  requires(!std::same_as<std::remove_cvref_t<C>, AnyValueCache> &&
+           std::same_as<typename C::Value, T>) explicit AnyValueCache(C cache)
+      : box_(std::make_shared<BoxOf<C>>(std::move(cache))) {}
+
+  void store(std::optional<T> value) { box_->store(std::move(value)); }
+  [[nodiscard]] std::optional<T> retrieve() { return box_->retrieve(); }
+  /// The wrapped cache's own way to do this, where it has one.
+  T retrieve(const std::function<T()>& createIfNeededUsing) {
+    return box_->retrieve(createIfNeededUsing);
+  }
+
+ private:
+  struct Box {
+    virtual ~Box() = default;
+    virtual void store(std::optional<T> value) = 0;
+    virtual std::optional<T> retrieve() = 0;
+    virtual T retrieve(const std::function<T()>& creator) = 0;
+  };
+  template <class C>
+  struct BoxOf final : Box {
+    explicit BoxOf(C wrapped) : cache(std::move(wrapped)) {}
+    void store(std::optional<T> value) override { cache.store(std::move(value)); }
+    std::optional<T> retrieve() override { return cache.retrieve(); }
+    T retrieve(const std::function<T()>& creator) override {
+      if constexpr (requires { cache.retrieve(creator); }) {
+        return cache.retrieve(creator);
+      } else {
+        return tq::retrieve(cache, creator);
+      }
+    }
+    C cache;
+  };
+
+  std::shared_ptr<Box> box_;
+};
+
+}  // namespace tq

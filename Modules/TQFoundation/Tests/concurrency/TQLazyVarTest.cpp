@@ -1,0 +1,103 @@
+#include <TQFoundation/concurrency/TQLazyVar.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <barrier>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <semaphore>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace tq {
+namespace {
+
+using Owned = std::unique_ptr<TQLazyVar, decltype(&TQLazyVarFree)>;
+Owned makeVar() { return {TQLazyVarCreate(), &TQLazyVarFree}; }
+
+TEST(TQLazyVar, ComputesOnceUnlessTheBlockGivesNothing) {
+  const Owned var = makeVar();
+  int result = 0, runs = 0;
+  EXPECT_EQ(TQLazyVarGetValue(var.get()), nullptr);
+  const auto none = [&]() -> void* { return ++runs, nullptr; };
+  EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 0, none), nullptr);
+  const auto fails = [&]() -> void* { throw ++runs; };
+  EXPECT_THROW(TQLazyVarGetOrCalculateValue(var.get(), 0, fails), int);
+  EXPECT_EQ(TQLazyVarGetValue(var.get()), nullptr);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 0,
+                                           [&]() -> void* {
+                                             EXPECT_EQ(TQLazyVarGetValue(var.get()), var.get());
+                                             return ++runs, &result;
+                                           }),
+              &result);
+  }
+  EXPECT_EQ(runs, 3);
+  EXPECT_EQ(TQLazyVarGetValue(var.get()), &result);
+  TQLazyVarFree(nullptr);
+}
+
+TEST(TQLazyVar, StopsWithoutRecordOrBlock) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto killed = testing::KilledBySignal(SIGABRT);
+  EXPECT_EXIT(TQLazyVarGetOrCalculateValue(nullptr, 0, []() -> void* { return nullptr; }), killed,
+              "\\(var\\) != nil.*TQLazyVarGetOrCalculateValue.*"
+              "Modules/TQFoundation/Source/TQLazyVar,");
+  const Owned var = makeVar();
+  EXPECT_EXIT(TQLazyVarGetOrCalculateValue(var.get(), 0, std::function<void*()>()), killed,
+              "\\(calculationBlock\\) != nil");
+}
+
+TEST(TQLazyVar, LateComersWaitOrTimeOut) {
+  const Owned var = makeVar();
+  int result = 0;
+  std::binary_semaphore begun(0), goOn(0);
+  std::jthread computing([&] {
+    TQLazyVarGetOrCalculateValue(var.get(), 0, [&]() -> void* {
+      begun.release();
+      goOn.acquire();
+      return &result;
+    });
+  });
+  begun.acquire();
+  const auto never = []() -> void* { throw std::logic_error("computed twice"); };
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 1, never), nullptr);
+  const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GT(waited.count(), 0.9);
+  std::jthread waiting(
+      [&] { EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), -1, never), &result); });
+  goOn.release();
+}
+
+TEST(TQLazyVarStress, OneOfManyComputes) {
+  constexpr int kThreads = 8, kRounds = 300;
+  std::vector<Owned> vars;
+  for (int i = 0; i < kRounds; ++i) vars.push_back(makeVar());
+  std::vector<std::atomic<int>> runs(kRounds);
+  std::barrier round(kThreads);
+  std::vector<std::jthread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&] {
+      for (std::size_t r = 0; r < kRounds; ++r) {
+        round.arrive_and_wait();
+        // The first computation gives up in every third round, and somebody computes again.
+        void* value = nullptr;
+        while (value == nullptr) {
+          value = TQLazyVarGetOrCalculateValue(vars[r].get(), 0, [&]() -> void* {
+            return ++runs[r] == 1 && r % 3 == 0 ? nullptr : &runs[r];
+          });
+        }
+        EXPECT_EQ(value, &runs[r]);
+      }
+    });
+  }
+  threads.clear();
+  for (std::size_t r = 0; r < kRounds; ++r) EXPECT_EQ(runs[r], r % 3 == 0 ? 2 : 1);
+}
+
+}  // namespace
+}  // namespace tq
