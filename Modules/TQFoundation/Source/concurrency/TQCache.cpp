@@ -33,18 +33,22 @@ Ref<Object> TQCache::cachedObjectForOwner(const Object& owner, const Object& and
   return TQCache_selfOrDeferredObject(rawObjectForOwner(owner, andKey));
 }
 
+MapTable::Removed TQCache::store(Ref<Object> object, Object& owner, Object& key) {
+  MapTable* entries = entriesOf(owner);
+  if (entries == nullptr) {
+    const Ref<MapTable> made = MapTable::strongToStrongObjectsMapTable();
+    cachedObjectsByOwner_->setObject(made, owner);
+    entries = made.get();
+  }
+  return entries->setObject(std::move(object), key);
+}
+
 void TQCache::setCachedObject(Ref<Object> object, Object& forOwner, const Object& andKey) {
   const Ref<Object> key = andKey.copy();
   MapTable::Removed gone, displaced;
   const WriteLocked guard(*locker_);
   gone = cachedObjectsByOwner_->purge();
-  MapTable* entries = entriesOf(forOwner);
-  if (entries == nullptr) {
-    const Ref<MapTable> made = MapTable::strongToStrongObjectsMapTable();
-    cachedObjectsByOwner_->setObject(made, forOwner);
-    entries = made.get();
-  }
-  displaced = entries->setObject(std::move(object), *key);
+  displaced = store(std::move(object), forOwner, *key);
 }
 
 // A placeholder that turns up while the monitor is held is resolved without it, in another round:
@@ -99,14 +103,18 @@ Ref<Object> TQCache::resolve(const Ref<Object>& placeholder, Object& owner, cons
 }
 
 // Puts the object where the placeholder was: also when the key was removed while it was created,
-// but not over a later entry.
+// but not over a later entry. Looking and storing are one step, or a later placeholder could be
+// lost and its object be created twice.
 void TQCache::replace(const Ref<Object>& placeholder, Ref<Object> object, Object& owner,
                       const Object& key) {
-  {
-    const Ref<Object> now = rawObjectForOwner(owner, key);
-    if (now == object || (now != nullptr && now != placeholder)) return;
-  }
-  setCachedObject(std::move(object), owner, key);
+  const Ref<Object> copied = key.copy();
+  MapTable::Removed gone, displaced;
+  const WriteLocked guard(*locker_);
+  gone = cachedObjectsByOwner_->purge();
+  const MapTable* const entries = entriesOf(owner);
+  const Object* const now = entries != nullptr ? entries->objectForKey(key) : nullptr;
+  if (now == object.get() || (now != nullptr && now != placeholder.get())) return;
+  displaced = store(std::move(object), owner, *copied);
 }
 
 void TQCache::removeCachedObjectForOwner(const Object& owner, const Object& andKey) {
