@@ -114,13 +114,11 @@ inline constexpr Rect RectInfinite{
   return RectEqualToRect(a, b);
 }
 
-/// Smallest rect that holds both. A null rect adds nothing: the other one is then answered raw.
-/// A rect of size 0 counts as a point. Where a coordinate of either is NaN, the one of `b` is
-/// taken. The extent is max - min, so the maximum read back from the result may be one unit in the
-/// last place below the true one.
-[[nodiscard]] constexpr Rect RectUnion(const Rect& a, const Rect& b) noexcept {
-  if (RectIsNull(a)) return b;
-  if (RectIsNull(b)) return a;
+namespace detail {
+
+/// From the least minimum to the greatest maximum on each axis, null rects not excepted. Where a
+/// bound of `a` is NaN, that of `b` is taken.
+[[nodiscard]] constexpr Rect boundsOfBoth(const Rect& a, const Rect& b) noexcept {
   const Rect one = RectStandardize(a);
   const Rect other = RectStandardize(b);
   const double oneMaxX = one.origin.x + one.size.width;
@@ -132,6 +130,18 @@ inline constexpr Rect RectInfinite{
   const double maxX = oneMaxX > otherMaxX ? oneMaxX : otherMaxX;
   const double maxY = oneMaxY > otherMaxY ? oneMaxY : otherMaxY;
   return {minX, minY, maxX - minX, maxY - minY};
+}
+
+}  // namespace detail
+
+/// Smallest rect that holds both. A null rect adds nothing: the other one is then answered raw.
+/// A rect of size 0 counts as a point. Where a coordinate of either is NaN, the one of `b` is
+/// taken. The extent is max - min, so the maximum read back from the result may be one unit in the
+/// last place below the true one.
+[[nodiscard]] constexpr Rect RectUnion(const Rect& a, const Rect& b) noexcept {
+  if (RectIsNull(a)) return b;
+  if (RectIsNull(b)) return a;
+  return detail::boundsOfBoth(a, b);
 }
 
 namespace detail {

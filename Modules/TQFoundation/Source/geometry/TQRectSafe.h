@@ -42,17 +42,7 @@ inline constexpr double TQFloatSafeValue = 0.1;
 /// RectUnion() it makes no exception for null rects: they reach to infinity. Where a bound of `a`
 /// is NaN, that of `b` is taken.
 [[nodiscard]] constexpr Rect TQUnionRectSafe(const Rect& a, const Rect& b) noexcept {
-  const Rect one = RectStandardize(a);
-  const Rect other = RectStandardize(b);
-  const double oneMaxX = one.origin.x + one.size.width;
-  const double oneMaxY = one.origin.y + one.size.height;
-  const double otherMaxX = other.origin.x + other.size.width;
-  const double otherMaxY = other.origin.y + other.size.height;
-  const double minX = one.origin.x < other.origin.x ? one.origin.x : other.origin.x;
-  const double minY = one.origin.y < other.origin.y ? one.origin.y : other.origin.y;
-  const double maxX = oneMaxX > otherMaxX ? oneMaxX : otherMaxX;
-  const double maxY = oneMaxY > otherMaxY ? oneMaxY : otherMaxY;
-  return {minX, minY, maxX - minX, maxY - minY};
+  return detail::boundsOfBoth(a, b);
 }
 
 }  // namespace tq
