@@ -9,6 +9,7 @@ constexpr const char* kExamples = R"(examples:
   tqdoc import drawing.svg -o drawing.tqdoc
   tqdoc show drawing.tqdoc
   tqdoc render drawing.tqdoc -o drawing.png --width 512 --bounds
+  tqdoc hit drawing.tqdoc 24 24 --png hit.png --width 512
   tqdoc check --draw /usr/share/icons
   tqdoc sheet /usr/share/icons -o sheet.png --count 24
 
@@ -26,6 +27,7 @@ int main(int argc, char** argv) {
     tqdoc::addImportCommand(app, outcome);
     tqdoc::addShowCommand(app, outcome);
     tqdoc::addRenderCommand(app, outcome);
+    tqdoc::addHitCommand(app, outcome);
     tqdoc::addSheetCommand(app, outcome);
     tqdoc::addCheckCommand(app, outcome);
     try {

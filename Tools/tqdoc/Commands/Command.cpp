@@ -1,6 +1,8 @@
 #include "Commands/Command.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <iostream>
 #include <utility>
 #include <vector>
@@ -18,6 +20,19 @@ std::string printable(std::string_view text) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
   }
   return result;
+}
+
+std::string shortText(double number) {
+  std::array<char, 32> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), number + 0.0,
+                                 std::chars_format::general, 6);
+  return {text.data(), end.ptr};
+}
+
+std::string shortText(const tq::Rect& rect) {
+  if (tq::RectIsNull(rect)) return "nowhere";
+  return "{{" + shortText(rect.origin.x) + ", " + shortText(rect.origin.y) + "}, {" +
+         shortText(rect.size.width) + ", " + shortText(rect.size.height) + "}}";
 }
 
 std::string grouped(std::size_t number) {

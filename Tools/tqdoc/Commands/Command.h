@@ -24,6 +24,7 @@ enum class Outcome { fine = 0, different = 1, trouble = 2 };
 void addImportCommand(CLI::App& app, Outcome& outcome);
 void addShowCommand(CLI::App& app, Outcome& outcome);
 void addRenderCommand(CLI::App& app, Outcome& outcome);
+void addHitCommand(CLI::App& app, Outcome& outcome);
 void addSheetCommand(CLI::App& app, Outcome& outcome);
 void addCheckCommand(CLI::App& app, Outcome& outcome);
 
@@ -32,6 +33,12 @@ Outcome reportTrouble(std::string_view message);
 
 /// Text from a drawing, safe to print: control characters become "?".
 [[nodiscard]] std::string printable(std::string_view text);
+
+/// Six significant digits: enough to find one's way.
+[[nodiscard]] std::string shortText(double number);
+
+/// "{{x, y}, {width, height}}"; "nowhere" for the null rect.
+[[nodiscard]] std::string shortText(const tq::Rect& rect);
 
 /// 1234567 as "1,234,567".
 [[nodiscard]] std::string grouped(std::size_t number);

@@ -12,6 +12,7 @@ namespace {
 struct Options {
   std::string drawing;
   std::string output;
+  bool gzip = false;
 };
 
 Outcome import(const Options& options) {
@@ -20,7 +21,8 @@ Outcome import(const Options& options) {
   if (!isArchive(output)) return reportTrouble(output + ": archives end in .tqdoc");
   tq::Ref<tq::Error> error;
   const SvgDrawing drawing = openDrawing(options.drawing, &error);
-  if (!drawing.document || !saveArchive(*drawing.document, output, &error)) {
+  const Packing packing = options.gzip ? Packing::gzip : Packing::none;
+  if (!drawing.document || !saveArchive(*drawing.document, output, packing, &error)) {
     return reportTrouble(error->localizedDescription());
   }
   std::cout << printable(output) << ": " << grouped(drawing.document->shapeCount()) << " shapes, "
@@ -37,6 +39,7 @@ void addImportCommand(CLI::App& app, Outcome& outcome) {
   command->add_option("drawing", options->drawing, "an .svg file")->required();
   command->add_option("-o,--output", options->output,
                       "the archive; by default the drawing's name, ending in .tqdoc");
+  command->add_flag("--gzip", options->gzip, "pack the archive, as gzip does");
   command->callback([options, &outcome] { outcome = import(*options); });
 }
 

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cmath>
 #include <memory>
 #include <string>
 
@@ -17,21 +15,12 @@ struct Options {
   Overlay overlay;
 };
 
-[[nodiscard]] int side(double pixels) {
-  return static_cast<int>(std::lround(std::clamp(pixels, 1.0, double{Canvas::kSideLimit})));
-}
-
 Outcome render(const Options& options) {
   tq::Ref<tq::Error> error;
   const tq::Ref<Document> document = openDrawing(options.drawing, &error).document;
-  if (!document) return reportTrouble(error->localizedDescription());
-  const tq::Size page = document->page().size;
-  const double scale = options.width > 0 ? options.width / page.width : 1;
-  Canvas canvas(side(page.width * scale), side(page.height * scale));
-  canvas.draw(*document,
-              {0, 0, double(side(page.width * scale)), double(side(page.height * scale))},
-              options.overlay);
-  if (!canvas.writePNG(options.output, &error)) return reportTrouble(error->localizedDescription());
+  if (!document || !renderPNG(*document, options.width, options.overlay, options.output, &error)) {
+    return reportTrouble(error->localizedDescription());
+  }
   return Outcome::fine;
 }
 
@@ -45,8 +34,10 @@ void addRenderCommand(CLI::App& app, Outcome& outcome) {
   command->add_option("--width", options->width, "pixels across; by default the drawing's own size")
       ->check(CLI::Range(1, Canvas::kSideLimit));
   command->add_flag("--bounds", options->overlay.bounds, "mark the tight bounds of every shape");
-  command->add_flag("--control-polygons", options->overlay.controlPolygons,
+  command->add_flag("--controls", options->overlay.controls,
                     "join the control points of every outline");
+  command->add_flag("--intersections", options->overlay.intersections,
+                    "circle the points where outlines cross");
   command->callback([options, &outcome] { outcome = render(*options); });
 }
 

@@ -1,5 +1,3 @@
-#include <array>
-#include <charconv>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -10,18 +8,12 @@
 namespace tqdoc {
 namespace {
 
-/// Six significant digits: enough to find one's way.
-[[nodiscard]] std::string shortText(double number) {
-  std::array<char, 32> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), number + 0.0,
-                                 std::chars_format::general, 6);
-  return {text.data(), end.ptr};
-}
-
-[[nodiscard]] std::string textOf(const tq::Rect& rect) {
-  if (tq::RectIsNull(rect)) return "nowhere";
-  return "{{" + shortText(rect.origin.x) + ", " + shortText(rect.origin.y) + "}, {" +
-         shortText(rect.size.width) + ", " + shortText(rect.size.height) + "}}";
+/// The digest of an archive of the node alone: two that look the same are the same.
+[[nodiscard]] std::string digestOf(const Node& node) {
+  constexpr std::size_t kShown = 12;
+  tq::Ref<tq::Error> error;
+  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(node, &error);
+  return archive ? std::string(tq::sha1String_tq(*archive)->view().substr(0, kShown)) : "no digest";
 }
 
 void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t depth) {
@@ -33,7 +25,7 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
                 : shape != nullptr ? "shape"
                                    : "picture");
   if (!node.name().empty()) std::cout << ' ' << printable(node.name());
-  std::cout << "  " << textOf(tightBounds(node, parent));
+  std::cout << "  " << shortText(tightBounds(node, parent));
   if (shape != nullptr) std::cout << "  " << shape->path().steps().size() << " steps";
   if (picture != nullptr) {
     std::cout << "  " << printable(picture->mediaType()) << ", "
@@ -42,6 +34,7 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   if (node.traits().opacity != 1) std::cout << "  opacity " << shortText(node.traits().opacity);
   if (node.traits().clip) std::cout << "  clipped";
   if (node.traits().hidden) std::cout << "  hidden";
+  if (group == nullptr) std::cout << "  sha1 " << digestOf(node);
   std::cout << '\n';
   if (group == nullptr) return;
   const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);
@@ -59,6 +52,10 @@ Outcome show(const std::string& path) {
             << grouped(document->shapeCount()) << " shapes";
   if (!document->title().empty()) std::cout << ", \"" << printable(document->title()) << '"';
   std::cout << '\n';
+  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(document, &error);
+  if (!archive) return reportTrouble(error->localizedDescription());
+  std::cout << "archive: " << grouped(archive->length()) << " bytes, sha1 "
+            << tq::sha1String_tq(*archive)->view() << '\n';
   for (const auto [name, count] : document->unsupported()) {
     std::cout << "left out: " << printable(name.description()) << ' ' << count.description()
               << '\n';

@@ -47,9 +47,10 @@ RoundTrip roundTrip(const std::string& path) {
   }
   if (isArchive(path)) {
     const auto file = tq::dataWithContentsOfURL(*tq::URL::fileURLWithPath(path), &error);
-    if (!file) return fail("reading again");
-    if (file->view() != archive->view()) {
-      result.differences.push_back("file and " + byteDifference(file->view(), archive->view()));
+    const auto text = file ? archiveText(file, path, &error) : nullptr;
+    if (!text) return fail("reading again");
+    if (text->view() != archive->view()) {
+      result.differences.push_back("file and " + byteDifference(text->view(), archive->view()));
     }
   }
   return result;

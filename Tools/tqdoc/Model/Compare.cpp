@@ -53,7 +53,7 @@ using Difference = std::optional<std::string>;
 }
 
 Difference compare(const Node& a, const Node& b, const std::string& path) {
-  const std::string place = a.name().empty() ? path : path + " (" + std::string(a.name()) + ")";
+  const std::string place = placeOf(path, a);
   if (&a.objectClass() != &b.objectClass()) return place + ": the kinds differ";
   if (auto difference = compareTraits(a.traits(), b.traits(), place)) return difference;
   if (const auto* group = tq::objectCast<Group>(&a)) {

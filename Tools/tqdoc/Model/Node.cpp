@@ -104,6 +104,10 @@ void Picture::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodeObject(bytes_, "bytes");
 }
 
+std::string placeOf(const std::string& path, const Node& node) {
+  return node.name().empty() ? path : path + " (" + std::string(node.name()) + ")";
+}
+
 tq::Rect tightBounds(const Node& node, const tq::AffineTransform& parent) {
   if (node.traits().hidden) return tq::RectNull;
   const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);

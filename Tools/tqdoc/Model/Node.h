@@ -4,6 +4,7 @@
 /// What a drawing's tree is made of: groups, shapes and pictures.
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "Model/PathData.h"
@@ -103,6 +104,10 @@ class Picture final : public tq::Subclass<Picture, Node> {
   tq::Ref<tq::String> mediaType_;
   tq::Ref<tq::Data> bytes_;
 };
+
+/// How a node is told to people: "root/1/0 (eye)", its place among its parents' children and its
+/// name.
+[[nodiscard]] std::string placeOf(const std::string& path, const Node& node);
 
 /// Smallest rect around a node's outlines and frames in its parent's coordinates, hidden nodes and
 /// strokes left out; the null rect when nothing is there.

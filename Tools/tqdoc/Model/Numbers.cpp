@@ -51,6 +51,11 @@ std::optional<std::vector<double>> decodeNumbers(tq::TQJSONDecoder& decoder, std
   return numbersOf(*array);
 }
 
+double numberIn(const tq::Dictionary& style, std::string_view key, double otherwise) {
+  const auto* number = tq::objectCast<tq::Number>(style.objectForKey(key));
+  return number != nullptr ? number->doubleValue() : otherwise;
+}
+
 void encodeTransform(tq::TQJSONEncoder& encoder, const tq::AffineTransform& t,
                      std::string_view key) {
   if (t == tq::AffineTransformIdentity) return;

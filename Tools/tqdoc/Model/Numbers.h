@@ -28,6 +28,9 @@ namespace tqdoc {
 /// The numbers of an array; none when something else is in it.
 [[nodiscard]] std::optional<std::vector<double>> numbersOf(const tq::Array& array);
 
+/// The number that a style has under `key`, else `otherwise`.
+[[nodiscard]] double numberIn(const tq::Dictionary& style, std::string_view key, double otherwise);
+
 /// As six numbers, left out when it is the identity.
 void encodeTransform(tq::TQJSONEncoder& encoder, const tq::AffineTransform& transform,
                      std::string_view key);

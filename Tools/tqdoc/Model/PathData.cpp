@@ -1,41 +1,11 @@
 #include "Model/PathData.h"
 
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "Model/Numbers.h"
 
 namespace tqdoc {
 namespace {
-
-/// Grows as values are put in; empty until then.
-struct Interval {
-  double min = std::numeric_limits<double>::infinity();
-  double max = -min;
-
-  void add(double value) {
-    min = std::min(min, value);
-    max = std::max(max, value);
-  }
-
-  /// A cubic's ends are in already; adds the values where it turns, the roots of its derivative
-  /// a·t² + b·t + c (up to the factor 3).
-  void addTurns(double p0, double p1, double p2, double p3) {
-    if (std::min(p1, p2) >= min && std::max(p1, p2) <= max) return;
-    const double a = p3 - p0 + 3 * (p1 - p2);
-    const double b = 2 * (p0 - 2 * p1 + p2);
-    const double c = p1 - p0;
-    // The form of the quadratic's roots that does not cancel; with a = 0 one of them is infinite.
-    const double q = -0.5 * (b + std::copysign(std::sqrt(std::max(0.0, b * b - 4 * a * c)), b));
-    if (b * b - 4 * a * c < 0) return;
-    for (const double t : {q / a, c / q}) {
-      if (!(t > 0 && t < 1)) continue;
-      const double s = 1 - t;
-      add(s * s * s * p0 + 3 * s * s * t * p1 + 3 * s * t * t * p2 + t * t * t * p3);
-    }
-  }
-};
 
 [[nodiscard]] bool fits(std::string_view steps, std::size_t coordinateCount) {
   if (!steps.empty() && steps.front() != 'M') return false;
@@ -65,24 +35,28 @@ void PathData::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodeObject(tq::Array::arrayWithNumbers(coordinates()), "coordinates");
 }
 
-tq::Rect PathData::tightBounds(const tq::AffineTransform& transform) const {
-  Interval x, y;
-  tq::Point current;
+tq::Path PathData::outline(const tq::AffineTransform& transform) const {
+  tq::Path path;
   forEach([&](char step, tq::Point* points) {
-    const int count = pointsOf(step);
-    for (int i = 0; i < count; ++i) points[i] = tq::PointApplyAffineTransform(points[i], transform);
-    if (count == 0) return;
-    const tq::Point last = points[count - 1];
-    x.add(last.x);
-    y.add(last.y);
-    if (step == 'C') {
-      x.addTurns(current.x, points[0].x, points[1].x, last.x);
-      y.addTurns(current.y, points[0].y, points[1].y, last.y);
+    for (int i = 0; i < pointsOf(step); ++i) {
+      points[i] = tq::PointApplyAffineTransform(points[i], transform);
     }
-    current = last;
+    switch (step) {
+      case 'M':
+        return path.moveTo(points[0]);
+      case 'L':
+        return path.lineTo(points[0]);
+      case 'C':
+        return path.cubicTo(points[0], points[1], points[2]);
+      default:
+        return path.close();
+    }
   });
-  if (!(x.min <= x.max && y.min <= y.max)) return tq::RectNull;
-  return {x.min, y.min, x.max - x.min, y.max - y.min};
+  return path;
+}
+
+tq::Rect PathData::tightBounds(const tq::AffineTransform& transform) const {
+  return outline(transform).bounds();
 }
 
 bool PathData::isEqual(const tq::Object& other) const {

@@ -60,8 +60,11 @@ class PathData final : public tq::Subclass<PathData> {
     }
   }
 
+  /// The steps as a path, each point transformed.
+  [[nodiscard]] tq::Path outline(const tq::AffineTransform& transform = {}) const;
+
   /// Smallest rect around the transformed outline: around the curves, not their control points.
-  /// The null rect for an empty path. Strokes are not counted.
+  /// The null rect when nothing is drawn. Strokes are not counted.
   [[nodiscard]] tq::Rect tightBounds(const tq::AffineTransform& transform = {}) const;
 
   [[nodiscard]] bool isEqual(const tq::Object& other) const override;

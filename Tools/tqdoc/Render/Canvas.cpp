@@ -2,6 +2,8 @@
 
 #include <cairo.h>
 
+#include <algorithm>
+#include <cmath>
 #include <new>
 
 #include "Files/Drawing.h"
@@ -9,6 +11,13 @@
 #include "Render/Painter.h"
 
 namespace tqdoc {
+namespace {
+
+[[nodiscard]] int side(double pixels) {
+  return static_cast<int>(std::lround(std::clamp(pixels, 1.0, double{Canvas::kSideLimit})));
+}
+
+}  // namespace
 
 void Canvas::Release::operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
 
@@ -31,7 +40,7 @@ void Canvas::fill(const tq::Rect& rect, const Color& color) {
   cairo_fill(cr);
 }
 
-void Canvas::draw(const Document& document, const tq::Rect& rect, Overlay overlay) {
+void Canvas::draw(const Document& document, const tq::Rect& rect, const Overlay& overlay) {
   cairo_t* const cr = context_.get();
   const Document::Page& page = document.page();
   const tq::AffineTransform fitted = tq::AffineTransformConcat(
@@ -42,9 +51,7 @@ void Canvas::draw(const Document& document, const tq::Rect& rect, Overlay overla
   cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
   cairo_clip(cr);
   Painter(cr).paint(document.root(), fitted);
-  if (overlay.bounds || overlay.controlPolygons) {
-    paintOverlay(cr, document.root(), fitted, overlay);
-  }
+  paintOverlay(cr, document.root(), fitted, overlay);
   cairo_restore(cr);
 }
 
@@ -64,6 +71,17 @@ bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const 
   if (status == CAIRO_STATUS_SUCCESS) return true;
   tq::setOutError(error, errorWith(path + ": " + cairo_status_to_string(status)));
   return false;
+}
+
+bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
+               tq::Ref<tq::Error>* error) {
+  const tq::Size page = document.page().size;
+  const double scale = width > 0 ? width / page.width : 1;
+  const int across = side(page.width * scale);
+  const int down = side(page.height * scale);
+  Canvas canvas(across, down);
+  canvas.draw(document, {0, 0, double(across), double(down)}, overlay);
+  return canvas.writePNG(path, error);
 }
 
 }  // namespace tqdoc

@@ -5,8 +5,10 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "Model/Document.h"
 #include "Svg/SvgColor.h"
@@ -16,10 +18,13 @@ struct _cairo_surface;
 
 namespace tqdoc {
 
-/// What to draw on top of a drawing.
+/// What to draw on top of a drawing, in lines as wide in pixels whatever the scale.
 struct Overlay {
-  bool bounds = false;           ///< the tight bounds of every shape and picture
-  bool controlPolygons = false;  ///< the control points of every outline, joined
+  bool bounds = false;             ///< the tight bounds of every shape and picture
+  bool controls = false;           ///< the control points of every outline, joined
+  bool intersections = false;      ///< where outlines cross; see findCrossings()
+  std::vector<const Node*> marks;  ///< shapes and pictures to trace
+  std::optional<tq::Rect> area;    ///< a place of the drawing to frame
 };
 
 /// An image to draw into: 32 bits a pixel, transparent at first. One thread at a time.
@@ -37,7 +42,7 @@ class Canvas {
   void fill(const tq::Rect& rect, const Color& color);
 
   /// Draws the page of `document` into `rect`, centred, as large as it fits.
-  void draw(const Document& document, const tq::Rect& rect, Overlay overlay = {});
+  void draw(const Document& document, const tq::Rect& rect, const Overlay& overlay = {});
 
   /// Rows from the top, blue, green, red and alpha of each pixel, multiplied by alpha.
   [[nodiscard]] std::span<const std::uint32_t> pixels() const;
@@ -52,5 +57,10 @@ class Canvas {
   std::unique_ptr<_cairo_surface, Release> surface_;
   std::unique_ptr<_cairo, Release> context_;
 };
+
+/// Draws the page alone into a PNG file.
+/// @param width  pixels across, at most Canvas::kSideLimit; 0 takes the page's own size
+bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
+               tq::Ref<tq::Error>* error);
 
 }  // namespace tqdoc

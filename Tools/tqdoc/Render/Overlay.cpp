@@ -1,51 +1,100 @@
 #include "Render/Overlay.h"
 
-#include "Model/Document.h"
+#include <algorithm>
+#include <numbers>
+
+#include "Model/Crossings.h"
+#include "Model/PlacedNode.h"
 #include "Render/CairoSource.h"
 #include "Render/Painter.h"
 
 namespace tqdoc {
 namespace {
 
-void paintBounds(cairo_t* cr, const tq::Rect& bounds) {
-  if (tq::RectIsNull(bounds)) return;
-  cairo_set_source_rgba(cr, 0.9, 0.1, 0.4, 0.9);
-  cairo_rectangle(cr, bounds.origin.x, bounds.origin.y, bounds.size.width, bounds.size.height);
+struct Ink {
+  double red, green, blue;
+};
+constexpr Ink kBounds{0.9, 0.1, 0.4};
+constexpr Ink kControls{0.1, 0.4, 0.9};
+constexpr Ink kIntersections{0, 0.6, 0.2};
+constexpr Ink kMarks{1, 0.5, 0};
+constexpr Ink kArea{0.5, 0, 0.8};
+
+void setInk(cairo_t* cr, const Ink& ink) {
+  cairo_set_source_rgba(cr, ink.red, ink.green, ink.blue, 0.9);
+}
+
+void strokeRect(cairo_t* cr, const tq::Rect& rect) {
+  if (tq::RectIsNull(rect)) return;
+  cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
   cairo_stroke(cr);
 }
 
-void paintControlPolygon(cairo_t* cr, const PathData& path, const tq::AffineTransform& transform) {
-  cairo_set_source_rgba(cr, 0.1, 0.4, 0.9, 0.9);
-  path.forEach([&](char step, tq::Point* points) {
-    for (int i = 0; i < PathData::pointsOf(step); ++i) {
-      const tq::Point p = tq::PointApplyAffineTransform(points[i], transform);
-      step == 'M' ? cairo_move_to(cr, p.x, p.y) : cairo_line_to(cr, p.x, p.y);
-    }
-    if (step == 'Z') cairo_close_path(cr);
-  });
-  cairo_stroke(cr);
+/// Legs from every point to its controls, and a dot on each control.
+void paintControls(cairo_t* cr, const tq::Path& outline) {
+  setInk(cr, kControls);
+  for (auto segments = tq::TQBezierSegmentIteratorMake(outline); auto segment = segments.next();) {
+    const auto points = segment->used();
+    for (const tq::Point& p : points) cairo_line_to(cr, p.x, p.y);
+    cairo_stroke(cr);
+    for (const tq::Point& p : points) cairo_rectangle(cr, p.x - 1.5, p.y - 1.5, 3, 3);
+    cairo_fill(cr);
+  }
+}
+
+void paintIntersections(cairo_t* cr, const std::vector<PlacedNode>& nodes) {
+  constexpr double kRadius = 3.5;
+  setInk(cr, kIntersections);
+  for (const tq::Point& p : findCrossings(nodes).points) {
+    cairo_arc(cr, p.x, p.y, kRadius, 0, 2 * std::numbers::pi);
+    cairo_stroke(cr);
+  }
+}
+
+/// The outline, thick.
+void paintMark(cairo_t* cr, const PlacedNode& placed) {
+  constexpr double kWidth = 3;
+  setInk(cr, kMarks);
+  cairo_set_line_width(cr, kWidth);
+  if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
+    setTransform(cr, placed.transform);
+    addPath(cr, shape->path());
+    setTransform(cr, tq::AffineTransformIdentity);
+    cairo_stroke(cr);
+  } else {
+    strokeRect(cr, outlineBounds(placed));
+  }
+  cairo_set_line_width(cr, 1);
 }
 
 }  // namespace
 
-void paintOverlay(cairo_t* cr, const Node& node, const tq::AffineTransform& parent,
-                  Overlay overlay) {
-  if (node.traits().hidden) return;
-  const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);
-  if (const auto* group = tq::objectCast<Group>(&node)) {
-    for (std::size_t i = 0; i < group->count(); ++i) {
-      paintOverlay(cr, group->child(i), transform, overlay);
-    }
-    return;
-  }
+void paintOverlay(cairo_t* cr, const Node& root, const tq::AffineTransform& parent,
+                  const Overlay& overlay) {
+  const std::vector<PlacedNode> nodes = placedNodes(root, parent);
   setTransform(cr, tq::AffineTransformIdentity);
   cairo_set_line_width(cr, 1);
   cairo_set_dash(cr, nullptr, 0, 0);
   cairo_new_path(cr);
-  if (overlay.bounds) paintBounds(cr, tightBounds(node, parent));
-  const auto* shape = tq::objectCast<Shape>(&node);
-  if (overlay.controlPolygons && shape != nullptr)
-    paintControlPolygon(cr, shape->path(), transform);
+  for (const PlacedNode& placed : nodes) {
+    const auto* shape = tq::objectCast<Shape>(placed.node);
+    if (overlay.controls && shape != nullptr) {
+      paintControls(cr, shape->path().outline(placed.transform));
+    }
+    if (overlay.bounds) {
+      setInk(cr, kBounds);
+      strokeRect(cr, outlineBounds(placed));
+    }
+    if (std::ranges::find(overlay.marks, placed.node) != overlay.marks.end()) {
+      paintMark(cr, placed);
+    }
+  }
+  if (overlay.intersections) paintIntersections(cr, nodes);
+  if (overlay.area) {
+    setInk(cr, kArea);
+    cairo_set_line_width(cr, 2);
+    strokeRect(cr, grown(tq::RectApplyAffineTransform(*overlay.area, parent), 4));
+  }
 }
 
 }  // namespace tqdoc

@@ -10,9 +10,9 @@
 
 namespace tqdoc {
 
-/// Bounds and control polygons of a node and all within it, in lines one pixel wide.
-/// @param parent  from the coordinates around the node to pixels
-void paintOverlay(cairo_t* context, const Node& node, const tq::AffineTransform& parent,
-                  Overlay overlay);
+/// What `overlay` asks for of `root` and all within it.
+/// @param parent  from the drawing's coordinates to pixels
+void paintOverlay(cairo_t* context, const Node& root, const tq::AffineTransform& parent,
+                  const Overlay& overlay);
 
 }  // namespace tqdoc

@@ -13,11 +13,6 @@
 namespace tqdoc {
 namespace {
 
-[[nodiscard]] double numberIn(const tq::Dictionary& style, std::string_view key, double otherwise) {
-  const auto* number = tq::objectCast<tq::Number>(style.objectForKey(key));
-  return number != nullptr ? number->doubleValue() : otherwise;
-}
-
 [[nodiscard]] std::string_view textIn(const tq::Dictionary& style, std::string_view key) {
   const auto* text = tq::objectCast<tq::String>(style.objectForKey(key));
   return text != nullptr ? text->view() : std::string_view();

@@ -79,7 +79,7 @@ TEST_F(Drawings, DamagedArchivesAreTroubleAndNoMore) {
   const tq::test::CapturedLog quiet;
   const auto document = openDrawing(data("paint.svg"), nullptr).document;
   tq::Ref<tq::Error> error;
-  ASSERT_TRUE(saveArchive(*document, directory_.path("a.tqdoc"), &error));
+  ASSERT_TRUE(saveArchive(*document, directory_.path("a.tqdoc"), Packing::none, &error));
   const std::string whole = directory_.read("a.tqdoc");
   for (std::size_t i = 0; i < whole.size(); i += 7) {
     directory_.write("cut.tqdoc", whole.substr(0, i));
@@ -104,19 +104,42 @@ TEST_F(Drawings, DamagedArchivesAreTroubleAndNoMore) {
 TEST_F(Drawings, AreReplacedWholeOrNotAtAll) {
   const auto document = openDrawing(data("shapes.svg"), nullptr).document;
   tq::Ref<tq::Error> error;
-  EXPECT_FALSE(saveArchive(*document, directory_.path("no/a.tqdoc"), &error));
+  EXPECT_FALSE(saveArchive(*document, directory_.path("no/a.tqdoc"), Packing::none, &error));
   EXPECT_THAT(error->localizedDescription(), HasSubstr("no/a.tqdoc: No such file"));
 
-  directory_.write("old.tqdoc", "old");
-  const auto before = tq::setWriteHook([](int, std::span<const std::byte>) noexcept {
+  const auto fail = [](int, std::span<const std::byte>) noexcept {
     return tq::WriteResult{-1, ENOSPC};
-  });
-  EXPECT_FALSE(saveArchive(*document, directory_.path("old.tqdoc"), &error));
-  tq::setWriteHook(before);
-  EXPECT_EQ(directory_.read("old.tqdoc"), "old");
-  EXPECT_TRUE(saveArchive(*document, directory_.path("old.tqdoc"), &error));
-  EXPECT_TRUE(openDrawing(directory_.path("old.tqdoc"), nullptr).document);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_.path("")), {}), 1);
+  };
+  for (const Packing packing : {Packing::none, Packing::gzip}) {
+    directory_.write("old.tqdoc", "old");
+    const auto before = tq::setWriteHook(fail);
+    EXPECT_FALSE(saveArchive(*document, directory_.path("old.tqdoc"), packing, &error));
+    tq::setWriteHook(before);
+    EXPECT_EQ(directory_.read("old.tqdoc"), "old");
+    EXPECT_TRUE(saveArchive(*document, directory_.path("old.tqdoc"), packing, &error));
+    const auto reopened = openDrawing(directory_.path("old.tqdoc"), nullptr).document;
+    ASSERT_TRUE(reopened);
+    EXPECT_EQ(firstDifference(*document, *reopened), std::nullopt);
+    EXPECT_EQ(roundTrip(directory_.path("old.tqdoc")).differences.size(), 0u);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory_.path("")), {}), 1);
+  }
+}
+
+TEST_F(Drawings, PackedOnesAreReadOnlyWhole) {
+  const tq::test::CapturedLog quiet;
+  const auto document = openDrawing(data("shapes.svg"), nullptr).document;
+  tq::Ref<tq::Error> error;
+  ASSERT_TRUE(saveArchive(*document, directory_.path("a.tqdoc"), Packing::gzip, &error));
+  const std::string whole = directory_.read("a.tqdoc");
+  EXPECT_EQ(whole.substr(0, 2), "\x1f\x8b");
+  for (std::size_t length = 0; length < whole.size(); length += 9) {
+    directory_.write("cut.tqdoc", whole.substr(0, length));
+    EXPECT_FALSE(openDrawing(directory_.path("cut.tqdoc"), &error).document) << length;
+  }
+  // It claims to be of 4 GiB.
+  directory_.write("bomb.tqdoc", whole.substr(0, whole.size() - 4) + "\xff\xff\xff\xff");
+  EXPECT_FALSE(openDrawing(directory_.path("bomb.tqdoc"), &error).document);
+  EXPECT_THAT(error->localizedDescription(), HasSubstr("unpacks to more than 256 MiB"));
 }
 
 TEST_F(Drawings, AreListedOnce) {

@@ -147,7 +147,7 @@ TEST(PathData, BoundsAreThoseOfTheCurve) {
     tq::Rect bounds;
   } cases[] = {
       {"", {}, tq::RectNull},
-      {"M3 4", {}, {3, 4, 0, 0}},
+      {"M3 4", {}, tq::RectNull},
       {"M0 0C0 4 4 4 4 0", {}, {0, 0, 4, 3}},
       {"M0 0Q2 4 4 0", {2, 0, 0, -1, 1, 0}, {1, -2, 8, 2}},
       {"M0 0C9-6-7-6 2 0", {}, {-0.852026, -4.5, 3.704052, 4.5}},  // x from a million samples

@@ -1,0 +1,63 @@
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Commands/Command.h"
+#include "Files/Drawing.h"
+#include "Model/HitIndex.h"
+#include "Render/Canvas.h"
+
+namespace tqdoc {
+namespace {
+
+struct Options {
+  std::string drawing;
+  std::vector<double> area;
+  std::string picture;
+  int width = 0;
+};
+
+Outcome hit(const Options& options) {
+  tq::Rect area{options.area[0], options.area[1], 0, 0};
+  if (options.area.size() == 4) area.size = {options.area[2], options.area[3]};
+  if (options.area.size() == 3) return reportTrouble("a rect takes both width and height");
+  tq::Ref<tq::Error> error;
+  const tq::Ref<Document> document = openDrawing(options.drawing, &error).document;
+  if (!document) return reportTrouble(error->localizedDescription());
+
+  const HitIndex index(*document);
+  Overlay overlay;
+  overlay.area = area;
+  for (const PlacedNode* placed : index.hits(area)) {
+    overlay.marks.push_back(placed->node);
+    std::cout << printable(placed->place) << "  " << shortText(outlineBounds(*placed)) << '\n';
+  }
+  if (overlay.marks.empty()) std::cout << "nothing\n";
+  if (options.picture.empty()) return Outcome::fine;
+  if (!renderPNG(*document, options.width, overlay, options.picture, &error)) {
+    return reportTrouble(error->localizedDescription());
+  }
+  return Outcome::fine;
+}
+
+}  // namespace
+
+void addHitCommand(CLI::App& app, Outcome& outcome) {
+  auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand("hit", "what lies at a point or in a rect, top first");
+  command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
+  command
+      ->add_option("area", options->area,
+                   "x y, or x y width height, in the coordinates that show prints")
+      ->required()
+      ->expected(2, 4)
+      ->check(CLI::Number);
+  command->add_option("--png", options->picture, "a PNG file of the drawing with the hits marked");
+  command->add_option("--width", options->width, "pixels across it")
+      ->check(CLI::Range(1, Canvas::kSideLimit));
+  command->callback([options, &outcome] { outcome = hit(*options); });
+}
+
+}  // namespace tqdoc

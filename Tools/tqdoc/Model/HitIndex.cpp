@@ -1,0 +1,199 @@
+#include "Model/HitIndex.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <optional>
+
+#include "Model/Numbers.h"
+
+namespace tqdoc {
+namespace {
+
+/// Each open subpath closed, as filling does.
+[[nodiscard]] tq::Path closedPath(const tq::Path& path) {
+  tq::Path closed;
+  bool open = false;
+  for (const tq::PathElement& element : path) {
+    if (element.type == tq::PathElementType::move && open) closed.close();
+    open = element.type != tq::PathElementType::close;
+    const auto points = element.points;
+    switch (element.type) {
+      case tq::PathElementType::move:
+        closed.moveTo(points[0]);
+        break;
+      case tq::PathElementType::line:
+        closed.lineTo(points[0]);
+        break;
+      case tq::PathElementType::quadratic:
+        closed.quadraticTo(points[0], points[1]);
+        break;
+      case tq::PathElementType::cubic:
+        closed.cubicTo(points[0], points[1], points[2]);
+        break;
+      case tq::PathElementType::close:
+        closed.close();
+        break;
+    }
+  }
+  if (open) closed.close();
+  return closed;
+}
+
+/// How often the segment crosses the ray from `p` to +x: upwards counted +1, downwards -1. A point
+/// at the ray's own height counts as below it, so that a common end is crossed once.
+[[nodiscard]] int crossings(const tq::TQBezierSegment& segment, tq::Point p) {
+  const tq::Rect bounds = tq::TQBezierSegmentGetControlPointBounds(segment);
+  if (!(tq::RectGetMaxX(bounds) >= p.x && tq::RectGetMinY(bounds) <= p.y &&
+        tq::RectGetMaxY(bounds) >= p.y)) {
+    return 0;
+  }
+  const auto isAbove = [&](double t) {
+    return tq::TQBezierSegmentPointAtOffset(segment, t).y > p.y;
+  };
+  int count = 0;
+  bool above = segment.start().y > p.y;
+  const auto passTo = [&](bool next, double t) {
+    if (next != above && tq::TQBezierSegmentPointAtOffset(segment, t).x > p.x) {
+      count += next ? 1 : -1;
+    }
+    above = next;
+  };
+  // Between two offsets where it meets the ray's line, a segment stays on one side.
+  double before = 0;
+  for (const double t : tq::TQBezierSegmentIntersectionsWithHorizontalLine(segment, p.y)) {
+    if (t > before) passTo(isAbove((before + t) / 2), before);
+    before = t;
+  }
+  if (before < 1) passTo(isAbove((before + 1) / 2), before);
+  passTo(segment.end().y > p.y, 1);
+  return count;
+}
+
+/// comesWithin() for a segment that is halved `halvings` times at the most.
+[[nodiscard]] bool pieceComesWithin(const tq::TQBezierSegment& segment, double distance,
+                                    const tq::Rect& area, double flatEnough, int halvings) {
+  if (!tq::RectIntersectsRect(tq::TQBezierSegmentGetControlPointBounds(segment),
+                              grown(area, distance))) {
+    return false;
+  }
+  if (halvings == 0 || tq::TQBezierSegmentFlatness(segment) <= flatEnough) {
+    const tq::TQLineSegment chord{segment.start(), segment.end() - segment.start()};
+    return chord.distance(area) <= distance;
+  }
+  tq::TQBezierSegment left, right;
+  tq::TQBezierSegmentSplit(segment, 0.5, &left, &right);
+  return pieceComesWithin(left, distance, area, flatEnough, halvings - 1) ||
+         pieceComesWithin(right, distance, area, flatEnough, halvings - 1);
+}
+
+[[nodiscard]] bool outlineComesWithin(const tq::Path& path, double distance, const tq::Rect& area) {
+  for (auto segments = tq::TQBezierSegmentIteratorMake(path); auto segment = segments.next();) {
+    if (comesWithin(*segment, distance, area)) return true;
+  }
+  return false;
+}
+
+/// An area that no outline enters lies in the fill or out of it as a whole.
+[[nodiscard]] bool fillMeets(const tq::Path& path, bool evenOdd, const tq::Rect& area) {
+  const bool isPoint = area.size.width == 0 && area.size.height == 0;
+  if (!isPoint && outlineComesWithin(closedPath(path), 0, area)) return true;
+  return fillContains(path, area.origin, evenOdd);
+}
+
+/// Half the stroke's width in the drawing; none without a stroke.
+[[nodiscard]] std::optional<double> strokeReach(const Shape& shape,
+                                                const tq::AffineTransform& transform) {
+  if (shape.style().objectForKey("stroke") == nullptr) return std::nullopt;
+  const double area = transform.a * transform.d - transform.b * transform.c;
+  return numberIn(shape.style(), "strokeWidth", 1) / 2 * std::sqrt(std::abs(area));
+}
+
+[[nodiscard]] bool shapeMeets(const Shape& shape, const tq::AffineTransform& transform,
+                              const tq::Rect& area) {
+  const tq::Path outline = shape.path().outline(transform);
+  const bool evenOdd = numberIn(shape.style(), "evenOdd", 0) != 0;
+  if (shape.style().objectForKey("fill") != nullptr && fillMeets(outline, evenOdd, area)) {
+    return true;
+  }
+  const auto reach = strokeReach(shape, transform);
+  return reach && outlineComesWithin(outline, *reach, area);
+}
+
+[[nodiscard]] bool pictureMeets(const Picture& picture, const tq::AffineTransform& transform,
+                                const tq::Rect& area) {
+  tq::Path frame = tq::Path::pathWithRect(picture.frame());
+  return fillMeets(frame.transformed(transform), false, area);
+}
+
+[[nodiscard]] bool clipMeets(const PlacedNode::Clip& clip, const tq::Rect& area) {
+  return std::ranges::any_of(placedNodes(*clip.node, clip.parent), [&](const PlacedNode& part) {
+    if (const auto* shape = tq::objectCast<Shape>(part.node)) {
+      const bool evenOdd = numberIn(shape->style(), "evenOdd", 0) != 0;
+      return fillMeets(shape->path().outline(part.transform), evenOdd, area);
+    }
+    const auto* picture = tq::objectCast<Picture>(part.node);
+    return picture != nullptr && pictureMeets(*picture, part.transform, area);
+  });
+}
+
+[[nodiscard]] bool meets(const PlacedNode& placed, const tq::Rect& area) {
+  const auto* shape = tq::objectCast<Shape>(placed.node);
+  const auto* picture = tq::objectCast<Picture>(placed.node);
+  const bool there = shape != nullptr
+                         ? shapeMeets(*shape, placed.transform, area)
+                         : picture != nullptr && pictureMeets(*picture, placed.transform, area);
+  return there && std::ranges::all_of(placed.clips, [&](const PlacedNode::Clip& clip) {
+           return clipMeets(clip, area);
+         });
+}
+
+/// Around all of a node's ink.
+[[nodiscard]] tq::Rect inkBounds(const PlacedNode& placed) {
+  const auto* shape = tq::objectCast<Shape>(placed.node);
+  const auto reach = shape != nullptr ? strokeReach(*shape, placed.transform) : std::nullopt;
+  return grown(outlineBounds(placed), reach.value_or(0));
+}
+
+}  // namespace
+
+bool fillContains(const tq::Path& path, tq::Point p, bool evenOdd) {
+  int winding = 0;
+  const tq::Path closed = closedPath(path);
+  for (auto segments = tq::TQBezierSegmentIteratorMake(closed); auto segment = segments.next();) {
+    winding += crossings(*segment, p);
+  }
+  return evenOdd ? winding % 2 != 0 : winding != 0;
+}
+
+bool comesWithin(const tq::TQBezierSegment& segment, double distance, const tq::Rect& area) {
+  constexpr int kHalvings = 16;
+  const tq::Size extent = tq::TQBezierSegmentGetControlPointBounds(segment).size;
+  const double detail = 4e-6 * std::max(extent.width, extent.height);  // √flatness is 4 × the error
+  return pieceComesWithin(segment, distance, area, detail * detail, kHalvings);
+}
+
+HitIndex::HitIndex(const Document& document)
+    : nodes_(placedNodes(document.root())), tree_(tq::makeRef<tq::RTree<std::size_t>>(16)) {
+  for (std::size_t i = 0; i < nodes_.size(); ++i) tree_->insert(i, inkBounds(nodes_[i]));
+}
+
+std::vector<const PlacedNode*> HitIndex::hits(const tq::Rect& area) const {
+  std::vector<std::size_t> found;
+  const auto candidates = tq::prune(tree_, [&area](const tq::RTreeNode<std::size_t>* node) {
+    return tq::RectIntersectsRect(node->boundingRect(), area);
+  });
+  for (const auto* node : tq::depthFirst(candidates)) {
+    for (const auto& entry : node->leafEntries()) {
+      if (tq::RectIntersectsRect(entry.rect, area) && meets(nodes_[entry.element], area)) {
+        found.push_back(entry.element);
+      }
+    }
+  }
+  std::ranges::sort(found, std::ranges::greater());
+  std::vector<const PlacedNode*> nodes;
+  for (const std::size_t index : found) nodes.push_back(&nodes_[index]);
+  return nodes;
+}
+
+}  // namespace tqdoc
