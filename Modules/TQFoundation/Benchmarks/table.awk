@@ -1,7 +1,8 @@
 # Turns what a benchmark program prints into a table: ours beside each peer of the same run.
 #
-# A benchmark is named BM_<Subject>_<Who>, ours BM_<Subject>_TQ; its arguments follow behind "/". The
-# medians of the repetitions are compared: CPU time, or the counter that stands in for it.
+# A benchmark is named BM_<Subject>_<Who>, ours BM_<Subject>_TQ; a template's argument follows in "<>",
+# others behind "/". The medians of the repetitions are compared: CPU time, real time where a benchmark
+# asks for that, or the counter that stands in for it.
 
 BEGIN { print "| what | arguments | ours | peer | peer's | ours is |"; print "|---|---|---:|---|---:|---:|" }
 
@@ -21,13 +22,20 @@ $1 ~ /^BM_.*_median$/ {
   sub(/_median$/, "", name)
   slash = index(name, "/")
   arguments = slash ? substr(name, slash + 1) : ""
-  gsub(/iterations:[0-9]+|repeats:[0-9]+|\/$/, "", arguments)
+  isReal = arguments ~ /real_time/
+  gsub(/iterations:[0-9]+|repeats:[0-9]+|real_time/, "", arguments)
+  gsub(/\/+/, " ", arguments)
+  sub(/ $/, "", arguments)
   if (slash) name = substr(name, 1, slash - 1)
+  if (match(name, /<.*>$/)) {
+    arguments = substr(name, RSTART + 1, RLENGTH - 2) " " arguments
+    name = substr(name, 1, RSTART - 1)
+  }
   who = name
   sub(/.*_/, "", who)
   subject = substr(name, 4, length(name) - length(who) - 4)
   key = subject "|" arguments
-  value = inNanoseconds($4, $5)
+  value = isReal ? inNanoseconds($2, $3) : inNanoseconds($4, $5)
   if (match($0, /bytes_per_value=[0-9.]+/)) value = substr($0, RSTART + 16, RLENGTH - 16)
   if (!(key in seen)) { seen[key] = 1; keys[++count] = key }
   if (who == "TQ") ours[key] = value
@@ -41,6 +49,7 @@ END {
     split(key, parts, "|")
     held = parts[1] ~ /Held/
     number = split(peers[key], list, " ")
+    if (number == 0) printf "| %s | %s | %s | | | |\n", parts[1], parts[2], readable(ours[key]) | "sort -V"
     for (p = 1; p <= number; ++p) {
       value = theirs[key, list[p]]
       printf "| %s | %s | %s | %s | %s | %.2f× |\n", parts[1], parts[2], readable(ours[key]), list[p], readable(value), value / ours[key] | "sort -V"

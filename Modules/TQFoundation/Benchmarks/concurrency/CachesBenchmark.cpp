@@ -48,7 +48,7 @@ Data& data() {
   return all;
 }
 
-void BM_TQCache_Hit(benchmark::State& state) {
+void BM_CacheHit_TQ(benchmark::State& state) {
   Data& all = data();
   std::size_t i = static_cast<std::size_t>(state.thread_index()) * 37;
   for (auto _ : state) {
@@ -58,7 +58,7 @@ void BM_TQCache_Hit(benchmark::State& state) {
   }
 }
 
-void BM_SharedMutexMap_Hit(benchmark::State& state) {
+void BM_CacheHit_SharedMutexMap(benchmark::State& state) {
   Data& all = data();
   std::vector<std::string> keys;
   for (const auto& key : all.keys) keys.emplace_back(key->view());
@@ -71,16 +71,16 @@ void BM_SharedMutexMap_Hit(benchmark::State& state) {
     benchmark::DoNotOptimize(found);
   }
 }
-BENCHMARK(BM_SharedMutexMap_Hit)->ThreadRange(1, 2)->UseRealTime();
-BENCHMARK(BM_TQCache_Hit)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_CacheHit_SharedMutexMap)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_CacheHit_TQ)->ThreadRange(1, 2)->UseRealTime();
 
 int result = 0;
 
-void BM_AcquireLoad_Computed(benchmark::State& state) {
+void BM_ComputedLazily_AcquireLoad(benchmark::State& state) {
   std::atomic<void*> value{&result};
   for (auto _ : state) benchmark::DoNotOptimize(value.load(std::memory_order_acquire));
 }
-void BM_CallOnce_Computed(benchmark::State& state) {
+void BM_ComputedLazily_CallOnce(benchmark::State& state) {
   std::once_flag once;
   void* value = nullptr;
   for (auto _ : state) {
@@ -88,7 +88,7 @@ void BM_CallOnce_Computed(benchmark::State& state) {
     benchmark::DoNotOptimize(value);
   }
 }
-void BM_TQLazyVar_Computed(benchmark::State& state) {
+void BM_ComputedLazily_TQ(benchmark::State& state) {
   TQLazyVar* const var = TQLazyVarCreate();
   for (auto _ : state) {
     benchmark::DoNotOptimize(
@@ -96,11 +96,11 @@ void BM_TQLazyVar_Computed(benchmark::State& state) {
   }
   TQLazyVarFree(var);
 }
-BENCHMARK(BM_AcquireLoad_Computed);
-BENCHMARK(BM_CallOnce_Computed);
-BENCHMARK(BM_TQLazyVar_Computed);
+BENCHMARK(BM_ComputedLazily_AcquireLoad);
+BENCHMARK(BM_ComputedLazily_CallOnce);
+BENCHMARK(BM_ComputedLazily_TQ);
 
-void BM_MutexVector_VendRecycle(benchmark::State& state) {
+void BM_PoolVendRecycle_MutexVector(benchmark::State& state) {
   std::mutex mutex;
   std::vector<Ref<Object>> idle(1, data().owners[0]);
   for (auto _ : state) {
@@ -114,12 +114,12 @@ void BM_MutexVector_VendRecycle(benchmark::State& state) {
     idle.push_back(std::move(object));
   }
 }
-void BM_TQObjectPool_VendRecycle(benchmark::State& state) {
+void BM_PoolVendRecycle_TQ(benchmark::State& state) {
   const auto pool =
       TQObjectPool::initWithObjectCreatorBlock([] { return String::stringWithUTF8("pooled"); });
   for (auto _ : state) pool->recycleObject(pool->vendObject());
 }
-BENCHMARK(BM_MutexVector_VendRecycle);
-BENCHMARK(BM_TQObjectPool_VendRecycle);
+BENCHMARK(BM_PoolVendRecycle_MutexVector);
+BENCHMARK(BM_PoolVendRecycle_TQ);
 
 }  // namespace

@@ -22,7 +22,7 @@ using namespace tq;
 long guarded = 0;  // what the section changes, whoever guards it
 
 template <class L>
-void BM_Lock_Section(benchmark::State& state) {
+void BM_LockSection(benchmark::State& state) {
   static L lock;
   for (auto _ : state) {
     lock.lock();
@@ -31,10 +31,18 @@ void BM_Lock_Section(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK_TEMPLATE(BM_Lock_Section, std::mutex)->Threads(1)->Threads(2)->UseRealTime();
-BENCHMARK_TEMPLATE(BM_Lock_Section, UnfairLock)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_LockSection<std::mutex>)
+    ->Name("BM_LockSection_Mutex")
+    ->Threads(1)
+    ->Threads(2)
+    ->UseRealTime();
+BENCHMARK(BM_LockSection<UnfairLock>)
+    ->Name("BM_LockSection_TQ")
+    ->Threads(1)
+    ->Threads(2)
+    ->UseRealTime();
 
-void BM_RecursiveMutex_Reenter(benchmark::State& state) {
+void BM_Reenter_RecursiveMutex(benchmark::State& state) {
   std::recursive_mutex mutex;
   mutex.lock();
   for (auto _ : state) {
@@ -44,9 +52,9 @@ void BM_RecursiveMutex_Reenter(benchmark::State& state) {
   }
   mutex.unlock();
 }
-BENCHMARK(BM_RecursiveMutex_Reenter);
+BENCHMARK(BM_Reenter_RecursiveMutex);
 
-void BM_Monitor_Reenter(benchmark::State& state) {
+void BM_Reenter_TQ(benchmark::State& state) {
   const Ref<Object> object = String::stringWithUTF8("monitored");
   monitorEnter(object.get());
   for (auto _ : state) {
@@ -56,11 +64,11 @@ void BM_Monitor_Reenter(benchmark::State& state) {
   }
   monitorExit(object.get());
 }
-BENCHMARK(BM_Monitor_Reenter);
+BENCHMARK(BM_Reenter_TQ);
 
 pthread_rwlock_t bare = PTHREAD_RWLOCK_INITIALIZER;
 
-void BM_PosixRWLock_Section(benchmark::State& state) {
+void BM_ReadWriteSection_Posix(benchmark::State& state) {
   const bool writes = state.range(0) != 0;
   for (auto _ : state) {
     writes ? pthread_rwlock_wrlock(&bare) : pthread_rwlock_rdlock(&bare);
@@ -68,14 +76,14 @@ void BM_PosixRWLock_Section(benchmark::State& state) {
     pthread_rwlock_unlock(&bare);
   }
 }
-BENCHMARK(BM_PosixRWLock_Section)
+BENCHMARK(BM_ReadWriteSection_Posix)
     ->ArgName("write")
     ->Arg(0)
     ->Arg(1)
     ->ThreadRange(1, 2)
     ->UseRealTime();
 
-void BM_ReadWriteLock_Section(benchmark::State& state) {
+void BM_ReadWriteSection_TQ(benchmark::State& state) {
   static const Ref<ReadWriteLock> lock = makeRef<ReadWriteLock>();
   const bool writes = state.range(0) != 0;
   const auto section = [] { benchmark::DoNotOptimize(guarded); };
@@ -83,7 +91,7 @@ void BM_ReadWriteLock_Section(benchmark::State& state) {
     writes ? lock->protectedWrite(section) : lock->protectedRead(section);
   }
 }
-BENCHMARK(BM_ReadWriteLock_Section)
+BENCHMARK(BM_ReadWriteSection_TQ)
     ->ArgName("write")
     ->Arg(0)
     ->Arg(1)
@@ -96,7 +104,7 @@ const Ref<Object>& element() {
 }
 
 // The peers hand out a reference too: that is what a user of theirs would do with the pointer.
-void BM_MutexVector_PushPop(benchmark::State& state) {
+void BM_StackPushPop_MutexVector(benchmark::State& state) {
   static std::mutex mutex;
   static std::vector<Object*> stack;
   Object* const object = element().get();
@@ -111,9 +119,9 @@ void BM_MutexVector_PushPop(benchmark::State& state) {
     stack.pop_back();
   }
 }
-BENCHMARK(BM_MutexVector_PushPop)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_StackPushPop_MutexVector)->ThreadRange(1, 2)->UseRealTime();
 
-void BM_BoostStack_PushPop(benchmark::State& state) {
+void BM_StackPushPop_Boost(benchmark::State& state) {
   static boost::lockfree::stack<Object*> stack(1024);
   Object* const object = element().get();
   for (auto _ : state) {
@@ -122,9 +130,9 @@ void BM_BoostStack_PushPop(benchmark::State& state) {
     if (stack.pop(popped)) benchmark::DoNotOptimize(Ref<Object>(popped));
   }
 }
-BENCHMARK(BM_BoostStack_PushPop)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_StackPushPop_Boost)->ThreadRange(1, 2)->UseRealTime();
 
-void BM_TQAtomicStack_PushPop(benchmark::State& state) {
+void BM_StackPushPop_TQ(benchmark::State& state) {
   static TQAtomicStack stack;
   Object& object = *element();
   for (auto _ : state) {
@@ -132,9 +140,9 @@ void BM_TQAtomicStack_PushPop(benchmark::State& state) {
     benchmark::DoNotOptimize(stack.pop());
   }
 }
-BENCHMARK(BM_TQAtomicStack_PushPop)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_StackPushPop_TQ)->ThreadRange(1, 2)->UseRealTime();
 
-void BM_MutexCounter_Increment(benchmark::State& state) {
+void BM_AtomicIncrement_MutexCounter(benchmark::State& state) {
   static std::mutex mutex;
   static long counter = 0;
   for (auto _ : state) {
@@ -142,12 +150,12 @@ void BM_MutexCounter_Increment(benchmark::State& state) {
     benchmark::DoNotOptimize(++counter);
   }
 }
-BENCHMARK(BM_MutexCounter_Increment)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_AtomicIncrement_MutexCounter)->ThreadRange(1, 2)->UseRealTime();
 
-void BM_Atomic_Increment(benchmark::State& state) {
+void BM_AtomicIncrement_TQ(benchmark::State& state) {
   static Atomic<long> counter(0);
   for (auto _ : state) counter.increment();
 }
-BENCHMARK(BM_Atomic_Increment)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_AtomicIncrement_TQ)->ThreadRange(1, 2)->UseRealTime();
 
 }  // namespace

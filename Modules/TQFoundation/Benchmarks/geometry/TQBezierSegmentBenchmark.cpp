@@ -55,10 +55,10 @@ void run(benchmark::State& state, const Curves& curves, Use&& use) {
   state.SetItemsProcessed(state.iterations());
 }
 
-void BM_Cubic_Bounds(benchmark::State& state) {
+void BM_Cubic_Bounds_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto&) { return TQBezierSegmentGetBounds(a); });
 }
-BENCHMARK(BM_Cubic_Bounds);
+BENCHMARK(BM_Cubic_Bounds_TQ);
 
 void BM_Cubic_Bounds_2geom(benchmark::State& state) {
   run(state, peerCubics(), [](const auto& a, const auto&) { return a.boundsExact(); });
@@ -84,26 +84,26 @@ void BM_Cubic_Bounds_cairo(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_Bounds_cairo);
 
-void BM_Cubic_Split(benchmark::State& state) {
+void BM_Cubic_Split_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto&) {
     std::pair<TQBezierSegment, TQBezierSegment> halves;
     TQBezierSegmentSplit(a, 0.3, &halves.first, &halves.second);
     return halves;
   });
 }
-BENCHMARK(BM_Cubic_Split);
+BENCHMARK(BM_Cubic_Split_TQ);
 
 void BM_Cubic_Split_2geom(benchmark::State& state) {
   run(state, peerCubics(), [](const auto& a, const auto&) { return a.subdivide(0.3); });
 }
 BENCHMARK(BM_Cubic_Split_2geom);
 
-void BM_Cubic_LineCrossings(benchmark::State& state) {
+void BM_Cubic_LineCrossings_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto&) {
     return TQBezierSegmentIntersectionsWithHorizontalLine(a, 12.5);
   });
 }
-BENCHMARK(BM_Cubic_LineCrossings);
+BENCHMARK(BM_Cubic_LineCrossings_TQ);
 
 // The peer's own way to an axis-parallel line: roots of one coordinate.
 void BM_Cubic_LineCrossings_2geomRoots(benchmark::State& state) {
@@ -125,12 +125,12 @@ std::vector<Point> crossings(const TQBezierSegment& a, const TQBezierSegment& b)
   return result;
 }
 
-void BM_Cubic_Intersections(benchmark::State& state) {
+void BM_Cubic_Intersections_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto& b) { return crossings(a, b); });
 }
-BENCHMARK(BM_Cubic_Intersections);
+BENCHMARK(BM_Cubic_Intersections_TQ);
 
-void BM_Cubic_IntersectionsRefined(benchmark::State& state) {
+void BM_Cubic_IntersectionsRefined_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto& b) {
     std::vector<TQBezierSegmentOffsets> result;
     TQBezierSegmentIntersections(a, b, [&](double s, double t) {
@@ -139,7 +139,7 @@ void BM_Cubic_IntersectionsRefined(benchmark::State& state) {
     return result;
   });
 }
-BENCHMARK(BM_Cubic_IntersectionsRefined);
+BENCHMARK(BM_Cubic_IntersectionsRefined_TQ);
 
 // Counts, over all the pairs, the points that both found within 0.05 of each other, those that one
 // of them alone found, and the greatest distance of the former.
@@ -172,10 +172,10 @@ void BM_Cubic_Intersections_2geom(benchmark::State& state) {
 BENCHMARK(BM_Cubic_Intersections_2geom);
 
 // Identical curves: the bound on the search's work at its most expensive.
-void BM_Cubic_IntersectionsWithItself(benchmark::State& state) {
+void BM_Cubic_IntersectionsWithItself_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto&) { return crossings(a, a); });
 }
-BENCHMARK(BM_Cubic_IntersectionsWithItself)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Cubic_IntersectionsWithItself_TQ)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tq

@@ -50,12 +50,12 @@ void run(benchmark::State& state, const Segments& all, Use&& use) {
   state.SetItemsProcessed(state.iterations());
 }
 
-void BM_LineSegment_Intersection(benchmark::State& state) {
+void BM_LineSegment_Intersection_TQ(benchmark::State& state) {
   run(state, segments(), [](const TQLineSegment& a, const TQLineSegment& b) {
     return TQLineSegmentIntersection(a, b);
   });
 }
-BENCHMARK(BM_LineSegment_Intersection);
+BENCHMARK(BM_LineSegment_Intersection_TQ);
 
 void BM_LineSegment_Intersection_2geom(benchmark::State& state) {
   run(state, peerSegments(), [](const Geom::LineSegment& a, const Geom::LineSegment& b) {
@@ -64,19 +64,19 @@ void BM_LineSegment_Intersection_2geom(benchmark::State& state) {
 }
 BENCHMARK(BM_LineSegment_Intersection_2geom);
 
-void BM_LineSegment_ClippedToRect(benchmark::State& state) {
+void BM_LineSegment_ClippedToRect_TQ(benchmark::State& state) {
   run(state, segments(),
       [](const TQLineSegment& a, const TQLineSegment&) { return a.clipped(kRect); });
 }
-BENCHMARK(BM_LineSegment_ClippedToRect);
+BENCHMARK(BM_LineSegment_ClippedToRect_TQ);
 
-void BM_Line_ClippedToRect_2geom(benchmark::State& state) {
+void BM_LineSegment_ClippedToRect_2geom(benchmark::State& state) {
   const Geom::Rect rect(-50, -50, 50, 50);
   run(state, peerSegments(), [&](const Geom::LineSegment& a, const Geom::LineSegment&) {
     return Geom::Line(a.initialPoint(), a.finalPoint()).clip(rect);
   });
 }
-BENCHMARK(BM_Line_ClippedToRect_2geom);
+BENCHMARK(BM_LineSegment_ClippedToRect_2geom);
 
 }  // namespace
 }  // namespace tq

@@ -31,10 +31,10 @@ void run(benchmark::State& state, double leading, Solve&& solve) {
   state.SetItemsProcessed(state.iterations());
 }
 
-void BM_Cubic_Roots(benchmark::State& state) {
+void BM_Cubic_Roots_TQ(benchmark::State& state) {
   run(state, 1, [](const TQPolynomial& p) { return TQSolveP3(p.b, p.c, p.d); });
 }
-BENCHMARK(BM_Cubic_Roots);
+BENCHMARK(BM_Cubic_Roots_TQ);
 
 void BM_Cubic_Roots_GSL(benchmark::State& state) {
   run(state, 1, [](const TQPolynomial& p) {
@@ -45,10 +45,10 @@ void BM_Cubic_Roots_GSL(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_Roots_GSL);
 
-void BM_Quadratic_Roots(benchmark::State& state) {
+void BM_Quadratic_Roots_TQ(benchmark::State& state) {
   run(state, 0, [](const TQPolynomial& p) { return TQPolynomialFindRoots(p); });
 }
-BENCHMARK(BM_Quadratic_Roots);
+BENCHMARK(BM_Quadratic_Roots_TQ);
 
 void BM_Quadratic_Roots_GSL(benchmark::State& state) {
   run(state, 0, [](const TQPolynomial& p) {

@@ -88,10 +88,10 @@ Called(Function*) -> Called<Function>;
 
 Rect moveIn(const Rect& r) { return TQRectMoveIntoRect(r, kContainer); }
 
-void BM_Rect_MoveInto(benchmark::State& state) {
+void BM_Rect_MoveInto_TQ(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), [](const Rect& r) { return moveIn(r); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_MoveInto);
+TQ_RECT_BENCHMARK(BM_Rect_MoveInto_TQ);
 
 void BM_Rect_MoveInto_called(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), Called{+[](const Rect& r) { return moveIn(r); }});
@@ -109,20 +109,20 @@ void BM_Rect_MoveInto_byHand(benchmark::State& state) {
 }
 TQ_RECT_BENCHMARK(BM_Rect_MoveInto_byHand);
 
-void BM_Rect_Safe(benchmark::State& state) {
+void BM_Rect_Safe_TQ(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), [](const Rect& r) { return TQRectSafe(r); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_Safe);
+TQ_RECT_BENCHMARK(BM_Rect_Safe_TQ);
 
 void BM_Rect_Safe_called(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), Called{+[](const Rect& r) { return TQRectSafe(r); }});
 }
 TQ_RECT_BENCHMARK(BM_Rect_Safe_called);
 
-void BM_Rect_Round(benchmark::State& state) {
+void BM_Rect_Round_TQ(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), [](const Rect& r) { return TQRectByRoundingRect(r); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_Round);
+TQ_RECT_BENCHMARK(BM_Rect_Round_TQ);
 
 void BM_Rect_Round_called(benchmark::State& state) {
   each(state, makeRects(rectCount(state)),
@@ -137,18 +137,18 @@ void BM_Rect_Round_byHand(benchmark::State& state) {
 }
 TQ_RECT_BENCHMARK(BM_Rect_Round_byHand);
 
-void BM_Rect_RoundToStep(benchmark::State& state) {  // in the library, called
+void BM_Rect_RoundToStep_TQ(benchmark::State& state) {  // in the library, called
   each(state, makeRects(rectCount(state)),
        [](const Rect& r) { return TQRectByRoundingRectToStep(r, 0.25); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_RoundToStep);
+TQ_RECT_BENCHMARK(BM_Rect_RoundToStep_TQ);
 
-void BM_Rect_Fit(benchmark::State& state) {  // in the library, called
+void BM_Rect_Fit_TQ(benchmark::State& state) {  // in the library, called
   each(state, makeRects(rectCount(state)), [](const Rect& r) {
     return TQRectWithSizeProportionallyInRect({16, 9}, r);
   });
 }
-TQ_RECT_BENCHMARK(BM_Rect_Fit);
+TQ_RECT_BENCHMARK(BM_Rect_Fit_TQ);
 
 void BM_Rect_Fit_byHand(benchmark::State& state) {
   each(state, makePlain(rectCount(state)), [](const Plain& r) {
@@ -158,11 +158,11 @@ void BM_Rect_Fit_byHand(benchmark::State& state) {
 }
 TQ_RECT_BENCHMARK(BM_Rect_Fit_byHand);
 
-void BM_Rect_FuzzyEqual(benchmark::State& state) {
+void BM_Rect_FuzzyEqual_TQ(benchmark::State& state) {
   fold(state, makeRects(rectCount(state)), 0,
        [](int count, const Rect& r) { return count + TQRectFuzzyEqualToRect(r, kContainer); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_FuzzyEqual);
+TQ_RECT_BENCHMARK(BM_Rect_FuzzyEqual_TQ);
 
 void BM_Rect_FuzzyEqual_called(benchmark::State& state) {
   const Called called{+[](const Rect& r) { return TQRectFuzzyEqualToRect(r, kContainer); }};
@@ -179,24 +179,24 @@ void BM_Rect_FuzzyEqual_byHand(benchmark::State& state) {
 }
 TQ_RECT_BENCHMARK(BM_Rect_FuzzyEqual_byHand);
 
-void BM_Rect_ReadingOrder(benchmark::State& state) {  // in the library, called
+void BM_Rect_ReadingOrder_TQ(benchmark::State& state) {  // in the library, called
   fold(state, makeRects(rectCount(state)), 0, [](int sum, const Rect& r) {
     return sum + TQRectFuzzyCompareWithOptions(0, r, kContainer);
   });
 }
-TQ_RECT_BENCHMARK(BM_Rect_ReadingOrder);
+TQ_RECT_BENCHMARK(BM_Rect_ReadingOrder_TQ);
 
-void BM_Rect_Union(benchmark::State& state) {
+void BM_Rect_Union_TQ(benchmark::State& state) {
   fold(state, makeRects(rectCount(state)), RectNull,
        [](const Rect& all, const Rect& r) { return RectUnion(all, r); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_Union);
+TQ_RECT_BENCHMARK(BM_Rect_Union_TQ);
 
-void BM_Rect_UnionSafe(benchmark::State& state) {
+void BM_Rect_UnionSafe_TQ(benchmark::State& state) {
   fold(state, makeRects(rectCount(state)), RectZero,
        [](const Rect& all, const Rect& r) { return TQUnionRectSafe(all, r); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_UnionSafe);
+TQ_RECT_BENCHMARK(BM_Rect_UnionSafe_TQ);
 
 void BM_Rect_Union_2geom(benchmark::State& state) {
   fold(state, makePeers(rectCount(state)), Geom::OptRect(),
@@ -204,11 +204,11 @@ void BM_Rect_Union_2geom(benchmark::State& state) {
 }
 TQ_RECT_BENCHMARK(BM_Rect_Union_2geom);
 
-void BM_Rect_Intersects(benchmark::State& state) {
+void BM_Rect_Intersects_TQ(benchmark::State& state) {
   fold(state, makeRects(rectCount(state)), 0,
        [](int count, const Rect& r) { return count + RectIntersectsRect(r, kContainer); });
 }
-TQ_RECT_BENCHMARK(BM_Rect_Intersects);
+TQ_RECT_BENCHMARK(BM_Rect_Intersects_TQ);
 
 void BM_Rect_Intersects_2geom(benchmark::State& state) {
   const Geom::Rect container(-50, -50, 50, 50);

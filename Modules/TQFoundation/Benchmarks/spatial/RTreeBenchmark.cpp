@@ -149,7 +149,7 @@ void report(benchmark::State& state, double visited) {
 
 // Building a tree, one insertion at a time; its destruction is not timed.
 template <std::int64_t capacity>
-void BM_RTree_Insert(benchmark::State& state) {
+void BM_RTreeInsert_TQ(benchmark::State& state) {
   const auto rects = someRects(static_cast<std::size_t>(state.range(0)), state.range(1) != 0);
   for ([[maybe_unused]] auto _ : state) {
     tq::Ref<Tree> tree = treeOf(rects, capacity);
@@ -162,7 +162,7 @@ void BM_RTree_Insert(benchmark::State& state) {
 }
 
 template <std::size_t capacity>
-void BM_BoostRTree_Insert(benchmark::State& state) {
+void BM_RTreeInsert_Boost(benchmark::State& state) {
   const auto rects = someRects(static_cast<std::size_t>(state.range(0)), state.range(1) != 0);
   const std::vector<Value> values = valuesOf(rects);
   for ([[maybe_unused]] auto _ : state) {
@@ -203,7 +203,7 @@ struct Fixture {
 
 // Whether anything lies in a place.
 template <std::size_t capacity>
-void BM_RTree_Intersects(benchmark::State& state) {
+void BM_RTreeIntersects_TQ(benchmark::State& state) {
   const auto& fixture = Fixture<capacity>::of(state);
   const std::vector<Rect> queries = someQueries(*fixture.tree, fixture.rects, state.range(0) != 0);
   std::size_t next = 0;
@@ -219,7 +219,7 @@ void BM_RTree_Intersects(benchmark::State& state) {
 
 // The peer's fastest way to the same answer: whether its query iterator has a first value.
 template <std::size_t capacity>
-void BM_BoostRTree_Intersects(benchmark::State& state) {
+void BM_RTreeIntersects_Boost(benchmark::State& state) {
   const auto& fixture = Fixture<capacity>::of(state);
   std::vector<Box> queries;
   for (const Rect& query : someQueries(*fixture.tree, fixture.rects, state.range(0) != 0)) {
@@ -239,7 +239,7 @@ void BM_BoostRTree_Intersects(benchmark::State& state) {
 }
 
 // Every node once, summing what a host would read of it.
-void BM_RTree_Traverse(benchmark::State& state) {
+void BM_Traverse_TQ(benchmark::State& state) {
   const tq::Ref<Tree> tree = treeOf(someRects(static_cast<std::size_t>(state.range(0)), false), 16);
   std::size_t nodes = 0;
   for ([[maybe_unused]] auto _ : state) {
@@ -262,7 +262,7 @@ std::size_t entriesBelow(const Tree::Node* node, std::size_t& nodes) {
   return entries;
 }
 
-void BM_Recursion_Traverse(benchmark::State& state) {
+void BM_Traverse_Recursion(benchmark::State& state) {
   const tq::Ref<Tree> tree = treeOf(someRects(static_cast<std::size_t>(state.range(0)), false), 16);
   std::size_t nodes = 0;
   for ([[maybe_unused]] auto _ : state) {
@@ -283,15 +283,15 @@ void queries(benchmark::internal::Benchmark* benchmark) {
       ->ArgsProduct({{0, 1}, {1'000, 10'000, 100'000, 1'000'000}, {0, 1}});
 }
 
-BENCHMARK(BM_RTree_Insert<8>)->Apply(insertions);
-BENCHMARK(BM_BoostRTree_Insert<8>)->Apply(insertions);
-BENCHMARK(BM_RTree_Insert<16>)->Apply(insertions);
-BENCHMARK(BM_BoostRTree_Insert<16>)->Apply(insertions);
-BENCHMARK(BM_RTree_Intersects<8>)->Apply(queries);
-BENCHMARK(BM_BoostRTree_Intersects<8>)->Apply(queries);
-BENCHMARK(BM_RTree_Intersects<16>)->Apply(queries);
-BENCHMARK(BM_BoostRTree_Intersects<16>)->Apply(queries);
-BENCHMARK(BM_RTree_Traverse)->ArgName("rects")->Arg(100'000)->Arg(1'000'000);
-BENCHMARK(BM_Recursion_Traverse)->ArgName("rects")->Arg(100'000)->Arg(1'000'000);
+BENCHMARK(BM_RTreeInsert_TQ<8>)->Apply(insertions);
+BENCHMARK(BM_RTreeInsert_Boost<8>)->Apply(insertions);
+BENCHMARK(BM_RTreeInsert_TQ<16>)->Apply(insertions);
+BENCHMARK(BM_RTreeInsert_Boost<16>)->Apply(insertions);
+BENCHMARK(BM_RTreeIntersects_TQ<8>)->Apply(queries);
+BENCHMARK(BM_RTreeIntersects_Boost<8>)->Apply(queries);
+BENCHMARK(BM_RTreeIntersects_TQ<16>)->Apply(queries);
+BENCHMARK(BM_RTreeIntersects_Boost<16>)->Apply(queries);
+BENCHMARK(BM_Traverse_TQ)->ArgName("rects")->Arg(100'000)->Arg(1'000'000);
+BENCHMARK(BM_Traverse_Recursion)->ArgName("rects")->Arg(100'000)->Arg(1'000'000);
 
 }  // namespace
