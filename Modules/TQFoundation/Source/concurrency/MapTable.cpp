@@ -26,17 +26,31 @@ bool MapTable::matches(const Slot& slot, const Object& key) const {
   return held != nullptr && held->isEqual(key);
 }
 
-MapTable::Slots::const_iterator MapTable::find(const Object& key) const {
-  const auto [first, last] = slots_.equal_range(hashOf(key));
-  for (auto slot = first; slot != last; ++slot) {
-    if (matches(slot->second, key)) return slot;
-  }
-  return slots_.end();
+std::optional<std::size_t> MapTable::find(std::size_t hash, const Object& key) const {
+  return index_.find(hash, [&](std::size_t position) {
+    const Slot& slot = slots_[position];
+    return slot.hash == hash && slot.value != nullptr && matches(slot, key);
+  });
 }
 
 Object* MapTable::objectForKey(const Object& key) const {
-  const auto slot = find(key);
-  return slot != slots_.end() ? slot->second.value.get() : nullptr;
+  const auto found = find(hashOf(key), key);
+  return found ? slots_[*found].value.get() : nullptr;
+}
+
+// The slot stays where it is, without a value, until room is made.
+MapTable::Entry MapTable::takeOut(Slot& slot) noexcept {
+  --count_;
+  return {std::exchange(slot.strongKey, nullptr), std::exchange(slot.value, nullptr)};
+}
+
+// Strong guarantee: the new index is there before anything moves.
+void MapTable::makeRoom() {
+  slots_.reserve(slots_.size() + 1);
+  if (slots_.size() < index_.capacity()) return;
+  index_.reset(count_ + 1);
+  std::erase_if(slots_, [](const Slot& slot) { return slot.value == nullptr; });
+  for (std::size_t i = 0; i < slots_.size(); ++i) index_.insert(slots_[i].hash, i);
 }
 
 MapTable::Removed MapTable::purge() {
@@ -44,66 +58,69 @@ MapTable::Removed MapTable::purge() {
   if (keys_ == Keys::strong) return removed;
   const std::uint64_t losses = detail::weakLossCount();
   if (losses == lossesSeen_) return removed;
-  for (auto slot = slots_.begin(); slot != slots_.end();) {
-    if (!slot->second.weakKey.isGone()) {
-      ++slot;
-      continue;
-    }
-    removed.push_back({nullptr, slot->second.value});
-    slot = slots_.erase(slot);
+  const auto isGone = [](const Slot& slot) {
+    return slot.value != nullptr && slot.weakKey.isGone();
+  };
+  removed.reserve(static_cast<std::size_t>(std::ranges::count_if(slots_, isGone)));
+  for (Slot& slot : slots_) {
+    if (removed.size() == removed.capacity()) break;  // gone since they were counted: next time
+    if (isGone(slot)) removed.push_back(takeOut(slot));
   }
   lossesSeen_ = losses;
   return removed;
 }
 
 std::size_t MapTable::count() const {
-  if (keys_ == Keys::strong || detail::weakLossCount() == lossesSeen_) return slots_.size();
-  return static_cast<std::size_t>(std::count_if(slots_.begin(), slots_.end(), [](const auto& slot) {
-    return !slot.second.weakKey.isGone();
-  }));
+  if (keys_ == Keys::strong || detail::weakLossCount() == lossesSeen_) return count_;
+  return static_cast<std::size_t>(std::ranges::count_if(
+      slots_, [](const Slot& slot) { return slot.value != nullptr && !slot.weakKey.isGone(); }));
 }
 
 MapTable::Removed MapTable::setObject(Ref<Object> value, Object& forKey) {
   if (value == nullptr) return removeObjectForKey(forKey);
   Removed removed = purge();
-  if (const auto found = find(forKey); found != slots_.end()) {
-    const auto slot = slots_.erase(found, found);  // nothing erased: the iterator made mutable
-    removed.push_back({nullptr, std::exchange(slot->second.value, std::move(value))});
+  const std::size_t hash = hashOf(forKey);
+  removed.reserve(removed.size() + 1);
+  if (const auto found = find(hash, forKey)) {
+    removed.push_back({nullptr, std::exchange(slots_[*found].value, std::move(value))});
     return removed;
   }
-  Slot slot{.weakKey = {}, .strongKey = {}, .value = std::move(value)};
+  Slot slot{.hash = hash, .weakKey = {}, .strongKey = {}, .value = std::move(value)};
   if (keys_ == Keys::weak) {
     slot.weakKey = Weak<Object>(&forKey);
   } else {
     slot.strongKey = share(forKey);
   }
-  slots_.emplace(hashOf(forKey), std::move(slot));
+  makeRoom();
+  slots_.push_back(std::move(slot));
+  index_.insert(hash, slots_.size() - 1);
+  ++count_;
   return removed;
 }
 
 MapTable::Removed MapTable::removeObjectForKey(const Object& key) {
   Removed removed = purge();
-  if (const auto found = find(key); found != slots_.end()) {
-    const auto slot = slots_.erase(found, found);
-    removed.push_back({std::move(slot->second.strongKey), std::move(slot->second.value)});
-    slots_.erase(slot);
-  }
+  removed.reserve(removed.size() + 1);
+  if (const auto found = find(hashOf(key), key)) removed.push_back(takeOut(slots_[*found]));
   return removed;
 }
 
 MapTable::Removed MapTable::removeAllObjects() {
   Removed removed;
-  removed.reserve(slots_.size());
-  for (auto& [hash, slot] : std::exchange(slots_, {})) {
-    removed.push_back({std::move(slot.strongKey), std::move(slot.value)});
+  removed.reserve(count_);
+  for (Slot& slot : slots_) {
+    if (slot.value != nullptr) removed.push_back(takeOut(slot));
   }
+  slots_.clear();
+  index_ = {};
   return removed;
 }
 
 std::vector<MapTable::Entry> MapTable::entries() const {
   std::vector<Entry> living;
-  living.reserve(slots_.size());
-  for (const auto& [hash, slot] : slots_) {
+  living.reserve(count_);
+  for (const Slot& slot : slots_) {
+    if (slot.value == nullptr) continue;
     Ref<Object> key = keys_ == Keys::weak ? slot.weakKey.lock() : slot.strongKey;
     if (key != nullptr) living.push_back({std::move(key), slot.value});
   }

@@ -6,13 +6,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Weak.h>
+#include <TQFoundation/objects/detail/HashIndex.h>
 
 namespace tq {
 
@@ -21,7 +22,7 @@ namespace tq {
 /// purge(). Values are held strongly.
 ///
 /// Threads: one at a time; objectForKey() also several at once while nothing changes.
-/// Order:   none.
+/// Order:   entries are in the order in which their keys were first set.
 class TQ_EXPORT MapTable final : public Subclass<MapTable> {
  public:
   static constexpr std::string_view className = "MapTable";
@@ -79,23 +80,28 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
       const std::function<bool(Object& key, Object& object)>& block) const;
 
  private:
+  /// A key under its hash, held either way, and its value; an entry that was taken out has none.
   struct Slot {
-    Weak<Object> weakKey;  // one of the two keys is set
+    std::size_t hash;
+    Weak<Object> weakKey;
     Ref<Object> strongKey;
     Ref<Object> value;
   };
-  using Slots = std::unordered_multimap<std::size_t, Slot>;  // by the key's hash
 
   MapTable(Keys keys, Matching matching) noexcept : keys_(keys), matching_(matching) {}
 
   [[nodiscard]] std::size_t hashOf(const Object& key) const;
   [[nodiscard]] bool matches(const Slot& slot, const Object& key) const;
-  [[nodiscard]] Slots::const_iterator find(const Object& key) const;
+  [[nodiscard]] std::optional<std::size_t> find(std::size_t hash, const Object& key) const;
+  [[nodiscard]] Entry takeOut(Slot& slot) noexcept;
+  void makeRoom();
 
   const Keys keys_;
   const Matching matching_;
   std::uint64_t lossesSeen_ = 0;
-  Slots slots_;
+  std::size_t count_ = 0;  // slots with a value
+  std::vector<Slot> slots_;
+  detail::HashIndex index_;
 };
 
 }  // namespace tq

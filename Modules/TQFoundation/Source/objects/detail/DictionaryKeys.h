@@ -3,7 +3,6 @@
 /// @file DictionaryKeys.h
 /// The keys of a dictionary, which dictionaries with the same keys share.
 
-#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -11,6 +10,7 @@
 
 #include <TQFoundation/objects/Object.h>
 #include <TQFoundation/objects/Ref.h>
+#include <TQFoundation/objects/detail/HashIndex.h>
 
 namespace tq::detail {
 
@@ -35,14 +35,10 @@ class DictionaryKeys final : public Object {
  private:
   static constexpr std::size_t kSearched = 8;
 
-  template <class Equal>
-  [[nodiscard]] std::optional<std::size_t> findWith(std::size_t hash, Equal&& equal) const;
-  void insertSlot(std::size_t index) noexcept;
-  void rebuild();
+  void rebuildIndex();
 
   std::vector<Ref<Object>> keys_;
-  // Open addressing, linear probing, a power of two at most half full; index + 1, 0 is empty.
-  std::vector<std::uint32_t> slots_;
+  HashIndex index_;  // without room while keys are searched for one after the other
 };
 
 }  // namespace tq::detail
