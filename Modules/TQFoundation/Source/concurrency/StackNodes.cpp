@@ -1,43 +1,71 @@
 #include <TQFoundation/concurrency/detail/StackNodes.h>
 
 #include <new>
+#include <utility>
 
 #include <TQFoundation/concurrency/UnfairLock.h>
+#include <TQFoundation/platform/AddressRange.h>
 #include <TQFoundation/platform/Lock.h>
 
 // Free nodes are handed between the process and its threads kBatch at a time; the common case
-// touches the thread's own chain alone.
+// touches the thread's own few alone.
 
 namespace tq::detail {
 
-constinit std::array<std::atomic<StackNode*>, 33> stackBlocks{};
+constinit std::atomic<StackNode*> stackNodes{nullptr};
 thread_local constinit OwnNodes ownNodes;
 
 namespace {
 
-constexpr std::uint32_t kFirstNumber = 1024;  // smaller numbers name no node
-constexpr std::uint32_t kBatch = 32;
+constexpr std::uint32_t kMostNodes = 1 << 26;  // 1 GiB of addresses
+constexpr std::uint32_t kGrowth = 4096;        // 64 KiB of nodes
+constexpr std::uint32_t kBatch = OwnNodes::kMost / 2;
 
-struct Shared {
+/// All nodes that no stack and no thread has, linked through `next`.
+class SharedNodes {
+ public:
+  /// @throws std::bad_alloc
+  [[nodiscard]] std::uint32_t allocate() TQ_REQUIRES(lock) {
+    if (first_ == 0) return made();
+    return std::exchange(first_, stackNode(first_).next.load(std::memory_order_relaxed));
+  }
+  void free(std::uint32_t number) noexcept TQ_REQUIRES(lock) {
+    stackNode(number).next.store(first_, std::memory_order_relaxed);
+    first_ = number;
+  }
+  [[nodiscard]] bool hasFree() const noexcept TQ_REQUIRES(lock) { return first_ != 0; }
+
   UnfairLock lock;
-  NodeChain free TQ_GUARDED_BY(lock);
-  std::uint32_t nextNumber TQ_GUARDED_BY(lock) = kFirstNumber;
+
+ private:
+  // Number 0 names no node. Zeroed memory is a row of nodes.
+  std::uint32_t made() TQ_REQUIRES(lock) {
+    if (usable_ == 0) {
+      stackNodes.store(static_cast<StackNode*>(reserveRange(kMostNodes * sizeof(StackNode))),
+                       std::memory_order_release);
+    }
+    if (next_ >= usable_) {
+      if (usable_ == kMostNodes) throw std::bad_alloc();
+      growRange(&stackNode(usable_), kGrowth * sizeof(StackNode));
+      usable_ += kGrowth;
+    }
+    return next_++;
+  }
+
+  std::uint32_t first_ TQ_GUARDED_BY(lock) = 0;
+  std::uint32_t next_ TQ_GUARDED_BY(lock) = 1;
+  std::uint32_t usable_ TQ_GUARDED_BY(lock) = 0;
 };
 
-Shared& shared() noexcept {
-  static auto& all = *new Shared;  // never destroyed: threads may outlive main
+SharedNodes& shared() noexcept {
+  static auto& all = *new SharedNodes;  // never destroyed: threads may outlive main
   return all;
 }
 
-std::uint32_t newNumber(Shared& all) TQ_REQUIRES(all.lock) {
-  const std::uint32_t number = all.nextNumber;
-  if (number == 0) throw std::bad_alloc();  // all of 2^32 are in use
-  if (std::has_single_bit(number)) {
-    stackBlocks[static_cast<std::size_t>(std::bit_width(number))].store(new StackNode[number],
-                                                                        std::memory_order_release);
-  }
-  ++all.nextNumber;
-  return number;
+void giveBack(std::uint32_t count) noexcept {
+  SharedNodes& all = shared();
+  const Locked guard(all.lock);
+  for (; count > 0; --count) all.free(ownNodes.numbers[--ownNodes.count]);
 }
 
 // Gives the thread's nodes back when it ends. Destructors that run later keep none.
@@ -45,34 +73,38 @@ struct AtThreadEnd {
   ~AtThreadEnd() {
     isGone = true;
     ownNodes.most = 0;
-    giveBackStackNodes();
+    giveBack(ownNodes.count);
   }
   bool isGone = false;
 };
 thread_local AtThreadEnd atThreadEnd;
 
 void beginKeeping() noexcept {
-  if (!atThreadEnd.isGone) ownNodes.most = 2 * kBatch;
+  if (!atThreadEnd.isGone) ownNodes.most = OwnNodes::kMost;
 }
 
 }  // namespace
 
-void fetchStackNodes() {
+std::uint32_t allocateSharedStackNode() {
   beginKeeping();
-  NodeChain& own = ownNodes.chain;
-  const std::uint32_t wanted = ownNodes.most == 0 ? 1 : kBatch;
-  Shared& all = shared();
+  SharedNodes& all = shared();
   const Locked guard(all.lock);
-  while (own.count < wanted && all.free.count > 0) own.push(all.free.pop());
-  while (own.count < wanted && (own.count == 0 || all.nextNumber != 0)) own.push(newNumber(all));
+  while (ownNodes.most > 0 && ownNodes.count < kBatch && all.hasFree()) {
+    ownNodes.numbers[ownNodes.count++] = all.allocate();
+  }
+  return all.allocate();
 }
 
-void giveBackStackNodes() noexcept {
+void freeSharedStackNode(std::uint32_t number) noexcept {
   beginKeeping();
-  NodeChain& own = ownNodes.chain;
-  Shared& all = shared();
+  if (ownNodes.most > 0 && ownNodes.count == ownNodes.most) giveBack(kBatch);
+  if (ownNodes.count < ownNodes.most) {
+    ownNodes.numbers[ownNodes.count++] = number;
+    return;
+  }
+  SharedNodes& all = shared();
   const Locked guard(all.lock);
-  while (own.count > ownNodes.most / 2) all.free.push(own.pop());
+  all.free(number);
 }
 
 }  // namespace tq::detail

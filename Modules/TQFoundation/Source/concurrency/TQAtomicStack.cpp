@@ -23,29 +23,34 @@ struct StackSystem {
 
 }  // namespace
 
-struct TQAtomicStack::Head : detail::TaggedStack<StackSystem> {};
+struct TQAtomicStack::Head {
+  void push(Object& object) {
+    const std::uint32_t node = detail::allocateStackNode();
+    detail::stackNode(node).element = &object;
+    nodes.push(node);
+  }
+
+  /// Lent.
+  Object* pop() noexcept {
+    const std::uint32_t node = nodes.pop();
+    if (node == 0) return nullptr;
+    auto* const object = static_cast<Object*>(detail::stackNode(node).element);
+    detail::freeStackNode(node);
+    return object;
+  }
+
+  detail::TaggedStack<StackSystem> nodes;
+};
 
 TQAtomicStack::TQAtomicStack() : cacheQueueHead_(std::make_unique<Head>()) {}
 
 TQAtomicStack::~TQAtomicStack() {
-  while (popElement() != nullptr) {
+  while (cacheQueueHead_->pop() != nullptr) {
   }
 }
 
-void TQAtomicStack::push(Object& object) {
-  const std::uint32_t node = detail::allocateStackNode();
-  detail::stackNode(node).element = &object;
-  cacheQueueHead_->push(node);
-}
+void TQAtomicStack::push(Object& object) { cacheQueueHead_->push(object); }
 
-Object* TQAtomicStack::popElement() noexcept {
-  const std::uint32_t node = cacheQueueHead_->pop();
-  if (node == 0) return nullptr;
-  auto* const object = static_cast<Object*>(detail::stackNode(node).element);
-  detail::freeStackNode(node);
-  return object;
-}
-
-Ref<Object> TQAtomicStack::pop() noexcept { return Ref<Object>(popElement()); }
+Ref<Object> TQAtomicStack::pop() noexcept { return Ref<Object>(cacheQueueHead_->pop()); }
 
 }  // namespace tq

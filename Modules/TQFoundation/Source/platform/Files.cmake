@@ -1,4 +1,5 @@
 tq_room(platform
+  AddressRange.cpp AddressRange.h
   Base64.cpp Base64.h
   BinaryPropertyList.cpp
   CharacterCategory.cpp CharacterCategory.h
