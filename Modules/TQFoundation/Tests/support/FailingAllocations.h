@@ -1,0 +1,88 @@
+#pragma once
+
+// Allocations that fail on demand. Included once in an executable: it stands before the C++
+// library's allocation and the library's own door for objects.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <functional>
+#include <new>
+
+#include <TQFoundation/base/TQMemory.h>
+
+namespace {
+
+// The allocation that fails, counted down; none while negative.
+std::atomic<long> allocationsToGo = -1;
+std::atomic<long> allocationsHeld = 0;
+
+bool failsNow() noexcept { return allocationsToGo >= 0 && allocationsToGo-- == 0; }
+
+void* allocate(std::size_t size) noexcept {
+  void* memory = failsNow() ? nullptr : std::malloc(size != 0 ? size : 1);
+  if (memory != nullptr) ++allocationsHeld;
+  return memory;
+}
+
+void* allocateOrThrow(std::size_t size) {
+  if (void* memory = allocate(size)) return memory;
+  throw std::bad_alloc();
+}
+
+void release(void* memory) noexcept {
+  if (memory == nullptr) return;
+  --allocationsHeld;
+  std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocateOrThrow(size); }
+void* operator new[](std::size_t size) { return allocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete[](void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t) noexcept { release(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
+
+namespace tq {
+
+// Objects get their memory here.
+void* allocateObjectMemory(std::size_t byteCount) { return allocateOrThrow(byteCount); }
+void freeObjectMemory(void* memory) noexcept { release(memory); }
+
+namespace test {
+
+/// Calls `operation` with the n-th allocation failing, for every n. It must answer true when all is
+/// well, answer false or throw std::bad_alloc when not, and hold nothing afterwards.
+inline void failEachAllocation(const std::function<bool()>& operation) {
+  ASSERT_TRUE(operation());  // what is made on first use is made
+  const long before = allocationsHeld;
+  for (long n = 0;; ++n) {
+    bool succeeded = false;
+    bool threw = false;
+    allocationsToGo = n;
+    try {
+      succeeded = operation();
+    } catch (const std::bad_alloc&) {
+      threw = true;
+    }
+    const bool failed = allocationsToGo < 0;
+    allocationsToGo = -1;
+    ASSERT_EQ(allocationsHeld, before) << "leaked after allocation " << n;
+    if (!failed) {
+      EXPECT_TRUE(succeeded && !threw);
+      EXPECT_GT(n, 5);
+      return;
+    }
+  }
+}
+
+}  // namespace test
+}  // namespace tq
