@@ -24,6 +24,12 @@
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/collections/Stack.h>
 #include <TQFoundation/collections/TreeTraversal.h>
+#include <TQFoundation/comparison/EditSequence.h>
+#include <TQFoundation/comparison/TQArrayComparison.h>
+#include <TQFoundation/comparison/TQArrayConsolidator.h>
+#include <TQFoundation/comparison/TQArrayCrossReferenceHandler.h>
+#include <TQFoundation/comparison/TQComparisonArrayChange.h>
+#include <TQFoundation/comparison/TQComparisonItem.h>
 #include <TQFoundation/concurrency/Atomic.h>
 #include <TQFoundation/concurrency/Lockable.h>
 #include <TQFoundation/concurrency/MapTable.h>

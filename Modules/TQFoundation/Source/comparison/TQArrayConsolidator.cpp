@@ -1,0 +1,75 @@
+#include <TQFoundation/comparison/TQArrayConsolidator.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include <TQFoundation/comparison/EditSequence.h>
+#include <TQFoundation/comparison/detail/MatchedPairs.h>
+
+namespace tq {
+namespace {
+
+void remove(MutableArray& array, const TQComparisonArrayChange& removal,
+            const TQArrayConsolidator& consolidator) {
+  array.removeObjectAtIndex(removal.index());
+  if (!removal.isMove() && consolidator.postRemoveBlock()) {
+    consolidator.postRemoveBlock()(*removal.object());
+  }
+}
+
+void insert(MutableArray& array, const TQComparisonArrayChange& insertion,
+            const TQArrayConsolidator& consolidator) {
+  Ref<Object> object;
+  if (const Ref<TQComparisonArrayChange> removal = insertion.associatedChange()) {
+    object = Ref<Object>(removal->object());
+  } else if (consolidator.createBlock()) {
+    object = consolidator.createBlock()(*insertion.object());
+  }
+  if (!object) return;
+  array.insertObject(std::move(object), std::min<std::uint64_t>(insertion.index(), array.count()));
+}
+
+}  // namespace
+
+const TQArrayConsolidator::ComparisonBlock& TQArrayConsolidator::comparisonBlock() {
+  if (!comparisonBlock_) {
+    comparisonBlock_ = [](const Object& oldItem, std::size_t, const Object& newItem, std::size_t) {
+      return &oldItem == &newItem;
+    };
+  }
+  return comparisonBlock_;
+}
+
+bool consolidateAgainst(MutableArray& array, const Array& newArray,
+                        TQArrayConsolidator& withConsolidator) {
+  const bool updates = static_cast<bool>(withConsolidator.updateBlock());
+  detail::MatchedPairs matched;
+  const auto changes = editSequenceTo(
+      array, newArray, true, matched.recording(withConsolidator.comparisonBlock(), updates));
+  for (const auto& [oldItem, newItem] : matched) withConsolidator.updateBlock()(*oldItem, *newItem);
+  if (!changes) return false;
+
+  array.reserve(array.count() + changes->size());
+  for (const Ref<TQComparisonArrayChange>& change : *changes) {
+    if (change->isRemoval()) {
+      remove(array, *change, withConsolidator);
+    } else {
+      insert(array, *change, withConsolidator);
+    }
+  }
+  return !changes->empty();
+}
+
+Ref<Array> arrayByConsolidatingAgainst(Array& array, const Array& newArray,
+                                       TQArrayConsolidator& withConsolidator, bool* hasChanges) {
+  Ref<MutableArray> copy = MutableArray::arrayWithArray(array);
+  const bool changed = consolidateAgainst(*copy, newArray, withConsolidator);
+  if (hasChanges != nullptr) *hasChanges = changed;
+  if (!changed) return share(array);
+  return copy;
+}
+
+}  // namespace tq

@@ -1,0 +1,151 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <TQFoundation/comparison/TQArrayConsolidator.h>
+#include <TQFoundation/comparison/TQArrayCrossReferenceHandler.h>
+
+#include "comparison/Letters.h"
+
+namespace tq {
+namespace {
+
+using test::letters;
+using test::textOf;
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+using Log = std::vector<std::string>;
+
+bool areEqual(const Object& a, std::size_t, const Object& b, std::size_t) { return a.isEqual(b); }
+
+/// A consolidator by equality that tells what it is asked.
+TQArrayConsolidator tellingConsolidator(Log& log) {
+  TQArrayConsolidator consolidator;
+  consolidator.setComparisonBlock(areEqual);
+  consolidator.setUpdateBlock([&](const Object& oldItem, const Object& newItem) {
+    EXPECT_NE(&oldItem, &newItem);
+    log.push_back("update " + oldItem.description() + newItem.description());
+  });
+  consolidator.setCreateBlock([&](Object& newItem) {
+    log.push_back("create " + newItem.description());
+    return newItem.description() == "0" ? nullptr : share(newItem);
+  });
+  consolidator.setPostRemoveBlock(
+      [&](Object& item) { log.push_back("removed " + item.description()); });
+  return consolidator;
+}
+
+TEST(ArrayConsolidation, KeepsWhatMatchesAndMovesWhatCanBeMoved) {
+  Log log;
+  TQArrayConsolidator consolidator = tellingConsolidator(log);
+  const Ref<MutableArray> array = MutableArray::arrayWithArray(*letters("abcx"));
+  const std::vector<Ref<Object>> before(array->objects().begin(), array->objects().end());
+  EXPECT_TRUE(consolidateAgainst(*array, *letters("cayb0z"), consolidator));
+  EXPECT_EQ(textOf(*array), "caybz");  // nothing was made for 0
+  EXPECT_EQ(array->objects()[0], before[2]);
+  EXPECT_EQ(array->objects()[1], before[0]);
+  EXPECT_EQ(array->objects()[3], before[1]);
+  EXPECT_THAT(log, UnorderedElementsAre("update aa", "update bb", "update cc", "removed x",
+                                        "create y", "create 0", "create z"));
+  EXPECT_THAT(Log(log.begin() + 3, log.end()),
+              ElementsAre("removed x", "create y", "create 0", "create z"));
+  log.clear();
+  EXPECT_FALSE(consolidateAgainst(*array, *letters("caybz"), consolidator));
+  EXPECT_EQ(log.size(), 5U);  // five updates, nothing else
+}
+
+TEST(ArrayConsolidation, EveryMatchCountsThoughTheScriptDoesNotUseIt) {
+  // From ab to pqr, by the number of the call: 1 a-p, 2 a-q, 3 b-r, 4 b-p; the search then ends on
+  // the path of 4, which removes a; the moves ask 5 a-q and 6 a-r.
+  const struct {
+    std::vector<int> yes;
+    Log log;
+    std::string result;
+  } cases[] = {
+      {{2, 4}, {"update aq", "update bp", "removed a", "create q", "create r"}, "bqr"},
+      {{2, 4, 6}, {"update ar", "update bp", "create q"}, "bqa"},  // the last match of a counts
+  };
+  for (const auto& c : cases) {
+    Log log;
+    TQArrayConsolidator consolidator = tellingConsolidator(log);
+    int calls = 0;
+    consolidator.setComparisonBlock([&](Object&, std::size_t, Object&, std::size_t) {
+      return std::ranges::count(c.yes, ++calls) != 0;
+    });
+    const Ref<MutableArray> array = MutableArray::arrayWithArray(*letters("ab"));
+    EXPECT_TRUE(consolidateAgainst(*array, *letters("pqr"), consolidator));
+    EXPECT_EQ(log, c.log);
+    EXPECT_EQ(textOf(*array), c.result);
+  }
+}
+
+TEST(ArrayConsolidation, DefaultsAreIdentityAndNoBlocks) {
+  TQArrayConsolidator consolidator;
+  const Ref<Array> array = letters("abc");
+  const Ref<Array> shuffled = Array::arrayWithObjects(
+      {array->objects()[2], String::of("n"), array->objects()[0], String::of("b")});
+  bool hasChanges = false;
+  const Ref<Array> result =
+      arrayByConsolidatingAgainst(*array, *shuffled, consolidator, &hasChanges);
+  EXPECT_TRUE(hasChanges);
+  EXPECT_EQ(textOf(*result), "ca");  // without a createBlock nothing new comes in
+  EXPECT_EQ(textOf(*array), "abc");
+
+  EXPECT_EQ(arrayByConsolidatingAgainst(*array, *array, consolidator, &hasChanges), array);
+  EXPECT_FALSE(hasChanges);
+  // An insertion that comes to nothing is a change all the same.
+  const Ref<Array> unlike = arrayByConsolidatingAgainst(*Array::array(), *array, consolidator);
+  EXPECT_EQ(unlike->count(), 0U);
+}
+
+TEST(ArrayConsolidation, WhatABlockThrowsBeforeTheFirstRemovalChangesNothing) {
+  Log log;
+  TQArrayConsolidator consolidator = tellingConsolidator(log);
+  const Ref<MutableArray> array = MutableArray::arrayWithArray(*letters("abc"));
+  consolidator.setUpdateBlock([](Object&, Object&) { throw std::runtime_error("update"); });
+  EXPECT_THROW(consolidateAgainst(*array, *letters("cx"), consolidator), std::runtime_error);
+  EXPECT_EQ(textOf(*array), "abc");
+  EXPECT_TRUE(log.empty());
+}
+
+TEST(CrossReference, TellsMatchesThenRemovalsThenAdditions) {
+  Log log;
+  const auto tell = [&](const char* what) {
+    return [&log, what](Object& item) { log.push_back(what + item.description()); };
+  };
+  TQArrayCrossReferenceHandler handler;
+  const Ref<Array> olds = letters("abcx");
+  const Ref<Array> news = letters("caby");
+  crossReferenceAgainst(*olds, news.get(), handler);  // nobody is told
+  handler.setItemAddedBlock(tell("+"));
+  handler.setItemRemovedBlock(tell("-"));
+  crossReferenceAgainst(*olds, news.get(), handler);
+  EXPECT_THAT(log, ElementsAre("-x", "+y"));
+
+  log.clear();
+  handler.setItemsMatchedBlock([&](const Object& a, const Object& b) {
+    log.push_back("=" + a.description() + b.description());
+  });
+  crossReference(olds.get(), news.get(), handler);
+  EXPECT_THAT(log, ElementsAre("=aa", "=bb", "=cc", "-x", "+y"));
+
+  log.clear();  // by position, which goes before the other comparison
+  handler.setIndexedComparisonBlock(
+      [](Object&, std::size_t x, Object&, std::size_t y) { return x == y; });
+  handler.setComparisonBlock([](Object&, Object&) -> bool { throw std::logic_error("unused"); });
+  crossReferenceAgainst(*olds, letters("pq").get(), handler);
+  EXPECT_THAT(log, ElementsAre("=ap", "=bq", "-x", "-c"));
+
+  log.clear();
+  crossReferenceAgainst(*letters("ab"), nullptr, handler);
+  crossReference(nullptr, letters("ab").get(), handler);
+  crossReference(nullptr, nullptr, handler);
+  EXPECT_THAT(log, ElementsAre("-b", "-a", "+a", "+b"));
+}
+
+}  // namespace
+}  // namespace tq

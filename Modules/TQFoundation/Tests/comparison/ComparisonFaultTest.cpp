@@ -1,0 +1,54 @@
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <vector>
+
+#include <TQFoundation/comparison/EditSequence.h>
+#include <TQFoundation/comparison/TQArrayConsolidator.h>
+
+#include "comparison/Letters.h"
+#include "support/FailingAllocations.h"
+
+namespace tq {
+namespace {
+
+using test::failEachAllocation;
+using test::letters;
+using test::textOf;
+
+/// Lets the tables of weak references grow to what they keep for good.
+void warmUp() {
+  std::vector<Ref<Object>> objects;
+  std::vector<Weak<Object>> links;
+  for (int i = 0; i < 5000; ++i) links.emplace_back(objects.emplace_back(String::of("x")));
+}
+
+TEST(ComparisonFault, ADifferenceSurvivesEveryFailedAllocation) {
+  warmUp();
+  const Ref<Array> olds = letters("the quick brown fox");
+  const Ref<Array> news = letters("a quick fox, brown?");
+  failEachAllocation([&] { return editSequenceTo(*olds, *news, true)->size() > 10; });
+}
+
+TEST(ComparisonFault, ConsolidationChangesAllOrNothing) {
+  warmUp();
+  const Ref<Array> olds = letters("abcdefgh");
+  const Ref<Array> news = letters("hxbcydza");
+  TQArrayConsolidator consolidator;
+  consolidator.setComparisonBlock(
+      [](Object& a, std::size_t, Object& b, std::size_t) { return a.isEqual(b); });
+  consolidator.setUpdateBlock([](Object&, Object&) {});
+  consolidator.setCreateBlock([](Object& item) { return share(item); });
+  failEachAllocation([&] {
+    const Ref<MutableArray> array = MutableArray::arrayWithArray(*olds);
+    try {
+      return consolidateAgainst(*array, *news, consolidator) && textOf(*array) == "hxbcydza";
+    } catch (const std::bad_alloc&) {
+      if (!array->isEqual(*olds)) throw std::logic_error("half consolidated");
+      throw;
+    }
+  });
+}
+
+}  // namespace
+}  // namespace tq

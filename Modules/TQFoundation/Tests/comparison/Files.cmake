@@ -1,0 +1,7 @@
+tq_add_room_tests(TQComparison
+  ${CMAKE_CURRENT_LIST_DIR}/ArrayComparisonTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ArrayConsolidationTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/ComparisonItemTest.cpp)
+# An executable of its own, for it replaces the allocation functions.
+tq_add_room_tests(TQComparisonFault
+  ${CMAKE_CURRENT_LIST_DIR}/ComparisonFaultTest.cpp)

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/String.h>
+
+namespace tq::test {
+
+/// An array of strings of one character each, every one an object of its own.
+inline Ref<Array> letters(std::string_view text) {
+  std::vector<Ref<Object>> elements;
+  for (const char& c : text) elements.push_back(String::of({&c, 1}));
+  return Array::arrayWithObjects(std::move(elements));
+}
+
+inline std::string textOf(const Array& array) {
+  std::string text;
+  for (const Object& element : array) text += element.description();
+  return text;
+}
+
+}  // namespace tq::test
