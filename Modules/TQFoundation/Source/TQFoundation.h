@@ -108,10 +108,12 @@
 #include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/ObjectMonitor.h>
 #include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/RunLoop.h>
 #include <TQFoundation/platform/SerialQueue.h>
 #include <TQFoundation/platform/SharedLock.h>
 #include <TQFoundation/platform/Thread.h>
 #include <TQFoundation/platform/ThreadSystem.h>
+#include <TQFoundation/platform/Timer.h>
 #include <TQFoundation/platform/URL.h>
 #include <TQFoundation/serialisation/TQCompression.h>
 #include <TQFoundation/serialisation/TQDigests.h>

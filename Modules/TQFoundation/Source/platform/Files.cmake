@@ -23,10 +23,12 @@ tq_room(platform
   ObjectMemory.cpp
   ObjectMonitor.cpp ObjectMonitor.h
   PlainLog.cpp PlainLog.h
+  RunLoop.cpp RunLoop.h
   SerialQueue.cpp SerialQueue.h
   SharedLock.h
   Thread.cpp Thread.h
   ThreadSystem.h
+  Timer.cpp Timer.h
   URL.cpp URL.h
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h

@@ -3,7 +3,12 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileReadingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/RunLoopTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp)
+
+# A host whose toolkit runs the process's default main context is played by GLib itself.
+target_link_libraries(TQPlatformTests PRIVATE PkgConfig::glib)
 
 # An independent reader and writer of binary property lists, to compare with.
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)

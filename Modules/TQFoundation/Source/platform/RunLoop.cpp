@@ -1,0 +1,386 @@
+#include <TQFoundation/platform/RunLoop.h>
+
+#include <glib.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <iterator>
+#include <limits>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/base/TQThreadSafety.h>
+#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/Thread.h>
+#include <TQFoundation/platform/Timer.h>
+
+// A loop lives in its context as two sources (three on the main thread) which have no descriptors:
+// they are asked before and after the context sleeps. Blocks are handed from thread to thread under
+// our own locks, so the thread sanitizer sees the hand-over although it does not see into GLib.
+
+namespace tq {
+namespace {
+
+constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+
+/// Blocks that one thread runs for all.
+struct Performed {
+  RunLoop::Block block;
+  RunLoopMode mode;
+
+  /// Runs the block and drops what it holds.
+  void run() noexcept {
+    block();
+    block = nullptr;
+  }
+};
+
+/// For poll(): whole milliseconds, rounded up, so that the loop does not wake just too early.
+int pollTimeout(std::int64_t nanoseconds) noexcept {
+  const std::int64_t milliseconds = nanoseconds / 1'000'000 + (nanoseconds % 1'000'000 != 0);
+  return static_cast<int>(
+      std::clamp<std::int64_t>(milliseconds, 0, std::numeric_limits<int>::max()));
+}
+
+thread_local constinit RunLoop* currentLoop = nullptr;
+
+}  // namespace
+
+/// What the loop's thread alone touches, but for what the lock guards.
+struct RunLoop::State {
+  struct Source : GSource {
+    State* state;
+  };
+
+  explicit State(RunLoop& owner, bool isMain);
+  ~State() { g_main_context_unref(context); }
+
+  void attach(GSourceFuncs& functions, bool mayRecurse);
+  void detach() noexcept;
+
+  static State& of(GSource* source) noexcept { return *static_cast<Source*>(source)->state; }
+
+  // What GLib asks each kind of source before the sleep and after it, and has it do.
+  static gboolean blocksBefore(GSource* source, gint* timeout);
+  static gboolean blocksAfter(GSource* source);
+  static gboolean runBlocks(GSource* source, GSourceFunc, gpointer);
+  static gboolean timersBefore(GSource* source, gint* timeout);
+  static gboolean timersAfter(GSource* source);
+  static gboolean runTimers(GSource* source, GSourceFunc, gpointer);
+  static gboolean mainQueueBefore(GSource* source, gint* timeout);
+  static gboolean mainQueueAfter(GSource* source);
+  static gboolean runMainQueue(GSource* source, GSourceFunc, gpointer);
+
+  /// Whether the context is being gone through for runOnce(), and not for a host's own loop, which
+  /// may also run inside of one of our callbacks.
+  [[nodiscard]] bool isOwnIteration() const noexcept { return g_main_depth() == ownDepth; }
+  [[nodiscard]] RunLoopMode runningMode() const noexcept {
+    return isOwnIteration() ? ownMode : RunLoopMode::standard;
+  }
+  [[nodiscard]] bool isCommon(RunLoopMode mode) const TQ_REQUIRES(lock) {
+    return std::ranges::find(commonModes, mode) != commonModes.end();
+  }
+
+  bool drain(RunLoopMode mode);
+  [[nodiscard]] std::size_t waitingBlocks();
+  [[nodiscard]] bool timersAreDue() const;
+  [[nodiscard]] bool hasMainBlocks();
+  void fireDueTimers();
+  void serveMainQueue();
+
+  RunLoop& loop;
+  GMainContext* const context;
+  const std::uint32_t thread;
+  std::vector<GSource*> sources;
+
+  Lock lock;
+  std::vector<Performed> performed TQ_GUARDED_BY(lock);
+  std::vector<RunLoopMode> commonModes TQ_GUARDED_BY(lock){RunLoopMode::standard};
+  bool hasEnded TQ_GUARDED_BY(lock) = false;
+  std::vector<Performed> mainQueue TQ_GUARDED_BY(lock);  // of the main thread's loop
+  std::atomic<bool> stopIsAsked{false};
+
+  Clock clock;
+  detail::TimerHeap timers;  // holds a reference to each
+  int ownDepth = -1;         // of the innermost iteration for runOnce(); -1: none
+  RunLoopMode ownMode = RunLoopMode::standard;
+  std::int64_t ownDeadline = kNever;
+  bool drainsBeforeSleep = false;
+  std::size_t heldBlocks = 0;  // the first ones, which wait until the context has slept
+};
+
+RunLoop::State::State(RunLoop& owner, bool isMain)
+    : loop(owner),
+      context([isMain] {
+        if (isMain) return g_main_context_ref(g_main_context_default());
+        GMainContext* const own = g_main_context_get_thread_default();
+        return own != nullptr ? g_main_context_ref(own) : g_main_context_new();
+      }()),
+      thread(isMain ? static_cast<std::uint32_t>(::getpid()) : currentThreadNumber()) {
+  static GSourceFuncs blockFunctions{blocksBefore, blocksAfter, runBlocks, nullptr, {}, {}};
+  static GSourceFuncs timerFunctions{timersBefore, timersAfter, runTimers, nullptr, {}, {}};
+  static GSourceFuncs queueFunctions{
+      mainQueueBefore, mainQueueAfter, runMainQueue, nullptr, {}, {}};
+  attach(blockFunctions, true);
+  attach(timerFunctions, true);
+  // A source that may not recurse is left out while one of its own blocks runs a loop.
+  if (isMain) attach(queueFunctions, false);
+}
+
+void RunLoop::State::attach(GSourceFuncs& functions, bool mayRecurse) {
+  auto* const source = static_cast<Source*>(g_source_new(&functions, sizeof(Source)));
+  source->state = this;
+  g_source_set_can_recurse(source, mayRecurse);
+  g_source_attach(source, context);
+  sources.push_back(source);
+}
+
+void RunLoop::State::detach() noexcept {
+  for (GSource* const source : std::exchange(sources, {})) {
+    g_source_destroy(source);
+    g_source_unref(source);
+  }
+}
+
+// Blocks. A pass performs them twice, before and after the sleep. Those which are added while the
+// first ones run do not keep the loop from sleeping: they wait for what wakes it. runOnce()
+// performs blocks by itself at these two places; for a host's loop, the source does.
+
+bool RunLoop::State::drain(RunLoopMode mode) {
+  std::vector<Performed> taken;
+  {
+    const Locked guard(lock);
+    const auto matches = [&](const Performed& each) TQ_NO_THREAD_SAFETY_ANALYSIS {
+      return each.mode == mode || (each.mode == RunLoopMode::common && isCommon(mode));
+    };
+    const auto others = std::ranges::stable_partition(performed, matches);
+    taken.assign(std::make_move_iterator(performed.begin()),
+                 std::make_move_iterator(others.begin()));
+    performed.erase(performed.begin(), others.begin());
+  }
+  for (Performed& each : taken) each.run();
+  return !taken.empty();
+}
+
+std::size_t RunLoop::State::waitingBlocks() {
+  const Locked guard(lock);
+  return static_cast<std::size_t>(
+      std::ranges::count_if(performed, [&](const Performed& each) TQ_NO_THREAD_SAFETY_ANALYSIS {
+        return each.mode == RunLoopMode::standard ||
+               (each.mode == RunLoopMode::common && isCommon(RunLoopMode::standard));
+      }));
+}
+
+gboolean RunLoop::State::blocksBefore(GSource* source, gint* timeout) {
+  State& state = of(source);
+  *timeout = -1;
+  state.drainsBeforeSleep = !state.isOwnIteration() && state.waitingBlocks() > state.heldBlocks;
+  return state.drainsBeforeSleep;
+}
+
+gboolean RunLoop::State::blocksAfter(GSource* source) {
+  State& state = of(source);
+  return !state.isOwnIteration() && state.waitingBlocks() != 0;
+}
+
+gboolean RunLoop::State::runBlocks(GSource* source, GSourceFunc, gpointer) {
+  State& state = of(source);
+  const bool beforeSleep = state.drainsBeforeSleep;
+  state.heldBlocks = 0;
+  state.drain(RunLoopMode::standard);
+  state.heldBlocks = beforeSleep ? state.waitingBlocks() : 0;
+  return G_SOURCE_CONTINUE;
+}
+
+// Timers.
+
+bool RunLoop::State::timersAreDue() const {
+  return !timers.isEmpty() && runningMode() == RunLoopMode::standard &&
+         timers.earliest() <= loop.now();
+}
+
+gboolean RunLoop::State::timersBefore(GSource* source, gint* timeout) {
+  const State& state = of(source);
+  *timeout = -1;
+  std::int64_t wake = state.isOwnIteration() ? state.ownDeadline : kNever;
+  const bool mayFire = !state.timers.isEmpty() && state.runningMode() == RunLoopMode::standard;
+  if (mayFire) wake = std::min(wake, state.timers.earliest());
+  if (wake == kNever) return false;
+  const std::int64_t now = state.loop.now();
+  *timeout = pollTimeout(std::max<std::int64_t>(wake - now, 0));
+  return mayFire && state.timers.earliest() <= now;
+}
+
+gboolean RunLoop::State::timersAfter(GSource* source) { return of(source).timersAreDue(); }
+
+gboolean RunLoop::State::runTimers(GSource* source, GSourceFunc, gpointer) {
+  of(source).fireDueTimers();
+  return G_SOURCE_CONTINUE;
+}
+
+void RunLoop::State::fireDueTimers() {
+  const std::int64_t now = loop.now();  // what becomes due while others fire waits for its pass
+  while (!timers.isEmpty() && timers.earliest() <= now) {
+    const auto timer = Ref<Timer>::adopt(timers.top());
+    timers.remove(timer->slot_);
+    timer->fire();
+  }
+}
+
+// The main queue.
+
+bool RunLoop::State::hasMainBlocks() {
+  const RunLoopMode mode = runningMode();
+  const Locked guard(lock);
+  return !mainQueue.empty() && isCommon(mode);
+}
+
+gboolean RunLoop::State::mainQueueBefore(GSource* source, gint* timeout) {
+  *timeout = -1;
+  return of(source).hasMainBlocks();
+}
+
+gboolean RunLoop::State::mainQueueAfter(GSource* source) { return of(source).hasMainBlocks(); }
+
+gboolean RunLoop::State::runMainQueue(GSource* source, GSourceFunc, gpointer) {
+  of(source).serveMainQueue();
+  return G_SOURCE_CONTINUE;
+}
+
+void RunLoop::State::serveMainQueue() {
+  std::vector<Performed> taken;
+  {
+    const Locked guard(lock);
+    taken.swap(mainQueue);
+  }
+  for (Performed& each : taken) each.run();
+}
+
+// The loop.
+
+RunLoop::RunLoop(bool isMain) : state_(std::make_unique<State>(*this, isMain)) {}
+
+RunLoop::~RunLoop() = default;
+
+RunLoop& RunLoop::current() { return currentLoop != nullptr ? *currentLoop : makeCurrent(); }
+
+RunLoop& RunLoop::main() {
+  static RunLoop& loop = *new RunLoop(true);  // never destroyed: the process's context neither is
+  return loop;
+}
+
+RunLoop& RunLoop::makeCurrent() {
+  if (isMainThread()) return *(currentLoop = &main());
+  // Not a thread-local object: what is dropped at the thread's end may ask for its loop once more,
+  // and then the system calls again.
+  static GPrivate atThreadEnd = G_PRIVATE_INIT(endThread);
+  currentLoop = new RunLoop(false);
+  g_private_set(&atThreadEnd, currentLoop);
+  return *currentLoop;
+}
+
+void RunLoop::endThread(void* loop) noexcept {
+  const auto self = Ref<RunLoop>::adopt(static_cast<RunLoop*>(loop));
+  State& state = *self->state_;
+  state.detach();
+  std::vector<Performed> dropped;
+  {
+    const Locked guard(state.lock);
+    state.hasEnded = true;
+    dropped.swap(state.performed);
+  }
+  while (!state.timers.isEmpty()) Ref<Timer>(state.timers.top())->invalidate();
+  currentLoop = nullptr;
+}
+
+bool RunLoop::isCurrent() const noexcept { return state_->thread == currentThreadNumber(); }
+
+std::int64_t RunLoop::now() const {
+  if (state_->clock) return state_->clock().count();
+  return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void RunLoop::setClock(Clock clock) { state_->clock = std::move(clock); }
+
+void RunLoop::scheduleTimer(Timer& timer) {
+  state_->timers.push(timer.nextDue(now()), timer, timer.slot_);
+  timer.retain();
+}
+
+void RunLoop::forgetTimer(Timer& timer) noexcept {
+  if (timer.slot_.position == detail::TimerSlot::kNowhere) return;
+  state_->timers.remove(timer.slot_);
+  timer.release();
+}
+
+void RunLoop::performBlock(Block block, RunLoopMode mode) {
+  TQ_ASSERT(block != nullptr);
+  Performed added{std::move(block), mode};  // dropped, if at all, with the lock released
+  const Locked guard(state_->lock);
+  if (!state_->hasEnded) state_->performed.push_back(std::move(added));
+}
+
+void RunLoop::wakeUp() noexcept { g_main_context_wakeup(state_->context); }
+
+void RunLoop::addCommonMode(RunLoopMode mode) {
+  const Locked guard(state_->lock);
+  if (!state_->isCommon(mode)) state_->commonModes.push_back(mode);
+}
+
+bool RunLoop::runOnce(double timeoutSeconds, RunLoopMode mode) {
+  TQ_ASSERT(isCurrent() && mode != RunLoopMode::common);
+  State& state = *state_;
+  constexpr double kLongest = 4e9;  // seconds; longer is without limit
+  std::int64_t deadline = kNever;
+  if (timeoutSeconds < kLongest) {
+    deadline = now() + static_cast<std::int64_t>(std::max(timeoutSeconds, 0.0) * 1e9);
+  }
+  bool hasRun = state.drain(mode);
+  const auto outer = std::tuple(state.ownDepth, state.ownMode, state.ownDeadline);
+  const auto inner = std::tuple(g_main_depth(), mode, deadline);
+  std::tie(state.ownDepth, state.ownMode, state.ownDeadline) = inner;
+  if (g_main_context_iteration(state.context, timeoutSeconds > 0) != FALSE) hasRun = true;
+  std::tie(state.ownDepth, state.ownMode, state.ownDeadline) = outer;
+  return state.drain(mode) || hasRun;
+}
+
+void RunLoop::runFor(double seconds, RunLoopMode mode) {
+  const double end = static_cast<double>(now()) * 1e-9 + seconds;
+  double left = seconds;
+  while (!state_->stopIsAsked.exchange(false) && left > 0) {
+    runOnce(left, mode);
+    left = end - static_cast<double>(now()) * 1e-9;
+  }
+}
+
+void RunLoop::run() { runFor(std::numeric_limits<double>::infinity()); }
+
+void RunLoop::stop() noexcept {
+  state_->stopIsAsked.store(true);
+  wakeUp();
+}
+
+void RunLoop::appendToMainQueue(Block block) {
+  TQ_ASSERT(block != nullptr);
+  bool wasEmpty = false;
+  {
+    const Locked guard(state_->lock);
+    wasEmpty = state_->mainQueue.empty();
+    state_->mainQueue.push_back({std::move(block), RunLoopMode::common});
+  }
+  if (wasEmpty) wakeUp();  // whoever came first has woken it for the others
+}
+
+void mainQueueAsync(std::function<void()> block) {
+  RunLoop::main().appendToMainQueue(std::move(block));
+}
+
+bool isMainThread() noexcept {
+  return currentThreadNumber() == static_cast<std::uint32_t>(::getpid());
+}
+
+}  // namespace tq

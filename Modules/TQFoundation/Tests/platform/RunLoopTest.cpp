@@ -1,0 +1,236 @@
+#include <TQFoundation/platform/RunLoop.h>
+
+#include <glib.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <TQFoundation/platform/Timer.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr RunLoopMode kTracking{7};
+
+// What ran, in order.
+struct Trace {
+  std::vector<std::string> steps;
+  auto says(std::string step) {
+    return [this, step] { steps.push_back(step); };
+  }
+  std::vector<std::string> take() { return std::exchange(steps, {}); }
+};
+
+TEST(RunLoop, PerformsBlocksInOrderTwiceAPass) {
+  RunLoop& loop = RunLoop::current();
+  EXPECT_EQ(&loop, &RunLoop::main());
+  Trace trace;
+  EXPECT_FALSE(loop.runOnce());
+  loop.performBlock([&] {
+    trace.says("a")();
+    loop.performBlock([&] {
+      trace.says("c")();
+      loop.performBlock(trace.says("d"));
+    });
+  });
+  loop.performBlock(trace.says("b"));
+  EXPECT_TRUE(loop.runOnce());
+  EXPECT_THAT(trace.take(), ElementsAre("a", "b", "c"));
+  EXPECT_TRUE(loop.runOnce());
+  EXPECT_THAT(trace.take(), ElementsAre("d"));
+}
+
+TEST(RunLoop, BlocksOfOtherModesKeepTheirPlace) {
+  RunLoop& loop = RunLoop::current();
+  Trace trace;
+  loop.performBlock(trace.says("tracking 1"), kTracking);
+  loop.performBlock(trace.says("common"));
+  loop.performBlock(trace.says("standard"), RunLoopMode::standard);
+  loop.performBlock(trace.says("tracking 2"), kTracking);
+  loop.runOnce();
+  EXPECT_THAT(trace.take(), ElementsAre("common", "standard"));
+  loop.performBlock(trace.says("common"));
+  mainQueueAsync(trace.says("queue"));
+  loop.runOnce(0, kTracking);
+  EXPECT_THAT(trace.take(), ElementsAre("tracking 1", "tracking 2")) << "not a common mode yet";
+  loop.addCommonMode(kTracking);
+  loop.runOnce(0, kTracking);
+  EXPECT_THAT(trace.take(), ElementsAre("common", "queue"));
+}
+
+TEST(RunLoop, MainQueueServesWhatWasThereAndNotFromItsOwnBlocks) {
+  RunLoop& loop = RunLoop::main();
+  Trace trace;
+  mainQueueAsync([&] {
+    trace.says("a")();
+    mainQueueAsync(trace.says("c"));
+    loop.performBlock(trace.says("performed"));
+    loop.runOnce();
+    trace.says("a ends")();
+  });
+  mainQueueAsync(trace.says("b"));
+  EXPECT_THAT(trace.take(), ElementsAre()) << "asynchronous on the main thread too";
+  loop.runOnce();
+  EXPECT_THAT(trace.take(), ElementsAre("a", "performed", "a ends", "b"));
+  loop.runOnce();
+  EXPECT_THAT(trace.take(), ElementsAre("c"));
+}
+
+// The loop sleeps, and only the main queue wakes it.
+TEST(RunLoop, PerformedBlocksDoNotWakeIt) {
+  RunLoop& loop = RunLoop::main();
+  std::atomic<bool> isAsleep{false}, wasWoken{false}, hasPerformed{false};
+  std::jthread other([&] {
+    while (!isAsleep) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // most probably in poll() by now
+    loop.performBlock([&] { hasPerformed = true; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    wasWoken = true;
+    mainQueueAsync([] {});
+  });
+  mainQueueAsync([&] { isAsleep = true; });
+  loop.runOnce();
+  EXPECT_TRUE(loop.runOnce(60));
+  EXPECT_TRUE(wasWoken);
+  EXPECT_TRUE(hasPerformed);
+}
+
+// A host that runs the default main context itself, as toolkits do.
+TEST(RunLoop, HostsThatRunTheContextNeedNoGlue) {
+  RunLoop& loop = RunLoop::main();
+  GMainContext* const context = g_main_context_default();
+  const auto hostPass = [&] { return g_main_context_iteration(context, FALSE) != FALSE; };
+  Trace trace;
+  int again = 0;
+  std::function<void()> performAgain = [&] {
+    ++again;
+    loop.performBlock(performAgain);
+  };
+  loop.performBlock(trace.says("performed"));
+  mainQueueAsync(trace.says("queue"));
+  const auto timer = Timer::scheduledTimerWithTimeInterval(
+      0.0001, [](Timer& t) { static_cast<void>(t.userInfo()); }, share(loop), false);
+  while (timer->isValid()) hostPass();
+  EXPECT_THAT(trace.take(), testing::UnorderedElementsAre("performed", "queue"));
+  EXPECT_FALSE(hostPass());
+
+  loop.performBlock(performAgain);
+  EXPECT_TRUE(hostPass());
+  EXPECT_EQ(again, 1);
+  gint timeout = 0;
+  gint priority = 0;
+  ASSERT_TRUE(g_main_context_acquire(context));
+  EXPECT_FALSE(g_main_context_prepare(context, &priority)) << "a block's own block may not spin";
+  GPollFD fds[8];
+  g_main_context_query(context, priority, &timeout, fds, 8);
+  EXPECT_EQ(timeout, -1);
+  g_main_context_release(context);
+  loop.performBlock(trace.says("later"));  // not a block's own: the pass begins with it
+  EXPECT_TRUE(hostPass());
+  EXPECT_EQ(again, 2);
+  EXPECT_THAT(trace.take(), ElementsAre("later"));
+
+  // A host's loop inside one of our blocks performs blocks as well.
+  performAgain = [] {};
+  loop.runOnce();
+  loop.performBlock([&] {
+    loop.performBlock(trace.says("nested"));
+    hostPass();
+    trace.says("outer")();
+  });
+  loop.runOnce();
+  EXPECT_THAT(trace.take(), ElementsAre("nested", "outer"));
+}
+
+TEST(RunLoop, EndsWithItsThread) {
+  Ref<RunLoop> kept;
+  auto released = std::make_shared<int>(1);
+  const std::weak_ptr<int> observer = released;
+  std::jthread([&, held = std::move(released)]() mutable {
+    RunLoop& loop = RunLoop::current();
+    EXPECT_NE(&loop, &RunLoop::main());
+    EXPECT_FALSE(isMainThread());
+    kept = share(loop);
+    loop.performBlock([held = std::move(held)] { ADD_FAILURE() << "nobody runs this loop"; });
+  }).join();
+  EXPECT_TRUE(observer.expired());
+  auto late = std::make_shared<int>(2);
+  const std::weak_ptr<int> lateObserver = late;
+  kept->performBlock([held = std::move(late)] {});
+  kept->wakeUp();
+  EXPECT_TRUE(lateObserver.expired());
+}
+
+TEST(RunLoop, RunReturnsWhenStopped) {
+  std::atomic<RunLoop*> loop{nullptr};
+  std::atomic<int> passes{0};
+  std::jthread runner([&] {
+    RunLoop::current().performBlock([&] { loop = &RunLoop::current(); });
+    RunLoop::current().run();
+  });
+  while (loop == nullptr) std::this_thread::yield();
+  loop.load()->performBlock([&] { ++passes; });
+  loop.load()->stop();
+  runner.join();
+  EXPECT_EQ(passes, 1);
+  RunLoop::main().runFor(0.01);
+  RunLoop::main().runFor(-1);
+}
+
+TEST(RunLoopStress, MainQueueTakesBlocksOfManyThreadsInTheirOrder) {
+  constexpr int kThreads = 4, kBlocks = 5'000;
+  std::vector<int> seen(kThreads, 0);
+  int total = 0;
+  std::vector<std::jthread> threads;
+  for (std::size_t t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < kBlocks; ++i) {
+        const auto block = [&, t, i] {
+          ++total;
+          EXPECT_EQ(seen[t]++, i);
+        };
+        t % 2 == 0 ? mainQueueAsync(block) : RunLoop::main().performBlock(block);
+      }
+      RunLoop::main().wakeUp();
+    });
+  }
+  while (total < kThreads * kBlocks) RunLoop::main().runOnce(60);
+}
+
+TEST(RunLoopDeathTest, FaultsOfTheCallerStopTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(RunLoop::main().performBlock(nullptr), "block != nullptr");
+  EXPECT_DEATH(mainQueueAsync(nullptr), "block != nullptr");
+  EXPECT_DEATH(std::jthread([] { RunLoop::main().runOnce(); }).join(), "isCurrent");
+  EXPECT_DEATH(
+      {
+        mainQueueAsync([] { throw 1; });
+        RunLoop::main().runOnce();
+      },
+      "terminate");
+}
+
+// The process ends with all of it alive.
+TEST(RunLoopDeathTest, ExitIsClean) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        Timer::scheduledTimerWithTimeInterval(
+            1, [](Timer&) {}, share(RunLoop::main()), true);
+        RunLoop::main().performBlock([] {});
+        mainQueueAsync([] {});
+        std::thread([] { RunLoop::current().run(); }).detach();
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "^$");
+}
+
+}  // namespace
+}  // namespace tq

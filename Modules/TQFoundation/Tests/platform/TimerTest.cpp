@@ -1,0 +1,245 @@
+#include <TQFoundation/platform/Timer.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include <TQFoundation/objects/Weak.h>
+#include "support/HandMovedClock.h"
+
+namespace tq {
+namespace {
+
+using namespace std::chrono_literals;
+using test::HandMovedClock;
+
+// Does what it is told when its timer fires, and counts.
+class Probe final : public Subclass<Probe> {
+ public:
+  static constexpr std::string_view className = "Probe";
+  explicit Probe(std::function<void(Timer&)> act = {}) : act_(std::move(act)) {}
+
+  static void fire(Timer& timer) {
+    const Ref<Probe> self = refCast<Probe>(Ref<Object>(timer.userInfo()));
+    ++self->fired;
+    if (self->act_) self->act_(timer);
+  }
+  Ref<Timer> schedule(double seconds, bool repeats = false) {
+    return Timer::scheduledTimerWithTimeInterval(seconds, fire, share(*this), repeats);
+  }
+
+  int fired = 0;
+
+ private:
+  std::function<void(Timer&)> act_;
+};
+
+TEST(Timer, OnceFiresWhenDueAndIsValidUntilItsActionHasReturned) {
+  HandMovedClock clock;
+  bool wasValid = false;
+  auto probe = makeRef<Probe>([&](Timer& timer) {
+    wasValid = timer.isValid();
+    RunLoop::current().runOnce();  // does not fire it again
+  });
+  const Weak<Probe> weakProbe = probe;
+  const Weak<Timer> timer = probe->schedule(0.5);
+  clock.pass(499ms);
+  EXPECT_EQ(probe->fired, 0);
+  clock.pass(1ms);
+  EXPECT_EQ(probe->fired, 1);
+  EXPECT_TRUE(wasValid);
+  EXPECT_TRUE(timer.expired()) << "the loop held it alone";
+  probe = nullptr;
+  EXPECT_TRUE(weakProbe.expired());
+}
+
+TEST(Timer, RepeatsOnItsGridAndLeavesOutWhatHasPassed) {
+  HandMovedClock clock;
+  const auto probe = makeRef<Probe>([&](Timer&) { clock.jump(30ms); });  // a slow action
+  const auto timer = probe->schedule(0.1, true);
+  const struct {
+    std::chrono::milliseconds step;
+    int fired;
+  } steps[] = {
+      {100ms, 1},  // at 100, ends at 130
+      {70ms, 2},   // at 200, ends at 230
+      {500ms, 3},  // at 730, not for 300...600 again; ends at 760
+      {39ms, 3},   // 799
+      {1ms, 4},    // on the grid
+  };
+  for (const auto& step : steps) {
+    clock.pass(step.step);
+    EXPECT_EQ(probe->fired, step.fired);
+  }
+  timer->invalidate();
+  timer->invalidate();
+  EXPECT_EQ(timer->userInfo(), nullptr);
+  clock.pass(1000ms);
+  EXPECT_EQ(probe->fired, 4);
+}
+
+TEST(Timer, OddIntervals) {
+  HandMovedClock clock;
+  for (const double seconds : {0.0, -5.0, -std::numeric_limits<double>::infinity()}) {
+    const auto probe = makeRef<Probe>();
+    probe->schedule(seconds);
+    clock.pass(0ms);
+    EXPECT_EQ(probe->fired, 0) << "a tenth of a millisecond";
+    clock.pass(1ms);
+    EXPECT_EQ(probe->fired, 1);
+  }
+  const auto never = makeRef<Probe>();
+  const auto timer = never->schedule(std::numeric_limits<double>::infinity(), true);
+  clock.pass(1000h);
+  EXPECT_EQ(never->fired, 0);
+  timer->invalidate();
+}
+
+TEST(Timer, MayBeInvalidatedAndDroppedByItsOwnAction) {
+  HandMovedClock clock;
+  Ref<Timer> timer;
+  auto probe = makeRef<Probe>([&](Timer& fired) {
+    fired.invalidate();
+    timer = nullptr;
+    EXPECT_EQ(fired.userInfo(), nullptr);
+  });
+  timer = probe->schedule(0.1, true);
+  const Weak<Probe> weakly = probe;
+  probe = nullptr;
+  clock.pass(100ms);
+  EXPECT_TRUE(weakly.expired());
+  clock.pass(100ms);
+}
+
+TEST(Timer, ThoseScheduledByOthersWaitForALaterPass) {
+  HandMovedClock clock;
+  std::vector<int> order;
+  const auto append = [&](int number) {
+    return makeRef<Probe>([&order, number](Timer&) { order.push_back(number); });
+  };
+  const auto late = append(3);
+  append(1)->schedule(0.2);
+  makeRef<Probe>([&](Timer&) {
+    clock.jump(5ms);
+    late->schedule(0);
+  })->schedule(0.1);
+  append(2)->schedule(0.2);
+  clock.pass(200ms);
+  EXPECT_THAT(order, testing::ElementsAre(1, 2)) << "equal times in the order of scheduling";
+  clock.pass(1ms);
+  EXPECT_THAT(order, testing::ElementsAre(1, 2, 3));
+}
+
+TEST(Timer, OtherThreadsMayInvalidateIt) {
+  HandMovedClock clock;
+  auto probe = makeRef<Probe>();
+  const auto timer = probe->schedule(0.1);
+  const Weak<Probe> weakly = probe;
+  std::jthread([&] { timer->invalidate(); }).join();
+  EXPECT_FALSE(timer->isValid());
+  clock.pass(200ms);
+  EXPECT_EQ(probe->fired, 0);
+  probe = nullptr;
+  EXPECT_TRUE(weakly.expired());
+}
+
+TEST(Timer, NeverFiresWhereNoLoopRunsAndEndsWithTheThread) {
+  const auto probe = makeRef<Probe>();
+  Ref<Timer> timer;
+  std::jthread([&] {
+    timer = probe->schedule(0.0001, true);
+    std::this_thread::sleep_for(2ms);
+  }).join();
+  EXPECT_EQ(probe->fired, 0);
+  EXPECT_FALSE(timer->isValid());
+  EXPECT_EQ(probe->referenceCount(), 1u);
+  timer->invalidate();
+}
+
+// Against a list that is searched from end to end.
+TEST(Timer, ManyFireInTheOrderOfTheirTimes) {
+  HandMovedClock clock;
+  std::mt19937 random(7);
+  const auto upTo = [&](int n) { return std::uniform_int_distribution<int>(0, n)(random); };
+  struct Pending {
+    Ref<Timer> timer;
+    int due;
+    int number;
+    auto operator<=>(const Pending& b) const {
+      return std::pair(due, number) <=> std::pair(b.due, b.number);
+    }
+    bool operator==(const Pending&) const = default;
+  };
+  std::set<Pending> twin;
+  std::vector<int> fired, expected;
+  int now = 0;
+  for (int i = 0; i < 20'000; ++i) {
+    if (const int choice = upTo(9); choice < 6) {
+      const int delay = upTo(300) + 1;
+      auto probe = makeRef<Probe>([&fired, i](Timer&) { fired.push_back(i); });
+      twin.insert({probe->schedule(delay / 1000.0), now + delay, i});
+    } else if (choice < 9 && !twin.empty()) {
+      const auto any = std::next(twin.begin(), upTo(static_cast<int>(twin.size()) - 1) % 50);
+      any->timer->invalidate();
+      twin.erase(any);
+    } else {
+      const int step = upTo(20);
+      now += step;
+      clock.pass(std::chrono::milliseconds(step));
+      while (!twin.empty() && twin.begin()->due <= now) {
+        expected.push_back(twin.begin()->number);
+        twin.erase(twin.begin());
+      }
+    }
+  }
+  EXPECT_EQ(fired, expected);
+  for (const Pending& each : twin) each.timer->invalidate();
+}
+
+TEST(TimerStress, InRealTime) {
+  const auto begin = std::chrono::steady_clock::now();
+  const auto probe = makeRef<Probe>();
+  const auto timer = probe->schedule(0.02, true);
+  while (probe->fired < 5) RunLoop::current().runOnce(60);
+  timer->invalidate();
+  const auto took = std::chrono::steady_clock::now() - begin;
+  EXPECT_GE(took, 100ms);
+  EXPECT_LT(took, 30s);
+}
+
+TEST(TimerStress, InvalidatedWhileItFires) {
+  for (int round = 0; round < 200; ++round) {
+    std::atomic<bool> isDone{false};
+    Ref<Timer> timer;
+    std::atomic<Timer*> shared{nullptr};
+    std::jthread owner([&] {
+      timer = makeRef<Probe>()->schedule(0.00001, true);
+      shared = timer.get();
+      while (!isDone) RunLoop::current().runOnce(0.001);
+      RunLoop::current().runOnce();
+      EXPECT_EQ(timer->userInfo(), nullptr);
+    });
+    while (shared == nullptr) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::microseconds(round));
+    shared.load()->invalidate();
+    isDone = true;
+  }
+}
+
+TEST(TimerDeathTest, FaultsOfTheCallerStopTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(makeRef<Probe>()->schedule(std::nan("")), "isnan");
+  EXPECT_DEATH(Timer::scheduledTimerWithTimeInterval(1, nullptr, nullptr, false),
+               "action != nullptr");
+}
+
+}  // namespace
+}  // namespace tq
