@@ -31,6 +31,7 @@
 #include <TQFoundation/comparison/TQComparisonArrayChange.h>
 #include <TQFoundation/comparison/TQComparisonItem.h>
 #include <TQFoundation/concurrency/Atomic.h>
+#include <TQFoundation/concurrency/Debouncer.h>
 #include <TQFoundation/concurrency/Lockable.h>
 #include <TQFoundation/concurrency/MapTable.h>
 #include <TQFoundation/concurrency/ObjectSynchronizer.h>
@@ -41,7 +42,9 @@
 #include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
 #include <TQFoundation/concurrency/TQLazyVar.h>
 #include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/concurrency/TQRateLimiter.h>
 #include <TQFoundation/concurrency/TQSingleton.h>
+#include <TQFoundation/concurrency/TimerBlock.h>
 #include <TQFoundation/concurrency/UnfairLock.h>
 #include <TQFoundation/concurrency/UnfairWord.h>
 #include <TQFoundation/concurrency/ValueCache.h>

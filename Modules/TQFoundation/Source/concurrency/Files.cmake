@@ -1,5 +1,6 @@
 tq_room(concurrency
   Atomic.h
+  Debouncer.cpp Debouncer.h
   Lockable.h
   MapTable.cpp MapTable.h
   ObjectSynchronizer.h
@@ -12,6 +13,8 @@ tq_room(concurrency
   TQLazyVar.cpp TQLazyVar.h
   TQObjectPool.cpp TQObjectPool.h
   TQSingleton.cpp TQSingleton.h
+  TQRateLimiter.cpp TQRateLimiter.h
+  TimerBlock.cpp TimerBlock.h
   UnfairLock.h
   UnfairWord.h
   ValueCache.h)

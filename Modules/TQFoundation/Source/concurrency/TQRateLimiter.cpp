@@ -1,0 +1,64 @@
+#include <TQFoundation/concurrency/TQRateLimiter.h>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/RunLoop.h>
+
+namespace tq {
+
+TQRateLimiter::TQRateLimiter(Object* target, ActionInvocation invocation,
+                             TQRateLimiterUpdateStrategy strategy)
+    : target_(target), actionInvocation_(std::move(invocation)), updateStrategy_(strategy) {}
+
+Ref<TQRateLimiter> TQRateLimiter::make(Object* target, ActionInvocation invocation,
+                                       TQRateLimiterUpdateStrategy strategy) {
+  return Ref<TQRateLimiter>::adopt(new TQRateLimiter(target, std::move(invocation), strategy));
+}
+
+void TQRateLimiter::requireMethod(bool hasMethod) {
+  if (!hasMethod) {
+    throw Exception(InvalidArgumentException, "TQRateLimiter: the target has no such method");
+  }
+}
+
+// Two threads that come here at the same instant schedule a block each; the second one finds
+// nothing to do.
+void TQRateLimiter::schedule() {
+  hasScheduledBlock_.store(true);
+  const auto block = [self = share(*this)] { self->performUpdateIfNeeded(); };
+  switch (updateStrategy()) {
+    case TQRateLimiterUpdateOnMainQueue:
+      return mainQueueAsync(block);
+    case TQRateLimiterUpdateInRunLoop:
+      return RunLoop::main().performBlock(block);
+    default:
+      break;  // meant: see TQRateLimiterUpdateStrategy
+  }
+}
+
+void TQRateLimiter::performUpdateIfNeeded() {
+  hasScheduledBlock_.store(false);
+  updateIfNeeded();
+}
+
+void TQRateLimiter::updateIfNeeded() {
+  if (atomicNeedsUpdate_.load()) update();
+}
+
+void TQRateLimiter::update() {
+  atomicNeedsUpdate_.store(false);  // first, so that a request made by the target counts
+  const Ref<Object> target = target_.lock();
+  const ActionInvocation invocation = actionInvocation();
+  if (target != nullptr && invocation) invocation(*target, *this);
+}
+
+TQRateLimiter::ActionInvocation TQRateLimiter::actionInvocation() const {
+  const Locked guard(lock_);
+  return actionInvocation_;
+}
+
+void TQRateLimiter::setActionInvocation(ActionInvocation invocation) {
+  const Locked guard(lock_);
+  actionInvocation_.swap(invocation);  // the earlier one goes with the lock released
+}
+
+}  // namespace tq

@@ -1,0 +1,36 @@
+#include <TQFoundation/concurrency/TimerBlock.h>
+
+#include <utility>
+
+#include <TQFoundation/objects/Exception.h>
+
+namespace tq {
+namespace {
+
+class BoxedBlock final : public Subclass<BoxedBlock> {
+ public:
+  static constexpr std::string_view className = "TimerBlock";
+  explicit BoxedBlock(TimerBlock block) : run(std::move(block)) {}
+  const TimerBlock run;
+};
+
+}  // namespace
+
+Ref<Timer> scheduledTimerWithTimeInterval(double seconds, bool repeats, TimerBlock block_ch) {
+  Ref<Object> userInfo;
+  if (block_ch) userInfo = makeRef<BoxedBlock>(std::move(block_ch));
+  return Timer::scheduledTimerWithTimeInterval(seconds, TQExecuteSimpleBlock, std::move(userInfo),
+                                               repeats);
+}
+
+void TQExecuteSimpleBlock(Timer& timer) {
+  if (timer.userInfo() == nullptr) return;
+  // Held, for the block may invalidate the timer, which then drops it.
+  const Ref<BoxedBlock> block(objectCast<BoxedBlock>(timer.userInfo()));
+  if (block == nullptr) {
+    throw Exception(InvalidArgumentException, "TQExecuteSimpleBlock: the user info is no block");
+  }
+  block->run(timer);
+}
+
+}  // namespace tq

@@ -1,0 +1,105 @@
+#include <TQFoundation/concurrency/Debouncer.h>
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include <TQFoundation/concurrency/TimerBlock.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/String.h>
+#include "support/HandMovedClock.h"
+
+namespace tq {
+namespace {
+
+using namespace std::chrono_literals;
+using test::HandMovedClock;
+
+TEST(Debouncer, RunsItsActionOnceAfterTheLastRequestOfABurst) {
+  HandMovedClock clock;
+  int runs = 0;
+  auto debouncer = Debouncer::initWithInterval(0.5, [&] { ++runs; });
+  for (const auto step : {0ms, 100ms, 100ms}) {
+    clock.pass(step);
+    debouncer->schedulePerformAction();
+  }
+  clock.pass(499ms);
+  EXPECT_EQ(runs, 0);
+  const Weak<Debouncer> weakly = debouncer;
+  debouncer = nullptr;
+  EXPECT_FALSE(weakly.expired()) << "the pending request holds it";
+  clock.pass(1ms);
+  EXPECT_EQ(runs, 1);
+  EXPECT_TRUE(weakly.expired());
+  clock.pass(1000ms);
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(Debouncer, ActionMayRequestAgainAndDropTheLastReference) {
+  HandMovedClock clock;
+  int runs = 0;
+  Ref<LRDebouncer> debouncer;
+  debouncer = LRDebouncer::init(0.1, [&] {
+    if (++runs == 1) {
+      debouncer->schedulePerformAction();
+    } else {
+      debouncer = nullptr;
+    }
+  });
+  debouncer->schedulePerformAction();
+  for (const int expected : {1, 2, 2}) {
+    clock.pass(100ms);
+    EXPECT_EQ(runs, expected);
+  }
+  EXPECT_EQ(debouncer, nullptr);
+}
+
+// The request of a thread whose loop nobody runs is never answered, and takes the earlier one
+// along.
+TEST(Debouncer, AnswersOnTheThreadOfTheLastRequest) {
+  HandMovedClock clock;
+  int runs = 0;
+  const auto debouncer = Debouncer::init(0.1, [&] { ++runs; });
+  debouncer->schedulePerformAction();
+  std::jthread([&] { debouncer->schedulePerformAction(); }).join();
+  clock.pass(1000ms);
+  EXPECT_EQ(runs, 0);
+  std::thread::id ranOn;
+  std::thread::id expected;
+  const auto other = Debouncer::init(0.001, [&] { ranOn = std::this_thread::get_id(); });
+  std::jthread([&] {
+    expected = std::this_thread::get_id();
+    other->schedulePerformAction();
+    while (ranOn == std::thread::id()) RunLoop::current().runOnce(60);
+  }).join();
+  EXPECT_EQ(ranOn, expected);
+}
+
+TEST(TimerBlock, RunsItsBlockUntilTheBlockInvalidatesIt) {
+  HandMovedClock clock;
+  int runs = 0;
+  scheduledTimerWithTimeInterval(0.1, true, [&, held = std::string(100, 'x')](Timer& timer) {
+    if (++runs == 2) timer.invalidate();
+    EXPECT_EQ(held.size(), 100u) << "the running block is not destroyed";
+  });
+  const auto empty = scheduledTimerWithTimeInterval(0.1, false, nullptr);
+  EXPECT_EQ(empty->userInfo(), nullptr);
+  for (const int expected : {1, 2, 2}) {
+    clock.pass(100ms);
+    EXPECT_EQ(runs, expected);
+  }
+  EXPECT_FALSE(empty->isValid());
+  const auto foreign = Timer::scheduledTimerWithTimeInterval(
+      1, TQExecuteSimpleBlock, String::stringWithUTF8("no block"), false);
+  EXPECT_THROW(TQExecuteSimpleBlock(*foreign), Exception);
+  foreign->invalidate();
+  TQExecuteSimpleBlock(*foreign);
+}
+
+TEST(DebouncerDeathTest, NeedsAnAction) {
+  EXPECT_DEATH(static_cast<void>(Debouncer::init(1, nullptr)), "actionToPerform != nullptr");
+}
+
+}  // namespace
+}  // namespace tq
