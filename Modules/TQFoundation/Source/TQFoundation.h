@@ -12,7 +12,6 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQMemory.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/collections/ArrayConveniences.h>
 #include <TQFoundation/collections/BinarySearch.h>
 #include <TQFoundation/collections/ChildTraversable.h>
 #include <TQFoundation/collections/Forest.h>
@@ -82,6 +81,7 @@
 #include <TQFoundation/geometry/TQSize.h>
 #include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/ArrayConveniences.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>

@@ -1,5 +1,4 @@
 tq_room(collections
-  ArrayConveniences.cpp ArrayConveniences.h
   BinarySearch.h
   ChildTraversable.h
   Forest.h

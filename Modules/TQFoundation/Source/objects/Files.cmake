@@ -1,5 +1,6 @@
 tq_room(objects
   Array.cpp Array.h
+  ArrayConveniences.cpp ArrayConveniences.h
   Class.cpp Class.h
   Data.cpp Data.h
   Date.cpp Date.h

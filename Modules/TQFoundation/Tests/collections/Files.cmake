@@ -1,5 +1,4 @@
 tq_add_room_tests(TQCollections
-  ${CMAKE_CURRENT_LIST_DIR}/ArrayConveniencesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RecentsListTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/SmallCollectionsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TreeTraversalTest.cpp)

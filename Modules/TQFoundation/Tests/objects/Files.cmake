@@ -1,4 +1,5 @@
 tq_add_room_tests(TQObjects
+  ${CMAKE_CURRENT_LIST_DIR}/ArrayConveniencesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArrayTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ClassTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DictionaryTest.cpp

@@ -1,4 +1,4 @@
-#include <TQFoundation/collections/ArrayConveniences.h>
+#include <TQFoundation/objects/ArrayConveniences.h>
 
 #include <algorithm>
 #include <ranges>
