@@ -30,6 +30,7 @@
 #include <TQFoundation/comparison/TQComparisonArrayChange.h>
 #include <TQFoundation/comparison/TQComparisonItem.h>
 #include <TQFoundation/concurrency/Atomic.h>
+#include <TQFoundation/concurrency/ConcurrentMap.h>
 #include <TQFoundation/concurrency/Debouncer.h>
 #include <TQFoundation/concurrency/Lockable.h>
 #include <TQFoundation/concurrency/MapTable.h>
@@ -118,6 +119,7 @@
 #include <TQFoundation/platform/ThreadSystem.h>
 #include <TQFoundation/platform/Timer.h>
 #include <TQFoundation/platform/URL.h>
+#include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/serialisation/TQCompression.h>
 #include <TQFoundation/serialisation/TQDigests.h>
 #include <TQFoundation/serialisation/TQFNV1aBuilder.h>

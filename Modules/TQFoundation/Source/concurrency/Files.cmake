@@ -1,5 +1,6 @@
 tq_room(concurrency
   Atomic.h
+  ConcurrentMap.cpp ConcurrentMap.h
   Debouncer.cpp Debouncer.h
   Lockable.h
   MapTable.cpp MapTable.h

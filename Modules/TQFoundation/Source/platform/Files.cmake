@@ -30,6 +30,7 @@ tq_room(platform
   ThreadSystem.h
   Timer.cpp Timer.h
   URL.cpp URL.h
+  WorkerPool.cpp WorkerPool.h
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
   lzfse/BlockHeader.cpp lzfse/BlockHeader.h

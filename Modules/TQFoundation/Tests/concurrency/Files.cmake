@@ -1,4 +1,5 @@
 tq_add_room_tests(TQConcurrency
+  ${CMAKE_CURRENT_LIST_DIR}/ConcurrentMapTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DebouncerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LockModelTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LocksTest.cpp

@@ -1,0 +1,80 @@
+#include <TQFoundation/concurrency/ConcurrentMap.h>
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/WorkerPool.h>
+
+namespace tq {
+namespace {
+
+template <class Block>
+void requireBlock(const Block& block, const char* function) {
+  if (!block) throw Exception(InvalidArgumentException, std::string(function) + ": no block");
+}
+
+/// What the elements of loops over this kind of block cost, in a table where kinds may share an
+/// entry: a wrong guess costs time only.
+ApplyCost& costOf(const std::type_info& kind) noexcept {
+  static auto& costs = *new std::array<ApplyCost, 256>;
+  return costs[kind.hash_code() % costs.size()];
+}
+
+bool isNull(const Ref<Object>& object) { return !object || object->kind() == ObjectKind::null; }
+
+}  // namespace
+
+Ref<Array> concurrentMapWithCompact(const Array& array, bool compact, const ArrayMapBlock& block) {
+  requireBlock(block, __func__);
+  const std::span<const Ref<Object>> objects = array.objects();
+  std::vector<Ref<Object>> answers(objects.size());  // none stands for a placeholder
+  const auto call = [&](std::size_t i) {
+    Ref<Object> answer = block(*objects[i]);
+    if (answer == nullptr && !compact) {
+      throw Exception(InvalidArgumentException, "concurrentMap: the block answered none");
+    }
+    answers[i] = std::move(answer);
+  };
+  parallelApply(objects.size(), call, &costOf(block.target_type()));
+  if (compact) std::erase_if(answers, isNull);
+  return Array::arrayWithObjects(std::move(answers));
+}
+
+Ref<Array> concurrentMap(const Array& array, const ArrayMapBlock& block) {
+  return concurrentMapWithCompact(array, false, block);
+}
+
+Ref<Array> compactConcurrentMap(const Array& array, const ArrayMapBlock& block) {
+  return concurrentMapWithCompact(array, true, block);
+}
+
+Ref<Array> mapWithOptions(const Array& array, EnumerationOptions options,
+                          const ArrayMapBlock& usingBlock) {
+  if ((options & EnumerationConcurrent) != 0) return concurrentMap(array, usingBlock);
+  requireBlock(usingBlock, __func__);
+  return map(array, usingBlock);
+}
+
+Ref<Array> compactMapWithOptions(const Array& array, EnumerationOptions options,
+                                 const ArrayMapBlock& usingBlock) {
+  if ((options & EnumerationConcurrent) != 0) return compactConcurrentMap(array, usingBlock);
+  requireBlock(usingBlock, __func__);
+  return compactMap(array, usingBlock);
+}
+
+std::size_t applyBlockConcurrentlyAndCountSuccess(const Array& array, const ArrayPredicate& block) {
+  requireBlock(block, __func__);
+  const std::span<const Ref<Object>> objects = array.objects();
+  std::vector<unsigned char> answers(objects.size(), 0);
+  const auto call = [&](std::size_t i) { answers[i] = block(*objects[i]) ? 1 : 0; };
+  parallelApply(objects.size(), call, &costOf(block.target_type()));
+  return answers.size() - static_cast<std::size_t>(std::ranges::count(answers, 0));
+}
+
+}  // namespace tq

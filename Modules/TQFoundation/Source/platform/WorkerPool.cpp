@@ -1,0 +1,98 @@
+#include <TQFoundation/platform/WorkerPool.h>
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
+
+#include <algorithm>
+#include <chrono>
+
+// Under the thread sanitizer this file alone is built without it (see CMakeLists.txt): oneTBB hands
+// its tasks from thread to thread in a library that the sanitizer cannot see into, but reads them
+// in templates that would be compiled here. What the library promises at this boundary is told to
+// the sanitizer instead: all that came before the loop is seen by every range, and what the ranges
+// did is seen when the loop has ended.
+
+#if defined(TQ_SANITIZED_THREAD)
+extern "C" {
+void __tsan_acquire(void* address);
+void __tsan_release(void* address);
+}
+#else
+namespace {
+void __tsan_acquire(void*) {}
+void __tsan_release(void*) {}
+}  // namespace
+#endif
+
+namespace tq::detail {
+namespace {
+
+using Time = std::chrono::steady_clock::time_point;
+
+/// Waking a worker and giving it a share takes a few microseconds.
+constexpr std::int64_t kWorthSharing = 10'000'000;  // picoseconds
+
+Time now() { return std::chrono::steady_clock::now(); }
+
+std::int64_t picosecondsSince(Time begin) {
+  return std::chrono::nanoseconds(now() - begin).count() * 1000;
+}
+
+void remember(ApplyCost* cost, std::int64_t elapsed, std::size_t count) noexcept {
+  if (cost == nullptr) return;
+  const auto each = elapsed / static_cast<std::int64_t>(count);
+  cost->picoseconds.store(  // relaxed: a hint that stands by itself
+      static_cast<std::uint32_t>(std::clamp<std::int64_t>(each, 1, UINT32_MAX)),
+      std::memory_order_relaxed);
+}
+
+void share(std::size_t begin, std::size_t end, const void* body, ApplyRange range) {
+  char handedOut = 0;
+  char handedBack = 0;
+  __tsan_release(&handedOut);
+  const auto run = [&](const tbb::blocked_range<std::size_t>& part) {
+    __tsan_acquire(&handedOut);
+    range(body, part.begin(), part.end());
+    __tsan_release(&handedBack);
+  };
+  // Isolated: a thread that waits for the last ranges takes none of an outer loop's, whose body
+  // might want a lock that this thread holds.
+  tbb::this_task_arena::isolate(
+      [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end), run); });
+  __tsan_acquire(&handedBack);
+}
+
+/// Runs on this thread until all is done, or it takes longer than expected. The clock is looked at
+/// after 1, 2, 4… calls. @return the calls made
+std::size_t runAlone(std::size_t count, const void* body, ApplyRange range, Time begin) {
+  std::size_t done = 0;
+  for (std::size_t step = 1; done < count; step *= 2) {
+    const std::size_t end = done + std::min(step, count - done);
+    range(body, done, end);
+    done = end;
+    if (done < count && picosecondsSince(begin) > kWorthSharing) break;
+  }
+  return done;
+}
+
+}  // namespace
+
+void parallelApply(std::size_t count, const void* body, ApplyRange range, ApplyCost* cost) {
+  if (count == 0) return;
+  if (count == 1) return range(body, 0, 1);
+  if (cost == nullptr) return share(0, count, body, range);
+  const Time begin = now();
+  const std::uint32_t expected = cost->picoseconds.load(std::memory_order_relaxed);
+  std::size_t done = 0;
+  if (expected != 0 && static_cast<double>(expected) * static_cast<double>(count) < kWorthSharing) {
+    done = runAlone(count, body, range, begin);
+    remember(cost, picosecondsSince(begin), done);
+    if (done == count) return;
+  }
+  const Time shared = now();
+  share(done, count, body, range);
+  remember(cost, picosecondsSince(shared), count - done);
+}
+
+}  // namespace tq::detail

@@ -1,0 +1,142 @@
+#include <TQFoundation/concurrency/ConcurrentMap.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/platform/WorkerPool.h>
+
+namespace tq {
+namespace {
+
+Ref<Array> numbers(int count) {
+  std::vector<Ref<Object>> all;
+  for (int i = 0; i < count; ++i) all.push_back(Number::numberWith(i));
+  return Array::arrayWithObjects(std::move(all));
+}
+
+int valueOf(const Object& object) {
+  return static_cast<int>(static_cast<const Number&>(object).integerValue());
+}
+
+Ref<Object> squared(Object& object) {
+  return Number::numberWith(valueOf(object) * valueOf(object));
+}
+
+TEST(ConcurrentMap, AnswersAreThoseOfTheSequentialMapsWhateverTheyCost) {
+  std::atomic<long> spent{0};
+  for (const int count : {0, 1, 2, 7, 1'000, 20'000}) {
+    for (const int cost : {0, 300}) {  // the same kind of block, cheap and dear by turns
+      SCOPED_TRACE(std::to_string(count) + " elements, cost " + std::to_string(cost));
+      const auto array = numbers(cost == 0 ? count : std::min(count, 1'000));
+      const ArrayMapBlock block = [&spent, cost](Object& object) -> Ref<Object> {
+        double x = valueOf(object);
+        for (int i = 0; i < cost; ++i) x = std::sin(x);
+        if (x < -2) ++spent;
+        if (valueOf(object) % 2 == 0) return squared(object);
+        return valueOf(object) % 3 == 0 ? Ref<Object>(Null::null()) : nullptr;
+      };
+      for (const EnumerationOptions options : {0, 1, 2, 3}) {
+        EXPECT_TRUE(mapWithOptions(*array, options, squared)->isEqual(*map(*array, squared)));
+        EXPECT_TRUE(
+            compactMapWithOptions(*array, options, block)->isEqual(*compactMap(*array, block)));
+      }
+      const ArrayPredicate even = [&](Object& object) {
+        return block(object) != nullptr && valueOf(object) % 2 == 0;
+      };
+      EXPECT_EQ(applyBlockConcurrentlyAndCountSuccess(*array, even), (array->count() + 1) / 2);
+    }
+  }
+}
+
+TEST(ConcurrentMap, WhatBlocksThrowReachesTheCaller) {
+  for (const int count : {1, 2, 5'000}) {
+    const auto array = numbers(count);
+    const auto throwing = [&](Object& object) -> Ref<Object> {
+      if (valueOf(object) == count / 2) throw std::runtime_error("in the block");
+      return share(object);
+    };
+    for (int round = 0; round < 3; ++round) {
+      EXPECT_THROW(static_cast<void>(concurrentMap(*array, throwing)), std::runtime_error);
+      EXPECT_THROW(static_cast<void>(compactConcurrentMap(*array, throwing)), std::runtime_error);
+      const auto counted = [&](Object& object) { return throwing(object) != nullptr; };
+      EXPECT_THROW(static_cast<void>(applyBlockConcurrentlyAndCountSuccess(*array, counted)),
+                   std::runtime_error);
+    }
+    EXPECT_THROW(static_cast<void>(concurrentMap(*array, [](Object&) { return nullptr; })),
+                 Exception);
+  }
+  const auto none = Array::array();
+  EXPECT_THROW(static_cast<void>(mapWithOptions(*none, 0, nullptr)), Exception);
+  EXPECT_THROW(static_cast<void>(mapWithOptions(*none, 1, nullptr)), Exception);
+  EXPECT_THROW(static_cast<void>(compactMapWithOptions(*none, 0, nullptr)), Exception);
+  EXPECT_THROW(static_cast<void>(applyBlockConcurrentlyAndCountSuccess(*none, nullptr)), Exception);
+}
+
+// Every level waits for the one below, with a lock held; more of them than there are workers.
+TEST(ConcurrentMapStress, NestedCallsMakeProgress) {
+  std::mutex locks[8];
+  std::atomic<int> leaves{0};
+  const auto all = numbers(8);
+  const std::function<Ref<Object>(Object&, int)> nest = [&](Object& object, int depth) {
+    if (depth == 0) ++leaves;
+    if (depth == 0) return share(object);
+    std::unique_lock<std::mutex> guard;
+    if (depth == 3) guard = std::unique_lock(locks[valueOf(object) % 2]);
+    const auto inner = concurrentMap(*all, [&](Object& o) { return nest(o, depth - 1); });
+    EXPECT_EQ(inner->count(), 8u);
+    return share(object);
+  };
+  std::vector<std::jthread> callers;
+  for (int i = 0; i < 3; ++i) {
+    callers.emplace_back([&] {
+      EXPECT_EQ(concurrentMap(*all, [&](Object& o) { return nest(o, 3); })->count(), 8u);
+    });
+  }
+  callers.clear();
+  EXPECT_EQ(leaves, 3 * 8 * 8 * 8 * 8);
+}
+
+TEST(ConcurrentMapStress, EveryIndexOnceAndSharedWhereItIsWorthIt) {
+  ApplyCost cost;
+  for (const std::size_t count : {3'000, 3'000, 100'000, 10}) {
+    std::vector<std::atomic<int>> calls(count);
+    std::vector<int> seenByCaller(count, 0);  // plain: the loop's end orders it
+    parallelApply(
+        count,
+        [&](std::size_t i) {
+          ++calls[i];
+          seenByCaller[i] = static_cast<int>(i) + 1;
+        },
+        &cost);
+    for (std::size_t i = 0; i < count; ++i) {
+      ASSERT_EQ(calls[i], 1);
+      ASSERT_EQ(seenByCaller[i], static_cast<int>(i) + 1);
+    }
+  }
+  EXPECT_NE(cost.picoseconds, 0u);
+}
+
+TEST(ConcurrentMapDeathTest, ExitWithWorkersAliveIsClean) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        parallelApply(1'000, [](std::size_t) { std::this_thread::yield(); });
+        std::thread([] {
+          for (;;) parallelApply(1'000, [](std::size_t) { std::this_thread::yield(); });
+        }).detach();
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "^$");
+}
+
+}  // namespace
+}  // namespace tq
