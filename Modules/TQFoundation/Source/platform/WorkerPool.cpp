@@ -50,17 +50,25 @@ void remember(ApplyCost* cost, std::int64_t elapsed, std::size_t count) noexcept
 void share(std::size_t begin, std::size_t end, const void* body, ApplyRange range) {
   char handedOut = 0;
   char handedBack = 0;
+  struct Acquiring {  // at the scope's end, also for an exception
+    ~Acquiring() { __tsan_acquire(address); }
+    char* address;
+  };
+  struct Releasing {
+    ~Releasing() { __tsan_release(address); }
+    char* address;
+  };
+  const Acquiring results{&handedBack};
   __tsan_release(&handedOut);
   const auto run = [&](const tbb::blocked_range<std::size_t>& part) {
     __tsan_acquire(&handedOut);
+    const Releasing result{&handedBack};
     range(body, part.begin(), part.end());
-    __tsan_release(&handedBack);
   };
   // Isolated: a thread that waits for the last ranges takes none of an outer loop's, whose body
   // might want a lock that this thread holds.
   tbb::this_task_arena::isolate(
       [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end), run); });
-  __tsan_acquire(&handedBack);
 }
 
 /// Runs on this thread until all is done, or it takes longer than expected. The clock is looked at
