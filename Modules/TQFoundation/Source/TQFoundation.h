@@ -40,8 +40,10 @@
 #include <TQFoundation/concurrency/TQAtomicStack.h>
 #include <TQFoundation/concurrency/TQCache.h>
 #include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
+#include <TQFoundation/concurrency/TQConcurrentMapOperation.h>
 #include <TQFoundation/concurrency/TQLazyVar.h>
 #include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/concurrency/TQOperation.h>
 #include <TQFoundation/concurrency/TQRateLimiter.h>
 #include <TQFoundation/concurrency/TQSingleton.h>
 #include <TQFoundation/concurrency/TimerBlock.h>
@@ -111,6 +113,8 @@
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/ObjectMonitor.h>
+#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/OperationQueue.h>
 #include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/RunLoop.h>
 #include <TQFoundation/platform/SerialQueue.h>

@@ -11,9 +11,11 @@ tq_room(concurrency
   TQAtomicStack.cpp TQAtomicStack.h
   TQCache.cpp TQCache.h
   TQCacheDeferredCreation.cpp TQCacheDeferredCreation.h
+  TQConcurrentMapOperation.cpp TQConcurrentMapOperation.h
   TQLazyVar.cpp TQLazyVar.h
   TQObjectPool.cpp TQObjectPool.h
   TQSingleton.cpp TQSingleton.h
+  TQOperation.cpp TQOperation.h
   TQRateLimiter.cpp TQRateLimiter.h
   TimerBlock.cpp TimerBlock.h
   UnfairLock.h

@@ -22,7 +22,11 @@ tq_room(platform
   Lock.h
   ObjectMemory.cpp
   ObjectMonitor.cpp ObjectMonitor.h
+  Operation.cpp Operation.h
+  OperationQueue.cpp OperationQueue.h
+  OperationScheduler.cpp
   PlainLog.cpp PlainLog.h
+  PoolThreads.cpp
   RunLoop.cpp RunLoop.h
   SerialQueue.cpp SerialQueue.h
   SharedLock.h

@@ -6,5 +6,7 @@ tq_add_room_tests(TQConcurrency
   ${CMAKE_CURRENT_LIST_DIR}/LocksStressTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PoolsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQCacheTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQConcurrentMapOperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQLazyVarTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQOperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRateLimiterTest.cpp)

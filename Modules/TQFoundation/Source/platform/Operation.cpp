@@ -1,0 +1,181 @@
+#include <TQFoundation/platform/Operation.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/Thread.h>
+#include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/detail/OperationScheduler.h>
+#include <TQFoundation/platform/detail/PoolThreads.h>
+
+namespace tq {
+
+Operation::Operation() = default;
+
+Operation::~Operation() {
+  if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->release();
+}
+
+void Operation::start() {
+  const Ref<Operation> self = share(*this);
+  if (phase_ == Phase::finished || isFinished()) return;
+  if (!isReady()) throw Exception(InvalidArgumentException, "start: the operation is not ready");
+  if (isExecuting() || hasStarted_.exchange(true)) {
+    throw Exception(InvalidArgumentException, "start: the operation was started before");
+  }
+  if (isMarkedCancelled_ || isCancelled()) return finish();
+  willChangeValueForKey(isExecutingKey);
+  phase_ = Phase::executing;
+  didChangeValueForKey(isExecutingKey);
+  try {
+    main();
+  } catch (...) {
+    finish();
+    throw;
+  }
+  finish();
+}
+
+void Operation::main() {}
+
+void Operation::finish() {
+  const bool wasExecuting = phase_ == Phase::executing;
+  if (wasExecuting) willChangeValueForKey(isExecutingKey);
+  willChangeValueForKey(isFinishedKey);
+  phase_ = Phase::finished;
+  if (wasExecuting) didChangeValueForKey(isExecutingKey);
+  didChangeValueForKey(isFinishedKey);
+}
+
+void Operation::cancel() {
+  if (phase_ == Phase::finished || isMarkedCancelled_) return;
+  willChangeValueForKey(isCancelledKey);
+  const bool wasMarked = isMarkedCancelled_.exchange(true);
+  didChangeValueForKey(isCancelledKey);
+  if (!wasMarked && unfinishedDependencies_ > 0) noticeReady();
+}
+
+bool Operation::isReady() const { return unfinishedDependencies_ <= 0 || isMarkedCancelled_; }
+bool Operation::isExecuting() const { return phase_ == Phase::executing; }
+bool Operation::isFinished() const { return phase_ == Phase::finished; }
+bool Operation::isCancelled() const { return isMarkedCancelled_; }
+bool Operation::isAsynchronous() const { return false; }
+
+void Operation::addDependency(Operation& operation) {
+  const auto isThis = [this](const Weak<Operation>& each) { return each.observes(*this); };
+  {
+    const Locked guard(operation.lock_);
+    if (std::ranges::any_of(operation.dependents_, isThis)) return;
+    if (!operation.hasNoticedFinish_) {
+      operation.dependents_.emplace_back(this);
+      ++unfinishedDependencies_;
+    }
+  }
+  const Locked guard(lock_);
+  dependencies_.push_back(share(operation));
+}
+
+void Operation::removeDependency(Operation& operation) {
+  const Ref<Operation> held = share(operation);
+  {
+    const Locked guard(lock_);
+    if (std::erase(dependencies_, held) == 0) return;
+  }
+  std::size_t removed = 0;
+  {
+    const Locked guard(operation.lock_);
+    removed = std::erase_if(operation.dependents_,
+                            [this](const Weak<Operation>& each) { return each.observes(*this); });
+  }
+  if (removed != 0) dependencyFinished();
+}
+
+std::vector<Ref<Operation>> Operation::dependencies() const {
+  const Locked guard(lock_);
+  return dependencies_;
+}
+
+void Operation::dependencyFinished() {
+  if (--unfinishedDependencies_ == 0) noticeReady();
+}
+
+void Operation::noticeReady() {
+  willChangeValueForKey(isReadyKey);
+  didChangeValueForKey(isReadyKey);
+}
+
+void Operation::setCompletionBlock(std::function<void()> block) {
+  const Locked guard(lock_);
+  completionBlock_.swap(block);  // the earlier one goes with the lock released
+}
+
+void Operation::noticeFinished() {
+  const Ref<Operation> self = share(*this);
+  std::vector<Weak<Operation>> dependents;
+  std::vector<Ref<Operation>> dependencies;
+  std::function<void()> completion;
+  {
+    const Locked guard(lock_);
+    if (std::exchange(hasNoticedFinish_, true)) return;
+    dependents.swap(dependents_);
+    dependencies.swap(dependencies_);
+    completion.swap(completionBlock_);
+  }
+  for (const Weak<Operation>& each : dependents) {
+    if (const Ref<Operation> dependent = each.lock()) dependent->dependencyFinished();
+  }
+  if (finishWord_.exchange(2) == 1) wakeOnWord(&finishWord_, INT32_MAX);
+  if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->finished(*this);
+  if (completion) detail::runOnPoolThread(std::move(completion));
+}
+
+void Operation::waitUntilFinished() {
+  for (std::uint32_t word = 0; word != 2; word = finishWord_) {
+    if (word == 0) finishWord_.compare_exchange_strong(word, 1);
+    waitOnWord(finishWord_, 1);
+  }
+}
+
+void Operation::addObserver(Observer observer) {
+  const Locked guard(lock_);
+  auto all = observers_ == nullptr ? std::vector<Observer>() : *observers_;
+  all.push_back(std::move(observer));
+  observers_ = std::make_shared<const std::vector<Observer>>(std::move(all));
+  hasObservers_ = true;
+}
+
+void Operation::notify(std::string_view key, Change change) {
+  if (!hasObservers_) return;
+  std::shared_ptr<const std::vector<Observer>> observers;
+  {
+    const Locked guard(lock_);
+    observers = observers_;
+  }
+  for (const Observer& each : *observers) each(*this, key, change);
+}
+
+void Operation::willChangeValueForKey(std::string_view key) { notify(key, Change::will); }
+
+void Operation::didChangeValueForKey(std::string_view key) {
+  notify(key, Change::did);
+  if (key == isFinishedKey && isFinished()) return noticeFinished();
+  detail::OperationScheduler* const scheduler = scheduler_;
+  if (key == isReadyKey && scheduler != nullptr && isReady()) scheduler->becameReady(*this);
+}
+
+Ref<BlockOperation> BlockOperation::blockOperationWithBlock(std::function<void()> block) {
+  auto operation = Ref<BlockOperation>::adopt(new BlockOperation);
+  operation->addExecutionBlock(std::move(block));
+  return operation;
+}
+
+void BlockOperation::addExecutionBlock(std::function<void()> block) {
+  if (block) blocks_.push_back(std::move(block));
+}
+
+void BlockOperation::main() {
+  parallelApply(blocks_.size(), [this](std::size_t i) { blocks_[i](); });
+}
+
+}  // namespace tq

@@ -1,0 +1,51 @@
+#include <TQFoundation/platform/OperationQueue.h>
+
+#include <utility>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/detail/OperationScheduler.h>
+
+namespace tq {
+
+OperationQueue::OperationQueue() : scheduler_(makeRef<detail::OperationScheduler>().leak()) {}
+
+OperationQueue::~OperationQueue() {
+  scheduler_->abandon();
+  scheduler_->release();
+}
+
+Ref<OperationQueue> OperationQueue::init() {
+  return Ref<OperationQueue>::adopt(new OperationQueue);
+}
+
+void OperationQueue::setMaxConcurrentOperationCount(std::ptrdiff_t count) {
+  if (count < defaultMaxConcurrentOperationCount) {
+    throw Exception(InvalidArgumentException,
+                    "setMaxConcurrentOperationCount: " + std::to_string(count));
+  }
+  maxConcurrentOperationCount_ = count;
+  scheduler_->setLimit(count < 0 ? detail::OperationScheduler::defaultLimit()
+                                 : static_cast<std::size_t>(count));
+}
+
+void OperationQueue::setSuspended(bool isSuspended) { scheduler_->setSuspended(isSuspended); }
+
+bool OperationQueue::isSuspended() const { return scheduler_->isSuspended(); }
+
+void OperationQueue::addOperation(Operation& operation) { scheduler_->add(operation); }
+
+void OperationQueue::addOperationWithBlock(std::function<void()> block) {
+  addOperation(BlockOperation::blockOperationWithBlock(std::move(block)));
+}
+
+std::vector<Ref<Operation>> OperationQueue::operations() const { return scheduler_->operations(); }
+
+std::size_t OperationQueue::operationCount() const { return scheduler_->count(); }
+
+void OperationQueue::cancelAllOperations() {
+  for (const Ref<Operation>& each : operations()) each->cancel();
+}
+
+void OperationQueue::waitUntilAllOperationsAreFinished() { scheduler_->waitUntilEmpty(); }
+
+}  // namespace tq

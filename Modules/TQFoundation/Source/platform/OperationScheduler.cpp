@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/detail/OperationScheduler.h>
+#include <TQFoundation/platform/detail/PoolThreads.h>
+
+namespace tq::detail {
+namespace {
+
+thread_local constinit const Operation* startedHere = nullptr;  // by the runner of this thread
+
+}  // namespace
+
+std::size_t OperationScheduler::defaultLimit() noexcept {
+  return std::max<std::size_t>(4, 2 * std::thread::hardware_concurrency());
+}
+
+void OperationScheduler::add(Operation& operation) {
+  OperationScheduler* nobody = nullptr;
+  if (operation.isExecuting() || operation.isFinished() ||
+      !operation.scheduler_.compare_exchange_strong(nobody, this)) {
+    throw Exception(InvalidArgumentException,
+                    "addOperation: the operation runs, has finished or was added before");
+  }
+  retain();  // the operation's, until it goes
+  operation.retain();
+  {
+    const Locked guard(lock_);
+    if (operation.place_ == Operation::Place::gone) {  // started by other hands meanwhile
+      operation.release();
+      return;
+    }
+    operation.place_ = Operation::Place::held;
+    operation.previous_ = last_;
+    (last_ != nullptr ? last_->next_ : first_) = &operation;
+    last_ = &operation;
+    ++count_;
+  }
+  if (operation.isReady()) becameReady(operation);
+}
+
+void OperationScheduler::becameReady(Operation& operation) {
+  const int urgency = std::clamp(static_cast<int>(operation.queuePriority()), -8, 8);
+  ReadyList& list = ready_[static_cast<std::size_t>((8 - urgency) / 4)];
+  const Locked guard(lock_);
+  if (operation.place_ != Operation::Place::held) return;
+  operation.place_ = Operation::Place::ready;
+  (list.last != nullptr ? list.last->nextReady_ : list.first) = &operation;
+  list.last = &operation;
+  ++readyCount_;
+  callRunners();
+}
+
+void OperationScheduler::finished(Operation& operation) {
+  {
+    const Locked guard(lock_);
+    const auto place = std::exchange(operation.place_, Operation::Place::gone);
+    if (place == Operation::Place::none) return;  // add() sees to it
+    unlink(operation);
+    if (count_ == 0) emptied_.notify_all();
+    if (place == Operation::Place::ready) return;  // a runner will meet it, and let go of it
+    if (place == Operation::Place::started) --startedCount_;
+    // The runner that started it looks for the next one by itself.
+    if (startedHere != &operation) callRunners();
+  }
+  operation.release();
+}
+
+void OperationScheduler::unlink(Operation& operation) {
+  (operation.previous_ != nullptr ? operation.previous_->next_ : first_) = operation.next_;
+  (operation.next_ != nullptr ? operation.next_->previous_ : last_) = operation.previous_;
+  --count_;
+}
+
+Operation* OperationScheduler::takeReady() {
+  for (ReadyList& list : ready_) {
+    if (list.first == nullptr) continue;
+    Operation* const taken = list.first;
+    list.first = std::exchange(taken->nextReady_, nullptr);
+    if (list.first == nullptr) list.last = nullptr;
+    --readyCount_;
+    return taken;
+  }
+  return nullptr;
+}
+
+void OperationScheduler::callRunners() {
+  while (!isSuspended_ && seekingCount_ < readyCount_ && startedCount_ + seekingCount_ < limit_) {
+    runOnPoolThread([self = share(*this)] { self->run(); });
+    ++seekingCount_;
+  }
+}
+
+void OperationScheduler::run() noexcept {
+  for (;;) {
+    Operation* operation = nullptr;
+    bool isGone = false;
+    {
+      const Locked guard(lock_);
+      if (!isSuspended_ && startedCount_ < limit_) operation = takeReady();
+      if (operation == nullptr) {
+        --seekingCount_;
+        return;
+      }
+      isGone = operation->place_ == Operation::Place::gone;
+      if (!isGone) {
+        --seekingCount_;
+        operation->place_ = Operation::Place::started;
+        ++startedCount_;
+      }
+    }
+    if (isGone) {
+      operation->release();
+      continue;
+    }
+    const Ref<Operation> held(operation);
+    startedHere = operation;
+    operation->start();
+    startedHere = nullptr;
+    const Locked guard(lock_);
+    ++seekingCount_;
+  }
+}
+
+void OperationScheduler::setLimit(std::size_t limit) {
+  const Locked guard(lock_);
+  limit_ = limit;
+  callRunners();
+}
+
+void OperationScheduler::setSuspended(bool isSuspended) {
+  const Locked guard(lock_);
+  isSuspended_ = isSuspended;
+  callRunners();
+}
+
+bool OperationScheduler::isSuspended() const {
+  const Locked guard(lock_);
+  return isSuspended_;
+}
+
+std::vector<Ref<Operation>> OperationScheduler::operations() const {
+  std::vector<Ref<Operation>> all;
+  const Locked guard(lock_);
+  all.reserve(count_);
+  for (Operation* each = first_; each != nullptr; each = each->next_) all.push_back(share(*each));
+  return all;
+}
+
+std::size_t OperationScheduler::count() const {
+  const Locked guard(lock_);
+  return count_;
+}
+
+void OperationScheduler::waitUntilEmpty() {
+  const Locked guard(lock_);
+  while (count_ != 0) emptied_.wait(lock_);
+}
+
+void OperationScheduler::abandon() {
+  {
+    const Locked guard(lock_);
+    if (!isSuspended_ && limit_ != 0) return;
+  }
+  for (const Ref<Operation>& each : operations()) each->cancel();
+  const Locked guard(lock_);
+  isSuspended_ = false;
+  if (limit_ == 0) limit_ = defaultLimit();
+  callRunners();
+}
+
+}  // namespace tq::detail

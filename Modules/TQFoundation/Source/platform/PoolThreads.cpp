@@ -1,0 +1,44 @@
+#include <glib.h>
+
+#include <deque>
+#include <utility>
+
+#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/detail/PoolThreads.h>
+
+namespace tq::detail {
+namespace {
+
+// Work goes from thread to thread here, under our own lock; GLib only says that there is some.
+struct Waiting {
+  Lock lock;
+  std::deque<std::function<void()>> work TQ_GUARDED_BY(lock);
+};
+
+Waiting& waiting() {
+  static auto& all = *new Waiting;  // never destroyed: threads may outlive main
+  return all;
+}
+
+void runOne(gpointer, gpointer) noexcept {
+  std::function<void()> work;
+  {
+    const Locked guard(waiting().lock);
+    work = std::move(waiting().work.front());
+    waiting().work.pop_front();
+  }
+  work();
+}
+
+}  // namespace
+
+void runOnPoolThread(std::function<void()> work) {
+  static GThreadPool* const pool = g_thread_pool_new(runOne, nullptr, -1, FALSE, nullptr);
+  {
+    const Locked guard(waiting().lock);
+    waiting().work.push_back(std::move(work));
+  }
+  g_thread_pool_push(pool, &waiting(), nullptr);
+}
+
+}  // namespace tq::detail

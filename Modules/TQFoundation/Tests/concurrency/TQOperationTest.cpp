@@ -1,0 +1,84 @@
+#include <TQFoundation/concurrency/TQOperation.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <TQFoundation/platform/OperationQueue.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+// Goes on elsewhere after start() has returned.
+class Elsewhere final : public Subclass<Elsewhere, TQOperation> {
+ public:
+  static constexpr std::string_view className = "Elsewhere";
+  void start() override {
+    setExecuting(true);
+    std::thread([self = share(*this)] {
+      while (!self->mayEnd) std::this_thread::yield();
+      self->setExecuting(false);
+      self->setFinished(true);
+    }).detach();
+  }
+  std::atomic<bool> mayEnd{false};
+};
+
+TEST(TQOperation, AnnouncesChangesAloneAndAroundThem) {
+  const auto operation = makeRef<TQOperation>();
+  std::vector<std::string> announced;
+  operation->addObserver([&](Operation& each, std::string_view key, Operation::Change change) {
+    announced.push_back(std::string(key) +
+                        (change == Operation::Change::will ? " will " : " did ") +
+                        (each.isFinished() ? "f" : "") + (each.isExecuting() ? "e" : "") +
+                        (each.isCancelled() ? "c" : ""));
+  });
+  operation->setExecuting(true);
+  operation->setExecuting(true);
+  operation->setCancelled(true);
+  operation->setFinished(false);
+  operation->setFinished(true);
+  EXPECT_THAT(announced,
+              ElementsAre("isExecuting will ", "isExecuting did e", "isCancelled will e",
+                          "isCancelled did ec", "isFinished will ec", "isFinished did fec"));
+  EXPECT_TRUE(operation->isAsynchronous());
+}
+
+TEST(TQOperation, InheritedStartAndCancelReportNothing) {
+  const auto operation = makeRef<TQOperation>();
+  operation->cancel();
+  EXPECT_FALSE(operation->isCancelled());
+  operation->start();
+  EXPECT_FALSE(operation->isFinished());
+  const auto dependent = makeRef<TQOperation>();
+  dependent->addDependency(*operation);
+  EXPECT_FALSE(dependent->isReady());
+  operation->setFinished(true);
+  EXPECT_TRUE(dependent->isReady());
+}
+
+TEST(TQOperation, KeepsItsSlotUntilItSaysThatItHasFinished) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(1);
+  const auto elsewhere = makeRef<Elsewhere>();
+  std::atomic<bool> hasRun{false};
+  queue->addOperation(elsewhere);
+  queue->addOperationWithBlock([&] {
+    EXPECT_TRUE(elsewhere->isFinished());
+    hasRun = true;
+  });
+  while (!elsewhere->isExecuting()) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_FALSE(hasRun);
+  elsewhere->mayEnd = true;
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_TRUE(hasRun);
+}
+
+}  // namespace
+}  // namespace tq

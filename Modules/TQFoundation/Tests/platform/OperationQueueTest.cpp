@@ -1,0 +1,198 @@
+#include <TQFoundation/platform/OperationQueue.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <latch>
+#include <mutex>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <TQFoundation/objects/Exception.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+Ref<BlockOperation> block(std::function<void()> run) {
+  return BlockOperation::blockOperationWithBlock(std::move(run));
+}
+
+TEST(OperationQueue, StartsByPriorityThenInTheOrderOfBecomingReady) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(1);
+  queue->setSuspended(true);
+  std::vector<int> order;
+  const auto append = [&](int number, OperationQueuePriority priority) {
+    auto operation = block([&order, number] { order.push_back(number); });
+    operation->setQueuePriority(priority);
+    return operation;
+  };
+  const auto first = append(4, OperationQueuePriority::normal);
+  const auto waiting = append(7, OperationQueuePriority::normal);
+  waiting->addDependency(*first);
+  queue->addOperation(waiting);
+  queue->addOperation(append(8, OperationQueuePriority::veryLow));
+  queue->addOperation(append(6, static_cast<OperationQueuePriority>(0)));
+  queue->addOperation(append(2, OperationQueuePriority::high));
+  queue->addOperation(append(3, OperationQueuePriority::high));
+  queue->addOperation(append(1, OperationQueuePriority::veryHigh));
+  first->start();
+  EXPECT_EQ(queue->operationCount(), 6u);
+  EXPECT_EQ(queue->operations()[0], waiting);
+  EXPECT_THAT(order, ElementsAre(4));
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_THAT(order, ElementsAre(4, 1, 2, 3, 6, 7, 8));
+}
+
+TEST(OperationQueue, RefusesWhatCannotBeAdded) {
+  const auto queue = OperationQueue::init();
+  EXPECT_EQ(queue->maxConcurrentOperationCount(), -1);
+  EXPECT_THROW(queue->setMaxConcurrentOperationCount(-2), Exception);
+  queue->setSuspended(true);
+  EXPECT_TRUE(queue->isSuspended());
+  const auto added = block([] {});
+  queue->addOperation(added);
+  EXPECT_THROW(queue->addOperation(added), Exception);
+  EXPECT_THROW(OperationQueue::init()->addOperation(added), Exception);
+  const auto finished = block([] {});
+  finished->start();
+  EXPECT_THROW(queue->addOperation(finished), Exception);
+  queue->addOperationWithBlock(nullptr);
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_THROW(queue->addOperation(added), Exception);
+  EXPECT_EQ(queue->operationCount(), 0u);
+}
+
+TEST(OperationQueue, NoMoreThanTheMaximumAtOnceAndNoneAtZero) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(0);
+  std::atomic<int> running{0};
+  std::atomic<int> most{0};
+  std::atomic<int> done{0};
+  for (int i = 0; i < 60; ++i) {
+    queue->addOperationWithBlock([&] {
+      const int now = ++running;
+      int seen = most;
+      while (now > seen && !most.compare_exchange_weak(seen, now)) {
+      }
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+      --running;
+      ++done;
+    });
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_EQ(done, 0);
+  queue->setMaxConcurrentOperationCount(3);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(done, 60);
+  EXPECT_LE(most, 3);
+}
+
+// The second operation runs only if the first, which waits for it, leaves the other slot alone.
+TEST(OperationQueue, SlotsAreFilledWhileOthersBlock) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(2);
+  std::latch both(2);
+  for (int i = 0; i < 2; ++i) queue->addOperationWithBlock([&] { both.arrive_and_wait(); });
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+TEST(OperationQueue, CancelledOperationsFinishWithoutTheirWork) {
+  const auto queue = OperationQueue::init();
+  queue->setSuspended(true);
+  std::atomic<int> runs{0};
+  const auto never = block([] {});
+  const auto waiting = block([&] { ++runs; });
+  waiting->addDependency(*never);
+  queue->addOperation(waiting);
+  queue->addOperationWithBlock([&] { ++runs; });
+  queue->cancelAllOperations();
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(runs, 0);
+}
+
+TEST(OperationQueue, WorkOutlivesTheQueueAndNobodyWaitsForEver) {
+  std::atomic<int> runs{0};
+  const auto last = block([&] { ++runs; });
+  {
+    const auto queue = OperationQueue::init();
+    for (int i = 0; i < 10; ++i) {
+      const auto operation = block([&] { ++runs; });
+      last->addDependency(*operation);
+      queue->addOperation(operation);
+    }
+    queue->addOperation(last);
+  }
+  last->waitUntilFinished();
+  EXPECT_EQ(runs, 11);
+  const auto stuck = block([&] { ++runs; });
+  {
+    const auto queue = OperationQueue::init();
+    queue->setMaxConcurrentOperationCount(0);
+    queue->addOperation(stuck);
+  }
+  stuck->waitUntilFinished();
+  EXPECT_TRUE(stuck->isCancelled());
+  EXPECT_EQ(runs, 11);
+}
+
+// Random graphs: nothing starts before what it depends on has finished, and all of it is done.
+TEST(OperationQueueStress, DependenciesHoldUnderManyThreads) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 30; ++round) {
+    const auto queue = OperationQueue::init();
+    queue->setMaxConcurrentOperationCount(1 + round % 5);
+    constexpr std::size_t kCount = 300;
+    std::vector<std::atomic<bool>> isDone(kCount);
+    std::vector<Ref<BlockOperation>> all;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      std::vector<std::size_t> needed;
+      for (std::size_t d = random() % 4; i != 0 && d != 0; --d) needed.push_back(random() % i);
+      all.push_back(block([&isDone, needed, i] {
+        for (const std::size_t each : needed) EXPECT_TRUE(isDone[each]);
+        EXPECT_FALSE(isDone[i].exchange(true));
+      }));
+      for (const std::size_t each : needed) all[i]->addDependency(*all[each]);
+    }
+    std::jthread adder([&] {
+      for (std::size_t i = 0; i < kCount; i += 2) queue->addOperation(all[i]);
+    });
+    for (std::size_t i = kCount - 1; i < kCount; i -= 2) queue->addOperation(all[i]);
+    adder.join();
+    queue->waitUntilAllOperationsAreFinished();
+    for (const auto& each : isDone) EXPECT_TRUE(each);
+  }
+}
+
+TEST(OperationQueueDeathTest, ExitIsCleanAndExceptionsStopTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        const auto queue = OperationQueue::init();
+        for (int i = 0; i < 100; ++i) {
+          queue->addOperationWithBlock(
+              [] { std::this_thread::sleep_for(std::chrono::seconds(9)); });
+        }
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "^$");
+  EXPECT_DEATH(
+      {
+        const auto queue = OperationQueue::init();
+        queue->addOperationWithBlock([] { throw 1; });
+        queue->waitUntilAllOperationsAreFinished();
+        std::this_thread::sleep_for(std::chrono::seconds(60));
+      },
+      "terminate");
+}
+
+}  // namespace
+}  // namespace tq
