@@ -46,6 +46,7 @@
 #include <TQFoundation/concurrency/TQOperation.h>
 #include <TQFoundation/concurrency/TQRateLimiter.h>
 #include <TQFoundation/concurrency/TQSingleton.h>
+#include <TQFoundation/concurrency/TQURLOperation.h>
 #include <TQFoundation/concurrency/TimerBlock.h>
 #include <TQFoundation/concurrency/UnfairLock.h>
 #include <TQFoundation/concurrency/UnfairWord.h>
@@ -123,6 +124,7 @@
 #include <TQFoundation/platform/ThreadSystem.h>
 #include <TQFoundation/platform/Timer.h>
 #include <TQFoundation/platform/URL.h>
+#include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/serialisation/TQCompression.h>
 #include <TQFoundation/serialisation/TQDigests.h>

@@ -17,6 +17,7 @@ tq_room(concurrency
   TQSingleton.cpp TQSingleton.h
   TQOperation.cpp TQOperation.h
   TQRateLimiter.cpp TQRateLimiter.h
+  TQURLOperation.cpp TQURLOperation.h
   TimerBlock.cpp TimerBlock.h
   UnfairLock.h
   UnfairWord.h

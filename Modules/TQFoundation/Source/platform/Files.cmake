@@ -34,6 +34,9 @@ tq_room(platform
   ThreadSystem.h
   Timer.cpp Timer.h
   URL.cpp URL.h
+  URLSession.cpp URLSession.h
+  URLSessionEngine.cpp
+  URLTransfer.cpp
   WorkerPool.cpp WorkerPool.h
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h

@@ -7,6 +7,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/OperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RunLoopTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp)
 
 # A host whose toolkit runs the process's default main context is played by GLib itself.

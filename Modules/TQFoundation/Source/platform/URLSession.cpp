@@ -1,0 +1,116 @@
+#include <TQFoundation/platform/URLSession.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include <TQFoundation/platform/detail/URLSessionEngine.h>
+
+namespace tq {
+namespace {
+
+char lowered(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
+
+/// A body that is kept in memory until it is whole.
+class Collector {
+ public:
+  explicit Collector(URLSession::Completion completion) : completion_(std::move(completion)) {}
+
+  bool append(std::span<const std::byte> bytes) {
+    isTooLong_ = bytes.size() > URLSession::kLargestCollectedBody - body_->length();
+    if (isTooLong_) return false;
+    try {
+      body_->append(bytes);
+      return true;
+    } catch (const std::bad_alloc&) {
+      isTooLong_ = true;
+      return false;
+    }
+  }
+
+  void complete(const URLResponse& response, Ref<Error> error) {
+    if (isTooLong_) error = detail::urlError(URLErrorDataLengthExceedsMaximum, {});
+    if (!completion_) return;
+    Ref<Data> body;
+    if (error == nullptr) body = Data::dataByTakingBytes(*body_);
+    completion_(std::move(body), response, std::move(error));
+  }
+
+ private:
+  const URLSession::Completion completion_;
+  const Ref<MutableData> body_ = MutableData::data();
+  bool isTooLong_ = false;
+};
+
+}  // namespace
+
+bool detail::isSameHeader(std::string_view a, std::string_view b) noexcept {
+  return std::ranges::equal(a, b, {}, lowered, lowered);
+}
+
+std::string_view URLResponse::valueForHTTPHeaderField(std::string_view field) const {
+  for (const auto& [name, value] : allHeaderFields) {
+    if (detail::isSameHeader(name, field)) return value;
+  }
+  return {};
+}
+
+URLSessionDataTask::URLSessionDataTask(URLSession& session, URLRequest request,
+                                       URLSessionTaskHandler handler)
+    : request_(std::move(request)), handler_(std::move(handler)), session_(share(session)) {}
+
+URLSessionDataTask::~URLSessionDataTask() = default;
+
+void URLSessionDataTask::resume() {
+  State expected = State::suspended;
+  if (!state_.compare_exchange_strong(expected, State::running)) return;
+  session_->engine_->submit(share(*this));
+}
+
+void URLSessionDataTask::cancel() {
+  State expected = State::suspended;
+  if (state_.compare_exchange_strong(expected, State::canceling)) {
+    session_->engine_->submit(share(*this));  // completes there, like all others
+  } else if (expected == State::running &&
+             state_.compare_exchange_strong(expected, State::canceling)) {
+    session_->engine_->wake();
+  }
+}
+
+URLSession::URLSession(URLSessionConfiguration configuration)
+    : configuration_(std::move(configuration)),
+      engine_(std::make_unique<Engine>(configuration_).release()) {}
+
+URLSession::~URLSession() { engine_->close(); }
+
+Ref<URLSession> URLSession::sessionWithConfiguration(URLSessionConfiguration configuration) {
+  return Ref<URLSession>::adopt(new URLSession(std::move(configuration)));
+}
+
+Ref<URLSessionDataTask> URLSession::dataTaskWithRequest(URLRequest request,
+                                                        URLSessionTaskHandler handler) {
+  return Ref<URLSessionDataTask>::adopt(
+      new URLSessionDataTask(*this, std::move(request), std::move(handler)));
+}
+
+Ref<URLSessionDataTask> URLSession::dataTaskWithRequest(URLRequest request,
+                                                        Completion completionHandler) {
+  const auto collector = std::make_shared<Collector>(std::move(completionHandler));
+  URLSessionTaskHandler handler;
+  handler.didReceiveData = [collector](URLSessionDataTask&, std::span<const std::byte> bytes) {
+    return collector->append(bytes);
+  };
+  handler.didComplete = [collector](URLSessionDataTask&, const URLResponse& response,
+                                    Ref<Error> error) {
+    collector->complete(response, std::move(error));
+  };
+  return dataTaskWithRequest(std::move(request), std::move(handler));
+}
+
+Ref<URLSessionDataTask> URLSession::dataTaskWithURL(Ref<URL> url, Completion completionHandler) {
+  URLRequest request;
+  request.url = std::move(url);
+  return dataTaskWithRequest(std::move(request), std::move(completionHandler));
+}
+
+}  // namespace tq

@@ -1,0 +1,185 @@
+#pragma once
+
+/// @file URLSession.h
+/// Requests over HTTP and HTTPS.
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/platform/URL.h>
+
+namespace tq {
+
+inline constexpr std::string_view URLErrorDomain = "NSURLErrorDomain";
+
+/// Codes of URLErrorDomain.
+enum URLErrorCode : std::int64_t {
+  URLErrorUnknown = -1,
+  URLErrorCancelled = -999,
+  URLErrorBadURL = -1000,
+  URLErrorTimedOut = -1001,
+  URLErrorUnsupportedURL = -1002,
+  URLErrorCannotFindHost = -1003,
+  URLErrorCannotConnectToHost = -1004,
+  URLErrorNetworkConnectionLost = -1005,
+  URLErrorHTTPTooManyRedirects = -1007,
+  URLErrorBadServerResponse = -1011,
+  URLErrorDataLengthExceedsMaximum = -1103,
+  URLErrorSecureConnectionFailed = -1200,
+  URLErrorServerCertificateUntrusted = -1202,
+  URLErrorCannotWriteToFile = -3003,
+};
+
+/// Names are compared without regard to case.
+using HTTPHeaders = std::vector<std::pair<std::string, std::string>>;
+
+enum class HTTPCookieAcceptPolicy : std::uint8_t { always, never, onlyFromMainDocumentDomain };
+enum class URLRequestCachePolicy : std::uint8_t { useProtocolCachePolicy, reloadIgnoringCache };
+
+/// How a session behaves. These are the values of the default configuration.
+struct URLSessionConfiguration {
+  [[nodiscard]] static URLSessionConfiguration defaultSessionConfiguration() { return {}; }
+
+  double timeoutIntervalForRequest = 60;       ///< seconds without any data, also to connect
+  double timeoutIntervalForResource = 604800;  ///< seconds for the whole of a task
+  int HTTPMaximumConnectionsPerHost = 6;
+  int HTTPMaximumRedirects = 20;
+  bool HTTPShouldUsePipelining = false;
+  bool HTTPShouldSetCookies = true;  ///< cookies are kept in memory while the session lives
+  HTTPCookieAcceptPolicy cookieAcceptPolicy = HTTPCookieAcceptPolicy::onlyFromMainDocumentDomain;
+  URLRequestCachePolicy requestCachePolicy = URLRequestCachePolicy::useProtocolCachePolicy;
+  bool allowsCellularAccess = true;    ///< of no effect: a desktop's connections are all alike
+  bool discretionary = false;          ///< of no effect: every task begins at once
+  HTTPHeaders HTTPAdditionalHeaders;   ///< added to each request that does not say otherwise
+  std::string certificateAuthorities;  ///< path of a PEM file trusted instead of the system's
+};
+
+struct URLRequest {
+  Ref<URL> url;
+  std::string HTTPMethod = "GET";
+  HTTPHeaders HTTPHeaderFields;
+  Ref<Data> HTTPBody;          ///< sent with POST, PUT and the like; may be none
+  double timeoutInterval = 0;  ///< seconds without any data; 0: the session's
+};
+
+/// What a server says before the body. Threads: any; immutable.
+struct URLResponse {
+  std::string url;  ///< behind all redirects
+  int statusCode = 0;
+  std::int64_t expectedContentLength = -1;  ///< bytes; -1: not told
+  HTTPHeaders allHeaderFields;
+
+  /// The first header of that name; empty when there is none.
+  [[nodiscard]] TQ_EXPORT std::string_view valueForHTTPHeaderField(std::string_view field) const;
+};
+
+class URLSessionDataTask;
+
+/// What a task tells while it runs: on the session's own thread, one call at a time, each of the
+/// session's tasks among them. Slow ones hold back the sender, so a body of any size takes constant
+/// memory. They may not throw: that stops the process. Each may be empty.
+struct URLSessionTaskHandler {
+  /// Before the body. A false answer cancels the task.
+  std::function<bool(URLSessionDataTask&, const URLResponse&)> didReceiveResponse;
+  /// A piece of the body, lent for the call. A false answer ends the task with
+  /// URLErrorCannotWriteToFile.
+  std::function<bool(URLSessionDataTask&, std::span<const std::byte>)> didReceiveData;
+  /// Once, last. Without an error all of the body has come, whatever the status code is.
+  std::function<void(URLSessionDataTask&, const URLResponse&, Ref<Error>)> didComplete;
+};
+
+/// One request under way. Made by a session, suspended until resume().
+/// Threads: any. Held by its session from resume() until it has completed.
+class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
+ public:
+  static constexpr std::string_view className = "URLSessionDataTask";
+  enum class State : std::uint8_t { suspended, running, canceling, completed };
+
+  ~URLSessionDataTask() override;
+
+  /// Begins; called again it does nothing.
+  void resume();
+  /// Ends it with URLErrorCancelled, unless it has ended. One never resumed then never completes
+  /// and begins no more.
+  void cancel();
+
+  [[nodiscard]] State state() const noexcept { return state_; }
+  [[nodiscard]] const URLRequest& originalRequest() const noexcept { return request_; }
+
+  /// Bytes of the body so far, and in all: -1 while that is not known. Any thread, at any time.
+  [[nodiscard]] std::int64_t countOfBytesReceived() const noexcept { return received_; }
+  [[nodiscard]] std::int64_t countOfBytesExpectedToReceive() const noexcept { return expected_; }
+  [[nodiscard]] std::int64_t countOfBytesSent() const noexcept { return sent_; }
+
+ private:
+  friend class URLSession;
+  friend class URLTransfer;
+
+  URLSessionDataTask(class URLSession& session, URLRequest request, URLSessionTaskHandler handler);
+
+  const URLRequest request_;
+  const URLSessionTaskHandler handler_;
+  const Ref<class URLSession> session_;
+  std::atomic<State> state_{State::suspended};
+  std::atomic<std::int64_t> received_{0};
+  std::atomic<std::int64_t> expected_{-1};
+  std::atomic<std::int64_t> sent_{0};
+};
+
+/// Tasks that share connections, cookies and a thread for their callbacks.
+///
+/// Follows redirects (within HTTP and HTTPS; a POST that is redirected by 301, 302 or 303 becomes a
+/// GET; credentials of one host are not told to another), takes any content coding that the network
+/// library knows, and refuses servers whose certificate is not in order.
+///
+/// Threads:  any.
+/// Lifetime: tasks under way keep the session alive; its thread ends some time after the last
+///           reference has gone. A process may exit with sessions alive.
+class TQ_EXPORT URLSession final : public Subclass<URLSession> {
+ public:
+  static constexpr std::string_view className = "URLSession";
+  /// The whole body (none on failure), the response as far as it came, and what went wrong.
+  using Completion =
+      std::function<void(Ref<Data> data, const URLResponse& response, Ref<Error> error)>;
+  /// What a body that is collected in memory may hold.
+  static constexpr std::size_t kLargestCollectedBody = std::size_t{1} << 31;
+
+  [[nodiscard]] static Ref<URLSession> sessionWithConfiguration(
+      URLSessionConfiguration configuration);
+  ~URLSession() override;
+
+  /// A copy of what it was made with.
+  [[nodiscard]] const URLSessionConfiguration& configuration() const noexcept {
+    return configuration_;
+  }
+
+  /// A task that tells its handler as it goes.
+  [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithRequest(URLRequest request,
+                                                            URLSessionTaskHandler handler);
+  /// A task that collects the body; larger ones end with URLErrorDataLengthExceedsMaximum.
+  [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithRequest(URLRequest request,
+                                                            Completion completionHandler);
+  [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithURL(Ref<URL> url, Completion completionHandler);
+
+ private:
+  friend class URLSessionDataTask;
+  class Engine;
+
+  explicit URLSession(URLSessionConfiguration configuration);
+
+  const URLSessionConfiguration configuration_;
+  Engine* const engine_;
+};
+
+}  // namespace tq

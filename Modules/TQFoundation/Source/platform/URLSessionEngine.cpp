@@ -1,0 +1,154 @@
+#include <curl/curl.h>
+#include <openssl/crypto.h>
+
+#include <algorithm>
+#include <new>
+#include <thread>
+#include <utility>
+
+#include <TQFoundation/platform/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/detail/URLTransfer.h>
+
+// The network library is used by the session's thread alone, but for the call that wakes it. Tasks
+// come to the thread under our own lock; what cancels them is atomic.
+
+namespace tq {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+void prepareLibrary() {
+  static const bool isPrepared = [] {
+    // Sessions may be alive when the process exits: what they use must not be torn down then.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+    return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  }();
+  if (!isPrepared) throw std::bad_alloc();
+}
+
+}  // namespace
+
+struct URLSession::Engine::Library {
+  Library() {
+    prepareLibrary();
+    multi = curl_multi_init();
+    cookies = curl_share_init();
+    if (multi == nullptr || cookies == nullptr) {
+      release();
+      throw std::bad_alloc();
+    }
+    curl_share_setopt(cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+  }
+  ~Library() { release(); }
+
+  void release() noexcept {
+    curl_multi_cleanup(multi);
+    curl_share_cleanup(cookies);
+  }
+
+  CURLM* multi = nullptr;
+  CURLSH* cookies = nullptr;
+};
+
+URLSession::Engine::Engine(const URLSessionConfiguration& configuration)
+    : configuration_(configuration), library_(std::make_unique<Library>()) {
+  curl_multi_setopt(library_->multi, CURLMOPT_MAX_HOST_CONNECTIONS,
+                    static_cast<long>(configuration.HTTPMaximumConnectionsPerHost));
+}
+
+URLSession::Engine::~Engine() = default;
+
+void URLSession::Engine::submit(Ref<URLSessionDataTask> task) {
+  {
+    const Locked guard(lock_);
+    submitted_.push_back(std::move(task));
+    if (!isRunning_) std::thread([this] { run(); }).detach();
+    isRunning_ = true;
+  }
+  wake();
+}
+
+void URLSession::Engine::wake() noexcept { curl_multi_wakeup(library_->multi); }
+
+void URLSession::Engine::close() noexcept {
+  {
+    const Locked guard(lock_);
+    isClosing_ = true;
+    if (isRunning_) {
+      wake();  // with the lock held: the thread deletes the engine once it has seen the mark
+      return;
+    }
+  }
+  delete this;
+}
+
+void URLSession::Engine::run() noexcept {
+  for (;;) {
+    std::vector<Ref<URLSessionDataTask>> submitted;
+    {
+      const Locked guard(lock_);
+      if (isClosing_) break;  // then there are no tasks: each holds the session
+      submitted.swap(submitted_);
+    }
+    for (Ref<URLSessionDataTask>& task : submitted) begin(std::move(task));
+    submitted.clear();
+    int running = 0;
+    curl_multi_perform(library_->multi, &running);
+    finishEnded();
+    finishCancelledAndLate();
+    curl_multi_poll(library_->multi, nullptr, 0, pollTimeout(), nullptr);
+  }
+  delete this;
+}
+
+void URLSession::Engine::begin(Ref<URLSessionDataTask> task) {
+  const bool wantsCookies = configuration_.HTTPShouldSetCookies &&
+                            configuration_.cookieAcceptPolicy != HTTPCookieAcceptPolicy::never;
+  auto transfer = std::make_unique<URLTransfer>(std::move(task), configuration_,
+                                                wantsCookies ? library_->cookies : nullptr);
+  if (transfer->handle() == nullptr) return transfer->completeWithError(URLErrorBadURL);
+  if (transfer->isCancelled()) return transfer->completeWithError(URLErrorCancelled);
+  curl_multi_add_handle(library_->multi, transfer->handle());
+  transfers_.push_back(std::move(transfer));
+}
+
+void URLSession::Engine::finishEnded() {
+  int left = 0;
+  while (const CURLMsg* const message = curl_multi_info_read(library_->multi, &left)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    CURL* const handle = message->easy_handle;
+    const CURLcode result = message->data.result;
+    const auto ended = std::ranges::find(transfers_, handle, &URLTransfer::handle);
+    const std::unique_ptr<URLTransfer> transfer = std::move(*ended);
+    transfers_.erase(ended);
+    curl_multi_remove_handle(library_->multi, handle);
+    transfer->completeWithResult(result);
+  }
+}
+
+void URLSession::Engine::finishCancelledAndLate() {
+  const Clock::time_point now = Clock::now();
+  const auto goesOn = [&](const std::unique_ptr<URLTransfer>& each) {
+    return !each->isCancelled() && each->deadline() > now;
+  };
+  const auto others = std::ranges::stable_partition(transfers_, goesOn);
+  std::vector<std::unique_ptr<URLTransfer>> ending(std::make_move_iterator(others.begin()),
+                                                   std::make_move_iterator(others.end()));
+  transfers_.erase(others.begin(), others.end());
+  for (const std::unique_ptr<URLTransfer>& each : ending) {
+    curl_multi_remove_handle(library_->multi, each->handle());
+    each->completeWithError(each->isCancelled() ? URLErrorCancelled : URLErrorTimedOut);
+  }
+}
+
+int URLSession::Engine::pollTimeout() const {
+  constexpr std::chrono::milliseconds kLongest(60'000);  // then it looks around for nothing
+  auto wait = kLongest;
+  const Clock::time_point now = Clock::now();
+  for (const std::unique_ptr<URLTransfer>& each : transfers_) {
+    wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(each->deadline() - now));
+  }
+  return static_cast<int>(std::max(wait, std::chrono::milliseconds(0)).count());
+}
+
+}  // namespace tq

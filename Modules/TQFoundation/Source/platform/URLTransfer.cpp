@@ -1,0 +1,352 @@
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <new>
+#include <utility>
+
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/detail/URLTransfer.h>
+
+namespace tq {
+namespace {
+
+std::int64_t errorCodeOf(CURLcode result) noexcept {
+  switch (result) {
+    case CURLE_UNSUPPORTED_PROTOCOL:
+      return URLErrorUnsupportedURL;
+    case CURLE_URL_MALFORMAT:
+      return URLErrorBadURL;
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+      return URLErrorCannotFindHost;
+    case CURLE_COULDNT_CONNECT:
+      return URLErrorCannotConnectToHost;
+    case CURLE_OPERATION_TIMEDOUT:
+      return URLErrorTimedOut;
+    case CURLE_SSL_CONNECT_ERROR:
+      return URLErrorSecureConnectionFailed;
+    case CURLE_PEER_FAILED_VERIFICATION:
+    case CURLE_SSL_CACERT_BADFILE:
+      return URLErrorServerCertificateUntrusted;
+    case CURLE_TOO_MANY_REDIRECTS:
+      return URLErrorHTTPTooManyRedirects;
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+    case CURLE_PARTIAL_FILE:
+    case CURLE_HTTP2:
+    case CURLE_HTTP2_STREAM:
+      return URLErrorNetworkConnectionLost;
+    case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_BAD_CONTENT_ENCODING:
+      return URLErrorBadServerResponse;
+    default:
+      return URLErrorUnknown;
+  }
+}
+
+std::string_view sentenceOf(std::int64_t code) noexcept {
+  switch (code) {
+    case URLErrorCancelled:
+      return "cancelled";
+    case URLErrorBadURL:
+      return "bad URL";
+    case URLErrorTimedOut:
+      return "The request timed out.";
+    case URLErrorUnsupportedURL:
+      return "unsupported URL";
+    case URLErrorCannotFindHost:
+      return "A server with the specified hostname could not be found.";
+    case URLErrorCannotConnectToHost:
+      return "Could not connect to the server.";
+    case URLErrorNetworkConnectionLost:
+      return "The network connection was lost.";
+    case URLErrorHTTPTooManyRedirects:
+      return "too many HTTP redirects";
+    case URLErrorBadServerResponse:
+      return "The server’s answer makes no sense.";
+    case URLErrorDataLengthExceedsMaximum:
+      return "The answer is too long to be kept in memory.";
+    case URLErrorSecureConnectionFailed:
+      return "An SSL error has occurred and a secure connection to the server cannot be made.";
+    case URLErrorServerCertificateUntrusted:
+      return "The certificate for this server is invalid.";
+    case URLErrorCannotWriteToFile:
+      return "What the server sent could not be stored.";
+    default:
+      return "The request failed.";
+  }
+}
+
+std::chrono::nanoseconds durationOf(double seconds) noexcept {
+  constexpr double kLongest = 4e9;  // seconds; added to a time it does not overflow
+  return std::chrono::nanoseconds(
+      static_cast<std::int64_t>(std::clamp(seconds, 0.0, kLongest) * 1e9));
+}
+
+bool isHeaderName(std::string_view name) noexcept {
+  return !name.empty() && std::ranges::all_of(name, [](char c) {
+    return c > ' ' && c < 0x7f &&
+           std::string_view("()<>@,;:\\\"/[]?={}").find(c) == std::string_view::npos;
+  });
+}
+
+bool isHeaderValue(std::string_view value) noexcept {
+  return value.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+}
+
+bool holds(const HTTPHeaders& headers, std::string_view name) {
+  return std::ranges::any_of(
+      headers, [&](const auto& each) { return detail::isSameHeader(each.first, name); });
+}
+
+std::string_view trimmed(std::string_view text) noexcept {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+}  // namespace
+
+Ref<Error> detail::urlError(std::int64_t code, std::string_view details) {
+  if (details.empty()) return Error::errorWithDomain(URLErrorDomain, code, sentenceOf(code));
+  return Error::errorWithDomain(
+      URLErrorDomain, code,
+      Dictionary::dictionaryWithEntries(
+          {{LocalizedDescriptionKey, String::stringWithUTF8(sentenceOf(code))},
+           {DebugDescriptionKey, String::stringWithUTF8Repaired(details)}}));
+}
+
+struct URLTransfer::Library {
+  ~Library() {
+    curl_easy_cleanup(easy);
+    curl_slist_free_all(headers);
+  }
+  template <class Value>
+  void set(CURLoption option, Value value) {
+    curl_easy_setopt(easy, option, value);
+  }
+
+  CURL* easy = nullptr;
+  curl_slist* headers = nullptr;
+  std::array<char, CURL_ERROR_SIZE> message{};
+};
+
+URLTransfer::URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfiguration& configuration,
+                         void* cookies)
+    : task_(std::move(task)), library_(std::make_unique<Library>()) {
+  const URLRequest& request = task_->request_;
+  idleLimit_ = durationOf(request.timeoutInterval > 0 ? request.timeoutInterval
+                                                      : configuration.timeoutIntervalForRequest);
+  totalLimit_ = durationOf(configuration.timeoutIntervalForResource);
+  if (request.url == nullptr || !isHeaderName(request.HTTPMethod)) {
+    ownError_ = URLErrorBadURL;
+    return;
+  }
+  response_.url = request.url->absoluteString();
+  library_->easy = curl_easy_init();
+  if (library_->easy == nullptr) throw std::bad_alloc();
+  prepare(configuration, cookies);
+  if (!prepareHeaders(configuration.HTTPAdditionalHeaders)) {
+    ownError_ = URLErrorBadURL;
+    curl_easy_cleanup(std::exchange(library_->easy, nullptr));
+  }
+}
+
+URLTransfer::~URLTransfer() = default;
+
+void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* cookies) {
+  Library& curl = *library_;
+  curl.set(CURLOPT_URL, response_.url.c_str());
+  curl.set(CURLOPT_PROTOCOLS_STR, "http,https");
+  curl.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  curl.set(CURLOPT_FOLLOWLOCATION, 1L);
+  curl.set(CURLOPT_MAXREDIRS, static_cast<long>(configuration.HTTPMaximumRedirects));
+  curl.set(CURLOPT_NOSIGNAL, 1L);
+  curl.set(CURLOPT_BUFFERSIZE, 256L * 1024);  // a piece of the body at the most
+  curl.set(CURLOPT_ERRORBUFFER, curl.message.data());
+  curl.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  curl.set(CURLOPT_HEADERFUNCTION, onHeader);
+  curl.set(CURLOPT_HEADERDATA, this);
+  curl.set(CURLOPT_WRITEFUNCTION, onBody);
+  curl.set(CURLOPT_WRITEDATA, this);
+  curl.set(CURLOPT_XFERINFOFUNCTION, onProgress);
+  curl.set(CURLOPT_XFERINFODATA, this);
+  curl.set(CURLOPT_NOPROGRESS, 0L);
+  if (!configuration.certificateAuthorities.empty()) {
+    curl.set(CURLOPT_CAINFO, configuration.certificateAuthorities.c_str());
+    curl.set(CURLOPT_CAPATH, static_cast<char*>(nullptr));
+  }
+  if (cookies != nullptr) {
+    curl.set(CURLOPT_COOKIEFILE, "");  // switches cookies on; no file is read
+    curl.set(CURLOPT_SHARE, cookies);
+  }
+  // A part of a body, and one in a coding of the caller's choice, is handed on as it comes.
+  const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
+  if (!holds(own, "Accept-Encoding") && !holds(own, "Range")) {
+    curl.set(CURLOPT_ACCEPT_ENCODING, "");
+  }
+  prepareMethod();
+}
+
+void URLTransfer::prepareMethod() {
+  Library& curl = *library_;
+  const URLRequest& request = task_->request_;
+  if (request.HTTPMethod == "HEAD") {
+    curl.set(CURLOPT_NOBODY, 1L);
+  } else if (request.HTTPMethod == "POST" || request.HTTPBody != nullptr) {
+    const std::string_view body =
+        request.HTTPBody != nullptr ? request.HTTPBody->view() : std::string_view("");
+    curl.set(CURLOPT_POST, 1L);
+    curl.set(CURLOPT_POSTFIELDS, body.data());  // not copied: the request keeps it
+    curl.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    if (request.HTTPMethod != "POST") {
+      curl.set(CURLOPT_CUSTOMREQUEST, request.HTTPMethod.c_str());
+    }
+  } else if (request.HTTPMethod != "GET") {
+    curl.set(CURLOPT_CUSTOMREQUEST, request.HTTPMethod.c_str());
+  }
+}
+
+bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unlessIn) {
+  for (const auto& [name, value] : headers) {
+    if (unlessIn != nullptr && holds(*unlessIn, name)) continue;
+    // A line break would begin a header of somebody else's choice.
+    if (!isHeaderName(name) || !isHeaderValue(value)) return false;
+    const std::string line = value.empty() ? name + ';' : name + ": " + value;
+    curl_slist* const longer = curl_slist_append(library_->headers, line.c_str());
+    if (longer == nullptr) throw std::bad_alloc();
+    library_->headers = longer;
+  }
+  return true;
+}
+
+bool URLTransfer::prepareHeaders(const HTTPHeaders& additional) {
+  const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
+  if (!addHeaders(own, nullptr) || !addHeaders(additional, &own)) return false;
+  if (!holds(own, "Expect")) {  // with nothing behind the colon the header is left out: no waiting
+    curl_slist* const longer = curl_slist_append(library_->headers, "Expect:");
+    if (longer == nullptr) throw std::bad_alloc();
+    library_->headers = longer;
+  }
+  library_->set(CURLOPT_HTTPHEADER, library_->headers);
+  return true;
+}
+
+void* URLTransfer::handle() const noexcept { return library_->easy; }
+
+bool URLTransfer::isCancelled() const noexcept {
+  return task_->state_ == URLSessionDataTask::State::canceling;
+}
+
+URLTransfer::Time URLTransfer::deadline() const noexcept {
+  return std::min(lastActivity_ + idleLimit_, begin_ + totalLimit_);
+}
+
+std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
+                                  void* self) noexcept {
+  auto& transfer = *static_cast<URLTransfer*>(self);
+  transfer.touch();
+  if (transfer.isResponseTold_) return size * count;  // trailers
+  const std::string_view line = trimmed({bytes, size * count});
+  if (!line.empty()) {
+    transfer.headerLine(line);
+  } else if (!transfer.headersEnded()) {
+    return 0;
+  }
+  transfer.touch();
+  return size * count;
+}
+
+void URLTransfer::headerLine(std::string_view line) {
+  if (line.starts_with("HTTP/")) {  // the next answer, behind a redirect or a "continue"
+    response_.allHeaderFields.clear();
+    response_.statusCode = 0;
+    const std::string_view code = trimmed(line.substr(std::min(line.find(' '), line.size())));
+    std::from_chars(code.data(), code.data() + code.size(), response_.statusCode);
+    return;
+  }
+  const std::size_t colon = std::min(line.find(':'), line.size());
+  response_.allHeaderFields.emplace_back(trimmed(line.substr(0, colon)),
+                                         trimmed(line.substr(std::min(colon + 1, line.size()))));
+}
+
+bool URLTransfer::headersEnded() {
+  const int code = response_.statusCode;
+  const bool isRedirect = code >= 300 && code < 400 && holds(response_.allHeaderFields, "Location");
+  return code < 200 || isRedirect || tellResponse();
+}
+
+bool URLTransfer::tellResponse() {
+  isResponseTold_ = true;
+  if (const char* url = nullptr;
+      curl_easy_getinfo(library_->easy, CURLINFO_EFFECTIVE_URL, &url) == CURLE_OK &&
+      url != nullptr) {
+    response_.url = url;
+  }
+  const std::string_view length = response_.valueForHTTPHeaderField("Content-Length");
+  if (!length.empty() && !holds(response_.allHeaderFields, "Content-Encoding") &&
+      !holds(response_.allHeaderFields, "Transfer-Encoding")) {
+    std::int64_t expected = -1;
+    std::from_chars(length.data(), length.data() + length.size(), expected);
+    response_.expectedContentLength = std::max<std::int64_t>(expected, -1);
+  }
+  task_->expected_ = response_.expectedContentLength;
+  const auto& tell = task_->handler_.didReceiveResponse;
+  if (!tell || tell(*task_, response_)) return true;
+  ownError_ = URLErrorCancelled;
+  return false;
+}
+
+std::size_t URLTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
+                                void* self) noexcept {
+  auto& transfer = *static_cast<URLTransfer*>(self);
+  const bool isTaken = transfer.receive({reinterpret_cast<const std::byte*>(bytes), size * count});
+  transfer.touch();
+  return isTaken ? size * count : 0;
+}
+
+bool URLTransfer::receive(std::span<const std::byte> bytes) {
+  if (isCancelled()) return false;
+  if (!isResponseTold_ && !tellResponse()) return false;
+  task_->received_ += static_cast<std::int64_t>(bytes.size());
+  const auto& take = task_->handler_.didReceiveData;
+  if (!take || take(*task_, bytes)) return true;
+  ownError_ = URLErrorCannotWriteToFile;
+  return false;
+}
+
+int URLTransfer::onProgress(void* self, std::int64_t, std::int64_t, std::int64_t,
+                            std::int64_t sent) noexcept {
+  auto& transfer = *static_cast<URLTransfer*>(self);
+  if (transfer.task_->sent_.exchange(sent) != sent) transfer.touch();
+  return transfer.isCancelled() ? 1 : 0;
+}
+
+void URLTransfer::completeWithResult(int result) noexcept {
+  if (isCancelled()) return completeWithError(URLErrorCancelled);
+  if (result != CURLE_OK) {
+    const auto code = static_cast<CURLcode>(result);
+    const char* const message = library_->message.data();
+    return complete(detail::urlError(ownError_.value_or(errorCodeOf(code)),
+                                     *message != '\0' ? message : curl_easy_strerror(code)));
+  }
+  if (!isResponseTold_ && !tellResponse()) return completeWithError(URLErrorCancelled);
+  complete(nullptr);
+}
+
+void URLTransfer::completeWithError(std::int64_t code) noexcept {
+  complete(detail::urlError(ownError_.value_or(code), {}));
+}
+
+void URLTransfer::complete(Ref<Error> error) noexcept {
+  task_->state_ = URLSessionDataTask::State::completed;
+  const auto& tell = task_->handler_.didComplete;
+  if (tell) tell(*task_, response_, std::move(error));
+}
+
+}  // namespace tq

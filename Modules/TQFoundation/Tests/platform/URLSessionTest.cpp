@@ -1,0 +1,350 @@
+#include <TQFoundation/platform/URLSession.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <future>
+#include <string>
+#include <thread>
+
+#include "support/LoopbackServer.h"
+
+namespace tq {
+namespace {
+
+using namespace std::chrono_literals;
+using test::LoopbackServer;
+using test::Socket;
+using Request = LoopbackServer::Request;
+
+struct Outcome {
+  Ref<Data> data;
+  URLResponse response;
+  Ref<Error> error;
+
+  [[nodiscard]] std::int64_t code() const { return error == nullptr ? 0 : error->code(); }
+  [[nodiscard]] std::string body() const {
+    return data == nullptr ? "(none)" : std::string(data->view());
+  }
+};
+
+URLRequest requestFor(const std::string& url) {
+  URLRequest request;
+  request.url = URL::URLWithString(url);
+  return request;
+}
+
+// Large enough to be sent piece by piece.
+constexpr std::size_t kPiece = 1'000'000;
+constexpr std::size_t kPieces = 40;
+
+std::string cookieOf(const Request& request) {
+  const std::size_t at = request.head.find("Cookie: ");
+  return at == std::string::npos
+             ? ""
+             : request.head.substr(at + 8, request.head.find("\r", at) - at - 8);
+}
+
+class URLSessionTest : public testing::Test {
+ protected:
+  Outcome fetch(URLRequest request) {
+    std::promise<Outcome> promise;
+    const auto task = session->dataTaskWithRequest(
+        std::move(request), [&](Ref<Data> data, const URLResponse& response, Ref<Error> error) {
+          promise.set_value({std::move(data), response, std::move(error)});
+        });
+    EXPECT_EQ(task->state(), URLSessionDataTask::State::suspended);
+    task->resume();
+    task->resume();
+    return promise.get_future().get();
+  }
+  Outcome fetch(const std::string& path) { return fetch(requestFor(server.url(path))); }
+
+  // Pages that send no more wait for this.
+  void waitForEnd(const Socket& socket) {
+    while (!socket.receive().empty()) {
+    }
+  }
+
+  std::atomic<bool> isDraining{false};
+  LoopbackServer server{{
+      {"/",
+       [](const Socket& s, const Request&) {
+         s.send(LoopbackServer::page("200 OK", "hello", "X-One: 1\r\n"));
+       }},
+      {"/echo",
+       [](const Socket& s, const Request& r) {
+         s.send(LoopbackServer::page("200 OK", r.method + " " + r.body + " " + cookieOf(r),
+                                     "Set-Cookie: taste=sweet\r\n"));
+       }},
+      {"/head", [](const Socket& s,
+                   const Request& r) { s.send(LoopbackServer::page("200 OK", r.head + "\r\n")); }},
+      {"/chunked",
+       [](const Socket& s, const Request&) {
+         s.send(
+             "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nConnection: "
+             "close\r\n\r\n3\r\nabc\r\n2\r\nde\r\n0\r\nX-Trailer: 1\r\n\r\n");
+       }},
+      {"/there",
+       [](const Socket& s, const Request&) {
+         s.send(LoopbackServer::page("302 Found", "moved", "Location: /echo\r\n"));
+       }},
+      {"/round",
+       [](const Socket& s, const Request&) {
+         s.send(LoopbackServer::page("302 Found", "moved", "Location: /round\r\n"));
+       }},
+      {"/file",
+       [](const Socket& s, const Request&) {
+         s.send(LoopbackServer::page("302 Found", "moved", "Location: file:///etc/passwd\r\n"));
+       }},
+      {"/large",
+       [](const Socket& s, const Request&) {
+         s.send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(kPiece * kPieces) +
+                "\r\n\r\n");
+         for (std::size_t i = 0; i < kPieces; ++i)
+           s.send(std::string(kPiece, static_cast<char>(i)));
+       }},
+      {"/cut",
+       [](const Socket& s, const Request&) {
+         s.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+       }},
+      {"/cutchunk",
+       [](const Socket& s, const Request&) {
+         s.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n9\r\nhalf");
+       }},
+      {"/gone", [](const Socket&, const Request&) {}},
+      {"/garbage", [](const Socket& s, const Request&) { s.send("what is this?\r\n\r\n"); }},
+      {"/silent", [this](const Socket& s, const Request&) { waitForEnd(s); }},
+      {"/stall",
+       [this](const Socket& s, const Request&) {
+         s.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+         waitForEnd(s);
+       }},
+      {"/drip",
+       [](const Socket& s, const Request&) {
+         s.send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n");
+         for (int i = 0; i < 8 && s.send("x"); ++i) std::this_thread::sleep_for(250ms);
+       }},
+  }};
+  URLSessionConfiguration configuration;
+  Ref<URLSession> session = URLSession::sessionWithConfiguration(configuration);
+};
+
+TEST_F(URLSessionTest, AnswersWithWhatTheServerSaid) {
+  const Outcome page = fetch("/");
+  EXPECT_EQ(page.code(), 0);
+  EXPECT_EQ(page.body(), "hello");
+  EXPECT_EQ(page.response.statusCode, 200);
+  EXPECT_EQ(page.response.expectedContentLength, 5);
+  EXPECT_EQ(page.response.valueForHTTPHeaderField("x-oNE"), "1");
+  EXPECT_EQ(page.response.valueForHTTPHeaderField("none"), "");
+  const Outcome missing = fetch("/missing");
+  EXPECT_EQ(missing.code(), 0) << "the server did answer";
+  EXPECT_EQ(missing.response.statusCode, 404);
+  EXPECT_EQ(missing.body(), "nothing here");
+  const Outcome chunked = fetch("/chunked");
+  EXPECT_EQ(chunked.body(), "abcde");
+  EXPECT_EQ(chunked.response.expectedContentLength, -1);
+}
+
+TEST_F(URLSessionTest, SendsMethodsBodiesHeadersAndCookies) {
+  configuration.HTTPAdditionalHeaders = {{"X-Both", "session"}, {"X-Session", "yes"}};
+  const auto first = session;
+  session = URLSession::sessionWithConfiguration(configuration);
+  URLRequest request = requestFor(server.url("/head"));
+  request.HTTPHeaderFields = {{"x-both", "request"}, {"X-Empty", ""}};
+  const std::string head = fetch(request).body();
+  for (const char* line : {"\r\nx-both: request\r\n", "\r\nX-Session: yes\r\n", "\r\nX-Empty:"}) {
+    EXPECT_NE(head.find(line), std::string::npos) << line << head;
+  }
+  EXPECT_EQ(head.find("X-Both"), std::string::npos);
+
+  session = first;
+  request = requestFor(server.url("/echo"));
+  request.HTTPBody = Data::dataWithBytes("body");
+  const struct {
+    const char* method;
+    const char* answer;
+  } cases[] = {{"POST", "POST body "}, {"PUT", "PUT body taste=sweet"}, {"HEAD", ""}};
+  for (const auto& c : cases) {
+    request.HTTPMethod = c.method;
+    EXPECT_EQ(fetch(request).body(), c.answer);
+  }
+  configuration.HTTPShouldSetCookies = false;
+  configuration.HTTPAdditionalHeaders.clear();
+  session = URLSession::sessionWithConfiguration(configuration);
+  fetch("/echo");
+  EXPECT_EQ(fetch("/echo").body(), "GET  ");
+}
+
+TEST_F(URLSessionTest, FollowsRedirectsWithinReason) {
+  const Outcome there = fetch("/there");
+  EXPECT_EQ(there.body(), "GET  ");
+  EXPECT_EQ(there.response.url, server.url("/echo"));
+  URLRequest post = requestFor(server.url("/there"));
+  post.HTTPMethod = "POST";
+  post.HTTPBody = Data::dataWithBytes("body");
+  EXPECT_EQ(fetch(post).body(), "GET  taste=sweet");
+  EXPECT_EQ(fetch("/round").code(), URLErrorHTTPTooManyRedirects);
+  EXPECT_EQ(fetch("/file").code(), URLErrorUnsupportedURL);
+}
+
+TEST_F(URLSessionTest, FailuresHaveTheirCodes) {
+  std::uint16_t closedPort = 0;
+  { closedPort = LoopbackServer({}).port(); }
+  const struct {
+    std::string url;
+    std::int64_t code;
+  } cases[] = {
+      {server.url("/cut"), URLErrorNetworkConnectionLost},
+      {server.url("/cutchunk"), URLErrorNetworkConnectionLost},
+      {server.url("/gone"), URLErrorNetworkConnectionLost},
+      {"http://127.0.0.1:" + std::to_string(closedPort) + "/", URLErrorCannotConnectToHost},
+      {"ftp://127.0.0.1/", URLErrorUnsupportedURL},
+      {"file:///etc/passwd", URLErrorUnsupportedURL},
+      {"http://", URLErrorBadURL},
+  };
+  for (const auto& c : cases) {
+    const Outcome outcome = fetch(requestFor(c.url));
+    EXPECT_EQ(outcome.code(), c.code) << c.url << ' ' << outcome.error->description();
+    EXPECT_EQ(outcome.body(), "(none)");
+    EXPECT_EQ(outcome.error->domain(), URLErrorDomain);
+    EXPECT_FALSE(outcome.error->localizedDescription().starts_with("The operation couldn"))
+        << c.url;
+  }
+  EXPECT_NE(fetch("/garbage").code(), 0);
+  EXPECT_EQ(fetch(URLRequest()).code(), URLErrorBadURL);
+  for (const auto& header : HTTPHeaders{{"X-A", "1\r\nX-B: 2"}, {"X A", "1"}, {"", "1"}}) {
+    URLRequest request = requestFor(server.url("/"));
+    request.HTTPHeaderFields = {header};
+    EXPECT_EQ(fetch(request).code(), URLErrorBadURL) << "a header of somebody else's choice";
+  }
+  URLRequest request = requestFor(server.url("/"));
+  request.HTTPMethod = "GET / HTTP/1.1\r\nX-B: 2\r\n";
+  EXPECT_EQ(fetch(request).code(), URLErrorBadURL);
+}
+
+TEST_F(URLSessionTest, TimesOutWhenNothingComesOrAllOfItTakesTooLong) {
+  for (const char* path : {"/silent", "/stall"}) {
+    URLRequest request = requestFor(server.url(path));
+    request.timeoutInterval = 0.1;
+    EXPECT_EQ(fetch(request).code(), URLErrorTimedOut) << path;
+  }
+  URLRequest slow = requestFor(server.url("/drip"));
+  slow.timeoutInterval = 1.5;  // less than the whole takes, but each piece starts it anew
+  EXPECT_EQ(fetch(slow).body(), "xxxxxxxx");
+  configuration.timeoutIntervalForResource = 0.3;
+  session = URLSession::sessionWithConfiguration(configuration);
+  EXPECT_EQ(fetch("/drip").code(), URLErrorTimedOut);
+}
+
+TEST_F(URLSessionTest, PiecesArriveInOrderAndProgressIsTold) {
+  std::promise<Ref<Error>> ended;
+  std::size_t count = 0;
+  std::size_t wrong = 0;
+  bool wasToldFirst = false;
+  URLSessionTaskHandler handler;
+  handler.didReceiveResponse = [&](URLSessionDataTask& task, const URLResponse& response) {
+    wasToldFirst = count == 0 && response.statusCode == 200 &&
+                   task.countOfBytesExpectedToReceive() == kPiece * kPieces;
+    return true;
+  };
+  handler.didReceiveData = [&](URLSessionDataTask& task, std::span<const std::byte> bytes) {
+    for (const std::byte each : bytes) wrong += each != static_cast<std::byte>(count++ / kPiece);
+    EXPECT_EQ(task.countOfBytesReceived(), static_cast<std::int64_t>(count));
+    EXPECT_LE(bytes.size(), 512u * 1024);
+    return true;
+  };
+  handler.didComplete = [&](URLSessionDataTask& task, const URLResponse&, Ref<Error> error) {
+    EXPECT_EQ(task.state(), URLSessionDataTask::State::completed);
+    ended.set_value(std::move(error));
+  };
+  const auto task = session->dataTaskWithRequest(requestFor(server.url("/large")), handler);
+  session = nullptr;  // the task keeps it
+  task->resume();
+  EXPECT_EQ(ended.get_future().get(), nullptr);
+  EXPECT_TRUE(wasToldFirst);
+  EXPECT_EQ(count, kPiece * kPieces);
+  EXPECT_EQ(wrong, 0u);
+}
+
+// Where a task is cancelled, or refuses what comes.
+TEST_F(URLSessionTest, EndsWhereItIsToldTo) {
+  enum class At { start, response, data, refusedResponse, refusedData, elsewhere };
+  for (const At at :
+       {At::start, At::response, At::data, At::refusedResponse, At::refusedData, At::elsewhere}) {
+    std::promise<std::int64_t> ended;
+    std::promise<void> begun;
+    URLSessionTaskHandler handler;
+    handler.didReceiveResponse = [&](URLSessionDataTask& task, const URLResponse&) {
+      if (at == At::response) task.cancel();
+      return at != At::refusedResponse;
+    };
+    handler.didReceiveData = [&](URLSessionDataTask& task, std::span<const std::byte>) {
+      if (at == At::data) task.cancel();
+      if (at == At::elsewhere) begun.set_value();
+      return at != At::refusedData;
+    };
+    handler.didComplete = [&](URLSessionDataTask&, const URLResponse&, const Ref<Error>& error) {
+      ended.set_value(error == nullptr ? 0 : error->code());
+    };
+    const auto task = session->dataTaskWithRequest(requestFor(server.url("/stall")), handler);
+    if (at == At::start) task->cancel();
+    task->resume();
+    if (at == At::elsewhere) {
+      begun.get_future().wait();
+      task->cancel();
+    }
+    EXPECT_EQ(ended.get_future().get(),
+              at == At::refusedData ? URLErrorCannotWriteToFile : URLErrorCancelled)
+        << static_cast<int>(at);
+    task->cancel();
+    EXPECT_EQ(task->state(), URLSessionDataTask::State::completed);
+  }
+}
+
+TEST_F(URLSessionTest, ManyTasksOfManyThreads) {
+  constexpr int kTasks = 60;
+  std::atomic<int> completed{0};
+  std::vector<std::jthread> threads;
+  for (int t = 0; t < 3; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = t; i < kTasks; i += 3) {
+        const auto task = session->dataTaskWithURL(
+            URL::URLWithString(server.url(i % 4 == 0 ? "/stall" : "/echo")),
+            [&, i](const Ref<Data>&, const URLResponse&, const Ref<Error>& error) {
+              const std::int64_t expected = i % 4 == 0 ? std::int64_t{URLErrorCancelled} : 0;
+              EXPECT_EQ(error == nullptr ? 0 : error->code(), expected);
+              ++completed;
+            });
+        task->resume();
+        if (i % 4 == 0) task->cancel();
+      }
+    });
+  }
+  threads.clear();
+  while (completed < kTasks) std::this_thread::sleep_for(1ms);
+}
+
+TEST(URLSessionDeathTest, ExitIsClean) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        std::promise<void> asked;
+        LoopbackServer server({{"/", [&](const Socket& socket, const Request&) {
+                                  asked.set_value();
+                                  static_cast<void>(socket.receive());
+                                }}});
+        const auto session = URLSession::sessionWithConfiguration({});
+        const auto task = session->dataTaskWithURL(URL::URLWithString(server.url("/")), nullptr);
+        task->resume();
+        asked.get_future().wait();
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "^$");
+}
+
+}  // namespace
+}  // namespace tq
