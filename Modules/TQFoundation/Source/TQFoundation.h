@@ -29,6 +29,9 @@
 #include <TQFoundation/comparison/TQArrayCrossReferenceHandler.h>
 #include <TQFoundation/comparison/TQComparisonArrayChange.h>
 #include <TQFoundation/comparison/TQComparisonItem.h>
+#include <TQFoundation/comparison/TQRangeMap.h>
+#include <TQFoundation/comparison/TQSortableTreeItem.h>
+#include <TQFoundation/comparison/TQTreeComparison.h>
 #include <TQFoundation/concurrency/Atomic.h>
 #include <TQFoundation/concurrency/ConcurrentMap.h>
 #include <TQFoundation/concurrency/Debouncer.h>
@@ -106,6 +109,7 @@
 #include <TQFoundation/platform/CharacterCategory.h>
 #include <TQFoundation/platform/Checksum.h>
 #include <TQFoundation/platform/Codec.h>
+#include <TQFoundation/platform/Collation.h>
 #include <TQFoundation/platform/Digest.h>
 #include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/FileReading.h>

@@ -6,5 +6,8 @@ tq_room(comparison
   TQArrayCrossReferenceHandler.cpp TQArrayCrossReferenceHandler.h
   TQComparisonArrayChange.cpp TQComparisonArrayChange.h
   TQComparisonItem.cpp TQComparisonItem.h
+  TQRangeMap.cpp TQRangeMap.h
+  TQSortableTreeItem.cpp TQSortableTreeItem.h
+  TQTreeComparison.cpp TQTreeComparison.h
   detail/MatchedPairs.h
   detail/SnakeLevels.h)

@@ -5,6 +5,7 @@ tq_room(platform
   CharacterCategory.cpp CharacterCategory.h
   Checksum.cpp Checksum.h
   Codec.h
+  Collation.cpp Collation.h
   DeflateCodec.cpp
   Digest.cpp Digest.h
   FileError.cpp

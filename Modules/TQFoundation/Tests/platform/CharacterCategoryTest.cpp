@@ -18,5 +18,19 @@ TEST(CharacterCategory, TellsControlAndFormatCharacters) {
   }
 }
 
+TEST(CharacterCategory, BlankEndsAreTabsAndSpacesOfEveryWidth) {
+  const struct {
+    std::string_view text, rest;
+  } cases[] = {
+      {"", ""},
+      {" \t ", ""},
+      {"\xE3\x80\x80 a\xC2\xA0 b\xE2\x80\x8A\t", "a\xC2\xA0 b"},
+      {" \na\n ", "\na\n"},
+      {"\xE2\x80\x8B", "\xE2\x80\x8B"},  // zero width: a format character
+      {" \xA0 \xE2\x80 ", "\xA0 \xE2\x80"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(withoutBlankEnds(c.text), c.rest);
+}
+
 }  // namespace
 }  // namespace tq

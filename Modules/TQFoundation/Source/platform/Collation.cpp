@@ -1,0 +1,93 @@
+#include <TQFoundation/platform/Collation.h>
+
+#include <unicode/ucol.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include <TQFoundation/base/TQAssert.h>
+
+// The C interface has no names that change from one version of the library to the next but those
+// that its headers map.
+
+namespace tq {
+namespace {
+
+/// A collator of this locale, or null when there is none of its own.
+UCollator* openCollator(const std::string& locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  UCollator* const collator = ucol_open(locale.empty() ? "root" : locale.c_str(), &status);
+  if (U_FAILURE(status)) return nullptr;
+  status = U_ZERO_ERROR;
+  const std::string_view valid = ucol_getLocaleByType(collator, ULOC_VALID_LOCALE, &status);
+  if (valid == "root" && !locale.empty() && locale != valid) {  // nothing is known of it
+    ucol_close(collator);
+    return nullptr;
+  }
+  ucol_setAttribute(collator, UCOL_NUMERIC_COLLATION, UCOL_ON, &status);
+  ucol_setAttribute(collator, UCOL_STRENGTH, UCOL_TERTIARY, &status);
+  ucol_setAttribute(collator, UCOL_ALTERNATE_HANDLING, UCOL_NON_IGNORABLE, &status);
+  TQ_ASSERT(U_SUCCESS(status));
+  return collator;
+}
+
+/// The collator in use. One that is replaced is never closed: another thread may be comparing.
+std::atomic<const UCollator*>& currentCollator() {
+  static std::atomic<const UCollator*> current = openCollator("");
+  TQ_ASSERT(current.load(std::memory_order_relaxed) != nullptr);
+  return current;
+}
+
+/// What the collator looks at: the first 2 GB.
+std::int32_t lengthOf(std::string_view text) noexcept {
+  constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::int32_t>(std::min(text.size(), kMost));
+}
+
+bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+
+/// Takes the next run of digits off the front of `text`, with all before it. @return its length
+std::size_t takeDigits(std::string_view& text) noexcept {
+  std::size_t begin = 0;
+  while (begin < text.size() && !isDigit(text[begin])) ++begin;
+  std::size_t end = begin;
+  while (end < text.size() && isDigit(text[end])) ++end;
+  text.remove_prefix(end);
+  return end - begin;
+}
+
+/// By the first two runs of digits, one in each text, that differ in length.
+int compareDigitRuns(std::string_view a, std::string_view b) noexcept {
+  while (!a.empty() && !b.empty()) {
+    const std::size_t inA = takeDigits(a);
+    const std::size_t inB = takeDigits(b);
+    if (inA != inB) return inA < inB ? -1 : 1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int localizedStandardCompare(std::string_view a, std::string_view b) {
+  if (a == b) return 0;
+  UErrorCode status = U_ZERO_ERROR;
+  const UCollator* const collator = currentCollator().load(std::memory_order_acquire);
+  const UCollationResult order =
+      ucol_strcollUTF8(collator, a.data(), lengthOf(a), b.data(), lengthOf(b), &status);
+  if (U_SUCCESS(status) && order != UCOL_EQUAL) return order == UCOL_LESS ? -1 : 1;
+  if (const int byDigits = compareDigitRuns(a, b); byDigits != 0) return byDigits;
+  return a.compare(b) < 0 ? -1 : 1;  // the order of UTF-8 is that of its code points
+}
+
+bool setCollationLocale(std::string_view locale) {
+  const UCollator* const collator = openCollator(std::string(locale));
+  if (collator == nullptr) return false;
+  currentCollator().store(collator, std::memory_order_release);
+  return true;
+}
+
+}  // namespace tq

@@ -1,0 +1,74 @@
+#include <TQFoundation/comparison/TQRangeMap.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr std::uint64_t kLast = TQRangeMap::kNotFound - 1;
+
+std::string found(const TQRangeMap& map, std::uint64_t location) {
+  const Object* const object = map.objectForLocation(location);
+  const Range range = map.rangeForLocation(location);
+  EXPECT_EQ(object == nullptr, range == (Range{0x7FFFFFFFFFFFFFFF, 0}));
+  return object != nullptr ? object->description() + std::to_string(range.location) : "none";
+}
+
+TEST(TQRangeMap, FindsTheRangeThatStartsNearestBefore) {
+  TQRangeMap map;
+  EXPECT_EQ(found(map, 0), "none");
+  map.setObject(String::of("a"), {2, 3});
+  map.setObject(String::of("b"), {10, 5});
+  map.setObject(String::of("long"), {100, 100});
+  map.setObject(String::of("inner"), {110, 5});
+  map.setObject(String::of("empty"), {300, 0});
+  map.setObject(String::of("end"), {kLast, UINT64_MAX});
+  const struct {
+    std::uint64_t location;
+    const char* expected;
+  } cases[] = {{1, "none"},
+               {2, "a2"},
+               {4, "a2"},
+               {5, "none"},
+               {10, "b10"},
+               {14, "b10"},
+               {15, "none"},
+               {109, "long100"},
+               {110, "inner110"},
+               {114, "inner110"},
+               {150, "none"},  // covered, but not looked at
+               {300, "none"},
+               {kLast, "end9223372036854775806"},
+               {UINT64_MAX, "end9223372036854775806"}};
+  for (const auto& c : cases) EXPECT_EQ(found(map, c.location), c.expected) << c.location;
+}
+
+TEST(TQRangeMap, KeepsWhatStartsBeforeAPlaceAndReplacesByTheStart) {
+  TQRangeMap map;
+  map.setObject(String::of("a"), {0, 100});
+  map.setObject(String::of("b"), {10, 5});
+  map.setObject(String::of("a"), {20, 1});
+  map.setObject(String::of("c"), {10, 6});
+  EXPECT_THAT(map.allRanges(), ElementsAre(Range{0, 100}, Range{10, 6}, Range{20, 1}));
+  EXPECT_EQ(map.allObjects()->description(), "{(a, c)}");
+  const TQRangeMap copy = map;
+  map.removeObjectsAtOrBeyondLocation(10);
+  EXPECT_THAT(map.locations(), ElementsAre(0));
+  EXPECT_EQ(found(map, 50), "a0");
+  EXPECT_EQ(copy.locationsToEntries().size(), 3U);
+  map.removeObjectsAtOrBeyondLocation(0);
+  EXPECT_TRUE(map.locationsToEntries().empty());
+
+  EXPECT_THROW(map.setObject(nullptr, {1, 1}), Exception);
+  EXPECT_THROW(map.setObject(String::of("x"), {kLast + 1, 1}), Exception);
+  EXPECT_TRUE(map.locationsToEntries().empty());
+}
+
+}  // namespace
+}  // namespace tq

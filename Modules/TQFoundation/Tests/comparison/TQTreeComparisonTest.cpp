@@ -1,0 +1,311 @@
+#include <TQFoundation/comparison/TQTreeComparison.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/objects/Exception.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* kRelationships[] = {"kids", "more"};
+
+/// A node with an identity, a value, two arrays of nodes and perhaps a node of its own.
+struct Thing final : Subclass<Thing> {
+  static constexpr std::string_view className = "Thing";
+  explicit Thing(int identity, int initialValue = 0) : id(identity), value(initialValue) {}
+
+  [[nodiscard]] Thing& child(std::size_t relationship, std::size_t index) const {
+    return static_cast<Thing&>(arrays[relationship]->objectAtIndex(index));
+  }
+
+  int id;
+  int value;
+  Ref<MutableArray> arrays[2] = {MutableArray::array(), MutableArray::array()};
+  Ref<Thing> own;
+};
+
+Thing& thing(Object& object) { return static_cast<Thing&>(object); }
+
+Ref<Thing> with(Ref<Thing> node, const std::vector<Ref<Thing>>& kids,
+                const std::vector<Ref<Thing>>& more = {}) {
+  for (const auto& kid : kids) node->arrays[0]->addObject(kid);
+  for (const auto& each : more) node->arrays[1]->addObject(each);
+  return node;
+}
+
+struct Delegate final : Subclass<Delegate>, TQTreeComparisonDelegate {
+  static constexpr std::string_view className = "Delegate";
+
+  std::vector<std::string> propertiesOfObject(TQTreeComparison&, Object& a, Object& b) override {
+    log.push_back(std::to_string(thing(a).id));
+    if (thing(a).value == thing(b).value) return {};
+    return {"value"};
+  }
+  void compareChildrenOf(TQTreeComparison& comparison, Object& a, Object& b) override {
+    for (std::size_t i = 0; i < 2; ++i) {
+      comparison.compareOldArray(*thing(a).arrays[i], *thing(b).arrays[i], kRelationships[i]);
+    }
+    if (thing(a).own && thing(b).own) {
+      comparison.compareOldObject(*thing(a).own, *thing(b).own, "own");
+    }
+  }
+  bool isObject(TQTreeComparison&, Object& a, Object& b) override {
+    return thing(a).id == thing(b).id || ++refusals > 2;
+  }
+
+  int refusals = -1'000'000;     // after the second from 0 on everything is the same
+  std::vector<std::string> log;  // identities of the pairs that were compared in depth
+};
+
+using Items = std::vector<Ref<TQComparisonItem>>;
+
+Items compare(const Ref<Thing>& a, const Ref<Thing>& b, bool infersMoves,
+              const Ref<Delegate>& delegate = makeRef<Delegate>()) {
+  return TQTreeComparison::initWithRoot1(a, b, infersMoves, delegate)->changes();
+}
+
+/// "-path" for a removal, "+path" for an insertion, with ">" behind a half of a move.
+std::vector<std::string> paths(const Items& changes) {
+  std::vector<std::string> all;
+  for (const auto& change : changes) {
+    const auto* const edit = objectCast<TQComparisonArrayChange>(change.get());
+    const char* const sign = edit == nullptr ? "" : edit->isInsertion() ? "+" : "-";
+    all.push_back(sign + change->fullPath() + (edit != nullptr && edit->isMove() ? ">" : ""));
+  }
+  return all;
+}
+
+TEST(TQTreeComparison, TellsChangesInTheOrderOfTheWalk) {
+  const auto make = [](int id, int value = 0) { return makeRef<Thing>(id, value); };
+  const auto a = with(make(1), {make(2), with(make(3), {make(4)}), make(5)}, {make(6)});
+  a->own = with(make(7), {make(8, 1)});
+  const auto b = with(make(1, 9), {with(make(3, 9), {}), make(5), make(10)}, {make(6, 9)});
+  b->own = with(make(7), {make(8, 2)});
+  const auto delegate = makeRef<Delegate>();
+  EXPECT_THAT(paths(compare(a, b, false, delegate)),
+              ElementsAre(".value", "kids[0].value", "-kids[0].kids[0]", "-kids[0]", "+kids[2]",
+                          "more[0].value", "own.kids[0].value"));
+  EXPECT_THAT(delegate->log, ElementsAre("1", "3", "5", "6", "7", "8"));
+  EXPECT_TRUE(compare(a, a, true).empty());
+}
+
+TEST(TQTreeComparison, APairIsToldEachTimeTheSearchMeetsIt) {
+  const auto make = [](int id, int value) { return makeRef<Thing>(id, value); };
+  const auto a = with(make(0, 0), {make(1, 0), make(2, 0), make(3, 0)});
+  const auto b = with(make(0, 0), {make(3, 1), make(1, 1), make(2, 1)});
+  // The search meets 1 and 2 on the diagonal that it takes, and 3 on one that it leaves; the moves
+  // meet 3 once more.
+  EXPECT_THAT(paths(compare(a, b, false)),
+              ElementsAre("kids[1].value", "kids[2].value", "-kids[2]", "+kids[0]"));
+  EXPECT_THAT(paths(compare(a, b, true)), ElementsAre("kids[1].value", "kids[2].value",
+                                                      "kids[0].value", "-kids[2]>", "+kids[0]>"));
+}
+
+TEST(TQTreeComparison, MovesBetweenArraysAreToldBelowTheInsertion) {
+  const auto make = [](int id, int value = 0) { return makeRef<Thing>(id, value); };
+  const auto a = with(make(0), {make(1), make(2), with(make(3), {make(9)})}, {make(4)});
+  const auto b = with(make(0), {make(4, 5), make(7)}, {make(1), with(make(3, 5), {make(9, 5)})});
+  const Ref<Delegate> delegate = makeRef<Delegate>();
+  const auto comparison = TQTreeComparison::initWithRoot1(a, b, true, delegate);
+  EXPECT_EQ(comparison->currentParent(), nullptr);
+  const Items changes = comparison->changes();
+  EXPECT_THAT(paths(changes),
+              ElementsAre("-kids[2]>", "-kids[1]", "-kids[0]>", "+kids[0]>", "+kids[1]",
+                          "-more[0]>", "+more[0]>", "+more[1]>", "more[1].value",
+                          "more[1].kids[0].value", "kids[0].value"));
+  EXPECT_EQ(comparison->currentParent(), changes[3].get());  // where the last move left it
+  EXPECT_EQ(objectCast<TQComparisonArrayChange>(changes[0].get())->property(), "kids");
+  delegate->log.clear();
+  EXPECT_EQ(comparison->changes(), changes);
+  EXPECT_TRUE(delegate->log.empty());
+
+  EXPECT_THAT(paths(compare(with(make(0), {make(1)}, {make(2)}),
+                            with(make(0), {make(2)}, {make(1)}), false)),
+              ElementsAre("-kids[0]", "+kids[0]", "-more[0]", "+more[0]"));
+}
+
+TEST(TQTreeComparison, MovesInsideAnArrayAreLeftToItsOwnSearch) {
+  const Ref<Delegate> delegate = makeRef<Delegate>();
+  delegate->refusals = 0;  // by the search and by its moves
+  const auto a = with(makeRef<Thing>(0), {makeRef<Thing>(1)});
+  const auto b = with(makeRef<Thing>(0), {makeRef<Thing>(2)});
+  EXPECT_THAT(paths(compare(a, b, true, delegate)), ElementsAre("-kids[0]", "+kids[0]"));
+}
+
+TEST(TQTreeComparison, RefusesTreesThatAreTooDeepAndCanBeAskedAgain) {
+  const auto chain = [](int levels) {
+    Ref<Thing> node = makeRef<Thing>(levels, 1);
+    while (levels-- > 0) node = with(makeRef<Thing>(levels), {node});
+    return node;
+  };
+  const auto leaf = [&](int levels) {
+    const Ref<Thing> other = chain(levels);
+    Thing* last = other.get();
+    while (last->arrays[0]->count() != 0) last = &last->child(0, 0);
+    last->value = 2;
+    return other;
+  };
+  constexpr int kDeepest = TQTreeComparison::kMaximumDepth;
+  EXPECT_EQ(compare(chain(kDeepest), leaf(kDeepest), true).size(), 1U);
+  for (const int levels : {kDeepest + 1, 100'000}) {
+    const Ref<Delegate> delegate = makeRef<Delegate>();
+    const auto comparison =
+        TQTreeComparison::initWithRoot1(chain(levels), leaf(levels), false, delegate);
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      try {
+        static_cast<void>(comparison->changes());
+        ADD_FAILURE() << levels;
+      } catch (const Exception& exception) {
+        EXPECT_EQ(exception.name(), TQTreeComparison::kDepthException);
+      }
+    }
+    EXPECT_EQ(delegate->log.size(), 2U * (kDeepest + 1));
+  }
+  const auto without =
+      TQTreeComparison::initWithRoot1(chain(1), leaf(1), true, makeRef<Delegate>());
+  EXPECT_TRUE(without->changes().empty());  // its delegate is gone
+}
+
+/// The nodes of a tree, in no order.
+void collect(const Ref<Thing>& root, std::vector<Thing*>& all) {
+  all.push_back(root.get());
+  for (std::size_t r = 0; r < 2; ++r) {
+    for (Object& each : *root->arrays[r]) collect(share(thing(each)), all);
+  }
+}
+
+class Trees {
+ public:
+  explicit Trees(unsigned seed) : random_(seed) {}
+
+  Ref<Thing> grow(int depth) {
+    const Ref<Thing> node = makeRef<Thing>(next_++, pick(3));
+    for (std::size_t r = 0; r < 2; ++r) {
+      for (int n = depth > 0 ? pick(5) : 0; n > 0; --n) node->arrays[r]->addObject(grow(depth - 1));
+    }
+    return node;
+  }
+
+  Ref<Thing> copy(const Thing& from) {
+    const Ref<Thing> node = makeRef<Thing>(from.id, from.value);
+    for (std::size_t r = 0; r < 2; ++r) {
+      for (Object& each : *from.arrays[r]) node->arrays[r]->addObject(copy(thing(each)));
+    }
+    return node;
+  }
+
+  void change(const Ref<Thing>& root) {
+    for (int n = pick(8); n > 0; --n) {
+      std::vector<Thing*> all;
+      collect(root, all);
+      Thing& node = *all[static_cast<std::size_t>(pick(static_cast<int>(all.size())))];
+      MutableArray& array = *node.arrays[static_cast<std::size_t>(pick(2))];
+      const auto place = [&] {
+        return static_cast<std::size_t>(pick(static_cast<int>(array.count()) + 1));
+      };
+      switch (pick(4)) {
+        case 0:
+          ++node.value;
+          break;
+        case 1:
+          array.insertObject(grow(1), place());
+          break;
+        case 2:
+          if (array.count() != 0) array.removeObjectAtIndex(place() % array.count());
+          break;
+        default:
+          if (array.count() != 0) {
+            const std::size_t from = place() % array.count();
+            Ref<Object> moved = share(array.objectAtIndex(from));
+            array.removeObjectAtIndex(from);
+            array.insertObject(std::move(moved), place());
+          }
+      }
+    }
+  }
+
+ private:
+  int pick(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
+
+  std::mt19937 random_;
+  int next_ = 0;
+};
+
+/// Reported changes by where they are: the pair of objects around them.
+struct Reported {
+  using Pair = std::pair<const Object*, const Object*>;
+  std::set<Pair> values;
+  std::map<std::pair<Pair, std::string>, std::vector<TQComparisonArrayChange*>> arrays;
+};
+
+/// Goes down both trees along what the changes leave matched: every difference is reported, and its
+/// path is the way to it, by new indexes.
+void expectComplete(Thing& a, Thing& b, const std::string& path, Reported& reported) {
+  const Reported::Pair pair{&a, &b};
+  EXPECT_EQ(reported.values.count(pair), a.value != b.value ? 1U : 0U) << path;
+  for (std::size_t r = 0; r < 2; ++r) {
+    const std::string below = (path.empty() ? "" : path + ".") + kRelationships[r];
+    std::vector<Ref<Object>> kept(a.arrays[r]->objects().begin(), a.arrays[r]->objects().end());
+    std::set<std::size_t> inserted;
+    for (TQComparisonArrayChange* change : reported.arrays[{pair, kRelationships[r]}]) {
+      const auto index = static_cast<std::size_t>(change->index());
+      EXPECT_EQ(change->fullPath(), below + "[" + std::to_string(index) + "]");
+      if (change->isRemoval()) {
+        EXPECT_EQ(change->object(), &a.child(r, index));
+        std::erase(kept, share(a.arrays[r]->objectAtIndex(index)));
+      } else {
+        EXPECT_EQ(change->object(), &b.child(r, index));
+        inserted.insert(index);
+      }
+    }
+    std::size_t next = 0;
+    for (std::size_t i = 0; i < b.arrays[r]->count(); ++i) {
+      if (inserted.count(i) != 0) continue;
+      ASSERT_LT(next, kept.size());
+      Thing& old = thing(*kept[next++]);
+      ASSERT_EQ(old.id, b.child(r, i).id);
+      expectComplete(old, b.child(r, i), below + "[" + std::to_string(i) + "]", reported);
+    }
+    ASSERT_EQ(next, kept.size());
+  }
+}
+
+TEST(TQTreeComparison, MissesNothingInRandomTreesAndInventsNothing) {
+  for (unsigned seed = 0; seed < 400; ++seed) {
+    SCOPED_TRACE(seed);
+    Trees trees(seed);
+    const Ref<Thing> a = trees.grow(4);
+    const Ref<Thing> b = trees.copy(*a);
+    ASSERT_TRUE(compare(a, b, true).empty());
+    trees.change(b);
+    Reported reported;
+    const Items changes = compare(a, b, false);
+    for (const auto& change : changes) {
+      if (auto* edit = objectCast<TQComparisonArrayChange>(change.get())) {
+        const TQComparisonItem& array = *edit->parent();
+        auto& edits =
+            reported.arrays[{{array.oldObject(), array.updatedObject()}, edit->property()}];
+        if (!edits.empty() && edits.front()->parent() != edit->parent())
+          edits.clear();  // told again
+        edits.push_back(edit);
+      } else {
+        EXPECT_NE(thing(*change->oldObject()).value, thing(*change->updatedObject()).value);
+        reported.values.emplace(change->oldObject(), change->updatedObject());
+      }
+    }
+    expectComplete(*a, *b, "", reported);
+  }
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,79 @@
+#include <TQFoundation/platform/Collation.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace tq {
+namespace {
+
+TEST(Collation, OrdersNamesAsPeopleDo) {
+  const std::vector<std::string> sorted = {"",
+                                           " ",
+                                           "_",
+                                           "-",
+                                           ",",
+                                           "(",
+                                           "#",
+                                           "~",
+                                           "0",
+                                           "1",
+                                           "01",
+                                           "1a",
+                                           "2",
+                                           "10",
+                                           "18446744073709551616",
+                                           "18446744073709551617",
+                                           "a",
+                                           "A",
+                                           "a b",
+                                           "a-b",
+                                           "a1b2",
+                                           "a1b02",
+                                           "a01b2",
+                                           "ab",
+                                           "\xC3\xA9",
+                                           "\xC3\x89",
+                                           "f",
+                                           "file2",
+                                           "File2",
+                                           "file10",
+                                           "File10",
+                                           "strasse",
+                                           "stra\xC3\x9F"
+                                           "e",
+                                           "z",
+                                           "z\xFF",
+                                           "z\xFF\xFF"};
+  auto shuffled = sorted;
+  std::ranges::shuffle(shuffled, std::mt19937(1));
+  std::ranges::sort(shuffled, [](const std::string& a, const std::string& b) {
+    return localizedStandardCompare(a, b) < 0;
+  });
+  EXPECT_EQ(shuffled, sorted);
+  for (const std::string& a : sorted) {
+    for (const std::string& b : sorted) {
+      EXPECT_EQ(localizedStandardCompare(a, b), -localizedStandardCompare(b, a)) << a << ' ' << b;
+      EXPECT_EQ(localizedStandardCompare(a, b) == 0, a == b) << a << ' ' << b;
+    }
+  }
+}
+
+TEST(Collation, FollowsTheLocaleThatTheHostNames) {
+  const char* const accented = "\xC3\xB6";  // o with diaeresis: an o of its own sort in Swedish
+  EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
+  ASSERT_TRUE(setCollationLocale("sv_SE"));
+  EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
+  EXPECT_FALSE(setCollationLocale("there is no such place"));
+  EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
+  EXPECT_TRUE(setCollationLocale("en"));  // as the root has it
+  EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
+  EXPECT_TRUE(setCollationLocale(""));
+  EXPECT_LT(localizedStandardCompare("file9", "file10"), 0);
+}
+
+}  // namespace
+}  // namespace tq
