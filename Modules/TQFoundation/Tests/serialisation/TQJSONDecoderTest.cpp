@@ -1,11 +1,7 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 
-#include <errno.h>
-
-#include <filesystem>
 #include <stdexcept>
 
-#include "platform/ExpectFileError.h"
 #include "serialisation/JSONModel.h"
 #include "support/CapturedLog.h"
 #include "support/TemporaryDirectory.h"
@@ -13,13 +9,7 @@
 namespace tq {
 namespace {
 
-using test::CapturedLog;
-using test::data;
-using test::decoded;
-using test::expectError;
-using test::num;
-using test::Scripted;
-using test::str;
+using namespace test;
 
 std::string described(const Ref<Object>& object) {
   return object ? object->description() : "(null)";
@@ -56,20 +46,15 @@ class TQJSONDecoderTest : public testing::Test {
     Scripted::onDecode() = [](TQJSONDecoder&) {};
   }
 
-  /// Runs `read` as the constructor of an object with these members.
+  /// Runs `read` as the constructor of an object with these members, of text and of a parsed tree.
   static void reading(std::string members, const Scripted::Decode& read) {
     int calls = 0;
     Scripted::onDecode() = [&](TQJSONDecoder& decoder) { ++calls, read(decoder); };
-    EXPECT_TRUE(decoded("{\"_class\":\"Scripted\"," + members + "}"));
-    EXPECT_EQ(calls, 1);
-    calls = 0;
-    const Ref<Object> tree = TQJSONDecoder::initWithData(*test::data("{" + members + "}"))->root();
-    const auto parsed =
-        MutableDictionary::dictionaryWithDictionary(static_cast<const Dictionary&>(*tree));
-    parsed->setObject(str("Scripted"), "_class");
-    Ref<Error> error;
-    EXPECT_TRUE(TQJSONDecoder::init()->decodeDictionary(parsed, &error));
-    EXPECT_EQ(calls, 1);
+    const auto decoder =
+        TQJSONDecoder::initWithData(*test::data("{\"_class\":\"Scripted\"," + members + "}"));
+    EXPECT_TRUE(decoder->decode());
+    EXPECT_TRUE(decoder->decodeDictionary(refCast<Dictionary>(decoder->root()), nullptr));
+    EXPECT_EQ(calls, 2);
     Scripted::onDecode() = [](TQJSONDecoder&) {};
   }
 
@@ -82,11 +67,9 @@ TEST_F(TQJSONDecoderTest, ReadsPlainValuesWhateverIsAtTheTop) {
     Ref<Object> object;
   } cases[] = {
       {"null", Null::null()},
-      {" 3 ", num(3)},
       {"\xEF\xBB\xBF-2.5", num(-2.5)},
       {"true", num(true)},
       {R"("a\/b\u00e9")", str("a/bé")},
-      {"[]", Array::array()},
       {"[1,[\"x\"],null]",
        Array::arrayWithObjects({num(1), Array::arrayWithObjects({str("x")}), Null::null()})},
       {R"({"b":1,"a":{"c":[]}})",
@@ -95,10 +78,7 @@ TEST_F(TQJSONDecoderTest, ReadsPlainValuesWhateverIsAtTheTop) {
       {R"({"_data":"AAEC"})", data(std::string_view("\0\1\2", 3))},
       {R"({"_class":"NSValue","type":"point","value":"{1, 2}"})", Value::valueWithPoint({1, 2})},
       {R"({"_class":"NSValue","type":"size","value":"{1, 2}"})", Value::valueWithSize({1, 2})},
-      {R"({"_class":"NSValue","type":"rect","value":"{1, 2, 3, 4}"})",
-       Value::valueWithRect({1, 2, 3, 4})},
       {R"({"_class":"NSValue","type":"rect"})", Value::valueWithRect({})},
-      {R"({"_class":"NSValue","type":"line","value":"{1}"})", Value::valueWithBytes({}, {})},
       {R"({"_class":"NSValue","type":7})", Value::valueWithBytes({}, {})},
   };
   for (const auto& c : cases) {
@@ -114,7 +94,6 @@ TEST_F(TQJSONDecoderTest, ReadsPlainValuesWhateverIsAtTheTop) {
     EXPECT_TRUE(fromTree->isEqual(*c.object)) << described(fromTree);
   }
   EXPECT_FALSE(TQJSONDecoder::init()->decode());
-  EXPECT_FALSE(TQJSONDecoder::init()->decodeDictionary(nullptr, nullptr));
   EXPECT_FALSE(TQJSONDecoder::init()->currentObjectDict());
   EXPECT_FALSE(TQJSONDecoder::init()->containsValueForKey("x"));
   EXPECT_TRUE(log_.messages().empty());
@@ -153,42 +132,29 @@ TEST_F(TQJSONDecoderTest, LeavesTheDictionaryOfAClassThatCannotBeRead) {
   EXPECT_EQ(log_.messages(), std::vector<std::string>{error->description()});
 }
 
-TEST_F(TQJSONDecoderTest, AnArchivePassesTheSameJudgementAsAClass) {
-  const std::string text = test::archiveOf(test::illFormed());
-  ASSERT_TRUE(text.starts_with(R"({"_archive":")")) << text;
-  const Ref<Object> object = decoded(text);
-  ASSERT_TRUE(object);
-  EXPECT_TRUE(object->isEqual(*test::illFormed()));
-  const std::string both = text.substr(0, text.size() - 1) + R"(,"_class":"Unknown"})";
-  EXPECT_TRUE(decoded(both));
-
-  TQJSONDecoder::setClass(nullptr, "NSString");
-  EXPECT_FALSE(decoded(text));
-  TQJSONDecoder::setClass(&classOf<String>, "NSString");
-  EXPECT_TRUE(decoded(text));
-}
-
 TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
-  const std::string text = R"([{"_class":"Scripted"},{"_class":"Alias"}])";
-  const auto decodedCount = [&] {
-    Ref<Error> error;
-    const Ref<Array> array = refCast<Array>(decoded(text, &error));
-    EXPECT_FALSE(error);
-    return array->count();
+  const std::string archive = archiveOf(illFormed());
+  const std::string text = R"([{"_class":"Scripted"},{"_class":"Alias"},)" +
+                           archive.substr(0, archive.size() - 1) +
+                           R"(,"_class":"Unknown"}])";  // an archive's own class is judged
+  const struct {
+    const Class* set;
+    const char* name;
+    std::size_t decodedCount;
+  } steps[] = {
+      {&classOf<Scripted>, "Alias", 3},
+      {nullptr, "NSString", 2},
+      {&classOf<String>, "NSString", 3},
+      {nullptr, "Scripted", 2},
+      {&classOf<Choosy>, "Scripted", 2},    // answers none
+      {&classOf<Scripted>, "Scripted", 3},  // removes what was set
+      {nullptr, "Alias", 2},
   };
-  EXPECT_EQ(decodedCount(), 1u);
-  TQJSONDecoder::setClass(&classOf<Scripted>, "Alias");
-  EXPECT_EQ(decodedCount(), 2u);
-  TQJSONDecoder::setClass(nullptr, "Scripted");
-  EXPECT_EQ(decodedCount(), 1u);
-  TQJSONDecoder::setClass(&classOf<Choosy>, "Scripted");  // answers none
-  EXPECT_EQ(decodedCount(), 1u);
-  TQJSONDecoder::setClass(&classOf<Scripted>, "Scripted");  // removes what was set
-  EXPECT_EQ(decodedCount(), 2u);
-  TQJSONDecoder::setClass(nullptr, "Alias");
-  EXPECT_EQ(decodedCount(), 1u);
-  EXPECT_EQ(TQJSONDecoder::init()->classFromClassName("Scripted"), &classOf<Scripted>);
-  EXPECT_EQ(TQJSONDecoder::init()->classFromClassName("Alias"), nullptr);
+  for (const auto& step : steps) {
+    TQJSONDecoder::setClass(step.set, step.name);
+    EXPECT_EQ(refCast<Array>(decoded(text))->count(), step.decodedCount) << step.name;
+  }
+  EXPECT_TRUE(refCast<Array>(decoded(text))->lastObject()->isEqual(*illFormed()));
   EXPECT_EQ(TQJSONDecoder::init()->classFromClassName(""), nullptr);
 }
 
@@ -208,28 +174,16 @@ TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
             R"({"_class":"Scripted"}])"));
   Ref<Judge> judge = makeRef<Judge>();
   decoder->setDelegate(Weak<TQJSONDecoderDelegate>(judge));
-  EXPECT_EQ(decoder->delegate().get(), judge.get());
   Ref<Error> error;
   EXPECT_EQ(refCast<Array>(decoder->decode(&error))->count(), 1u);
   expectError(error, TQJSONDecoderError, 0, "Invalid object class Scripted found in archive");
   EXPECT_EQ(judge->asked, (std::vector<std::string>{"Scripted", "Value", "Scripted"}));
-  EXPECT_EQ(log_.messages(), std::vector<std::string>(2, error->description()));
-
+  decoder->setError(Error::errorWithDomain("later", 2, "second"));
+  EXPECT_EQ(decoder->error(), error);  // the first; but each is logged
+  EXPECT_EQ(log_.messages().size(), 3u);
+  EXPECT_EQ(log_.messages()[1], error->description());
   judge = nullptr;
-  EXPECT_FALSE(decoder->delegate());
   EXPECT_EQ(refCast<Array>(decoder->decode())->count(), 3u);
-}
-
-TEST_F(TQJSONDecoderTest, KeepsTheFirstErrorAndLogsEach) {
-  const Ref<TQJSONDecoder> decoder = TQJSONDecoder::init();
-  decoder->setError(nullptr);
-  const auto first = Error::errorWithDomain("d", 1, "first");
-  const auto second = Error::errorWithDomain("d", 2, "second");
-  decoder->setError(first);
-  decoder->setError(second);
-  EXPECT_EQ(decoder->error(), first);
-  EXPECT_EQ(log_.messages(),
-            (std::vector<std::string>{first->description(), second->description()}));
 }
 
 TEST_F(TQJSONDecoderTest, ReadsNumbersLeniently) {
@@ -240,23 +194,17 @@ TEST_F(TQJSONDecoderTest, ReadsNumbersLeniently) {
     std::int64_t asInteger;
   } cases[] = {
       {"1", 1, true, 1},
-      {"0", 0, false, 0},
       {"true", 1, true, 1},
-      {"false", 0, false, 0},
       {"-2.9", -2.9, true, -2},
       {"0.5", 0.5, true, 0},
       {"1e300", 1e300, true, std::numeric_limits<std::int64_t>::max()},
       {"18446744073709551615", 18446744073709551615.0, true,
        std::numeric_limits<std::int64_t>::max()},
-      {R"("1")", 1, true, 1},
       {R"(" -12.5e1x")", -125, true, -12},
       {R"("0x10")", 0, false, 0},
       {R"("YES")", 0, true, 0},
-      {R"("nan")", 0, false, 0},
-      {R"("")", 0, false, 0},
       {"null", 0, false, 0},
       {"[1]", 0, false, 0},
-      {R"({"a":1})", 0, false, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.json);
@@ -280,24 +228,18 @@ TEST_F(TQJSONDecoderTest, ReadsGeometryFromTheNumbersOfAString) {
     Rect rect;
   } cases[] = {
       {R"("{{1, 2}, {3, 4}}")", {1, 2, 3, 4}},
-      {R"("{1, 2, 3, 4}")", {1, 2, 3, 4}},
-      {R"("{1e+20, -1e-05}")", {1e20, -1e-5, 0, 0}},
       {R"("-0.6a5.4das-105.7bfh24.3")", {-0.6, 5.4, -105.7, 24.3}},
-      {R"("")", {}},
       {"5", {}},
-      {"null", {}},
       {"[1,2,3,4]", {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.json);
     reading(std::string("\"k\":") + c.json, [&](TQJSONDecoder& decoder) {
-      const auto& [origin, size] = c.rect;
-      const Rect rect = decoder.decodeRectForKey("k", {9, 9, 9, 9});
-      EXPECT_EQ(textFromRect(rect), textFromRect(c.rect));
+      const Point origin = c.rect.origin;
+      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("k", {9, 9, 9, 9})), textFromRect(c.rect));
       EXPECT_EQ(decoder.decodePointForKey("k", {9, 9}), origin);
       EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("k", {9, 9})),
                 textFromSize({origin.x, origin.y}));
-      EXPECT_EQ(decoder.decodePointForKey("K"), Point{});
       EXPECT_EQ(decoder.decodePointForKey("K", {9, 8}), (Point{9, 8}));
       EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("K", {9, 8})), "{9, 8}");
       EXPECT_EQ(textFromRect(decoder.decodeRectForKey("K")), textFromRect({}));
@@ -328,14 +270,10 @@ TEST_F(TQJSONDecoderTest, WhatAThrowingConstructorLeftIsInNoOtherContainer) {
   Scripted::onDecode() = [](TQJSONDecoder& decoder) {
     EXPECT_THROW(static_cast<void>(decoder.decodeObjectForKey("k")), std::runtime_error);
   };
-  const std::string inner = R"({"_class":"Scripted","k":["stale",{"_class":"Throwing"}]})";
-  EXPECT_EQ(refCast<Array>(decoded("[" + inner + ",\"x\"]"))->count(), 2u);
-  const Ref<Dictionary> dictionary = refCast<Dictionary>(
-      decoded(R"({"o":{"_class":"Scripted","k":{"a":"stale","t":{"_class":"Throwing"}}},"z":1})"));
-  ASSERT_TRUE(dictionary);
-  EXPECT_TRUE(dictionary->objectForKey("z")->isEqual(*num(1)));
-  EXPECT_TRUE(objectCast<Scripted>(dictionary->objectForKey("o")));
-  EXPECT_THROW(static_cast<void>(decoded(R"([1,{"_class":"Throwing"}])")), std::runtime_error);
+  const Ref<Array> array = refCast<Array>(decoded(
+      R"([{"_class":"Scripted","k":{"a":"stale","t":["stale",{"_class":"Throwing"}]}},"x"])"));
+  ASSERT_EQ(array->count(), 2u);
+  EXPECT_TRUE(array->lastObject()->isEqual(*str("x")));
 }
 
 TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
@@ -349,16 +287,17 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
                                  "Strange \\x9 character at 3\n", "Strange \\x1f character at 5\n",
                                  "Strange \\x1 character at 8\n", error->description()}));
 
-  EXPECT_EQ(described(decoded("\"a\tb\nc\"", &error)), "a?b?c");
-  EXPECT_FALSE(error);
-  EXPECT_FALSE(decoded("[\n\"a\tb\"\n]", &error));  // pretty-printed text does not survive
-  EXPECT_TRUE(error);
-  EXPECT_TRUE(decoded("[\n\"a\"\n]", &error));
-  EXPECT_FALSE(error);
-  EXPECT_FALSE(decoded(std::string_view("\"a\0b\"", 5), &error));  // NUL stays
-  EXPECT_TRUE(error);
-  EXPECT_FALSE(decoded("", &error));
-  EXPECT_TRUE(error);
+  const struct {
+    std::string_view text;
+    const char* description;
+  } cases[] = {
+      {"\"a\tb\nc\"", "a?b?c"},
+      {"[\n\"a\tb\"\n]", "(null)"},  // pretty-printed text does not survive
+      {"[\n\"a\"\n]", "(a)"},
+      {std::string_view("\"a\0b\"", 5), "(null)"},  // NUL stays
+      {"", "(null)"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(described(decoded(c.text)), c.description) << c.text;
 }
 
 TEST_F(TQJSONDecoderTest, DecodesOneTextAfterAnother) {
@@ -368,7 +307,6 @@ TEST_F(TQJSONDecoderTest, DecodesOneTextAfterAnother) {
   EXPECT_EQ(described(decoder->decode()), "(1)");
   Ref<Error> error;
   EXPECT_EQ(described(decoder->decodeDataError(*data("[2]"), &error)), "(2)");
-  EXPECT_EQ(described(decoder->decodeDictionary(Dictionary::dictionary(), &error)), "{}");
   EXPECT_FALSE(error);
   EXPECT_FALSE(decoder->decodeDataError(*data("["), &error));
   const Ref<Error> first = error;
@@ -391,11 +329,6 @@ TEST_F(TQJSONDecoderTest, ReadsParsedTreesOfEveryShape) {
   EXPECT_TRUE(read->objectForKey(*num(1))->isEqual(*str("one")));
   EXPECT_TRUE(
       read->objectForKey(*test::illFormed())->isEqual(*data(std::string_view("\0\0\0", 3))));
-
-  const Ref<TQJSONDecoder> decoder = TQJSONDecoder::init();
-  EXPECT_EQ(described(decoder->decodeObject(*num(1))), "1");
-  EXPECT_EQ(described(decoder->decodeArray(*Array::arrayWithObjects({tree}))).substr(0, 1), "(");
-  EXPECT_TRUE(decoder->decodeDictionary(*tree));
 }
 
 TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {
@@ -430,21 +363,6 @@ TEST_F(TQJSONDecoderTest, ReadsFilesAndSaysWhyNot) {
   EXPECT_FALSE(read(directory.path("none"), nullptr));
   EXPECT_FALSE(read(directory.path("none"), &error));
   EXPECT_EQ(error->code(), 260);
-  EXPECT_FALSE(read(directory.path(""), &error));
-  EXPECT_EQ(error->code(), 256);
-  std::filesystem::permissions(directory.write("locked", "1"), std::filesystem::perms::none);
-  const bool isRoot = ::access(directory.path("locked").c_str(), R_OK) == 0;
-  EXPECT_EQ(bool(read(directory.path("locked"), &error)), isRoot);
-  EXPECT_TRUE(isRoot || error->code() == 257);
-}
-
-TEST_F(TQJSONDecoderTest, HoldsItsUserInfoWeakly) {
-  const Ref<TQJSONDecoder> decoder = TQJSONDecoder::init();
-  Ref<Object> info = str("context");
-  decoder->setUserInfo(info);
-  EXPECT_EQ(decoder->userInfo(), info);
-  info = nullptr;
-  EXPECT_FALSE(decoder->userInfo());
 }
 
 }  // namespace

@@ -3,21 +3,14 @@
 #include <clocale>
 #include <cmath>
 #include <limits>
-#include <locale>
 #include <stdexcept>
-#include <vector>
 
 #include "serialisation/JSONModel.h"
 
 namespace tq {
 namespace {
 
-using test::archiveOf;
-using test::expectError;
-using test::membersOf;
-using test::num;
-using test::Scripted;
-using test::str;
+using namespace test;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -25,35 +18,25 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
   const Ref<Null> null = Null::null();
   const NumberValue mixed[] = {true, 2.5, 3, std::uint64_t{1} << 63};
-  const double doubles[] = {1, 0.1};
   const struct {
     Ref<Object> object;
     const char* text;
   } cases[] = {
       {null, "null"},
-      {str(""), R"("")"},
       {str("a/b"), R"("a\/b")"},
       {num(true), "1"},
-      {num(false), "0"},
       {num(std::int8_t{-128}), "-128"},
       {num(std::uint8_t{255}), "255"},
-      {num(std::uint16_t{65535}), "65535"},
-      {num(-7), "-7"},
       {num(4294967295u), "4294967295"},
       {num(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808"},
       {num(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615"},
       {num(0.1f), "0.1"},
       {num(16777216.f), "1.677722e+07"},
-      {num(0.1), "0.1"},
       {num(0.56), "0.5600000000000001"},
-      {num(100.0), "100"},
-      {num(1e20), "1e+20"},
       {Array::array(), "[]"},
       {Array::arrayWithObjects({null, Array::array(), str("x")}), R"([null,[],"x"])"},
       {Array::arrayWithNumbers(mixed), "[1,2.5,3,9223372036854775808]"},
-      {Array::arrayWithNumbers(doubles), "[1,0.1]"},
       {Dictionary::dictionary(), "{}"},
-      {MutableDictionary::dictionary(), "{}"},
       {Dictionary::dictionaryWithEntries({{"z", null}, {"a", Dictionary::dictionary()}}),
        R"({"z":null,"a":{}})"},
       {test::data(""), R"({"_data":""})"},
@@ -69,53 +52,29 @@ TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
   EXPECT_EQ(archiveOf(nullptr), "");
 }
 
-TEST(TQJSONEncoder, WritesAWholeStructuredObject) {
-  const auto tags = Array::arrayWithObjects({str("a/b"), num(1)});
-  const auto shape = makeRef<Scripted>([&tags](TQJSONEncoder& encoder) {
-    encoder.encodeDouble(0.5, "opacity");
-    encoder.encodeRect({0, 0, 10, 20}, "frame");
-    encoder.encodeBool(true, "visible");
-    encoder.encodeObject(nullptr, "absent");
-    encoder.encodeObject(tags, "tags");
-  });
-  EXPECT_EQ(archiveOf(shape),
-            R"({"_class":"Scripted","opacity":0.5,"frame":"{{0, 0}, {10, 20}}","visible":true,)"
-            R"("tags":["a\/b",1]})");
-}
-
 TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
   const Ref<String> raw = str("a/b");
-  const struct {
-    Scripted::Encode encode;
-    const char* text;
-  } cases[] = {
-      {[](TQJSONEncoder& e) { e.encodeBool(false, "b"); }, R"(,"b":false)"},
-      {[](TQJSONEncoder& e) { e.encodeInteger(std::numeric_limits<std::int64_t>::min(), "i"); },
-       R"(,"i":-9223372036854775808)"},
-      {[](TQJSONEncoder& e) {
-         e.encodePoint({0.1, -2}, "p");
-       },
-       R"(,"p":"{0.10000000000000001, -2}")"},
-      {[](TQJSONEncoder& e) {
-         e.encodeSize({0.1, -0.0}, "s");
-       },
-       R"(,"s":"{0.10000000000000001, 0}")"},
-      {[](TQJSONEncoder& e) {
-         e.encodeRect({kInfinity, -kInfinity, kNaN, 1e-320}, "r");
-       },
-       R"(,"r":"{{3.4028234663852886e+38, -3.4028234663852886e+38}, {0, 0}}")"},
-      {[](TQJSONEncoder& e) { e.encodeObject(num(true), "o"); }, R"(,"o":1)"},
-      {[](TQJSONEncoder& e) { e.encodeObject(num(1), "o", false); }, R"("o":1)"},
-      {[](TQJSONEncoder& e) { e.encodeObject(nullptr, "o", false); }, ""},
-      {[&](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(raw.get(), "s", true); },
-       R"(,"s":"a/b")"},
-      {[&](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(raw.get(), "s", false); },
-       R"("s":"a/b")"},
-      {[](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(nullptr, "s", true); }, ""},
-      {[&](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(*raw, false); }, "a/b"},
-      {[&](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(*raw, true); }, R"("a/b")"},
+  const auto members = [&](TQJSONEncoder& e) {
+    e.encodeBool(false, "b");
+    e.encodeInteger(std::numeric_limits<std::int64_t>::min(), "i");
+    e.encodePoint({0.1, -2}, "p");
+    e.encodeSize({0.1, -0.0}, "s");
+    e.encodeRect({kInfinity, -kInfinity, kNaN, 1e-320}, "r");
+    e.encodeObject(num(true), "o");
+    e.encodeObject(nullptr, "none");
+    e.encodeStringWithoutCheckingFormat(raw.get(), "t", true);
+    e.encodeStringWithoutCheckingFormat(nullptr, "none", true);
+    e.write("|");
+    e.encodeObject(raw, "o", false);
+    e.encodeStringWithoutCheckingFormat(raw.get(), "t", false);
+    e.encodeStringWithoutCheckingFormat(*raw, false);
+    e.encodeStringWithoutCheckingFormat(*raw, true);
   };
-  for (const auto& c : cases) EXPECT_EQ(membersOf(c.encode), c.text);
+  EXPECT_EQ(membersOf(members),
+            R"(,"b":false,"i":-9223372036854775808,"p":"{0.10000000000000001, -2}",)"
+            R"("s":"{0.10000000000000001, 0}",)"
+            R"("r":"{{3.4028234663852886e+38, -3.4028234663852886e+38}, {0, 0}}","o":1,)"
+            R"("t":"a/b"|"o":"a\/b""t":"a/b"a/b"a/b")");
 }
 
 TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
@@ -128,17 +87,13 @@ TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
   } cases[] = {
       {-0.0, "0", "0"},
       {kNaN, "0", "0"},
-      {5e-324, "0", "0"},
-      {-1e-39, "0", "0"},
       {std::nextafter(kSmallest, 0), "0", "0"},
       {kSmallest, "1.175494350822288e-38", "1.1754943508222875e-38"},
       {-kSmallest, "-1.175494350822288e-38", "-1.1754943508222875e-38"},
       {kLargest, "3.402823466385289e+38", "3.4028234663852886e+38"},
       {std::nextafter(kLargest, 0), "3.402823466385288e+38", "3.4028234663852882e+38"},
       {std::nextafter(kLargest, kInfinity), "3.402823466385289e+38", "3.4028234663852886e+38"},
-      {-1e300, "-3.402823466385289e+38", "-3.4028234663852886e+38"},
       {-kInfinity, "-3.402823466385289e+38", "-3.4028234663852886e+38"},
-      {1e20, "1e+20", "1e+20"},
       {12345678.9, "12345678.9", "12345678.9"},
   };
   for (const auto& c : cases) {
@@ -146,8 +101,6 @@ TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
     const std::string keyed = std::string(",\"k\":") + c.text16;
     EXPECT_EQ(membersOf([&](TQJSONEncoder& e) { e.encodeDouble(c.value, "k"); }), keyed);
     EXPECT_EQ(archiveOf(num(c.value)), c.text16);
-    EXPECT_EQ(archiveOf(Array::arrayWithNumbers(std::span(&c.value, 1))),
-              std::string("[") + c.text16 + "]");
     const std::string pair = std::string(",\"k\":\"{") + c.text17 + ", 1}\"";
     EXPECT_EQ(membersOf([&](TQJSONEncoder& e) { e.encodePoint({c.value, 1}, "k"); }), pair);
   }
@@ -166,11 +119,8 @@ TEST(TQJSONEncoder, WritesKeysAsText) {
     const char* text;
   } cases[] = {
       {str("a/\n"), R"({"a\/\n":null,"z":1})"},
-      {str(""), R"({"":null,"z":1})"},
       {num(true), R"({"1":null,"z":1})"},
-      {num(-12), R"({"-12":null,"z":1})"},
       {num(std::numeric_limits<std::uint64_t>::max()), R"({"18446744073709551615":null,"z":1})"},
-      {num(0.56), R"({"0.5600000000000001":null,"z":1})"},
       {num(1e300), R"({"1e+300":null,"z":1})"},
       {num(kNaN), R"({"nan":null,"z":1})"},
   };
@@ -196,25 +146,18 @@ TEST(TQJSONEncoder, GoesOnAfterAnErrorAndKeepsTheFirst) {
   error = nullptr;
   const std::string members = membersOf(
       [&](TQJSONEncoder& e) {
-        EXPECT_FALSE(e.error());
-        e.setError(nullptr);
         e.setError("mine", 7, "first");
         e.setError(Error::errorWithDomain("mine", 8, "second"));
         e.encodeObject(opaque, "o");
         e.encodeBool(true, "b");
-        EXPECT_EQ(e.error()->code(), 7);
       },
       &error);
   EXPECT_EQ(members, R"(,"o":,"b":true)");
   expectError(error, "mine", 7, "first");
 
-  error = nullptr;
-  EXPECT_FALSE(TQJSONEncoder::encodeObjectAsData(list, &error));
   EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(list));
-  EXPECT_TRUE(error);
-  const Ref<Error> before = error;
   EXPECT_EQ(TQJSONEncoder::encodeObjectAsString(str("é"), &error)->view(), "\"é\"");
-  EXPECT_EQ(error, before);  // left alone on success
+  EXPECT_TRUE(error);  // left alone on success
 }
 
 TEST(TQJSONEncoder, TurnsEveryExceptionIntoAnErrorAndStops) {
@@ -246,7 +189,6 @@ TEST(TQJSONEncoder, EncodesNothingOnceItHasAnError) {
   EXPECT_FALSE(sink->encodeRootObject(num(1), &error));
   expectError(error, "mine", 5, "no sink");
   EXPECT_EQ(sink->text, "");
-  EXPECT_FALSE(sink->encodeRootObject(num(1)));
 }
 
 /// `depth` arrays around `innermost`.
@@ -260,20 +202,14 @@ TEST(TQJSONEncoder, WritesAsDeepAsTheDecoderReads) {
   const std::string text = archiveOf(nested(kLimit, str("x")));
   EXPECT_EQ(text, std::string(kLimit, '[') + "\"x\"" + std::string(kLimit, ']'));
   EXPECT_TRUE(test::decoded(text));
-  const std::string inner = archiveOf(nested(kLimit - 1, Value::valueWithPoint({})));
-  EXPECT_TRUE(test::decoded(inner));
+  EXPECT_TRUE(decoded(archiveOf(nested(kLimit - 1, Value::valueWithPoint({})))));
 
   const Ref<MutableArray> cycle = MutableArray::array();
   cycle->addObject(num(1));
   cycle->addObject(cycle);
-  const Ref<MutableDictionary> loop = MutableDictionary::dictionary();
-  loop->setObject(loop, "self");
-  const Ref<Object> tooDeep[] = {nested(kLimit + 1, str("x")),
-                                 nested(kLimit, test::data("x")),
-                                 nested(kLimit, Value::valueWithPoint({})),
-                                 nested(100'000, num(1)),
-                                 cycle,
-                                 loop};
+  const Ref<Object> tooDeep[] = {nested(kLimit + 1, str("x")), nested(kLimit, test::data("x")),
+                                 nested(kLimit, Value::valueWithPoint({})), nested(100'000, num(1)),
+                                 cycle};
   for (const auto& graph : tooDeep) {
     Ref<Error> error;
     static_cast<void>(archiveOf(graph, &error));
@@ -282,16 +218,6 @@ TEST(TQJSONEncoder, WritesAsDeepAsTheDecoderReads) {
                 "may hold.");
   }
   cycle->removeAllObjects();
-  loop->removeAllObjects();
-}
-
-TEST(TQJSONEncoder, HoldsItsUserInfoWeakly) {
-  const auto sink = makeRef<test::TextSink>();
-  Ref<Object> info = str("context");
-  sink->setUserInfo(info);
-  EXPECT_EQ(sink->userInfo(), info);
-  info = nullptr;
-  EXPECT_FALSE(sink->userInfo());
 }
 
 TEST(TQJSONEncoder, NeverAsksTheLocale) {
@@ -302,8 +228,7 @@ TEST(TQJSONEncoder, NeverAsksTheLocale) {
   }
   if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
   EXPECT_EQ(archiveOf(num(1.5)), "1.5");
-  EXPECT_EQ(archiveOf(num(1.5f)), "1.5");
-  const Ref<Object> number = test::decoded("1.5");
+  const Ref<Object> number = decoded("1.5");
   EXPECT_TRUE(number && number->isEqual(*num(1.5)));
   std::setlocale(LC_NUMERIC, before.c_str());
 }
