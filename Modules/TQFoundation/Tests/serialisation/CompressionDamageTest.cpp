@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <vector>
-
 #include "serialisation/CompressionSupport.h"
 
 namespace tq {
@@ -23,53 +21,28 @@ std::size_t peakBytes() {
   return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
 }
 
-TEST(CompressionDamage, AnotherLengthGivesNone) {
-  const std::string plain = documentText(9000);
-  for (const auto& [name, algorithm] : kAlgorithms) {
-    SCOPED_TRACE(name);
-    std::string container = containerOf(plain, algorithm);
-    for (const std::uint64_t length : {0u, 1u, 8999u, 9001u, 18000u, 0xffffffffu}) {
-      container.replace(container.size() - 4, 4, littleEndian(length, 4));
-      EXPECT_EQ(dataByDecompressing_tq(bytesOf(container)), nullptr) << length;
-    }
-  }
-}
-
-TEST(CompressionDamage, CutStreamsGiveNone) {
-  // Below and above the length from which LZFSE has blocks of its own.
-  for (const std::string& plain : {documentText(900), documentText(6000)}) {
+// Below and above the length from which LZFSE has blocks of its own. Streams carry no sums, so
+// flipped bits may go unnoticed; the length never differs.
+TEST(CompressionDamage, GivesNoneOrTheLength) {
+  for (const std::string& plain : {documentText(700), documentText(5000)}) {
     for (const auto& [name, algorithm] : kAlgorithms) {
       SCOPED_TRACE(name);
-      const std::string container = containerOf(plain, algorithm);
+      std::string container = containerOf(plain, algorithm);
       const std::string_view stream = std::string_view(container).substr(10, container.size() - 18);
+      for (const std::uint64_t length :
+           {std::uint64_t{0}, plain.size() - 1, plain.size() + 1, std::uint64_t{0xffffffff}}) {
+        ASSERT_EQ(unpacked(algorithm, stream, length), nullptr) << length;
+      }
       for (std::size_t length = 0; length < stream.size(); ++length) {
         ASSERT_EQ(unpacked(algorithm, stream.substr(0, length), plain.size()), nullptr) << length;
       }
-    }
-  }
-}
-
-// Streams carry no sums, so damage may go unnoticed; the length never differs.
-TEST(CompressionDamage, FlippedBitsGiveNoneOrTheLength) {
-  std::vector<NamedAlgorithm> cases(kAlgorithms.begin(), kAlgorithms.end());
-  for (const std::string& plain : {documentText(700), documentText(5000)}) {
-    for (const auto& [name, algorithm] : cases) {
-      SCOPED_TRACE(name);
-      std::string container = containerOf(plain, algorithm);
-      std::size_t noticed = 0;
-      for (std::size_t bit = 0; bit < 8 * container.size(); bit += 3) {
+      for (std::size_t bit = 32; bit < 8 * container.size(); bit += 3) {
         const auto mask = static_cast<char>(1 << bit % 8);
         container[bit / 8] ^= mask;
         const Ref<Data> read = dataByDecompressing_tq(bytesOf(container));
         container[bit / 8] ^= mask;
-        if (read == nullptr) {
-          ++noticed;
-        } else if (bit >= 32) {
-          ASSERT_EQ(read->length(), plain.size());
-        }
+        ASSERT_TRUE(read == nullptr || read->length() == plain.size());
       }
-      EXPECT_GT(noticed, 0u);
-      EXPECT_EQ(textOf(dataByDecompressing_tq(bytesOf(container))), plain);
     }
   }
 }
@@ -78,13 +51,8 @@ TEST(CompressionDamage, LengthsThatLieTouchNoMemory) {
   const std::size_t before = peakBytes();
   for (const auto& [name, algorithm] : kAlgorithms) {
     SCOPED_TRACE(name);
-    const bool isDeflate = algorithm == TQCompressionAlgorithm::deflate;
-    const std::string head =
-        isDeflate ? fromHex("1f8b0800 00000000 0003")
-                  : littleEndian(static_cast<std::uint32_t>(algorithm), 8) + fromHex("0003");
     for (const std::size_t payload : {std::size_t{0}, std::size_t{100}, std::size_t{100'000}}) {
-      const std::string container = head + randomBytes(payload) + fromHex("00000000 ffffffff");
-      EXPECT_EQ(dataByDecompressing_tq(bytesOf(container)), nullptr);
+      EXPECT_EQ(unpacked(algorithm, randomBytes(payload), 0xffffffff), nullptr);
     }
     EXPECT_EQ(unpacked(algorithm, randomBytes(1000), ~std::uint64_t{0}), nullptr);
   }

@@ -40,8 +40,7 @@ inline std::string fromHex(std::string_view digits) {
   std::string bytes;
   std::string pair;
   for (const char digit : digits) {
-    if (digit == ' ') continue;
-    pair += digit;
+    if (digit != ' ') pair += digit;
     if (pair.size() < 2) continue;
     bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
     pair.clear();
@@ -80,9 +79,10 @@ inline std::string fileContents(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The stream of a container.
-inline std::string payloadOf(const Data& container) {
-  return std::string(container.view().substr(10, container.length() - 18));
+/// The stream in the container of `plain`.
+inline std::string payloadOf(std::string_view plain, TQCompressionAlgorithm algorithm) {
+  const Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytesOf(plain), algorithm);
+  return std::string(container->view().substr(10, container->length() - 18));
 }
 
 inline Ref<Data> unpacked(TQCompressionAlgorithm algorithm, std::string_view stream,
