@@ -61,52 +61,22 @@ class TQJSONDecoderTest : public testing::Test {
   CapturedLog log_;
 };
 
-TEST_F(TQJSONDecoderTest, ReadsPlainValuesWhateverIsAtTheTop) {
-  const struct {
-    const char* text;
-    Ref<Object> object;
-  } cases[] = {
-      {"null", Null::null()},
-      {"\xEF\xBB\xBF-2.5", num(-2.5)},
-      {"true", num(true)},
-      {R"("a\/b\u00e9")", str("a/bé")},
-      {"[1,[\"x\"],null]",
-       Array::arrayWithObjects({num(1), Array::arrayWithObjects({str("x")}), Null::null()})},
-      {R"({"b":1,"a":{"c":[]}})",
-       Dictionary::dictionaryWithEntries(
-           {{"b", num(1)}, {"a", Dictionary::dictionaryWithEntries({{"c", Array::array()}})}})},
-      {R"({"_data":"AAEC"})", data(std::string_view("\0\1\2", 3))},
-      {R"({"_class":"NSValue","type":"point","value":"{1, 2}"})", Value::valueWithPoint({1, 2})},
-      {R"({"_class":"NSValue","type":"size","value":"{1, 2}"})", Value::valueWithSize({1, 2})},
-      {R"({"_class":"NSValue","type":"rect"})", Value::valueWithRect({})},
-      {R"({"_class":"NSValue","type":7})", Value::valueWithBytes({}, {})},
-  };
-  for (const auto& c : cases) {
-    Ref<Error> error = Error::errorWithDomain("old", 1, "old");
-    const Ref<Object> object = decoded(c.text, &error);
-    ASSERT_TRUE(object) << c.text;
-    EXPECT_TRUE(object->isEqual(*c.object)) << described(object);
-    EXPECT_FALSE(error);  // always written
-
-    const Ref<TQJSONDecoder> again = TQJSONDecoder::initWithData(*data(c.text));
-    const Ref<Object> fromTree = TQJSONDecoder::initWithRootObject(again->root())->decode();
-    ASSERT_TRUE(fromTree);
-    EXPECT_TRUE(fromTree->isEqual(*c.object)) << described(fromTree);
-  }
-  EXPECT_FALSE(TQJSONDecoder::init()->decode());
-  EXPECT_FALSE(TQJSONDecoder::init()->currentObjectDict());
-  EXPECT_FALSE(TQJSONDecoder::init()->containsValueForKey("x"));
-  EXPECT_TRUE(log_.messages().empty());
-}
-
-TEST_F(TQJSONDecoderTest, DropsWhatDecodesToNone) {
+TEST_F(TQJSONDecoderTest, ReadsWhateverIsAtTheTopAndDropsWhatDecodesToNone) {
   const struct {
     const char* text;
     const char* description;
   } cases[] = {
+      {"null", "<null>"},
+      {"\xEF\xBB\xBF-2.5", "-2.5"},
+      {R"("a\/b\u00e9")", "a/bé"},
+      {R"([1,["x"],null])", "(1, (x), <null>)"},
+      {R"({"b":1,"a":{"c":[]}})", "{b = 1; a = {c = ();};}"},
+      {R"({"_data":"AAEC"})", "<3 bytes: 000102>"},
+      {R"([{"_class":"NSValue","type":"rect"}])", "({{0, 0}, {0, 0}})"},
+      {R"({"_class":"NSValue","type":"size","value":"{1, 2}"})", "{1, 2}"},
+      {R"({"_class":"NSValue","type":7})", "<, 0 bytes>"},
       {R"({"_class":"Unknown","a":1})", "(null)"},
       {R"([1,{"_class":"Unknown"},2])", "(1, 2)"},
-      {R"([{"_class":"Unknown"}])", "()"},
       {R"({"a":{"_class":"Unknown"},"b":2})", "{b = 2;}"},
       {R"([{"_class":"Choosy"},{"_class":5},{"_class":null},{"_class":[]}])", "()"},
       {R"([{"_data":[]},{"_data":5},{"_data":"A"},{"_data":"AA\n="},{"_data":""}])",
@@ -114,13 +84,16 @@ TEST_F(TQJSONDecoderTest, DropsWhatDecodesToNone) {
       {R"([{"_archive":"x"},{"_archive":{}},{"_archive":""},{"_archive":"AAAA"}])", "()"},
       {R"({"_archive":"x","_class":"NSValue","_data":"AAAA"})", "(null)"},
       {R"({"_data":"AAAA","_class":"Unknown"})", "(null)"},
-      {R"([{"_class":"unknown","x":{"_class":"Plain"}}])", "()"},
   };
   for (const auto& c : cases) {
-    Ref<Error> error;
+    Ref<Error> error = Error::errorWithDomain("old", 1, "old");
     EXPECT_EQ(described(decoded(c.text, &error)), c.description) << c.text;
-    EXPECT_FALSE(error) << c.text;
+    EXPECT_FALSE(error) << c.text;  // always written
+    const Ref<Object> tree = TQJSONDecoder::initWithData(*data(c.text))->root();
+    EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()), c.description);
   }
+  EXPECT_FALSE(TQJSONDecoder::init()->decode());
+  EXPECT_FALSE(TQJSONDecoder::init()->containsValueForKey("x"));
   EXPECT_TRUE(log_.messages().empty());
 }
 
@@ -186,65 +159,52 @@ TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
   EXPECT_EQ(refCast<Array>(decoder->decode())->count(), 3u);
 }
 
-TEST_F(TQJSONDecoderTest, ReadsNumbersLeniently) {
+TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
+  constexpr auto kLargest = std::numeric_limits<std::int64_t>::max();
   const struct {
     const char* json;
     double asDouble;
     bool asBool;
     std::int64_t asInteger;
+    Rect asRect;
   } cases[] = {
-      {"1", 1, true, 1},
-      {"true", 1, true, 1},
-      {"-2.9", -2.9, true, -2},
-      {"0.5", 0.5, true, 0},
-      {"1e300", 1e300, true, std::numeric_limits<std::int64_t>::max()},
-      {"18446744073709551615", 18446744073709551615.0, true,
-       std::numeric_limits<std::int64_t>::max()},
-      {R"(" -12.5e1x")", -125, true, -12},
-      {R"("0x10")", 0, false, 0},
-      {R"("YES")", 0, true, 0},
-      {"null", 0, false, 0},
-      {"[1]", 0, false, 0},
+      {"true", 1, true, 1, {}},
+      {"-2.9", -2.9, true, -2, {}},
+      {"0.5", 0.5, true, 0, {}},
+      {"1e300", 1e300, true, kLargest, {}},
+      {"18446744073709551615", 18446744073709551615.0, true, kLargest, {}},
+      {R"(" -12.5e1x")", -125, true, -12, {-125, 0, 0, 0}},
+      {R"("0x10")", 0, false, 0, {0, 10, 0, 0}},
+      {R"("YES")", 0, true, 0, {}},
+      {R"("{{1, 2}, {3, 4}}")", 0, false, 0, {1, 2, 3, 4}},
+      {R"("-0.6a5.4das-105.7bfh24.3")", -0.6, false, 0, {-0.6, 5.4, -105.7, 24.3}},
+      {"null", 0, false, 0, {}},
+      {"[1]", 0, false, 0, {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.json);
     reading(std::string("\"k\":") + c.json, [&](TQJSONDecoder& decoder) {
+      const Point origin = c.asRect.origin;
       EXPECT_TRUE(decoder.containsValueForKey("k"));
       EXPECT_EQ(decoder.decodeDoubleForKey("k", 9), c.asDouble);
       EXPECT_EQ(decoder.decodeBoolForKey("k", !c.asBool), c.asBool);
       EXPECT_EQ(decoder.decodeIntegerForKey("k", 9), c.asInteger);
-      EXPECT_FALSE(decoder.containsValueForKey("K"));
-      EXPECT_EQ(decoder.decodeDoubleForKey("K", 9), 9);
-      EXPECT_TRUE(decoder.decodeBoolForKey("K", true));
-      EXPECT_EQ(decoder.decodeIntegerForKey("K", -9), -9);
-      EXPECT_FALSE(decoder.decodeObjectForKey("K"));
-    });
-  }
-}
-
-TEST_F(TQJSONDecoderTest, ReadsGeometryFromTheNumbersOfAString) {
-  const struct {
-    const char* json;
-    Rect rect;
-  } cases[] = {
-      {R"("{{1, 2}, {3, 4}}")", {1, 2, 3, 4}},
-      {R"("-0.6a5.4das-105.7bfh24.3")", {-0.6, 5.4, -105.7, 24.3}},
-      {"5", {}},
-      {"[1,2,3,4]", {}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.json);
-    reading(std::string("\"k\":") + c.json, [&](TQJSONDecoder& decoder) {
-      const Point origin = c.rect.origin;
-      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("k", {9, 9, 9, 9})), textFromRect(c.rect));
+      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("k", {9, 9, 9, 9})), textFromRect(c.asRect));
       EXPECT_EQ(decoder.decodePointForKey("k", {9, 9}), origin);
       EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("k", {9, 9})),
                 textFromSize({origin.x, origin.y}));
-      EXPECT_EQ(decoder.decodePointForKey("K", {9, 8}), (Point{9, 8}));
-      EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("K", {9, 8})), "{9, 8}");
-      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("K")), textFromRect({}));
     });
   }
+  reading("\"k\":1", [&](TQJSONDecoder& decoder) {
+    EXPECT_FALSE(decoder.containsValueForKey("K"));
+    EXPECT_FALSE(decoder.decodeObjectForKey("K"));
+    EXPECT_EQ(decoder.decodeDoubleForKey("K", 9), 9);
+    EXPECT_TRUE(decoder.decodeBoolForKey("K", true));
+    EXPECT_EQ(decoder.decodeIntegerForKey("K", -9), -9);
+    EXPECT_EQ(decoder.decodePointForKey("K", {9, 8}), (Point{9, 8}));
+    EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("K", {9, 8})), "{9, 8}");
+    EXPECT_EQ(textFromRect(decoder.decodeRectForKey("K", {9, 8, 7, 6})), "{{9, 8}, {7, 6}}");
+  });
 }
 
 TEST_F(TQJSONDecoderTest, EachObjectReadsItsOwnMembers) {
@@ -281,7 +241,6 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
   Ref<Error> error;
   EXPECT_FALSE(decoded(text, &error));
   ASSERT_TRUE(error);
-  EXPECT_EQ(error->domain(), CocoaErrorDomain);
   EXPECT_EQ(error->userInfo().objectForKey(JSONDocument::kErrorIndexKey)->description(), "8");
   EXPECT_EQ(log_.messages(), (std::vector<std::string>{
                                  "Strange \\x9 character at 3\n", "Strange \\x1f character at 5\n",
@@ -321,14 +280,10 @@ TEST_F(TQJSONDecoderTest, ReadsParsedTreesOfEveryShape) {
       {test::illFormed(), Dictionary::dictionaryWithEntries({{"_data", str("AAAA")}})},
       {Null::null(), Dictionary::dictionaryWithEntries({{"_class", str("Unknown")}})},
   };
-  const auto tree = Dictionary::dictionaryWithEntries(entries);
-  const Ref<Dictionary> read =
-      refCast<Dictionary>(TQJSONDecoder::initWithRootObject(tree)->decode());
-  ASSERT_TRUE(read);
-  ASSERT_EQ(read->count(), 2u);  // keys are kept as they were
-  EXPECT_TRUE(read->objectForKey(*num(1))->isEqual(*str("one")));
-  EXPECT_TRUE(
-      read->objectForKey(*test::illFormed())->isEqual(*data(std::string_view("\0\0\0", 3))));
+  const Ref<Object> tree = Dictionary::dictionaryWithEntries(entries);
+  const std::string keysAsTheyWere = described(illFormed());
+  EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()),
+            "{1 = one; " + keysAsTheyWere + " = <3 bytes: 000000>;}");
 }
 
 TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {

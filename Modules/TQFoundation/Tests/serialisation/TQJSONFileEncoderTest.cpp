@@ -108,7 +108,7 @@ TEST(TQJSONFileEncoder, TellsTheFirstFailedWriteAndGoesOn) {
 TEST(TQJSONFileEncoder, FlushesAfterAFailedEncodingToo) {
   const Writes writes({{-1, EIO}});
   Ref<Error> error;
-  const auto broken = Array::arrayWithObjects({num(1), makeRef<test::Opaque>()});
+  const auto broken = Array::arrayWithObjects({num(1), makeRef<Opaque>()});
   EXPECT_FALSE(TQJSONEncoder::encodeObject(broken, anyFile, &error));
   expectError(error, TQJSONEncoderError, 1, "Error - can't encode object of class Opaque");
   EXPECT_EQ(Writes::text, "[1,]");
