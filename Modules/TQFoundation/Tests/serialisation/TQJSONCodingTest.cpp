@@ -68,10 +68,7 @@ class Disguised final : public Subclass<Disguised, Base> {
 TEST(TQJSONCoding, AClassOverridesAnyStep) {
   const std::pair<Ref<Object>, Ref<Object>> entries[] = {{makeRef<Stepwise>(), num(1)}};
   const Ref<Object> itself = makeRef<Replaced>(nullptr);
-  const struct {
-    Ref<Object> object;
-    const char* text;
-  } cases[] = {
+  const std::pair<Ref<Object>, const char*> cases[] = {
       {makeRef<Stepwise>(), R"(<me,"k":true>)"},
       {makeRef<Inheriting>(), R"(<heir,"k":true>)"},
       {makeRef<RawArray>(), "raw"},
@@ -82,7 +79,7 @@ TEST(TQJSONCoding, AClassOverridesAnyStep) {
       {makeRef<Replaced>(itself), R"({"_class":"Replaced","itself":true})"},
       {makeRef<Replaced>(makeRef<Replaced>(num(1))), R"({"_class":"Replaced","itself":true})"},
   };
-  for (const auto& c : cases) EXPECT_EQ(archiveOf(c.object), c.text);
+  for (const auto& [object, text] : cases) EXPECT_EQ(archiveOf(object), text);
 }
 
 TEST(TQJSONCoding, DefaultStepsWriteWhatTheKindAsksFor) {

@@ -62,10 +62,7 @@ class TQJSONDecoderTest : public testing::Test {
 };
 
 TEST_F(TQJSONDecoderTest, ReadsWhateverIsAtTheTopAndDropsWhatDecodesToNone) {
-  const struct {
-    const char* text;
-    const char* description;
-  } cases[] = {
+  const std::pair<const char*, const char*> cases[] = {
       {"null", "<null>"},
       {"\xEF\xBB\xBF-2.5", "-2.5"},
       {R"("a\/b\u00e9")", "a/bé"},
@@ -85,12 +82,12 @@ TEST_F(TQJSONDecoderTest, ReadsWhateverIsAtTheTopAndDropsWhatDecodesToNone) {
       {R"({"_archive":"x","_class":"NSValue","_data":"AAAA"})", "(null)"},
       {R"({"_data":"AAAA","_class":"Unknown"})", "(null)"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [text, description] : cases) {
     Ref<Error> error = Error::errorWithDomain("old", 1, "old");
-    EXPECT_EQ(described(decoded(c.text, &error)), c.description) << c.text;
-    EXPECT_FALSE(error) << c.text;  // always written
-    const Ref<Object> tree = TQJSONDecoder::initWithData(*data(c.text))->root();
-    EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()), c.description);
+    EXPECT_EQ(described(decoded(text, &error)), description) << text;
+    EXPECT_FALSE(error) << text;  // always written
+    const Ref<Object> tree = TQJSONDecoder::initWithData(*data(text))->root();
+    EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()), description);
   }
   EXPECT_FALSE(TQJSONDecoder::init()->decode());
   EXPECT_FALSE(TQJSONDecoder::init()->containsValueForKey("x"));
@@ -246,17 +243,16 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
                                  "Strange \\x9 character at 3\n", "Strange \\x1f character at 5\n",
                                  "Strange \\x1 character at 8\n", error->description()}));
 
-  const struct {
-    std::string_view text;
-    const char* description;
-  } cases[] = {
+  const std::pair<std::string_view, const char*> cases[] = {
       {"\"a\tb\nc\"", "a?b?c"},
       {"[\n\"a\tb\"\n]", "(null)"},  // pretty-printed text does not survive
       {"[\n\"a\"\n]", "(a)"},
       {std::string_view("\"a\0b\"", 5), "(null)"},  // NUL stays
       {"", "(null)"},
   };
-  for (const auto& c : cases) EXPECT_EQ(described(decoded(c.text)), c.description) << c.text;
+  for (const auto& [given, description] : cases) {
+    EXPECT_EQ(described(decoded(given)), description) << given;
+  }
 }
 
 TEST_F(TQJSONDecoderTest, DecodesOneTextAfterAnother) {

@@ -1,6 +1,5 @@
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
 
-#include <clocale>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -18,28 +17,22 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
   const Ref<Null> null = Null::null();
   const NumberValue mixed[] = {true, 2.5, 3, std::uint64_t{1} << 63};
-  const struct {
-    Ref<Object> object;
-    const char* text;
-  } cases[] = {
+  const std::pair<Ref<Object>, const char*> cases[] = {
       {null, "null"},
       {str("a/b"), R"("a\/b")"},
       {num(true), "1"},
       {num(std::int8_t{-128}), "-128"},
-      {num(std::uint8_t{255}), "255"},
       {num(4294967295u), "4294967295"},
       {num(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808"},
       {num(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615"},
       {num(0.1f), "0.1"},
       {num(16777216.f), "1.677722e+07"},
       {num(0.56), "0.5600000000000001"},
-      {Array::array(), "[]"},
       {Array::arrayWithObjects({null, Array::array(), str("x")}), R"([null,[],"x"])"},
       {Array::arrayWithNumbers(mixed), "[1,2.5,3,9223372036854775808]"},
       {Dictionary::dictionary(), "{}"},
       {Dictionary::dictionaryWithEntries({{"z", null}, {"a", Dictionary::dictionary()}}),
        R"({"z":null,"a":{}})"},
-      {test::data(""), R"({"_data":""})"},
       {test::data("\xff\xff\xfe"), R"({"_data":"\/\/\/+"})"},
       {Value::valueWithPoint({0.1, -2}),
        R"({"_class":"NSValue","type":"point","value":"{0.1, -2}"})"},
@@ -48,8 +41,7 @@ TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
       {Value::valueWithRect({1, 2, -3, 0.56}),
        R"({"_class":"NSValue","type":"rect","value":"{1, 2, -3, 0.5600000000000001}"})"},
   };
-  for (const auto& c : cases) EXPECT_EQ(archiveOf(c.object), c.text);
-  EXPECT_EQ(archiveOf(nullptr), "");
+  for (const auto& [object, text] : cases) EXPECT_EQ(archiveOf(object), text);
 }
 
 TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
@@ -108,87 +100,21 @@ TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
   EXPECT_EQ(archiveOf(num(-std::numeric_limits<float>::quiet_NaN())), "0");
 }
 
+Ref<Object> keyed(Ref<Object> key) {
+  const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},
+                                                         {str("z"), num(1)}};
+  return Dictionary::dictionaryWithEntries(entries);
+}
+
 TEST(TQJSONEncoder, WritesKeysAsText) {
-  const auto keyed = [](Ref<Object> key) {
-    const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},
-                                                           {str("z"), num(1)}};
-    return Dictionary::dictionaryWithEntries(entries);
-  };
-  const struct {
-    Ref<Object> key;
-    const char* text;
-  } cases[] = {
+  const std::pair<Ref<Object>, const char*> cases[] = {
       {str("a/\n"), R"({"a\/\n":null,"z":1})"},
       {num(true), R"({"1":null,"z":1})"},
       {num(std::numeric_limits<std::uint64_t>::max()), R"({"18446744073709551615":null,"z":1})"},
       {num(1e300), R"({"1e+300":null,"z":1})"},
       {num(kNaN), R"({"nan":null,"z":1})"},
   };
-  for (const auto& c : cases) EXPECT_EQ(archiveOf(keyed(c.key)), c.text);
-
-  Ref<Error> error;
-  EXPECT_EQ(archiveOf(keyed(Null::null()), &error), R"({:null,"z":1})");
-  expectError(error, TQJSONEncoderError, 2,
-              "Don't know how to encode objects of class Null as keys");
-  error = nullptr;
-  static_cast<void>(archiveOf(keyed(test::illFormed()), &error));
-  expectError(error, TQJSONEncoderError, 2,
-              "Don't know how to encode objects of class String as keys");
-}
-
-TEST(TQJSONEncoder, GoesOnAfterAnErrorAndKeepsTheFirst) {
-  const auto opaque = makeRef<test::Opaque>();
-  Ref<Error> error;
-  const auto list = Array::arrayWithObjects({num(1), opaque, str("x")});
-  EXPECT_EQ(archiveOf(list, &error), R"([1,,"x"])");
-  expectError(error, TQJSONEncoderError, 1, "Error - can't encode object of class Opaque");
-
-  error = nullptr;
-  const std::string members = membersOf(
-      [&](TQJSONEncoder& e) {
-        e.setError("mine", 7, "first");
-        e.setError(Error::errorWithDomain("mine", 8, "second"));
-        e.encodeObject(opaque, "o");
-        e.encodeBool(true, "b");
-      },
-      &error);
-  EXPECT_EQ(members, R"(,"o":,"b":true)");
-  expectError(error, "mine", 7, "first");
-
-  EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(list));
-  EXPECT_EQ(TQJSONEncoder::encodeObjectAsString(str("é"), &error)->view(), "\"é\"");
-  EXPECT_TRUE(error);  // left alone on success
-}
-
-TEST(TQJSONEncoder, TurnsEveryExceptionIntoAnErrorAndStops) {
-  const struct {
-    void (*raise)();
-    const char* text;
-  } cases[] = {
-      {[] { throw Exception("Name", "the reason"); }, "the reason"},
-      {[] { throw Exception("Name", ""); }, "Name"},
-      {[] { throw std::runtime_error("bad \xff byte"); }, "bad \uFFFD byte"},
-      {[] { throw 3; }, "unknown exception"},
-  };
-  for (const auto& c : cases) {
-    const auto list = Array::arrayWithObjects({makeRef<Scripted>([&](TQJSONEncoder& e) {
-                                                 e.encodeBool(true, "b");
-                                                 c.raise();
-                                               }),
-                                               num(1)});
-    Ref<Error> error;
-    EXPECT_EQ(archiveOf(list, &error), R"([{"_class":"Scripted","b":true)");
-    expectError(error, TQJSONEncoderError, 0, c.text);
-  }
-}
-
-TEST(TQJSONEncoder, EncodesNothingOnceItHasAnError) {
-  const auto sink = makeRef<test::TextSink>();
-  sink->setError("mine", 5, "no sink");
-  Ref<Error> error;
-  EXPECT_FALSE(sink->encodeRootObject(num(1), &error));
-  expectError(error, "mine", 5, "no sink");
-  EXPECT_EQ(sink->text, "");
+  for (const auto& [key, text] : cases) EXPECT_EQ(archiveOf(keyed(key)), text);
 }
 
 /// `depth` arrays around `innermost`.
@@ -197,40 +123,73 @@ Ref<Object> nested(int depth, Ref<Object> innermost) {
   return innermost;
 }
 
-TEST(TQJSONEncoder, WritesAsDeepAsTheDecoderReads) {
-  constexpr int kLimit = TQJSONEncoder::kDepthLimit;
-  const std::string text = archiveOf(nested(kLimit, str("x")));
-  EXPECT_EQ(text, std::string(kLimit, '[') + "\"x\"" + std::string(kLimit, ']'));
-  EXPECT_TRUE(test::decoded(text));
-  EXPECT_TRUE(decoded(archiveOf(nested(kLimit - 1, Value::valueWithPoint({})))));
+Ref<Object> raising(std::function<void()> raise) {
+  return makeRef<Scripted>([raise](TQJSONEncoder& e) {
+    e.encodeBool(true, "b");
+    raise();
+  });
+}
 
+TEST(TQJSONEncoder, TellsOfEveryFailureAndWritesAsDeepAsTheDecoderReads) {
+  constexpr int kLimit = TQJSONEncoder::kDepthLimit;
+  EXPECT_TRUE(decoded(archiveOf(nested(kLimit, str("x")))));
+  EXPECT_TRUE(decoded(archiveOf(nested(kLimit - 1, Value::valueWithPoint({})))));
   const Ref<MutableArray> cycle = MutableArray::array();
   cycle->addObject(num(1));
   cycle->addObject(cycle);
-  const Ref<Object> tooDeep[] = {nested(kLimit + 1, str("x")), nested(kLimit, test::data("x")),
-                                 nested(kLimit, Value::valueWithPoint({})), nested(100'000, num(1)),
-                                 cycle};
-  for (const auto& graph : tooDeep) {
+  const char* tooDeep =
+      "The graph is cyclic, or nested deeper than the 512 containers that an archive may hold.";
+  const struct {
+    Ref<Object> object;
+    std::int64_t code;
+    const char* error;
+    const char* text = nullptr;
+  } cases[] = {
+      {keyed(Null::null()), 2, "Don't know how to encode objects of class Null as keys",
+       R"({:null,"z":1})"},
+      {keyed(illFormed()), 2, "Don't know how to encode objects of class String as keys"},
+      {Array::arrayWithObjects({num(1), makeRef<Opaque>(), str("x")}), 1,
+       "Error - can't encode object of class Opaque", R"([1,,"x"])"},
+      {Array::arrayWithObjects({raising([] { throw Exception("Name", "the reason"); }), num(1)}), 0,
+       "the reason", R"([{"_class":"Scripted","b":true)"},
+      {raising([] { throw Exception("Name", ""); }), 0, "Name"},
+      {raising([] { throw std::runtime_error("bad \xff byte"); }), 0, "bad \uFFFD byte"},
+      {raising([] { throw 3; }), 0, "unknown exception"},
+      {nested(kLimit + 1, str("x")), 0, tooDeep},
+      {nested(kLimit, test::data("x")), 0, tooDeep},
+      {nested(kLimit, Value::valueWithPoint({})), 0, tooDeep},
+      {nested(100'000, num(1)), 0, tooDeep},
+      {cycle, 0, tooDeep},
+  };
+  for (const auto& c : cases) {
     Ref<Error> error;
-    static_cast<void>(archiveOf(graph, &error));
-    expectError(error, TQJSONEncoderError, 0,
-                "The graph is cyclic, or nested deeper than the 512 containers that an archive "
-                "may hold.");
+    const std::string text = archiveOf(c.object, &error);
+    EXPECT_EQ(text, c.text != nullptr ? c.text : text);
+    expectError(error, TQJSONEncoderError, c.code, c.error);
   }
   cycle->removeAllObjects();
 }
 
-TEST(TQJSONEncoder, NeverAsksTheLocale) {
-  const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-  bool found = false;
-  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "nl_NL.UTF-8"}) {
-    found = found || std::setlocale(LC_NUMERIC, name) != nullptr;
-  }
-  if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
-  EXPECT_EQ(archiveOf(num(1.5)), "1.5");
-  const Ref<Object> number = decoded("1.5");
-  EXPECT_TRUE(number && number->isEqual(*num(1.5)));
-  std::setlocale(LC_NUMERIC, before.c_str());
+TEST(TQJSONEncoder, KeepsTheFirstErrorAndEncodesNothingWithOneFromBefore) {
+  Ref<Error> error;
+  const std::string members = membersOf(
+      [&](TQJSONEncoder& e) {
+        e.setError("mine", 7, "first");
+        e.setError(Error::errorWithDomain("mine", 8, "second"));
+        e.encodeObject(makeRef<Opaque>(), "o");
+        e.encodeBool(true, "b");
+      },
+      &error);
+  EXPECT_EQ(members, R"(,"o":,"b":true)");
+  expectError(error, "mine", 7, "first");
+  EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(makeRef<Opaque>()));
+  EXPECT_EQ(TQJSONEncoder::encodeObjectAsString(str("é"), &error)->view(), "\"é\"");
+  EXPECT_TRUE(error);  // left alone on success
+
+  const auto sink = makeRef<TextSink>();
+  sink->setError(error);
+  EXPECT_FALSE(sink->encodeRootObject(num(1)));
+  EXPECT_EQ(sink->text, "");
 }
 
 }  // namespace
