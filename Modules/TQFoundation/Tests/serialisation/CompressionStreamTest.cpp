@@ -30,6 +30,11 @@ TEST(LZFSEStream, OfOthersIsRead) {
     bool isReferenceEncoding = true;
   } cases[] = {
       {"empty", 0, "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
+      {"one", 1, "c3156e00d3c2588c639e0d3cf6821258b05761c7"},
+      {"seven", 7, "de69b8a4a5604d0486e6420db81e39eb464a17b2"},
+      {"text100", 100, "cb94d43dae6a7dc31c15b22e540d280d426dc61b"},
+      {"rand2000", 2000, "537e1806134cdb5035f0c9a035766f87dcb84198"},
+      {"rep4096", 4096, "21f71fef581769bfa5d3d8dd9dfa15d8e3c8dd9e"},
       {"text3000", 3000, "a3da84ac0250f200b86bba7ca64fda356c963de0"},
       {"rep4095", 4095, "f454aa587cf3c3b9059ede530a27a727259df32b"},
       {"rand4096", 4096, "31066b9a480e63dd724022aac577353646a555bd"},
