@@ -1,7 +1,10 @@
 #include <chrono>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "Commands/Command.h"
@@ -28,25 +31,77 @@ struct Total {
   Features leftOut;
 };
 
-[[nodiscard]] RoundTrip checkOne(const std::string& file, bool draw) {
-  constexpr int kSide = 128;
-  RoundTrip result = roundTrip(file);
-  if (draw && result.trouble.empty() && !looksTheSame(*result.document, *result.reopened, kSide)) {
-    result.differences.push_back("the pixels differ");
+/// What a drawing's check came to, without the drawing.
+class Checked final : public tq::Subclass<Checked> {
+ public:
+  static constexpr std::string_view className = "TQDocChecked";
+
+  Checked(const std::string& file, bool draw) : result(roundTrip(file)) {
+    constexpr int kSide = 128;
+    if (!result.trouble.empty()) return;
+    shapes = result.document->shapeCount();
+    if (draw && !looksTheSame(*result.document, *result.reopened, kSide)) {
+      result.differences.push_back("the pixels differ");
+    }
+    result.document = nullptr;
+    result.reopened = nullptr;
   }
-  return result;
+
+  RoundTrip result;
+  std::size_t shapes = 0;
+};
+
+/// Checks the drawings on all cores, with a progress bar. @return a Checked for each, in order
+/// @throws what a check throws, such as std::bad_alloc
+[[nodiscard]] tq::Ref<tq::Array> checkAll(const std::vector<std::string>& files, bool draw) {
+  std::vector<tq::Ref<tq::Object>> names;
+  for (const std::string& file : files) {
+    names.push_back(tq::Data::dataWithBytes(file));  // any bytes: a file's name need not be text
+  }
+  const auto progress = tq::makeRef<Progress>(files.size());
+  const auto limiter = tq::TQRateLimiter::initWithTarget(progress, &Progress::draw);
+  const auto checkOne = [&](const tq::Object& name) -> tq::Ref<tq::Object> {
+    const std::string file(tq::objectCast<tq::Data>(&name)->view());
+    auto checked = tq::makeRef<Checked>(file, draw);
+    progress->step(file);
+    limiter->setNeedsUpdate(true);
+    return checked;
+  };
+  tq::Ref<tq::Array> all;
+  std::exception_ptr fault;
+  const tq::ArrayMapOutcome finish = [&](tq::Ref<tq::Array> results, std::exception_ptr failure) {
+    all = std::move(results);
+    fault = std::move(failure);
+    tq::mainQueueAsync([] { tq::RunLoop::main().stop(); });
+  };
+  const auto cores = static_cast<std::ptrdiff_t>(std::thread::hardware_concurrency());
+  tq::mapWithMaxConcurrencyCount(*tq::Array::arrayWithObjects(std::move(names)), cores, checkOne,
+                                 finish);
+  tq::RunLoop::main().run();
+  if (fault) std::rethrow_exception(fault);
+  return all;
 }
 
-void add(const RoundTrip& one, Total& total) {
-  if (!one.trouble.empty()) {
+void add(const Checked& one, Total& total) {
+  if (!one.result.trouble.empty()) {
     ++total.troubles;
     return;
   }
   ++total.drawings;
-  total.shapes += one.document->shapeCount();
-  total.bytes += one.archiveBytes;
-  total.differences += one.differences.empty() ? 0 : 1;
-  for (const auto& [name, feature] : one.leftOut) total.leftOut[name].count += feature.count;
+  total.shapes += one.shapes;
+  total.bytes += one.result.archiveBytes;
+  total.differences += one.result.differences.empty() ? 0 : 1;
+  for (const auto& [name, feature] : one.result.leftOut) {
+    total.leftOut[name].count += feature.count;
+  }
+}
+
+void tell(const std::string& file, const RoundTrip& one, bool verbose) {
+  if (!one.trouble.empty()) reportTrouble(one.trouble);
+  for (const auto& difference : one.differences) reportTrouble(file + ": " + difference);
+  if (verbose && !one.leftOut.empty()) {
+    std::cout << printable(file) << ": left out: " << summary(one.leftOut) << '\n';
+  }
 }
 
 void print(const Total& total, const FileList& list, double seconds) {
@@ -67,19 +122,11 @@ Outcome check(const Options& options) {
   const FileList list = listFiles(options.files);
   if (list.files.empty()) return reportTrouble("there is no drawing to check");
   Total total;
-  {
-    Progress progress(list.files.size());
-    for (const std::string& file : list.files) {
-      const RoundTrip one = checkOne(file, options.draw);
-      add(one, total);
-      progress.step(file);
-      const bool talks = options.verbose && !one.leftOut.empty();
-      if (one.trouble.empty() && one.differences.empty() && !talks) continue;
-      progress.wipe();
-      if (!one.trouble.empty()) reportTrouble(one.trouble);
-      for (const auto& difference : one.differences) reportTrouble(file + ": " + difference);
-      if (talks) std::cout << printable(file) << ": left out: " << summary(one.leftOut) << '\n';
-    }
+  const tq::Ref<tq::Array> all = checkAll(list.files, options.draw);
+  for (std::size_t i = 0; i < list.files.size(); ++i) {
+    const auto& one = static_cast<const Checked&>(all->objectAtIndex(i));
+    add(one, total);
+    tell(list.files[i], one.result, options.verbose);
   }
   print(total, list,
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());

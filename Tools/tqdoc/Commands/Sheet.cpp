@@ -53,15 +53,16 @@ Outcome sheet(const Options& options) {
 
   Outcome outcome = Outcome::fine;
   const auto worsen = [&](Outcome other) { outcome = std::max(outcome, other); };
-  Progress progress(files.size());
+  const auto progress = tq::makeRef<Progress>(files.size());
   for (std::size_t i = 0; i < files.size(); ++i) {
-    progress.step(files[i]);
+    progress->step(files[i]);
+    progress->draw();
     const tq::Rect card{extent(i % columns, cellWidth), extent(i / columns, cellHeight),
                         double(cellWidth), double(cellHeight)};
     canvas.fill(card, {1, 1, 1});
     const RoundTrip one = roundTrip(files[i]);
     if (!one.trouble.empty()) {
-      progress.wipe();
+      progress->wipe();
       worsen(reportTrouble(one.trouble));
       continue;
     }
@@ -71,12 +72,12 @@ Outcome sheet(const Options& options) {
     square.origin.x += options.size + kGap;
     canvas.draw(*one.reopened, square);
     if (!one.differences.empty() || !looksTheSame(*one.document, *one.reopened, options.size)) {
-      progress.wipe();
+      progress->wipe();
       reportTrouble(files[i] + ": the reopened archive is another drawing");
       worsen(Outcome::different);
     }
   }
-  progress.wipe();
+  progress->wipe();
   tq::Ref<tq::Error> error;
   if (!canvas.writePNG(options.output, &error)) return reportTrouble(error->localizedDescription());
   std::cout << printable(options.output) << ": " << files.size()
