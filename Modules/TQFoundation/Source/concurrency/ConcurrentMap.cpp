@@ -23,7 +23,7 @@ void requireBlock(const Block& block, const char* function) {
 /// entry: a wrong guess costs time only.
 ApplyCost& costOf(const std::type_info& kind) noexcept {
   static auto& costs = *new std::array<ApplyCost, 256>;
-  return costs[kind.hash_code() % costs.size()];
+  return costs[(reinterpret_cast<std::uintptr_t>(&kind) >> 4) % costs.size()];
 }
 
 bool isNull(const Ref<Object>& object) { return !object || object->kind() == ObjectKind::null; }

@@ -30,8 +30,8 @@ namespace {
 
 using Time = std::chrono::steady_clock::time_point;
 
-/// Waking a worker and giving it a share takes a few microseconds.
-constexpr std::int64_t kWorthSharing = 10'000'000;  // picoseconds
+/// Waking a worker and giving it a share takes a few microseconds, and may gain half of the rest.
+constexpr std::int64_t kWorthSharing = 20'000'000;  // picoseconds
 
 Time now() { return std::chrono::steady_clock::now(); }
 
@@ -71,17 +71,22 @@ void share(std::size_t begin, std::size_t end, const void* body, ApplyRange rang
       [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end), run); });
 }
 
-/// Runs on this thread until all is done, or it takes longer than expected. The clock is looked at
-/// after 1, 2, 4… calls. @return the calls made
-std::size_t runAlone(std::size_t count, const void* body, ApplyRange range, Time begin) {
-  std::size_t done = 0;
-  for (std::size_t step = 1; done < count; step *= 2) {
-    const std::size_t end = done + std::min(step, count - done);
+/// Runs on this thread until all is done, or it takes longer than expected: the clock is looked at
+/// after the first call, after what should be a microsecond, and each time as many are done again.
+/// @return the calls made
+std::size_t runAlone(std::size_t count, const void* body, ApplyRange range, ApplyCost& cost) {
+  const std::size_t microsecond = 1'000'000 / cost.picoseconds.load(std::memory_order_relaxed) + 1;
+  const Time begin = now();
+  for (std::size_t done = 0, next = 1;; next = std::max(2 * done, microsecond)) {
+    const std::size_t end = std::min(next, count);
     range(body, done, end);
     done = end;
-    if (done < count && picosecondsSince(begin) > kWorthSharing) break;
+    if (done == count && count <= microsecond) return count;  // not worth another look
+    const std::int64_t elapsed = picosecondsSince(begin);
+    if (done < count && elapsed <= kWorthSharing) continue;
+    remember(&cost, elapsed, done);
+    return done;
   }
-  return done;
 }
 
 }  // namespace
@@ -90,17 +95,15 @@ void parallelApply(std::size_t count, const void* body, ApplyRange range, ApplyC
   if (count == 0) return;
   if (count == 1) return range(body, 0, 1);
   if (cost == nullptr) return share(0, count, body, range);
-  const Time begin = now();
   const std::uint32_t expected = cost->picoseconds.load(std::memory_order_relaxed);
   std::size_t done = 0;
   if (expected != 0 && static_cast<double>(expected) * static_cast<double>(count) < kWorthSharing) {
-    done = runAlone(count, body, range, begin);
-    remember(cost, picosecondsSince(begin), done);
+    done = runAlone(count, body, range, *cost);
     if (done == count) return;
   }
-  const Time shared = now();
+  const Time begin = now();
   share(done, count, body, range);
-  remember(cost, picosecondsSince(shared), count - done);
+  remember(cost, picosecondsSince(begin), count - done);
 }
 
 }  // namespace tq::detail
