@@ -3,4 +3,7 @@ find_package(Boost 1.81 REQUIRED)
 tq_add_room_benchmarks(TQConcurrency
   ${CMAKE_CURRENT_LIST_DIR}/CachesBenchmark.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LocksBenchmark.cpp
-  PEERS Boost::headers)
+  ${CMAKE_CURRENT_LIST_DIR}/MapsBenchmark.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/RunLoopBenchmark.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/URLSessionBenchmark.cpp
+  PEERS Boost::headers PkgConfig::glib PkgConfig::libcurl TBB::tbb)
