@@ -54,6 +54,8 @@
 #include <TQFoundation/concurrency/UnfairLock.h>
 #include <TQFoundation/concurrency/UnfairWord.h>
 #include <TQFoundation/concurrency/ValueCache.h>
+#include <TQFoundation/environment/LRVariant.h>
+#include <TQFoundation/environment/TQVersion.h>
 #include <TQFoundation/geometry/AnchoredRect.h>
 #include <TQFoundation/geometry/AspectRatio.h>
 #include <TQFoundation/geometry/CGContext+TQFoundation.h>

@@ -1,0 +1,3 @@
+tq_room(environment
+  LRVariant.cpp LRVariant.h
+  TQVersion.cpp TQVersion.h)

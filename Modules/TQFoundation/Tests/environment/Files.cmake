@@ -1,0 +1,3 @@
+tq_add_room_tests(TQEnvironment
+  ${CMAKE_CURRENT_LIST_DIR}/LRVariantTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/TQVersionTest.cpp)
