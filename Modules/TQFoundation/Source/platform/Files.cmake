@@ -21,6 +21,7 @@ tq_room(platform
   LZMACodec.cpp
   LibraryClasses.cpp
   Lock.h
+  LogChannel.cpp LogChannel.h
   ObjectMemory.cpp
   ObjectMonitor.cpp ObjectMonitor.h
   Operation.cpp Operation.h
@@ -29,11 +30,13 @@ tq_room(platform
   PlainLog.cpp PlainLog.h
   PoolThreads.cpp
   RunLoop.cpp RunLoop.h
+  Random.cpp Random.h
   SerialQueue.cpp SerialQueue.h
   SharedLock.h
   Thread.cpp Thread.h
   ThreadSystem.h
   Timer.cpp Timer.h
+  TickClock.cpp TickClock.h
   URL.cpp URL.h
   URLSession.cpp URLSession.h
   URLSessionEngine.cpp

@@ -5,18 +5,15 @@
 
 #include <chrono>
 #include <ctime>
-#include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
+
+#include <TQFoundation/platform/detail/SinkSlot.h>
 
 namespace tq {
 namespace {
 
-struct SinkSlot {
-  std::mutex lock;
-  std::shared_ptr<const PlainLogSink> sink;  // guarded by lock
-};
+using SinkSlot = detail::SinkSlot<void(std::string_view)>;
 
 SinkSlot& sinkSlot() {
   static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
@@ -48,12 +45,7 @@ void writeAll(std::string_view text) noexcept {
 }  // namespace
 
 void plainLog(std::string_view message) {
-  std::shared_ptr<const PlainLogSink> sink;
-  {
-    const std::scoped_lock guard(sinkSlot().lock);
-    sink = sinkSlot().sink;
-  }
-  if (sink != nullptr) {
+  if (const auto sink = sinkSlot().sink()) {
     (*sink)(message);
     return;
   }
@@ -65,13 +57,6 @@ void plainLog(std::string_view message) {
   writeAll(line);
 }
 
-PlainLogSink setPlainLogSink(PlainLogSink sink) {
-  auto replacement = sink ? std::make_shared<const PlainLogSink>(std::move(sink)) : nullptr;
-  {
-    const std::scoped_lock guard(sinkSlot().lock);
-    sinkSlot().sink.swap(replacement);
-  }
-  return replacement != nullptr ? *replacement : PlainLogSink();
-}
+PlainLogSink setPlainLogSink(PlainLogSink sink) { return sinkSlot().replace(std::move(sink)); }
 
 }  // namespace tq

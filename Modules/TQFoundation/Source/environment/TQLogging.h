@@ -1,0 +1,37 @@
+#pragma once
+
+/// @file TQLogging.h
+/// The host application's log channels.
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/platform/LogChannel.h>
+
+namespace tq {
+
+/// The channels by name, each made at its first use. Subsystems are the host's identifier and
+/// ".xcode" or ".rendering". Any thread.
+class TQ_EXPORT TQLogging {
+ public:
+  TQLogging() = delete;
+
+  [[nodiscard]] static LogChannel& renderingLog();
+  [[nodiscard]] static LogChannel& rasterisationLog();
+  /// The disabled channel while usesHighFrequencySignposts() is off.
+  [[nodiscard]] static LogChannel& quartzImpositorLog();
+
+  [[nodiscard]] static LogChannel& modelLog();
+  [[nodiscard]] static LogChannel& historyLog();
+  [[nodiscard]] static LogChannel& influenceRectLog();
+  [[nodiscard]] static LogChannel& applicationLog();
+  [[nodiscard]] static LogChannel& poiLog();
+  [[nodiscard]] static LogChannel& collaborationOpenerLog();
+  [[nodiscard]] static LogChannel& collaborationLog();
+  [[nodiscard]] static LogChannel& presenceLog();
+  [[nodiscard]] static LogChannel& authenticationRefreshLog();
+  [[nodiscard]] static LogChannel& keychainLog();
+
+  /// Off in every build.
+  [[nodiscard]] static bool usesHighFrequencySignposts() noexcept { return false; }
+};
+
+}  // namespace tq

@@ -1,0 +1,9 @@
+#include <TQFoundation/platform/Random.h>
+
+#include <stdlib.h>
+
+namespace tq {
+
+std::uint32_t uniformRandom(std::uint32_t below) noexcept { return ::arc4random_uniform(below); }
+
+}  // namespace tq

@@ -1,0 +1,44 @@
+#pragma once
+
+/// @file TickClock.h
+/// The steady clock in ticks, and points in time on it.
+
+#include <cstdint>
+
+#include <TQFoundation/base/TQExport.h>
+
+namespace tq {
+
+/// How many nanoseconds a tick lasts: numerator / denominator.
+struct Timebase {
+  std::uint32_t numerator = 0;
+  std::uint32_t denominator = 0;
+};
+
+/// A clock in the system's place, so that a test can move time by hand.
+struct TickClock {
+  std::uint64_t (*ticks)() noexcept;
+  Timebase timebase;
+};
+
+/// Ticks since the machine started; never goes back, and stands still while the machine sleeps.
+/// Any thread.
+[[nodiscard]] TQ_EXPORT std::uint64_t monotonicTicks() noexcept;
+
+/// 1/1 on this platform: ticks are nanoseconds.
+[[nodiscard]] TQ_EXPORT Timebase systemTimebase() noexcept;
+
+/// The clock from now on; null means the system's. It must outlive its use. @return the one before
+TQ_EXPORT const TickClock* setTickClock(const TickClock* clock) noexcept;
+
+/// A point in time on the tick clock.
+using DispatchTime = std::uint64_t;
+inline constexpr DispatchTime DispatchTimeNow = 0;
+inline constexpr DispatchTime DispatchTimeForever = ~DispatchTime{0};
+
+/// The point in time `nanoseconds` after `when` (before it when they are negative). At least 1; one
+/// beyond the clock's range, or after DispatchTimeForever, is DispatchTimeForever.
+[[nodiscard]] TQ_EXPORT DispatchTime dispatchTime(DispatchTime when,
+                                                  std::int64_t nanoseconds) noexcept;
+
+}  // namespace tq

@@ -1,0 +1,108 @@
+#include <TQFoundation/environment/TQPerformanceTimer.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include <TQFoundation/platform/Random.h>
+
+namespace tq {
+namespace {
+
+std::uint64_t now = 0;
+const TickClock handClock = {[]() noexcept { return now; }, {125, 3}};
+
+struct PerformanceTimer : testing::Test {
+  PerformanceTimer() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+  ~PerformanceTimer() override { setTickClock(nullptr); }
+};
+
+TEST_F(PerformanceTimer, CountsTicksOfTheClock) {
+  const std::uint64_t start = TQTimeNow();
+  EXPECT_LE(start, TQTimeNow());
+  setTickClock(&handClock);
+  now = 1000;
+  EXPECT_EQ(TQTimeNow(), 1000u);
+  now = 1700;
+  EXPECT_EQ(TQDurationSince(1000), 700u);
+  EXPECT_EQ(TQDurationBetween(5, 3), ~std::uint64_t{0} - 1);  // a clock that went back wraps
+}
+
+// Each in a process of its own, for the timebase is read once.
+TEST_F(PerformanceTimer, NeedsItsTimebase) {
+  EXPECT_EXIT(static_cast<void>(TQTimeIntervalsForDuration(1)), testing::KilledBySignal(SIGABRT),
+              "Assertion failed: \\(sTimebaseInfo.denom != 0\\), function "
+              "TQTimeIntervalsForDuration, file "
+              "Modules/TQFoundation/Source/TQPerformanceTimer, line 40\\.");
+}
+
+TEST_F(PerformanceTimer, MultipliesThenDividesInWholeNumbers) {
+  const auto check = [] {
+    setTickClock(&handClock);
+    TQPerformanceTimingInitialise();
+    setTickClock(nullptr);
+    TQPerformanceTimingInitialise();  // once: the first timebase stays
+    const bool holds = TQTimeIntervalsForDuration(24'000'000) == 1.0 &&
+                       TQTimeIntervalsForDuration(1) == 41 * 1e-9 &&
+                       // 2^61 ticks times 125 wraps to 5 * 2^61
+                       TQTimeIntervalsForDuration(std::uint64_t{1} << 61) ==
+                           static_cast<double>((std::uint64_t{5} << 61) / 3) * 1e-9;
+    std::exit(holds ? 0 : 1);
+  };
+  EXPECT_EXIT(check(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(PerformanceTimer, RandomIntervalsStayInRange) {
+  EXPECT_EQ(TQTimeRandomInterval(2, 0), 2);
+  EXPECT_EQ(TQTimeRandomInterval(2, -1), 2);
+  EXPECT_EQ(TQTimeRandomInterval(2, std::nan("")), 2);
+  double lowest = 3;
+  double highest = 2;
+  for (int i = 0; i < 4000; ++i) {
+    const double interval = TQTimeRandomInterval(2, 1);
+    ASSERT_GE(interval, 2);
+    ASSERT_LT(interval, 3);
+    lowest = std::fmin(lowest, interval);
+    highest = std::fmax(highest, interval);
+  }
+  EXPECT_LT(lowest, 2.01);  // fails by chance once in 10^17 runs
+  EXPECT_GT(highest, 2.99);
+  EXPECT_EQ(uniformRandom(0), 0u);
+  EXPECT_EQ(uniformRandom(1), 0u);
+}
+
+TEST_F(PerformanceTimer, DelaysSaturate) {
+  constexpr double inf = std::numeric_limits<double>::infinity();
+  constexpr auto max = std::numeric_limits<std::int64_t>::max();
+  setTickClock(&handClock);
+  now = 1000;
+  const struct {
+    double seconds;
+    std::int64_t delta;
+    DispatchTime delay;
+  } cases[] = {
+      {0.5, 500'000'000, 500'001'000},
+      {1.9999999999, 1'999'999'999, 2'000'000'999},
+      {-1e-7, -100, 900},
+      {-1, -1'000'000'000, 1},
+      {1e300, max, 9'223'372'036'854'776'807u},
+      {inf, max, 9'223'372'036'854'776'807u},
+      {-inf, std::numeric_limits<std::int64_t>::min(), 1},
+      {std::nan(""), 0, 1000},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(TQTimeRandomDispatchTimeDelta(c.seconds, 0), c.delta) << c.seconds;
+    EXPECT_EQ(TQTimeRandomDispatchDelay(c.seconds, 0), c.delay) << c.seconds;
+  }
+  EXPECT_EQ(dispatchTime(DispatchTimeForever - 5, 5), DispatchTimeForever);
+  EXPECT_EQ(dispatchTime(DispatchTimeForever - 5, 6), DispatchTimeForever);
+  EXPECT_EQ(dispatchTime(DispatchTimeForever, -6), DispatchTimeForever);
+  EXPECT_EQ(dispatchTime(7, -7), 1u);
+  now = 0;
+  EXPECT_EQ(dispatchTime(DispatchTimeNow, 0), 1u);
+}
+
+}  // namespace
+}  // namespace tq
