@@ -55,6 +55,7 @@
 #include <TQFoundation/concurrency/UnfairWord.h>
 #include <TQFoundation/concurrency/ValueCache.h>
 #include <TQFoundation/environment/LRVariant.h>
+#include <TQFoundation/environment/Preference.h>
 #include <TQFoundation/environment/TQLogging.h>
 #include <TQFoundation/environment/TQPerformanceTimer.h>
 #include <TQFoundation/environment/TQVersion.h>
@@ -137,6 +138,7 @@
 #include <TQFoundation/platform/URL.h>
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/serialisation/TQCompression.h>
 #include <TQFoundation/serialisation/TQDigests.h>
 #include <TQFoundation/serialisation/TQFNV1aBuilder.h>

@@ -30,8 +30,12 @@ tq_room(platform
   PlainLog.cpp PlainLog.h
   PoolThreads.cpp
   RunLoop.cpp RunLoop.h
+  PreferenceDatabase.cpp
+  PreferenceStore.cpp
+  PropertyList.cpp
   Random.cpp Random.h
   SerialQueue.cpp SerialQueue.h
+  SharedGeneration.cpp
   SharedLock.h
   Thread.cpp Thread.h
   ThreadSystem.h
@@ -42,6 +46,7 @@ tq_room(platform
   URLSessionEngine.cpp
   URLTransfer.cpp
   WorkerPool.cpp WorkerPool.h
+  UserDefaults.cpp UserDefaults.h
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
   lzfse/BlockHeader.cpp lzfse/BlockHeader.h

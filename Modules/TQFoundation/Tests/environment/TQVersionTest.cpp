@@ -68,7 +68,7 @@ std::vector<long> components(std::string text) {
     }
   }
   std::vector<long> numbers;
-  for (int i = 0; i < 3; ++i) numbers.push_back(std::strtol(parts[i].c_str(), nullptr, 10));
+  for (std::size_t i = 0; i < 3; ++i) numbers.push_back(std::strtol(parts[i].c_str(), nullptr, 10));
   return numbers;
 }
 

@@ -22,3 +22,9 @@ tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/KeyedUnarchiverTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
+
+# Preferences, with the system's writes made to fail, beside the database's own view of its files.
+tq_add_room_tests(TQPreferences
+  ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp)
+target_link_libraries(TQPreferencesTests PRIVATE PkgConfig::sqlite3)

@@ -1,0 +1,209 @@
+#pragma once
+
+/// @file Preference.h
+/// Typed handles on single preferences.
+
+#include <concepts>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/UserDefaults.h>
+
+namespace tq {
+
+/// How a type is stored as a raw value. To be specialised with
+///
+///     using RawValue = …;  // bool, an integer, double, std::string, or a Ref to a String, Number,
+///                          // Date, Data, Array or Dictionary
+///     static std::optional<T> fromRawValue(const RawValue&);  // none: no case has this value
+///     static RawValue rawValue(const T&);
+///
+/// For an enumeration whose cases are stored as their numbers:
+/// `template <> struct tq::RawRepresentable<Unit> : tq::RawCases<Unit::mm, Unit::pt> {};`
+template <class T>
+struct RawRepresentable;
+
+template <auto First, decltype(First)... Others>
+struct RawCases {
+  using RawValue = std::int64_t;
+  static std::optional<decltype(First)> fromRawValue(RawValue raw) noexcept {
+    for (const auto known : {First, Others...}) {
+      if (rawValue(known) == raw) return known;
+    }
+    return std::nullopt;
+  }
+  static RawValue rawValue(decltype(First) value) noexcept { return static_cast<RawValue>(value); }
+};
+
+namespace detail {
+
+/// Raw values as objects and back. A number becomes the number asked for only when that holds it
+/// exactly; everything else must be of the type itself.
+template <class Raw>
+struct RawObject;
+
+template <class Raw>
+requires std::is_arithmetic_v<Raw>
+struct RawObject<Raw> {
+  static Ref<Object> box(Raw raw) { return Number::numberWith(raw); }
+  static std::optional<Raw> unbox(const Object& object) {
+    if (object.kind() != ObjectKind::number) return std::nullopt;
+    const NumberValue number = static_cast<const Number&>(object).value();
+    const Raw raw = [&] {
+      if constexpr (std::same_as<Raw, bool>) return number.boolValue();
+      if constexpr (std::floating_point<Raw>) return static_cast<Raw>(number.doubleValue());
+      if (number.kind() == NumberKind::uint64) return static_cast<Raw>(number.bits());
+      return static_cast<Raw>(number.integerValue());
+    }();
+    return holds(raw, number) ? std::optional(raw) : std::nullopt;
+  }
+
+ private:
+  /// Equality of numbers takes an integer and a floating number as doubles, which is not exact.
+  static bool holds(Raw raw, NumberValue number) noexcept {
+    if constexpr (std::floating_point<Raw>) {
+      if (!number.isFloating()) {
+        const NumberValue back(static_cast<double>(raw));
+        return back.doubleValue() < 0x1p63 && back.integerValue() == number.integerValue();
+      }
+    } else if (number.isFloating()) {
+      return static_cast<double>(raw) == number.doubleValue() && number.doubleValue() < 0x1p63;
+    }
+    return NumberValue(raw).isEqual(number);
+  }
+};
+
+template <>
+struct RawObject<std::string> {
+  static Ref<Object> box(const std::string& raw) { return String::of(raw); }
+  static std::optional<std::string> unbox(const Object& object) {
+    if (object.kind() != ObjectKind::string) return std::nullopt;
+    return std::string(static_cast<const String&>(object).view());
+  }
+};
+
+template <class O>
+struct RawObject<Ref<O>> {
+  static Ref<Object> box(const Ref<O>& raw) { return raw; }
+  static std::optional<Ref<O>> unbox(const Object& object) {
+    const O* const raw = objectCast<O>(&object);
+    if (raw == nullptr) return std::nullopt;
+    return Ref<O>(const_cast<O*>(raw));  // immutable, like all that comes from a store
+  }
+};
+
+}  // namespace detail
+
+/// What the forms of Preference share: the entry, by its key, of a store.
+class TQ_EXPORT PreferenceEntry {
+ public:
+  [[nodiscard]] const std::string& key() const noexcept { return key_; }
+  /// The standard store unless another was given. Looked for at first use, so that preferences may
+  /// be declared as constants.
+  [[nodiscard]] UserDefaults& userDefaults() const {
+    if (userDefaults_ != nullptr) return *userDefaults_;
+    static UserDefaults& standard = *UserDefaults::standardUserDefaults().leak();
+    return standard;
+  }
+
+  /// Removes the entry; a default registered for it then shows.
+  void removeValue() const { userDefaults().removeObjectForKey(key_); }
+
+ protected:
+  PreferenceEntry(std::string key, Ref<UserDefaults> userDefaults)
+      : key_(std::move(key)), userDefaults_(std::move(userDefaults)) {}
+
+  void store(const Ref<Object>& value) const { userDefaults().setObject(value, key_); }
+  void registerObject(Ref<Object> value) const {
+    userDefaults().registerDefaults(*Dictionary::dictionaryWithEntries({{key_, std::move(value)}}));
+  }
+
+ private:
+  std::string key_;
+  Ref<UserDefaults> userDefaults_;
+};
+
+/// One preference: a key, a default and a store. Nothing is kept here: every read goes to the
+/// store, which answers a default registered with it before this preference's own. Any thread.
+///
+/// This form is of a type that is stored as a raw value (see RawRepresentable): an entry that is
+/// not of the raw type, or that no case has, reads as the default.
+template <class T>
+class Preference : public PreferenceEntry {
+ public:
+  using RawValue = typename RawRepresentable<T>::RawValue;
+
+  Preference(std::string key, T defaultValue, Ref<UserDefaults> userDefaults = nullptr)
+      : PreferenceEntry(std::move(key), std::move(userDefaults)),
+        defaultValue_(std::move(defaultValue)) {}
+
+  [[nodiscard]] const T& defaultValue() const noexcept { return defaultValue_; }
+
+  [[nodiscard]] T value() const {
+    if (const auto raw = rawValue()) {
+      if (auto value = RawRepresentable<T>::fromRawValue(*raw)) return *std::move(value);
+    }
+    return defaultValue_;
+  }
+  void setValue(const T& value) const { setRawValue(RawRepresentable<T>::rawValue(value)); }
+  /// None removes the entry.
+  void set(const std::optional<T>& value) const { value ? setValue(*value) : removeValue(); }
+
+  /// The stored raw value, be it one that no case has; none for an entry of another type.
+  [[nodiscard]] std::optional<RawValue> rawValue() const {
+    const Object* const object = userDefaults().peekObjectForKey(key());
+    if (object == nullptr) return std::nullopt;
+    return detail::RawObject<RawValue>::unbox(*object);
+  }
+  void setRawValue(const std::optional<RawValue>& raw) const {
+    raw ? store(detail::RawObject<RawValue>::box(*raw)) : removeValue();
+  }
+
+  void registerDefault() const {
+    registerObject(detail::RawObject<RawValue>::box(RawRepresentable<T>::rawValue(defaultValue_)));
+  }
+
+ private:
+  T defaultValue_;
+};
+
+/// Booleans and 64-bit integers: an absent entry reads as the default, one of another type by the
+/// store's lenient reading.
+template <class T>
+requires(std::same_as<T, bool> || std::same_as<T, std::int64_t>) class Preference<T>
+    : public PreferenceEntry {
+ public:
+  explicit Preference(std::string key, T defaultValue = {},
+                      Ref<UserDefaults> userDefaults = nullptr)
+      : PreferenceEntry(std::move(key), std::move(userDefaults)), defaultValue_(defaultValue) {}
+
+  [[nodiscard]] T defaultValue() const noexcept { return defaultValue_; }
+
+  [[nodiscard]] T value() const {
+    const Object* const object = userDefaults().peekObjectForKey(key());
+    if (object == nullptr) return defaultValue_;
+    if constexpr (std::same_as<T, bool>) return UserDefaults::boolReading(object);
+    return static_cast<T>(UserDefaults::integerReading(object));
+  }
+  void setValue(T value) const { store(Number::numberWith(value)); }
+  /// None removes the entry.
+  void set(std::optional<T> value) const { value ? setValue(*value) : removeValue(); }
+
+  void registerDefault() const { registerObject(Number::numberWith(defaultValue_)); }
+
+ private:
+  T defaultValue_;
+};
+
+}  // namespace tq

@@ -1,0 +1,175 @@
+#include <TQFoundation/platform/detail/PropertyList.h>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+
+namespace tq::detail {
+namespace {
+
+constexpr std::size_t kNodeCost = 16;
+constexpr std::size_t kReadingsPerByte = 16;  // lists of other writers share their parts
+
+/// Writes children before their parents. A graph that is no tree is written as the tree that it
+/// stands for, so what is counted is what is written.
+class Writer {
+ public:
+  using Node = BinaryPropertyListWriter::Node;
+
+  explicit Writer(std::string& fault) : fault_(fault) {}
+
+  std::optional<Node> write(const Object& object, int depth) {
+    switch (object.kind()) {
+      case ObjectKind::string:
+        return text(static_cast<const String&>(object));
+      case ObjectKind::number:
+        return spend(0) ? std::optional(list_.number(static_cast<const Number&>(object).value()))
+                        : std::nullopt;
+      case ObjectKind::date:
+        return spend(0) ? std::optional(list_.date(
+                              static_cast<const Date&>(object).timeIntervalSinceReferenceDate()))
+                        : std::nullopt;
+      case ObjectKind::data: {
+        const auto bytes = static_cast<const Data&>(object).bytes();
+        return spend(bytes.size()) ? std::optional(list_.data(bytes)) : std::nullopt;
+      }
+      case ObjectKind::array:
+      case ObjectKind::dictionary:
+        if (depth == 0) return fail("an object that nests too deep");
+        return object.kind() == ObjectKind::array
+                   ? array(static_cast<const Array&>(object), depth - 1)
+                   : dictionary(static_cast<const Dictionary&>(object), depth - 1);
+      default:
+        return fail("non-property list object of class " +
+                    std::string(object.objectClass().name()));
+    }
+  }
+
+  [[nodiscard]] Ref<Data> finish() const { return list_.finish(); }
+
+ private:
+  std::nullopt_t fail(std::string fault) {
+    fault_ = std::move(fault);
+    return std::nullopt;
+  }
+
+  bool spend(std::size_t bytes) {
+    if (bytes > left_ || left_ - bytes < kNodeCost) {
+      fault_ = "an object that is too large";
+      return false;
+    }
+    left_ -= bytes + kNodeCost;
+    return true;
+  }
+
+  std::optional<Node> text(const String& string) {
+    if (!spend(string.view().size())) return std::nullopt;
+    return list_.string(string.view());
+  }
+
+  std::optional<Node> array(const Array& array, int depth) {
+    if (!spend(0)) return std::nullopt;
+    std::vector<Node> elements;
+    for (std::size_t i = 0; i < array.count(); ++i) {
+      const auto element = array.isPacked() && spend(0)
+                               ? std::optional(list_.number(array.numberAtIndex(i)))
+                               : write(array.objectAtIndex(i), depth);
+      if (!element) return std::nullopt;
+      elements.push_back(*element);
+    }
+    return list_.array(elements);
+  }
+
+  std::optional<Node> dictionary(const Dictionary& dictionary, int depth) {
+    if (!spend(0)) return std::nullopt;
+    std::vector<std::pair<Node, Node>> members;
+    for (const auto& [key, value] : dictionary) {
+      if (key.kind() != ObjectKind::string) return fail("a dictionary with a key that is no text");
+      const auto name = text(static_cast<const String&>(key));
+      const auto member = name ? write(value, depth) : std::nullopt;
+      if (!member) return std::nullopt;
+      members.emplace_back(*name, *member);
+    }
+    return list_.dictionary(members);
+  }
+
+  BinaryPropertyListWriter list_;
+  std::string& fault_;
+  std::size_t left_ = kLargestPropertyList;
+};
+
+class Reader {
+ public:
+  explicit Reader(BinaryPropertyListReader list) : list_(std::move(list)) {}
+
+  Ref<Object> read(std::uint64_t number, int depth) {
+    using Kind = BinaryPropertyListReader::Kind;
+    const auto node = list_.node(number);
+    if (!node) return nullptr;
+    switch (node->kind) {
+      case Kind::number:
+        return Number::numberWith(node->number);
+      case Kind::date:
+        return Date::dateWithTimeIntervalSinceReferenceDate(node->number.doubleValue());
+      case Kind::data:
+        return Data::dataWithBytes(node->content);
+      case Kind::ascii:
+      case Kind::utf16:
+        return stringFromNode(*node);
+      case Kind::uid:
+        return nullptr;
+      case Kind::array:
+      case Kind::dictionary:
+        break;
+    }
+    if (depth == 0) return nullptr;
+    return node->kind == Kind::array ? array(*node, depth - 1) : dictionary(*node, depth - 1);
+  }
+
+ private:
+  Ref<Object> array(const BinaryPropertyListReader::Node& node, int depth) {
+    std::vector<Ref<Object>> elements;
+    for (std::uint64_t i = 0; i < node.value; ++i) {
+      elements.push_back(read(list_.reference(node, i), depth));
+      if (elements.back() == nullptr) return nullptr;
+    }
+    return Array::arrayWithObjects(std::move(elements));
+  }
+
+  Ref<Object> dictionary(const BinaryPropertyListReader::Node& node, int depth) {
+    std::vector<std::pair<Ref<Object>, Ref<Object>>> entries;
+    for (std::uint64_t i = 0; i < node.value; ++i) {
+      const auto key = list_.node(list_.reference(node, i));
+      Ref<Object> name = key ? stringFromNode(*key) : nullptr;
+      Ref<Object> value = name ? read(list_.reference(node, node.value + i), depth) : nullptr;
+      if (value == nullptr) return nullptr;
+      entries.emplace_back(std::move(name), std::move(value));
+    }
+    return Dictionary::dictionaryWithEntries(entries);
+  }
+
+  BinaryPropertyListReader list_;
+};
+
+}  // namespace
+
+Ref<Data> bytesFromPropertyList(const Object& object, std::string& fault) {
+  Writer writer(fault);
+  return writer.write(object, kPropertyListDepth) ? writer.finish() : nullptr;
+}
+
+Ref<Object> propertyListFromBytes(std::span<const std::byte> bytes) {
+  auto list = BinaryPropertyListReader::open(bytes, kReadingsPerByte);
+  if (!list) return nullptr;
+  const std::uint64_t top = list->top();
+  return Reader(*std::move(list)).read(top, kPropertyListDepth);
+}
+
+}  // namespace tq::detail

@@ -1,0 +1,55 @@
+#include <TQFoundation/platform/detail/SharedGeneration.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tq::detail {
+namespace {
+
+constexpr mode_t kOwnerOnly = 0600;
+constexpr off_t kSize = 4096;  // a page, so that no part of the mapping lies behind the file
+
+bool lockFile(int descriptor, int how) noexcept {
+  int result;
+  do {
+    result = ::flock(descriptor, how);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+}  // namespace
+
+std::unique_ptr<SharedGeneration> SharedGeneration::open(const std::string& path) {
+  const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly);
+  if (descriptor < 0) return nullptr;
+  struct stat status {};
+  void* memory = MAP_FAILED;
+  // Only ever made longer: cutting it would take memory away under another process.
+  if (::fstat(descriptor, &status) == 0 &&
+      (status.st_size >= kSize || ::ftruncate(descriptor, kSize) == 0)) {
+    memory = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+  }
+  if (memory == MAP_FAILED) {
+    const int failure = errno;
+    ::close(descriptor);
+    errno = failure;
+    return nullptr;
+  }
+  return std::unique_ptr<SharedGeneration>(
+      new SharedGeneration(descriptor, static_cast<GenerationWords*>(memory)));
+}
+
+SharedGeneration::~SharedGeneration() {
+  ::munmap(words_, kSize);
+  ::close(descriptor_);
+}
+
+bool SharedGeneration::lock() noexcept { return lockFile(descriptor_, LOCK_EX); }
+bool SharedGeneration::tryLock() noexcept { return lockFile(descriptor_, LOCK_EX | LOCK_NB); }
+void SharedGeneration::unlock() noexcept { lockFile(descriptor_, LOCK_UN); }
+
+}  // namespace tq::detail

@@ -1,0 +1,228 @@
+#include <TQFoundation/platform/UserDefaults.h>
+
+#include <errno.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include <TQFoundation/base/TQThreadSafety.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/detail/PreferenceStore.h>
+#include <TQFoundation/platform/detail/PropertyList.h>
+
+namespace tq {
+namespace {
+
+using detail::PreferenceStore;
+
+constexpr std::string_view kGlobalDomain = "global";
+constexpr std::size_t kLongestDomain = 200;  // bytes; file names hold 255, endings included
+
+bool isDomain(std::string_view name) {
+  return !name.empty() && name.size() <= kLongestDomain && name.front() != '.' &&
+         name.find_first_of(std::string_view("/\0", 2)) == std::string_view::npos &&
+         name != kGlobalDomain;
+}
+
+/// Empty when the user has no home: entries stay in memory then.
+std::string preferenceFolder() {
+  const char* const configured = std::getenv("XDG_CONFIG_HOME");
+  if (configured != nullptr && *configured == '/') return std::string(configured) + "/korvan";
+  const char* const home = std::getenv("HOME");
+  return home != nullptr && *home == '/' ? std::string(home) + "/.config/korvan" : std::string();
+}
+
+std::shared_ptr<PreferenceStore> storeIn(std::string_view folder, std::string_view name) {
+  return PreferenceStore::at(folder.empty() ? std::string()
+                                            : std::string(folder) + "/" + std::string(name));
+}
+
+const std::shared_ptr<PreferenceStore>& argumentStore() {
+  static const auto& store = *new std::shared_ptr<PreferenceStore>(PreferenceStore::at(""));
+  return store;
+}
+
+const std::shared_ptr<PreferenceStore>& registeredStore() {
+  static const auto& store = *new std::shared_ptr<PreferenceStore>(PreferenceStore::at(""));
+  return store;
+}
+
+struct ApplicationDomain {
+  Lock lock;
+  std::string name TQ_GUARDED_BY(lock);
+};
+
+ApplicationDomain& applicationDomain() {
+  static auto& domain = *new ApplicationDomain;  // never destroyed: threads may outlive main
+  return domain;
+}
+
+std::string standardDomain() {
+  ApplicationDomain& domain = applicationDomain();
+  const Locked guard(domain.lock);
+  if (!domain.name.empty()) return domain.name;
+  return isDomain(program_invocation_short_name) ? program_invocation_short_name : "application";
+}
+
+/// What is kept of a value: an immutable one, and its bytes.
+struct Kept {
+  Ref<Object> value;
+  Ref<Data> bytes;
+};
+
+Kept keep(const Object& object, std::string_view key) {
+  std::string fault;
+  Ref<Data> bytes = detail::bytesFromPropertyList(object, fault);
+  if (bytes == nullptr) {
+    throw Exception(InvalidArgumentException,
+                    "Attempt to insert " + fault + " for key " + std::string(key));
+  }
+  const bool isContainer =
+      object.kind() == ObjectKind::array || object.kind() == ObjectKind::dictionary;
+  return {isContainer ? detail::propertyListFromBytes(bytes->bytes()) : object.copy(),
+          std::move(bytes)};
+}
+
+void store(PreferenceStore& in, const Object* object, std::string_view key) {
+  if (String::stringWithGeneralisedUTF8(key) == nullptr) {
+    throw Exception(InvalidArgumentException, "Attempt to use a key that is not text");
+  }
+  Kept kept = object != nullptr ? keep(*object, key) : Kept();
+  in.set(key, std::move(kept.value), std::move(kept.bytes));
+}
+
+}  // namespace
+
+UserDefaults::UserDefaults(std::string_view folder, std::string_view name)
+    : levels_{argumentStore(), storeIn(folder, name), storeIn(folder, kGlobalDomain),
+              registeredStore()} {}
+
+Ref<UserDefaults> UserDefaults::standardUserDefaults() {
+  static const auto& standard = *new Ref<UserDefaults>(
+      Ref<UserDefaults>::adopt(new UserDefaults(preferenceFolder(), standardDomain())));
+  return standard;
+}
+
+bool UserDefaults::setApplicationDomain(std::string_view name) {
+  if (!isDomain(name)) return false;
+  ApplicationDomain& domain = applicationDomain();
+  const Locked guard(domain.lock);
+  domain.name = name;
+  return true;
+}
+
+Ref<UserDefaults> UserDefaults::initWithSuiteName(std::string_view name) {
+  return initWithSuiteName(name, preferenceFolder());
+}
+
+Ref<UserDefaults> UserDefaults::initWithSuiteName(std::string_view name,
+                                                  std::string_view inFolder) {
+  if (!isDomain(name)) return nullptr;
+  return Ref<UserDefaults>::adopt(new UserDefaults(inFolder, name));
+}
+
+void UserDefaults::setArguments(const Dictionary& arguments) {
+  setAll(*argumentStore(), arguments);
+}
+
+const Object* UserDefaults::peekObjectForKey(std::string_view key) const {
+  for (const Store& level : levels_) {
+    const Dictionary& entries = level->entries();
+    if (entries.count() == 0) continue;
+    if (const Object* const found = entries.objectForKey(key)) return found;
+  }
+  return nullptr;
+}
+
+Ref<Object> UserDefaults::objectForKey(std::string_view key) const {
+  return Ref<Object>(const_cast<Object*>(peekObjectForKey(key)));  // immutable all the same
+}
+
+bool UserDefaults::boolReading(const Object* object) noexcept {
+  if (object == nullptr) return false;
+  if (object->kind() == ObjectKind::number) return static_cast<const Number*>(object)->boolValue();
+  return object->kind() == ObjectKind::string && static_cast<const String*>(object)->boolValue();
+}
+
+std::int64_t UserDefaults::integerReading(const Object* object) noexcept {
+  if (object == nullptr) return 0;
+  if (object->kind() == ObjectKind::number) {
+    return static_cast<const Number*>(object)->integerValue();
+  }
+  return object->kind() == ObjectKind::string ? static_cast<const String*>(object)->integerValue()
+                                              : 0;
+}
+
+bool UserDefaults::boolForKey(std::string_view key) const {
+  return boolReading(peekObjectForKey(key));
+}
+
+std::int64_t UserDefaults::integerForKey(std::string_view key) const {
+  return integerReading(peekObjectForKey(key));
+}
+
+double UserDefaults::doubleForKey(std::string_view key) const {
+  const Object* const object = peekObjectForKey(key);
+  if (const auto* number = objectCast<Number>(object)) return number->doubleValue();
+  const auto* string = objectCast<String>(object);
+  return string != nullptr ? string->doubleValue() : 0;
+}
+
+Ref<String> UserDefaults::stringForKey(std::string_view key) const {
+  const Ref<Object> object = objectForKey(key);
+  if (const auto* number = objectCast<Number>(object.get())) {
+    return String::of(number->description());
+  }
+  return refCast<String>(object);
+}
+
+void UserDefaults::setObject(const Object* object, std::string_view forKey) {
+  store(*levels_[kOwn], object, forKey);
+}
+
+void UserDefaults::setBool(bool value, std::string_view forKey) {
+  setObject(Number::numberWith(value), forKey);
+}
+
+void UserDefaults::setInteger(std::int64_t value, std::string_view forKey) {
+  setObject(Number::numberWith(value), forKey);
+}
+
+void UserDefaults::setDouble(double value, std::string_view forKey) {
+  setObject(Number::numberWith(value), forKey);
+}
+
+void UserDefaults::removeObjectForKey(std::string_view key) { setObject(nullptr, key); }
+
+void UserDefaults::registerDefaults(const Dictionary& defaults) {
+  setAll(*levels_[kRegistered], defaults);
+}
+
+// All are looked at before the first is stored, so that a bad one changes nothing.
+void UserDefaults::setAll(PreferenceStore& store, const Dictionary& entries) {
+  std::vector<std::pair<std::string, Kept>> kept;
+  for (const auto& [key, value] : entries) {
+    const auto* name = objectCast<String>(&key);
+    if (name == nullptr) {
+      throw Exception(InvalidArgumentException, "Attempt to use a key that is not text");
+    }
+    kept.emplace_back(name->view(), keep(value, name->view()));
+  }
+  for (auto& [key, value] : kept) store.set(key, std::move(value.value), std::move(value.bytes));
+}
+
+Ref<Dictionary> UserDefaults::dictionaryRepresentation() const {
+  const auto all = MutableDictionary::dictionary();
+  for (auto level = levels_.rbegin(); level != levels_.rend(); ++level) {
+    for (const auto& [key, value] : (*level)->entries()) all->setObject(share(value), share(key));
+  }
+  return refCast<Dictionary>(all->copy());
+}
+
+bool UserDefaults::synchronize(Ref<Error>* error) { return levels_[kOwn]->synchronize(error); }
+
+}  // namespace tq

@@ -1,0 +1,46 @@
+#pragma once
+
+/// @file SharedGeneration.h
+/// Two counters that processes share, and the lock of those who write them.
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace tq::detail {
+
+/// What stands in the mapped file; any content makes sense.
+struct GenerationWords {
+  std::atomic<std::uint64_t> generation;   ///< odd while somebody writes, or died while writing
+  std::atomic<std::uint64_t> incarnation;  ///< how often the database has been replaced
+};
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words lie in shared memory");
+
+/// A mapped file of GenerationWords. The lock goes when its holder dies. Threads: one at a time,
+/// but for the words.
+class SharedGeneration {
+ public:
+  /// Makes the file where there is none. @return none on failure, with errno set
+  [[nodiscard]] static std::unique_ptr<SharedGeneration> open(const std::string& path);
+  ~SharedGeneration();
+  SharedGeneration(const SharedGeneration&) = delete;
+  SharedGeneration& operator=(const SharedGeneration&) = delete;
+
+  [[nodiscard]] GenerationWords& words() const noexcept { return *words_; }
+
+  /// Waits for the lock. @return false when there are no locks here
+  [[nodiscard]] bool lock() noexcept;
+  /// False when somebody else holds it, too.
+  [[nodiscard]] bool tryLock() noexcept;
+  void unlock() noexcept;
+
+ private:
+  SharedGeneration(int descriptor, GenerationWords* words) noexcept
+      : descriptor_(descriptor), words_(words) {}
+
+  int descriptor_;
+  GenerationWords* words_;
+};
+
+}  // namespace tq::detail

@@ -1,0 +1,155 @@
+#include <TQFoundation/environment/Preference.h>
+
+#include <gtest/gtest.h>
+
+#include <support/TemporaryDirectory.h>
+
+#include <cstdlib>
+#include <limits>
+
+namespace tq {
+namespace {
+
+enum class Unit { millimetre, point, pixel };
+enum class Theme { light, dark };
+
+}  // namespace
+
+template <>
+struct RawRepresentable<Unit> : RawCases<Unit::millimetre, Unit::point, Unit::pixel> {};
+
+template <>
+struct RawRepresentable<Theme> {
+  using RawValue = std::string;
+  static std::optional<Theme> fromRawValue(const std::string& raw) {
+    if (raw == "light") return Theme::light;
+    return raw == "dark" ? std::optional(Theme::dark) : std::nullopt;
+  }
+  static std::string rawValue(Theme theme) { return theme == Theme::light ? "light" : "dark"; }
+};
+
+namespace {
+
+struct PreferenceTest : testing::Test {
+  test::TemporaryDirectory directory;
+  Ref<UserDefaults> defaults = UserDefaults::initWithSuiteName("suite", directory.path("here"));
+};
+
+TEST_F(PreferenceTest, ReadsLenientlyByType) {
+  constexpr auto max = std::numeric_limits<std::int64_t>::max();
+  const Preference<bool> flag("key", true, defaults);
+  const Preference<std::int64_t> count("key", 42, defaults);
+  const Preference<Unit> unit("key", Unit::pixel, defaults);
+  const Preference<Theme> theme("key", Theme::dark, defaults);
+  const struct {
+    Ref<Object> stored;
+    bool flag;
+    std::int64_t count;
+    Unit unit;
+    Theme theme;
+  } cases[] = {
+      {nullptr, true, 42, Unit::pixel, Theme::dark},
+      {Number::numberWith(false), false, 0, Unit::millimetre, Theme::dark},
+      {Number::numberWith(true), true, 1, Unit::point, Theme::dark},
+      {Number::numberWith(1), true, 1, Unit::point, Theme::dark},
+      {Number::numberWith(0.5), true, 0, Unit::pixel, Theme::dark},
+      {Number::numberWith(1.0), true, 1, Unit::point, Theme::dark},
+      {Number::numberWith(-7), true, -7, Unit::pixel, Theme::dark},
+      {Number::numberWith(~0ull), true, max, Unit::pixel, Theme::dark},
+      {Number::numberWith(1e300), true, max, Unit::pixel, Theme::dark},
+      {String::of("yes"), true, 0, Unit::pixel, Theme::dark},
+      {String::of(" 12abc"), true, 12, Unit::pixel, Theme::dark},
+      {String::of("0"), false, 0, Unit::pixel, Theme::dark},
+      {String::of("light"), false, 0, Unit::pixel, Theme::light},
+      {String::of("neon"), false, 0, Unit::pixel, Theme::dark},
+      {Array::array(), false, 0, Unit::pixel, Theme::dark},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.stored != nullptr ? c.stored->description() : "absent");
+    defaults->setObject(c.stored, "key");
+    EXPECT_EQ(flag.value(), c.flag);
+    EXPECT_EQ(count.value(), c.count);
+    EXPECT_EQ(unit.value(), c.unit);
+    EXPECT_EQ(theme.value(), c.theme);
+  }
+}
+
+TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
+  const Preference<bool> flag("flag", false, defaults);
+  flag.setValue(true);
+  EXPECT_TRUE(objectCast<Number>(defaults->peekObjectForKey("flag"))->value().isBoolean());
+  flag.set(std::nullopt);
+  EXPECT_EQ(defaults->peekObjectForKey("flag"), nullptr);
+  EXPECT_FALSE(flag.value());
+
+  const Preference<std::int64_t> count("count", 1, defaults);
+  count.set(1LL << 40);
+  EXPECT_EQ(count.value(), 1LL << 40);
+  count.removeValue();
+  EXPECT_EQ(count.value(), 1);
+
+  const Preference<Theme> theme("theme", Theme::light, defaults);
+  theme.setValue(Theme::dark);
+  EXPECT_EQ(theme.rawValue(), "dark");
+  theme.setRawValue("neon");
+  EXPECT_EQ(theme.value(), Theme::light);
+  EXPECT_EQ(theme.rawValue(), "neon");
+  theme.setRawValue(std::nullopt);
+  EXPECT_EQ(theme.rawValue(), std::nullopt);
+
+  const Preference<Unit> unit("unit", Unit::millimetre, defaults);
+  unit.set(Unit::point);
+  EXPECT_EQ(unit.rawValue(), 1);
+  EXPECT_EQ(unit.value(), Unit::point);
+}
+
+TEST_F(PreferenceTest, RegisteredDefaultsComeBeforeItsOwn) {
+  const Preference<std::int64_t> registering("registered count", 7, defaults);
+  const Preference<std::int64_t> other("registered count", 1, defaults);
+  EXPECT_EQ(other.value(), 1);
+  registering.registerDefault();
+  EXPECT_EQ(other.value(), 7);
+  other.setValue(3);
+  EXPECT_EQ(registering.value(), 3);
+  other.set(std::nullopt);
+  EXPECT_EQ(other.value(), 7);
+
+  Preference<Theme>("registered theme", Theme::dark, defaults).registerDefault();
+  EXPECT_EQ(Preference<Theme>("registered theme", Theme::light, defaults).value(), Theme::dark);
+}
+
+TEST_F(PreferenceTest, NumbersMatchExactlyOrNotAtAll) {
+  const struct {
+    NumberValue stored;
+    std::optional<std::int64_t> integer;
+    std::optional<double> real;
+  } cases[] = {
+      {(1LL << 53) + 1, (1LL << 53) + 1, {}},
+      {1LL << 53, 1LL << 53, 0x1p53},
+      {0x1p63, {}, 0x1p63},
+      {-0x1p63, std::numeric_limits<std::int64_t>::min(), -0x1p63},
+      {2.5, {}, 2.5},
+      {true, 1, 1.0},
+      {~0ull, {}, {}},
+  };
+  for (const auto& c : cases) {
+    const Ref<Number> number = Number::numberWith(c.stored);
+    EXPECT_EQ(detail::RawObject<std::int64_t>::unbox(*number), c.integer) << c.stored.text();
+    EXPECT_EQ(detail::RawObject<double>::unbox(*number), c.real) << c.stored.text();
+  }
+}
+
+TEST_F(PreferenceTest, TheStandardStoreIsTheOneLeftOut) {
+  ::setenv("XDG_CONFIG_HOME", directory.path("config").c_str(), 1);
+  ASSERT_TRUE(UserDefaults::setApplicationDomain("com.korvan.preference-test"));
+  const Preference<bool> flag("flag");
+  flag.setValue(true);
+  EXPECT_EQ(&flag.userDefaults(), UserDefaults::standardUserDefaults().get());
+  const auto again = UserDefaults::initWithSuiteName("com.korvan.preference-test",
+                                                     directory.path("config/korvan"));
+  EXPECT_TRUE(again->boolForKey("flag"));
+  flag.removeValue();
+}
+
+}  // namespace
+}  // namespace tq

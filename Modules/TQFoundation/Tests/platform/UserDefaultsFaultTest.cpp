@@ -1,0 +1,217 @@
+#include <support/FailingSystemCalls.h>
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <support/CapturedLog.h>
+#include <support/TemporaryDirectory.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <random>
+#include <thread>
+#include <vector>
+
+#include <TQFoundation/platform/UserDefaults.h>
+
+namespace tq {
+namespace {
+
+using test::FailingSystemCalls;
+using How = FailingSystemCalls::How;
+
+struct UserDefaultsFault : testing::Test {
+  std::unique_ptr<test::TemporaryDirectory> directory =
+      std::make_unique<test::TemporaryDirectory>();
+  test::CapturedLog log;
+
+  [[nodiscard]] Ref<UserDefaults> open() const {
+    return UserDefaults::initWithSuiteName("suite", directory->path("folder"));
+  }
+  void startAnew() { directory = std::make_unique<test::TemporaryDirectory>(); }
+};
+using UserDefaultsStress = UserDefaultsFault;
+
+/// A process of its own, forked before it or its parent has opened a store of the test.
+class Child {
+ public:
+  explicit Child(const std::function<void()>& run) : id_(::fork()) {
+    if (id_ != 0) return;
+    run();
+    ::_exit(testing::Test::HasFailure() ? 1 : 0);
+  }
+  ~Child() {
+    if (id_ > 0) end(SIGKILL);
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  int end(int signal = 0) {
+    if (signal != 0) ::kill(id_, signal);
+    int status = 0;
+    ::waitpid(id_, &status, 0);
+    id_ = -1;
+    return status;
+  }
+
+ private:
+  pid_t id_;
+};
+
+/// A number that processes share.
+class Shared {
+ public:
+  Shared()
+      : value_(new (::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1,
+                           0)) std::atomic<std::int64_t>(0)) {}
+  ~Shared() { ::munmap(value_, 4096); }
+  Shared(const Shared&) = delete;
+  Shared& operator=(const Shared&) = delete;
+  std::atomic<std::int64_t>& operator*() const { return *value_; }
+  void waitFor(std::int64_t least) const {
+    while (value_->load() < least) std::this_thread::yield();
+  }
+
+ private:
+  std::atomic<std::int64_t>* value_;
+};
+
+TEST_F(UserDefaultsFault, AWriteThatFailsIsKeptAndMadeUpFor) {
+  for (const How how : {How::fails, How::stays_failed}) {
+    bool wasMet = true;
+    for (int n = 1; wasMet; ++n) {
+      SCOPED_TRACE(testing::Message() << "call " << n);
+      startAnew();
+      const bool isNew = n % 2 == 0;  // with and without a database to begin with
+      if (!isNew) open()->setInteger(1, "a");
+      Ref<UserDefaults> defaults = open();
+      FailingSystemCalls::arm((n + 1) / 2, how);
+      defaults->setInteger(2, "a");
+      defaults->setInteger(3, "b");
+      wasMet = FailingSystemCalls::disarm();
+      ASSERT_EQ(defaults->integerForKey("a"), 2);
+      ASSERT_EQ(defaults->integerForKey("b"), 3);
+      if (n % 3 == 0) {  // once more, and all is there
+        defaults->setInteger(4, "c");
+        defaults = nullptr;
+        ASSERT_EQ(open()->integerForKey("a"), 2);
+        ASSERT_EQ(open()->integerForKey("b"), 3);
+        ASSERT_EQ(open()->integerForKey("c"), 4);
+        continue;
+      }
+      defaults = nullptr;  // as after a crash: old or new, never anything else
+      const std::int64_t a = open()->integerForKey("a");
+      const std::int64_t b = open()->integerForKey("b");
+      ASSERT_TRUE(a == 2 || (a == (isNew ? 0 : 1) && (how != How::fails || b == 0))) << a;
+      ASSERT_TRUE(b == 3 || b == 0) << b;
+      ASSERT_TRUE(wasMet || (a == 2 && b == 3));
+    }
+  }
+}
+
+// The parent has the store open all the while: it must notice that the writer is gone.
+TEST_F(UserDefaultsFault, AWriterMayDieInAnyCall) {
+  int status = SIGKILL;
+  for (int n = 1; WIFSIGNALED(status); ++n) {
+    SCOPED_TRACE(testing::Message() << "call " << n);
+    startAnew();
+    const Shared stage;
+    Child child([&] {
+      stage.waitFor(1);
+      const Ref<UserDefaults> defaults = open();
+      FailingSystemCalls::arm(n, How::kills);
+      defaults->setInteger(2, "a");
+      *stage = 2;
+      defaults->setInteger(3, "a");
+      FailingSystemCalls::disarm();
+    });
+    const Ref<UserDefaults> defaults = open();
+    defaults->setInteger(1, "a");
+    ASSERT_EQ(defaults->integerForKey("a"), 1);
+    *stage = 1;
+    status = child.end();
+    const std::int64_t value = defaults->integerForKey("a");
+    ASSERT_GE(value, *stage);
+    ASSERT_LE(value, *stage + 1);
+    defaults->setInteger(9, "b");
+    ASSERT_EQ(defaults->integerForKey("a"), value);
+    ASSERT_EQ(defaults->integerForKey("b"), 9);
+  }
+  EXPECT_EQ(status, 0);
+  EXPECT_TRUE(log.messages().empty());
+}
+
+TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::int64_t last = 0;
+  const Shared acknowledged;
+  for (int round = 0; round < 25; ++round) {
+    Child child([&] {
+      const Ref<UserDefaults> defaults = open();
+      for (std::int64_t i = last + 1;; ++i) {
+        defaults->setInteger(i, "count");
+        *acknowledged = i;
+      }
+    });
+    acknowledged.waitFor(last + 1 + static_cast<std::int64_t>(random() % 40));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
+    child.end(SIGKILL);
+    last = open()->integerForKey("count");
+    ASSERT_GE(last, *acknowledged);
+    ASSERT_LE(last, *acknowledged + 1);
+  }
+  EXPECT_TRUE(log.messages().empty());
+}
+
+TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
+  constexpr int kRounds = 200;
+  const Shared turn;
+  Child child([&] {
+    const Ref<UserDefaults> defaults = open();
+    for (int round = 1; round <= kRounds; ++round) {
+      turn.waitFor(2 * round - 1);
+      ASSERT_EQ(defaults->integerForKey("parent's"), round);
+      defaults->setInteger(round, "child's");
+      *turn = 2 * round;
+    }
+  });
+  const Ref<UserDefaults> defaults = open();
+  for (int round = 1; round <= kRounds; ++round) {
+    defaults->setInteger(round, "parent's");
+    *turn = 2 * round - 1;
+    turn.waitFor(2 * round);
+    ASSERT_EQ(defaults->integerForKey("child's"), round);
+  }
+  EXPECT_EQ(child.end(), 0);
+}
+
+TEST_F(UserDefaultsStress, ProcessesWriteSideBySideAndLoseNothing) {
+  constexpr int kCount = 150;
+  std::vector<std::unique_ptr<Child>> children;
+  for (int c = 0; c < 4; ++c) {
+    children.push_back(std::make_unique<Child>([&] {
+      const Ref<UserDefaults> defaults = open();
+      const std::string key = "child " + std::to_string(c);
+      for (int i = 1; i <= kCount; ++i) {
+        defaults->setInteger(i, key);
+        defaults->setInteger(i, "common");
+        ASSERT_EQ(defaults->integerForKey(key), i);
+      }
+    }));
+  }
+  for (const auto& child : children) EXPECT_EQ(child->end(), 0);
+  for (int c = 0; c < 4; ++c) {
+    EXPECT_EQ(open()->integerForKey("child " + std::to_string(c)), kCount);
+  }
+  EXPECT_EQ(open()->integerForKey("common"), kCount);
+  EXPECT_TRUE(log.messages().empty());
+}
+
+}  // namespace
+}  // namespace tq

@@ -1,0 +1,306 @@
+#include <TQFoundation/platform/UserDefaults.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <support/CapturedLog.h>
+#include <support/TemporaryDirectory.h>
+
+#include <filesystem>
+#include <limits>
+#include <random>
+#include <thread>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/Value.h>
+#include <TQFoundation/platform/LogChannel.h>
+
+namespace tq {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct UserDefaultsTest : testing::Test {
+  test::TemporaryDirectory directory;
+  test::CapturedLog log;
+
+  [[nodiscard]] Ref<UserDefaults> open(std::string_view name = "suite") const {
+    return UserDefaults::initWithSuiteName(name, directory.path("folder"));
+  }
+  /// The entries of the suite alone.
+  [[nodiscard]] std::size_t count() const {
+    return open()->dictionaryRepresentation()->count() -
+           open("none")->dictionaryRepresentation()->count();
+  }
+  void execute(const char* statements) const {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(directory.path("folder/suite.sqlite").c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+  }
+};
+
+Ref<Object> nest(int depth) {
+  Ref<Object> object = Number::numberWith(1);
+  while (depth-- > 0) object = Array::arrayWithObjects({object});
+  return object;
+}
+
+TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
+  const auto mixed = MutableDictionary::dictionary();
+  mixed->setObject(Array::arrayWithNumbers(std::vector<double>{1, 2.5}), "packed");
+  mixed->setObject(nest(3), "ключ");
+  mixed->setObject(Dictionary::dictionary(), "");
+  const Ref<Object> values[] = {Number::numberWith(true),
+                                Number::numberWith(std::numeric_limits<std::int64_t>::min()),
+                                Number::numberWith(~0ull),
+                                Number::numberWith(1.0),
+                                Number::numberWith(-0.0),
+                                Number::numberWith(std::nan("")),
+                                Number::numberWith(0.1f),
+                                String::of(""),
+                                String::stringWithUTF16(u"\xD800 lone"),
+                                String::of("a\0b"),
+                                Date::dateWithTimeIntervalSinceReferenceDate(-1.5),
+                                Data::dataWithBytes(""),
+                                Data::dataWithBytes(std::string(3'000'000, 'x')),
+                                Array::array(),
+                                nest(512),
+                                mixed};
+  const std::string keys[] = {"",     std::string("\0\0", 2),    "'; DROP TABLE preference; --",
+                              "🙂", std::string(100'000, 'k'), "\xED\xA0\x80"};
+  std::size_t next = 0;
+  std::map<std::string, Ref<Object>> expected;
+  {
+    const Ref<UserDefaults> defaults = open();
+    for (const auto& key : keys) defaults->setObject(expected[key] = values[next++], key);
+    for (; next < std::size(values); ++next) {
+      const std::string key = "key " + std::to_string(next);
+      defaults->setObject(expected[key] = values[next], key);
+    }
+    mixed->removeAllObjects();  // what was stored is a copy
+    EXPECT_EQ(refCast<Dictionary>(defaults->objectForKey("key 15"))->count(), 3u);
+    expected["key 15"] = defaults->objectForKey("key 15");
+  }
+  const Ref<UserDefaults> again = open();
+  for (const auto& [key, value] : expected) {
+    const Ref<Object> found = again->objectForKey(key);
+    ASSERT_NE(found, nullptr) << key.substr(0, 30);
+    EXPECT_TRUE(found->isEqual(*value)) << found->description();
+    const auto* number = objectCast<Number>(value.get());
+    if (number == nullptr) continue;
+    const NumberValue back = objectCast<Number>(found.get())->value();
+    EXPECT_EQ(back.isBoolean(), number->value().isBoolean());
+    EXPECT_EQ(back.isFloating(), number->value().isFloating());
+  }
+  EXPECT_EQ(count(), expected.size());
+  for (const auto& [key, value] : expected) again->removeObjectForKey(key);
+  EXPECT_EQ(count(), 0u);
+  EXPECT_THAT(log.messages(), ElementsAre());
+}
+
+TEST_F(UserDefaultsTest, ReadsLeniently) {
+  const Ref<UserDefaults> defaults = open();
+  const struct {
+    Ref<Object> stored;
+    bool boolean;
+    std::int64_t integer;
+    double real;
+    const char* string;
+  } cases[] = {
+      {nullptr, false, 0, 0, nullptr},
+      {Number::numberWith(true), true, 1, 1, "1"},
+      {Number::numberWith(-2.75), true, -2, -2.75, "-2.75"},
+      {String::of("YES"), true, 0, 0, "YES"},
+      {String::of(" -3.5e1x"), true, -3, -35, " -3.5e1x"},
+      {Date::dateWithTimeIntervalSinceReferenceDate(5), false, 0, 0, nullptr},
+      {nest(1), false, 0, 0, nullptr},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.stored != nullptr ? c.stored->description() : "absent");
+    defaults->setObject(c.stored, "key");
+    EXPECT_EQ(defaults->boolForKey("key"), c.boolean);
+    EXPECT_EQ(defaults->integerForKey("key"), c.integer);
+    EXPECT_EQ(defaults->doubleForKey("key"), c.real);
+    const Ref<String> text = defaults->stringForKey("key");
+    EXPECT_EQ(text != nullptr ? text->view() : "none", c.string != nullptr ? c.string : "none");
+  }
+}
+
+TEST_F(UserDefaultsTest, LooksThroughItsDomainsInOrder) {
+  const Ref<UserDefaults> defaults = open();
+  const auto entry = [](int value) {
+    return Dictionary::dictionaryWithEntries({{"ordered", Number::numberWith(value)}});
+  };
+  EXPECT_EQ(defaults->objectForKey("ordered"), nullptr);
+  open("other")->registerDefaults(*entry(1));
+  EXPECT_EQ(defaults->integerForKey("ordered"), 1);
+  defaults->registerDefaults(*entry(2));
+  EXPECT_EQ(defaults->integerForKey("ordered"), 2);
+  open("other")->setInteger(3, "ordered");
+  EXPECT_EQ(defaults->integerForKey("ordered"), 2);
+  defaults->setInteger(4, "ordered");
+  EXPECT_EQ(defaults->integerForKey("ordered"), 4);
+  UserDefaults::setArguments(*entry(5));
+  EXPECT_EQ(defaults->integerForKey("ordered"), 5);
+  EXPECT_EQ(defaults->dictionaryRepresentation()->count(), 1u);
+  EXPECT_TRUE(defaults->dictionaryRepresentation()->isEqual(*entry(5)));
+  UserDefaults::setArguments(*Dictionary::dictionary());
+  EXPECT_EQ(UserDefaults::initWithSuiteName("memory", "")->integerForKey("ordered"), 5);
+
+  for (const std::string& bad :
+       {std::string(), std::string("a/b"), std::string("."), std::string(".x"),
+        std::string("a\0b", 3), std::string("global"), std::string(201, 'x')}) {
+    EXPECT_EQ(open(bad), nullptr) << bad;
+  }
+}
+
+TEST_F(UserDefaultsTest, RefusesWhatIsNoPropertyList) {
+  const Ref<UserDefaults> defaults = open();
+  defaults->setInteger(1, "key");
+  const auto cyclic = MutableArray::array();
+  cyclic->addObject(cyclic);
+  cyclic->addObject(cyclic);
+  Ref<Object> doubled = Number::numberWith(1);  // 2^64 numbers when written out
+  for (int i = 0; i < 64; ++i) doubled = Array::arrayWithObjects({doubled, doubled});
+  const struct {
+    Ref<Object> value;
+    const char* reason;
+  } cases[] = {
+      {Null::null(), "Attempt to insert non-property list object of class Null for key key"},
+      {Array::arrayWithObjects({Value::valueWithPoint({1, 2})}), "object of class Value"},
+      {Dictionary::dictionaryWithEntries(
+           std::vector<std::pair<Ref<Object>, Ref<Object>>>{{nest(0), nest(0)}}),
+       "key that is no text"},
+      {nest(513), "too deep"},
+      {cyclic, "too deep"},
+      {doubled, "too large"},
+      {MutableData::dataWithLength(std::size_t{1} << 28), "too large"},
+  };
+  for (const auto& c : cases) {
+    try {
+      defaults->setObject(c.value, "key");
+      ADD_FAILURE() << c.reason;
+    } catch (const Exception& exception) {
+      EXPECT_EQ(exception.name(), InvalidArgumentException);
+      EXPECT_THAT(exception.what(), HasSubstr(c.reason));
+    }
+  }
+  EXPECT_THROW(defaults->setInteger(2, "\xFF"), Exception);
+  EXPECT_EQ(defaults->objectForKey("\xFF"), nullptr);
+  EXPECT_THROW(defaults->registerDefaults(*Dictionary::dictionaryWithEntries(
+                   {{"refused", nest(0)}, {"no list", Null::null()}})),
+               Exception);
+  EXPECT_EQ(defaults->objectForKey("refused"), nullptr);
+  EXPECT_EQ(defaults->integerForKey("key"), 1);
+  cyclic->removeAllObjects();
+}
+
+TEST_F(UserDefaultsTest, SetsADamagedDatabaseAside) {
+  const std::string path = directory.path("folder/suite.sqlite");
+  open()->setInteger(1, "key");
+  const std::string whole = directory.read("folder/suite.sqlite");
+  std::string damagedPage = whole;
+  damagedPage.replace(4096, 200, 200, '\xFF');  // the table's only page
+  const std::string cases[] = {"not a database, but long enough to be taken for one", damagedPage,
+                               whole.substr(0, 4096)};
+  for (const std::string& content : cases) {
+    directory.write("folder/suite.sqlite", content);
+    const Ref<UserDefaults> defaults = open();
+    EXPECT_EQ(defaults->objectForKey("key"), nullptr);
+    defaults->setInteger(2, "key");
+    EXPECT_EQ(defaults->integerForKey("key"), 2);
+  }
+  EXPECT_EQ(open()->integerForKey("key"), 2);
+  EXPECT_TRUE(directory.read("folder/suite.sqlite.damaged") == cases[0]);
+  EXPECT_TRUE(directory.read("folder/suite.sqlite.damaged-2") == cases[1]);
+  EXPECT_TRUE(directory.read("folder/suite.sqlite.damaged-3") == cases[2]);
+  EXPECT_THAT(log.messages(), testing::ElementsAre(HasSubstr("damaged"), HasSubstr("damaged"),
+                                                   HasSubstr("damaged")));
+
+  execute("DROP TABLE preference; CREATE TABLE preference (other TEXT)");
+  EXPECT_EQ(open()->objectForKey("key"), nullptr);
+  EXPECT_TRUE(std::filesystem::exists(path + ".damaged-4"));
+}
+
+TEST_F(UserDefaultsTest, DamageInUseLosesNothingThatIsKnown) {
+  const Ref<UserDefaults> defaults = open();
+  defaults->setInteger(1, "known");
+  EXPECT_EQ(defaults->integerForKey("known"), 1);
+  execute("DROP TABLE preference");
+  defaults->setInteger(2, "later");
+  EXPECT_EQ(defaults->integerForKey("known"), 1);
+  EXPECT_EQ(defaults->integerForKey("later"), 2);
+  execute("SELECT 1 / (count(*) = 2) FROM preference");
+  EXPECT_EQ(log.messages().size(), 1u);
+}
+
+TEST_F(UserDefaultsTest, LeavesOutEntriesThatMakeNoSense) {
+  open()->setInteger(1, "key");
+  execute("INSERT INTO preference VALUES (x'61', x'00'), (x'FF', x'00'), ('text', 'text')");
+  EXPECT_EQ(count(), 1u);
+  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Left out 3 entries")));
+}
+
+TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
+  directory.write("folder", "a file where the folder should be");
+  const Ref<UserDefaults> defaults = open();
+  defaults->setInteger(1, "key");
+  defaults->setInteger(2, "other");
+  defaults->removeObjectForKey("other");
+  EXPECT_EQ(defaults->integerForKey("key"), 1);
+  EXPECT_EQ(defaults->objectForKey("other"), nullptr);
+  Ref<Error> error;
+  EXPECT_FALSE(defaults->synchronize(&error));
+  EXPECT_THAT(error->localizedDescription(), HasSubstr("folder/suite.sqlite: Not a directory."));
+  EXPECT_EQ(log.messages().size(), 2u);  // once for the suite, once for the global domain
+
+  std::filesystem::remove(directory.path("folder"));
+  EXPECT_TRUE(defaults->synchronize(&error));
+  EXPECT_EQ(defaults->integerForKey("key"), 1);
+  execute("SELECT 1 / (count(*) = 1) FROM preference");
+}
+
+TEST_F(UserDefaultsTest, ReaderOfTheLogMayReadPreferences) {
+  directory.write("folder", "a file");
+  const LogSink before = setLogSink([&](const LogMessage&) {
+    static thread_local int depth = 0;
+    if (depth++ == 0) static_cast<void>(open()->objectForKey("key"));
+  });
+  open()->setInteger(1, "key");
+  setLogSink(before);
+}
+
+TEST(UserDefaultsThreadStress, ThreadsSeeEachOthersChangesAtOnce) {
+  const test::TemporaryDirectory directory;
+  const auto defaults = UserDefaults::initWithSuiteName("suite", directory.path(""));
+  std::atomic<std::int64_t> written = 0;
+  {
+    std::vector<std::jthread> readers;
+    for (int r = 0; r < 2; ++r) {
+      readers.emplace_back([&] {
+        for (std::int64_t last = 0; last < 500;) {
+          const std::int64_t before = written;
+          const std::int64_t value = defaults->integerForKey("count");
+          ASSERT_GE(value, before);
+          ASSERT_GE(value, last);
+          last = value;
+        }
+      });
+    }
+    for (std::int64_t i = 1; i <= 500; ++i) {
+      defaults->setInteger(i, "count");
+      written = i;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tq
