@@ -56,8 +56,10 @@
 #include <TQFoundation/concurrency/ValueCache.h>
 #include <TQFoundation/environment/LRVariant.h>
 #include <TQFoundation/environment/Preference.h>
+#include <TQFoundation/environment/TQKorvanInfo.h>
 #include <TQFoundation/environment/TQLogging.h>
 #include <TQFoundation/environment/TQPerformanceTimer.h>
+#include <TQFoundation/environment/TQStringUniquer.h>
 #include <TQFoundation/environment/TQVersion.h>
 #include <TQFoundation/geometry/AnchoredRect.h>
 #include <TQFoundation/geometry/AspectRatio.h>

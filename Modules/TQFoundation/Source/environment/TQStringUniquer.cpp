@@ -1,0 +1,67 @@
+#include <TQFoundation/environment/TQStringUniquer.h>
+
+#include <algorithm>
+
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+namespace {
+
+constexpr std::string_view kCopy = " copy";
+constexpr std::size_t kMostDigits = 18;  // longer ones are part of the name
+
+struct Numbered {
+  std::string_view stem;
+  std::uint64_t number;  ///< 1 where none is written
+};
+
+/// "Oval 7" is number 7 of "Oval". A number begins with 2 to 9: "Oval 07" is a name like any other,
+/// and so is "Oval 1", whose successor would not show that they belong together.
+Numbered numbered(std::string_view name) {
+  const std::size_t space = name.rfind(' ');
+  if (space == std::string_view::npos || space == 0) return {name, 1};
+  const std::string_view digits = name.substr(space + 1);
+  if (digits.empty() || digits.size() > kMostDigits || digits.front() == '0' || digits == "1" ||
+      digits.find_first_not_of("0123456789") != std::string_view::npos) {
+    return {name, 1};
+  }
+  return {name.substr(0, space), static_cast<std::uint64_t>(lenientInteger(digits))};
+}
+
+}  // namespace
+
+TQStringUniquer::TQStringUniquer(std::span<const std::string> taken) {
+  for (const std::string& name : taken) take(name);
+}
+
+void TQStringUniquer::take(std::string_view name) { taken_.emplace(name); }
+
+std::string TQStringUniquer::uniqueString(std::string_view wanted) {
+  if (!isTaken(wanted)) {
+    take(wanted);
+    return std::string(wanted);
+  }
+  const Numbered start = numbered(wanted);
+  return firstFree(start.stem, start.number + 1);
+}
+
+std::string TQStringUniquer::uniqueCopyName(std::string_view original) {
+  const Numbered start = numbered(original);
+  if (start.stem.ends_with(kCopy)) return firstFree(start.stem, start.number + 1);
+  return firstFree(std::string(original) + std::string(kCopy), 1);
+}
+
+std::string TQStringUniquer::firstFree(std::string_view stem, std::uint64_t number) {
+  std::uint64_t& lowest = lowest_.try_emplace(std::string(stem), 1).first->second;
+  const bool isWhole = number <= lowest;  // nothing free is left out below
+  number = std::max(number, lowest);
+  for (;; ++number) {
+    std::string name(stem);
+    if (number > 1) name.append(" ").append(std::to_string(number));
+    if (!taken_.insert(name).second) continue;
+    if (isWhole) lowest = number + 1;
+    return name;
+  }
+}
+
+}  // namespace tq

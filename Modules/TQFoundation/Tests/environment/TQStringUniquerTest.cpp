@@ -1,0 +1,56 @@
+#include <TQFoundation/environment/TQStringUniquer.h>
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+namespace tq {
+namespace {
+
+TEST(StringUniquer, CountsOnFromWhatIsThere) {
+  const struct {
+    std::vector<std::string> taken;
+    const char* name;
+    const char* unique;
+    const char* copy;
+  } cases[] = {
+      {{}, "Oval", "Oval", "Oval copy"},
+      {{"Oval"}, "Oval", "Oval 2", "Oval copy"},
+      {{"Oval", "Oval 2", "Oval 4", "Oval copy"}, "Oval", "Oval 3", "Oval copy 2"},
+      {{"Oval 7", "Oval 8"}, "Oval 7", "Oval 9", "Oval 7 copy"},
+      {{"Oval copy"}, "Oval copy", "Oval copy 2", "Oval copy 2"},
+      {{"Oval copy 7", "Oval copy 8"}, "Oval copy 7", "Oval copy 9", "Oval copy 9"},
+      {{"Oval 9"}, "Oval 9", "Oval 10", "Oval 9 copy"},
+      {{"Oval 1"}, "Oval 1", "Oval 1 2", "Oval 1 copy"},
+      {{"Oval 07"}, "Oval 07", "Oval 07 2", "Oval 07 copy"},
+      {{"1234567890123456789"},
+       "1234567890123456789",
+       "1234567890123456789 2",
+       "1234567890123456789 copy"},
+      {{"x 1234567890123456789"},
+       "x 1234567890123456789",
+       "x 1234567890123456789 2",
+       "x 1234567890123456789 copy"},
+      {{"", " 2"}, "", " 3", " copy"},
+      {{"oval"}, "Oval", "Oval", "Oval copy"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(TQStringUniquer(c.taken).uniqueString(c.name), c.unique);
+    EXPECT_EQ(TQStringUniquer(c.taken).uniqueCopyName(c.name), c.copy);
+  }
+}
+
+TEST(StringUniquer, GivesNoNameTwiceHoweverMany) {
+  TQStringUniquer uniquer(std::vector<std::string>{"Oval copy 50000"});
+  std::set<std::string> given{"Oval copy 50000"};
+  for (int i = 0; i < 100'000; ++i) {
+    EXPECT_TRUE(given.insert(uniquer.uniqueCopyName(i % 3 == 0 ? "Oval copy 7" : "Oval")).second);
+  }
+  EXPECT_TRUE(given.contains("Oval copy"));
+  EXPECT_TRUE(given.contains("Oval copy 100001"));
+}
+
+}  // namespace
+}  // namespace tq
