@@ -16,7 +16,7 @@
 namespace tq {
 namespace {
 
-using SinkSlot = detail::SinkSlot<void(const LogMessage&)>;
+using SinkSlot = detail::SinkSlot<const LogMessage&>;
 
 SinkSlot& sinkSlot() {
   static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
@@ -61,10 +61,7 @@ bool writeToJournal(const LogMessage& message) {
 }
 
 void deliver(const LogMessage& message) {
-  if (const auto sink = sinkSlot().sink()) {
-    (*sink)(message);
-    return;
-  }
+  if (sinkSlot().call(message)) return;
   if (writeToJournal(message)) return;
   plainLog(fmt::format("[{}:{}] {}: {}", message.subsystem, message.category, nameOf(message.level),
                        message.text));

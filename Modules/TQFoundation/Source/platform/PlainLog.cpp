@@ -13,7 +13,7 @@
 namespace tq {
 namespace {
 
-using SinkSlot = detail::SinkSlot<void(std::string_view)>;
+using SinkSlot = detail::SinkSlot<std::string_view>;
 
 SinkSlot& sinkSlot() {
   static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
@@ -45,10 +45,7 @@ void writeAll(std::string_view text) noexcept {
 }  // namespace
 
 void plainLog(std::string_view message) {
-  if (const auto sink = sinkSlot().sink()) {
-    (*sink)(message);
-    return;
-  }
+  if (sinkSlot().call(message)) return;
   std::string line = timestamp();
   line.append(" ").append(program_invocation_short_name);
   line.append("[").append(std::to_string(::getpid()));
