@@ -118,9 +118,12 @@
 #include <TQFoundation/platform/Codec.h>
 #include <TQFoundation/platform/Collation.h>
 #include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/ExternalTool.h>
 #include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/FileReading.h>
+#include <TQFoundation/platform/FileServices.h>
 #include <TQFoundation/platform/JSONDocument.h>
+#include <TQFoundation/platform/Keychain.h>
 #include <TQFoundation/platform/KeyedArchiver.h>
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/Lock.h>

@@ -9,6 +9,8 @@
 #include <span>
 
 #include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/platform/URL.h>
 
 namespace tq {
 
@@ -18,5 +20,10 @@ using SHA1Digest = std::array<std::byte, 20>;
 /// Any thread.
 [[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1Digest(
     std::span<const std::byte> bytes) noexcept;
+
+/// SHA-1 of a file's content, read piece by piece. Only regular files are read. Any thread.
+/// @return none, with an error, on failure
+[[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1DigestOfFile(const URL& url,
+                                                                   Ref<Error>* error = nullptr);
 
 }  // namespace tq

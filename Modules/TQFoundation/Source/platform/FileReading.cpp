@@ -9,16 +9,16 @@
 #include <new>
 #include <string>
 
-#include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/detail/FileError.h>
 #include <TQFoundation/platform/detail/FilledData.h>
+#include <TQFoundation/platform/detail/RegularFile.h>
 
 namespace tq {
 namespace {
 
 using detail::FilledData;
 
-constexpr off_t kLargestFile = off_t{1} << 36;
+constexpr std::size_t kLargestFile = std::size_t{1} << 36;
 
 /// Reads to the end. The size is a guess: files grow, and those of the kernel claim to be empty.
 /// @return 0, or the system's error number
@@ -39,32 +39,43 @@ int readAll(int descriptor, FilledData& data) {
 
 }  // namespace
 
-Ref<Data> dataWithContentsOfURL(const URL& url, Ref<Error>* error) {
+Ref<FileHandle> detail::openRegularFile(const URL& url, std::size_t& size, Ref<Error>* error) {
   const auto fail = [&](int errorNumber) {
-    setOutError(error, detail::fileError(detail::FileUse::reading, url, errorNumber));
+    setOutError(error, fileError(FileUse::reading, url, errorNumber));
     return nullptr;
   };
   if (url.path().find('\0') != std::string::npos) return fail(EINVAL);  // it would cut the path
   // Not to block: a pipe without a writer is refused, not waited for.
   const int descriptor = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (descriptor < 0) return fail(errno);
-  const Ref<FileHandle> file = FileHandle::fileHandleWithFileDescriptor(descriptor, true);
+  Ref<FileHandle> file = FileHandle::fileHandleWithFileDescriptor(descriptor, true);
 
   struct stat status {};
   if (::fstat(descriptor, &status) != 0) return fail(errno);
   if (S_ISDIR(status.st_mode)) return fail(EISDIR);
-  if (status.st_size > kLargestFile) return fail(EFBIG);
   if (!S_ISREG(status.st_mode)) {
-    setOutError(error, detail::fileError(detail::FileUse::reading, url, EINVAL,
-                                         "The file “" + std::string(url.lastPathComponent()) +
-                                             "” couldn’t be opened because it is not a regular "
-                                             "file."));
+    setOutError(error, fileError(FileUse::reading, url, EINVAL,
+                                 "The file “" + std::string(url.lastPathComponent()) +
+                                     "” couldn’t be opened because it is not a regular file."));
     return nullptr;
   }
+  size = static_cast<std::size_t>(status.st_size);
+  return file;
+}
+
+Ref<Data> dataWithContentsOfURL(const URL& url, Ref<Error>* error) {
+  const auto fail = [&](int errorNumber) {
+    setOutError(error, detail::fileError(detail::FileUse::reading, url, errorNumber));
+    return nullptr;
+  };
+  std::size_t size = 0;
+  const Ref<FileHandle> file = detail::openRegularFile(url, size, error);
+  if (file == nullptr) return nullptr;
+  if (size > kLargestFile) return fail(EFBIG);
   try {
     // One byte more than the size, so that the end is met without growing.
-    const Ref<FilledData> data = makeRef<FilledData>(static_cast<std::size_t>(status.st_size) + 1);
-    const int failure = readAll(descriptor, *data);
+    const Ref<FilledData> data = makeRef<FilledData>(size + 1);
+    const int failure = readAll(file->fileDescriptor(), *data);
     return failure == 0 ? Ref<Data>(data) : fail(failure);
   } catch (const std::bad_alloc&) {
     return fail(EFBIG);

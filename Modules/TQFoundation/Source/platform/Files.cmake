@@ -8,13 +8,16 @@ tq_room(platform
   Collation.cpp Collation.h
   DeflateCodec.cpp
   Digest.cpp Digest.h
+  ExternalTool.cpp ExternalTool.h
   FileError.cpp
   FileHandle.cpp FileHandle.h
   FileReading.cpp FileReading.h
+  FileServices.cpp FileServices.h
   JSONDocument.cpp JSONDocument.h
   JSONFault.cpp
   JSONObjectBuilder.cpp
   JSONShape.cpp
+  Keychain.cpp Keychain.h
   KeyedArchiver.cpp KeyedArchiver.h
   KeyedUnarchiver.cpp KeyedUnarchiver.h
   LZ4Codec.cpp

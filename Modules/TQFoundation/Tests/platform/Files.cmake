@@ -23,8 +23,12 @@ tq_add_internal_tests(TQPlatform
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
-# Preferences, with the system's writes made to fail, beside the database's own view of its files.
-tq_add_room_tests(TQPreferences
+# Services of the system, with its writes made to fail, beside the database's own view of its files.
+tq_add_room_tests(TQServices
+  ${CMAKE_CURRENT_LIST_DIR}/ExternalToolTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FileServicesTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/KeychainTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp)
-target_link_libraries(TQPreferencesTests PRIVATE PkgConfig::sqlite3)
+  ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)
+target_link_libraries(TQServicesTests PRIVATE PkgConfig::sqlite3)

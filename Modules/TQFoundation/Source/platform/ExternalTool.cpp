@@ -1,0 +1,284 @@
+#include <TQFoundation/platform/ExternalTool.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <string.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include <TQFoundation/platform/FileHandle.h>
+
+namespace tq {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Code = ExternalToolErrorCode;
+
+constexpr std::size_t kPiece = std::size_t{1} << 16;
+
+/// A pipe's two ends; neither is inherited.
+struct Pipe {
+  Ref<FileHandle> reading;
+  Ref<FileHandle> writing;
+
+  static std::optional<Pipe> make() {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
+    Pipe pipe;
+    pipe.reading = FileHandle::fileHandleWithFileDescriptor(ends[0], true);
+    pipe.writing = FileHandle::fileHandleWithFileDescriptor(ends[1], true);
+    return pipe;
+  }
+};
+
+void makeNonBlocking(const FileHandle& file) {
+  ::fcntl(file.fileDescriptor(), F_SETFL, O_NONBLOCK);
+}
+
+/// Keeps a broken pipe from ending the process while this thread writes: the signal is held back,
+/// and taken away again if it came.
+class BrokenPipesHeldBack {
+ public:
+  BrokenPipesHeldBack() {
+    ::sigemptyset(&pipe_);
+    ::sigaddset(&pipe_, SIGPIPE);
+    sigset_t pending;
+    ::sigpending(&pending);
+    wasPending_ = ::sigismember(&pending, SIGPIPE) == 1;
+    ::pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+  }
+  ~BrokenPipesHeldBack() {
+    constexpr timespec kNow{};
+    if (!wasPending_) {
+      while (::sigtimedwait(&pipe_, nullptr, &kNow) < 0 && errno == EINTR) {
+      }
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+  }
+  BrokenPipesHeldBack(const BrokenPipesHeldBack&) = delete;
+  BrokenPipesHeldBack& operator=(const BrokenPipesHeldBack&) = delete;
+
+ private:
+  sigset_t pipe_;
+  sigset_t before_;
+  bool wasPending_;
+};
+
+/// How the child begins: its streams, its folder, its signals, its group.
+class Beginning {
+ public:
+  Beginning(const std::string& folder, const Pipe& input, const Pipe& output,
+            const Pipe& errorOutput) {
+    ::posix_spawn_file_actions_init(&actions_);
+    ::posix_spawnattr_init(&attributes_);
+    const int streams[] = {input.reading->fileDescriptor(), output.writing->fileDescriptor(),
+                           errorOutput.writing->fileDescriptor()};
+    for (int stream = 0; stream < 3; ++stream) {
+      ::posix_spawn_file_actions_adddup2(&actions_, streams[stream], stream);
+    }
+    ::posix_spawn_file_actions_addclosefrom_np(&actions_, 3);
+    if (!folder.empty()) ::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str());
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::posix_spawnattr_setsigmask(&attributes_, &signals);
+    ::sigfillset(&signals);
+    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
+    ::posix_spawnattr_setpgroup(&attributes_, 0);
+    ::posix_spawnattr_setflags(
+        &attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+  }
+  ~Beginning() {
+    ::posix_spawnattr_destroy(&attributes_);
+    ::posix_spawn_file_actions_destroy(&actions_);
+  }
+  Beginning(const Beginning&) = delete;
+  Beginning& operator=(const Beginning&) = delete;
+
+  /// @return 0 or the system's error number
+  int spawn(const ExternalTool& tool, pid_t& child) const {
+    std::vector<char*> arguments{const_cast<char*>(tool.program.c_str())};
+    for (const std::string& argument : tool.arguments) {
+      arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    return ::posix_spawnp(&child, tool.program.c_str(), &actions_, &attributes_, arguments.data(),
+                          environ);
+  }
+
+ private:
+  posix_spawn_file_actions_t actions_;
+  posix_spawnattr_t attributes_;
+};
+
+/// A started tool, killed with its group and waited for unless it has ended.
+class Run {
+ public:
+  Run(const ExternalTool& tool, Pipe input, Pipe output, Pipe errorOutput, pid_t child)
+      : tool_(tool), child_(child), input_(std::move(input.writing)) {
+    streams_[0].file = std::move(output.reading);
+    streams_[1].file = std::move(errorOutput.reading);
+    makeNonBlocking(*input_);
+    for (Stream& stream : streams_) makeNonBlocking(*stream.file);
+    if (tool.input.empty()) input_->closeFile();
+    const double seconds = tool.timeoutSeconds;
+    constexpr double kLongest = 1e9;  // about 31 years
+    if (seconds > 0 && seconds < kLongest) {
+      deadline_ = Clock::now() + std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
+    }
+    // Where the kernel has none of these, the end is looked for now and then.
+    const auto end = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
+    end_ = FileHandle::fileHandleWithFileDescriptor(end, end >= 0);
+  }
+  ~Run() {
+    if (hasEnded_) return;
+    ::kill(-child_, SIGKILL);
+    while (::waitpid(child_, &status_, 0) < 0 && errno == EINTR) {
+    }
+  }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+
+  /// @return what was in the way of its end
+  std::optional<Code> toTheEnd() {
+    for (;;) {
+      // The end first: what was written before it is then sure to be read below.
+      hasEnded_ = ::waitpid(child_, &status_, WNOHANG) != 0;
+      feed();
+      for (Stream& stream : streams_) {
+        if (!collect(stream)) return Code::tooMuchOutput;
+      }
+      if (hasEnded_) return std::nullopt;
+      if (deadline_ && Clock::now() >= *deadline_) return Code::timedOut;
+      waitForNews();
+    }
+  }
+
+  [[nodiscard]] ExternalToolResult result() const {
+    ExternalToolResult result;
+    result.output = streams_[0].bytes;
+    result.errorOutput = streams_[1].bytes;
+    if (WIFSIGNALED(status_)) {
+      result.exitStatus = -1;
+      result.signal = WTERMSIG(status_);
+    } else {
+      result.exitStatus = WEXITSTATUS(status_);
+    }
+    return result;
+  }
+
+ private:
+  struct Stream {
+    Ref<FileHandle> file;
+    Ref<MutableData> bytes = MutableData::data();
+  };
+
+  void feed() {
+    while (input_->fileDescriptor() >= 0) {
+      const std::span<const std::byte> rest = tool_.input.subspan(fed_);
+      const WriteResult result =
+          rest.empty() ? WriteResult{-1, EPIPE} : writeOnce(input_->fileDescriptor(), rest);
+      if (result.count > 0) {
+        fed_ += static_cast<std::size_t>(result.count);
+      } else if (result.errorNumber == EAGAIN) {
+        return;
+      } else if (result.errorNumber != EINTR) {
+        input_->closeFile();  // all is fed, or nobody reads
+      }
+    }
+  }
+
+  /// @return false when there is more than may be
+  bool collect(Stream& stream) const {
+    while (stream.file->fileDescriptor() >= 0) {
+      const std::span<std::byte> room = stream.bytes->spareRoom(kPiece);
+      const ssize_t count = ::read(stream.file->fileDescriptor(), room.data(), room.size());
+      if (count < 0 && errno == EINTR) continue;
+      if (count < 0 && errno == EAGAIN) return true;
+      if (count <= 0) {
+        stream.file->closeFile();
+        return true;
+      }
+      stream.bytes->commit(static_cast<std::size_t>(count));
+      if (stream.bytes->length() > tool_.mostOutputBytes) return false;
+    }
+    return true;
+  }
+
+  // poll() leaves out what has a negative descriptor.
+  void waitForNews() const {
+    using namespace std::chrono;
+    constexpr milliseconds kNowAndThen(20);
+    constexpr milliseconds kLong(60'000);
+    std::array<pollfd, 4> news{{{input_->fileDescriptor(), POLLOUT, 0},
+                                {streams_[0].file->fileDescriptor(), POLLIN, 0},
+                                {streams_[1].file->fileDescriptor(), POLLIN, 0},
+                                {end_->fileDescriptor(), POLLIN, 0}}};
+    milliseconds wait = end_->fileDescriptor() >= 0 ? kLong : kNowAndThen;
+    if (deadline_) wait = std::min(wait, ceil<milliseconds>(*deadline_ - Clock::now()));
+    ::poll(news.data(), news.size(), static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
+  }
+
+  const ExternalTool& tool_;
+  const pid_t child_;
+  Ref<FileHandle> input_;
+  Ref<FileHandle> end_;
+  std::array<Stream, 2> streams_;
+  std::optional<Clock::time_point> deadline_;
+  std::size_t fed_ = 0;
+  int status_ = 0;
+  bool hasEnded_ = false;
+};
+
+std::nullopt_t fail(Ref<Error>* error, const ExternalTool& tool, Code code,
+                    const std::string& what) {
+  setOutError(error,
+              Error::errorWithDomain(ExternalToolErrorDomain, static_cast<std::int64_t>(code),
+                                     "The tool “" + tool.program + "” " + what + "."));
+  return std::nullopt;
+}
+
+bool holdsNul(const ExternalTool& tool) {
+  const auto hasNul = [](const std::string& text) { return text.find('\0') != std::string::npos; };
+  return hasNul(tool.program) || hasNul(tool.workingFolder) ||
+         std::ranges::any_of(tool.arguments, hasNul);
+}
+
+}  // namespace
+
+std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<Error>* error) {
+  const auto cannotStart = [&](int errorNumber) {
+    return fail(error, tool, Code::cannotStart,
+                "could not be started: " + std::string(::strerrordesc_np(errorNumber)));
+  };
+  if (holdsNul(tool)) return cannotStart(EINVAL);  // it would cut the text
+  auto input = Pipe::make();
+  auto output = Pipe::make();
+  auto errorOutput = Pipe::make();
+  if (!input || !output || !errorOutput) return cannotStart(errno);
+  pid_t child = -1;
+  const int failure =
+      Beginning(tool.workingFolder, *input, *output, *errorOutput).spawn(tool, child);
+  if (failure != 0) return cannotStart(failure);
+
+  input->reading->closeFile();  // the child's ends: it alone holds them from here on
+  output->writing->closeFile();
+  errorOutput->writing->closeFile();
+  const BrokenPipesHeldBack heldBack;
+  Run run(tool, *std::move(input), *std::move(output), *std::move(errorOutput), child);
+  const std::optional<Code> fault = run.toTheEnd();
+  if (!fault) return run.result();
+  return fail(error, tool, *fault,
+              *fault == Code::timedOut ? "did not end in time" : "wrote too much");
+}
+
+}  // namespace tq

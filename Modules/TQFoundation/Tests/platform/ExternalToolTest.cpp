@@ -1,0 +1,118 @@
+#include <TQFoundation/platform/ExternalTool.h>
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <support/TemporaryDirectory.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+namespace tq {
+namespace {
+
+using Code = ExternalToolErrorCode;
+
+ExternalTool shell(std::string script, std::string_view input = {}) {
+  ExternalTool tool;
+  tool.program = "sh";
+  tool.arguments = {"-c", std::move(script)};
+  tool.input = std::as_bytes(std::span(input));
+  return tool;
+}
+
+TEST(ExternalTool, CollectsBothStreamsWhileItFeeds) {
+  const std::string large(1'000'000, 'x');
+  const struct {
+    const char* script;
+    std::string_view input;
+    std::string_view output;
+    std::string_view errorOutput;
+    int exitStatus;
+    int signal;
+  } cases[] = {
+      {"cat", large, large, "", 0, 0},
+      {"cat >&2; echo out; exit 7", "in", "out\n", "in", 7, 0},
+      {"cat; head -c 1000000 /dev/zero | tr '\\0' x >&2", large, large, large, 0, 0},
+      {"head -c 1000000 /dev/zero | tr '\\0' x; cat >&2", large, large, large, 0, 0},
+      {"exit 3", large, "", "", 3, 0},  // never reads: no signal, no wait
+      {"exec 0<&-; echo closed", large, "closed\n", "", 0, 0},
+      {"kill -9 $$", "", "", "", -1, SIGKILL},
+      {"kill -PIPE $$", "", "", "", -1, SIGPIPE},  // signals are as they are by default
+      {"read line || echo none", "", "none\n", "", 0, 0},
+      {"sleep 20 & echo left", "", "left\n", "", 0, 0},  // what it leaves running is not waited for
+      {"ls /proc/self/fd | wc -l", "", "4\n", "", 0, 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.script);
+    const auto start = std::chrono::steady_clock::now();
+    const auto result = runExternalTool(shell(c.script, c.input));
+    ASSERT_TRUE(result);
+    EXPECT_TRUE(result->output->view() == c.output) << result->output->description();
+    EXPECT_TRUE(result->errorOutput->view() == c.errorOutput) << result->errorOutput->description();
+    EXPECT_EQ(result->exitStatus, c.exitStatus);
+    EXPECT_EQ(result->signal, c.signal);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+  }
+}
+
+TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
+  ExternalTool missing;
+  missing.program = "/nowhere/tool";
+  ExternalTool cut = shell("true");
+  cut.arguments.emplace_back("a\0b", 3);
+  ExternalTool placeless = shell("true");
+  placeless.workingFolder = "/nowhere";
+  ExternalTool slow = shell("sleep 60 & sleep 60");
+  slow.timeoutSeconds = 0.2;
+  ExternalTool endless = shell("yes");
+  endless.mostOutputBytes = 100'000;
+  const struct {
+    const ExternalTool& tool;
+    Code code;
+    const char* text;
+  } cases[] = {
+      {missing, Code::cannotStart,
+       "The tool “/nowhere/tool” could not be started: No such file or directory."},
+      {cut, Code::cannotStart, "The tool “sh” could not be started: Invalid argument."},
+      {placeless, Code::cannotStart,
+       "The tool “sh” could not be started: No such file or directory."},
+      {slow, Code::timedOut, "The tool “sh” did not end in time."},
+      {endless, Code::tooMuchOutput, "The tool “sh” wrote too much."},
+  };
+  for (const auto& c : cases) {
+    Ref<Error> error;
+    EXPECT_FALSE(runExternalTool(c.tool, &error));
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(c.code));
+    EXPECT_EQ(error->localizedDescription(), c.text);
+  }
+}
+
+TEST(ExternalTool, ItsWholeGroupGoesWhenItsTimeIsOver) {
+  const test::TemporaryDirectory directory;
+  ExternalTool tool = shell("(sleep 2; touch late) & wait");
+  tool.workingFolder = directory.path("");
+  tool.timeoutSeconds = 0.2;
+  EXPECT_FALSE(runExternalTool(tool));
+  std::this_thread::sleep_for(std::chrono::seconds(3));
+  EXPECT_FALSE(std::filesystem::exists(directory.path("late")));
+}
+
+TEST(ExternalToolStress, RunsSideBySide) {
+  std::vector<std::jthread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([t] {
+      const std::string input(100'000, static_cast<char>('a' + t));
+      for (int i = 0; i < 10; ++i) {
+        const auto result = runExternalTool(shell("cat", input));
+        ASSERT_TRUE(result && result->output->view() == input);
+        ASSERT_TRUE(runExternalTool(shell("true", input)));  // broken pipes stay with their thread
+      }
+    });
+  }
+}
+
+}  // namespace
+}  // namespace tq

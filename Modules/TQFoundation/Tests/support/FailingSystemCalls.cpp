@@ -1,0 +1,26 @@
+// The program's own definitions of these calls stand before the C library's, for every library in
+// the process.
+
+#include <support/FailingSystemCalls.h>
+
+#include <dlfcn.h>
+#include <sys/types.h>
+
+#include <cstddef>
+
+#define TQ_FAILING_CALL(name, Result, parameters, arguments)                                  \
+  extern "C" __attribute__((visibility("default"))) Result name parameters {                  \
+    static const auto real = reinterpret_cast<Result(*) parameters>(dlsym(RTLD_NEXT, #name)); \
+    return tq::test::FailingSystemCalls::fails() ? -1 : real arguments;                       \
+  }
+TQ_FAILING_CALL(write, ssize_t, (int fd, const void* bytes, size_t count), (fd, bytes, count))
+TQ_FAILING_CALL(pwrite, ssize_t, (int fd, const void* bytes, size_t count, off_t at),
+                (fd, bytes, count, at))
+TQ_FAILING_CALL(pwrite64, ssize_t, (int fd, const void* bytes, size_t count, off64_t at),
+                (fd, bytes, count, at))
+TQ_FAILING_CALL(fsync, int, (int fd), (fd))
+TQ_FAILING_CALL(fdatasync, int, (int fd), (fd))
+TQ_FAILING_CALL(ftruncate, int, (int fd, off_t length), (fd, length))
+TQ_FAILING_CALL(ftruncate64, int, (int fd, off64_t length), (fd, length))
+TQ_FAILING_CALL(rename, int, (const char* from, const char* to), (from, to))
+#undef TQ_FAILING_CALL
