@@ -85,7 +85,7 @@ TEST_F(FileServices, UniqueNamesCountBeforeTheEnding) {
 }
 
 TEST_F(FileServices, DigestsEqualThoseOfTheBytes) {
-  for (const std::size_t size : {0, 1, 262'144, 1'000'000}) {
+  for (const std::size_t size : {0u, 1u, 262'144u, 1'000'000u}) {
     const std::string content(size, 'd');
     directory.write("file", content);
     EXPECT_EQ(sha1DigestOfFile(*url("file"), &error), sha1Digest(bytesOf(content))) << size;
