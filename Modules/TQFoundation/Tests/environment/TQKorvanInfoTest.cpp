@@ -56,7 +56,9 @@ TEST(KorvanInfo, NamesEveryVariant) {
                                                         {"all", 255},    {"featurepreview", 128},
                                                         {"inHouse", 90}, {"privateBeta", 122}};
   for (const auto& [name, rawValue] : cases) {
-    EXPECT_EQ(TQKorvanInfo::variantNamed(name)->rawValue(), rawValue) << name;
+    const Ref<LRVariant> variant = TQKorvanInfo::variantNamed(name);
+    EXPECT_EQ(variant->rawValue(), rawValue) << name;
+    EXPECT_EQ(TQKorvanInfo::variantNamed(name), variant);  // members are single objects
   }
   for (const char* name : {"", "bet", "beta ", "betas"}) {
     EXPECT_EQ(TQKorvanInfo::variantNamed(name), nullptr) << name;

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -57,18 +59,13 @@ TEST(Version, HighestIsTheEarliestOfEqualsAndNeverZero) {
 }
 
 // The steps as they are told: zeros put behind the text, the whole split, three numbers read.
-std::vector<long> components(std::string text) {
-  text += ".0.0.0";
-  std::vector<std::string> parts{""};
-  for (const char c : text) {
-    if (c == '.') {
-      parts.emplace_back();
-    } else {
-      parts.back() += c;
-    }
-  }
+std::vector<long> components(const std::string& text) {
+  std::istringstream stream(text + ".0.0.0");
   std::vector<long> numbers;
-  for (std::size_t i = 0; i < 3; ++i) numbers.push_back(std::strtol(parts[i].c_str(), nullptr, 10));
+  std::string part;
+  while (numbers.size() < 3 && std::getline(stream, part, '.')) {
+    numbers.push_back(std::strtol(part.c_str(), nullptr, 10));
+  }
   return numbers;
 }
 
