@@ -1,15 +1,7 @@
 #include "Files/Drawing.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <new>
-#include <span>
 #include <system_error>
 #include <utility>
 
@@ -30,43 +22,6 @@ namespace {
   return bytes;
 }
 
-/// A new file beside `path`, removed again unless it is put in its place.
-class Replacement {
- public:
-  explicit Replacement(const std::string& path) : path_(path), temporary_(path + ".XXXXXX") {
-    descriptor_ = ::mkstemp(temporary_.data());
-    if (descriptor_ < 0) return;
-    const ::mode_t mask = ::umask(0);
-    ::umask(mask);
-    ::fchmod(descriptor_, 0666 & ~mask);
-  }
-  ~Replacement() {
-    if (descriptor_ < 0) return;
-    ::close(descriptor_);
-    ::unlink(temporary_.c_str());
-  }
-  Replacement(const Replacement&) = delete;
-  Replacement& operator=(const Replacement&) = delete;
-
-  /// -1 when the file could not be made; errno says why.
-  [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
-
-  [[nodiscard]] bool putInPlace() noexcept {
-    if (std::rename(temporary_.c_str(), path_.c_str()) != 0) return false;
-    ::close(std::exchange(descriptor_, -1));
-    return true;
-  }
-
- private:
-  std::string path_;
-  std::string temporary_;
-  int descriptor_ = -1;
-};
-
-[[nodiscard]] tq::Ref<tq::Error> systemError() {
-  return errorWith(std::generic_category().message(errno));
-}
-
 /// Text never has U+0000 among its first bytes; a container always does.
 [[nodiscard]] bool isContainer(const tq::Data& bytes) {
   constexpr std::size_t kSmallest = 18;
@@ -81,30 +36,6 @@ class Replacement {
     length |= byte << (8 * i);
   }
   return length;
-}
-
-[[nodiscard]] bool writePacked(const Document& document, int descriptor,
-                               tq::Ref<tq::Error>* error) {
-  tq::Ref<const tq::Data> bytes = tq::TQJSONEncoder::encodeObjectAsData(document, error);
-  if (!bytes) return false;
-  bytes = tq::dataByCompressingWithAlgorithm_tq(*bytes, tq::TQCompressionAlgorithm::deflate);
-  if (!bytes) throw std::bad_alloc();
-  for (auto rest = bytes->bytes(); !rest.empty();) {
-    const tq::WriteResult result = tq::writeOnce(descriptor, rest);
-    if (result.count < 0 && result.errorNumber != EINTR) {
-      tq::setOutError(error, errorWith(std::generic_category().message(result.errorNumber)));
-      return false;
-    }
-    rest = rest.subspan(static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.count, 0)));
-  }
-  return true;
-}
-
-[[nodiscard]] bool write(const Document& document, int descriptor, Packing packing,
-                         tq::Ref<tq::Error>* error) {
-  if (packing == Packing::gzip) return writePacked(document, descriptor, error);
-  const auto handle = tq::FileHandle::fileHandleWithFileDescriptor(descriptor);
-  return tq::TQJSONEncoder::encodeObject(document, handle, error);
 }
 
 }  // namespace
@@ -143,13 +74,14 @@ tq::Ref<Document> openArchive(const tq::Data& bytes, const std::string& path,
 
 bool saveArchive(const Document& document, const std::string& path, Packing packing,
                  tq::Ref<tq::Error>* error) {
-  Replacement file(path);
   tq::Ref<tq::Error> reason;
-  if (file.descriptor() < 0) {
-    reason = systemError();
-  } else if (write(document, file.descriptor(), packing, &reason)) {
-    if (file.putInPlace()) return true;
-    reason = systemError();
+  tq::Ref<const tq::Data> bytes = tq::TQJSONEncoder::encodeObjectAsData(document, &reason);
+  if (bytes && packing == Packing::gzip) {
+    bytes = tq::dataByCompressingWithAlgorithm_tq(*bytes, tq::TQCompressionAlgorithm::deflate);
+    if (!bytes) throw std::bad_alloc();
+  }
+  if (bytes && tq::replaceFile(*tq::URL::fileURLWithPath(path), bytes->bytes(), &reason)) {
+    return true;
   }
   tq::setOutError(error, errorWith(path + ": " + reason->localizedDescription()));
   return false;
