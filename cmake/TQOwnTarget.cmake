@@ -25,6 +25,8 @@ function(tq_own_target target)
     # GCC 12 takes std::string's own copying for overlapping (its bug 105329).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     -ffp-contract=off
+    # Nobody asks errno how a square root went; without it the roots are single instructions.
+    -fno-math-errno
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
   if(TQ_SANITIZE)
     target_compile_options(${target} PRIVATE
