@@ -10,6 +10,7 @@ constexpr const char* kExamples = R"(examples:
   tqdoc show drawing.tqdoc
   tqdoc render drawing.tqdoc -o drawing.png --width 512 --bounds
   tqdoc hit drawing.tqdoc 24 24 --png hit.png --width 512
+  tqdoc diff old.svg new.svg
   tqdoc check --draw /usr/share/icons
   tqdoc sheet /usr/share/icons -o sheet.png --count 24
 
@@ -29,6 +30,7 @@ int main(int argc, char** argv) {
     tqdoc::addRenderCommand(app, outcome);
     tqdoc::addHitCommand(app, outcome);
     tqdoc::addSheetCommand(app, outcome);
+    tqdoc::addDiffCommand(app, outcome);
     tqdoc::addCheckCommand(app, outcome);
     try {
       app.parse(argc, argv);

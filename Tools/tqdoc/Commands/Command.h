@@ -26,6 +26,7 @@ void addShowCommand(CLI::App& app, Outcome& outcome);
 void addRenderCommand(CLI::App& app, Outcome& outcome);
 void addHitCommand(CLI::App& app, Outcome& outcome);
 void addSheetCommand(CLI::App& app, Outcome& outcome);
+void addDiffCommand(CLI::App& app, Outcome& outcome);
 void addCheckCommand(CLI::App& app, Outcome& outcome);
 
 /// Prints "tqdoc: <message>" on standard error.

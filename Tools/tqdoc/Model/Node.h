@@ -49,6 +49,7 @@ class Group final : public tq::Subclass<Group, Node> {
   explicit Group(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
 
+  [[nodiscard]] const tq::Array& children() const noexcept { return *children_; }
   [[nodiscard]] std::size_t count() const noexcept { return children_->count(); }
   [[nodiscard]] const Node& child(std::size_t index) const {
     return static_cast<const Node&>(children_->objectAtIndex(index));

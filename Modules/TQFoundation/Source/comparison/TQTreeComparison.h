@@ -44,6 +44,10 @@ class TQ_EXPORT TQTreeComparisonDelegate {
 /// what differs inside the children that match, in the order in which the difference search met the
 /// pairs, then what was removed and inserted there. What moved between arrays comes last.
 ///
+/// What differs inside an object that moved between arrays is told below its insertion, and a change
+/// of one of its own properties carries the insertion's objects: the new one, and no old one, which
+/// is the object of the insertion's associated change.
+///
 /// A pair that the search meets more than once, or on a way that the edit script does not take in
 /// the end, is compared in depth each time, and its changes are told each time.
 ///

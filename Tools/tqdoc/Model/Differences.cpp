@@ -1,0 +1,257 @@
+#include "Model/Differences.h"
+
+#include <set>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+#include "Model/Gradient.h"
+#include "Model/NodePairs.h"
+
+namespace tqdoc {
+namespace {
+
+std::string textOf(std::initializer_list<double> numbers) {
+  std::string text;
+  for (const double number : numbers) {
+    text += (text.empty() ? "" : " ") + tq::Number::numberWith(number)->description();
+  }
+  return text;
+}
+
+std::string textOf(const tq::Rect& rect) {
+  return textOf({rect.origin.x, rect.origin.y, rect.size.width, rect.size.height});
+}
+
+std::string textOf(const tq::Object& value) {
+  return tq::objectCast<Gradient>(&value) != nullptr ? "gradient" : value.description();
+}
+
+std::string textOf(std::string_view text) { return '"' + std::string(text) + '"'; }
+
+std::string textOf(const tq::Data& bytes) { return std::to_string(bytes.length()) + " bytes"; }
+
+/// Its kind and its name.
+std::string whatIs(const Node& node) {
+  const char* const kind = tq::objectCast<Group>(&node) != nullptr   ? "group"
+                           : tq::objectCast<Shape>(&node) != nullptr ? "shape"
+                                                                     : "picture";
+  return placeOf(kind, node);
+}
+
+std::string textOf(const PathData& path) {
+  return std::to_string(path.steps().size()) + " steps within " + textOf(path.tightBounds());
+}
+
+bool areEqual(const tq::Object* a, const tq::Object* b) {
+  return a == b || (a != nullptr && b != nullptr && a->isEqual(*b));
+}
+
+struct Property {
+  std::string name, oldValue, newValue;
+};
+using Properties = std::vector<Property>;
+
+template <class Value>
+void note(Properties& differing, const char* name, bool isSame, const Value& a, const Value& b) {
+  if (!isSame) differing.push_back({name, textOf(a), textOf(b)});
+}
+
+/// None is told from the empty text.
+std::string quoted(const tq::Object* text) {
+  return text != nullptr ? '"' + textOf(*text) + '"' : "none";
+}
+
+void noteText(Properties& differing, const std::string& name, const tq::Object* a,
+              const tq::Object* b) {
+  if (!areEqual(a, b)) differing.push_back({name, quoted(a), quoted(b)});
+}
+
+bool areSame(const tq::Rect& a, const tq::Rect& b) {
+  return a.origin == b.origin && a.size == b.size;
+}
+
+void noteStyle(Properties& differing, const tq::Dictionary& a, const tq::Dictionary& b) {
+  const auto noteKey = [&](const tq::Object& key) {
+    noteText(differing, "style." + key.description(), a.objectForKey(key), b.objectForKey(key));
+  };
+  for (const auto [key, value] : a) noteKey(key);
+  for (const auto [key, value] : b) {
+    if (a.objectForKey(key) == nullptr) noteKey(key);
+  }
+}
+
+/// What differs in a node itself, whatever is inside it.
+Properties propertiesOf(const Node& a, const Node& b) {
+  Properties differing;
+  const Node::Traits& x = a.traits();
+  const Node::Traits& y = b.traits();
+  const auto matrix = [](const tq::AffineTransform& t) {
+    return textOf({t.a, t.b, t.c, t.d, t.tx, t.ty});
+  };
+  noteText(differing, "name", x.name.get(), y.name.get());
+  if (x.transform != y.transform) {
+    differing.push_back({"transform", matrix(x.transform), matrix(y.transform)});
+  }
+  if (x.opacity != y.opacity) {
+    differing.push_back({"opacity", textOf({x.opacity}), textOf({y.opacity})});
+  }
+  if (x.hidden != y.hidden) {
+    differing.push_back({"hidden", x.hidden ? "yes" : "no", y.hidden ? "yes" : "no"});
+  }
+  if (!x.clip != !y.clip || (x.clip && &x.clip->objectClass() != &y.clip->objectClass())) {
+    const auto kind = [](const tq::Ref<Node>& clip) { return clip ? whatIs(*clip) : "none"; };
+    differing.push_back({"clip", kind(x.clip), kind(y.clip)});
+  }
+  if (const auto* shape = tq::objectCast<Shape>(&a)) {
+    const auto& other = static_cast<const Shape&>(b);
+    note(differing, "path", shape->path().isEqual(other.path()), shape->path(), other.path());
+    noteStyle(differing, shape->style(), other.style());
+  } else if (const auto* picture = tq::objectCast<Picture>(&a)) {
+    const auto& other = static_cast<const Picture&>(b);
+    note(differing, "frame", areSame(picture->frame(), other.frame()), picture->frame(),
+         other.frame());
+    note(differing, "fit", picture->fit() == other.fit(), picture->fit(), other.fit());
+    note(differing, "mediaType", picture->mediaType() == other.mediaType(), picture->mediaType(),
+         other.mediaType());
+    note(differing, "bytes", picture->bytes().isEqual(other.bytes()), picture->bytes(),
+         other.bytes());
+  }
+  return differing;
+}
+
+Properties propertiesOf(const Document& a, const Document& b) {
+  Properties differing;
+  const Document::Page& x = a.page();
+  const Document::Page& y = b.page();
+  note(differing, "title", a.title() == b.title(), a.title(), b.title());
+  if (x.size != y.size) {
+    differing.push_back(
+        {"size", textOf({x.size.width, x.size.height}), textOf({y.size.width, y.size.height})});
+  }
+  note(differing, "viewBox", areSame(x.viewBox, y.viewBox), x.viewBox, y.viewBox);
+  noteText(differing, "fit", x.fit.get(), y.fit.get());
+  noteText(differing, "unsupported", &a.unsupported(), &b.unsupported());
+  return differing;
+}
+
+Properties propertiesOf(const tq::Object& a, const tq::Object& b) {
+  const auto* document = tq::objectCast<Document>(&a);
+  if (document != nullptr) return propertiesOf(*document, static_cast<const Document&>(b));
+  return propertiesOf(static_cast<const Node&>(a), static_cast<const Node&>(b));
+}
+
+/// The comparison wants objects that could change; it changes nothing.
+template <class T>
+T& lent(const T& object) {
+  return const_cast<T&>(object);
+}
+
+class Delegate final : public tq::Subclass<Delegate>, public tq::TQTreeComparisonDelegate {
+ public:
+  static constexpr std::string_view className = "TQDocDifferences";
+
+  Delegate(const Document& a, const Document& b) : pairs_(a, b) {}
+
+  std::vector<std::string> propertiesOfObject(tq::TQTreeComparison&, tq::Object& a,
+                                              tq::Object& b) override {
+    std::vector<std::string> names;
+    for (Property& property : propertiesOf(a, b)) names.push_back(std::move(property.name));
+    return names;
+  }
+
+  void compareChildrenOf(tq::TQTreeComparison& comparison, tq::Object& a, tq::Object& b) override {
+    if (const auto* document = tq::objectCast<Document>(&a)) {
+      return comparison.compareOldObject(lent(document->root()),
+                                         lent(static_cast<const Document&>(b).root()), "root");
+    }
+    const tq::Ref<Node>& clip = static_cast<const Node&>(a).traits().clip;
+    const tq::Ref<Node>& other = static_cast<const Node&>(b).traits().clip;
+    if (clip && other && &clip->objectClass() == &other->objectClass()) {
+      comparison.compareOldObject(*clip, *other, "clip");
+    }
+    if (const auto* group = tq::objectCast<Group>(&a)) {
+      comparison.compareOldArray(group->children(), static_cast<const Group&>(b).children(),
+                                 "children");
+    }
+  }
+
+  bool isObject(tq::TQTreeComparison&, tq::Object& a, tq::Object& b) override {
+    return pairs_.areSame(static_cast<const Node&>(a), static_cast<const Node&>(b));
+  }
+
+ private:
+  NodePairs pairs_;
+};
+
+std::string pathOf(tq::TQComparisonItem& item) {
+  const std::string path = item.fullPath();
+  return path.starts_with('.') ? path.substr(1) : path;  // what belongs to the whole drawing
+}
+
+Difference differenceOf(tq::TQComparisonArrayChange& change) {
+  const auto* node = static_cast<const Node*>(change.object());
+  Difference difference;
+  difference.path = pathOf(change);
+  difference.what = whatIs(*node);
+  const auto partner = change.associatedChange();
+  if (change.isRemoval()) {
+    difference.kind = Difference::Kind::removed;
+    difference.oldNode = node;
+    return difference;
+  }
+  difference.kind = partner ? Difference::Kind::moved : Difference::Kind::inserted;
+  difference.newNode = node;
+  if (partner) {
+    difference.oldNode = static_cast<const Node*>(partner->object());
+    difference.oldPath = pathOf(*partner);
+  }
+  return difference;
+}
+
+/// The object in its old state. A property of something that moved between groups is told below its
+/// insertion, which has no old object but a removal.
+const tq::Object& oldObjectOf(const tq::TQComparisonPropertyChange& change) {
+  if (const tq::Object* object = change.oldObject()) return *object;
+  return *static_cast<tq::TQComparisonArrayChange*>(change.parent())->associatedChange()->object();
+}
+
+Difference differenceOf(tq::TQComparisonPropertyChange& change) {
+  Difference difference;
+  difference.path = pathOf(change);
+  for (Property& property : propertiesOf(oldObjectOf(change), *change.updatedObject())) {
+    if (property.name != change.propertyName()) continue;
+    difference.oldValue = std::move(property.oldValue);
+    difference.newValue = std::move(property.newValue);
+  }
+  difference.oldNode = tq::objectCast<Node>(&oldObjectOf(change));
+  difference.newNode = tq::objectCast<Node>(change.updatedObject());
+  difference.what = difference.newNode != nullptr ? whatIs(*difference.newNode) : "drawing";
+  return difference;
+}
+
+}  // namespace
+
+std::vector<Difference> differencesOf(const Document& oldDocument, const Document& newDocument) {
+  const auto delegate = tq::makeRef<Delegate>(oldDocument, newDocument);
+  const auto comparison =
+      tq::TQTreeComparison::initWithRoot1(tq::Ref<tq::Object>(&lent(oldDocument)),
+                                          tq::Ref<tq::Object>(&lent(newDocument)), true, delegate);
+  std::vector<Difference> differences;
+  // A pair that was met more than once is told once.
+  std::set<std::pair<const tq::Object*, std::string>> told;
+  for (const auto& item : comparison->changes()) {
+    if (auto* change = tq::objectCast<tq::TQComparisonPropertyChange>(item.get())) {
+      if (told.emplace(change->updatedObject(), change->propertyName()).second) {
+        differences.push_back(differenceOf(*change));
+      }
+      continue;
+    }
+    auto& change = static_cast<tq::TQComparisonArrayChange&>(*item);
+    if (change.isRemoval() && change.isMove()) continue;  // told with its other half
+    if (told.emplace(change.object(), "").second) differences.push_back(differenceOf(change));
+  }
+  return differences;
+}
+
+}  // namespace tqdoc
