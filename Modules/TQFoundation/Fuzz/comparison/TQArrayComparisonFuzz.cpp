@@ -1,0 +1,72 @@
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+#include <vector>
+
+#include <TQFoundation/comparison/EditSequence.h>
+#include <TQFoundation/objects/Number.h>
+
+// Any bytes as two arrays of small numbers, parted by the first byte of 0xFF. The changes, applied
+// in their order, make the first array into the second; moves link equal elements; a comparator
+// that answers by the rest of the bytes, whatever it is asked, still gets indexes inside the
+// arrays.
+
+namespace {
+
+using namespace tq;
+
+void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+Ref<Array> arrayOf(const std::vector<Ref<Object>>& elements) {
+  return Array::arrayWithObjects(elements);
+}
+
+void checkApplied(const Array& olds, const Array& news, const TQArrayChanges& changes) {
+  std::vector<Ref<Object>> rebuilt(olds.objects().begin(), olds.objects().end());
+  for (const auto& change : changes) {
+    const auto at = static_cast<std::ptrdiff_t>(change->index());
+    if (change->isRemoval()) {
+      require(rebuilt.at(change->index()).get() == change->object());
+      rebuilt.erase(rebuilt.begin() + at);
+    } else {
+      require(change->index() <= rebuilt.size());
+      rebuilt.insert(rebuilt.begin() + at, Ref<Object>(change->object()));
+    }
+    if (const auto partner = change->associatedChange()) {
+      require(partner->associatedChange() == change);
+      require(partner->isInsertion() != change->isInsertion());
+      require(partner->object()->isEqual(*change->object()));
+    }
+  }
+  require(arrayOf(rebuilt)->isEqual(news));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::vector<Ref<Object>> halves[2];
+  bool isSecond = false;
+  for (std::size_t i = 0; i < size; ++i) {
+    if (data[i] == 0xFF && !isSecond) {
+      isSecond = true;
+    } else {
+      halves[isSecond ? 1 : 0].push_back(
+          Number::numberWith(NumberValue(std::int64_t{data[i]} % 8)));
+    }
+  }
+  const Ref<Array> olds = arrayOf(halves[0]);
+  const Ref<Array> news = arrayOf(halves[1]);
+  const auto changes = editSequenceTo(*olds, *news, true);
+  require(changes.has_value() != olds->isEqual(*news));
+  if (changes) checkApplied(*olds, *news, *changes);
+
+  std::size_t calls = 0;
+  (void)editSequenceTo(*olds, *news, true, [&](Object& a, std::size_t x, Object& b, std::size_t y) {
+    require(&olds->objectAtIndex(x) == &a && &news->objectAtIndex(y) == &b);
+    return data[calls++ % size] % 3 == 0;
+  });
+  return 0;
+}
