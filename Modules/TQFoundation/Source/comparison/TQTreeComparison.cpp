@@ -38,6 +38,7 @@ std::vector<Ref<TQComparisonItem>> TQTreeComparison::changes() {
       mutableChanges_.clear();
       currentParent_ = nullptr;
       walking_ = nullptr;
+      place_ = nullptr;
       depth_ = 0;
       throw;
     }
@@ -50,7 +51,7 @@ void TQTreeComparison::computeChanges() {
   const Held<TQTreeComparisonDelegate> delegate = delegate_.lock();
   if (!delegate) return;
   walking_ = delegate.get();
-  compareNode(*root1_, *root2_);
+  compareFrom(currentParent_, *root1_, *root2_);
   if (inferMoves_) findCrossArrayMoves();
   walking_ = nullptr;
 }
@@ -62,45 +63,66 @@ void TQTreeComparison::compareNode(Object& oldObject, Object& against) {
   }
   ++depth_;
   for (std::string& name : walking_->propertiesOfObject(*this, oldObject, against)) {
-    mutableChanges_.push_back(currentParent_->addChangeForPropertyNamed(std::move(name)));
+    mutableChanges_.push_back(itemAt(*place_)->addChangeForPropertyNamed(std::move(name)));
   }
   walking_->compareChildrenOf(*this, oldObject, against);
   --depth_;
 }
 
-/// Goes down to a path item below the current one.
-void TQTreeComparison::push(Object& oldObject, Object& newObject, std::string_view name,
-                            std::int64_t index) {
-  Ref<TQComparisonItem> item = TQComparisonPathItem::pathItemWithParent(
-      currentParent_, share(newObject), share(oldObject), std::string(name), index);
-  currentParent_ = std::move(item);
+TQComparisonItem* TQTreeComparison::currentParent() {
+  return place_ != nullptr ? itemAt(*place_).get() : currentParent_.get();
+}
+
+const Ref<TQComparisonItem>& TQTreeComparison::itemAt(Place& place) {
+  if (!place.item) {
+    place.item = TQComparisonPathItem::pathItemWithParent(
+        itemAt(*place.above), share(*place.newObject), share(*place.oldObject),
+        std::string(place.name), place.index);
+  }
+  return place.item;
+}
+
+/// Compares a pair in depth, told under `parent`, which stays the current one.
+void TQTreeComparison::compareFrom(Ref<TQComparisonItem> parent, Object& oldObject,
+                                   Object& newObject) {
+  currentParent_ = parent;
+  Place place{nullptr,          &oldObject, &newObject, {}, TQComparisonPathItem::kNoIndex,
+              std::move(parent)};
+  place_ = &place;
+  compareNode(oldObject, newObject);
+  place_ = nullptr;
+}
+
+/// Compares a pair in depth, told under a path item of its own, and comes back.
+void TQTreeComparison::compareBelow(Object& oldObject, Object& newObject, std::string_view name,
+                                    std::int64_t index) {
+  Place place{place_, &oldObject, &newObject, name, index, nullptr};
+  place_ = &place;
+  compareNode(oldObject, newObject);
+  place_ = place.above;
 }
 
 void TQTreeComparison::compareOldObject(Object& oldObject, Object& againstNewObject,
                                         std::string_view withName) {
-  TQ_ASSERT(walking_ != nullptr);
-  push(oldObject, againstNewObject, withName, TQComparisonPathItem::kNoIndex);
-  compareNode(oldObject, againstNewObject);
-  currentParent_ = Ref<TQComparisonItem>(currentParent_->parent());
+  TQ_ASSERT(place_ != nullptr);
+  compareBelow(oldObject, againstNewObject, withName, TQComparisonPathItem::kNoIndex);
 }
 
 void TQTreeComparison::compareOldArray(const Array& oldArray, const Array& againstNewArray,
                                        std::string_view withName) {
-  TQ_ASSERT(walking_ != nullptr);
+  TQ_ASSERT(place_ != nullptr);
   // Pairs are compared in depth at the moment in which the search calls them the same.
   const auto isSame = [&](Object& oldItem, std::size_t, Object& newItem, std::size_t newIndex) {
     if (!walking_->isObject(*this, oldItem, newItem)) return false;
-    Ref<TQComparisonItem> above = currentParent_;
-    push(oldItem, newItem, withName, static_cast<std::int64_t>(newIndex));
-    compareNode(oldItem, newItem);
-    currentParent_ = std::move(above);
+    compareBelow(oldItem, newItem, withName, static_cast<std::int64_t>(newIndex));
     return true;
   };
   const auto edits = editSequenceTo(oldArray, againstNewArray, inferMoves_, isSame);
   if (!edits) return;
+  const Ref<TQComparisonItem>& parent = itemAt(*place_);
   const Ref<TQComparisonItem> path = TQComparisonPathItem::pathItemWithParent(
-      currentParent_, Ref<Object>(currentParent_->updatedObject()),
-      Ref<Object>(currentParent_->oldObject()), std::string(withName));
+      parent, Ref<Object>(parent->updatedObject()), Ref<Object>(parent->oldObject()),
+      std::string(withName));
   for (const Ref<TQComparisonArrayChange>& change : *edits) {
     change->setParent(path);
     mutableChanges_.push_back(change);
@@ -132,8 +154,7 @@ void TQTreeComparison::findCrossArrayMoves() {
     TQComparisonArrayChange* const insertion = *match;
     insertions.erase(match);
     removal->setAssociatedChange(insertion);
-    currentParent_ = share(*insertion);
-    compareNode(*removal->object(), *insertion->object());
+    compareFrom(share(*insertion), *removal->object(), *insertion->object());
   }
 }
 

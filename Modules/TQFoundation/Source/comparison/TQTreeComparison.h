@@ -44,17 +44,17 @@ class TQ_EXPORT TQTreeComparisonDelegate {
 /// what differs inside the children that match, in the order in which the difference search met the
 /// pairs, then what was removed and inserted there. What moved between arrays comes last.
 ///
-/// What differs inside an object that moved between arrays is told below its insertion, and a change
-/// of one of its own properties carries the insertion's objects: the new one, and no old one, which
-/// is the object of the insertion's associated change.
+/// What differs inside an object that moved between arrays is told below its insertion, and a
+/// change of one of its own properties carries the insertion's objects: the new one, and no old
+/// one, which is the object of the insertion's associated change.
 ///
 /// A pair that the search meets more than once, or on a way that the edit script does not take in
 /// the end, is compared in depth each time, and its changes are told each time.
 ///
 /// Depth:   a pair of objects lies at most kMaximumDepth levels below the pair that the walk or a
 ///          move between arrays starts with; deeper trees are refused, see changes().
-/// Cost:    one path item for each pair that is compared; all else is the delegate's own work and
-///          that of the array differences, see TQArrayComparison.
+/// Cost:    the delegate's own work and that of the array differences, see TQArrayComparison. Path
+///          items are made for the pairs on the way to a change alone.
 /// Threads: one at a time. The delegate is held weakly; a walk holds it while it lasts, and finds
 /// no
 ///          difference when it is gone.
@@ -62,7 +62,7 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
  public:
   static constexpr std::string_view className = "TQTreeComparison";
 
-  /// Levels that fit into a megabyte of stack together with a delegate whose functions take little.
+  /// Levels, at about a kilobyte of stack each with a delegate whose functions take little.
   static constexpr int kMaximumDepth = 1000;
 
   /// Name of the exception for trees that are too deep.
@@ -100,7 +100,7 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
 
   /// The item under which changes are told at the moment. After the changes are computed, wherever
   /// the last move between arrays left it. None before.
-  [[nodiscard]] TQComparisonItem* currentParent() const noexcept { return currentParent_.get(); }
+  [[nodiscard]] TQComparisonItem* currentParent();
 
  private:
   TQTreeComparison(Ref<Object> root1, Ref<Object> root2, bool inferringMoves,
@@ -109,7 +109,21 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
   void computeChanges();
   void compareNode(Object& oldObject, Object& against);
   void findCrossArrayMoves();
-  void push(Object& oldObject, Object& newObject, std::string_view name, std::int64_t index);
+
+  /// Where the walk is: a pair on the way down from the root. Its path item is made when something
+  /// is told there, which most pairs have nothing of.
+  struct Place {
+    Place* above;
+    Object* oldObject;
+    Object* newObject;
+    std::string_view name;
+    std::int64_t index;
+    Ref<TQComparisonItem> item;
+  };
+  [[nodiscard]] static const Ref<TQComparisonItem>& itemAt(Place& place);
+  void compareBelow(Object& oldObject, Object& newObject, std::string_view name,
+                    std::int64_t index);
+  void compareFrom(Ref<TQComparisonItem> parent, Object& oldObject, Object& newObject);
 
   const bool inferMoves_;
   const Ref<Object> root1_;
@@ -120,6 +134,7 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
   std::vector<Ref<TQComparisonItem>> mutableChanges_;
   Ref<TQComparisonItem> currentParent_;
   TQTreeComparisonDelegate* walking_ = nullptr;  // the delegate, held while the walk lasts
+  Place* place_ = nullptr;                       // none outside of the walk
   int depth_ = 0;
 };
 
