@@ -1,5 +1,6 @@
 #include <curl/curl.h>
 #include <openssl/crypto.h>
+#include <signal.h>
 
 #include <algorithm>
 #include <new>
@@ -83,6 +84,12 @@ void URLSession::Engine::close() noexcept {
 }
 
 void URLSession::Engine::run() noexcept {
+  // Writing to a connection that has been cut raises this signal for the thread that writes; with
+  // it blocked the write just fails.
+  sigset_t brokenPipe;
+  sigemptyset(&brokenPipe);
+  sigaddset(&brokenPipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);
   for (;;) {
     std::vector<Ref<URLSessionDataTask>> submitted;
     {

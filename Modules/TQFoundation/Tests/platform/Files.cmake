@@ -12,7 +12,9 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp)
 
 # A host whose toolkit runs the process's default main context is played by GLib itself.
-target_link_libraries(TQPlatformTests PRIVATE PkgConfig::glib)
+# An HTTPS server needs OpenSSL.
+pkg_check_modules(libssl REQUIRED IMPORTED_TARGET libssl)
+target_link_libraries(TQPlatformTests PRIVATE PkgConfig::glib PkgConfig::libssl PkgConfig::libcrypto)
 
 # An independent reader and writer of binary property lists, to compare with.
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)

@@ -10,6 +10,8 @@
 #include <thread>
 
 #include "support/LoopbackServer.h"
+#include "support/SelfSigned.h"
+#include "support/TemporaryDirectory.h"
 
 namespace tq {
 namespace {
@@ -224,6 +226,32 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodes) {
   URLRequest request = requestFor(server.url("/"));
   request.HTTPMethod = "GET / HTTP/1.1\r\nX-B: 2\r\n";
   EXPECT_EQ(fetch(request).code(), URLErrorBadURL);
+}
+
+TEST_F(URLSessionTest, RefusesServersWhoseCertificateIsNotInOrder) {
+  const test::SelfSigned identity;
+  LoopbackServer secure({}, [&](const Socket& socket) {
+    identity.answer(socket, LoopbackServer::page("200 OK", "secret"));
+  });
+  const std::string port = std::to_string(secure.port());
+  EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + port)).code(),
+            URLErrorServerCertificateUntrusted);
+  const test::TemporaryDirectory directory;
+  configuration.certificateAuthorities = directory.path("own.pem");
+  identity.writeTo(configuration.certificateAuthorities);
+  session = URLSession::sessionWithConfiguration(configuration);
+  EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + port)).body(), "secret")
+      << "once it is trusted";
+  ::setenv("no_proxy", "127.0.0.1,localhost", 1);
+  EXPECT_EQ(fetch(requestFor("https://localhost:" + port)).code(),
+            URLErrorServerCertificateUntrusted)
+      << "made out to another name";
+  LoopbackServer plain({}, [](const Socket& socket) {
+    static_cast<void>(socket.receive());
+    socket.send("HTTP/1.1 400 Bad Request\r\n\r\n");
+  });
+  EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + std::to_string(plain.port()))).code(),
+            URLErrorSecureConnectionFailed);
 }
 
 TEST_F(URLSessionTest, TimesOutWhenNothingComesOrAllOfItTakesTooLong) {

@@ -58,7 +58,10 @@ class LoopbackServer {
   };
   using Page = std::function<void(const Socket&, const Request&)>;
 
-  explicit LoopbackServer(std::map<std::string, Page> pages) : pages_(std::move(pages)) {
+  /// @param connected  answers a connection itself instead of the pages
+  explicit LoopbackServer(std::map<std::string, Page> pages,
+                          std::function<void(const Socket&)> connected = nullptr)
+      : pages_(std::move(pages)), connected_(std::move(connected)) {
     ::setenv("no_proxy", "127.0.0.1", 1);  // whatever the machine is told to go through
     sockaddr_in address = {};
     address.sin_family = AF_INET;
@@ -97,6 +100,7 @@ class LoopbackServer {
 
  private:
   void answer(const Socket& socket) {
+    if (connected_) return connected_(socket);
     std::string all;
     std::size_t end;
     while ((end = all.find("\r\n\r\n")) == std::string::npos) {
@@ -125,6 +129,7 @@ class LoopbackServer {
   }
 
   const std::map<std::string, Page> pages_;
+  const std::function<void(const Socket&)> connected_;
   const Socket listener_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
   std::uint16_t port_ = 0;
   std::list<std::jthread> connections_;
