@@ -107,12 +107,14 @@ TEST(ConcurrentMapStress, NestedCallsMakeProgress) {
 
 TEST(ConcurrentMapStress, EveryIndexOnceAndSharedWhereItIsWorthIt) {
   ApplyCost cost;
-  for (const std::size_t count : {3'000, 3'000, 100'000, 10}) {
+  // The last one is expected to be cheap, begun alone, and shared when it turns out not to be.
+  for (const std::size_t count : {3'000, 3'000, 100'000, 10, 60}) {
     std::vector<std::atomic<int>> calls(count);
     std::vector<int> seenByCaller(count, 0);  // plain: the loop's end orders it
     parallelApply(
         count,
         [&](std::size_t i) {
+          if (count == 60) std::this_thread::sleep_for(std::chrono::microseconds(50));
           ++calls[i];
           seenByCaller[i] = static_cast<int>(i) + 1;
         },
