@@ -64,12 +64,16 @@ TEST(TQLazyVar, LateComersWaitOrTimeOut) {
   });
   begun.acquire();
   const auto never = []() -> void* { throw std::logic_error("computed twice"); };
+  std::vector<std::jthread> waiting;  // both are asleep before the value is there
+  for (const int forEver : {0, -1}) {
+    waiting.emplace_back([&, forEver] {
+      EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), forEver, never), &result);
+    });
+  }
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 1, never), nullptr);
   const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - start;
   EXPECT_GT(waited.count(), 0.9);
-  std::jthread waiting(
-      [&] { EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), -1, never), &result); });
   goOn.release();
 }
 

@@ -53,7 +53,8 @@ TEST(Path, KeepsItsElementsInOrder) {
                                   {close, {}},
                                   {cubic, {{1, 3}, {2, 3}, {3, 0}}},
                                   {move, {{50, 50}}}};
-  Path path = example();
+  Path path;
+  path.append(example());
   EXPECT_EQ(elements(path), once);
   path.append(path);
   path.close();

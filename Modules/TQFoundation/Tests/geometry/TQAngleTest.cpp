@@ -26,6 +26,7 @@ TEST(Angle, SnapsToStraightAnglesKeepingTheSignOfZero) {
       {"on it", kEighth, kPi / 4},
       {"on minus the first", -kEighth, -kPi / 4},
       {"second", 1.1780972450961724, kPi / 2},
+      {"third", 1.9634954084936207, 3 * kPi / 4},
       {"fourth", 2.748893571891069, kPi},
       {"fifth stays", 3.5342917352885173, 3.5342917352885173},
   };

@@ -30,6 +30,8 @@ TEST(Line, CoordinatesFollowTheEquation) {
 
 TEST(Line, RelationsKeepTheirThresholds) {
   EXPECT_FALSE(TQLineEqualToLine({0, 0, 0}, {0, 0, 1e-9}));
+  EXPECT_TRUE(TQLineEqualToLine({1, 1, 1}, {1, 1, 1 + 9e-10}));
+  EXPECT_TRUE(TQLineIsCollinearWithLine({1, 0, 0}, {2, 0, 5}));
   EXPECT_FALSE(TQLineIsCollinearWithLine({1, 0, 0}, {-1, 0, 0}));
   EXPECT_TRUE(TQLineIsPerpendicularToLine({3, 4, 1}, {-8, 6, 2}));
   EXPECT_FALSE(TQLineIsPerpendicularToLine({1, 0, 0}, {0.01, 1, 0}));
@@ -105,6 +107,7 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
   EXPECT_TRUE(std::isnan(TQLineSegmentInRect({0, 0, 1}, kRect).start.y));
   EXPECT_FALSE(TQLine({1, -1, 0}).clipped(RectNull).has_value());
   EXPECT_EQ(TQLine({1, 1, 5}).clipped(kRect), (TQLineSegment{{5, 0}, {-5, 5}}));
+  EXPECT_EQ(TQLine({1, 1, 15}).clipped(kRect), (TQLineSegment{{10, 5}, {-5, 5}}));
   EXPECT_EQ(TQLine({1, 1, 0}).clipped(kRect), (TQLineSegment{{0, 0}, {0, 0}}));  // a corner
 }
 

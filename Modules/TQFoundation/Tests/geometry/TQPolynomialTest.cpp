@@ -80,11 +80,13 @@ TEST(PolynomialRoots, CubicOnesAgreeWithMoreDigitsAndGiveZeroWhenPutBack) {
   EXPECT_GT(withThree, 10'000);
 }
 
-TEST(PolynomialRoots, FilterShiftsBothBoundsByEpsilonAndExcludesThem) {
+TEST(PolynomialRoots, FiltersExcludeTheirShiftedBoundsAndKeepTheThreshold) {
   const TQPolynomialRoots roots{{0, 1, 0.5}, 3};
   EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, 1e-9), (TQPolynomialRoots{{0.5, 0, 0}, 1}));
   EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, -0.25), roots);
   EXPECT_EQ(TQPolynomialRootsFilter(roots, 0.25, 0.75, 0.25).count, 0);  // 0.5 on both bounds
+  EXPECT_EQ(TQPolynomialHighPassFilter(0.5, {0.5, -0.5, 0.4999, -7}),
+            (TQPolynomial{0.5, -0.5, 0, -7}));
   EXPECT_EQ(TQPolynomialRootsFilter({{kNaN, kInf, 0.5}, 3}, 0, 1, 0).count, 1);
 }
 
@@ -100,11 +102,6 @@ TEST(PolynomialRoots, SortAndSetTakeTheUsedOnesOnly) {
     const Ref<Array> set = TQPolynomialRootsMakeSet(c.roots);
     EXPECT_TRUE(set->isEqual(*Array::arrayWithNumbers(std::span<const double>(c.members))));
   }
-}
-
-TEST(Polynomial, HighPassKeepsWhatReachesTheThreshold) {
-  EXPECT_EQ(TQPolynomialHighPassFilter(0.5, {0.5, -0.5, 0.4999, -7}),
-            (TQPolynomial{0.5, -0.5, 0, -7}));
 }
 
 TEST(Polynomial, BadCoefficientsGiveNoRootThatTheFilterKeeps) {

@@ -22,6 +22,7 @@ TEST(Axis, MasksAndFlipsTakeAnyValue) {
   EXPECT_EQ(TQAxisMaskFromAxis(kY), AxisMask::vertical);
   EXPECT_EQ(TQAxisMaskFromAxis(static_cast<Axis>(-1)), AxisMask::none);
   EXPECT_EQ(TQAxisMaskFromAxis(static_cast<Axis>(32)), AxisMask::none);
+  EXPECT_EQ(TQAxisFlip(kX), kY);
   EXPECT_EQ(TQAxisFlip(TQAxisFlip(static_cast<Axis>(INT_MIN))), static_cast<Axis>(INT_MIN));
   EXPECT_EQ(TQAxisMaskFlip(AxisMask::horizontal), AxisMask::vertical);
 }

@@ -52,22 +52,21 @@ TEST(RectConstraints, PinnedPartsStayAndFlexibleOnesShare) {
   }
 }
 
-TEST(RectConstraints, AxesAreApart) {
-  const Rect scaled = TQRectScaledRelativeToSizeWithConstraints(
-      {10, 10, 10, 10}, {40, 40}, {80, 80}, C::minX | C::width | C::maxY | C::height);
-  expectFields(scaled, {10, 50, 10, 10});
-}
-
-TEST(RectConstraints, DegenerateAreasShareEquallyAndExtentsStopAtZero) {
+TEST(RectConstraints, AxesAreApartDegenerateAreasShareEquallyAndExtentsStopAtZero) {
   const auto x = [](const Rect& rect, double from, double to, C pinned) {
     return TQRectScaledRelativeToSizeWithConstraints(rect, {from, 1}, {to, 1}, pinned);
   };
+  const auto apart = C::minX | C::width | C::maxY | C::height;
+  expectFields(
+      TQRectScaledRelativeToSizeWithConstraints({10, 10, 10, 10}, {40, 40}, {80, 80}, apart),
+      {10, 50, 10, 10});
   expectFields(x({0, 0, 0, 1}, 0, 30, C::none), {10, 0, 10, 1});     // thirds of nothing
   expectFields(x({0, 0, 50, 1}, 50, 90, C::width), {20, 0, 50, 1});  // no distances to scale
   expectFields(x({20, 0, 50, 1}, 100, 10, C::maxX), {-20, 0, 0, 1});
   EXPECT_EQ(TQMinumumSizeForRectWithConstraints({-30, 0, 20, 1}, {100, 1}, C::minX | C::width),
             (Size{0, 0}));
   expectFields(x(RectNull, 10, 20, C::none), RectNull);
+  EXPECT_EQ(TQMinumumSizeForRectWithConstraints(RectNull, {1, 1}, C::width), (Size{}));
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_TRUE(std::isnan(x({20, 0, 50, 1}, nan, 10, C::none).size.width));
 }

@@ -46,6 +46,8 @@ TEST(RectCorners, TableOfPointsAndResizing) {
 TEST(RectCorners, MiddlesOfEdges) {
   const Rect rect{40, 60, -30, -40};
   EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::minX), (Point{10, 40}));
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::minY), (Point{25, 20}));
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::maxX), (Point{40, 40}));
   EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::maxY), (Point{25, 60}));
   EXPECT_EQ(TQRectGetMidOfEdge(rect, static_cast<Edge>(4)), (Point{0, 0}));
 }

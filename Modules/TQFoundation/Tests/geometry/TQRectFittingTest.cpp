@@ -66,6 +66,7 @@ TEST(RectFitting, ProportionsFollowOneExtent) {
   expectFields(TQRectWithWidthRespectingProportions(20, rect), {1, 2, 20, 5});
   expectFields(TQRectWithHeightRespectingProportions(20, rect), {1, 2, 80, 20});
   expectFields(TQRectWithWidthRespectingProportions(20, {1, 2, 0, 10}), {1, 2, 20, 10});
+  expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::horizontal, 30, 1.5, rect), {1, 2, 30, 20});
   expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::vertical, 30, 1.5, rect), {1, 2, 45, 30});
 }
 
@@ -83,6 +84,7 @@ TEST(RectFitting, AbsoluteUndoesRelative) {
   expectFields(TQRectFromCoordinateSpaceRectToRect({2, 4, 2, -4}, {0, 0, 8, 8}, {100, 0, 80, 16}),
                {120, 8, 20, -8});
   EXPECT_TRUE(std::isnan(TQRectRelative({1, 1, 0, 1}, {1, 1, 0, 1}).size.width));
+  expectFields(TQRectAbsolute(RectNull, reference), RectNull);
   expectFields(TQRectRelative(RectNull, reference), RectNull);
 }
 

@@ -67,10 +67,8 @@ TEST(CompressionDamage, LengthsThatLieTouchNoMemory) {
   for (const std::string& stream : lying) {
     EXPECT_EQ(unpacked(TQCompressionAlgorithm::lzfse, stream, 100'000), nullptr);
   }
-  for (const char* magic : {"bv41", "bv4-"}) {
-    const std::string stream = magic + littleEndian(0xffffffff, 4) + littleEndian(4, 4) + "bv4$";
-    EXPECT_EQ(unpacked(TQCompressionAlgorithm::lz4, stream, 1000), nullptr);
-  }
+  const std::string block = "bv41" + littleEndian(0xffffffff, 4) + littleEndian(4, 4) + "bv4$";
+  EXPECT_EQ(unpacked(TQCompressionAlgorithm::lz4, block, 1000), nullptr);
   EXPECT_LT(peakBytes() - before, std::size_t{200} << 20) << "xz may take 128 MiB for its state";
 }
 

@@ -16,15 +16,14 @@ using namespace test;
 class Record final : public Subclass<Record> {
  public:
   static constexpr std::string_view className = "Record";
-  Record(double real, std::int64_t whole, Ref<Object> object, Ref<String> text)
+  Record(double real, std::int64_t whole, Ref<Object> object)
       : rect{real, -real, real / 3, 0.1},
         point(rect.origin),
         size(rect.size),
         number(real),
         integer(whole),
         flag(whole % 2 == 0),
-        child(std::move(object)),
-        name(std::move(text)) {}
+        child(std::move(object)) {}
   explicit Record(TQJSONDecoder& d)
       : rect(d.decodeRectForKey("rect")),
         point(d.decodePointForKey("point")),
@@ -32,8 +31,7 @@ class Record final : public Subclass<Record> {
         number(d.decodeDoubleForKey("number", -1)),
         integer(d.decodeIntegerForKey("integer", -1)),
         flag(d.decodeBoolForKey("flag", false)),
-        child(d.decodeObjectForKey("child")),
-        name(refCast<String>(d.decodeObjectForKey("name"))) {}
+        child(d.decodeObjectForKey("child")) {}
 
   void encodeAsJSON(TQJSONEncoder& e) const {
     e.encodeDouble(number, "number");
@@ -43,7 +41,6 @@ class Record final : public Subclass<Record> {
     e.encodeRect(rect, "rect");
     e.encodePoint(point, "point");
     e.encodeSize(size, "size");
-    e.encodeStringWithoutCheckingFormat(name.get(), "name", true);
   }
 
  private:
@@ -54,7 +51,6 @@ class Record final : public Subclass<Record> {
   std::int64_t integer;
   bool flag;
   Ref<Object> child;
-  Ref<String> name;
 };
 
 /// Random graphs of everything that archives can hold.
@@ -76,8 +72,7 @@ class Graphs {
         return packed();
       case 5:
         return makeRef<Record>(real(), static_cast<std::int64_t>(random_()),
-                               below(4) == 0 ? nullptr : object(depth - 1),
-                               below(2) == 0 ? nullptr : str("plain name"));
+                               below(4) == 0 ? nullptr : object(depth - 1));
       case 6:
         return array(depth - 1);
       default:

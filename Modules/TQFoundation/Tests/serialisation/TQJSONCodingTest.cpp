@@ -27,7 +27,6 @@ class Stepwise : public Subclass<Stepwise> {
 class Inheriting final : public Subclass<Inheriting, Stepwise> {
  public:
   static constexpr std::string_view className = "Inheriting";
-  static constexpr std::string_view codingName = "Heir";
   void encodeClassInfoForJSON(TQJSONEncoder& encoder) const { encoder.write("heir"); }
 };
 

@@ -94,14 +94,6 @@ TEST_F(TQJSONDecoderTest, ReadsWhateverIsAtTheTopAndDropsWhatDecodesToNone) {
   EXPECT_TRUE(log_.messages().empty());
 }
 
-TEST_F(TQJSONDecoderTest, LeavesTheDictionaryOfAClassThatCannotBeRead) {
-  Ref<Error> error;
-  const Ref<Object> object = decoded(R"([{"_class":"Plain","x":{"_data":"AAAA"}},1])", &error);
-  EXPECT_EQ(described(object), "({_class = Plain; x = {_data = AAAA;};}, 1)");
-  expectError(error, TQJSONDecoderError, 0, "Invalid object class Plain found in archive");
-  EXPECT_EQ(log_.messages(), std::vector<std::string>{error->description()});
-}
-
 TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
   const std::string archive = archiveOf(illFormed());
   const std::string text = R"([{"_class":"Scripted"},{"_class":"Alias"},)" +
@@ -205,21 +197,22 @@ TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
 }
 
 TEST_F(TQJSONDecoderTest, EachObjectReadsItsOwnMembers) {
-  reading(R"("a":1,"c":{"_class":"Choosy","good":1},"t":{"_class":"Throwing"},"d":{"a":2},"a":3)",
+  reading(R"("a":1,"c":{"_class":"Choosy","good":1},"t":["stale",{"_class":"Throwing"}],)"
+          R"("p":{"_class":"Plain","x":{"_data":"AAAA"}},"d":{"a":2},"a":3)",
           [](TQJSONDecoder& decoder) {
-            const auto own = [&] { return decoder.decodeIntegerForKey("a", 0); };
-            const auto ownName = [&] {
-              return described(share(*decoder.currentObjectDict()->objectForKey("_class")));
-            };
-            const std::int64_t a = own();
+            const std::int64_t a = decoder.decodeIntegerForKey("a", 0);
             EXPECT_TRUE(decoder.decodeObjectForKey("c"));
-            EXPECT_EQ(own(), a);
             EXPECT_THROW(static_cast<void>(decoder.decodeObjectForKey("t")), std::runtime_error);
-            EXPECT_EQ(own(), a);
             EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "{a = 2;}");
-            EXPECT_EQ(own(), a);
-            EXPECT_EQ(ownName(), "Scripted");
             EXPECT_FALSE(decoder.decodeObjectForKey("d") == decoder.decodeObjectForKey("d"));
+            EXPECT_EQ(decoder.decodeIntegerForKey("a", 0), a);
+            EXPECT_EQ(described(share(*decoder.currentObjectDict()->objectForKey("_class"))),
+                      "Scripted");
+            // A class that cannot be read leaves its dictionary, and an error.
+            EXPECT_EQ(described(decoder.decodeObjectForKey("p")),
+                      "{_class = Plain; x = {_data = AAAA;};}");
+            expectError(decoder.error(), TQJSONDecoderError, 0,
+                        "Invalid object class Plain found in archive");
           });
 }
 
@@ -229,8 +222,7 @@ TEST_F(TQJSONDecoderTest, WhatAThrowingConstructorLeftIsInNoOtherContainer) {
   };
   const Ref<Array> array = refCast<Array>(decoded(
       R"([{"_class":"Scripted","k":{"a":"stale","t":["stale",{"_class":"Throwing"}]}},"x"])"));
-  ASSERT_EQ(array->count(), 2u);
-  EXPECT_TRUE(array->lastObject()->isEqual(*str("x")));
+  EXPECT_TRUE(array->count() == 2 && array->lastObject()->isEqual(*str("x")));
 }
 
 TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
@@ -311,7 +303,6 @@ TEST_F(TQJSONDecoderTest, ReadsFilesAndSaysWhyNot) {
   EXPECT_FALSE(error);
   EXPECT_FALSE(read(directory.write("empty", ""), &error));
   EXPECT_EQ(error->code(), 3840);
-  EXPECT_FALSE(read(directory.path("none"), nullptr));
   EXPECT_FALSE(read(directory.path("none"), &error));
   EXPECT_EQ(error->code(), 260);
 }
