@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <utility>
 #include <vector>
 
 #include <TQFoundation/geometry/TQBezierSegment.h>
@@ -153,10 +154,18 @@ TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
   ASSERT_LE(overlap.offsets.size(), 2U);
   for (const auto offsets : overlap.offsets) EXPECT_LT(gap(line, overlapping, offsets), 1e-3);
 
-  const auto arch = TQBezierSegment::quadratic({-1, 0}, {0.1, 2}, {1.2, 0});
-  const Found touch = intersections(arch, TQBezierSegment::straight({-3, 1}, {4, 1}));
-  ASSERT_EQ(touch.offsets.size(), 1U);
-  EXPECT_NEAR(touch.offsets[0].a, 0.5, 0.01);
+  // Touches of the second and the third order: many small pieces meet, and one report is left.
+  const std::pair<TQBezierSegment, TQBezierSegment> touches[] = {
+      {TQBezierSegment::quadratic({-1, 0}, {0.1, 2}, {1.2, 0}),
+       TQBezierSegment::straight({-3, 1}, {4, 1})},
+      {TQBezierSegment::cubic({0, -1}, {1, 2}, {2, 1}, {3, 4}),
+       TQBezierSegment::straight({0, 0}, {3, 3})},
+  };
+  for (const auto& [curve, tangent] : touches) {
+    const Found touch = intersections(curve, tangent);
+    ASSERT_EQ(touch.offsets.size(), 1U);
+    EXPECT_NEAR(touch.offsets[0].a, 0.5, 0.03);
+  }
 
   // There and back three times on both: more than the bound allows.
   const auto folded = TQBezierSegment::cubic({0, 0}, {40, 0}, {-30, 0}, {10, 0});
