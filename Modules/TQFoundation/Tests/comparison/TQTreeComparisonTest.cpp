@@ -123,7 +123,7 @@ TEST(TQTreeComparison, MovesBetweenArraysAreToldBelowTheInsertion) {
               ElementsAre("-kids[2]>", "-kids[1]", "-kids[0]>", "+kids[0]>", "+kids[1]",
                           "-more[0]>", "+more[0]>", "+more[1]>", "more[1].value",
                           "more[1].kids[0].value", "kids[0].value"));
-  EXPECT_EQ(changes.back()->oldObject(), nullptr);  // it carries the insertion's objects
+  EXPECT_EQ(changes.back()->oldObject(), nullptr);           // it carries the insertion's objects
   EXPECT_EQ(comparison->currentParent(), changes[3].get());  // where the last move left it
   EXPECT_EQ(objectCast<TQComparisonArrayChange>(changes[0].get())->property(), "kids");
   delegate->log.clear();
