@@ -14,7 +14,7 @@
 namespace tq::detail {
 namespace {
 
-constexpr std::size_t kNodeCost = 16;
+constexpr std::size_t kNodeCost = 64;  // what the writer holds of a value while it writes, about
 constexpr std::size_t kReadingsPerByte = 16;  // lists of other writers share their parts
 
 /// Writes children before their parents. A graph that is no tree is written as the tree that it

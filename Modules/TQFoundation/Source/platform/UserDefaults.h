@@ -37,8 +37,9 @@ class PreferenceStore;
 /// database is set aside under another name, never overwritten.
 ///
 /// Values are property lists: String, Number, Date, Data, and Array and Dictionary (with string
-/// keys) of these, up to 512 deep and about 256 MiB. They come back equal and immutable: a boolean
-/// as a boolean, an integer as an integer, a double as a double. Keys are any text.
+/// keys) of these, up to 512 deep and about 256 MiB, 64 bytes for each value included. They come
+/// back equal and immutable: a boolean as a boolean, an integer as an integer, a double as a
+/// double. Keys are any text.
 ///
 /// Threads: any; stores of one domain share one set of entries. Not for use in a forked child whose
 ///          parent has used them.
