@@ -10,6 +10,8 @@
 #include "Commands/Command.h"
 #include "Files/Drawing.h"
 #include "Model/Differences.h"
+#include "Model/PlacedNode.h"
+#include "Render/Canvas.h"
 
 namespace tqdoc {
 namespace {
@@ -17,6 +19,8 @@ namespace {
 struct Options {
   std::string oldDrawing, newDrawing;
   bool asJSON = false;
+  std::string picture;
+  int size = 512;
 };
 
 /// How each kind is told.
@@ -24,18 +28,19 @@ struct Look {
   const char* word;
   const char* sign;
   const char* colour;  ///< as a terminal takes it
+  Color ink;           ///< the same in a picture
 };
 
 [[nodiscard]] Look lookOf(Difference::Kind kind) noexcept {
   switch (kind) {
     case Difference::Kind::removed:
-      return {"removed", "-", "\033[31m"};
+      return {"removed", "-", "\033[31m", {0.85, 0.1, 0.1}};
     case Difference::Kind::inserted:
-      return {"inserted", "+", "\033[32m"};
+      return {"inserted", "+", "\033[32m", {0, 0.65, 0.2}};
     case Difference::Kind::moved:
-      return {"moved", ">", "\033[36m"};
+      return {"moved", ">", "\033[36m", {0, 0.55, 0.8}};
     default:
-      return {"changed", "~", "\033[33m"};
+      return {"changed", "~", "\033[33m", {1, 0.6, 0}};
   }
 }
 
@@ -91,6 +96,33 @@ void printJSON(const std::vector<Difference>& differences) {
       << '\n';
 }
 
+/// A mark for each shape and picture of a node that is not none.
+void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
+  if (node == nullptr) return;
+  for (const PlacedNode& placed : placedNodes(*node)) marks.push_back({placed.node, color});
+}
+
+/// Both drawings side by side, what differs traced: the old one on the left.
+[[nodiscard]] bool drawPNG(const Document& oldDrawing, const Document& newDrawing,
+                           const std::vector<Difference>& differences, const Options& options,
+                           tq::Ref<tq::Error>* error) {
+  constexpr int kGap = 8;
+  Overlay left, right;
+  for (const Difference& difference : differences) {
+    const Color ink = lookOf(difference.kind).ink;
+    addMarks(left.marks, difference.oldNode, ink);
+    addMarks(right.marks, difference.newNode, ink);
+  }
+  const double size = options.size;
+  const double width = 2 * size + 3 * kGap;
+  const double height = size + 2 * kGap;
+  Canvas canvas(static_cast<int>(width), static_cast<int>(height));
+  canvas.fill({0, 0, width, height}, {1, 1, 1});
+  canvas.draw(oldDrawing, {kGap, kGap, size, size}, left);
+  canvas.draw(newDrawing, {size + 2 * kGap, kGap, size, size}, right);
+  return canvas.writePNG(options.picture, error);
+}
+
 /// As openDrawing(); the null device is a drawing without anything, as version control has it for a
 /// file that is not there.
 [[nodiscard]] tq::Ref<Document> open(const std::string& path, tq::Ref<tq::Error>* error) {
@@ -112,6 +144,10 @@ Outcome diff(const Options& options) {
   } else {
     printText(differences);
   }
+  if (!options.picture.empty() &&
+      !drawPNG(*oldDrawing, *newDrawing, differences, options, &error)) {
+    return reportTrouble(error->localizedDescription());
+  }
   return differences.empty() ? Outcome::fine : Outcome::different;
 }
 
@@ -124,6 +160,11 @@ void addDiffCommand(CLI::App& app, Outcome& outcome) {
       ->required();
   command->add_option("new", options->newDrawing, "the other version")->required();
   command->add_flag("--json", options->asJSON, "tell it as an array of records");
+  command->add_option(
+      "--png", options->picture,
+      "a PNG file of both, with what was removed, inserted, moved and changed traced");
+  command->add_option("--size", options->size, "pixels across each of them")
+      ->check(CLI::Range(8, 4'000));
   command->callback([options, &outcome] { outcome = diff(*options); });
 }
 

@@ -31,7 +31,7 @@ Outcome hit(const Options& options) {
   Overlay overlay;
   overlay.area = area;
   for (const PlacedNode* placed : index.hits(area)) {
-    overlay.marks.push_back(placed->node);
+    overlay.marks.push_back({placed->node, {1, 0.5, 0}});
     std::cout << printable(placed->place) << "  " << shortText(outlineBounds(*placed)) << '\n';
   }
   if (overlay.marks.empty()) std::cout << "nothing\n";

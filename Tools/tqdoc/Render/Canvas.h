@@ -18,13 +18,19 @@ struct _cairo_surface;
 
 namespace tqdoc {
 
+/// A shape or picture to trace.
+struct Mark {
+  const Node* node;
+  Color color;
+};
+
 /// What to draw on top of a drawing, in lines as wide in pixels whatever the scale.
 struct Overlay {
-  bool bounds = false;             ///< the tight bounds of every shape and picture
-  bool controls = false;           ///< the control points of every outline, joined
-  bool intersections = false;      ///< where outlines cross; see findCrossings()
-  std::vector<const Node*> marks;  ///< shapes and pictures to trace
-  std::optional<tq::Rect> area;    ///< a place of the drawing to frame
+  bool bounds = false;         ///< the tight bounds of every shape and picture
+  bool controls = false;       ///< the control points of every outline, joined
+  bool intersections = false;  ///< where outlines cross; see findCrossings()
+  std::vector<Mark> marks;
+  std::optional<tq::Rect> area;  ///< a place of the drawing to frame
 };
 
 /// An image to draw into: 32 bits a pixel, transparent at first. One thread at a time.

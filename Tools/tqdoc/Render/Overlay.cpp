@@ -11,16 +11,12 @@
 namespace tqdoc {
 namespace {
 
-struct Ink {
-  double red, green, blue;
-};
-constexpr Ink kBounds{0.9, 0.1, 0.4};
-constexpr Ink kControls{0.1, 0.4, 0.9};
-constexpr Ink kIntersections{0, 0.6, 0.2};
-constexpr Ink kMarks{1, 0.5, 0};
-constexpr Ink kArea{0.5, 0, 0.8};
+constexpr Color kBounds{0.9, 0.1, 0.4};
+constexpr Color kControls{0.1, 0.4, 0.9};
+constexpr Color kIntersections{0, 0.6, 0.2};
+constexpr Color kArea{0.5, 0, 0.8};
 
-void setInk(cairo_t* cr, const Ink& ink) {
+void setInk(cairo_t* cr, const Color& ink) {
   cairo_set_source_rgba(cr, ink.red, ink.green, ink.blue, 0.9);
 }
 
@@ -52,9 +48,9 @@ void paintIntersections(cairo_t* cr, const std::vector<PlacedNode>& nodes) {
 }
 
 /// The outline, thick.
-void paintMark(cairo_t* cr, const PlacedNode& placed) {
+void paintMark(cairo_t* cr, const PlacedNode& placed, const Color& color) {
   constexpr double kWidth = 3;
-  setInk(cr, kMarks);
+  setInk(cr, color);
   cairo_set_line_width(cr, kWidth);
   if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
     setTransform(cr, placed.transform);
@@ -85,9 +81,8 @@ void paintOverlay(cairo_t* cr, const Node& root, const tq::AffineTransform& pare
       setInk(cr, kBounds);
       strokeRect(cr, outlineBounds(placed));
     }
-    if (std::ranges::find(overlay.marks, placed.node) != overlay.marks.end()) {
-      paintMark(cr, placed);
-    }
+    const auto mark = std::ranges::find(overlay.marks, placed.node, &Mark::node);
+    if (mark != overlay.marks.end()) paintMark(cr, placed, mark->color);
   }
   if (overlay.intersections) paintIntersections(cr, nodes);
   if (overlay.area) {
