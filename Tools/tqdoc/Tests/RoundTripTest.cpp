@@ -105,7 +105,7 @@ TEST_F(Drawings, AreReplacedWholeOrNotAtAll) {
   const auto document = openDrawing(data("shapes.svg"), nullptr).document;
   tq::Ref<tq::Error> error;
   EXPECT_FALSE(saveArchive(*document, directory_.path("no/a.tqdoc"), Packing::none, &error));
-  EXPECT_THAT(error->localizedDescription(), HasSubstr("no/a.tqdoc: No such file"));
+  EXPECT_THAT(error->localizedDescription(), HasSubstr("no/a.tqdoc: The file"));
 
   const auto fail = [](int, std::span<const std::byte>) noexcept {
     return tq::WriteResult{-1, ENOSPC};
