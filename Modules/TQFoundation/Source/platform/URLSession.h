@@ -110,8 +110,7 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 
   /// Begins; called again it does nothing.
   void resume();
-  /// Ends it with URLErrorCancelled, unless it has ended. One never resumed then never completes
-  /// and begins no more.
+  /// Ends it with URLErrorCancelled, unless it has ended; also one that was never resumed.
   void cancel();
 
   [[nodiscard]] State state() const noexcept { return state_; }
