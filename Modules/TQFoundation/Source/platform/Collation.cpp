@@ -6,10 +6,14 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
+#include <map>
 #include <string>
 
 #include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/base/TQThreadSafety.h>
+#include <TQFoundation/platform/Lock.h>
 
 // The C interface has no names that change from one version of the library to the next but those
 // that its headers map.
@@ -35,9 +39,25 @@ UCollator* openCollator(const std::string& locale) {
   return collator;
 }
 
-/// The collator in use. One that is replaced is never closed: another thread may be comparing.
+/// The collator of a locale, opened once and kept: another thread may be comparing by one that is
+/// replaced. Null when there is none.
+const UCollator* collatorFor(std::string_view locale) {
+  struct Collators {
+    Lock lock;
+    std::map<std::string, const UCollator*, std::less<>> all TQ_GUARDED_BY(lock);
+  };
+  static auto& collators = *new Collators;  // never destroyed: threads may outlive main
+  const Locked guard(collators.lock);
+  const auto known = collators.all.find(locale);
+  if (known != collators.all.end()) return known->second;
+  const UCollator* const opened = openCollator(std::string(locale));
+  if (opened != nullptr) collators.all.emplace(locale, opened);
+  return opened;
+}
+
+/// The collator in use.
 std::atomic<const UCollator*>& currentCollator() {
-  static std::atomic<const UCollator*> current = openCollator("");
+  static std::atomic<const UCollator*> current = collatorFor("");
   TQ_ASSERT(current.load(std::memory_order_relaxed) != nullptr);
   return current;
 }
@@ -84,7 +104,7 @@ int localizedStandardCompare(std::string_view a, std::string_view b) {
 }
 
 bool setCollationLocale(std::string_view locale) {
-  const UCollator* const collator = openCollator(std::string(locale));
+  const UCollator* const collator = collatorFor(locale);
   if (collator == nullptr) return false;
   currentCollator().store(collator, std::memory_order_release);
   return true;
