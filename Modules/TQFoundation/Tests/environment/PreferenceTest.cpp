@@ -94,7 +94,8 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
   theme.setRawValue("neon");
   EXPECT_EQ(theme.value(), Theme::light);
   EXPECT_EQ(theme.rawValue(), "neon");
-  theme.setRawValue(std::nullopt);
+  static const std::optional<std::string> none;  // in place GCC 12 takes it for uninitialised
+  theme.setRawValue(none);
   EXPECT_EQ(theme.rawValue(), std::nullopt);
 
   const Preference<Unit> unit("unit", Unit::millimetre, defaults);
