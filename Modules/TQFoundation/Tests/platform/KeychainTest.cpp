@@ -9,6 +9,9 @@ namespace tq {
 namespace {
 
 TEST(Keychain, SaysClearlyThatNoServiceRuns) {
+#if defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "GLib's bus thread is not built with the sanitizer, which takes it for a race";
+#endif
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
   const KeychainItem item{"com.korvan.test", "nobody"};
   Ref<Error> errors[3];
