@@ -2,7 +2,8 @@
 #
 # A benchmark is named BM_<Subject>_<Who>, ours BM_<Subject>_TQ; a template's argument follows in "<>",
 # others behind "/". The medians of the repetitions are compared: CPU time, real time where a benchmark
-# asks for that, or the counter that stands in for it.
+# asks for that, or the counter that stands in for it. One named BM_<Subject>Vs<Who> has run both in
+# turns; its counter "speedup" is the ratio.
 
 BEGIN { print "| what | arguments | ours | peer | peer's | ours is |"; print "|---|---|---:|---|---:|---:|" }
 
@@ -23,7 +24,7 @@ $1 ~ /^BM_.*_median$/ {
   slash = index(name, "/")
   arguments = slash ? substr(name, slash + 1) : ""
   isReal = arguments ~ /real_time/
-  gsub(/iterations:[0-9]+|repeats:[0-9]+|real_time/, "", arguments)
+  gsub(/iterations:[0-9]+|repeats:[0-9]+|real_time|manual_time/, "", arguments)
   gsub(/\/+/, " ", arguments)
   sub(/ $/, "", arguments)
   if (slash) name = substr(name, 1, slash - 1)
@@ -31,14 +32,27 @@ $1 ~ /^BM_.*_median$/ {
     arguments = substr(name, RSTART + 1, RLENGTH - 2) " " arguments
     name = substr(name, 1, RSTART - 1)
   }
-  who = name
-  sub(/.*_/, "", who)
-  subject = substr(name, 4, length(name) - length(who) - 4)
+  hasBoth = match($0, /speedup=[0-9.]+m?/)
+  if (hasBoth) {
+    speedup = substr($0, RSTART + 8, RLENGTH - 8)
+    if (speedup ~ /m$/) speedup /= 1000
+    at = index(name, "Vs")
+    who = substr(name, at + 2)
+    subject = substr(name, 4, at - 4)
+  } else {
+    who = name
+    sub(/.*_/, "", who)
+    subject = substr(name, 4, length(name) - length(who) - 4)
+  }
   key = subject "|" arguments
   value = isReal ? inNanoseconds($2, $3) : inNanoseconds($4, $5)
   if (match($0, /bytes_per_value=[0-9.]+/)) value = substr($0, RSTART + 16, RLENGTH - 16)
   if (!(key in seen)) { seen[key] = 1; keys[++count] = key }
-  if (who == "TQ") ours[key] = value
+  if (hasBoth) {
+    ours[key] = inNanoseconds($2, $3)
+    peers[key] = peers[key] " " who
+    theirs[key, who] = ours[key] * speedup
+  } else if (who == "TQ") ours[key] = value
   else { peers[key] = peers[key] " " who; theirs[key, who] = value }
 }
 
