@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <span>
 #include <string>
 #include <typeinfo>
@@ -34,12 +35,12 @@ Ref<Array> concurrentMapWithCompact(const Array& array, bool compact, const Arra
   requireBlock(block, __func__);
   const std::span<const Ref<Object>> objects = array.objects();
   std::vector<Ref<Object>> answers(objects.size());  // none stands for a placeholder
-  const auto call = [&](std::size_t i) {
+  const auto call = [&block, objects, compact, into = answers.data()](std::size_t i) {
     Ref<Object> answer = block(*objects[i]);
     if (answer == nullptr && !compact) {
       throw Exception(InvalidArgumentException, "concurrentMap: the block answered none");
     }
-    answers[i] = std::move(answer);
+    std::construct_at(into + i, std::move(answer));  // over none, which needs no release
   };
   parallelApply(objects.size(), call, &costOf(block.target_type()));
   if (compact) std::erase_if(answers, isNull);

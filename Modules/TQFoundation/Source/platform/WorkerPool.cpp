@@ -30,8 +30,9 @@ namespace {
 
 using Time = std::chrono::steady_clock::time_point;
 
-/// Waking a worker and giving it a share takes a few microseconds, and may gain half of the rest.
-constexpr std::int64_t kWorthSharing = 20'000'000;  // picoseconds
+constexpr std::int64_t kWorthSharing = 4'000'000;  // picoseconds: what it takes to share a loop
+constexpr std::uint32_t kWorthARange = 500'000;    // and to hand a part of it to a thread
+constexpr std::uint32_t kMostUnmeasured = 32;      // loops in a row that are not timed
 
 Time now() { return std::chrono::steady_clock::now(); }
 
@@ -47,7 +48,9 @@ void remember(ApplyCost* cost, std::int64_t elapsed, std::size_t count) noexcept
       std::memory_order_relaxed);
 }
 
-void share(std::size_t begin, std::size_t end, const void* body, ApplyRange range) {
+/// @param grain  calls that are worth a range of their own
+void share(std::size_t begin, std::size_t end, std::size_t grain, const void* body,
+           ApplyRange range) {
   char handedOut = 0;
   char handedBack = 0;
   struct Acquiring {  // at the scope's end, also for an exception
@@ -68,20 +71,19 @@ void share(std::size_t begin, std::size_t end, const void* body, ApplyRange rang
   // Isolated: a thread that waits for the last ranges takes none of an outer loop's, whose body
   // might want a lock that this thread holds.
   tbb::this_task_arena::isolate(
-      [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end), run); });
+      [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end, grain), run); });
 }
 
 /// Runs on this thread until all is done, or it takes longer than expected: the clock is looked at
-/// after the first call, after what should be a microsecond, and each time as many are done again.
+/// after the first call, after a range's worth, and each time as many are done again.
 /// @return the calls made
-std::size_t runAlone(std::size_t count, const void* body, ApplyRange range, ApplyCost& cost) {
-  const std::size_t microsecond = 1'000'000 / cost.picoseconds.load(std::memory_order_relaxed) + 1;
+std::size_t runAlone(std::size_t count, std::size_t grain, const void* body, ApplyRange range,
+                     ApplyCost& cost) {
   const Time begin = now();
-  for (std::size_t done = 0, next = 1;; next = std::max(2 * done, microsecond)) {
+  for (std::size_t done = 0, next = 1;; next = std::max(2 * done, grain)) {
     const std::size_t end = std::min(next, count);
     range(body, done, end);
     done = end;
-    if (done == count && count <= microsecond) return count;  // not worth another look
     const std::int64_t elapsed = picosecondsSince(begin);
     if (done < count && elapsed <= kWorthSharing) continue;
     remember(&cost, elapsed, done);
@@ -89,20 +91,30 @@ std::size_t runAlone(std::size_t count, const void* body, ApplyRange range, Appl
   }
 }
 
+/// Whether a loop of one range may go without looking at the clock, which would take
+/// as long as some of its calls. Now and then it is looked at all the same: calls may get dearer.
+bool isUnmeasured(ApplyCost& cost) noexcept {
+  const std::uint32_t before = cost.unmeasured.load(std::memory_order_relaxed);  // a hint, too
+  cost.unmeasured.store((before + 1) % kMostUnmeasured, std::memory_order_relaxed);
+  return before + 1 < kMostUnmeasured;
+}
+
 }  // namespace
 
 void parallelApply(std::size_t count, const void* body, ApplyRange range, ApplyCost* cost) {
   if (count == 0) return;
   if (count == 1) return range(body, 0, 1);
-  if (cost == nullptr) return share(0, count, body, range);
+  if (cost == nullptr) return share(0, count, 1, body, range);
   const std::uint32_t expected = cost->picoseconds.load(std::memory_order_relaxed);
+  const std::size_t grain = expected == 0 ? 1 : std::max(kWorthARange / expected, 1U);
   std::size_t done = 0;
   if (expected != 0 && static_cast<double>(expected) * static_cast<double>(count) < kWorthSharing) {
-    done = runAlone(count, body, range, *cost);
+    if (count <= grain && isUnmeasured(*cost)) return range(body, 0, count);
+    done = runAlone(count, grain, body, range, *cost);
     if (done == count) return;
   }
   const Time begin = now();
-  share(done, count, body, range);
+  share(done, count, grain, body, range);
   remember(cost, picosecondsSince(begin), count - done);
 }
 

@@ -19,6 +19,7 @@ namespace tq {
 /// thread.
 struct ApplyCost {
   std::atomic<std::uint32_t> picoseconds{0};  ///< 0: not known
+  std::atomic<std::uint32_t> unmeasured{0};   ///< loops since it was last measured
 };
 
 namespace detail {
