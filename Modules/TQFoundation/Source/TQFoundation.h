@@ -119,6 +119,7 @@
 #include <TQFoundation/platform/Collation.h>
 #include <TQFoundation/platform/Digest.h>
 #include <TQFoundation/platform/ExternalTool.h>
+#include <TQFoundation/platform/FileDownload.h>
 #include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/FileReading.h>
 #include <TQFoundation/platform/FileServices.h>

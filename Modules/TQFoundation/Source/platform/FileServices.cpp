@@ -2,25 +2,25 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <memory>
 #include <system_error>
 #include <utility>
 
-#include <TQFoundation/platform/FileHandle.h>
 #include <TQFoundation/platform/Random.h>
 #include <TQFoundation/platform/detail/FileError.h>
+#include <TQFoundation/platform/detail/SafeFile.h>
 
 namespace tq {
 namespace {
 
 using detail::fileError;
 using detail::FileUse;
+using detail::folderOfPath;
+using detail::hasPath;
 
 constexpr mode_t kByUmask = 0666;
 constexpr int kMostTries = 10'000;  // names taken by others
@@ -28,21 +28,6 @@ constexpr int kMostTries = 10'000;  // names taken by others
 bool fail(Ref<Error>* error, const URL& url, int errorNumber) {
   setOutError(error, fileError(FileUse::writing, url, errorNumber));
   return false;
-}
-
-bool hasPath(const URL& url) {
-  return !url.path().empty() && url.path().find('\0') == std::string::npos;
-}
-
-/// Where a chain of links ends; the path itself when it leads nowhere.
-std::string resolved(const std::string& path) {
-  const std::unique_ptr<char, void (*)(void*)> end(::realpath(path.c_str(), nullptr), ::free);
-  return end != nullptr ? std::string(end.get()) : path;
-}
-
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
 }
 
 /// @return a descriptor, or -1 with errno set
@@ -55,7 +40,7 @@ class Successor {
  public:
   explicit Successor(const std::string& path) {
     for (int tries = 0; tries < kMostTries; ++tries) {
-      path_ = folderOf(path) + ".tq-" + std::to_string(uniformRandom(~std::uint32_t{0}));
+      path_ = folderOfPath(path) + ".tq-" + std::to_string(uniformRandom(~std::uint32_t{0}));
       descriptor_ = makeFile(path_);
       if (descriptor_ >= 0 || errno != EEXIST) break;
     }
@@ -70,26 +55,13 @@ class Successor {
 
   [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
 
-  /// Each answers 0 or the system's error number.
-  int write(std::span<const std::byte> bytes) const {
-    while (!bytes.empty()) {
-      const WriteResult result = writeOnce(descriptor_, bytes);
-      if (result.count < 0 && result.errorNumber == EINTR) continue;
-      if (result.count <= 0) return result.errorNumber != 0 ? result.errorNumber : EIO;
-      bytes = bytes.subspan(static_cast<std::size_t>(result.count));
-    }
-    return 0;
-  }
-  int takeAfter(const struct stat& predecessor) const {
-    // Refused for another's file in a folder of ours: the new one is ours then.
-    [[maybe_unused]] const int refused =
-        ::fchown(descriptor_, predecessor.st_uid, predecessor.st_gid);
-    return ::fchmod(descriptor_, predecessor.st_mode & 07777) == 0 ? 0 : errno;
-  }
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  /// Answers 0 or the system's error number.
   int take(const std::string& place) {
-    if (::fsync(descriptor_) != 0 || ::rename(path_.c_str(), place.c_str()) != 0) return errno;
-    path_.clear();
-    return 0;
+    const int failure = detail::moveIntoPlace(descriptor_, path_, place);
+    if (failure == 0) path_.clear();
+    return failure;
   }
 
  private:
@@ -97,37 +69,26 @@ class Successor {
   int descriptor_ = -1;
 };
 
-/// Some file systems have no such thing for folders, and say so.
-int bringFolderToDisk(const std::string& folder) {
-  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return errno == EACCES ? 0 : errno;
-  const int failure = ::fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
-  ::close(descriptor);
-  return failure;
-}
-
 }  // namespace
 
 bool replaceFile(const URL& url, std::span<const std::byte> bytes, Ref<Error>* error) {
   if (!hasPath(url)) return fail(error, url, EINVAL);
-  const std::string path = resolved(url.path());
+  const std::string path = detail::resolvedPath(url.path());
   struct stat before {};
-  const bool exists = ::lstat(path.c_str(), &before) == 0;
-  if (!exists && errno != ENOENT) return fail(error, url, errno);
-  if (exists && S_ISDIR(before.st_mode)) return fail(error, url, EISDIR);
-  if (exists && !S_ISREG(before.st_mode)) return fail(error, url, EINVAL);
+  int failure = detail::lookAtPredecessor(path, before);
+  if (failure != 0) return fail(error, url, failure);
   Successor successor(path);
   if (!successor.isOpen()) return fail(error, url, errno);
-  int failure = successor.write(bytes);
-  if (failure == 0 && exists) failure = successor.takeAfter(before);
+  failure = detail::writeAll(successor.descriptor(), bytes);
+  if (failure == 0) failure = detail::takeAfter(successor.descriptor(), before);
   if (failure == 0) failure = successor.take(path);
-  if (failure == 0) failure = bringFolderToDisk(folderOf(path));
+  if (failure == 0) failure = detail::bringFolderToDisk(folderOfPath(path));
   return failure == 0 || fail(error, url, failure);
 }
 
 Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error) {
   if (!hasPath(wanted)) return fail(error, wanted, EINVAL), nullptr;
-  const std::string folder = folderOf(wanted.path());
+  const std::string folder = folderOfPath(wanted.path());
   const std::filesystem::path name(wanted.lastPathComponent());
   for (int number = 1; number < kMostTries; ++number) {
     const std::string text = number == 1 ? std::string() : " " + std::to_string(number);

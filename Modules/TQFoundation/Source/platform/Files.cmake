@@ -9,6 +9,7 @@ tq_room(platform
   DeflateCodec.cpp
   Digest.cpp Digest.h
   ExternalTool.cpp ExternalTool.h
+  FileDownload.cpp FileDownload.h
   FileError.cpp
   FileHandle.cpp FileHandle.h
   FileReading.cpp FileReading.h
@@ -36,7 +37,9 @@ tq_room(platform
   PreferenceDatabase.cpp
   PreferenceStore.cpp
   PropertyList.cpp
+  PartialFile.cpp
   Random.cpp Random.h
+  SafeFile.cpp
   SerialQueue.cpp SerialQueue.h
   SharedGeneration.cpp
   SharedLock.h

@@ -28,6 +28,7 @@ include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 # Services of the system, with its writes made to fail, beside the database's own view of its files.
 tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/ExternalToolTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/FileDownloadTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileServicesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeychainTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp

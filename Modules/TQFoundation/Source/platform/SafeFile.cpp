@@ -1,0 +1,65 @@
+#include <TQFoundation/platform/detail/SafeFile.h>
+
+#include <errno.h>
+#include <fcntl.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include <TQFoundation/platform/FileHandle.h>
+
+namespace tq::detail {
+
+bool hasPath(const URL& url) {
+  return !url.path().empty() && url.path().find('\0') == std::string::npos;
+}
+
+std::string resolvedPath(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> end(::realpath(path.c_str(), nullptr), ::free);
+  return end != nullptr ? std::string(end.get()) : path;
+}
+
+std::string folderOfPath(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+int writeAll(int descriptor, std::span<const std::byte> bytes) {
+  while (!bytes.empty()) {
+    const WriteResult result = writeOnce(descriptor, bytes);
+    if (result.count < 0 && result.errorNumber == EINTR) continue;
+    if (result.count <= 0) return result.errorNumber != 0 ? result.errorNumber : EIO;
+    bytes = bytes.subspan(static_cast<std::size_t>(result.count));
+  }
+  return 0;
+}
+
+int lookAtPredecessor(const std::string& path, struct stat& before) {
+  before = {};
+  if (::lstat(path.c_str(), &before) != 0) return errno == ENOENT ? 0 : errno;
+  if (S_ISDIR(before.st_mode)) return EISDIR;
+  return S_ISREG(before.st_mode) ? 0 : EINVAL;
+}
+
+int takeAfter(int descriptor, const struct stat& before) {
+  if (before.st_nlink == 0) return 0;
+  // Refused for another's file in a folder of ours: the new one is ours then.
+  [[maybe_unused]] const int refused = ::fchown(descriptor, before.st_uid, before.st_gid);
+  return ::fchmod(descriptor, before.st_mode & 07777) == 0 ? 0 : errno;
+}
+
+int moveIntoPlace(int descriptor, const std::string& from, const std::string& to) {
+  return ::fsync(descriptor) == 0 && ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+int bringFolderToDisk(const std::string& folder) {
+  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return errno == EACCES ? 0 : errno;
+  const int failure = ::fsync(descriptor) == 0 || errno == EINVAL ? 0 : errno;
+  ::close(descriptor);
+  return failure;
+}
+
+}  // namespace tq::detail

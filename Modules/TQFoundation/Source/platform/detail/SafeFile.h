@@ -1,0 +1,42 @@
+#pragma once
+
+/// @file SafeFile.h
+/// The steps by which a whole file takes another's place. Each answers 0 or the system's error
+/// number.
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <span>
+#include <string>
+
+#include <TQFoundation/platform/URL.h>
+
+namespace tq::detail {
+
+/// A path that a file can have: some text without a NUL, which would cut it.
+[[nodiscard]] bool hasPath(const URL& url);
+
+/// Where a chain of links ends; the path itself when it leads nowhere.
+[[nodiscard]] std::string resolvedPath(const std::string& path);
+
+/// The folder of the path, with the last "/"; "." for a plain name.
+[[nodiscard]] std::string folderOfPath(const std::string& path);
+
+/// Writes all of it, with writeOnce().
+[[nodiscard]] int writeAll(int descriptor, std::span<const std::byte> bytes);
+
+/// What is there of the file that is to be replaced: 0 for a regular file or none.
+/// @param before  its status; st_nlink is 0 when there is none
+[[nodiscard]] int lookAtPredecessor(const std::string& path, struct stat& before);
+
+/// Gives the file the owner and the permissions of the one before, if there was one.
+[[nodiscard]] int takeAfter(int descriptor, const struct stat& before);
+
+/// Brings the file to the disk and puts it in its place, in one step.
+[[nodiscard]] int moveIntoPlace(int descriptor, const std::string& from, const std::string& to);
+
+/// Brings the entries of the folder to the disk. Some file systems have no such thing, and say so.
+[[nodiscard]] int bringFolderToDisk(const std::string& folder);
+
+}  // namespace tq::detail
