@@ -13,6 +13,7 @@ constexpr const char* kExamples = R"(examples:
   tqdoc diff old.svg new.svg
   tqdoc check --draw /usr/share/icons
   tqdoc sheet /usr/share/icons -o sheet.png --count 24
+  tqdoc options width 512
 
 exit code: 0 all is well, 1 there are differences, 2 there was trouble)";
 
@@ -32,6 +33,8 @@ int main(int argc, char** argv) {
     tqdoc::addSheetCommand(app, outcome);
     tqdoc::addDiffCommand(app, outcome);
     tqdoc::addCheckCommand(app, outcome);
+    tqdoc::addRecentCommand(app, outcome);
+    tqdoc::addOptionsCommand(app, outcome);
     try {
       app.parse(argc, argv);
     } catch (const CLI::ParseError& request) {

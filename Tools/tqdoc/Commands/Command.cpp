@@ -7,11 +7,25 @@
 #include <utility>
 #include <vector>
 
+#include "Preferences/Preferences.h"
+#include "Render/Canvas.h"
+
 namespace tqdoc {
 
 Outcome reportTrouble(std::string_view message) {
   std::cerr << "tqdoc: " << printable(message) << '\n';
   return Outcome::trouble;
+}
+
+SvgDrawing openNamedDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
+  SvgDrawing drawing = openDrawing(path, error);
+  if (drawing.document) rememberDrawing(path);
+  return drawing;
+}
+
+int preferredWidth() {
+  return static_cast<int>(
+      std::clamp<std::int64_t>(preferences::width.value(), 0, Canvas::kSideLimit));
 }
 
 std::string printable(std::string_view text) {

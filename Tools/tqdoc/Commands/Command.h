@@ -14,7 +14,7 @@
 
 #include <TQFoundation/TQFoundation.h>
 
-#include "Svg/SvgContext.h"
+#include "Files/Drawing.h"
 
 namespace tqdoc {
 
@@ -28,6 +28,14 @@ void addHitCommand(CLI::App& app, Outcome& outcome);
 void addSheetCommand(CLI::App& app, Outcome& outcome);
 void addDiffCommand(CLI::App& app, Outcome& outcome);
 void addCheckCommand(CLI::App& app, Outcome& outcome);
+void addRecentCommand(CLI::App& app, Outcome& outcome);
+void addOptionsCommand(CLI::App& app, Outcome& outcome);
+
+/// Opens a drawing that the user has named, as openDrawing() does, and remembers it.
+[[nodiscard]] SvgDrawing openNamedDrawing(const std::string& path, tq::Ref<tq::Error>* error);
+
+/// Pixels across a picture where the command line says nothing; 0: the drawing's own.
+[[nodiscard]] int preferredWidth();
 
 /// Prints "tqdoc: <message>" on standard error.
 Outcome reportTrouble(std::string_view message);

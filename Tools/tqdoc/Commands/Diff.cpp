@@ -8,9 +8,9 @@
 #include <unistd.h>
 
 #include "Commands/Command.h"
-#include "Files/Drawing.h"
 #include "Model/Differences.h"
 #include "Model/PlacedNode.h"
+#include "Preferences/Preferences.h"
 #include "Render/Canvas.h"
 
 namespace tqdoc {
@@ -44,8 +44,12 @@ struct Look {
   }
 }
 
-/// A terminal, unless its user wants none of it (no-color.org).
-[[nodiscard]] bool wantsColours() { return isatty(STDOUT_FILENO) != 0 && !std::getenv("NO_COLOR"); }
+/// By itself on a terminal, unless its user wants none of it (no-color.org).
+[[nodiscard]] bool wantsColours() {
+  const Colours colours = preferences::colours.value();
+  if (colours != Colours::automatic) return colours == Colours::always;
+  return isatty(STDOUT_FILENO) != 0 && !std::getenv("NO_COLOR");
+}
 
 [[nodiscard]] std::string lineFor(const Difference& difference) {
   const std::string path = printable(difference.path) + "  " + printable(difference.what);
@@ -123,10 +127,10 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
   return canvas.writePNG(options.picture, error);
 }
 
-/// As openDrawing(); the null device is a drawing without anything, as version control has it for a
-/// file that is not there.
+/// As openNamedDrawing(); the null device is a drawing without anything, as version control has it
+/// for a file that is not there.
 [[nodiscard]] tq::Ref<Document> open(const std::string& path, tq::Ref<tq::Error>* error) {
-  if (path != "/dev/null") return openDrawing(path, error).document;
+  if (path != "/dev/null") return openNamedDrawing(path, error).document;
   return tq::makeRef<Document>(nullptr, Document::Page{{}, {}, tq::String::of("")},
                                tq::makeRef<Group>(Node::Traits(), tq::Array::array()),
                                tq::Dictionary::dictionary());

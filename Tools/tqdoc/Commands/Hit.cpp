@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "Commands/Command.h"
-#include "Files/Drawing.h"
 #include "Model/HitIndex.h"
 #include "Render/Canvas.h"
 
@@ -24,7 +23,7 @@ Outcome hit(const Options& options) {
   if (options.area.size() == 4) area.size = {options.area[2], options.area[3]};
   if (options.area.size() == 3) return reportTrouble("a rect takes both width and height");
   tq::Ref<tq::Error> error;
-  const tq::Ref<Document> document = openDrawing(options.drawing, &error).document;
+  const tq::Ref<Document> document = openNamedDrawing(options.drawing, &error).document;
   if (!document) return reportTrouble(error->localizedDescription());
 
   const HitIndex index(*document);
@@ -55,9 +54,12 @@ void addHitCommand(CLI::App& app, Outcome& outcome) {
       ->expected(2, 4)
       ->check(CLI::Number);
   command->add_option("--png", options->picture, "a PNG file of the drawing with the hits marked");
-  command->add_option("--width", options->width, "pixels across it")
-      ->check(CLI::Range(1, Canvas::kSideLimit));
-  command->callback([options, &outcome] { outcome = hit(*options); });
+  const CLI::Option* width = command->add_option("--width", options->width, "pixels across it")
+                                 ->check(CLI::Range(1, Canvas::kSideLimit));
+  command->callback([options, width, &outcome] {
+    if (width->count() == 0) options->width = preferredWidth();
+    outcome = hit(*options);
+  });
 }
 
 }  // namespace tqdoc

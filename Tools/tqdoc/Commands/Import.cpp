@@ -4,7 +4,7 @@
 #include <string>
 
 #include "Commands/Command.h"
-#include "Files/Drawing.h"
+#include "Preferences/Preferences.h"
 
 namespace tqdoc {
 namespace {
@@ -20,7 +20,7 @@ Outcome import(const Options& options) {
   if (output.empty()) output = std::filesystem::path(options.drawing).replace_extension("tqdoc");
   if (!isArchive(output)) return reportTrouble(output + ": archives end in .tqdoc");
   tq::Ref<tq::Error> error;
-  const SvgDrawing drawing = openDrawing(options.drawing, &error);
+  const SvgDrawing drawing = openNamedDrawing(options.drawing, &error);
   const Packing packing = options.gzip ? Packing::gzip : Packing::none;
   if (!drawing.document || !saveArchive(*drawing.document, output, packing, &error)) {
     return reportTrouble(error->localizedDescription());
@@ -39,8 +39,12 @@ void addImportCommand(CLI::App& app, Outcome& outcome) {
   command->add_option("drawing", options->drawing, "an .svg file")->required();
   command->add_option("-o,--output", options->output,
                       "the archive; by default the drawing's name, ending in .tqdoc");
-  command->add_flag("--gzip", options->gzip, "pack the archive, as gzip does");
-  command->callback([options, &outcome] { outcome = import(*options); });
+  const CLI::Option* gzip =
+      command->add_flag("--gzip,!--no-gzip", options->gzip, "pack the archive, as gzip does");
+  command->callback([options, gzip, &outcome] {
+    if (gzip->count() == 0) options->gzip = preferences::gzip.value();
+    outcome = import(*options);
+  });
 }
 
 }  // namespace tqdoc

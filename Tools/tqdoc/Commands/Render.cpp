@@ -2,7 +2,6 @@
 #include <string>
 
 #include "Commands/Command.h"
-#include "Files/Drawing.h"
 #include "Render/Canvas.h"
 
 namespace tqdoc {
@@ -17,7 +16,7 @@ struct Options {
 
 Outcome render(const Options& options) {
   tq::Ref<tq::Error> error;
-  const tq::Ref<Document> document = openDrawing(options.drawing, &error).document;
+  const tq::Ref<Document> document = openNamedDrawing(options.drawing, &error).document;
   if (!document || !renderPNG(*document, options.width, options.overlay, options.output, &error)) {
     return reportTrouble(error->localizedDescription());
   }
@@ -31,14 +30,19 @@ void addRenderCommand(CLI::App& app, Outcome& outcome) {
   CLI::App* command = app.add_subcommand("render", "draw a drawing into a PNG file");
   command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
   command->add_option("-o,--output", options->output, "the PNG file")->required();
-  command->add_option("--width", options->width, "pixels across; by default the drawing's own size")
-      ->check(CLI::Range(1, Canvas::kSideLimit));
+  const CLI::Option* width = command
+                                 ->add_option("--width", options->width,
+                                              "pixels across; by default the drawing's own size")
+                                 ->check(CLI::Range(1, Canvas::kSideLimit));
   command->add_flag("--bounds", options->overlay.bounds, "mark the tight bounds of every shape");
   command->add_flag("--controls", options->overlay.controls,
                     "join the control points of every outline");
   command->add_flag("--intersections", options->overlay.intersections,
                     "circle the points where outlines cross");
-  command->callback([options, &outcome] { outcome = render(*options); });
+  command->callback([options, width, &outcome] {
+    if (width->count() == 0) options->width = preferredWidth();
+    outcome = render(*options);
+  });
 }
 
 }  // namespace tqdoc

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "Commands/Command.h"
-#include "Files/Drawing.h"
 
 namespace tqdoc {
 namespace {
@@ -45,7 +44,7 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
 
 Outcome show(const std::string& path) {
   tq::Ref<tq::Error> error;
-  const tq::Ref<Document> document = openDrawing(path, &error).document;
+  const tq::Ref<Document> document = openNamedDrawing(path, &error).document;
   if (!document) return reportTrouble(error->localizedDescription());
   std::cout << printable(path) << ": " << shortText(document->page().size.width) << " x "
             << shortText(document->page().size.height) << " pixels, "

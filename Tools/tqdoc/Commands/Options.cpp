@@ -1,0 +1,116 @@
+#include <algorithm>
+#include <functional>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Commands/Command.h"
+#include "Preferences/Preferences.h"
+#include "Render/Canvas.h"
+
+namespace tqdoc {
+namespace {
+
+/// A preference as the command line has it: words.
+struct Option {
+  const char* name;
+  const char* help;
+  std::function<std::string()> read;
+  std::function<bool(const std::string&)> write;  ///< false for a word that it does not take
+  std::function<void()> reset;
+};
+
+std::optional<std::int64_t> numberIn(const std::string& word, std::int64_t most) {
+  std::int64_t number = -1;
+  const bool isNumber = CLI::detail::lexical_cast(word, number);
+  return isNumber && number >= 0 && number <= most ? std::optional(number) : std::nullopt;
+}
+
+Option numberOption(const char* name, const char* help,
+                    const tq::Preference<std::int64_t>& preference, std::int64_t most) {
+  return {name, help, [&] { return std::to_string(preference.value()); },
+          [&preference, most](const std::string& word) {
+            const auto number = numberIn(word, most);
+            if (number) preference.setValue(*number);
+            return number.has_value();
+          },
+          [&] { preference.removeValue(); }};
+}
+
+const std::vector<Option>& allOptions() {
+  static const std::vector<Option> all = {
+      {"colours", "on the terminal: auto, always or never",
+       [] { return tq::RawRepresentable<Colours>::rawValue(preferences::colours.value()); },
+       [](const std::string& word) {
+         const auto colours = tq::RawRepresentable<Colours>::fromRawValue(word);
+         if (colours) preferences::colours.setValue(*colours);
+         return colours.has_value();
+       },
+       [] { preferences::colours.removeValue(); }},
+      {"gzip", "import packs its archives: on or off",
+       [] { return std::string(preferences::gzip.value() ? "on" : "off"); },
+       [](const std::string& word) {
+         const bool isKnown = word == "on" || word == "off";
+         if (isKnown) preferences::gzip.setValue(word == "on");
+         return isKnown;
+       },
+       [] { preferences::gzip.removeValue(); }},
+      numberOption("width", "pixels across a picture; 0 for the drawing's own size",
+                   preferences::width, Canvas::kSideLimit),
+      numberOption("recent", "how many drawings to remember", preferences::recentCount,
+                   kMostRecent)};
+  return all;
+}
+
+struct Words {
+  std::string name;
+  std::string value;
+  bool resets = false;
+};
+
+Outcome setOption(const Words& words) {
+  const auto& all = allOptions();
+  const auto option = std::ranges::find(all, words.name, &Option::name);
+  if (option == all.end()) return reportTrouble("there is no option " + words.name);
+  if (words.resets) {
+    option->reset();
+  } else if (words.value.empty()) {
+    std::cout << option->read() << '\n';
+    return Outcome::fine;
+  } else if (!option->write(words.value)) {
+    return reportTrouble(words.name + " cannot be " + words.value + " (" + option->help + ")");
+  }
+  tq::Ref<tq::Error> error;
+  if (!tq::UserDefaults::standardUserDefaults()->synchronize(&error)) {
+    return reportTrouble(error->localizedDescription());
+  }
+  return Outcome::fine;
+}
+
+Outcome listOptions() {
+  constexpr int kNameWidth = 10;
+  constexpr int kValueWidth = 8;
+  for (const Option& option : allOptions()) {
+    std::cout << std::left << std::setw(kNameWidth) << option.name << std::setw(kValueWidth)
+              << option.read() << option.help << '\n';
+  }
+  return Outcome::fine;
+}
+
+}  // namespace
+
+void addOptionsCommand(CLI::App& app, Outcome& outcome) {
+  auto words = std::make_shared<Words>();
+  CLI::App* command = app.add_subcommand(
+      "options", "what is done where the command line says nothing: all, one, or one set");
+  command->add_option("name", words->name, "one of them");
+  command->add_option("value", words->value, "what it is to be from now on");
+  command->add_flag("--reset", words->resets, "what it is in the beginning");
+  command->callback(
+      [words, &outcome] { outcome = words->name.empty() ? listOptions() : setOption(*words); });
+}
+
+}  // namespace tqdoc
