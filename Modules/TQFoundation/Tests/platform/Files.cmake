@@ -35,3 +35,17 @@ tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)
 target_link_libraries(TQServicesTests PRIVATE PkgConfig::sqlite3)
+
+# A session of its own with a service that keeps secrets, beside whatever the user's session has.
+find_program(DBUS_RUN_SESSION dbus-run-session)
+find_program(GNOME_KEYRING gnome-keyring-daemon)
+if(DBUS_RUN_SESSION AND GNOME_KEYRING AND NOT TQ_SANITIZE MATCHES thread)
+  set(home "${CMAKE_CURRENT_BINARY_DIR}/keychain")
+  file(MAKE_DIRECTORY "${home}")
+  add_test(NAME keychain.service COMMAND "${DBUS_RUN_SESSION}" -- sh -ec
+    "printf password | '${GNOME_KEYRING}' --unlock --components=secrets >'${home}/log'
+     '$<TARGET_FILE:TQServicesTests>' --gtest_filter='KeychainService.*'")
+  set_tests_properties(keychain.service PROPERTIES
+    ENVIRONMENT "TQ_TEST_KEYCHAIN=1;HOME=${home};XDG_DATA_HOME=${home};XDG_RUNTIME_DIR=${home}"
+    FAIL_REGULAR_EXPRESSION SKIPPED TIMEOUT 60)
+endif()

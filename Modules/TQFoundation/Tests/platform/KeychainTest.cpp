@@ -31,5 +31,25 @@ TEST(Keychain, SaysClearlyThatNoServiceRuns) {
   }
 }
 
+// Run in a session of its own with a service that keeps secrets in a folder of the test's.
+TEST(KeychainService, KeepsSecretsAndForgetsThem) {
+  if (std::getenv("TQ_TEST_KEYCHAIN") == nullptr) GTEST_SKIP() << "no service of the test's own";
+  const KeychainItem item{"com.korvan.test", "somebody"};
+  const KeychainItem other{"com.korvan.test", "somebody else"};
+  Ref<Error> error;
+  EXPECT_EQ(item.secret(&error), std::nullopt);
+  EXPECT_EQ(error, nullptr);  // none there is no failure
+  for (const std::string& secret :
+       {std::string("first"), std::string("a\0\xff", 3), std::string()}) {
+    EXPECT_TRUE(item.setSecret(secret, &error));
+    EXPECT_EQ(item.secret(&error), secret);
+    EXPECT_EQ(other.secret(&error), std::nullopt);
+  }
+  EXPECT_TRUE(item.remove(&error));
+  EXPECT_EQ(item.secret(&error), std::nullopt);
+  EXPECT_TRUE(item.remove(&error));
+  EXPECT_EQ(error, nullptr);
+}
+
 }  // namespace
 }  // namespace tq
