@@ -1,18 +1,14 @@
 # The libraries behind the platform room. Each is used by the .cpp files of that room alone.
+# What is found through pkg-config carries our prefix, PkgConfig::TQ_zlib, so that a project that
+# builds this one inside itself may look for the same library in its own way.
 
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-pkg_check_modules(simdjson REQUIRED IMPORTED_TARGET simdjson)
-pkg_check_modules(libcrypto REQUIRED IMPORTED_TARGET libcrypto)
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 find_package(mimalloc REQUIRED)
 find_package(TBB REQUIRED COMPONENTS tbb)
-pkg_check_modules(libdeflate REQUIRED IMPORTED_TARGET libdeflate)
-pkg_check_modules(zlib REQUIRED IMPORTED_TARGET zlib)
-pkg_check_modules(liblz4 REQUIRED IMPORTED_TARGET liblz4)
-pkg_check_modules(liblzma REQUIRED IMPORTED_TARGET liblzma)
-pkg_check_modules(glib REQUIRED IMPORTED_TARGET glib-2.0)
-pkg_check_modules(libcurl REQUIRED IMPORTED_TARGET libcurl)
-pkg_check_modules(fmt REQUIRED IMPORTED_TARGET fmt)
-pkg_check_modules(sqlite3 REQUIRED IMPORTED_TARGET sqlite3)
-pkg_check_modules(libsecret REQUIRED IMPORTED_TARGET libsecret-1)
+foreach(module IN ITEMS simdjson libcrypto libdeflate zlib liblz4 liblzma glib-2.0 libcurl fmt sqlite3
+                        libsecret-1)
+  string(REGEX REPLACE "-[0-9.]+$" "" name "${module}")
+  pkg_check_modules(TQ_${name} REQUIRED IMPORTED_TARGET ${module})
+endforeach()

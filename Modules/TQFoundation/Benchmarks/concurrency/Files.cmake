@@ -6,4 +6,4 @@ tq_add_room_benchmarks(TQConcurrency
   ${CMAKE_CURRENT_LIST_DIR}/MapsBenchmark.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RunLoopBenchmark.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLSessionBenchmark.cpp
-  PEERS Boost::headers PkgConfig::glib PkgConfig::libcurl TBB::tbb)
+  PEERS Boost::headers PkgConfig::TQ_glib PkgConfig::TQ_libcurl TBB::tbb)

@@ -14,7 +14,7 @@ tq_add_room_tests(TQPlatform
 # A host whose toolkit runs the process's default main context is played by GLib itself.
 # An HTTPS server needs OpenSSL.
 pkg_check_modules(libssl REQUIRED IMPORTED_TARGET libssl)
-target_link_libraries(TQPlatformTests PRIVATE PkgConfig::glib PkgConfig::libssl PkgConfig::libcrypto)
+target_link_libraries(TQPlatformTests PRIVATE PkgConfig::TQ_glib PkgConfig::libssl PkgConfig::TQ_libcrypto)
 
 # An independent reader and writer of binary property lists, to compare with.
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
@@ -49,3 +49,4 @@ if(DBUS_RUN_SESSION AND GNOME_KEYRING AND NOT TQ_SANITIZE MATCHES thread)
     ENVIRONMENT "TQ_TEST_KEYCHAIN=1;HOME=${home};XDG_DATA_HOME=${home};XDG_RUNTIME_DIR=${home}"
     FAIL_REGULAR_EXPRESSION SKIPPED TIMEOUT 60)
 endif()
+target_link_libraries(TQServicesTests PRIVATE PkgConfig::TQ_sqlite3)
