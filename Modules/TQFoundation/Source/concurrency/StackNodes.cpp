@@ -4,8 +4,8 @@
 #include <utility>
 
 #include <TQFoundation/concurrency/UnfairLock.h>
-#include <TQFoundation/platform/AddressRange.h>
 #include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/detail/AddressRange.h>
 
 // Free nodes are handed between the process and its threads kBatch at a time; the common case
 // touches the thread's own few alone.

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/AddressRange.h>
+#include <TQFoundation/platform/detail/AddressRange.h>
 
 #include <sys/mman.h>
 

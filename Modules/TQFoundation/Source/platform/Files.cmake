@@ -1,5 +1,5 @@
 tq_room(platform
-  AddressRange.cpp AddressRange.h
+  AddressRange.cpp
   Base64.cpp Base64.h
   BinaryPropertyList.cpp
   CharacterCategory.cpp CharacterCategory.h
