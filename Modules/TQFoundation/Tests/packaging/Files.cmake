@@ -1,0 +1,13 @@
+# The library as others take it up: installed, moved, packaged, built inside another project.
+# tq_packaging_test(<name> <script> <arguments…>)
+function(tq_packaging_test name script)
+  add_test(NAME packaging.${name} COMMAND sh "${PROJECT_SOURCE_DIR}/${tests}/${script}" ${ARGN})
+  set_tests_properties(packaging.${name} PROPERTIES LABELS packaging TIMEOUT 300 ENVIRONMENT
+    "TQ_SOURCE=${PROJECT_SOURCE_DIR};TQ_BUILD=${PROJECT_BINARY_DIR};TQ_LIBDIR=${CMAKE_INSTALL_LIBDIR};\
+TQ_WORK=${PROJECT_BINARY_DIR}/packaging/${name};CXX=${CMAKE_CXX_COMPILER};CMAKE=${CMAKE_COMMAND}")
+endfunction()
+
+set(tests Modules/TQFoundation/Tests/packaging)
+tq_packaging_test(absolute prefix.sh absolute)
+tq_packaging_test(relocated prefix.sh relocated)
+tq_packaging_test(components components.sh)

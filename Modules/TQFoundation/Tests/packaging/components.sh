@@ -1,0 +1,33 @@
+# Each component alone below a DESTDIR: no file is in two of them, and together they are everything.
+. "$(dirname "$0")/support.sh"
+
+# put DESTDIR ARGUMENTS...: installs below it; prints the files, by their path below the prefix.
+put() {
+  destdir="$TQ_WORK/$1"; shift
+  (export DESTDIR="$destdir"; quietly "$CMAKE" --install "$TQ_BUILD" --prefix /opt/tq "$@")
+  [ ! -e "$destdir/opt/tq" ] || (cd "$destdir/opt/tq" && find . ! -type d | LC_ALL=C sort)
+}
+
+put whole >"$TQ_WORK/whole.txt"
+for component in Runtime Development Tools; do
+  put "$component" --component "$component" >"$TQ_WORK/$component.txt"
+  say "$component: $(wc -l <"$TQ_WORK/$component.txt") files"
+done
+LC_ALL=C sort "$TQ_WORK/Runtime.txt" "$TQ_WORK/Development.txt" "$TQ_WORK/Tools.txt" |
+  diff - "$TQ_WORK/whole.txt" || fail "the components are not the whole, each file once"
+
+# has COMPONENT PATTERN...: the component's files are of these kinds, and each kind is there.
+has() {
+  component="$1"; shift
+  left="$(cat "$TQ_WORK/$component.txt")"
+  for pattern in "$@"; do
+    printf '%s\n' "$left" | grep -qx "$pattern" || fail "$component lacks $pattern"
+    left="$(printf '%s\n' "$left" | grep -vx "$pattern" || true)"
+  done
+  [ -z "$left" ] || fail "$component has more than it should: $left"
+}
+lib="./$TQ_LIBDIR"
+has Runtime "$lib/libTQFoundation\.so\.0" "$lib/libTQFoundation\.so\.0\.[0-9.]*"
+has Development "$lib/libTQFoundation\.so" "$lib/pkgconfig/TQFoundation\.pc" \
+  "$lib/cmake/TQFoundation/TQFoundation[A-Z][A-Za-z-]*\.cmake" '\./include/TQFoundation/.*\.h'
+[ ! -e "$TQ_BUILD/Tools/tqdoc/tqdoc" ] || has Tools '\./bin/tqdoc'

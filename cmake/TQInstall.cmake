@@ -1,0 +1,46 @@
+# What `cmake --install` puts where, in three components: Runtime is the shared library, Development
+# what a compiler and a linker need besides, Tools the programs. No installed file knows where it
+# lies: the tree may be moved as a whole.
+
+include(CMakePackageConfigHelpers)
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/TQFoundation")
+
+install(TARGETS TQFoundation EXPORT TQFoundationTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development)
+
+# The public headers, and of the rooms' own ones those that they include.
+get_property(headers GLOBAL PROPERTY TQ_PUBLIC_HEADERS)
+list(APPEND headers TQFoundation.h)
+set(source_dir "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Source")
+set(seen "")
+while(headers)
+  list(POP_FRONT headers header)
+  if(header IN_LIST seen)
+    continue()
+  endif()
+  list(APPEND seen "${header}")
+  get_filename_component(room "${header}" DIRECTORY)
+  install(FILES "${source_dir}/${header}" COMPONENT Development
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/TQFoundation/${room}")
+  file(STRINGS "${source_dir}/${header}" includes REGEX "^#include <TQFoundation/.*/detail/")
+  list(TRANSFORM includes REPLACE "^#include <TQFoundation/(.*)>.*" "\\1")
+  list(APPEND headers ${includes})
+endwhile()
+
+# find_package(TQFoundation). Before 1.0 a minor version may change what hosts were built against.
+install(EXPORT TQFoundationTargets NAMESPACE TQFoundation:: DESTINATION "${package_dir}"
+  COMPONENT Development)
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/TQFoundationConfig.cmake.in"
+  TQFoundationConfig.cmake INSTALL_DESTINATION "${package_dir}"
+  NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(TQFoundationConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/TQFoundationConfig.cmake"
+              "${CMAKE_CURRENT_BINARY_DIR}/TQFoundationConfigVersion.cmake"
+  DESTINATION "${package_dir}" COMPONENT Development)
+
+# pkg-config: the prefix is where the file lies, some folders up.
+file(RELATIVE_PATH up_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" up_to_prefix "${up_to_prefix}")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/TQFoundation.pc.in" TQFoundation.pc @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/TQFoundation.pc" COMPONENT Development
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
