@@ -14,7 +14,8 @@ tq_add_room_tests(TQPlatform
 # A host whose toolkit runs the process's default main context is played by GLib itself.
 # An HTTPS server needs OpenSSL.
 pkg_check_modules(libssl REQUIRED IMPORTED_TARGET libssl)
-target_link_libraries(TQPlatformTests PRIVATE PkgConfig::TQ_glib PkgConfig::libssl PkgConfig::TQ_libcrypto)
+target_link_libraries(TQPlatformTests PRIVATE
+  PkgConfig::TQ_glib PkgConfig::libssl PkgConfig::TQ_libcrypto)
 
 # An independent reader and writer of binary property lists, to compare with.
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
@@ -34,7 +35,7 @@ tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)
-target_link_libraries(TQServicesTests PRIVATE PkgConfig::sqlite3)
+target_link_libraries(TQServicesTests PRIVATE PkgConfig::TQ_sqlite3)
 
 # A session of its own with a service that keeps secrets, beside whatever the user's session has.
 find_program(DBUS_RUN_SESSION dbus-run-session)
@@ -49,4 +50,3 @@ if(DBUS_RUN_SESSION AND GNOME_KEYRING AND NOT TQ_SANITIZE MATCHES thread)
     ENVIRONMENT "TQ_TEST_KEYCHAIN=1;HOME=${home};XDG_DATA_HOME=${home};XDG_RUNTIME_DIR=${home}"
     FAIL_REGULAR_EXPRESSION SKIPPED TIMEOUT 60)
 endif()
-target_link_libraries(TQServicesTests PRIVATE PkgConfig::TQ_sqlite3)

@@ -1,0 +1,51 @@
+# The Debian packages are made, installed below a folder that stands for the root of a system, used
+# there, and removed again. dpkg takes this machine's packages for installed, so that it judges all
+# dependencies truly; it needs no rights, runs in no other root, and touches nothing outside.
+. "$(dirname "$0")/support.sh"
+
+debs="$TQ_WORK/debs"
+root="$TQ_WORK/root"
+say "packages"
+quietly "${CMAKE%cmake}cpack" --config "$TQ_BUILD/CPackConfig.cmake" -B "$debs"
+rm -rf "$debs/_CPack_Packages"
+(cd "$debs" && ls)
+
+mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers"
+awk 'BEGIN { RS = ""; ORS = "\n\n" } !/^Package: (libtqfoundation|tqdoc)/' /var/lib/dpkg/status \
+  >"$root/var/lib/dpkg/status"
+mkdir "$TQ_WORK/bin"
+printf '#!/bin/sh\necho "$DPKG_MAINTSCRIPT_NAME $DPKG_ROOT" >>"%s"\n' "$TQ_WORK/ldconfig.txt" \
+  >"$TQ_WORK/bin/ldconfig"
+chmod +x "$TQ_WORK/bin/ldconfig"
+
+# in_root ARGUMENTS...: dpkg, on the root of ours.
+in_root() {
+  PATH="$TQ_WORK/bin:$PATH:/usr/sbin:/sbin" dpkg --root="$root" --log="$TQ_WORK/dpkg.log" \
+    --no-triggers --force-not-root --force-script-chrootless "$@"
+}
+
+say "what they depend on"
+version="$(dpkg-deb -f "$debs"/libtqfoundation0_*.deb Version)"
+for deb in "$debs"/libtqfoundation-dev_*.deb "$debs"/tqdoc_*.deb; do
+  [ ! -e "$deb" ] || dpkg-deb -f "$deb" Depends | grep -qF "libtqfoundation0 (= $version)" ||
+    fail "$deb does not stand on this version of the library"
+done
+for library in libc6 libstdc++6 libicu libsimdjson libsqlite3 libglib2.0; do
+  dpkg-deb -f "$debs"/libtqfoundation0_*.deb Depends | grep -qF "$library" ||
+    fail "the library's package does not depend on $library"
+done
+! in_root -i "$debs"/libtqfoundation-dev_*.deb >/dev/null 2>&1 ||
+  fail "what a compiler needs was installed without the library"
+quietly in_root --purge libtqfoundation-dev
+
+say "installed"
+quietly in_root -i "$debs"/*.deb
+[ "$(cat "$TQ_WORK/ldconfig.txt")" = "postinst $root" ] || fail "the loader's cache is not refreshed"
+serves "$root/usr"
+[ ! -e "$root/usr/bin/tqdoc" ] || runs_with "$root/usr" "$root/usr/bin/tqdoc" --help >/dev/null
+
+say "removed"
+# shellcheck disable=SC2046  # a list of words
+quietly in_root --purge $(for deb in "$debs"/*.deb; do dpkg-deb -f "$deb" Package; done)
+left="$(find "$root" -path "$root/var/lib/dpkg" -prune -o ! -type d -print)"
+[ -z "$left" ] || fail "these files stayed: $left"
