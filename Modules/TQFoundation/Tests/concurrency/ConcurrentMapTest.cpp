@@ -14,18 +14,13 @@
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/platform/WorkerPool.h>
 
+#include "support/Numbers.h"
+
 namespace tq {
 namespace {
 
-Ref<Array> numbers(int count) {
-  std::vector<Ref<Object>> all;
-  for (int i = 0; i < count; ++i) all.push_back(Number::numberWith(i));
-  return Array::arrayWithObjects(std::move(all));
-}
-
-int valueOf(const Object& object) {
-  return static_cast<int>(static_cast<const Number&>(object).integerValue());
-}
+using test::numbers;
+using test::valueOf;
 
 Ref<Object> squared(Object& object) {
   return Number::numberWith(valueOf(object) * valueOf(object));
@@ -38,7 +33,7 @@ TEST(ConcurrentMap, AnswersAreThoseOfTheSequentialMapsWhateverTheyCost) {
       SCOPED_TRACE(std::to_string(count) + " elements, cost " + std::to_string(cost));
       const auto array = numbers(cost == 0 ? count : std::min(count, 1'000));
       const ArrayMapBlock block = [&spent, cost](Object& object) -> Ref<Object> {
-        double x = valueOf(object);
+        auto x = static_cast<double>(valueOf(object));
         for (int i = 0; i < cost; ++i) x = std::sin(x);
         if (x < -2) ++spent;
         if (valueOf(object) % 2 == 0) return squared(object);

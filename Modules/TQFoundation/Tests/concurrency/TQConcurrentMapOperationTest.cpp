@@ -7,20 +7,14 @@
 #include <stdexcept>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/Number.h>
+
+#include "support/Numbers.h"
 
 namespace tq {
 namespace {
 
-Ref<Array> numbers(int count) {
-  std::vector<Ref<Object>> all;
-  for (int i = 0; i < count; ++i) all.push_back(Number::numberWith(i));
-  return Array::arrayWithObjects(std::move(all));
-}
-
-std::int64_t valueOf(const Object& object) {
-  return static_cast<const Number&>(object).integerValue();
-}
+using test::numbers;
+using test::valueOf;
 
 struct Outcome {
   Ref<Array> results;
