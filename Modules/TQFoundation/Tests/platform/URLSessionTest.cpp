@@ -49,6 +49,23 @@ std::string cookieOf(const Request& request) {
              : request.head.substr(at + 8, request.head.find("\r", at) - at - 8);
 }
 
+std::string headOf(std::size_t length) {
+  return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
+}
+
+LoopbackServer::Page says(std::string answer) {
+  return [answer = std::move(answer)](const Socket& s, const Request&) { s.send(answer); };
+}
+
+// The connection stays until the client ends it.
+LoopbackServer::Page waitsAfter(std::string answer) {
+  return [answer = std::move(answer)](const Socket& s, const Request&) {
+    s.send(answer);
+    while (!s.receive().empty()) {
+    }
+  };
+}
+
 class URLSessionTest : public testing::Test {
  protected:
   Outcome fetch(URLRequest request) {
@@ -63,19 +80,10 @@ class URLSessionTest : public testing::Test {
     return promise.get_future().get();
   }
   Outcome fetch(const std::string& path) { return fetch(requestFor(server.url(path))); }
+  void configureAgain() { session = URLSession::sessionWithConfiguration(configuration); }
 
-  // Pages that send no more wait for this.
-  void waitForEnd(const Socket& socket) {
-    while (!socket.receive().empty()) {
-    }
-  }
-
-  std::atomic<bool> isDraining{false};
   LoopbackServer server{{
-      {"/",
-       [](const Socket& s, const Request&) {
-         s.send(LoopbackServer::page("200 OK", "hello", "X-One: 1\r\n"));
-       }},
+      {"/", says(LoopbackServer::page("200 OK", "hello", "X-One: 1\r\n"))},
       {"/echo",
        [](const Socket& s, const Request& r) {
          s.send(LoopbackServer::page("200 OK", r.method + " " + r.body + " " + cookieOf(r),
@@ -83,50 +91,26 @@ class URLSessionTest : public testing::Test {
        }},
       {"/head", [](const Socket& s,
                    const Request& r) { s.send(LoopbackServer::page("200 OK", r.head + "\r\n")); }},
-      {"/chunked",
-       [](const Socket& s, const Request&) {
-         s.send(
-             "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nConnection: "
-             "close\r\n\r\n3\r\nabc\r\n2\r\nde\r\n0\r\nX-Trailer: 1\r\n\r\n");
-       }},
-      {"/there",
-       [](const Socket& s, const Request&) {
-         s.send(LoopbackServer::page("302 Found", "moved", "Location: /echo\r\n"));
-       }},
-      {"/round",
-       [](const Socket& s, const Request&) {
-         s.send(LoopbackServer::page("302 Found", "moved", "Location: /round\r\n"));
-       }},
-      {"/file",
-       [](const Socket& s, const Request&) {
-         s.send(LoopbackServer::page("302 Found", "moved", "Location: file:///etc/passwd\r\n"));
-       }},
+      {"/chunked", says("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nConnection: close\r\n\r\n"
+                        "3\r\nabc\r\n2\r\nde\r\n0\r\nX-Trailer: 1\r\n\r\n")},
+      {"/there", says(LoopbackServer::page("302 Found", "moved", "Location: /echo\r\n"))},
+      {"/round", says(LoopbackServer::page("302 Found", "moved", "Location: /round\r\n"))},
+      {"/file", says(LoopbackServer::page("302 Found", "", "Location: file:///etc/passwd\r\n"))},
       {"/large",
        [](const Socket& s, const Request&) {
-         s.send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(kPiece * kPieces) +
-                "\r\n\r\n");
+         s.send(headOf(kPiece * kPieces));
          for (std::size_t i = 0; i < kPieces; ++i)
            s.send(std::string(kPiece, static_cast<char>(i)));
        }},
-      {"/cut",
-       [](const Socket& s, const Request&) {
-         s.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
-       }},
-      {"/cutchunk",
-       [](const Socket& s, const Request&) {
-         s.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n9\r\nhalf");
-       }},
-      {"/gone", [](const Socket&, const Request&) {}},
-      {"/garbage", [](const Socket& s, const Request&) { s.send("what is this?\r\n\r\n"); }},
-      {"/silent", [this](const Socket& s, const Request&) { waitForEnd(s); }},
-      {"/stall",
-       [this](const Socket& s, const Request&) {
-         s.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
-         waitForEnd(s);
-       }},
+      {"/cut", says(headOf(100) + "half")},
+      {"/cutchunk", says("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n9\r\nhalf")},
+      {"/gone", says("")},
+      {"/garbage", says("what is this?\r\n\r\n")},
+      {"/silent", waitsAfter("")},
+      {"/stall", waitsAfter(headOf(100) + "half")},
       {"/drip",
        [](const Socket& s, const Request&) {
-         s.send("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n");
+         s.send(headOf(8));
          for (int i = 0; i < 8 && s.send("x"); ++i) std::this_thread::sleep_for(250ms);
        }},
   }};
@@ -154,7 +138,7 @@ TEST_F(URLSessionTest, AnswersWithWhatTheServerSaid) {
 TEST_F(URLSessionTest, SendsMethodsBodiesHeadersAndCookies) {
   configuration.HTTPAdditionalHeaders = {{"X-Both", "session"}, {"X-Session", "yes"}};
   const auto first = session;
-  session = URLSession::sessionWithConfiguration(configuration);
+  configureAgain();
   URLRequest request = requestFor(server.url("/head"));
   request.HTTPHeaderFields = {{"x-both", "request"}, {"X-Empty", ""}};
   const std::string head = fetch(request).body();
@@ -176,7 +160,7 @@ TEST_F(URLSessionTest, SendsMethodsBodiesHeadersAndCookies) {
   }
   configuration.HTTPShouldSetCookies = false;
   configuration.HTTPAdditionalHeaders.clear();
-  session = URLSession::sessionWithConfiguration(configuration);
+  configureAgain();
   fetch("/echo");
   EXPECT_EQ(fetch("/echo").body(), "GET  ");
 }
@@ -239,7 +223,7 @@ TEST_F(URLSessionTest, RefusesServersWhoseCertificateIsNotInOrder) {
   const test::TemporaryDirectory directory;
   configuration.certificateAuthorities = directory.path("own.pem");
   identity.writeTo(configuration.certificateAuthorities);
-  session = URLSession::sessionWithConfiguration(configuration);
+  configureAgain();
   EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + port)).body(), "secret")
       << "once it is trusted";
   ::setenv("no_proxy", "127.0.0.1,localhost", 1);
@@ -264,7 +248,7 @@ TEST_F(URLSessionTest, TimesOutWhenNothingComesOrAllOfItTakesTooLong) {
   slow.timeoutInterval = 1.5;  // less than the whole takes, but each piece starts it anew
   EXPECT_EQ(fetch(slow).body(), "xxxxxxxx");
   configuration.timeoutIntervalForResource = 0.3;
-  session = URLSession::sessionWithConfiguration(configuration);
+  configureAgain();
   EXPECT_EQ(fetch("/drip").code(), URLErrorTimedOut);
 }
 
