@@ -1,5 +1,6 @@
 tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/Base64Test.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/CodecTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CollationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileReadingTest.cpp
@@ -10,6 +11,8 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp)
+target_compile_definitions(TQPlatformTests PRIVATE
+  "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/data\"")
 
 # A host whose toolkit runs the process's default main context is played by GLib itself.
 # An HTTPS server needs OpenSSL.
