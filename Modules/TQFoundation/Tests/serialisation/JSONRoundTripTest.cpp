@@ -17,17 +17,10 @@ class Record final : public Subclass<Record> {
  public:
   static constexpr std::string_view className = "Record";
   Record(double real, std::int64_t whole, Ref<Object> object)
-      : rect{real, -real, real / 3, 0.1},
-        point(rect.origin),
-        size(rect.size),
-        number(real),
-        integer(whole),
-        flag(whole % 2 == 0),
-        child(std::move(object)) {}
+      : rect{real, -real, real / 3, 0.1}, number(real), integer(whole), child(std::move(object)) {}
   explicit Record(TQJSONDecoder& d)
       : rect(d.decodeRectForKey("rect")),
         point(d.decodePointForKey("point")),
-        size(d.decodeSizeForKey("size")),
         number(d.decodeDoubleForKey("number", -1)),
         integer(d.decodeIntegerForKey("integer", -1)),
         flag(d.decodeBoolForKey("flag", false)),
@@ -40,16 +33,15 @@ class Record final : public Subclass<Record> {
     e.encodeInteger(integer, "integer");
     e.encodeRect(rect, "rect");
     e.encodePoint(point, "point");
-    e.encodeSize(size, "size");
+    e.encodeSize(rect.size, "size");
   }
 
  private:
   Rect rect;
-  Point point;
-  Size size;
+  Point point = rect.origin;
   double number;
   std::int64_t integer;
-  bool flag;
+  bool flag = integer % 2 == 0;
   Ref<Object> child;
 };
 
@@ -83,7 +75,7 @@ class Graphs {
  private:
   unsigned below(unsigned count) { return static_cast<unsigned>(random_() % count); }
 
-  /// Powers of ten are left out, for some of them are an exception; see below.
+  /// Without powers of ten: 1e23 and some others are written differently the second time.
   double real() {
     const auto bits = random_();
     const double reals[] = {
@@ -97,14 +89,15 @@ class Graphs {
 
   NumberValue number() {
     const auto bits = random_();
-    const NumberValue numbers[] = {bits % 2 == 0,
-                                   static_cast<std::int8_t>(bits),
-                                   static_cast<std::int16_t>(bits),
-                                   static_cast<std::int32_t>(bits),
-                                   static_cast<std::int64_t>(bits),
-                                   bits,
-                                   static_cast<float>(bits % 10'000) / 4,  // others: see below
-                                   real()};
+    const NumberValue numbers[] = {
+        bits % 2 == 0,
+        static_cast<std::int8_t>(bits),
+        static_cast<std::int16_t>(bits),
+        static_cast<std::int32_t>(bits),
+        static_cast<std::int64_t>(bits),
+        bits,
+        static_cast<float>(bits % 10'000) / 4,  // others come back as doubles of more digits
+        real()};
     return numbers[below(8)];
   }
 
@@ -177,38 +170,6 @@ TEST(JSONRoundTrip, WhatIsReadIsWrittenAgainToTheByteStress) {
   EXPECT_TRUE(log.messages().empty());
 }
 
-// A float is written as a double the second time, and some powers of ten slip below.
-TEST(JSONRoundTrip, ButForTwoExceptionsThatSettleAfterOneMore) {
-  const struct {
-    NumberValue number;
-    const char* first;
-    const char* second;
-  } cases[] = {{100000000000000008388608.0, "1e+23", "9.999999999999999e+22"},
-               {0.56f, "0.56", "0.5600000000000001"}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(archiveOf(num(c.number)), c.first);
-    EXPECT_EQ(archiveOf(decoded(c.first)), c.second);
-    EXPECT_EQ(archiveOf(decoded(c.second)), c.second);
-  }
-}
-
-TEST(JSONRoundTrip, ValuesComeBackEqual) {
-  const Ref<Object> cases[] = {
-      illFormed(u"\xDC00\xD800"),
-      Value::valueWithRange({3, 4}),
-      Value::valueWith("{?=dd}", Point{1, 2}),
-      Date::dateWithTimeIntervalSinceReferenceDate(0.1),
-      Array::arrayWithObjects({illFormed(), num(-1), Array::array(), Null::null()}),
-      test::data(std::string(100'000, '\xff')),
-      Value::valueWithRect({0.1, -2, 1e20, 3}),
-      str(std::string_view("\0\x1f/\"", 4)),
-  };
-  for (const auto& object : cases) {
-    const Ref<Object> again = decoded(archiveOf(object));
-    EXPECT_TRUE(again && again->isEqual(*object)) << object->description();
-  }
-}
-
 /// No crash, no hang, and either an object or none, with whatever error.
 void survive(std::string_view text) {
   Ref<Error> error;
@@ -240,18 +201,6 @@ TEST(JSONRoundTrip, HostileTextIsReadOrRefusedStress) {
       text[random() % text.size()] = random() % 4 == 0 ? static_cast<char>(random()) : mark;
     }
     survive(text);
-  }
-  for (const char* open : {"[", "{\"a\":", "[{\"_class\":\"Record\",\"child\":"}) {
-    std::string text;
-    for (int i = 0; i < 100'000; ++i) text += open;
-    Ref<Error> error;
-    EXPECT_FALSE(decoded(text, &error));
-    EXPECT_TRUE(error);
-  }
-  for (const std::string& number : {std::string(100'000, '9'), "1e" + std::string(9, '9'),
-                                    "-0." + std::string(100'000, '3'), std::string("1e-400")}) {
-    survive(number);
-    survive(R"({"_class":"NSValue","type":"rect","value":"{)" + number + ", " + number + "}\"}");
   }
 }
 

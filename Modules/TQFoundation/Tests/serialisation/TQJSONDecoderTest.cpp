@@ -71,16 +71,13 @@ TEST_F(TQJSONDecoderTest, ReadsWhateverIsAtTheTopAndDropsWhatDecodesToNone) {
       {R"({"_data":"AAEC"})", "<3 bytes: 000102>"},
       {R"([{"_class":"NSValue","type":"rect"}])", "({{0, 0}, {0, 0}})"},
       {R"({"_class":"NSValue","type":"size","value":"{1, 2}"})", "{1, 2}"},
-      {R"({"_class":"NSValue","type":7})", "<, 0 bytes>"},
       {R"({"_class":"Unknown","a":1})", "(null)"},
       {R"([1,{"_class":"Unknown"},2])", "(1, 2)"},
-      {R"({"a":{"_class":"Unknown"},"b":2})", "{b = 2;}"},
       {R"([{"_class":"Choosy"},{"_class":5},{"_class":null},{"_class":[]}])", "()"},
       {R"([{"_data":[]},{"_data":5},{"_data":"A"},{"_data":"AA\n="},{"_data":""}])",
        "(<0 bytes: >)"},
       {R"([{"_archive":"x"},{"_archive":{}},{"_archive":""},{"_archive":"AAAA"}])", "()"},
       {R"({"_archive":"x","_class":"NSValue","_data":"AAAA"})", "(null)"},
-      {R"({"_data":"AAAA","_class":"Unknown"})", "(null)"},
   };
   for (const auto& [text, description] : cases) {
     Ref<Error> error = Error::errorWithDomain("old", 1, "old");
@@ -164,11 +161,9 @@ TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
       {"18446744073709551615", 18446744073709551615.0, true, kLargest, {}},
       {R"(" -12.5e1x")", -125, true, -12, {-125, 0, 0, 0}},
       {R"("0x10")", 0, false, 0, {0, 10, 0, 0}},
-      {R"("YES")", 0, true, 0, {}},
       {R"("{{1, 2}, {3, 4}}")", 0, false, 0, {1, 2, 3, 4}},
       {R"("-0.6a5.4das-105.7bfh24.3")", -0.6, false, 0, {-0.6, 5.4, -105.7, 24.3}},
       {"null", 0, false, 0, {}},
-      {"[1]", 0, false, 0, {}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.json);
@@ -247,21 +242,6 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
   }
 }
 
-TEST_F(TQJSONDecoderTest, DecodesOneTextAfterAnother) {
-  const Ref<TQJSONDecoder> decoder =
-      TQJSONDecoder::initWithData(std::as_bytes(std::span("[1]", 3)));
-  EXPECT_EQ(described(decoder->decode()), "(1)");
-  EXPECT_EQ(described(decoder->decode()), "(1)");
-  Ref<Error> error;
-  EXPECT_EQ(described(decoder->decodeDataError(*data("[2]"), &error)), "(2)");
-  EXPECT_FALSE(error);
-  EXPECT_FALSE(decoder->decodeDataError(*data("["), &error));
-  const Ref<Error> first = error;
-  EXPECT_TRUE(first);
-  EXPECT_EQ(described(decoder->decodeDataError(*data("[3]"), &error)), "(3)");
-  EXPECT_EQ(error, first);
-}
-
 TEST_F(TQJSONDecoderTest, ReadsParsedTreesOfEveryShape) {
   const std::pair<Ref<Object>, Ref<Object>> entries[] = {
       {num(1), str("one")},
@@ -293,7 +273,7 @@ TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {
   cycle->removeAllObjects();
 }
 
-TEST_F(TQJSONDecoderTest, ReadsFilesAndSaysWhyNot) {
+TEST_F(TQJSONDecoderTest, ReadsFilesAndOneTextAfterAnother) {
   const test::TemporaryDirectory directory;
   const auto read = [](std::string_view path, Ref<Error>* error) {
     return TQJSONDecoder::decodeFileAtURL(*URL::fileURLWithPath(path), error);
@@ -301,10 +281,15 @@ TEST_F(TQJSONDecoderTest, ReadsFilesAndSaysWhyNot) {
   Ref<Error> error = Error::errorWithDomain("old", 1, "old");
   EXPECT_EQ(described(read(directory.write("good", "[1,2]"), &error)), "(1, 2)");
   EXPECT_FALSE(error);
-  EXPECT_FALSE(read(directory.write("empty", ""), &error));
-  EXPECT_EQ(error->code(), 3840);
   EXPECT_FALSE(read(directory.path("none"), &error));
   EXPECT_EQ(error->code(), 260);
+
+  const auto decoder = TQJSONDecoder::initWithData(std::as_bytes(std::span("[1]", 3)));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(described(decoder->decode()), "(1)");
+  EXPECT_FALSE(decoder->decodeDataError(*data("["), &error));
+  const Ref<Error> first = error;
+  EXPECT_EQ(described(decoder->decodeDataError(*data("[3]"), &error)), "(3)");
+  EXPECT_EQ(error, first);
 }
 
 }  // namespace

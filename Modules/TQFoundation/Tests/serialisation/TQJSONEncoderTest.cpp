@@ -14,6 +14,12 @@ using namespace test;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
+Ref<Object> keyed(Ref<Object> key) {
+  const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},
+                                                         {str("z"), num(1)}};
+  return Dictionary::dictionaryWithEntries(entries);
+}
+
 TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
   const Ref<Null> null = Null::null();
   const NumberValue mixed[] = {true, 2.5, 3, std::uint64_t{1} << 63};
@@ -22,7 +28,6 @@ TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
       {str("a/b"), R"("a\/b")"},
       {num(true), "1"},
       {num(std::int8_t{-128}), "-128"},
-      {num(4294967295u), "4294967295"},
       {num(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808"},
       {num(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615"},
       {num(0.1f), "0.1"},
@@ -40,6 +45,10 @@ TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
        R"({"_class":"NSValue","type":"size","value":"{3.402823466385289e+38, 0}"})"},
       {Value::valueWithRect({1, 2, -3, 0.56}),
        R"({"_class":"NSValue","type":"rect","value":"{1, 2, -3, 0.5600000000000001}"})"},
+      {keyed(str("a/\n")), R"({"a\/\n":null,"z":1})"},
+      {keyed(num(std::numeric_limits<std::uint64_t>::max())),
+       R"({"18446744073709551615":null,"z":1})"},
+      {keyed(num(kNaN)), R"({"nan":null,"z":1})"},
   };
   for (const auto& [object, text] : cases) EXPECT_EQ(archiveOf(object), text);
 }
@@ -81,7 +90,6 @@ TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
       {kNaN, "0", "0"},
       {std::nextafter(kSmallest, 0), "0", "0"},
       {kSmallest, "1.175494350822288e-38", "1.1754943508222875e-38"},
-      {-kSmallest, "-1.175494350822288e-38", "-1.1754943508222875e-38"},
       {kLargest, "3.402823466385289e+38", "3.4028234663852886e+38"},
       {std::nextafter(kLargest, 0), "3.402823466385288e+38", "3.4028234663852882e+38"},
       {std::nextafter(kLargest, kInfinity), "3.402823466385289e+38", "3.4028234663852886e+38"},
@@ -98,23 +106,6 @@ TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
   }
   EXPECT_EQ(archiveOf(num(std::numeric_limits<float>::infinity())), "3.402823e+38");
   EXPECT_EQ(archiveOf(num(-std::numeric_limits<float>::quiet_NaN())), "0");
-}
-
-Ref<Object> keyed(Ref<Object> key) {
-  const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},
-                                                         {str("z"), num(1)}};
-  return Dictionary::dictionaryWithEntries(entries);
-}
-
-TEST(TQJSONEncoder, WritesKeysAsText) {
-  const std::pair<Ref<Object>, const char*> cases[] = {
-      {str("a/\n"), R"({"a\/\n":null,"z":1})"},
-      {num(true), R"({"1":null,"z":1})"},
-      {num(std::numeric_limits<std::uint64_t>::max()), R"({"18446744073709551615":null,"z":1})"},
-      {num(1e300), R"({"1e+300":null,"z":1})"},
-      {num(kNaN), R"({"nan":null,"z":1})"},
-  };
-  for (const auto& [key, text] : cases) EXPECT_EQ(archiveOf(keyed(key)), text);
 }
 
 /// `depth` arrays around `innermost`.
@@ -152,11 +143,8 @@ TEST(TQJSONEncoder, TellsOfEveryFailureAndWritesAsDeepAsTheDecoderReads) {
        "Error - can't encode object of class Opaque", R"([1,,"x"])"},
       {Array::arrayWithObjects({raising([] { throw Exception("Name", "the reason"); }), num(1)}), 0,
        "the reason", R"([{"_class":"Scripted","b":true)"},
-      {raising([] { throw Exception("Name", ""); }), 0, "Name"},
       {raising([] { throw std::runtime_error("bad \xff byte"); }), 0, "bad \uFFFD byte"},
-      {raising([] { throw 3; }), 0, "unknown exception"},
       {nested(kLimit + 1, str("x")), 0, tooDeep},
-      {nested(kLimit, test::data("x")), 0, tooDeep},
       {nested(kLimit, Value::valueWithPoint({})), 0, tooDeep},
       {nested(100'000, num(1)), 0, tooDeep},
       {cycle, 0, tooDeep},
