@@ -32,8 +32,6 @@ TEST(Debouncer, RunsItsActionOnceAfterTheLastRequestOfABurst) {
   clock.pass(1ms);
   EXPECT_EQ(runs, 1);
   EXPECT_TRUE(weakly.expired());
-  clock.pass(1000ms);
-  EXPECT_EQ(runs, 1);
 }
 
 TEST(Debouncer, ActionMayRequestAgainAndDropTheLastReference) {

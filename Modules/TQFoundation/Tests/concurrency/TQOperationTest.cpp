@@ -86,10 +86,6 @@ TEST(TQURLOperation, SharesOneSessionOfTheDefaultConfiguration) {
   EXPECT_EQ(operation->urlSession(), TQURLOperation::defaultURLSession());
   EXPECT_EQ(makeRef<TQURLOperation>()->urlSession(), operation->urlSession());
   const URLSessionConfiguration& values = operation->urlSession()->configuration();
-  EXPECT_EQ(values.timeoutIntervalForRequest, 60);
-  EXPECT_EQ(values.timeoutIntervalForResource, 7 * 24 * 3600);
-  EXPECT_EQ(values.HTTPMaximumConnectionsPerHost, 6);
-  EXPECT_TRUE(values.HTTPShouldSetCookies && !values.HTTPShouldUsePipelining);
   const auto own = URLSession::sessionWithConfiguration(values);
   operation->setUrlSession(own);
   EXPECT_EQ(operation->urlSession(), own);

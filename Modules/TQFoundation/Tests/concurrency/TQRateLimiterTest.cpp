@@ -66,8 +66,6 @@ TEST_P(RateLimiting, ManyRequestsMakeOneUpdate) {
   limiter->setNeedsUpdate(true);
   pass();
   EXPECT_EQ(view->redrawn, 3) << "through the block that was scheduled before";
-  pass();
-  EXPECT_EQ(view->redrawn, 3);
 }
 
 TEST_P(RateLimiting, ARequestDuringTheUpdateMakesAnother) {
@@ -118,9 +116,6 @@ TEST(TQRateLimiter, OtherStrategiesScheduleNothingAndStaySo) {
   EXPECT_EQ(view->redrawn, 0) << "marked as scheduled";
   limiter->performUpdateIfNeeded();
   EXPECT_EQ(view->redrawn, 1);
-  limiter->setNeedsUpdate(true);
-  pass();
-  EXPECT_EQ(view->redrawn, 2);
 }
 
 TEST(TQRateLimiter, SendsWhatTheMethodTakes) {
