@@ -56,6 +56,19 @@ TEST(CompressionContainer, GivesBackWhatWasPutIn) {
   }
 }
 
+TEST(CompressionContainer, TakesAStreamAsLongAsThePlain) {
+  // Something between random bytes, which are stored, and repetition, which shrinks.
+  const std::string noise = randomBytes(40);
+  bool found = false;
+  for (std::size_t repeated = 4; repeated < 20 && !found; ++repeated) {
+    const std::string plain = noise + noise.substr(0, repeated) + "last bytes!!";
+    const Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytesOf(plain), lz4Raw);
+    found = container->length() == plain.size() + 18 && container->view()[0] == 1;
+    EXPECT_EQ(textOf(dataByDecompressing_tq(*container)), plain);
+  }
+  EXPECT_TRUE(found);
+}
+
 TEST(CompressionContainer, IsReadWrittenByHand) {
   const std::string head = fromHex("00000000 00000000 0003");
   const std::string lz4Head = fromHex("00010000 00000000 0003");
