@@ -13,18 +13,21 @@
 
 namespace tq {
 
+/// The matrix as above, row by row without its last column. The identity unless given; whether it
+/// can be inverted is not checked.
 struct AffineTransform {
-  double a = 1;
-  double b = 0;
-  double c = 0;
-  double d = 1;
-  double tx = 0;
-  double ty = 0;
+  double a = 1;   ///< what x adds to x'
+  double b = 0;   ///< what x adds to y'
+  double c = 0;   ///< what y adds to x'
+  double d = 1;   ///< what y adds to y'
+  double tx = 0;  ///< added to x'
+  double ty = 0;  ///< added to y'
 
   friend constexpr bool operator==(const AffineTransform&,
                                    const AffineTransform&) noexcept = default;
 };
 
+/// Leaves every point where it is.
 inline constexpr AffineTransform AffineTransformIdentity{};
 
 /// first × second: `first` acts on a point before `second` does.
@@ -58,6 +61,7 @@ inline constexpr AffineTransform AffineTransformIdentity{};
 [[nodiscard]] TQ_EXPORT AffineTransform
 AffineTransformInvert(const AffineTransform& transform) noexcept;
 
+/// The point's place after the transform.
 [[nodiscard]] constexpr Point PointApplyAffineTransform(Point point,
                                                         const AffineTransform& t) noexcept {
   return {t.a * point.x + t.c * point.y + t.tx, t.b * point.x + t.d * point.y + t.ty};

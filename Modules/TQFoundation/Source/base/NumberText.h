@@ -27,6 +27,9 @@ TQ_EXPORT char* writeDouble17(char* to, double value) noexcept;
 /// The same with 7 digits, "%.7g".
 TQ_EXPORT char* writeFloat7(char* to, float value) noexcept;
 
+/// All digits of an integer, the sign first when it is negative.
+/// @param to room as above
+/// @return the end of the text
 TQ_EXPORT char* writeInteger(char* to, std::int64_t value) noexcept;
 TQ_EXPORT char* writeUnsigned(char* to, std::uint64_t value) noexcept;
 

@@ -7,7 +7,9 @@
 
 namespace tq {
 
+/// A place. Which way y grows is the caller's choice; functions that care say so.
 struct Point {
+  /// Coordinates in the caller's unit. NaN and infinities are kept as they are.
   double x = 0;
   double y = 0;
 
@@ -17,13 +19,16 @@ struct Point {
 
 /// An extent on each axis; negative where a rect that carries it has not been standardised.
 struct Size {
+  /// In the caller's unit; either may be negative, infinite or NaN.
   double width = 0;
   double height = 0;
 
   friend constexpr bool operator==(Size, Size) noexcept = default;
 };
 
+/// A direction with a length: what leads from one point to another.
 struct Vector {
+  /// Components in the caller's unit.
   double dx = 0;
   double dy = 0;
 

@@ -13,11 +13,15 @@
 
 namespace tq {
 
+/// An area parallel to the axes, as its fields say ("raw"). See above for what is done to them.
 struct Rect {
+  /// One corner: the least coordinates, where the extents are not negative.
   Point origin;
+  /// From `origin` to the opposite corner.
   Size size;
 
   constexpr Rect() noexcept = default;
+  /// The fields as given, not standardised.
   constexpr Rect(Point rectOrigin, Size rectSize) noexcept : origin(rectOrigin), size(rectSize) {}
   constexpr Rect(double x, double y, double width, double height) noexcept
       : origin{x, y}, size{width, height} {}
@@ -62,6 +66,7 @@ inline constexpr Rect RectInfinite{
   return result;
 }
 
+/// The least x.
 [[nodiscard]] constexpr double RectGetMinX(const Rect& rect) noexcept {
   return RectStandardize(rect).origin.x;
 }
@@ -72,11 +77,13 @@ inline constexpr Rect RectInfinite{
   return standard.origin.x + standard.size.width / 2;
 }
 
+/// min + extent.
 [[nodiscard]] constexpr double RectGetMaxX(const Rect& rect) noexcept {
   const Rect standard = RectStandardize(rect);
   return standard.origin.x + standard.size.width;
 }
 
+/// The least y.
 [[nodiscard]] constexpr double RectGetMinY(const Rect& rect) noexcept {
   return RectStandardize(rect).origin.y;
 }
@@ -87,6 +94,7 @@ inline constexpr Rect RectInfinite{
   return standard.origin.y + standard.size.height / 2;
 }
 
+/// min + extent.
 [[nodiscard]] constexpr double RectGetMaxY(const Rect& rect) noexcept {
   const Rect standard = RectStandardize(rect);
   return standard.origin.y + standard.size.height;
@@ -110,6 +118,7 @@ inline constexpr Rect RectInfinite{
   return one.origin == other.origin && one.size == other.size;
 }
 
+/// RectEqualToRect().
 [[nodiscard]] constexpr bool operator==(const Rect& a, const Rect& b) noexcept {
   return RectEqualToRect(a, b);
 }

@@ -8,8 +8,8 @@
 namespace tq {
 
 /// Writes one line to standard error and aborts (SIGABRT):
-/// `Assertion failed: (<condition>), function <function>, file
-/// Modules/TQFoundation/Source/<family>, line <line>.`
+///
+///     Assertion failed: (<condition>), function <function>, file Modules/…/<family>, line <line>.
 ///
 /// @param function   the function whose precondition is broken
 /// @param file       path of the source; only its stem, the family's name, is printed

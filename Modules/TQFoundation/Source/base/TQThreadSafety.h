@@ -7,6 +7,7 @@
 #if defined(__clang__)
 #define TQ_THREAD_ATTRIBUTE(x) __attribute__((x))
 #else
+/// An attribute of clang's analysis; nothing under other compilers.
 #define TQ_THREAD_ATTRIBUTE(x)
 #endif
 

@@ -87,6 +87,7 @@ using TreeNode = detail::RootOf<Tree>;
 template <ChildTraversable Tree>
 using TreeNodeArgument = const std::remove_reference_t<TreeNode<Tree>>&;
 
+/// The tree's root: itself for a tree held by value, of the tree behind a reference else. O(1).
 [[nodiscard]] decltype(auto) rootOf(const ChildTraversable auto& tree) {
   return detail::treeBehind(tree).root();
 }
@@ -102,10 +103,14 @@ template <ChildTraversable Tree>
 template <ChildTraversable Base>
 class SubTree {
  public:
+  /// `root` must be a node of `base`, which is not checked.
   SubTree(Base base, TreeNode<Base> root) : base_(std::move(base)), root_(root) {}
 
+  /// The tree that it is a part of.
   [[nodiscard]] const Base& base() const noexcept { return base_; }
+  /// The node that it starts at.
   [[nodiscard]] TreeNode<Base> root() const { return root_.get(); }
+  /// The children that the whole tree gives the node.
   [[nodiscard]] decltype(auto) children(TreeNodeArgument<Base> node) const {
     return childrenOf(base_, node);
   }

@@ -17,13 +17,17 @@ namespace tq {
 template <ChildTraversable TreeType>
 class Forest {
  public:
+  /// The type of its trees.
   using Tree = TreeType;
 
   Forest() noexcept = default;
+  /// Takes the trees over, in this order.
   explicit Forest(std::vector<Tree> trees) noexcept : trees_(std::move(trees)) {}
 
+  /// The trees in order, lent until the forest changes.
   [[nodiscard]] std::span<const Tree> trees() const noexcept { return trees_; }
   [[nodiscard]] std::size_t count() const noexcept { return trees_.size(); }
+  /// Adds a tree behind the others.
   void append(Tree tree) { trees_.push_back(std::move(tree)); }
 
  private:

@@ -19,13 +19,15 @@ namespace tq {
 template <class Element, class Hash = std::hash<Element>, class Equal = std::equal_to<Element>>
 class Multiset {
  public:
+  /// An element and how often it is in.
   struct Entry {
-    Element element;
-    std::size_t count;
+    Element element;    ///< the one that came in first among equals
+    std::size_t count;  ///< never 0
   };
   using const_iterator = typename std::vector<Entry>::const_iterator;
 
   Multiset() = default;
+  /// Inserts each of `elements`, in order.
   template <std::ranges::input_range Elements>
   explicit Multiset(Elements&& elements) {
     for (auto&& element : elements) insert(std::forward<decltype(element)>(element));
@@ -65,16 +67,21 @@ class Multiset {
     return removed;
   }
 
+  /// All of the equal ones.
+  /// @return how many there were
   std::size_t removeAll(const Element& element) { return remove(element, count(element)); }
 
+  /// How often the element is in; 0 when it is not.
   [[nodiscard]] std::size_t count(const Element& element) const {
     const auto found = positions_.find(element);
     return found == positions_.end() ? 0 : entries_[found->second].count;
   }
+  /// True when it is in at least once.
   [[nodiscard]] bool contains(const Element& element) const { return count(element) != 0; }
 
   /// Elements in all, each as often as it is in.
   [[nodiscard]] std::size_t totalCount() const noexcept { return total_; }
+  /// How many different elements are in.
   [[nodiscard]] std::size_t distinctCount() const noexcept { return entries_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return total_ == 0; }
 

@@ -18,8 +18,10 @@ namespace tq {
 template <class Element>
 class Queue {
  public:
+  /// Puts the element behind all others.
   void enqueue(Element element) { elements_.push_back(std::move(element)); }
 
+  /// Takes out the element that came first; none when the queue is empty.
   std::optional<Element> dequeue() {
     if (elements_.empty()) return std::nullopt;
     std::optional<Element> first(std::move(elements_.front()));
@@ -34,6 +36,7 @@ class Queue {
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return elements_.empty(); }
+  /// Drops every element.
   void removeAll() noexcept { elements_.clear(); }
 
  private:
@@ -46,13 +49,16 @@ template <class Element, class Before = std::less<Element>>
 class PriorityQueue {
  public:
   PriorityQueue() = default;
+  /// An empty queue ordered by `before`, a strict weak order.
   explicit PriorityQueue(Before before) : before_(std::move(before)) {}
 
+  /// Puts the element behind its equals. O(log n).
   void enqueue(Element element) {
     heap_.push_back({std::move(element), arrivals_++});
     std::ranges::push_heap(heap_, later());
   }
 
+  /// Takes out the element that goes before all others; none when the queue is empty. O(log n).
   std::optional<Element> dequeue() {
     if (heap_.empty()) return std::nullopt;
     std::ranges::pop_heap(heap_, later());
@@ -68,6 +74,7 @@ class PriorityQueue {
 
   [[nodiscard]] std::size_t count() const noexcept { return heap_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return heap_.empty(); }
+  /// Drops every element.
   void removeAll() noexcept { heap_.clear(); }
 
  private:

@@ -25,6 +25,7 @@ class RecentsList {
   using const_iterator = typename std::vector<Element>::const_iterator;
   using iterator = const_iterator;
 
+  /// An empty list.
   explicit RecentsList(std::int64_t capacity) : capacity_(capacity) {}
 
   /// The first `capacity` of `elements`, the first one being the most recent. What occurs twice in
@@ -54,13 +55,17 @@ class RecentsList {
     trim();
   }
 
+  /// insert(element, ==).
   void insert(Element element) requires std::equality_comparable<Element> {
     insert(std::move(element), std::equal_to<>());
   }
 
+  /// Most elements that it keeps, as given.
   [[nodiscard]] std::int64_t capacity() const noexcept { return capacity_; }
   [[nodiscard]] std::size_t count() const noexcept { return storage_.size(); }
+  /// The same as count(), as the C++ library names it.
   [[nodiscard]] std::size_t size() const noexcept { return storage_.size(); }
+  /// Indices run from startIndex() to endIndex(), which is behind the last.
   [[nodiscard]] static constexpr std::size_t startIndex() noexcept { return 0; }
   [[nodiscard]] std::size_t endIndex() const noexcept { return count(); }
 

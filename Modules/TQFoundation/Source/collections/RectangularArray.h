@@ -20,6 +20,8 @@ template <class Element>
 class RectangularArray {
  public:
   RectangularArray() noexcept = default;
+  /// All elements copies of `value`. Either count may be 0.
+  /// @throws std::length_error, std::bad_alloc when it is too large
   RectangularArray(std::size_t rowCount, std::size_t columnCount, const Element& value = Element())
       : rowCount_(rowCount), columnCount_(columnCount) {
     TQ_ASSERT(columnCount == 0 ||
@@ -27,9 +29,11 @@ class RectangularArray {
     elements_.assign(rowCount * columnCount, value);
   }
 
+  /// As given when it was made.
   [[nodiscard]] std::size_t rowCount() const noexcept { return rowCount_; }
   [[nodiscard]] std::size_t columnCount() const noexcept { return columnCount_; }
 
+  /// An element, lent until the array goes. Past an end the process stops.
   [[nodiscard]] Element& at(std::size_t row, std::size_t column) {
     return elements_[position(row, column)];
   }

@@ -13,10 +13,13 @@ namespace tq {
 template <class Value>
 class RestorableValue {
  public:
+  /// A value that is not changed.
   explicit RestorableValue(Value value) : value_(std::move(value)) {}
 
+  /// The current value.
   [[nodiscard]] const Value& value() const noexcept { return value_; }
 
+  /// Changes the value; the first time since the last restore() the one before is remembered.
   void set(Value value) {
     if (!saved_) saved_.emplace(value_);
     value_ = std::move(value);
@@ -29,6 +32,7 @@ class RestorableValue {
     saved_.reset();
   }
 
+  /// True while a value is remembered, be it equal to the current one.
   [[nodiscard]] bool isChanged() const noexcept { return saved_.has_value(); }
 
  private:
@@ -42,6 +46,7 @@ class RestorableValue {
 template <class Value>
 class ScopedValue {
  public:
+  /// Moves `value` into `variable`, and keeps what was there.
   [[nodiscard]] ScopedValue(Value& variable, Value value)
       : variable_(variable), before_(std::exchange(variable, std::move(value))) {}
   ~ScopedValue() { variable_ = std::move(before_); }

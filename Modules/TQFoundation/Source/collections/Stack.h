@@ -14,6 +14,7 @@ namespace tq {
 template <class Element>
 class Stack {
  public:
+  /// Puts the element on top.
   void push(Element element) { elements_.push_back(std::move(element)); }
 
   /// Takes the top element off.
@@ -32,6 +33,7 @@ class Stack {
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return elements_.empty(); }
+  /// Drops every element.
   void removeAll() noexcept { elements_.clear(); }
 
  private:

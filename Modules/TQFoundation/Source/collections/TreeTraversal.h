@@ -181,12 +181,14 @@ struct WalkOf<Tree, TraversalOrder::breadthFirst> {
 template <ChildTraversable Tree, TraversalOrder order>
 class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, order>> {
  public:
+  /// Goes once from node to node. Good while the view and its trees stay as they are.
   class Iterator {
    public:
     using iterator_concept = std::input_iterator_tag;
     using value_type = std::remove_cvref_t<TreeNode<Tree>>;
     using difference_type = std::ptrdiff_t;
 
+    /// At the root of the first tree; at the end when there is none.
     Iterator(std::span<const Tree> trees, std::size_t depthLimit)
         : trees_(trees), walk_(depthLimit) {
       if (!trees_.empty()) walk_.start(trees_.front());
@@ -216,6 +218,7 @@ class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, ord
     typename detail::WalkOf<Tree, order>::Type walk_;
   };
 
+  /// Goes over `trees`, one after another. `owner` keeps them alive; none when somebody else does.
   TreeTraversal(std::shared_ptr<const void> owner, std::span<const Tree> trees,
                 std::size_t depthLimit) noexcept
       : owner_(std::move(owner)), trees_(trees), depthLimit_(depthLimit) {}
@@ -250,11 +253,13 @@ template <TraversalOrder order, class Argument>
   }
 }
 
+/// traverse() in the order that the name says.
 template <class Argument>
 [[nodiscard]] auto depthFirst(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
   return traverse<TraversalOrder::depthFirst>(std::forward<Argument>(tree), depthLimit);
 }
 
+/// traverse() in the order that the name says.
 template <class Argument>
 [[nodiscard]] auto depthFirstPostOrder(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
   return traverse<TraversalOrder::depthFirstPostOrder>(std::forward<Argument>(tree), depthLimit);

@@ -96,13 +96,16 @@ class TQArrayComparison {
     return *changes_;
   }
 
+  /// What is compared, lent: the arrays as they were when the comparison was made.
   [[nodiscard]] std::span<const Ref<Object>> oldArray() const noexcept { return oldArray_; }
   [[nodiscard]] std::size_t oldArrayCount() const noexcept { return oldArray_.size(); }
   [[nodiscard]] std::span<const Ref<Object>> modifiedArray() const noexcept {
     return modifiedArray_;
   }
   [[nodiscard]] std::size_t modifiedArrayCount() const noexcept { return modifiedArray_.size(); }
+  /// Whether two elements count as the same.
   [[nodiscard]] const Comparator& comparator() const noexcept { return comparator_; }
+  /// How far each number of edits reached, for tests and drawings.
   [[nodiscard]] const detail::SnakeLevels& furthestPath() const noexcept { return levels_; }
 
  private:

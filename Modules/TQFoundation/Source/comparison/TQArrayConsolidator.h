@@ -13,9 +13,13 @@ namespace tq {
 /// How an array is consolidated. A block that is not set is left out. Threads: one at a time.
 class TQ_EXPORT TQArrayConsolidator {
  public:
+  /// Whether an old and a new item, told with their indices, match.
   using ComparisonBlock = TQArrayComparator;
+  /// See updateBlock().
   using UpdateBlock = std::function<void(Object& oldItem, Object& newItem)>;
+  /// See createBlock().
   using CreateBlock = std::function<Ref<Object>(Object& newItem)>;
+  /// See postRemoveBlock().
   using PostRemoveBlock = std::function<void(Object& removedItem)>;
 
   /// Which items match; by default an item matches itself alone.

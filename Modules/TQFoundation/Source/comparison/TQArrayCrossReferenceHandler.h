@@ -13,9 +13,13 @@ namespace tq {
 /// How arrays are cross-referenced. Threads: one at a time.
 class TQ_EXPORT TQArrayCrossReferenceHandler {
  public:
+  /// Whether an old and a new item, told with their indices, match.
   using IndexedComparisonBlock = TQArrayComparator;
+  /// Whether an old and a new item match.
   using ComparisonBlock = std::function<bool(Object& oldItem, Object& newItem)>;
+  /// See itemsMatchedBlock().
   using ItemsMatchedBlock = std::function<void(Object& oldItem, Object& newItem)>;
+  /// See itemRemovedBlock() and itemAddedBlock().
   using ItemBlock = std::function<void(Object& item)>;
 
   /// Which items match. Goes before comparisonBlock() when it is set.

@@ -32,9 +32,12 @@ class TQ_EXPORT TQComparisonArrayChange final
                                                                       Ref<Object> oldObject,
                                                                       std::uint64_t atIndex);
 
+  /// Either an insertion or a removal; a move is both, linked.
   [[nodiscard]] bool isInsertion() const noexcept { return isInsertion_; }
   [[nodiscard]] bool isRemoval() const noexcept { return !isInsertion_; }
+  /// True while the other half of a move is alive and linked.
   [[nodiscard]] bool isMove() const noexcept { return !associatedChange_.isGone(); }
+  /// Of an insertion the place in the new array, of a removal the one in the old array.
   [[nodiscard]] std::uint64_t index() const noexcept { return index_; }
 
   /// The other half of a move, or none. Both links are weak: the list of changes owns the changes.
@@ -48,6 +51,7 @@ class TQ_EXPORT TQComparisonArrayChange final
   /// The name of the relationship, when a path item with a name is the parent; else empty.
   [[nodiscard]] std::string property() const;
 
+  /// kArrayInsertion or kArrayRemoval.
   [[nodiscard]] unsigned type() const noexcept override {
     return isInsertion_ ? kArrayInsertion : kArrayRemoval;
   }
@@ -55,6 +59,7 @@ class TQ_EXPORT TQComparisonArrayChange final
   [[nodiscard]] Object* object() const noexcept override {
     return isInsertion_ ? updatedObject() : oldObject();
   }
+  /// The parent's path and the index in brackets.
   [[nodiscard]] std::string internalFullPath() override { return joinedPath(); }
   /// "Insert <object> at 3", "Remove <object> at 3".
   [[nodiscard]] std::string description() const override;

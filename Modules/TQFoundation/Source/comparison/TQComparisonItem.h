@@ -30,6 +30,7 @@ class TQ_EXPORT TQComparisonItem : public Subclass<TQComparisonItem> {
   static constexpr unsigned kArrayRemoval = 2;
   static constexpr unsigned kArrayInsertion = 3;
 
+  /// An item for these states, either of which may be none, below `parent`, which may be none too.
   [[nodiscard]] static Ref<TQComparisonItem> initWithNewObject(Ref<Object> newObject,
                                                                Ref<Object> oldObject,
                                                                Ref<TQComparisonItem> parent);
@@ -48,24 +49,29 @@ class TQ_EXPORT TQComparisonItem : public Subclass<TQComparisonItem> {
   /// does not keep it.
   [[nodiscard]] virtual Ref<TQComparisonPropertyChange> addChangeForPropertyNamed(std::string name);
 
+  /// Which of the four codes; saves a cast.
   [[nodiscard]] virtual unsigned type() const noexcept { return kPlain; }
 
   /// The new object, or else the old one, lent; may be none.
   [[nodiscard]] virtual Object* object() const noexcept;
+  /// The new and the old object, lent; either may be none.
   [[nodiscard]] virtual Object* updatedObject() const noexcept { return updatedObject_.get(); }
   [[nodiscard]] virtual Object* oldObject() const noexcept { return oldObject_.get(); }
+  /// The item around this one, lent; none at a root.
   [[nodiscard]] virtual TQComparisonItem* parent() const noexcept { return parent_.get(); }
+  /// Moves this item, and with it the paths of all below, under another parent, or under none.
   virtual void setParent(Ref<TQComparisonItem> parent) { parent_ = std::move(parent); }
 
  protected:
+  /// For derived classes.
   TQComparisonItem(Ref<Object> newObject, Ref<Object> oldObject, Ref<TQComparisonItem> parent);
 
   /// What an item adds to a path: its own text, and the item whose path comes before it with or
   /// without a dot between; none when the path starts here.
   struct PathStep {
-    std::string text;
-    TQComparisonItem* before = nullptr;
-    bool hasDot = false;
+    std::string text;                    ///< what the item adds
+    TQComparisonItem* before = nullptr;  ///< whose path goes before; none: the path starts here
+    bool hasDot = false;                 ///< a "." stands between both
   };
 
   /// By default the path starts here, with whatever internalFullPath() answers.
@@ -87,12 +93,16 @@ class TQ_EXPORT TQComparisonPropertyChange final
  public:
   static constexpr std::string_view className = "TQComparisonPropertyChange";
 
+  /// A change below `parent` of the property with this name.
   [[nodiscard]] static Ref<TQComparisonPropertyChange> initWithNewObject(
       Ref<Object> newObject, Ref<Object> oldObject, Ref<TQComparisonItem> parent,
       std::string propertyName);
 
+  /// As the delegate or the caller named it.
   [[nodiscard]] const std::string& propertyName() const noexcept { return propertyName_; }
+  /// kPropertyChange.
   [[nodiscard]] unsigned type() const noexcept override { return kPropertyChange; }
+  /// The parent's path, a dot and the name.
   [[nodiscard]] std::string internalFullPath() override { return joinedPath(); }
 
  private:
@@ -111,8 +121,11 @@ class TQ_EXPORT TQComparisonPathItem final
     : public Subclass<TQComparisonPathItem, TQComparisonItem> {
  public:
   static constexpr std::string_view className = "TQComparisonPathItem";
+  /// The element has no index.
   static constexpr std::int64_t kNoIndex = -1;
 
+  /// An item named `named` below `parent`, for the place in its two states; `index` when it is one
+  /// element of a relationship to many.
   [[nodiscard]] static Ref<TQComparisonPathItem> pathItemWithParent(Ref<TQComparisonItem> parent,
                                                                     Ref<Object> newObject,
                                                                     Ref<Object> oldObject,

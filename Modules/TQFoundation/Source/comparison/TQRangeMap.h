@@ -15,7 +15,9 @@ namespace tq {
 
 /// An object and the places that it covers, from `location` on and as many as `length`.
 struct TQRangeMapEntry {
+  /// Held strongly; never none.
   Ref<Object> object;
+  /// The places that it covers.
   Range range;
 };
 
@@ -26,6 +28,7 @@ struct TQRangeMapEntry {
 /// Cost: O(log n) to find and to set. Threads: one at a time.
 class TQ_EXPORT TQRangeMap {
  public:
+  /// The location of no range; ranges must start before it.
   static constexpr std::uint64_t kNotFound = 0x7FFF'FFFF'FFFF'FFFF;
 
   /// Replaces the entry that starts at the same place.

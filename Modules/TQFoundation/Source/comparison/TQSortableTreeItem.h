@@ -16,6 +16,7 @@ namespace tq {
 /// Something with a name to be sorted by: groups and a last component, separated by "/".
 class TQ_EXPORT TQSortable {
  public:
+  /// The whole name, such as "Icons/Arrows/Left". Any text; empty components are kept.
   [[nodiscard]] virtual std::string name() const = 0;
 
  protected:
@@ -23,6 +24,7 @@ class TQ_EXPORT TQSortable {
 };
 
 class TQSortableTreeItem;
+/// Siblings in order; none of them is null.
 using TQSortableTreeItems = std::vector<Ref<TQSortableTreeItem>>;
 
 /// A node of a tree of names: a leaf with the object that it stands for, or a group.
@@ -62,6 +64,8 @@ class TQ_EXPORT TQSortableTreeItem final : public Subclass<TQSortableTreeItem> {
 
   /// None for a group. Lent.
   [[nodiscard]] Object* object() const noexcept { return object_.get(); }
+  /// What is left of the name at this place of the tree: one component, or several that were
+  /// joined.
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
   /// Null for a node that never had a child.
   [[nodiscard]] const TQSortableTreeItems* children() const noexcept {
@@ -90,6 +94,8 @@ class TQ_EXPORT TQSortableTreeItem final : public Subclass<TQSortableTreeItem> {
 /// Objects as sorted trees of their names.
 class TQ_EXPORT TQObjectSorting {
  public:
+  /// The objects that are TQSortables, the others left out, as trees by the components of their
+  /// names. Siblings are in natural order; of a leaf and a group with one name the leaf is first.
   [[nodiscard]] static TQSortableTreeItems sortObjectsWithNesting(const Array& objects);
   /// The same with every chain of single children joined.
   [[nodiscard]] static TQSortableTreeItems sortObjectsWithCompressedNesting(const Array& objects);

@@ -91,9 +91,11 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
   /// asked. For the delegate, while it compares children.
   void compareOldObject(Object& oldObject, Object& againstNewObject, std::string_view withName);
 
+  /// What it was made with.
   [[nodiscard]] bool inferMoves() const noexcept { return inferMoves_; }
   [[nodiscard]] Object& root1() const noexcept { return *root1_; }
   [[nodiscard]] Object& root2() const noexcept { return *root2_; }
+  /// Whom it asks; none once that has gone.
   [[nodiscard]] Held<TQTreeComparisonDelegate> delegate() const noexcept {
     return delegate_.lock();
   }

@@ -23,10 +23,12 @@ namespace tq {
 template <class T>
 class Atomic {
  public:
+  /// A box that holds the value.
   explicit Atomic(T wrappedValue) : value_(std::move(wrappedValue)) {}
   Atomic(const Atomic&) = delete;
   Atomic& operator=(const Atomic&) = delete;
 
+  /// A copy of the value, made inside the box.
   [[nodiscard]] T wrappedValue() const {
     return queue_.sync([this] { return value_; });
   }

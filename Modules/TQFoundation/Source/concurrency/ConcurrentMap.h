@@ -19,6 +19,7 @@ namespace tq {
 
 /// Bits that say how an array is gone over.
 using EnumerationOptions = std::uint64_t;
+/// The block is called on several threads at once.
 inline constexpr EnumerationOptions EnumerationConcurrent = 1;
 
 /// The answers of the block, called on the worker pool and the calling thread, which waits.
@@ -28,7 +29,9 @@ inline constexpr EnumerationOptions EnumerationConcurrent = 1;
 /// @throws Exception (InvalidArgumentException) when the block answers none, unless compacting
 [[nodiscard]] TQ_EXPORT Ref<Array> concurrentMapWithCompact(const Array& array, bool compact,
                                                             const ArrayMapBlock& block);
+/// The answers of the block, none of which may be none, with exceptions as above.
 [[nodiscard]] TQ_EXPORT Ref<Array> concurrentMap(const Array& array, const ArrayMapBlock& block);
+/// The answers of the block that are neither none nor the Null object, with exceptions as above.
 [[nodiscard]] TQ_EXPORT Ref<Array> compactConcurrentMap(const Array& array,
                                                         const ArrayMapBlock& block);
 

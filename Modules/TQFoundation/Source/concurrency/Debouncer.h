@@ -21,6 +21,7 @@ namespace tq {
 class TQ_EXPORT Debouncer final : public Subclass<Debouncer> {
  public:
   static constexpr std::string_view className = "Debouncer";
+  /// What is put off.
   using Action = std::function<void()>;
 
   /// @param interval          seconds; 0 or less is next to nothing; NaN stops the process when the

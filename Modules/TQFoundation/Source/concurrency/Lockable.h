@@ -43,6 +43,7 @@ concept SynchronizationPrimitive = requires(std::remove_reference_t<P>& primitiv
 
 /// Locks nothing, for code that is generic over locking.
 struct Unsynchronized {
+  /// Nothing.
   void lock() noexcept {}
   void unlock() noexcept {}
 };

@@ -27,18 +27,24 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
  public:
   static constexpr std::string_view className = "MapTable";
 
+  /// How keys are held.
   enum class Keys : std::uint8_t { weak, strong };
+  /// How keys are told apart: by isEqual(), or as the same object.
   enum class Matching : std::uint8_t { equality, identity };
 
+  /// A key and its value, both held strongly by the copy.
   struct Entry {
-    Ref<Object> key;
-    Ref<Object> value;
+    Ref<Object> key;    ///< never none
+    Ref<Object> value;  ///< never none
   };
   /// Entries that a call has taken out, for the caller to drop where destructors may run.
   using Removed = std::vector<Entry>;
 
+  /// An empty table.
   [[nodiscard]] static Ref<MapTable> mapTable(Keys keys, Matching matching = Matching::equality);
+  /// An empty table, compared by equality, that holds its keys weakly.
   [[nodiscard]] static Ref<MapTable> weakToStrongObjectsMapTable() { return mapTable(Keys::weak); }
+  /// The same, holding its keys strongly.
   [[nodiscard]] static Ref<MapTable> strongToStrongObjectsMapTable() {
     return mapTable(Keys::strong);
   }
@@ -51,12 +57,16 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
   /// Replaces the value and keeps the first key; a null value removes the entry.
   /// @return what was displaced, and all whose keys have gone
   Removed setObject(Ref<Object> value, Object& forKey);
+  /// An absent key is no fault.
+  /// @return what was taken out, and all whose keys have gone
   Removed removeObjectForKey(const Object& key);
+  /// @return every entry
   Removed removeAllObjects();
   /// Takes out the entries whose keys have gone. Linear, but nothing when no weakly held object
   /// has.
   Removed purge();
 
+  /// objectForKey(), setObject(): the forms that subscripts are written with.
   [[nodiscard]] Object* objectForKeyedSubscript(const Object& key) const {
     return objectForKey(key);
   }

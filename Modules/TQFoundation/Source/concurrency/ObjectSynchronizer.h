@@ -17,10 +17,12 @@ namespace tq {
 /// nothing.
 class TQ_EXPORT TQ_CAPABILITY("object monitor") ObjectSynchronizer {
  public:
+  /// Holds the object, whose monitor is the lock.
   explicit ObjectSynchronizer(Ref<Object> object) noexcept : object_(std::move(object)) {}
 
   /// @throws std::bad_alloc, when there is no memory for the object's first monitor
   void lock() TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { monitorEnter(object_.get()); }
+  /// Lets the monitor go; only on the thread that took it.
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS { monitorExit(object_.get()); }
 
  private:

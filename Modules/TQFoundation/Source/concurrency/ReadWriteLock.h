@@ -32,9 +32,11 @@ class TQ_EXPORT TQ_CAPABILITY("reader-writer lock") ReadWriteLock final
   [[nodiscard]] ReadLock read() noexcept;
   [[nodiscard]] WriteLock write() noexcept;
 
+  /// Waits for a shared hold; any number of threads may have one at once.
   void lockForRead() noexcept TQ_ACQUIRE_SHARED() TQ_NO_THREAD_SAFETY_ANALYSIS {
     lock_.lockForRead();
   }
+  /// Waits for the exclusive hold.
   void lockForWrite() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_.lockForWrite(); }
   /// Lets go of either kind of hold.
   void unlock() noexcept TQ_RELEASE_GENERIC() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_.unlock(); }
@@ -56,6 +58,7 @@ using TQReadWriteLock = ReadWriteLock;
 /// The shared side of a lock.
 class TQ_EXPORT TQ_CAPABILITY("read lock") ReadWriteLock::ReadLock {
  public:
+  /// Takes, and lets go of, a shared hold.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->lockForRead(); }
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->unlock(); }
 
@@ -69,6 +72,7 @@ class TQ_EXPORT TQ_CAPABILITY("read lock") ReadWriteLock::ReadLock {
 /// The exclusive side of a lock.
 class TQ_EXPORT TQ_CAPABILITY("write lock") ReadWriteLock::WriteLock {
  public:
+  /// Takes, and lets go of, the exclusive hold.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->lockForWrite(); }
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->unlock(); }
 
@@ -85,6 +89,7 @@ inline ReadWriteLock::WriteLock ReadWriteLock::write() noexcept { return WriteLo
 /// Holds a lock for reading, or for writing, for as long as it lives.
 class TQ_SCOPED_CAPABILITY ReadLocked {
  public:
+  /// Waits for a shared hold on `lock`, which must outlive this.
   explicit ReadLocked(ReadWriteLock& lock) noexcept TQ_ACQUIRE_SHARED(lock) : lock_(lock) {
     lock_.lockForRead();
   }
@@ -96,8 +101,10 @@ class TQ_SCOPED_CAPABILITY ReadLocked {
   ReadWriteLock& lock_;
 };
 
+/// Holds a lock for writing for as long as it lives.
 class TQ_SCOPED_CAPABILITY WriteLocked {
  public:
+  /// Waits for the exclusive hold on `lock`, which must outlive this.
   explicit WriteLocked(ReadWriteLock& lock) noexcept TQ_ACQUIRE(lock) : lock_(lock) {
     lock_.lockForWrite();
   }

@@ -23,6 +23,7 @@ class ResettableLazy {
   }
   void setWrappedValue(T value) { value_ = std::move(value); }
 
+  /// True when the next read does not run the loader.
   [[nodiscard]] bool isLoaded() const noexcept { return value_.has_value(); }
   /// Forgets the value; the next read loads again.
   void reset() noexcept { value_.reset(); }

@@ -30,8 +30,10 @@ namespace tq {
 class TQ_EXPORT TQCache final : public Subclass<TQCache> {
  public:
   static constexpr std::string_view className = "TQCache";
+  /// Makes the object to be cached; may answer none.
   using CreationBlock = std::function<Ref<Object>()>;
 
+  /// An empty cache that holds its owners weakly.
   [[nodiscard]] static Ref<TQCache> init() { return initWithOwnerRetentionPolicy(0); }
   /// @param policy  0 holds owners weakly, any other strongly
   [[nodiscard]] static Ref<TQCache> initWithOwnerRetentionPolicy(std::intptr_t policy);
@@ -61,10 +63,12 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   void populateCacheForObjectWithOwner(Object& owner, const Object& andKey,
                                        const CreationBlock& creationBlock);
 
+  /// Forgets one entry of the owner, or all of them; nothing happens when there is none.
   void removeCachedObjectForOwner(const Object& owner, const Object& andKey);
   void removeCachedObjectsForOwner(const Object& owner);
   /// Owners that come while this runs stay.
   void removeCachedObjectsExceptForOwners(std::span<const Ref<Object>> ownersToKeep);
+  /// Forgets every entry of every owner.
   void removeAllCachedObjects();
 
   /// Owners in the table that live.

@@ -22,13 +22,16 @@ namespace tq {
 class TQ_EXPORT TQCacheDeferredCreation final : public Subclass<TQCacheDeferredCreation> {
  public:
   static constexpr std::string_view className = "TQCacheDeferredCreation";
+  /// Makes the object; may answer none.
   using CreationBlock = std::function<Ref<Object>()>;
 
+  /// A placeholder that has not created yet. An empty block creates none.
   [[nodiscard]] static Ref<TQCacheDeferredCreation> createWithBlock(CreationBlock block) {
     return initWithBlock(std::move(block));
   }
   [[nodiscard]] static Ref<TQCacheDeferredCreation> initWithBlock(CreationBlock block);
 
+  /// What it stands for: created now, waited for, or there already.
   [[nodiscard]] Ref<Object> selfOrDeferredObject();
   /// The same, but none at once while another thread creates.
   [[nodiscard]] Ref<Object> unblockingSelfOrDeferredObject();

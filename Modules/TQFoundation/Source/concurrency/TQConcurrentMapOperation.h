@@ -24,9 +24,11 @@ class TQ_EXPORT TQConcurrentMapOperation final
   /// @param mapBlock  shared by the operations of a map; an empty one stops the process
   TQConcurrentMapOperation(Ref<Object> object, std::shared_ptr<const ArrayMapBlock> mapBlock);
 
+  /// The element, which main() hands to the block.
   [[nodiscard]] const Ref<Object>& object() const noexcept { return object_; }
   /// The block's answer; none before main() has run, or when it threw.
   [[nodiscard]] const Ref<Object>& result() const noexcept { return result_; }
+  /// What it calls.
   [[nodiscard]] const ArrayMapBlock& mapBlock() const noexcept { return *mapBlock_; }
   /// What the block threw.
   [[nodiscard]] const std::exception_ptr& failure() const noexcept { return failure_; }

@@ -21,9 +21,9 @@ namespace tq {
 /// | the record's own address | being computed |
 /// | anything else | the result, for good |
 struct TQ_EXPORT TQLazyVar {
-  std::atomic<void*> value{nullptr};
-  std::mutex mutex;
-  std::condition_variable condition;
+  std::atomic<void*> value{nullptr};  ///< what was calculated; null until then
+  std::mutex mutex;                   ///< guards the calculation's beginning and end
+  std::condition_variable condition;  ///< told when a calculation ends
 };
 
 /// A new record, to be released by TQLazyVarFree().

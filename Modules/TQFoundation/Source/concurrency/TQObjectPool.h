@@ -23,6 +23,7 @@ namespace tq {
 class TQ_EXPORT TQObjectPool final : public Subclass<TQObjectPool> {
  public:
   static constexpr std::string_view className = "TQObjectPool";
+  /// Makes an object when none is idle; must not answer none.
   using CreatorBlock = std::function<Ref<Object>()>;
 
   /// An empty pool without a limit. An empty `creatorBlock` stops the process.
@@ -40,6 +41,7 @@ class TQ_EXPORT TQObjectPool final : public Subclass<TQObjectPool> {
   /// Empties the pool. @return what was idle
   std::vector<Ref<Object>> removeAllObjects();
 
+  /// Calls the block once with the objects that are idle at this moment, held for the call.
   void allObjectsWithBlock(const std::function<void(std::span<const Ref<Object>>)>& block);
 
   /// Most idle objects that are kept; 0: no limit.
@@ -48,6 +50,7 @@ class TQ_EXPORT TQObjectPool final : public Subclass<TQObjectPool> {
   /// then lifts the limit.
   void setMaximumPoolCount(std::size_t count);
 
+  /// As given.
   [[nodiscard]] const CreatorBlock& creatorBlock() const noexcept { return creatorBlock_; }
 
  private:

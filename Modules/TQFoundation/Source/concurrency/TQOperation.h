@@ -25,9 +25,11 @@ class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
   void setExecuting(bool executing);
   void setCancelled(bool cancelled);
 
+  /// As last set; all false at first.
   [[nodiscard]] bool isFinished() const override;
   [[nodiscard]] bool isExecuting() const override;
   [[nodiscard]] bool isCancelled() const override;
+  /// True: start() may return before the work is done.
   [[nodiscard]] bool isAsynchronous() const final { return true; }
 
  private:

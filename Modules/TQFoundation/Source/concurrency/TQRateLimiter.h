@@ -76,6 +76,7 @@ class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
     atomicNeedsUpdate_.store(flag);
     if (flag && !hasScheduledBlock_.load()) schedule();
   }
+  /// True from a request until the update begins.
   [[nodiscard]] bool needsUpdate() const noexcept { return atomicNeedsUpdate_.load(); }
 
   /// What the scheduled block does: a new one may be scheduled from here on; updateIfNeeded().
@@ -85,11 +86,15 @@ class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
   /// The need is met; sends the message to the target, if there still is one.
   void update();
 
+  /// Whom the message goes to; none once it has gone.
   [[nodiscard]] Ref<Object> target() const noexcept { return target_.lock(); }
+  /// Held weakly; none sends nothing from now on.
   void setTarget(Object* target) { target_ = Weak<Object>(target); }
+  /// A copy of the message.
   [[nodiscard]] ActionInvocation actionInvocation() const;
   /// An empty one sends nothing.
   void setActionInvocation(ActionInvocation invocation);
+  /// How updates reach the main thread; setting it counts from the next request on.
   [[nodiscard]] TQRateLimiterUpdateStrategy updateStrategy() const noexcept {
     return updateStrategy_.load(std::memory_order_relaxed);  // a value by itself
   }

@@ -39,6 +39,7 @@ class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
   /// Registers this instance under its class's name, in place of an earlier one.
   void awakeFromNib();
 
+  /// Forgets the instance of T, so that the next use makes another. For tests.
   template <class T>
   static void PrivateAPIForTestingOnly_resetSharedController() {
     unregister(T::className);

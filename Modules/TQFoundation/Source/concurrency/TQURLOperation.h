@@ -23,6 +23,7 @@ class TQ_EXPORT TQURLOperation : public Subclass<TQURLOperation, TQOperation> {
   /// One for the process, of the default configuration; made on first use. Any thread.
   [[nodiscard]] static const Ref<URLSession>& defaultURLSession();
 
+  /// The session that carries the request; to be set before the operation starts.
   [[nodiscard]] const Ref<URLSession>& urlSession() const noexcept { return urlSession_; }
   void setUrlSession(Ref<URLSession> session) { urlSession_ = std::move(session); }
 

@@ -11,6 +11,7 @@
 
 namespace tq {
 
+/// What a timer does when it fires; told the timer.
 using TimerBlock = std::function<void(Timer&)>;
 
 /// A timer on the calling thread's run loop that runs a copy of `block_ch`, kept as its user info

@@ -29,12 +29,14 @@ class TQ_EXPORT TQ_CAPABILITY("lock") UnfairLock {
   UnfairLock(const UnfairLock&) = delete;
   UnfairLock& operator=(const UnfairLock&) = delete;
 
+  /// Waits for the lock. Not twice on one thread.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS {
     detail::willLock(this);
     word_.lock();
     detail::didLock(this);
   }
 
+  /// Lets the lock go; only on the thread that took it.
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS {
     detail::willUnlock(this);
     word_.unlock();

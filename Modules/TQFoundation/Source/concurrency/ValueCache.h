@@ -34,13 +34,16 @@ typename C::Value retrieve(C& cache, F&& createIfNeededUsing) {
 template <class T>
 class AnyValueCache {
  public:
+  /// What it caches.
   using Value = T;
 
+  /// Takes the cache over. All copies of this share it.
   template <ValueCache C>
   requires(!std::same_as<std::remove_cvref_t<C>, AnyValueCache> &&
            std::same_as<typename C::Value, T>) explicit AnyValueCache(C cache)
       : box_(std::make_shared<BoxOf<C>>(std::move(cache))) {}
 
+  /// The wrapped cache's own.
   void store(std::optional<T> value) { box_->store(std::move(value)); }
   [[nodiscard]] std::optional<T> retrieve() { return box_->retrieve(); }
   /// The wrapped cache's own way to do this, where it has one.

@@ -35,6 +35,7 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
 
   /// The empty set.
   [[nodiscard]] static Ref<LRVariant> init();
+  /// The set of these flags, bit by bit.
   [[nodiscard]] static Ref<LRVariant> initWithRawValue(std::int64_t rawValue);
   /// The union of these.
   [[nodiscard]] static Ref<LRVariant> initWithVariants(
@@ -68,6 +69,7 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
   static void setDelegate(const Ref<T>& delegate) { holdDelegate(delegate, delegate.get()); }
   static void setDelegate(std::nullptr_t) { holdDelegate(nullptr, nullptr); }
 
+  /// The flags as bits; unknown ones are kept.
   [[nodiscard]] std::int64_t rawValue() const noexcept { return rawValue_; }
 
   /// True when every flag of current() is among these. An empty current() is in every set.
@@ -76,26 +78,33 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
   /// this variant is.
   [[nodiscard]] bool isDebugUIEnabled() const;
 
+  /// The flags of either, of both, of exactly one, and of this one alone.
   [[nodiscard]] Ref<LRVariant> union_(const LRVariant& other) const;
   [[nodiscard]] Ref<LRVariant> intersection(const LRVariant& other) const;
   [[nodiscard]] Ref<LRVariant> symmetricDifference(const LRVariant& other) const;
   [[nodiscard]] Ref<LRVariant> subtracting(const LRVariant& other) const;
   /// Every flag of `member` is in this set; the empty set always is.
   [[nodiscard]] bool contains(const LRVariant& member) const noexcept;
+  /// The same the other way round.
   [[nodiscard]] bool isSubset(const LRVariant& ofOther) const noexcept;
+  /// contains().
   [[nodiscard]] bool isSuperset(const LRVariant& ofOther) const noexcept;
+  /// True when no flag is in both sets.
   [[nodiscard]] bool isDisjoint(const LRVariant& withOther) const noexcept;
   [[nodiscard]] bool isEmpty() const noexcept { return rawValue_ == 0; }
 
+  /// What insert() did.
   struct Insertion {
     bool inserted;                     ///< false when the set held all of it already
     Ref<LRVariant> memberAfterInsert;  ///< the new member, or what the set held of it
   };
+  /// Adds the flags of `newMember`: `set` is a new object afterwards, unless it held them all.
   static Insertion insert(Ref<LRVariant>& set, const Ref<LRVariant>& newMember);
   /// @return the flags of `member` that were in the set; none when there were none
   static Ref<LRVariant> remove(Ref<LRVariant>& set, const LRVariant& member);
   /// Inserts. @return the flags of `newMember` that were in the set before; none without any
   static Ref<LRVariant> update(Ref<LRVariant>& set, const LRVariant& newMember);
+  /// In-place forms of union_(), intersection(), symmetricDifference() and subtracting().
   static void formUnion(Ref<LRVariant>& set, const LRVariant& other);
   static void formIntersection(Ref<LRVariant>& set, const LRVariant& other);
   static void formSymmetricDifference(Ref<LRVariant>& set, const LRVariant& other);

@@ -34,15 +34,19 @@ namespace tq {
 template <class T>
 struct RawRepresentable;
 
+/// RawRepresentable for an enumeration with these cases and no others.
 template <auto First, decltype(First)... Others>
 struct RawCases {
+  /// Cases are stored as their numbers.
   using RawValue = std::int64_t;
+  /// The case with this number; none when no case has it.
   static std::optional<decltype(First)> fromRawValue(RawValue raw) noexcept {
     for (const auto known : {First, Others...}) {
       if (rawValue(known) == raw) return known;
     }
     return std::nullopt;
   }
+  /// The case's number.
   static RawValue rawValue(decltype(First) value) noexcept { return static_cast<RawValue>(value); }
 };
 
@@ -108,6 +112,7 @@ struct RawObject<Ref<O>> {
 /// What the forms of Preference share: the entry, by its key, of a store.
 class TQ_EXPORT PreferenceEntry {
  public:
+  /// Under which the value is stored.
   [[nodiscard]] const std::string& key() const noexcept { return key_; }
   /// The standard store unless another was given. Looked for at first use, so that preferences may
   /// be declared as constants.
@@ -121,10 +126,13 @@ class TQ_EXPORT PreferenceEntry {
   void removeValue() const { userDefaults().removeObjectForKey(key_); }
 
  protected:
+  /// An entry of `userDefaults`; of the standard store when that is none.
   PreferenceEntry(std::string key, Ref<UserDefaults> userDefaults)
       : key_(std::move(key)), userDefaults_(std::move(userDefaults)) {}
 
+  /// Stores the value under the key; none removes it.
   void store(const Ref<Object>& value) const { userDefaults().setObject(value, key_); }
+  /// Registers a default with the store. It shows wherever the store has nothing of its own.
   void registerObject(Ref<Object> value) const {
     userDefaults().registerDefaults(*Dictionary::dictionaryWithEntries({{key_, std::move(value)}}));
   }
@@ -142,20 +150,26 @@ class TQ_EXPORT PreferenceEntry {
 template <class T>
 class Preference : public PreferenceEntry {
  public:
+  /// What the store holds.
   using RawValue = typename RawRepresentable<T>::RawValue;
 
+  /// @param defaultValue  read while the store has nothing that makes sense
+  /// @param userDefaults  the store; none: the standard one, found at first use
   Preference(std::string key, T defaultValue, Ref<UserDefaults> userDefaults = nullptr)
       : PreferenceEntry(std::move(key), std::move(userDefaults)),
         defaultValue_(std::move(defaultValue)) {}
 
+  /// As given.
   [[nodiscard]] const T& defaultValue() const noexcept { return defaultValue_; }
 
+  /// The stored value, or the default.
   [[nodiscard]] T value() const {
     if (const auto raw = rawValue()) {
       if (auto value = RawRepresentable<T>::fromRawValue(*raw)) return *std::move(value);
     }
     return defaultValue_;
   }
+  /// Stores the value.
   void setValue(const T& value) const { setRawValue(RawRepresentable<T>::rawValue(value)); }
   /// None removes the entry.
   void set(const std::optional<T>& value) const { value ? setValue(*value) : removeValue(); }
@@ -170,6 +184,7 @@ class Preference : public PreferenceEntry {
     raw ? store(detail::RawObject<RawValue>::box(*raw)) : removeValue();
   }
 
+  /// Registers the default with the store, for readers that do not know this preference.
   void registerDefault() const {
     registerObject(detail::RawObject<RawValue>::box(RawRepresentable<T>::rawValue(defaultValue_)));
   }
@@ -184,22 +199,27 @@ template <class T>
 requires(std::same_as<T, bool> || std::same_as<T, std::int64_t>) class Preference<T>
     : public PreferenceEntry {
  public:
+  /// @param userDefaults  the store; none: the standard one, found at first use
   explicit Preference(std::string key, T defaultValue = {},
                       Ref<UserDefaults> userDefaults = nullptr)
       : PreferenceEntry(std::move(key), std::move(userDefaults)), defaultValue_(defaultValue) {}
 
+  /// As given.
   [[nodiscard]] T defaultValue() const noexcept { return defaultValue_; }
 
+  /// The stored value, or the default.
   [[nodiscard]] T value() const {
     const Object* const object = userDefaults().peekObjectForKey(key());
     if (object == nullptr) return defaultValue_;
     if constexpr (std::same_as<T, bool>) return UserDefaults::boolReading(object);
     return static_cast<T>(UserDefaults::integerReading(object));
   }
+  /// Stores the value.
   void setValue(T value) const { store(Number::numberWith(value)); }
   /// None removes the entry.
   void set(std::optional<T> value) const { value ? setValue(*value) : removeValue(); }
 
+  /// Registers the default with the store, for readers that do not know this preference.
   void registerDefault() const { registerObject(Number::numberWith(defaultValue_)); }
 
  private:

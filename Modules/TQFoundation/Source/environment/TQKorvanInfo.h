@@ -34,13 +34,16 @@ class TQ_EXPORT TQKorvanInfo {
   /// The value, none when absent.
   [[nodiscard]] static Ref<Object> objectForInfoKey(std::string_view key);
 
+  /// For people, such as "Korvan".
   [[nodiscard]] static std::string name();
   [[nodiscard]] static std::string identifier();  ///< reverse-DNS, as in a desktop entry's name
   [[nodiscard]] static std::string version();     ///< for people: "2.1.3"
   [[nodiscard]] static std::string build();       ///< for machines: "2175"
+  /// Which form documents, and what is put on the pasteboard, are written in: as the host says.
   [[nodiscard]] static std::int64_t documentVersion();
   [[nodiscard]] static std::int64_t pasteboardVersion();
 
+  /// For people and scripts: "Beta"; see variantNamed().
   [[nodiscard]] static std::string variantName();
   /// The variant that variantName() names; LRVariant::final() when it names none.
   [[nodiscard]] static Ref<LRVariant> variant();
@@ -53,6 +56,7 @@ class TQ_EXPORT TQKorvanInfo {
   /// in the reverse order of their making.
   class TQ_EXPORT Override {
    public:
+    /// `value` takes the place of what is there under `key`.
     Override(std::string_view key, Ref<Object> value);
     ~Override();
     Override(const Override&) = delete;

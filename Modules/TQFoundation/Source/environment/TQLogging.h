@@ -14,11 +14,14 @@ class TQ_EXPORT TQLogging {
  public:
   TQLogging() = delete;
 
+  /// Drawing and making pixels; subsystem ".rendering".
   [[nodiscard]] static LogChannel& renderingLog();
   [[nodiscard]] static LogChannel& rasterisationLog();
   /// The disabled channel while usesHighFrequencySignposts() is off.
   [[nodiscard]] static LogChannel& quartzImpositorLog();
 
+  /// The document model, its history, editing, collaboration and the application around them;
+  /// subsystem ".xcode".
   [[nodiscard]] static LogChannel& modelLog();
   [[nodiscard]] static LogChannel& historyLog();
   [[nodiscard]] static LogChannel& influenceRectLog();

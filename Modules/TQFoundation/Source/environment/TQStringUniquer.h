@@ -23,9 +23,12 @@ namespace tq {
 class TQ_EXPORT TQStringUniquer {
  public:
   TQStringUniquer() = default;
+  /// Knows the names that somebody has already; a name may be in twice.
   explicit TQStringUniquer(std::span<const std::string> taken);
 
+  /// The name is somebody's from now on.
   void take(std::string_view name);
+  /// True when somebody has exactly this name.
   [[nodiscard]] bool isTaken(std::string_view name) const { return taken_.contains(name); }
 
   /// `wanted` itself while it is free; else with the first free number, which counts on from the

@@ -12,9 +12,9 @@ namespace tq {
 
 /// A size hung up by one of the nine points of its rect: resized, it grows away from that point.
 struct AnchoredRect {
-  Point position;  ///< where the anchor is
-  Size size;       ///< by magnitude; signs do not count
-  TQCorner anchor = TQCorner::minXMinY;
+  Point position;                        ///< where the anchor is
+  Size size;                             ///< by magnitude; signs do not count
+  TQCorner anchor = TQCorner::minXMinY;  ///< which of the nine points stays where it is
 
   /// Takes hold of `rect`, standardised first, at `anchor`.
   [[nodiscard]] static TQ_EXPORT AnchoredRect hold(const Rect& rect, TQCorner anchor) noexcept;

@@ -11,9 +11,11 @@ namespace tq {
 /// A proportion, kept as the two numbers that it was made from: 16 to 9 fits without the rounding
 /// of 16 / 9.
 struct AspectRatio {
+  /// The two numbers as given; see isValid().
   double width = 1;
   double height = 1;
 
+  /// The proportion of a size's fields, signs included.
   [[nodiscard]] static constexpr AspectRatio ofSize(Size size) noexcept {
     return {size.width, size.height};
   }
@@ -26,8 +28,11 @@ struct AspectRatio {
     return width > 0 && height > 0 && width - width == 0 && height - height == 0;
   }
 
+  /// The same proportion lying down, or standing up.
   [[nodiscard]] constexpr AspectRatio flipped() const noexcept { return {height, width}; }
 
+  /// The extent that goes with the wanted one: wanted × width / height, or × height / width, in
+  /// this order.
   [[nodiscard]] constexpr double widthForHeight(double wanted) const noexcept {
     return wanted * width / height;
   }

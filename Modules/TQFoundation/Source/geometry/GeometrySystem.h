@@ -24,6 +24,7 @@ struct GeometrySystem {
   [[nodiscard]] static TQ_EXPORT GeometrySystem
   withTransform(const Rect& bounds, const AffineTransform& transform) noexcept;
 
+  /// Maps a point from the system's own coordinates.
   [[nodiscard]] TQ_EXPORT Point pointToParent(Point point) const noexcept;
   /// A transform without an inverse gives the point as the transform itself maps it.
   [[nodiscard]] TQ_EXPORT Point pointFromParent(Point point) const noexcept;

@@ -20,9 +20,10 @@ enum class LengthUnit : int { px = 0, pt = 1, pc = 2, mm = 3, cm = 4, in = 5 };
 [[nodiscard]] TQ_EXPORT std::optional<LengthUnit> LengthUnitFromSymbol(
     std::string_view symbol) noexcept;
 
+/// A number with its unit. Any number, negative and NaN included.
 struct Length {
-  double value = 0;
-  LengthUnit unit = LengthUnit::px;
+  double value = 0;                  ///< in units of `unit`
+  LengthUnit unit = LengthUnit::px;  ///< as the number was given
 
   /// The same length in another unit. In its own unit it is the very same number; otherwise it is
   /// value × (units of `to` per inch) / (units of its own per inch), in that order.
@@ -31,6 +32,7 @@ struct Length {
   /// An unknown unit gives NaN; a resolution of 0 gives what the formula gives.
   [[nodiscard]] TQ_EXPORT Length converted(LengthUnit to, double pixelsPerInch) const noexcept;
 
+  /// converted() to px: the number alone.
   [[nodiscard]] double inPixels(double pixelsPerInch) const noexcept {
     return converted(LengthUnit::px, pixelsPerInch).value;
   }

@@ -17,6 +17,7 @@
 
 namespace tq {
 
+/// The kinds of elements, by their codes in archives.
 enum class PathElementType : std::uint8_t {
   move = 0,
   line = 1,
@@ -33,7 +34,7 @@ enum class PathElementType : std::uint8_t {
 
 /// One step of a path. The points lie in the path and stay valid until it changes.
 struct PathElement {
-  PathElementType type;
+  PathElementType type;  ///< which also says how many points there are
   /// Controls first, the end last; none for close.
   std::span<const Point> points;
 };
@@ -45,6 +46,7 @@ struct PathElement {
 /// it changes, any number to look at it.
 class TQ_EXPORT Path {
  public:
+  /// Goes over the elements; good until the path changes.
   class Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -53,6 +55,7 @@ class TQ_EXPORT Path {
     using difference_type = std::ptrdiff_t;
 
     Iterator() noexcept = default;
+    /// At the element of this type and its first point.
     Iterator(const PathElementType* type, const Point* points) noexcept
         : type_(type), points_(points) {}
 
@@ -81,6 +84,7 @@ class TQ_EXPORT Path {
   /// gives an empty path.
   [[nodiscard]] static Path pathWithRect(const Rect& rect);
 
+  /// Begins a new subpath.
   void moveTo(Point point);
   /// All but moveTo need a current point; without one they stop the process.
   void lineTo(Point point);
@@ -92,6 +96,7 @@ class TQ_EXPORT Path {
   void append(const Path& other);
 
   [[nodiscard]] bool isEmpty() const noexcept { return types_.empty(); }
+  /// Closes count, as every other element does.
   [[nodiscard]] std::size_t elementCount() const noexcept { return types_.size(); }
   /// Where the next element starts; none for an empty path.
   [[nodiscard]] std::optional<Point> currentPoint() const noexcept;

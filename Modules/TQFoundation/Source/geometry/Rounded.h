@@ -16,8 +16,8 @@ namespace tq {
 /// zeros are equal, NaN equals nothing.
 template <std::floating_point Value>
 struct Rounded {
-  Value integral = 0;
-  Value multiplier = 1;
+  Value integral = 0;    ///< how many steps; a whole number unless no grid applied
+  Value multiplier = 1;  ///< how large a step is; 1 when no grid applied
 
   /// integral × multiplier: what rounding to the grid answered, to the last bit.
   [[nodiscard]] constexpr Value value() const noexcept { return integral * multiplier; }
@@ -27,6 +27,8 @@ struct Rounded {
 
 }  // namespace tq
 
+// Goes with ==, so that rounded values can be keys.
+/// @cond
 template <class Value>
 struct std::hash<tq::Rounded<Value>> {
   std::size_t operator()(tq::Rounded<Value> rounded) const noexcept {
@@ -34,3 +36,4 @@ struct std::hash<tq::Rounded<Value>> {
     return integral * 1000003 ^ std::hash<Value>{}(rounded.multiplier);
   }
 };
+/// @endcond

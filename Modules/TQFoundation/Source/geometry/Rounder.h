@@ -26,8 +26,10 @@ class Rounder {
   static constexpr int kStepLimit = 1 << 20;
 
   Rounder() noexcept = default;  ///< whole numbers
+  /// Multiples of `increment`; see above for 0, NaN and negative ones.
   explicit constexpr Rounder(Value increment) noexcept : increment_(increment) {}
 
+  /// As given, sign included.
   [[nodiscard]] constexpr Value roundingIncrement() const noexcept { return increment_; }
   constexpr void setRoundingIncrement(Value increment) noexcept { increment_ = increment; }
 
@@ -59,6 +61,7 @@ class Rounder {
     value = align(value, to, minimumMagnitude);
   }
 
+  /// round() of each component in the mask; the others stay as they are.
   [[nodiscard]] Point round(Point point, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     return {contains(mask, Axis::horizontal) ? round(point.x) : point.x,
@@ -82,12 +85,14 @@ class Rounder {
     point = align(point, to, mask);
   }
 
+  /// round() of each component in the mask; the others stay as they are.
   [[nodiscard]] Size round(Size size, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     return {contains(mask, Axis::horizontal) ? round(size.width) : size.width,
             contains(mask, Axis::vertical) ? round(size.height) : size.height};
   }
 
+  /// round() of each component in the mask; the others stay as they are.
   [[nodiscard]] Vector round(Vector vector, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     return {contains(mask, Axis::horizontal) ? round(vector.dx) : vector.dx,

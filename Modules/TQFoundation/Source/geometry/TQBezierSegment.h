@@ -22,11 +22,15 @@
 
 namespace tq {
 
+/// How many points a segment has: 2, 3 or 4.
 enum class TQBezierDegree : std::int32_t { straight = 0, quadratic = 1, cubic = 2 };
 
+/// A straight line, a quadratic or a cubic curve from its first to its last point, for offsets t in
+/// [0, 1]. Plain fields, which anybody may fill with an unknown degree; then it has no points.
 struct TQBezierSegment {
   /// Start, controls, end; what the degree does not use is 0.
   Point points[4];
+  /// How many of the points are in use.
   TQBezierDegree degree = TQBezierDegree::straight;
 
   /// The points in use: 2, 3, 4, or none for an unknown degree.
@@ -35,11 +39,13 @@ struct TQBezierSegment {
     return {points, code > 2 ? 0 : code + 2};
   }
   [[nodiscard]] std::span<const Point> used() const&& = delete;  // would dangle
+  /// The first and the last point in use; (0, 0) as the end of an unknown degree.
   [[nodiscard]] constexpr Point start() const noexcept { return points[0]; }
   [[nodiscard]] constexpr Point end() const noexcept {
     return used().empty() ? Point{} : used().back();
   }
 
+  /// The segment through these ends, shaped by these controls.
   [[nodiscard]] static constexpr TQBezierSegment straight(Point from, Point to) noexcept {
     return {{from, to, {}, {}}, TQBezierDegree::straight};
   }
@@ -164,8 +170,8 @@ TQ_EXPORT bool TQBezierSegmentIntersections(const TQBezierSegment& a, const TQBe
 
 /// Offsets on two segments.
 struct TQBezierSegmentOffsets {
-  double a = 0;
-  double b = 0;
+  double a = 0;  ///< on the first segment, in [0, 1]
+  double b = 0;  ///< on the second segment, in [0, 1]
 
   friend constexpr bool operator==(TQBezierSegmentOffsets,
                                    TQBezierSegmentOffsets) noexcept = default;

@@ -20,6 +20,7 @@ namespace tq {
 /// meanwhile.
 class TQBezierSegmentIterator {
  public:
+  /// Before the path's first segment. The path must outlive the iterator and stay as it is.
   explicit TQBezierSegmentIterator(const Path& path) noexcept
       : at_(path.begin()), end_(path.end()) {}
 
@@ -33,6 +34,7 @@ class TQBezierSegmentIterator {
   Point subpathStart_;
 };
 
+/// The same under its older name.
 [[nodiscard]] inline TQBezierSegmentIterator TQBezierSegmentIteratorMake(
     const Path& path) noexcept {
   return TQBezierSegmentIterator(path);

@@ -15,8 +15,8 @@ namespace tq {
 
 /// The numbers from `location` to `location + length`. A negative length is kept as it is.
 struct TQFloatRange {
-  double location = 0;
-  double length = 0;
+  double location = 0;  ///< where it starts, unless the length is negative
+  double length = 0;    ///< as given; may be negative
 };
 static_assert(std::is_trivially_copyable_v<TQFloatRange>, "boxed by copying its bytes");
 

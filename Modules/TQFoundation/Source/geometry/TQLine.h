@@ -30,6 +30,7 @@ inline constexpr Point TQLineNoIntersection{std::numeric_limits<double>::max(),
 /// The points with a·x + b·y = c. (a, b) is the normal: horizontal when a = 0, vertical when b = 0.
 /// With a = b = 0 it has no direction: what is asked of it comes out NaN, infinite or none.
 struct TQLine {
+  /// Coefficients of the equation, as given: not normalised.
   double a = 0;
   double b = 0;
   double c = 0;
@@ -37,22 +38,31 @@ struct TQLine {
   /// (b, -a): the direction of the segment that the line was made from, unless that was vertical or
   /// horizontal; then it is (0, -1) or (1, 0).
   [[nodiscard]] constexpr Vector direction() const noexcept { return {b, -a}; }
+  /// A line has no ends.
   [[nodiscard]] constexpr bool isInfinite() const noexcept { return true; }
+  /// The line itself, as a segment answers the line that it lies on.
   [[nodiscard]] constexpr TQLine infinite() const noexcept { return *this; }
 
+  /// Where both meet: none for parallels and for a line without direction; for a segment both of
+  /// its ends count.
   [[nodiscard]] std::optional<Point> intersection(const TQLine& with) const noexcept;
   [[nodiscard]] std::optional<Point> intersection(const TQLineSegment& with) const noexcept;
   /// From minY to maxY, from minX to maxX when horizontal. Where TQLineIntersectsRect, but never
   /// for the null rect; unlike TQLineSegmentInRect it does not leave the rect.
   [[nodiscard]] TQ_EXPORT std::optional<TQLineSegment> clipped(const Rect& to) const noexcept;
+  /// The foot of the perpendicular from the point.
   [[nodiscard]] TQ_EXPORT Point pointClosestTo(Point point) const noexcept;
+  /// Perpendicular to the line, 0 or more; to a rect the shortest, 0 where they meet.
   [[nodiscard]] TQ_EXPORT double distance(Point from) const noexcept;
   [[nodiscard]] TQ_EXPORT double distance(const Rect& from) const noexcept;
+  /// True when `comparator` takes both coordinates of the point, and of the closest point to it,
+  /// for equal.
   template <class Comparator>
   [[nodiscard]] bool passes(Point through, Comparator&& comparator) const {
     const Point closest = pointClosestTo(through);
     return comparator(closest.x, through.x) && comparator(closest.y, through.y);
   }
+  /// The equation; see TQLineDescription().
   [[nodiscard]] std::string debugDescription() const;
 
   /// By value of the fields; multiples of one equation differ.
@@ -61,13 +71,17 @@ struct TQLine {
 
 /// The points start + t·delta for t in [0, 1], both ends included.
 struct TQLineSegment {
+  /// Where t is 0.
   Point start;
+  /// From the start to the end.
   Vector delta;
 
   [[nodiscard]] constexpr Point end() const noexcept {
     return {start.x + delta.dx, start.y + delta.dy};
   }
+  /// delta, not normalised.
   [[nodiscard]] constexpr Vector direction() const noexcept { return delta; }
+  /// A segment ends.
   [[nodiscard]] constexpr bool isInfinite() const noexcept { return false; }
 
   /// (1, 0, x) without dx, else (0, 1, y) without dy, else (-dy, dx, y·dx - x·dy). A segment that
@@ -78,14 +92,19 @@ struct TQLineSegment {
   /// both axes, weighted by their parts of the squared length. NaN for a segment that is a point.
   [[nodiscard]] TQ_EXPORT double parameterOf(Point point) const noexcept;
 
+  /// Where both meet, ends included; none for parallels.
   [[nodiscard]] std::optional<Point> intersection(const TQLine& with) const noexcept;
   [[nodiscard]] std::optional<Point> intersection(const TQLineSegment& with) const noexcept;
   /// In the segment's own direction; of a segment that only touches the border, a segment that is a
   /// point.
   [[nodiscard]] TQ_EXPORT std::optional<TQLineSegment> clipped(const Rect& to) const noexcept;
+  /// The nearest point of the segment, an end where the perpendicular misses it.
   [[nodiscard]] TQ_EXPORT Point pointClosestTo(Point point) const noexcept;
+  /// The shortest distance, 0 or more; to a rect 0 where they meet.
   [[nodiscard]] TQ_EXPORT double distance(Point from) const noexcept;
   [[nodiscard]] TQ_EXPORT double distance(const Rect& from) const noexcept;
+  /// True when `comparator` takes both coordinates of the point, and of the closest point to it,
+  /// for equal.
   template <class Comparator>
   [[nodiscard]] bool passes(Point through, Comparator&& comparator) const {
     const Point closest = pointClosestTo(through);
@@ -105,10 +124,12 @@ static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegmen
 /// The line's x at y; NaN when a = 0.
 [[nodiscard]] TQ_EXPORT double TQLineGetXForY(const TQLine& line, double y) noexcept;
 
+/// The line's point with this coordinate; NaN on the other one as above.
 [[nodiscard]] inline Point TQLineGetPointForX(const TQLine& line, double x) noexcept {
   return {x, TQLineGetYForX(line, x)};
 }
 
+/// The line's point with this y; its x is NaN as above.
 [[nodiscard]] inline Point TQLineGetPointForY(const TQLine& line, double y) noexcept {
   return {TQLineGetXForY(line, y), y};
 }
@@ -191,6 +212,7 @@ static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegmen
 /// that make an angle NaN stop the process.
 [[nodiscard]] TQ_EXPORT double LRAngleBetweenVectors(Point p1, Point vertex, Point p3) noexcept;
 
+/// The same under its older name.
 [[nodiscard]] inline double LRAngleBetweenPoints(Point p1, Point vertex, Point p3) noexcept {
   return LRAngleBetweenVectors(p1, vertex, p3);
 }

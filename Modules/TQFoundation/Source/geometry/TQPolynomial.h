@@ -17,6 +17,7 @@ namespace tq {
 
 /// a·t³ + b·t² + c·t + d
 struct TQPolynomial {
+  /// Coefficients, highest power first; leading ones may be 0.
   double a = 0;
   double b = 0;
   double c = 0;
@@ -28,8 +29,8 @@ struct TQPolynomial {
 /// Up to three real numbers: `count` of them in use, from the front; unused ones are 0. A loop over
 /// it takes the used ones; a count outside 0...3 uses none.
 struct TQPolynomialRoots {
-  double roots[3] = {0, 0, 0};
-  std::int32_t count = 0;
+  double roots[3] = {0, 0, 0};  ///< the first `count` are in use
+  std::int32_t count = 0;       ///< 0...3
 
   [[nodiscard]] constexpr const double* begin() const noexcept { return roots; }
   [[nodiscard]] constexpr const double* end() const noexcept {
@@ -41,6 +42,7 @@ struct TQPolynomialRoots {
 };
 static_assert(std::is_trivially_copyable_v<TQPolynomialRoots>, "travels by value");
 
+/// The fields by position.
 [[nodiscard]] constexpr TQPolynomial TQPolynomialMake(double a, double b, double c,
                                                       double d) noexcept {
   return {a, b, c, d};

@@ -22,12 +22,15 @@ class TQ_EXPORT TQRect final : public Subclass<TQRect> {
  public:
   static constexpr std::string_view className = "TQRect";
 
+  /// Holds the rect as it is, not standardised.
   [[nodiscard]] static Ref<TQRect> initWithRect(const Rect& rect);
   [[nodiscard]] static Ref<TQRect> rectWithRect(const Rect& rect);
 
+  /// Raw, as set; setting replaces it.
   [[nodiscard]] const Rect& rect() const noexcept { return rect_; }
   void setRect(const Rect& rect) noexcept { rect_ = rect; }
 
+  /// The raw fields, one by one: extents may be negative, and setting one leaves the others alone.
   [[nodiscard]] double x() const noexcept { return rect_.origin.x; }
   [[nodiscard]] double y() const noexcept { return rect_.origin.y; }
   [[nodiscard]] double width() const noexcept { return rect_.size.width; }
@@ -41,6 +44,7 @@ class TQ_EXPORT TQRect final : public Subclass<TQRect> {
   void setOrigin(Point origin) noexcept { rect_.origin = origin; }
   void setSize(Size size) noexcept { rect_.size = size; }
 
+  /// Of the standardised rect; null gives what RectGetMinX() and the like give.
   [[nodiscard]] double minX() const noexcept { return RectGetMinX(rect_); }
   [[nodiscard]] double midX() const noexcept { return RectGetMidX(rect_); }
   [[nodiscard]] double maxX() const noexcept { return RectGetMaxX(rect_); }

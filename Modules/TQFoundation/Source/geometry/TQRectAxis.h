@@ -32,6 +32,7 @@ namespace detail {
 
 }  // namespace detail
 
+/// RectGetMinX() or RectGetMinY().
 [[nodiscard]] constexpr double TQRectMinForAxis(Axis axis, const Rect& rect) noexcept {
   return axis == Axis::horizontal ? RectGetMinX(rect) : RectGetMinY(rect);
 }
@@ -41,6 +42,7 @@ namespace detail {
   return axis == Axis::horizontal ? RectGetMidX(rect) : RectGetMidY(rect);
 }
 
+/// RectGetMaxX() or RectGetMaxY().
 [[nodiscard]] constexpr double TQRectMaxForAxis(Axis axis, const Rect& rect) noexcept {
   return axis == Axis::horizontal ? RectGetMaxX(rect) : RectGetMaxY(rect);
 }

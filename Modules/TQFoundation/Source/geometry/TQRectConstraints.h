@@ -20,6 +20,7 @@ enum class TQRectConstraints : unsigned {
   maxY = 32,
 };
 
+/// What is pinned by either.
 [[nodiscard]] constexpr TQRectConstraints operator|(TQRectConstraints a,
                                                     TQRectConstraints b) noexcept {
   return static_cast<TQRectConstraints>(static_cast<unsigned>(a) | static_cast<unsigned>(b));

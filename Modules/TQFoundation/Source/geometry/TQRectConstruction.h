@@ -11,6 +11,7 @@
 
 namespace tq {
 
+/// The same two numbers.
 [[nodiscard]] constexpr Point TQPointFromSize(Size size) noexcept {
   return {size.width, size.height};
 }
@@ -19,6 +20,7 @@ namespace tq {
 /// At the origin (0, 0).
 [[nodiscard]] constexpr Rect TQRectFromSize(Size size) noexcept { return {{}, size}; }
 
+/// The fields as given, not standardised.
 [[nodiscard]] constexpr Rect TQRectWithOriginAndSize(Point origin, Size size) noexcept {
   return {origin, size};
 }
@@ -76,6 +78,7 @@ namespace tq {
   return rect;
 }
 
+/// (midX, midY) of the standardised rect.
 [[nodiscard]] constexpr Point TQRectGetMid(const Rect& rect) noexcept {
   return {RectGetMidX(rect), RectGetMidY(rect)};
 }

@@ -10,6 +10,7 @@ namespace tq {
 /// Distances from the edges of an outer rect to those of an inner one. y grows upwards: the top is
 /// the maximum of y.
 struct TQEdgePaddings {
+  /// In the rects' unit; negative where the inner rect sticks out.
   double top = 0;
   double left = 0;
   double bottom = 0;

@@ -27,10 +27,12 @@ template <std::floating_point Value>
   return TQFloatRoundHalfAwayFromZero(value / step) * step;
 }
 
+/// TQFloatRoundHalfAwayFromZero() of each component.
 [[nodiscard]] inline Point TQPointByRoundingPoint(Point point) noexcept {
   return {TQFloatRoundHalfAwayFromZero(point.x), TQFloatRoundHalfAwayFromZero(point.y)};
 }
 
+/// TQFloatRoundHalfAwayFromZero() of each extent.
 [[nodiscard]] inline Size TQSizeByRoundingSize(Size size) noexcept {
   return {TQFloatRoundHalfAwayFromZero(size.width), TQFloatRoundHalfAwayFromZero(size.height)};
 }

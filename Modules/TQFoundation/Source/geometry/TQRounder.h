@@ -18,14 +18,18 @@ class TQ_EXPORT TQRounder final : public Subclass<TQRounder> {
   static constexpr std::string_view className = "TQRounder";
 
   [[nodiscard]] static Ref<TQRounder> init();  ///< increment 1
+  /// Any increment; see Rounder for 0, NaN and negative ones.
   [[nodiscard]] static Ref<TQRounder> initWithRoundingIncrement(double roundingIncrement);
 
+  /// The rounder that answers; setting replaces it.
   [[nodiscard]] const Rounder<double>& rounder() const noexcept { return rounder_; }
   void setRounder(const Rounder<double>& rounder) noexcept { rounder_ = rounder; }
 
+  /// The rounder's.
   [[nodiscard]] double roundingIncrement() const noexcept { return rounder_.roundingIncrement(); }
   void setRoundingIncrement(double increment) noexcept { rounder_.setRoundingIncrement(increment); }
 
+  /// The rounder's round() and align() of the argument.
   [[nodiscard]] double roundValue(double value) const noexcept;
   [[nodiscard]] double alignValue(double value, double toBase) const noexcept;
   [[nodiscard]] double alignValue(double value, double toBase,

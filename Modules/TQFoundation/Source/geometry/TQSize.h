@@ -14,6 +14,7 @@ namespace tq {
 /// Width and height exchanged.
 [[nodiscard]] constexpr Size TQSizeFlip(Size size) noexcept { return {size.height, size.width}; }
 
+/// Both extents times `factor`, which may be negative.
 [[nodiscard]] constexpr Size TQSizeScale(Size size, double factor) noexcept {
   return {size.width * factor, size.height * factor};
 }

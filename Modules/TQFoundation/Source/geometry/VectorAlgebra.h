@@ -11,6 +11,8 @@
 
 namespace tq {
 
+/// Component by component, in plain floating-point arithmetic: overflow is infinite, division by 0
+/// infinite or NaN.
 [[nodiscard]] constexpr Vector operator+(Vector a, Vector b) noexcept {
   return {a.dx + b.dx, a.dy + b.dy};
 }
@@ -30,6 +32,7 @@ namespace tq {
 [[nodiscard]] constexpr Vector operator-(Point a, Point b) noexcept {
   return {a.x - b.x, a.y - b.y};
 }
+/// The point moved by the vector, or back by it.
 [[nodiscard]] constexpr Point operator+(Point p, Vector v) noexcept {
   return {p.x + v.dx, p.y + v.dy};
 }
@@ -37,6 +40,7 @@ namespace tq {
   return {p.x - v.dx, p.y - v.dy};
 }
 
+/// a.dx × b.dx + a.dy × b.dy: 0 for a right angle.
 [[nodiscard]] TQ_EXPORT double VectorDotProduct(Vector a, Vector b) noexcept;
 
 /// a.dx × b.dy - a.dy × b.dx: positive when `b` lies from `a` towards a quarter turn to +y.
@@ -51,6 +55,7 @@ namespace tq {
 /// A quarter turn from x towards y. Exact.
 [[nodiscard]] constexpr Vector VectorGetPerpendicular(Vector v) noexcept { return {-v.dy, v.dx}; }
 
+/// Turned from x towards y; the length stays, but for rounding.
 [[nodiscard]] TQ_EXPORT Vector VectorRotate(Vector v, double angleRadians) noexcept;
 
 /// The part of `v` along `onto`; the zero vector when `onto` is one.
@@ -63,8 +68,8 @@ namespace tq {
 
 /// A vector by its length and direction.
 struct PolarVector {
-  double length = 0;
-  double angleRadians = 0;
+  double length = 0;        ///< 0 or more
+  double angleRadians = 0;  ///< from the x axis towards the y axis
 };
 
 /// The angle is in [-π, π], 0 for the zero vector (by the signs of its zeros, as atan2 has it).

@@ -29,6 +29,7 @@ class JSONObjectBuilder;
 /// Threads: any (boxing included); a MutableArray one at a time.
 class TQ_EXPORT Array : public Subclass<Array> {
  protected:
+  /// What the elements are kept as: boxes, or numbers of one kind or of several.
   enum class Storage : std::uint8_t { objects, integers, doubles, numbers };
 
  public:
@@ -46,15 +47,18 @@ class TQ_EXPORT Array : public Subclass<Array> {
     using reference = Object&;
 
     Iterator() noexcept = default;
+    /// At an element of an array of references, none of which is null.
     explicit Iterator(const Ref<Object>* at) noexcept : at_(at) {}
 
     reference operator*() const noexcept { return **at_; }
     pointer operator->() const noexcept { return at_->get(); }
+    /// The element `n` further on.
     reference operator[](difference_type n) const noexcept { return *at_[n]; }
     Iterator& operator++() noexcept { return ++at_, *this; }
     Iterator& operator--() noexcept { return --at_, *this; }
     Iterator operator++(int) noexcept { return Iterator(at_++); }
     Iterator operator--(int) noexcept { return Iterator(at_--); }
+    /// Steps by `n`, which may be negative.
     Iterator& operator+=(difference_type n) noexcept { return at_ += n, *this; }
     Iterator& operator-=(difference_type n) noexcept { return at_ -= n, *this; }
     friend Iterator operator+(Iterator i, difference_type n) noexcept { return i += n; }
@@ -67,6 +71,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
     const Ref<Object>* at_ = nullptr;
   };
 
+  /// An array without elements.
   [[nodiscard]] static Ref<Array> array();
   /// Shares the elements. @throws Exception (InvalidArgumentException) when one is none
   [[nodiscard]] static Ref<Array> arrayWithObjects(std::span<const Ref<Object>> objects);
@@ -84,6 +89,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
   /// @throws Exception (RangeException) when index >= count()
   [[nodiscard]] Object& objectAtIndex(std::size_t index) const;
 
+  /// Lent by the array; null when it is empty.
   [[nodiscard]] Object* firstObject() const { return count_ != 0 ? elements()[0].get() : nullptr; }
   [[nodiscard]] Object* lastObject() const {
     return count_ != 0 ? elements()[count_ - 1].get() : nullptr;
@@ -113,18 +119,24 @@ class TQ_EXPORT Array : public Subclass<Array> {
   [[nodiscard]] std::string description() const override;
 
  protected:
+  /// An array that its maker fills.
   explicit Array(Storage storage, std::size_t count = 0) noexcept
       : Subclass(ObjectKind::array, static_cast<std::uint8_t>(storage)), count_(count) {}
 
+  /// How the elements are kept at the moment.
   [[nodiscard]] Storage storage() const noexcept { return static_cast<Storage>(headerDetail()); }
 
+  /// The boxed elements, boxing them if need be.
+  /// @throws std::bad_alloc
   [[nodiscard]] const Ref<Object>* elements() const {
     const Ref<Object>* elements = elements_.load(std::memory_order_acquire);  // pairs with box()
     return elements != nullptr || !isPacked() ? elements : box();
   }
 
   // Where the elements are; null while they are packed (and in an empty array).
+  /// Where the elements are; null while they are packed, and in an empty array.
   mutable std::atomic<const Ref<Object>*> elements_{nullptr};
+  /// How many there are.
   std::size_t count_;
 
  private:
@@ -150,7 +162,9 @@ class TQ_EXPORT MutableArray final : public Subclass<MutableArray, Array> {
   static constexpr std::string_view className = "MutableArray";
   static constexpr std::string_view codingName = "NSMutableArray";
 
+  /// An array without elements.
   [[nodiscard]] static Ref<MutableArray> array();
+  /// A growable array of the same elements, shared.
   [[nodiscard]] static Ref<MutableArray> arrayWithArray(const Array& array);
 
   /// @throws Exception (InvalidArgumentException) for none
@@ -161,7 +175,10 @@ class TQ_EXPORT MutableArray final : public Subclass<MutableArray, Array> {
   void removeObjectAtIndex(std::size_t index);
   /// @throws Exception: RangeException when index >= count(), InvalidArgumentException for none
   void replaceObjectAtIndex(std::size_t index, Ref<Object> withObject);
+  /// Drops every element.
   void removeAllObjects() noexcept;
+  /// Room for as many elements in all, so that adding them cannot fail.
+  /// @throws std::bad_alloc
   void reserve(std::size_t capacity);
 
   /// A fixed array of the same elements.

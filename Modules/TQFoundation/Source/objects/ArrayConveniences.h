@@ -12,7 +12,9 @@
 
 namespace tq {
 
+/// Answers what takes an element's place.
 using ArrayMapBlock = std::function<Ref<Object>(Object&)>;
+/// Answers whether an element is meant.
 using ArrayPredicate = std::function<bool(Object&)>;
 
 /// The answers of the block, one for each element.

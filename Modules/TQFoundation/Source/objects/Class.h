@@ -20,18 +20,26 @@ class TQJSONEncoder;
 
 /// A type's own part in the JSON archive. A null entry means the default form.
 struct JSONCoding {
+  /// Makes an object of what the decoder reads.
   Ref<Object> (*initWithJSONDecoder)(TQJSONDecoder&) = nullptr;
+  /// Answers what is written in the object's place.
   Ref<Object> (*replacementObject)(const Object&, TQJSONEncoder&) = nullptr;
+  /// Writes the members of a structured object.
   void (*encodeAsJSON)(const Object&, TQJSONEncoder&) = nullptr;
+  /// Opens and closes what stands around the members.
   void (*startEncodingObject)(const Object&, TQJSONEncoder&) = nullptr;
   void (*finishEncodingObject)(const Object&, TQJSONEncoder&) = nullptr;
+  /// Writes the member that names the class.
   void (*encodeClassInfo)(const Object&, TQJSONEncoder&) = nullptr;
+  /// Writes the object as an archive within the archive.
   void (*encodeAsRAWArchive)(const Object&, TQJSONEncoder&) = nullptr;
+  /// Writes the object where a key is expected.
   void (*encodeAsKey)(const Object&, TQJSONEncoder&) = nullptr;
 };
 
 /// A type's own part in keyed archives: both or neither.
 struct KeyedCoding {
+  /// Puts the object's members into the archiver.
   void (*encodeWithCoder)(const Object&, KeyedArchiver&) = nullptr;
   Ref<Object> (*make)() = nullptr;                             ///< an empty object, to be filled
   bool (*initWithCoder)(Object&, KeyedUnarchiver&) = nullptr;  ///< false: the bytes make no sense
@@ -46,19 +54,23 @@ struct KeyedCoding {
 /// | `static constexpr std::string_view className` | its name (required) |
 /// | `static constexpr std::string_view codingName` | its name in archives, where it differs |
 /// | `using CodingClass = U` | archives know it as a U |
-/// | `explicit T(TQJSONDecoder&)`, or `static Ref<T> initWithJSONDecoder(TQJSONDecoder&)` | it can
-/// be read from a JSON archive; the function may answer none | | `void encodeAsJSON(TQJSONEncoder&)
-/// const` | it is a structured object of a JSON archive | | `Ref<Object>
-/// replacementObjectForJSONEncoder(TQJSONEncoder&) const` | another object is written in its place;
-/// none means itself | | `startEncodingObject`, `finishEncodingObject`, `encodeClassInfoForJSON`,
-/// `encodeAsRAWArchive`, `encodeAsKey` `(TQJSONEncoder&) const` | its own form of that step | |
-/// `void encodeWithCoder(KeyedArchiver&) const`, `bool initWithCoder(KeyedUnarchiver&)` and a
-/// default constructor | it can be kept in keyed archives |
+/// | `explicit T(TQJSONDecoder&)`, or [1] | it can be read from a JSON archive |
+/// | `void encodeAsJSON(TQJSONEncoder&) const` | it is a structured object of a JSON archive |
+/// | `Ref<Object> replacementObjectForJSONEncoder(TQJSONEncoder&) const` | what is written [2] |
+/// | one of [3], each `(TQJSONEncoder&) const` | its own form of that step of an archive |
+/// | a default constructor and both of [4] | it can be kept in keyed archives |
+///
+/// [1] `static Ref<T> initWithJSONDecoder(TQJSONDecoder&)`, which may answer none.
+/// [2] None stands for the object itself.
+/// [3] `startEncodingObject`, `finishEncodingObject`, `encodeClassInfoForJSON`,
+///     `encodeAsRAWArchive`, `encodeAsKey`.
+/// [4] `void encodeWithCoder(KeyedArchiver&) const`, `bool initWithCoder(KeyedUnarchiver&)`.
 ///
 /// A derived class inherits what it does not define, but for construction, which is each class's
 /// own.
 class TQ_EXPORT Class {
  public:
+  /// The record of T below Parent, by the members that T has.
   template <class T, class Parent>
   [[nodiscard]] static constexpr Class make() noexcept;
 
@@ -69,6 +81,7 @@ class TQ_EXPORT Class {
     return root;
   }
 
+  /// T::className.
   [[nodiscard]] constexpr std::string_view name() const noexcept { return name_; }
 
   /// The name by which archives and the registry know the class.
@@ -77,10 +90,13 @@ class TQ_EXPORT Class {
   /// None for Object.
   [[nodiscard]] constexpr const Class* parent() const noexcept { return parent_; }
 
+  /// The record that archives know it under: that of CodingClass where the class names one, else
+  /// this one.
   [[nodiscard]] constexpr const Class& classForCoder() const noexcept {
     return codingClass_ != nullptr ? *codingClass_ : *this;
   }
 
+  /// True for the class itself too.
   [[nodiscard]] constexpr bool isSubclassOf(const Class& ancestor) const noexcept {
     for (const Class* c = this; c != nullptr; c = c->parent_) {
       if (c == &ancestor) return true;
@@ -88,7 +104,9 @@ class TQ_EXPORT Class {
     return false;
   }
 
+  /// What the class does in JSON archives, inherited entries included.
   [[nodiscard]] constexpr const JSONCoding& json() const noexcept { return json_; }
+  /// What the class does in keyed archives, inherited entries included.
   [[nodiscard]] constexpr const KeyedCoding& keyed() const noexcept { return keyed_; }
 
   /// True when its objects can be kept in keyed archives.
@@ -171,6 +189,7 @@ constexpr Class Class::make() noexcept {
   } else {
     record.json_.initWithJSONDecoder = nullptr;
   }
+/// Fills an entry when T has the member.
 #define TQ_JSON_STEP(entry, function, Result)                                         \
   if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {          \
     record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result { \
@@ -212,8 +231,10 @@ void Class::registerClass() {
 template <class Derived, class Parent = Object>
 class TQ_EXPORT Subclass : public Parent {
  public:
+  /// The class that this one derives from, for records and constructors.
   using ParentClass = Parent;
 
+  /// The record of Derived.
   [[nodiscard]] const Class& objectClass() const noexcept override { return classOf<Derived>; }
 
  protected:

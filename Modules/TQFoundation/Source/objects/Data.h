@@ -34,7 +34,9 @@ class TQ_EXPORT Data : public Subclass<Data> {
 
   ~Data() override;
 
+  /// Bytes held.
   [[nodiscard]] std::size_t length() const noexcept { return length_; }
+  /// Lent; good while the data lives and, if it is mutable, stays as it is.
   [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return {bytes_, length_}; }
   [[nodiscard]] std::string_view view() const noexcept {
     return {reinterpret_cast<const char*>(bytes_), length_};
@@ -53,8 +55,11 @@ class TQ_EXPORT Data : public Subclass<Data> {
   /// Room for at least `capacity` bytes; nothing changes when there is no memory.
   void reserveBytes(std::size_t capacity);
 
+  /// The bytes; null when there are none.
   std::byte* bytes_ = nullptr;
+  /// How many there are.
   std::size_t length_ = 0;
+  /// Room for as many.
   std::size_t capacity_ = 0;
 };
 
@@ -64,6 +69,7 @@ class TQ_EXPORT MutableData final : public Subclass<MutableData, Data> {
   static constexpr std::string_view className = "MutableData";
   static constexpr std::string_view codingName = "NSMutableData";
 
+  /// No bytes.
   [[nodiscard]] static Ref<MutableData> data();
   /// `length` bytes of 0.
   [[nodiscard]] static Ref<MutableData> dataWithLength(std::size_t length);
@@ -79,6 +85,7 @@ class TQ_EXPORT MutableData final : public Subclass<MutableData, Data> {
   /// Room for `capacity` bytes in all without a further allocation.
   void reserve(std::size_t capacity) { reserveBytes(capacity); }
 
+  /// The bytes, open to change. Lent until the length changes.
   [[nodiscard]] std::span<std::byte> mutableBytes() noexcept { return {bytes_, length_}; }
 
   /// The spare room behind the last byte, at least `wanted` bytes long, for writing in place;

@@ -17,9 +17,12 @@ class TQ_EXPORT Date final : public Subclass<Date> {
   /// Seconds from 1970-01-01 00:00 UTC to the reference date.
   static constexpr double kUnixReferenceDate = 978307200;
 
+  /// Any number of seconds, negative before the reference date; not rounded.
   [[nodiscard]] static Ref<Date> dateWithTimeIntervalSinceReferenceDate(double seconds);
 
+  /// Seconds, as given.
   [[nodiscard]] double timeIntervalSinceReferenceDate() const noexcept { return seconds_; }
+  /// Seconds since 1970 began, UTC.
   [[nodiscard]] double timeIntervalSince1970() const noexcept {
     return seconds_ + kUnixReferenceDate;
   }

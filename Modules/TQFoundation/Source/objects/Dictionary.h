@@ -33,9 +33,11 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   static constexpr std::string_view className = "Dictionary";
   static constexpr std::string_view codingName = "NSDictionary";
 
+  /// A key and its value, lent by the dictionary.
   struct Entry {
+    /// Equal to no other key of the dictionary.
     Object& key;
-    Object& value;
+    Object& value;  ///< never none
   };
 
   /// Goes over the entries in their order.
@@ -47,6 +49,7 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     using reference = Entry;
 
     Iterator() noexcept = default;
+    /// At a key and the value that goes with it.
     Iterator(const Ref<Object>* key, const Ref<Object>* value) noexcept
         : key_(key), value_(value) {}
 
@@ -60,6 +63,7 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     const Ref<Object>* value_ = nullptr;
   };
 
+  /// A dictionary without entries.
   [[nodiscard]] static Ref<Dictionary> dictionary();
   /// A key that comes again replaces the value and keeps its place.
   /// @throws Exception (InvalidArgumentException) when a key or a value is none
@@ -81,6 +85,8 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   /// The value of a string key of this text, without making a string.
   [[nodiscard]] Object* objectForKey(std::string_view key) const;
 
+  /// In insertion order, the key and the value of an entry at one index. Lent; good while the
+  /// dictionary lives and, if it is mutable, stays as it is.
   [[nodiscard]] std::span<const Ref<Object>> keys() const noexcept;
   [[nodiscard]] std::span<const Ref<Object>> values() const noexcept { return {values_, count()}; }
   [[nodiscard]] Iterator begin() const noexcept { return {keys().data(), values_}; }
@@ -95,9 +101,12 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   [[nodiscard]] std::string description() const override;
 
  protected:
+  /// A dictionary that its maker fills.
   explicit Dictionary(Ref<detail::DictionaryKeys> keys) noexcept;
 
+  /// The keys, which dictionaries of one archive may share.
   Ref<detail::DictionaryKeys> keys_;
+  /// The values by their keys' indices; null when there are none.
   const Ref<Object>* values_ = nullptr;
 
  private:
@@ -116,7 +125,9 @@ class TQ_EXPORT MutableDictionary final : public Subclass<MutableDictionary, Dic
   static constexpr std::string_view className = "MutableDictionary";
   static constexpr std::string_view codingName = "NSMutableDictionary";
 
+  /// A dictionary without entries.
   [[nodiscard]] static Ref<MutableDictionary> dictionary();
+  /// A growable dictionary of the same entries; keys and values are shared.
   [[nodiscard]] static Ref<MutableDictionary> dictionaryWithDictionary(const Dictionary& other);
 
   /// Replaces the value of an equal key, or puts a new entry last.
@@ -126,6 +137,7 @@ class TQ_EXPORT MutableDictionary final : public Subclass<MutableDictionary, Dic
 
   /// An absent key is no fault. Cost: linear, since the others keep their order.
   void removeObjectForKey(const Object& key);
+  /// Drops every entry.
   void removeAllObjects();
 
   /// A fixed dictionary of the same entries.

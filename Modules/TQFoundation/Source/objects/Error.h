@@ -29,13 +29,17 @@ class TQ_EXPORT Error final : public Subclass<Error> {
   static constexpr std::string_view className = "Error";
   static constexpr std::string_view codingName = "NSError";
 
+  /// @param domain  whose codes these are, such as POSIXErrorDomain
+  /// @param userInfo  what else there is to say, under the keys above; may be none
   [[nodiscard]] static Ref<Error> errorWithDomain(std::string_view domain, std::int64_t code,
                                                   Ref<Dictionary> userInfo = nullptr);
   /// With `description` as its localized description.
   [[nodiscard]] static Ref<Error> errorWithDomain(std::string_view domain, std::int64_t code,
                                                   std::string_view description);
 
+  /// Whose code it is.
   [[nodiscard]] const std::string& domain() const noexcept { return domain_; }
+  /// Means something within its domain only.
   [[nodiscard]] std::int64_t code() const noexcept { return code_; }
   /// Never null.
   [[nodiscard]] const Dictionary& userInfo() const noexcept { return *userInfo_; }

@@ -18,13 +18,18 @@ inline constexpr const char* RangeException = "NSRangeException";
 /// A name for programs and a reason for people.
 class TQ_EXPORT Exception : public std::exception {
  public:
+  /// @param name  for programs, such as RangeException
+  /// @param reason  for people, a sentence
   Exception(std::string name, std::string reason)
       : name_(std::move(name)), reason_(std::move(reason)) {}
+  /// Copies share nothing.
   Exception(const Exception&) = default;
   Exception& operator=(const Exception&) = default;
   ~Exception() override;
 
+  /// For programs.
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
+  /// For people; may be empty.
   [[nodiscard]] const std::string& reason() const noexcept { return reason_; }
 
   /// The reason; the name where there is none.

@@ -14,6 +14,7 @@ class TQ_EXPORT Null final : public Subclass<Null> {
   static constexpr std::string_view className = "Null";
   static constexpr std::string_view codingName = "NSNull";
 
+  /// The one object that stands for nothing in arrays and dictionaries. The same on every call.
   [[nodiscard]] static Ref<Null> null();
 
   [[nodiscard]] std::string description() const override { return "<null>"; }

@@ -36,6 +36,8 @@ class NumberValue {
  public:
   constexpr NumberValue() noexcept : NumberValue(std::int64_t{0}) {}
 
+  /// Keeps the smallest signed kind that holds every value of T: an 8-bit unsigned integer becomes
+  /// an int16. Of the 64-bit unsigned ones only those beyond int64 are kept as uint64.
   template <class T>
   requires std::is_arithmetic_v<T>
   constexpr NumberValue(T value) noexcept  // NOLINT: a number is a number
@@ -52,6 +54,7 @@ class NumberValue {
     return value;
   }
 
+  /// The kind that it was made with.
   [[nodiscard]] constexpr NumberKind kind() const noexcept { return kind_; }
 
   /// The letter of the kind: c s i q Q f d.
@@ -59,7 +62,9 @@ class NumberValue {
     return "ccsiqQfd"[static_cast<std::size_t>(kind_)];
   }
 
+  /// Made from a bool.
   [[nodiscard]] constexpr bool isBoolean() const noexcept { return kind_ == NumberKind::boolean; }
+  /// A float or a double.
   [[nodiscard]] constexpr bool isFloating() const noexcept { return kind_ >= NumberKind::float32; }
 
   /// Integers in two's complement, floating kinds as the bits of a double.
@@ -132,11 +137,14 @@ class TQ_EXPORT Number final : public Subclass<Number> {
   static constexpr std::string_view className = "Number";
   static constexpr std::string_view codingName = "NSNumber";
 
+  /// A new box. Equal numbers have boxes of their own: compare with isEqual().
   [[nodiscard]] static Ref<Number> numberWith(NumberValue value);
 
+  /// The number with its kind.
   [[nodiscard]] NumberValue value() const noexcept {
     return NumberValue::withKind(static_cast<NumberKind>(headerDetail()), bits_);
   }
+  /// The value's, converted as NumberValue says.
   [[nodiscard]] bool boolValue() const noexcept { return value().boolValue(); }
   [[nodiscard]] std::int64_t integerValue() const noexcept { return value().integerValue(); }
   [[nodiscard]] double doubleValue() const noexcept { return value().doubleValue(); }

@@ -75,6 +75,7 @@ class TQ_EXPORT Object {
   /// Text for logs and messages; "<Shape: 0x…>" by default.
   [[nodiscard]] virtual std::string description() const;
 
+  /// Which value class it is, if any: cheaper to ask than objectClass().
   [[nodiscard]] ObjectKind kind() const noexcept { return kind_; }
 
   /// Adds a reference. Prefer Ref, which does both halves.
@@ -94,9 +95,11 @@ class TQ_EXPORT Object {
 
   /// Room behind an object for contents whose size is known when it is made.
   struct Trailing {
+    /// Bytes behind the object's own.
     std::size_t byteCount;
   };
 
+  /// Objects live in the library's own heap; see TQMemory.h.
   static void* operator new(std::size_t size) { return allocateObjectMemory(size); }
   static void* operator new(std::size_t size, Trailing trailing) {
     return allocateObjectMemory(size + trailing.byteCount);
@@ -106,6 +109,7 @@ class TQ_EXPORT Object {
 
  protected:
   Object() noexcept : Object(ObjectKind::other) {}
+  /// For the value classes, which have kinds of their own and a byte to use.
   explicit Object(ObjectKind kind, std::uint8_t detail = 0) noexcept
       : references_(kReference), kind_(kind), detail_(detail) {}
 

@@ -20,6 +20,7 @@ template <class T>
 class Ref {
  public:
   constexpr Ref() noexcept = default;
+  /// Holds none.
   constexpr Ref(std::nullptr_t) noexcept {}  // NOLINT: none converts
 
   /// Shares `object` (adds a reference); null gives none.
@@ -34,13 +35,16 @@ class Ref {
     return ref;
   }
 
+  /// Copying adds a reference; moving leaves none behind.
   Ref(const Ref& other) noexcept : Ref(other.object_) {}
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
 
+  /// Shares what a reference to a derived class, or to a mutable one, holds.
   template <class U>
   requires std::convertible_to<U*, T*> Ref(const Ref<U>& other)
   noexcept : Ref(static_cast<T*>(other.get())) {}
 
+  /// Takes that over.
   template <class U>
   requires std::convertible_to<U*, T*> Ref(Ref<U>&& other)
   noexcept : object_(other.leak()) {}
@@ -49,14 +53,17 @@ class Ref {
     if (object_ != nullptr) object_->release();
   }
 
+  /// Lets go of what was held, after the new object is held: safe for itself.
   Ref& operator=(Ref other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }
 
+  /// The object, lent while the reference holds it; null for none.
   [[nodiscard]] T* get() const noexcept { return object_; }
   T* operator->() const noexcept { return object_; }
   T& operator*() const noexcept { return *object_; }
+  /// True when it holds an object.
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
   /// Hands the reference over to the caller, who must release it.
@@ -89,11 +96,13 @@ template <class T>
   return dynamic_cast<T*>(object);
 }
 
+/// The object as a T when its class is T or derives from it; else null. Lent.
 template <class T>
 [[nodiscard]] const T* objectCast(const Object* object) noexcept {
   return dynamic_cast<const T*>(object);
 }
 
+/// The same for references: a further reference, or none.
 template <class T, class U>
 [[nodiscard]] Ref<T> refCast(const Ref<U>& object) noexcept {
   return Ref<T>(dynamic_cast<T*>(object.get()));

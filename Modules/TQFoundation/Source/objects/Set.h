@@ -29,6 +29,7 @@ class TQ_EXPORT Set final : public Subclass<Set> {
   static constexpr std::string_view className = "Set";
   static constexpr std::string_view codingName = "NSSet";
 
+  /// A set without elements.
   [[nodiscard]] static Ref<Set> set();
   /// Of equal objects the first is kept.
   /// @throws Exception (InvalidArgumentException) when one is none
@@ -45,6 +46,7 @@ class TQ_EXPORT Set final : public Subclass<Set> {
     return member(object) != nullptr;
   }
 
+  /// The elements in the order in which they came. Lent; good while the set lives.
   [[nodiscard]] std::span<const Ref<Object>> allObjects() const noexcept;
   [[nodiscard]] Array::Iterator begin() const noexcept;
   [[nodiscard]] Array::Iterator end() const noexcept {

@@ -58,6 +58,7 @@ class TQ_EXPORT String final : public Subclass<String> {
   /// UTF-16 code units. Cost: one pass.
   [[nodiscard]] std::size_t length() const noexcept;
 
+  /// As UTF-16; what is not well formed becomes U+FFFD.
   [[nodiscard]] std::u16string utf16() const;
 
   /// The lenient readings of text as a number: white space is skipped, then a sign and as many
@@ -100,9 +101,10 @@ class TQ_EXPORT String final : public Subclass<String> {
 /// As lenientDouble(), and where the number's text ends. `end` is the start of `text` when there is
 /// no number; white space before it is not skipped.
 struct ScannedDouble {
-  double value = 0;
-  const char* end = nullptr;
+  double value = 0;           ///< what the digits say
+  const char* end = nullptr;  ///< behind the number, or the beginning when there is none
 };
+/// The number that the text from `begin` to `end` starts with. Never by locale.
 [[nodiscard]] TQ_EXPORT ScannedDouble scanDouble(const char* begin, const char* end) noexcept;
 
 }  // namespace tq

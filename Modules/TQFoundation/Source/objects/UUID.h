@@ -20,8 +20,10 @@ class TQ_EXPORT UUID final : public Subclass<UUID> {
   static constexpr std::string_view className = "UUID";
   static constexpr std::string_view codingName = "NSUUID";
 
+  /// In the order in which they are written.
   using Bytes = std::array<std::uint8_t, 16>;
 
+  /// These bytes, whatever they are.
   [[nodiscard]] static Ref<UUID> UUIDWithBytes(const Bytes& bytes);
 
   /// From "68753A44-4D6F-1226-9C60-0050E4C00067", letters of either case.

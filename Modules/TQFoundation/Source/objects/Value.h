@@ -21,8 +21,8 @@ namespace tq {
 
 /// A stretch of indexes: the first one and how many.
 struct Range {
-  std::uint64_t location = 0;
-  std::uint64_t length = 0;
+  std::uint64_t location = 0;  ///< the first place
+  std::uint64_t length = 0;    ///< how many places
 
   friend constexpr bool operator==(Range, Range) noexcept = default;
 };
@@ -33,11 +33,13 @@ class TQ_EXPORT Value final : public Subclass<Value> {
   static constexpr std::string_view className = "Value";
   static constexpr std::string_view codingName = "NSValue";
 
+  /// The signatures that the structures below are boxed under.
   static constexpr std::string_view kPointType = "{CGPoint=dd}";
   static constexpr std::string_view kSizeType = "{CGSize=dd}";
   static constexpr std::string_view kRectType = "{CGRect={CGPoint=dd}{CGSize=dd}}";
   static constexpr std::string_view kRangeType = "{_NSRange=QQ}";
 
+  /// Boxes the structure as it is.
   [[nodiscard]] static Ref<Value> valueWithPoint(Point point);
   [[nodiscard]] static Ref<Value> valueWithSize(Size size);
   [[nodiscard]] static Ref<Value> valueWithRect(const Rect& rect);
@@ -58,7 +60,9 @@ class TQ_EXPORT Value final : public Subclass<Value> {
   /// other type a value without signature and content.
   [[nodiscard]] static Ref<Value> initWithJSONDecoder(TQJSONDecoder& decoder);
 
+  /// Names the structure's fields; empty for a value without content.
   [[nodiscard]] const std::string& typeSignature() const noexcept { return type_; }
+  /// The structure, lent.
   [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return bytes_; }
 
   /// The structure, when the signature and the size are the ones asked for; else none.
@@ -70,6 +74,7 @@ class TQ_EXPORT Value final : public Subclass<Value> {
     return structure;
   }
 
+  /// The structure, when it is one of this kind; else none.
   [[nodiscard]] std::optional<Point> pointValue() const noexcept { return as<Point>(kPointType); }
   [[nodiscard]] std::optional<Size> sizeValue() const noexcept { return as<Size>(kSizeType); }
   [[nodiscard]] std::optional<Rect> rectValue() const noexcept { return as<Rect>(kRectType); }

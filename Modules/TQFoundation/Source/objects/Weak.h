@@ -41,11 +41,14 @@ template <class T>
 class Held {
  public:
   Held() noexcept = default;
+  /// Holds `owner` and shows `view`, which must be a part of it.
   Held(Ref<Object> owner, T* view) noexcept : owner_(std::move(owner)), view_(view) {}
 
+  /// The interface, lent while this holds its object; null for none.
   [[nodiscard]] T* get() const noexcept { return view_; }
   T* operator->() const noexcept { return view_; }
   T& operator*() const noexcept { return *view_; }
+  /// True when it holds an object.
   explicit operator bool() const noexcept { return view_ != nullptr; }
 
  private:
@@ -64,6 +67,7 @@ template <class T>
 class Weak {
  public:
   constexpr Weak() noexcept = default;
+  /// Observes none.
   constexpr Weak(std::nullptr_t) noexcept {}  // NOLINT: none converts
 
   /// Observes `object`, which must be alive (held by the caller); null observes none.
@@ -73,10 +77,12 @@ class Weak {
   explicit Weak(U* object)
       : view_(object), block_(object != nullptr ? detail::weakBlockFor(*object) : nullptr) {}
 
+  /// The same for a reference.
   template <class U>
   requires std::derived_from<U, Object> && std::convertible_to<U*, T*> Weak(const Ref<U>& object)
       : Weak(object.get()) {}  // NOLINT: observing what is held converts
 
+  /// Copies observe the same object; a Weak that was moved from observes none.
   Weak(const Weak& other) noexcept : view_(other.view_), block_(other.block_) {
     if (block_ != nullptr) detail::retainBlock(*block_);
   }
@@ -87,6 +93,7 @@ class Weak {
     if (block_ != nullptr) detail::releaseBlock(*block_);
   }
 
+  /// Observes what the other one does, in place of what it observed.
   Weak& operator=(Weak other) noexcept {
     std::swap(view_, other.view_);
     std::swap(block_, other.block_);

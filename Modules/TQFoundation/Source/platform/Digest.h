@@ -14,6 +14,7 @@
 
 namespace tq {
 
+/// The bytes in order, first byte first.
 using SHA1Digest = std::array<std::byte, 20>;
 
 /// SHA-1 (FIPS 180-4) of the bytes; none when the system forbids the algorithm or is out of memory.

@@ -24,9 +24,11 @@ enum class ExternalToolErrorCode : std::int64_t {
   tooMuchOutput = 3,  ///< killed for writing more than it may
 };
 
+/// A program to be run, what it is told, and what it may take.
 struct ExternalTool {
   /// A path, or a name that is looked for in $PATH.
   std::string program;
+  /// One argument each, exactly as given: no shell sees them.
   std::vector<std::string> arguments;
   /// What it reads; lent until it has ended. A tool that ends or closes its input earlier is fine.
   std::span<const std::byte> input;
@@ -38,7 +40,9 @@ struct ExternalTool {
   std::size_t mostOutputBytes = std::size_t{1} << 28;
 };
 
+/// What a program wrote and how it ended.
 struct ExternalToolResult {
+  /// What it wrote to standard output, and to standard error. Never none.
   Ref<Data> output;
   Ref<Data> errorOutput;
   int exitStatus = 0;  ///< 0...255; -1 when a signal ended it

@@ -40,6 +40,7 @@ class TQ_EXPORT TemporaryFolder final : public Subclass<TemporaryFolder> {
   [[nodiscard]] static Ref<TemporaryFolder> temporaryFolder(Ref<Error>* error = nullptr);
   ~TemporaryFolder() override;
 
+  /// Where it is.
   [[nodiscard]] const URL& url() const noexcept { return *url_; }
   /// A location in the folder.
   [[nodiscard]] Ref<URL> urlForName(std::string_view name) const;

@@ -26,6 +26,7 @@ namespace tq {
 /// word holds where its length (32 bits) and its bytes lie.
 class JSONNode {
  public:
+  /// What a value is; "yes" and "no" are true and false.
   enum class Kind : std::uint8_t {
     null = 'n',
     yes = 't',
@@ -39,11 +40,14 @@ class JSONNode {
   };
 
   JSONNode() noexcept = default;
+  /// A value at its word of the tape.
   JSONNode(const std::uint64_t* tape, const std::uint64_t* word,
            const std::uint8_t* strings) noexcept
       : tape_(tape), word_(word), strings_(strings) {}
 
+  /// What it is.
   [[nodiscard]] Kind kind() const noexcept { return static_cast<Kind>(*word_ >> 56); }
+  /// True for numbers, true and false.
   [[nodiscard]] bool isNumber() const noexcept {
     switch (kind()) {
       case Kind::yes:
@@ -144,10 +148,13 @@ class TQ_EXPORT JSONDocument {
                                                          std::size_t readablePadding,
                                                          Ref<Error>* error);
 
+  /// A moved document keeps its nodes good; what is left behind is only to be assigned or
+  /// destroyed.
   JSONDocument(JSONDocument&&) noexcept;
   JSONDocument& operator=(JSONDocument&&) noexcept;
   ~JSONDocument();
 
+  /// The one value of the text.
   [[nodiscard]] JSONNode root() const noexcept;
 
  private:

@@ -13,7 +13,9 @@
 
 namespace tq {
 
+/// The domain of the errors below.
 inline constexpr std::string_view KeychainErrorDomain = "com.korvan.Keychain";
+/// What can go wrong with a keychain.
 enum class KeychainErrorCode : std::int64_t {
   noService = 1,  ///< no service for secrets runs in this session
   refused = 2,    ///< locked, cancelled by the user, or another failure of the service

@@ -31,6 +31,7 @@ namespace tq {
 /// Made by unarchiveRootObject(), and lent to initWithCoder. One thread.
 class TQ_EXPORT KeyedUnarchiver {
  public:
+  /// Most times that any byte of an archive is looked at.
   static constexpr std::size_t kMostReadings = 16;
 
   /// The object under the key "root".
@@ -42,6 +43,7 @@ class TQ_EXPORT KeyedUnarchiver {
   KeyedUnarchiver(const KeyedUnarchiver&) = delete;
   KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;
 
+  /// True when the object being read has a value under the key, be it none.
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
 
   /// None for an absent key, for none, and once the archive has turned out to be bad.

@@ -14,8 +14,12 @@ namespace tq {
 /// on one thread, or unlocking what is not held, is the caller's fault and undefined.
 class TQ_EXPORT TQ_CAPABILITY("mutex") Lock {
  public:
+  /// Waits for the lock.
   void lock() TQ_ACQUIRE() { mutex_.lock(); }
+  /// Takes the lock if nobody has it.
+  /// @return whether it did
   [[nodiscard]] bool tryLock() TQ_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
+  /// Lets the lock go.
   void unlock() TQ_RELEASE() { mutex_.unlock(); }
 
  private:
@@ -26,8 +30,12 @@ class TQ_EXPORT TQ_CAPABILITY("mutex") Lock {
 /// often.
 class TQ_EXPORT TQ_CAPABILITY("recursive mutex") RecursiveLock {
  public:
+  /// Waits for the lock.
   void lock() TQ_ACQUIRE() { mutex_.lock(); }
+  /// Takes the lock if nobody else has it.
+  /// @return whether it did
   [[nodiscard]] bool tryLock() TQ_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
+  /// Lets the lock go, once for each time it was taken.
   void unlock() TQ_RELEASE() { mutex_.unlock(); }
 
  private:
@@ -38,6 +46,7 @@ class TQ_EXPORT TQ_CAPABILITY("recursive mutex") RecursiveLock {
 template <class L>
 class TQ_SCOPED_CAPABILITY Locked {
  public:
+  /// Waits for `lock`, which must outlive this.
   explicit Locked(L& lock) TQ_ACQUIRE(lock) : lock_(lock) { lock_.lock(); }
   ~Locked() TQ_RELEASE() { lock_.unlock(); }
   Locked(const Locked&) = delete;

@@ -26,11 +26,12 @@ enum class LogLevel : std::uint8_t { debug, info, default_, error, fault };
 
 /// A message on its way to the sink; the texts live until the sink returns.
 struct LogMessage {
-  std::string_view subsystem;
-  std::string_view category;
-  LogLevel level;
-  std::string_view text;
+  std::string_view subsystem;  ///< the channel's
+  std::string_view category;   ///< the channel's
+  LogLevel level;              ///< as logged
+  std::string_view text;       ///< the message, its arguments filled in
 };
+/// Takes messages in place of the system; may be called by several threads at once.
 using LogSink = std::function<void(const LogMessage&)>;
 
 /// Everything that channels let through goes to `sink` from now on; an empty one means the system
@@ -42,9 +43,11 @@ TQ_EXPORT LogSink setLogSink(LogSink sink);
 /// Borrows text and objects.
 class LogArgument {
  public:
+  /// What an argument is kept as.
   using Held =
       std::variant<bool, std::int64_t, std::uint64_t, double, std::string_view, const Object*>;
 
+  /// Borrows texts and objects until the message is written.
   LogArgument(bool value) noexcept : held_(value) {}     // NOLINT: taken as is
   LogArgument(std::signed_integral auto value) noexcept  // NOLINT
       : held_(static_cast<std::int64_t>(value)) {}
@@ -56,6 +59,7 @@ class LogArgument {
       : held_(std::string_view(text)) {}
   LogArgument(const Object& object) noexcept : held_(&object) {}  // NOLINT
 
+  /// The value.
   [[nodiscard]] const Held& held() const noexcept { return held_; }
 
  private:
@@ -81,6 +85,7 @@ class TQ_EXPORT LogChannel {
   LogChannel(const LogChannel&) = delete;
   LogChannel& operator=(const LogChannel&) = delete;
 
+  /// What it was found by.
   [[nodiscard]] const std::string& subsystem() const noexcept { return subsystem_; }
   [[nodiscard]] const std::string& category() const noexcept { return category_; }
 

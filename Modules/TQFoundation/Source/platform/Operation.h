@@ -55,12 +55,15 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
  public:
   static constexpr std::string_view className = "Operation";
 
+  /// The names under which changes of these states are announced.
   static constexpr std::string_view isReadyKey = "isReady";
   static constexpr std::string_view isExecutingKey = "isExecuting";
   static constexpr std::string_view isFinishedKey = "isFinished";
   static constexpr std::string_view isCancelledKey = "isCancelled";
 
+  /// An announcement comes before and after each change.
   enum class Change : std::uint8_t { will, did };
+  /// Told of a change of the operation: the name of the state, and whether it will change or did.
   using Observer = std::function<void(Operation&, std::string_view key, Change)>;
 
   Operation();
@@ -72,8 +75,11 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   virtual void start();
   /// The work. Does nothing here.
   virtual void main();
+  /// Asks it to end early: main() looks at isCancelled(). One that has not started becomes ready,
+  /// and finishes without main() once it is started.
   virtual void cancel();
 
+  /// The state at this moment. Finished is for good, and so is cancelled.
   [[nodiscard]] virtual bool isReady() const;
   [[nodiscard]] virtual bool isExecuting() const;
   [[nodiscard]] virtual bool isFinished() const;

@@ -32,9 +32,11 @@ class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
   /// The system decides how many run at once: twice the number of cores, at least 4.
   static constexpr std::ptrdiff_t defaultMaxConcurrentOperationCount = -1;
 
+  /// A queue of its own, running, without a name.
   [[nodiscard]] static Ref<OperationQueue> init();
   ~OperationQueue() override;
 
+  /// For people, in debuggers; to be set before others use the queue.
   void setName(std::string name) { name_ = std::move(name); }
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
 
@@ -60,6 +62,7 @@ class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
   [[nodiscard]] std::vector<Ref<Operation>> operations() const;
   [[nodiscard]] std::size_t operationCount() const;
 
+  /// cancel() on each operation that has not finished.
   void cancelAllOperations();
   /// Returns when there are none left; never to be called by one of them.
   void waitUntilAllOperationsAreFinished();

@@ -37,6 +37,7 @@ enum class RunLoopMode : std::uint32_t {
 class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
  public:
   static constexpr std::string_view className = "RunLoop";
+  /// What a loop is to do once.
   using Block = std::function<void()>;
   /// Time since some moment; never goes back.
   using Clock = std::function<std::chrono::nanoseconds()>;

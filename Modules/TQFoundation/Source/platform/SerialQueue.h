@@ -31,6 +31,7 @@ class TQ_EXPORT SerialQueue {
   SerialQueue(const SerialQueue&) = delete;
   SerialQueue& operator=(const SerialQueue&) = delete;
 
+  /// For people, in debuggers.
   [[nodiscard]] const std::string& label() const noexcept { return label_; }
 
   /// Runs `execute` when its turn comes and answers its result; what it throws passes through, and

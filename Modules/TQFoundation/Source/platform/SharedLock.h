@@ -27,8 +27,11 @@ class TQ_EXPORT TQ_CAPABILITY("shared lock") SharedLock {
   SharedLock(const SharedLock&) = delete;
   SharedLock& operator=(const SharedLock&) = delete;
 
+  /// Waits for a shared hold.
   void lockForRead() noexcept TQ_ACQUIRE_SHARED() { check(::pthread_rwlock_rdlock(&lock_)); }
+  /// Waits for the exclusive hold.
   void lockForWrite() noexcept TQ_ACQUIRE() { check(::pthread_rwlock_wrlock(&lock_)); }
+  /// Lets go of either kind of hold; only on the thread that has it.
   void unlock() noexcept TQ_RELEASE_GENERIC() { ::pthread_rwlock_unlock(&lock_); }
 
  private:

@@ -11,14 +11,15 @@ namespace tq {
 
 /// How many nanoseconds a tick lasts: numerator / denominator.
 struct Timebase {
+  /// Neither is 0 in a clock that works.
   std::uint32_t numerator = 0;
   std::uint32_t denominator = 0;
 };
 
 /// A clock in the system's place, so that a test can move time by hand.
 struct TickClock {
-  std::uint64_t (*ticks)() noexcept;
-  Timebase timebase;
+  std::uint64_t (*ticks)() noexcept;  ///< the ticks so far, at this moment
+  Timebase timebase;                  ///< how long they are
 };
 
 /// Ticks since the machine started; never goes back, and stands still while the machine sleeps.
@@ -33,7 +34,9 @@ TQ_EXPORT const TickClock* setTickClock(const TickClock* clock) noexcept;
 
 /// A point in time on the tick clock.
 using DispatchTime = std::uint64_t;
+/// What dispatchTime() takes for this moment.
 inline constexpr DispatchTime DispatchTimeNow = 0;
+/// Never comes.
 inline constexpr DispatchTime DispatchTimeForever = ~DispatchTime{0};
 
 /// The point in time `nanoseconds` after `when` (before it when they are negative). At least 1; one

@@ -23,6 +23,7 @@ namespace tq {
 class TQ_EXPORT Timer final : public Subclass<Timer> {
  public:
   static constexpr std::string_view className = "Timer";
+  /// What it does when it fires; told the timer.
   using Action = void (*)(Timer&);
 
   /// A timer on the calling thread's run loop.
@@ -36,6 +37,7 @@ class TQ_EXPORT Timer final : public Subclass<Timer> {
   static Ref<Timer> scheduledTimerWithTimeInterval(double seconds, Action action,
                                                    Ref<Object> userInfo, bool repeats);
 
+  /// False once it has fired for the last time, or was invalidated.
   [[nodiscard]] bool isValid() const noexcept { return isValid_.load(); }
 
   /// None once the timer is invalid.

@@ -35,6 +35,7 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   /// the base's path, escapes decoded. Without a base the same as above.
   [[nodiscard]] static Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL);
 
+  /// True when it names a file or folder of this system.
   [[nodiscard]] bool isFileURL() const noexcept { return foreign_.empty(); }
 
   /// The file's path; empty for a URL that is not a file's.
@@ -49,6 +50,7 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   /// Same location, spelled the same way.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
+  /// absoluteString().
   [[nodiscard]] std::string description() const override { return absoluteString(); }
 
  private:

@@ -21,6 +21,7 @@
 
 namespace tq {
 
+/// The domain of the errors below.
 inline constexpr std::string_view URLErrorDomain = "NSURLErrorDomain";
 
 /// Codes of URLErrorDomain.
@@ -44,20 +45,25 @@ enum URLErrorCode : std::int64_t {
 /// Names are compared without regard to case.
 using HTTPHeaders = std::vector<std::pair<std::string, std::string>>;
 
+/// From whom cookies are taken.
 enum class HTTPCookieAcceptPolicy : std::uint8_t { always, never, onlyFromMainDocumentDomain };
+/// Whether answers may come from a cache.
 enum class URLRequestCachePolicy : std::uint8_t { useProtocolCachePolicy, reloadIgnoringCache };
 
 /// How a session behaves. These are the values of the default configuration.
 struct URLSessionConfiguration {
+  /// The values below.
   [[nodiscard]] static URLSessionConfiguration defaultSessionConfiguration() { return {}; }
 
   double timeoutIntervalForRequest = 60;       ///< seconds without any data, also to connect
   double timeoutIntervalForResource = 604800;  ///< seconds for the whole of a task
-  int HTTPMaximumConnectionsPerHost = 6;
-  int HTTPMaximumRedirects = 20;
-  bool HTTPShouldUsePipelining = false;
-  bool HTTPShouldSetCookies = true;  ///< cookies are kept in memory while the session lives
+  int HTTPMaximumConnectionsPerHost = 6;       ///< most connections to one server at a time
+  int HTTPMaximumRedirects = 20;         ///< more of them fail with URLErrorHTTPTooManyRedirects
+  bool HTTPShouldUsePipelining = false;  ///< of no effect: the protocol decides
+  bool HTTPShouldSetCookies = true;      ///< cookies are kept in memory while the session lives
+  /// `never` takes no cookies; the other two are alike.
   HTTPCookieAcceptPolicy cookieAcceptPolicy = HTTPCookieAcceptPolicy::onlyFromMainDocumentDomain;
+  /// Of no effect: a session keeps no answers.
   URLRequestCachePolicy requestCachePolicy = URLRequestCachePolicy::useProtocolCachePolicy;
   bool allowsCellularAccess = true;    ///< of no effect: a desktop's connections are all alike
   bool discretionary = false;          ///< of no effect: every task begins at once
@@ -65,9 +71,13 @@ struct URLSessionConfiguration {
   std::string certificateAuthorities;  ///< path of a PEM file trusted instead of the system's
 };
 
+/// A request to be made: a value.
 struct URLRequest {
+  /// Where to; none fails with URLErrorBadURL.
   Ref<URL> url;
+  /// As sent.
   std::string HTTPMethod = "GET";
+  /// Added to the session's, and win over them.
   HTTPHeaders HTTPHeaderFields;
   Ref<Data> HTTPBody;          ///< sent with POST, PUT and the like; may be none
   double timeoutInterval = 0;  ///< seconds without any data; 0: the session's
@@ -75,10 +85,10 @@ struct URLRequest {
 
 /// What a server says before the body. Threads: any; immutable.
 struct URLResponse {
-  std::string url;  ///< behind all redirects
-  int statusCode = 0;
+  std::string url;                          ///< behind all redirects
+  int statusCode = 0;                       ///< 200, 404 and so on; 0 before there is an answer
   std::int64_t expectedContentLength = -1;  ///< bytes; -1: not told
-  HTTPHeaders allHeaderFields;
+  HTTPHeaders allHeaderFields;              ///< as sent, in order
 
   /// The first header of that name; empty when there is none.
   [[nodiscard]] TQ_EXPORT std::string_view valueForHTTPHeaderField(std::string_view field) const;
@@ -104,6 +114,7 @@ struct URLSessionTaskHandler {
 class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
  public:
   static constexpr std::string_view className = "URLSessionDataTask";
+  /// Where a task stands; it never goes back.
   enum class State : std::uint8_t { suspended, running, canceling, completed };
 
   ~URLSessionDataTask() override;
@@ -113,7 +124,9 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
   /// Ends it with URLErrorCancelled, unless it has ended; also one that was never resumed.
   void cancel();
 
+  /// At this moment.
   [[nodiscard]] State state() const noexcept { return state_; }
+  /// As given, before redirects.
   [[nodiscard]] const URLRequest& originalRequest() const noexcept { return request_; }
 
   /// Bytes of the body so far, and in all: -1 while that is not known. Any thread, at any time.
@@ -154,6 +167,7 @@ class TQ_EXPORT URLSession final : public Subclass<URLSession> {
   /// What a body that is collected in memory may hold.
   static constexpr std::size_t kLargestCollectedBody = std::size_t{1} << 31;
 
+  /// A session of its own, with its own connections and cookies.
   [[nodiscard]] static Ref<URLSession> sessionWithConfiguration(
       URLSessionConfiguration configuration);
   ~URLSession() override;

@@ -99,6 +99,7 @@ class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
   void setBool(bool value, std::string_view forKey);
   void setInteger(std::int64_t value, std::string_view forKey);
   void setDouble(double value, std::string_view forKey);
+  /// Removes the entry; an absent one is no fault.
   void removeObjectForKey(std::string_view key);
 
   /// Puts these into the registered defaults, which all stores of the process share; a later value

@@ -22,6 +22,7 @@ class TQ_EXPORT TQFNV1aBuilder {
  public:
   TQFNV1aBuilder() noexcept = default;
 
+  /// Goes on with these bytes: pieces give the digest of the whole.
   void addData(std::span<const std::byte> bytes) noexcept;
   void addData(const Data& data) noexcept { addData(data.bytes()); }
   /// Nothing changes for none.

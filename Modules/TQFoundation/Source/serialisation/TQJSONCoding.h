@@ -19,6 +19,8 @@ namespace tq {
 
 class TQJSONEncoder;
 
+/// Names of members that the format keeps for itself: an object's class, an archive in another
+/// form, that archive's root, and its bytes.
 inline constexpr std::string_view TQJSONClassKey = "_class";
 inline constexpr std::string_view TQJSONRawNSArchiveKey = "_archive";
 inline constexpr std::string_view TQJSONRawNSArchiveRootKey = "root";
@@ -58,6 +60,7 @@ TQ_EXPORT void encodeAsKey(const Object& object, TQJSONEncoder& encoder);
 /// The characters that make a string go through escaping: the general categories Cc and Cf, and the
 /// eight in "\"\\/\n\b\f\r\t". Those of Cf need no escape and come through unchanged.
 struct TQJSONAwkwardCharacters {
+  /// True when the character is one of the set.
   [[nodiscard]] TQ_EXPORT static bool contains(char32_t character) noexcept;
 };
 

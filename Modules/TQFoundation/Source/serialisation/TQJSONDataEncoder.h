@@ -20,6 +20,7 @@ class TQ_EXPORT TQJSONDataEncoder : public Subclass<TQJSONDataEncoder, TQJSONEnc
   [[nodiscard]] static Ref<TQJSONDataEncoder> initWithData(Ref<MutableData> data);
   explicit TQJSONDataEncoder(Ref<MutableData> data);
 
+  /// What it writes to, held; filled as it encodes.
   [[nodiscard]] const Ref<MutableData>& data() const noexcept { return data_; }
   /// Between archives only. None is the same error as above.
   void setData(Ref<MutableData> data) noexcept { data_ = std::move(data); }

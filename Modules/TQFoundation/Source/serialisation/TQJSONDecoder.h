@@ -61,12 +61,15 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] static Ref<TQJSONDecoder> initWithData(std::span<const std::byte> bytes);
   /// Reads a tree that is parsed already.
   [[nodiscard]] static Ref<TQJSONDecoder> initWithRootObject(Ref<Object> root);
+  /// A decoder without a root: decodeDataError() and decodeDictionary() give it one.
   [[nodiscard]] static Ref<TQJSONDecoder> init() { return initWithRootObject(nullptr); }
 
   ~TQJSONDecoder() override;
 
   // One call does it all. `error` always receives the first error, or none.
 
+  /// The root object of an archive.
+  /// @return none, and the error, when it cannot be read
   [[nodiscard]] static Ref<Object> decodeData(const Data& data, Ref<Error>* error);
   [[nodiscard]] static Ref<Object> decodeFileAtURL(const URL& url, Ref<Error>* error);
 
@@ -81,6 +84,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   // For constructors: the members of the object being decoded. None of the readings of numbers and
   // geometry allocates.
 
+  /// True when the object being decoded has a member of this name, be it null.
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
   /// The member decoded; none when it is absent. Each call makes a new object.
   [[nodiscard]] Ref<Object> decodeObjectForKey(std::string_view key);
@@ -129,6 +133,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   }
   [[nodiscard]] Held<TQJSONDecoderDelegate> delegate() const noexcept { return delegate_.lock(); }
 
+  /// The first error so far, or none.
   [[nodiscard]] const Ref<Error>& error() const noexcept { return error_; }
   /// Logged each time; kept only while there is none.
   void setError(Ref<Error> error);

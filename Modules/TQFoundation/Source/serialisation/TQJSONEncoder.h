@@ -27,12 +27,14 @@ namespace tq {
 /// An object lent for the length of a call, or none: made from a reference, a pointer or a Ref.
 class LentObject {
  public:
+  /// Lends an object, or none; must not outlive it.
   LentObject(std::nullptr_t) noexcept {}                           // NOLINT: lending converts
   LentObject(const Object& object) noexcept : object_(&object) {}  // NOLINT
   LentObject(const Object* object) noexcept : object_(object) {}   // NOLINT
   template <class T>
   LentObject(const Ref<T>& object) noexcept : object_(object.get()) {}  // NOLINT
 
+  /// The object; null for none.
   [[nodiscard]] const Object* get() const noexcept { return object_; }
 
  private:
@@ -83,6 +85,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   /// Into an existing file from its start; it is neither made nor cut, and not written atomically.
   static bool encodeObject(LentObject object, const URL& toURL, Ref<Error>* error);
 
+  /// An encoder that writes into memory, into an open file, or into the file at a location.
   [[nodiscard]] static Ref<TQJSONEncoder> encoderForWritingToMutableData(Ref<MutableData> data);
   [[nodiscard]] static Ref<TQJSONEncoder> encoderForWritingToFile(Ref<FileHandle> file);
   [[nodiscard]] static Ref<TQJSONEncoder> encoderForWritingToURL(const URL& url);
@@ -98,11 +101,13 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   void encodeObject(LentObject object, std::string_view forKey) {
     encodeObject(object, forKey, true);
   }
+  /// The same; `includeSeparator` false leaves out the "," before the first member.
   void encodeObject(LentObject object, std::string_view forKey, bool includeSeparator);
   /// `:%0.16g` of the clamped value.
   void encodeDouble(double value, std::string_view forKey);
   /// `:true` or `:false`
   void encodeBool(bool value, std::string_view forKey);
+  /// The digits, with a "-" when it is negative.
   void encodeInteger(std::int64_t value, std::string_view forKey);
   /// `:"{%0.17g, %0.17g}"` of the clamped values, which read back exactly.
   void encodePoint(Point point, std::string_view forKey);
@@ -117,6 +122,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
 
   /// One value in whatever form its kind has; nothing for none.
   void encodeObject(LentObject object);
+  /// The string's characters as they are, unescaped, between quotes when asked for.
   void encodeStringWithoutCheckingFormat(const String& string, bool includeQuotes);
   /// A number in its archive form, unquoted.
   void encodeNumber(NumberValue number);

@@ -20,11 +20,14 @@ namespace tq {
 class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEncoder> {
  public:
   static constexpr std::string_view className = "TQJSONFileEncoder";
+  /// Bytes that are collected before they are written.
   static constexpr std::size_t kBufferSize = 4096;
 
+  /// Writes from the file's current place on.
   [[nodiscard]] static Ref<TQJSONFileEncoder> initWithFile(Ref<FileHandle> file);
   explicit TQJSONFileEncoder(Ref<FileHandle> file);
 
+  /// The file; to be set before anything is encoded.
   [[nodiscard]] const Ref<FileHandle>& output() const noexcept { return output_; }
   void setOutput(Ref<FileHandle> output) noexcept { output_ = std::move(output); }
 
@@ -34,6 +37,7 @@ class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEnc
 
   /// As every encoder does, then finishWriting(), whether or not it succeeded.
   bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr) override;
+  /// Adds to the buffer, which is written whenever it is full.
   void writeData(const void* bytes, std::size_t length) final;
 
  private:

@@ -17,6 +17,7 @@ class TQ_EXPORT TQJSONURLEncoder final : public Subclass<TQJSONURLEncoder, TQJSO
  public:
   static constexpr std::string_view className = "TQJSONURLEncoder";
 
+  /// Opens the file at `url` for writing.
   [[nodiscard]] static Ref<TQJSONURLEncoder> initWithURL(const URL& url);
   explicit TQJSONURLEncoder(const URL& url);
   ~TQJSONURLEncoder() override;

@@ -23,6 +23,7 @@ class BreakpointTable {
   /// Whatever it answers is obeyed.
   using Predicate = std::function<bool(const Key& key, const Key& breakpoint)>;
 
+  /// An empty table, whose lookups give the default.
   BreakpointTable(Value defaultValue, Predicate matchesBreakpoint)
       : defaultValue_(std::move(defaultValue)), matchesBreakpoint_(std::move(matchesBreakpoint)) {}
 
@@ -35,7 +36,9 @@ class BreakpointTable {
     for (const auto& [key, value] : pairs) store(key, value);
   }
 
+  /// What a lookup gives when no entry matches.
   [[nodiscard]] const Value& defaultValue() const noexcept { return defaultValue_; }
+  /// Entries stored so far, hidden ones included.
   [[nodiscard]] std::size_t entryCount() const noexcept { return entries_.size(); }
 
   /// The value of the first entry that `key` matches, or the default.
@@ -54,19 +57,24 @@ class BreakpointTable {
   /// under the same key.
   class Slot {
    public:
+    /// Of a table that must outlive it.
     Slot(BreakpointTable& table, Key key) : table_(table), key_(std::move(key)) {}
+    /// A lookup, at this moment.
     operator const Value&() const { return table_.lookUp(key_); }  // NOLINT: reads as the value
 
+    /// Stores the value.
     Slot& operator=(Value value) {
       table_.store(key_, std::move(value));
       return *this;
     }
+    /// Looks up, has `change` work on the value, and stores it.
     template <class Change>
     Slot& modify(Change change) {
       Value value = table_.lookUp(key_);
       change(value);
       return *this = std::move(value);
     }
+    /// The same for an operator.
     Slot& operator+=(const Value& by) {
       return modify([&](Value& value) { value += by; });
     }
@@ -87,6 +95,7 @@ class BreakpointTable {
     Key key_;
   };
 
+  /// A slot for reading and storing under the key, or a lookup alone.
   [[nodiscard]] Slot operator[](Key key) { return Slot(*this, std::move(key)); }
   [[nodiscard]] const Value& operator[](const Key& key) const { return lookUp(key); }
 

@@ -12,10 +12,13 @@ namespace tq {
 template <std::copyable Value>
 class Collectable {
  public:
+  /// The value is its own default.
   explicit Collectable(Value wrappedValue)
       : defaultValue_(wrappedValue), wrappedValue_(std::move(wrappedValue)) {}
 
+  /// What it was made with.
   [[nodiscard]] const Value& defaultValue() const noexcept { return defaultValue_; }
+  /// What it holds now; setting leaves the default as it is.
   [[nodiscard]] const Value& wrappedValue() const noexcept { return wrappedValue_; }
   void setWrappedValue(Value value) { wrappedValue_ = std::move(value); }
 

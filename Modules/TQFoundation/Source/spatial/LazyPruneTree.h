@@ -23,12 +23,15 @@ namespace tq {
 template <ChildTraversable Base, std::predicate<TreeNodeArgument<Base>> Predicate>
 class LazyPruneTree {
  public:
+  /// A view of `base` without what `predicate` is false for.
   LazyPruneTree(Base base, Predicate predicate)
       : base_(std::move(base)), predicate_(std::move(predicate)) {}
 
+  /// As given.
   [[nodiscard]] const Base& base() const noexcept { return base_; }
   [[nodiscard]] const Predicate& predicate() const noexcept { return predicate_; }
 
+  /// The base tree's, never left out.
   [[nodiscard]] TreeNode<Base> root() const { return rootOf(base_); }
 
   /// The children that pass, in the base tree's order.
@@ -41,6 +44,7 @@ class LazyPruneTree {
   Predicate predicate_;
 };
 
+/// A view of `tree`, which it takes over.
 template <ChildTraversable Tree, class Predicate>
 [[nodiscard]] LazyPruneTree<Tree, Predicate> prune(Tree tree, Predicate predicate) {
   return {std::move(tree), std::move(predicate)};

@@ -37,6 +37,7 @@ namespace tq {
 template <class Element>
 class RTree final : public Object {
  public:
+  /// The type of its nodes.
   using Node = RTreeNode<Element>;
 
   /// @param maxNumberOfChildren  most entries of a node, at least 2. Up to 127, memory for a full
@@ -44,6 +45,7 @@ class RTree final : public Object {
   explicit RTree(std::int64_t maxNumberOfChildren)
       : core_(emptyRoot(maxNumberOfChildren), maxNumberOfChildren) {}
 
+  /// As given when it was made.
   [[nodiscard]] std::int64_t maxNumberOfChildren() const noexcept { return core_.capacity(); }
 
   /// Half of the maximum, for information: nodes may well hold less.

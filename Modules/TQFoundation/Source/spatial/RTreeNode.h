@@ -29,15 +29,15 @@ class RTreeNode;
 /// An entry of a directory: a child, and the rect that bounds it.
 template <class Element>
 struct RTreeDirectoryEntry {
-  Rect rect = RectNull;
-  Ref<RTreeNode<Element>> child;
+  Rect rect = RectNull;           ///< what the child's entries lie in
+  Ref<RTreeNode<Element>> child;  ///< never none
 };
 
 /// An entry of a leaf: an element, lent by its node, and the rect that it was inserted under.
 template <class Element>
 struct RTreeLeafEntry {
-  Rect rect;
-  const Element& element;
+  Rect rect;               ///< as given to the insertion
+  const Element& element;  ///< lent by the node until the next insertion
 };
 
 namespace detail {
@@ -84,24 +84,31 @@ class RTreeElement {
 template <class Element>
 class RTreeNode final : public detail::RTreeNodeCore {
  public:
+  /// Makes a leaf's entry at an index.
   struct LeafEntryAt {
-    const RTreeNode* node;
+    const RTreeNode* node;  ///< whose entries these are
+    /// The entry; its element is lent.
     [[nodiscard]] RTreeLeafEntry<Element> operator()(std::uint32_t index) const noexcept {
       return {node->rects()[index], node->elements_[index].get()};
     }
   };
+  /// Makes a directory's entry at an index.
   struct DirectoryEntryAt {
-    const RTreeNode* node;
+    const RTreeNode* node;  ///< whose entries these are
+    /// The entry; it holds the child.
     [[nodiscard]] RTreeDirectoryEntry<Element> operator()(std::uint32_t index) const noexcept {
       return {node->rects()[index], Ref<RTreeNode>(childOf(node->childArray()[index]))};
     }
   };
+  /// Makes a child of what a directory keeps.
   struct ChildOf {
+    /// The child, lent.
     [[nodiscard]] const RTreeNode* operator()(detail::RTreeNodeCore* child) const noexcept {
       return childOf(child);
     }
   };
 
+  /// Indices of entries.
   using Positions = std::ranges::iota_view<std::uint32_t, std::uint32_t>;
 
   /// Random-access ranges over the entries, in entry order: each makes its entries on the fly.
@@ -112,6 +119,7 @@ class RTreeNode final : public detail::RTreeNodeCore {
   /// What a node holds: the entries of a leaf, or those of a directory.
   using Storage = std::variant<Leaf, Directory>;
 
+  /// The entries, by what the node is.
   [[nodiscard]] Storage storage() const noexcept {
     if (isLeaf()) return Storage(std::in_place_index<0>, leafEntries());
     return Storage(std::in_place_index<1>, directoryEntries());
