@@ -1,1 +1,1 @@
-tq_add_fuzzer(TQArrayComparisonFuzz "${CMAKE_CURRENT_LIST_DIR}/TQArrayComparisonFuzz.cpp")
+tq_add_fuzzer(TQArrayComparison "${CMAKE_CURRENT_LIST_DIR}/TQArrayComparisonFuzz.cpp")

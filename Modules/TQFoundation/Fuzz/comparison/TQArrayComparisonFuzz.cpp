@@ -1,11 +1,12 @@
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <optional>
 #include <vector>
 
 #include <TQFoundation/comparison/EditSequence.h>
 #include <TQFoundation/objects/Number.h>
+
+#include "../support/Bytes.h"
 
 // Any bytes as two arrays of small numbers, parted by the first byte of 0xFF. The changes, applied
 // in their order, make the first array into the second; moves link equal elements; a comparator
@@ -15,10 +16,7 @@
 namespace {
 
 using namespace tq;
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::require;
 
 Ref<Array> arrayOf(const std::vector<Ref<Object>>& elements) {
   return Array::arrayWithObjects(elements);

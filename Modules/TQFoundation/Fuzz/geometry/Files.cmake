@@ -1,1 +1,1 @@
-tq_add_fuzzer(TQBezierSegmentFuzz "${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentFuzz.cpp")
+tq_add_fuzzer(TQBezierSegment "${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentFuzz.cpp")

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
+
+#include "../support/Bytes.h"
 
 // Any bytes as two segments, an offset and a polynomial. Nothing may trap or fail to end; where the
 // numbers are of ordinary size, splits join, bounds hold the curve, and crossings lie on the line.
@@ -13,29 +13,8 @@
 namespace {
 
 using namespace tq;
-
-class Bytes {
- public:
-  Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
-
-  template <class T>
-  T take() {
-    T value{};
-    const std::size_t taken = std::min(sizeof value, size_);
-    std::memcpy(&value, data_, taken);
-    data_ += taken;
-    size_ -= taken;
-    return value;
-  }
-
- private:
-  const std::uint8_t* data_;
-  std::size_t size_;
-};
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using fuzz::Bytes;
+using fuzz::require;
 
 bool isOrdinary(const TQBezierSegment& segment) {
   const auto points = segment.used();

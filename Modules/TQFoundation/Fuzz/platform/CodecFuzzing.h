@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <span>
 
 #include <TQFoundation/platform/Codec.h>
+
+#include "../support/Bytes.h"
 
 namespace tq::fuzz {
 
@@ -22,10 +23,6 @@ struct Block {
     std::copy(copied.begin(), copied.end(), bytes.begin());
   }
 };
-
-inline void require(bool condition) {
-  if (!condition) std::abort();
-}
 
 inline void unpackHostile(const Codec& codec, std::span<const std::byte> input,
                           std::size_t length) {

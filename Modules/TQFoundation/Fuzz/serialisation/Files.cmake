@@ -1,2 +1,2 @@
-tq_add_fuzzer(JSONArchiveFuzzer ${CMAKE_CURRENT_LIST_DIR}/JSONArchiveFuzzer.cpp)
-tq_add_fuzzer(CompressionFuzz "${CMAKE_CURRENT_LIST_DIR}/CompressionFuzz.cpp")
+tq_add_fuzzer(JSONArchive "${CMAKE_CURRENT_LIST_DIR}/JSONArchiveFuzz.cpp")
+tq_add_fuzzer(Compression "${CMAKE_CURRENT_LIST_DIR}/CompressionFuzz.cpp")

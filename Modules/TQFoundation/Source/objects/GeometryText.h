@@ -12,7 +12,8 @@
 
 namespace tq {
 
-/// `{x, y}` with 17 significant digits, which read back as the same doubles.
+/// `{x, y}` with 17 significant digits, which read back as the same doubles. Infinities and NaN are
+/// written as words, which are no numbers to the reading below.
 [[nodiscard]] TQ_EXPORT std::string textFromPoint(Point point);
 /// `{width, height}`
 [[nodiscard]] TQ_EXPORT std::string textFromSize(Size size);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace tq::fuzz {
+
+inline void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+/// Values out of any bytes, zeros once they are used up.
+class Bytes {
+ public:
+  Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+
+  [[nodiscard]] bool isEmpty() const { return size_ == 0; }
+
+  template <class T>
+  T take() {
+    T value{};
+    const std::size_t taken = std::min(sizeof value, size_);
+    std::memcpy(&value, data_, taken);
+    data_ += taken;
+    size_ -= taken;
+    return value;
+  }
+
+ private:
+  const std::uint8_t* data_;
+  std::size_t size_;
+};
+
+}  // namespace tq::fuzz
