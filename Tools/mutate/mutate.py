@@ -1,0 +1,159 @@
+#!/usr/bin/env python3
+"""Changes one operator, constant or condition of the library at a time and tells which changes the
+tests do not notice.
+
+    Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]...
+
+Works in a copy of the committed tree below build/mutate. A change that does not compile is not
+counted; one that makes the tests hang counts as noticed. The room's own tests are asked first, then
+all others. Leaves with 0; what survives is for people to judge.
+"""
+
+import argparse
+import collections
+import pathlib
+import random
+import re
+import shutil
+import subprocess
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+WORK = ROOT / "build/mutate"
+TREE = WORK / "tree"
+BUILD = WORK / "build"
+MODULE = pathlib.Path("Modules/TQFoundation")
+SECONDS = 120  # for a test program that takes a few
+
+SWAPS = {
+    "comparison": {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="},
+    "arithmetic": {"+": "-", "-": "+", "*": "/", "/": "*", "%": "/", "<<": ">>", ">>": "<<"},
+    "logic": {"&&": "||", "||": "&&"},
+}
+CONSTANT = re.compile(r"(?<![\w.'\"])(\d+)(?![\w.'\"])")
+TRUTH = re.compile(r"\b(true|false)\b")
+CONDITION = re.compile(r"\b(?:if|while) \((?!const|auto)((?:[^();]|\([^()]*\))+)\)")
+
+Mutant = collections.namedtuple("Mutant", "file line kind before after")
+
+
+def code_of(line):
+    """The line with the insides of texts and comments blanked, every column where it was."""
+    line = re.sub(r'"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])\'', lambda m: " " * len(m[0]), line)
+    return re.sub(r"//.*", lambda m: " " * len(m[0]), line)
+
+
+def mutants_of(line):
+    """(kind, changed line) for each single change of the line."""
+    code = code_of(line)
+    if not code.strip() or code.lstrip().startswith(("#", "static_assert", "using ", "template")):
+        return
+
+    def changed(begin, end, text):
+        return line[:begin] + text + line[end:]
+
+    for kind, swaps in SWAPS.items():
+        for match in re.finditer(r"(?<= )(\S{1,2})(?= )", code):
+            if match[1] in swaps:
+                yield kind, changed(*match.span(1), swaps[match[1]])
+    for match in CONSTANT.finditer(code):
+        yield "constant", changed(*match.span(1), str(int(match[1]) + 1))
+    for match in TRUTH.finditer(code):
+        yield "constant", changed(*match.span(1), "false" if match[1] == "true" else "true")
+    for match in CONDITION.finditer(code):
+        if not match[1].startswith("!("):
+            begin, end = match.span(1)
+            yield "condition", changed(begin, end, f"!({line[begin:end]})")
+
+
+def all_mutants(rooms):
+    for room in rooms:
+        for path in sorted((TREE / MODULE / "Source" / room).rglob("*.cpp")):
+            for number, line in enumerate(path.read_text().splitlines()):
+                for kind, after in mutants_of(line):
+                    yield Mutant(path, number, kind, line, after)
+
+
+def run(*command, seconds=None):
+    """Whether the command ended well, and in time."""
+    try:
+        return subprocess.run(command, cwd=TREE, timeout=seconds, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL).returncode == 0
+    except subprocess.TimeoutExpired:
+        return False
+
+
+def prepare():
+    shutil.rmtree(TREE, ignore_errors=True)
+    TREE.mkdir(parents=True)
+    archive = subprocess.Popen(["git", "-C", ROOT, "archive", "HEAD"], stdout=subprocess.PIPE)
+    subprocess.run(["tar", "-x", "-C", TREE], stdin=archive.stdout, check=True)
+    subprocess.run(["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
+                    "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DTQ_BUILD_TOOLS=OFF", "-DTQ_INSTALL=OFF",
+                    "-DTQ_WARNINGS_AS_ERRORS=OFF"], check=True, stdout=subprocess.DEVNULL)
+
+
+def programs_of(room):
+    """The room's test programs, by target."""
+    made = re.compile(r"tq_add_(room|internal)_tests\((\w+)")
+    files = (TREE / MODULE / "Tests" / room).glob("*.cmake")
+    return [name + ("InternalTests" if kind == "internal" else "Tests")
+            for file in sorted(files) for kind, name in made.findall(file.read_text())]
+
+
+def passes(programs):
+    """Whether the tests are built and pass; None when they cannot be built."""
+    if not run("cmake", "--build", BUILD, "--target", *programs):
+        return None
+    return all(run(BUILD / MODULE / program, "--gtest_brief=1", "--gtest_fail_fast",
+                   "--gtest_filter=-*Stress*:*Fault*", seconds=SECONDS) for program in programs)
+
+
+def survives(mutant, own, others):
+    original = mutant.file.read_text()
+    lines = original.split("\n")
+    lines[mutant.line] = mutant.after
+    mutant.file.write_text("\n".join(lines))
+    try:
+        verdict = passes(own)
+        return passes(others) if verdict else verdict
+    finally:
+        mutant.file.write_text(original)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--count", type=int, default=100, help="changes to try")
+    parser.add_argument("--seed", type=int, default=1, help="which ones: the same for the same seed")
+    parser.add_argument("--room", action="append", help="of these rooms only")
+    options = parser.parse_args()
+
+    prepare()
+    folders = sorted(p.name for p in (TREE / MODULE / "Source").iterdir() if p.is_dir())
+    programs = {room: programs_of(room) for room in folders}
+    everything = [name for names in programs.values() for name in names]
+    if not passes(everything):
+        sys.exit("the tests fail before anything is changed")
+
+    candidates = list(all_mutants(options.room or folders))
+    chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
+    tally = collections.Counter()
+    for number, mutant in enumerate(chosen, 1):
+        room = mutant.file.relative_to(TREE / MODULE / "Source").parts[0]
+        others = [name for name in everything if name not in programs[room]]
+        verdict = survives(mutant, programs[room], others)
+        outcome = {None: "does not compile", True: "survived", False: "noticed"}[verdict]
+        tally[outcome] += 1
+        place = f"{mutant.file.relative_to(TREE / MODULE / 'Source')}:{mutant.line + 1}"
+        print(f"{number}/{len(chosen)} {outcome}: {place} {mutant.kind}", flush=True)
+        if verdict:
+            print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
+    tried = tally["noticed"] + tally["survived"]
+    print(f"{len(candidates)} changes known, {tried} tried: {tally['noticed']} noticed, "
+          f"{tally['survived']} survived ({100 * tally['noticed'] / max(tried, 1):.0f} % noticed); "
+          f"{tally['does not compile']} did not compile")
+
+
+if __name__ == "__main__":
+    main()
