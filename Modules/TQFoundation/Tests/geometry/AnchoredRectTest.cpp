@@ -1,13 +1,11 @@
 #include <TQFoundation/geometry/AnchoredRect.h>
 
-#include <gtest/gtest.h>
-
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
 
 TEST(AnchoredRect, GrowsAwayFromItsAnchor) {
   const auto held = AnchoredRect::hold({10, 20, -10, -20}, TQCorner::maxXMaxY);

@@ -1,14 +1,11 @@
 #include <TQFoundation/geometry/AspectRatio.h>
 
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace test;
 
 TEST(AspectRatio, ComparesProportionsAndKnowsBadOnes) {
   EXPECT_EQ((AspectRatio{4, 2}), (AspectRatio{2, 1}));

@@ -1,15 +1,13 @@
 #include <TQFoundation/geometry/GeometrySystem.h>
 
-#include <gtest/gtest.h>
-
 #include <TQFoundation/geometry/AnchoredRect.h>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
 
 TEST(GeometrySystem, MapsItsBoundsOntoItsFrame) {
   const auto system = GeometrySystem::withFrame({100, 100, 40, 20}, {10, 5, -10, 10});

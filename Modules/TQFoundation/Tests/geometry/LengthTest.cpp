@@ -1,8 +1,6 @@
 #include <TQFoundation/geometry/Length.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {

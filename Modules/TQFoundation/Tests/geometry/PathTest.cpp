@@ -2,17 +2,17 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <limits>
 #include <vector>
 
 #include <TQFoundation/geometry/CGContext+TQFoundation.h>
 #include <TQFoundation/geometry/TQBezierSegmentIterator.h>
 
+#include "geometry/Expectations.h"
+
 namespace tq {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace test;
 
 struct Element {
   PathElementType type;

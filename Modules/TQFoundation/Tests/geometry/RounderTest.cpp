@@ -1,23 +1,15 @@
 #include <TQFoundation/geometry/Rounder.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 #include <random>
 
 #include <TQFoundation/geometry/TQRounder.h>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::sameNumber;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kMax = std::numeric_limits<double>::max();
+using namespace test;
 
 TEST(Rounder, RoundsHalvesAwayFromZeroLikeTheLibraryRound) {
   const unsigned seed = 88;

@@ -1,18 +1,13 @@
 #include <TQFoundation/geometry/TQAngle.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numbers>
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
+using namespace test;
+
 constexpr double kEighth = 0.39269908169872414;  // π/8, as the function has it
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(Angle, SnapsToStraightAnglesKeepingTheSignOfZero) {
   const double below = std::nextafter(kEighth, 0);

@@ -1,17 +1,18 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
-#include <numbers>
 #include <utility>
 #include <vector>
 
 #include <TQFoundation/geometry/TQBezierSegment.h>
-#include <support/RandomBezier.h>
+
+#include "geometry/Expectations.h"
+#include "support/RandomBezier.h"
 
 namespace tq {
 namespace {
+
+using namespace test;
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -62,13 +63,13 @@ std::vector<TQBezierSegmentOffsets> sampledCrossings(const TQBezierSegment& a,
 }
 
 TEST(BezierIntersections, AreTheCrossingsOfFinePolygons) {
-  test::RandomBezier random(20);
+  RandomBezier random(20);
   constexpr int kLegs = 256;
   std::size_t crossings = 0;
   for (int i = 0; i < 100; ++i) {
-    for (const TQBezierDegree degree : test::kDegrees) {
+    for (const TQBezierDegree degree : kDegrees) {
       const TQBezierSegment a = random.segment(degree, 100);
-      const TQBezierSegment b = random.segment(test::kDegrees[i % 3], 100);
+      const TQBezierSegment b = random.segment(kDegrees[i % 3], 100);
       const Found found = intersections(a, b);
       ASSERT_TRUE(found.isComplete);
       const auto sampled = sampledCrossings(a, b, kLegs);
@@ -173,7 +174,6 @@ TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
 }
 
 TEST(BezierIntersections, BadSegmentsMeetNothing) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   const auto line = TQBezierSegment::straight({0, 0}, {4, 4});
   auto unknown = line;
   unknown.degree = TQBezierDegree{9};

@@ -4,32 +4,29 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <limits>
 #include <vector>
 
 #include <TQFoundation/geometry/TQRectAxis.h>
 #include <TQFoundation/geometry/TQRectFitting.h>
 #include <TQFoundation/geometry/VectorAlgebra.h>
-#include <support/RandomBezier.h>
-#include <support/Roots.h>
+
+#include "geometry/Expectations.h"
+#include "support/RandomBezier.h"
+#include "support/Roots.h"
 
 namespace tq {
 namespace {
 
-using test::used;
+using namespace test;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr TQBezierDegree kUnknown{7};
 
 /// Random segments of every degree, each also as a cubic that is one only by rounding.
 std::vector<TQBezierSegment> segments(std::uint64_t seed, int count) {
-  test::RandomBezier random(seed);
+  RandomBezier random(seed);
   std::vector<TQBezierSegment> result;
   for (int i = 0; i < count; ++i) {
-    for (const TQBezierDegree degree : test::kDegrees)
-      result.push_back(random.segment(degree, 100));
+    for (const TQBezierDegree degree : kDegrees) result.push_back(random.segment(degree, 100));
     const auto [p0, p1, p2, unused] = result[result.size() - 2].points;
     const auto toP1 = [&, control = p1](Point p) {
       return Point{p.x + 2 * (control.x - p.x) / 3, p.y + 2 * (control.y - p.y) / 3};
@@ -40,7 +37,7 @@ std::vector<TQBezierSegment> segments(std::uint64_t seed, int count) {
 }
 
 TEST(BezierSegment, PartsJoinExactlyAndLieOnTheWholeAndTheChordOnTheXAxis) {
-  test::RandomBezier random(10);
+  RandomBezier random(10);
   for (const TQBezierSegment& segment : segments(11, 500)) {
     const double t = random.number(-0.5, 1.5);
     TQBezierSegment left = segment, right;
@@ -179,7 +176,7 @@ double bend(const TQBezierSegment& s, double t) {
 }
 
 TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
-  test::RandomBezier random(17);
+  RandomBezier random(17);
   std::array<int, 3> seen{};
   for (int i = 0; i < 2000; ++i) {
     const TQBezierSegment cubic = random.segment(TQBezierDegree::cubic, 100);
@@ -203,7 +200,7 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
 }
 
 TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
-  test::RandomBezier random(18);
+  RandomBezier random(18);
   for (const TQBezierSegment& segment : segments(19, 500)) {
     const double y = random.number(-100, 100);
     const TQPolynomialRoots found = TQBezierSegmentIntersectionsWithHorizontalLine(segment, y);

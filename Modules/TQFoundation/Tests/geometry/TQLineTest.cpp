@@ -2,21 +2,19 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <limits>
-#include <numbers>
 #include <vector>
 
 #include <TQFoundation/geometry/TQOrthogonalLine.h>
 #include <TQFoundation/geometry/VectorAlgebra.h>
-#include <support/RandomBezier.h>
+
+#include "geometry/Expectations.h"
+#include "support/RandomBezier.h"
 
 namespace tq {
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kPi = std::numbers::pi;
+using namespace test;
+
 constexpr Rect kRect{0, 0, 10, 10};
 
 TQLineSegment between(Point from, Point to) { return {from, {to.x - from.x, to.y - from.y}}; }
@@ -48,7 +46,7 @@ TEST(Line, AnglesStayInRange) {
   EXPECT_EQ(TQLineSignedAngleFromXAxis({0, 1, 0}), kPi);
   EXPECT_EQ(TQLineSignedAngleFromXAxis({-0.0, 1, 0}), -kPi);
   EXPECT_DOUBLE_EQ(TQLineSignedAngleBetween({-1, -1, 0}, {1, -1, 0}), -kPi / 2);  // across ±π
-  test::RandomBezier random(3);
+  RandomBezier random(3);
   for (int i = 0; i < 10'000; ++i) {
     const auto [a1, b1] = random.point(1);
     const auto [a2, b2] = random.point(1);
@@ -112,7 +110,7 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
 }
 
 TEST(LineSegment, IntersectsARectWhenAPointOfItIsInside) {
-  test::RandomBezier random(4);
+  RandomBezier random(4);
   int hits = 0;
   for (int i = 0; i < 5000; ++i) {
     const TQLineSegment segment = between(random.point(20), random.point(20));
@@ -159,7 +157,7 @@ TEST(LineSegment, TouchesAndDegenerateOnesFollowTheClosedRect) {
 }
 
 TEST(Line, TransformIsAMotionThatBringsItOntoTheXAxis) {
-  test::RandomBezier random(5);
+  RandomBezier random(5);
   for (int i = 0; i < 5000; ++i) {
     const auto [a, b] = random.point(1);
     const TQLine line{a, b, random.number(-100, 100)};

@@ -2,21 +2,17 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <limits>
-#include <numbers>
 #include <vector>
 
-#include <support/RandomBezier.h>
-#include <support/Roots.h>
+#include "geometry/Expectations.h"
+#include "support/RandomBezier.h"
+#include "support/Roots.h"
 
 namespace tq {
 namespace {
 
-using test::used;
+using namespace test;
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
@@ -59,7 +55,7 @@ std::vector<long double> cubicRoots(long double a, long double b, long double c)
 }
 
 TEST(PolynomialRoots, CubicOnesAgreeWithMoreDigitsAndGiveZeroWhenPutBack) {
-  test::RandomBezier random(1);
+  RandomBezier random(1);
   int withThree = 0;
   for (int i = 0; i < 100'000; ++i) {
     const TQPolynomial p{1, random.number(-5, 5), random.number(-5, 5), random.number(-5, 5)};

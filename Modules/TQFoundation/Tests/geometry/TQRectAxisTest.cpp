@@ -1,21 +1,21 @@
 #include <TQFoundation/geometry/TQRectAxis.h>
 
-#include <gtest/gtest.h>
-
 #include <climits>
-#include <limits>
 #include <string>
 
 #include <TQFoundation/geometry/TQAxis.h>
 #include <TQFoundation/geometry/TQCorner.h>
 
+#include "geometry/Expectations.h"
+
 namespace tq {
 namespace {
+
+using namespace test;
 
 constexpr auto kX = Axis::horizontal;
 constexpr auto kY = Axis::vertical;
 constexpr auto kOther = static_cast<Axis>(9);
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(Axis, MasksAndFlipsTakeAnyValue) {
   EXPECT_EQ(TQAxisMaskMake(false, true), AxisMask::vertical);

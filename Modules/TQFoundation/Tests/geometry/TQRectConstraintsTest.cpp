@@ -1,17 +1,14 @@
 #include <TQFoundation/geometry/TQRectConstraints.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 #include <random>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
+
 using C = TQRectConstraints;
 
 constexpr C bits(unsigned value) { return static_cast<C>(value); }

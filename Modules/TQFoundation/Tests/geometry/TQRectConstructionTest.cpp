@@ -1,15 +1,13 @@
 #include <TQFoundation/geometry/TQRectConstruction.h>
 
-#include <gtest/gtest.h>
-
 #include <utility>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
 
 TEST(RectConstruction, FromPointsSizesAndMargins) {
   for (const auto& [a, b] : {std::pair<Point, Point>{{1, 9}, {4, 2}},

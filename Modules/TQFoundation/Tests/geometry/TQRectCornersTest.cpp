@@ -1,19 +1,13 @@
 #include <TQFoundation/geometry/TQRectCorners.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
 
 constexpr auto kUnknown = static_cast<TQCorner>(9);
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(RectCorners, TableOfPointsAndResizing) {
   const Rect rect{10, 20, 30, 40};

@@ -1,17 +1,14 @@
 #include <TQFoundation/geometry/TQRectEquality.h>
 
-#include <gtest/gtest.h>
-
 #include <bit>
 #include <cstdint>
-#include <limits>
+
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
+using namespace test;
 
 double stepsAbove(double value, std::uint64_t steps) {
   return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) + steps);

@@ -1,23 +1,16 @@
 #include <TQFoundation/geometry/TQRectFitting.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 #include <random>
 
 #include <TQFoundation/geometry/AspectRatio.h>
 #include <TQFoundation/geometry/TQRectAxis.h>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace test;
 
 TEST(RectFitting, FitsAndFillsWithTheDocumentedZeroCases) {
   const Rect square{0, 0, 200, 200}, offset{10, 20, 40, 60};

@@ -1,15 +1,13 @@
 #include <TQFoundation/geometry/TQRectMoving.h>
 
-#include <gtest/gtest.h>
-
 #include <TQFoundation/geometry/TQRectConstruction.h>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
 
 TEST(RectMoving, IntoAContainerTheMinimumSideWins) {
   const Rect container{0, 0, 100, 50};

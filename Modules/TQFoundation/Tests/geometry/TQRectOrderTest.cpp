@@ -1,13 +1,11 @@
 #include <TQFoundation/geometry/TQRectOrder.h>
 
-#include <gtest/gtest.h>
-
-#include <limits>
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace test;
 
 int compare(const Rect& a, const Rect& b) { return TQRectFuzzyCompareWithOptions(0, a, b); }
 

@@ -1,18 +1,11 @@
 #include <TQFoundation/geometry/TQRectRounding.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
+using namespace test;
 
 TEST(RectRounding, RoundsEachFieldAndMultipliesByTheInverseStep) {
   expectFields(TQRectByRoundingRect({0.5, -0.5, 2.4999, -0.2}), {1, -1, 2, -0.0});

@@ -1,18 +1,11 @@
 #include <TQFoundation/geometry/TQRectSafe.h>
 
-#include <gtest/gtest.h>
-
-#include <limits>
-
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
-
-constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace test;
 
 TEST(RectSafe, ReplacesBadNumbersAndKeepsExtentsFromVanishing) {
   expectFields(TQRectSafe({kNaN, kInf, 0, -0.05}), {0.1, 0.1, 0.1, -0.1});

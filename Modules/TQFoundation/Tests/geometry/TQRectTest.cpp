@@ -1,18 +1,14 @@
 #include <TQFoundation/geometry/TQRect.h>
 
-#include <gtest/gtest.h>
-
-#include <limits>
-
 #include <TQFoundation/geometry/TQPrimitiveFunctions.h>
 
-#include "RectExpectations.h"
+#include "geometry/Expectations.h"
 #include "support/CapturedLog.h"
 
 namespace tq {
 namespace {
 
-using test::expectFields;
+using namespace test;
 
 TEST(RectObject, SettersMoveWithoutResizing) {
   const Ref<TQRect> rect = TQRect::rectWithRect({1, 2, 10, 20});

@@ -1,14 +1,11 @@
 #include <TQFoundation/geometry/TQSize.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using namespace test;
 
 TEST(Size, MagnitudeNormalAndContainment) {
   EXPECT_EQ(TQSizeNormalise({-3, 4}), (Size{-3.0 / 5, 4.0 / 5}));

@@ -1,17 +1,13 @@
 #include <TQFoundation/geometry/VectorAlgebra.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numbers>
 #include <random>
+
+#include "geometry/Expectations.h"
 
 namespace tq {
 namespace {
 
-constexpr double kPi = std::numbers::pi;
-constexpr double kTiny = std::numeric_limits<double>::denorm_min();
+using namespace test;
 
 TEST(VectorAlgebra, ExtremesNeitherOverflowNorVanish) {
   for (const double scale : {1.0, 1e300, 1e-300, 4 * kTiny}) {

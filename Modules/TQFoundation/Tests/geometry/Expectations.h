@@ -3,10 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
+#include <numbers>
 
 #include <TQFoundation/base/Rect.h>
 
 namespace tq::test {
+
+inline constexpr double kInf = std::numeric_limits<double>::infinity();
+inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double kTiny = std::numeric_limits<double>::denorm_min();
+inline constexpr double kMax = std::numeric_limits<double>::max();
+inline constexpr double kPi = std::numbers::pi;
 
 // Bit for bit but for the payload of a NaN: the signs of zeros count.
 inline bool sameNumber(double a, double b) {
