@@ -4,10 +4,12 @@
 
 #include <random>
 
+#include "support/Bytes.h"
+
 namespace tq {
 namespace {
 
-std::span<const std::byte> bytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
+using test::bytesOf;
 
 TEST(Base64, MatchesTheVectorsOfTheStandard) {
   // RFC 4648, section 10, and the two characters that JSON and paths care about.

@@ -7,6 +7,8 @@
 #include <functional>
 #include <limits>
 
+#include "support/Bytes.h"
+
 // libplist reads what is written here and writes what is read, where it gets the format right.
 
 namespace tq::detail {
@@ -15,6 +17,7 @@ namespace {
 using Writer = BinaryPropertyListWriter;
 using Reader = BinaryPropertyListReader;
 using Kind = Reader::Kind;
+using test::bytesOf;
 
 /// A list in libplist's form.
 class Foreign {
@@ -39,8 +42,6 @@ class Foreign {
  private:
   plist_t node_ = nullptr;
 };
-
-std::span<const std::byte> bytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
 
 /// What a list of this one element holds, read twice: as written here, and as libplist writes it
 /// again.

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "platform/ExpectFileError.h"
+#include "support/Bytes.h"
 #include "support/TemporaryDirectory.h"
 
 namespace tq {
@@ -14,7 +15,7 @@ namespace {
 
 using test::expectFileError;
 
-std::span<const std::byte> bytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
+using test::bytesOf;
 
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
 

@@ -6,6 +6,7 @@
 
 #include <support/FailingSystemCalls.h>
 #include <support/TemporaryDirectory.h>
+#include "support/Bytes.h"
 
 #include <filesystem>
 #include <utility>
@@ -18,7 +19,7 @@ namespace {
 using test::FailingSystemCalls;
 namespace fs = std::filesystem;
 
-std::span<const std::byte> bytesOf(std::string_view text) { return std::as_bytes(std::span(text)); }
+using test::bytesOf;
 
 std::int64_t codeOf(const Ref<Error>& error) { return error != nullptr ? error->code() : 0; }
 
