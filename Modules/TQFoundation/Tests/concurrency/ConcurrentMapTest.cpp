@@ -15,6 +15,7 @@
 #include <TQFoundation/platform/WorkerPool.h>
 
 #include "support/Numbers.h"
+#include "support/Threads.h"
 
 namespace tq {
 namespace {
@@ -89,13 +90,9 @@ TEST(ConcurrentMapStress, NestedCallsMakeProgress) {
     EXPECT_EQ(inner->count(), 8u);
     return share(object);
   };
-  std::vector<std::jthread> callers;
-  for (int i = 0; i < 3; ++i) {
-    callers.emplace_back([&] {
-      EXPECT_EQ(concurrentMap(*all, [&](Object& o) { return nest(o, 3); })->count(), 8u);
-    });
-  }
-  callers.clear();
+  test::onThreads(3, [&] {
+    EXPECT_EQ(concurrentMap(*all, [&](Object& o) { return nest(o, 3); })->count(), 8u);
+  });
   EXPECT_EQ(leaves, 3 * 8 * 8 * 8 * 8);
 }
 

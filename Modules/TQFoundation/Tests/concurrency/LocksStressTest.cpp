@@ -19,13 +19,14 @@
 #include <TQFoundation/objects/String.h>
 
 #include "support/Numbers.h"
+#include "support/Threads.h"
 
 namespace tq {
 namespace {
 
 struct Grid {
-  int groups;   // independent locks
-  int threads;  // per group
+  std::size_t groups;  // independent locks
+  int threads;         // per group
   int rounds;
 };
 constexpr Grid kGrid[] = {{1, 2, 20'000}, {1, 8, 2'000}, {4, 2, 2'000}};
@@ -35,22 +36,15 @@ template <class MakeLock>
 void fight(const char* name, MakeLock makeLock) {
   for (const Grid& grid : kGrid) {
     SCOPED_TRACE(std::string(name) + ", threads " + std::to_string(grid.threads));
-    std::vector<long> totals(static_cast<std::size_t>(grid.groups));  // plain: races would show
-    {
-      std::barrier start(grid.groups * grid.threads);
-      std::vector<std::jthread> threads;
-      for (int g = 0; g < grid.groups; ++g) {
-        for (int t = 0; t < grid.threads; ++t) {
-          threads.emplace_back([&, g] {
-            auto&& lock = makeLock(static_cast<std::size_t>(g));
-            start.arrive_and_wait();
-            for (int i = 0; i < grid.rounds; ++i) {
-              sync(lock, [&] { ++totals[static_cast<std::size_t>(g)]; });
-            }
-          });
-        }
-      }
-    }
+    std::vector<long> totals(grid.groups);  // plain: races would show
+    const int count = grid.threads * static_cast<int>(grid.groups);
+    std::barrier start(count);
+    test::onThreads(count, [&](int t) {
+      const std::size_t group = static_cast<std::size_t>(t) % grid.groups;
+      auto&& lock = makeLock(group);
+      start.arrive_and_wait();
+      for (int i = 0; i < grid.rounds; ++i) sync(lock, [&] { ++totals[group]; });
+    });
     for (const long total : totals) EXPECT_EQ(total, long{grid.threads} * grid.rounds);
   }
 }
@@ -74,19 +68,15 @@ TEST(LocksStress, ReadersSeeWholeWritesAndAtomicChangesAreNotLost) {
   auto lock = makeRef<ReadWriteLock>();
   long left = 0, right = 0;
   Atomic<int> number(0);
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < 3; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < 5'000; ++i) {
-        if (t == 0) lock->protectedWrite([&] { ++left, ++right; });
-        EXPECT_TRUE(lock->protectedRead([&] { return left == right; }));
-        number.increment();
-        number.mutate([](int& value) { value += 2; });
-        number.decrement();
-      }
-    });
-  }
-  threads.clear();
+  test::onThreads(3, [&](int t) {
+    for (int i = 0; i < 5'000; ++i) {
+      if (t == 0) lock->protectedWrite([&] { ++left, ++right; });
+      EXPECT_TRUE(lock->protectedRead([&] { return left == right; }));
+      number.increment();
+      number.mutate([](int& value) { value += 2; });
+      number.decrement();
+    }
+  });
   EXPECT_EQ(left, 5'000);
   EXPECT_EQ(number.wrappedValue(), 3 * 5'000 * 2);
 }
@@ -98,21 +88,16 @@ TEST(LocksStress, StackHandsEveryElementToOneThread) {
   for (const Object& element : *elements) stack.push(const_cast<Object&>(element));
   // A popped element belongs to its popper until it is pushed again: nobody else may have it.
   std::vector<int> holds(kElements);
-  {
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-      threads.emplace_back([&] {
-        for (int i = 0; i < kRounds; ++i) {
-          const Ref<Object> object = stack.pop();
-          if (object == nullptr) continue;
-          const auto index = static_cast<std::size_t>(test::valueOf(*object));
-          EXPECT_EQ(++holds[index], 1);  // plain: also a race if two had it
-          --holds[index];
-          stack.push(*object);
-        }
-      });
+  test::onThreads(kThreads, [&] {
+    for (int i = 0; i < kRounds; ++i) {
+      const Ref<Object> object = stack.pop();
+      if (object == nullptr) continue;
+      const auto index = static_cast<std::size_t>(test::valueOf(*object));
+      EXPECT_EQ(++holds[index], 1);  // plain: also a race if two had it
+      --holds[index];
+      stack.push(*object);
     }
-  }
+  });
   std::set<Object*> seen;
   while (const Ref<Object> object = stack.pop()) EXPECT_TRUE(seen.insert(object.get()).second);
   EXPECT_EQ(seen.size(), elements->count());

@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <TQFoundation/concurrency/MapTable.h>
@@ -15,6 +14,8 @@
 #include <TQFoundation/concurrency/TQSingleton.h>
 #include <TQFoundation/concurrency/ValueCache.h>
 #include <TQFoundation/objects/String.h>
+
+#include "support/Threads.h"
 
 namespace tq {
 namespace {
@@ -51,17 +52,13 @@ TEST(TQObjectPool, KeepsUpToItsLimitAndCreatesWhenEmpty) {
 TEST(TQObjectPoolStress, NobodySharesAnObject) {
   const auto pool = TQObjectPool::initWithObjectCreatorBlock([] { return text("pooled"); });
   pool->setMaximumPoolCount(3);
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 5'000; ++i) {
-        Ref<Object> object = pool->vendObject();
-        EXPECT_EQ(object->referenceCount(), 1u);
-        pool->recycleObject(std::move(object));
-      }
-    });
-  }
-  threads.clear();
+  test::onThreads(4, [&] {
+    for (int i = 0; i < 5'000; ++i) {
+      Ref<Object> object = pool->vendObject();
+      EXPECT_EQ(object->referenceCount(), 1u);
+      pool->recycleObject(std::move(object));
+    }
+  });
   EXPECT_LE(pool->removeAllObjects().size(), 3u);
 }
 

@@ -16,6 +16,8 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/ObjectMonitor.h>
 
+#include "support/Threads.h"
+
 namespace tq {
 namespace {
 
@@ -136,31 +138,27 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
   const auto owner = text("owner");
   std::vector<std::atomic<int>> runs(kRounds);
   std::barrier round(kThreads);
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&] {
-      for (std::size_t r = 0; r < kRounds; ++r) {
-        const auto key = text("key " + std::to_string(r));
-        round.arrive_and_wait();
-        const auto create = [&]() -> Ref<Object> {
-          const int run = ++runs[r];
-          if (r % 4 == 1 && run == 1) throw std::runtime_error("the first creation");
-          if (r % 4 == 2) std::this_thread::yield();
-          const auto inner = text("inner " + std::to_string(r));
-          if (r % 4 == 3) return cache->cachedObjectForOwner(*owner, *inner, [&] { return inner; });
-          return text("made");
-        };
-        Ref<Object> object;
-        while (object == nullptr) {  // none for those who waited for the one that threw
-          try {
-            object = cache->cachedObjectForOwner(*owner, *key, create);
-          } catch (const std::runtime_error&) {
-          }
+  test::onThreads(kThreads, [&] {
+    for (std::size_t r = 0; r < kRounds; ++r) {
+      const auto key = text("key " + std::to_string(r));
+      round.arrive_and_wait();
+      const auto create = [&]() -> Ref<Object> {
+        const int run = ++runs[r];
+        if (r % 4 == 1 && run == 1) throw std::runtime_error("the first creation");
+        if (r % 4 == 2) std::this_thread::yield();
+        const auto inner = text("inner " + std::to_string(r));
+        if (r % 4 == 3) return cache->cachedObjectForOwner(*owner, *inner, [&] { return inner; });
+        return text("made");
+      };
+      Ref<Object> object;
+      while (object == nullptr) {  // none for those who waited for the one that threw
+        try {
+          object = cache->cachedObjectForOwner(*owner, *key, create);
+        } catch (const std::runtime_error&) {
         }
       }
-    });
-  }
-  threads.clear();
+    }
+  });
   for (std::size_t r = 0; r < kRounds; ++r) EXPECT_EQ(runs[r], r % 4 == 1 ? 2 : 1) << r;
   EXPECT_EQ(monitorCount(), 0u);
 }
@@ -169,19 +167,15 @@ TEST(TQCacheStress, OwnersDieWhileOthersLookAndChange) {
   const auto cache = TQCache::init();
   const auto key = text("k");
   std::atomic<int> living{0};
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < 3; ++t) {
-    threads.emplace_back([&] {
-      for (int i = 0; i < 5'000; ++i) {
-        const auto owner = text("owner");
-        EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr);
-        ++living;
-        cache->setCachedObject(makeRef<Farewell>([&] { --living; }), *owner, *key);
-        EXPECT_NE(cache->rawObjectForOwner(*owner, *key), nullptr);
-      }
-    });
-  }
-  threads.clear();
+  test::onThreads(3, [&] {
+    for (int i = 0; i < 5'000; ++i) {
+      const auto owner = text("owner");
+      EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr);
+      ++living;
+      cache->setCachedObject(makeRef<Farewell>([&] { --living; }), *owner, *key);
+      EXPECT_NE(cache->rawObjectForOwner(*owner, *key), nullptr);
+    }
+  });
   EXPECT_EQ(cache->count(), 0u);
   EXPECT_EQ(living, 0);
 }

@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "support/Threads.h"
+
 namespace tq {
 namespace {
 
@@ -83,23 +85,19 @@ TEST(TQLazyVarStress, OneOfManyComputes) {
   for (int i = 0; i < kRounds; ++i) vars.push_back(makeVar());
   std::vector<std::atomic<int>> runs(kRounds);
   std::barrier round(kThreads);
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&] {
-      for (std::size_t r = 0; r < kRounds; ++r) {
-        round.arrive_and_wait();
-        // The first computation gives up in every third round, and somebody computes again.
-        void* value = nullptr;
-        while (value == nullptr) {
-          value = TQLazyVarGetOrCalculateValue(vars[r].get(), 0, [&]() -> void* {
-            return ++runs[r] == 1 && r % 3 == 0 ? nullptr : &runs[r];
-          });
-        }
-        EXPECT_EQ(value, &runs[r]);
+  test::onThreads(kThreads, [&] {
+    for (std::size_t r = 0; r < kRounds; ++r) {
+      round.arrive_and_wait();
+      // The first computation gives up in every third round, and somebody computes again.
+      void* value = nullptr;
+      while (value == nullptr) {
+        value = TQLazyVarGetOrCalculateValue(vars[r].get(), 0, [&]() -> void* {
+          return ++runs[r] == 1 && r % 3 == 0 ? nullptr : &runs[r];
+        });
       }
-    });
-  }
-  threads.clear();
+      EXPECT_EQ(value, &runs[r]);
+    }
+  });
   for (std::size_t r = 0; r < kRounds; ++r) EXPECT_EQ(runs[r], r % 3 == 0 ? 2 : 1);
 }
 

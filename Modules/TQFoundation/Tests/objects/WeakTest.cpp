@@ -9,6 +9,8 @@
 
 #include <TQFoundation/objects/Class.h>
 
+#include "support/Threads.h"
+
 namespace tq {
 namespace {
 
@@ -120,17 +122,12 @@ TEST(WeakStress, LocksAgainstTheLastRelease) {
 TEST(RefStress, CountsOnAnyThread) {
   constexpr int kThreads = 4;
   const Ref<Watched> object = makeRef<Watched>();
-  {
-    std::vector<std::jthread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-      threads.emplace_back([&object] {
-        for (int k = 0; k < 200'000; ++k) {
-          const Ref<Watched> copy = object;
-          const Weak<Watched> weak = copy;
-        }
-      });
+  test::onThreads(kThreads, [&] {
+    for (int k = 0; k < 200'000; ++k) {
+      const Ref<Watched> copy = object;
+      const Weak<Watched> weak = copy;
     }
-  }
+  });
   EXPECT_EQ(object->referenceCount(), 1u);
 }
 

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <support/TemporaryDirectory.h>
+#include <support/Threads.h>
 
 #include <chrono>
 #include <filesystem>
@@ -101,17 +102,14 @@ TEST(ExternalTool, ItsWholeGroupGoesWhenItsTimeIsOver) {
 }
 
 TEST(ExternalToolStress, RunsSideBySide) {
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([t] {
-      const std::string input(100'000, static_cast<char>('a' + t));
-      for (int i = 0; i < 10; ++i) {
-        const auto result = runExternalTool(shell("cat", input));
-        ASSERT_TRUE(result && result->output->view() == input);
-        ASSERT_TRUE(runExternalTool(shell("true", input)));  // broken pipes stay with their thread
-      }
-    });
-  }
+  test::onThreads(4, [&](int t) {
+    const std::string input(100'000, static_cast<char>('a' + t));
+    for (int i = 0; i < 10; ++i) {
+      const auto result = runExternalTool(shell("cat", input));
+      ASSERT_TRUE(result && result->output->view() == input);
+      ASSERT_TRUE(runExternalTool(shell("true", input)));  // broken pipes stay with their thread
+    }
+  });
 }
 
 }  // namespace

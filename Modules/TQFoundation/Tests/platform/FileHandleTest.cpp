@@ -13,9 +13,8 @@
 namespace tq {
 namespace {
 
-using test::expectFileError;
-
 using test::bytesOf;
+using test::expectFileError;
 
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
 
@@ -93,20 +92,6 @@ TEST(FileHandle, OneWriteTellsItsCountAndTheSystemsReason) {
   EXPECT_EQ(result.errorNumber, 0);
   ::close(ends[0]);
   ::close(ends[1]);
-}
-
-TEST(FileHandle, ATestStandsInForTheSystemsWrite) {
-  static int calls;
-  calls = 0;
-  const WriteHook before = setWriteHook([](int, std::span<const std::byte> bytes) noexcept {
-    return ++calls == 2 ? WriteResult{-1, EIO}
-                        : WriteResult{static_cast<std::ptrdiff_t>(bytes.size()), 0};
-  });
-  EXPECT_EQ(before, nullptr);
-  EXPECT_EQ(writeOnce(-1, bytesOf("abc")).count, 3);
-  EXPECT_EQ(writeOnce(-1, bytesOf("abc")).errorNumber, EIO);
-  setWriteHook(before);
-  EXPECT_EQ(writeOnce(-1, bytesOf("abc")).errorNumber, EBADF);
 }
 
 }  // namespace

@@ -4,9 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <support/Bytes.h>
 #include <support/FailingSystemCalls.h>
 #include <support/TemporaryDirectory.h>
-#include "support/Bytes.h"
 
 #include <filesystem>
 #include <utility>
@@ -16,10 +16,9 @@
 namespace tq {
 namespace {
 
+using test::bytesOf;
 using test::FailingSystemCalls;
 namespace fs = std::filesystem;
-
-using test::bytesOf;
 
 std::int64_t codeOf(const Ref<Error>& error) { return error != nullptr ? error->code() : 0; }
 

@@ -12,6 +12,7 @@
 #include "support/LoopbackServer.h"
 #include "support/SelfSigned.h"
 #include "support/TemporaryDirectory.h"
+#include "support/Threads.h"
 
 namespace tq {
 namespace {
@@ -320,23 +321,19 @@ TEST_F(URLSessionTest, EndsWhereItIsToldTo) {
 TEST_F(URLSessionTest, ManyTasksOfManyThreads) {
   constexpr int kTasks = 60;
   std::atomic<int> completed{0};
-  std::vector<std::jthread> threads;
-  for (int t = 0; t < 3; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = t; i < kTasks; i += 3) {
-        const auto task = session->dataTaskWithURL(
-            URL::URLWithString(server.url(i % 4 == 0 ? "/stall" : "/echo")),
-            [&, i](const Ref<Data>&, const URLResponse&, const Ref<Error>& error) {
-              const std::int64_t expected = i % 4 == 0 ? std::int64_t{URLErrorCancelled} : 0;
-              EXPECT_EQ(error == nullptr ? 0 : error->code(), expected);
-              ++completed;
-            });
-        task->resume();
-        if (i % 4 == 0) task->cancel();
-      }
-    });
-  }
-  threads.clear();
+  test::onThreads(3, [&](int t) {
+    for (int i = t; i < kTasks; i += 3) {
+      const auto task = session->dataTaskWithURL(
+          URL::URLWithString(server.url(i % 4 == 0 ? "/stall" : "/echo")),
+          [&, i](const Ref<Data>&, const URLResponse&, const Ref<Error>& error) {
+            const std::int64_t expected = i % 4 == 0 ? std::int64_t{URLErrorCancelled} : 0;
+            EXPECT_EQ(error == nullptr ? 0 : error->code(), expected);
+            ++completed;
+          });
+      task->resume();
+      if (i % 4 == 0) task->cancel();
+    }
+  });
   while (completed < kTasks) std::this_thread::sleep_for(1ms);
 }
 
