@@ -8,6 +8,7 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/detail/TextWords.h>
 #include <TQFoundation/objects/detail/UTF.h>
 
 namespace tq {
@@ -122,31 +123,16 @@ std::uint64_t folded(std::uint64_t a, std::uint64_t b) noexcept {
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-template <class Unsigned>
-std::uint64_t loaded(const char* at) noexcept {
-  Unsigned word;
-  std::memcpy(&word, at, sizeof word);
-  return word;
-}
-
-/// All bytes of a text of 1 to 8, in one number: those of 4 and more in two words that overlap.
-std::uint64_t packed(std::string_view text) noexcept {
-  const char* const end = text.data() + text.size();
-  if (text.size() >= 4)
-    return loaded<std::uint32_t>(text.data()) | loaded<std::uint32_t>(end - 4) << 32;
-  return loaded<std::uint8_t>(text.data()) |
-         loaded<std::uint8_t>(text.data() + text.size() / 2) << 8 |
-         loaded<std::uint8_t>(end - 1) << 16;
-}
-
 }  // namespace
 
 std::size_t String::hashOf(std::string_view text) noexcept {
   const std::uint64_t secret = hashSecret();
   std::uint64_t hash = secret ^ (text.size() * 0x9E3779B97F4A7C15u);
   const auto take = [&](std::uint64_t word) { hash = folded(hash ^ word, secret) + word; };
-  for (; text.size() > 8; text.remove_prefix(8)) take(loaded<std::uint64_t>(text.data()));
-  if (!text.empty()) take(packed(text));
+  for (; text.size() > 8; text.remove_prefix(8)) {
+    take(detail::loadedWord<std::uint64_t>(text.data()));
+  }
+  if (!text.empty()) take(detail::packedWord(text));
   return folded(hash, 0x9E3779B97F4A7C15u);
 }
 

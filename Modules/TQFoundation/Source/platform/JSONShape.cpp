@@ -1,31 +1,18 @@
 #include <TQFoundation/platform/detail/JSONShape.h>
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
+
+#include <TQFoundation/objects/detail/TextWords.h>
 
 namespace tq::detail {
 namespace {
 
-template <class Word>
-std::uint64_t load(const char* at) noexcept {
-  Word word;
-  std::memcpy(&word, at, sizeof word);
-  return word;
-}
-
-/// The first and the last bytes of a key in one word, in loads of fixed size.
+/// The first and the last bytes of a key in one word.
 std::uint64_t digest(std::string_view key) noexcept {
-  const char* end = key.data() + key.size();
-  if (key.size() >= 8) {
-    return load<std::uint64_t>(key.data()) + (load<std::uint64_t>(end - 8) << 7);
-  }
-  if (key.size() >= 4) {
-    return load<std::uint32_t>(key.data()) | (load<std::uint32_t>(end - 4) << 32);
-  }
-  if (key.empty()) return 0;
-  return load<std::uint8_t>(key.data()) | (load<std::uint8_t>(key.data() + key.size() / 2) << 8) |
-         (load<std::uint8_t>(end - 1) << 16);
+  if (key.size() < 8) return key.empty() ? 0 : packedWord(key);
+  return loadedWord<std::uint64_t>(key.data()) +
+         (loadedWord<std::uint64_t>(key.data() + key.size() - 8) << 7);
 }
 
 /// What tells shapes apart well enough; a shape found by it is compared in full.
