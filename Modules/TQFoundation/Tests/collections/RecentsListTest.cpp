@@ -1,7 +1,6 @@
 #include <TQFoundation/collections/RecentsList.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>

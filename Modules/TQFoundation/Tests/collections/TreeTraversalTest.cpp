@@ -1,7 +1,6 @@
 #include <TQFoundation/collections/TreeTraversal.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>

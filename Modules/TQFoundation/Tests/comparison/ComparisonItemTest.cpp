@@ -14,8 +14,7 @@ Ref<TQComparisonPathItem> path(const Ref<TQComparisonItem>& parent, std::string 
 }
 
 /// Says where it is by itself.
-class Place final : public Subclass<Place, TQComparisonItem> {
- public:
+struct Place final : Subclass<Place, TQComparisonItem> {
   static constexpr std::string_view className = "Place";
   Place() : Subclass(nullptr, nullptr, nullptr) {}
   std::string internalFullPath() override { return "here"; }

@@ -1,7 +1,6 @@
 #include <TQFoundation/comparison/TQRangeMap.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>

@@ -11,8 +11,7 @@
 namespace tq {
 namespace {
 
-class Named final : public Subclass<Named>, public TQSortable {
- public:
+struct Named final : Subclass<Named>, TQSortable {
   static constexpr std::string_view className = "Named";
   explicit Named(std::string name) : name_(std::move(name)) {}
   [[nodiscard]] std::string name() const override { return name_; }

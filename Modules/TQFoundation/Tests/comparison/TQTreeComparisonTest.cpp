@@ -1,7 +1,6 @@
 #include <TQFoundation/comparison/TQTreeComparison.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <map>
 #include <random>

@@ -1,7 +1,6 @@
 // The pool, the caches of one value, singletons and map tables.
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <memory>
 #include <optional>
@@ -94,8 +93,7 @@ TEST(ResettableLazy, LoadsAgainAfterReset) {
   EXPECT_EQ(lazy.wrappedValue(), "2");
 }
 
-class Palette final : public Subclass<Palette, TQSingleton> {
- public:
+struct Palette final : Subclass<Palette, TQSingleton> {
   static constexpr std::string_view className = "TestPalette";
 };
 

@@ -1,7 +1,6 @@
 #include <TQFoundation/concurrency/TQCache.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <barrier>
@@ -24,8 +23,7 @@ namespace {
 Ref<String> text(std::string_view characters) { return String::stringWithUTF8(characters); }
 
 // Calls back when it goes.
-class Farewell final : public Subclass<Farewell> {
- public:
+struct Farewell final : Subclass<Farewell> {
   static constexpr std::string_view className = "Farewell";
   explicit Farewell(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
   ~Farewell() override { atEnd_(); }

@@ -1,7 +1,6 @@
 #include <TQFoundation/concurrency/TQOperation.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <string>
 #include <thread>
@@ -16,8 +15,7 @@ namespace {
 using testing::ElementsAre;
 
 // Goes on elsewhere after start() has returned.
-class Elsewhere final : public Subclass<Elsewhere, TQOperation> {
- public:
+struct Elsewhere final : Subclass<Elsewhere, TQOperation> {
   static constexpr std::string_view className = "Elsewhere";
   void start() override {
     setExecuting(true);

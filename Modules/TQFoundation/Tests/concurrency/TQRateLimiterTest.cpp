@@ -13,8 +13,7 @@
 namespace tq {
 namespace {
 
-class View final : public Subclass<View> {
- public:
+struct View final : Subclass<View> {
   static constexpr std::string_view className = "View";
 
   void redraw() {

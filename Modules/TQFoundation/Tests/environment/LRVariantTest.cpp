@@ -10,8 +10,7 @@
 namespace tq {
 namespace {
 
-class FixedVariant final : public Subclass<FixedVariant>, public CurrentVariantDelegate {
- public:
+struct FixedVariant final : Subclass<FixedVariant>, CurrentVariantDelegate {
   static constexpr std::string_view className = "FixedVariant";
   explicit FixedVariant(std::int64_t rawValue) : rawValue_(rawValue) {}
   Ref<LRVariant> currentVariant() override { return LRVariant::initWithRawValue(rawValue_); }

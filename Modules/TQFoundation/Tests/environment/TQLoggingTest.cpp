@@ -1,7 +1,6 @@
 #include <TQFoundation/environment/TQLogging.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <support/CapturedLog.h>
 

@@ -97,8 +97,7 @@ TEST(MutableArray, ChangesInPlaceAndRefusesWhatDoesNotFit) {
 }
 
 /// Looks at the array that it is in when it goes.
-class Looker final : public Subclass<Looker> {
- public:
+struct Looker final : Subclass<Looker> {
   static constexpr std::string_view className = "Looker";
   Looker(const MutableArray& array, std::size_t& seen) : array_(array), seen_(seen) {}
   ~Looker() override { seen_ = array_.count(); }

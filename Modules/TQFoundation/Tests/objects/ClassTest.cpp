@@ -8,25 +8,21 @@
 // Stand-ins: the real ones belong to rooms above.
 namespace tq {
 
-class Bare : public Subclass<Bare> {
- public:
+struct Bare : Subclass<Bare> {
   static constexpr std::string_view className = "Bare";
 };
 
-class Constructed final : public Subclass<Constructed> {
- public:
+struct Constructed final : Subclass<Constructed> {
   static constexpr std::string_view className = "Constructed";
   explicit Constructed(TQJSONDecoder&) {}
 };
 
-class Made final : public Subclass<Made> {
- public:
+struct Made final : Subclass<Made> {
   static constexpr std::string_view className = "Made";
   static Ref<Made> initWithJSONDecoder(TQJSONDecoder&) { return nullptr; }
 };
 
-class Structured : public Subclass<Structured> {
- public:
+struct Structured : Subclass<Structured> {
   static constexpr std::string_view className = "Structured";
   static constexpr std::string_view codingName = "S";
   explicit Structured(TQJSONDecoder&) {}
@@ -40,33 +36,28 @@ class Structured : public Subclass<Structured> {
 };
 
 /// Inherits how it is written, not how it is made.
-class Derived final : public Subclass<Derived, Structured> {
- public:
+struct Derived final : Subclass<Derived, Structured> {
   static constexpr std::string_view className = "Derived";
   void startEncodingObject(TQJSONEncoder&) const {}
 };
 
-class Posing final : public Subclass<Posing> {
- public:
+struct Posing final : Subclass<Posing> {
   static constexpr std::string_view className = "Posing";
   using CodingClass = Bare;
 };
 
-class Keyed : public Subclass<Keyed> {
- public:
+struct Keyed : Subclass<Keyed> {
   static constexpr std::string_view className = "Keyed";
   void encodeWithCoder(KeyedArchiver&) const {}
   bool initWithCoder(KeyedUnarchiver&) { return true; }
 };
 
-class WriteOnly final : public Subclass<WriteOnly> {
- public:
+struct WriteOnly final : Subclass<WriteOnly> {
   static constexpr std::string_view className = "WriteOnly";
   void encodeWithCoder(KeyedArchiver&) const {}
 };
 
-class NotEmpty final : public Subclass<NotEmpty, Keyed> {
- public:
+struct NotEmpty final : Subclass<NotEmpty, Keyed> {
   static constexpr std::string_view className = "NotEmpty";
   explicit NotEmpty(int) {}
 };

@@ -11,8 +11,7 @@
 namespace tq {
 namespace {
 
-class Counted : public Subclass<Counted> {
- public:
+struct Counted : Subclass<Counted> {
   static constexpr std::string_view className = "Counted";
   explicit Counted(int& alive, Ref<Object> next = nullptr) : alive_(alive), next_(std::move(next)) {
     ++alive_;
@@ -24,8 +23,7 @@ class Counted : public Subclass<Counted> {
   Ref<Object> next_;
 };
 
-class Throwing final : public Subclass<Throwing> {
- public:
+struct Throwing final : Subclass<Throwing> {
   static constexpr std::string_view className = "Throwing";
   explicit Throwing(Ref<Object> held) : held_(std::move(held)) { throw std::runtime_error("no"); }
 

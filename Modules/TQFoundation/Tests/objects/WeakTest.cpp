@@ -20,8 +20,7 @@ class Delegate {
   virtual int answer() const = 0;
 };
 
-class Watched final : public Subclass<Watched>, public Delegate {
- public:
+struct Watched final : Subclass<Watched>, Delegate {
   static constexpr std::string_view className = "Watched";
   ~Watched() override {
     if (seenFromDestructor != nullptr) *seenFromDestructor = static_cast<bool>(self.lock());

@@ -12,8 +12,7 @@
 namespace tq::test {
 
 /// A host's class that keyed archives can keep: a tree whose nodes know their parent.
-class Host final : public Subclass<Host> {
- public:
+struct Host final : Subclass<Host> {
   static constexpr std::string_view className = "tq::test::Host";
   static constexpr std::string_view codingName = "Host";
 

@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/Keychain.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 

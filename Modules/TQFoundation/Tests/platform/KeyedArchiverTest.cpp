@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <limits>
-#include <random>
 
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
@@ -17,6 +16,7 @@
 #include <TQFoundation/platform/URL.h>
 
 #include "platform/Host.h"
+#include "support/RandomGraphs.h"
 
 namespace tq {
 namespace {
@@ -192,8 +192,7 @@ TEST(KeyedArchiver, RestoresCyclesThroughTheContainersThatHoldAHost) {
   EXPECT_NE(reasonForRefusing(*set), "");
 }
 
-class Plain final : public Subclass<Plain> {
- public:
+struct Plain final : Subclass<Plain> {
   static constexpr std::string_view className = "Plain";
 };
 
@@ -231,75 +230,14 @@ TEST(KeyedArchiver, NestsToItsLimit) {
   }
 }
 
-/// Random graphs in which anything may be shared.
-class Graphs {
- public:
-  explicit Graphs(unsigned seed) : random_(seed) {}
-
-  Ref<Object> make(int depth) {
-    if (!made_.empty() && below(4) == 0) return made_[below(made_.size())];
-    Ref<Object> object = depth == 0 || below(3) == 0 ? leaf() : container(depth - 1);
-    made_.push_back(object);
-    return object;
-  }
-
- private:
-  std::size_t below(std::size_t n) { return random_() % n; }
-
-  Ref<Object> leaf() {
-    switch (below(8)) {
-      case 0:
-        return number(below(2) == 0);
-      case 1:
-        return number(static_cast<std::int64_t>(random_()) - (1 << 30));
-      case 2:
-        return number(static_cast<double>(random_()) / 7);
-      case 3:
-        return Data::dataWithBytes(std::string(below(30), 'd'));
-      case 4:
-        return Value::valueWithPoint({static_cast<double>(random_()) / 3, 1});
-      case 5:
-        return Null::null();
-      case 6: {
-        std::u16string units(below(20), u'\0');
-        for (char16_t& unit : units) unit = static_cast<char16_t>(random_());
-        return String::stringWithUTF16(units);
-      }
-      default:
-        return text(std::to_string(below(5)));
-    }
-  }
-
-  Ref<Object> container(int depth) {
-    std::vector<Ref<Object>> objects;
-    for (std::size_t i = below(6); i-- > 0;) objects.push_back(make(depth));
-    switch (below(5)) {
-      case 0:
-        return MutableArray::arrayWithArray(*Array::arrayWithObjects(objects));
-      case 1: {
-        const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
-        for (const Ref<Object>& object : objects) dictionary->setObject(object, leaf());
-        return below(2) == 0 ? dictionary : dictionary->copy();
-      }
-      case 2:
-        return Set::setWithObjects({leaf(), leaf(), leaf()});
-      case 3:
-        return makeHost(std::to_string(below(100)), make(depth));
-      default:
-        return Array::arrayWithObjects(std::move(objects));
-    }
-  }
-
-  std::mt19937 random_;
-  std::vector<Ref<Object>> made_;
-};
-
 TEST(KeyedArchiver, ReadsAndWritesAnyGraphAgainToTheSameBytes) {
   Class::registerClass<Host>();
   for (unsigned seed = 0; seed < 2'000; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
-    Graphs graphs(seed);
-    roundTrip(*graphs.make(6));
+    const auto host = [](double real, std::int64_t, Ref<Object> child) {
+      return makeHost(std::to_string(real), std::move(child));
+    };
+    roundTrip(*test::RandomGraphs(seed, host, true).object(6));
     if (testing::Test::HasFailure()) return;
   }
 }

@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/OperationQueue.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>

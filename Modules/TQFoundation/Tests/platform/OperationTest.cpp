@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/Operation.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <stdexcept>
@@ -17,8 +16,7 @@ namespace {
 using testing::ElementsAre;
 
 // Runs what it is told, and keeps what is announced of it.
-class Work final : public Subclass<Work, Operation> {
- public:
+struct Work final : Subclass<Work, Operation> {
   static constexpr std::string_view className = "Work";
   explicit Work(std::function<void(Work&)> act = {}) : act_(std::move(act)) {
     addObserver([this](Operation&, std::string_view key, Change change) {

@@ -2,7 +2,6 @@
 
 #include <glib.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdlib>

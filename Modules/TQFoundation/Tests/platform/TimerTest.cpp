@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/Timer.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
@@ -22,8 +21,7 @@ using namespace std::chrono_literals;
 using test::HandMovedClock;
 
 // Does what it is told when its timer fires, and counts.
-class Probe final : public Subclass<Probe> {
- public:
+struct Probe final : Subclass<Probe> {
   static constexpr std::string_view className = "Probe";
   explicit Probe(std::function<void(Timer&)> act = {}) : act_(std::move(act)) {}
 

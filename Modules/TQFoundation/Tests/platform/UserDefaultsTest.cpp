@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/UserDefaults.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include <support/CapturedLog.h>

@@ -11,8 +11,7 @@ namespace {
 
 using namespace test;
 
-class Member final : public Subclass<Member> {
- public:
+struct Member final : Subclass<Member> {
   static constexpr std::string_view className = "Member";
   explicit Member(Ref<Object> kept) : content(std::move(kept)) {}
   explicit Member(TQJSONDecoder& decoder) : content(decoder.decodeObjectForKey("content")) {}

@@ -19,8 +19,7 @@ inline Ref<String> illFormed(std::u16string_view text = u"a\xD800z") {
 inline Ref<Data> data(std::string_view bytes) { return Data::dataWithBytes(bytes); }
 
 /// A structured object whose members a test writes and reads by functions of its own.
-class Scripted : public Subclass<Scripted> {
- public:
+struct Scripted : Subclass<Scripted> {
   static constexpr std::string_view className = "Scripted";
   using Encode = std::function<void(TQJSONEncoder&)>;
   using Decode = std::function<void(TQJSONDecoder&)>;
@@ -39,14 +38,12 @@ class Scripted : public Subclass<Scripted> {
 };
 
 /// An object without any archive form.
-class Opaque final : public Subclass<Opaque> {
- public:
+struct Opaque final : Subclass<Opaque> {
   static constexpr std::string_view className = "Opaque";
 };
 
 /// A sink that lends no window: every fragment comes through writeData().
-class TextSink final : public Subclass<TextSink, TQJSONEncoder> {
- public:
+struct TextSink final : Subclass<TextSink, TQJSONEncoder> {
   static constexpr std::string_view className = "TextSink";
   void writeData(const void* bytes, std::size_t length) override {
     text.append(static_cast<const char*>(bytes), length);

@@ -10,8 +10,7 @@ namespace {
 using namespace test;
 
 /// Writes every step in a form of its own.
-class Stepwise : public Subclass<Stepwise> {
- public:
+struct Stepwise : Subclass<Stepwise> {
   static constexpr std::string_view className = "Stepwise";
   void startEncodingObject(TQJSONEncoder& encoder) const {
     encoder.write("<");
@@ -24,22 +23,19 @@ class Stepwise : public Subclass<Stepwise> {
 };
 
 /// Inherits its steps but for one.
-class Inheriting final : public Subclass<Inheriting, Stepwise> {
- public:
+struct Inheriting final : Subclass<Inheriting, Stepwise> {
   static constexpr std::string_view className = "Inheriting";
   void encodeClassInfoForJSON(TQJSONEncoder& encoder) const { encoder.write("heir"); }
 };
 
 /// A host's own kind of array, which writes itself.
-class RawArray final : public Subclass<RawArray, Array> {
- public:
+struct RawArray final : Subclass<RawArray, Array> {
   static constexpr std::string_view className = "RawArray";
   RawArray() : Subclass(Storage::objects) {}
   void encodeAsRAWArchive(TQJSONEncoder& encoder) const { encoder.write("raw"); }
 };
 
-class Replaced final : public Subclass<Replaced> {
- public:
+struct Replaced final : Subclass<Replaced> {
   static constexpr std::string_view className = "Replaced";
   explicit Replaced(Ref<Object> other) : other_(std::move(other)) {}
   Ref<Object> replacementObjectForJSONEncoder(TQJSONEncoder&) const { return other_; }
@@ -49,17 +45,14 @@ class Replaced final : public Subclass<Replaced> {
   Ref<Object> other_;
 };
 
-class Base : public Subclass<Base> {
- public:
+struct Base : Subclass<Base> {
   static constexpr std::string_view className = "Base";
   void encodeAsJSON(TQJSONEncoder&) const {}
 };
-class Derived final : public Subclass<Derived, Base> {
- public:
+struct Derived final : Subclass<Derived, Base> {
   static constexpr std::string_view className = "Derived";
 };
-class Disguised final : public Subclass<Disguised, Base> {
- public:
+struct Disguised final : Subclass<Disguised, Base> {
   static constexpr std::string_view className = "Disguised";
   using CodingClass = Base;
 };

@@ -16,20 +16,17 @@ std::string described(const Ref<Object>& object) {
 }
 
 /// A class that takes nothing from an archive, only its place.
-class Plain final : public Subclass<Plain> {
- public:
+struct Plain final : Subclass<Plain> {
   static constexpr std::string_view className = "Plain";
 };
 
-class Throwing final : public Subclass<Throwing> {
- public:
+struct Throwing final : Subclass<Throwing> {
   static constexpr std::string_view className = "Throwing";
   explicit Throwing(TQJSONDecoder&) { throw std::runtime_error("thrown"); }
 };
 
 /// Answers none now and then, as a class may.
-class Choosy final : public Subclass<Choosy> {
- public:
+struct Choosy final : Subclass<Choosy> {
   static constexpr std::string_view className = "Choosy";
   static Ref<Choosy> initWithJSONDecoder(TQJSONDecoder& decoder) {
     return decoder.containsValueForKey("good") ? makeRef<Choosy>() : nullptr;
@@ -117,8 +114,7 @@ TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
   EXPECT_EQ(TQJSONDecoder::init()->classFromClassName(""), nullptr);
 }
 
-class Judge final : public Subclass<Judge>, public TQJSONDecoderDelegate {
- public:
+struct Judge final : Subclass<Judge>, TQJSONDecoderDelegate {
   static constexpr std::string_view className = "Judge";
   bool shouldInstantiateObjectOfClass(TQJSONDecoder&, const Class& objectClass) override {
     asked.emplace_back(objectClass.name());

@@ -1,7 +1,6 @@
 #include <TQFoundation/spatial/LazyPruneTree.h>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <random>
 #include <ranges>

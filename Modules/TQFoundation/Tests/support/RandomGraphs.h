@@ -1,0 +1,157 @@
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/Value.h>
+
+namespace tq::test {
+
+/// Random graphs of everything that archives can hold.
+class RandomGraphs {
+ public:
+  /// Makes an object of the host's own around another, or around none.
+  using Host = std::function<Ref<Object>(double real, std::int64_t whole, Ref<Object> child)>;
+
+  /// @param isKeyed  for keyed archives: parts may be shared, keys may be anything, sets are made
+  RandomGraphs(unsigned seed, Host host, bool isKeyed = false)
+      : random_(seed), host_(std::move(host)), isKeyed_(isKeyed) {}
+
+  Ref<Object> object(int depth) {
+    if (isKeyed_ && !made_.empty() && below(4) == 0) return made_[below(made_.size())];
+    Ref<Object> object = depth > 0 && below(2) == 0 ? container(depth - 1) : leaf();
+    if (isKeyed_) made_.push_back(object);
+    return object;
+  }
+
+ private:
+  std::size_t below(std::size_t count) { return random_() % count; }
+
+  Ref<Object> leaf() {
+    switch (below(5)) {
+      case 0:
+        return Number::numberWith(number());
+      case 1:
+        return string();
+      case 2:
+        // Now and then more than is turned into text at once.
+        return Data::dataWithBytes(
+            std::string(below(50) == 0 ? 20'000 : below(40), static_cast<char>(random_())));
+      case 3:
+        return single();
+      default:
+        return packed();
+    }
+  }
+
+  Ref<Object> container(int depth) {
+    switch (below(isKeyed_ ? 5 : 4)) {
+      case 0:
+        return host_(real(), static_cast<std::int64_t>(random_()),
+                     below(4) == 0 ? nullptr : object(depth));
+      case 1:
+        return array(depth);
+      case 4:
+        return Set::setWithObjects({single(), string(), string()});
+      default:
+        return dictionary(depth);
+    }
+  }
+
+  /// Without powers of ten: 1e23 and some others are written differently the second time.
+  double real() {
+    const auto bits = random_();
+    const double reals[] = {
+        std::bit_cast<double>(bits), static_cast<double>(bits % 20'000) / 100,
+        std::ldexp(static_cast<double>(bits >> 11), -static_cast<int>(bits % 110)),
+        std::copysign(std::numeric_limits<double>::infinity(), static_cast<int>(bits)),
+        static_cast<double>(static_cast<int>(bits))};
+    const double value = reals[below(5)];
+    return NumberValue(std::fabs(value)).text().starts_with("1e") ? 0.5 : value;
+  }
+
+  NumberValue number() {
+    const auto bits = random_();
+    const NumberValue numbers[] = {
+        bits % 2 == 0,
+        static_cast<std::int8_t>(bits),
+        static_cast<std::int16_t>(bits),
+        static_cast<std::int32_t>(bits),
+        static_cast<std::int64_t>(bits),
+        bits,
+        static_cast<float>(bits % 10'000) / 4,  // others come back as doubles of more digits
+        real()};
+    return numbers[below(8)];
+  }
+
+  Ref<String> string() {
+    std::u16string units;
+    for (auto n = below(12); n > 0; --n) {
+      const char16_t ranges[] = {u' ', 0x00, 0x80, 0x2000, 0xD800, 0xDC00, 0xFFF0};
+      units += static_cast<char16_t>(ranges[below(4) == 0 ? below(7) : below(2)] + below(96));
+      if (below(8) == 0) units += u"\U0001F600";
+    }
+    return String::stringWithUTF16(units);
+  }
+
+  Ref<Object> single() {
+    const Ref<Object> objects[] = {
+        Null::null(),
+        String::stringWithUTF16(u"a\xD800z"),
+        Value::valueWithPoint({real(), real()}),
+        Value::valueWithSize({real(), real()}),
+        Value::valueWithRect({real(), real(), real(), real()}),
+        Value::valueWithRange({random_() >> 1, below(9)}),
+        Value::valueWith("{?=dd}", Point{real(), 1}),
+        Date::dateWithTimeIntervalSinceReferenceDate(static_cast<int>(random_()))};
+    return objects[below(8)];
+  }
+
+  Ref<Object> packed() {
+    std::vector<NumberValue> numbers(1 + below(9));
+    const auto kind = below(3);
+    for (auto& n : numbers) n = kind == 0 ? number() : kind == 1 ? NumberValue(real()) : random_();
+    return Array::arrayWithNumbers(numbers);
+  }
+
+  Ref<Object> array(int depth) {
+    std::vector<Ref<Object>> elements(below(6));
+    for (auto& element : elements) element = object(depth);
+    const Ref<Array> array = Array::arrayWithObjects(elements);
+    return isKeyed_ && below(2) == 0 ? MutableArray::arrayWithArray(*array) : array;
+  }
+
+  Ref<Object> dictionary(int depth) {
+    const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+    const auto count = below(4) == 0 ? below(41) : below(5);
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::string text =
+          (below(3) == 0 ? "" : "k") + std::to_string(below(4) == 0 ? below(1000) : i);
+      Ref<Object> key = String::of(text);
+      if (isKeyed_ && below(4) == 0) key = single();
+      dictionary->setObject(object(count > 8 ? 0 : depth), key);
+    }
+    return below(2) == 0 ? dictionary->copy() : Ref<Object>(dictionary);
+  }
+
+  std::mt19937_64 random_;
+  const Host host_;
+  const bool isKeyed_;
+  std::vector<Ref<Object>> made_;
+};
+
+}  // namespace tq::test
