@@ -113,6 +113,15 @@ TEST(BezierSegment, BoundsHoldEverySampleAndAreTouched) {
   }
 }
 
+TEST(BezierSegment, BoundsOfKnownCurvesAreExact) {
+  EXPECT_EQ(TQBezierSegmentGetBounds(TQBezierSegment::cubic({0, 0}, {0, 4}, {4, 4}, {4, 0})),
+            (Rect{0, 0, 4, 3}));
+  EXPECT_EQ(TQBezierSegmentGetBounds(TQBezierSegment::quadratic({0, 0}, {2, -4}, {4, 0})),
+            (Rect{0, -2, 4, 2}));
+  EXPECT_EQ(TQBezierSegmentGetBounds(TQBezierSegment::cubic({5, 5}, {5, 5}, {5, 5}, {5, 5})),
+            (Rect{5, 5, 0, 0}));
+}
+
 TEST(BezierSegment, BadInputGivesTheDocumentedValue) {
   for (const TQBezierSegment& segment : {TQBezierSegment::cubic({0, 0}, {1, 1}, {2, 2}, {kNaN, 3}),
                                          TQBezierSegment::cubic({0, 0}, {kNaN, 1}, {2, 2}, {3, 3}),

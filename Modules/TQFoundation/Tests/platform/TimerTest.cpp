@@ -136,6 +136,19 @@ TEST(Timer, ThoseScheduledByOthersWaitForALaterPass) {
   EXPECT_THAT(order, testing::ElementsAre(1, 2, 3));
 }
 
+TEST(Timer, OtherThreadsMayInvalidateIt) {
+  HandMovedClock clock;
+  auto probe = makeRef<Probe>();
+  const auto timer = probe->schedule(0.1);
+  const Weak<Probe> weakly = probe;
+  std::jthread([&] { timer->invalidate(); }).join();
+  EXPECT_FALSE(timer->isValid());
+  clock.pass(200ms);
+  EXPECT_EQ(probe->fired, 0);
+  probe = nullptr;
+  EXPECT_TRUE(weakly.expired());
+}
+
 TEST(Timer, NeverFiresWhereNoLoopRunsAndEndsWithTheThread) {
   const auto probe = makeRef<Probe>();
   Ref<Timer> timer;

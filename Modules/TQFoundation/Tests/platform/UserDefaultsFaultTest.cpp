@@ -9,8 +9,10 @@
 #include <support/CapturedLog.h>
 #include <support/TemporaryDirectory.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -140,6 +142,30 @@ TEST_F(UserDefaultsFault, AWriterMayDieInAnyCall) {
     ASSERT_EQ(defaults->integerForKey("b"), 9);
   }
   EXPECT_EQ(status, 0);
+  EXPECT_TRUE(log.messages().empty());
+}
+
+TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
+  const unsigned seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::int64_t last = 0;
+  const Shared acknowledged;
+  for (int round = 0; round < 25; ++round) {
+    Child child([&] {
+      const Ref<UserDefaults> defaults = open();
+      for (std::int64_t i = last + 1;; ++i) {
+        defaults->setInteger(i, "count");
+        *acknowledged = i;
+      }
+    });
+    acknowledged.waitFor(last + 1 + static_cast<std::int64_t>(random() % 40));
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
+    child.end(SIGKILL);
+    last = open()->integerForKey("count");
+    ASSERT_GE(last, *acknowledged);
+    ASSERT_LE(last, *acknowledged + 1);
+  }
   EXPECT_TRUE(log.messages().empty());
 }
 
