@@ -51,9 +51,8 @@ class TQ_EXPORT TQArrayConsolidator {
 /// new place, the rest is removed or created. An index beyond the end inserts at the end.
 ///
 /// Failure: what a block throws passes through. Until the first removal the array is untouched;
-/// what
-///          createBlock and postRemoveBlock throw leaves the changes made so far. Memory runs out
-///          before the first change or not at all.
+///          what createBlock and postRemoveBlock throw leaves the changes made so far. Memory runs
+///          out before the first change or not at all.
 /// @return whether there was anything to change, even if it came to nothing
 TQ_EXPORT bool consolidateAgainst(MutableArray& array, const Array& newArray,
                                   TQArrayConsolidator& withConsolidator);

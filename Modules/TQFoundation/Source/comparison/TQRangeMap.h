@@ -33,8 +33,7 @@ class TQ_EXPORT TQRangeMap {
 
   /// Replaces the entry that starts at the same place.
   /// @throws Exception: InvalidArgumentException for none, RangeException for a range that starts
-  /// at
-  ///         kNotFound or beyond; the map is as it was
+  ///         at kNotFound or beyond; the map is as it was
   void setObject(Ref<Object> object, Range forRange);
 
   /// The object whose range covers the place, lent; null when there is none.

@@ -56,8 +56,7 @@ class TQ_EXPORT TQTreeComparisonDelegate {
 /// Cost:    the delegate's own work and that of the array differences, see TQArrayComparison. Path
 ///          items are made for the pairs on the way to a change alone.
 /// Threads: one at a time. The delegate is held weakly; a walk holds it while it lasts, and finds
-/// no
-///          difference when it is gone.
+///          no difference when it is gone.
 class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
  public:
   static constexpr std::string_view className = "TQTreeComparison";
@@ -79,8 +78,7 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
   /// The differences; empty for equal trees. Computed once; each call answers a copy of the list. A
   /// delegate that asks during the walk gets what was found so far.
   /// @throws Exception (kDepthException), std::bad_alloc, and what the delegate throws. The trees
-  /// are
-  ///         untouched then, and the next call computes anew.
+  ///         are untouched then, and the next call computes anew.
   [[nodiscard]] std::vector<Ref<TQComparisonItem>> changes();
 
   /// Compares a relationship to many objects. For the delegate, while it compares children.

@@ -50,8 +50,7 @@ TQ_EXPORT void* lazyVarWait(TQLazyVar& var, int timeoutSeconds);
 /// for its own variable waits for itself.
 ///
 /// @param timeout  whole seconds to wait for another thread, by the real-time clock; 0 or less
-/// waits
-///                 without limit. The computing thread itself is never interrupted.
+///                 waits without limit. The computing thread itself is never interrupted.
 /// @return the result; null on time-out
 /// A null `var` or block stops the process. Any thread. Cost when computed: one acquire load.
 template <class Block>

@@ -26,7 +26,7 @@ inline constexpr double TQFloatSafeValue = 0.1;
   return finite < minimum ? minimum : finite;
 }
 
-/// TQFloatSafe() of each coordinate.
+/// TQFloatMakeNotInfOrNan() of each coordinate.
 [[nodiscard]] inline Point TQPointSafe(Point point) noexcept {
   return {TQFloatMakeNotInfOrNan(point.x), TQFloatMakeNotInfOrNan(point.y)};
 }

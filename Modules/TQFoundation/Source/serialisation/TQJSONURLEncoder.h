@@ -17,7 +17,7 @@ class TQ_EXPORT TQJSONURLEncoder final : public Subclass<TQJSONURLEncoder, TQJSO
  public:
   static constexpr std::string_view className = "TQJSONURLEncoder";
 
-  /// Opens the file at `url` for writing.
+  /// Opens the existing file at `url`, to be written over from its start.
   [[nodiscard]] static Ref<TQJSONURLEncoder> initWithURL(const URL& url);
   explicit TQJSONURLEncoder(const URL& url);
   ~TQJSONURLEncoder() override;

@@ -29,9 +29,8 @@ namespace tq {
 ///           never met, and may hide rects stored beside it. Areas are width times height as they
 ///           stand, so negative extents take part in the choice of a place as negative areas.
 /// Edges:    rects are closed. The rects of directories are kept as origin and extent, whose sum
-/// may
-///           fall short of an edge by one unit in the last place: a query that does no more than
-///           touch exactly that edge may miss it.
+///           may fall short of an edge by one unit in the last place: a query that does no more
+///           than touch exactly that edge may miss it.
 /// Threads:  none of its own locking. Queries may run side by side, an insertion runs alone.
 /// Nodes:    a tree is a range of its nodes (not of its elements), depth first, the root first.
 template <class Element>
