@@ -63,7 +63,7 @@ class TQ_EXPORT KeyedArchiver {
   void encodeBytes(std::span<const std::byte> bytes, std::string_view forKey);
 
  private:
-  class Writer;
+  class [[gnu::visibility("hidden")]] Writer;
   explicit KeyedArchiver(Writer& writer) noexcept : writer_(writer) {}
 
   Writer& writer_;

@@ -73,7 +73,7 @@ class TQ_EXPORT KeyedUnarchiver {
   [[nodiscard]] std::span<const std::byte> decodeBytesForKey(std::string_view key);
 
  private:
-  class Reader;
+  class [[gnu::visibility("hidden")]] Reader;
   explicit KeyedUnarchiver(Reader& reader) noexcept : reader_(reader) {}
   [[nodiscard]] Ref<Object> decodeReferenceForKey(std::string_view key);
 

@@ -85,7 +85,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
  private:
   friend class Timer;
   friend TQ_EXPORT void mainQueueAsync(std::function<void()> block);
-  struct State;
+  struct [[gnu::visibility("hidden")]] State;
 
   explicit RunLoop(bool isMain);
   static void endThread(void* loop) noexcept;

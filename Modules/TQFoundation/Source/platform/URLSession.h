@@ -187,7 +187,7 @@ class TQ_EXPORT URLSession final : public Subclass<URLSession> {
 
  private:
   friend class URLSessionDataTask;
-  class Engine;
+  class [[gnu::visibility("hidden")]] Engine;
 
   explicit URLSession(URLSessionConfiguration configuration);
 
