@@ -13,6 +13,7 @@ tq_packaging_test(relocated prefix.sh relocated)
 tq_packaging_test(components components.sh)
 tq_packaging_test(debian debian.sh)
 tq_packaging_test(subproject subproject.sh)
+tq_packaging_test(layouts layouts.sh)
 if(CMAKE_BUILD_TYPE STREQUAL "Release")  # how much of a template is instantiated hangs on it
   tq_packaging_test(exports exports.sh)
 endif()

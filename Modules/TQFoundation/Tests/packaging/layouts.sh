@@ -1,0 +1,25 @@
+# A host built for debugging and a library built for speed mean the same bytes: the sizes, members
+# and virtual tables of every public class are alike in what the compiler tells a debugger.
+. "$(dirname "$0")/support.sh"
+
+# measure NAME FLAGS...: the layouts with these flags.
+measure() {
+  to="$TQ_WORK/$1"; shift
+  quietly "$CXX" -std=c++20 "$@" -g -femit-class-debug-always \
+    -fno-eliminate-unused-debug-types -I"$TQ_BUILD/include" \
+    -c "$tests/layouts.cpp" -o "$to.o"
+  readelf --debug-dump=info "$to.o" 2>/dev/null | awk -f "$tests/layouts.awk" | LC_ALL=C sort -u \
+    >"$to.txt"
+}
+
+measure debug -O0
+measure release -O3 -DNDEBUG
+diff -u --label debug --label release "$TQ_WORK/debug.txt" "$TQ_WORK/release.txt" ||
+  fail "layouts hang on how a file is compiled"
+
+# What is compared is there: a plain class, a member of a private one, a template, a virtual slot.
+for line in 'tq::Rect byte_size 32' 'tq::Dictionary::keys_ data_member_location' \
+  'tq::RTree<int> byte_size' 'tq::Object::description vtable_elem_location'; do
+  grep -q "^$line" "$TQ_WORK/debug.txt" || fail "no layout of $line"
+done
+say "$(grep -c byte_size "$TQ_WORK/debug.txt") types, $(wc -l <"$TQ_WORK/debug.txt") facts alike"
