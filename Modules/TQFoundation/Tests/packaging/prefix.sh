@@ -9,10 +9,9 @@ if [ "$1" = relocated ]; then
 fi
 serves "$installed"
 
-say "versions that do not fit are refused"
-for version in 0.0 0.2 1.0; do
-  ! configure_consumer "$installed" -DWANTED=$version >/dev/null 2>&1 || fail "took it for $version"
-done
+say "README.md shows how"
+sed -n '/^```cmake$/,/^```$/p' "$TQ_SOURCE/README.md" | grep -v '^```' >"$TQ_WORK/shown.txt"
+tail -n 3 "$tests/consumer/CMakeLists.txt" | diff "$TQ_WORK/shown.txt" - || fail "not as it was done"
 
 say "no file knows where it was made or put"
 ! grep -rlF -e "$TQ_SOURCE" -e "$TQ_BUILD" -e "$TQ_WORK" "$installed" || fail "these files know"

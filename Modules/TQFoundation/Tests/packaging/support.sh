@@ -14,14 +14,6 @@ quietly() {
   "$@" >"$TQ_WORK/log" 2>&1 || { cat "$TQ_WORK/log" >&2; fail "$@"; }
 }
 
-# configure_consumer PREFIX ARGUMENTS...: the consumer, with the package below PREFIX at its service.
-configure_consumer() {
-  prefix="$1"; shift
-  rm -rf "$TQ_WORK/consumer"
-  "$CMAKE" -S "$tests/consumer" -B "$TQ_WORK/consumer" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" \
-    -DCMAKE_PREFIX_PATH="$prefix" "$@"
-}
-
 # runs_with PREFIX PROGRAM ARGUMENTS...: it runs, with the library below PREFIX and no other.
 runs_with() {
   loaded="$(ldd "$2" | sed -n 's/.*libTQFoundation\.so\.0 => \(.*\) (.*/\1/p')"
@@ -34,11 +26,13 @@ runs_with() {
 # serves PREFIX: a consumer finds the package by find_package and by pkg-config, builds and runs.
 serves() {
   say "find_package in $1"
-  quietly configure_consumer "$1"
+  rm -rf "$TQ_WORK/consumer"
+  quietly "$CMAKE" -S "$tests/consumer" -B "$TQ_WORK/consumer" -G Ninja \
+    -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_PREFIX_PATH="$1"
   grep -qF "TQFoundation_DIR:PATH=$1/$TQ_LIBDIR/cmake/TQFoundation" "$TQ_WORK/consumer/CMakeCache.txt" ||
     fail "the consumer found another package"
   quietly "$CMAKE" --build "$TQ_WORK/consumer"
-  runs_with "$1" "$TQ_WORK/consumer/consumer"
+  runs_with "$1" "$TQ_WORK/consumer/app"
 
   say "pkg-config in $1"
   flags="$(PKG_CONFIG_PATH="$1/$TQ_LIBDIR/pkgconfig" pkg-config --cflags --libs TQFoundation)"
