@@ -1,7 +1,11 @@
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <span>
 #include <string>
 #include <thread>
 #include <utility>
@@ -51,20 +55,25 @@ class Checked final : public tq::Subclass<Checked> {
   std::size_t shapes = 0;
 };
 
-/// Checks the drawings on all cores, with a progress bar. @return a Checked for each, in order
+[[nodiscard]] std::ptrdiff_t cores() noexcept {
+  return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+}
+
+/// Told the file of each drawing that has been checked, on any thread.
+using Step = std::function<void(const std::string& file)>;
+
+/// The drawings checked on all cores: a Checked for each, in order.
 /// @throws what a check throws, such as std::bad_alloc
-[[nodiscard]] tq::Ref<tq::Array> checkAll(const std::vector<std::string>& files, bool draw) {
+[[nodiscard]] tq::Ref<tq::Array> checkAll(std::span<const std::string> files, bool draw,
+                                          const Step& step) {
   std::vector<tq::Ref<tq::Object>> names;
   for (const std::string& file : files) {
     names.push_back(tq::Data::dataWithBytes(file));  // any bytes: a file's name need not be text
   }
-  const auto progress = tq::makeRef<Progress>(files.size());
-  const auto limiter = tq::TQRateLimiter::initWithTarget(progress, &Progress::draw);
   const auto checkOne = [&](const tq::Object& name) -> tq::Ref<tq::Object> {
     const std::string file(tq::objectCast<tq::Data>(&name)->view());
     auto checked = tq::makeRef<Checked>(file, draw);
-    progress->step(file);
-    limiter->setNeedsUpdate(true);
+    step(file);
     return checked;
   };
   tq::Ref<tq::Array> all;
@@ -74,8 +83,7 @@ class Checked final : public tq::Subclass<Checked> {
     fault = std::move(failure);
     tq::mainQueueAsync([] { tq::RunLoop::main().stop(); });
   };
-  const auto cores = static_cast<std::ptrdiff_t>(std::thread::hardware_concurrency());
-  tq::mapWithMaxConcurrencyCount(*tq::Array::arrayWithObjects(std::move(names)), cores, checkOne,
+  tq::mapWithMaxConcurrencyCount(*tq::Array::arrayWithObjects(std::move(names)), cores(), checkOne,
                                  finish);
   tq::RunLoop::main().run();
   if (fault) std::rethrow_exception(fault);
@@ -96,12 +104,40 @@ void add(const Checked& one, Total& total) {
   }
 }
 
-void tell(const std::string& file, const RoundTrip& one, bool verbose) {
+/// Says what is wrong with it, and in what it falls short when asked to; mostly nothing.
+void tell(const std::string& file, const RoundTrip& one, bool verbose, Progress& progress) {
+  const bool tellsWhatIsLeftOut = verbose && !one.leftOut.empty();
+  if (one.trouble.empty() && one.differences.empty() && !tellsWhatIsLeftOut) return;
+  progress.wipe();
   if (!one.trouble.empty()) reportTrouble(one.trouble);
   for (const auto& difference : one.differences) reportTrouble(file + ": " + difference);
-  if (verbose && !one.leftOut.empty()) {
+  if (tellsWhatIsLeftOut) {
     std::cout << printable(file) << ": left out: " << summary(one.leftOut) << '\n';
   }
+}
+
+/// Batch by batch, so that memory does not grow with the number of drawings; a batch is long enough
+/// that the cores seldom wait for its slowest drawing.
+[[nodiscard]] Total checkInBatches(std::span<const std::string> files, const Options& options) {
+  const std::size_t batch = 256 * static_cast<std::size_t>(cores());
+  const auto progress = tq::makeRef<Progress>(files.size());
+  const auto limiter = tq::TQRateLimiter::initWithTarget(progress, &Progress::draw);
+  const Step step = [&](const std::string& file) {
+    progress->step(file);
+    limiter->setNeedsUpdate(true);
+  };
+  Total total;
+  while (!files.empty()) {
+    const auto some = files.first(std::min(batch, files.size()));
+    const tq::Ref<tq::Array> checked = checkAll(some, options.draw, step);
+    for (std::size_t i = 0; i < some.size(); ++i) {
+      const auto& one = static_cast<const Checked&>(checked->objectAtIndex(i));
+      add(one, total);
+      tell(some[i], one.result, options.verbose, *progress);
+    }
+    files = files.subspan(some.size());
+  }
+  return total;
 }
 
 void print(const Total& total, const FileList& list, double seconds) {
@@ -121,13 +157,7 @@ Outcome check(const Options& options) {
   const auto start = std::chrono::steady_clock::now();
   const FileList list = listFiles(options.files);
   if (list.files.empty()) return reportTrouble("there is no drawing to check");
-  Total total;
-  const tq::Ref<tq::Array> all = checkAll(list.files, options.draw);
-  for (std::size_t i = 0; i < list.files.size(); ++i) {
-    const auto& one = static_cast<const Checked&>(all->objectAtIndex(i));
-    add(one, total);
-    tell(list.files[i], one.result, options.verbose);
-  }
+  const Total total = checkInBatches(list.files, options);
   print(total, list,
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
   return total.troubles != 0      ? Outcome::trouble
