@@ -11,15 +11,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Links to directories are not followed, so there are no circles.
+/// A folder that cannot be read, or not to its end, is found as well: opening it tells why. Links
+/// to directories are not followed, so there are no circles.
 [[nodiscard]] std::vector<std::string> drawingsIn(const fs::path& directory) {
   std::vector<std::string> found;
-  std::error_code fault;
-  auto walk = fs::recursive_directory_iterator(
-      directory, fs::directory_options::skip_permission_denied, fault);
-  for (; !fault && walk != fs::recursive_directory_iterator(); walk.increment(fault)) {
-    const fs::path extension = walk->path().extension();
-    if (extension == ".svg" || extension == ".tqdoc") found.push_back(walk->path().string());
+  std::vector<fs::path> folders{directory};
+  while (!folders.empty()) {
+    const fs::path folder = std::move(folders.back());
+    folders.pop_back();
+    std::error_code fault, ignored;
+    for (fs::directory_iterator entry(folder, fault); !fault && entry != fs::directory_iterator();
+         entry.increment(fault)) {
+      const fs::path extension = entry->path().extension();
+      if (entry->symlink_status(ignored).type() == fs::file_type::directory) {
+        folders.push_back(entry->path());
+      } else if (extension == ".svg" || extension == ".tqdoc") {
+        found.push_back(entry->path().string());
+      }
+    }
+    if (fault) found.push_back(folder.string());
   }
   std::ranges::sort(found);
   return found;

@@ -15,7 +15,8 @@ struct FileList {
 };
 
 /// Directories become the .svg and .tqdoc files in them, at any depth, in the order of their names.
-/// Names that lead nowhere are kept: opening them tells why.
+/// Names that lead nowhere are kept, and so are directories that cannot be read: opening them tells
+/// why.
 [[nodiscard]] FileList listFiles(const std::vector<std::string>& arguments);
 
 }  // namespace tqdoc

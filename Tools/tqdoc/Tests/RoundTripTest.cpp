@@ -143,13 +143,14 @@ TEST_F(Drawings, PackedOnesAreReadOnlyWhole) {
 }
 
 TEST_F(Drawings, AreListedOnce) {
-  std::filesystem::create_directory(directory_.path("d"));
+  std::filesystem::create_directories(directory_.path("d/folder.svg"));
+  const std::string inner = directory_.write("d/folder.svg/e.svg", "");
   const std::string b = directory_.write("d/b.svg", "");
   const std::string a = directory_.write("d/a.tqdoc", "");
   directory_.write("d/c.txt", "");
   std::filesystem::create_symlink(a, directory_.path("d/z.svg"));
   const FileList list = listFiles({b, directory_.path("d"), "gone.svg"});
-  EXPECT_THAT(list.files, ElementsAre(b, a, "gone.svg"));
+  EXPECT_THAT(list.files, ElementsAre(b, a, inner, "gone.svg"));
   EXPECT_EQ(list.repeated, 2u);
 }
 
