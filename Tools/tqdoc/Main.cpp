@@ -1,11 +1,15 @@
 #include <exception>
+#include <iostream>
+#include <memory>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Model/Document.h"
 
+namespace tqdoc {
 namespace {
 
-constexpr const char* kExamples = R"(examples:
+constexpr const char* kFooter = R"(examples:
   tqdoc import drawing.svg -o drawing.tqdoc
   tqdoc show drawing.tqdoc
   tqdoc render drawing.tqdoc -o drawing.png --width 512 --bounds
@@ -14,35 +18,50 @@ constexpr const char* kExamples = R"(examples:
   tqdoc check --draw /usr/share/icons
   tqdoc sheet /usr/share/icons -o sheet.png --count 24
   tqdoc options width 512
+"tqdoc COMMAND --help" tells about one command, "man tqdoc" about everything.
 
 exit code: 0 all is well, 1 there are differences, 2 there was trouble)";
 
+Outcome run(int argc, char** argv) {
+  Outcome outcome = Outcome::fine;
+  CLI::App app("SVG drawings as archives of a document model.", "tqdoc");
+  // Commands take over what stands here when they are added.
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.set_help_flag("-h,--help", "print this help");
+  app.require_subcommand(1);
+  addImportCommand(app, outcome);
+  addShowCommand(app, outcome);
+  addRenderCommand(app, outcome);
+  addHitCommand(app, outcome);
+  addSheetCommand(app, outcome);
+  addDiffCommand(app, outcome);
+  addCheckCommand(app, outcome);
+  addRecentCommand(app, outcome);
+  addOptionsCommand(app, outcome);
+  // They do not take over these.
+  app.set_help_all_flag("--help-all", "print the help of every command");
+  app.set_version_flag("--version", "tqdoc " TQDOC_VERSION, "print the version");
+  app.failure_message(misuse);
+  app.footer(kFooter);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& request) {
+    // Help is a parse error of code 0.
+    outcome = app.exit(request) == 0 ? Outcome::fine : Outcome::trouble;
+  }
+  if (!std::cout.flush()) return reportTrouble("not everything could be printed");
+  return outcome;
+}
+
 }  // namespace
+}  // namespace tqdoc
 
 int main(int argc, char** argv) {
   try {
+    tq::UserDefaults::setApplicationDomain("tqdoc");  // under whatever name it is called
     tqdoc::registerModel();
-    tqdoc::Outcome outcome = tqdoc::Outcome::fine;
-    CLI::App app("SVG drawings as archives of a document model.", "tqdoc");
-    app.footer(kExamples);
-    app.require_subcommand(1);
-    tqdoc::addImportCommand(app, outcome);
-    tqdoc::addShowCommand(app, outcome);
-    tqdoc::addRenderCommand(app, outcome);
-    tqdoc::addHitCommand(app, outcome);
-    tqdoc::addSheetCommand(app, outcome);
-    tqdoc::addDiffCommand(app, outcome);
-    tqdoc::addCheckCommand(app, outcome);
-    tqdoc::addRecentCommand(app, outcome);
-    tqdoc::addOptionsCommand(app, outcome);
-    try {
-      app.parse(argc, argv);
-    } catch (const CLI::ParseError& request) {
-      // Help is a parse error of code 0.
-      const bool fine = app.exit(request) == 0;
-      return static_cast<int>(fine ? tqdoc::Outcome::fine : tqdoc::Outcome::trouble);
-    }
-    return static_cast<int>(outcome);
+    return static_cast<int>(tqdoc::run(argc, argv));
   } catch (const std::exception& fault) {
     return static_cast<int>(tqdoc::reportTrouble(fault.what()));
   }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Commands/Progress.h"
 #include "Files/FileList.h"
 #include "Files/RoundTrip.h"
@@ -175,6 +176,8 @@ void addCheckCommand(CLI::App& app, Outcome& outcome) {
       ->required();
   command->add_flag("--draw", options->draw, "draw both and compare every pixel, too");
   command->add_flag("-v,--verbose", options->verbose, "say for each drawing what is left out");
+  addExamples(*command,
+              {"tqdoc check drawing.svg archive.tqdoc", "tqdoc check --draw /usr/share/icons"});
   command->callback([options, &outcome] { outcome = check(*options); });
 }
 

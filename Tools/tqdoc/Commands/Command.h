@@ -9,8 +9,6 @@
 #include <string_view>
 
 #include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 
 #include <TQFoundation/TQFoundation.h>
 

@@ -2,12 +2,14 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include <unistd.h>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Model/Differences.h"
 #include "Model/PlacedNode.h"
 #include "Preferences/Preferences.h"
@@ -44,11 +46,15 @@ struct Look {
   }
 }
 
-/// By itself on a terminal, unless its user wants none of it (no-color.org).
+/// By itself on a terminal that has them, unless its user wants none (no-color.org).
 [[nodiscard]] bool wantsColours() {
   const Colours colours = preferences::colours.value();
   if (colours != Colours::automatic) return colours == Colours::always;
-  return isatty(STDOUT_FILENO) != 0 && !std::getenv("NO_COLOR");
+  const auto variable = [](const char* name) {
+    const char* const value = std::getenv(name);
+    return std::string_view(value != nullptr ? value : "");
+  };
+  return isatty(STDOUT_FILENO) != 0 && variable("NO_COLOR").empty() && variable("TERM") != "dumb";
 }
 
 [[nodiscard]] std::string lineFor(const Difference& difference) {
@@ -164,11 +170,14 @@ void addDiffCommand(CLI::App& app, Outcome& outcome) {
       ->required();
   command->add_option("new", options->newDrawing, "the other version")->required();
   command->add_flag("--json", options->asJSON, "tell it as an array of records");
-  command->add_option(
-      "--png", options->picture,
-      "a PNG file of both, with what was removed, inserted, moved and changed traced");
-  command->add_option("--size", options->size, "pixels across each of them")
-      ->check(CLI::Range(8, 4'000));
+  command
+      ->add_option("--png", options->picture,
+                   "a PNG file of both, with what was removed, inserted, moved and changed traced")
+      ->option_text("FILE");
+  addNumber(*command, "--size", options->size, "pixels across each of them; 512 by default", 8,
+            4'000);
+  addExamples(*command, {"tqdoc diff old.svg new.svg",
+                         "tqdoc diff --json old.tqdoc new.tqdoc --png diff.png --size 256"});
   command->callback([options, &outcome] { outcome = diff(*options); });
 }
 

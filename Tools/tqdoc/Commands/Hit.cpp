@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Model/HitIndex.h"
 #include "Render/Canvas.h"
 
@@ -50,12 +51,17 @@ void addHitCommand(CLI::App& app, Outcome& outcome) {
   command
       ->add_option("area", options->area,
                    "x y, or x y width height, in the coordinates that show prints")
+      ->option_text("x y [width height]")
       ->required()
       ->expected(2, 4)
       ->check(CLI::Number);
-  command->add_option("--png", options->picture, "a PNG file of the drawing with the hits marked");
-  const CLI::Option* width = command->add_option("--width", options->width, "pixels across it")
-                                 ->check(CLI::Range(1, Canvas::kSideLimit));
+  command->add_option("--png", options->picture, "a PNG file of the drawing with the hits marked")
+      ->option_text("FILE");
+  const CLI::Option* width =
+      addNumber(*command, "--width", options->width,
+                "pixels across it; 0 for the drawing's own size", 0, Canvas::kSideLimit);
+  addExamples(*command, {"tqdoc hit drawing.svg 24 24",
+                         "tqdoc hit drawing.svg 10 10 20 15 --png hit.png --width 512"});
   command->callback([options, width, &outcome] {
     if (width->count() == 0) options->width = preferredWidth();
     outcome = hit(*options);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Preferences/Preferences.h"
 
 namespace tqdoc {
@@ -37,10 +38,14 @@ void addImportCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("import", "read an SVG drawing and archive it");
   command->add_option("drawing", options->drawing, "an .svg file")->required();
-  command->add_option("-o,--output", options->output,
-                      "the archive; by default the drawing's name, ending in .tqdoc");
+  command
+      ->add_option("-o,--output", options->output,
+                   "the archive; by default the drawing's name, ending in .tqdoc")
+      ->option_text("FILE");
   const CLI::Option* gzip =
       command->add_flag("--gzip,!--no-gzip", options->gzip, "pack the archive, as gzip does");
+  addExamples(*command, {"tqdoc import drawing.svg",
+                         "tqdoc import drawing.svg -o archives/drawing.tqdoc --gzip"});
   command->callback([options, gzip, &outcome] {
     if (gzip->count() == 0) options->gzip = preferences::gzip.value();
     outcome = import(*options);

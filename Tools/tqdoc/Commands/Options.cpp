@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Preferences/Preferences.h"
 #include "Render/Canvas.h"
 
@@ -67,27 +68,34 @@ const std::vector<Option>& allOptions() {
 
 struct Words {
   std::string name;
-  std::string value;
+  std::optional<std::string> value;
   bool resets = false;
 };
 
-Outcome setOption(const Words& words) {
+Outcome saved() {
+  tq::Ref<tq::Error> error;
+  if (tq::UserDefaults::standardUserDefaults()->synchronize(&error)) return Outcome::fine;
+  return reportTrouble(error->localizedDescription());
+}
+
+Outcome resetOptions() {
+  for (const Option& option : allOptions()) option.reset();
+  return saved();
+}
+
+Outcome oneOption(const Words& words) {
   const auto& all = allOptions();
   const auto option = std::ranges::find(all, words.name, &Option::name);
   if (option == all.end()) return reportTrouble("there is no option " + words.name);
   if (words.resets) {
     option->reset();
-  } else if (words.value.empty()) {
+  } else if (!words.value) {
     std::cout << option->read() << '\n';
     return Outcome::fine;
-  } else if (!option->write(words.value)) {
-    return reportTrouble(words.name + " cannot be " + words.value + " (" + option->help + ")");
+  } else if (!option->write(*words.value)) {
+    return reportTrouble(words.name + " cannot be \"" + *words.value + "\" (" + option->help + ")");
   }
-  tq::Ref<tq::Error> error;
-  if (!tq::UserDefaults::standardUserDefaults()->synchronize(&error)) {
-    return reportTrouble(error->localizedDescription());
-  }
-  return Outcome::fine;
+  return saved();
 }
 
 Outcome listOptions() {
@@ -107,10 +115,15 @@ void addOptionsCommand(CLI::App& app, Outcome& outcome) {
   CLI::App* command = app.add_subcommand(
       "options", "what is done where the command line says nothing: all, one, or one set");
   command->add_option("name", words->name, "one of them");
-  command->add_option("value", words->value, "what it is to be from now on");
-  command->add_flag("--reset", words->resets, "what it is in the beginning");
-  command->callback(
-      [words, &outcome] { outcome = words->name.empty() ? listOptions() : setOption(*words); });
+  CLI::Option* value = command->add_option("value", words->value, "what it is to be from now on");
+  command->add_flag("--reset", words->resets, "what it is in the beginning; all of them, or one")
+      ->excludes(value);
+  addExamples(*command, {"tqdoc options", "tqdoc options colours never", "tqdoc options --reset"});
+  command->callback([words, &outcome] {
+    outcome = !words->name.empty() ? oneOption(*words)
+              : words->resets      ? resetOptions()
+                                   : listOptions();
+  });
 }
 
 }  // namespace tqdoc

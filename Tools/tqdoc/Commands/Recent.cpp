@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Preferences/Preferences.h"
 
 namespace tqdoc {
@@ -10,6 +11,7 @@ void addRecentCommand(CLI::App& app, Outcome& outcome) {
   auto clears = std::make_shared<bool>(false);
   CLI::App* command = app.add_subcommand("recent", "the drawings opened last, the last one first");
   command->add_flag("--clear", *clears, "forget them");
+  addExamples(*command, {"tqdoc recent", "tqdoc show \"$(tqdoc recent | head -1)\""});
   command->callback([clears, &outcome] {
     outcome = Outcome::fine;
     if (*clears) return forgetDrawings();

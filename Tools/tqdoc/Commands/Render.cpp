@@ -2,6 +2,7 @@
 #include <string>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Render/Canvas.h"
 
 namespace tqdoc {
@@ -29,16 +30,19 @@ void addRenderCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("render", "draw a drawing into a PNG file");
   command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
-  command->add_option("-o,--output", options->output, "the PNG file")->required();
-  const CLI::Option* width = command
-                                 ->add_option("--width", options->width,
-                                              "pixels across; by default the drawing's own size")
-                                 ->check(CLI::Range(1, Canvas::kSideLimit));
+  command->add_option("-o,--output", options->output, "the PNG file")
+      ->option_text("FILE")
+      ->required();
+  const CLI::Option* width =
+      addNumber(*command, "--width", options->width, "pixels across; 0 for the drawing's own size",
+                0, Canvas::kSideLimit);
   command->add_flag("--bounds", options->overlay.bounds, "mark the tight bounds of every shape");
   command->add_flag("--controls", options->overlay.controls,
                     "join the control points of every outline");
   command->add_flag("--intersections", options->overlay.intersections,
                     "circle the points where outlines cross");
+  addExamples(*command, {"tqdoc render drawing.svg -o drawing.png --width 512",
+                         "tqdoc render drawing.tqdoc -o drawing.png --bounds --controls"});
   command->callback([options, width, &outcome] {
     if (width->count() == 0) options->width = preferredWidth();
     outcome = render(*options);

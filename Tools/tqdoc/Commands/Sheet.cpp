@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 #include "Commands/Progress.h"
 #include "Files/FileList.h"
 #include "Files/RoundTrip.h"
@@ -93,13 +94,15 @@ void addSheetCommand(CLI::App& app, Outcome& outcome) {
       app.add_subcommand("sheet", "draw drawings beside their reopened archives into one PNG file");
   command->add_option("files", options->files, ".svg and .tqdoc files, and directories of them")
       ->required();
-  command->add_option("-o,--output", options->output, "the PNG file")->required();
-  command->add_option("--count", options->count, "how many of the drawings, at equal distances")
-      ->check(CLI::Range(1, 10'000));
-  command->add_option("--columns", options->columns, "drawings in a row")
-      ->check(CLI::Range(1, 1'000));
-  command->add_option("--size", options->size, "pixels across a drawing")
-      ->check(CLI::Range(8, 1'024));
+  command->add_option("-o,--output", options->output, "the PNG file")
+      ->option_text("FILE")
+      ->required();
+  addNumber(*command, "--count", options->count,
+            "how many of the drawings, at equal distances; 48 by default", 1, 10'000);
+  addNumber(*command, "--columns", options->columns, "drawings in a row; 6 by default", 1, 1'000);
+  addNumber(*command, "--size", options->size, "pixels across a drawing; 96 by default", 8, 1'024);
+  addExamples(*command, {"tqdoc sheet /usr/share/icons -o sheet.png",
+                         "tqdoc sheet old new -o sheet.png --count 24 --columns 4 --size 128"});
   command->callback([options, &outcome] { outcome = sheet(*options); });
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "Commands/Command.h"
+#include "Commands/Help.h"
 
 namespace tqdoc {
 namespace {
@@ -70,6 +71,7 @@ void addShowCommand(CLI::App& app, Outcome& outcome) {
   CLI::App* command =
       app.add_subcommand("show", "the tree with names, kinds and tight bounds in the drawing");
   command->add_option("drawing", *path, "a .tqdoc or .svg file")->required();
+  addExamples(*command, {"tqdoc show drawing.svg"});
   command->callback([path, &outcome] { outcome = show(*path); });
 }
 
