@@ -1,9 +1,10 @@
-# Debian packages, one a component: `cpack -G DEB` in the build folder makes them.
+# Debian packages, one a component: `cpack` makes them in the build tree's folder packages.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tqfoundation)
 set(CPACK_PACKAGE_VENDOR Korvan)
 set(CPACK_PACKAGE_CONTACT "TQFoundation <tqfoundation@korvan.invalid>")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL Runtime Development)
