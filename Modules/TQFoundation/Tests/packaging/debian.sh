@@ -42,7 +42,10 @@ say "installed"
 quietly in_root -i "$debs"/*.deb
 [ "$(cat "$TQ_WORK/ldconfig.txt")" = "postinst $root" ] || fail "the loader's cache is not refreshed"
 serves "$root/usr"
-[ ! -e "$root/usr/bin/tqdoc" ] || runs_with "$root/usr" "$root/usr/bin/tqdoc" --help >/dev/null
+if [ -e "$root/usr/bin/tqdoc" ]; then
+  runs_with "$root/usr" "$root/usr/bin/tqdoc" --help >/dev/null
+  [ -e "$root/usr/share/zsh/vendor-completions/_tqdoc" ] || fail "zsh will not find its completion"
+fi
 
 say "removed"
 # shellcheck disable=SC2046  # a list of words
