@@ -1,0 +1,15 @@
+#!/bin/sh
+# fuzz.sh SECONDS NAME: runs a fuzz target of the asan build. What it finds, and the inputs that reach
+# new code, lie in build/asan/found/NAME. Prints what it came to; leaves with what libFuzzer says.
+set -eu
+cd "$(dirname "$0")/../../.."
+seeds="$(ls -d "$PWD"/Modules/TQFoundation/Fuzz/*/corpus/"$2")"
+program="$PWD/build/asan/Modules/TQFoundation/Fuzz/${2}Fuzz"
+mkdir -p "build/asan/found/$2"
+cd "build/asan/found/$2"
+status=0
+"$program" -max_total_time="$1" -rss_limit_mb=4096 -timeout=20 -print_final_stats=1 . "$seeds" \
+  >log 2>&1 || status=$?
+printf '%s: %s inputs in %s seconds, exit code %s\n' "$2" \
+  "$(sed -n 's/^stat::number_of_executed_units: //p' log)" "$1" "$status"
+[ "$status" = 0 ] || { tail -40 log; exit 1; }
