@@ -1,0 +1,40 @@
+# Twenty thousand drawings are checked with hardly more memory than a thousand, and a bar on the
+# terminal tells how far it has got.
+set -eu
+. "$(dirname "$0")/support.sh"
+needs /usr/bin/time
+needs script
+
+# drawings COUNT FOLDER: so many, no two the same.
+drawings() {
+  mkdir "$2"
+  awk -v count="$1" -v folder="$2" 'BEGIN {
+    for (i = 1; i <= count; ++i) {
+      file = folder "/" i ".svg"
+      print "<svg width=\"" i "\" height=\"9\"><path d=\"M0 0h" i "v9c1 2 3 4 5 6z\"/></svg>" >file
+      close(file)
+    }
+  }'
+}
+
+# peak FOLDER: how much memory checking it takes at the most, in KiB.
+peak() {
+  /usr/bin/time -q -o "$work/peak" -f %M "$tqdoc" check "$1" >"$work/out" 2>"$work/bar" ||
+    fail "checking $1"
+  [ ! -s "$work/bar" ] || fail "a bar where there is no terminal"
+  cat "$work/peak"
+}
+
+drawings 1000 "$work/few"
+drawings 20000 "$work/many"
+few="$(peak "$work/few")"
+many="$(peak "$work/many")"
+grep -qx 'drawings     20,000' "$work/out" || fail "not all were checked"
+each=$(((many - few) * 1024 / 19000))
+say "peaks of $few and $many KiB: $each bytes for each drawing more"
+[ "$each" -lt 450 ] || fail "memory grows with the number of drawings"
+
+script -qec "$tqdoc check $work/many" "$work/screen" </dev/null >/dev/null
+tr '\r' '\n' <"$work/screen" | sed -n 's|.*\[#*\.*\] \([0-9]*\)/20000 .*|\1|p' >"$work/steps"
+[ "$(sort -u "$work/steps" | wc -l)" -ge 2 ] || fail "the bar stands still"
+sort -nc "$work/steps" || fail "the bar goes back"
