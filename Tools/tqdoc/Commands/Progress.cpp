@@ -1,13 +1,37 @@
 #include "Commands/Progress.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <iostream>
+#include <string>
+#include <string_view>
 
 #include "Commands/Command.h"
 
 namespace tqdoc {
+namespace {
+
+[[nodiscard]] std::size_t columnsOfTerminal() {
+  winsize size{};
+  const bool isKnown = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : 80;
+}
+
+/// The last characters of UTF-8 text, `most` of them; a character is taken for one column.
+[[nodiscard]] std::string_view tail(std::string_view text, std::size_t most) {
+  std::size_t at = text.size();
+  for (std::size_t i = text.size(); i > 0 && most > 0; --i) {
+    const bool begins = (static_cast<unsigned char>(text[i - 1]) & 0xc0) != 0x80;
+    if (!begins) continue;
+    at = i - 1;
+    --most;
+  }
+  return text.substr(at);
+}
+
+}  // namespace
 
 Progress::Progress(std::size_t total) : total_(total), onTerminal_(::isatty(STDERR_FILENO) == 1) {}
 
@@ -24,18 +48,22 @@ void Progress::draw() {
   const auto now = std::chrono::steady_clock::now();
   if (!onTerminal_ || now - drawn_ < std::chrono::milliseconds(100)) return;
   drawn_ = now;
-  constexpr std::size_t kWidth = 30;
-  constexpr std::size_t kNameWidth = 35;
+  constexpr std::size_t kWidest = 30;
   std::string name;
   std::size_t done = 0;
   {
     const std::scoped_lock guard(mutex_);
     done = done_;
-    name = name_.substr(name_.size() - std::min(name_.size(), kNameWidth));
+    name = name_;
   }
-  const std::size_t filled = total_ == 0 ? kWidth : kWidth * done / total_;
-  std::cerr << "\r\x1b[K[" << std::string(filled, '#') << std::string(kWidth - filled, '.') << "] "
-            << done << "/" << total_ << " " << printable(name) << std::flush;
+  // One column stays free: behind a full line some terminals begin another one.
+  const std::size_t columns = columnsOfTerminal() - 1;
+  const std::size_t width = std::min(kWidest, columns / 3);
+  const std::size_t filled = total_ == 0 ? width : width * done / total_;
+  std::string line = "[" + std::string(filled, '#') + std::string(width - filled, '.') + "] " +
+                     std::to_string(done) + "/" + std::to_string(total_) + " ";
+  line += tail(printable(name), columns - std::min(columns, line.size()));
+  std::cerr << "\r\x1b[K" << line << std::flush;
   shown_ = true;
 }
 

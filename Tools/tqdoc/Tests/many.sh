@@ -34,7 +34,9 @@ each=$(((many - few) * 1024 / 19000))
 say "peaks of $few and $many KiB: $each bytes for each drawing more"
 [ "$each" -lt 450 ] || fail "memory grows with the number of drawings"
 
-script -qec "$tqdoc check $work/many" "$work/screen" </dev/null >/dev/null
-tr '\r' '\n' <"$work/screen" | sed -n 's|.*\[#*\.*\] \([0-9]*\)/20000 .*|\1|p' >"$work/steps"
+script -qec "stty cols 50; $tqdoc check $work/many" "$work/screen" </dev/null >/dev/null
+tr '\r' '\n' <"$work/screen" | sed -n 's|^.*\(\[#*\.*\] \)|\1|p' >"$work/bars"
+sed 's|.* \([0-9]*\)/20000 .*|\1|' "$work/bars" >"$work/steps"
+[ "$(wc -L <"$work/bars")" = 49 ] || fail "the bar does not fit the terminal"
 [ "$(sort -u "$work/steps" | wc -l)" -ge 2 ] || fail "the bar stands still"
 sort -nc "$work/steps" || fail "the bar goes back"
