@@ -1,6 +1,7 @@
 #include "Files/Drawing.h"
 
 #include <filesystem>
+#include <fstream>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -80,9 +81,26 @@ bool saveArchive(const Document& document, const std::string& path, Packing pack
     bytes = tq::dataByCompressingWithAlgorithm_tq(*bytes, tq::TQCompressionAlgorithm::deflate);
     if (!bytes) throw std::bad_alloc();
   }
-  if (bytes && tq::replaceFile(*tq::URL::fileURLWithPath(path), bytes->bytes(), &reason)) {
-    return true;
+  if (bytes) return saveFile(path, bytes->bytes(), error);
+  tq::setOutError(error, errorWith(path + ": " + reason->localizedDescription()));
+  return false;
+}
+
+bool saveFile(const std::string& path, std::span<const std::byte> bytes,
+              tq::Ref<tq::Error>* error) {
+  using enum std::filesystem::file_type;
+  std::error_code ignored;
+  const auto type = std::filesystem::status(path, ignored).type();
+  if (type == character || type == fifo) {
+    std::ofstream stream(path, std::ios::binary);
+    stream.write(reinterpret_cast<const char*>(bytes.data()),
+                 static_cast<std::streamsize>(bytes.size()));
+    if (stream.flush()) return true;
+    tq::setOutError(error, errorWith(path + ": not everything could be written"));
+    return false;
   }
+  tq::Ref<tq::Error> reason;
+  if (tq::replaceFile(*tq::URL::fileURLWithPath(path), bytes, &reason)) return true;
   tq::setOutError(error, errorWith(path + ": " + reason->localizedDescription()));
   return false;
 }

@@ -3,6 +3,8 @@
 /// @file Drawing.h
 /// Drawings in files, whatever their kind.
 
+#include <cstddef>
+#include <span>
 #include <string>
 
 #include "Model/Document.h"
@@ -25,10 +27,13 @@ inline constexpr std::size_t kFileLimit = std::size_t{256} << 20;
 /// How an archive lies in its file: as its text, or in a gzip file.
 enum class Packing { none, gzip };
 
-/// Archives `document` at `path`: written beside it under another name and then put in its place,
-/// so that what was there before stays whole on failure.
+/// Archives `document` at `path`, as saveFile() does.
 bool saveArchive(const Document& document, const std::string& path, Packing packing,
                  tq::Ref<tq::Error>* error);
+
+/// Makes `bytes` the content of the file: written beside it under another name and then put in its
+/// place, so that what was there before stays whole on failure. Devices and pipes are written to.
+bool saveFile(const std::string& path, std::span<const std::byte> bytes, tq::Ref<tq::Error>* error);
 
 /// The text of an archive in a file's bytes: unpacked when they are a container, else as they are.
 [[nodiscard]] tq::Ref<const tq::Data> archiveText(tq::Ref<const tq::Data> bytes,

@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <new>
+#include <span>
+#include <vector>
 
 #include "Files/Drawing.h"
 #include "Render/Overlay.h"
@@ -64,13 +67,26 @@ std::span<const std::uint32_t> Canvas::pixels() const {
 }
 
 bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const {
+  std::vector<std::byte> png;
+  const auto append = [](void* closure, const unsigned char* bytes, unsigned length) {
+    const auto more = std::as_bytes(std::span(bytes, length));
+    auto& all = *static_cast<std::vector<std::byte>*>(closure);
+    try {
+      all.insert(all.end(), more.begin(), more.end());
+      return CAIRO_STATUS_SUCCESS;
+    } catch (const std::bad_alloc&) {  // must not pass through C
+      return CAIRO_STATUS_NO_MEMORY;
+    }
+  };
   cairo_status_t status = cairo_status(context_.get());
   if (status == CAIRO_STATUS_SUCCESS) {
-    status = cairo_surface_write_to_png(surface_.get(), path.c_str());
+    status = cairo_surface_write_to_png_stream(surface_.get(), append, &png);
   }
-  if (status == CAIRO_STATUS_SUCCESS) return true;
-  tq::setOutError(error, errorWith(path + ": " + cairo_status_to_string(status)));
-  return false;
+  if (status != CAIRO_STATUS_SUCCESS) {
+    tq::setOutError(error, errorWith(path + ": " + cairo_status_to_string(status)));
+    return false;
+  }
+  return saveFile(path, png, error);
 }
 
 bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,

@@ -53,6 +53,7 @@ class Canvas {
   /// Rows from the top, blue, green, red and alpha of each pixel, multiplied by alpha.
   [[nodiscard]] std::span<const std::uint32_t> pixels() const;
 
+  /// As saveFile() does.
   bool writePNG(const std::string& path, tq::Ref<tq::Error>* error) const;
 
  private:

@@ -1,4 +1,4 @@
-# What the command line says when it cannot be understood, or cannot say anything.
+# What the command line says when it cannot be understood, or cannot say or write anything.
 set -eu
 . "$(dirname "$0")/support.sh"
 
@@ -36,3 +36,12 @@ for words in --help options "show $data/face.svg" "diff $data/face.svg $data/fac
   "$tqdoc" $words >/dev/full 2>/dev/null || ended=$?
   [ "$ended" = 2 ] || fail "exit code $ended where nothing can be printed: $words"
 done
+
+echo before >"$work/picture.png"
+ended=0
+(trap '' XFSZ; ulimit -f 0; exec "$tqdoc" render "$data/face.svg" -o "$work/picture.png") \
+  2>/dev/null || ended=$?
+[ "$ended" = 2 ] || fail "exit code $ended where nothing can be written"
+[ "$(cat "$work/picture.png")" = before ] || fail "a picture that was there is damaged"
+ends 0 '' render "$data/face.svg" -o "$work/picture.png"
+"$tqdoc" render "$data/face.svg" -o /dev/stdout | cmp - "$work/picture.png" || fail "not in a pipe"
