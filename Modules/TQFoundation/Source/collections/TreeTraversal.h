@@ -248,7 +248,7 @@ template <TraversalOrder order, class Argument>
   if constexpr (std::is_lvalue_reference_v<Argument>) {
     return view(tree, nullptr);
   } else {
-    auto owned = std::make_shared<const Given>(std::move(tree));
+    auto owned = std::make_shared<const Given>(std::forward<Argument>(tree));
     return view(*owned, owned);
   }
 }

@@ -56,7 +56,7 @@ Ref<Data> Data::dataWithBytes(std::span<const std::byte> bytes) {
 Ref<Data> Data::dataWithBytes(std::string_view bytes) { return dataWithBytes(bytesOf(bytes)); }
 
 Ref<Data> Data::dataByTakingBytes(MutableData& buffer) {
-  const Ref<Data> data = makeRef<FixedData>();
+  Ref<Data> data = makeRef<FixedData>();
   if (buffer.bytes_ != nullptr) {
     // A block that cannot be made smaller stays as it is.
     if (void* cut = std::realloc(buffer.bytes_, buffer.length_ + kReadablePadding)) {

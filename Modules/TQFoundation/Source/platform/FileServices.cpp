@@ -91,8 +91,10 @@ Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error) {
   const std::string folder = folderOfPath(wanted.path());
   const std::filesystem::path name(wanted.lastPathComponent());
   for (int number = 1; number < kMostTries; ++number) {
-    const std::string text = number == 1 ? std::string() : " " + std::to_string(number);
-    const std::string path = folder + name.stem().string() + text + name.extension().string();
+    std::string path = folder;
+    path += name.stem().string();
+    if (number != 1) path.append(" ").append(std::to_string(number));
+    path += name.extension().string();
     const int descriptor = makeFile(path);
     if (descriptor >= 0) {
       ::close(descriptor);

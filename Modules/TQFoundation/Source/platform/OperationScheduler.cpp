@@ -14,7 +14,7 @@ thread_local constinit const Operation* startedHere = nullptr;  // by the runner
 }  // namespace
 
 std::size_t OperationScheduler::defaultLimit() noexcept {
-  return std::max<std::size_t>(4, 2 * std::thread::hardware_concurrency());
+  return std::max<std::size_t>(4, std::size_t{2} * std::thread::hardware_concurrency());
 }
 
 void OperationScheduler::add(Operation& operation) {

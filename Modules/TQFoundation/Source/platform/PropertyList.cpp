@@ -107,7 +107,7 @@ class Writer {
 
 class Reader {
  public:
-  explicit Reader(BinaryPropertyListReader list) : list_(std::move(list)) {}
+  explicit Reader(BinaryPropertyListReader list) : list_(list) {}
 
   Ref<Object> read(std::uint64_t number, int depth) {
     using Kind = BinaryPropertyListReader::Kind;
@@ -169,7 +169,7 @@ Ref<Object> propertyListFromBytes(std::span<const std::byte> bytes) {
   auto list = BinaryPropertyListReader::open(bytes, kReadingsPerByte);
   if (!list) return nullptr;
   const std::uint64_t top = list->top();
-  return Reader(*std::move(list)).read(top, kPropertyListDepth);
+  return Reader(*list).read(top, kPropertyListDepth);
 }
 
 }  // namespace tq::detail

@@ -217,7 +217,8 @@ bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unle
     if (unlessIn != nullptr && holds(*unlessIn, name)) continue;
     // A line break would begin a header of somebody else's choice.
     if (!isHeaderName(name) || !isHeaderValue(value)) return false;
-    const std::string line = value.empty() ? name + ';' : name + ": " + value;
+    std::string line = name;
+    value.empty() ? line.append(";") : line.append(": ").append(value);
     curl_slist* const longer = curl_slist_append(library_->headers, line.c_str());
     if (longer == nullptr) throw std::bad_alloc();
     library_->headers = longer;

@@ -116,6 +116,7 @@ void RTreeNodeCore::append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept 
 
 /// @return whether a single bit of the rect changed
 bool RTreeNodeCore::replaceRect(std::size_t index, const Rect& rect) noexcept {
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): -0 and NaN have to be told apart, too.
   if (std::memcmp(&rectArray()[index], &rect, sizeof rect) == 0) return false;
   store(index, rect);
   return true;

@@ -112,7 +112,7 @@ std::size_t readPlain(std::span<const std::byte> bytes, BlockHeader& header) noe
   header.tripleCount = load<std::uint32_t>(at + 16);
   header.literalBytes = load<std::uint32_t>(at + 20);
   header.tripleBytes = load<std::uint32_t>(at + 24);
-  for (unsigned i = 0; i < kLiteralGroup; ++i) {
+  for (std::size_t i = 0; i < kLiteralGroup; ++i) {
     header.literalStates[i] = load<std::uint16_t>(at + 32 + 2 * i);
   }
   header.literalRunState = load<std::uint16_t>(at + 44);
