@@ -19,6 +19,7 @@ TEST(StringUniquer, CountsOnFromWhatIsThere) {
       {{"Oval"}, "Oval", "Oval 2", "Oval copy"},
       {{"Oval", "Oval 2", "Oval 4", "Oval copy"}, "Oval", "Oval 3", "Oval copy 2"},
       {{"Oval 7", "Oval 8"}, "Oval 7", "Oval 9", "Oval 7 copy"},
+      {{"Oval copy"}, "Oval copy", "Oval copy 2", "Oval copy 2"},
       {{"Oval copy 7", "Oval copy 8"}, "Oval copy 7", "Oval copy 9", "Oval copy 9"},
       {{"Oval 1"}, "Oval 1", "Oval 1 2", "Oval 1 copy"},
       {{"Oval 07"}, "Oval 07", "Oval 07 2", "Oval 07 copy"},

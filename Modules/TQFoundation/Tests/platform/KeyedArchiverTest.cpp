@@ -137,6 +137,15 @@ TEST(KeyedArchiver, KeepsNumbersAsFarAsTheFormatTellsThemApart) {
   EXPECT_EQ(archive(*Array::arrayWithObjects(std::move(boxes)))->view(), archive(*packed)->view());
 }
 
+TEST(KeyedArchiver, KeepsSharedReferencesShared) {
+  const Ref<Object> shared = Array::arrayWithObjects({text("x")});
+  const Ref<Object> equal = Array::arrayWithObjects({text("x")});
+  const Ref<Array> copy =
+      refCast<Array>(roundTrip(*Array::arrayWithObjects({shared, equal, shared})));
+  EXPECT_EQ(&copy->objectAtIndex(0), &copy->objectAtIndex(2));
+  EXPECT_NE(&copy->objectAtIndex(0), &copy->objectAtIndex(1));
+}
+
 TEST(KeyedArchiver, KeepsHostObjectsAndTheirCycles) {
   Class::registerClass<Host>();
   const Ref<Host> parent = makeHost("parent é");
