@@ -92,7 +92,10 @@ TEST(Rounder, MasksChooseComponents) {
   for (const auto& c : cases) {
     EXPECT_EQ(rounder.round(Point{1.4, 1.6}, c.mask), (Point{c.first, c.second}));
     EXPECT_EQ(rounder.round(Size{1.4, 1.6}, c.mask), (Size{c.first, c.second}));
-    EXPECT_EQ(TQRounder::init()->roundVector({1.4, 1.6}, c.mask), (Vector{c.first, c.second}));
+    const Ref<TQRounder> object = TQRounder::init();
+    EXPECT_EQ(object->roundPoint({1.4, 1.6}, c.mask), (Point{c.first, c.second}));
+    EXPECT_EQ(object->roundSize({1.4, 1.6}, c.mask), (Size{c.first, c.second}));
+    EXPECT_EQ(object->roundVector({1.4, 1.6}, c.mask), (Vector{c.first, c.second}));
   }
   Point aligned{1.4, 1.6};
   rounder.alignInPlace(aligned, {0.5, 0.25}, AxisMask::vertical);
@@ -113,6 +116,7 @@ TEST(Rounder, ObjectFollowsItsIncrement) {
   EXPECT_EQ(object->roundValue(2.5), 2);
   object->setRounder(Rounder<double>(5));
   EXPECT_EQ(object->roundValue(2.6), 5);
+  EXPECT_EQ(object->alignValue(2.6, 1), 1);
 }
 
 }  // namespace

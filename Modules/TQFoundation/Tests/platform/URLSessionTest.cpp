@@ -159,6 +159,9 @@ TEST_F(URLSessionTest, SendsMethodsBodiesHeadersAndCookies) {
     request.HTTPMethod = c.method;
     EXPECT_EQ(fetch(request).body(), c.answer);
   }
+  request.HTTPMethod = "DELETE";
+  request.HTTPBody = nullptr;
+  EXPECT_EQ(fetch(request).body(), "DELETE  taste=sweet");
   configuration.HTTPShouldSetCookies = false;
   configuration.HTTPAdditionalHeaders.clear();
   configureAgain();

@@ -118,6 +118,10 @@ TEST_F(UserDefaultsTest, ReadsDoublesAndStringsLeniently) {
     const Ref<String> string = defaults->stringForKey("key");
     EXPECT_EQ(string != nullptr ? string->view() : "none", text);
   }
+  defaults->setDouble(0.1, "key");
+  EXPECT_EQ(defaults->doubleForKey("key"), 0.1);
+  defaults->setBool(true, "key");
+  EXPECT_TRUE(objectCast<Number>(defaults->objectForKey("key").get())->value().isBoolean());
 }
 
 TEST_F(UserDefaultsTest, LooksThroughItsDomainsInOrder) {
