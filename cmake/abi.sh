@@ -29,7 +29,8 @@ make() {
 }
 
 work="$PWD/build/abi"
-old="$work/$(git rev-parse --short=12 "$tag^{commit}")"
+commit="$(git rev-parse --verify --quiet "$tag^{commit}")" || { say "there is no tag $tag"; exit 2; }
+old="$work/$commit"
 if [ ! -d "$old/source" ]; then
   mkdir -p "$old/source.part"
   git archive "$tag" | tar -x -C "$old/source.part"
