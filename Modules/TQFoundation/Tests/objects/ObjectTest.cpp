@@ -37,8 +37,9 @@ TEST(Ref, CountsItsHolders) {
   const Ref<Object> b = a;
   EXPECT_EQ(a->referenceCount(), 2u);
   EXPECT_EQ(a, refCast<Counted>(b));
-  a = a;
-  a = std::move(a);
+  auto& same = a;
+  a = same;
+  a = std::move(same);
   EXPECT_EQ(b->referenceCount(), 2u);
   Counted* leaked = a.leak();
   EXPECT_FALSE(a);

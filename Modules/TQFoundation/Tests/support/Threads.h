@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -11,13 +12,11 @@ template <class Body>
 void onThreads(int count, const Body& body) {
   std::vector<std::jthread> threads;
   for (int t = 0; t < count; ++t) {
-    threads.emplace_back([&body, t] {
-      if constexpr (std::is_invocable_v<Body, int>) {
-        body(t);
-      } else {
-        body();
-      }
-    });
+    if constexpr (std::is_invocable_v<Body, int>) {
+      threads.emplace_back(std::cref(body), t);
+    } else {
+      threads.emplace_back(std::cref(body));
+    }
   }
 }
 
