@@ -34,7 +34,7 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
 
   /// A key and its value, both held strongly by the copy.
   struct Entry {
-    Ref<Object> key;    ///< never none
+    Ref<Object> key;    ///< none where it was taken out of a table with weak keys
     Ref<Object> value;  ///< never none
   };
   /// Entries that a call has taken out, for the caller to drop where destructors may run.

@@ -17,7 +17,7 @@
 
 namespace tq {
 
-/// The kinds of elements, by their codes in archives.
+/// The kinds of elements. Their numbers are fixed.
 enum class PathElementType : std::uint8_t {
   move = 0,
   line = 1,

@@ -133,7 +133,6 @@ class TQ_EXPORT Array : public Subclass<Array> {
     return elements != nullptr || !isPacked() ? elements : box();
   }
 
-  // Where the elements are; null while they are packed (and in an empty array).
   /// Where the elements are; null while they are packed, and in an empty array.
   mutable std::atomic<const Ref<Object>*> elements_{nullptr};
   /// How many there are.
