@@ -161,15 +161,17 @@ bool TQArrayComparison<Comparator>::fillNextDiffPath() {
   next_.resize(count + 2);
   std::uint64_t* codes = levels_.startLevel(count, lowest);
 
-  const std::int64_t* const upper = furthest_.data() + (isWalledBelow_ ? 2 : 1);
+  // What the last level reached on the diagonal below each of this one's, and on the one above.
+  const std::int64_t* const below = furthest_.data() + (isWalledBelow_ ? 1 : 0);
+  const std::int64_t* const above = below + 1;
   std::int64_t* const reached = next_.data() + 1;
   for (std::size_t i = 0; i < count;) {
     std::uint64_t word = 0;
     const std::size_t first = i;
     const std::size_t stop = std::min(count, first + detail::SnakeLevels::kSnakesPerWord);
     for (; i < stop; ++i) {
-      const bool movedDown = upper[i - 1] < upper[i];  // a tie moves across
-      const std::int64_t previousX = movedDown ? upper[i] : upper[i - 1];
+      const bool movedDown = below[i] < above[i];  // a tie moves across
+      const std::int64_t previousX = movedDown ? above[i] : below[i];
       const std::int64_t start = previousX + (movedDown ? 0 : 1);
       const std::int64_t diagonal = lowest + 2 * static_cast<std::int64_t>(i);
       const std::int64_t x = findFurthestSnakeForItem(previousX, diagonal, !movedDown);
