@@ -44,3 +44,9 @@ string(REGEX REPLACE "/$" "" up_to_prefix "${up_to_prefix}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/TQFoundation.pc.in" TQFoundation.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/TQFoundation.pc" COMPONENT Development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+# gdb takes its printers from a folder of its own, below it where the library lies.
+install(CODE "
+  file(INSTALL \"${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Debugging/tqfoundation_gdb.py\"
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\"
+    RENAME \"libTQFoundation.so.${PROJECT_VERSION}-gdb.py\")" COMPONENT Development)

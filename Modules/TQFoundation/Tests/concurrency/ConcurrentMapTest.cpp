@@ -40,7 +40,7 @@ TEST(ConcurrentMap, AnswersAreThoseOfTheSequentialMapsWhateverTheyCost) {
         if (valueOf(object) % 2 == 0) return squared(object);
         return valueOf(object) % 3 == 0 ? Ref<Object>(Null::null()) : nullptr;
       };
-      for (const EnumerationOptions options : {0, 1, 2}) {
+      for (const EnumerationOptions options : {0u, 1u, 2u}) {
         EXPECT_TRUE(mapWithOptions(*array, options, squared)->isEqual(*map(*array, squared)));
         EXPECT_TRUE(
             compactMapWithOptions(*array, options, block)->isEqual(*compactMap(*array, block)));
@@ -99,7 +99,7 @@ TEST(ConcurrentMapStress, NestedCallsMakeProgress) {
 TEST(ConcurrentMapStress, EveryIndexOnceAndSharedWhereItIsWorthIt) {
   ApplyCost cost;
   // The last one is expected to be cheap, begun alone, and shared when it turns out not to be.
-  for (const std::size_t count : {3'000, 3'000, 100'000, 10, 60}) {
+  for (const std::size_t count : {3'000u, 3'000u, 100'000u, 10u, 60u}) {
     std::vector<std::atomic<int>> calls(count);
     std::vector<int> seenByCaller(count, 0);  // plain: the loop's end orders it
     parallelApply(

@@ -29,7 +29,8 @@ has() {
 lib="./$TQ_LIBDIR"
 has Runtime "$lib/libTQFoundation\.so\.0" "$lib/libTQFoundation\.so\.0\.[0-9.]*"
 has Development "$lib/libTQFoundation\.so" "$lib/pkgconfig/TQFoundation\.pc" \
-  "$lib/cmake/TQFoundation/TQFoundation[A-Z][A-Za-z-]*\.cmake" '\./include/TQFoundation/.*\.h'
+  "$lib/cmake/TQFoundation/TQFoundation[A-Z][A-Za-z-]*\.cmake" '\./include/TQFoundation/.*\.h' \
+  "\./share/gdb/auto-load/opt/tq/$TQ_LIBDIR/libTQFoundation\.so\.[0-9.]*-gdb\.py"
 [ ! -e "$TQ_BUILD/Tools/tqdoc/tqdoc" ] || has Tools '\./bin/tqdoc' '\./share/man/man1/tqdoc\.1' \
   '\./share/bash-completion/completions/tqdoc' '\./share/zsh/site-functions/_tqdoc' \
   '\./share/fish/vendor_completions\.d/tqdoc\.fish'

@@ -92,12 +92,12 @@ class ThreadModel {
   /// exploration operations simply happen.
   template <class Operation>
   std::uint64_t step(Operation&& operation) {
-    if (outside_ != nullptr) return operation(*outside_);
+    if (outside_ != nullptr) return static_cast<std::uint64_t>(operation(*outside_));
     std::vector<std::uint64_t>& log = now_.threads[self_].log;
     if (position_ < log.size()) return log[position_++];
     if (!mayStep_) throw Pause();
     mayStep_ = false;
-    const std::uint64_t answer = operation(now_.cells);
+    const auto answer = static_cast<std::uint64_t>(operation(now_.cells));
     log.push_back(answer);
     ++position_;
     return answer;
