@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <vector>
 
 #include <TQFoundation/comparison/EditSequence.h>
 #include <TQFoundation/comparison/TQArrayConsolidator.h>
@@ -16,22 +15,15 @@ using test::failEachAllocation;
 using test::letters;
 using test::textOf;
 
-/// Lets the tables of weak references grow to what they keep for good.
-void warmUp() {
-  std::vector<Ref<Object>> objects;
-  std::vector<Weak<Object>> links;
-  for (int i = 0; i < 5000; ++i) links.emplace_back(objects.emplace_back(String::of("x")));
-}
-
 TEST(ComparisonFault, ADifferenceSurvivesEveryFailedAllocation) {
-  warmUp();
+  test::warmUpWeakReferences();
   const Ref<Array> olds = letters("the quick brown fox");
   const Ref<Array> news = letters("a quick fox, brown?");
   failEachAllocation([&] { return editSequenceTo(*olds, *news, true)->size() > 10; });
 }
 
 TEST(ComparisonFault, ConsolidationChangesAllOrNothing) {
-  warmUp();
+  test::warmUpWeakReferences();
   const Ref<Array> olds = letters("abcdefgh");
   const Ref<Array> news = letters("hxbcydza");
   TQArrayConsolidator consolidator;

@@ -24,9 +24,11 @@ target_link_libraries(TQPlatformTests PRIVATE
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
 tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/BinaryPropertyListTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedUnarchiverTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
+# An executable of its own, for it replaces the allocation functions.
+tq_add_room_tests(TQPlatformFault
+  ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverFaultTest.cpp)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
 # Services of the system, with its writes made to fail, beside the database's own view of its files.

@@ -10,8 +10,11 @@
 #include <cstdlib>
 #include <functional>
 #include <new>
+#include <vector>
 
 #include <TQFoundation/base/TQMemory.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/Weak.h>
 
 namespace {
 
@@ -58,6 +61,13 @@ void* allocateObjectMemory(std::size_t byteCount) { return allocateOrThrow(byteC
 void freeObjectMemory(void* memory) noexcept { release(memory); }
 
 namespace test {
+
+/// Lets the tables of weak references grow to what they keep for good.
+inline void warmUpWeakReferences() {
+  std::vector<Ref<Object>> objects;
+  std::vector<Weak<Object>> links;
+  for (int i = 0; i < 5000; ++i) links.emplace_back(objects.emplace_back(String::of("x")));
+}
 
 /// Calls `operation` with the n-th allocation failing, for every n. It must answer true when all is
 /// well, answer false or throw std::bad_alloc when not, and hold nothing afterwards.
