@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <future>
 #include <mutex>
+#include <utility>
 
 namespace tq {
 namespace {
@@ -31,54 +32,64 @@ std::string headerOf(const LoopbackServer::Request& request, const std::string& 
   return request.head.substr(begin, request.head.find('\r', begin) - begin);
 }
 
-/// A server of one body that knows versions and ranges, and what it was asked for.
-struct FileDownloadTest : testing::Test {
+/// A body that a server has, and how it serves it.
+struct Served {
   enum class Ranges { known, ignored, refused, others };
 
-  std::mutex mutex;
   std::size_t length = 3'000'000;
   char version = 'a';
   bool isTagged = true;
   Ranges ranges = Ranges::known;
   std::size_t cutsAfter = ~std::size_t{0};  // bytes of each answer's body
-  std::vector<std::string> asked;
+
+  void answer(const Socket& socket, const LoopbackServer::Request& request) const;
+};
+
+void Served::answer(const Socket& socket, const LoopbackServer::Request& request) const {
+  const std::string range = headerOf(request, "Range");
+  const std::string tag = '"' + std::string(1, version) + '"';
+  std::string headers = "Connection: close\r\n" + (isTagged ? "ETag: " + tag + "\r\n" : "");
+  std::size_t from = 0;
+  if (!range.empty() && ranges == Ranges::refused) {
+    socket.send(LoopbackServer::page("416 Range Not Satisfiable", "too far"));
+    return;
+  }
+  if (!range.empty() && headerOf(request, "If-Range") == tag && ranges != Ranges::ignored) {
+    from = std::stoul(range.substr(range.find('=') + 1));
+    if (from == length) {
+      socket.send(LoopbackServer::page("416 Range Not Satisfiable", "",
+                                       "Content-Range: bytes */" + std::to_string(from) + "\r\n"));
+      return;
+    }
+    const std::size_t told = ranges == Ranges::others ? from / 2 : from;
+    headers += "Content-Range: bytes " + std::to_string(told) + "-" + std::to_string(length - 1) +
+               "/" + std::to_string(length) + "\r\n";
+  }
+  socket.send("HTTP/1.1 " + std::string(from > 0 ? "206 Partial Content" : "200 OK") + "\r\n" +
+              headers + "Content-Length: " + std::to_string(length - from) + "\r\n\r\n");
+  socket.send(bodyOf(length, version).substr(from, cutsAfter));
+}
+
+/// A server of one body: what the fields say when a download begins.
+struct FileDownloadTest : testing::Test, Served {
+  std::mutex mutex;
+  Served served;                   // by the mutex
+  std::vector<std::string> asked;  // by the mutex: what parts
 
   LoopbackServer server{
       {{"/", [this](const Socket& socket, const LoopbackServer::Request& request) {
-          const std::scoped_lock guard(mutex);
-          answer(socket, request);
+          Served now;
+          {
+            const std::scoped_lock guard(mutex);
+            asked.push_back(headerOf(request, "Range"));
+            now = served;
+          }
+          EXPECT_EQ(headerOf(request, "Accept-Encoding"), "identity");
+          now.answer(socket, request);
         }}}};
   test::TemporaryDirectory directory;
   const Ref<URLSession> session = URLSession::sessionWithConfiguration({});
   const Ref<URL> file = URL::fileURLWithPath(directory.path("plan.svg"));
-
-  void answer(const Socket& socket, const LoopbackServer::Request& request) {
-    const std::string range = headerOf(request, "Range");
-    asked.push_back(range);
-    EXPECT_EQ(headerOf(request, "Accept-Encoding"), "identity");
-    const std::string tag = '"' + std::string(1, version) + '"';
-    std::string headers = "Connection: close\r\n" + (isTagged ? "ETag: " + tag + "\r\n" : "");
-    std::size_t from = 0;
-    if (!range.empty() && ranges == Ranges::refused) {
-      socket.send(LoopbackServer::page("416 Range Not Satisfiable", "too far"));
-      return;
-    }
-    if (!range.empty() && headerOf(request, "If-Range") == tag && ranges != Ranges::ignored) {
-      from = std::stoul(range.substr(range.find('=') + 1));
-      if (from == length) {
-        socket.send(
-            LoopbackServer::page("416 Range Not Satisfiable", "",
-                                 "Content-Range: bytes */" + std::to_string(from) + "\r\n"));
-        return;
-      }
-      const std::size_t told = ranges == Ranges::others ? from / 2 : from;
-      headers += "Content-Range: bytes " + std::to_string(told) + "-" + std::to_string(length - 1) +
-                 "/" + std::to_string(length) + "\r\n";
-    }
-    socket.send("HTTP/1.1 " + std::string(from > 0 ? "206 Partial Content" : "200 OK") + "\r\n" +
-                headers + "Content-Length: " + std::to_string(length - from) + "\r\n\r\n");
-    socket.send(bodyOf(length, version).substr(from, cutsAfter));
-  }
 
   struct Outcome {
     std::int64_t code = 0;
@@ -89,6 +100,10 @@ struct FileDownloadTest : testing::Test {
 
   /// Downloads until `cancelsAt` bytes have come.
   Outcome download(std::string path = "/", std::int64_t cancelsAt = INT64_MAX) {
+    {
+      const std::scoped_lock guard(mutex);
+      served = *this;
+    }
     std::promise<void> done;
     Outcome outcome;
     URLRequest request;
@@ -116,6 +131,10 @@ struct FileDownloadTest : testing::Test {
     return outcome;
   }
 
+  std::vector<std::string> takeAsked() {
+    const std::scoped_lock guard(mutex);
+    return std::exchange(asked, {});
+  }
   [[nodiscard]] bool holds(char expected) const {
     return directory.read("plan.svg") == bodyOf(length, expected);
   }
@@ -136,7 +155,7 @@ TEST_F(FileDownloadTest, WholeBodiesTakeTheFilesPlace) {
   EXPECT_TRUE(holds('a'));
   EXPECT_EQ(fs::status(directory.path("plan.svg")).permissions(), fs::perms(0640));
   EXPECT_EQ(entries(), 1);  // nothing else is left
-  EXPECT_EQ(asked, std::vector<std::string>{""});
+  EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
 }
 
 TEST_F(FileDownloadTest, WhatHasComeIsNotAskedForAgain) {
@@ -152,8 +171,8 @@ TEST_F(FileDownloadTest, WhatHasComeIsNotAskedForAgain) {
   EXPECT_EQ(third.code, 0);
   EXPECT_EQ(third.first, second.last);
   EXPECT_EQ(third.expected, static_cast<std::int64_t>(length));
-  EXPECT_EQ(asked, (std::vector<std::string>{"", "bytes=1000000-",
-                                             "bytes=" + std::to_string(second.last) + "-"}));
+  EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", "bytes=1000000-",
+                                                   "bytes=" + std::to_string(second.last) + "-"}));
   EXPECT_TRUE(holds('a'));
   EXPECT_EQ(entries(), 1);
 }
@@ -173,7 +192,7 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
   // Without versions, or when the note is lost or another's, there is nothing to go on from.
   ranges = Ranges::known;
   for (const std::string_view loss : {"untagged", "no note", "longer than the bytes"}) {
-    asked.clear();
+    takeAsked();
     isTagged = loss != "untagged";
     cutsAfter = 1'000'000;
     EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
@@ -181,7 +200,7 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
     if (loss == "longer than the bytes") fs::resize_file(directory.path("plan.svg.download"), 10);
     cutsAfter = length;
     EXPECT_EQ(download().code, 0) << loss;
-    EXPECT_EQ(asked, (std::vector<std::string>{"", ""})) << loss;
+    EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", ""})) << loss;
     EXPECT_TRUE(holds('b'));
   }
 }
@@ -214,7 +233,7 @@ TEST_F(FileDownloadTest, OneAtATimeAndOnlyWhereAFileCanBe) {
   first->cancel();
   EXPECT_EQ(told.get_future().get(), URLErrorCancelled);
   EXPECT_EQ(download().code, 0);
-  EXPECT_EQ(asked.size(), 1u);  // the one that was cancelled has not asked
+  EXPECT_EQ(takeAsked().size(), 1u);  // the one that was cancelled has not asked
   const auto refusal = [&](const std::string& path) {
     Ref<Error> error;
     EXPECT_EQ(FileDownload::downloadWithRequest(*session, request, *URL::fileURLWithPath(path), {},
