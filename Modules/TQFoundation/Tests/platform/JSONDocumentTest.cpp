@@ -91,6 +91,7 @@ TEST(JSONDocument, RefusesEverythingElseAndSaysWhere) {
       {R"("\x")", "Invalid escape sequence around character 1."},
       {R"("\u12G4")", "Invalid escape sequence around character 5."},
       {R"("\uD800")", "Unpaired surrogate in an escape sequence around character 1."},
+      {R"("\uDBFF")", "Unpaired surrogate in an escape sequence around character 1."},
       {R"("\uDC00")", "Unpaired surrogate in an escape sequence around character 1."},
       {R"("\uD800\u0041")", "Unpaired surrogate in an escape sequence around character 7."},
       {R"("\uD800\uD800\uDC00")", "Unpaired surrogate in an escape sequence around character 7."},
