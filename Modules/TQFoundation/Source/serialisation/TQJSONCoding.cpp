@@ -21,7 +21,8 @@ namespace {
 /// `{"key":"base64"}`
 void encodeBase64Record(std::string_view key, std::span<const std::byte> bytes,
                         TQJSONEncoder& encoder) {
-  constexpr std::size_t kChunk = std::size_t{3} * 4096;  // a multiple of 3 needs no padding in between
+  constexpr std::size_t kChunk =
+      std::size_t{3} * 4096;  // a multiple of 3 needs no padding in between
   encoder.write("{\"");
   encoder.write(key);
   encoder.write("\":\"");
