@@ -7,6 +7,7 @@
 #include <support/TemporaryDirectory.h>
 
 #include <filesystem>
+#include <functional>
 #include <future>
 #include <mutex>
 #include <utility>
@@ -35,10 +36,11 @@ std::string headerOf(const LoopbackServer::Request& request, const std::string& 
 /// A body that a server has, and how it serves it.
 struct Served {
   enum class Ranges { known, ignored, refused, others };
+  enum class Names { tag, weakTag, change, changeJustNow, none };  // of versions
 
   std::size_t length = 3'000'000;
   char version = 'a';
-  bool isTagged = true;
+  Names names = Names::tag;
   Ranges ranges = Ranges::known;
   std::size_t cutsAfter = ~std::size_t{0};  // bytes of each answer's body
 
@@ -47,14 +49,21 @@ struct Served {
 
 void Served::answer(const Socket& socket, const LoopbackServer::Request& request) const {
   const std::string range = headerOf(request, "Range");
-  const std::string tag = '"' + std::string(1, version) + '"';
-  std::string headers = "Connection: close\r\n" + (isTagged ? "ETag: " + tag + "\r\n" : "");
+  const std::string now = "Mon, 02 Nov 2026 10:00:00 GMT";
+  std::string name = '"' + std::string(1, version) + '"';
+  if (names == Names::weakTag) name = "W/" + name;
+  if (names == Names::change) name = "Mon, 02 Nov 2026 09:00:00 GMT";
+  if (names == Names::changeJustNow) name = now;
+  std::string headers = "Connection: close\r\nDate: " + now + "\r\n";
+  if (names != Names::none) {
+    headers += (names <= Names::weakTag ? "ETag: " : "Last-Modified: ") + name + "\r\n";
+  }
   std::size_t from = 0;
   if (!range.empty() && ranges == Ranges::refused) {
     socket.send(LoopbackServer::page("416 Range Not Satisfiable", "too far"));
     return;
   }
-  if (!range.empty() && headerOf(request, "If-Range") == tag && ranges != Ranges::ignored) {
+  if (!range.empty() && headerOf(request, "If-Range") == name && ranges != Ranges::ignored) {
     from = std::stoul(range.substr(range.find('=') + 1));
     if (from == length) {
       socket.send(LoopbackServer::page("416 Range Not Satisfiable", "",
@@ -91,6 +100,8 @@ struct FileDownloadTest : testing::Test, Served {
   const Ref<URLSession> session = URLSession::sessionWithConfiguration({});
   const Ref<URL> file = URL::fileURLWithPath(directory.path("plan.svg"));
 
+  std::function<void(std::int64_t)> watch;  // told of each piece, on the session's thread
+
   struct Outcome {
     std::int64_t code = 0;
     std::int64_t first = -1;  ///< of the progress told
@@ -116,6 +127,7 @@ struct FileDownloadTest : testing::Test, Served {
       EXPECT_GE(received, outcome.last);
       outcome.last = received;
       outcome.expected = expected;
+      if (watch) watch(received);
       if (received >= cancelsAt) download->cancel();
     };
     handler.didComplete = [&](const URLResponse&, const Ref<Error>& error) {
@@ -189,11 +201,10 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
     EXPECT_TRUE(holds('b'));
     EXPECT_EQ(entries(), 1);
   }
-  // Without versions, or when the note is lost or another's, there is nothing to go on from.
+  // When the note is lost or another's there is nothing to go on from.
   ranges = Ranges::known;
-  for (const std::string_view loss : {"untagged", "no note", "longer than the bytes"}) {
+  for (const std::string_view loss : {"no note", "longer than the bytes"}) {
     takeAsked();
-    isTagged = loss != "untagged";
     cutsAfter = 1'000'000;
     EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
     if (loss == "no note") fs::remove(directory.path("plan.svg.download-note"));
@@ -203,6 +214,42 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
     EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", ""})) << loss;
     EXPECT_TRUE(holds('b'));
   }
+}
+
+TEST_F(FileDownloadTest, OnlyNamesThatCannotStandForTwoVersionsAreGoneOnFrom) {
+  for (const Names each :
+       {Names::tag, Names::weakTag, Names::change, Names::changeJustNow, Names::none}) {
+    names = each;
+    cutsAfter = 1'000'000;
+    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+    cutsAfter = length;
+    EXPECT_EQ(download().code, 0);
+    const bool goesOn = each == Names::tag || each == Names::change;
+    EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", goesOn ? "bytes=1000000-" : ""}));
+    EXPECT_TRUE(holds('a'));
+  }
+}
+
+TEST_F(FileDownloadTest, AKilledProcessLosesTheLastOfItAlone) {
+  length = 24'000'000;
+  const std::string parts[] = {"plan.svg.download", "plan.svg.download-note"};
+  watch = [&,
+           isKept = false](std::int64_t received) mutable {  // what a process leaves that dies now
+    if (isKept || received < 20'000'000) return;
+    isKept = true;
+    for (const std::string& part : parts) {
+      fs::copy_file(directory.path(part), directory.path(part + ".kept"));
+    }
+  };
+  EXPECT_EQ(download().code, 0);
+  for (const std::string& part : parts) {
+    fs::rename(directory.path(part + ".kept"), directory.path(part));
+  }
+  const Outcome second = download();
+  EXPECT_EQ(second.code, 0);
+  EXPECT_GE(second.first, 16 << 20);
+  EXPECT_LT(second.first, 20'000'000);
+  EXPECT_TRUE(holds('a'));
 }
 
 TEST_F(FileDownloadTest, RefusedAnswersLeaveTheFileAndWhatHasCome) {
