@@ -1,22 +1,14 @@
 #include <TQFoundation/geometry/Path.h>
 
-#include <algorithm>
 #include <array>
 
 #include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/base/detail/MakeRoom.h>
 #include <TQFoundation/geometry/TQBezierSegmentIterator.h>
 
 namespace tq {
-namespace {
 
-/// Room for `more` elements, so that adding them cannot throw; at least doubled when it grows.
-template <class T>
-void makeRoom(std::vector<T>& list, std::size_t more) {
-  const std::size_t needed = list.size() + more;
-  if (needed > list.capacity()) list.reserve(std::max(needed, 2 * list.size()));
-}
-
-}  // namespace
+using detail::makeRoom;
 
 Path Path::pathWithRect(const Rect& rect) {
   Path path;

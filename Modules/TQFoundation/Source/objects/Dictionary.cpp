@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 
+#include <TQFoundation/base/detail/MakeRoom.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/detail/Describe.h>
@@ -117,8 +118,7 @@ void MutableDictionary::setObject(Ref<Object> value, Ref<Object> forKey) {
     std::swap(held_[*index], value);
     return;
   }
-  held_.reserve(held_.size() == held_.capacity() ? std::max<std::size_t>(4, 2 * held_.size())
-                                                 : held_.capacity());
+  detail::makeRoom(held_, 1);
   values_ = held_.data();
   keys_->append(forKey->copy());
   held_.push_back(std::move(value));

@@ -33,7 +33,8 @@ void DictionaryKeys::append(Ref<Object> key) {
   if (keys_.size() <= kSearched) return;
   try {
     if (keys_.size() > index_.capacity()) {
-      rebuildIndex();
+      index_.reset(keys_.size());
+      fillIndex();
     } else {
       index_.insert(keys_.back()->hash(), keys_.size() - 1);
     }
@@ -46,11 +47,12 @@ void DictionaryKeys::append(Ref<Object> key) {
 void DictionaryKeys::removeAt(std::size_t index) {
   const Ref<Object> removed = std::move(keys_[index]);
   keys_.erase(keys_.begin() + static_cast<std::ptrdiff_t>(index));
-  if (index_.capacity() > 0) rebuildIndex();
+  if (index_.capacity() == 0) return;
+  index_.clear();
+  fillIndex();
 }
 
-void DictionaryKeys::rebuildIndex() {
-  index_.reset(keys_.size());
+void DictionaryKeys::fillIndex() {
   for (std::size_t i = 0; i < keys_.size(); ++i) index_.insert(keys_[i]->hash(), i);
 }
 

@@ -25,3 +25,6 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/TQSizeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/VectorAlgebraTest.cpp
 )
+# An executable of its own, for it replaces the allocation functions.
+tq_add_room_tests(TQGeometryFault
+  ${CMAKE_CURRENT_LIST_DIR}/PathFaultTest.cpp)

@@ -8,3 +8,6 @@ tq_add_room_tests(TQObjects
   ${CMAKE_CURRENT_LIST_DIR}/StringTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ValueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WeakTest.cpp)
+# An executable of its own, for it replaces the allocation functions.
+tq_add_room_tests(TQObjectsFault
+  ${CMAKE_CURRENT_LIST_DIR}/CollectionsFaultTest.cpp)

@@ -29,13 +29,13 @@ class DictionaryKeys final : public Object {
   /// Puts a key last that is not there yet. Strong guarantee.
   void append(Ref<Object> key);
 
-  /// Takes out the key at `index`; those behind it move up.
+  /// Takes out the key at `index`; those behind it move up. Allocates nothing.
   void removeAt(std::size_t index);
 
  private:
   static constexpr std::size_t kSearched = 8;
 
-  void rebuildIndex();
+  void fillIndex();
 
   std::vector<Ref<Object>> keys_;
   HashIndex index_;  // without room while keys are searched for one after the other

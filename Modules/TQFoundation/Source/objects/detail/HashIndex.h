@@ -3,6 +3,7 @@
 /// @file HashIndex.h
 /// Finds positions of a list by hash.
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -38,6 +39,9 @@ class HashIndex {
     while (slots_[at] != 0) at = (at + 1) & mask;
     slots_[at] = static_cast<std::uint32_t>(position + 1);
   }
+
+  /// Forgets all positions and keeps the room.
+  void clear() noexcept { std::ranges::fill(slots_, 0u); }
 
   /// Forgets all positions and makes room for twice `count`. Strong guarantee.
   void reset(std::size_t count) {
