@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <TQFoundation/base/detail/MakeRoom.h>
+
 namespace tq {
 
 Ref<MapTable> MapTable::mapTable(Keys keys, Matching matching) {
@@ -46,7 +48,7 @@ MapTable::Entry MapTable::takeOut(Slot& slot) noexcept {
 
 // Strong guarantee: the new index is there before anything moves.
 void MapTable::makeRoom() {
-  slots_.reserve(slots_.size() + 1);
+  detail::makeRoom(slots_, 1);
   if (slots_.size() < index_.capacity()) return;
   index_.reset(count_ + 1);
   std::erase_if(slots_, [](const Slot& slot) { return slot.value == nullptr; });
@@ -80,8 +82,8 @@ MapTable::Removed MapTable::setObject(Ref<Object> value, Object& forKey) {
   if (value == nullptr) return removeObjectForKey(forKey);
   Removed removed = purge();
   const std::size_t hash = hashOf(forKey);
-  removed.reserve(removed.size() + 1);
   if (const auto found = find(hash, forKey)) {
+    removed.reserve(removed.size() + 1);
     removed.push_back({nullptr, std::exchange(slots_[*found].value, std::move(value))});
     return removed;
   }
@@ -100,8 +102,10 @@ MapTable::Removed MapTable::setObject(Ref<Object> value, Object& forKey) {
 
 MapTable::Removed MapTable::removeObjectForKey(const Object& key) {
   Removed removed = purge();
-  removed.reserve(removed.size() + 1);
-  if (const auto found = find(hashOf(key), key)) removed.push_back(takeOut(slots_[*found]));
+  if (const auto found = find(hashOf(key), key)) {
+    removed.reserve(removed.size() + 1);
+    removed.push_back(takeOut(slots_[*found]));
+  }
   return removed;
 }
 

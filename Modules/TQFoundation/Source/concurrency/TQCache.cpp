@@ -6,8 +6,9 @@
 #include <TQFoundation/concurrency/ObjectSynchronizer.h>
 #include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
 
-// In every function that changes the table, what is taken out is declared before the guard: it goes
-// after the lock, since its destructor may call back in.
+// In every function that changes the table, what is taken out is declared before the guard, and
+// what comes in is held outside of it: it goes after the lock, also when memory runs out, since its
+// destructor may call back in.
 
 namespace tq {
 
@@ -33,14 +34,11 @@ Ref<Object> TQCache::cachedObjectForOwner(const Object& owner, const Object& and
   return TQCache_selfOrDeferredObject(rawObjectForOwner(owner, andKey));
 }
 
-MapTable::Removed TQCache::store(Ref<Object> object, Object& owner, Object& key) {
-  MapTable* entries = entriesOf(owner);
-  if (entries == nullptr) {
-    const Ref<MapTable> made = MapTable::strongToStrongObjectsMapTable();
-    cachedObjectsByOwner_->setObject(made, owner);
-    entries = made.get();
-  }
-  return entries->setObject(std::move(object), key);
+MapTable::Removed TQCache::store(const Ref<Object>& object, Object& owner, Object& key) {
+  if (MapTable* const entries = entriesOf(owner)) return entries->setObject(object, key);
+  const Ref<MapTable> made = MapTable::strongToStrongObjectsMapTable();
+  made->setObject(object, key);
+  return cachedObjectsByOwner_->setObject(made, owner);
 }
 
 void TQCache::setCachedObject(Ref<Object> object, Object& forOwner, const Object& andKey) {
@@ -48,7 +46,7 @@ void TQCache::setCachedObject(Ref<Object> object, Object& forOwner, const Object
   MapTable::Removed gone, displaced;
   const WriteLocked guard(*locker_);
   gone = cachedObjectsByOwner_->purge();
-  displaced = store(std::move(object), forOwner, *key);
+  displaced = store(object, forOwner, *key);
 }
 
 // A placeholder that turns up while the monitor is held is resolved without it, in another round:
@@ -105,7 +103,7 @@ Ref<Object> TQCache::resolve(const Ref<Object>& placeholder, Object& owner, cons
 // Puts the object where the placeholder was: also when the key was removed while it was created,
 // but not over a later entry. Looking and storing are one step, or a later placeholder could be
 // lost and its object be created twice.
-void TQCache::replace(const Ref<Object>& placeholder, Ref<Object> object, Object& owner,
+void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
                       const Object& key) {
   const Ref<Object> copied = key.copy();
   MapTable::Removed gone, displaced;
@@ -114,7 +112,7 @@ void TQCache::replace(const Ref<Object>& placeholder, Ref<Object> object, Object
   const MapTable* const entries = entriesOf(owner);
   const Object* const now = entries != nullptr ? entries->objectForKey(key) : nullptr;
   if (now == object.get() || (now != nullptr && now != placeholder.get())) return;
-  displaced = store(std::move(object), owner, *copied);
+  displaced = store(object, owner, *copied);
 }
 
 void TQCache::removeCachedObjectForOwner(const Object& owner, const Object& andKey) {
@@ -125,14 +123,16 @@ void TQCache::removeCachedObjectForOwner(const Object& owner, const Object& andK
 }
 
 void TQCache::removeCachedObjectsForOwner(const Object& owner) {
-  MapTable::Removed removed;
+  MapTable::Removed gone, removed;
   const WriteLocked guard(*locker_);
+  gone = cachedObjectsByOwner_->purge();
   removed = cachedObjectsByOwner_->removeObjectForKey(owner);
 }
 
 void TQCache::removeCachedObjectsExceptForOwners(std::span<const Ref<Object>> ownersToKeep) {
   const std::vector<Ref<Object>> owners = allOwners();
   std::vector<MapTable::Removed> removed;
+  removed.reserve(owners.size());
   const WriteLocked guard(*locker_);
   for (const Ref<Object>& owner : owners) {
     if (std::find(ownersToKeep.begin(), ownersToKeep.end(), owner) != ownersToKeep.end()) continue;

@@ -80,8 +80,9 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   explicit TQCache(MapTable::Keys owners);
 
   [[nodiscard]] MapTable* entriesOf(const Object& owner) const TQ_REQUIRES_SHARED(*locker_);
-  MapTable::Removed store(Ref<Object> object, Object& owner, Object& key) TQ_REQUIRES(*locker_);
-  void replace(const Ref<Object>& placeholder, Ref<Object> object, Object& owner,
+  MapTable::Removed store(const Ref<Object>& object, Object& owner, Object& key)
+      TQ_REQUIRES(*locker_);
+  void replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
                const Object& key);
   Ref<Object> resolve(const Ref<Object>& placeholder, Object& owner, const Object& key);
 

@@ -27,7 +27,7 @@ void TQObjectPool::recycleObject(Ref<Object> object) {
   if (object == nullptr) return;
   const WriteLocked guard(*lock_);
   if (maximumPoolCount_ != 0 && pool_.size() >= maximumPoolCount_) return;
-  pool_.insert(std::move(object));  // never the last reference of one that is idle already
+  pool_.insert(object);  // which goes after the lock, whatever happens
 }
 
 std::vector<Ref<Object>> TQObjectPool::removeAllObjects() {
@@ -56,6 +56,7 @@ std::size_t TQObjectPool::maximumPoolCount() {
 void TQObjectPool::setMaximumPoolCount(std::size_t count) {
   std::vector<Ref<Object>> dropped;  // outlives the lock
   const WriteLocked guard(*lock_);
+  if (pool_.size() > count) dropped.reserve(pool_.size() - count);
   maximumPoolCount_ = count;
   while (pool_.size() > count) {
     dropped.push_back(std::move(pool_.extract(pool_.begin()).value()));

@@ -21,17 +21,22 @@ void TQRateLimiter::requireMethod(bool hasMethod) {
 }
 
 // Two threads that come here at the same instant schedule a block each; the second one finds
-// nothing to do.
+// nothing to do. The flag is up before the block can run, and down when there will be none.
 void TQRateLimiter::schedule() {
   hasScheduledBlock_.store(true);
   const auto block = [self = share(*this)] { self->performUpdateIfNeeded(); };
-  switch (updateStrategy()) {
-    case TQRateLimiterUpdateOnMainQueue:
-      return mainQueueAsync(block);
-    case TQRateLimiterUpdateInRunLoop:
-      return RunLoop::main().performBlock(block);
-    default:
-      break;  // meant: see TQRateLimiterUpdateStrategy
+  try {
+    switch (updateStrategy()) {
+      case TQRateLimiterUpdateOnMainQueue:
+        return mainQueueAsync(block);
+      case TQRateLimiterUpdateInRunLoop:
+        return RunLoop::main().performBlock(block);
+      default:
+        return;  // meant: see TQRateLimiterUpdateStrategy
+    }
+  } catch (...) {
+    hasScheduledBlock_.store(false);
+    throw;
   }
 }
 

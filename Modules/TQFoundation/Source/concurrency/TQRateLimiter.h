@@ -70,6 +70,7 @@ class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
 
   /// Says that an update is needed, and schedules one unless that has been done; or that none is
   /// needed any more, so that the scheduled block finds nothing to do.
+  /// @throws std::bad_alloc, and the next request schedules
   void setNeedsUpdate(bool flag) {
     // Sequentially consistent, like performUpdateIfNeeded(): either this thread sees that the block
     // has begun, or the block sees the need.

@@ -13,3 +13,6 @@ tq_add_room_tests(TQConcurrency
 # They misuse locks on purpose, which the analysis would not let through.
 target_compile_options(TQConcurrencyTests PRIVATE
   $<$<CXX_COMPILER_ID:Clang>:-Wno-thread-safety-analysis>)
+# An executable of its own, for it replaces the allocation functions.
+tq_add_room_tests(TQConcurrencyFault
+  ${CMAKE_CURRENT_LIST_DIR}/ConcurrencyFaultTest.cpp)

@@ -1,0 +1,140 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/concurrency/ConcurrentMap.h>
+#include <TQFoundation/concurrency/TQCache.h>
+#include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/concurrency/TQRateLimiter.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/RunLoop.h>
+
+#include "support/FailingAllocations.h"
+
+namespace tq {
+namespace {
+
+using test::failEachAllocation;
+
+/// Calls back when it goes, as objects do that a cache or pool may not let go of under its lock.
+class Parting final : public Subclass<Parting> {
+ public:
+  static constexpr std::string_view className = "Parting";
+  explicit Parting(const std::function<void()>& atEnd) : atEnd_(atEnd) {}
+  ~Parting() override { atEnd_(); }
+
+ private:
+  const std::function<void()>& atEnd_;
+};
+
+TEST(ConcurrencyFault, ACacheStoresWholeOrNotAtAll) {
+  test::warmUpWeakReferences();
+  std::vector<Ref<Object>> owners;
+  for (int i = 0; i < 6; ++i) owners.push_back(String::of("owner"));
+  failEachAllocation([&] {
+    const Ref<TQCache> cache = TQCache::init();
+    const std::function<void()> callBack = [&] { (void)cache->count(); };
+    for (int key = 0; key < 3; ++key) {
+      for (const Ref<Object>& owner : owners) {
+        const std::size_t before = cache->count();
+        const Ref<Object> name = String::of(std::to_string(key));
+        try {
+          cache->setCachedObject(makeRef<Parting>(callBack), *owner, *name);
+        } catch (const std::bad_alloc&) {
+          EXPECT_EQ(cache->count(), before);
+          EXPECT_EQ(cache->rawObjectForOwner(*owner, *name), nullptr);
+          throw;
+        }
+      }
+    }
+    return cache->count() == owners.size();
+  });
+}
+
+TEST(ConcurrencyFault, ACreationWithoutMemoryIsTriedAgain) {
+  test::warmUpWeakReferences();
+  const Ref<Object> owner = String::of("owner");
+  failEachAllocation([&] {
+    const Ref<TQCache> cache = TQCache::init();
+    const Ref<MutableArray> key = MutableArray::array();  // copied for each entry
+    key->addObject(owner);
+    const auto create = [] { return String::of(std::string(100, 'x')); };
+    try {
+      return cache->cachedObjectForOwner(*owner, *key, create) != nullptr;
+    } catch (const std::bad_alloc&) {
+      EXPECT_NE(cache->cachedObjectForOwner(*owner, *key, create), nullptr);
+      throw;
+    }
+  });
+}
+
+TEST(ConcurrencyFault, APoolLosesNothingThatItHeld) {
+  failEachAllocation([] {
+    const Ref<TQObjectPool> pool =
+        TQObjectPool::initWithObjectCreatorBlock([]() -> Ref<Object> { return String::of("new"); });
+    std::size_t idle = 0;
+    const std::function<void()> callBack = [&] { (void)pool->maximumPoolCount(); };
+    const auto count = [&] {
+      std::size_t found = 0;
+      pool->allObjectsWithBlock([&](std::span<const Ref<Object>> all) { found = all.size(); });
+      return found;
+    };
+    for (; idle < 30; ++idle) pool->recycleObject(makeRef<Parting>(callBack));
+    try {
+      pool->setMaximumPoolCount(10);
+    } catch (const std::bad_alloc&) {
+      EXPECT_EQ(pool->maximumPoolCount(), 0u);
+      EXPECT_EQ(count(), idle);
+      throw;
+    }
+    return pool->removeAllObjects().size() == 10;
+  });
+}
+
+class Target final : public Subclass<Target> {
+ public:
+  static constexpr std::string_view className = "Target";
+  void update() { ++updates; }
+  int updates = 0;
+};
+
+TEST(ConcurrencyFault, ARequestWithoutMemoryCanBeMadeAgain) {
+  test::warmUpWeakReferences();
+  const Ref<Target> target = makeRef<Target>();
+  const auto twice = [](const auto& action) {
+    try {
+      action();
+    } catch (const std::bad_alloc&) {
+      action();
+    }
+  };
+  failEachAllocation([&] {
+    target->updates = 0;
+    for (const auto strategy : {TQRateLimiterUpdateOnMainQueue, TQRateLimiterUpdateInRunLoop}) {
+      const auto limiter = TQRateLimiter::initWithTarget(target, &Target::update, strategy);
+      twice([&] { limiter->setNeedsUpdate(true); });
+      twice([] { RunLoop::main().runOnce(); });
+    }
+    EXPECT_EQ(target->updates, 2);
+    return true;
+  });
+}
+
+TEST(ConcurrencyFault, AMapAnswersWholeOrThrows) {
+  std::vector<Ref<Object>> words;
+  for (int i = 0; i < 40; ++i) words.push_back(String::of(std::to_string(i)));
+  const Ref<Array> array = Array::arrayWithObjects(words);
+  failEachAllocation([&] {
+    const auto twice = concurrentMap(*array, [](Object& word) -> Ref<Object> {
+      return String::of(word.description() + word.description());
+    });
+    return twice->count() == 40 && twice->objectAtIndex(39).description() == "3939";
+  });
+}
+
+}  // namespace
+}  // namespace tq
