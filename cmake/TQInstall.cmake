@@ -27,7 +27,7 @@ while(headers)
   list(APPEND headers ${includes})
 endwhile()
 
-# find_package(TQFoundation). Before 1.0 a minor version may change what hosts were built against.
+# find_package(TQFoundation). Any version of the series that is asked for will do.
 install(EXPORT TQFoundationTargets NAMESPACE TQFoundation:: DESTINATION "${package_dir}"
   COMPONENT Development)
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/TQFoundationConfig.cmake.in"

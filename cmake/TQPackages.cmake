@@ -17,7 +17,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 get_target_property(library_dir TQFoundation BINARY_DIR)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${library_dir}")
-set(runtime_package "libtqfoundation${PROJECT_VERSION_MAJOR}")
+set(runtime_package "libtqfoundation${TQ_SERIES}")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${runtime_package}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)

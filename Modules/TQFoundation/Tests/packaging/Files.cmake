@@ -6,7 +6,8 @@ set(tests Modules/TQFoundation/Tests/packaging)
 function(tq_packaging_test name script)
   add_test(NAME packaging.${name} COMMAND sh "${PROJECT_SOURCE_DIR}/${tests}/${script}" ${ARGN})
   set_tests_properties(packaging.${name} PROPERTIES LABELS packaging TIMEOUT 300 ENVIRONMENT
-    "TQ_SOURCE=${PROJECT_SOURCE_DIR};TQ_BUILD=${PROJECT_BINARY_DIR};TQ_LIBDIR=${CMAKE_INSTALL_LIBDIR};\
+    "TQ_SOURCE=${PROJECT_SOURCE_DIR};TQ_BUILD=${PROJECT_BINARY_DIR};TQ_SERIES=${TQ_SERIES};\
+TQ_LIBDIR=${CMAKE_INSTALL_LIBDIR};\
 TQ_WORK=${PROJECT_BINARY_DIR}/packaging/${name};CXX=${CMAKE_CXX_COMPILER};CMAKE=${CMAKE_COMMAND}")
 endfunction()
 

@@ -27,7 +27,7 @@ has() {
   [ -z "$left" ] || fail "$component has more than it should: $left"
 }
 lib="./$TQ_LIBDIR"
-has Runtime "$lib/libTQFoundation\.so\.0" "$lib/libTQFoundation\.so\.0\.[0-9.]*"
+has Runtime "$lib/libTQFoundation\.so\.$TQ_SERIES" "$lib/libTQFoundation\.so\.$TQ_SERIES\.[0-9]*"
 has Development "$lib/libTQFoundation\.so" "$lib/pkgconfig/TQFoundation\.pc" \
   "$lib/cmake/TQFoundation/TQFoundation[A-Z][A-Za-z-]*\.cmake" '\./include/TQFoundation/.*\.h' \
   "\./share/gdb/auto-load/opt/tq/$TQ_LIBDIR/libTQFoundation\.so\.[0-9.]*-gdb\.py"

@@ -25,13 +25,13 @@ in_root() {
 }
 
 say "what they depend on"
-version="$(dpkg-deb -f "$debs"/libtqfoundation0_*.deb Version)"
+version="$(dpkg-deb -f "$debs/libtqfoundation${TQ_SERIES}"_*.deb Version)"
 for deb in "$debs"/libtqfoundation-dev_*.deb "$debs"/tqdoc_*.deb; do
-  [ ! -e "$deb" ] || dpkg-deb -f "$deb" Depends | grep -qF "libtqfoundation0 (= $version)" ||
+  [ ! -e "$deb" ] || dpkg-deb -f "$deb" Depends | grep -qF "libtqfoundation$TQ_SERIES (= $version)" ||
     fail "$deb does not stand on this version of the library"
 done
 for library in libc6 libstdc++6 libicu libsimdjson libsqlite3 libglib2.0; do
-  dpkg-deb -f "$debs"/libtqfoundation0_*.deb Depends | grep -qF "$library" ||
+  dpkg-deb -f "$debs/libtqfoundation${TQ_SERIES}"_*.deb Depends | grep -qF "$library" ||
     fail "the library's package does not depend on $library"
 done
 ! in_root -i "$debs"/libtqfoundation-dev_*.deb >/dev/null 2>&1 ||

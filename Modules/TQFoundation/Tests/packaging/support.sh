@@ -1,6 +1,6 @@
 # What the packaging tests share; each sources it. They are told TQ_SOURCE and TQ_BUILD, the source
-# and the build tree; TQ_WORK, a folder of their own; TQ_LIBDIR, where in a prefix the library lies;
-# CXX and CMAKE.
+# and the build tree; TQ_SERIES, the library's; TQ_WORK, a folder of their own; TQ_LIBDIR, where in a
+# prefix the library lies; CXX and CMAKE.
 set -eu
 tests="$TQ_SOURCE/Modules/TQFoundation/Tests/packaging"
 rm -rf "$TQ_WORK"
@@ -16,8 +16,8 @@ quietly() {
 
 # runs_with PREFIX PROGRAM ARGUMENTS...: it runs, with the library below PREFIX and no other.
 runs_with() {
-  loaded="$(ldd "$2" | sed -n 's/.*libTQFoundation\.so\.0 => \(.*\) (.*/\1/p')"
-  [ "$(readlink -f "$loaded")" = "$(readlink -f "$1/$TQ_LIBDIR/libTQFoundation.so.0")" ] ||
+  loaded="$(ldd "$2" | sed -n 's/.*libTQFoundation\.so\.[0-9.]* => \(.*\) (.*/\1/p')"
+  [ "$(readlink -f "$loaded")" = "$(readlink -f "$1/$TQ_LIBDIR/libTQFoundation.so.$TQ_SERIES")" ] ||
     fail "$2 finds its library at: $loaded"
   shift
   "$@"
