@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -201,6 +202,7 @@ struct TQJSONDecoder::Walk {
 
   /// Every member of the current object, decoded. Of equal keys the first.
   [[nodiscard]] Ref<Dictionary> decodeMembers() {
+    if (frames.empty()) return Dictionary::dictionary();
     const std::size_t frameIndex = frames.size() - 1;
     if (frames[frameIndex].parsed != nullptr) return decodeMembersOf(*frames[frameIndex].parsed);
     const Ref<JSONShape> shape = frames[frameIndex].shape;
@@ -213,8 +215,8 @@ struct TQJSONDecoder::Walk {
   }
 
   TQJSONDecoder& decoder;
-  std::optional<JSONDocument> document;
-  Ref<Object> parsedRoot;
+  std::shared_ptr<const JSONDocument> document;  // the root is text…
+  Ref<Object> parsedRoot;                        // …or a tree of objects, or none
   JSONObjectBuilder builder;
   std::vector<Frame> frames;
   std::vector<const void*> members;
@@ -315,22 +317,27 @@ Ref<TQJSONDecoder> TQJSONDecoder::initWithData(std::span<const std::byte> bytes)
 }
 
 void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readablePadding) {
-  TQ_ASSERT(walk_->frames.empty());  // never from within an object that is being decoded
-  walk_->parsedRoot = nullptr;
-  walk_->document = JSONDocument::parse(bytes, readablePadding, nullptr);
-  if (walk_->document) return;
   Ref<Error> error;
-  const Ref<Data> text = repaired(bytes);
-  walk_->document = JSONDocument::parse(text->bytes(), Data::kReadablePadding, &error);
-  if (!walk_->document) setError(std::move(error));
+  std::optional<JSONDocument> parsed = JSONDocument::parse(bytes, readablePadding, nullptr);
+  if (!parsed) {
+    const Ref<Data> text = repaired(bytes);
+    parsed = JSONDocument::parse(text->bytes(), Data::kReadablePadding, &error);
+  }
+  walk_->parsedRoot = nullptr;
+  walk_->document = nullptr;
+  if (!parsed) return setError(std::move(error));
+  walk_->document = std::make_shared<const JSONDocument>(*std::move(parsed));
 }
 
+// The root is held: an object that is being decoded may put another in its place.
 Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
+  const std::shared_ptr<const JSONDocument> document = walk_->document;
+  const Ref<Object> parsedRoot = walk_->parsedRoot;
   Ref<Object> object;
-  if (walk_->document) {
-    object = walk_->decode(walk_->document->root());
-  } else if (walk_->parsedRoot) {
-    object = walk_->decode(*walk_->parsedRoot);
+  if (document) {
+    object = walk_->decode(document->root());
+  } else if (parsedRoot) {
+    object = walk_->decode(*parsedRoot);
   }
   setOutError(error, error_);
   return object;
@@ -342,7 +349,6 @@ Ref<Object> TQJSONDecoder::decodeDataError(const Data& data, Ref<Error>* error) 
 }
 
 Ref<Object> TQJSONDecoder::decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* error) {
-  TQ_ASSERT(walk_->frames.empty());  // never from within an object that is being decoded
   walk_->document.reset();
   walk_->parsedRoot = std::move(parsed);
   return decode(error);

@@ -76,9 +76,10 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   /// The object that the root stands for; none without a root. `error`, when given, always receives
   /// the first error or none.
   [[nodiscard]] Ref<Object> decode(Ref<Error>* error = nullptr);
-  /// Parses these bytes in place of what was parsed before, then decode().
+  /// Parses these bytes in place of what was parsed before, then decode(). Also from within an
+  /// object that is being decoded, whose members stay the current ones.
   [[nodiscard]] Ref<Object> decodeDataError(const Data& data, Ref<Error>* error);
-  /// Takes this parsed dictionary for the root, then decode().
+  /// Takes this parsed dictionary for the root, then decode(); likewise.
   [[nodiscard]] Ref<Object> decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* error);
 
   // For constructors: the members of the object being decoded. None of the readings of numbers and

@@ -216,6 +216,22 @@ TEST_F(TQJSONDecoderTest, WhatAThrowingConstructorLeftIsInNoOtherContainer) {
   EXPECT_TRUE(array->count() == 2 && array->lastObject()->isEqual(*str("x")));
 }
 
+TEST_F(TQJSONDecoderTest, AnObjectMayDecodeAnotherRootOnItsWay) {
+  Scripted::onDecode() = [](TQJSONDecoder& decoder) {
+    const Ref<Data> text = test::data(R"([{"a":7}])");
+    EXPECT_EQ(described(decoder.decodeDataError(*text, nullptr)), "({a = 7;})");
+    const Ref<Dictionary> tree = Dictionary::dictionaryWithEntries({{"a", num(8)}});
+    EXPECT_EQ(described(decoder.decodeDictionary(tree, nullptr)), "{a = 8;}");
+    EXPECT_EQ(described(decoder.root()), "{a = 8;}");
+    EXPECT_EQ(decoder.decodeIntegerForKey("a", 0), 1);
+    EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "({b = long enough to be kept apart;})");
+  };
+  const std::string object =
+      R"({"_class":"Scripted","a":1,"d":[{"b":"long enough to be kept apart"}]})";
+  const auto both = refCast<Array>(decoded("[" + object + "," + object + "]"));
+  EXPECT_EQ(both->count(), 2u);
+}
+
 TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
   const std::string text("[\"a\tb\x1f\",\x01\"\"]");
   Ref<Error> error;
@@ -248,6 +264,7 @@ TEST_F(TQJSONDecoderTest, ReadsParsedTreesOfEveryShape) {
   const std::string keysAsTheyWere = described(illFormed());
   EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()),
             "{1 = one; " + keysAsTheyWere + " = <3 bytes: 000000>;}");
+  EXPECT_EQ(described(Dictionary::initWithJSONDecoder(*TQJSONDecoder::init())), "{}");
 }
 
 TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {
