@@ -49,7 +49,7 @@ TQ_EXPORT void encodeClassInfoForJSON(const Object& object, TQJSONEncoder& encod
 /// archive for what has no form of its own.
 TQ_EXPORT void encodeAsRAWArchive(const Object& object, TQJSONEncoder& encoder);
 
-/// The value as a dictionary key. Strings and numbers can; anything else is error 2.
+/// The value as a dictionary key. Well-formed strings and numbers can; anything else is error 2.
 TQ_EXPORT void encodeAsKey(const Object& object, TQJSONEncoder& encoder);
 
 /// The string with quotation mark, backslash, slash and control characters escaped as JSON wants

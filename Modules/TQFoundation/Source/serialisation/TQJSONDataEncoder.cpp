@@ -24,7 +24,9 @@ class TQJSONDataEncoder::Window {
   TQJSONDataEncoder& encoder_;
 };
 
+// One that is open, in an encoding around this one, is closed with what was written into it.
 void TQJSONDataEncoder::openWindow(std::size_t room) {
+  closeWindow();
   const std::span<std::byte> spare = data_->spareRoom(room);
   auto* begin = reinterpret_cast<char*>(spare.data());
   lendWindow(begin, begin + spare.size());

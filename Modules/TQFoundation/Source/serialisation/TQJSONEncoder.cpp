@@ -16,6 +16,9 @@
 namespace tq {
 namespace {
 
+constexpr std::string_view kUncheckedText =
+    "The archive is not well-formed UTF-8: a string that is not was written without a check.";
+
 /// Aliases by coding class.
 std::map<const Class*, std::string>& TQJSONEncoderClassMap() {
   static auto& map = *new std::map<const Class*, std::string>;
@@ -105,31 +108,40 @@ void TQJSONEncoder::writeShort(Write&& write) {
 void TQJSONEncoder::encodeObject(LentObject lent) {
   const Object* object = lent.get();
   if (object == nullptr) return;
-  switch (object->kind()) {
-    case ObjectKind::string: {
-      const auto& string = static_cast<const String&>(*object);
-      if (string.isWellFormed()) return encodeText(string.view());
-      break;
-    }
-    case ObjectKind::number:
-      return encodeNumber(static_cast<const Number&>(*object).value());
-    case ObjectKind::null:
-      return write("null");
-    default:
-      break;
-  }
-  const Level level(depth_);
+  if (encodeAtom(*object)) return;
   Ref<Object> replacement;
   if (const auto replace = object->objectClass().json().replacementObject) {
     replacement = replace(*object, *this);
+    if (replacement && encodeAtom(*replacement)) return;
   }
   const Object& encoded = replacement ? *replacement : *object;
+  const Level level(depth_);
   if (const auto encodeAsJSON = encoded.objectClass().json().encodeAsJSON) {
     startEncodingObject(encoded, *this);
     encodeAsJSON(encoded, *this);
     finishEncodingObject(encoded, *this);
   } else {
     encodeAsRAWArchive(encoded, *this);
+  }
+}
+
+/// A value without a container, if it is one.
+bool TQJSONEncoder::encodeAtom(const Object& object) {
+  switch (object.kind()) {
+    case ObjectKind::string: {
+      const auto& string = static_cast<const String&>(object);
+      if (!string.isWellFormed()) return false;
+      encodeText(string.view());
+      return true;
+    }
+    case ObjectKind::number:
+      encodeNumber(static_cast<const Number&>(object).value());
+      return true;
+    case ObjectKind::null:
+      write("null");
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -276,7 +288,12 @@ Ref<Data> TQJSONEncoder::encodeObjectAsData(LentObject object, Ref<Error>* error
 
 Ref<String> TQJSONEncoder::encodeObjectAsString(LentObject object, Ref<Error>* error) {
   const Ref<Data> data = encodeObjectAsData(object, error);
-  return data ? String::stringWithUTF8(data->view()) : nullptr;
+  if (!data) return nullptr;
+  Ref<String> text = String::stringWithUTF8(data->view());
+  if (!text) {
+    setOutError(error, Error::errorWithDomain(TQJSONEncoderError, 0, kUncheckedText));
+  }
+  return text;
 }
 
 bool TQJSONEncoder::encodeObject(LentObject object, Ref<FileHandle> toFile, Ref<Error>* error) {

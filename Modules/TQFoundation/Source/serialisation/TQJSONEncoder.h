@@ -55,7 +55,11 @@ class LentObject {
 /// Written and read again by TQJSONDecoder, the objects come out equal, and written once more the
 /// text is the same to the byte. Exceptions:
 /// - a dictionary that uses "_class", "_archive" or "_data" as a key reads as what that stands for;
-/// - of two keys of the same text, such as 1 and "1", the first is read;
+/// - a number used as a key reads as a string; of two keys of the same text, such as 1 and "1", the
+///   first is read;
+/// - doubles keep sixteen digits (seventeen in points, sizes and rects given by key), and are
+/// clamped
+///   to the range of single precision (see TQJSONClampedDouble);
 /// - a float32 is written with its seven digits, which read as a double, written with sixteen;
 /// - eleven powers of ten (1e-36, -34, -29, -24, -21, -20, -11, 23, 29, 33, 34) stand for doubles
 ///   near them, and read as the nearest, whose sixteen digits are 9.999999999999999.
@@ -77,7 +81,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
 
   // One call does it all. The error is written only on failure.
 
-  /// The archive of `object`, or none; a half-written one is never handed out.
+  /// The archive of `object`, or none; a half-written one is never handed out. As a string it has
+  /// to be well-formed UTF-8: error 0 when some text was written unchecked that is not.
   [[nodiscard]] static Ref<Data> encodeObjectAsData(LentObject object, Ref<Error>* error = nullptr);
   [[nodiscard]] static Ref<String> encodeObjectAsString(LentObject object,
                                                         Ref<Error>* error = nullptr);
@@ -114,7 +119,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   void encodeSize(Size size, std::string_view forKey);
   /// `:"{{%0.17g, %0.17g}, {%0.17g, %0.17g}}"` of the clamped raw fields.
   void encodeRect(const Rect& rect, std::string_view forKey);
-  /// `"key":"string"`, neither escaped; nothing for none.
+  /// `"key":"string"`, neither escaped; nothing for none. The string has to be well formed.
   void encodeStringWithoutCheckingFormat(const String* string, std::string_view forKey,
                                          bool includeSeparator);
 
@@ -122,7 +127,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
 
   /// One value in whatever form its kind has; nothing for none.
   void encodeObject(LentObject object);
-  /// The string's characters as they are, unescaped, between quotes when asked for.
+  /// The string's characters as they are, unescaped, between quotes when asked for. The string has
+  /// to be well formed.
   void encodeStringWithoutCheckingFormat(const String& string, bool includeQuotes);
   /// A number in its archive form, unquoted.
   void encodeNumber(NumberValue number);
@@ -175,6 +181,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   template <std::size_t capacity, class Write>
   void writeShort(Write&& write);
   void writeKey(std::string_view key, bool includeSeparator);
+  bool encodeAtom(const Object& object);
 
   char* cursor_ = nullptr;
   char* windowEnd_ = nullptr;

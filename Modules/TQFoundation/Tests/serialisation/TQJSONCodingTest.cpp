@@ -72,6 +72,10 @@ TEST(TQJSONCoding, AClassOverridesAnyStep) {
       {makeRef<Replaced>(makeRef<Replaced>(num(1))), R"({"_class":"Replaced","itself":true})"},
   };
   for (const auto& [object, text] : cases) EXPECT_EQ(archiveOf(object), text);
+
+  Ref<Object> nest = makeRef<Replaced>(str("x"));  // which is no container
+  for (int i = 0; i < TQJSONEncoder::kDepthLimit; ++i) nest = Array::arrayWithObjects({nest});
+  EXPECT_TRUE(decoded(archiveOf(nest)));
 }
 
 TEST(TQJSONCoding, DefaultStepsWriteWhatTheKindAsksFor) {

@@ -173,6 +173,17 @@ TEST(TQJSONEncoder, KeepsTheFirstErrorAndEncodesNothingWithOneFromBefore) {
   EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(makeRef<Opaque>()));
   EXPECT_EQ(TQJSONEncoder::encodeObjectAsString(str("é"), &error)->view(), "\"é\"");
   EXPECT_TRUE(error);  // left alone on success
+  const auto unchecked = makeRef<Scripted>(
+      [](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(illFormed().get(), "k", true); });
+  EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(unchecked, &error));
+  EXPECT_EQ(error->domain(), TQJSONEncoderError);
+
+  EXPECT_EQ(membersOf([](TQJSONEncoder& e) {
+              e.encodeBool(true, "a");
+              e.encodeRootObject(Null::null());  // lost no text of the encoding around it
+              e.encodeBool(false, "b");
+            }),
+            R"(,"a":truenull,"b":false)");
 
   const auto sink = makeRef<TextSink>();
   sink->setError(error);
