@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include <TQFoundation/platform/Digest.h>
-#include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/LogChannel.h>
 
 namespace tq {
 namespace {
@@ -14,7 +14,8 @@ void warnOfOldName(std::string_view used, std::string_view instead) {
   std::string line = "WARNING: `";
   line.append(used).append(
       "` from a private Korvan category might be removed in the future. We now use `");
-  plainLog(line.append(instead).append("` ourselves (no warranty!)."));
+  line.append(instead).append("` ourselves (no warranty!).");
+  LogChannel::channel("com.korvan.serialisation", "digests").log(LogLevel::error, line);
 }
 
 }  // namespace

@@ -20,11 +20,13 @@ namespace tq {
 [[nodiscard]] TQ_EXPORT Ref<String> sha1String_tq(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<String> sha1String_tq(const Data& data);
 
-/// Older name of sha1Data_tq(); every call first logs a warning at error level.
+/// Older name of sha1Data_tq(); every call first logs a warning at error level,
+/// to the channel “digests” of com.korvan.serialisation.
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1(const Data& data);
 
-/// Older name of sha1String_tq(); every call first logs a warning at error level.
+/// Older name of sha1String_tq(); every call first logs a warning at error level,
+/// to the channel “digests” of com.korvan.serialisation.
 [[nodiscard]] TQ_EXPORT Ref<String> sha1AsString(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<String> sha1AsString(const Data& data);
 

@@ -30,10 +30,10 @@ TEST(SHA1, OfKnownTextsAndUnderOlderNamesThatWarn) {
     EXPECT_EQ(sha1AsString(bytesOf(plain))->view(), digest);
     EXPECT_THAT(
         log.messages(),
-        testing::ElementsAre(
-            "WARNING: `-[NSData sha1]` from a private Korvan category might be removed in the "
-            "future. We now use `-[NSData sha1Data_tq]` ourselves (no warranty!).",
-            testing::HasSubstr("sha1AsString]")));
+        testing::ElementsAre("[com.korvan.serialisation:digests] error: WARNING: `-[NSData sha1]` "
+                             "from a private Korvan category might be removed in the "
+                             "future. We now use `-[NSData sha1Data_tq]` ourselves (no warranty!).",
+                             testing::HasSubstr("sha1AsString]")));
   }
 }
 
