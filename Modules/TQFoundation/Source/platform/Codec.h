@@ -24,6 +24,9 @@ struct Codec {
 
   /// No stream of n bytes has a plain longer than n times this.
   std::size_t largestExpansion;
+
+  /// Room that encode() wants behind a stream's end to be sure to find it; it may use it.
+  std::size_t slack = 0;
 };
 
 /// Raw deflate (RFC 1951).

@@ -1,14 +1,22 @@
 #include <TQFoundation/platform/Codec.h>
 
+#include <algorithm>
 #include <memory>
 
 #include <libdeflate.h>
+#include <zlib.h>
 
 namespace tq {
 namespace {
 
 /// Beats zlib's level 5 in size, at about twice its speed.
 constexpr int kLevel = 5;
+
+/// Plains up to this size it stores at that level, be they ever so even; zlib packs them.
+constexpr std::size_t kLongestShort = 55 - 4 * kLevel;
+
+/// It gives up before it has filled the last words of its room.
+constexpr std::size_t kSlack = 16;
 
 /// A match of 258 bytes costs two bits at the least.
 constexpr std::size_t kLargestExpansion = 258 * 8 / 2;
@@ -20,7 +28,25 @@ struct FreeDecompressor {
   void operator()(libdeflate_decompressor* state) const { libdeflate_free_decompressor(state); }
 };
 
+Bytef* zlibBytes(std::span<const std::byte> bytes) {
+  return reinterpret_cast<Bytef*>(const_cast<std::byte*>(bytes.data()));
+}
+
+std::size_t encodeShort(std::span<const std::byte> plain, std::span<std::byte> packed) {
+  z_stream stream{};
+  constexpr int kRaw = -9;  // without a header, and a window of the least size
+  if (deflateInit2(&stream, kLevel, Z_DEFLATED, kRaw, 1, Z_DEFAULT_STRATEGY) != Z_OK) return 0;
+  stream.next_in = zlibBytes(plain);
+  stream.avail_in = static_cast<uInt>(plain.size());
+  stream.next_out = zlibBytes(packed);
+  stream.avail_out = static_cast<uInt>(std::min<std::size_t>(packed.size(), 2 * kLongestShort));
+  const bool isWhole = deflate(&stream, Z_FINISH) == Z_STREAM_END;
+  deflateEnd(&stream);
+  return isWhole ? stream.total_out : 0;
+}
+
 std::size_t encode(std::span<const std::byte> plain, std::span<std::byte> packed) {
+  if (plain.size() <= kLongestShort) return encodeShort(plain, packed);
   const std::unique_ptr<libdeflate_compressor, FreeCompressor> state(
       libdeflate_alloc_compressor(kLevel));
   if (state == nullptr) return 0;
@@ -39,6 +65,6 @@ bool decode(std::span<const std::byte> packed, std::span<std::byte> plain) {
 
 }  // namespace
 
-const Codec deflateCodec{encode, decode, kLargestExpansion};
+const Codec deflateCodec{encode, decode, kLargestExpansion, kSlack};
 
 }  // namespace tq

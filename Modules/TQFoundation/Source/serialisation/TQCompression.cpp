@@ -79,12 +79,13 @@ Ref<Data> dataByCompressingWithAlgorithm_tq(std::span<const std::byte> bytes,
                                             TQCompressionAlgorithm algorithm) try {
   const std::size_t size = bytes.size();
   const Ref<MutableData> container = MutableData::data();
-  const std::span<std::byte> room = container->spareRoom(size + kContainerSize);
-  const std::span<std::byte> payload = room.subspan(kHeaderSize, size);
-
   const Codec* const codec = codecFor(algorithm);
+  const std::size_t slack = codec != nullptr ? codec->slack : 0;
+  const std::span<std::byte> room = container->spareRoom(size + kContainerSize + slack);
+  const std::span<std::byte> payload = room.subspan(kHeaderSize, size + slack);
+
   std::size_t packed = codec != nullptr ? codec->encode(bytes, payload) : 0;
-  if (packed == 0) {
+  if (packed == 0 || packed > size) {
     algorithm = TQCompressionAlgorithm::stored;
     packed = size;
     if (size > 0) std::memcpy(payload.data(), bytes.data(), size);

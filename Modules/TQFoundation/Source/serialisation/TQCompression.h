@@ -80,8 +80,8 @@ enum class TQCompressionAlgorithm : std::uint32_t {
 [[nodiscard]] TQ_EXPORT bool isGzipped_tq(std::span<const std::byte> bytes) noexcept;
 [[nodiscard]] TQ_EXPORT bool isGzipped_tq(const Data& data) noexcept;
 
-/// Bytes that could not be made a gzip file: they would not get shorter (short and random ones
-/// never do), or there was no memory.
+/// Bytes that could not be made a gzip file: they would not get shorter or equal (the shortest and
+/// random ones never do), or there was no memory.
 class TQ_EXPORT gzip_tqError final : public Exception {
  public:
   gzip_tqError();
