@@ -33,9 +33,10 @@ class RecentsList {
   template <std::ranges::input_range Elements>
   RecentsList(Elements&& elements, std::int64_t capacity) : capacity_(capacity) {
     TQ_ASSERT(capacity >= 0);
+    if (capacity == 0) return;
     for (auto&& element : elements) {
-      if (count() >= static_cast<std::size_t>(capacity)) break;
       storage_.emplace_back(std::forward<decltype(element)>(element));
+      if (count() == static_cast<std::size_t>(capacity)) break;  // no further element is asked for
     }
   }
 

@@ -14,7 +14,9 @@ void TQRangeMap::setObject(Ref<Object> object, Range forRange) {
     throw Exception(RangeException,
                     "A range cannot start at " + std::to_string(forRange.location) + ".");
   }
-  entries_.insert_or_assign(forRange.location, TQRangeMapEntry{std::move(object), forRange});
+  TQRangeMapEntry& entry = entries_[forRange.location];
+  std::swap(entry.object, object);  // the one before goes last: its destructor may look here
+  entry.range = forRange;
 }
 
 const TQRangeMapEntry* TQRangeMap::entryCovering(std::uint64_t location) const noexcept {
@@ -34,8 +36,12 @@ Range TQRangeMap::rangeForLocation(std::uint64_t location) const noexcept {
   return entry != nullptr ? entry->range : Range{kNotFound, 0};
 }
 
+// Each is out of the map before its object goes: a destructor may look here.
 void TQRangeMap::removeObjectsAtOrBeyondLocation(std::uint64_t location) noexcept {
-  entries_.erase(entries_.lower_bound(location), entries_.end());
+  for (auto at = entries_.lower_bound(location); at != entries_.end();
+       at = entries_.lower_bound(location)) {
+    entries_.extract(at);
+  }
 }
 
 std::vector<Range> TQRangeMap::allRanges() const {

@@ -42,8 +42,8 @@ class TQ_EXPORT TQRangeMap {
   /// The range that covers the place; {kNotFound, 0} when there is none.
   [[nodiscard]] Range rangeForLocation(std::uint64_t location) const noexcept;
 
-  /// Drops the entries that start at the place or beyond it. One that starts before it and reaches
-  /// beyond is kept whole.
+  /// Drops the entries that start at the place or beyond it, one by one by rising start. One that
+  /// starts before it and reaches beyond is kept whole.
   void removeObjectsAtOrBeyondLocation(std::uint64_t location) noexcept;
 
   /// Every range once, by rising start.

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <ranges>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -50,6 +52,11 @@ TEST(RecentsList, ASequenceIsCutToTheCapacityButKeepsItsDuplicates) {
   list.insert(9);
   EXPECT_THAT(list, ElementsAre(9, 2, 1, 1));
   EXPECT_THAT(copy, ElementsAre(2, 1, 1, 1));
+
+  std::istringstream numbers("1 2 3");
+  EXPECT_EQ(RecentsList<int>(std::views::istream<int>(numbers), 2).count(), 2u);
+  int next = 0;
+  EXPECT_TRUE(numbers >> next && next == 3);  // which nobody had asked for
 }
 
 TEST(RecentsList, ANegativeCapacityStopsTheProcess) {

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
 
@@ -11,6 +15,14 @@ namespace {
 using testing::ElementsAre;
 
 constexpr std::uint64_t kLast = TQRangeMap::kNotFound - 1;
+
+/// Says when it goes.
+struct Leaving final : Subclass<Leaving> {
+  static constexpr std::string_view className = "Leaving";
+  explicit Leaving(const std::function<void()>& atEnd) : atEnd_(atEnd) {}
+  ~Leaving() override { atEnd_(); }
+  const std::function<void()>& atEnd_;
+};
 
 std::string found(const TQRangeMap& map, std::uint64_t location) {
   const Object* const object = map.objectForLocation(location);
@@ -57,6 +69,17 @@ TEST(TQRangeMap, KeepsWhatStartsBeforeAPlaceAndReplacesByTheStart) {
   EXPECT_EQ(copy.locationsToEntries().size(), 3U);
   map.removeObjectsAtOrBeyondLocation(0);
   EXPECT_TRUE(map.locationsToEntries().empty());
+
+  std::vector<std::string> seen;  // from the destructors of what the map lets go of
+  const std::function<void()> look = [&] {
+    seen.push_back(std::to_string(map.rangeForLocation(10).length) + " of " +
+                   std::to_string(map.allRanges().size()));
+  };
+  map.setObject(makeRef<Leaving>(look), {10, 5});
+  map.setObject(makeRef<Leaving>(look), {10, 6});
+  map.setObject(makeRef<Leaving>(look), {20, 1});
+  map.removeObjectsAtOrBeyondLocation(3);
+  EXPECT_THAT(seen, ElementsAre("6 of 1", "0 of 1", "0 of 0"));
 
   EXPECT_THROW(map.setObject(nullptr, {1, 1}), Exception);
   EXPECT_THROW(map.setObject(String::of("x"), {kLast + 1, 1}), Exception);
