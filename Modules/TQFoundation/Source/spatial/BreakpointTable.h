@@ -88,7 +88,8 @@ class BreakpointTable {
       return modify([&](Value& value) { value /= by; });
     }
     Slot(const Slot&) = delete;
-    Slot& operator=(const Slot&) = delete;
+    /// Stores what the other slot reads.
+    Slot& operator=(const Slot& other) { return *this = Value(other); }
 
    private:
     BreakpointTable& table_;

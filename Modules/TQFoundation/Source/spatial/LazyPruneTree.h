@@ -3,14 +3,14 @@
 /// @file LazyPruneTree.h
 /// A tree seen without the nodes that fail a test, and without everything below them.
 
-#include <functional>
-#include <memory>
+#include <concepts>
 #include <ranges>
 #include <utility>
 #include <vector>
 
 #include <TQFoundation/collections/ChildTraversable.h>
 #include <TQFoundation/collections/Forest.h>
+#include <TQFoundation/spatial/detail/Filtered.h>
 
 namespace tq {
 
@@ -20,7 +20,8 @@ namespace tq {
 ///
 /// Holds the base tree by value, and so shares it when `Base` is a Ref. The ranges of children
 /// refer to this view's predicate: they are good while the view stays where it is.
-template <ChildTraversable Base, std::predicate<TreeNodeArgument<Base>> Predicate>
+template <ChildTraversable Base, class Predicate>
+requires std::predicate<const Predicate&, TreeNodeArgument<Base>>
 class LazyPruneTree {
  public:
   /// A view of `base` without what `predicate` is false for.
@@ -36,7 +37,7 @@ class LazyPruneTree {
 
   /// The children that pass, in the base tree's order.
   [[nodiscard]] auto children(TreeNodeArgument<Base> node) const {
-    return std::views::all(childrenOf(base_, node)) | std::views::filter(std::cref(predicate_));
+    return detail::Filtered(std::views::all(childrenOf(base_, node)), predicate_);
   }
 
  private:

@@ -93,6 +93,7 @@ void RTreeCore::prepare(RTreeNodeCore& leaf) {
   } else {
     path_[level - 1].directory->reserve(path_[level - 1].directory->entryCount() + 1);
   }
+  std::ranges::reverse(spares_);
   spares_.push_back(std::move(sibling));
 }
 

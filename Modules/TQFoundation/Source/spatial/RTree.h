@@ -25,9 +25,10 @@ namespace tq {
 /// Made by makeRef<RTree<Element>>(maxNumberOfChildren) and shared by reference. It only grows.
 ///
 /// Element:  any type that can be moved; nothing else is asked of it. Elements are never compared.
-/// Rects:    kept exactly as given. Null rects are stored and never met; a rect with NaN is stored,
-///           never met, and may hide rects stored beside it. Areas are width times height as they
-///           stand, so negative extents take part in the choice of a place as negative areas.
+/// Rects:    kept exactly as given. Null rects are stored and never met; a rect with NaN or an
+///           origin of -infinity is stored, never met, and may hide rects stored beside it. Areas
+///           are width times height as they stand, so negative extents take part in the choice of a
+///           place as negative areas.
 /// Edges:    rects are closed. The rects of directories are kept as origin and extent, whose sum
 ///           may fall short of an edge by one unit in the last place: a query that does no more
 ///           than touch exactly that edge may miss it.
@@ -74,7 +75,7 @@ class RTree final : public Object {
 
   /// Whether no node holds more than the maximum and the rect of each directory entry equals the
   /// bounding rect of its child. Holds after every insertion of rects without NaN, which equals
-  /// nothing. O(n).
+  /// nothing, and without an origin of -infinity, from which no extent reaches back. O(n).
   [[nodiscard]] bool validate() const {
     const auto limit = static_cast<std::uint64_t>(maxNumberOfChildren());
     return std::ranges::all_of(*this, [limit](const Node* node) {

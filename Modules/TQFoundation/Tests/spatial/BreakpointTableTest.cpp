@@ -30,6 +30,8 @@ TEST(BreakpointTable, StoringAKeyAgainPutsTheNewerValueFirst) {
   EXPECT_EQ(std::as_const(table)[12], 5);
   EXPECT_EQ(std::as_const(table)[10], 7);
   EXPECT_EQ(table.entryCount(), 4U);
+  table[20] = table[10];
+  EXPECT_EQ(std::as_const(table)[20], 7);
 }
 
 TEST(BreakpointTable, ObeysItsPredicateAndHandsItTheKeyFirst) {

@@ -55,6 +55,11 @@ TEST(LazyPruneTree, AsksOncePerChildOfAKeptNodeEachTimeItIsWalked) {
   EXPECT_EQ(tree.root(), 0);
   EXPECT_THAT(nodesOf(tree), ElementsAre(0, 2));
   EXPECT_EQ(asked.size(), 6U);
+  asked.clear();
+  for (int walk = 0; walk < 2; ++walk) {
+    for (const int child : children) EXPECT_EQ(child, 2);
+  }
+  EXPECT_THAT(asked, ElementsAre(1, 2, 3, 1, 2, 3));
 }
 
 TEST(LazyPruneTree, PrunesEveryTreeOfAForest) {

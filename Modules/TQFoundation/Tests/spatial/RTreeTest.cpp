@@ -197,14 +197,21 @@ TEST(RTree, IsARangeOfItsNodesAndCanBePruned) {
 }
 
 TEST(RTree, NodesBeyondTheInlineCapacityGrow) {
-  for (const std::int64_t capacity : {std::int64_t{127}, std::int64_t{128}, std::int64_t{333},
-                                      std::numeric_limits<std::int64_t>::max()}) {
+  const struct {
+    std::int64_t capacity;
+    int count;
+  } cases[] = {{127, 1500},
+               {128, 1500},
+               {256, 50'000},  // so many that a directory below the root is divided
+               {333, 1500},
+               {std::numeric_limits<std::int64_t>::max(), 1500}};
+  for (const auto& [capacity, count] : cases) {
     SCOPED_TRACE(capacity);
     const Ref<Tree> tree = makeRef<Tree>(capacity);
     const std::size_t plainCapacity = static_cast<std::size_t>(capacity);
     PlainRTree plain(plainCapacity);
     RandomRects rects(RectKind::uniform, 11);
-    for (int i = 0; i < 1500; ++i) {
+    for (int i = 0; i < count; ++i) {
       const Rect rect = rects.next();
       tree->insert(i, rect);
       plain.insert(i, rect);
