@@ -72,9 +72,10 @@ TQSortableTreeItems TQSortableTreeItem::sortableTreeItemsForSortableObjects(cons
   return items;
 }
 
+// A copy, for the other may be this one.
 void TQSortableTreeItem::adoptChildrenOf(const TQSortableTreeItem& other) {
-  internalChildren_.insert(internalChildren_.end(), other.internalChildren_.begin(),
-                           other.internalChildren_.end());
+  const TQSortableTreeItems adopted = other.internalChildren_;
+  internalChildren_.insert(internalChildren_.end(), adopted.begin(), adopted.end());
   hasChildren_ = hasChildren_ || other.hasChildren_;
 }
 

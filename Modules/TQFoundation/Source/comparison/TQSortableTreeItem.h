@@ -16,7 +16,8 @@ namespace tq {
 /// Something with a name to be sorted by: groups and a last component, separated by "/".
 class TQ_EXPORT TQSortable {
  public:
-  /// The whole name, such as "Icons/Arrows/Left". Any text; empty components are kept.
+  /// The whole name, such as "Icons/Arrows/Left". Any text; empty components are
+  /// left out.
   [[nodiscard]] virtual std::string name() const = 0;
 
  protected:

@@ -38,8 +38,6 @@ std::vector<Ref<TQComparisonItem>> TQTreeComparison::changes() {
       mutableChanges_.clear();
       currentParent_ = nullptr;
       walking_ = nullptr;
-      place_ = nullptr;
-      depth_ = 0;
       throw;
     }
   }
@@ -56,17 +54,36 @@ void TQTreeComparison::computeChanges() {
   walking_ = nullptr;
 }
 
-void TQTreeComparison::compareNode(Object& oldObject, Object& against) {
-  if (depth_ > kMaximumDepth) {
-    throw Exception(kDepthException,
-                    "The trees have more than " + std::to_string(kMaximumDepth) + " levels.");
+/// A level deeper and at another place for as long as it lives: the delegate may catch what is
+/// thrown through it.
+class TQTreeComparison::Descent {
+ public:
+  Descent(TQTreeComparison& comparison, Place& place)
+      : comparison_(comparison), before_(comparison.place_) {
+    if (comparison.depth_ > kMaximumDepth) {
+      throw Exception(kDepthException,
+                      "The trees have more than " + std::to_string(kMaximumDepth) + " levels.");
+    }
+    comparison_.place_ = &place;
+    ++comparison_.depth_;
   }
-  ++depth_;
+  ~Descent() {
+    comparison_.place_ = before_;
+    --comparison_.depth_;
+  }
+  Descent(const Descent&) = delete;
+  Descent& operator=(const Descent&) = delete;
+
+ private:
+  TQTreeComparison& comparison_;
+  Place* const before_;
+};
+
+void TQTreeComparison::compareNode(Object& oldObject, Object& against) {
   for (std::string& name : walking_->propertiesOfObject(*this, oldObject, against)) {
     mutableChanges_.push_back(itemAt(*place_)->addChangeForPropertyNamed(std::move(name)));
   }
   walking_->compareChildrenOf(*this, oldObject, against);
-  --depth_;
 }
 
 TQComparisonItem* TQTreeComparison::currentParent() {
@@ -88,18 +105,16 @@ void TQTreeComparison::compareFrom(Ref<TQComparisonItem> parent, Object& oldObje
   currentParent_ = parent;
   Place place{nullptr,          &oldObject, &newObject, {}, TQComparisonPathItem::kNoIndex,
               std::move(parent)};
-  place_ = &place;
+  const Descent descent(*this, place);
   compareNode(oldObject, newObject);
-  place_ = nullptr;
 }
 
 /// Compares a pair in depth, told under a path item of its own, and comes back.
 void TQTreeComparison::compareBelow(Object& oldObject, Object& newObject, std::string_view name,
                                     std::int64_t index) {
   Place place{place_, &oldObject, &newObject, name, index, nullptr};
-  place_ = &place;
+  const Descent descent(*this, place);
   compareNode(oldObject, newObject);
-  place_ = place.above;
 }
 
 void TQTreeComparison::compareOldObject(Object& oldObject, Object& againstNewObject,

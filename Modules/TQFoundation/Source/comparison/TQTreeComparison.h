@@ -120,6 +120,7 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
     std::int64_t index;
     Ref<TQComparisonItem> item;
   };
+  class Descent;
   [[nodiscard]] static const Ref<TQComparisonItem>& itemAt(Place& place);
   void compareBelow(Object& oldObject, Object& newObject, std::string_view name,
                     std::int64_t index);

@@ -67,6 +67,14 @@ TEST(TQSortableTreeItem, ObjectsWithoutANameAreLeftOutAndEqualNamesStayInOrder) 
   EXPECT_EQ(text(TQSortableTreeItem::sortableTreeItemsForSortableObjects(*mixed)), "n*");
 }
 
+TEST(TQSortableTreeItem, AGroupThatIsThereTwiceTakesItsChildrenTwice) {
+  const auto group = TQSortableTreeItem::initWithObject(nullptr, nullptr, "A");
+  static_cast<void>(TQSortableTreeItem::initWithObject(Null::null(), group.get(), "B"));
+  TQSortableTreeItems items = {group, group};
+  TQSortableTreeItem::sortAndCombineTreeItems(items);
+  EXPECT_EQ(text(items), "A{B* B*}");
+}
+
 TEST(TQSortableTreeItem, AChildTakesThePlaceOfThoseBefore) {
   const auto parent = TQSortableTreeItem::initWithObject(Null::null(), nullptr, "p");
   EXPECT_EQ(parent->children(), nullptr);

@@ -5,6 +5,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -47,6 +48,10 @@ struct Delegate final : Subclass<Delegate>, TQTreeComparisonDelegate {
 
   std::vector<std::string> propertiesOfObject(TQTreeComparison&, Object& a, Object& b) override {
     log.push_back(std::to_string(thing(a).id));
+    if (failsOnce != 0 && thing(a).id == failsOnce) {
+      failsOnce = 0;
+      throw std::runtime_error("failed");
+    }
     if (thing(a).value == thing(b).value) return {};
     return {"value"};
   }
@@ -55,13 +60,18 @@ struct Delegate final : Subclass<Delegate>, TQTreeComparisonDelegate {
       comparison.compareOldArray(*thing(a).arrays[i], *thing(b).arrays[i], kRelationships[i]);
     }
     if (thing(a).own && thing(b).own) {
-      comparison.compareOldObject(*thing(a).own, *thing(b).own, "own");
+      try {
+        comparison.compareOldObject(*thing(a).own, *thing(b).own, "own");
+      } catch (const std::runtime_error&) {
+        comparison.compareOldObject(*thing(a).own, *thing(b).own, "again");
+      }
     }
   }
   bool isObject(TQTreeComparison&, Object& a, Object& b) override {
     return thing(a).id == thing(b).id || ++refusals > 2;
   }
 
+  int failsOnce = 0;             // the identity of a pair; 0: none
   int refusals = -1'000'000;     // after the second from 0 on everything is the same
   std::vector<std::string> log;  // identities of the pairs that were compared in depth
 };
@@ -96,6 +106,16 @@ TEST(TQTreeComparison, TellsChangesInTheOrderOfTheWalk) {
                           "more[0].value", "own.kids[0].value"));
   EXPECT_THAT(delegate->log, ElementsAre("1", "3", "5", "6", "7", "8"));
   EXPECT_TRUE(compare(a, a, true).empty());
+}
+
+TEST(TQTreeComparison, ADelegateMayCatchWhatFailsBelow) {
+  const auto a = makeRef<Thing>(0);
+  const auto b = makeRef<Thing>(0);
+  a->own = makeRef<Thing>(7, 1);
+  b->own = makeRef<Thing>(7, 2);
+  const auto delegate = makeRef<Delegate>();
+  delegate->failsOnce = 7;
+  EXPECT_THAT(paths(compare(a, b, false, delegate)), ElementsAre("again.value"));
 }
 
 TEST(TQTreeComparison, APairIsToldEachTimeTheSearchMeetsIt) {
