@@ -97,6 +97,7 @@ TEST(RectAxis, OverlapAbuttingAndContainmentOnOneAxis) {
       {"inside", 0, 10, 2, 3, true, true, true},
       {"around", 2, 3, 0, 10, true, true, false},
       {"touching", 0, 10, 10, 5, false, true, false},
+      {"in common less than one", 0, 10, 9.5, 5, true, true, false},
       {"apart", 0, 10, 11, 5, false, false, false},
       {"no length inside", 0, 10, 4, 0, false, false, true},
       {"both without length at one place", 4, 0, 4, 0, false, true, true},

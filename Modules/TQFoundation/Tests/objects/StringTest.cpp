@@ -137,6 +137,7 @@ TEST(LenientReading, TakesTheDoubleThatATextStartsWith) {
       {"1.5.5", 1.5},
   };
   for (const auto& [text, value] : cases) EXPECT_EQ(lenientDouble(text), value) << text;
+  EXPECT_EQ(lenientDouble("12345"sv.substr(0, 2)), 12);
   EXPECT_TRUE(std::signbit(lenientDouble("-0")));
   EXPECT_TRUE(std::signbit(lenientDouble("-1e-400")));
 }

@@ -48,7 +48,9 @@ TEST(ExternalTool, CollectsBothStreamsWhileItFeeds) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.script);
     const auto start = std::chrono::steady_clock::now();
-    const auto result = runExternalTool(shell(c.script, c.input));
+    ExternalTool tool = shell(c.script, c.input);
+    tool.timeoutSeconds = 60;
+    const auto result = runExternalTool(tool);
     ASSERT_TRUE(result);
     EXPECT_TRUE(result->output->view() == c.output) << result->output->description();
     EXPECT_TRUE(result->errorOutput->view() == c.errorOutput) << result->errorOutput->description();
