@@ -293,7 +293,7 @@ void RunLoop::endThread(void* loop) noexcept {
     state.hasEnded = true;
     dropped.swap(state.performed);
   }
-  while (!state.timers.isEmpty()) Ref<Timer>(state.timers.top())->invalidate();
+  while (!state.timers.isEmpty()) Ref<Timer>(state.timers.top())->end();
   currentLoop = nullptr;
 }
 

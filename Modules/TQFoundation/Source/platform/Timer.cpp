@@ -57,6 +57,12 @@ void Timer::fire() noexcept {
   }
 }
 
+/// With its loop's thread, also when another thread has just invalidated it and will not be heard.
+void Timer::end() noexcept {
+  isValid_ = false;
+  letGo();
+}
+
 void Timer::letGo() noexcept {
   const Ref<Object> userInfo = std::exchange(userInfo_, nullptr);  // its destructor may call back
   loop_->forgetTimer(*this);

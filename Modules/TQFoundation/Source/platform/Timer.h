@@ -51,6 +51,7 @@ class TQ_EXPORT Timer final : public Subclass<Timer> {
 
   Timer(std::int64_t nanoseconds, Action action, Ref<Object> userInfo, bool repeats);
   void fire() noexcept;
+  void end() noexcept;
   void letGo() noexcept;
   [[nodiscard]] std::int64_t nextDue(std::int64_t now) const noexcept;
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <latch>
 #include <thread>
 
 #include <TQFoundation/concurrency/TimerBlock.h>
@@ -72,6 +73,21 @@ TEST(Debouncer, AnswersOnTheThreadOfTheLastRequest) {
     while (ranOn == std::thread::id()) RunLoop::current().runOnce(60);
   }).join();
   EXPECT_EQ(ranOn, expected);
+
+  // A thread ends whose request another one has just taken over.
+  const auto taken = Debouncer::init(0.1, [&] { ++runs; });
+  std::latch isRequested(1), isTaken(1);
+  std::jthread worker([&] {
+    taken->schedulePerformAction();
+    isRequested.count_down();
+    isTaken.wait();
+  });
+  isRequested.wait();
+  taken->schedulePerformAction();
+  isTaken.count_down();
+  worker.join();
+  clock.pass(1000ms);
+  EXPECT_EQ(runs, 1);
 }
 
 TEST(TimerBlock, RunsItsBlockUntilTheBlockInvalidatesIt) {
