@@ -110,15 +110,15 @@ class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
   static void requireMethod(bool hasMethod);
   void schedule();
 
+  /// The limiter as what becomes an Argument: itself, or a pointer or a Ref by value.
   template <class Argument>
-  static Argument limiterAs(TQRateLimiter& limiter) {
-    using Plain = std::remove_cvref_t<Argument>;
+  static decltype(auto) limiterAs(TQRateLimiter& limiter) {
     if constexpr (std::convertible_to<TQRateLimiter&, Argument>) {
-      return limiter;
+      return (limiter);
     } else if constexpr (std::convertible_to<TQRateLimiter*, Argument>) {
       return &limiter;
     } else {
-      static_assert(std::convertible_to<Ref<TQRateLimiter>, Plain>,
+      static_assert(std::convertible_to<Ref<TQRateLimiter>, Argument>,
                     "the first argument is the limiter");
       return share(limiter);
     }

@@ -30,6 +30,8 @@ struct View final : Subclass<View> {
     EXPECT_EQ(text, nullptr);
     by = limiter.get();
   }
+  void redrawBy(const Ref<TQRateLimiter>& limiter) { by = limiter.get(); }
+  void redrawAt(TQRateLimiter* const& limiter) { by = limiter; }
 
   int redrawn = 0;
   mutable Object* by = nullptr;
@@ -127,6 +129,11 @@ TEST(TQRateLimiter, SendsWhatTheMethodTakes) {
   EXPECT_EQ(three->updateStrategy(), TQRateLimiterUpdateOnMainQueue);
   three->update();
   EXPECT_EQ(view->by, three.get());
+  for (const auto& other : {TQRateLimiter::initWithTarget(view, &View::redrawBy),
+                            TQRateLimiter::initWithTarget(view, &View::redrawAt)}) {
+    other->update();
+    EXPECT_EQ(view->by, other.get());
+  }
 
   three->setActionInvocation(one->actionInvocation());
   three->update();
