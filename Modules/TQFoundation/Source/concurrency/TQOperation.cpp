@@ -1,21 +1,35 @@
 #include <TQFoundation/concurrency/TQOperation.h>
 
-#include <TQFoundation/concurrency/Lockable.h>
-#include <TQFoundation/concurrency/ObjectSynchronizer.h>
+#include <TQFoundation/platform/ObjectMonitor.h>
 
 namespace tq {
+namespace {
+
+/// Inside the object's monitor, without a reference to it: a destructor may ask, too.
+class Inside {
+ public:
+  explicit Inside(const Object& object) : object_(object) { monitorEnter(&object_); }
+  ~Inside() { monitorExit(&object_); }
+  Inside(const Inside&) = delete;
+  Inside& operator=(const Inside&) = delete;
+
+ private:
+  const Object& object_;
+};
+
+}  // namespace
 
 void TQOperation::change(bool TQOperation::*flag, bool value, std::string_view key) {
-  sync(ObjectSynchronizer(share(*this)), [&] {
-    if (this->*flag == value) return;
-    willChangeValueForKey(key);
-    this->*flag = value;
-    didChangeValueForKey(key);
-  });
+  const Inside monitor(*this);
+  if (this->*flag == value) return;
+  willChangeValueForKey(key);
+  this->*flag = value;
+  didChangeValueForKey(key);
 }
 
 bool TQOperation::read(bool TQOperation::*flag) const {
-  return sync(ObjectSynchronizer(Ref(const_cast<TQOperation*>(this))), [&] { return this->*flag; });
+  const Inside monitor(*this);
+  return this->*flag;
 }
 
 void TQOperation::setFinished(bool finished) {

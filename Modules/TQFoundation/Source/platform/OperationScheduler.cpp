@@ -54,6 +54,9 @@ void OperationScheduler::becameReady(Operation& operation) {
 }
 
 void OperationScheduler::finished(Operation& operation) {
+  // The runner that started it looks for the next one by itself once start() has returned, which
+  // may be long after an asynchronous operation has finished.
+  const bool mayStillRun = startedHere != &operation || operation.isAsynchronous();
   {
     const Locked guard(lock_);
     const auto place = std::exchange(operation.place_, Operation::Place::gone);
@@ -62,8 +65,7 @@ void OperationScheduler::finished(Operation& operation) {
     if (count_ == 0) emptied_.notify_all();
     if (place == Operation::Place::ready) return;  // a runner will meet it, and let go of it
     if (place == Operation::Place::started) --startedCount_;
-    // The runner that started it looks for the next one by itself.
-    if (startedHere != &operation) callRunners();
+    if (mayStillRun) callRunners();
   }
   operation.release();
 }

@@ -48,6 +48,44 @@ TEST(TQOperation, AnnouncesChangesAloneAndAroundThem) {
   EXPECT_TRUE(operation->isAsynchronous());
 }
 
+// Finishes, and then waits for the next operation of its queue.
+struct Lingering final : Subclass<Lingering, TQOperation> {
+  static constexpr std::string_view className = "Lingering";
+  void start() override {
+    setFinished(true);
+    next->waitUntilFinished();
+  }
+  Ref<Operation> next;
+};
+
+TEST(TQOperation, LeavesItsPlaceInTheQueueWhenItSaysThatItHasFinished) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(1);
+  const auto lingering = makeRef<Lingering>();
+  lingering->next = BlockOperation::blockOperationWithBlock([] {});
+  queue->addOperation(*lingering);
+  queue->addOperation(*lingering->next);
+  lingering->next->waitUntilFinished();
+}
+
+struct Leaving final : Subclass<Leaving, TQOperation> {
+  static constexpr std::string_view className = "Leaving";
+  explicit Leaving(int& ends) : ends_(ends) {}
+  ~Leaving() override {
+    setCancelled(!isFinished());
+    ends_ += isCancelled() ? 1 : 100;
+  }
+
+ private:
+  int& ends_;
+};
+
+TEST(TQOperation, ADestructorMayAskAndTell) {
+  int ends = 0;
+  static_cast<void>(makeRef<Leaving>(ends));
+  EXPECT_EQ(ends, 1);
+}
+
 TEST(TQOperation, InheritedStartAndCancelReportNothing) {
   const auto operation = makeRef<TQOperation>();
   operation->cancel();
