@@ -73,8 +73,7 @@ std::size_t applyBlockConcurrentlyAndCountSuccess(const Array& array, const Arra
   requireBlock(block, __func__);
   const std::span<const Ref<Object>> objects = array.objects();
   std::vector<unsigned char> answers(objects.size(), 0);
-  const auto call = [&](std::size_t i) { answers[i] = block(*objects[i]) ? 1 : 0; };
-  parallelApply(objects.size(), call, &costOf(block.target_type()));
+  groupApply(objects.size(), [&](std::size_t i) { answers[i] = block(*objects[i]) ? 1 : 0; });
   return answers.size() - static_cast<std::size_t>(std::ranges::count(answers, 0));
 }
 

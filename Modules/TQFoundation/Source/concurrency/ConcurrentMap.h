@@ -2,8 +2,9 @@
 
 /// @file ConcurrentMap.h
 /// What is done to all elements of an array at once, on many threads. Blocks must be safe to run in
-/// parallel; they are called once for each element, in any order, and answers keep the elements'
-/// order. An empty block throws Exception (InvalidArgumentException) before anything is run.
+/// parallel, and those of the maps must not wait for each other; they are called once for each
+/// element, in any order, and answers keep the elements' order. An empty block throws Exception
+/// (InvalidArgumentException) before anything is run.
 
 #include <cstddef>
 #include <cstdint>
@@ -42,8 +43,8 @@ inline constexpr EnumerationOptions EnumerationConcurrent = 1;
                                                          EnumerationOptions options,
                                                          const ArrayMapBlock& usingBlock);
 
-/// How many elements the block holds for. Runs and waits as concurrentMap() does; 0 for an empty
-/// array.
+/// How many elements the block holds for; 0 for an empty array. Called on threads that may block,
+/// begun in the elements' order, while the caller waits: see groupApply(). Exceptions as above.
 [[nodiscard]] TQ_EXPORT std::size_t applyBlockConcurrentlyAndCountSuccess(
     const Array& array, const ArrayPredicate& block);
 

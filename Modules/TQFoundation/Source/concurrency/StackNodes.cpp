@@ -33,14 +33,17 @@ class SharedNodes {
     stackNode(number).next.store(first_, std::memory_order_relaxed);
     first_ = number;
   }
-  [[nodiscard]] bool hasFree() const noexcept TQ_REQUIRES(lock) { return first_ != 0; }
+  /// Whether allocate() just takes one.
+  [[nodiscard]] bool hasOne() const noexcept TQ_REQUIRES(lock) {
+    return first_ != 0 || next_ < usable_;
+  }
 
   UnfairLock lock;
 
  private:
   // Number 0 names no node. Zeroed memory is a row of nodes.
   std::uint32_t made() TQ_REQUIRES(lock) {
-    if (usable_ == 0) {
+    if (stackNodes.load(std::memory_order_relaxed) == nullptr) {
       stackNodes.store(static_cast<StackNode*>(reserveRange(kMostNodes * sizeof(StackNode))),
                        std::memory_order_release);
     }
@@ -89,7 +92,7 @@ std::uint32_t allocateSharedStackNode() {
   beginKeeping();
   SharedNodes& all = shared();
   const Locked guard(all.lock);
-  while (ownNodes.most > 0 && ownNodes.count < kBatch && all.hasFree()) {
+  while (ownNodes.most > 0 && ownNodes.count < kBatch && all.hasOne()) {
     ownNodes.numbers[ownNodes.count++] = all.allocate();
   }
   return all.allocate();

@@ -19,9 +19,9 @@ namespace tq {
 
 /// Cached objects by owner, then key. Owners are told apart by identity, and are held weakly unless
 /// asked otherwise: an owner that goes takes its entries with it, and a new owner at its address
-/// inherits nothing. Keys are copied and compared by equality; their isEqual() and hash() run under
-/// the cache's lock and must not call back in. Owners and keys are references: none cannot be
-/// asked.
+/// inherits nothing. The caller holds the owner: in its destructor it can no longer be one. Keys
+/// are copied and compared by equality; their isEqual() and hash() run under the cache's lock and
+/// must not call back in. Owners and keys are references: none cannot be asked.
 ///
 /// Threads: any. Creation blocks, and destructors of what the cache lets go of, run without the
 ///          cache's lock and may call back in. Lock order: the owner's monitor, then the cache's
@@ -54,7 +54,7 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
 
   /// The same with the block run outside the monitor: creations for different keys run side by
   /// side, one for the same key runs once and the others wait for it. When it throws, the error
-  /// goes to its own caller, those who waited are answered none, and the next call creates again.
+  /// goes to its own caller, and one of those who waited creates with its own block.
   /// What somebody else stored under the key in the meantime stays.
   Ref<Object> cachedObjectForOwner(Object& owner, const Object& andKey,
                                    const CreationBlock& orCreateWithBlock);

@@ -22,7 +22,7 @@ namespace tq {
 /// | anything else | the result, for good |
 struct TQ_EXPORT TQLazyVar {
   std::atomic<void*> value{nullptr};  ///< what was calculated; null until then
-  std::mutex mutex;                   ///< guards the calculation's beginning and end
+  std::mutex mutex;                   ///< guards the calculation's end, and the waiting for it
   std::condition_variable condition;  ///< told when a calculation ends
 };
 

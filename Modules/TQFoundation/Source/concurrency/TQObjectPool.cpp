@@ -13,7 +13,10 @@ Ref<TQObjectPool> TQObjectPool::initWithObjectCreatorBlock(CreatorBlock creatorB
   return Ref<TQObjectPool>::adopt(new TQObjectPool(std::move(creatorBlock)));
 }
 
-TQObjectPool::~TQObjectPool() { removeAllObjects(); }
+// One by one, each out of the pool before it goes: its destructor may call back in.
+TQObjectPool::~TQObjectPool() {
+  while (!pool_.empty()) pool_.extract(pool_.begin());
+}
 
 Ref<Object> TQObjectPool::vendObject() {
   {
@@ -27,7 +30,9 @@ void TQObjectPool::recycleObject(Ref<Object> object) {
   if (object == nullptr) return;
   const WriteLocked guard(*lock_);
   if (maximumPoolCount_ != 0 && pool_.size() >= maximumPoolCount_) return;
-  pool_.insert(object);  // which goes after the lock, whatever happens
+  // Room first: an insertion that makes it could fail with the object in hand, under the lock.
+  if (pool_.size() >= pool_.bucket_count()) pool_.reserve(2 * pool_.size() + 1);
+  pool_.insert(std::move(object));  // never the last reference of one that is idle already
 }
 
 std::vector<Ref<Object>> TQObjectPool::removeAllObjects() {

@@ -14,6 +14,7 @@ tq_room(platform
   FileHandle.cpp FileHandle.h
   FileReading.cpp FileReading.h
   FileServices.cpp FileServices.h
+  GroupApply.cpp
   JSONDocument.cpp JSONDocument.h
   JSONFault.cpp
   JSONObjectBuilder.cpp

@@ -1,9 +1,17 @@
 #include <glib.h>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <deque>
+#include <exception>
+#include <memory>
+#include <thread>
 #include <utility>
 
 #include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/platform/detail/PoolThreads.h>
 
 namespace tq::detail {

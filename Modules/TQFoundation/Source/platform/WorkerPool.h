@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <type_traits>
 
@@ -48,5 +49,13 @@ void parallelApply(std::size_t count, const Body& body, ApplyCost* cost = nullpt
   };
   detail::parallelApply(count, std::addressof(body), range, cost);
 }
+
+/// Calls `body(i)` once for every i in 0 ..< count on threads that may block, begun in that order,
+/// while the caller waits; returns when all calls have ended. Calls may wait for each other: about
+/// one a core is under way at first, and one more whenever none has ended for a while, up to 64.
+///
+/// @throws the first exception that leaves the body, once the calls under way have ended; the
+///         calls not yet begun are left out
+TQ_EXPORT void groupApply(std::size_t count, const std::function<void(std::size_t)>& body);
 
 }  // namespace tq

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <barrier>
 #include <cmath>
 #include <cstdlib>
 #include <mutex>
@@ -74,6 +75,21 @@ TEST(ConcurrentMap, WhatBlocksThrowReachesTheCaller) {
   EXPECT_THROW(static_cast<void>(mapWithOptions(*none, 0, nullptr)), Exception);
   EXPECT_THROW(static_cast<void>(compactMapWithOptions(*none, 0, nullptr)), Exception);
   EXPECT_THROW(static_cast<void>(applyBlockConcurrentlyAndCountSuccess(*none, nullptr)), Exception);
+}
+
+// More of them than there are cores, and some after others that ended at once.
+TEST(ConcurrentMap, CountedBlocksMayWaitForEachOther) {
+  std::barrier<> all(6);
+  bool waits = false;
+  const auto caller = std::this_thread::get_id();
+  const ArrayPredicate block = [&](Object&) {
+    if (waits) all.arrive_and_wait();
+    return std::this_thread::get_id() != caller;
+  };
+  for (int round = 0; round < 20; ++round) {
+    waits = round >= 18;
+    EXPECT_EQ(applyBlockConcurrentlyAndCountSuccess(*numbers(6), block), 6u);
+  }
 }
 
 // Every level waits for the one below, with a lock held; more of them than there are workers.

@@ -149,7 +149,7 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
         return text("made");
       };
       Ref<Object> object;
-      while (object == nullptr) {  // none for those who waited for the one that threw
+      while (object == nullptr) {  // until some block has not thrown
         try {
           object = cache->cachedObjectForOwner(*owner, *key, create);
         } catch (const std::runtime_error&) {

@@ -1,0 +1,85 @@
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <exception>
+#include <memory>
+#include <thread>
+#include <utility>
+
+#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/detail/PoolThreads.h>
+
+namespace tq {
+namespace {
+
+constexpr std::size_t kMostThreads = 64;
+constexpr std::chrono::milliseconds kAWhile(5);
+
+/// The calls of one loop. The threads that make them hold it; the body is the caller's, who waits
+/// for them.
+struct Group {
+  Group(std::size_t callCount, const std::function<void(std::size_t)>& call)
+      : count(callCount), body(call) {}
+
+  /// Another thread takes part. @throws std::bad_alloc, and none does
+  static void addThread(const std::shared_ptr<Group>& group) TQ_REQUIRES(group->lock) {
+    detail::runOnPoolThread([group] { group->makeCalls(); });
+    ++group->threads;
+  }
+
+  void makeCalls() noexcept {
+    for (std::size_t i = next++; i < count; i = next++) {
+      try {
+        body(i);
+      } catch (...) {
+        next = count;
+        const Locked guard(lock);
+        if (!failure) failure = std::current_exception();
+      }
+      ++ended;
+    }
+    const Locked guard(lock);
+    if (--threads == 0) allLeft.notify_all();
+  }
+
+  const std::size_t count;
+  const std::function<void(std::size_t)>& body;
+  std::atomic<std::size_t> next{0};   // the call to be begun
+  std::atomic<std::size_t> ended{0};  // calls
+  Lock lock;
+  std::condition_variable_any allLeft;
+  std::size_t threads TQ_GUARDED_BY(lock) = 0;
+  std::exception_ptr failure TQ_GUARDED_BY(lock);
+};
+
+}  // namespace
+
+void groupApply(std::size_t count, const std::function<void(std::size_t)>& body) {
+  const auto group = std::make_shared<Group>(count, body);
+  const std::size_t cores = std::max(std::thread::hardware_concurrency(), 1U);
+  std::exception_ptr failure;
+  {
+    const Locked guard(group->lock);
+    const auto addThread = [&]() TQ_REQUIRES(group->lock) {
+      try {
+        Group::addThread(group);
+      } catch (...) {
+        if (group->threads == 0) throw;  // fewer will do
+      }
+    };
+    for (std::size_t i = 0; i < std::min(count, cores); ++i) addThread();
+    for (std::size_t seen = 0; group->threads > 0;) {
+      if (group->allLeft.wait_for(group->lock, kAWhile) == std::cv_status::no_timeout) continue;
+      const std::size_t ended = group->ended;
+      const bool isStuck = ended == seen && group->next < count;
+      if (isStuck && group->threads < kMostThreads) addThread();
+      seen = ended;
+    }
+    failure = std::exchange(group->failure, nullptr);
+  }
+  if (failure) std::rethrow_exception(failure);
+}
+
+}  // namespace tq
