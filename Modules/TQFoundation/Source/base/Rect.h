@@ -35,7 +35,8 @@ inline constexpr Rect RectZero{};
 inline constexpr Rect RectNull{std::numeric_limits<double>::infinity(),
                                std::numeric_limits<double>::infinity(), 0, 0};
 
-/// The rect that meets every rect but the null rect.
+/// The rect that meets every rect which reaches into ±DBL_MAX / 2, where its edges are; beyond them
+/// rects are closed as everywhere.
 inline constexpr Rect RectInfinite{
     -std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
     std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
@@ -100,14 +101,14 @@ inline constexpr Rect RectInfinite{
   return standard.origin.y + standard.size.height;
 }
 
-/// 0 or more.
+/// The magnitude, which is +0 for either zero.
 [[nodiscard]] constexpr double RectGetWidth(const Rect& rect) noexcept {
-  return rect.size.width < 0 ? -rect.size.width : rect.size.width;
+  return rect.size.width > 0 ? rect.size.width : 0 - rect.size.width;
 }
 
-/// 0 or more.
+/// The magnitude, which is +0 for either zero.
 [[nodiscard]] constexpr double RectGetHeight(const Rect& rect) noexcept {
-  return rect.size.height < 0 ? -rect.size.height : rect.size.height;
+  return rect.size.height > 0 ? rect.size.height : 0 - rect.size.height;
 }
 
 /// Both null, or the same four fields once standardised. NaN anywhere makes it false.

@@ -23,7 +23,7 @@ template <std::floating_point Value>
 class Rounder {
  public:
   /// Steps towards a minimum magnitude that are taken one by one.
-  static constexpr int kStepLimit = 1 << 20;
+  static constexpr int kStepLimit = 1 << 24;
 
   Rounder() noexcept = default;  ///< whole numbers
   /// Multiples of `increment`; see above for 0, NaN and negative ones.

@@ -20,7 +20,7 @@ namespace tq {
 [[nodiscard]] TQ_EXPORT double TQNormalizeRadians(double angleRadians) noexcept;
 
 /// Turns that TQNormalizeRadians takes one by one.
-inline constexpr double TQNormalizeRadiansStepLimit = 1 << 20;
+inline constexpr double TQNormalizeRadiansStepLimit = 1 << 24;
 
 /// radians × 180 / π
 [[nodiscard]] TQ_EXPORT double TQRadiansToDegrees(double angleRadians) noexcept;

@@ -47,7 +47,7 @@ namespace detail {
   return axis == Axis::horizontal ? RectGetMaxX(rect) : RectGetMaxY(rect);
 }
 
-/// The extent of the standardised rect: 0 or more.
+/// The magnitude of the extent; that of a null rect, too.
 [[nodiscard]] constexpr double TQRectSizeForAxis(Axis axis, const Rect& rect) noexcept {
   return axis == Axis::horizontal ? RectGetWidth(rect) : RectGetHeight(rect);
 }

@@ -43,8 +43,8 @@ enum class TQRectConstraints : unsigned {
 ///
 /// Flexible parts share in proportion to their lengths, or equally when these add up to 0 or less.
 /// No extent falls below 0: an area smaller than TQMinumumSizeForRectWithConstraints() is
-/// overrun at the maximum edge, at the minimum edge if only the maximum is pinned. Standardised;
-/// null stays null; bits beyond the six are ignored; NaN flows through.
+/// overrun at the maximum edge, at the minimum edge if of the two edges only the maximum is pinned.
+/// Standardised; null stays null; bits beyond the six are ignored; NaN flows through.
 [[nodiscard]] TQ_EXPORT Rect TQRectScaledRelativeToSizeWithConstraints(
     const Rect& rect, Size fromSize, Size toSize, TQRectConstraints constraints) noexcept;
 

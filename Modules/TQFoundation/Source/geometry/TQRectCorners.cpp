@@ -83,8 +83,8 @@ Rect TQRectWithCornerAtPoint(Size size, Point point, TQCorner corner) noexcept {
   if (place == nullptr) return RectNull;
   const double width = std::fabs(size.width);
   const double height = std::fabs(size.height);
-  return {originPutting(place->x, point.x, width), originPutting(place->y, point.y, height), width,
-          height};
+  return RectStandardize({originPutting(place->x, point.x, width),
+                          originPutting(place->y, point.y, height), width, height});
 }
 
 Rect TQRectResizeByPuttingCorner(Point point, const Rect& rect, TQCorner corner) noexcept {

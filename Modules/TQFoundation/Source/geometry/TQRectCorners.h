@@ -32,9 +32,9 @@ namespace tq {
 [[nodiscard]] TQ_EXPORT Rect TQRectWithCornerAtPoint(Size size, Point point,
                                                      TQCorner corner) noexcept;
 
-/// The rect with its corner dragged to `point`; the opposite side stays, and a middle moves its own
-/// edge alone. Not standardised: a corner dragged past the opposite side leaves a negative extent.
-/// The centre and unknown corners give the rect as it is.
+/// The rect with its corner dragged to `point`; the opposite side of a rect with extents of 0 or
+/// more stays, and a middle moves its own edge alone. Not standardised: a corner dragged past the
+/// opposite side leaves a negative extent. The centre and unknown corners give the rect as it is.
 [[nodiscard]] TQ_EXPORT Rect TQRectResizeByPuttingCorner(Point point, const Rect& rect,
                                                          TQCorner corner) noexcept;
 

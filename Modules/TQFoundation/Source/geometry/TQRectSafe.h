@@ -18,7 +18,8 @@ inline constexpr double TQFloatSafeValue = 0.1;
 }
 
 /// `value` made finite as above, then pushed away from zero to a magnitude of at least `minimum`.
-/// Its sign stays; both zeros become +minimum. A minimum of NaN pushes nothing.
+/// Its sign stays; both zeros become +minimum, where that is above 0. A minimum of NaN pushes
+/// nothing.
 [[nodiscard]] inline double TQFloatMakeAbsGreaterThanOrEqual(double value,
                                                              double minimum) noexcept {
   const double finite = TQFloatMakeNotInfOrNan(value);

@@ -86,6 +86,7 @@ TEST(Rect, MiddleIsMinimumPlusHalfTheExtent) {
   EXPECT_EQ(RectGetMidY({0, 4, 0, -4}), 2);
   EXPECT_EQ(RectGetMaxX({10, 0, -4, 0}), 10);
   EXPECT_EQ(RectGetWidth({10, 0, -4, 0}), 4);
+  EXPECT_FALSE(std::signbit(RectGetWidth({10, 0, -0.0, 0})));
 }
 
 }  // namespace

@@ -73,11 +73,16 @@ TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
   }
 }
 
-TEST(Rounder, TheJumpLandsWhereSingleStepsWould) {
-  const double increment = 0.25, minimum = 300000.1;  // 1.2 million steps, all exact
-  double stepped = 0.75;
-  while (minimum > stepped) stepped += increment;
-  EXPECT_EQ(Rounder<double>(increment).align(0.8, 0, minimum), stepped);
+TEST(Rounder, StepsOneByOneAndJumpsWhereSingleStepsWouldLand) {
+  const struct {
+    double start, value, increment, minimum;
+  } cases[] = {{0, 0, 0.001, 2000},              // two million steps, each of which rounds
+               {0.75, 0.8, 0.25, 5'000'000.1}};  // 20 million, all exact
+  for (const auto& c : cases) {
+    double stepped = c.start;
+    while (c.minimum > stepped) stepped += c.increment;
+    EXPECT_EQ(Rounder<double>(c.increment).align(c.value, 0, c.minimum), stepped);
+  }
 }
 
 TEST(Rounder, MasksChooseComponents) {

@@ -78,6 +78,7 @@ TEST(RectCorners, APlacedRectHasItsCornerThere) {
     }
   }
   expectFields(TQRectWithCornerAtPoint({4, 6}, {1, 2}, kUnknown), RectNull);
+  expectFields(TQRectWithCornerAtPoint({2, 3}, {kInf, 0}, TQCorner::minXMinY), RectNull);
 }
 
 }  // namespace
