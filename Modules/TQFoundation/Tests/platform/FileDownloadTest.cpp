@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/FileDownload.h>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <support/FailingSystemCalls.h>
 #include <support/LoopbackServer.h>
@@ -292,6 +293,8 @@ TEST_F(FileDownloadTest, OneAtATimeAndOnlyWhereAFileCanBe) {
   EXPECT_EQ(refusal(directory.path("")), 512);
   EXPECT_EQ(refusal(""), 512);
   EXPECT_EQ(refusal(directory.path(std::string(250, 'x'))), 514);
+  ASSERT_EQ(::mkfifo(directory.path("pipe.svg.download").c_str(), 0600), 0);
+  EXPECT_EQ(refusal(directory.path("pipe.svg")), 512);
 }
 
 TEST_F(FileDownloadFault, FullDisksLeaveTheOldFileAndWhatCanBeGoneOnFrom) {

@@ -144,6 +144,7 @@ TEST(TQJSONEncoder, TellsOfEveryFailureAndWritesAsDeepAsTheDecoderReads) {
       {Array::arrayWithObjects({raising([] { throw Exception("Name", "the reason"); }), num(1)}), 0,
        "the reason", R"([{"_class":"Scripted","b":true)"},
       {raising([] { throw std::runtime_error("bad \xff byte"); }), 0, "bad \uFFFD byte"},
+      {raising([] { throw 7; }), 0, "unknown exception"},
       {nested(kLimit + 1, str("x")), 0, tooDeep},
       {nested(kLimit, Value::valueWithPoint({})), 0, tooDeep},
       {nested(100'000, num(1)), 0, tooDeep},
