@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <span>
+
+#include <TQFoundation/objects/Number.h>
 
 namespace tq {
 namespace {
@@ -66,17 +69,11 @@ TQPolynomialRoots TQPolynomialFindRoots(const TQPolynomial& p) noexcept {
   return {};
 }
 
-Ref<Array> TQPolynomialRootsMakeSet(const TQPolynomialRoots& roots) {
-  NumberValue members[3];
+Ref<Set> TQPolynomialRootsMakeSet(const TQPolynomialRoots& roots) {
+  Ref<Object> members[3];
   std::size_t count = 0;
-  for (const double root : roots) {
-    const NumberValue number = root;
-    const auto end = members + count;
-    if (std::none_of(members, end, [&](const NumberValue& m) { return m.isEqual(number); })) {
-      members[count++] = number;
-    }
-  }
-  return Array::arrayWithNumbers(std::span<const NumberValue>(members, count));
+  for (const double root : roots) members[count++] = Number::numberWith(root);
+  return Set::setWithObjects(std::span<const Ref<Object>>(members, count));
 }
 
 }  // namespace tq

@@ -11,7 +11,7 @@
 #include <type_traits>
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Set.h>
 
 namespace tq {
 
@@ -110,8 +110,8 @@ TQPolynomialFindRoots(const TQPolynomial& polynomial) noexcept;
   return roots;
 }
 
-/// The used roots as a set of boxed numbers: an array in which no two are equal, in the order in
-/// which they first appear; +0 and -0 are one, NaN and NaN are one. Allocates the array.
-[[nodiscard]] TQ_EXPORT Ref<Array> TQPolynomialRootsMakeSet(const TQPolynomialRoots& roots);
+/// The used roots as a set of boxed numbers; +0 and -0 are one member, NaN and NaN are one.
+/// Allocates the set and the numbers.
+[[nodiscard]] TQ_EXPORT Ref<Set> TQPolynomialRootsMakeSet(const TQPolynomialRoots& roots);
 
 }  // namespace tq
