@@ -62,11 +62,13 @@ TQPolynomialRoots zeros(const detail::BezierAxis<N>& p) noexcept {
     if (!(t > at && t < 1)) continue;
     double there = detail::evaluate<N, double>(p, t).value;
     if (std::fabs(there) <= touch) there = 0;
+    if (value == 0 && there == 0) continue;  // one touch, whose turn rounding has moved or doubled
     step(at, value, t, there);
     at = t;
     value = there;
   }
-  step(at, value, 1, p[N - 1]);
+  const bool endsInTouch = at > 0 && value == 0 && p[N - 1] == 0;
+  if (!endsInTouch) step(at, value, 1, p[N - 1]);
   if (p[N - 1] == 0) report(1);
   return result;
 }

@@ -240,6 +240,17 @@ TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
   const auto triple = TQBezierSegment::cubic({0, -1}, {1, 1}, {2, -1}, {3, 1});
   EXPECT_THAT(used(TQBezierSegmentIntersectionsWithHorizontalLine(triple, 0)),
               testing::ElementsAre(testing::DoubleNear(0.5, 1e-5)));
+  // Level at its end: the turn there comes out a bit before 1.
+  RandomBezier random(22);
+  for (int i = 0; i < 1000; ++i) {
+    TQBezierSegment level = random.segment(TQBezierDegree::cubic, 100);
+    level.points[2].y = level.points[3].y;
+    const double y = level.end().y;
+    const bool crosses = (level.start().y < y) != (level.points[1].y < y);
+    const auto found = TQBezierSegmentIntersectionsWithHorizontalLine(level, y);
+    ASSERT_EQ(found.count, crosses ? 2 : 1);
+    ASSERT_EQ(found.roots[found.count - 1], 1);
+  }
 }
 
 }  // namespace
