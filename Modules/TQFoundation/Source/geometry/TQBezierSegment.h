@@ -113,7 +113,8 @@ TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
     const TQBezierSegment& segment) noexcept;
 
 /// The square of the arc length. Exact for a straight segment; for curves by adaptive
-/// Gauss-Legendre quadrature, the length within 1e-9 of the control polygon's.
+/// Gauss-Legendre quadrature between the offsets where the speed is least or greatest, the length
+/// within 1e-9 of the control polygon's.
 [[nodiscard]] TQ_EXPORT double TQBezierSegmentLengthSquared(
     const TQBezierSegment& segment) noexcept;
 

@@ -167,6 +167,18 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
     }
     EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(segment)), length, 2e-8 * length);
   }
+  const struct {
+    TQBezierSegment segment;
+    double length;  // the first turns at 1/3 and 3/8; the others by 80-bit quadrature
+  } folds[] = {
+      {TQBezierSegment::cubic({-5, 0}, {1, 0}, {-10, 0}, {10, 0}), 15 + 1 / 288.0},
+      {TQBezierSegment::cubic({0, 2}, {0, -10}, {0, 9}, {0, 2}), 11.351674490993726},
+      {TQBezierSegment::cubic({8, 0}, {7, 1e-4}, {-8, 0}, {-7.9, 0}), 15.900995501406344},
+      {TQBezierSegment::quadratic({-7, 0}, {4, 0}, {4.2, 1e-5}), 11.200000000024432},
+  };
+  for (const auto& c : folds) {
+    EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(c.segment)), c.length, 1e-10 * c.length);
+  }
 }
 
 /// Which way a cubic bends at t.
