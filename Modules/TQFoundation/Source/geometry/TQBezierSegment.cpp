@@ -272,24 +272,19 @@ AffineTransform TQBezierSegmentTransformForAligningToXAxis(
 
 TQPolynomialRoots TQBezierSegmentInflectionOffsets(const TQBezierSegment& segment) noexcept {
   if (segment.degree != TQBezierDegree::cubic) return {};
-  // B(t) = a·t³ + 3·b·t² + 3·c·t + p0 has B' × B'' = 18·((a × b)·t² + (a × c)·t + (b × c)), up to
-  // sign.
-  const auto& [p0, p1, p2, p3] = segment.points;
-  const Vector c = p1 - p0;
-  const Vector leg = p2 - p1;
-  const Vector b = leg - c;
-  const Vector a = (p3 - p2) - leg - b;
+  const auto [a, b, c] = velocityOf(segment);
   const TQPolynomial bend{0, VectorCrossProduct(a, b), VectorCrossProduct(a, c),
-                          VectorCrossProduct(b, c)};
-  // What is small beside the legs is rounding: a straight cubic bends nowhere.
-  const double rounding = 1e-13 * TQBezierSegmentControlSplineLengthSquared(segment);
+                          VectorCrossProduct(b, c)};  // B' × B'', but for a factor
+  // What is small beside the legs is rounding: a straight cubic bends nowhere, and what misses a
+  // cusp by as little has one.
+  const double rounding = 1e-12 * TQBezierSegmentControlSplineLengthSquared(segment);
   const double largest = std::max({std::fabs(bend.b), std::fabs(bend.c), std::fabs(bend.d)});
-  const TQPolynomial filtered =
-      TQPolynomialHighPassFilter(std::max(rounding, 1e-8 * largest), bend);
-  TQPolynomialRoots roots =
-      TQPolynomialRootsSort(TQPolynomialRootsFilter(TQPolynomialFindRoots(filtered), 0, 1, 0));
-  if (roots.count == 2 && roots.roots[0] == roots.roots[1]) roots = {{roots.roots[0], 0, 0}, 1};
-  return roots;
+  if (!(largest > rounding)) return {};
+  const double discriminant = bend.c * bend.c - 4 * bend.b * bend.d;
+  if (std::fabs(bend.b) > rounding && std::fabs(discriminant) <= rounding * largest) {
+    return TQPolynomialRootsFilter({{-bend.c / (2 * bend.b), 0, 0}, 1}, 0, 1, 0);
+  }
+  return rootsInside(bend);
 }
 
 }  // namespace tq

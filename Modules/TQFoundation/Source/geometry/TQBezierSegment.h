@@ -128,9 +128,9 @@ TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 TQBezierSegmentTransformForAligningToXAxis(const TQBezierSegment& segment) noexcept;
 
 /// Offsets, ascending and strictly between 0 and 1, where a cubic's curvature changes its sign: 0,
-/// 1 or 2 of them, a cusp once. None for other degrees and for a cubic that is straight. Source:
-/// the roots of B' × B''; Stone and DeRose, A Geometric Characterization of Parametric Cubic
-/// Curves, ACM TOG 8 (1989).
+/// 1 or 2 of them. A cusp is given once, and so is what rounding cannot tell from one. None for
+/// other degrees and for a cubic that is straight. Source: the roots of B' × B''; Stone and DeRose,
+/// A Geometric Characterization of Parametric Cubic Curves, ACM TOG 8 (1989).
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots
 TQBezierSegmentInflectionOffsets(const TQBezierSegment& segment) noexcept;
 

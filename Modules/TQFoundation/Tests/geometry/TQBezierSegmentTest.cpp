@@ -205,10 +205,24 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
   }
   EXPECT_GT(seen[1], 100);
   EXPECT_GT(seen[2], 20);
-  const auto cusp = TQBezierSegment::cubic({0, 0}, {1, 1}, {0, 1}, {1, 0});
-  EXPECT_THAT(used(TQBezierSegmentInflectionOffsets(cusp)), testing::ElementsAre(0.5));
-  const auto line = TQBezierSegment::cubic({0.1, 0.2}, {0.4, 0.8}, {0.3, 0.6}, {0.7, 1.4});
-  EXPECT_EQ(TQBezierSegmentInflectionOffsets(line).count, 0);
+  const struct {
+    const char* name;
+    TQBezierSegment cubic;
+    std::vector<double> offsets;
+  } cases[] = {
+      {"cusp", TQBezierSegment::cubic({0, 0}, {1, 1}, {0, 1}, {1, 0}), {0.5}},
+      {"cusp, rounded", TQBezierSegment::cubic({0, 0}, {-2, -4}, {1, -3}, {-3, 9}), {1 / 3.0}},
+      {"t² = 1e-9",
+       TQBezierSegment::cubic({0, 0}, {1e-9, 0}, {2e-9, 1}, {1 + 3e-9, 3}),
+       {3.1622777e-5}},
+      {"straight", TQBezierSegment::cubic({0.1, 0.2}, {0.4, 0.8}, {0.3, 0.6}, {0.7, 1.4}), {}},
+      {"quadratic", TQBezierSegment::cubic({0, 0}, {0.1, 0.2}, {0.3, 0.2}, {0.6, 0}), {}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_THAT(used(TQBezierSegmentInflectionOffsets(c.cubic)),
+                testing::Pointwise(testing::DoubleNear(1e-12), c.offsets))
+        << c.name;
+  }
 }
 
 TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
