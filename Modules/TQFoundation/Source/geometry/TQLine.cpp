@@ -9,6 +9,7 @@
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/geometry/TQAngle.h>
 #include <TQFoundation/geometry/TQSize.h>
+#include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/objects/GeometryText.h>
 #include <TQFoundation/objects/Number.h>
 
@@ -34,6 +35,11 @@ std::array<Point, 4> corners(const Rect& standard) noexcept {
   const double maxY = RectGetMaxY(standard);
   return {standard.origin, Point{maxX, standard.origin.y}, Point{maxX, maxY},
           Point{standard.origin.x, maxY}};
+}
+
+/// Positive on the side that the normal points to.
+double signedDistance(const TQLine& line, Point from) noexcept {
+  return (line.a * from.x + line.b * from.y - line.c) / std::hypot(line.a, line.b);
 }
 
 double distanceToRect(Point point, const Rect& standard) noexcept {
@@ -89,12 +95,13 @@ std::optional<TQLineSegment> TQLine::clipped(const Rect& to) const noexcept {
 }
 
 Point TQLine::pointClosestTo(Point point) const noexcept {
-  const double offset = (a * point.x + b * point.y - c) / (a * a + b * b);
-  return {point.x - a * offset, point.y - b * offset};
+  const Vector normal = VectorNormalise({a, b});
+  const double offset = signedDistance(*this, point);
+  return {point.x - normal.dx * offset, point.y - normal.dy * offset};
 }
 
 double TQLine::distance(Point from) const noexcept {
-  return std::fabs(a * from.x + b * from.y - c) / std::hypot(a, b);
+  return std::fabs(signedDistance(*this, from));
 }
 
 double TQLine::distance(const Rect& from) const noexcept {
@@ -132,13 +139,13 @@ double TQLineSegment::parameterOf(Point point) const noexcept {
 }
 
 Point TQLineSegment::pointClosestTo(Point point) const noexcept {
-  const double squaredLength = delta.dx * delta.dx + delta.dy * delta.dy;
-  if (squaredLength == 0) return start;
-  const double t =
-      ((point.x - start.x) * delta.dx + (point.y - start.y) * delta.dy) / squaredLength;
-  if (t <= 0) return start;
-  if (t >= 1) return end();
-  return {start.x + t * delta.dx, start.y + t * delta.dy};
+  const double length = VectorGetLength(delta);
+  if (length == 0) return start;
+  const Vector direction = VectorNormalise(delta);
+  const double offset = VectorDotProduct(point - start, direction);
+  if (offset <= 0) return start;
+  if (offset >= length) return end();
+  return start + offset * direction;
 }
 
 double TQLineSegment::distance(Point from) const noexcept {

@@ -230,6 +230,11 @@ TEST(Straight, AllThreeAnswerAlike) {
   EXPECT_TRUE(line.passes({4, 2.001}, roughly));
   EXPECT_TRUE(segment.passes({4.001, 5}, roughly));
   EXPECT_FALSE(segment.passes({8, 8}, roughly));  // beyond the end
+  for (const double scale : {1e-200, 1e200}) {
+    EXPECT_EQ(TQLine({scale, 0, scale}).pointClosestTo({5, 2}), (Point{1, 2}));
+    EXPECT_EQ(between({0, 0}, {scale, 0}).pointClosestTo({scale / 2, scale}),
+              (Point{scale / 2, 0}));
+  }
 
   EXPECT_DOUBLE_EQ(segment.distance(Point{7, 9}), 5);
   EXPECT_EQ(between({1, 1}, {1, 1}).distance(Point{4, 5}), 5);
