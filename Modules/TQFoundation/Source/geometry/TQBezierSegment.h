@@ -75,7 +75,7 @@ TQ_EXPORT Point TQBezierSegmentBezierWithPoints(double t, unsigned degree, const
 
 /// Splits at t, so that left.end() and right.start() are the same point to the last bit: de
 /// Casteljau's for curves, start + t·(end - start) for a straight segment. Either half may be null,
-/// or `segment` itself.
+/// or `segment` itself. Of an unknown degree both halves are copies of the segment.
 TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQBezierSegment* left,
                                     TQBezierSegment* right) noexcept;
 
@@ -95,8 +95,8 @@ TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQ
 [[nodiscard]] TQ_EXPORT Rect
 TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 
-/// Bounds of the segment itself. Its maxima read back as they are or one unit in the last place
-/// above, never below.
+/// Bounds of the segment itself. Its maxima read back as they are or up to one unit in the last
+/// place of the extent above, never below.
 ///
 /// Accuracy: each edge is touched within a few units in the last place of the largest coordinate.
 /// Coordinates near the end of the range of double give the control points' bounds.

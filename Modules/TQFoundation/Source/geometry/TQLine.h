@@ -89,7 +89,8 @@ struct TQLineSegment {
   [[nodiscard]] TQ_EXPORT TQLine infinite() const noexcept;
 
   /// Where `point` lies along the segment, 0 at the start, 1 at the end: the mean of the shares on
-  /// both axes, weighted by their parts of the squared length. NaN for a segment that is a point.
+  /// both axes, weighted by their parts of the squared length. NaN for a segment that is a point,
+  /// and for one so short or long (about 1e-162, 1e154) that its square is 0 or infinite.
   [[nodiscard]] TQ_EXPORT double parameterOf(Point point) const noexcept;
 
   /// Where both meet, ends included; none for parallels.
@@ -188,8 +189,9 @@ static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegmen
 [[nodiscard]] TQ_EXPORT TQLineSegment TQLineSegmentInRect(const TQLine& line,
                                                           const Rect& rect) noexcept;
 
-/// Whether the segment has a point in the closed rect; a mere touch counts. False where NaN
-/// decides. Source: Liang and Barsky, A New Concept and Method for Line Clipping, ACM TOG 3 (1984).
+/// Whether the segment has a point in the closed rect; a mere touch counts, but rounding may take
+/// one of a corner for a miss. False where NaN decides. Source: Liang and Barsky, A New Concept and
+/// Method for Line Clipping, ACM TOG 3 (1984).
 [[nodiscard]] TQ_EXPORT bool TQLineSegmentIntersectsRect(const TQLineSegment& segment,
                                                          const Rect& rect) noexcept;
 
@@ -203,8 +205,8 @@ static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegmen
 /// Adds full turns while below 0, then takes them off while above 2π: [0, 2π].
 ///
 /// A negative angle too small to change 2π gives exactly 2π, and so does 2π itself. An angle of
-/// more than 4096 turns is first reduced exactly, for it would be a long way, or an endless one. An
-/// angle that is NaN or infinite stops the process.
+/// more than TQNormalizeRadiansStepLimit turns is first reduced exactly, for it would be a long
+/// way, or an endless one. An angle that is NaN or infinite stops the process.
 [[nodiscard]] TQ_EXPORT double TQNormalizePolar(double angleRadians) noexcept;
 
 /// From the ray vertex-p1 to the ray vertex-p3, as the difference of their TQNormalizePolar angles:
@@ -217,7 +219,8 @@ static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegmen
   return LRAngleBetweenVectors(p1, vertex, p3);
 }
 
-/// Whether the corners run clockwise with y up; three on one line do not.
+/// Whether the corners run clockwise with y up. Three on one line do not, unless rounding moves
+/// them off it.
 [[nodiscard]] TQ_EXPORT bool LRTriangleIsClockwise(Point p1, Point p2, Point p3) noexcept;
 
 /// The point at `distance` from `point` in the direction `slopeRadians`.

@@ -4,8 +4,9 @@
 /// Polynomials up to degree three and their real roots in closed form.
 ///
 /// Every function is pure, allocates nothing unless it says so, and may be called on any thread.
-/// NaN and overflow run through: the roots they give are NaN, which the filter drops. What adds to
-/// a product is not inline, so that no compiler flag of a caller can contract it.
+/// NaN runs through. Roots that are lost to it or to overflow come out NaN or infinite, both of
+/// which the filter drops, or not at all. What adds to a product is not inline, so that no compiler
+/// flag of a caller can contract it.
 
 #include <cstdint>
 #include <type_traits>
