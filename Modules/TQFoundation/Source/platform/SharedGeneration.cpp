@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tq::detail {
@@ -26,15 +25,15 @@ bool lockFile(int descriptor, int how) noexcept {
 std::unique_ptr<SharedGeneration> SharedGeneration::open(const std::string& path) {
   const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly);
   if (descriptor < 0) return nullptr;
-  struct stat status {};
+  // Also where the file is long enough: on a full disk, touching a hole in it would stop the
+  // process. The file is never cut, which would take memory away under another process.
+  int failure = ::posix_fallocate(descriptor, 0, kSize);
   void* memory = MAP_FAILED;
-  // Only ever made longer: cutting it would take memory away under another process.
-  if (::fstat(descriptor, &status) == 0 &&
-      (status.st_size >= kSize || ::ftruncate(descriptor, kSize) == 0)) {
+  if (failure == 0) {
     memory = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    failure = errno;
   }
   if (memory == MAP_FAILED) {
-    const int failure = errno;
     ::close(descriptor);
     errno = failure;
     return nullptr;

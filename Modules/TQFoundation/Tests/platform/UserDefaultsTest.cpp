@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <support/CapturedLog.h>
 #include <support/TemporaryDirectory.h>
@@ -256,6 +257,17 @@ TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
   EXPECT_TRUE(defaults->synchronize(&error));
   EXPECT_EQ(defaults->integerForKey("key"), 1);
   execute("SELECT 1 / (count(*) = 1) FROM preference");
+}
+
+// A hole in the mapped file would stop the process once the disk is full.
+TEST_F(UserDefaultsTest, TheSharedWordsHaveTheirRoomOnTheDisk) {
+  std::filesystem::create_directory(directory.path("folder"));
+  const std::string path = directory.write("folder/suite.generation", "");
+  std::filesystem::resize_file(path, 4096);
+  const Ref<UserDefaults> defaults = open();
+  struct stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_GT(status.st_blocks, 0);
 }
 
 TEST_F(UserDefaultsTest, ReaderOfTheLogMayReadPreferences) {

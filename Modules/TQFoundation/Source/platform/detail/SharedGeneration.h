@@ -17,8 +17,10 @@ struct GenerationWords {
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words lie in shared memory");
 
-/// A mapped file of GenerationWords. The lock goes when its holder dies. Threads: one at a time,
-/// but for the words.
+/// A mapped file of GenerationWords, with its room on the disk taken beforehand. Somebody who cuts
+/// the file while it is mapped stops the processes that look into it (SIGBUS): nothing but giving
+/// up the mapping would help. The lock goes when its holder dies. Threads: one at a time, but for
+/// the words.
 class SharedGeneration {
  public:
   /// Makes the file where there is none. @return none on failure, with errno set
