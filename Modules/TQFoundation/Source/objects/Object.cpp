@@ -72,6 +72,7 @@ void Object::lastReleased(std::uint32_t before) const noexcept {
     while (putOff.first != nullptr) {
       const Object* object = putOff.first;
       putOff.first = object->nextPutOff();
+      object->setNextPutOff(nullptr);  // a count of 0 again, as every destructor finds it
       delete object;
     }
   }

@@ -4,8 +4,11 @@
 #include <mutex>
 #include <unordered_map>
 
+#include <TQFoundation/base/TQAssert.h>
+
 // An object's weak block lies in a side table keyed by its address. Protocol:
-//   - whoever makes a block holds the object, so its count cannot reach 0 meanwhile;
+//   - whoever makes a block holds the object, so its count cannot reach 0 meanwhile; in its own
+//   destructor nobody holds it, and a block made there would outlive it unnoticed;
 //   - the last release sees the mark in the count and comes to forgetWeakly() before the
 //   destructor;
 //   - locking a block reads the object's count only under the shard's lock and only while the block
@@ -39,6 +42,7 @@ Shard& shardOf(const Object* address) noexcept {
 }  // namespace
 
 WeakBlock* weakBlockFor(const Object& object) {
+  TQ_ASSERT(object.referenceCount() > 0);
   Shard& shard = shardOf(&object);
   const std::scoped_lock guard(shard.lock);
   auto [entry, isNew] = shard.blocks.try_emplace(&object, nullptr);

@@ -70,8 +70,8 @@ class Weak {
   /// Observes none.
   constexpr Weak(std::nullptr_t) noexcept {}  // NOLINT: none converts
 
-  /// Observes `object`, which must be alive (held by the caller); null observes none.
-  /// @throws std::bad_alloc
+  /// Observes `object`, which the caller must hold: in the object's own destructor this stops the
+  /// process. Null observes none. @throws std::bad_alloc
   template <class U>
   requires std::derived_from<U, Object> && std::convertible_to<U*, T*>
   explicit Weak(U* object)

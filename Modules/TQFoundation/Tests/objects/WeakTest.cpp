@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Class.h>
 
 #include "support/Threads.h"
@@ -24,12 +25,14 @@ struct Watched final : Subclass<Watched>, Delegate {
   static constexpr std::string_view className = "Watched";
   ~Watched() override {
     if (seenFromDestructor != nullptr) *seenFromDestructor = static_cast<bool>(self.lock());
+    if (observesLate) self = Weak<Watched>(this);
   }
   int answer() const override { return value; }
 
   int value = 42;
   Weak<Watched> self;
   bool* seenFromDestructor = nullptr;
+  bool observesLate = false;
 };
 
 TEST(Weak, ReadsNoneFromTheLastReleaseOn) {
@@ -75,6 +78,20 @@ TEST(Weak, TellsANewObjectAtAnOldAddressApart) {
   for (const Ref<Watched>& other : others) {
     EXPECT_NE(old, Weak<Watched>(other));
     EXPECT_FALSE(old.lock());
+  }
+}
+
+TEST(Weak, IsRefusedInTheDestructor) {
+  for (const int depth : {0, Object::kDirectReleaseDepth - 1}) {  // at once, and put off
+    const Ref<Watched> late = makeRef<Watched>();
+    Ref<Object> nest = Array::arrayWithObjects({makeRef<Watched>(), late, makeRef<Watched>()});
+    for (int i = 0; i < depth; ++i) nest = Array::arrayWithObjects({nest});
+    const auto destroy = [&] {
+      late->observesLate = true;
+      late->release();
+      nest = nullptr;
+    };
+    EXPECT_EXIT(destroy(), testing::KilledBySignal(SIGABRT), "referenceCount") << depth;
   }
 }
 
