@@ -50,18 +50,21 @@ struct PreferenceDatabase::Connection {
     return code;
   }
 
-  int open(const std::string& path) {
+  int open(const std::string& path, bool mayCreate) {
     sqlite3* made = nullptr;
-    int code =
-        sqlite3_open_v2(path.c_str(), &made,
-                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
+    int code = sqlite3_open_v2(path.c_str(), &made, mayCreate ? flags | SQLITE_OPEN_CREATE : flags,
+                               nullptr);
     database.reset(made);
     if (code != SQLITE_OK) return code;
     sqlite3_busy_timeout(made, kBusyMilliseconds);
-    code = execute(
-        "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
-        "CREATE TABLE IF NOT EXISTS preference (key BLOB PRIMARY KEY, value BLOB NOT NULL)"
-        " WITHOUT ROWID");
+    code = execute("PRAGMA synchronous = NORMAL");
+    if (code == SQLITE_OK && mayCreate) {
+      code = execute(
+          "PRAGMA journal_mode = WAL;"
+          "CREATE TABLE IF NOT EXISTS preference (key BLOB PRIMARY KEY, value BLOB NOT NULL)"
+          " WITHOUT ROWID");
+    }
     if (code != SQLITE_OK) return code;
     code = prepare(select, "SELECT key, value FROM preference");
     if (code == SQLITE_OK) {
@@ -103,9 +106,9 @@ PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   return isDamaged ? Result::damaged : Result::failed;
 }
 
-PreferenceDatabase::Result PreferenceDatabase::open(const std::string& path) {
+PreferenceDatabase::Result PreferenceDatabase::open(const std::string& path, bool mayCreate) {
   connection_ = std::make_unique<Connection>();
-  const Result result = resultOf(connection_->open(path));
+  const Result result = resultOf(connection_->open(path, mayCreate));
   if (result != Result::done) close();
   return result;
 }

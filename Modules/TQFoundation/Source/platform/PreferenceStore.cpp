@@ -169,11 +169,8 @@ void PreferenceStore::load(std::uint64_t generation) {
     entriesGeneration_ = generation;  // all there is, is in memory
     return;
   }
-  if (database_.isOpen() && words_.load()->incarnation.load() != incarnation_) database_.close();
-  if (!database_.isOpen()) {
-    const Writing writing(*shared_);
-    if (!writing.isLocked() || !openDatabase(false)) return;
-  }
+  closeFormerDatabase();
+  if (!database_.isOpen() && !openToRead()) return;
   auto entries = MutableDictionary::dictionary();
   std::size_t senseless = 0;
   const auto keep = [&](std::string_view key, std::span<const std::byte> bytes) {
@@ -188,7 +185,8 @@ void PreferenceStore::load(std::uint64_t generation) {
   const Result result = database_.isOpen() ? database_.read(keep) : Result::done;
   if (result == Result::damaged) {
     const Writing writing(*shared_);
-    if (writing.isLocked() && words_.load()->incarnation.load() == incarnation_ && setAside()) {
+    if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno));
+    if (words_.load()->incarnation.load() == incarnation_ && setAside()) {
       words_.load()->generation.store(writing.after());
     }
     return;  // the next read begins anew
@@ -243,11 +241,11 @@ bool PreferenceStore::flush() {
   if (!mapGeneration()) return false;
   Writing writing(*shared_);
   if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno)), false;
-  if (database_.isOpen() && words_.load()->incarnation.load() != incarnation_) database_.close();
+  closeFormerDatabase();
   writing.mark();
-  if (!database_.isOpen() && !openDatabase(true)) return false;
+  if (!database_.isOpen() && !openToWrite()) return false;
   Result result = database_.write(unsaved_);
-  if (result == Result::damaged && setAside() && openDatabase(true)) {
+  if (result == Result::damaged && setAside() && openToWrite()) {
     result = database_.write(unsaved_);
   }
   if (result != Result::done) return complain("save", database_.fault()), false;
@@ -274,12 +272,31 @@ bool PreferenceStore::mapGeneration() {
   return true;
 }
 
-bool PreferenceStore::openDatabase(bool mayCreate) {
+/// The one that another process has set aside.
+void PreferenceStore::closeFormerDatabase() {
+  if (database_.isOpen() && words_.load()->incarnation.load() != incarnation_) database_.close();
+}
+
+/// Without the processes' lock as long as the database is sound, so that whoever only reads does
+/// not wait for a writer that has stopped. @return true, too, where there is none: it is not made
+bool PreferenceStore::openToRead() {
   const std::string path = databasePath(path_);
   incarnation_ = words_.load()->incarnation.load();
-  if (!mayCreate && ::access(path.c_str(), F_OK) != 0 && errno == ENOENT) return true;
-  Result result = database_.open(path);
-  if (result == Result::damaged && setAside()) result = database_.open(path);
+  if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT) return true;
+  const Result result = database_.open(path, false);
+  if (result == Result::failed) complain("open", database_.fault());
+  if (result != Result::damaged) return result == Result::done;
+  const Writing writing(*shared_);
+  if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno)), false;
+  return openToWrite();
+}
+
+/// Under the processes' lock.
+bool PreferenceStore::openToWrite() {
+  const std::string path = databasePath(path_);
+  incarnation_ = words_.load()->incarnation.load();
+  Result result = database_.open(path, true);
+  if (result == Result::damaged && setAside()) result = database_.open(path, true);
   if (result != Result::done) complain("open", database_.fault());
   return result == Result::done;
 }

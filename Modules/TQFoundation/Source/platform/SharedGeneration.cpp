@@ -6,11 +6,18 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
 namespace tq::detail {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
 constexpr off_t kSize = 4096;  // a page, so that no part of the mapping lies behind the file
+
+constexpr auto kPatience = std::chrono::seconds(2);  // for a holder that has stopped
+constexpr auto kLongestNap = std::chrono::milliseconds(1);
 
 bool lockFile(int descriptor, int how) noexcept {
   int result;
@@ -47,7 +54,19 @@ SharedGeneration::~SharedGeneration() {
   ::close(descriptor_);
 }
 
-bool SharedGeneration::lock() noexcept { return lockFile(descriptor_, LOCK_EX); }
+// A file's lock cannot be waited for with an end, so it is asked for again and again: at first as
+// often as a commit is short.
+bool SharedGeneration::lock() noexcept {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  std::chrono::microseconds nap(20);
+  while (!tryLock()) {
+    if (errno != EWOULDBLOCK || std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(nap);
+    nap = std::min<std::chrono::microseconds>(2 * nap, kLongestNap);
+  }
+  return true;
+}
+
 bool SharedGeneration::tryLock() noexcept { return lockFile(descriptor_, LOCK_EX | LOCK_NB); }
 void SharedGeneration::unlock() noexcept { lockFile(descriptor_, LOCK_UN); }
 

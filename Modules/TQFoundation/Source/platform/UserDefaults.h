@@ -43,8 +43,10 @@ class PreferenceStore;
 ///
 /// Threads: any; stores of one domain share one set of entries. Not for use in a forked child whose
 ///          parent has used them.
-/// Cost:    a read takes a few loads and a look-up, no lock; the first read after a change copies
-///          the domain's table of pointers. A write takes as long as the database's commit.
+/// Cost:    a read takes a few loads and a look-up, no lock; the first one after a change takes the
+///          store's lock and copies the table of pointers. A write takes as long as the database's
+///          commit. A process that stops while it writes holds the others up for 2 s a write, not
+///          for good.
 class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
  public:
   static constexpr std::string_view className = "UserDefaults";

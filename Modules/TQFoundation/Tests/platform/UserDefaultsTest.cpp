@@ -1,12 +1,16 @@
 #include <TQFoundation/platform/UserDefaults.h>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <support/CapturedLog.h>
 #include <support/TemporaryDirectory.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <random>
@@ -40,12 +44,20 @@ struct UserDefaultsTest : testing::Test {
     return open()->dictionaryRepresentation()->count() -
            open("none")->dictionaryRepresentation()->count();
   }
-  void execute(const char* statements) const {
+  /// @return the number that the last statement answers
+  int execute(const char* statements) const {
+    int answer = 0;
+    const auto keep = [](void* to, int, char** values, char**) {
+      *static_cast<int*>(to) = std::atoi(values[0]);
+      return 0;
+    };
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(directory.path("folder/suite.sqlite").c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_open(directory.path("folder/suite.sqlite").c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, statements, keep, &answer, nullptr), SQLITE_OK);
     sqlite3_close(database);
+    return answer;
   }
+  [[nodiscard]] int savedCount() const { return execute("SELECT count(*) FROM preference"); }
 };
 
 Ref<Object> nest(int depth) {
@@ -229,7 +241,7 @@ TEST_F(UserDefaultsTest, DamageInUseLosesNothingThatIsKnown) {
   defaults->setInteger(2, "later");
   EXPECT_EQ(defaults->integerForKey("known"), 1);
   EXPECT_EQ(defaults->integerForKey("later"), 2);
-  execute("SELECT 1 / (count(*) = 2) FROM preference");
+  EXPECT_EQ(savedCount(), 2);
   EXPECT_EQ(log.messages().size(), 1u);
 }
 
@@ -256,7 +268,21 @@ TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
   std::filesystem::remove(directory.path("folder"));
   EXPECT_TRUE(defaults->synchronize(&error));
   EXPECT_EQ(defaults->integerForKey("key"), 1);
-  execute("SELECT 1 / (count(*) = 1) FROM preference");
+  EXPECT_EQ(savedCount(), 1);
+}
+
+TEST_F(UserDefaultsTest, AWriterThatHasStoppedHoldsNobodyUpForGood) {
+  open()->setInteger(1, "key");
+  const int stopped = ::open(directory.path("folder/suite.generation").c_str(), O_RDWR);
+  ASSERT_EQ(::flock(stopped, LOCK_EX), 0);
+  const Ref<UserDefaults> defaults = open();
+  EXPECT_EQ(defaults->integerForKey("key"), 1);
+  defaults->setInteger(2, "key");
+  EXPECT_EQ(defaults->integerForKey("key"), 2);
+  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Cannot lock the preferences")));
+  ::close(stopped);
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_EQ(savedCount(), 1);
 }
 
 // A hole in the mapped file would stop the process once the disk is full.

@@ -35,8 +35,9 @@ class PreferenceDatabase {
   PreferenceDatabase();
   ~PreferenceDatabase();
 
-  /// Opens the database, made where there is none. Open already, it is opened anew.
-  [[nodiscard]] Result open(const std::string& path);
+  /// Opens the database, or opens it anew. One that is not there, or has no table yet, is made when
+  /// that is allowed; else the first cannot be opened, and the second counts as damaged.
+  [[nodiscard]] Result open(const std::string& path, bool mayCreate);
   void close() noexcept;
   [[nodiscard]] bool isOpen() const noexcept;
 

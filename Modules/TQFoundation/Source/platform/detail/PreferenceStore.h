@@ -87,7 +87,9 @@ class PreferenceStore {
   void load(std::uint64_t generation) TQ_REQUIRES(lock_);
   [[nodiscard]] bool flush() TQ_REQUIRES(lock_);
   [[nodiscard]] bool mapGeneration() TQ_REQUIRES(lock_);
-  [[nodiscard]] bool openDatabase(bool mayCreate) TQ_REQUIRES(lock_);
+  void closeFormerDatabase() TQ_REQUIRES(lock_);
+  [[nodiscard]] bool openToRead() TQ_REQUIRES(lock_);
+  [[nodiscard]] bool openToWrite() TQ_REQUIRES(lock_);
   [[nodiscard]] bool setAside() TQ_REQUIRES(lock_);
   void complain(std::string_view what, std::string_view why) TQ_REQUIRES(lock_);
 

@@ -31,7 +31,8 @@ class SharedGeneration {
 
   [[nodiscard]] GenerationWords& words() const noexcept { return *words_; }
 
-  /// Waits for the lock. @return false when there are no locks here
+  /// Waits for the lock, 2 s at most. @return false, with errno set, when somebody else still holds
+  /// it, and when there are no locks here
   [[nodiscard]] bool lock() noexcept;
   /// False when somebody else holds it, too.
   [[nodiscard]] bool tryLock() noexcept;
