@@ -106,6 +106,12 @@ PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   return isDamaged ? Result::damaged : Result::failed;
 }
 
+bool PreferenceDatabase::isInPlace() const noexcept {
+  int hasMoved = 0;
+  sqlite3_file_control(connection_->database.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+  return hasMoved == 0;
+}
+
 PreferenceDatabase::Result PreferenceDatabase::open(const std::string& path, bool mayCreate) {
   connection_ = std::make_unique<Connection>();
   const Result result = resultOf(connection_->open(path, mayCreate));

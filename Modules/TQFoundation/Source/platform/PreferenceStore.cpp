@@ -243,6 +243,11 @@ bool PreferenceStore::flush() {
   if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno)), false;
   closeFormerDatabase();
   writing.mark();
+  if (database_.isOpen() && !database_.isInPlace()) {
+    database_.close();
+    entriesGeneration_ = kUnknown;
+    words_.load()->incarnation.fetch_add(1);  // so that others do not go on with it either
+  }
   if (!database_.isOpen() && !openToWrite()) return false;
   Result result = database_.write(unsaved_);
   if (result == Result::damaged && setAside() && openToWrite()) {
@@ -259,20 +264,25 @@ bool PreferenceStore::flush() {
   return true;
 }
 
+/// Whoever finds that somebody removed the file, or put another in its place, begins anew there.
 bool PreferenceStore::mapGeneration() {
-  if (shared_ != nullptr) return true;
   if (path_.empty()) return false;
+  const std::string path = path_ + ".generation";
+  if (shared_ != nullptr && shared_->isAt(path)) return true;
   std::error_code failure;
   std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), failure);
-  shared_ = SharedGeneration::open(path_ + ".generation");
-  if (shared_ == nullptr) return complain("open", strerrordesc_np(errno)), false;
+  auto shared = SharedGeneration::open(path);
+  if (shared == nullptr) return complain("open", strerrordesc_np(errno)), false;
+  if (shared_ != nullptr) former_.push_back(std::move(shared_));
+  shared_ = std::move(shared);
+  database_.close();
   words_.store(&shared_->words());
   entriesGeneration_ = kUnknown;
   edition_.store(nextEdition());  // the generations of before were others
   return true;
 }
 
-/// The one that another process has set aside.
+/// The one that another process has set aside or found missing.
 void PreferenceStore::closeFormerDatabase() {
   if (database_.isOpen() && words_.load()->incarnation.load() != incarnation_) database_.close();
 }

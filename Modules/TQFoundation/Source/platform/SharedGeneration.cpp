@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -69,5 +70,12 @@ bool SharedGeneration::lock() noexcept {
 
 bool SharedGeneration::tryLock() noexcept { return lockFile(descriptor_, LOCK_EX | LOCK_NB); }
 void SharedGeneration::unlock() noexcept { lockFile(descriptor_, LOCK_UN); }
+
+bool SharedGeneration::isAt(const std::string& path) const noexcept {
+  struct stat ours {};
+  struct stat there {};
+  return ::fstat(descriptor_, &ours) == 0 && ::stat(path.c_str(), &there) == 0 &&
+         ours.st_dev == there.st_dev && ours.st_ino == there.st_ino;
+}
 
 }  // namespace tq::detail

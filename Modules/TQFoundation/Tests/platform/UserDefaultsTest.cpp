@@ -285,6 +285,22 @@ TEST_F(UserDefaultsTest, AWriterThatHasStoppedHoldsNobodyUpForGood) {
   EXPECT_EQ(savedCount(), 1);
 }
 
+TEST_F(UserDefaultsTest, BeginsAnewWhereSomebodyRemovedTheFiles) {
+  const Ref<UserDefaults> defaults = open();
+  for (const char* removed : {"folder", "folder/suite.sqlite", "folder/suite.generation"}) {
+    SCOPED_TRACE(removed);
+    defaults->setInteger(1, "before");
+    EXPECT_EQ(defaults->integerForKey("before"), 1);
+    std::filesystem::remove_all(directory.path(removed));
+    defaults->setInteger(2, "after");
+    EXPECT_TRUE(defaults->synchronize());
+    EXPECT_EQ(defaults->integerForKey("after"), 2);
+    const bool isKept = removed == std::string("folder/suite.generation");
+    EXPECT_EQ(defaults->integerForKey("before"), isKept);
+    EXPECT_EQ(savedCount(), 1 + isKept);
+  }
+}
+
 // A hole in the mapped file would stop the process once the disk is full.
 TEST_F(UserDefaultsTest, TheSharedWordsHaveTheirRoomOnTheDisk) {
   std::filesystem::create_directory(directory.path("folder"));

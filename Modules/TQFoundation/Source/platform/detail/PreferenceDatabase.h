@@ -40,6 +40,8 @@ class PreferenceDatabase {
   [[nodiscard]] Result open(const std::string& path, bool mayCreate);
   void close() noexcept;
   [[nodiscard]] bool isOpen() const noexcept;
+  /// False when the file of the open database was removed, or another one put in its place.
+  [[nodiscard]] bool isInPlace() const noexcept;
 
   [[nodiscard]] Result read(
       const std::function<void(std::string_view key, std::span<const std::byte> value)>& each);

@@ -33,7 +33,8 @@ namespace tq::detail {
 ///
 /// Each thread holds the last copy it has seen, so that a read takes no lock and no count: it
 /// compares the generation and looks into the copy. The first read after a change makes a new copy,
-/// at a pointer an entry.
+/// at a pointer an entry. A database or a generation that somebody removed is missed by the next
+/// change, which makes them anew; entries that were in them are gone.
 ///
 /// Threads: any. A forked child must not use its parent's stores.
 class PreferenceStore {
@@ -109,6 +110,8 @@ class PreferenceStore {
 
   Lock lock_;
   std::unique_ptr<SharedGeneration> shared_ TQ_GUARDED_BY(lock_);
+  /// Those whose file is gone: a thread may be looking into their words.
+  std::vector<std::unique_ptr<SharedGeneration>> former_ TQ_GUARDED_BY(lock_);
   PreferenceDatabase database_ TQ_GUARDED_BY(lock_);
   std::uint64_t incarnation_ TQ_GUARDED_BY(lock_) = 0;  ///< of the database that is open
   Ref<MutableDictionary> entries_ TQ_GUARDED_BY(lock_);

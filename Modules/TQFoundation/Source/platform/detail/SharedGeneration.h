@@ -38,6 +38,9 @@ class SharedGeneration {
   [[nodiscard]] bool tryLock() noexcept;
   void unlock() noexcept;
 
+  /// False when the file was removed, or another one put in its place.
+  [[nodiscard]] bool isAt(const std::string& path) const noexcept;
+
  private:
   SharedGeneration(int descriptor, GenerationWords* words) noexcept
       : descriptor_(descriptor), words_(words) {}
