@@ -5,6 +5,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,7 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/UserDefaults.h>
@@ -64,33 +66,53 @@ struct RawObject<Raw> {
   static std::optional<Raw> unbox(const Object& object) {
     if (object.kind() != ObjectKind::number) return std::nullopt;
     const NumberValue number = static_cast<const Number&>(object).value();
-    const Raw raw = [&] {
-      if constexpr (std::same_as<Raw, bool>) return number.boolValue();
-      if constexpr (std::floating_point<Raw>) return static_cast<Raw>(number.doubleValue());
-      if (number.kind() == NumberKind::uint64) return static_cast<Raw>(number.bits());
-      return static_cast<Raw>(number.integerValue());
-    }();
-    return holds(raw, number) ? std::optional(raw) : std::nullopt;
+    if constexpr (std::same_as<Raw, bool>) {
+      const bool raw = number.boolValue();
+      return number.doubleValue() == raw ? std::optional(raw) : std::nullopt;
+    } else {
+      if (number.isFloating()) return exactly(number.doubleValue());
+      return number.kind() == NumberKind::uint64 ? exactly(number.bits())
+                                                 : exactly(number.integerValue());
+    }
   }
 
  private:
-  /// Equality of numbers takes an integer and a floating number as doubles, which is not exact.
-  static bool holds(Raw raw, NumberValue number) noexcept {
-    if constexpr (std::floating_point<Raw>) {
-      if (!number.isFloating()) {
-        const NumberValue back(static_cast<double>(raw));
-        return back.doubleValue() < 0x1p63 && back.integerValue() == number.integerValue();
-      }
-    } else if (number.isFloating()) {
-      return static_cast<double>(raw) == number.doubleValue() && number.doubleValue() < 0x1p63;
+  /// `value` as a Raw, when that converts back to it.
+  template <class From>
+  static std::optional<Raw> exactly(From value) noexcept {
+    if constexpr (std::integral<Raw> && std::integral<From>) {
+      return std::in_range<Raw>(value) ? std::optional(static_cast<Raw>(value)) : std::nullopt;
+    } else {
+      if (!isWithin<Raw>(value)) return std::nullopt;
+      const Raw raw = static_cast<Raw>(value);
+      const bool isExact = isWithin<From>(raw) && static_cast<From>(raw) == value;
+      return isExact || value != value ? std::optional(raw) : std::nullopt;
     }
-    return NumberValue(raw).isEqual(number);
+  }
+
+  /// Whether a floating number is in the range of an integer type: converting it is undefined
+  /// otherwise. 2 to the power of the type's bits, behind that range, is exact in each of them.
+  template <class To, class From>
+  static bool isWithin(From value) noexcept {
+    if constexpr (std::integral<To> && std::floating_point<From>) {
+      using Limits = std::numeric_limits<To>;
+      return value >= static_cast<From>(Limits::min()) &&
+             value < 2 * static_cast<From>(Limits::max() / 2 + 1);
+    } else {
+      return true;
+    }
   }
 };
 
 template <>
 struct RawObject<std::string> {
-  static Ref<Object> box(const std::string& raw) { return String::of(raw); }
+  static Ref<Object> box(const std::string& raw) {
+    Ref<String> text = String::stringWithGeneralisedUTF8(raw);  // as unbox() gives it
+    if (text == nullptr) {
+      throw Exception(InvalidArgumentException, "Attempt to store a raw value that is not text");
+    }
+    return text;
+  }
   static std::optional<std::string> unbox(const Object& object) {
     if (object.kind() != ObjectKind::string) return std::nullopt;
     return std::string(static_cast<const String&>(object).view());
@@ -132,9 +154,10 @@ class TQ_EXPORT PreferenceEntry {
 
   /// Stores the value under the key; none removes it.
   void store(const Ref<Object>& value) const { userDefaults().setObject(value, key_); }
-  /// Registers a default with the store. It shows wherever the store has nothing of its own.
-  void registerObject(Ref<Object> value) const {
-    userDefaults().registerDefaults(*Dictionary::dictionaryWithEntries({{key_, std::move(value)}}));
+  /// Registers a default with the store; none is no default. It shows wherever the store has
+  /// nothing of its own.
+  void registerObject(const Ref<Object>& value) const {
+    if (value != nullptr) userDefaults().registerDefault(*value, key_);
   }
 
  private:

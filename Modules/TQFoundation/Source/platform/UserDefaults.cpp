@@ -202,6 +202,10 @@ void UserDefaults::registerDefaults(const Dictionary& defaults) {
   setAll(*levels_[kRegistered], defaults);
 }
 
+void UserDefaults::registerDefault(const Object& value, std::string_view forKey) {
+  store(*levels_[kRegistered], &value, forKey);
+}
+
 // All are looked at before the first is stored, so that a bad one changes nothing.
 void UserDefaults::setAll(PreferenceStore& store, const Dictionary& entries) {
   std::vector<std::pair<std::string, Kept>> kept;

@@ -107,6 +107,8 @@ class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
   /// Puts these into the registered defaults, which all stores of the process share; a later value
   /// replaces an earlier one. @throws as setObject()
   void registerDefaults(const Dictionary& defaults);
+  /// The same for a single one. @throws as setObject()
+  void registerDefault(const Object& value, std::string_view forKey);
 
   /// All that can be read here, by key.
   [[nodiscard]] Ref<Dictionary> dictionaryRepresentation() const;

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include <TQFoundation/objects/Exception.h>
+
 namespace tq {
 namespace {
 
@@ -91,6 +93,14 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
   static const std::optional<std::string> none;  // in place GCC 12 takes it for uninitialised
   theme.setRawValue(none);
   EXPECT_EQ(theme.rawValue(), std::nullopt);
+
+  const Ref<String> lone = String::stringWithUTF16(u"\xD800");
+  defaults->setObject(lone, "theme");
+  theme.setRawValue(theme.rawValue());
+  EXPECT_TRUE(defaults->objectForKey("theme")->isEqual(*lone));
+  EXPECT_THROW(theme.setRawValue("\xFF"), Exception);
+  EXPECT_THROW(Preference<bool>("\xFF", true, defaults).setValue(true), Exception);
+  EXPECT_THROW(Preference<bool>("\xFF", true, defaults).registerDefault(), Exception);
 }
 
 TEST_F(PreferenceTest, RegisteredDefaultsComeBeforeItsOwn) {
@@ -109,19 +119,36 @@ TEST_F(PreferenceTest, NumbersMatchExactlyOrNotAtAll) {
   const struct {
     NumberValue stored;
     std::optional<std::int64_t> integer;
+    std::optional<std::uint64_t> natural;
     std::optional<double> real;
+    std::optional<std::int8_t> small = {};
+    std::optional<float> coarse = {};
   } cases[] = {
-      {(1LL << 53) + 1, (1LL << 53) + 1, {}},
-      {1LL << 53, 1LL << 53, 0x1p53},
-      {0x1p63, {}, 0x1p63},
-      {-0x1p63, std::numeric_limits<std::int64_t>::min(), -0x1p63},
-      {true, 1, 1.0},
-      {~0ull, {}, {}},
+      {(1LL << 53) + 1, (1LL << 53) + 1, (1ull << 53) + 1, {}},
+      {1LL << 53, 1LL << 53, 1ull << 53, 0x1p53, {}, 0x1p53f},
+      {0x1p63, {}, 1ull << 63, 0x1p63, {}, 0x1p63f},
+      {1ull << 63, {}, 1ull << 63, 0x1p63, {}, 0x1p63f},
+      {-0x1p63, std::numeric_limits<std::int64_t>::min(), {}, -0x1p63, {}, -0x1p63f},
+      {1e19, {}, 10'000'000'000'000'000'000u, 1e19},
+      {0x1p64, {}, {}, 0x1p64, {}, 0x1p64f},
+      {true, 1, 1, 1.0, 1, 1.0f},
+      {-128, -128, {}, -128.0, -128, -128.0f},
+      {128.0, 128, 128, 128.0, {}, 128.0f},
+      {0.1, {}, {}, 0.1},
+      {~0ull, {}, ~0ull, {}},
+      {std::numeric_limits<std::int64_t>::max(),
+       std::numeric_limits<std::int64_t>::max(),
+       ~0ull >> 1,
+       {}},
   };
   for (const auto& c : cases) {
+    SCOPED_TRACE(c.stored.text());
     const Ref<Number> number = Number::numberWith(c.stored);
-    EXPECT_EQ(detail::RawObject<std::int64_t>::unbox(*number), c.integer) << c.stored.text();
-    EXPECT_EQ(detail::RawObject<double>::unbox(*number), c.real) << c.stored.text();
+    EXPECT_EQ(detail::RawObject<std::int64_t>::unbox(*number), c.integer);
+    EXPECT_EQ(detail::RawObject<std::uint64_t>::unbox(*number), c.natural);
+    EXPECT_EQ(detail::RawObject<double>::unbox(*number), c.real);
+    EXPECT_EQ(detail::RawObject<std::int8_t>::unbox(*number), c.small);
+    EXPECT_EQ(detail::RawObject<float>::unbox(*number), c.coarse);
   }
 }
 
