@@ -23,6 +23,17 @@
 #include <TQFoundation/platform/UserDefaults.h>
 
 namespace tq {
+namespace detail {
+
+template <class T, class... Types>
+concept OneOf = (std::same_as<T, Types> || ...);
+
+/// bool, long and long long.
+template <class T>
+concept ReadLeniently = std::same_as<T, bool> ||
+    (std::signed_integral<T> && sizeof(T) == sizeof(std::int64_t));
+
+}  // namespace detail
 
 /// How a type is stored as a raw value. To be specialised with
 ///
@@ -50,6 +61,18 @@ struct RawCases {
   }
   /// The case's number.
   static RawValue rawValue(decltype(First) value) noexcept { return static_cast<RawValue>(value); }
+};
+
+/// Numbers, texts and property lists are stored as they are. A null Ref is no value: storing it
+/// removes the entry.
+template <class T>
+requires(std::is_arithmetic_v<T> ||
+         detail::OneOf<T, std::string, Ref<String>, Ref<Number>, Ref<Date>, Ref<Data>, Ref<Array>,
+                       Ref<Dictionary>>) struct RawRepresentable<T> {
+  /// The value itself.
+  using RawValue = T;
+  static std::optional<T> fromRawValue(const T& raw) { return raw; }
+  static const T& rawValue(const T& value) noexcept { return value; }
 };
 
 namespace detail {
@@ -219,8 +242,7 @@ class Preference : public PreferenceEntry {
 /// Booleans and 64-bit integers: an absent entry reads as the default, one of another type by the
 /// store's lenient reading.
 template <class T>
-requires(std::same_as<T, bool> || std::same_as<T, std::int64_t>) class Preference<T>
-    : public PreferenceEntry {
+requires(detail::ReadLeniently<T>) class Preference<T> : public PreferenceEntry {
  public:
   /// @param userDefaults  the store; none: the standard one, found at first use
   explicit Preference(std::string key, T defaultValue = {},
