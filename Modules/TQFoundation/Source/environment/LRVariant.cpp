@@ -51,9 +51,9 @@ TQ_VARIANT(all, 255)
 #undef TQ_VARIANT
 
 Ref<LRVariant> LRVariant::current() {
-  CurrentVariantDelegate* const asked = delegate();
-  if (asked == nullptr) return final();
-  Ref<LRVariant> answer = asked->currentVariant();
+  const DelegateSlot asked = delegateSlot();  // held, though it may let go of itself in its answer
+  if (asked.delegate == nullptr) return final();
+  Ref<LRVariant> answer = asked.delegate->currentVariant();
   TQ_ASSERT(answer != nullptr);
   return answer;
 }

@@ -12,11 +12,20 @@ namespace {
 
 struct FixedVariant final : Subclass<FixedVariant>, CurrentVariantDelegate {
   static constexpr std::string_view className = "FixedVariant";
-  explicit FixedVariant(std::int64_t rawValue) : rawValue_(rawValue) {}
-  Ref<LRVariant> currentVariant() override { return LRVariant::initWithRawValue(rawValue_); }
+  explicit FixedVariant(std::int64_t rawValue, bool leaves = false)
+      : rawValue_(rawValue), leaves_(leaves) {}
+  ~FixedVariant() override { EXPECT_FALSE(isAnswering_); }
+  Ref<LRVariant> currentVariant() override {
+    isAnswering_ = true;
+    if (leaves_) LRVariant::setDelegate(nullptr);
+    isAnswering_ = false;
+    return LRVariant::initWithRawValue(rawValue_);
+  }
 
  private:
-  std::int64_t rawValue_;
+  const std::int64_t rawValue_;
+  const bool leaves_;
+  bool isAnswering_ = false;
 };
 
 struct Variant : testing::Test {
@@ -48,6 +57,12 @@ TEST_F(Variant, CurrentDecidesWhatMatches) {
       EXPECT_EQ(variant->isDebugUIEnabled(), c.debugs);
     }
   }
+}
+
+TEST_F(Variant, DelegateMayTakeItselfAway) {
+  LRVariant::setDelegate(makeRef<FixedVariant>(4, true));
+  EXPECT_EQ(LRVariant::current()->rawValue(), 4);
+  EXPECT_EQ(LRVariant::current(), LRVariant::final());
 }
 
 // Beside bit sets, and beside what the operations promise of each other.
