@@ -1,6 +1,6 @@
 #include <TQFoundation/environment/TQStringUniquer.h>
 
-#include <algorithm>
+#include <iterator>
 
 #include <TQFoundation/objects/String.h>
 
@@ -51,16 +51,27 @@ std::string TQStringUniquer::uniqueCopyName(std::string_view original) {
   return firstFree(std::string(original) + std::string(kCopy), 1);
 }
 
+// A run grows by what is met in it and swallows the one that it reaches, so a number is looked at
+// once however often names begin before it.
 std::string TQStringUniquer::firstFree(std::string_view stem, std::uint64_t number) {
-  std::uint64_t& lowest = lowest_.try_emplace(std::string(stem), 1).first->second;
-  const bool isWhole = number <= lowest;  // nothing free is left out below
-  number = std::max(number, lowest);
-  for (;; ++number) {
+  Runs& runs = runs_[std::string(stem)];
+  auto run = runs.upper_bound(number);
+  if (run != runs.begin() && std::prev(run)->second >= number) {
+    --run;
+  } else {
+    run = runs.emplace_hint(run, number, number);
+  }
+  for (;;) {
+    std::uint64_t& end = run->second;
+    for (auto next = std::next(run); next != runs.end() && next->first == end;) {
+      end = next->second;
+      next = runs.erase(next);
+    }
     std::string name(stem);
-    if (number > 1) name.append(" ").append(std::to_string(number));
-    if (!taken_.insert(name).second) continue;
-    if (isWhole) lowest = number + 1;
-    return name;
+    if (end > 1) name.append(" ").append(std::to_string(end));
+    const bool isFree = taken_.insert(name).second;
+    ++end;
+    if (isFree) return name;
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,7 +20,8 @@ namespace tq {
 /// for a copy "Oval copy", "Oval copy 2". What it gives out is taken from then on. Names are
 /// compared byte for byte.
 ///
-/// Cost: a few look-ups, however many copies there are. Threads: one at a time.
+/// Cost: a few look-ups, and one more for each number that is met for the first time and is taken,
+///       however many copies there are. Threads: one at a time.
 class TQ_EXPORT TQStringUniquer {
  public:
   TQStringUniquer() = default;
@@ -47,8 +49,10 @@ class TQ_EXPORT TQStringUniquer {
   std::string firstFree(std::string_view stem, std::uint64_t number);
 
   std::unordered_set<std::string, Hash, std::equal_to<>> taken_;
-  /// By stem, a number below which none is free: names are never given back.
-  std::unordered_map<std::string, std::uint64_t> lowest_;
+  /// By stem, runs of numbers that are known to be taken, each with the number behind its last one:
+  /// names are never given back. No two overlap.
+  using Runs = std::map<std::uint64_t, std::uint64_t>;
+  std::unordered_map<std::string, Runs> runs_;
 };
 
 }  // namespace tq

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <set>
 #include <vector>
 
@@ -37,14 +38,21 @@ TEST(StringUniquer, CountsOnFromWhatIsThere) {
   }
 }
 
+// Whatever is asked for, never a look at all the names before.
 TEST(StringUniquer, GivesNoNameTwiceHoweverMany) {
   TQStringUniquer uniquer(std::vector<std::string>{"Oval copy 50000"});
   std::set<std::string> given{"Oval copy 50000"};
+  const auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < 100'000; ++i) {
     EXPECT_TRUE(given.insert(uniquer.uniqueCopyName(i % 3 == 0 ? "Oval copy 7" : "Oval")).second);
+    EXPECT_TRUE(given.insert(uniquer.uniqueString("Oval")).second);
+    EXPECT_TRUE(given.insert(uniquer.uniqueString("Oval " + std::to_string(i / 2))).second);
   }
   EXPECT_TRUE(given.contains("Oval copy"));
   EXPECT_TRUE(given.contains("Oval copy 100001"));
+  EXPECT_TRUE(given.contains("Oval 199996"));  // two each are names like "Oval 0" and "Oval 1 2"
+  EXPECT_FALSE(given.contains("Oval 199997"));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 
 }  // namespace
