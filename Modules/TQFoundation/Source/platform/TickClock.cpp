@@ -2,10 +2,15 @@
 
 #include <time.h>
 
+#include <algorithm>
 #include <atomic>
+
+#include <TQFoundation/base/TQAssert.h>
 
 namespace tq {
 namespace {
+
+__extension__ using Wide = __int128;  // holds 64 bits times 32, and what is added to them
 
 std::atomic<const TickClock*> clockInPlace = nullptr;
 
@@ -32,10 +37,11 @@ const TickClock* setTickClock(const TickClock* clock) noexcept {
 
 DispatchTime dispatchTime(DispatchTime when, std::int64_t nanoseconds) noexcept {
   if (when == DispatchTimeForever) return when;
-  const std::uint64_t start = when == DispatchTimeNow ? monotonicTicks() : when;
-  const std::uint64_t moved = start + static_cast<std::uint64_t>(nanoseconds);  // wraps
-  if (nanoseconds >= 0) return moved < start ? DispatchTimeForever : moved > 0 ? moved : 1;
-  return moved >= start || moved == 0 ? 1 : moved;
+  const Timebase timebase = systemTimebase();
+  TQ_ASSERT(timebase.numerator != 0);
+  const Wide start = when == DispatchTimeNow ? monotonicTicks() : when;
+  const Wide ticks = Wide{nanoseconds} * timebase.denominator / timebase.numerator;
+  return static_cast<DispatchTime>(std::clamp<Wide>(start + ticks, 1, DispatchTimeForever));
 }
 
 }  // namespace tq

@@ -32,15 +32,16 @@ struct TickClock {
 /// The clock from now on; null means the system's. It must outlive its use. @return the one before
 TQ_EXPORT const TickClock* setTickClock(const TickClock* clock) noexcept;
 
-/// A point in time on the tick clock.
+/// A point in time on the tick clock, in ticks.
 using DispatchTime = std::uint64_t;
 /// What dispatchTime() takes for this moment.
 inline constexpr DispatchTime DispatchTimeNow = 0;
 /// Never comes.
 inline constexpr DispatchTime DispatchTimeForever = ~DispatchTime{0};
 
-/// The point in time `nanoseconds` after `when` (before it when they are negative). At least 1; one
-/// beyond the clock's range, or after DispatchTimeForever, is DispatchTimeForever.
+/// The point in time `nanoseconds` after `when` (before it when they are negative), truncated to
+/// whole ticks. At least 1; one beyond the clock's range, or after DispatchTimeForever, is
+/// DispatchTimeForever.
 [[nodiscard]] TQ_EXPORT DispatchTime dispatchTime(DispatchTime when,
                                                   std::int64_t nanoseconds) noexcept;
 

@@ -80,10 +80,11 @@ TEST_F(PerformanceTimer, DelaysSaturate) {
     std::int64_t delta;
     DispatchTime delay;
   } cases[] = {
-      {1.9999999999, 1'999'999'999, 2'000'000'999},
-      {-1e-7, -100, 900},
+      {1, 1'000'000'000, 24'001'000},  // three ticks last 125 ns
+      {1.9999999999, 1'999'999'999, 48'000'999},
+      {-1e-7, -100, 998},
       {-1, -1'000'000'000, 1},
-      {1e300, max, 9'223'372'036'854'776'807u},
+      {1e300, max, 221'360'928'884'515'619u},
       {-inf, std::numeric_limits<std::int64_t>::min(), 1},
       {std::nan(""), 0, 1000},
   };
@@ -91,9 +92,10 @@ TEST_F(PerformanceTimer, DelaysSaturate) {
     EXPECT_EQ(TQTimeRandomDispatchTimeDelta(c.seconds, 0), c.delta) << c.seconds;
     EXPECT_EQ(TQTimeRandomDispatchDelay(c.seconds, 0), c.delay) << c.seconds;
   }
-  EXPECT_EQ(dispatchTime(DispatchTimeForever - 5, 5), DispatchTimeForever);
-  EXPECT_EQ(dispatchTime(DispatchTimeForever, -6), DispatchTimeForever);
-  EXPECT_EQ(dispatchTime(7, -7), 1u);
+  EXPECT_EQ(dispatchTime(DispatchTimeForever - 6, 249), DispatchTimeForever - 1);
+  EXPECT_EQ(dispatchTime(DispatchTimeForever - 6, 292), DispatchTimeForever);
+  EXPECT_EQ(dispatchTime(DispatchTimeForever, -300), DispatchTimeForever);
+  EXPECT_EQ(dispatchTime(7, -300), 1u);
   now = 0;
   EXPECT_EQ(dispatchTime(DispatchTimeNow, 0), 1u);
 }
