@@ -39,22 +39,19 @@ using LogSink = std::function<void(const LogMessage&)>;
 /// Threads: any; the sink is called on the thread that logs, with no lock held, several at a time.
 TQ_EXPORT LogSink setLogSink(LogSink sink);
 
-/// A value for a "{}" of a message: a number, a boolean, text, or an object by its description.
-/// Borrows text and objects.
+/// A value for a "{}" of a message: a number, a boolean, a character, text, or an object by its
+/// description. Borrows text and objects. A pointer is none of these.
 class LogArgument {
  public:
   /// What an argument is kept as.
-  using Held =
-      std::variant<bool, std::int64_t, std::uint64_t, double, std::string_view, const Object*>;
+  using Held = std::variant<bool, char, std::int64_t, std::uint64_t, float, double,
+                            std::string_view, const Object*>;
 
   /// Borrows texts and objects until the message is written.
-  LogArgument(bool value) noexcept : held_(value) {}     // NOLINT: taken as is
-  LogArgument(std::signed_integral auto value) noexcept  // NOLINT
-      : held_(static_cast<std::int64_t>(value)) {}
-  LogArgument(std::unsigned_integral auto value) noexcept  // NOLINT
-      : held_(static_cast<std::uint64_t>(value)) {}
-  LogArgument(std::floating_point auto value) noexcept  // NOLINT
-      : held_(static_cast<double>(value)) {}
+  template <class T>
+  requires std::is_arithmetic_v<T> LogArgument(T value)
+  noexcept  // NOLINT: taken as is
+      : held_(static_cast<Kept<T>>(value)) {}
   LogArgument(std::convertible_to<std::string_view> auto const& text) noexcept  // NOLINT
       : held_(std::string_view(text)) {}
   LogArgument(const Object& object) noexcept : held_(&object) {}  // NOLINT
@@ -63,6 +60,14 @@ class LogArgument {
   [[nodiscard]] const Held& held() const noexcept { return held_; }
 
  private:
+  template <class T, class... Types>
+  static constexpr bool isAnyOf = (std::same_as<T, Types> || ...);
+  template <class T>
+  using Integer = std::conditional_t<std::signed_integral<T>, std::int64_t, std::uint64_t>;
+  template <class T>
+  using Kept = std::conditional_t<isAnyOf<T, bool, char, float>, T,
+                                  std::conditional_t<std::integral<T>, Integer<T>, double>>;
+
   Held held_;
 };
 
@@ -71,7 +76,8 @@ class LogArgument {
 ///
 /// A message that passes the channel's level goes to the host's sink (setLogSink()); without one to
 /// the system's journal, when standard error leads there, with SUBSYSTEM, CATEGORY and PRIORITY as
-/// fields to filter on; else as one line to plainLog().
+/// fields to filter on; else as one line to plainLog(). Where standard error leads is asked once,
+/// at the first message that no sink takes.
 ///
 /// Threads: any. Cost: a level that is off takes one relaxed load.
 class TQ_EXPORT LogChannel {

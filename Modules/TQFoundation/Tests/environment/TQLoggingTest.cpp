@@ -5,6 +5,7 @@
 #include <support/CapturedLog.h>
 
 #include <atomic>
+#include <concepts>
 #include <set>
 #include <string>
 #include <thread>
@@ -32,6 +33,8 @@ TEST(Logging, EachChannelIsSingleAndAnother) {
   EXPECT_EQ(L::poiLog().subsystem(), "com.korvan.xcode");
   EXPECT_TRUE(names.contains("PointsOfInterest") && names.contains("collab-opener"));
 }
+
+static_assert(!std::constructible_from<LogArgument, Number*>, "a pointer is no boolean");
 
 TEST(Logging, LevelsAndTheSinkDecideWhatPasses) {
   std::vector<std::string> seen;
@@ -64,12 +67,12 @@ TEST(Logging, LevelsAndTheSinkDecideWhatPasses) {
   const auto log = [&](std::string_view format, const auto&... arguments) {
     channel.log(LogLevel::info, format, arguments...);
   };
-  log("{} {:x} {} {}", -1, 255u, true, 0.5);
+  log("{} {:x} {} {} {} {}", -1, 255u, true, 0.5, 0.1f, 'x');
   log("{1} {0:>4}", "a", std::string("b"));
   log("{}", *Number::numberWith(7));
   log("{} {}", 1);
   log("{} {} {} {} {} {} {} {} {} {}", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9);
-  EXPECT_EQ(seen[0], "passing info -1 ff true 0.5");
+  EXPECT_EQ(seen[0], "passing info -1 ff true 0.5 0.1 x");
   EXPECT_EQ(seen[1], "passing info b    a");
   EXPECT_EQ(seen[2], "passing info 7");
   EXPECT_TRUE(seen[3].starts_with("passing info {} {} (")) << seen[3];
