@@ -1,11 +1,29 @@
 #include <TQFoundation/objects/Error.h>
 
+#include <string.h>
+
 #include <functional>
 #include <utility>
 
 #include <TQFoundation/objects/String.h>
 
 namespace tq {
+namespace {
+
+constexpr std::int64_t kCorruptData = 3840;
+
+/// What a domain says of its code; empty for one that it does not know.
+std::string_view textOf(std::string_view domain, std::int64_t code) {
+  if (domain == CocoaErrorDomain && code == kCorruptData) {
+    return "The data couldn’t be read because it isn’t in the correct format.";
+  }
+  const int number = static_cast<int>(code);
+  if (domain != POSIXErrorDomain || number != code || number <= 0) return {};
+  const char* const text = strerrordesc_np(number);  // never by locale
+  return text != nullptr ? text : "";
+}
+
+}  // namespace
 
 Error::Error(std::string_view domain, std::int64_t code, Ref<Dictionary> userInfo)
     : domain_(domain),
@@ -30,6 +48,7 @@ std::string Error::localizedDescription() const {
   if (const Object* text = userInfo_->objectForKey(LocalizedDescriptionKey)) {
     return text->description();
   }
+  if (const std::string_view text = textOf(domain_, code_); !text.empty()) return std::string(text);
   return "The operation couldn’t be completed. (" + domain_ + " error " + std::to_string(code_) +
          ".)";
 }

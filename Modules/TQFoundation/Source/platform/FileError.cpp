@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/detail/FileError.h>
 
 #include <errno.h>
-#include <string.h>
 
 #include <string>
 
@@ -80,16 +79,12 @@ Ref<Error> fileError(FileUse use, const URL& url, int errorNumber) {
 }
 
 Ref<Error> fileError(FileUse use, const URL& url, int errorNumber, std::string_view description) {
-  const char* reason = strerrordesc_np(errorNumber);  // never by locale
-  const Ref<Error> underlying =
-      Error::errorWithDomain(POSIXErrorDomain, errorNumber,
-                             std::string_view(reason != nullptr ? reason : "Unknown error"));
   return Error::errorWithDomain(
       CocoaErrorDomain, codeOf(use, errorNumber),
       Dictionary::dictionaryWithEntries(
           {{LocalizedDescriptionKey, String::stringWithUTF8Repaired(description)},
            {FilePathKey, String::stringWithUTF8Repaired(url.path())},
-           {UnderlyingErrorKey, underlying}}));
+           {UnderlyingErrorKey, Error::errorWithDomain(POSIXErrorDomain, errorNumber)}}));
 }
 
 }  // namespace tq::detail

@@ -134,9 +134,7 @@ Ref<Error> errorFor(std::string_view text, std::size_t textOffset) {
   return Error::errorWithDomain(
       CocoaErrorDomain, 3840,
       Dictionary::dictionaryWithEntries(
-          {{LocalizedDescriptionKey,
-            String::of("The data couldn’t be read because it isn’t in the correct format.")},
-           {DebugDescriptionKey, String::of(debugText)},
+          {{DebugDescriptionKey, String::of(debugText)},
            {JSONDocument::kErrorIndexKey, Number::numberWith(static_cast<std::int64_t>(index))}}));
 }
 

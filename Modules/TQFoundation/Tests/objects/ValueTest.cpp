@@ -111,6 +111,14 @@ TEST(Error, DescribesItselfToPeopleAndToProgrammers) {
   EXPECT_EQ(plain->description(),
             "Error Domain=domain Code=7 \"The operation couldn’t be completed. (domain error 7.)\" "
             "UserInfo={}");
+  const auto textOf = [](std::string_view domain, std::int64_t code) {
+    return Error::errorWithDomain(domain, code)->localizedDescription();
+  };
+  EXPECT_EQ(textOf(POSIXErrorDomain, 2), "No such file or directory");
+  EXPECT_EQ(textOf(POSIXErrorDomain, 2 + (1LL << 32)),
+            "The operation couldn’t be completed. (NSPOSIXErrorDomain error 4294967298.)");
+  EXPECT_EQ(textOf(CocoaErrorDomain, 3840),
+            "The data couldn’t be read because it isn’t in the correct format.");
   const Ref<Error> error = Error::errorWithDomain("domain", 7, "bad \xFF byte");
   EXPECT_EQ(error->localizedDescription(), "bad � byte");
   EXPECT_FALSE(error->isEqual(*plain));
