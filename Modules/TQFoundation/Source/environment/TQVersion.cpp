@@ -15,6 +15,16 @@ std::int64_t nextComponent(std::string_view& rest) noexcept {
   return value;
 }
 
+template <class Text>
+std::optional<std::string_view> highest(std::span<const Text> versions) noexcept {
+  std::string_view candidate = "0";
+  for (const std::string_view version : versions) {
+    if (TQCompareVersions(candidate, version) == -1) candidate = version;
+  }
+  if (candidate == "0") return std::nullopt;
+  return candidate;
+}
+
 }  // namespace
 
 int TQCompareVersions(std::string_view first, std::string_view second) noexcept {
@@ -28,12 +38,12 @@ int TQCompareVersions(std::string_view first, std::string_view second) noexcept 
 
 std::optional<std::string_view> TQHighestVersionNumber(
     std::span<const std::string_view> versions) noexcept {
-  std::string_view candidate = "0";
-  for (const std::string_view version : versions) {
-    if (TQCompareVersions(candidate, version) == -1) candidate = version;
-  }
-  if (candidate == "0") return std::nullopt;
-  return candidate;
+  return highest(versions);
+}
+
+std::optional<std::string_view> TQHighestVersionNumber(
+    std::span<const std::string> versions) noexcept {
+  return highest(versions);
 }
 
 }  // namespace tq

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include <TQFoundation/base/TQExport.h>
@@ -23,6 +24,8 @@ namespace tq {
 ///         but zero versions has no highest
 [[nodiscard]] TQ_EXPORT std::optional<std::string_view> TQHighestVersionNumber(
     std::span<const std::string_view> versions) noexcept;
+[[nodiscard]] TQ_EXPORT std::optional<std::string_view> TQHighestVersionNumber(
+    std::span<const std::string> versions) noexcept;
 [[nodiscard]] inline std::optional<std::string_view> TQHighestVersionNumber(
     std::initializer_list<std::string_view> versions) noexcept {
   return TQHighestVersionNumber(std::span(versions.begin(), versions.size()));

@@ -41,7 +41,12 @@ TEST(Version, HighestIsTheEarliestOfEqualsAndNeverZero) {
       {{"-1", "-2"}, {}},
       {{"0", "0.0.1", "0.0.1.9"}, "0.0.1"},
   };
-  for (const auto& c : cases) EXPECT_EQ(TQHighestVersionNumber(c.versions), c.highest);
+  for (const auto& c : cases) {
+    EXPECT_EQ(TQHighestVersionNumber(c.versions), c.highest);
+    const std::vector<std::string> owned(c.versions.begin(), c.versions.end());
+    EXPECT_EQ(TQHighestVersionNumber(owned), c.highest);
+  }
+  EXPECT_EQ(TQHighestVersionNumber({}), std::nullopt);
 }
 
 // The steps as they are told: zeros put behind the text, the whole split, three numbers read.
