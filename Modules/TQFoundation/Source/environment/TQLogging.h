@@ -8,8 +8,8 @@
 
 namespace tq {
 
-/// The channels by name, each made at its first use. Subsystems are the host's identifier and
-/// ".xcode" or ".rendering". Any thread.
+/// The channels by name, each made at its first use. Subsystems are "com.korvan.xcode" and
+/// "com.korvan.rendering". Any thread.
 class TQ_EXPORT TQLogging {
  public:
   TQLogging() = delete;

@@ -32,8 +32,8 @@ TQ_EXPORT void TQPerformanceTimingInitialise();
 /// TQPerformanceTimingInitialise() it stops the process.
 [[nodiscard]] TQ_EXPORT double TQTimeIntervalsForDuration(std::uint64_t ticks);
 
-/// Seconds from `base` to, but not including, `base` + `jitter`, all as likely. Just `base` when
-/// the jitter is not positive, or not a number.
+/// Seconds from `base` to `base` + `jitter`, all as likely; the end itself only where the sum
+/// rounds to it. Just `base` when the jitter is not positive, or not a number.
 [[nodiscard]] TQ_EXPORT double TQTimeRandomInterval(double base, double jitter) noexcept;
 
 /// The same in nanoseconds, truncated; saturates at the ends of the range, NaN is 0.

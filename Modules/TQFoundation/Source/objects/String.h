@@ -58,7 +58,7 @@ class TQ_EXPORT String final : public Subclass<String> {
   /// UTF-16 code units. Cost: one pass.
   [[nodiscard]] std::size_t length() const noexcept;
 
-  /// As UTF-16; what is not well formed becomes U+FFFD.
+  /// As UTF-16, unpaired surrogates as they are.
   [[nodiscard]] std::u16string utf16() const;
 
   /// The lenient readings of text as a number: white space is skipped, then a sign and as many
