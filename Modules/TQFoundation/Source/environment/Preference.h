@@ -71,7 +71,9 @@ requires(std::is_arithmetic_v<T> ||
                        Ref<Dictionary>>) struct RawRepresentable<T> {
   /// The value itself.
   using RawValue = T;
+  /// Never none.
   static std::optional<T> fromRawValue(const T& raw) { return raw; }
+  /// The value itself, lent.
   static const T& rawValue(const T& value) noexcept { return value; }
 };
 

@@ -1,7 +1,6 @@
 #include <TQFoundation/objects/Error.h>
 
-#include <string.h>
-
+#include <cstring>
 #include <functional>
 #include <utility>
 

@@ -45,8 +45,8 @@ class TQ_EXPORT Error final : public Subclass<Error> {
   [[nodiscard]] const Dictionary& userInfo() const noexcept { return *userInfo_; }
 
   /// The user info's text, else the domain's own for a code that it knows (the system's for POSIX,
-  /// of Cocoa's that of malformed data, 3840), else "The operation couldn’t be completed. (<domain>
-  /// error <code>.)".
+  /// of Cocoa's that of malformed data, 3840), else "The operation couldn’t be completed. (DOMAIN
+  /// error CODE.)".
   [[nodiscard]] std::string localizedDescription() const;
 
   /// Same domain, code and user info.

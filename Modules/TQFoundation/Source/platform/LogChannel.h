@@ -48,10 +48,10 @@ class LogArgument {
                             std::string_view, const Object*>;
 
   /// Borrows texts and objects until the message is written.
-  template <class T>
-  requires std::is_arithmetic_v<T> LogArgument(T value)
-  noexcept  // NOLINT: taken as is
-      : held_(static_cast<Kept<T>>(value)) {}
+  LogArgument(std::integral auto value) noexcept  // NOLINT: taken as is
+      : held_(static_cast<Kept<decltype(value)>>(value)) {}
+  LogArgument(std::floating_point auto value) noexcept  // NOLINT
+      : held_(static_cast<Kept<decltype(value)>>(value)) {}
   LogArgument(std::convertible_to<std::string_view> auto const& text) noexcept  // NOLINT
       : held_(std::string_view(text)) {}
   LogArgument(const Object& object) noexcept : held_(&object) {}  // NOLINT
