@@ -37,8 +37,11 @@ std::unique_ptr<SharedGeneration> SharedGeneration::open(const std::string& path
   // process. The file is never cut, which would take memory away under another process.
   int failure = ::posix_fallocate(descriptor, 0, kSize);
   void* memory = MAP_FAILED;
+  struct stat status {};
   if (failure == 0) {
-    memory = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    if (::fstat(descriptor, &status) == 0) {
+      memory = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+    }
     failure = errno;
   }
   if (memory == MAP_FAILED) {
@@ -46,8 +49,8 @@ std::unique_ptr<SharedGeneration> SharedGeneration::open(const std::string& path
     errno = failure;
     return nullptr;
   }
-  return std::unique_ptr<SharedGeneration>(
-      new SharedGeneration(descriptor, static_cast<GenerationWords*>(memory)));
+  return std::unique_ptr<SharedGeneration>(new SharedGeneration(
+      descriptor, {status.st_dev, status.st_ino}, static_cast<GenerationWords*>(memory)));
 }
 
 SharedGeneration::~SharedGeneration() {
@@ -72,10 +75,8 @@ bool SharedGeneration::tryLock() noexcept { return lockFile(descriptor_, LOCK_EX
 void SharedGeneration::unlock() noexcept { lockFile(descriptor_, LOCK_UN); }
 
 bool SharedGeneration::isAt(const std::string& path) const noexcept {
-  struct stat ours {};
   struct stat there {};
-  return ::fstat(descriptor_, &ours) == 0 && ::stat(path.c_str(), &there) == 0 &&
-         ours.st_dev == there.st_dev && ours.st_ino == there.st_ino;
+  return ::stat(path.c_str(), &there) == 0 && file_ == File{there.st_dev, there.st_ino};
 }
 
 }  // namespace tq::detail

@@ -3,6 +3,8 @@
 /// @file SharedGeneration.h
 /// Two counters that processes share, and the lock of those who write them.
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -42,10 +44,16 @@ class SharedGeneration {
   [[nodiscard]] bool isAt(const std::string& path) const noexcept;
 
  private:
-  SharedGeneration(int descriptor, GenerationWords* words) noexcept
-      : descriptor_(descriptor), words_(words) {}
+  struct File {
+    dev_t device;
+    ino_t inode;
+    bool operator==(const File&) const = default;
+  };
+  SharedGeneration(int descriptor, File file, GenerationWords* words) noexcept
+      : descriptor_(descriptor), file_(file), words_(words) {}
 
   int descriptor_;
+  const File file_;
   GenerationWords* words_;
 };
 
