@@ -35,7 +35,10 @@ std::unique_ptr<SharedGeneration> SharedGeneration::open(const std::string& path
   if (descriptor < 0) return nullptr;
   // Also where the file is long enough: on a full disk, touching a hole in it would stop the
   // process. The file is never cut, which would take memory away under another process.
-  int failure = ::posix_fallocate(descriptor, 0, kSize);
+  int failure;
+  do {
+    failure = ::posix_fallocate(descriptor, 0, kSize);
+  } while (failure == EINTR);
   void* memory = MAP_FAILED;
   struct stat status {};
   if (failure == 0) {
