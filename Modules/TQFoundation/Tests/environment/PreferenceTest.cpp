@@ -109,8 +109,7 @@ TEST_F(PreferenceTest, KeepsPropertyListsAsTheyAre) {
   EXPECT_EQ(list.value(), nullptr);
   list.setValue(Array::arrayWithObjects({String::of("a")}));
   EXPECT_EQ(list.value()->count(), 1u);
-  const Preference<std::string> text("list", "none", defaults);
-  EXPECT_EQ(text.value(), "none");
+  EXPECT_EQ(Preference<std::string>("list", "none", defaults).value(), "none");
   list.setValue(nullptr);
   EXPECT_EQ(defaults->peekObjectForKey("list"), nullptr);
   Preference<float>("real", 0, defaults).setValue(2.5f);
