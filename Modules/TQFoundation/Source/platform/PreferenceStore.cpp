@@ -20,6 +20,7 @@ using Result = PreferenceDatabase::Result;
 
 constexpr std::string_view kErrorDomain = "com.korvan.UserDefaults";
 constexpr std::int64_t kCannotSave = 1;
+constexpr std::chrono::seconds kBetweenLooks(1);
 
 /// From 1: an edition of 0 is none.
 std::uint64_t nextEdition() {
@@ -228,6 +229,7 @@ bool PreferenceStore::synchronize(Ref<Error>* error) {
   bool isSaved;
   {
     const Locked guard(lock_);
+    look();
     isSaved = flush();
     if (!isSaved) setOutError(error, Error::errorWithDomain(kErrorDomain, kCannotSave, complaint_));
     messages.swap(messages_);
@@ -236,18 +238,30 @@ bool PreferenceStore::synchronize(Ref<Error>* error) {
   return isSaved;
 }
 
+/// Lets go of files that somebody removed, or put others in the place of: the next change begins
+/// anew, with what was written since they were seen last.
+void PreferenceStore::look() {
+  const bool isMapped = shared_ != nullptr && shared_->isAt(path_ + ".generation");
+  const bool isInPlace = !database_.isOpen() || database_.isInPlace();
+  if (shared_ != nullptr && !isMapped) former_.push_back(std::move(shared_));
+  if (!isInPlace) {
+    database_.close();
+    entriesGeneration_ = kUnknown;
+    words_.load()->incarnation.fetch_add(1);  // so that others do not go on with it either
+  }
+  if (!isMapped || !isInPlace) unsaved_.merge(recent_);
+  recent_.clear();
+  looked_ = Clock::now();
+}
+
 bool PreferenceStore::flush() {
   if (unsaved_.empty()) return true;
+  if (Clock::now() - looked_ >= kBetweenLooks) look();
   if (!mapGeneration()) return false;
   Writing writing(*shared_);
   if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno)), false;
   closeFormerDatabase();
   writing.mark();
-  if (database_.isOpen() && !database_.isInPlace()) {
-    database_.close();
-    entriesGeneration_ = kUnknown;
-    words_.load()->incarnation.fetch_add(1);  // so that others do not go on with it either
-  }
   if (!database_.isOpen() && !openToWrite()) return false;
   Result result = database_.write(unsaved_);
   if (result == Result::damaged && setAside() && openToWrite()) {
@@ -258,23 +272,21 @@ bool PreferenceStore::flush() {
   entriesGeneration_ = kUnknown;  // should memory run out from here on
   snapshot_ = nullptr;
   for (const auto& [key, change] : unsaved_) put(*entries_, key, change.value);
+  unsaved_.merge(recent_);  // the older ones of two stay behind
+  recent_.swap(unsaved_);
   unsaved_.clear();
   complaint_.clear();
   if (isWhole) entriesGeneration_ = writing.after();
   return true;
 }
 
-/// Whoever finds that somebody removed the file, or put another in its place, begins anew there.
 bool PreferenceStore::mapGeneration() {
+  if (shared_ != nullptr) return true;
   if (path_.empty()) return false;
-  const std::string path = path_ + ".generation";
-  if (shared_ != nullptr && shared_->isAt(path)) return true;
   std::error_code failure;
   std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), failure);
-  auto shared = SharedGeneration::open(path);
-  if (shared == nullptr) return complain("open", strerrordesc_np(errno)), false;
-  if (shared_ != nullptr) former_.push_back(std::move(shared_));
-  shared_ = std::move(shared);
+  shared_ = SharedGeneration::open(path_ + ".generation");
+  if (shared_ == nullptr) return complain("open", strerrordesc_np(errno)), false;
   database_.close();
   words_.store(&shared_->words());
   entriesGeneration_ = kUnknown;

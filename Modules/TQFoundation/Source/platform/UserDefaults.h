@@ -113,8 +113,8 @@ class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
   /// All that can be read here, by key.
   [[nodiscard]] Ref<Dictionary> dictionaryRepresentation() const;
 
-  /// Writes what could not be written before; not what was written and has since been removed from
-  /// the folder by somebody.
+  /// Writes what could not be written before. Where somebody has removed the files, what was
+  /// written since is written anew; what they held is gone.
   /// @return false, with an error that says why, when it still cannot be
   bool synchronize(Ref<Error>* error = nullptr);
 

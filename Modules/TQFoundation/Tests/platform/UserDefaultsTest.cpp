@@ -71,6 +71,8 @@ TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
   mixed->setObject(Array::arrayWithNumbers(std::vector<double>{1, 2.5}), "packed");
   mixed->setObject(nest(3), "ключ");
   mixed->setObject(Dictionary::dictionary(), "");
+  const auto inner = MutableArray::array();
+  mixed->setObject(inner, "inner");
   const Ref<Object> values[] = {Number::numberWith(true),
                                 Number::numberWith(std::numeric_limits<std::int64_t>::min()),
                                 Number::numberWith(~0ull),
@@ -94,8 +96,12 @@ TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
       const std::string key = "key " + std::to_string(next);
       defaults->setObject(expected[key] = values[next], key);
     }
-    mixed->removeAllObjects();  // what was stored is a copy
-    EXPECT_EQ(refCast<Dictionary>(defaults->objectForKey("key 11"))->count(), 3u);
+    mixed->removeAllObjects();  // what was stored is a copy, down to the innermost
+    inner->addObject(mixed);
+    const auto stored = refCast<Dictionary>(defaults->objectForKey("key 11"));
+    EXPECT_EQ(stored->count(), 4u);
+    EXPECT_TRUE(stored->objectForKey("inner")->isEqual(*Array::array()));
+    inner->removeAllObjects();
     expected["key 11"] = defaults->objectForKey("key 11");
   }
   const Ref<UserDefaults> again = open();
@@ -291,6 +297,7 @@ TEST_F(UserDefaultsTest, BeginsAnewWhereSomebodyRemovedTheFiles) {
     SCOPED_TRACE(removed);
     defaults->setInteger(1, "before");
     EXPECT_EQ(defaults->integerForKey("before"), 1);
+    EXPECT_TRUE(defaults->synchronize());  // the files are seen
     std::filesystem::remove_all(directory.path(removed));
     defaults->setInteger(2, "after");
     EXPECT_TRUE(defaults->synchronize());

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -33,8 +34,11 @@ namespace tq::detail {
 ///
 /// Each thread holds the last copy it has seen, so that a read takes no lock and no count: it
 /// compares the generation and looks into the copy. The first read after a change makes a new copy,
-/// at a pointer an entry. A database or a generation that somebody removed is missed by the next
-/// change, which makes them anew; entries that were in them are gone.
+/// at a pointer an entry.
+///
+/// Files that somebody removes are missed at the first change a second or more after they were seen
+/// last, or when all is to be saved. They are then made anew with what was written since they were
+/// seen; entries from before are gone. Looking at each change would cost a fifth of a commit.
 ///
 /// Threads: any. A forked child must not use its parent's stores.
 class PreferenceStore {
@@ -67,6 +71,8 @@ class PreferenceStore {
   [[nodiscard]] bool synchronize(Ref<Error>* error);
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   /// What a thread knows of a store. No destructor, so that reading it needs no check. More stores
   /// than slots share them, and drive each other out.
   struct Slot {
@@ -86,6 +92,7 @@ class PreferenceStore {
   void changedInMemory() TQ_REQUIRES(lock_);
   [[nodiscard]] std::uint64_t settledGeneration() TQ_REQUIRES(lock_);
   void load(std::uint64_t generation) TQ_REQUIRES(lock_);
+  void look() TQ_REQUIRES(lock_);
   [[nodiscard]] bool flush() TQ_REQUIRES(lock_);
   [[nodiscard]] bool mapGeneration() TQ_REQUIRES(lock_);
   void closeFormerDatabase() TQ_REQUIRES(lock_);
@@ -119,6 +126,8 @@ class PreferenceStore {
   Ref<Dictionary> snapshot_
       TQ_GUARDED_BY(lock_);  ///< a copy of entries_ and unsaved_; none when stale
   PreferenceChanges unsaved_ TQ_GUARDED_BY(lock_);
+  PreferenceChanges recent_ TQ_GUARDED_BY(lock_);  ///< saved since the files were looked for
+  Clock::time_point looked_ TQ_GUARDED_BY(lock_);
   std::string complaint_ TQ_GUARDED_BY(lock_);          ///< empty once all is well again
   std::vector<Message> messages_ TQ_GUARDED_BY(lock_);  ///< told once the lock is free
 };
