@@ -40,8 +40,7 @@ Rect controlPointBounds(const TQBezierSegment& segment) noexcept {
 /// keep the curve between them too.
 template <std::size_t N>
 Rect tightBounds(const TQBezierSegment& segment) noexcept {
-  detail::BezierAxis<N, Pair> p;
-  for (std::size_t i = 0; i < N; ++i) p[i] = Pair{segment.points[i].x, segment.points[i].y};
+  const auto p = detail::bothAxes<N>(segment);
   Pair minimum = smaller(p[0], p[N - 1]);
   Pair maximum = larger(p[0], p[N - 1]);
   Pair hullMinimum = minimum, hullMaximum = maximum, sum = p[0] + p[N - 1];

@@ -151,16 +151,18 @@ using TQBezierSegmentIntersectionCallback = std::function<void(double offsetA, d
 /// segment.
 ///
 /// Where pieces meet in a common end, its offsets are given as they are, so a shared end point is
-/// reported exactly. Any other intersection is reported as the middles of two pieces: within 2^-15
-/// of either offset (TQBezierSegmentRefineIntersection closes in on it).
+/// reported exactly. Any other intersection is reported as the middles of two pieces that meet:
+/// within 2^-15 of either offset where the segments cross at an angle of more than 1e-7, else
+/// somewhere near (TQBezierSegmentRefineIntersection closes in on it).
 ///
-/// Neighbouring pieces report one crossing several times. Reports that lie within 2^-14 of each
-/// other on both segments, directly or through others between them, become one, and so do those
-/// within 2^-4 from which Newton's method comes to one place: the common end if there is one, else
-/// the report whose points lie closest together. So two crossings as near as 2^-14 count as one, a
-/// touch is one, and segments that run along each other are reported by the first and the last
-/// common end of their pieces if there are any (identical segments: their two ends), else at least
-/// once. Crossings come in ascending order of `offsetA`, unless there are more than 64.
+/// Neighbouring pieces report one crossing several times, and where segments graze each other, they
+/// meet on and off along the way. Reports that lie within 2^-8 of each other on both segments,
+/// directly or through others between them, become one: the common end if there is one, else the
+/// report whose points lie closest together. Crossings at an angle are told apart even then: each
+/// is given unless another or a common end is as near as 2^-14. So a touch is one, and segments
+/// that run along each other are reported by the first and the last common end of their pieces if
+/// there are any (identical segments that do not fold back: their two ends), else at least once.
+/// Intersections come in ascending order of `offsetA`, unless there are more than 64.
 ///
 /// Work: at most 2^20 pairs of pieces are looked at. A crossing takes some 100 of them, identical
 /// cubics some 2·10^5; a piece that has shrunk to a point is halved no further, so two points at

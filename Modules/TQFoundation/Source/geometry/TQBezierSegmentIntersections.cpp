@@ -6,12 +6,15 @@
 #include <cstddef>
 #include <limits>
 #include <optional>
+#include <span>
 
 #include <TQFoundation/geometry/detail/BezierAxis.h>
 #include <TQFoundation/geometry/detail/BezierSplit.h>
 
 namespace tq {
 namespace {
+
+using detail::Pair;
 
 // --- with lines
 // -----------------------------------------------------------------------------------
@@ -87,7 +90,9 @@ constexpr double kLeaf = 0x1p-14;  // the first halving that is not above it
 constexpr double kSamePoint = 2.220446049250313e-16;
 constexpr std::size_t kMostPairs = 1 << 20;
 constexpr std::size_t kMostCrossings = 64;
-constexpr double kGrazing = 0x1p-4;  // how far apart reports of one crossing can be
+constexpr double kReach = 0x1p-8;      // how far apart reports of one meeting can be
+constexpr double kSharp = 0x1p-24;     // what the sine of an angle is above, and a last step below
+constexpr std::size_t kMostSharp = 9;  // of two cubics without a common stretch (Bézout)
 
 /// A stretch of a segment, with where it lies in the whole.
 struct Piece {
@@ -122,17 +127,29 @@ double gapSquared(const TQBezierSegment& a, const TQBezierSegment& b,
   return (p.x - q.x) * (p.x - q.x) + (p.y - q.y) * (p.y - q.y);
 }
 
+detail::BezierValue<Pair> evaluated(const TQBezierSegment& segment, double t) noexcept {
+  const Pair both{t, t};
+  switch (segment.degree) {
+    case TQBezierDegree::straight:
+      return detail::evaluate<2, Pair>(detail::bothAxes<2>(segment), both);
+    case TQBezierDegree::quadratic:
+      return detail::evaluate<3, Pair>(detail::bothAxes<3>(segment), both);
+    case TQBezierDegree::cubic:
+      return detail::evaluate<4, Pair>(detail::bothAxes<4>(segment), both);
+  }
+  return {Pair{}, Pair{}};
+}
+
+double cross(Pair u, Pair v) noexcept { return u[0] * v[1] - u[1] * v[0]; }
+
 /// One step of Newton's method on a(s) - b(t) = 0; none where the tangents are parallel.
 std::optional<TQBezierSegmentOffsets> newtonStep(const TQBezierSegment& a, const TQBezierSegment& b,
                                                  TQBezierSegmentOffsets at) noexcept {
-  const Point p = TQBezierSegmentPointAtOffset(a, at.a);
-  const Point q = TQBezierSegmentPointAtOffset(b, at.b);
-  const Vector da = TQBezierSegmentDerivative(a, at.a);
-  const Vector db = TQBezierSegmentDerivative(b, at.b);
-  const Vector gap{q.x - p.x, q.y - p.y};
-  const double determinant = da.dx * db.dy - da.dy * db.dx;
-  const double s = at.a + (gap.dx * db.dy - gap.dy * db.dx) / determinant;
-  const double t = at.b + (gap.dx * da.dy - gap.dy * da.dx) / determinant;
+  const auto [p, da] = evaluated(a, at.a);
+  const auto [q, db] = evaluated(b, at.b);
+  const double determinant = cross(da, db);
+  const double s = at.a + cross(q - p, db) / determinant;
+  const double t = at.b + cross(q - p, da) / determinant;
   if (!std::isfinite(s) || !std::isfinite(t)) return std::nullopt;
   return TQBezierSegmentOffsets{std::clamp(s, 0.0, 1.0), std::clamp(t, 0.0, 1.0)};
 }
@@ -152,13 +169,38 @@ TQBezierSegmentOffsets refined(const TQBezierSegment& a, const TQBezierSegment& 
   return offsets;
 }
 
+/// The greater of the differences on both segments.
+double distance(TQBezierSegmentOffsets p, TQBezierSegmentOffsets q) noexcept {
+  return std::max(std::fabs(p.a - q.a), std::fabs(p.b - q.b));
+}
+
+/// Whether the segments cross here and at an angle: no other crossing is near, and segments that
+/// run along each other have none.
+bool isSharp(const TQBezierSegment& a, const TQBezierSegment& b,
+             TQBezierSegmentOffsets at) noexcept {
+  const Pair da = evaluated(a, at.a).derivative;
+  const Pair db = evaluated(b, at.b).derivative;
+  const auto next = newtonStep(a, b, at);
+  return next && distance(*next, at) <= kSharp &&
+         std::fabs(cross(da, db)) > kSharp * std::hypot(da[0], da[1]) * std::hypot(db[0], db[1]);
+}
+
+/// A crossing at an angle, and the report nearest to it.
+struct SharpCrossing {
+  TQBezierSegmentOffsets place;
+  TQBezierSegmentOffsets report;
+};
+
 /// A closed interval of offsets.
 struct Interval {
   double first = 0;
   double last = 0;
 
   [[nodiscard]] bool isNear(Interval other) const noexcept {
-    return first <= other.last + kLeaf && other.first <= last + kLeaf;
+    return first <= other.last + kReach && other.first <= last + kReach;
+  }
+  [[nodiscard]] bool contains(double offset) const noexcept {
+    return first <= offset && offset <= last;
   }
   void include(Interval other) noexcept {
     first = std::min(first, other.first);
@@ -176,6 +218,9 @@ struct Crossing {
 
   [[nodiscard]] bool isNear(const Crossing& other) const noexcept {
     return a.isNear(other.a) && b.isNear(other.b);
+  }
+  [[nodiscard]] bool contains(TQBezierSegmentOffsets at) const noexcept {
+    return a.contains(at.a) && b.contains(at.b);
   }
   void include(const Crossing& other) noexcept {
     a.include(other.a);
@@ -200,6 +245,7 @@ class Crossings {
 
   /// Adds a report. It may join two crossings that were apart until now.
   void add(Crossing report) {
+    noteSharp(report.first);
     for (std::size_t i = 0; i < count_;) {
       if (!found_[i].isNear(report)) {
         ++i;
@@ -208,46 +254,74 @@ class Crossings {
       report.include(found_[i]);
       found_[i] = found_[--count_];
     }
-    if (count_ == kMostCrossings) tell(found_[--count_]);
+    if (count_ == kMostCrossings) tell({&found_[--count_], 1});
     found_[count_++] = report;
   }
 
-  void tellAll() {
-    joinGrazing();
-    std::sort(found_.begin(), found_.begin() + static_cast<std::ptrdiff_t>(count_),
-              [](const Crossing& x, const Crossing& y) {
-                return x.first.a != y.first.a ? x.first.a < y.first.a : x.first.b < y.first.b;
-              });
-    for (std::size_t i = 0; i < count_; ++i) tell(found_[i]);
-  }
+  void tellAll() { tell({found_.data(), count_}); }
 
  private:
-  /// Where segments graze each other, their smallest pieces meet on and off along the way. Reports
-  /// from which Newton's method comes to one place are one crossing.
-  void joinGrazing() {
-    for (std::size_t i = 0; i < count_; ++i) {
-      for (std::size_t k = i + 1; k < count_;) {
-        if (!areOne(found_[i], found_[k])) {
-          ++k;
-          continue;
-        }
-        found_[i].include(found_[k]);
-        found_[k] = found_[--count_];
-      }
+  /// What is to be told: two common ends a crossing, and the sharp ones.
+  struct Told {
+    std::array<TQBezierSegmentOffsets, 2 * kMostCrossings + kMostSharp> offsets;
+    std::size_t count = 0;
+
+    void add(TQBezierSegmentOffsets at) noexcept { offsets[count++] = at; }
+  };
+
+  /// Where segments run close to each other, their smallest pieces meet on and off along the way,
+  /// and what becomes one can hold several crossings. Newton's method tells the pieces that do.
+  void noteSharp(TQBezierSegmentOffsets report) {
+    const auto next = newtonStep(a_, b_, report);
+    if (!next || distance(*next, report) > 2 * kLeaf) return;
+    SharpCrossing* known = sharpNear(*next);
+    const auto place = known != nullptr ? known->place : refined(a_, b_, *next);
+    if (known == nullptr) known = sharpNear(place);
+    if (known != nullptr) {
+      const double nearest = distance(known->report, known->place);
+      if (distance(report, known->place) < nearest) known->report = report;
+    } else if (distance(report, place) <= 2 * kLeaf && sharpCount_ < kMostSharp &&
+               isSharp(a_, b_, place)) {
+      sharp_[sharpCount_++] = {place, report};
     }
   }
 
-  [[nodiscard]] bool areOne(const Crossing& x, const Crossing& y) const {
-    const auto areWithin = [](TQBezierSegmentOffsets p, TQBezierSegmentOffsets q, double reach) {
-      return std::fabs(p.a - q.a) <= reach && std::fabs(p.b - q.b) <= reach;
-    };
-    return areWithin(x.first, y.first, kGrazing) && !(x.gap < 0 && y.gap < 0) &&
-           areWithin(refined(a_, b_, x.first), refined(a_, b_, y.first), kLeaf);
+  std::span<SharpCrossing> sharp() noexcept { return {sharp_.data(), sharpCount_}; }
+
+  SharpCrossing* sharpNear(TQBezierSegmentOffsets at) noexcept {
+    for (SharpCrossing& sharp : sharp()) {
+      if (distance(sharp.place, at) <= kLeaf) return &sharp;
+    }
+    return nullptr;
   }
 
-  void tell(const Crossing& crossing) {
-    callback_(crossing.first.a, crossing.first.b);
-    if (crossing.last != crossing.first) callback_(crossing.last.a, crossing.last.b);
+  void tell(std::span<const Crossing> crossings) {
+    Told told;
+    for (const Crossing& crossing : crossings) gather(crossing, told);
+    const auto begin = told.offsets.begin();
+    const auto end = begin + static_cast<std::ptrdiff_t>(told.count);
+    std::sort(begin, end, [](TQBezierSegmentOffsets x, TQBezierSegmentOffsets y) {
+      return x.a != y.a ? x.a < y.a : x.b < y.b;
+    });
+    std::for_each(begin, std::unique(begin, end),
+                  [this](TQBezierSegmentOffsets at) { callback_(at.a, at.b); });
+  }
+
+  /// The common ends and the sharp crossings elsewhere; the best report while there are none.
+  void gather(const Crossing& crossing, Told& told) {
+    const std::size_t before = told.count;
+    if (crossing.gap < 0) {
+      told.add(crossing.first);
+      told.add(crossing.last);
+    }
+    for (SharpCrossing& sharp : sharp()) {
+      if (!crossing.contains(sharp.report)) continue;
+      const bool isCommonEnd =
+          crossing.gap < 0 && std::min(distance(sharp.place, crossing.first),
+                                       distance(sharp.place, crossing.last)) <= kLeaf;
+      if (!isCommonEnd) told.add(sharp.report);
+    }
+    if (told.count == before) told.add(crossing.first);
   }
 
   const TQBezierSegment& a_;
@@ -255,6 +329,8 @@ class Crossings {
   const TQBezierSegmentIntersectionCallback& callback_;
   std::array<Crossing, kMostCrossings> found_;
   std::size_t count_ = 0;
+  std::array<SharpCrossing, kMostSharp> sharp_;
+  std::size_t sharpCount_ = 0;
 };
 
 /// The recursion. Pieces whose closed bounds meet are halved, up to fourteen times; there is no

@@ -85,6 +85,10 @@ TEST(BezierIntersections, AreTheCrossingsOfFinePolygons) {
         // What is no crossing are tangents so close that only the smallest pieces' bounds meet.
         ASSERT_LE(gap(a, b, offsets), 600 * 3 * kLeaf);  // three times the longest polygon
         ASSERT_LE(gap(a, b, refined), gap(a, b, offsets));
+        if (gap(a, b, refined) < 1e-9) {
+          ASSERT_NEAR(offsets.a, refined.a, 0.50001 * kLeaf);
+          ASSERT_NEAR(offsets.b, refined.b, 0.50001 * kLeaf);
+        }
       }
       const auto ascends = [](auto x, auto y) { return x.a < y.a; };
       ASSERT_TRUE(found.offsets.size() != sampled.size() ||
@@ -140,6 +144,14 @@ TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
       {"two points at one place", point, point, {{0, 0}}},
       {"two points apart", point, TQBezierSegment::straight({2, 3}, {2, 3}), {}},
       {"collinear, end to end", line, TQBezierSegment::straight({4, 4}, {9, 9}), {{1, 0}}},
+      {"two crossings and less than a piece apart between them",
+       TQBezierSegment::straight({0, 0}, {1000, 1000}),
+       TQBezierSegment::quadratic({0, 0.96}, {500, 498.96}, {1000, 1000.96}),
+       {{6553.5 * kLeaf, 6553.5 * kLeaf}, {9830.5 * kLeaf, 9830.5 * kLeaf}}},  // at 0.4 and 0.6
+      {"the same, and pieces that meet on and off",
+       TQBezierSegment::quadratic({0, 0}, {50, 10.02}, {100, 20}),
+       TQBezierSegment::straight({-7, -1.399}, {117, 23.409}),  // the first at 0.04577 and 0.79294
+       {{749.5 * kLeaf, 1529.5 * kLeaf}, {12991.5 * kLeaf, 11401.5 * kLeaf}}},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

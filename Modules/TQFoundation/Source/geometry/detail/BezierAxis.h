@@ -47,6 +47,14 @@ Result withBezierAxis(const TQBezierSegment& segment, Axis axis, double zero, Re
   return otherwise;
 }
 
+/// Both coordinates of the first N points.
+template <std::size_t N>
+[[nodiscard]] inline BezierAxis<N, Pair> bothAxes(const TQBezierSegment& segment) noexcept {
+  BezierAxis<N, Pair> p;
+  for (std::size_t i = 0; i < N; ++i) p[i] = Pair{segment.points[i].x, segment.points[i].y};
+  return p;
+}
+
 /// A closed interval; NaN when what it is of is not known.
 struct Extent {
   double minimum = std::numeric_limits<double>::quiet_NaN();
