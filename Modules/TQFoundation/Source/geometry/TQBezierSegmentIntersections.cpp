@@ -7,6 +7,7 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include <TQFoundation/geometry/detail/BezierAxis.h>
 #include <TQFoundation/geometry/detail/BezierSplit.h>
@@ -253,6 +254,7 @@ class Crossings {
       }
       report.include(found_[i]);
       found_[i] = found_[--count_];
+      i = 0;  // it reaches further now
     }
     if (count_ == kMostCrossings) tell({&found_[--count_], 1});
     found_[count_++] = report;
@@ -261,10 +263,11 @@ class Crossings {
   void tellAll() { tell({found_.data(), count_}); }
 
  private:
-  /// What is to be told: two common ends a crossing, and the sharp ones.
+  /// What is to be told: two common ends a crossing, and each sharp one once.
   struct Told {
     std::array<TQBezierSegmentOffsets, 2 * kMostCrossings + kMostSharp> offsets;
     std::size_t count = 0;
+    std::array<bool, kMostSharp> hasSharp{};
 
     void add(TQBezierSegmentOffsets at) noexcept { offsets[count++] = at; }
   };
@@ -314,8 +317,9 @@ class Crossings {
       told.add(crossing.first);
       told.add(crossing.last);
     }
-    for (SharpCrossing& sharp : sharp()) {
-      if (!crossing.contains(sharp.report)) continue;
+    for (std::size_t i = 0; i < sharpCount_; ++i) {
+      const SharpCrossing& sharp = sharp_[i];
+      if (!crossing.contains(sharp.report) || std::exchange(told.hasSharp[i], true)) continue;
       const bool isCommonEnd =
           crossing.gap < 0 && std::min(distance(sharp.place, crossing.first),
                                        distance(sharp.place, crossing.last)) <= kLeaf;
