@@ -28,9 +28,10 @@ std::optional<std::size_t> DictionaryKeys::find(std::string_view key) const {
   return std::nullopt;
 }
 
+// An index that is there is kept, also when few keys are left: find() asks nothing else then.
 void DictionaryKeys::append(Ref<Object> key) {
   keys_.push_back(std::move(key));
-  if (keys_.size() <= kSearched) return;
+  if (index_.capacity() == 0 && keys_.size() <= kSearched) return;
   try {
     if (keys_.size() > index_.capacity()) {
       index_.reset(keys_.size());

@@ -14,7 +14,8 @@
 
 namespace tq::detail {
 
-/// Distinct keys in order, with an index over them once there are more than a search is good for.
+/// Distinct keys in order, with an index over them once there have been more than a search is good
+/// for.
 /// Changed only by an owner that has it to itself.
 class DictionaryKeys final : public Object {
  public:
