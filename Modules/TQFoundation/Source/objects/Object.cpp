@@ -23,7 +23,10 @@ constexpr int kAlignmentBits = 4;  // an object starts at a multiple of 16
 
 }  // namespace
 
-Object::~Object() = default;
+// Marked still: a constructor has thrown, and nobody has released the object.
+Object::~Object() {
+  if ((references_.load(std::memory_order_relaxed) & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
+}
 
 const Class& Object::objectClass() const noexcept { return classOf<Object>; }
 
@@ -60,7 +63,10 @@ const Object* Object::nextPutOff() const noexcept {
 // Invariant: at depth 0 the list is empty. The outermost destruction drains it, one object at a
 // time, each with the whole depth to itself again; total work is one step an object.
 void Object::lastReleased(std::uint32_t before) const noexcept {
-  if ((before & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
+  if ((before & kWeaklyHeld) != 0) {
+    detail::forgetWeakly(*this);
+    references_.store(0, std::memory_order_relaxed);
+  }
   if (putOff.depth == kDirectReleaseDepth) {
     setNextPutOff(putOff.first);
     putOff.first = this;

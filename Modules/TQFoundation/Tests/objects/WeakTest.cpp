@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -93,6 +94,21 @@ TEST(Weak, IsRefusedInTheDestructor) {
     };
     EXPECT_EXIT(destroy(), testing::KilledBySignal(SIGABRT), "referenceCount") << depth;
   }
+}
+
+struct Unmade final : Subclass<Unmade> {
+  static constexpr std::string_view className = "Unmade";
+  explicit Unmade(Weak<Unmade>& seen) {
+    seen = Weak<Unmade>(this);
+    throw std::runtime_error("not made");
+  }
+};
+
+TEST(Weak, ReadsNoneOfWhatItsConstructorGaveUp) {
+  Weak<Unmade> seen;
+  EXPECT_THROW(static_cast<void>(makeRef<Unmade>(seen)), std::runtime_error);
+  EXPECT_TRUE(seen.isGone());
+  EXPECT_FALSE(seen.lock());
 }
 
 /// Threads lock what another one is just letting go of. Each answer is the whole object or none.
