@@ -29,6 +29,17 @@ class RectangularArray {
     elements_.assign(rowCount * columnCount, value);
   }
 
+  RectangularArray(const RectangularArray&) = default;
+  RectangularArray& operator=(const RectangularArray&) = default;
+  /// The array that is moved from is empty.
+  RectangularArray(RectangularArray&& other) noexcept { *this = std::move(other); }
+  RectangularArray& operator=(RectangularArray&& other) noexcept {
+    rowCount_ = std::exchange(other.rowCount_, 0);
+    columnCount_ = std::exchange(other.columnCount_, 0);
+    elements_ = std::exchange(other.elements_, {});
+    return *this;
+  }
+
   /// As given when it was made.
   [[nodiscard]] std::size_t rowCount() const noexcept { return rowCount_; }
   [[nodiscard]] std::size_t columnCount() const noexcept { return columnCount_; }

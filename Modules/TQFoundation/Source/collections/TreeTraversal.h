@@ -71,11 +71,12 @@ class DepthFirstWalk {
   using Children = std::views::all_t<ChildrenOf<Tree>>;
   static constexpr bool kPostOrder = order == TraversalOrder::depthFirstPostOrder;
 
-  /// An ancestor and its children from the current one on. A view may be bound to its address.
+  /// An ancestor and its children from the current one on. Their view may be bound to the node's
+  /// address, which therefore is in here.
   struct Ancestor {
-    Ancestor(const KeptNode<TreeNode<Tree>>& parent, ChildrenOf<Tree>&& all)
+    Ancestor(const Tree& tree, const KeptNode<TreeNode<Tree>>& parent)
         : node(parent),
-          children(std::views::all(std::forward<ChildrenOf<Tree>>(all))),
+          children(std::views::all(childrenOf(tree, node.get()))),
           next(std::ranges::begin(children)),
           end(std::ranges::end(children)) {}
     KeptNode<TreeNode<Tree>> node;
@@ -86,7 +87,7 @@ class DepthFirstWalk {
 
   bool goToFirstChild(const Tree& tree) {
     if (depth() >= depthLimit_) return false;
-    const Ancestor& parent = ancestors_.push(*current_, childrenOf(tree, current_->get()));
+    const Ancestor& parent = ancestors_.push(tree, *current_);
     if (parent.next == parent.end) {
       ancestors_.pop();
       return false;

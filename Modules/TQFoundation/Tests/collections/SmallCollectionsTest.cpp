@@ -94,6 +94,9 @@ TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
   std::ranges::sort(table.column(1));
   EXPECT_THAT(std::as_const(table).column(1), ElementsAre(4, 7));
   EXPECT_EQ(std::ranges::distance(RectangularArray<int>(3, 0).row(2)), 0);
+  const RectangularArray<int> taken = std::move(table);
+  EXPECT_EQ(taken.rowCount(), 2u);
+  EXPECT_EQ(table, RectangularArray<int>());  // NOLINT: it says what it is then
 }
 
 TEST(RectangularArray, PositionsOutOfRangeStopTheProcess) {

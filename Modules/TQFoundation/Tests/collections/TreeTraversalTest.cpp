@@ -41,6 +41,15 @@ struct Halves : Object {
   mutable int asked = 0;
 };
 
+/// The same up to a limit, computed from the node as it is walked.
+struct Doubling {
+  [[nodiscard]] int root() const { return 1; }
+  [[nodiscard]] auto children(const int& number) const {
+    return std::views::iota(0, number < 8 ? 2 : 0) |
+           std::views::transform([&number](int i) { return 2 * number + i; });
+  }
+};
+
 /// Every node has one child, down to 0.
 struct Chain {
   int length;
@@ -133,6 +142,12 @@ TEST(TreeTraversal, AsksForNoChildrenBeyondTheOneItStopsAt) {
   tree->asked = 0;
   EXPECT_EQ(std::ranges::distance(depthFirstPostOrder(tree, 2)), 7);
   EXPECT_EQ(tree->asked, 3);
+}
+
+TEST(TreeTraversal, ChildrenMayBeComputedFromTheNodeItself) {
+  std::vector<int> nodes;
+  for (const int node : depthFirst(Doubling())) nodes.push_back(node);
+  EXPECT_THAT(nodes, testing::ElementsAre(1, 2, 4, 8, 9, 5, 10, 11, 3, 6, 12, 13, 7, 14, 15));
 }
 
 TEST(TreeTraversal, AMillionLevelsDoNotOverflow) {
