@@ -177,7 +177,7 @@ class TQ_EXPORT MutableArray final : public Subclass<MutableArray, Array> {
   /// Drops every element.
   void removeAllObjects() noexcept;
   /// Room for as many elements in all, so that adding them cannot fail.
-  /// @throws std::bad_alloc
+  /// @throws std::bad_alloc; std::length_error beyond what an array could ever hold
   void reserve(std::size_t capacity);
 
   /// A fixed array of the same elements.

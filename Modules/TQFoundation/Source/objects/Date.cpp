@@ -1,7 +1,5 @@
 #include <TQFoundation/objects/Date.h>
 
-#include <functional>
-
 #include <TQFoundation/objects/Number.h>
 
 namespace tq {
@@ -11,10 +9,11 @@ Ref<Date> Date::dateWithTimeIntervalSinceReferenceDate(double seconds) {
 }
 
 bool Date::isEqual(const Object& other) const {
-  return other.kind() == ObjectKind::date && seconds_ == static_cast<const Date&>(other).seconds_;
+  return other.kind() == ObjectKind::date &&
+         NumberValue(seconds_).isEqual(static_cast<const Date&>(other).seconds_);
 }
 
-std::size_t Date::hash() const { return std::hash<double>{}(seconds_); }
+std::size_t Date::hash() const { return NumberValue(seconds_).hash(); }
 
 std::string Date::description() const { return NumberValue(seconds_).text() + " s"; }
 

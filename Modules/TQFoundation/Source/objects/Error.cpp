@@ -44,9 +44,8 @@ Ref<Error> Error::errorWithDomain(std::string_view domain, std::int64_t code,
 }
 
 std::string Error::localizedDescription() const {
-  if (const Object* text = userInfo_->objectForKey(LocalizedDescriptionKey)) {
-    return text->description();
-  }
+  const Object* const given = userInfo_->objectForKey(LocalizedDescriptionKey);
+  if (const auto* text = objectCast<String>(given)) return text->description();
   if (const std::string_view text = textOf(domain_, code_); !text.empty()) return std::string(text);
   return "The operation couldn’t be completed. (" + domain_ + " error " + std::to_string(code_) +
          ".)";

@@ -44,9 +44,9 @@ class TQ_EXPORT Error final : public Subclass<Error> {
   /// Never null.
   [[nodiscard]] const Dictionary& userInfo() const noexcept { return *userInfo_; }
 
-  /// The user info's text, else the domain's own for a code that it knows (the system's for POSIX,
-  /// of Cocoa's that of malformed data, 3840), else "The operation couldn’t be completed. (DOMAIN
-  /// error CODE.)".
+  /// The user info's text (a String; anything else is none), else the domain's own for a code that
+  /// it knows (the system's for POSIX, of Cocoa's that of malformed data, 3840), else "The
+  /// operation couldn’t be completed. (DOMAIN error CODE.)".
   [[nodiscard]] std::string localizedDescription() const;
 
   /// Same domain, code and user info.

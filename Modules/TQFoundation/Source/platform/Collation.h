@@ -9,9 +9,10 @@
 
 namespace tq {
 
-/// Natural order: letters before case and accents, runs of digits by their value (file2 < file10),
-/// punctuation before digits before letters, a prefix first, lower case before upper. Where that
-/// makes no difference shorter runs of digits come first (1 < 01), then code points decide.
+/// Natural order: letters before case and accents, runs of digits by their value (file2 < file10;
+/// those of more than 254 digits in pieces), punctuation before digits before letters, a prefix
+/// first, lower case before upper. Where that makes no difference shorter runs of digits come first
+/// (1 < 01), then code points decide.
 ///
 /// By the rules of setCollationLocale(), at first the root locale's; never by the process locale.
 /// Texts are UTF-8; what is not reads as U+FFFD. Any thread.

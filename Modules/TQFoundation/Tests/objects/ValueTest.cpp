@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/GeometryText.h>
 #include <TQFoundation/objects/Null.h>
@@ -89,6 +92,13 @@ TEST(Data, GrowsCutsAndFillsUp) {
   EXPECT_EQ(Data::dataWithBytes("")->length(), 0u);
 }
 
+TEST(Date, EqualsItselfWhateverItsSeconds) {
+  for (const double seconds : {0.5, std::nan("")}) {
+    const auto date = Date::dateWithTimeIntervalSinceReferenceDate(seconds);
+    EXPECT_TRUE(date->isEqual(*Date::dateWithTimeIntervalSinceReferenceDate(seconds)));
+  }
+}
+
 TEST(UUID, ReadsAndWritesItsText) {
   const Ref<UUID> uuid = UUID::UUIDWithString("68753a44-4d6f-1226-9c60-0050E4C00067");
   ASSERT_TRUE(uuid);
@@ -119,6 +129,9 @@ TEST(Error, DescribesItselfToPeopleAndToProgrammers) {
             "The operation couldn’t be completed. (NSPOSIXErrorDomain error 4294967298.)");
   EXPECT_EQ(textOf(CocoaErrorDomain, 3840),
             "The data couldn’t be read because it isn’t in the correct format.");
+  const auto noText = Dictionary::dictionaryWithEntries({{LocalizedDescriptionKey, plain}});
+  EXPECT_EQ(Error::errorWithDomain("domain", 7, noText)->localizedDescription(),
+            plain->localizedDescription());
   const Ref<Error> error = Error::errorWithDomain("domain", 7, "bad \xFF byte");
   EXPECT_EQ(error->localizedDescription(), "bad � byte");
   EXPECT_FALSE(error->isEqual(*plain));
