@@ -98,6 +98,18 @@ void BM_Cubic_Split_2geom(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_Split_2geom);
 
+void BM_Cubic_Length_TQ(benchmark::State& state) {
+  run(state, cubics(),
+      [](const auto& a, const auto&) { return std::sqrt(TQBezierSegmentLengthSquared(a)); });
+}
+BENCHMARK(BM_Cubic_Length_TQ);
+
+// To the accuracy that ours promises: 1e-9 of the control polygon, whose legs are 100 long or so.
+void BM_Cubic_Length_2geom(benchmark::State& state) {
+  run(state, peerCubics(), [](const auto& a, const auto&) { return a.length(3e-7); });
+}
+BENCHMARK(BM_Cubic_Length_2geom);
+
 void BM_Cubic_LineCrossings_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto&) {
     return TQBezierSegmentIntersectionsWithHorizontalLine(a, 12.5);
