@@ -14,6 +14,7 @@ tq_room(geometry
   TQBezierSegment.cpp TQBezierSegment.h
   TQBezierSegmentIntersections.cpp
   TQBezierSegmentIterator.cpp TQBezierSegmentIterator.h
+  TQBezierSegmentLineIntersections.cpp
   TQCorner.h
   TQFloatRange.cpp TQFloatRange.h
   TQLine.cpp TQLine.h
