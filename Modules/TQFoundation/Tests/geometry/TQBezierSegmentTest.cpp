@@ -172,7 +172,6 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
     double length;  // the first turns at 1/3 and 3/8; the others by 80-bit quadrature
   } folds[] = {
       {TQBezierSegment::cubic({-5, 0}, {1, 0}, {-10, 0}, {10, 0}), 15 + 1 / 288.0},
-      {TQBezierSegment::cubic({0, 2}, {0, -10}, {0, 9}, {0, 2}), 11.351674490993726},
       {TQBezierSegment::cubic({8, 0}, {7, 1e-4}, {-8, 0}, {-7.9, 0}), 15.900995501406344},
       {TQBezierSegment::quadratic({-7, 0}, {4, 0}, {4.2, 1e-5}), 11.200000000024432},
   };
@@ -210,8 +209,7 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
     TQBezierSegment cubic;
     std::vector<double> offsets;
   } cases[] = {
-      {"cusp", TQBezierSegment::cubic({0, 0}, {1, 1}, {0, 1}, {1, 0}), {0.5}},
-      {"cusp, rounded", TQBezierSegment::cubic({0, 0}, {-2, -4}, {1, -3}, {-3, 9}), {1 / 3.0}},
+      {"cusp", TQBezierSegment::cubic({0, 0}, {-2, -4}, {1, -3}, {-3, 9}), {1 / 3.0}},
       {"t² = 1e-9",
        TQBezierSegment::cubic({0, 0}, {1e-9, 0}, {2e-9, 1}, {1 + 3e-9, 3}),
        {3.1622777e-5}},
@@ -253,30 +251,29 @@ TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
 
 TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
   const auto arch = TQBezierSegment::cubic({0.1, 0}, {0.7, 4}, {4, 4}, {4.3, 0});
-  EXPECT_THAT(used(TQBezierSegmentIntersectionsWithHorizontalLine(arch, 0)),
-              testing::ElementsAre(0, 1));
-  EXPECT_THAT(used(TQBezierSegmentIntersectionsWithVerticalLine(arch, 0.1)),
-              testing::ElementsAre(0));
-  EXPECT_THAT(used(TQBezierSegmentIntersectionsWithHorizontalLine(arch, 3)),
-              testing::ElementsAre(0.5));
-  EXPECT_EQ(TQBezierSegmentIntersectionsWithHorizontalLine(arch, 2.9999999).count, 2);
   const auto flat = TQBezierSegment::straight({0, 2}, {5, 2});
-  EXPECT_EQ(TQBezierSegmentIntersectionsWithHorizontalLine(flat, 2).count, 0);
-  EXPECT_THAT(used(TQBezierSegmentIntersectionsWithVerticalLine(flat, 5)), testing::ElementsAre(1));
-  const auto triple = TQBezierSegment::cubic({0, -1}, {1, 1}, {2, -1}, {3, 1});
-  EXPECT_THAT(used(TQBezierSegmentIntersectionsWithHorizontalLine(triple, 0)),
-              testing::ElementsAre(testing::DoubleNear(0.5, 1e-5)));
-  // Level at its end: the turn there comes out a bit before 1.
-  RandomBezier random(22);
-  for (int i = 0; i < 1000; ++i) {
-    TQBezierSegment level = random.segment(TQBezierDegree::cubic, 100);
-    level.points[2].y = level.points[3].y;
-    const double y = level.end().y;
-    const bool crosses = (level.start().y < y) != (level.points[1].y < y);
-    const auto found = TQBezierSegmentIntersectionsWithHorizontalLine(level, y);
-    ASSERT_EQ(found.count, crosses ? 2 : 1);
-    ASSERT_EQ(found.roots[found.count - 1], 1);
+  const struct {
+    const char* name;
+    TQBezierSegment segment;
+    double y;
+    std::vector<double> offsets;
+  } cases[] = {
+      {"both ends", arch, 0, {0, 1}},
+      {"touch in the middle", arch, 3, {0.5}},
+      {"in the line", flat, 2, {}},
+      {"triple", TQBezierSegment::cubic({0, -1}, {1, 1}, {2, -1}, {3, 1}), 0, {0.5}},
+      // The turn comes out a bit before 1.
+      {"level at its end", TQBezierSegment::cubic({0, 76}, {1, 83}, {2, 100}, {3, 100}), 100, {1}},
+      {"again", TQBezierSegment::cubic({0, 91}, {1, 101}, {2, 100}, {3, 100}), 100, {0.75, 1}},
+      {"level but for a bit", TQBezierSegment::quadratic({0, 2}, {1, 2 + 4e-16}, {2, 1}), 2, {0}},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(used(TQBezierSegmentIntersectionsWithHorizontalLine(c.segment, c.y)), c.offsets)
+        << c.name;
   }
+  EXPECT_EQ(TQBezierSegmentIntersectionsWithHorizontalLine(arch, 2.9999999).count, 2);
+  EXPECT_EQ(used(TQBezierSegmentIntersectionsWithVerticalLine(arch, 0.1)), std::vector<double>{0});
+  EXPECT_EQ(used(TQBezierSegmentIntersectionsWithVerticalLine(flat, 5)), std::vector<double>{1});
 }
 
 }  // namespace
