@@ -48,9 +48,17 @@ void remember(ApplyCost* cost, std::int64_t elapsed, std::size_t count) noexcept
       std::memory_order_relaxed);
 }
 
+/// Keeps oneTBB up for good: threads may outlive main, and the library's own end with it.
+void keepWorkers() {
+  static auto& kept = *new tbb::task_arena;
+  static const bool isUp = (kept.initialize(), true);
+  static_cast<void>(isUp);
+}
+
 /// @param grain  calls that are worth a range of their own
 void share(std::size_t begin, std::size_t end, std::size_t grain, const void* body,
            ApplyRange range) {
+  keepWorkers();
   char handedOut = 0;
   char handedBack = 0;
   struct Acquiring {  // at the scope's end, also for an exception
