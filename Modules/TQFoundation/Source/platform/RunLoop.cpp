@@ -162,6 +162,7 @@ bool RunLoop::State::drain(RunLoopMode mode) {
                  std::make_move_iterator(others.begin()));
     performed.erase(performed.begin(), others.begin());
   }
+  if (!taken.empty()) heldBlocks = 0;  // they are among these, or behind them
   for (Performed& each : taken) each.run();
   return !taken.empty();
 }

@@ -105,7 +105,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
 /// and so does an exception that leaves one.
 TQ_EXPORT void mainQueueAsync(std::function<void()> block);
 
-/// Whether the calling thread is the process's first.
+/// Whether the calling thread is the process's first. In a child made by fork() none is.
 [[nodiscard]] TQ_EXPORT bool isMainThread() noexcept;
 
 }  // namespace tq
