@@ -62,18 +62,37 @@ bool Operation::isFinished() const { return phase_ == Phase::finished; }
 bool Operation::isCancelled() const { return isMarkedCancelled_; }
 bool Operation::isAsynchronous() const { return false; }
 
+// Both sides know of a dependency that has not finished: the shorter list is looked through.
 void Operation::addDependency(Operation& operation) {
-  const auto isThis = [this](const Weak<Operation>& each) { return each.observes(*this); };
+  const Ref<Operation> held = share(operation);
+  if (isDependentOn(held)) return;
   {
     const Locked guard(operation.lock_);
-    if (std::ranges::any_of(operation.dependents_, isThis)) return;
     if (!operation.hasNoticedFinish_) {
       operation.dependents_.emplace_back(this);
       ++unfinishedDependencies_;
     }
   }
   const Locked guard(lock_);
-  dependencies_.push_back(share(operation));
+  if (!hasNoticedFinish_) dependencies_.push_back(held);
+}
+
+bool Operation::isDependentOn(const Ref<Operation>& operation) const {
+  std::size_t count = 0;
+  {
+    const Locked guard(lock_);
+    count = dependencies_.size();
+  }
+  {
+    const Locked guard(operation->lock_);
+    const auto& dependents = operation->dependents_;
+    if (!operation->hasNoticedFinish_ && dependents.size() <= count) {
+      return std::ranges::any_of(
+          dependents, [this](const Weak<Operation>& each) { return each.observes(*this); });
+    }
+  }
+  const Locked guard(lock_);
+  return std::ranges::find(dependencies_, operation) != dependencies_.end();
 }
 
 void Operation::removeDependency(Operation& operation) {
@@ -175,7 +194,8 @@ void BlockOperation::addExecutionBlock(std::function<void()> block) {
 }
 
 void BlockOperation::main() {
-  parallelApply(blocks_.size(), [this](std::size_t i) { blocks_[i](); });
+  if (blocks_.size() == 1) return blocks_.front()();
+  groupApply(blocks_.size(), [this](std::size_t i) { blocks_[i](); });
 }
 
 }  // namespace tq

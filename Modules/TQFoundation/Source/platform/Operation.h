@@ -84,7 +84,8 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   [[nodiscard]] virtual bool isExecuting() const;
   [[nodiscard]] virtual bool isFinished() const;
   [[nodiscard]] virtual bool isCancelled() const;
-  /// Whether start() may return before the operation has finished. A queue does not ask.
+  /// Whether start() may return before the operation has finished, or go on after. A queue starts
+  /// the next one accordingly.
   [[nodiscard]] virtual bool isAsynchronous() const;
 
   /// Makes it wait until `operation` has finished, cancelled or not. To be set before this one is
@@ -98,15 +99,16 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   void setQueuePriority(OperationQueuePriority priority) noexcept { priority_ = priority; }
   [[nodiscard]] OperationQueuePriority queuePriority() const noexcept { return priority_; }
 
-  /// Runs once, soon after the operation has finished, on a thread of its own.
+  /// Runs once, soon after the operation has finished, on a thread of its own. One that is set
+  /// after that does not run.
   void setCompletionBlock(std::function<void()> block);
 
   /// Returns when the operation has finished. Never to be called by the operation itself.
   void waitUntilFinished();
 
   /// Calls `observer` before and after each announced change, on the thread that makes it. It may
-  /// ask the operation, but not wait for other threads that change it. For good: an operation
-  /// keeps its observers until it goes.
+  /// ask the operation, but not wait for other threads that change it, nor throw. For good: an
+  /// operation keeps its observers until it goes.
   void addObserver(Observer observer);
 
  protected:
@@ -121,6 +123,7 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
 
   void notify(std::string_view key, Change change);
   void finish();
+  [[nodiscard]] bool isDependentOn(const Ref<Operation>& operation) const;
   void noticeReady();
   void noticeFinished();
   void dependencyFinished();
@@ -149,7 +152,8 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   Operation* nextReady_ = nullptr;
 };
 
-/// An operation that runs blocks, all at once where there are several, on the worker pool.
+/// An operation that runs blocks, at once where there are several, on threads that may block: they
+/// may wait for each other (groupApply).
 class TQ_EXPORT BlockOperation final : public Subclass<BlockOperation, Operation> {
  public:
   static constexpr std::string_view className = "BlockOperation";

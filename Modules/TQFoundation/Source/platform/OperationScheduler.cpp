@@ -38,6 +38,12 @@ void OperationScheduler::add(Operation& operation) {
     last_ = &operation;
     ++count_;
   }
+  bool hasFinished;  // by other hands, before it knew of the queue
+  {
+    const Locked guard(operation.lock_);
+    hasFinished = operation.hasNoticedFinish_;
+  }
+  if (hasFinished) return finished(operation);
   if (operation.isReady()) becameReady(operation);
 }
 
@@ -60,7 +66,8 @@ void OperationScheduler::finished(Operation& operation) {
   {
     const Locked guard(lock_);
     const auto place = std::exchange(operation.place_, Operation::Place::gone);
-    if (place == Operation::Place::none) return;  // add() sees to it
+    // add() sees to what it has not placed yet; what has finished just then may come here twice.
+    if (place == Operation::Place::none || place == Operation::Place::gone) return;
     unlink(operation);
     if (count_ == 0) emptied_.notify_all();
     if (place == Operation::Place::ready) return;  // a runner will meet it, and let go of it

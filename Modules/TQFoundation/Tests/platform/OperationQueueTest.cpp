@@ -69,6 +69,25 @@ TEST(OperationQueue, RefusesWhatCannotBeAdded) {
   EXPECT_EQ(queue->operationCount(), 0u);
 }
 
+/// Starts itself when it is asked for the first time whether it has finished: between the queue's
+/// look at it and its taking it up.
+struct Sly final : Subclass<Sly, Operation> {
+  static constexpr std::string_view className = "Sly";
+  bool isFinished() const override {
+    if (std::exchange(isAsked, true)) return Operation::isFinished();
+    const_cast<Sly*>(this)->start();
+    return false;
+  }
+  mutable bool isAsked = false;
+};
+
+TEST(OperationQueue, LetsGoOfWhatFinishesWhileItIsAdded) {
+  const auto queue = OperationQueue::init();
+  queue->addOperation(makeRef<Sly>());
+  EXPECT_EQ(queue->operationCount(), 0u);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
 TEST(OperationQueue, NoMoreThanTheMaximumAtOnceAndNoneAtZero) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(0);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <barrier>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -110,6 +111,16 @@ TEST(Operation, DependenciesMayBeRemovedAndDropped) {
   dropped = nullptr;
   kept->start();
   EXPECT_EQ(one->referenceCount(), 1u);
+
+  // One that has finished is no reason to wait, and what has finished holds none.
+  const auto late = makeRef<Work>();
+  late->addDependency(*one);
+  late->addDependency(*one);
+  EXPECT_EQ(late->dependencies().size(), 1u);
+  EXPECT_TRUE(late->isReady());
+  late->start();
+  late->addDependency(*kept);
+  EXPECT_TRUE(late->dependencies().empty());
 }
 
 TEST(Operation, WhatMainThrowsPassesThroughAfterItHasFinished) {
@@ -143,6 +154,11 @@ TEST(BlockOperation, RunsAllItsBlocks) {
   operation->start();
   EXPECT_EQ(runs, 11);
   BlockOperation::blockOperationWithBlock(nullptr)->start();
+
+  std::barrier<> all(5);  // more of them than there are workers
+  const auto meeting = BlockOperation::blockOperationWithBlock([&] { all.arrive_and_wait(); });
+  for (int i = 1; i < 5; ++i) meeting->addExecutionBlock([&] { all.arrive_and_wait(); });
+  meeting->start();
 }
 
 }  // namespace
