@@ -29,6 +29,7 @@ class RectangularArray {
     elements_.assign(rowCount * columnCount, value);
   }
 
+  /// Copies share nothing.
   RectangularArray(const RectangularArray&) = default;
   RectangularArray& operator=(const RectangularArray&) = default;
   /// The array that is moved from is empty.
