@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/KeyedArchiver.h>
 
 #include <cmath>
+#include <exception>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -55,6 +56,12 @@ class KeyedArchiver::Writer {
   UID encode(NumberValue number);
 
   Node reference(UID uid);
+
+  /// Puts what a host has under its key. Once that has thrown, what is here may be torn: nothing of
+  /// it is touched again, and what follows throws the same, whether or not the host has caught it.
+  template <class MakeNode>
+  void putForHost(std::string_view key, MakeNode&& makeNode);
+
   void put(std::string_view key, Node value) { record_->emplace_back(keyNode(key), value); }
   void putObject(std::string_view key, const Object& object) {
     put(key, reference(encode(object)));
@@ -88,6 +95,9 @@ class KeyedArchiver::Writer {
   void putArray(const Array& array);
   void putValue(const Value& value);
   void requireHostInCycle(const Known& known) const;
+  void requireNoFailure() const {
+    if (failure_) std::rethrow_exception(failure_);
+  }
 
   std::vector<Node> objects_;  // by UID
   std::vector<Node> uids_;     // the node that names a UID, by UID; kUnset until there is one
@@ -99,6 +109,7 @@ class KeyedArchiver::Writer {
   Record* record_ = nullptr;  // of the object being written
   int depth_ = 0;
   int hosts_ = 0;  // host objects among those being written
+  std::exception_ptr failure_;
 
   static constexpr Node kUnset = ~Node{0};
 };
@@ -211,6 +222,7 @@ Node KeyedArchiver::Writer::writeRecord(const Object& object, Known& known) {
     ++hosts_;
     KeyedArchiver archiver(*this);
     encodeWithCoder(object, archiver);
+    requireNoFailure();
     --hosts_;
   } else {
     putContents(object, known);
@@ -326,38 +338,41 @@ bool KeyedArchiver::supportsKeyedCoding(const Object& object) noexcept {
          &record == &classOf<URL>;
 }
 
-namespace {
-
-std::string hostKey(std::string_view key) {
-  requireUTF8(key, "A key");
-  return escapedKey(key);
+template <class MakeNode>
+void KeyedArchiver::Writer::putForHost(std::string_view key, MakeNode&& makeNode) {
+  requireNoFailure();
+  try {
+    requireUTF8(key, "A key");
+    put(escapedKey(key), makeNode());
+  } catch (...) {
+    failure_ = std::current_exception();
+    throw;
+  }
 }
 
-}  // namespace
-
 void KeyedArchiver::encodeObject(const Object* object, std::string_view forKey) {
-  const std::string key = hostKey(forKey);
-  writer_.put(key, writer_.reference(object != nullptr ? writer_.encode(*object) : 0));
+  writer_.putForHost(
+      forKey, [&] { return writer_.reference(object != nullptr ? writer_.encode(*object) : 0); });
 }
 
 void KeyedArchiver::encodeBool(bool value, std::string_view forKey) {
-  writer_.put(hostKey(forKey), writer_.list.number(value));
+  writer_.putForHost(forKey, [&] { return writer_.list.number(value); });
 }
 
 void KeyedArchiver::encodeInteger(std::int64_t value, std::string_view forKey) {
-  writer_.put(hostKey(forKey), writer_.list.number(value));
+  writer_.putForHost(forKey, [&] { return writer_.list.number(value); });
 }
 
 void KeyedArchiver::encodeFloat(float value, std::string_view forKey) {
-  writer_.put(hostKey(forKey), writer_.list.number(value));
+  writer_.putForHost(forKey, [&] { return writer_.list.number(value); });
 }
 
 void KeyedArchiver::encodeDouble(double value, std::string_view forKey) {
-  writer_.put(hostKey(forKey), writer_.list.number(value));
+  writer_.putForHost(forKey, [&] { return writer_.list.number(value); });
 }
 
 void KeyedArchiver::encodeBytes(std::span<const std::byte> bytes, std::string_view forKey) {
-  writer_.put(hostKey(forKey), writer_.list.data(bytes));
+  writer_.putForHost(forKey, [&] { return writer_.list.data(bytes); });
 }
 
 }  // namespace tq

@@ -51,6 +51,8 @@ class TQ_EXPORT KeyedArchiver {
 
   /// Each writes a value of the object being encoded. A key is well-formed UTF-8; one that comes
   /// again replaces nothing: the first value is the one that is read.
+  /// Once one of them has thrown, the archive is lost, though the host catches it: those that come
+  /// after throw the same again, and so does archivedDataWithRootObject().
   void encodeObject(const Object* object, std::string_view forKey);  ///< none is kept as none
   template <class T>
   void encodeObject(const Ref<T>& object, std::string_view forKey) {

@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 
 #include <algorithm>
+#include <exception>
 #include <new>
 #include <optional>
 #include <string>
@@ -42,7 +43,7 @@ class KeyedUnarchiver::Reader {
 
   Ref<Object> readRoot();
 
-  /// The member of the object being read.
+  /// The member of the object being read; none once the archive has turned out to be bad.
   [[nodiscard]] std::optional<Node> member(std::string_view key);
   Ref<Object> object(const std::optional<Node>& reference, bool evenUnfinished = false);
   [[nodiscard]] NumberValue number(std::string_view key);
@@ -84,9 +85,10 @@ class KeyedUnarchiver::Reader {
   Node objects_{};
   std::vector<Slot> slots_;  // by UID
   std::unordered_map<UID, const Class*> classes_;
-  const Node* record_ = nullptr;  // of the object being read
+  const Node* record_ = nullptr;  // of the object being read; not to be used after a failure
   int depth_ = 0;
   bool failed_ = false;
+  std::exception_ptr thrown_;  // by an initWithCoder, or for want of memory
 };
 
 Ref<Object> KeyedUnarchiver::Reader::fail() noexcept {
@@ -109,6 +111,7 @@ Ref<Object> KeyedUnarchiver::Reader::readRoot() {
   objects_ = *objects;
   slots_.resize(objects_.value);
   Ref<Object> root = object(value(*top, kRootKey));
+  if (thrown_) std::rethrow_exception(thrown_);
   return failed_ ? nullptr : root;
 }
 
@@ -132,7 +135,7 @@ std::optional<Node> KeyedUnarchiver::Reader::value(const Node& record, std::stri
 }
 
 std::optional<Node> KeyedUnarchiver::Reader::member(std::string_view key) {
-  return value(*record_, key);
+  return failed_ ? std::nullopt : value(*record_, key);
 }
 
 NumberValue KeyedUnarchiver::Reader::number(std::string_view key) {
@@ -169,7 +172,14 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
     return slot.object;
   }
   slot.state = State::open;
-  slot.object = make(slot, uid);
+  try {
+    slot.object = make(slot, uid);
+  } catch (...) {
+    // The host that asked may catch this; what it asked for is missing all the same.
+    failed_ = true;
+    thrown_ = std::current_exception();
+    throw;
+  }
   slot.state = State::read;
   return failed_ || !slot.object ? fail() : slot.object;
 }

@@ -26,7 +26,9 @@ namespace tq {
 /// - each byte is looked at kMostReadings times at the most, however the file shares its parts, and
 ///   takes at most some 200 bytes of memory (host objects aside);
 /// - a reference back to an object that is still being read is answered by decodeWeakObjectForKey()
-///   alone, so that no cycle of strong references can come out of a file.
+///   alone, so that no cycle of strong references can come out of a file;
+/// - once the archive has turned out to be bad, or an object's reading has thrown, every key is
+///   answered as an absent one, and nothing comes out, though a host goes on.
 ///
 /// Made by unarchiveRootObject(), and lent to initWithCoder. One thread.
 class TQ_EXPORT KeyedUnarchiver {
@@ -46,7 +48,7 @@ class TQ_EXPORT KeyedUnarchiver {
   /// True when the object being read has a value under the key, be it none.
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
 
-  /// None for an absent key, for none, and once the archive has turned out to be bad.
+  /// None for an absent key and for none.
   [[nodiscard]] Ref<Object> decodeObjectForKey(std::string_view key);
 
   /// The same, none for an object of another class.

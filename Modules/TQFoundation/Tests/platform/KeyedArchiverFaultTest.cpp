@@ -17,7 +17,7 @@ TEST(KeyedArchiverFault, EveryAllocationMayFail) {
   Class::registerClass<Host>();
   const Ref<Host> child = makeHost("a name too long to be kept inside a string");
   const Ref<Host> root = makeHost(
-      "root",
+      "forgiving",
       Array::arrayWithObjects(
           {child, Set::setWithObjects({String::of("é")}),
            Dictionary::dictionaryWithEntries({{"error", Error::errorWithDomain("domain", 1)}}),

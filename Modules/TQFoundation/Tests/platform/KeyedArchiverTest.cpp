@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <limits>
+#include <stdexcept>
 
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
@@ -222,6 +223,32 @@ TEST(KeyedArchiver, RefusesWhatItCannotKeepAndSaysWhy) {
         << reasonForRefusing(*object);
   }
   cycle->removeAllObjects();
+}
+
+/// Throws a number, on the way out or in.
+struct Thrower final : Subclass<Thrower> {
+  static constexpr std::string_view className = "Thrower";
+  static inline bool inWriting = false;
+
+  void encodeWithCoder(KeyedArchiver&) const {
+    if (inWriting) throw 42;
+  }
+  bool initWithCoder(KeyedUnarchiver&) { throw std::runtime_error("no"); }
+};
+
+TEST(KeyedArchiver, LosesTheArchiveWithAnObjectThoughItsHostForgives) {
+  Class::registerClass<Host>();
+  Class::registerClass<Thrower>();
+  const Ref<Thrower> thrower = makeRef<Thrower>();
+  for (const char* name : {"strict", "forgiving"}) {
+    const Ref<Host> host = makeHost(name, Array::arrayWithObjects({makeHost("x", thrower)}));
+    Thrower::inWriting = true;
+    EXPECT_THROW((void)archive(*host), int);
+    Thrower::inWriting = false;
+    EXPECT_FALSE(KeyedUnarchiver::unarchiveRootObject(archive(*host)->bytes()));
+    host->content = makeRef<Plain>();
+    EXPECT_NE(reasonForRefusing(*host), "");
+  }
 }
 
 TEST(KeyedArchiver, NestsToItsLimit) {
