@@ -94,6 +94,7 @@ class KeyedArchiver::Writer {
   void putElements(std::string_view key, std::span<const Ref<Object>> objects, bool compared);
   void putArray(const Array& array);
   void putValue(const Value& value);
+  void putURL(const URL& url);
   void requireHostInCycle(const Known& known) const;
   void requireNoFailure() const {
     if (failure_) std::rethrow_exception(failure_);
@@ -261,8 +262,7 @@ void KeyedArchiver::Writer::putContents(const Object& object, Known& known) {
   } else if (&record == &classOf<UUID>) {
     put(kUUIDBytes, list.data(std::as_bytes(std::span(static_cast<const UUID&>(object).bytes()))));
   } else if (&record == &classOf<URL>) {
-    put(kURLBase, reference(0));
-    putText(kURLText, static_cast<const URL&>(object).absoluteString(), "A URL");
+    putURL(static_cast<const URL&>(object));
   } else if (object.kind() != ObjectKind::null) {
     refuse("An object of class " + std::string(record.name()) +
            " has no encodeWithCoder and cannot be archived.");
@@ -325,6 +325,18 @@ void KeyedArchiver::Writer::putValue(const Value& value) {
     putText(kOtherType, value.typeSignature(), "A type signature");
     put(kOtherBytes, list.data(value.bytes()));
   }
+}
+
+void KeyedArchiver::Writer::putURL(const URL& url) {
+  const std::string text = url.absoluteString();
+  const Ref<URL> copy = URL::URLWithString(text);
+  if (!copy || !copy->isEqual(url)) {
+    refuse(
+        "A URL that cannot be made from its own text, such as that of a path with a NUL, cannot be "
+        "archived.");
+  }
+  put(kURLBase, reference(0));
+  putText(kURLText, text, "A URL");
 }
 
 Ref<Data> KeyedArchiver::archivedDataWithRootObject(const Object& object) {

@@ -39,8 +39,8 @@ class TQ_EXPORT KeyedArchiver {
   /// The archive of `object`, under the key "root".
   /// @throws Exception (InvalidArgumentException) for an object that cannot be kept (see
   ///         supportsKeyedCoding()), a graph that nests deeper than kMaximumDepth, a cycle of
-  ///         containers alone, and text that is not UTF-8 where the format has text; and whatever
-  ///         an encodeWithCoder throws
+  ///         containers alone, text that is not UTF-8 where the format has text, and a URL whose
+  ///         text does not lead back to it; and whatever an encodeWithCoder throws
   [[nodiscard]] static Ref<Data> archivedDataWithRootObject(const Object& object);
 
   /// True when the object's class can be kept; what a container holds is another matter.

@@ -217,6 +217,7 @@ TEST(KeyedArchiver, RefusesWhatItCannotKeepAndSaysWhy) {
       {Set::setWithObjects({Array::array()}), "a member of a set"},
       {Value::valueWithBytes("\xFF", {}), "A type signature that is not UTF-8"},
       {Error::errorWithDomain("\xFF", 1), "An error's domain that is not UTF-8"},
+      {URL::fileURLWithPath(std::string_view("/a\0b", 4)), "a path with a NUL"},
   };
   for (const auto& [object, reason] : cases) {
     EXPECT_NE(reasonForRefusing(*object).find(reason), std::string::npos)
