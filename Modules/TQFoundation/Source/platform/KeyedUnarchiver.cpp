@@ -1,5 +1,7 @@
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <exception>
 #include <new>
@@ -457,7 +459,9 @@ Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> arch
     return Reader(*list).readRoot();
   } catch (const std::bad_alloc&) {
     throw;
-  } catch (const std::exception&) {
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled
+  } catch (...) {
     return nullptr;
   }
 }
