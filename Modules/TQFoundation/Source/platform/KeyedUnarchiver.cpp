@@ -80,7 +80,7 @@ class KeyedUnarchiver::Reader {
 
   std::optional<std::vector<UID>> uids(std::string_view key);
   Ref<Array> packedArray(const std::vector<UID>& uids);
-  Ref<detail::DictionaryKeys> distinct(const std::vector<UID>& uids);
+  Ref<detail::DictionaryKeys> distinct(const std::vector<UID>& uids, bool copied);
   Ref<String> text(std::string_view key);
 
   BinaryPropertyListReader list_;
@@ -336,12 +336,14 @@ Ref<Object> KeyedUnarchiver::Reader::makeMutableArray(Slot& slot) {
 
 /// Objects of which no two are equal. Containers are not taken: comparing those that come from
 /// outside can take for ever.
-Ref<detail::DictionaryKeys> KeyedUnarchiver::Reader::distinct(const std::vector<UID>& uids) {
+/// @param copied  for keys of dictionaries, which nobody may change
+Ref<detail::DictionaryKeys> KeyedUnarchiver::Reader::distinct(const std::vector<UID>& uids,
+                                                              bool copied) {
   Ref<detail::DictionaryKeys> keys = makeRef<detail::DictionaryKeys>();
   for (const UID uid : uids) {
     Ref<Object> key = resolve(uid, false);
     if (!key || isContainer(*key) || keys->find(*key)) return nullptr;
-    keys->append(std::move(key));
+    keys->append(copied ? key->copy() : std::move(key));
   }
   return keys;
 }
@@ -350,7 +352,7 @@ Ref<Object> KeyedUnarchiver::Reader::makeDictionary(Slot& slot, const Class& rec
   const auto keyUIDs = uids(kKeys);
   const auto valueUIDs = uids(kElements);
   if (!keyUIDs || !valueUIDs || keyUIDs->size() != valueUIDs->size()) return nullptr;
-  Ref<detail::DictionaryKeys> keys = distinct(*keyUIDs);
+  Ref<detail::DictionaryKeys> keys = distinct(*keyUIDs, true);
   if (!keys) return nullptr;
 
   if (&record == &classOf<MutableDictionary>) {
@@ -375,7 +377,7 @@ Ref<Object> KeyedUnarchiver::Reader::makeDictionary(Slot& slot, const Class& rec
 
 Ref<Object> KeyedUnarchiver::Reader::makeSet() {
   const auto members = uids(kElements);
-  const Ref<detail::DictionaryKeys> distinctMembers = members ? distinct(*members) : nullptr;
+  const Ref<detail::DictionaryKeys> distinctMembers = members ? distinct(*members, false) : nullptr;
   return distinctMembers ? Set::setWithObjects(distinctMembers->keys()) : nullptr;
 }
 

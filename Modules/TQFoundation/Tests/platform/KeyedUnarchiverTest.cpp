@@ -159,6 +159,18 @@ TEST(KeyedUnarchiver, ReadsArchivesWrittenElsewhere) {
   }
 }
 
+TEST(KeyedUnarchiver, KeysAreCopiedAndMembersOfSetsAreNot) {
+  ByHand dictionary = {"{NS.keys=[3] NS.objects=[3] $class=2}", "@NSDictionary",
+                       "{NS.data=<abc> $class=4}", "@NSMutableData"};
+  const auto read = refCast<Dictionary>(dictionary.read());
+  ASSERT_TRUE(read);
+  EXPECT_EQ(&read->keys()[0]->classForCoder(), &classOf<Data>);
+  EXPECT_EQ(&read->values()[0]->classForCoder(), &classOf<MutableData>);
+  ByHand set = {"{NS.objects=[3] $class=2}", "@NSSet", "{NS.data=<abc> $class=4}",
+                "@NSMutableData"};
+  EXPECT_EQ(&refCast<Set>(set.read())->allObjects()[0]->classForCoder(), &classOf<MutableData>);
+}
+
 TEST(KeyedUnarchiver, TellsArchivesByTheirHeader) {
   EXPECT_TRUE(ByHand({"'x'"}).read("NSKeyedArchiver", 100000));
   EXPECT_FALSE(ByHand({"'x'"}).read("NSArchiver", 100000));
