@@ -21,6 +21,7 @@ tq_room(platform
   JSONShape.cpp
   Keychain.cpp Keychain.h
   KeyedArchiver.cpp KeyedArchiver.h
+  KeyedRecords.cpp
   KeyedUnarchiver.cpp KeyedUnarchiver.h
   LZ4Codec.cpp
   LZMACodec.cpp
