@@ -350,13 +350,13 @@ std::optional<BinaryPropertyListReader::Node> BinaryPropertyListReader::nodeAgai
 std::optional<BinaryPropertyListReader::Node> BinaryPropertyListReader::node(
     std::uint64_t number) noexcept {
   const auto node = nodeAgain(number);
-  const std::size_t price = 1 + (node ? node->content.size() : 0);
-  if (price > readingsLeft_) {
-    readingsLeft_ = 0;
-    return std::nullopt;
-  }
-  readingsLeft_ -= price;
-  return node;
+  return pay(1 + (node ? node->content.size() : 0)) ? node : std::nullopt;
+}
+
+bool BinaryPropertyListReader::pay(std::size_t byteCount) noexcept {
+  const bool isEnough = byteCount <= readingsLeft_;
+  readingsLeft_ -= isEnough ? byteCount : readingsLeft_;
+  return isEnough;
 }
 
 std::uint64_t BinaryPropertyListReader::reference(const Node& container,

@@ -20,6 +20,30 @@ namespace tq {
 
 using namespace detail::keyed;  // NOLINT: the format's vocabulary
 
+namespace {
+
+/// Bytes of a key that are compared for the price of one that is read: comparing is that much
+/// faster, and a file may well use long keys over and over.
+constexpr std::size_t kComparedPerReading = 16;
+
+/// How many bytes of `key` are looked at when it is told from others.
+std::size_t comparedBytes(const Object& key) {
+  switch (key.kind()) {
+    case ObjectKind::string:
+      return static_cast<const String&>(key).view().size();
+    case ObjectKind::data:
+      return static_cast<const Data&>(key).length();
+    case ObjectKind::value:
+      return static_cast<const Value&>(key).bytes().size() +
+             static_cast<const Value&>(key).typeSignature().size();
+    default:
+      const auto* url = objectCast<URL>(&key);
+      return url != nullptr ? url->absoluteString().size() : 0;
+  }
+}
+
+}  // namespace
+
 Ref<Object> KeyedUnarchiver::Reader::makeString() {
   const auto node = member(kText);
   if (!node) return nullptr;
@@ -98,7 +122,10 @@ Ref<detail::DictionaryKeys> KeyedUnarchiver::Reader::distinct(const std::vector<
   Ref<detail::DictionaryKeys> keys = makeRef<detail::DictionaryKeys>();
   for (const UID uid : uids) {
     Ref<Object> key = resolve(uid, false);
-    if (!key || isContainer(*key) || keys->find(*key)) return nullptr;
+    if (!key || isContainer(*key)) return nullptr;
+    if (!list_.pay(comparedBytes(*key) / kComparedPerReading) || keys->find(*key)) return nullptr;
+    const auto* changing = copied ? objectCast<MutableData>(key.get()) : nullptr;
+    if (changing != nullptr && !list_.pay(changing->length())) return nullptr;
     keys->append(copied ? key->copy() : std::move(key));
   }
   return keys;
@@ -143,8 +170,11 @@ Ref<Object> KeyedUnarchiver::Reader::makeDate() {
   return Date::dateWithTimeIntervalSinceReferenceDate(seconds->number.doubleValue());
 }
 
+/// A text that the object being read takes over or takes apart: paid for each time that the file
+/// refers to it.
 Ref<String> KeyedUnarchiver::Reader::text(std::string_view key) {
-  return refCast<String>(object(member(key)));
+  Ref<String> text = refCast<String>(object(member(key)));
+  return text && list_.pay(text->view().size()) ? text : nullptr;
 }
 
 Ref<Object> KeyedUnarchiver::Reader::makeValue() {
@@ -207,6 +237,7 @@ Ref<Object> KeyedUnarchiver::Reader::makeURL() {
   const Ref<URL> baseURL = refCast<URL>(base);
   const Ref<String> relative = text(kURLText);
   if (!relative || (base && !baseURL)) return nullptr;
+  if (baseURL && !list_.pay(baseURL->absoluteString().size())) return nullptr;
   return URL::URLWithString(relative->view(), baseURL.get());
 }
 

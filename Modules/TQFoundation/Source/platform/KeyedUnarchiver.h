@@ -24,7 +24,8 @@ namespace tq {
 /// - everything they say is checked against their length; objects nest at most
 ///   KeyedArchiver::kMaximumDepth deep;
 /// - each byte is looked at kMostReadings times at the most, however the file shares its parts, and
-///   takes at most some 200 bytes of memory (host objects aside);
+///   takes at most some 200 bytes of memory (host objects aside); comparing 16 bytes of a key or of
+///   a member of a set counts as looking at one;
 /// - a reference back to an object that is still being read is answered by decodeWeakObjectForKey()
 ///   alone, so that no cycle of strong references can come out of a file;
 /// - once the archive has turned out to be bad, or an object's reading has thrown, every key is

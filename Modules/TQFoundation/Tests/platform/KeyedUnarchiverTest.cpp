@@ -217,7 +217,7 @@ TEST(KeyedUnarchiver, RefusesRecordsThatMakeNoSense) {
   }
 }
 
-TEST(KeyedUnarchiver, NestsToItsLimitAndSharedPartsOfAFileMakeNoBombs) {
+TEST(KeyedUnarchiver, NestsToItsLimit) {
   // Object 2 is the class, so the first array leads to 3, and so on. Each is twice in the one above
   // it: 2^512 leaves, shared in memory as in the file.
   for (const int depth : {512, 513}) {
@@ -229,13 +229,45 @@ TEST(KeyedUnarchiver, NestsToItsLimitAndSharedPartsOfAFileMakeNoBombs) {
     archive.add("'x'");
     EXPECT_EQ(archive.read() != nullptr, depth == 512) << depth;
   }
+}
+
+/// A thousand objects that are one record in the file, whose class is 3; 4 is `text`, 5 a URL of
+/// that text and 7 a short one.
+Ref<Object> readThousandOf(const std::string& record, const std::string& className,
+                           const std::string& text) {
   std::string references;
-  for (int i = 4; i < 1000; ++i) references += std::to_string(i) + ",";
-  ByHand data = {"{NS.objects=[" + references + "] $class=3}", "@NSMutableData", "@NSArray"};
-  const auto shared = data.node("{NS.data=<" + std::string(100'000, 'x') + "> $class=2}");
-  for (int i = 4; i < 1000; ++i) data.add(shared);
-  EXPECT_FALSE(data.read());
-  EXPECT_LT(data.bytes->length(), 120'000u);
+  for (int i = 8; i < 1008; ++i) references += std::to_string(i) + ",";
+  ByHand archive = {"{NS.objects=[" + references + "] $class=2}",
+                    "@NSArray",
+                    "@" + className,
+                    "'" + text + "'",
+                    "{NS.base=0 NS.relative=4 $class=6}",
+                    "@NSURL",
+                    "'y'"};
+  const auto shared = archive.node(record);
+  for (int i = 0; i < 1000; ++i) archive.add(shared);
+  return archive.read();
+}
+
+TEST(KeyedUnarchiver, PaysForWhatTheRecordsOfAFileShareEachTime) {
+  const std::string large = "file:///" + std::string(100'000, 'x');
+  const struct {
+    const char* className;
+    std::string record;
+  } cases[] = {
+      {"NSMutableData", "{NS.data=<" + large + "> $class=3}"},
+      {"NSError", "{NSDomain=4 NSCode=#1 $class=3}"},
+      {"NSValue", "{TQ.type=4 TQ.bytes=<ab> $class=3}"},
+      {"NSValue", "{NS.special=#1 NS.pointval=4 $class=3}"},
+      {"NSURL", "{NS.base=5 NS.relative=7 $class=3}"},
+      {"NSDictionary", "{NS.keys=[4] NS.objects=[4] $class=3}"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_FALSE(readThousandOf(c.record, c.className, large)) << c.record.substr(0, 50);
+  }
+  // Keys as long as paths are nothing out of the common.
+  EXPECT_TRUE(readThousandOf("{NS.keys=[4] NS.objects=[4] $class=3}", "NSDictionary",
+                             std::string(500, 'x')));
 }
 
 std::vector<std::string> sampleArchives() {

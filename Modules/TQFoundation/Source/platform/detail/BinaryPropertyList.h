@@ -83,6 +83,10 @@ class BinaryPropertyListReader {
   /// The same once more, at no price.
   [[nodiscard]] std::optional<Node> nodeAgain(std::uint64_t number) const noexcept;
 
+  /// Pays for what is done with a node found before: as if so many bytes were looked at. False once
+  /// the list has been gone over as often as was agreed.
+  [[nodiscard]] bool pay(std::size_t byteCount) noexcept;
+
   /// The number of the object that a container refers to at `index`: an array has `value` of them,
   /// a dictionary that many keys and then that many values.
   [[nodiscard]] std::uint64_t reference(const Node& container, std::uint64_t index) const noexcept;
