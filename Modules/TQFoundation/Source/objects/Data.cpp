@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <new>
 #include <utility>
 
 #include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 namespace {
@@ -75,7 +75,7 @@ bool Data::isEqual(const Object& other) const {
   return other.kind() == ObjectKind::data && view() == static_cast<const Data&>(other).view();
 }
 
-std::size_t Data::hash() const { return std::hash<std::string_view>{}(view()); }
+std::size_t Data::hash() const { return detail::hashOfBytes(view()); }
 
 std::string Data::description() const {
   constexpr std::size_t kShown = 24;

@@ -1,10 +1,10 @@
 #include <TQFoundation/objects/Error.h>
 
 #include <cstring>
-#include <functional>
 #include <utility>
 
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 namespace {
@@ -58,7 +58,8 @@ bool Error::isEqual(const Object& other) const {
 }
 
 std::size_t Error::hash() const {
-  return std::hash<std::string>{}(domain_) ^ std::hash<std::int64_t>{}(code_);
+  return detail::hashJoined(detail::hashOfBytes(domain_),
+                            detail::hashOfWord(static_cast<std::uint64_t>(code_)));
 }
 
 std::string Error::description() const {

@@ -9,6 +9,7 @@ tq_room(objects
   Error.cpp Error.h
   Exception.cpp Exception.h
   GeometryText.cpp GeometryText.h
+  Hash.cpp
   Null.cpp Null.h
   Number.cpp Number.h
   Object.cpp Object.h

@@ -1,9 +1,9 @@
 #include <TQFoundation/objects/Number.h>
 
 #include <cmath>
-#include <functional>
 
 #include <TQFoundation/base/NumberText.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 
@@ -20,9 +20,7 @@ bool NumberValue::isEqual(NumberValue other) const noexcept {
 }
 
 std::size_t NumberValue::hash() const noexcept {
-  const double value = doubleValue();  // what numbers of different kinds are compared by
-  if (std::isnan(value)) return 0x7FF8;
-  return std::hash<double>{}(value);  // +0 and -0 hash alike
+  return detail::hashOfDouble(doubleValue());  // what numbers of different kinds are compared by
 }
 
 std::string NumberValue::text() const {

@@ -4,11 +4,10 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
-#include <random>
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/detail/TextWords.h>
+#include <TQFoundation/objects/detail/Hash.h>
 #include <TQFoundation/objects/detail/UTF.h>
 
 namespace tq {
@@ -103,38 +102,7 @@ std::string String::description() const {
   return text;
 }
 
-namespace {
-
-/// What hashes depend on, drawn once a process: keys that come from outside cannot be made to
-/// collide by who does not know it.
-std::uint64_t hashSecret() noexcept {
-  static const std::uint64_t secret = [] {
-    std::random_device random;
-    return std::uint64_t{random()} << 32 | random() | 1;
-  }();
-  return secret;
-}
-
-__extension__ using Wide = unsigned __int128;
-
-/// Both halves of the product, folded into one.
-std::uint64_t folded(std::uint64_t a, std::uint64_t b) noexcept {
-  const Wide product = static_cast<Wide>(a) * b;
-  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
-}
-
-}  // namespace
-
-std::size_t String::hashOf(std::string_view text) noexcept {
-  const std::uint64_t secret = hashSecret();
-  std::uint64_t hash = secret ^ (text.size() * 0x9E3779B97F4A7C15u);
-  const auto take = [&](std::uint64_t word) { hash = folded(hash ^ word, secret) + word; };
-  for (; text.size() > 8; text.remove_prefix(8)) {
-    take(detail::loadedWord<std::uint64_t>(text.data()));
-  }
-  if (!text.empty()) take(detail::packedWord(text));
-  return folded(hash, 0x9E3779B97F4A7C15u);
-}
+std::size_t String::hashOf(std::string_view text) noexcept { return detail::hashOfBytes(text); }
 
 namespace {
 

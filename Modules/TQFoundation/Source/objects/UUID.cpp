@@ -1,7 +1,8 @@
 #include <TQFoundation/objects/UUID.h>
 
 #include <charconv>
-#include <functional>
+
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 namespace {
@@ -47,7 +48,7 @@ bool UUID::isEqual(const Object& other) const {
 
 std::size_t UUID::hash() const {
   const std::string_view content(reinterpret_cast<const char*>(bytes_.data()), bytes_.size());
-  return std::hash<std::string_view>{}(content);
+  return detail::hashOfBytes(content);
 }
 
 }  // namespace tq

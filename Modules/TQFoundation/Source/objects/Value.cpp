@@ -1,9 +1,9 @@
 #include <TQFoundation/objects/Value.h>
 
 #include <cstring>
-#include <functional>
 
 #include <TQFoundation/objects/GeometryText.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 
@@ -33,7 +33,7 @@ bool Value::isEqual(const Object& other) const {
 
 std::size_t Value::hash() const {
   const std::string_view content(reinterpret_cast<const char*>(bytes_.data()), bytes_.size());
-  return std::hash<std::string_view>{}(content) ^ std::hash<std::string>{}(type_);
+  return detail::hashJoined(detail::hashOfBytes(type_), detail::hashOfBytes(content));
 }
 
 std::string Value::description() const {

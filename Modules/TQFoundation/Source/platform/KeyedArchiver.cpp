@@ -16,6 +16,7 @@
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
+#include <TQFoundation/objects/detail/Hash.h>
 #include <TQFoundation/objects/detail/UTF.h>
 #include <TQFoundation/platform/URL.h>
 #include <TQFoundation/platform/detail/BinaryPropertyList.h>
@@ -37,6 +38,11 @@ void requireUTF8(std::string_view text, std::string_view what) {
     refuse(std::string(what) + " that is not UTF-8 cannot be archived.");
   }
 }
+
+/// Numbers come from documents, which may choose them with care.
+struct HashOfBits {
+  std::size_t operator()(std::uint64_t bits) const noexcept { return detail::hashOfWord(bits); }
+};
 
 bool isFinite(Point point) noexcept { return std::isfinite(point.x) && std::isfinite(point.y); }
 bool isFinite(Size size) noexcept {
@@ -103,8 +109,8 @@ class KeyedArchiver::Writer {
   std::vector<Node> objects_;  // by UID
   std::vector<Node> uids_;     // the node that names a UID, by UID; kUnset until there is one
   std::unordered_map<const Object*, Known> known_;
-  std::unordered_map<std::uint64_t, UID>
-      numbers_[5];  // bits to UID, by what the format tells apart
+  // Bits to UID, by what the format tells apart.
+  std::unordered_map<std::uint64_t, UID, HashOfBits> numbers_[5];
   std::unordered_map<const Class*, UID> classes_;
   std::unordered_map<std::string, Node> keys_;
   Record* record_ = nullptr;  // of the object being written

@@ -1,10 +1,11 @@
 #include <TQFoundation/platform/URL.h>
 
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <system_error>
 #include <utility>
+
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 namespace {
@@ -145,6 +146,6 @@ bool URL::isEqual(const Object& other) const {
   return url != nullptr && path_ == url->path_ && foreign_ == url->foreign_;
 }
 
-std::size_t URL::hash() const { return std::hash<std::string>{}(isFileURL() ? path_ : foreign_); }
+std::size_t URL::hash() const { return detail::hashOfBytes(isFileURL() ? path_ : foreign_); }
 
 }  // namespace tq

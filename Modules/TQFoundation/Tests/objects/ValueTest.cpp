@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
+#include <span>
+#include <string>
 
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>
@@ -31,6 +34,27 @@ TEST(Value, GivesTheStructureBackForItsSignatureAlone) {
   EXPECT_EQ(Value::valueWithRect({1, 2, 3, 0.1})->description(),
             "{{1, 2}, {3, 0.10000000000000001}}");
   EXPECT_EQ(Value::valueWith("{X=c}", 'x')->description(), "<{X=c}, 1 bytes>");
+}
+
+TEST(Hash, CannotBeForeseenOutsideTheProcess) {
+  const std::hash<std::string_view> plain;
+  const std::string zeros(16, '\0');
+  const std::pair<Ref<Object>, std::size_t> cases[] = {
+      {Number::numberWith(1.5), std::hash<double>{}(1.5)},
+      {Date::dateWithTimeIntervalSinceReferenceDate(1.5), std::hash<double>{}(1.5)},
+      {String::of("ab"), plain("ab")},
+      {Data::dataWithBytes("ab"), plain("ab")},
+      {UUID::UUIDWithBytes({}), plain(zeros)},
+      {Value::valueWithBytes("a", {}), plain("a") ^ plain("")},
+      {Error::errorWithDomain("ab", 1), plain("ab") ^ 1},
+  };
+  for (const auto& [object, foreseen] : cases) {
+    EXPECT_NE(object->hash(), foreseen) << object->description();
+  }
+  // A signature does not make up for the bytes.
+  const std::string_view text = "ab";
+  EXPECT_NE(Value::valueWithBytes(text, std::as_bytes(std::span(text)))->hash(),
+            Value::valueWithBytes("", {})->hash());
 }
 
 TEST(GeometryText, ReadsTheNumbersWhateverStandsBetweenThem) {

@@ -1,0 +1,54 @@
+#include <TQFoundation/objects/detail/Hash.h>
+
+#include <bit>
+#include <cmath>
+#include <random>
+
+#include <TQFoundation/objects/detail/TextWords.h>
+
+namespace tq::detail {
+namespace {
+
+/// Drawn once a process.
+std::uint64_t secret() noexcept {
+  static const std::uint64_t drawn = [] {
+    std::random_device random;
+    return std::uint64_t{random()} << 32 | random() | 1;
+  }();
+  return drawn;
+}
+
+constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15u;
+
+__extension__ using Wide = unsigned __int128;
+
+/// Both halves of the product, folded into one.
+std::uint64_t folded(std::uint64_t a, std::uint64_t b) noexcept {
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+}  // namespace
+
+std::size_t hashOfBytes(std::string_view bytes) noexcept {
+  const std::uint64_t key = secret();
+  std::uint64_t hash = key ^ (bytes.size() * kGolden);
+  const auto take = [&](std::uint64_t word) { hash = folded(hash ^ word, key) + word; };
+  for (; bytes.size() > 8; bytes.remove_prefix(8)) {
+    take(loadedWord<std::uint64_t>(bytes.data()));
+  }
+  if (!bytes.empty()) take(packedWord(bytes));
+  return folded(hash, kGolden);
+}
+
+std::size_t hashOfWord(std::uint64_t word) noexcept {
+  const std::uint64_t key = secret();
+  return folded(folded(word ^ key, key) + word, kGolden);
+}
+
+std::size_t hashOfDouble(double value) noexcept {
+  if (std::isnan(value)) return hashOfWord(0x7FF8);
+  return hashOfWord(std::bit_cast<std::uint64_t>(value + 0.0));  // -0 + 0 is 0
+}
+
+}  // namespace tq::detail
