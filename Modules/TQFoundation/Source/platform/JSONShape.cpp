@@ -16,8 +16,8 @@ std::uint64_t digest(std::string_view key) noexcept {
 }
 
 /// What tells shapes apart well enough; a shape found by it is compared in full.
-std::size_t hashOf(std::span<const std::string_view> keys) noexcept {
-  std::size_t hash = keys.size();
+std::size_t hashOf(std::span<const std::string_view> keys, std::size_t seed) noexcept {
+  std::size_t hash = seed ^ keys.size();
   for (const std::string_view key : keys) {
     hash = (hash ^ digest(key) ^ key.size()) * 0x9E3779B97F4A7C15u;
     hash ^= hash >> 29;
@@ -60,7 +60,7 @@ std::optional<std::size_t> JSONShape::find(std::string_view key, std::size_t& hi
 }
 
 Ref<JSONShape> JSONShapes::shapeOf(std::span<const std::string_view> keys) {
-  const std::size_t hash = hashOf(keys);
+  const std::size_t hash = hashOf(keys, seed_);
   const auto found = shapes_.find(hash);
   if (found != shapes_.end() && found->second->isOf(keys)) return found->second;
 

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <ctime>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace tq::detail {
 namespace {
@@ -69,6 +73,39 @@ TEST(JSONShape, HoldsOnToABoundedNumber) {
   EXPECT_FALSE(shapes.shapeOf(wide) == shape);
   std::size_t hint = 0;
   EXPECT_EQ(shape->find("k777", hint), 777u);
+}
+
+/// Texts of 8 characters whose std::hash is a multiple of `factor`: libstdc++'s function backwards.
+std::vector<std::string> textsThatCollide(std::size_t count, std::uint64_t factor) {
+  constexpr std::uint64_t kFactor = 0xC6A4A7935BD1E995;
+  constexpr std::uint64_t kInverse = 0x5F7A0EA7E59B19BD;
+  constexpr std::uint64_t kStart = 0xC70F6907 ^ (8 * kFactor);
+  static_assert(kFactor * kInverse == 1);
+  const auto unmixed = [](std::uint64_t x) { return (x ^ (x >> 47)) * kInverse; };
+  std::vector<std::string> texts;
+  for (std::uint64_t i = 1; texts.size() < count; ++i) {
+    const std::uint64_t hash = i * 0x9E3779B97F4A7C15u % (~std::uint64_t{0} / factor) * factor;
+    const std::uint64_t bits = unmixed((unmixed(unmixed(hash)) ^ kStart) * kInverse);
+    if ((bits & 0x8080'8080'8080'8080) == 0) {
+      texts.emplace_back(reinterpret_cast<const char*>(&bits), 8);
+      EXPECT_EQ(std::hash<std::string>{}(texts.back()), hash);
+    }
+  }
+  return texts;
+}
+
+TEST(JSONShape, KeysCannotBeMadeToCollide) {
+  const auto secondsFor = [](const std::vector<std::string>& texts) {
+    const std::clock_t start = std::clock();
+    JSONShapes shapes;
+    EXPECT_EQ(shapes.shapeOf(Keys(texts.begin(), texts.end()))->count(), texts.size());
+    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+  };
+  std::vector<std::string> plain;
+  for (int i = 0; i < 30'000; ++i) plain.push_back(std::to_string(10'000'000 + i));
+  // 20753 is the number of buckets that the table of keys grows to.
+  const double crafted = secondsFor(textsThatCollide(plain.size(), 20'753));
+  EXPECT_LT(crafted, 0.1 + 10 * secondsFor(plain));
 }
 
 }  // namespace

@@ -61,10 +61,16 @@ class JSONShapes {
   static constexpr std::size_t kMostKeys = 16384;
   static constexpr std::size_t kWidest = 64;
 
+  /// By a secret, for texts choose their keys. Not noexcept, so that the table keeps the hashes.
+  struct HashOfKey {
+    std::size_t operator()(std::string_view text) const { return String::hashOf(text); }
+  };
+
   [[nodiscard]] Ref<String> keyOf(std::string_view text);
 
-  std::unordered_map<std::size_t, Ref<JSONShape>> shapes_;  // by the hash of their keys
-  std::unordered_map<std::string_view, Ref<String>> keys_;  // by the string's own text
+  const std::size_t seed_ = String::hashOf({});
+  std::unordered_map<std::size_t, Ref<JSONShape>> shapes_;             // by the hash of their keys
+  std::unordered_map<std::string_view, Ref<String>, HashOfKey> keys_;  // by the string's own text
 };
 
 }  // namespace tq::detail
