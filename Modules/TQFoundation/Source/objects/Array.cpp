@@ -7,6 +7,7 @@
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/detail/Describe.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 // A fixed array keeps its contents behind its own header:
 //   objects:            count × Ref<Object>
@@ -137,10 +138,15 @@ bool Array::isEqual(const Object& other) const {
                     [](const Object& a, const Object& b) { return a.isEqual(b); });
 }
 
-/// By count and the first element, as far as a packed array tells it without boxing.
+/// By count and three elements, as far as a packed array tells them without boxing.
 std::size_t Array::hash() const {
   if (count_ == 0) return 0;
-  return count_ * 31 + (isPacked() ? numberAtIndex(0).hash() : elements()[0]->hash());
+  std::size_t hash = count_;
+  for (const std::size_t i : {std::size_t{0}, count_ / 2, count_ - 1}) {
+    hash = detail::hashJoined(
+        hash, isPacked() ? numberAtIndex(i).hash() : detail::hashOfElement(*elements()[i]));
+  }
+  return hash;
 }
 
 std::string Array::description() const {

@@ -114,6 +114,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
 
   /// Same count, and each element equal to its counterpart; packed, boxed or mutable alike.
   [[nodiscard]] bool isEqual(const Object& other) const override;
+  /// Of the count and the first, middle and last element. Cost: theirs.
   [[nodiscard]] std::size_t hash() const override;
   /// "(a, b)" of the elements' descriptions, 32 levels deep at the most.
   [[nodiscard]] std::string description() const override;

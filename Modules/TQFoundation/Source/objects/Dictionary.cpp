@@ -8,6 +8,7 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/detail/Describe.h>
 #include <TQFoundation/objects/detail/DictionaryKeys.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 
@@ -81,6 +82,16 @@ bool Dictionary::isEqual(const Object& other) const {
     if (counterpart == nullptr || !entry.value.isEqual(*counterpart)) return false;
   }
   return true;
+}
+
+/// A sum, for equal dictionaries may have their entries in any order.
+std::size_t Dictionary::hash() const {
+  std::size_t hash = count();
+  for (const Entry entry : *this) {
+    hash += detail::hashOfWord(
+        detail::hashJoined(detail::hashOfElement(entry.key), detail::hashOfElement(entry.value)));
+  }
+  return hash;
 }
 
 std::string Dictionary::description() const {

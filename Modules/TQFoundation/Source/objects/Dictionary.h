@@ -96,7 +96,8 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
 
   /// Same keys with equal values, in any order, fixed or mutable.
   [[nodiscard]] bool isEqual(const Object& other) const override;
-  [[nodiscard]] std::size_t hash() const override { return count(); }
+  /// Of all entries, of containers among them the count alone. Cost: linear.
+  [[nodiscard]] std::size_t hash() const override;
   /// "{key = value; …}", 32 levels deep at the most.
   [[nodiscard]] std::string description() const override;
 

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <random>
 
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/detail/TextWords.h>
 
 namespace tq::detail {
@@ -49,6 +52,20 @@ std::size_t hashOfWord(std::uint64_t word) noexcept {
 std::size_t hashOfDouble(double value) noexcept {
   if (std::isnan(value)) return hashOfWord(0x7FF8);
   return hashOfWord(std::bit_cast<std::uint64_t>(value + 0.0));  // -0 + 0 is 0
+}
+
+std::size_t hashOfElement(const Object& element) {
+  const auto ofContainer = [&](std::size_t count) {
+    return hashJoined(static_cast<std::size_t>(element.kind()), hashOfWord(count));
+  };
+  if (element.kind() == ObjectKind::array) {
+    return ofContainer(static_cast<const Array&>(element).count());
+  }
+  if (element.kind() == ObjectKind::dictionary) {
+    return ofContainer(static_cast<const Dictionary&>(element).count());
+  }
+  const auto* set = objectCast<Set>(&element);
+  return set != nullptr ? ofContainer(set->count()) : element.hash();
 }
 
 }  // namespace tq::detail

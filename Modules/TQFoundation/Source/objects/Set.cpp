@@ -6,6 +6,7 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/detail/Describe.h>
 #include <TQFoundation/objects/detail/DictionaryKeys.h>
+#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 
@@ -46,6 +47,13 @@ bool Set::isEqual(const Object& other) const {
   const auto* set = objectCast<Set>(&other);
   return set != nullptr && count() == set->count() &&
          std::all_of(begin(), end(), [set](const Object& o) { return set->containsObject(o); });
+}
+
+/// A sum, for equal sets may have their members in any order.
+std::size_t Set::hash() const {
+  std::size_t hash = count();
+  for (const Object& object : *this) hash += detail::hashOfElement(object);
+  return hash;
 }
 
 std::string Set::description() const {

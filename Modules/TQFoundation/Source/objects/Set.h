@@ -55,7 +55,8 @@ class TQ_EXPORT Set final : public Subclass<Set> {
 
   /// Same members, in any order.
   [[nodiscard]] bool isEqual(const Object& other) const override;
-  [[nodiscard]] std::size_t hash() const override { return count(); }
+  /// Of all members, of containers among them the count alone. Cost: linear.
+  [[nodiscard]] std::size_t hash() const override;
   /// "{(a, b)}", 32 levels deep at the most.
   [[nodiscard]] std::string description() const override;
 

@@ -6,13 +6,18 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <unordered_set>
+#include <vector>
 
+#include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/GeometryText.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/UUID.h>
 
@@ -55,6 +60,30 @@ TEST(Hash, CannotBeForeseenOutsideTheProcess) {
   const std::string_view text = "ab";
   EXPECT_NE(Value::valueWithBytes(text, std::as_bytes(std::span(text)))->hash(),
             Value::valueWithBytes("", {})->hash());
+}
+
+TEST(Hash, TellsRecordsApartAndNoOrderOfTheirMembers) {
+  const auto number = [](int value) -> Ref<Object> { return Number::numberWith(value); };
+  const auto record = [&](int a, int b) -> Ref<Object> {
+    return Dictionary::dictionaryWithEntries({{"a", number(a)}, {"b", number(b)}});
+  };
+  std::unordered_set<std::size_t> hashes;
+  for (int i = 1; i < 1000; ++i) {
+    for (const Ref<Object>& object :
+         {record(0, i), record(i, 0), Ref<Object>(Set::setWithObjects({number(-1), number(i)})),
+          Ref<Object>(Array::arrayWithObjects({String::of("first"), number(i)})),
+          Ref<Object>(Array::arrayWithNumbers(std::vector<double>{0, double(i), 0}))}) {
+      EXPECT_TRUE(hashes.insert(object->hash()).second) << object->description();
+    }
+  }
+  EXPECT_EQ(Dictionary::dictionaryWithEntries({{"b", number(2)}, {"a", number(1)}})->hash(),
+            record(1, 2)->hash());
+  EXPECT_EQ(Set::setWithObjects({number(1), number(2)})->hash(),
+            Set::setWithObjects({Number::numberWith(2.0), Number::numberWith(true)})->hash());
+
+  Ref<Object> nest = record(1, 2);
+  for (int depth = 0; depth < 200'000; ++depth) nest = Array::arrayWithObjects({nest});
+  EXPECT_EQ(nest->hash(), Array::arrayWithObjects({Array::arrayWithObjects({nest})})->hash());
 }
 
 TEST(GeometryText, ReadsTheNumbersWhateverStandsBetweenThem) {

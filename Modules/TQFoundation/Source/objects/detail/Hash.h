@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include <TQFoundation/objects/Object.h>
+
 namespace tq::detail {
 
 [[nodiscard]] std::size_t hashOfBytes(std::string_view bytes) noexcept;
@@ -21,5 +23,9 @@ namespace tq::detail {
 [[nodiscard]] inline std::size_t hashJoined(std::size_t hash, std::size_t next) noexcept {
   return hashOfWord(hash) + next;
 }
+
+/// What an object gives to the hash of the container that holds it: its own hash, or of a container
+/// its kind and count alone, so that no hash goes deep.
+[[nodiscard]] std::size_t hashOfElement(const Object& element);
 
 }  // namespace tq::detail
