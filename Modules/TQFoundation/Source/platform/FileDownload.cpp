@@ -63,6 +63,13 @@ std::string_view validatorOf(const URLResponse& response) {
   return now.empty() || changed == now ? std::string_view() : changed;
 }
 
+/// Whether the answer calls its version by another name than `validator`, one of validatorOf().
+bool isOfAnotherVersion(const URLResponse& response, std::string_view validator) {
+  const bool isTag = validator.starts_with('"');
+  const std::string_view name = response.valueForHTTPHeaderField(isTag ? "ETag" : "Last-Modified");
+  return !name.empty() && name != validator;
+}
+
 /// What a download decides itself.
 bool isOurs(const std::pair<std::string, std::string>& header) {
   constexpr std::string_view kOurs[] = {"Range", "If-Range", "Accept-Encoding"};
@@ -139,16 +146,20 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     constexpr int kWhole = 200;
     constexpr int kPart = 206;
     constexpr int kNoSuchPart = 416;
-    const auto range = contentRange(response.valueForHTTPHeaderField("Content-Range"));
+    const std::string_view field = response.valueForHTTPHeaderField("Content-Range");
+    const auto range = contentRange(field);
+    const bool isOther = isOfAnotherVersion(response, partial_->validator());
     if (response.statusCode == kWhole) {
       expected = response.expectedContentLength;
       if (!keep(partial_->beginAnew(isGet(request_) ? validatorOf(response) : ""))) return false;
-    } else if (response.statusCode == kPart && asked_ > 0 && range && range->first == asked_) {
+    } else if (response.statusCode == kPart && !isOther && asked_ > 0 && range &&
+               range->first == asked_) {
       expected = range->total;
-    } else if (response.statusCode == kNoSuchPart && asked_ > 0) {
-      // All of this version has come before, or the server knows it no longer.
-      const std::string_view field = response.valueForHTTPHeaderField("Content-Range");
-      isWhole_ = unsatisfiedLength(field) == asked_;
+    } else if (asked_ > 0 &&
+               (response.statusCode == kNoSuchPart || (response.statusCode == kPart && isOther))) {
+      // All of this version has come before, or the server knows it no longer. One that does not
+      // look at If-Range sends a part of another version.
+      isWhole_ = !isOther && unsatisfiedLength(field) == asked_;
       beginsAnew_ = !isWhole_ && keep(partial_->beginAnew({}));
       return false;
     } else {

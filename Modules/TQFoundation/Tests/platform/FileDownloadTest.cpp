@@ -36,7 +36,7 @@ std::string headerOf(const LoopbackServer::Request& request, const std::string& 
 
 /// A body that a server has, and how it serves it.
 struct Served {
-  enum class Ranges { known, ignored, refused, others };
+  enum class Ranges { known, ignored, refused, others, unconditional };
   enum class Names { tag, weakTag, change, changeJustNow, none };  // of versions
 
   std::size_t length = 3'000'000;
@@ -53,7 +53,7 @@ void Served::answer(const Socket& socket, const LoopbackServer::Request& request
   const std::string now = "Mon, 02 Nov 2026 10:00:00 GMT";
   std::string name = '"' + std::string(1, version) + '"';
   if (names == Names::weakTag) name = "W/" + name;
-  if (names == Names::change) name = "Mon, 02 Nov 2026 09:00:00 GMT";
+  if (names == Names::change) name = std::string("Mon, 02 Nov 2026 0") + version + ":00:00 GMT";
   if (names == Names::changeJustNow) name = now;
   std::string headers = "Connection: close\r\nDate: " + now + "\r\n";
   if (names != Names::none) {
@@ -64,11 +64,13 @@ void Served::answer(const Socket& socket, const LoopbackServer::Request& request
     socket.send(LoopbackServer::page("416 Range Not Satisfiable", "too far"));
     return;
   }
-  if (!range.empty() && headerOf(request, "If-Range") == name && ranges != Ranges::ignored) {
+  const bool isSame = headerOf(request, "If-Range") == name || ranges == Ranges::unconditional;
+  if (!range.empty() && isSame && ranges != Ranges::ignored) {
     from = std::stoul(range.substr(range.find('=') + 1));
     if (from == length) {
-      socket.send(LoopbackServer::page("416 Range Not Satisfiable", "",
-                                       "Content-Range: bytes */" + std::to_string(from) + "\r\n"));
+      socket.send(LoopbackServer::page(
+          "416 Range Not Satisfiable", "",
+          headers + "Content-Range: bytes */" + std::to_string(from) + "\r\n"));
       return;
     }
     const std::size_t told = ranges == Ranges::others ? from / 2 : from;
@@ -191,17 +193,26 @@ TEST_F(FileDownloadTest, WhatHasComeIsNotAskedForAgain) {
 }
 
 TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
-  for (const Ranges each : {Ranges::known, Ranges::ignored, Ranges::refused}) {
-    cutsAfter = 1'000'000;
-    version = 'a';
-    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
-    cutsAfter = length;
-    version = 'b';
-    ranges = each;
-    EXPECT_EQ(download().code, 0);
-    EXPECT_TRUE(holds('b'));
-    EXPECT_EQ(entries(), 1);
+  for (const Ranges each :
+       {Ranges::known, Ranges::ignored, Ranges::refused, Ranges::unconditional}) {
+    for (const std::size_t lengthThen : {3'000'000u, 1'000'000u}) {
+      for (const Names by : {Names::tag, Names::change}) {
+        names = by;
+        length = 3'000'000;
+        cutsAfter = 1'000'000;
+        version = 'a';
+        EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+        length = cutsAfter = lengthThen;
+        version = 'b';
+        ranges = each;
+        EXPECT_EQ(download().code, 0);
+        EXPECT_TRUE(holds('b'));
+        EXPECT_EQ(entries(), 1);
+      }
+    }
   }
+  names = Names::tag;
+  length = 3'000'000;
   // When the note is lost or another's there is nothing to go on from.
   ranges = Ranges::known;
   for (const std::string_view loss : {"no note", "longer than the bytes"}) {
