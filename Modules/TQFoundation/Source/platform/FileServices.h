@@ -17,8 +17,9 @@ namespace tq {
 
 /// Makes `bytes` the content of the file, new or there already: they are written to a file beside
 /// it, brought to the disk, and put in its place in one step. Whoever opens the file, even after a
-/// power cut, finds the old content or the new one, whole. Permissions are kept, and a symbolic
-/// link stays one: the file that it leads to is replaced. Any thread.
+/// power cut, finds the old content or the new one, whole. Permissions are kept,
+/// also while it is written, and a symbolic link stays one: the file that it leads to is replaced.
+/// Any thread.
 ///
 /// @return false, with an error of CocoaErrorDomain (as FileHandle's), when something failed; the
 ///         old content stands then, unless only the folder's entry could not be brought to the disk

@@ -10,11 +10,8 @@
 #include <charconv>
 #include <utility>
 
-#include <TQFoundation/objects/Data.h>
 #include <TQFoundation/platform/Base64.h>
 #include <TQFoundation/platform/Digest.h>
-#include <TQFoundation/platform/FileReading.h>
-#include <TQFoundation/platform/FileServices.h>
 #include <TQFoundation/platform/detail/FileError.h>
 #include <TQFoundation/platform/detail/SafeFile.h>
 
@@ -22,6 +19,7 @@ namespace tq::detail {
 namespace {
 
 constexpr std::int64_t kNoteEvery = std::int64_t{16} << 20;  // bytes that a power cut may cost
+constexpr std::size_t kLongestNote = std::size_t{1} << 17;   // a header line is shorter
 constexpr std::string_view kHeading = "partial download 1";
 
 /// The text up to the line's end, which is taken off `rest`.
@@ -35,6 +33,17 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+/// Empty when there is none that is ours: a link, for one, leads to another's file.
+std::string textOfNote(const std::string& path) {
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) return {};
+  std::string text(kLongestNote, '\0');
+  const ssize_t count = ::read(descriptor, text.data(), text.size());
+  ::close(descriptor);
+  text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+  return text;
+}
+
 std::string digestOf(std::string_view source) {
   const auto digest = sha1Digest(std::as_bytes(std::span(source)));
   return digest ? base64FromBytes(*digest) : std::string();
@@ -46,7 +55,7 @@ PartialFile::PartialFile(const URL& file, std::string_view source)
     : file_(URL::fileURLWithPath(file.path())),
       place_(resolvedPath(file.path())),
       path_(place_ + ".download"),
-      note_(URL::fileURLWithPath(path_ + "-note")),
+      note_(path_ + "-note"),
       source_(digestOf(source)) {}
 
 std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view source,
@@ -58,7 +67,7 @@ std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view
   std::unique_ptr<PartialFile> partial(new PartialFile(file, source));
   struct stat before {};
   int failure = lookAtPredecessor(partial->place_, before);
-  if (failure == 0) failure = partial->openLocked();
+  if (failure == 0) failure = partial->openLocked(before);
   if (failure == 0) failure = partial->readNote();
   if (failure == 0) return partial;
   setOutError(error, partial->failure(failure));
@@ -66,26 +75,31 @@ std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view
 }
 
 // Whoever holds the lock may put the file in its place: then the name leads to another file, or to
-// none, by the time that we get the lock.
-int PartialFile::openLocked() {
+// none, by the time that we get the lock. What takes the place of a private file is private from
+// its first byte on, and one to be gone on from can be written, whatever the file before permits.
+int PartialFile::openLocked(struct stat before) {
+  before.st_mode = (before.st_mode & 0777) | kOwnersOnly;
   for (;;) {
-    constexpr mode_t kByUmask = 0666;
-    descriptor_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kByUmask);
+    descriptor_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
+                         before.st_nlink != 0 ? kOwnersOnly : kByUmask);
     if (descriptor_ < 0) return errno;
     struct stat opened {};
     struct stat named {};
     int failure = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
     if (failure == 0 && ::fstat(descriptor_, &opened) != 0) failure = errno;
     if (failure == 0 && !S_ISREG(opened.st_mode)) failure = EINVAL;
-    if (failure == 0 && ::lstat(path_.c_str(), &named) == 0 && isSameFile(opened, named)) return 0;
+    if (failure == 0 && ::lstat(path_.c_str(), &named) == 0 && isSameFile(opened, named)) {
+      failure = takeAfter(descriptor_, before);
+      if (failure == 0) return 0;
+    }
     ::close(std::exchange(descriptor_, -1));
     if (failure != 0) return failure;
   }
 }
 
 int PartialFile::readNote() {
-  const Ref<Data> note = dataWithContentsOfURL(*note_);
-  std::string_view rest = note != nullptr ? note->view() : std::string_view();
+  const std::string note = textOfNote(note_);
+  std::string_view rest = note;
   const bool isOurs = nextLine(rest) == kHeading && nextLine(rest) == source_ && !source_.empty();
   const std::string_view validator = nextLine(rest);
   const std::string_view digits = nextLine(rest);
@@ -107,28 +121,27 @@ int PartialFile::cut(std::int64_t length) {
   return 0;
 }
 
-bool PartialFile::writeNote(Ref<Error>* error) {
+int PartialFile::writeNote() {
   const std::string note = std::string(kHeading) + '\n' + source_ + '\n' + validator_ + '\n' +
                            std::to_string(length_) + '\n';
-  if (::fdatasync(descriptor_) != 0) {
-    setOutError(error, failure(errno));
-    return false;
-  }
-  if (!replaceFile(*note_, std::as_bytes(std::span(note)), error)) return false;
-  noted_ = length_;
-  return true;
+  struct stat ours {};
+  if (::fdatasync(descriptor_) != 0 || ::fstat(descriptor_, &ours) != 0) return errno;
+  const int failed = writeInPlace(note_, std::as_bytes(std::span(note)), ours);
+  if (failed == 0) noted_ = length_;
+  return failed;
 }
 
 Ref<Error> PartialFile::beginAnew(std::string_view validator) {
   validator_ = validator;
-  if (const int failed = cut(0); failed != 0) return failure(failed);
-  Ref<Error> error;
-  if (!validator_.empty()) return writeNote(&error) ? nullptr : error;
-  // An older note would claim the first bytes of this body for another one.
-  const int failed = ::unlink(note_->path().c_str()) == 0 ? bringFolderToDisk(folderOfPath(place_))
-                     : errno == ENOENT                    ? 0
-                                                          : errno;
+  int failed = cut(0);
+  if (failed == 0) failed = validator_.empty() ? removeNote() : writeNote();
   return failed != 0 ? failure(failed) : nullptr;
+}
+
+// An older note would claim the first bytes of this body for another one.
+int PartialFile::removeNote() {
+  if (::unlink(note_.c_str()) == 0) return bringFolderToDisk(folderOfPath(place_));
+  return errno == ENOENT ? 0 : errno;
 }
 
 Ref<Error> PartialFile::append(std::span<const std::byte> bytes) {
@@ -138,9 +151,9 @@ Ref<Error> PartialFile::append(std::span<const std::byte> bytes) {
     return failure(failed);
   }
   length_ += static_cast<std::int64_t>(bytes.size());
-  Ref<Error> error;
-  if (!validator_.empty() && length_ - noted_ >= kNoteEvery && !writeNote(&error)) return error;
-  return nullptr;
+  const bool isDue = !validator_.empty() && length_ - noted_ >= kNoteEvery;
+  const int failed = isDue ? writeNote() : 0;
+  return failed != 0 ? failure(failed) : nullptr;
 }
 
 Ref<Error> PartialFile::finish() {
@@ -149,7 +162,7 @@ Ref<Error> PartialFile::finish() {
   if (failed == 0) failed = takeAfter(descriptor_, before);
   if (failed == 0) failed = moveIntoPlace(descriptor_, path_, place_);
   if (failed != 0) return failure(failed);
-  ::unlink(note_->path().c_str());
+  ::unlink(note_.c_str());
   ::close(std::exchange(descriptor_, -1));
   failed = bringFolderToDisk(folderOfPath(place_));
   return failed != 0 ? failure(failed) : nullptr;
@@ -158,10 +171,10 @@ Ref<Error> PartialFile::finish() {
 PartialFile::~PartialFile() {
   if (descriptor_ < 0) return;
   if (validator_.empty() || length_ == 0) {
-    ::unlink(note_->path().c_str());
+    ::unlink(note_.c_str());
     ::unlink(path_.c_str());
   } else if (noted_ != length_) {
-    [[maybe_unused]] const bool ignored = writeNote(nullptr);  // the older note stands then
+    [[maybe_unused]] const int ignored = writeNote();  // the older note stands then
   }
   ::close(descriptor_);
 }

@@ -9,8 +9,48 @@
 #include <memory>
 
 #include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/Random.h>
 
 namespace tq::detail {
+namespace {
+
+constexpr int kMostTries = 10'000;  // names taken by others
+
+/// A new file in the same folder, which goes again unless it takes the other's place.
+class Successor {
+ public:
+  Successor(const std::string& path, mode_t mode) {
+    for (int tries = 0; tries < kMostTries; ++tries) {
+      path_ = folderOfPath(path) + ".tq-" + std::to_string(uniformRandom(~std::uint32_t{0}));
+      descriptor_ = makeFile(path_, mode);
+      if (descriptor_ >= 0 || errno != EEXIST) break;
+    }
+  }
+  ~Successor() {
+    if (descriptor_ < 0) return;
+    ::close(descriptor_);
+    if (!path_.empty()) ::unlink(path_.c_str());
+  }
+  Successor(const Successor&) = delete;
+  Successor& operator=(const Successor&) = delete;
+
+  [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  /// Answers 0 or the system's error number.
+  int take(const std::string& place) {
+    const int failure = moveIntoPlace(descriptor_, path_, place);
+    if (failure == 0) path_.clear();
+    return failure;
+  }
+
+ private:
+  std::string path_;
+  int descriptor_ = -1;
+};
+
+}  // namespace
 
 bool hasPath(const URL& url) {
   return !url.path().empty() && url.path().find('\0') == std::string::npos;
@@ -24,6 +64,10 @@ std::string resolvedPath(const std::string& path) {
 std::string folderOfPath(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+int makeFile(const std::string& path, mode_t mode) {
+  return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
 }
 
 int writeAll(int descriptor, std::span<const std::byte> bytes) {
@@ -52,6 +96,16 @@ int takeAfter(int descriptor, const struct stat& before) {
 
 int moveIntoPlace(int descriptor, const std::string& from, const std::string& to) {
   return ::fsync(descriptor) == 0 && ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+int writeInPlace(const std::string& path, std::span<const std::byte> bytes,
+                 const struct stat& before) {
+  Successor successor(path, before.st_nlink != 0 ? kOwnersOnly : kByUmask);
+  if (!successor.isOpen()) return errno;
+  int failure = writeAll(successor.descriptor(), bytes);
+  if (failure == 0) failure = takeAfter(successor.descriptor(), before);
+  if (failure == 0) failure = successor.take(path);
+  return failure == 0 ? bringFolderToDisk(folderOfPath(path)) : failure;
 }
 
 int bringFolderToDisk(const std::string& folder) {

@@ -153,6 +153,9 @@ struct FileDownloadTest : testing::Test, Served {
   [[nodiscard]] bool holds(char expected) const {
     return directory.read("plan.svg") == bodyOf(length, expected);
   }
+  [[nodiscard]] fs::perms permissionsOf(std::string_view name) const {
+    return fs::status(directory.path(name)).permissions();
+  }
   [[nodiscard]] std::ptrdiff_t entries() const {
     return std::distance(fs::directory_iterator(directory.path("")), {});
   }
@@ -161,14 +164,19 @@ using FileDownloadFault = FileDownloadTest;
 
 TEST_F(FileDownloadTest, WholeBodiesTakeTheFilesPlace) {
   directory.write("plan.svg", "old");
-  fs::permissions(directory.path("plan.svg"), fs::perms(0640));
+  directory.write("plan.svg.download", "planted");  // readable by all
+  fs::permissions(directory.path("plan.svg"), fs::perms(0440));
+  watch = [&](std::int64_t) {
+    EXPECT_EQ(permissionsOf("plan.svg.download"), fs::perms(0640));
+    EXPECT_EQ(permissionsOf("plan.svg.download-note"), fs::perms(0640));
+  };
   const Outcome outcome = download();
   EXPECT_EQ(outcome.code, 0);
   EXPECT_EQ(outcome.first, 0);
   EXPECT_EQ(outcome.last, static_cast<std::int64_t>(length));
   EXPECT_EQ(outcome.expected, static_cast<std::int64_t>(length));
   EXPECT_TRUE(holds('a'));
-  EXPECT_EQ(fs::status(directory.path("plan.svg")).permissions(), fs::perms(0640));
+  EXPECT_EQ(permissionsOf("plan.svg"), fs::perms(0440));
   EXPECT_EQ(entries(), 1);  // nothing else is left
   EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
 }
@@ -215,14 +223,20 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
   length = 3'000'000;
   // When the note is lost or another's there is nothing to go on from.
   ranges = Ranges::known;
-  for (const std::string_view loss : {"no note", "longer than the bytes"}) {
+  for (const std::string_view loss : {"no note", "longer than the bytes", "a link"}) {
     takeAsked();
     cutsAfter = 1'000'000;
     EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
     if (loss == "no note") fs::remove(directory.path("plan.svg.download-note"));
     if (loss == "longer than the bytes") fs::resize_file(directory.path("plan.svg.download"), 10);
+    if (loss == "a link") {
+      fs::rename(directory.path("plan.svg.download-note"), directory.path("precious"));
+      fs::create_symlink("precious", directory.path("plan.svg.download-note"));
+    }
+    const std::string precious = directory.read("precious");
     cutsAfter = length;
     EXPECT_EQ(download().code, 0) << loss;
+    EXPECT_EQ(directory.read("precious"), precious) << "another's file";
     EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", ""})) << loss;
     EXPECT_TRUE(holds('b'));
   }

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/FileHandle.h>
 
 namespace tq {
 namespace {
@@ -41,7 +42,14 @@ TEST_F(FileServices, ReplaceKeepsPermissionsAndLinks) {
   ::chmod(directory.path("new").c_str(), 0640);
   fs::create_symlink("new", directory.path("link"));
   const std::string large(300'000, 'x');
+  const WriteHook system = setWriteHook([](int file, std::span<const std::byte> bytes) noexcept {
+    struct stat status {};
+    EXPECT_EQ(::fstat(file, &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u) << "new content that others may read already";
+    return WriteResult{::write(file, bytes.data(), bytes.size()), errno};
+  });
   EXPECT_TRUE(replaceFile(*url("link"), bytesOf(large), &error));
+  setWriteHook(system);
   EXPECT_TRUE(directory.read("new") == large);
   EXPECT_TRUE(fs::is_symlink(directory.path("link")));
   EXPECT_EQ(fs::status(directory.path("new")).permissions(), fs::perms(0640));

@@ -3,6 +3,8 @@
 /// @file PartialFile.h
 /// A file that is on its way, in a shape that another process can go on from.
 
+#include <sys/stat.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -46,16 +48,17 @@ class PartialFile {
  private:
   PartialFile(const URL& file, std::string_view source);
 
-  [[nodiscard]] int openLocked();
+  [[nodiscard]] int openLocked(struct stat before);
   [[nodiscard]] int readNote();
   [[nodiscard]] int cut(std::int64_t length);
-  [[nodiscard]] bool writeNote(Ref<Error>* error);
+  [[nodiscard]] int writeNote();
+  [[nodiscard]] int removeNote();
   [[nodiscard]] Ref<Error> failure(int errorNumber) const;
 
   const Ref<URL> file_;
   const std::string place_;  // what the file's links lead to
   const std::string path_;
-  const Ref<URL> note_;
+  const std::string note_;
   const std::string source_;  // its digest; empty where the system forbids that: never recognised
   std::string validator_;
   std::int64_t length_ = 0;
