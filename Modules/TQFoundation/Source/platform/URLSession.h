@@ -153,7 +153,8 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 ///
 /// Follows redirects (within HTTP and HTTPS; a POST that is redirected by 301, 302 or 303 becomes a
 /// GET; credentials of one host are not told to another), takes any content coding that the network
-/// library knows, and refuses servers whose certificate is not in order.
+/// library knows, and refuses servers whose certificate is not in order. Headers and trailers of
+/// more than 300 000 bytes, those of redirects among them, fail with URLErrorBadServerResponse.
 ///
 /// Threads:  any.
 /// Lifetime: tasks under way keep the session alive; its thread ends some time after the last

@@ -88,6 +88,9 @@ std::chrono::nanoseconds durationOf(double seconds) noexcept {
       static_cast<std::int64_t>(std::clamp(seconds, 0.0, kLongest) * 1e9));
 }
 
+/// Of all answers to a task, with their trailers: the network library keeps them all.
+constexpr std::size_t kMostHeaderBytes = 300'000;
+
 bool isHeaderName(std::string_view name) noexcept {
   return !name.empty() && std::ranges::all_of(name, [](char c) {
     return c > ' ' && c < 0x7f &&
@@ -252,6 +255,11 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
                                   void* self) noexcept {
   auto& transfer = *static_cast<URLTransfer*>(self);
   transfer.touch();
+  transfer.headerBytes_ += size * count;
+  if (transfer.headerBytes_ > kMostHeaderBytes) {
+    transfer.ownError_ = URLErrorBadServerResponse;
+    return 0;
+  }
   if (transfer.isResponseTold_) return size * count;  // trailers
   const std::string_view line = trimmed({bytes, size * count});
   if (!line.empty()) {
@@ -264,7 +272,8 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
 }
 
 void URLTransfer::headerLine(std::string_view line) {
-  if (line.starts_with("HTTP/")) {  // the next answer, behind a redirect or a "continue"
+  if (isBetweenAnswers_ && line.starts_with("HTTP/")) {
+    isBetweenAnswers_ = false;
     response_.allHeaderFields.clear();
     response_.statusCode = 0;
     const std::string_view code = trimmed(line.substr(std::min(line.find(' '), line.size())));
@@ -277,6 +286,7 @@ void URLTransfer::headerLine(std::string_view line) {
 }
 
 bool URLTransfer::headersEnded() {
+  isBetweenAnswers_ = true;  // another one follows a redirect or a "continue"
   const int code = response_.statusCode;
   const bool isRedirect = code >= 300 && code < 400 && holds(response_.allHeaderFields, "Location");
   return code < 200 || isRedirect || tellResponse();

@@ -105,6 +105,15 @@ class URLSessionTest : public testing::Test {
        }},
       {"/cut", says(headOf(100) + "half")},
       {"/cutchunk", says("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n9\r\nhalf")},
+      {"/trailers",
+       [](const Socket& s, const Request&) {
+         s.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n");
+         for (int i = 0; i < 50'000 && s.send("X-" + std::string(98, 'x') + ": 1\r\n"); ++i) {
+         }
+         s.send("\r\n");
+       }},
+      {"/twoheads", says("HTTP/1.1 100 Continue\r\n\r\n" +
+                         LoopbackServer::page("404 Not Found", "", "HTTP/1.1 200: no\r\n"))},
       {"/gone", says("")},
       {"/garbage", says("what is this?\r\n\r\n")},
       {"/silent", waitsAfter("")},
@@ -131,6 +140,7 @@ TEST_F(URLSessionTest, AnswersWithWhatTheServerSaid) {
   EXPECT_EQ(missing.code(), 0) << "the server did answer";
   EXPECT_EQ(missing.response.statusCode, 404);
   EXPECT_EQ(missing.body(), "nothing here");
+  EXPECT_EQ(fetch("/twoheads").response.statusCode, 404) << "a header that looks like an answer";
   const Outcome chunked = fetch("/chunked");
   EXPECT_EQ(chunked.body(), "abcde");
   EXPECT_EQ(chunked.response.expectedContentLength, -1);
@@ -191,6 +201,7 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodes) {
       {server.url("/cut"), URLErrorNetworkConnectionLost},
       {server.url("/cutchunk"), URLErrorNetworkConnectionLost},
       {server.url("/gone"), URLErrorNetworkConnectionLost},
+      {server.url("/trailers"), URLErrorBadServerResponse},
       {"http://127.0.0.1:" + std::to_string(closedPort) + "/", URLErrorCannotConnectToHost},
       {"ftp://127.0.0.1/", URLErrorUnsupportedURL},
       {"file:///etc/passwd", URLErrorUnsupportedURL},

@@ -64,6 +64,8 @@ class URLTransfer {
   std::chrono::nanoseconds idleLimit_{};
   std::chrono::nanoseconds totalLimit_{};
   URLResponse response_;
+  std::size_t headerBytes_ = 0;  // and those of trailers, of all answers
+  bool isBetweenAnswers_ = true;
   bool isResponseTold_ = false;
   std::optional<std::int64_t> ownError_;  // why one of our callbacks ended it
 };
