@@ -55,12 +55,15 @@ struct URLSessionConfiguration {
   /// The values below.
   [[nodiscard]] static URLSessionConfiguration defaultSessionConfiguration() { return {}; }
 
-  double timeoutIntervalForRequest = 60;       ///< seconds without any data, also to connect
-  double timeoutIntervalForResource = 604800;  ///< seconds for the whole of a task
-  int HTTPMaximumConnectionsPerHost = 6;       ///< most connections to one server at a time
-  int HTTPMaximumRedirects = 20;         ///< more of them fail with URLErrorHTTPTooManyRedirects
-  bool HTTPShouldUsePipelining = false;  ///< of no effect: the protocol decides
-  bool HTTPShouldSetCookies = true;      ///< cookies are kept in memory while the session lives
+  /// Seconds without any data, also to connect; not while the task waits for others to let it have
+  /// a connection, nor while a callback runs. 0 or less, or not a number: no limit.
+  double timeoutIntervalForRequest = 60;
+  /// Seconds for the whole of a task; 0 or less, or not a number: no limit.
+  double timeoutIntervalForResource = 604800;
+  int HTTPMaximumConnectionsPerHost = 6;  ///< most connections to one server at a time
+  int HTTPMaximumRedirects = 20;          ///< more of them fail with URLErrorHTTPTooManyRedirects
+  bool HTTPShouldUsePipelining = false;   ///< of no effect: the protocol decides
+  bool HTTPShouldSetCookies = true;       ///< cookies are kept in memory while the session lives
   /// `never` takes no cookies; the other two are alike.
   HTTPCookieAcceptPolicy cookieAcceptPolicy = HTTPCookieAcceptPolicy::onlyFromMainDocumentDomain;
   /// Of no effect: a session keeps no answers.
@@ -79,8 +82,10 @@ struct URLRequest {
   std::string HTTPMethod = "GET";
   /// Added to the session's, and win over them.
   HTTPHeaders HTTPHeaderFields;
-  Ref<Data> HTTPBody;          ///< sent with POST, PUT and the like; may be none
-  double timeoutInterval = 0;  ///< seconds without any data; 0: the session's
+  Ref<Data> HTTPBody;  ///< sent with POST, PUT and the like; may be none
+  /// Seconds without any data, as timeoutIntervalForRequest; 0 or less, or not a number: the
+  /// session's.
+  double timeoutInterval = 0;
 };
 
 /// What a server says before the body. Threads: any; immutable.

@@ -16,8 +16,6 @@
 namespace tq {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 void prepareLibrary() {
   static const bool isPrepared = [] {
     // Sessions may be alive when the process exits: what they use must not be torn down then.
@@ -99,10 +97,12 @@ void URLSession::Engine::run() noexcept {
     }
     for (Ref<URLSessionDataTask>& task : submitted) begin(std::move(task));
     submitted.clear();
+    // What came while a slow callback ran was not late: it is taken before the time is looked at.
+    const Clock::time_point now = Clock::now();
     int running = 0;
     curl_multi_perform(library_->multi, &running);
     finishEnded();
-    finishCancelledAndLate();
+    finishCancelledAndLate(now);
     curl_multi_poll(library_->multi, nullptr, 0, pollTimeout(), nullptr);
   }
   delete this;
@@ -133,8 +133,7 @@ void URLSession::Engine::finishEnded() {
   }
 }
 
-void URLSession::Engine::finishCancelledAndLate() {
-  const Clock::time_point now = Clock::now();
+void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
   const auto goesOn = [&](const std::unique_ptr<URLTransfer>& each) {
     return !each->isCancelled() && each->deadline() > now;
   };

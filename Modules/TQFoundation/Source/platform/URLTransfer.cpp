@@ -84,8 +84,8 @@ std::string_view sentenceOf(std::int64_t code) noexcept {
 
 std::chrono::nanoseconds durationOf(double seconds) noexcept {
   constexpr double kLongest = 4e9;  // seconds; added to a time it does not overflow
-  return std::chrono::nanoseconds(
-      static_cast<std::int64_t>(std::clamp(seconds, 0.0, kLongest) * 1e9));
+  const bool isLimit = seconds > 0 && seconds < kLongest;  // what is not a number is none
+  return std::chrono::nanoseconds(static_cast<std::int64_t>((isLimit ? seconds : kLongest) * 1e9));
 }
 
 /// Of all answers to a task, with their trailers: the network library keeps them all.
@@ -180,6 +180,14 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
   curl.set(CURLOPT_XFERINFOFUNCTION, onProgress);
   curl.set(CURLOPT_XFERINFODATA, this);
   curl.set(CURLOPT_NOPROGRESS, 0L);
+  // One of these is the first thing that happens once the task need not wait for another's end: its
+  // host is looked for, or else a connection is made, or else one that stands is its own.
+  curl.set(CURLOPT_RESOLVER_START_FUNCTION, onResolving);
+  curl.set(CURLOPT_RESOLVER_START_DATA, this);
+  curl.set(CURLOPT_SOCKOPTFUNCTION, onSocket);
+  curl.set(CURLOPT_SOCKOPTDATA, this);
+  curl.set(CURLOPT_PREREQFUNCTION, onConnected);
+  curl.set(CURLOPT_PREREQDATA, this);
   if (!configuration.certificateAuthorities.empty()) {
     curl.set(CURLOPT_CAINFO, configuration.certificateAuthorities.c_str());
     curl.set(CURLOPT_CAPATH, static_cast<char*>(nullptr));
@@ -248,7 +256,27 @@ bool URLTransfer::isCancelled() const noexcept {
 }
 
 URLTransfer::Time URLTransfer::deadline() const noexcept {
-  return std::min(lastActivity_ + idleLimit_, begin_ + totalLimit_);
+  const Time last = begin_ + totalLimit_;
+  return isUnderWay_ ? std::min(lastActivity_ + idleLimit_, last) : last;
+}
+
+void URLTransfer::getUnderWay() noexcept {
+  if (!std::exchange(isUnderWay_, true)) touch();
+}
+
+int URLTransfer::onResolving(void*, void*, void* self) noexcept {
+  static_cast<URLTransfer*>(self)->getUnderWay();
+  return 0;
+}
+
+int URLTransfer::onSocket(void* self, int, int) noexcept {
+  static_cast<URLTransfer*>(self)->getUnderWay();
+  return CURL_SOCKOPT_OK;
+}
+
+int URLTransfer::onConnected(void* self, char*, char*, int, int) noexcept {
+  static_cast<URLTransfer*>(self)->getUnderWay();
+  return CURL_PREREQFUNC_OK;
 }
 
 std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,

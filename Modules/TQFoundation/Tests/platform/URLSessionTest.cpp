@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <future>
 #include <string>
@@ -265,6 +266,33 @@ TEST_F(URLSessionTest, TimesOutWhenNothingComesOrAllOfItTakesTooLong) {
   configuration.timeoutIntervalForResource = 0.3;
   configureAgain();
   EXPECT_EQ(fetch("/drip").code(), URLErrorTimedOut);
+}
+
+TEST_F(URLSessionTest, WaitsOfOurOwnDoNotTimeOut) {
+  configuration.HTTPMaximumConnectionsPerHost = 2;
+  configuration.timeoutIntervalForRequest = 1.5;
+  configureAgain();
+  std::promise<std::int64_t> ended[3];
+  std::vector<Ref<URLSessionDataTask>> tasks;
+  for (std::promise<std::int64_t>& each : ended) {  // the third waits for the second's connection
+    const bool isSlow = &each == &ended[1];
+    URLSessionTaskHandler handler;
+    handler.didReceiveData = [=](URLSessionDataTask&, std::span<const std::byte>) {
+      if (isSlow) std::this_thread::sleep_for(2s);  // while the first gets its pieces
+      return true;
+    };
+    handler.didComplete = [&](URLSessionDataTask&, const URLResponse&, const Ref<Error>& error) {
+      each.set_value(error == nullptr ? 0 : error->code());
+    };
+    tasks.push_back(session->dataTaskWithRequest(requestFor(server.url(isSlow ? "/" : "/drip")),
+                                                 std::move(handler)));
+    tasks.back()->resume();
+  }
+  for (auto& each : ended) EXPECT_EQ(each.get_future().get(), 0);
+  configuration.timeoutIntervalForRequest = std::nan("");
+  configuration.timeoutIntervalForResource = 0;
+  configureAgain();
+  EXPECT_EQ(fetch("/").body(), "hello") << "no limits";
 }
 
 TEST_F(URLSessionTest, PiecesArriveInOrderAndProgressIsTold) {

@@ -3,6 +3,7 @@
 /// @file URLSessionEngine.h
 /// The thread behind a URL session.
 
+#include <chrono>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -37,11 +38,13 @@ class URLSession::Engine {
 
  private:
   struct Library;
+  using Clock = std::chrono::steady_clock;
 
   void run() noexcept;
   void begin(Ref<URLSessionDataTask> task);
   void finishEnded();
-  void finishCancelledAndLate();
+  /// @param now  a time before what had come was last taken
+  void finishCancelledAndLate(Clock::time_point now);
   [[nodiscard]] int pollTimeout() const;
 
   const URLSessionConfiguration configuration_;

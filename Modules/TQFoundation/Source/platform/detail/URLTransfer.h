@@ -51,6 +51,13 @@ class URLTransfer {
   void complete(Ref<Error> error) noexcept;
   void touch() noexcept { lastActivity_ = std::chrono::steady_clock::now(); }
 
+  /// Begins the time without any data, the first time.
+  void getUnderWay() noexcept;
+
+  static int onResolving(void* resolver, void* reserved, void* self) noexcept;
+  static int onSocket(void* self, int socket, int purpose) noexcept;
+  static int onConnected(void* self, char* address, char* ownAddress, int port,
+                         int ownPort) noexcept;
   static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count,
                               void* self) noexcept;
   static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self) noexcept;
@@ -65,6 +72,7 @@ class URLTransfer {
   std::chrono::nanoseconds totalLimit_{};
   URLResponse response_;
   std::size_t headerBytes_ = 0;  // and those of trailers, of all answers
+  bool isUnderWay_ = false;      // not among those that wait for a connection
   bool isBetweenAnswers_ = true;
   bool isResponseTold_ = false;
   std::optional<std::int64_t> ownError_;  // why one of our callbacks ended it
