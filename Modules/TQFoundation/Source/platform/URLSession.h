@@ -156,10 +156,11 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 
 /// Tasks that share connections, cookies and a thread for their callbacks.
 ///
-/// Follows redirects (within HTTP and HTTPS; a POST that is redirected by 301, 302 or 303 becomes a
-/// GET; credentials of one host are not told to another), takes any content coding that the network
-/// library knows, and refuses servers whose certificate is not in order. Headers and trailers of
-/// more than 300 000 bytes, those of redirects among them, fail with URLErrorBadServerResponse.
+/// Follows redirects (within HTTP and HTTPS; a POST that is redirected by 301 or 302 becomes a GET,
+/// and so does all but a HEAD by 303; other methods stay as they are, with their body; credentials
+/// of one host are not told to another), takes any content coding that the network library knows,
+/// and refuses servers whose certificate is not in order. Headers and trailers of more than 300 000
+/// bytes, those of redirects among them, fail with URLErrorBadServerResponse.
 ///
 /// Threads:  any.
 /// Lifetime: tasks under way keep the session alive; its thread ends some time after the last

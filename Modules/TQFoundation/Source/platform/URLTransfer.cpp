@@ -151,6 +151,10 @@ URLTransfer::URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfigura
     return;
   }
   response_.url = request.url->absoluteString();
+  if (response_.url.find('\0') != std::string::npos) {  // it would cut the text
+    ownError_ = URLErrorBadURL;
+    return;
+  }
   library_->easy = curl_easy_init();
   if (library_->easy == nullptr) throw std::bad_alloc();
   prepare(configuration, cookies);
@@ -217,6 +221,7 @@ void URLTransfer::prepareMethod() {
     curl.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
     if (request.HTTPMethod != "POST") {
       curl.set(CURLOPT_CUSTOMREQUEST, request.HTTPMethod.c_str());
+      curl.set(CURLOPT_POSTREDIR, CURL_REDIR_POST_301 | CURL_REDIR_POST_302);  // with its body
     }
   } else if (request.HTTPMethod != "GET") {
     curl.set(CURLOPT_CUSTOMREQUEST, request.HTTPMethod.c_str());
@@ -228,8 +233,9 @@ bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unle
     if (unlessIn != nullptr && holds(*unlessIn, name)) continue;
     // A line break would begin a header of somebody else's choice.
     if (!isHeaderName(name) || !isHeaderValue(value)) return false;
+    const std::string_view text = trimmed(value);
     std::string line = name;
-    value.empty() ? line.append(";") : line.append(": ").append(value);
+    text.empty() ? line.append(";") : line.append(": ").append(text);
     curl_slist* const longer = curl_slist_append(library_->headers, line.c_str());
     if (longer == nullptr) throw std::bad_alloc();
     library_->headers = longer;
@@ -317,6 +323,11 @@ bool URLTransfer::headersEnded() {
   isBetweenAnswers_ = true;  // another one follows a redirect or a "continue"
   const int code = response_.statusCode;
   const bool isRedirect = code >= 300 && code < 400 && holds(response_.allHeaderFields, "Location");
+  // "See other" asks for a GET, whatever the method was (RFC 9110, 15.4.4).
+  constexpr int kSeeOther = 303;
+  if (isRedirect && code == kSeeOther) {
+    library_->set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
+  }
   return code < 200 || isRedirect || tellResponse();
 }
 

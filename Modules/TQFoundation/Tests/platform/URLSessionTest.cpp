@@ -96,6 +96,7 @@ class URLSessionTest : public testing::Test {
       {"/chunked", says("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nConnection: close\r\n\r\n"
                         "3\r\nabc\r\n2\r\nde\r\n0\r\nX-Trailer: 1\r\n\r\n")},
       {"/there", says(LoopbackServer::page("302 Found", "moved", "Location: /echo\r\n"))},
+      {"/other", says(LoopbackServer::page("303 See Other", "", "Location: /echo\r\n"))},
       {"/round", says(LoopbackServer::page("302 Found", "moved", "Location: /round\r\n"))},
       {"/file", says(LoopbackServer::page("302 Found", "", "Location: file:///etc/passwd\r\n"))},
       {"/large",
@@ -152,9 +153,10 @@ TEST_F(URLSessionTest, SendsMethodsBodiesHeadersAndCookies) {
   const auto first = session;
   configureAgain();
   URLRequest request = requestFor(server.url("/head"));
-  request.HTTPHeaderFields = {{"x-both", "request"}, {"X-Empty", ""}};
+  request.HTTPHeaderFields = {{"x-both", "request"}, {"X-Empty", ""}, {"X-Blank", " \t"}};
   const std::string head = fetch(request).body();
-  for (const char* line : {"\r\nx-both: request\r\n", "\r\nX-Session: yes\r\n", "\r\nX-Empty:"}) {
+  for (const char* line :
+       {"\r\nx-both: request\r\n", "\r\nX-Session: yes\r\n", "\r\nX-Empty:", "\r\nX-Blank:"}) {
     EXPECT_NE(head.find(line), std::string::npos) << line << head;
   }
   EXPECT_EQ(head.find("X-Both"), std::string::npos);
@@ -184,10 +186,21 @@ TEST_F(URLSessionTest, FollowsRedirectsWithinReason) {
   const Outcome there = fetch("/there");
   EXPECT_EQ(there.body(), "GET  ");
   EXPECT_EQ(there.response.url, server.url("/echo"));
-  URLRequest post = requestFor(server.url("/there"));
-  post.HTTPMethod = "POST";
-  post.HTTPBody = Data::dataWithBytes("body");
-  EXPECT_EQ(fetch(post).body(), "GET  taste=sweet");
+  const struct {
+    const char *path, *method, *body, *answer;
+  } cases[] = {{"/there", "POST", "body", "GET  taste=sweet"},
+               {"/there", "PUT", "body", "PUT body taste=sweet"},
+               {"/there", "DELETE", nullptr, "DELETE  taste=sweet"},
+               {"/other", "POST", "body", "GET  taste=sweet"},
+               {"/other", "PUT", "body", "GET  taste=sweet"},
+               {"/other", "DELETE", nullptr, "GET  taste=sweet"},
+               {"/other", "HEAD", nullptr, ""}};
+  for (const auto& c : cases) {
+    URLRequest request = requestFor(server.url(c.path));
+    request.HTTPMethod = c.method;
+    if (c.body != nullptr) request.HTTPBody = Data::dataWithBytes(c.body);
+    EXPECT_EQ(fetch(request).body(), c.answer) << c.path << ' ' << c.method;
+  }
   EXPECT_EQ(fetch("/round").code(), URLErrorHTTPTooManyRedirects);
   EXPECT_EQ(fetch("/file").code(), URLErrorUnsupportedURL);
 }
@@ -207,6 +220,7 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodes) {
       {"ftp://127.0.0.1/", URLErrorUnsupportedURL},
       {"file:///etc/passwd", URLErrorUnsupportedURL},
       {"http://", URLErrorBadURL},
+      {server.url(std::string_view("/\0x", 3)), URLErrorBadURL},
   };
   for (const auto& c : cases) {
     const Outcome outcome = fetch(requestFor(c.url));
