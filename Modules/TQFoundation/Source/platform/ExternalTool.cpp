@@ -142,6 +142,7 @@ class Run {
   ~Run() {
     if (hasEnded_) return;
     ::kill(-child_, SIGKILL);
+    ::kill(child_, SIGKILL);  // it may have gone to another group
     while (::waitpid(child_, &status_, 0) < 0 && errno == EINTR) {
     }
   }
@@ -152,12 +153,13 @@ class Run {
   std::optional<Code> toTheEnd() {
     for (;;) {
       // The end first: what was written before it is then sure to be read below.
-      hasEnded_ = ::waitpid(child_, &status_, WNOHANG) != 0;
+      const pid_t ended = ::waitpid(child_, &status_, WNOHANG);
+      hasEnded_ = ended != 0;
       feed();
       for (Stream& stream : streams_) {
         if (!collect(stream)) return Code::tooMuchOutput;
       }
-      if (hasEnded_) return std::nullopt;
+      if (hasEnded_) return ended < 0 ? std::optional(Code::unknownEnd) : std::nullopt;
       if (deadline_ && Clock::now() >= *deadline_) return Code::timedOut;
       waitForNews();
     }
@@ -247,6 +249,12 @@ std::nullopt_t fail(Ref<Error>* error, const ExternalTool& tool, Code code,
   return std::nullopt;
 }
 
+const char* sentenceOf(Code fault) {
+  if (fault == Code::timedOut) return "did not end in time";
+  if (fault == Code::tooMuchOutput) return "wrote too much";
+  return "ended, but nobody knows how: the end was taken by another part of this program";
+}
+
 bool holdsNul(const ExternalTool& tool) {
   const auto hasNul = [](const std::string& text) { return text.find('\0') != std::string::npos; };
   return hasNul(tool.program) || hasNul(tool.workingFolder) ||
@@ -277,8 +285,7 @@ std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<
   Run run(tool, *std::move(input), *std::move(output), *std::move(errorOutput), child);
   const std::optional<Code> fault = run.toTheEnd();
   if (!fault) return run.result();
-  return fail(error, tool, *fault,
-              *fault == Code::timedOut ? "did not end in time" : "wrote too much");
+  return fail(error, tool, *fault, sentenceOf(*fault));
 }
 
 }  // namespace tq

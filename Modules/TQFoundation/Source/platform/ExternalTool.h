@@ -22,6 +22,7 @@ enum class ExternalToolErrorCode : std::int64_t {
   cannotStart = 1,    ///< no such program, not permitted, no process to be had
   timedOut = 2,       ///< killed after its time
   tooMuchOutput = 3,  ///< killed for writing more than it may
+  unknownEnd = 4,     ///< ended, but how cannot be learnt: somebody else has waited for it
 };
 
 /// A program to be run, what it is told, and what it may take.
@@ -53,8 +54,10 @@ struct ExternalToolResult {
 /// waits for its end. What others that it started write later is not waited for.
 ///
 /// The tool gets this process's environment, no other open files, and signals as they are by
-/// default; it leads a process group of its own, all of which is killed when its time is over.
-/// Blocks; any thread, several at a time. The host must not wait for children that are not its own.
+/// default; it leads a process group of its own. When its time is over it is killed, and with it
+/// all of that group; what it moved to other groups is not met. Blocks; any thread, several at a
+/// time. The host must not wait for children that are not its own, nor ignore SIGCHLD, which has
+/// the system do so: then each tool ends with unknownEnd.
 ///
 /// @return none, with an error, when it could not be run to its end; a tool that fails is a result
 [[nodiscard]] TQ_EXPORT std::optional<ExternalToolResult> runExternalTool(

@@ -69,6 +69,10 @@ TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
   placeless.workingFolder = "/nowhere";
   ExternalTool slow = shell("sleep 60 & sleep 60");
   slow.timeoutSeconds = 0.2;
+  ExternalTool moved;  // to the group of this process
+  moved.program = "perl";
+  moved.arguments = {"-e", "setpgrp(0, getpgrp(getppid())); sleep 60"};
+  moved.timeoutSeconds = 1;
   ExternalTool endless = shell("yes");
   endless.mostOutputBytes = 100'000;
   const struct {
@@ -82,15 +86,27 @@ TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
       {placeless, Code::cannotStart,
        "The tool “sh” could not be started: No such file or directory."},
       {slow, Code::timedOut, "The tool “sh” did not end in time."},
+      {moved, Code::timedOut, "The tool “perl” did not end in time."},
       {endless, Code::tooMuchOutput, "The tool “sh” wrote too much."},
   };
   for (const auto& c : cases) {
     Ref<Error> error;
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(runExternalTool(c.tool, &error));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->code(), static_cast<std::int64_t>(c.code));
     EXPECT_EQ(error->localizedDescription(), c.text);
   }
+}
+
+TEST(ExternalTool, AnEndThatOthersTookIsNoSuccess) {
+  const auto before = ::signal(SIGCHLD, SIG_IGN);
+  Ref<Error> error;
+  EXPECT_FALSE(runExternalTool(shell("exit 1"), &error));
+  ::signal(SIGCHLD, before);
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->code(), static_cast<std::int64_t>(Code::unknownEnd));
 }
 
 TEST(ExternalTool, ItsWholeGroupGoesWhenItsTimeIsOver) {
