@@ -40,8 +40,10 @@ bool replaceFile(const URL& url, std::span<const std::byte> bytes, Ref<Error>* e
 
 Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error) {
   if (!hasPath(wanted)) return fail(error, wanted, EINVAL), nullptr;
-  const std::string folder = folderOfPath(wanted.path());
-  const std::filesystem::path name(wanted.lastPathComponent());
+  const std::filesystem::path name(wanted.lastPathComponent());  // a "/" behind it aside
+  if (name == "/" || name == "." || name == "..") return fail(error, wanted, EINVAL), nullptr;
+  const std::string& whole = wanted.path();
+  const std::string folder = folderOfPath(whole.substr(0, whole.find_last_not_of('/')));
   for (int number = 1; number < kMostTries; ++number) {
     std::string path = folder;
     path += name.stem().string();

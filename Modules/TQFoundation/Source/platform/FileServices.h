@@ -26,8 +26,9 @@ namespace tq {
 [[nodiscard]] TQ_EXPORT bool replaceFile(const URL& url, std::span<const std::byte> bytes,
                                          Ref<Error>* error = nullptr);
 
-/// Makes an empty file of this name, or of the first free one after it: "Plan.svg", "Plan 2.svg".
-/// The file is made in the same step in which the name is found to be free. Any thread.
+/// Makes an empty file of this name (a "/" behind it aside; "." and ".." are none), or of the first
+/// free one after it: "Plan.svg", "Plan 2.svg". The file is made in the same step in which the name
+/// is found to be free. Any thread.
 /// @return its location; none, with an error, on failure
 [[nodiscard]] TQ_EXPORT Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error = nullptr);
 

@@ -87,6 +87,13 @@ TEST_F(FileServices, UniqueNamesCountBeforeTheEnding) {
   for (const char* name : expected) {
     EXPECT_EQ(makeUniqueFile(*url("Plan.svg"), &error)->path(), directory.path(name));
   }
+  const Ref<URL> slashed = makeUniqueFile(*url("Plan.svg//"), &error);
+  EXPECT_EQ(slashed ? slashed->path() : "(none)", directory.path("Plan 5.svg"));
+  for (const char* name : {".", "..", "./", "../"}) {
+    EXPECT_EQ(makeUniqueFile(*url(name), &error), nullptr) << name;
+    EXPECT_EQ(codeOf(error), 512);
+  }
+  EXPECT_EQ(makeUniqueFile(*URL::fileURLWithPath("//"), &error), nullptr);
   EXPECT_EQ(makeUniqueFile(*url(".hidden"))->path(), directory.path(".hidden"));
   EXPECT_EQ(makeUniqueFile(*url(".hidden"))->path(), directory.path(".hidden 2"));
   EXPECT_EQ(directory.read("Plan 3.svg"), "taken");
