@@ -1,5 +1,6 @@
 #include <TQFoundation/platform/URL.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -85,7 +86,29 @@ std::optional<std::string> pathOfFileURL(std::string_view rest) {
     if (!host.empty() && host != "localhost") return std::nullopt;
     rest = slash == std::string_view::npos ? std::string_view() : rest.substr(slash);
   }
-  return unescaped(rest);
+  return unescaped(rest.substr(0, rest.find_first_of("?#")));
+}
+
+/// The absolute URL `base` as far as it stands before `text`, a reference without a scheme, and
+/// `text` behind it.
+std::string joined(std::string_view base, std::string_view text) {
+  const auto textBehind = [&](std::size_t length, std::string_view between = {}) {
+    return std::string(base.substr(0, length)).append(between).append(text);
+  };
+  const auto find = [&](std::string_view any, std::size_t from) {
+    return std::min(base.find_first_of(any, from), base.size());
+  };
+  const std::size_t authority = schemeOf(base).size() + 1;
+  if (text.starts_with("//")) return textBehind(authority);
+  const bool hasHost = base.substr(authority).starts_with("//");
+  const std::size_t path = hasHost ? find("/?#", authority + 2) : authority;
+  if (text.starts_with('/')) return textBehind(path);
+  if (text.empty() || text.starts_with('#')) return textBehind(find("#", path));
+  const std::size_t query = find("?#", path);
+  if (text.starts_with('?')) return textBehind(query);
+  const std::size_t slash = base.substr(path, query - path).rfind('/');
+  if (slash != std::string_view::npos) return textBehind(path + slash + 1);
+  return textBehind(path, hasHost ? "/" : "");
 }
 
 }  // namespace
@@ -111,23 +134,7 @@ Ref<URL> URL::URLWithString(std::string_view text) {
 
 Ref<URL> URL::URLWithString(std::string_view text, const URL* relativeToURL) {
   if (relativeToURL == nullptr || !schemeOf(text).empty()) return URLWithString(text);
-  const URL& base = *relativeToURL;
-  std::string whole = base.absoluteString();
-  // The path of "scheme://host/path" begins at the third slash.
-  const std::size_t host = whole.find("://");
-  const std::size_t root =
-      host == std::string::npos ? std::string::npos : whole.find('/', host + 3);
-  if (text.starts_with('/')) {
-    if (root != std::string::npos) whole.resize(root);
-  } else {
-    const std::size_t slash = whole.rfind('/');
-    if (root == std::string::npos) {
-      whole += '/';
-    } else {
-      whole.resize(slash + 1);
-    }
-  }
-  return URLWithString(whole.append(text));
+  return URLWithString(joined(relativeToURL->absoluteString(), text));
 }
 
 std::string_view URL::lastPathComponent() const noexcept {

@@ -26,13 +26,15 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   /// nowhere.
   [[nodiscard]] static Ref<URL> fileURLWithPath(std::string_view path);
 
-  /// A plain path as above, a "file:" URL (its escapes decoded; no host, or "localhost"), or a URL
-  /// of another scheme, which is kept as it is and has no path.
+  /// A plain path as above, a "file:" URL (its escapes decoded; no host, or "localhost"; files have
+  /// no query and no fragment, which are left out), or a URL of another scheme, which is kept as it
+  /// is and has no path.
   /// @return none for a "file:" URL with a foreign host, a broken escape or an escaped NUL
   [[nodiscard]] static Ref<URL> URLWithString(std::string_view text);
 
-  /// `text` seen from `base`, as links are: a relative text replaces what follows the last "/" of
-  /// the base's path, escapes decoded. Without a base the same as above.
+  /// `text` seen from `base`, as links are (RFC 3986, 5.2): "c" replaces what follows the last "/"
+  /// of the base's path, "/c" the path, "//host/c" the host too; "?query", "#fragment" and "" keep
+  /// the path. Dots ("../c") are kept for whoever opens it. Without a base the same as above.
   [[nodiscard]] static Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL);
 
   /// True when it names a file or folder of this system.
