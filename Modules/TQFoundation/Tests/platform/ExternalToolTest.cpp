@@ -69,9 +69,7 @@ TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
   placeless.workingFolder = "/nowhere";
   ExternalTool slow = shell("sleep 60 & sleep 60");
   slow.timeoutSeconds = 0.2;
-  ExternalTool moved;  // to the group of this process
-  moved.program = "perl";
-  moved.arguments = {"-e", "setpgrp(0, getpgrp(getppid())); sleep 60"};
+  ExternalTool moved = shell("exec perl -e 'setpgrp(0, getpgrp(getppid())); sleep 60'");
   moved.timeoutSeconds = 1;
   ExternalTool endless = shell("yes");
   endless.mostOutputBytes = 100'000;
@@ -86,7 +84,7 @@ TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
       {placeless, Code::cannotStart,
        "The tool “sh” could not be started: No such file or directory."},
       {slow, Code::timedOut, "The tool “sh” did not end in time."},
-      {moved, Code::timedOut, "The tool “perl” did not end in time."},
+      {moved, Code::timedOut, "The tool “sh” did not end in time."},
       {endless, Code::tooMuchOutput, "The tool “sh” wrote too much."},
   };
   for (const auto& c : cases) {

@@ -203,24 +203,20 @@ TEST_F(FileDownloadTest, WhatHasComeIsNotAskedForAgain) {
 TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
   for (const Ranges each :
        {Ranges::known, Ranges::ignored, Ranges::refused, Ranges::unconditional}) {
-    for (const std::size_t lengthThen : {3'000'000u, 1'000'000u}) {
-      for (const Names by : {Names::tag, Names::change}) {
-        names = by;
-        length = 3'000'000;
-        cutsAfter = 1'000'000;
-        version = 'a';
-        EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
-        length = cutsAfter = lengthThen;
-        version = 'b';
-        ranges = each;
-        EXPECT_EQ(download().code, 0);
-        EXPECT_TRUE(holds('b'));
-        EXPECT_EQ(entries(), 1);
-      }
+    for (const std::size_t lengthThen : {1'000'000u, 3'000'000u}) {
+      names = lengthThen == 1'000'000 ? Names::change : Names::tag;
+      length = 3'000'000;
+      cutsAfter = 1'000'000;
+      version = 'a';
+      EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+      length = cutsAfter = lengthThen;
+      version = 'b';
+      ranges = each;
+      EXPECT_EQ(download().code, 0);
+      EXPECT_TRUE(holds('b'));
+      EXPECT_EQ(entries(), 1);
     }
   }
-  names = Names::tag;
-  length = 3'000'000;
   // When the note is lost or another's there is nothing to go on from.
   ranges = Ranges::known;
   for (const std::string_view loss : {"no note", "longer than the bytes", "a link"}) {

@@ -190,8 +190,6 @@ TEST_F(URLSessionTest, FollowsRedirectsWithinReason) {
     const char *path, *method, *body, *answer;
   } cases[] = {{"/there", "POST", "body", "GET  taste=sweet"},
                {"/there", "PUT", "body", "PUT body taste=sweet"},
-               {"/there", "DELETE", nullptr, "DELETE  taste=sweet"},
-               {"/other", "POST", "body", "GET  taste=sweet"},
                {"/other", "PUT", "body", "GET  taste=sweet"},
                {"/other", "DELETE", nullptr, "GET  taste=sweet"},
                {"/other", "HEAD", nullptr, ""}};
@@ -287,20 +285,17 @@ TEST_F(URLSessionTest, WaitsOfOurOwnDoNotTimeOut) {
   configuration.timeoutIntervalForRequest = 1.5;
   configureAgain();
   std::promise<std::int64_t> ended[3];
-  std::vector<Ref<URLSessionDataTask>> tasks;
-  for (std::promise<std::int64_t>& each : ended) {  // the third waits for the second's connection
-    const bool isSlow = &each == &ended[1];
+  for (std::promise<std::int64_t>& each : ended) {
+    const bool isSlow = &each == &ended[1];  // the third waits for its connection
     URLSessionTaskHandler handler;
-    handler.didReceiveData = [=](URLSessionDataTask&, std::span<const std::byte>) {
+    handler.didReceiveData = [=](auto&, auto) {
       if (isSlow) std::this_thread::sleep_for(2s);  // while the first gets its pieces
       return true;
     };
-    handler.didComplete = [&](URLSessionDataTask&, const URLResponse&, const Ref<Error>& error) {
+    handler.didComplete = [&](auto&, auto&, const Ref<Error>& error) {
       each.set_value(error == nullptr ? 0 : error->code());
     };
-    tasks.push_back(session->dataTaskWithRequest(requestFor(server.url(isSlow ? "/" : "/drip")),
-                                                 std::move(handler)));
-    tasks.back()->resume();
+    session->dataTaskWithRequest(requestFor(server.url(isSlow ? "/" : "/drip")), handler)->resume();
   }
   for (auto& each : ended) EXPECT_EQ(each.get_future().get(), 0);
   configuration.timeoutIntervalForRequest = std::nan("");
