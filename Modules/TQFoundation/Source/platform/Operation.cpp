@@ -64,8 +64,7 @@ bool Operation::isAsynchronous() const { return false; }
 
 // Both sides know of a dependency that has not finished: the shorter list is looked through.
 void Operation::addDependency(Operation& operation) {
-  const Ref<Operation> held = share(operation);
-  if (isDependentOn(held)) return;
+  if (isDependentOn(operation)) return;
   {
     const Locked guard(operation.lock_);
     if (!operation.hasNoticedFinish_) {
@@ -74,25 +73,25 @@ void Operation::addDependency(Operation& operation) {
     }
   }
   const Locked guard(lock_);
-  if (!hasNoticedFinish_) dependencies_.push_back(held);
+  if (!hasNoticedFinish_) dependencies_.push_back(share(operation));
 }
 
-bool Operation::isDependentOn(const Ref<Operation>& operation) const {
+bool Operation::isDependentOn(Operation& operation) const {
   std::size_t count = 0;
   {
     const Locked guard(lock_);
     count = dependencies_.size();
   }
   {
-    const Locked guard(operation->lock_);
-    const auto& dependents = operation->dependents_;
-    if (!operation->hasNoticedFinish_ && dependents.size() <= count) {
-      return std::ranges::any_of(
-          dependents, [this](const Weak<Operation>& each) { return each.observes(*this); });
+    const Locked guard(operation.lock_);
+    if (!operation.hasNoticedFinish_ && operation.dependents_.size() <= count) {
+      return std::ranges::any_of(operation.dependents_, [this](const Weak<Operation>& each) {
+        return each.observes(*this);
+      });
     }
   }
   const Locked guard(lock_);
-  return std::ranges::find(dependencies_, operation) != dependencies_.end();
+  return std::ranges::find(dependencies_, share(operation)) != dependencies_.end();
 }
 
 void Operation::removeDependency(Operation& operation) {

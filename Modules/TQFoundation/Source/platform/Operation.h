@@ -123,7 +123,7 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
 
   void notify(std::string_view key, Change change);
   void finish();
-  [[nodiscard]] bool isDependentOn(const Ref<Operation>& operation) const;
+  [[nodiscard]] bool isDependentOn(Operation& operation) const;
   void noticeReady();
   void noticeFinished();
   void dependencyFinished();
