@@ -17,6 +17,11 @@ namespace {
 constexpr std::size_t kNodeCost = 64;  // what the writer holds of a value while it writes, about
 constexpr std::size_t kReadingsPerByte = 16;  // lists of other writers share their parts
 
+// What making a container costs, in bytes read: it takes some 200 of memory, and as few as 3 of a
+// list, marker, offset and the reference to it. Those of a list that shares none are affordable.
+constexpr std::size_t kContainerPrice = 32;
+static_assert(kContainerPrice + 3 < 3 * kReadingsPerByte);
+
 /// Writes children before their parents. A graph that is no tree is written as the tree that it
 /// stands for, so what is counted is what is written.
 class Writer {
@@ -105,35 +110,42 @@ class Writer {
   std::size_t left_ = kLargestPropertyList;
 };
 
+/// Makes each leaf once, however often it is referred to, and a container for each reference to it,
+/// so that what comes out is a tree of containers.
 class Reader {
  public:
-  explicit Reader(BinaryPropertyListReader list) : list_(list) {}
+  explicit Reader(BinaryPropertyListReader list) : list_(list), leaves_(list.objectCount()) {}
 
   Ref<Object> read(std::uint64_t number, int depth) {
-    using Kind = BinaryPropertyListReader::Kind;
+    if (number < leaves_.size() && leaves_[number]) {
+      return list_.pay(1) ? leaves_[number] : nullptr;
+    }
     const auto node = list_.node(number);
     if (!node) return nullptr;
-    switch (node->kind) {
-      case Kind::number:
-        return Number::numberWith(node->number);
-      case Kind::date:
-        return Date::dateWithTimeIntervalSinceReferenceDate(node->number.doubleValue());
-      case Kind::data:
-        return Data::dataWithBytes(node->content);
-      case Kind::ascii:
-      case Kind::utf16:
-        return stringFromNode(*node);
-      case Kind::uid:
-        return nullptr;
-      case Kind::array:
-      case Kind::dictionary:
-        break;
-    }
+    const bool isArray = node->kind == Kind::array;
+    if (!isArray && node->kind != Kind::dictionary) return leaves_[number] = leaf(*node);
     if (depth == 0) return nullptr;
-    return node->kind == Kind::array ? array(*node, depth - 1) : dictionary(*node, depth - 1);
+    if (node->value == 0) return isArray ? Ref<Object>(Array::array()) : Dictionary::dictionary();
+    if (!list_.pay(kContainerPrice)) return nullptr;
+    return isArray ? array(*node, depth - 1) : dictionary(*node, depth - 1);
   }
 
  private:
+  using Kind = BinaryPropertyListReader::Kind;
+
+  static Ref<Object> leaf(const BinaryPropertyListReader::Node& node) {
+    switch (node.kind) {
+      case Kind::number:
+        return Number::numberWith(node.number);
+      case Kind::date:
+        return Date::dateWithTimeIntervalSinceReferenceDate(node.number.doubleValue());
+      case Kind::data:
+        return Data::dataWithBytes(node.content);
+      default:
+        return stringFromNode(node);  // none for a UID
+    }
+  }
+
   Ref<Object> array(const BinaryPropertyListReader::Node& node, int depth) {
     std::vector<Ref<Object>> elements;
     for (std::uint64_t i = 0; i < node.value; ++i) {
@@ -146,9 +158,9 @@ class Reader {
   Ref<Object> dictionary(const BinaryPropertyListReader::Node& node, int depth) {
     std::vector<std::pair<Ref<Object>, Ref<Object>>> entries;
     for (std::uint64_t i = 0; i < node.value; ++i) {
-      const auto key = list_.node(list_.reference(node, i));
-      Ref<Object> name = key ? stringFromNode(*key) : nullptr;
-      Ref<Object> value = name ? read(list_.reference(node, node.value + i), depth) : nullptr;
+      Ref<Object> name = read(list_.reference(node, i), 0);
+      if (!name || name->kind() != ObjectKind::string) return nullptr;
+      Ref<Object> value = read(list_.reference(node, node.value + i), depth);
       if (value == nullptr) return nullptr;
       entries.emplace_back(std::move(name), std::move(value));
     }
@@ -156,6 +168,7 @@ class Reader {
   }
 
   BinaryPropertyListReader list_;
+  std::vector<Ref<Object>> leaves_;  // by number, as far as they have been made
 };
 
 }  // namespace

@@ -7,6 +7,9 @@
 #include <functional>
 #include <limits>
 
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/platform/detail/PropertyList.h>
+
 #include "support/Bytes.h"
 
 // libplist reads what is written here and writes what is read, where it gets the format right.
@@ -264,6 +267,41 @@ TEST(BinaryPropertyList, StopsAfterTheReadingsAgreed) {
   while (reader->node(0)) ++readings;
   EXPECT_EQ(readings, list.size() / 4);
   EXPECT_TRUE(reader->nodeAgain(0));
+}
+
+TEST(PropertyList, SharedPartsOfAFileMakeNoBombs) {
+  constexpr std::size_t kCount = 100'000;
+  // An array of one node over and over, or of nodes of its own each, as written here.
+  const auto read = [](bool shared, const auto& write) {
+    Writer writer;
+    std::vector<Writer::Node> elements;
+    while (elements.size() < kCount) {
+      elements.push_back(shared && !elements.empty() ? elements.back() : write(writer));
+    }
+    writer.array(elements);
+    return refCast<Array>(propertyListFromBytes(writer.finish()->bytes()));
+  };
+  const auto array = [](Writer& writer) { return writer.array(std::vector{writer.number(true)}); };
+  const auto dictionary = [&array](Writer& writer) {
+    const std::pair<Writer::Node, Writer::Node> members[] = {{writer.string(""), array(writer)}};
+    return writer.dictionary(members);
+  };
+  EXPECT_TRUE(read(false, array));
+  EXPECT_TRUE(read(false, dictionary));
+  EXPECT_FALSE(read(true, array));
+  EXPECT_FALSE(read(true, dictionary));
+
+  const std::function<Writer::Node(Writer&)> light[] = {
+      [](Writer& writer) { return writer.array({}); },
+      [](Writer& writer) { return writer.dictionary({}); },
+      [](Writer& writer) { return writer.string(std::string(1000, 'x')); },
+  };
+  for (const auto& write : light) {
+    const Ref<Array> elements = read(true, write);
+    ASSERT_TRUE(elements);
+    EXPECT_EQ(elements->count(), kCount);
+    EXPECT_EQ(elements->firstObject(), elements->lastObject());
+  }
 }
 
 }  // namespace

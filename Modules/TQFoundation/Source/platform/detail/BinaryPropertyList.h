@@ -77,6 +77,9 @@ class BinaryPropertyListReader {
 
   [[nodiscard]] std::uint64_t top() const noexcept { return top_; }
 
+  /// Objects are numbered from 0. There are no more of them than bytes.
+  [[nodiscard]] std::uint64_t objectCount() const noexcept { return count_; }
+
   /// The object of this number; none when it does not lie whole within the list.
   [[nodiscard]] std::optional<Node> node(std::uint64_t number) noexcept;
 
