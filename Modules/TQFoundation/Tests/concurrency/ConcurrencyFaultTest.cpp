@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/concurrency/ConcurrentMap.h>
 #include <TQFoundation/concurrency/TQCache.h>
 #include <TQFoundation/concurrency/TQObjectPool.h>
@@ -36,8 +37,12 @@ TEST(ConcurrencyFault, ACacheStoresWholeOrNotAtAll) {
   std::vector<Ref<Object>> owners;
   for (int i = 0; i < 6; ++i) owners.push_back(String::of("owner"));
   failEachAllocation([&] {
+    TQCache* open = nullptr;
+    const std::function<void()> callBack = [&] {
+      if (open != nullptr) (void)open->count();
+    };
     const Ref<TQCache> cache = TQCache::init();
-    const std::function<void()> callBack = [&] { (void)cache->count(); };
+    const ScopedValue isOpen(open, cache.get());
     for (int key = 0; key < 3; ++key) {
       for (const Ref<Object>& owner : owners) {
         const std::size_t before = cache->count();
@@ -74,10 +79,14 @@ TEST(ConcurrencyFault, ACreationWithoutMemoryIsTriedAgain) {
 
 TEST(ConcurrencyFault, APoolLosesNothingThatItHeld) {
   failEachAllocation([] {
+    TQObjectPool* open = nullptr;
+    const std::function<void()> callBack = [&] {
+      if (open != nullptr) (void)open->maximumPoolCount();
+    };
     const Ref<TQObjectPool> pool =
         TQObjectPool::initWithObjectCreatorBlock([]() -> Ref<Object> { return String::of("new"); });
+    const ScopedValue isOpen(open, pool.get());
     std::size_t idle = 0;
-    const std::function<void()> callBack = [&] { (void)pool->maximumPoolCount(); };
     const auto count = [&] {
       std::size_t found = 0;
       pool->allObjectsWithBlock([&](std::span<const Ref<Object>> all) { found = all.size(); });
