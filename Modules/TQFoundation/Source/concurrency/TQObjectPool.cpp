@@ -30,8 +30,9 @@ void TQObjectPool::recycleObject(Ref<Object> object) {
   if (object == nullptr) return;
   const WriteLocked guard(*lock_);
   if (maximumPoolCount_ != 0 && pool_.size() >= maximumPoolCount_) return;
-  // Room first: an insertion that makes it could fail with the object in hand, under the lock.
-  if (pool_.size() >= pool_.bucket_count()) pool_.reserve(2 * pool_.size() + 1);
+  // Room first, and some to spare: an insertion that makes it could fail with the object in hand,
+  // under the lock.
+  if (pool_.size() + 1 >= pool_.bucket_count()) pool_.reserve(2 * pool_.size() + 2);
   pool_.insert(std::move(object));  // never the last reference of one that is idle already
 }
 
