@@ -272,9 +272,10 @@ bool PreferenceStore::flush() {
   entriesGeneration_ = kUnknown;  // should memory run out from here on
   snapshot_ = nullptr;
   for (const auto& [key, change] : unsaved_) put(*entries_, key, change.value);
-  unsaved_.merge(recent_);  // the older ones of two stay behind
-  recent_.swap(unsaved_);
-  unsaved_.clear();
+  while (!unsaved_.empty()) {  // without an allocation: all is saved
+    auto saved = recent_.insert(unsaved_.extract(unsaved_.begin()));
+    if (!saved.inserted) saved.position->second = std::move(saved.node.mapped());
+  }
   complaint_.clear();
   if (isWhole) entriesGeneration_ = writing.after();
   return true;
