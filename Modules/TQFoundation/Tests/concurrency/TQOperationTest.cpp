@@ -65,7 +65,9 @@ TEST(TQOperation, LeavesItsPlaceInTheQueueWhenItSaysThatItHasFinished) {
   lingering->next = BlockOperation::blockOperationWithBlock([] {});
   queue->addOperation(*lingering);
   queue->addOperation(*lingering->next);
-  lingering->next->waitUntilFinished();
+  queue->waitUntilAllOperationsAreFinished();  // for ever, if the first one kept its place
+  EXPECT_TRUE(lingering->next->isFinished());
+  EXPECT_EQ(queue->operationCount(), 0u);
 }
 
 struct Leaving final : Subclass<Leaving, TQOperation> {

@@ -159,6 +159,7 @@ TEST(BlockOperation, RunsAllItsBlocks) {
   const auto meeting = BlockOperation::blockOperationWithBlock([&] { all.arrive_and_wait(); });
   for (int i = 1; i < 5; ++i) meeting->addExecutionBlock([&] { all.arrive_and_wait(); });
   meeting->start();
+  EXPECT_TRUE(meeting->isFinished());
 }
 
 }  // namespace
