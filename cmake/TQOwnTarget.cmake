@@ -5,11 +5,8 @@ if(TQ_CCACHE AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${TQ_CCACHE}")
 endif()
 
-# Sources include each other by the installed path; a link in the build tree makes it resolve.
-set(TQ_INCLUDE_DIR "${PROJECT_BINARY_DIR}/include")
-file(MAKE_DIRECTORY "${TQ_INCLUDE_DIR}")
-file(CREATE_LINK "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Source"
-     "${TQ_INCLUDE_DIR}/TQFoundation" SYMBOLIC)
+# Sources include each other by the installed path. Include/TQFoundation is a link to Source.
+set(TQ_INCLUDE_DIR "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Include")
 
 function(tq_own_target target)
   target_compile_features(${target} PUBLIC cxx_std_20)

@@ -14,9 +14,9 @@ tq_room(concurrency
   TQConcurrentMapOperation.cpp TQConcurrentMapOperation.h
   TQLazyVar.cpp TQLazyVar.h
   TQObjectPool.cpp TQObjectPool.h
-  TQSingleton.cpp TQSingleton.h
   TQOperation.cpp TQOperation.h
   TQRateLimiter.cpp TQRateLimiter.h
+  TQSingleton.cpp TQSingleton.h
   TQURLOperation.cpp TQURLOperation.h
   TimerBlock.cpp TimerBlock.h
   UnfairLock.h

@@ -2,7 +2,7 @@ tq_room(geometry
   AnchoredRect.cpp AnchoredRect.h
   AspectRatio.h
   CGContext+TQFoundation.cpp CGContext+TQFoundation.h
-  FixedText.cpp detail/FixedText.h
+  FixedText.cpp
   GeometrySystem.cpp GeometrySystem.h
   Length.cpp Length.h
   Path.cpp Path.h
@@ -35,4 +35,4 @@ tq_room(geometry
   TQRounder.cpp TQRounder.h
   TQSize.cpp TQSize.h
   VectorAlgebra.cpp VectorAlgebra.h
-)
+  detail/FixedText.h)

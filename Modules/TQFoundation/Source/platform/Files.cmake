@@ -33,37 +33,38 @@ tq_room(platform
   Operation.cpp Operation.h
   OperationQueue.cpp OperationQueue.h
   OperationScheduler.cpp
+  PartialFile.cpp
   PlainLog.cpp PlainLog.h
   PoolThreads.cpp
-  RunLoop.cpp RunLoop.h
   PreferenceDatabase.cpp
   PreferenceStore.cpp
   PropertyList.cpp
-  PartialFile.cpp
   Random.cpp Random.h
+  RunLoop.cpp RunLoop.h
   SafeFile.cpp
   SerialQueue.cpp SerialQueue.h
   SharedGeneration.cpp
   SharedLock.h
   Thread.cpp Thread.h
   ThreadSystem.h
-  Timer.cpp Timer.h
   TickClock.cpp TickClock.h
+  Timer.cpp Timer.h
   URL.cpp URL.h
   URLSession.cpp URLSession.h
   URLSessionEngine.cpp
   URLTransfer.cpp
-  WorkerPool.cpp WorkerPool.h
   UserDefaults.cpp UserDefaults.h
+  WorkerPool.cpp WorkerPool.h
+  lzfse/LZFSECodec.cpp
+  lzfse/LZVNDecoder.cpp
+  lzfse/LZVNEncoder.cpp
+  INTERNAL
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
   lzfse/BlockHeader.cpp lzfse/BlockHeader.h
   lzfse/Encoder.cpp lzfse/Encoder.h
   lzfse/EntropyCoder.cpp lzfse/EntropyCoder.h
   lzfse/Format.h
-  lzfse/LZFSECodec.cpp
   lzfse/LZVN.h
-  lzfse/LZVNDecoder.cpp
-  lzfse/LZVNEncoder.cpp
   lzfse/MatchFinder.h
   lzfse/Output.h)

@@ -1,10 +1,7 @@
 tq_room(serialisation
-  TQCompression.cpp
-  TQCompression.h
-  TQDigests.cpp
-  TQDigests.h
-  TQFNV1aBuilder.cpp
-  TQFNV1aBuilder.h
+  TQCompression.cpp TQCompression.h
+  TQDigests.cpp TQDigests.h
+  TQFNV1aBuilder.cpp TQFNV1aBuilder.h
   TQJSONCoding.cpp TQJSONCoding.h
   TQJSONDataEncoder.cpp TQJSONDataEncoder.h
   TQJSONDecoder.cpp TQJSONDecoder.h
