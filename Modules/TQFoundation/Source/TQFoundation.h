@@ -36,7 +36,6 @@
 #include <TQFoundation/concurrency/ConcurrentMap.h>
 #include <TQFoundation/concurrency/Debouncer.h>
 #include <TQFoundation/concurrency/Lockable.h>
-#include <TQFoundation/concurrency/MapTable.h>
 #include <TQFoundation/concurrency/ObjectSynchronizer.h>
 #include <TQFoundation/concurrency/ReadWriteLock.h>
 #include <TQFoundation/concurrency/ResettableLazy.h>
@@ -103,12 +102,14 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/GeometryText.h>
+#include <TQFoundation/objects/MapTable.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Object.h>
 #include <TQFoundation/objects/Ref.h>
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
@@ -141,7 +142,6 @@
 #include <TQFoundation/platform/ThreadSystem.h>
 #include <TQFoundation/platform/TickClock.h>
 #include <TQFoundation/platform/Timer.h>
-#include <TQFoundation/platform/URL.h>
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/WorkerPool.h>

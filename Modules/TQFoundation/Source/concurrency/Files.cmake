@@ -3,7 +3,6 @@ tq_room(concurrency
   ConcurrentMap.cpp ConcurrentMap.h
   Debouncer.cpp Debouncer.h
   Lockable.h
-  MapTable.cpp MapTable.h
   ObjectSynchronizer.h
   ReadWriteLock.h
   ResettableLazy.h

@@ -12,8 +12,8 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/concurrency/MapTable.h>
 #include <TQFoundation/concurrency/ReadWriteLock.h>
+#include <TQFoundation/objects/MapTable.h>
 
 namespace tq {
 

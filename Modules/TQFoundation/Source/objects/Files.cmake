@@ -10,13 +10,17 @@ tq_room(objects
   Exception.cpp Exception.h
   GeometryText.cpp GeometryText.h
   Hash.cpp
+  MapTable.cpp MapTable.h
   Null.cpp Null.h
   Number.cpp Number.h
   Object.cpp Object.h
   Ref.h
   Set.cpp Set.h
   String.cpp String.h
+  URL.cpp URL.h
   UTF.cpp
   UUID.cpp UUID.h
   Value.cpp Value.h
-  Weak.cpp Weak.h)
+  Weak.cpp Weak.h
+  INTERNAL
+  FilledData.h)

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 
-#include <TQFoundation/platform/detail/FilledData.h>
+#include <TQFoundation/objects/FilledData.h>
 
 namespace tq {
 namespace {

@@ -10,7 +10,7 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Error.h>
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 
 namespace tq {
 

@@ -11,7 +11,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Error.h>
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/platform/URLSession.h>
 
 namespace tq {

@@ -9,8 +9,8 @@
 #include <new>
 #include <string>
 
+#include <TQFoundation/objects/FilledData.h>
 #include <TQFoundation/platform/detail/FileError.h>
-#include <TQFoundation/platform/detail/FilledData.h>
 #include <TQFoundation/platform/detail/RegularFile.h>
 
 namespace tq {

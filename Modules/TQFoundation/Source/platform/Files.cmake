@@ -49,7 +49,6 @@ tq_room(platform
   ThreadSystem.h
   TickClock.cpp TickClock.h
   Timer.cpp Timer.h
-  URL.cpp URL.h
   URLSession.cpp URLSession.h
   URLSessionEngine.cpp
   URLTransfer.cpp

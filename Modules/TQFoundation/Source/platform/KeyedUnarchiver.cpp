@@ -12,10 +12,10 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/KeyedArchiver.h>
-#include <TQFoundation/platform/URL.h>
 #include <TQFoundation/platform/detail/KeyedArchiveFormat.h>
 #include <TQFoundation/platform/detail/KeyedReader.h>
 

@@ -9,9 +9,9 @@
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/URL.h>
 
 namespace tq::detail {
 namespace {

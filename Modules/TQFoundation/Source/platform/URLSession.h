@@ -17,7 +17,7 @@
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Error.h>
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 
 namespace tq {
 

@@ -17,9 +17,9 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/JSONDocument.h>
-#include <TQFoundation/platform/URL.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
 namespace tq {

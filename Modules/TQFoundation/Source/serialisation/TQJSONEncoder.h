@@ -17,9 +17,9 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/FileHandle.h>
-#include <TQFoundation/platform/URL.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
 namespace tq {

@@ -4,7 +4,7 @@
 /// The sink that writes to a location.
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
 
 namespace tq {

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include <TQFoundation/concurrency/MapTable.h>
 #include <TQFoundation/concurrency/ResettableLazy.h>
 #include <TQFoundation/concurrency/TQObjectPool.h>
 #include <TQFoundation/concurrency/TQSingleton.h>
 #include <TQFoundation/concurrency/ValueCache.h>
+#include <TQFoundation/objects/MapTable.h>
 #include <TQFoundation/objects/String.h>
 
 #include "support/Threads.h"

@@ -10,8 +10,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/PlainLogTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RunLoopTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp)
 target_compile_definitions(TQPlatformTests PRIVATE
   "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/data\"")
 

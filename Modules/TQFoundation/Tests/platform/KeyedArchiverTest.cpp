@@ -11,9 +11,9 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/URL.h>
 
 #include "platform/Host.h"
 #include "support/RandomGraphs.h"

@@ -10,8 +10,8 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/URL.h>
 #include <TQFoundation/platform/detail/BinaryPropertyList.h>
 
 #include "platform/Host.h"

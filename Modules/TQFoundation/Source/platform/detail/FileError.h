@@ -4,7 +4,7 @@
 /// Failures of the file system as errors that a person can act on.
 
 #include <TQFoundation/objects/Error.h>
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 
 namespace tq::detail {
 

@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include <TQFoundation/objects/Error.h>
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 
 namespace tq::detail {
 

@@ -6,8 +6,8 @@
 #include <cstddef>
 
 #include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/platform/FileHandle.h>
-#include <TQFoundation/platform/URL.h>
 
 namespace tq::detail {
 

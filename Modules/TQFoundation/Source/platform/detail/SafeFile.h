@@ -10,7 +10,7 @@
 #include <span>
 #include <string>
 
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 
 namespace tq::detail {
 

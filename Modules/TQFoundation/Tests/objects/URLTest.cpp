@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/URL.h>
+#include <TQFoundation/objects/URL.h>
 
 #include <gtest/gtest.h>
 

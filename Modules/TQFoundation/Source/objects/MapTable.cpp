@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/MapTable.h>
+#include <TQFoundation/objects/MapTable.h>
 
 #include <algorithm>
 #include <utility>
