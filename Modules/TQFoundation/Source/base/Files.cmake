@@ -7,4 +7,6 @@ tq_room(base
   TQAssert.cpp TQAssert.h
   TQExport.h
   TQMemory.h
-  TQThreadSafety.h)
+  TQThreadSafety.h
+  INTERNAL
+  MakeRoom.h)

@@ -2,8 +2,8 @@
 
 #include <array>
 
+#include <TQFoundation/base/MakeRoom.h>
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/base/detail/MakeRoom.h>
 #include <TQFoundation/geometry/TQBezierSegmentIterator.h>
 
 namespace tq {

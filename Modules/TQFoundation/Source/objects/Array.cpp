@@ -6,8 +6,8 @@
 #include <string>
 
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/detail/Describe.h>
-#include <TQFoundation/objects/detail/Hash.h>
 
 // A fixed array keeps its contents behind its own header:
 //   objects:            count × Ref<Object>

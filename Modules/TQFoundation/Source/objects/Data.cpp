@@ -8,7 +8,7 @@
 #include <utility>
 
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/objects/detail/Hash.h>
+#include <TQFoundation/objects/Hash.h>
 
 namespace tq {
 namespace {

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <memory>
 
-#include <TQFoundation/base/detail/MakeRoom.h>
+#include <TQFoundation/base/MakeRoom.h>
+#include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/detail/Describe.h>
-#include <TQFoundation/objects/detail/DictionaryKeys.h>
-#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 

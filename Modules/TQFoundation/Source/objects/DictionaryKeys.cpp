@@ -1,4 +1,4 @@
-#include <TQFoundation/objects/detail/DictionaryKeys.h>
+#include <TQFoundation/objects/DictionaryKeys.h>
 
 #include <utility>
 

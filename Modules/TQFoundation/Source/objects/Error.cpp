@@ -3,8 +3,8 @@
 #include <cstring>
 #include <utility>
 
+#include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 namespace {

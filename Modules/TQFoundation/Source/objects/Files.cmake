@@ -5,11 +5,9 @@ tq_room(objects
   Data.cpp Data.h
   Date.cpp Date.h
   Dictionary.cpp Dictionary.h
-  DictionaryKeys.cpp
   Error.cpp Error.h
   Exception.cpp Exception.h
   GeometryText.cpp GeometryText.h
-  Hash.cpp
   MapTable.cpp MapTable.h
   Null.cpp Null.h
   Number.cpp Number.h
@@ -18,9 +16,12 @@ tq_room(objects
   Set.cpp Set.h
   String.cpp String.h
   URL.cpp URL.h
-  UTF.cpp
   UUID.cpp UUID.h
   Value.cpp Value.h
   Weak.cpp Weak.h
   INTERNAL
-  FilledData.h)
+  DictionaryKeys.cpp DictionaryKeys.h
+  FilledData.h
+  Hash.cpp Hash.h
+  TextWords.h
+  UTF.cpp UTF.h)

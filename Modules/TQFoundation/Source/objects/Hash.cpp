@@ -1,4 +1,4 @@
-#include <TQFoundation/objects/detail/Hash.h>
+#include <TQFoundation/objects/Hash.h>
 
 #include <bit>
 #include <cmath>
@@ -7,7 +7,7 @@
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Set.h>
-#include <TQFoundation/objects/detail/TextWords.h>
+#include <TQFoundation/objects/TextWords.h>
 
 namespace tq::detail {
 namespace {

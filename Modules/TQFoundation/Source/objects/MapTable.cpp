@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <TQFoundation/base/detail/MakeRoom.h>
+#include <TQFoundation/base/MakeRoom.h>
 
 namespace tq {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include <TQFoundation/base/NumberText.h>
-#include <TQFoundation/objects/detail/Hash.h>
+#include <TQFoundation/objects/Hash.h>
 
 namespace tq {
 

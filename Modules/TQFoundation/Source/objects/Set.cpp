@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
+#include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/detail/Describe.h>
-#include <TQFoundation/objects/detail/DictionaryKeys.h>
-#include <TQFoundation/objects/detail/Hash.h>
 
 namespace tq {
 

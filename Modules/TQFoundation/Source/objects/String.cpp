@@ -7,8 +7,8 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/detail/Hash.h>
-#include <TQFoundation/objects/detail/UTF.h>
+#include <TQFoundation/objects/Hash.h>
+#include <TQFoundation/objects/UTF.h>
 
 namespace tq {
 

@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-#include <TQFoundation/objects/detail/Hash.h>
+#include <TQFoundation/objects/Hash.h>
 
 namespace tq {
 namespace {

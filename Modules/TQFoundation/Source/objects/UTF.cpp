@@ -1,4 +1,4 @@
-#include <TQFoundation/objects/detail/UTF.h>
+#include <TQFoundation/objects/UTF.h>
 
 #include <cstdint>
 #include <cstring>

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include <TQFoundation/objects/detail/Hash.h>
+#include <TQFoundation/objects/Hash.h>
 
 namespace tq {
 namespace {

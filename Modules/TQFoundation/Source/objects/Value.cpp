@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include <TQFoundation/objects/GeometryText.h>
-#include <TQFoundation/objects/detail/Hash.h>
+#include <TQFoundation/objects/Hash.h>
 
 namespace tq {
 

@@ -8,7 +8,7 @@
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/FilledData.h>
-#include <TQFoundation/objects/detail/UTF.h>
+#include <TQFoundation/objects/UTF.h>
 
 // | marker      | object                                                                       |
 // |-------------|------------------------------------------------------------------------------|

@@ -10,7 +10,7 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/detail/UTF.h>
+#include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/platform/detail/JSONFault.h>
 
 namespace tq {

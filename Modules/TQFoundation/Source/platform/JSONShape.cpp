@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include <TQFoundation/objects/detail/TextWords.h>
+#include <TQFoundation/objects/TextWords.h>
 
 namespace tq::detail {
 namespace {

@@ -13,12 +13,12 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/GeometryText.h>
+#include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/URL.h>
+#include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/objects/detail/Hash.h>
-#include <TQFoundation/objects/detail/UTF.h>
 #include <TQFoundation/platform/detail/BinaryPropertyList.h>
 #include <TQFoundation/platform/detail/KeyedArchiveFormat.h>
 

@@ -12,10 +12,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Object.h>
 #include <TQFoundation/objects/Ref.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/detail/DictionaryKeys.h>
 
 namespace tq::detail {
 

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/detail/DictionaryKeys.h>
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/detail/BinaryPropertyList.h>
 
