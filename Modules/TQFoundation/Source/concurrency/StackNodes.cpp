@@ -5,7 +5,7 @@
 
 #include <TQFoundation/concurrency/UnfairLock.h>
 #include <TQFoundation/platform/Lock.h>
-#include <TQFoundation/platform/detail/AddressRange.h>
+#include <TQFoundation/platform/memory/AddressRange.h>
 
 // Free nodes are handed between the process and its threads kBatch at a time; the common case
 // touches the thread's own few alone.

@@ -1,5 +1,4 @@
 tq_room(platform
-  AddressRange.cpp
   Base64.cpp Base64.h
   BinaryPropertyList.cpp
   CharacterCategory.cpp CharacterCategory.h
@@ -28,7 +27,6 @@ tq_room(platform
   LibraryClasses.cpp
   Lock.h
   LogChannel.cpp LogChannel.h
-  ObjectMemory.cpp
   ObjectMonitor.cpp ObjectMonitor.h
   Operation.cpp Operation.h
   OperationQueue.cpp OperationQueue.h
@@ -57,6 +55,7 @@ tq_room(platform
   lzfse/LZFSECodec.cpp
   lzfse/LZVNDecoder.cpp
   lzfse/LZVNEncoder.cpp
+  memory/ObjectMemory.cpp
   INTERNAL
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
@@ -66,4 +65,5 @@ tq_room(platform
   lzfse/Format.h
   lzfse/LZVN.h
   lzfse/MatchFinder.h
-  lzfse/Output.h)
+  lzfse/Output.h
+  memory/AddressRange.cpp memory/AddressRange.h)

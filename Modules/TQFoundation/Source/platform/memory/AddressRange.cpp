@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/AddressRange.h>
+#include <TQFoundation/platform/memory/AddressRange.h>
 
 #include <sys/mman.h>
 
