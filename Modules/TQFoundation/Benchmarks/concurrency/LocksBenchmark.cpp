@@ -13,7 +13,7 @@
 #include <TQFoundation/concurrency/TQAtomicStack.h>
 #include <TQFoundation/concurrency/UnfairLock.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/ObjectMonitor.h>
+#include <TQFoundation/platform/threads/ObjectMonitor.h>
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <utility>
 
-#include <TQFoundation/platform/SerialQueue.h>
+#include <TQFoundation/platform/threads/SerialQueue.h>
 
 namespace tq {
 

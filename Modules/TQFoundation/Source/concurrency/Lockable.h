@@ -8,7 +8,7 @@
 #include <utility>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 

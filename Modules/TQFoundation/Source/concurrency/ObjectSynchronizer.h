@@ -8,7 +8,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/objects/Ref.h>
-#include <TQFoundation/platform/ObjectMonitor.h>
+#include <TQFoundation/platform/threads/ObjectMonitor.h>
 
 namespace tq {
 

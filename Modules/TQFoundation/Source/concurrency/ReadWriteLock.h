@@ -10,7 +10,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/objects/Class.h>
-#include <TQFoundation/platform/SharedLock.h>
+#include <TQFoundation/platform/threads/SharedLock.h>
 
 namespace tq {
 

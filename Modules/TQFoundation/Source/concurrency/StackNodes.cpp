@@ -4,8 +4,8 @@
 #include <utility>
 
 #include <TQFoundation/concurrency/UnfairLock.h>
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/memory/AddressRange.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 // Free nodes are handed between the process and its threads kBatch at a time; the common case
 // touches the thread's own few alone.

@@ -2,7 +2,7 @@
 
 #include <TQFoundation/concurrency/detail/StackNodes.h>
 #include <TQFoundation/concurrency/detail/TaggedStack.h>
-#include <TQFoundation/platform/Thread.h>
+#include <TQFoundation/platform/threads/Thread.h>
 
 namespace tq {
 namespace {

@@ -9,7 +9,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/objects/Class.h>
-#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 

@@ -1,6 +1,6 @@
 #include <TQFoundation/concurrency/TQOperation.h>
 
-#include <TQFoundation/platform/ObjectMonitor.h>
+#include <TQFoundation/platform/threads/ObjectMonitor.h>
 
 namespace tq {
 namespace {

@@ -6,7 +6,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/concurrency/UnfairWord.h>
-#include <TQFoundation/platform/ThreadSystem.h>
+#include <TQFoundation/platform/threads/ThreadSystem.h>
 
 namespace tq {
 

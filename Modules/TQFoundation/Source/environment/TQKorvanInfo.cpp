@@ -7,8 +7,8 @@
 
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/UserDefaults.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 namespace {

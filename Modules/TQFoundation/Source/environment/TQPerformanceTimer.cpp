@@ -6,7 +6,7 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Number.h>
-#include <TQFoundation/platform/Random.h>
+#include <TQFoundation/platform/threads/Random.h>
 
 namespace tq {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/platform/TickClock.h>
+#include <TQFoundation/platform/threads/TickClock.h>
 
 namespace tq {
 

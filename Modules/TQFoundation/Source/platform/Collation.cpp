@@ -13,7 +13,7 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 // The C interface has no names that change from one version of the library to the next but those
 // that its headers map.

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/detail/PartialFile.h>
 #include <TQFoundation/platform/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 namespace {

@@ -25,9 +25,7 @@ tq_room(platform
   LZ4Codec.cpp
   LZMACodec.cpp
   LibraryClasses.cpp
-  Lock.h
   LogChannel.cpp LogChannel.h
-  ObjectMonitor.cpp ObjectMonitor.h
   Operation.cpp Operation.h
   OperationQueue.cpp OperationQueue.h
   OperationScheduler.cpp
@@ -37,15 +35,9 @@ tq_room(platform
   PreferenceDatabase.cpp
   PreferenceStore.cpp
   PropertyList.cpp
-  Random.cpp Random.h
   RunLoop.cpp RunLoop.h
   SafeFile.cpp
-  SerialQueue.cpp SerialQueue.h
   SharedGeneration.cpp
-  SharedLock.h
-  Thread.cpp Thread.h
-  ThreadSystem.h
-  TickClock.cpp TickClock.h
   Timer.cpp Timer.h
   URLSession.cpp URLSession.h
   URLSessionEngine.cpp
@@ -56,6 +48,15 @@ tq_room(platform
   lzfse/LZVNDecoder.cpp
   lzfse/LZVNEncoder.cpp
   memory/ObjectMemory.cpp
+  threads/Lock.h
+  threads/ObjectMonitor.cpp threads/ObjectMonitor.h
+  threads/Random.cpp threads/Random.h
+  threads/SerialQueue.cpp threads/SerialQueue.h
+  threads/SharedLock.h
+  threads/Thread.cpp threads/Thread.h
+  threads/ThreadSystem.h
+  threads/TickClock.cpp threads/TickClock.h
+  threads/detail/FifoLock.h
   INTERNAL
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h

@@ -7,9 +7,9 @@
 #include <thread>
 #include <utility>
 
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/platform/detail/PoolThreads.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 namespace {

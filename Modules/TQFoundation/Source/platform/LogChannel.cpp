@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/detail/SinkSlot.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 namespace {

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/Thread.h>
 #include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/platform/detail/OperationScheduler.h>
 #include <TQFoundation/platform/detail/PoolThreads.h>
+#include <TQFoundation/platform/threads/Thread.h>
 
 namespace tq {
 

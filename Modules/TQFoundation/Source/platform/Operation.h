@@ -14,7 +14,7 @@
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 

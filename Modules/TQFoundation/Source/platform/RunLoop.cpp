@@ -14,9 +14,9 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
-#include <TQFoundation/platform/Thread.h>
 #include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/threads/Lock.h>
+#include <TQFoundation/platform/threads/Thread.h>
 
 // A loop lives in its context as two sources (three on the main thread) which have no descriptors:
 // they are asked before and after the context sleeps. Blocks are handed from thread to thread under

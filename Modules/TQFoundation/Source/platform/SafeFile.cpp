@@ -9,7 +9,7 @@
 #include <memory>
 
 #include <TQFoundation/platform/FileHandle.h>
-#include <TQFoundation/platform/Random.h>
+#include <TQFoundation/platform/threads/Random.h>
 
 namespace tq::detail {
 namespace {

@@ -10,9 +10,9 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/detail/PreferenceStore.h>
 #include <TQFoundation/platform/detail/PropertyList.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 namespace {

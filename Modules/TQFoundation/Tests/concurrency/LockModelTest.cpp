@@ -9,7 +9,7 @@
 
 #include <TQFoundation/concurrency/UnfairWord.h>
 #include <TQFoundation/concurrency/detail/TaggedStack.h>
-#include <TQFoundation/platform/detail/FifoLock.h>
+#include <TQFoundation/platform/threads/detail/FifoLock.h>
 
 #include "support/ThreadModel.h"
 

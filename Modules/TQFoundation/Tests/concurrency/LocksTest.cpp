@@ -14,7 +14,7 @@
 #include <TQFoundation/concurrency/TQAtomicStack.h>
 #include <TQFoundation/concurrency/UnfairLock.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/SerialQueue.h>
+#include <TQFoundation/platform/threads/SerialQueue.h>
 
 namespace tq {
 namespace {

@@ -13,7 +13,7 @@
 
 #include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/ObjectMonitor.h>
+#include <TQFoundation/platform/threads/ObjectMonitor.h>
 
 #include "support/Threads.h"
 

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include <TQFoundation/platform/Random.h>
+#include <TQFoundation/platform/threads/Random.h>
 
 namespace tq {
 namespace {

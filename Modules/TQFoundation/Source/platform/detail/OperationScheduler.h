@@ -8,8 +8,8 @@
 #include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq::detail {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq::detail {
 

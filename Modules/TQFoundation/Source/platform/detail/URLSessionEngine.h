@@ -9,8 +9,8 @@
 #include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
 #include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
 

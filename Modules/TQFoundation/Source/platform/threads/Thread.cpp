@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Thread.h>
+#include <TQFoundation/platform/threads/Thread.h>
 
 #include <linux/futex.h>
 #include <sys/syscall.h>

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/TickClock.h>
+#include <TQFoundation/platform/threads/TickClock.h>
 
 #include <time.h>
 

@@ -8,7 +8,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include <TQFoundation/platform/Thread.h>
+#include <TQFoundation/platform/threads/Thread.h>
 
 namespace tq::detail {
 

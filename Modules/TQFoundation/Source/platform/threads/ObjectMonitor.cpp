@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/ObjectMonitor.h>
+#include <TQFoundation/platform/threads/ObjectMonitor.h>
 
 #include <array>
 #include <memory>
@@ -7,7 +7,7 @@
 #include <utility>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Lock.h>
+#include <TQFoundation/platform/threads/Lock.h>
 
 // A monitor lives in a table keyed by its object's address while threads are inside or wait, and is
 // counted by them. The address is safe as a key: whoever uses a monitor keeps its object alive.

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Random.h>
+#include <TQFoundation/platform/threads/Random.h>
 
 #include <stdlib.h>
 

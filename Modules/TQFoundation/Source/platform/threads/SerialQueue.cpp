@@ -1,8 +1,8 @@
-#include <TQFoundation/platform/SerialQueue.h>
+#include <TQFoundation/platform/threads/SerialQueue.h>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/ThreadSystem.h>
-#include <TQFoundation/platform/detail/FifoLock.h>
+#include <TQFoundation/platform/threads/ThreadSystem.h>
+#include <TQFoundation/platform/threads/detail/FifoLock.h>
 
 namespace tq {
 
