@@ -128,15 +128,15 @@
 #include <TQFoundation/platform/Keychain.h>
 #include <TQFoundation/platform/KeyedArchiver.h>
 #include <TQFoundation/platform/KeyedUnarchiver.h>
-#include <TQFoundation/platform/LogChannel.h>
 #include <TQFoundation/platform/Operation.h>
 #include <TQFoundation/platform/OperationQueue.h>
-#include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/RunLoop.h>
 #include <TQFoundation/platform/Timer.h>
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/log/LogChannel.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 #include <TQFoundation/platform/threads/Random.h>

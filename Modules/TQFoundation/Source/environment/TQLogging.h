@@ -4,7 +4,7 @@
 /// The host application's log channels.
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/platform/LogChannel.h>
+#include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {
 

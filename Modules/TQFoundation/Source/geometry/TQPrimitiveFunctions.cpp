@@ -1,7 +1,7 @@
 #include <TQFoundation/geometry/TQPrimitiveFunctions.h>
 
 #include <TQFoundation/geometry/detail/FixedText.h>
-#include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 
 namespace tq {
 

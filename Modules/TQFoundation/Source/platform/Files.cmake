@@ -25,12 +25,10 @@ tq_room(platform
   LZ4Codec.cpp
   LZMACodec.cpp
   LibraryClasses.cpp
-  LogChannel.cpp LogChannel.h
   Operation.cpp Operation.h
   OperationQueue.cpp OperationQueue.h
   OperationScheduler.cpp
   PartialFile.cpp
-  PlainLog.cpp PlainLog.h
   PoolThreads.cpp
   PreferenceDatabase.cpp
   PreferenceStore.cpp
@@ -44,6 +42,9 @@ tq_room(platform
   URLTransfer.cpp
   UserDefaults.cpp UserDefaults.h
   WorkerPool.cpp WorkerPool.h
+  log/LogChannel.cpp log/LogChannel.h
+  log/PlainLog.cpp log/PlainLog.h
+  log/detail/SinkSlot.h
   lzfse/LZFSECodec.cpp
   lzfse/LZVNDecoder.cpp
   lzfse/LZVNEncoder.cpp

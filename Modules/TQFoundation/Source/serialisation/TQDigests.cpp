@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include <TQFoundation/platform/Digest.h>
-#include <TQFoundation/platform/LogChannel.h>
+#include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {
 namespace {

@@ -16,8 +16,8 @@
 #include <TQFoundation/platform/Base64.h>
 #include <TQFoundation/platform/FileReading.h>
 #include <TQFoundation/platform/KeyedUnarchiver.h>
-#include <TQFoundation/platform/PlainLog.h>
 #include <TQFoundation/platform/detail/JSONObjectBuilder.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 
 namespace tq {
 namespace {

@@ -7,7 +7,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationQueueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/PlainLogTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RunLoopTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp)

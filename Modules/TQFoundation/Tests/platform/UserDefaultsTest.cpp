@@ -24,7 +24,7 @@
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/LogChannel.h>
+#include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {
 namespace {

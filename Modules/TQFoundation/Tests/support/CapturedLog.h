@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 
 namespace tq::test {
 

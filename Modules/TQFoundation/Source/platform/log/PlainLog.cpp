@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 
 #include <errno.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include <TQFoundation/platform/detail/SinkSlot.h>
+#include <TQFoundation/platform/log/detail/SinkSlot.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/LogChannel.h>
+#include <TQFoundation/platform/log/LogChannel.h>
 
 #include <fmt/format.h>
 #include <glib.h>
@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include <TQFoundation/platform/PlainLog.h>
-#include <TQFoundation/platform/detail/SinkSlot.h>
+#include <TQFoundation/platform/log/PlainLog.h>
+#include <TQFoundation/platform/log/detail/SinkSlot.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {

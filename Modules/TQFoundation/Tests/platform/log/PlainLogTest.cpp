@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/PlainLog.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 
 #include <gmock/gmock.h>
 #include <unistd.h>
