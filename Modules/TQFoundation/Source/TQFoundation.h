@@ -113,11 +113,8 @@
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/Base64.h>
-#include <TQFoundation/platform/CharacterCategory.h>
 #include <TQFoundation/platform/Checksum.h>
 #include <TQFoundation/platform/Codec.h>
-#include <TQFoundation/platform/Collation.h>
 #include <TQFoundation/platform/Digest.h>
 #include <TQFoundation/platform/ExternalTool.h>
 #include <TQFoundation/platform/FileDownload.h>
@@ -137,6 +134,9 @@
 #include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 #include <TQFoundation/platform/log/PlainLog.h>
+#include <TQFoundation/platform/text/Base64.h>
+#include <TQFoundation/platform/text/CharacterCategory.h>
+#include <TQFoundation/platform/text/Collation.h>
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 #include <TQFoundation/platform/threads/Random.h>

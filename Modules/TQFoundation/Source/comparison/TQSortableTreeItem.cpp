@@ -4,8 +4,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include <TQFoundation/platform/CharacterCategory.h>
-#include <TQFoundation/platform/Collation.h>
+#include <TQFoundation/platform/text/CharacterCategory.h>
+#include <TQFoundation/platform/text/Collation.h>
 
 namespace tq {
 namespace {

@@ -1,10 +1,7 @@
 tq_room(platform
-  Base64.cpp Base64.h
   BinaryPropertyList.cpp
-  CharacterCategory.cpp CharacterCategory.h
   Checksum.cpp Checksum.h
   Codec.h
-  Collation.cpp Collation.h
   DeflateCodec.cpp
   Digest.cpp Digest.h
   ExternalTool.cpp ExternalTool.h
@@ -49,6 +46,9 @@ tq_room(platform
   lzfse/LZVNDecoder.cpp
   lzfse/LZVNEncoder.cpp
   memory/ObjectMemory.cpp
+  text/Base64.cpp text/Base64.h
+  text/CharacterCategory.cpp text/CharacterCategory.h
+  text/Collation.cpp text/Collation.h
   threads/Lock.h
   threads/ObjectMonitor.cpp threads/ObjectMonitor.h
   threads/Random.cpp threads/Random.h

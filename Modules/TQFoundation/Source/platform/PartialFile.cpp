@@ -10,10 +10,10 @@
 #include <charconv>
 #include <utility>
 
-#include <TQFoundation/platform/Base64.h>
 #include <TQFoundation/platform/Digest.h>
 #include <TQFoundation/platform/detail/FileError.h>
 #include <TQFoundation/platform/detail/SafeFile.h>
+#include <TQFoundation/platform/text/Base64.h>
 
 namespace tq::detail {
 namespace {

@@ -1,7 +1,7 @@
 tq_add_room_tests(TQPlatform
-  ${CMAKE_CURRENT_LIST_DIR}/Base64Test.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/text/Base64Test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CodecTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/CollationTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/text/CollationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileReadingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverTest.cpp

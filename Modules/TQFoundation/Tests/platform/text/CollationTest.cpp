@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Collation.h>
+#include <TQFoundation/platform/text/Collation.h>
 
 #include <gtest/gtest.h>
 

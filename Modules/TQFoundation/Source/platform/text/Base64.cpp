@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Base64.h>
+#include <TQFoundation/platform/text/Base64.h>
 
 #include <openssl/evp.h>
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/CharacterCategory.h>
+#include <TQFoundation/platform/text/CharacterCategory.h>
 
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>

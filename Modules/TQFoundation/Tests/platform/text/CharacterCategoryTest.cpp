@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/CharacterCategory.h>
+#include <TQFoundation/platform/text/CharacterCategory.h>
 
 #include <gtest/gtest.h>
 
