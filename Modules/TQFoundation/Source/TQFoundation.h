@@ -116,11 +116,7 @@
 #include <TQFoundation/platform/Checksum.h>
 #include <TQFoundation/platform/Codec.h>
 #include <TQFoundation/platform/Digest.h>
-#include <TQFoundation/platform/ExternalTool.h>
 #include <TQFoundation/platform/FileDownload.h>
-#include <TQFoundation/platform/FileHandle.h>
-#include <TQFoundation/platform/FileReading.h>
-#include <TQFoundation/platform/FileServices.h>
 #include <TQFoundation/platform/JSONDocument.h>
 #include <TQFoundation/platform/Keychain.h>
 #include <TQFoundation/platform/KeyedArchiver.h>
@@ -132,6 +128,10 @@
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/files/ExternalTool.h>
+#include <TQFoundation/platform/files/FileHandle.h>
+#include <TQFoundation/platform/files/FileReading.h>
+#include <TQFoundation/platform/files/FileServices.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/text/Base64.h>

@@ -7,8 +7,8 @@
 #include <memory>
 #include <vector>
 
-#include <TQFoundation/platform/detail/FileError.h>
-#include <TQFoundation/platform/detail/RegularFile.h>
+#include <TQFoundation/platform/files/FileError.h>
+#include <TQFoundation/platform/files/RegularFile.h>
 
 namespace tq {
 namespace {

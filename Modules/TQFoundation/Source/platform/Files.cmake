@@ -4,12 +4,7 @@ tq_room(platform
   Codec.h
   DeflateCodec.cpp
   Digest.cpp Digest.h
-  ExternalTool.cpp ExternalTool.h
   FileDownload.cpp FileDownload.h
-  FileError.cpp
-  FileHandle.cpp FileHandle.h
-  FileReading.cpp FileReading.h
-  FileServices.cpp FileServices.h
   GroupApply.cpp
   JSONDocument.cpp JSONDocument.h
   JSONFault.cpp
@@ -31,7 +26,6 @@ tq_room(platform
   PreferenceStore.cpp
   PropertyList.cpp
   RunLoop.cpp RunLoop.h
-  SafeFile.cpp
   SharedGeneration.cpp
   Timer.cpp Timer.h
   URLSession.cpp URLSession.h
@@ -39,6 +33,10 @@ tq_room(platform
   URLTransfer.cpp
   UserDefaults.cpp UserDefaults.h
   WorkerPool.cpp WorkerPool.h
+  files/ExternalTool.cpp files/ExternalTool.h
+  files/FileHandle.cpp files/FileHandle.h
+  files/FileReading.cpp files/FileReading.h
+  files/FileServices.cpp files/FileServices.h
   log/LogChannel.cpp log/LogChannel.h
   log/PlainLog.cpp log/PlainLog.h
   log/detail/SinkSlot.h
@@ -59,6 +57,9 @@ tq_room(platform
   threads/TickClock.cpp threads/TickClock.h
   threads/detail/FifoLock.h
   INTERNAL
+  files/FileError.cpp files/FileError.h
+  files/RegularFile.h
+  files/SafeFile.cpp files/SafeFile.h
   lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
   lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
   lzfse/BlockHeader.cpp lzfse/BlockHeader.h

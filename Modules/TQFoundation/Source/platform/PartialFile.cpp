@@ -11,8 +11,8 @@
 #include <utility>
 
 #include <TQFoundation/platform/Digest.h>
-#include <TQFoundation/platform/detail/FileError.h>
-#include <TQFoundation/platform/detail/SafeFile.h>
+#include <TQFoundation/platform/files/FileError.h>
+#include <TQFoundation/platform/files/SafeFile.h>
 #include <TQFoundation/platform/text/Base64.h>
 
 namespace tq::detail {

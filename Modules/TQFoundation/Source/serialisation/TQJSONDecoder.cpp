@@ -13,9 +13,9 @@
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/FileReading.h>
 #include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/detail/JSONObjectBuilder.h>
+#include <TQFoundation/platform/files/FileReading.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/text/Base64.h>
 

@@ -19,7 +19,7 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
 namespace tq {

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
 
 namespace tq {

@@ -2,8 +2,8 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/text/Base64Test.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CodecTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/CollationTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FileHandleTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FileReadingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/files/FileHandleTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/files/FileReadingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationQueueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationTest.cpp
@@ -33,9 +33,9 @@ include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
 # Services of the system, with its writes made to fail, beside the database's own view of its files.
 tq_add_room_tests(TQServices
-  ${CMAKE_CURRENT_LIST_DIR}/ExternalToolTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/files/ExternalToolTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileDownloadTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FileServicesTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/files/FileServicesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/KeychainTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp

@@ -7,7 +7,7 @@
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
 
-#include "platform/ExpectFileError.h"
+#include "platform/files/ExpectFileError.h"
 #include "serialisation/JSONModel.h"
 #include "support/TemporaryDirectory.h"
 

@@ -7,7 +7,7 @@
 
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/URL.h>
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 
 namespace tq::detail {
 

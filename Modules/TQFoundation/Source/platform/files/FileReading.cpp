@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileReading.h>
+#include <TQFoundation/platform/files/FileReading.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -10,8 +10,8 @@
 #include <string>
 
 #include <TQFoundation/objects/FilledData.h>
-#include <TQFoundation/platform/detail/FileError.h>
-#include <TQFoundation/platform/detail/RegularFile.h>
+#include <TQFoundation/platform/files/FileError.h>
+#include <TQFoundation/platform/files/RegularFile.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/SafeFile.h>
+#include <TQFoundation/platform/files/SafeFile.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -8,7 +8,7 @@
 
 #include <memory>
 
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/platform/threads/Random.h>
 
 namespace tq::detail {

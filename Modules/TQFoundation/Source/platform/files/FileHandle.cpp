@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -7,7 +7,7 @@
 #include <atomic>
 #include <string>
 
-#include <TQFoundation/platform/detail/FileError.h>
+#include <TQFoundation/platform/files/FileError.h>
 
 namespace tq {
 namespace {

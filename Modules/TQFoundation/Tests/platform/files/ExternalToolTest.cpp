@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/ExternalTool.h>
+#include <TQFoundation/platform/files/ExternalTool.h>
 
 #include <gtest/gtest.h>
 #include <signal.h>

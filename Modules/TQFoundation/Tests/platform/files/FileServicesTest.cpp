@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileServices.h>
+#include <TQFoundation/platform/files/FileServices.h>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -12,7 +12,7 @@
 #include <utility>
 
 #include <TQFoundation/platform/Digest.h>
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 
 namespace tq {
 namespace {

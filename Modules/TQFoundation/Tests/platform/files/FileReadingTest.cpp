@@ -1,11 +1,11 @@
-#include <TQFoundation/platform/FileReading.h>
+#include <TQFoundation/platform/files/FileReading.h>
 
 #include <errno.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/ExpectFileError.h"
+#include "platform/files/ExpectFileError.h"
 #include "support/TemporaryDirectory.h"
 
 namespace tq {

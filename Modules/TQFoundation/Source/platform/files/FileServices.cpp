@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileServices.h>
+#include <TQFoundation/platform/files/FileServices.h>
 
 #include <errno.h>
 #include <stdlib.h>
@@ -9,8 +9,8 @@
 #include <system_error>
 #include <utility>
 
-#include <TQFoundation/platform/detail/FileError.h>
-#include <TQFoundation/platform/detail/SafeFile.h>
+#include <TQFoundation/platform/files/FileError.h>
+#include <TQFoundation/platform/files/SafeFile.h>
 
 namespace tq {
 namespace {

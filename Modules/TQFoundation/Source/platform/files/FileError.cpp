@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/FileError.h>
+#include <TQFoundation/platform/files/FileError.h>
 
 #include <errno.h>
 

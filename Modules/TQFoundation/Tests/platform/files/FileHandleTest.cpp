@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/ExpectFileError.h"
+#include "platform/files/ExpectFileError.h"
 #include "support/Bytes.h"
 #include "support/TemporaryDirectory.h"
 

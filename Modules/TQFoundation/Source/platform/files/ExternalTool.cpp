@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/ExternalTool.h>
+#include <TQFoundation/platform/files/ExternalTool.h>
 
 #include <errno.h>
 #include <fcntl.h>
@@ -16,7 +16,7 @@
 #include <cmath>
 #include <utility>
 
-#include <TQFoundation/platform/FileHandle.h>
+#include <TQFoundation/platform/files/FileHandle.h>
 
 namespace tq {
 namespace {
