@@ -113,9 +113,6 @@
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/Checksum.h>
-#include <TQFoundation/platform/Codec.h>
-#include <TQFoundation/platform/Digest.h>
 #include <TQFoundation/platform/FileDownload.h>
 #include <TQFoundation/platform/JSONDocument.h>
 #include <TQFoundation/platform/Keychain.h>
@@ -128,6 +125,9 @@
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/bytes/Checksum.h>
+#include <TQFoundation/platform/bytes/Codec.h>
+#include <TQFoundation/platform/bytes/Digest.h>
 #include <TQFoundation/platform/files/ExternalTool.h>
 #include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/platform/files/FileReading.h>

@@ -7,7 +7,7 @@
 #include <memory>
 #include <span>
 
-#include <TQFoundation/platform/Codec.h>
+#include <TQFoundation/platform/bytes/Codec.h>
 
 #include "../support/Bytes.h"
 

@@ -1,9 +1,5 @@
 tq_room(platform
   BinaryPropertyList.cpp
-  Checksum.cpp Checksum.h
-  Codec.h
-  DeflateCodec.cpp
-  Digest.cpp Digest.h
   FileDownload.cpp FileDownload.h
   GroupApply.cpp
   JSONDocument.cpp JSONDocument.h
@@ -14,8 +10,6 @@ tq_room(platform
   KeyedArchiver.cpp KeyedArchiver.h
   KeyedRecords.cpp
   KeyedUnarchiver.cpp KeyedUnarchiver.h
-  LZ4Codec.cpp
-  LZMACodec.cpp
   LibraryClasses.cpp
   Operation.cpp Operation.h
   OperationQueue.cpp OperationQueue.h
@@ -33,6 +27,15 @@ tq_room(platform
   URLTransfer.cpp
   UserDefaults.cpp UserDefaults.h
   WorkerPool.cpp WorkerPool.h
+  bytes/Checksum.cpp bytes/Checksum.h
+  bytes/Codec.h
+  bytes/DeflateCodec.cpp
+  bytes/Digest.cpp bytes/Digest.h
+  bytes/LZ4Codec.cpp
+  bytes/LZMACodec.cpp
+  bytes/lzfse/LZFSECodec.cpp
+  bytes/lzfse/LZVNDecoder.cpp
+  bytes/lzfse/LZVNEncoder.cpp
   files/ExternalTool.cpp files/ExternalTool.h
   files/FileHandle.cpp files/FileHandle.h
   files/FileReading.cpp files/FileReading.h
@@ -40,9 +43,6 @@ tq_room(platform
   log/LogChannel.cpp log/LogChannel.h
   log/PlainLog.cpp log/PlainLog.h
   log/detail/SinkSlot.h
-  lzfse/LZFSECodec.cpp
-  lzfse/LZVNDecoder.cpp
-  lzfse/LZVNEncoder.cpp
   memory/ObjectMemory.cpp
   text/Base64.cpp text/Base64.h
   text/CharacterCategory.cpp text/CharacterCategory.h
@@ -57,16 +57,16 @@ tq_room(platform
   threads/TickClock.cpp threads/TickClock.h
   threads/detail/FifoLock.h
   INTERNAL
+  bytes/lzfse/BlockDecoder.cpp bytes/lzfse/BlockDecoder.h
+  bytes/lzfse/BlockEncoder.cpp bytes/lzfse/BlockEncoder.h
+  bytes/lzfse/BlockHeader.cpp bytes/lzfse/BlockHeader.h
+  bytes/lzfse/Encoder.cpp bytes/lzfse/Encoder.h
+  bytes/lzfse/EntropyCoder.cpp bytes/lzfse/EntropyCoder.h
+  bytes/lzfse/Format.h
+  bytes/lzfse/LZVN.h
+  bytes/lzfse/MatchFinder.h
+  bytes/lzfse/Output.h
   files/FileError.cpp files/FileError.h
   files/RegularFile.h
   files/SafeFile.cpp files/SafeFile.h
-  lzfse/BlockDecoder.cpp lzfse/BlockDecoder.h
-  lzfse/BlockEncoder.cpp lzfse/BlockEncoder.h
-  lzfse/BlockHeader.cpp lzfse/BlockHeader.h
-  lzfse/Encoder.cpp lzfse/Encoder.h
-  lzfse/EntropyCoder.cpp lzfse/EntropyCoder.h
-  lzfse/Format.h
-  lzfse/LZVN.h
-  lzfse/MatchFinder.h
-  lzfse/Output.h
   memory/AddressRange.cpp memory/AddressRange.h)

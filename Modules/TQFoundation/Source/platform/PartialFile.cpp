@@ -10,7 +10,7 @@
 #include <charconv>
 #include <utility>
 
-#include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/bytes/Digest.h>
 #include <TQFoundation/platform/files/FileError.h>
 #include <TQFoundation/platform/files/SafeFile.h>
 #include <TQFoundation/platform/text/Base64.h>

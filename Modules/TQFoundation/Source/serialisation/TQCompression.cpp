@@ -5,8 +5,8 @@
 #include <cstring>
 #include <new>
 
-#include <TQFoundation/platform/Checksum.h>
-#include <TQFoundation/platform/Codec.h>
+#include <TQFoundation/platform/bytes/Checksum.h>
+#include <TQFoundation/platform/bytes/Codec.h>
 
 namespace tq {
 namespace {

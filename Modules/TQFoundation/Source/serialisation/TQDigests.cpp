@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/bytes/Digest.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {

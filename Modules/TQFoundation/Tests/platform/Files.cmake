@@ -1,6 +1,6 @@
 tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/text/Base64Test.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/CodecTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/bytes/CodecTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/CollationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileReadingTest.cpp
@@ -12,7 +12,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp)
 target_compile_definitions(TQPlatformTests PRIVATE
-  "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/data\"")
+  "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/bytes/data\"")
 
 # A host whose toolkit runs the process's default main context is played by GLib itself.
 # An HTTPS server needs OpenSSL.

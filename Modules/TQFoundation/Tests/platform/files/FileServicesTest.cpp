@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <utility>
 
-#include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/bytes/Digest.h>
 #include <TQFoundation/platform/files/FileHandle.h>
 
 namespace tq {

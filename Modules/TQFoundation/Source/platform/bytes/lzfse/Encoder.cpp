@@ -1,11 +1,11 @@
-#include <TQFoundation/platform/lzfse/Encoder.h>
+#include <TQFoundation/platform/bytes/lzfse/Encoder.h>
 
 #include <algorithm>
 #include <memory>
 #include <new>
 
-#include <TQFoundation/platform/lzfse/BlockEncoder.h>
-#include <TQFoundation/platform/lzfse/MatchFinder.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockEncoder.h>
+#include <TQFoundation/platform/bytes/lzfse/MatchFinder.h>
 
 namespace tq::lzfse {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Codec.h>
+#include <TQFoundation/platform/bytes/Codec.h>
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/bytes/Digest.h>
 
 #include "support/Bytes.h"
 

@@ -12,7 +12,7 @@
 #include <new>
 #include <span>
 
-#include <TQFoundation/platform/lzfse/Format.h>
+#include <TQFoundation/platform/bytes/lzfse/Format.h>
 
 namespace tq::lzfse {
 

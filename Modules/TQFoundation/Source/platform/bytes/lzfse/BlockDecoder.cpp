@@ -1,6 +1,6 @@
-#include <TQFoundation/platform/lzfse/BlockDecoder.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockDecoder.h>
 
-#include <TQFoundation/platform/lzfse/BlockHeader.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockHeader.h>
 
 namespace tq::lzfse {
 

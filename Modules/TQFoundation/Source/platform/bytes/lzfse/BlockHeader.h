@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <span>
 
-#include <TQFoundation/platform/lzfse/Format.h>
+#include <TQFoundation/platform/bytes/lzfse/Format.h>
 
 namespace tq::lzfse {
 

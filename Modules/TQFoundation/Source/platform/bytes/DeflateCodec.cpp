@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Codec.h>
+#include <TQFoundation/platform/bytes/Codec.h>
 
 #include <algorithm>
 #include <memory>

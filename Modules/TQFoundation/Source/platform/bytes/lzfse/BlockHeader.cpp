@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/lzfse/BlockHeader.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockHeader.h>
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/lzfse/LZVN.h>
+#include <TQFoundation/platform/bytes/lzfse/LZVN.h>
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-#include <TQFoundation/platform/lzfse/MatchFinder.h>
+#include <TQFoundation/platform/bytes/lzfse/MatchFinder.h>
 
 namespace tq::lzfse {
 namespace {

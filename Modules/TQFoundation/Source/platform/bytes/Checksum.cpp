@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Checksum.h>
+#include <TQFoundation/platform/bytes/Checksum.h>
 
 #include <zlib.h>
 

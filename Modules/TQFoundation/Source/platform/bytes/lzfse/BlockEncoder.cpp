@@ -1,10 +1,10 @@
-#include <TQFoundation/platform/lzfse/BlockEncoder.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockEncoder.h>
 
 #include <algorithm>
 #include <bit>
 
-#include <TQFoundation/platform/lzfse/BlockHeader.h>
-#include <TQFoundation/platform/lzfse/EntropyCoder.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockHeader.h>
+#include <TQFoundation/platform/bytes/lzfse/EntropyCoder.h>
 
 namespace tq::lzfse {
 namespace {

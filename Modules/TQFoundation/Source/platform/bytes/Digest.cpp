@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Digest.h>
+#include <TQFoundation/platform/bytes/Digest.h>
 
 #include <errno.h>
 #include <openssl/evp.h>

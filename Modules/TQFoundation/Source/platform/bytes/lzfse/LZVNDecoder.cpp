@@ -1,8 +1,8 @@
-#include <TQFoundation/platform/lzfse/LZVN.h>
+#include <TQFoundation/platform/bytes/lzfse/LZVN.h>
 
 #include <cstdint>
 
-#include <TQFoundation/platform/lzfse/Format.h>
+#include <TQFoundation/platform/bytes/lzfse/Format.h>
 
 namespace tq::lzfse {
 namespace {

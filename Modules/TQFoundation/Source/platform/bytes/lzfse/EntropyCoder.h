@@ -17,7 +17,7 @@
 #include <cstdint>
 #include <span>
 
-#include <TQFoundation/platform/lzfse/Format.h>
+#include <TQFoundation/platform/bytes/lzfse/Format.h>
 
 namespace tq::lzfse {
 

@@ -19,7 +19,7 @@
 #include <cstddef>
 #include <span>
 
-#include <TQFoundation/platform/lzfse/Output.h>
+#include <TQFoundation/platform/bytes/lzfse/Output.h>
 
 namespace tq::lzfse {
 

@@ -3,12 +3,12 @@
 #include <memory>
 #include <new>
 
-#include <TQFoundation/platform/Codec.h>
-#include <TQFoundation/platform/lzfse/BlockDecoder.h>
-#include <TQFoundation/platform/lzfse/Encoder.h>
-#include <TQFoundation/platform/lzfse/Format.h>
-#include <TQFoundation/platform/lzfse/LZVN.h>
-#include <TQFoundation/platform/lzfse/Output.h>
+#include <TQFoundation/platform/bytes/Codec.h>
+#include <TQFoundation/platform/bytes/lzfse/BlockDecoder.h>
+#include <TQFoundation/platform/bytes/lzfse/Encoder.h>
+#include <TQFoundation/platform/bytes/lzfse/Format.h>
+#include <TQFoundation/platform/bytes/lzfse/LZVN.h>
+#include <TQFoundation/platform/bytes/lzfse/Output.h>
 
 namespace tq {
 namespace {

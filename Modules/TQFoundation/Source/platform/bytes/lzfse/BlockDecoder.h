@@ -8,9 +8,9 @@
 #include <cstdint>
 #include <span>
 
-#include <TQFoundation/platform/lzfse/EntropyCoder.h>
-#include <TQFoundation/platform/lzfse/Format.h>
-#include <TQFoundation/platform/lzfse/Output.h>
+#include <TQFoundation/platform/bytes/lzfse/EntropyCoder.h>
+#include <TQFoundation/platform/bytes/lzfse/Format.h>
+#include <TQFoundation/platform/bytes/lzfse/Output.h>
 
 namespace tq::lzfse {
 

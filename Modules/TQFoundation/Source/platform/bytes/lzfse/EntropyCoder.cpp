@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/lzfse/EntropyCoder.h>
+#include <TQFoundation/platform/bytes/lzfse/EntropyCoder.h>
 
 namespace tq::lzfse {
 namespace {
