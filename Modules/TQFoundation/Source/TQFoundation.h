@@ -116,8 +116,6 @@
 #include <TQFoundation/platform/FileDownload.h>
 #include <TQFoundation/platform/JSONDocument.h>
 #include <TQFoundation/platform/Keychain.h>
-#include <TQFoundation/platform/KeyedArchiver.h>
-#include <TQFoundation/platform/KeyedUnarchiver.h>
 #include <TQFoundation/platform/Operation.h>
 #include <TQFoundation/platform/OperationQueue.h>
 #include <TQFoundation/platform/RunLoop.h>
@@ -125,6 +123,8 @@
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 #include <TQFoundation/platform/bytes/Checksum.h>
 #include <TQFoundation/platform/bytes/Codec.h>
 #include <TQFoundation/platform/bytes/Digest.h>

@@ -8,8 +8,8 @@
 
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/KeyedArchiver.h>
-#include <TQFoundation/platform/KeyedUnarchiver.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 
 namespace {
 

@@ -1,5 +1,4 @@
 tq_room(platform
-  BinaryPropertyList.cpp
   FileDownload.cpp FileDownload.h
   GroupApply.cpp
   JSONDocument.cpp JSONDocument.h
@@ -7,9 +6,6 @@ tq_room(platform
   JSONObjectBuilder.cpp
   JSONShape.cpp
   Keychain.cpp Keychain.h
-  KeyedArchiver.cpp KeyedArchiver.h
-  KeyedRecords.cpp
-  KeyedUnarchiver.cpp KeyedUnarchiver.h
   LibraryClasses.cpp
   Operation.cpp Operation.h
   OperationQueue.cpp OperationQueue.h
@@ -18,7 +14,6 @@ tq_room(platform
   PoolThreads.cpp
   PreferenceDatabase.cpp
   PreferenceStore.cpp
-  PropertyList.cpp
   RunLoop.cpp RunLoop.h
   SharedGeneration.cpp
   Timer.cpp Timer.h
@@ -27,6 +22,13 @@ tq_room(platform
   URLTransfer.cpp
   UserDefaults.cpp UserDefaults.h
   WorkerPool.cpp WorkerPool.h
+  archive/BinaryPropertyList.cpp
+  archive/KeyedArchiver.cpp archive/KeyedArchiver.h
+  archive/KeyedRecords.cpp
+  archive/KeyedUnarchiver.cpp archive/KeyedUnarchiver.h
+  archive/detail/BinaryPropertyList.h
+  archive/detail/KeyedArchiveFormat.h
+  archive/detail/KeyedReader.h
   bytes/Checksum.cpp bytes/Checksum.h
   bytes/Codec.h
   bytes/DeflateCodec.cpp
@@ -57,6 +59,7 @@ tq_room(platform
   threads/TickClock.cpp threads/TickClock.h
   threads/detail/FifoLock.h
   INTERNAL
+  archive/PropertyList.cpp archive/PropertyList.h
   bytes/lzfse/BlockDecoder.cpp bytes/lzfse/BlockDecoder.h
   bytes/lzfse/BlockEncoder.cpp bytes/lzfse/BlockEncoder.h
   bytes/lzfse/BlockHeader.cpp bytes/lzfse/BlockHeader.h

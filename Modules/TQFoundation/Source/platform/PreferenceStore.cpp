@@ -11,7 +11,7 @@
 #include <utility>
 
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/detail/PropertyList.h>
+#include <TQFoundation/platform/archive/PropertyList.h>
 
 namespace tq::detail {
 namespace {

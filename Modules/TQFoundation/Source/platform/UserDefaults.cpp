@@ -10,8 +10,8 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/archive/PropertyList.h>
 #include <TQFoundation/platform/detail/PreferenceStore.h>
-#include <TQFoundation/platform/detail/PropertyList.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {

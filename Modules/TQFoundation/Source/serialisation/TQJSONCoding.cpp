@@ -9,7 +9,7 @@
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/serialisation/TQJSONEncoder.h>

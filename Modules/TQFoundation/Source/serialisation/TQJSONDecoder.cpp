@@ -13,7 +13,7 @@
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/KeyedUnarchiver.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 #include <TQFoundation/platform/detail/JSONObjectBuilder.h>
 #include <TQFoundation/platform/files/FileReading.h>
 #include <TQFoundation/platform/log/PlainLog.h>

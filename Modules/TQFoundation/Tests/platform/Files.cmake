@@ -4,7 +4,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/text/CollationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileReadingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationQueueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
@@ -23,12 +23,12 @@ target_link_libraries(TQPlatformTests PRIVATE
 # An independent reader and writer of binary property lists, to compare with.
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
 tq_add_internal_tests(TQPlatform
-  ${CMAKE_CURRENT_LIST_DIR}/BinaryPropertyListTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/KeyedUnarchiverTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/archive/BinaryPropertyListTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedUnarchiverTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
 # An executable of its own, for it replaces the allocation functions.
 tq_add_room_tests(TQPlatformFault
-  ${CMAKE_CURRENT_LIST_DIR}/KeyedArchiverFaultTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverFaultTest.cpp)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
 # Services of the system, with its writes made to fail, beside the database's own view of its files.

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+#include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
 #include <algorithm>
 #include <bit>

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/KeyedUnarchiver.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 
 #include <gtest/gtest.h>
 #include <plist/plist.h>
@@ -12,9 +12,9 @@
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+#include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
-#include "platform/Host.h"
+#include "platform/archive/Host.h"
 #include "support/Bytes.h"
 
 namespace tq {

@@ -2,7 +2,7 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Set.h>
 
-#include "platform/Host.h"
+#include "platform/archive/Host.h"
 #include "support/FailingAllocations.h"
 
 namespace tq {

@@ -14,8 +14,8 @@
 #include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/KeyedUnarchiver.h>
-#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
+#include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
 namespace tq {
 

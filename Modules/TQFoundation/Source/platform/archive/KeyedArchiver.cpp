@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
 
 #include <cmath>
 #include <exception>
@@ -19,8 +19,8 @@
 #include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/detail/BinaryPropertyList.h>
-#include <TQFoundation/platform/detail/KeyedArchiveFormat.h>
+#include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
+#include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
 
 namespace tq {
 namespace {

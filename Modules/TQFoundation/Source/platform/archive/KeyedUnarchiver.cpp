@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/KeyedUnarchiver.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 
 #include <cxxabi.h>
 
@@ -15,9 +15,9 @@
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/KeyedArchiver.h>
-#include <TQFoundation/platform/detail/KeyedArchiveFormat.h>
-#include <TQFoundation/platform/detail/KeyedReader.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
+#include <TQFoundation/platform/archive/detail/KeyedReader.h>
 
 namespace tq {
 

@@ -6,8 +6,8 @@
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/KeyedArchiver.h>
-#include <TQFoundation/platform/KeyedUnarchiver.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 
 namespace tq::test {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+#include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
 #include <gtest/gtest.h>
 #include <plist/plist.h>
@@ -8,7 +8,7 @@
 #include <limits>
 
 #include <TQFoundation/objects/Array.h>
-#include <TQFoundation/platform/detail/PropertyList.h>
+#include <TQFoundation/platform/archive/PropertyList.h>
 
 #include "support/Bytes.h"
 

@@ -11,8 +11,8 @@
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
-#include <TQFoundation/platform/detail/KeyedArchiveFormat.h>
-#include <TQFoundation/platform/detail/KeyedReader.h>
+#include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
+#include <TQFoundation/platform/archive/detail/KeyedReader.h>
 
 // What the records of the library's own classes say. None of those that make no sense.
 

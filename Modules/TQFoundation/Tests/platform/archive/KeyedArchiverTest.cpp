@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/KeyedArchiver.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 
-#include "platform/Host.h"
+#include "platform/archive/Host.h"
 #include "support/RandomGraphs.h"
 
 namespace tq {

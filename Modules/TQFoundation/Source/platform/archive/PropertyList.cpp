@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/PropertyList.h>
+#include <TQFoundation/platform/archive/PropertyList.h>
 
 #include <optional>
 #include <utility>
@@ -9,7 +9,7 @@
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/detail/BinaryPropertyList.h>
+#include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
 namespace tq::detail {
 namespace {
