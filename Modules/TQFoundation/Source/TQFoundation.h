@@ -114,7 +114,6 @@
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/FileDownload.h>
-#include <TQFoundation/platform/JSONDocument.h>
 #include <TQFoundation/platform/Keychain.h>
 #include <TQFoundation/platform/Operation.h>
 #include <TQFoundation/platform/OperationQueue.h>
@@ -132,6 +131,7 @@
 #include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/platform/files/FileReading.h>
 #include <TQFoundation/platform/files/FileServices.h>
+#include <TQFoundation/platform/json/JSONDocument.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/text/Base64.h>

@@ -1,10 +1,6 @@
 tq_room(platform
   FileDownload.cpp FileDownload.h
   GroupApply.cpp
-  JSONDocument.cpp JSONDocument.h
-  JSONFault.cpp
-  JSONObjectBuilder.cpp
-  JSONShape.cpp
   Keychain.cpp Keychain.h
   LibraryClasses.cpp
   Operation.cpp Operation.h
@@ -42,6 +38,9 @@ tq_room(platform
   files/FileHandle.cpp files/FileHandle.h
   files/FileReading.cpp files/FileReading.h
   files/FileServices.cpp files/FileServices.h
+  json/JSONDocument.cpp json/JSONDocument.h
+  json/JSONFault.cpp
+  json/detail/JSONFault.h
   log/LogChannel.cpp log/LogChannel.h
   log/PlainLog.cpp log/PlainLog.h
   log/detail/SinkSlot.h
@@ -72,4 +71,6 @@ tq_room(platform
   files/FileError.cpp files/FileError.h
   files/RegularFile.h
   files/SafeFile.cpp files/SafeFile.h
+  json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
+  json/JSONShape.cpp json/JSONShape.h
   memory/AddressRange.cpp memory/AddressRange.h)

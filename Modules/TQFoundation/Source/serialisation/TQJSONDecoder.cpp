@@ -14,8 +14,8 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
-#include <TQFoundation/platform/detail/JSONObjectBuilder.h>
 #include <TQFoundation/platform/files/FileReading.h>
+#include <TQFoundation/platform/json/JSONObjectBuilder.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/text/Base64.h>
 

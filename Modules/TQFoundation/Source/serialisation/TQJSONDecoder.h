@@ -19,7 +19,7 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/JSONDocument.h>
+#include <TQFoundation/platform/json/JSONDocument.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
 namespace tq {

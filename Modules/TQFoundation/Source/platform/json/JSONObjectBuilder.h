@@ -11,8 +11,8 @@
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/JSONDocument.h>
-#include <TQFoundation/platform/detail/JSONShape.h>
+#include <TQFoundation/platform/json/JSONDocument.h>
+#include <TQFoundation/platform/json/JSONShape.h>
 
 namespace tq::detail {
 

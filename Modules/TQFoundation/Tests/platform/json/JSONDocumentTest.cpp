@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/JSONDocument.h>
+#include <TQFoundation/platform/json/JSONDocument.h>
 
 #include <gtest/gtest.h>
 

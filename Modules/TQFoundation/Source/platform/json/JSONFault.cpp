@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/JSONFault.h>
+#include <TQFoundation/platform/json/detail/JSONFault.h>
 
 #include <TQFoundation/objects/String.h>
 

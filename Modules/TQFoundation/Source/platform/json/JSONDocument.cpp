@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/JSONDocument.h>
+#include <TQFoundation/platform/json/JSONDocument.h>
 
 #include <simdjson.h>
 #include <sys/mman.h>
@@ -11,7 +11,7 @@
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/UTF.h>
-#include <TQFoundation/platform/detail/JSONFault.h>
+#include <TQFoundation/platform/json/detail/JSONFault.h>
 
 namespace tq {
 

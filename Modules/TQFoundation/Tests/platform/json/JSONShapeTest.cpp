@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/JSONShape.h>
+#include <TQFoundation/platform/json/JSONShape.h>
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/JSONObjectBuilder.h>
+#include <TQFoundation/platform/json/JSONObjectBuilder.h>
 
 #include <algorithm>
 #include <utility>
