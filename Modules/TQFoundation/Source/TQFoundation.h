@@ -117,8 +117,6 @@
 #include <TQFoundation/platform/Keychain.h>
 #include <TQFoundation/platform/Operation.h>
 #include <TQFoundation/platform/OperationQueue.h>
-#include <TQFoundation/platform/RunLoop.h>
-#include <TQFoundation/platform/Timer.h>
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/WorkerPool.h>
@@ -134,6 +132,8 @@
 #include <TQFoundation/platform/json/JSONDocument.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 #include <TQFoundation/platform/log/PlainLog.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
+#include <TQFoundation/platform/loops/Timer.h>
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/platform/text/Collation.h>

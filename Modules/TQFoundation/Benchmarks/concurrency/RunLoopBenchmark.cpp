@@ -10,7 +10,7 @@
 
 #include <TQFoundation/concurrency/TQRateLimiter.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/loops/Timer.h>
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/loops/Timer.h>
 
 namespace tq {
 

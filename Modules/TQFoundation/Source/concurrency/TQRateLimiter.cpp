@@ -1,7 +1,7 @@
 #include <TQFoundation/concurrency/TQRateLimiter.h>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/RunLoop.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 namespace tq {
 

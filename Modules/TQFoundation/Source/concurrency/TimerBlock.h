@@ -7,7 +7,7 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Ref.h>
-#include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/loops/Timer.h>
 
 namespace tq {
 

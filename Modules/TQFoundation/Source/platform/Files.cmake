@@ -10,9 +10,7 @@ tq_room(platform
   PoolThreads.cpp
   PreferenceDatabase.cpp
   PreferenceStore.cpp
-  RunLoop.cpp RunLoop.h
   SharedGeneration.cpp
-  Timer.cpp Timer.h
   URLSession.cpp URLSession.h
   URLSessionEngine.cpp
   URLTransfer.cpp
@@ -44,6 +42,9 @@ tq_room(platform
   log/LogChannel.cpp log/LogChannel.h
   log/PlainLog.cpp log/PlainLog.h
   log/detail/SinkSlot.h
+  loops/RunLoop.cpp loops/RunLoop.h
+  loops/Timer.cpp loops/Timer.h
+  loops/detail/TimerHeap.h
   memory/ObjectMemory.cpp
   text/Base64.cpp text/Base64.h
   text/CharacterCategory.cpp text/CharacterCategory.h

@@ -12,7 +12,7 @@
 #include <TQFoundation/concurrency/TQObjectPool.h>
 #include <TQFoundation/concurrency/TQRateLimiter.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/RunLoop.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 #include "support/FailingAllocations.h"
 

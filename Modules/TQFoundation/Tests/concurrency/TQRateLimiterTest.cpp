@@ -8,7 +8,7 @@
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/RunLoop.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 namespace tq {
 namespace {

@@ -8,8 +8,8 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/OperationQueueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/OperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/RunLoopTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TimerTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/loops/RunLoopTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/loops/TimerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp)
 target_compile_definitions(TQPlatformTests PRIVATE
   "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/bytes/data\"")

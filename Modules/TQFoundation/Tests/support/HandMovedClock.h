@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include <TQFoundation/platform/RunLoop.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 namespace tq::test {
 

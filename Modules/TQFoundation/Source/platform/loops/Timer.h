@@ -8,8 +8,8 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
-#include <TQFoundation/platform/RunLoop.h>
-#include <TQFoundation/platform/detail/TimerHeap.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
+#include <TQFoundation/platform/loops/detail/TimerHeap.h>
 
 namespace tq {
 

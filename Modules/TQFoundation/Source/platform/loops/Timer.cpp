@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/loops/Timer.h>
 
 #include <algorithm>
 #include <cmath>

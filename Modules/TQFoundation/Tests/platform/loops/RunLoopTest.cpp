@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/RunLoop.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 #include <glib.h>
 #include <gmock/gmock.h>
@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/loops/Timer.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/RunLoop.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 #include <glib.h>
 #include <unistd.h>
@@ -14,7 +14,7 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Timer.h>
+#include <TQFoundation/platform/loops/Timer.h>
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/Thread.h>
 
