@@ -115,11 +115,8 @@
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/FileDownload.h>
 #include <TQFoundation/platform/Keychain.h>
-#include <TQFoundation/platform/Operation.h>
-#include <TQFoundation/platform/OperationQueue.h>
 #include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
-#include <TQFoundation/platform/WorkerPool.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 #include <TQFoundation/platform/bytes/Checksum.h>
@@ -134,6 +131,9 @@
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
 #include <TQFoundation/platform/loops/Timer.h>
+#include <TQFoundation/platform/operations/Operation.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
+#include <TQFoundation/platform/operations/WorkerPool.h>
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/platform/text/Collation.h>

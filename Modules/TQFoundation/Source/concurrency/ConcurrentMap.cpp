@@ -10,7 +10,7 @@
 #include <vector>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/operations/WorkerPool.h>
 
 namespace tq {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/OperationQueue.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 
 namespace tq {
 namespace {

@@ -11,7 +11,7 @@
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/ArrayConveniences.h>
-#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/operations/Operation.h>
 
 namespace tq {
 

@@ -4,7 +4,7 @@
 /// Operations that say themselves when they begin and end.
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/operations/Operation.h>
 
 namespace tq {
 

@@ -1,13 +1,8 @@
 tq_room(platform
   FileDownload.cpp FileDownload.h
-  GroupApply.cpp
   Keychain.cpp Keychain.h
   LibraryClasses.cpp
-  Operation.cpp Operation.h
-  OperationQueue.cpp OperationQueue.h
-  OperationScheduler.cpp
   PartialFile.cpp
-  PoolThreads.cpp
   PreferenceDatabase.cpp
   PreferenceStore.cpp
   SharedGeneration.cpp
@@ -15,7 +10,6 @@ tq_room(platform
   URLSessionEngine.cpp
   URLTransfer.cpp
   UserDefaults.cpp UserDefaults.h
-  WorkerPool.cpp WorkerPool.h
   archive/BinaryPropertyList.cpp
   archive/KeyedArchiver.cpp archive/KeyedArchiver.h
   archive/KeyedRecords.cpp
@@ -46,6 +40,14 @@ tq_room(platform
   loops/Timer.cpp loops/Timer.h
   loops/detail/TimerHeap.h
   memory/ObjectMemory.cpp
+  operations/GroupApply.cpp
+  operations/Operation.cpp operations/Operation.h
+  operations/OperationQueue.cpp operations/OperationQueue.h
+  operations/OperationScheduler.cpp
+  operations/PoolThreads.cpp
+  operations/WorkerPool.cpp operations/WorkerPool.h
+  operations/detail/OperationScheduler.h
+  operations/detail/PoolThreads.h
   text/Base64.cpp text/Base64.h
   text/CharacterCategory.cpp text/CharacterCategory.h
   text/Collation.cpp text/Collation.h

@@ -13,7 +13,7 @@
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Null.h>
-#include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/operations/WorkerPool.h>
 
 #include "support/Numbers.h"
 #include "support/Threads.h"

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include <TQFoundation/concurrency/TQURLOperation.h>
-#include <TQFoundation/platform/OperationQueue.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/OperationQueue.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 
 #include <gmock/gmock.h>
 

@@ -12,7 +12,7 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
-#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/operations/Operation.h>
 
 namespace tq {
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/detail/OperationScheduler.h>
-#include <TQFoundation/platform/detail/PoolThreads.h>
+#include <TQFoundation/platform/operations/detail/OperationScheduler.h>
+#include <TQFoundation/platform/operations/detail/PoolThreads.h>
 
 namespace tq::detail {
 namespace {

@@ -1,9 +1,9 @@
-#include <TQFoundation/platform/OperationQueue.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 
 #include <utility>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/detail/OperationScheduler.h>
+#include <TQFoundation/platform/operations/detail/OperationScheduler.h>
 
 namespace tq {
 

@@ -1,12 +1,12 @@
-#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/operations/Operation.h>
 
 #include <algorithm>
 #include <utility>
 
 #include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/platform/WorkerPool.h>
-#include <TQFoundation/platform/detail/OperationScheduler.h>
-#include <TQFoundation/platform/detail/PoolThreads.h>
+#include <TQFoundation/platform/operations/WorkerPool.h>
+#include <TQFoundation/platform/operations/detail/OperationScheduler.h>
+#include <TQFoundation/platform/operations/detail/PoolThreads.h>
 #include <TQFoundation/platform/threads/Thread.h>
 
 namespace tq {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/WorkerPool.h>
+#include <TQFoundation/platform/operations/WorkerPool.h>
 
 #include <tbb/blocked_range.h>
 #include <tbb/parallel_for.h>

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/operations/Operation.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq::detail {

@@ -7,8 +7,8 @@
 #include <thread>
 #include <utility>
 
-#include <TQFoundation/platform/WorkerPool.h>
-#include <TQFoundation/platform/detail/PoolThreads.h>
+#include <TQFoundation/platform/operations/WorkerPool.h>
+#include <TQFoundation/platform/operations/detail/PoolThreads.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {

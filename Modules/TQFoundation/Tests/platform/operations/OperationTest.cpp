@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Operation.h>
+#include <TQFoundation/platform/operations/Operation.h>
 
 #include <gmock/gmock.h>
 
