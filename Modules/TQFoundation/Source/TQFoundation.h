@@ -113,9 +113,6 @@
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/FileDownload.h>
-#include <TQFoundation/platform/Keychain.h>
-#include <TQFoundation/platform/URLSession.h>
 #include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
@@ -131,6 +128,9 @@
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
 #include <TQFoundation/platform/loops/Timer.h>
+#include <TQFoundation/platform/network/FileDownload.h>
+#include <TQFoundation/platform/network/Keychain.h>
+#include <TQFoundation/platform/network/URLSession.h>
 #include <TQFoundation/platform/operations/Operation.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 #include <TQFoundation/platform/operations/WorkerPool.h>

@@ -8,7 +8,7 @@
 
 #include <future>
 
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 #include "../../Tests/support/LoopbackServer.h"
 
 namespace {

@@ -7,7 +7,7 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/concurrency/TQOperation.h>
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 
 namespace tq {
 

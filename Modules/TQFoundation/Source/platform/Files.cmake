@@ -1,14 +1,8 @@
 tq_room(platform
-  FileDownload.cpp FileDownload.h
-  Keychain.cpp Keychain.h
   LibraryClasses.cpp
-  PartialFile.cpp
   PreferenceDatabase.cpp
   PreferenceStore.cpp
   SharedGeneration.cpp
-  URLSession.cpp URLSession.h
-  URLSessionEngine.cpp
-  URLTransfer.cpp
   UserDefaults.cpp UserDefaults.h
   archive/BinaryPropertyList.cpp
   archive/KeyedArchiver.cpp archive/KeyedArchiver.h
@@ -40,6 +34,15 @@ tq_room(platform
   loops/Timer.cpp loops/Timer.h
   loops/detail/TimerHeap.h
   memory/ObjectMemory.cpp
+  network/FileDownload.cpp network/FileDownload.h
+  network/Keychain.cpp network/Keychain.h
+  network/PartialFile.cpp
+  network/URLSession.cpp network/URLSession.h
+  network/URLSessionEngine.cpp
+  network/URLTransfer.cpp
+  network/detail/PartialFile.h
+  network/detail/URLSessionEngine.h
+  network/detail/URLTransfer.h
   operations/GroupApply.cpp
   operations/Operation.cpp operations/Operation.h
   operations/OperationQueue.cpp operations/OperationQueue.h

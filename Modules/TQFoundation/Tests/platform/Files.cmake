@@ -10,7 +10,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/RunLoopTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/TimerTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/URLSessionTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/network/URLSessionTest.cpp)
 target_compile_definitions(TQPlatformTests PRIVATE
   "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/bytes/data\"")
 
@@ -34,9 +34,9 @@ include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 # Services of the system, with its writes made to fail, beside the database's own view of its files.
 tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/files/ExternalToolTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/FileDownloadTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/network/FileDownloadTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileServicesTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/KeychainTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/network/KeychainTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileDownload.h>
+#include <TQFoundation/platform/network/FileDownload.h>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 
 namespace tq {
 

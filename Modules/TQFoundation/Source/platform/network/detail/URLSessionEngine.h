@@ -9,7 +9,7 @@
 #include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {

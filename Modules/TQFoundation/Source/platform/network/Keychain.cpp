@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/Keychain.h>
+#include <TQFoundation/platform/network/Keychain.h>
 
 #include <libsecret/secret.h>
 

@@ -1,10 +1,10 @@
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 
 #include <algorithm>
 #include <memory>
 #include <new>
 
-#include <TQFoundation/platform/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/network/detail/URLSessionEngine.h>
 
 namespace tq {
 namespace {

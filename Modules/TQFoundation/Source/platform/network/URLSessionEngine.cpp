@@ -7,8 +7,8 @@
 #include <thread>
 #include <utility>
 
-#include <TQFoundation/platform/detail/URLSessionEngine.h>
-#include <TQFoundation/platform/detail/URLTransfer.h>
+#include <TQFoundation/platform/network/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/network/detail/URLTransfer.h>
 
 // The network library is used by the session's thread alone, but for the call that wakes it. Tasks
 // come to the thread under our own lock; what cancels them is atomic.

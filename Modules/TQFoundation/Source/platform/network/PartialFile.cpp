@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/PartialFile.h>
+#include <TQFoundation/platform/network/detail/PartialFile.h>
 
 #include <errno.h>
 #include <fcntl.h>

@@ -8,8 +8,8 @@
 
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/detail/URLSessionEngine.h>
-#include <TQFoundation/platform/detail/URLTransfer.h>
+#include <TQFoundation/platform/network/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/network/detail/URLTransfer.h>
 
 namespace tq {
 namespace {

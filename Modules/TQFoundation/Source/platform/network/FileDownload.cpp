@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/FileDownload.h>
+#include <TQFoundation/platform/network/FileDownload.h>
 
 #include <algorithm>
 #include <atomic>
@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include <TQFoundation/platform/detail/PartialFile.h>
-#include <TQFoundation/platform/detail/URLSessionEngine.h>
+#include <TQFoundation/platform/network/detail/PartialFile.h>
+#include <TQFoundation/platform/network/detail/URLSessionEngine.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {

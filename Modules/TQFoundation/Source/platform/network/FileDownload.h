@@ -12,7 +12,7 @@
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/URL.h>
-#include <TQFoundation/platform/URLSession.h>
+#include <TQFoundation/platform/network/URLSession.h>
 
 namespace tq {
 
