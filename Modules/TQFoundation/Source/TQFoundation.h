@@ -113,7 +113,6 @@
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
-#include <TQFoundation/platform/UserDefaults.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 #include <TQFoundation/platform/bytes/Checksum.h>
@@ -134,6 +133,7 @@
 #include <TQFoundation/platform/operations/Operation.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 #include <TQFoundation/platform/operations/WorkerPool.h>
+#include <TQFoundation/platform/preferences/UserDefaults.h>
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/platform/text/Collation.h>

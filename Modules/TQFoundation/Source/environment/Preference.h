@@ -20,7 +20,7 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/UserDefaults.h>
+#include <TQFoundation/platform/preferences/UserDefaults.h>
 
 namespace tq {
 namespace detail {

@@ -7,7 +7,7 @@
 
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/UserDefaults.h>
+#include <TQFoundation/platform/preferences/UserDefaults.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {

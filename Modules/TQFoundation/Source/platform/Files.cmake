@@ -1,9 +1,5 @@
 tq_room(platform
   LibraryClasses.cpp
-  PreferenceDatabase.cpp
-  PreferenceStore.cpp
-  SharedGeneration.cpp
-  UserDefaults.cpp UserDefaults.h
   archive/BinaryPropertyList.cpp
   archive/KeyedArchiver.cpp archive/KeyedArchiver.h
   archive/KeyedRecords.cpp
@@ -51,6 +47,13 @@ tq_room(platform
   operations/WorkerPool.cpp operations/WorkerPool.h
   operations/detail/OperationScheduler.h
   operations/detail/PoolThreads.h
+  preferences/PreferenceDatabase.cpp
+  preferences/PreferenceStore.cpp
+  preferences/SharedGeneration.cpp
+  preferences/UserDefaults.cpp preferences/UserDefaults.h
+  preferences/detail/PreferenceDatabase.h
+  preferences/detail/PreferenceStore.h
+  preferences/detail/SharedGeneration.h
   text/Base64.cpp text/Base64.h
   text/CharacterCategory.cpp text/CharacterCategory.h
   text/Collation.cpp text/Collation.h

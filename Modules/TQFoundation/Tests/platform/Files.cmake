@@ -37,8 +37,8 @@ tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/network/FileDownloadTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileServicesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/network/KeychainTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsFaultTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/UserDefaultsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/preferences/UserDefaultsFaultTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/preferences/UserDefaultsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)
 target_link_libraries(TQServicesTests PRIVATE PkgConfig::TQ_sqlite3)
 

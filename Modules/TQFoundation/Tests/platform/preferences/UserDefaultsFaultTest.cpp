@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-#include <TQFoundation/platform/UserDefaults.h>
+#include <TQFoundation/platform/preferences/UserDefaults.h>
 
 namespace tq {
 namespace {

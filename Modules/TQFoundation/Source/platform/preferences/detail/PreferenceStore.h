@@ -15,9 +15,9 @@
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Error.h>
-#include <TQFoundation/platform/detail/PreferenceDatabase.h>
-#include <TQFoundation/platform/detail/SharedGeneration.h>
 #include <TQFoundation/platform/log/LogChannel.h>
+#include <TQFoundation/platform/preferences/detail/PreferenceDatabase.h>
+#include <TQFoundation/platform/preferences/detail/SharedGeneration.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq::detail {

@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/SharedGeneration.h>
+#include <TQFoundation/platform/preferences/detail/SharedGeneration.h>
 
 #include <errno.h>
 #include <fcntl.h>

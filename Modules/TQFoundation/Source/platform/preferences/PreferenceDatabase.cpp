@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/PreferenceDatabase.h>
+#include <TQFoundation/platform/preferences/detail/PreferenceDatabase.h>
 
 #include <sqlite3.h>
 

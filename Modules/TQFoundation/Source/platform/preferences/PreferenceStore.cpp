@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/detail/PreferenceStore.h>
+#include <TQFoundation/platform/preferences/detail/PreferenceStore.h>
 
 #include <errno.h>
 #include <fcntl.h>

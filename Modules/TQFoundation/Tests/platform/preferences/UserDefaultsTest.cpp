@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/UserDefaults.h>
+#include <TQFoundation/platform/preferences/UserDefaults.h>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

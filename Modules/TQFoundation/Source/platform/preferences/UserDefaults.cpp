@@ -1,4 +1,4 @@
-#include <TQFoundation/platform/UserDefaults.h>
+#include <TQFoundation/platform/preferences/UserDefaults.h>
 
 #include <errno.h>
 
@@ -11,7 +11,7 @@
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/archive/PropertyList.h>
-#include <TQFoundation/platform/detail/PreferenceStore.h>
+#include <TQFoundation/platform/preferences/detail/PreferenceStore.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq {
