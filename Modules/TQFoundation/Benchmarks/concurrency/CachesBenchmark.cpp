@@ -12,8 +12,8 @@
 #include <vector>
 
 #include <TQFoundation/concurrency/TQCache.h>
-#include <TQFoundation/concurrency/TQLazyVar.h>
 #include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/objects/String.h>
 
 namespace {

@@ -8,10 +8,10 @@
 #include <mutex>
 #include <vector>
 
-#include <TQFoundation/concurrency/Atomic.h>
-#include <TQFoundation/concurrency/ReadWriteLock.h>
-#include <TQFoundation/concurrency/TQAtomicStack.h>
-#include <TQFoundation/concurrency/UnfairLock.h>
+#include <TQFoundation/concurrency/locks/Atomic.h>
+#include <TQFoundation/concurrency/locks/ReadWriteLock.h>
+#include <TQFoundation/concurrency/locks/TQAtomicStack.h>
+#include <TQFoundation/concurrency/locks/UnfairLock.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include <TQFoundation/concurrency/ObjectSynchronizer.h>
 #include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
+#include <TQFoundation/concurrency/locks/ObjectSynchronizer.h>
 
 // In every function that changes the table, what is taken out is declared before the guard, and
 // what comes in is held outside of it: it goes after the lock, also when memory runs out, since its

@@ -12,7 +12,7 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/concurrency/ReadWriteLock.h>
+#include <TQFoundation/concurrency/locks/ReadWriteLock.h>
 #include <TQFoundation/objects/MapTable.h>
 
 namespace tq {

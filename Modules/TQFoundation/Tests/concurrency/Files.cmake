@@ -1,13 +1,13 @@
 tq_add_room_tests(TQConcurrency
   ${CMAKE_CURRENT_LIST_DIR}/ConcurrentMapTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DebouncerTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/LockModelTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/LocksTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/LocksStressTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/locks/LockModelTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/locks/LocksTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/locks/LocksStressTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PoolsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQCacheTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQConcurrentMapOperationTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQLazyVarTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/locks/TQLazyVarTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQOperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQRateLimiterTest.cpp)
 # They misuse locks on purpose, which the analysis would not let through.

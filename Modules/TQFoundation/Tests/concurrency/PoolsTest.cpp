@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include <TQFoundation/concurrency/ResettableLazy.h>
 #include <TQFoundation/concurrency/TQObjectPool.h>
 #include <TQFoundation/concurrency/TQSingleton.h>
 #include <TQFoundation/concurrency/ValueCache.h>
+#include <TQFoundation/concurrency/locks/ResettableLazy.h>
 #include <TQFoundation/objects/MapTable.h>
 #include <TQFoundation/objects/String.h>
 

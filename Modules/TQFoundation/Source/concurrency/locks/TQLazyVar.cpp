@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQLazyVar.h>
+#include <TQFoundation/concurrency/locks/TQLazyVar.h>
 
 #include <chrono>
 

@@ -1,7 +1,7 @@
-#include <TQFoundation/concurrency/TQAtomicStack.h>
+#include <TQFoundation/concurrency/locks/TQAtomicStack.h>
 
-#include <TQFoundation/concurrency/detail/StackNodes.h>
-#include <TQFoundation/concurrency/detail/TaggedStack.h>
+#include <TQFoundation/concurrency/locks/detail/StackNodes.h>
+#include <TQFoundation/concurrency/locks/detail/TaggedStack.h>
 #include <TQFoundation/platform/threads/Thread.h>
 
 namespace tq {

@@ -1,9 +1,9 @@
-#include <TQFoundation/concurrency/detail/StackNodes.h>
+#include <TQFoundation/concurrency/locks/detail/StackNodes.h>
 
 #include <new>
 #include <utility>
 
-#include <TQFoundation/concurrency/UnfairLock.h>
+#include <TQFoundation/concurrency/locks/UnfairLock.h>
 #include <TQFoundation/platform/memory/AddressRange.h>
 #include <TQFoundation/platform/threads/Lock.h>
 

@@ -7,12 +7,12 @@
 #include <thread>
 #include <vector>
 
-#include <TQFoundation/concurrency/Atomic.h>
-#include <TQFoundation/concurrency/Lockable.h>
-#include <TQFoundation/concurrency/ObjectSynchronizer.h>
-#include <TQFoundation/concurrency/ReadWriteLock.h>
-#include <TQFoundation/concurrency/TQAtomicStack.h>
-#include <TQFoundation/concurrency/UnfairLock.h>
+#include <TQFoundation/concurrency/locks/Atomic.h>
+#include <TQFoundation/concurrency/locks/Lockable.h>
+#include <TQFoundation/concurrency/locks/ObjectSynchronizer.h>
+#include <TQFoundation/concurrency/locks/ReadWriteLock.h>
+#include <TQFoundation/concurrency/locks/TQAtomicStack.h>
+#include <TQFoundation/concurrency/locks/UnfairLock.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/SerialQueue.h>
 

@@ -5,7 +5,7 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/concurrency/UnfairWord.h>
+#include <TQFoundation/concurrency/locks/UnfairWord.h>
 #include <TQFoundation/platform/threads/ThreadSystem.h>
 
 namespace tq {
