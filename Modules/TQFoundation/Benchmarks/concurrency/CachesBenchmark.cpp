@@ -11,8 +11,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include <TQFoundation/concurrency/TQCache.h>
-#include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/concurrency/caches/TQCache.h>
+#include <TQFoundation/concurrency/caches/TQObjectPool.h>
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/objects/String.h>
 

@@ -1,16 +1,16 @@
 tq_room(concurrency
   ConcurrentMap.cpp ConcurrentMap.h
   Debouncer.cpp Debouncer.h
-  TQCache.cpp TQCache.h
-  TQCacheDeferredCreation.cpp TQCacheDeferredCreation.h
   TQConcurrentMapOperation.cpp TQConcurrentMapOperation.h
-  TQObjectPool.cpp TQObjectPool.h
   TQOperation.cpp TQOperation.h
   TQRateLimiter.cpp TQRateLimiter.h
-  TQSingleton.cpp TQSingleton.h
   TQURLOperation.cpp TQURLOperation.h
   TimerBlock.cpp TimerBlock.h
-  ValueCache.h
+  caches/TQCache.cpp caches/TQCache.h
+  caches/TQCacheDeferredCreation.cpp caches/TQCacheDeferredCreation.h
+  caches/TQObjectPool.cpp caches/TQObjectPool.h
+  caches/TQSingleton.cpp caches/TQSingleton.h
+  caches/ValueCache.h
   locks/Atomic.h
   locks/Lockable.h
   locks/ObjectSynchronizer.h

@@ -8,9 +8,9 @@
 
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/concurrency/ConcurrentMap.h>
-#include <TQFoundation/concurrency/TQCache.h>
-#include <TQFoundation/concurrency/TQObjectPool.h>
 #include <TQFoundation/concurrency/TQRateLimiter.h>
+#include <TQFoundation/concurrency/caches/TQCache.h>
+#include <TQFoundation/concurrency/caches/TQObjectPool.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
 

@@ -4,8 +4,8 @@ tq_add_room_tests(TQConcurrency
   ${CMAKE_CURRENT_LIST_DIR}/locks/LockModelTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/locks/LocksTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/locks/LocksStressTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/PoolsTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQCacheTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/caches/PoolsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/caches/TQCacheTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQConcurrentMapOperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/locks/TQLazyVarTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQOperationTest.cpp

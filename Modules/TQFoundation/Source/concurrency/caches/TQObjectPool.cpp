@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQObjectPool.h>
+#include <TQFoundation/concurrency/caches/TQObjectPool.h>
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQCache.h>
+#include <TQFoundation/concurrency/caches/TQCache.h>
 
 #include <gmock/gmock.h>
 
@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
+#include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
+#include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 
 #include <utility>
 

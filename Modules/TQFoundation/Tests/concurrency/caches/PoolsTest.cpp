@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include <TQFoundation/concurrency/TQObjectPool.h>
-#include <TQFoundation/concurrency/TQSingleton.h>
-#include <TQFoundation/concurrency/ValueCache.h>
+#include <TQFoundation/concurrency/caches/TQObjectPool.h>
+#include <TQFoundation/concurrency/caches/TQSingleton.h>
+#include <TQFoundation/concurrency/caches/ValueCache.h>
 #include <TQFoundation/concurrency/locks/ResettableLazy.h>
 #include <TQFoundation/objects/MapTable.h>
 #include <TQFoundation/objects/String.h>

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQSingleton.h>
+#include <TQFoundation/concurrency/caches/TQSingleton.h>
 
 #include <map>
 #include <string>

@@ -1,9 +1,9 @@
-#include <TQFoundation/concurrency/TQCache.h>
+#include <TQFoundation/concurrency/caches/TQCache.h>
 
 #include <algorithm>
 #include <utility>
 
-#include <TQFoundation/concurrency/TQCacheDeferredCreation.h>
+#include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 #include <TQFoundation/concurrency/locks/ObjectSynchronizer.h>
 
 // In every function that changes the table, what is taken out is declared before the guard, and
