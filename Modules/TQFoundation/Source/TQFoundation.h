@@ -32,13 +32,6 @@
 #include <TQFoundation/comparison/TQRangeMap.h>
 #include <TQFoundation/comparison/TQSortableTreeItem.h>
 #include <TQFoundation/comparison/TQTreeComparison.h>
-#include <TQFoundation/concurrency/ConcurrentMap.h>
-#include <TQFoundation/concurrency/Debouncer.h>
-#include <TQFoundation/concurrency/TQConcurrentMapOperation.h>
-#include <TQFoundation/concurrency/TQOperation.h>
-#include <TQFoundation/concurrency/TQRateLimiter.h>
-#include <TQFoundation/concurrency/TQURLOperation.h>
-#include <TQFoundation/concurrency/TimerBlock.h>
 #include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 #include <TQFoundation/concurrency/caches/TQObjectPool.h>
@@ -53,6 +46,13 @@
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/concurrency/locks/UnfairLock.h>
 #include <TQFoundation/concurrency/locks/UnfairWord.h>
+#include <TQFoundation/concurrency/work/ConcurrentMap.h>
+#include <TQFoundation/concurrency/work/Debouncer.h>
+#include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
+#include <TQFoundation/concurrency/work/TQOperation.h>
+#include <TQFoundation/concurrency/work/TQRateLimiter.h>
+#include <TQFoundation/concurrency/work/TQURLOperation.h>
+#include <TQFoundation/concurrency/work/TimerBlock.h>
 #include <TQFoundation/environment/LRVariant.h>
 #include <TQFoundation/environment/Preference.h>
 #include <TQFoundation/environment/TQKorvanInfo.h>

@@ -14,8 +14,8 @@
 #include <mutex>
 #include <vector>
 
-#include <TQFoundation/concurrency/ConcurrentMap.h>
-#include <TQFoundation/concurrency/TQConcurrentMapOperation.h>
+#include <TQFoundation/concurrency/work/ConcurrentMap.h>
+#include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
 
 namespace {
 

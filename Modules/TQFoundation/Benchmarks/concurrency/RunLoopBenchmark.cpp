@@ -8,7 +8,7 @@
 #include <atomic>
 #include <vector>
 
-#include <TQFoundation/concurrency/TQRateLimiter.h>
+#include <TQFoundation/concurrency/work/TQRateLimiter.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/loops/Timer.h>
 

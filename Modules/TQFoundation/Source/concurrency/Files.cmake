@@ -1,11 +1,4 @@
 tq_room(concurrency
-  ConcurrentMap.cpp ConcurrentMap.h
-  Debouncer.cpp Debouncer.h
-  TQConcurrentMapOperation.cpp TQConcurrentMapOperation.h
-  TQOperation.cpp TQOperation.h
-  TQRateLimiter.cpp TQRateLimiter.h
-  TQURLOperation.cpp TQURLOperation.h
-  TimerBlock.cpp TimerBlock.h
   caches/TQCache.cpp caches/TQCache.h
   caches/TQCacheDeferredCreation.cpp caches/TQCacheDeferredCreation.h
   caches/TQObjectPool.cpp caches/TQObjectPool.h
@@ -22,4 +15,11 @@ tq_room(concurrency
   locks/UnfairLock.h
   locks/UnfairWord.h
   locks/detail/StackNodes.h
-  locks/detail/TaggedStack.h)
+  locks/detail/TaggedStack.h
+  work/ConcurrentMap.cpp work/ConcurrentMap.h
+  work/Debouncer.cpp work/Debouncer.h
+  work/TQConcurrentMapOperation.cpp work/TQConcurrentMapOperation.h
+  work/TQOperation.cpp work/TQOperation.h
+  work/TQRateLimiter.cpp work/TQRateLimiter.h
+  work/TQURLOperation.cpp work/TQURLOperation.h
+  work/TimerBlock.cpp work/TimerBlock.h)

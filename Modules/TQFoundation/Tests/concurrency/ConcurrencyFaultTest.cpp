@@ -7,10 +7,10 @@
 #include <vector>
 
 #include <TQFoundation/collections/RestorableValue.h>
-#include <TQFoundation/concurrency/ConcurrentMap.h>
-#include <TQFoundation/concurrency/TQRateLimiter.h>
 #include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQObjectPool.h>
+#include <TQFoundation/concurrency/work/ConcurrentMap.h>
+#include <TQFoundation/concurrency/work/TQRateLimiter.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
 

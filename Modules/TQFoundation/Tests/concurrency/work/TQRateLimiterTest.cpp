@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQRateLimiter.h>
+#include <TQFoundation/concurrency/work/TQRateLimiter.h>
 
 #include <gtest/gtest.h>
 

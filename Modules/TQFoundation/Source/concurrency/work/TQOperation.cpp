@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQOperation.h>
+#include <TQFoundation/concurrency/work/TQOperation.h>
 
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/Debouncer.h>
+#include <TQFoundation/concurrency/work/Debouncer.h>
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <latch>
 #include <thread>
 
-#include <TQFoundation/concurrency/TimerBlock.h>
+#include <TQFoundation/concurrency/work/TimerBlock.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
 #include "support/HandMovedClock.h"

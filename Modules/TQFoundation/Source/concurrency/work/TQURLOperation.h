@@ -6,7 +6,7 @@
 #include <utility>
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/concurrency/TQOperation.h>
+#include <TQFoundation/concurrency/work/TQOperation.h>
 #include <TQFoundation/platform/network/URLSession.h>
 
 namespace tq {

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQURLOperation.h>
+#include <TQFoundation/concurrency/work/TQURLOperation.h>
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/ConcurrentMap.h>
+#include <TQFoundation/concurrency/work/ConcurrentMap.h>
 
 #include <algorithm>
 #include <array>

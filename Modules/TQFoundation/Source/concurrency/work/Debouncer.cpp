@@ -1,9 +1,9 @@
-#include <TQFoundation/concurrency/Debouncer.h>
+#include <TQFoundation/concurrency/work/Debouncer.h>
 
 #include <utility>
 
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/concurrency/TimerBlock.h>
+#include <TQFoundation/concurrency/work/TimerBlock.h>
 
 namespace tq {
 

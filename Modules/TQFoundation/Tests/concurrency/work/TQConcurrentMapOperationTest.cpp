@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQConcurrentMapOperation.h>
+#include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
 
 #include <gtest/gtest.h>
 

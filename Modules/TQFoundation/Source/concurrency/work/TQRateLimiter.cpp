@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQRateLimiter.h>
+#include <TQFoundation/concurrency/work/TQRateLimiter.h>
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/loops/RunLoop.h>

@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TQOperation.h>
+#include <TQFoundation/concurrency/work/TQOperation.h>
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include <TQFoundation/concurrency/TQURLOperation.h>
+#include <TQFoundation/concurrency/work/TQURLOperation.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
 namespace tq {

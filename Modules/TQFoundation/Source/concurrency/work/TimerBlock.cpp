@@ -1,4 +1,4 @@
-#include <TQFoundation/concurrency/TimerBlock.h>
+#include <TQFoundation/concurrency/work/TimerBlock.h>
 
 #include <utility>
 
