@@ -1,8 +1,8 @@
 #include <cstddef>
 #include <string>
 
-#include <TQFoundation/geometry/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 
 #include "Drawing.h"
 #include "Figures.h"

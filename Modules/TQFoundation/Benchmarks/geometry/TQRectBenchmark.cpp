@@ -1,5 +1,5 @@
 #include <2geom/rect.h>
-#include <TQFoundation/geometry/TQPrimitiveFunctions.h>
+#include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 #include <benchmark/benchmark.h>
 
 #include <cmath>

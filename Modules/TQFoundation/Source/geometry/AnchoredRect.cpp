@@ -1,6 +1,6 @@
 #include <TQFoundation/geometry/AnchoredRect.h>
 
-#include <TQFoundation/geometry/TQRectCorners.h>
+#include <TQFoundation/geometry/rects/TQRectCorners.h>
 
 namespace tq {
 

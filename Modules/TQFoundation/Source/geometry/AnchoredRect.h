@@ -6,7 +6,7 @@
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/geometry/GeometrySystem.h>
-#include <TQFoundation/geometry/TQCorner.h>
+#include <TQFoundation/geometry/rects/TQCorner.h>
 
 namespace tq {
 

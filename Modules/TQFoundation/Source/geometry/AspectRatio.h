@@ -4,7 +4,7 @@
 /// The proportion of a width to a height, and what it makes of rects.
 
 #include <TQFoundation/base/Rect.h>
-#include <TQFoundation/geometry/TQRectFitting.h>
+#include <TQFoundation/geometry/rects/TQRectFitting.h>
 
 namespace tq {
 

@@ -2,37 +2,37 @@ tq_room(geometry
   AnchoredRect.cpp AnchoredRect.h
   AspectRatio.h
   CGContext+TQFoundation.cpp CGContext+TQFoundation.h
-  FixedText.cpp
   GeometrySystem.cpp GeometrySystem.h
   Length.cpp Length.h
   Path.cpp Path.h
   Rounded.h
   Rounder.cpp Rounder.h
   Straight.h
-  TQAngle.cpp TQAngle.h
-  TQAxis.h
   TQBezierSegment.cpp TQBezierSegment.h
   TQBezierSegmentIntersections.cpp
   TQBezierSegmentIterator.cpp TQBezierSegmentIterator.h
   TQBezierSegmentLineIntersections.cpp
-  TQCorner.h
-  TQFloatRange.cpp TQFloatRange.h
   TQLine.cpp TQLine.h
   TQOrthogonalLine.h
   TQPolynomial.cpp TQPolynomial.h
-  TQPrimitiveFunctions.cpp TQPrimitiveFunctions.h
-  TQRect.cpp TQRect.h
-  TQRectAxis.cpp TQRectAxis.h
-  TQRectConstraints.cpp TQRectConstraints.h
-  TQRectConstruction.h
-  TQRectCorners.cpp TQRectCorners.h
-  TQRectEquality.h
-  TQRectFitting.cpp TQRectFitting.h
-  TQRectMoving.h
-  TQRectOrder.cpp TQRectOrder.h
-  TQRectRounding.cpp TQRectRounding.h
-  TQRectSafe.h
   TQRounder.cpp TQRounder.h
-  TQSize.cpp TQSize.h
   VectorAlgebra.cpp VectorAlgebra.h
-  detail/FixedText.h)
+  rects/FixedText.cpp
+  rects/TQAngle.cpp rects/TQAngle.h
+  rects/TQAxis.h
+  rects/TQCorner.h
+  rects/TQFloatRange.cpp rects/TQFloatRange.h
+  rects/TQPrimitiveFunctions.cpp rects/TQPrimitiveFunctions.h
+  rects/TQRect.cpp rects/TQRect.h
+  rects/TQRectAxis.cpp rects/TQRectAxis.h
+  rects/TQRectConstraints.cpp rects/TQRectConstraints.h
+  rects/TQRectConstruction.h
+  rects/TQRectCorners.cpp rects/TQRectCorners.h
+  rects/TQRectEquality.h
+  rects/TQRectFitting.cpp rects/TQRectFitting.h
+  rects/TQRectMoving.h
+  rects/TQRectOrder.cpp rects/TQRectOrder.h
+  rects/TQRectRounding.cpp rects/TQRectRounding.h
+  rects/TQRectSafe.h
+  rects/TQSize.cpp rects/TQSize.h
+  rects/detail/FixedText.h)

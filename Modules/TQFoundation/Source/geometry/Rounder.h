@@ -9,7 +9,7 @@
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/geometry/Rounded.h>
-#include <TQFoundation/geometry/TQRectRounding.h>
+#include <TQFoundation/geometry/rects/TQRectRounding.h>
 
 namespace tq {
 

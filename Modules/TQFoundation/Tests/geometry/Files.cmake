@@ -5,24 +5,24 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/LengthTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PathTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RounderTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQAngleTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentIntersectionsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQFloatRangeTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQFloatRangeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQLineTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQPolynomialTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectAxisTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectConstraintsTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectConstructionTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectCornersTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectEqualityTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectFittingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectMovingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectOrderTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectRoundingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectSafeTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQRectTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQSizeTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectAxisTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstraintsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstructionTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectCornersTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectEqualityTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectFittingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectMovingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectOrderTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectRoundingTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectSafeTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQSizeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/VectorAlgebraTest.cpp
 )
 # An executable of its own, for it replaces the allocation functions.

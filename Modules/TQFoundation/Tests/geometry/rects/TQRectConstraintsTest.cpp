@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectConstraints.h>
+#include <TQFoundation/geometry/rects/TQRectConstraints.h>
 
 #include "geometry/Expectations.h"
 

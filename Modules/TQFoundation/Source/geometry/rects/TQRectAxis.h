@@ -11,7 +11,7 @@
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/TQFloatRange.h>
+#include <TQFoundation/geometry/rects/TQFloatRange.h>
 
 namespace tq {
 

@@ -1,6 +1,6 @@
-#include <TQFoundation/geometry/TQRect.h>
+#include <TQFoundation/geometry/rects/TQRect.h>
 
-#include <TQFoundation/geometry/TQPrimitiveFunctions.h>
+#include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 
 #include "geometry/Expectations.h"
 #include "support/CapturedLog.h"

@@ -6,7 +6,7 @@
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/TQCorner.h>
+#include <TQFoundation/geometry/rects/TQCorner.h>
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectFitting.h>
+#include <TQFoundation/geometry/rects/TQRectFitting.h>
 
 namespace tq {
 namespace {

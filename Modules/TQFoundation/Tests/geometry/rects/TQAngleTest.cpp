@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQAngle.h>
+#include <TQFoundation/geometry/rects/TQAngle.h>
 
 #include "geometry/Expectations.h"
 

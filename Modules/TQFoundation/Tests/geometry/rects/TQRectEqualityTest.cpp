@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectEquality.h>
+#include <TQFoundation/geometry/rects/TQRectEquality.h>
 
 #include <bit>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQFloatRange.h>
+#include <TQFoundation/geometry/rects/TQFloatRange.h>
 
 #include "geometry/Expectations.h"
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectCorners.h>
+#include <TQFoundation/geometry/rects/TQRectCorners.h>
 
 #include "geometry/Expectations.h"
 

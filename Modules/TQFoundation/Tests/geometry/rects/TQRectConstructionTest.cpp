@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectConstruction.h>
+#include <TQFoundation/geometry/rects/TQRectConstruction.h>
 
 #include <utility>
 

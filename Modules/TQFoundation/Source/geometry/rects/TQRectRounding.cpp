@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectRounding.h>
+#include <TQFoundation/geometry/rects/TQRectRounding.h>
 
 namespace tq {
 

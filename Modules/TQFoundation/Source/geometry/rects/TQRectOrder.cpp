@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectOrder.h>
+#include <TQFoundation/geometry/rects/TQRectOrder.h>
 
 #include <cmath>
 #include <limits>

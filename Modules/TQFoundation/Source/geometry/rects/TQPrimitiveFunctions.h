@@ -9,21 +9,21 @@
 
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/TQAngle.h>
-#include <TQFoundation/geometry/TQAxis.h>
-#include <TQFoundation/geometry/TQCorner.h>
-#include <TQFoundation/geometry/TQFloatRange.h>
-#include <TQFoundation/geometry/TQRectAxis.h>
-#include <TQFoundation/geometry/TQRectConstraints.h>
-#include <TQFoundation/geometry/TQRectConstruction.h>
-#include <TQFoundation/geometry/TQRectCorners.h>
-#include <TQFoundation/geometry/TQRectEquality.h>
-#include <TQFoundation/geometry/TQRectFitting.h>
-#include <TQFoundation/geometry/TQRectMoving.h>
-#include <TQFoundation/geometry/TQRectOrder.h>
-#include <TQFoundation/geometry/TQRectRounding.h>
-#include <TQFoundation/geometry/TQRectSafe.h>
-#include <TQFoundation/geometry/TQSize.h>
+#include <TQFoundation/geometry/rects/TQAngle.h>
+#include <TQFoundation/geometry/rects/TQAxis.h>
+#include <TQFoundation/geometry/rects/TQCorner.h>
+#include <TQFoundation/geometry/rects/TQFloatRange.h>
+#include <TQFoundation/geometry/rects/TQRectAxis.h>
+#include <TQFoundation/geometry/rects/TQRectConstraints.h>
+#include <TQFoundation/geometry/rects/TQRectConstruction.h>
+#include <TQFoundation/geometry/rects/TQRectCorners.h>
+#include <TQFoundation/geometry/rects/TQRectEquality.h>
+#include <TQFoundation/geometry/rects/TQRectFitting.h>
+#include <TQFoundation/geometry/rects/TQRectMoving.h>
+#include <TQFoundation/geometry/rects/TQRectOrder.h>
+#include <TQFoundation/geometry/rects/TQRectRounding.h>
+#include <TQFoundation/geometry/rects/TQRectSafe.h>
+#include <TQFoundation/geometry/rects/TQSize.h>
 
 namespace tq {
 

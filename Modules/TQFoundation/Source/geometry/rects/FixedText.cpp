@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/detail/FixedText.h>
+#include <TQFoundation/geometry/rects/detail/FixedText.h>
 
 #include <charconv>
 #include <cmath>

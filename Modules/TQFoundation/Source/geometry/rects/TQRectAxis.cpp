@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectAxis.h>
+#include <TQFoundation/geometry/rects/TQRectAxis.h>
 
 namespace tq {
 namespace {

@@ -1,7 +1,7 @@
-#include <TQFoundation/geometry/TQRectConstraints.h>
+#include <TQFoundation/geometry/rects/TQRectConstraints.h>
 
 #include <TQFoundation/base/Axis.h>
-#include <TQFoundation/geometry/TQRectAxis.h>
+#include <TQFoundation/geometry/rects/TQRectAxis.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRectSafe.h>
+#include <TQFoundation/geometry/rects/TQRectSafe.h>
 
 #include "geometry/Expectations.h"
 

@@ -1,6 +1,6 @@
-#include <TQFoundation/geometry/TQRectMoving.h>
+#include <TQFoundation/geometry/rects/TQRectMoving.h>
 
-#include <TQFoundation/geometry/TQRectConstruction.h>
+#include <TQFoundation/geometry/rects/TQRectConstruction.h>
 
 #include "geometry/Expectations.h"
 

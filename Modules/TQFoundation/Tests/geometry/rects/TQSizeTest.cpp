@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQSize.h>
+#include <TQFoundation/geometry/rects/TQSize.h>
 
 #include "geometry/Expectations.h"
 

@@ -1,8 +1,8 @@
-#include <TQFoundation/geometry/TQRect.h>
+#include <TQFoundation/geometry/rects/TQRect.h>
 
 #include <functional>
 
-#include <TQFoundation/geometry/detail/FixedText.h>
+#include <TQFoundation/geometry/rects/detail/FixedText.h>
 
 namespace tq {
 

@@ -1,10 +1,10 @@
-#include <TQFoundation/geometry/TQRectAxis.h>
+#include <TQFoundation/geometry/rects/TQRectAxis.h>
 
 #include <climits>
 #include <string>
 
-#include <TQFoundation/geometry/TQAxis.h>
-#include <TQFoundation/geometry/TQCorner.h>
+#include <TQFoundation/geometry/rects/TQAxis.h>
+#include <TQFoundation/geometry/rects/TQCorner.h>
 
 #include "geometry/Expectations.h"
 

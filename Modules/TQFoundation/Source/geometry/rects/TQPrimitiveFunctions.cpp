@@ -1,6 +1,6 @@
-#include <TQFoundation/geometry/TQPrimitiveFunctions.h>
+#include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 
-#include <TQFoundation/geometry/detail/FixedText.h>
+#include <TQFoundation/geometry/rects/detail/FixedText.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 
 namespace tq {
