@@ -1,8 +1,8 @@
 #include <cstddef>
 #include <string>
 
-#include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "Drawing.h"
 #include "Figures.h"

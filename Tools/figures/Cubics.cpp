@@ -2,7 +2,7 @@
 #include <vector>
 
 #include <TQFoundation/geometry/TQBezierSegment.h>
-#include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "Drawing.h"
 #include "Figures.h"

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-#include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 namespace figures {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include <TQFoundation/comparison/EditSequence.h>
-#include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 #include <TQFoundation/objects/String.h>
 
 #include "Drawing.h"

@@ -1,7 +1,7 @@
 #include <cstdint>
 #include <string>
 
-#include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 #include <TQFoundation/spatial/RTree.h>
 
 #include "Drawing.h"

@@ -1,12 +1,6 @@
 tq_room(geometry
-  AnchoredRect.cpp AnchoredRect.h
-  AspectRatio.h
   CGContext+TQFoundation.cpp CGContext+TQFoundation.h
-  GeometrySystem.cpp GeometrySystem.h
-  Length.cpp Length.h
   Path.cpp Path.h
-  Rounded.h
-  Rounder.cpp Rounder.h
   Straight.h
   TQBezierSegment.cpp TQBezierSegment.h
   TQBezierSegmentIntersections.cpp
@@ -15,8 +9,6 @@ tq_room(geometry
   TQLine.cpp TQLine.h
   TQOrthogonalLine.h
   TQPolynomial.cpp TQPolynomial.h
-  TQRounder.cpp TQRounder.h
-  VectorAlgebra.cpp VectorAlgebra.h
   rects/FixedText.cpp
   rects/TQAngle.cpp rects/TQAngle.h
   rects/TQAxis.h
@@ -35,4 +27,12 @@ tq_room(geometry
   rects/TQRectRounding.cpp rects/TQRectRounding.h
   rects/TQRectSafe.h
   rects/TQSize.cpp rects/TQSize.h
-  rects/detail/FixedText.h)
+  rects/detail/FixedText.h
+  values/AnchoredRect.cpp values/AnchoredRect.h
+  values/AspectRatio.h
+  values/GeometrySystem.cpp values/GeometrySystem.h
+  values/Length.cpp values/Length.h
+  values/Rounded.h
+  values/Rounder.cpp values/Rounder.h
+  values/TQRounder.cpp values/TQRounder.h
+  values/VectorAlgebra.cpp values/VectorAlgebra.h)

@@ -7,9 +7,9 @@
 #include <limits>
 
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/geometry/detail/BezierAxis.h>
 #include <TQFoundation/geometry/detail/BezierSplit.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 namespace tq {
 namespace {

@@ -7,9 +7,9 @@
 #include <numbers>
 
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/geometry/rects/TQAngle.h>
 #include <TQFoundation/geometry/rects/TQSize.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 #include <TQFoundation/objects/GeometryText.h>
 #include <TQFoundation/objects/Number.h>
 

@@ -1,10 +1,10 @@
 tq_add_room_tests(TQGeometry
-  ${CMAKE_CURRENT_LIST_DIR}/AnchoredRectTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/AspectRatioTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/GeometrySystemTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/LengthTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/AnchoredRectTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/AspectRatioTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/GeometrySystemTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/LengthTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PathTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/RounderTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/RounderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentIntersectionsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentTest.cpp
@@ -23,7 +23,7 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectSafeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQSizeTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/VectorAlgebraTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/VectorAlgebraTest.cpp
 )
 # An executable of its own, for it replaces the allocation functions.
 tq_add_room_tests(TQGeometryFault

@@ -6,9 +6,9 @@
 #include <array>
 #include <vector>
 
-#include <TQFoundation/geometry/VectorAlgebra.h>
 #include <TQFoundation/geometry/rects/TQRectAxis.h>
 #include <TQFoundation/geometry/rects/TQRectFitting.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "geometry/Expectations.h"
 #include "support/RandomBezier.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include <TQFoundation/geometry/TQOrthogonalLine.h>
-#include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "geometry/Expectations.h"
 #include "support/RandomBezier.h"

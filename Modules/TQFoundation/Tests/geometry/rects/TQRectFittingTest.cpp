@@ -1,6 +1,6 @@
 #include <TQFoundation/geometry/rects/TQRectFitting.h>
 
-#include <TQFoundation/geometry/AspectRatio.h>
+#include <TQFoundation/geometry/values/AspectRatio.h>
 
 #include "geometry/Expectations.h"
 

@@ -8,8 +8,8 @@
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/Rounded.h>
 #include <TQFoundation/geometry/rects/TQRectRounding.h>
+#include <TQFoundation/geometry/values/Rounded.h>
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/Rounder.h>
+#include <TQFoundation/geometry/values/Rounder.h>
 
 #include <cmath>
 

@@ -5,8 +5,8 @@
 
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/GeometrySystem.h>
 #include <TQFoundation/geometry/rects/TQCorner.h>
+#include <TQFoundation/geometry/values/GeometrySystem.h>
 
 namespace tq {
 

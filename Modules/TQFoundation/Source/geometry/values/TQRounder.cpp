@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQRounder.h>
+#include <TQFoundation/geometry/values/TQRounder.h>
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/GeometrySystem.h>
+#include <TQFoundation/geometry/values/GeometrySystem.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/AnchoredRect.h>
+#include <TQFoundation/geometry/values/AnchoredRect.h>
 
 #include "geometry/Expectations.h"
 

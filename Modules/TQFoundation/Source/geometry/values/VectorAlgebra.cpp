@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/VectorAlgebra.h>
+#include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include <cmath>
 

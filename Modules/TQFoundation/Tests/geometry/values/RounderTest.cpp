@@ -1,8 +1,8 @@
-#include <TQFoundation/geometry/Rounder.h>
+#include <TQFoundation/geometry/values/Rounder.h>
 
 #include <random>
 
-#include <TQFoundation/geometry/TQRounder.h>
+#include <TQFoundation/geometry/values/TQRounder.h>
 
 #include "geometry/Expectations.h"
 

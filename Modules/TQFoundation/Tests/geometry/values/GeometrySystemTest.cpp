@@ -1,6 +1,6 @@
-#include <TQFoundation/geometry/GeometrySystem.h>
+#include <TQFoundation/geometry/values/GeometrySystem.h>
 
-#include <TQFoundation/geometry/AnchoredRect.h>
+#include <TQFoundation/geometry/values/AnchoredRect.h>
 
 #include "geometry/Expectations.h"
 

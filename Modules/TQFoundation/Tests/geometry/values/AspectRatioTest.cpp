@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/AspectRatio.h>
+#include <TQFoundation/geometry/values/AspectRatio.h>
 
 #include "geometry/Expectations.h"
 

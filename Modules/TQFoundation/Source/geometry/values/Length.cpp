@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/Length.h>
+#include <TQFoundation/geometry/values/Length.h>
 
 #include <iterator>
 #include <limits>

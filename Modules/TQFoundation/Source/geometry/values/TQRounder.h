@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/Rounder.h>
+#include <TQFoundation/geometry/values/Rounder.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Ref.h>
 
