@@ -62,12 +62,12 @@
 #include <TQFoundation/environment/TQVersion.h>
 #include <TQFoundation/geometry/CGContext+TQFoundation.h>
 #include <TQFoundation/geometry/Path.h>
-#include <TQFoundation/geometry/Straight.h>
 #include <TQFoundation/geometry/TQBezierSegment.h>
 #include <TQFoundation/geometry/TQBezierSegmentIterator.h>
-#include <TQFoundation/geometry/TQLine.h>
-#include <TQFoundation/geometry/TQOrthogonalLine.h>
 #include <TQFoundation/geometry/TQPolynomial.h>
+#include <TQFoundation/geometry/lines/Straight.h>
+#include <TQFoundation/geometry/lines/TQLine.h>
+#include <TQFoundation/geometry/lines/TQOrthogonalLine.h>
 #include <TQFoundation/geometry/rects/TQAngle.h>
 #include <TQFoundation/geometry/rects/TQAxis.h>
 #include <TQFoundation/geometry/rects/TQCorner.h>

@@ -1,6 +1,6 @@
 #include <2geom/line.h>
 #include <2geom/rect.h>
-#include <TQFoundation/geometry/TQLine.h>
+#include <TQFoundation/geometry/lines/TQLine.h>
 #include <benchmark/benchmark.h>
 
 #include <random>

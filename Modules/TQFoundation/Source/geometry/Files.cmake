@@ -1,14 +1,14 @@
 tq_room(geometry
   CGContext+TQFoundation.cpp CGContext+TQFoundation.h
   Path.cpp Path.h
-  Straight.h
   TQBezierSegment.cpp TQBezierSegment.h
   TQBezierSegmentIntersections.cpp
   TQBezierSegmentIterator.cpp TQBezierSegmentIterator.h
   TQBezierSegmentLineIntersections.cpp
-  TQLine.cpp TQLine.h
-  TQOrthogonalLine.h
   TQPolynomial.cpp TQPolynomial.h
+  lines/Straight.h
+  lines/TQLine.cpp lines/TQLine.h
+  lines/TQOrthogonalLine.h
   rects/FixedText.cpp
   rects/TQAngle.cpp rects/TQAngle.h
   rects/TQAxis.h

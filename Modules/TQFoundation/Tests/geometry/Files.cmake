@@ -9,7 +9,7 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentIntersectionsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQFloatRangeTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQLineTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/lines/TQLineTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQPolynomialTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectAxisTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstraintsTest.cpp

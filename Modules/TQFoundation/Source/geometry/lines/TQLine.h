@@ -19,7 +19,7 @@
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/Straight.h>
+#include <TQFoundation/geometry/lines/Straight.h>
 
 namespace tq {
 

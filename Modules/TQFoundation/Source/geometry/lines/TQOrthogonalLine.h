@@ -8,7 +8,7 @@
 #include <string>
 
 #include <TQFoundation/base/Axis.h>
-#include <TQFoundation/geometry/TQLine.h>
+#include <TQFoundation/geometry/lines/TQLine.h>
 
 namespace tq {
 

@@ -1,10 +1,10 @@
-#include <TQFoundation/geometry/TQLine.h>
+#include <TQFoundation/geometry/lines/TQLine.h>
 
 #include <gmock/gmock.h>
 
 #include <vector>
 
-#include <TQFoundation/geometry/TQOrthogonalLine.h>
+#include <TQFoundation/geometry/lines/TQOrthogonalLine.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "geometry/Expectations.h"

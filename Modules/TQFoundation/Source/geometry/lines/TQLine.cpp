@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQLine.h>
+#include <TQFoundation/geometry/lines/TQLine.h>
 
 #include <algorithm>
 #include <array>
