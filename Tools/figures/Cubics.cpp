@@ -1,7 +1,7 @@
 #include <string>
 #include <vector>
 
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "Drawing.h"

@@ -9,7 +9,7 @@
 
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/Rect.h>
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 namespace figures {
 

@@ -60,11 +60,11 @@
 #include <TQFoundation/environment/TQPerformanceTimer.h>
 #include <TQFoundation/environment/TQStringUniquer.h>
 #include <TQFoundation/environment/TQVersion.h>
-#include <TQFoundation/geometry/CGContext+TQFoundation.h>
-#include <TQFoundation/geometry/Path.h>
-#include <TQFoundation/geometry/TQBezierSegment.h>
-#include <TQFoundation/geometry/TQBezierSegmentIterator.h>
-#include <TQFoundation/geometry/TQPolynomial.h>
+#include <TQFoundation/geometry/curves/CGContext+TQFoundation.h>
+#include <TQFoundation/geometry/curves/Path.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
+#include <TQFoundation/geometry/curves/TQPolynomial.h>
 #include <TQFoundation/geometry/lines/Straight.h>
 #include <TQFoundation/geometry/lines/TQLine.h>
 #include <TQFoundation/geometry/lines/TQOrthogonalLine.h>

@@ -1,5 +1,5 @@
 #include <2geom/bezier-curve.h>
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 #include <benchmark/benchmark.h>
 #include <cairo.h>
 

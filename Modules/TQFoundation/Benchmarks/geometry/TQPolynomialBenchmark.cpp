@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQPolynomial.h>
+#include <TQFoundation/geometry/curves/TQPolynomial.h>
 #include <benchmark/benchmark.h>
 #include <gsl/gsl_poly.h>
 

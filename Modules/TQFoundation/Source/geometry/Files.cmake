@@ -1,11 +1,13 @@
 tq_room(geometry
-  CGContext+TQFoundation.cpp CGContext+TQFoundation.h
-  Path.cpp Path.h
-  TQBezierSegment.cpp TQBezierSegment.h
-  TQBezierSegmentIntersections.cpp
-  TQBezierSegmentIterator.cpp TQBezierSegmentIterator.h
-  TQBezierSegmentLineIntersections.cpp
-  TQPolynomial.cpp TQPolynomial.h
+  curves/CGContext+TQFoundation.cpp curves/CGContext+TQFoundation.h
+  curves/Path.cpp curves/Path.h
+  curves/TQBezierSegment.cpp curves/TQBezierSegment.h
+  curves/TQBezierSegmentIntersections.cpp
+  curves/TQBezierSegmentIterator.cpp curves/TQBezierSegmentIterator.h
+  curves/TQBezierSegmentLineIntersections.cpp
+  curves/TQPolynomial.cpp curves/TQPolynomial.h
+  curves/detail/BezierAxis.h
+  curves/detail/BezierSplit.h
   lines/Straight.h
   lines/TQLine.cpp lines/TQLine.h
   lines/TQOrthogonalLine.h

@@ -3,14 +3,14 @@ tq_add_room_tests(TQGeometry
   ${CMAKE_CURRENT_LIST_DIR}/values/AspectRatioTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/values/GeometrySystemTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/values/LengthTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/PathTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/curves/PathTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/values/RounderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQAngleTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentIntersectionsTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQBezierSegmentTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/curves/TQBezierSegmentIntersectionsTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/curves/TQBezierSegmentTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQFloatRangeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/lines/TQLineTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQPolynomialTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/curves/TQPolynomialTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectAxisTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstraintsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstructionTest.cpp
@@ -27,4 +27,4 @@ tq_add_room_tests(TQGeometry
 )
 # An executable of its own, for it replaces the allocation functions.
 tq_add_room_tests(TQGeometryFault
-  ${CMAKE_CURRENT_LIST_DIR}/PathFaultTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/curves/PathFaultTest.cpp)

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <random>
 
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 namespace tq::test {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include <TQFoundation/geometry/TQPolynomial.h>
+#include <TQFoundation/geometry/curves/TQPolynomial.h>
 
 namespace tq::test {
 

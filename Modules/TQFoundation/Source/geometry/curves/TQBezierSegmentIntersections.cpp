@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 #include <algorithm>
 #include <array>
@@ -8,8 +8,8 @@
 #include <span>
 #include <utility>
 
-#include <TQFoundation/geometry/detail/BezierAxis.h>
-#include <TQFoundation/geometry/detail/BezierSplit.h>
+#include <TQFoundation/geometry/curves/detail/BezierAxis.h>
+#include <TQFoundation/geometry/curves/detail/BezierSplit.h>
 
 namespace tq {
 namespace {

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQBezierSegmentIterator.h>
+#include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
 namespace tq {
 

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include <TQFoundation/geometry/Path.h>
+#include <TQFoundation/geometry/curves/Path.h>
 
 #include "support/FailingAllocations.h"
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 #include <algorithm>
 #include <array>
@@ -7,8 +7,8 @@
 #include <limits>
 
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/geometry/detail/BezierAxis.h>
-#include <TQFoundation/geometry/detail/BezierSplit.h>
+#include <TQFoundation/geometry/curves/detail/BezierAxis.h>
+#include <TQFoundation/geometry/curves/detail/BezierSplit.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 namespace tq {

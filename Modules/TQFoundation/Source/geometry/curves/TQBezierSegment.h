@@ -18,7 +18,7 @@
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/TQPolynomial.h>
+#include <TQFoundation/geometry/curves/TQPolynomial.h>
 
 namespace tq {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 #include <gmock/gmock.h>
 

@@ -1,9 +1,9 @@
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 #include <cmath>
 #include <limits>
 
-#include <TQFoundation/geometry/detail/BezierAxis.h>
+#include <TQFoundation/geometry/curves/detail/BezierAxis.h>
 
 namespace tq {
 namespace {

@@ -6,8 +6,8 @@
 #include <optional>
 
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/Path.h>
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/Path.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 namespace tq {
 

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 #include "geometry/Expectations.h"
 #include "support/RandomBezier.h"

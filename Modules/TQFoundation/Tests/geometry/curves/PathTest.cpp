@@ -1,11 +1,11 @@
-#include <TQFoundation/geometry/Path.h>
+#include <TQFoundation/geometry/curves/Path.h>
 
 #include <gmock/gmock.h>
 
 #include <vector>
 
-#include <TQFoundation/geometry/CGContext+TQFoundation.h>
-#include <TQFoundation/geometry/TQBezierSegmentIterator.h>
+#include <TQFoundation/geometry/curves/CGContext+TQFoundation.h>
+#include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
 #include "geometry/Expectations.h"
 

@@ -3,7 +3,7 @@
 /// @file BezierSplit.h
 /// De Casteljau's division, inline for the library's own loops.
 
-#include <TQFoundation/geometry/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 namespace tq::detail {
 

@@ -6,7 +6,7 @@
 #include <TQFoundation/base/AffineTransform.h>
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
-#include <TQFoundation/geometry/Path.h>
+#include <TQFoundation/geometry/curves/Path.h>
 
 namespace tq {
 

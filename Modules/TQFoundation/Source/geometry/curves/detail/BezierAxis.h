@@ -11,8 +11,8 @@
 #include <limits>
 
 #include <TQFoundation/base/Axis.h>
-#include <TQFoundation/geometry/TQBezierSegment.h>
-#include <TQFoundation/geometry/TQPolynomial.h>
+#include <TQFoundation/geometry/curves/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/TQPolynomial.h>
 
 namespace tq::detail {
 

@@ -1,4 +1,4 @@
-#include <TQFoundation/geometry/CGContext+TQFoundation.h>
+#include <TQFoundation/geometry/curves/CGContext+TQFoundation.h>
 
 namespace tq {
 namespace {

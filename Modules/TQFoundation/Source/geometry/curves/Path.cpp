@@ -1,10 +1,10 @@
-#include <TQFoundation/geometry/Path.h>
+#include <TQFoundation/geometry/curves/Path.h>
 
 #include <array>
 
 #include <TQFoundation/base/MakeRoom.h>
 #include <TQFoundation/base/TQAssert.h>
-#include <TQFoundation/geometry/TQBezierSegmentIterator.h>
+#include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
 namespace tq {
 
