@@ -8,31 +8,33 @@
 
 namespace tq {
 
-/// Direction from `a` to `b`: atan2 of the differences, so 0 for equal points and ±π towards -x,
-/// by the sign of the zero of y.
+/// Returns the direction from `a` to `b`: atan2 of the differences. It is 0 for equal points.
+/// Towards -x it is π or -π, by the sign of the zero of the y difference.
 [[nodiscard]] TQ_EXPORT double TQSlopeBetweenPoints(Point a, Point b) noexcept;
 
-/// Subtracts 2π while the angle is above π, then adds 2π while it is below -π: in [-π, π].
+/// Returns the angle normalised to [-π, π]: subtracts 2π while it is above π, then adds 2π while it
+/// is below -π.
 ///
-/// The rounding is that of the repeated steps up to TQNormalizeRadiansStepLimit turns; an angle
-/// further out, which holds hardly a direction any more, is taken to its remainder at once.
-/// NaN and infinities give NaN.
+/// Up to TQNormalizeRadiansStepLimit turns the result is rounded as by the repeated steps. A larger
+/// angle, which has almost no direction left, is reduced by one remainder operation. NaN and
+/// infinities return NaN.
 [[nodiscard]] TQ_EXPORT double TQNormalizeRadians(double angleRadians) noexcept;
 
-/// Turns that TQNormalizeRadians takes one by one.
+/// The number of turns that TQNormalizeRadians subtracts one by one.
 inline constexpr double TQNormalizeRadiansStepLimit = 1 << 24;
 
-/// radians × 180 / π
+/// Returns radians × 180 / π.
 [[nodiscard]] TQ_EXPORT double TQRadiansToDegrees(double angleRadians) noexcept;
 
-/// degrees × π / 180
+/// Returns degrees × π / 180.
 [[nodiscard]] TQ_EXPORT double TQDegreesToRadians(double angleDegrees) noexcept;
 
-/// The nearest multiple of π/4 within ±π. Half way between two, at odd multiples of π/8, the one
-/// further from zero is taken.
+/// Returns the nearest multiple of π/4 in [-π, π]. An odd multiple of π/8 lies half way between two
+/// of them and goes to the one further from zero.
 ///
-/// 0 and angles down to -π/8 give -0.0, smaller angles above 0 give +0.0: which side the angle came
-/// from stays visible. From 9π/8 on either side, and for NaN, the angle is answered as it is.
+/// 0 and angles between -π/8 and 0 return -0.0; angles above 0 that are nearest to 0 return +0.0.
+/// So the sign of the zero shows from which side the angle came. Angles of 9π/8 or more in
+/// magnitude, and NaN, are returned unchanged.
 [[nodiscard]] TQ_EXPORT double TQSlopeToStraightAngles(double angleRadians) noexcept;
 
 }  // namespace tq

@@ -1,29 +1,29 @@
 #pragma once
 
 /// @file TQAxis.h
-/// Making and turning axes and sets of axes.
+/// Creates and flips axes and axis masks.
 
 #include <TQFoundation/base/Axis.h>
 
 namespace tq {
 
-/// The set of the axes asked for.
+/// Returns the mask of the axes that are true.
 [[nodiscard]] constexpr AxisMask TQAxisMaskMake(bool horizontal, bool vertical) noexcept {
   return static_cast<AxisMask>((vertical ? 2U : 0U) + (horizontal ? 1U : 0U));
 }
 
-/// The set of this axis alone: bit (1 << axis). Empty for a value beyond the bits of a mask.
+/// Returns the mask of this axis alone: bit (1 << axis). It is empty for a value of 32 or more.
 [[nodiscard]] constexpr AxisMask TQAxisMaskFromAxis(Axis axis) noexcept {
   const auto bit = static_cast<unsigned>(axis);
   return bit < 32 ? static_cast<AxisMask>(1U << bit) : AxisMask::none;
 }
 
-/// The other axis. Any other value v becomes 1 - v, so that flipping twice gives it back.
+/// Returns the other axis. An unknown value v becomes 1 - v, so that flipping twice restores it.
 [[nodiscard]] constexpr Axis TQAxisFlip(Axis axis) noexcept {
   return static_cast<Axis>(static_cast<int>(1U - static_cast<unsigned>(axis)));
 }
 
-/// The axes that are not in the set. Unknown bits stay.
+/// Returns the axes that are not in the mask. Unknown bits are kept.
 [[nodiscard]] constexpr AxisMask TQAxisMaskFlip(AxisMask mask) noexcept {
   return static_cast<AxisMask>(static_cast<unsigned>(mask) ^ 3U);
 }

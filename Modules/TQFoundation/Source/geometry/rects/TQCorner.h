@@ -1,11 +1,12 @@
 #pragma once
 
 /// @file TQCorner.h
-/// The nine points of interest of a rect: four corners, four edge middles, the centre.
+/// The nine named points of a rect: four corners, four edge midpoints and the centre.
 
 namespace tq {
 
-/// A point of a standardised rect. The numbers are fixed: they are stored and make up masks.
+/// A named point of a standardised rect. The numbers are fixed: archives store them, and masks are
+/// made from them.
 enum class TQCorner : int {
   none = -1,
   minXMinY = 0,
@@ -19,26 +20,27 @@ enum class TQCorner : int {
   center = 8,
 };
 
-/// Any set of corners: bit (1 << corner) for each.
+/// A set of corners: bit (1 << corner) for each.
 using TQCornerMask = unsigned;
 
-/// The eight points on the outline.
+/// The eight corners and edge midpoints, without the centre.
 inline constexpr TQCornerMask TQCornerMaskOutline = 0xFF;
 
-/// The set of this corner alone; empty for `none` and for an unknown value.
+/// Returns the mask of this corner alone. It is empty for `none` and for an unknown value.
 [[nodiscard]] constexpr TQCornerMask TQCornerMaskFromCorner(TQCorner corner) noexcept {
   const auto bit = static_cast<unsigned>(corner);
   return bit <= static_cast<unsigned>(TQCorner::center) ? 1U << bit : 0U;
 }
 
-/// Calls `visitor(corner)` for the corners 0 to 7 in ascending order; never for the centre.
+/// Calls `visitor(corner)` for the corners 0 to 7 in ascending order. The centre is not visited.
 template <class Visitor>
 constexpr void TQCornerEnumerate(Visitor&& visitor) {
   for (int corner = 0; corner < 8; ++corner) visitor(static_cast<TQCorner>(corner));
 }
 
-/// First of the corners 0 to 7, in ascending order, that `predicate(corner)` accepts; `none` (-1)
-/// when it accepts none. The centre is never asked about, nor any corner after the answer.
+/// Returns the first of the corners 0 to 7 for which `predicate(corner)` is true, or `none` (-1).
+/// They are tried in ascending order, and the search stops at the first match. The centre is not
+/// tried.
 template <class Predicate>
 [[nodiscard]] constexpr TQCorner TQCornerFirstCornerSatisfyingPredicate(Predicate&& predicate) {
   for (int corner = 0; corner < 8; ++corner) {

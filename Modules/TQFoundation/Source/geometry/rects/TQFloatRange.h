@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQFloatRange.h
-/// Ranges on one axis: where they start and how long they are, and how two combine.
+/// One-dimensional ranges (location and length): comparison, union, intersection, boxing.
 
 #include <optional>
 #include <string_view>
@@ -13,43 +13,46 @@
 
 namespace tq {
 
-/// The numbers from `location` to `location + length`. A negative length is kept as it is.
+/// The range from `location` to `location + length`. A negative length is stored unchanged.
 struct TQFloatRange {
-  double location = 0;  ///< where it starts, unless the length is negative
-  double length = 0;    ///< as given; may be negative
+  double location = 0;  ///< the start, unless the length is negative
+  double length = 0;    ///< may be negative
 };
 static_assert(std::is_trivially_copyable_v<TQFloatRange>, "boxed by copying its bytes");
 
-/// The signature under which a range is boxed.
+/// The type signature of a boxed range.
 inline constexpr std::string_view TQFloatRangeType = "{?=dd}";
 
-/// The same two fields: +0 equals -0, NaN equals nothing.
+/// Returns whether both fields are equal. +0 equals -0, and NaN equals nothing.
 [[nodiscard]] constexpr bool TQFloatRangeEqualToRange(TQFloatRange a, TQFloatRange b) noexcept {
   return a.location == b.location && a.length == b.length;
 }
 
-/// Smallest range that holds both; its length is never negative, and a negative length counts from
-/// its lower end. A range of length 0 counts as a point. Where a bound of `a` is NaN, that of `b`
-/// is taken.
+/// Returns the smallest range that contains both. Its length is 0 or more. A range of negative
+/// length is read from its lower end, and a range of length 0 counts as a point. Where a bound of
+/// `a` is NaN, the bound of `b` is used.
 [[nodiscard]] TQ_EXPORT TQFloatRange TQFloatRangeUnion(TQFloatRange a, TQFloatRange b) noexcept;
 
-/// What both hold. Ranges are closed: two that only touch have a range of length 0 in common, at
-/// the point where they touch. Disjoint ranges, and any NaN, give the range (0, 0).
+/// Returns the part that both ranges have in common. Ranges are closed: two ranges that touch in a
+/// point have a range of length 0 in common, at that point. Disjoint ranges, and any NaN, return
+/// the range (0, 0).
 [[nodiscard]] TQ_EXPORT TQFloatRange TQFloatRangeIntersection(TQFloatRange a,
                                                               TQFloatRange b) noexcept;
 
-/// True when every index of `inner` is in `outer`. An empty range is inside where its location is
-/// in, or at the end of, the outer one. Exact up to the largest 64-bit ends and beyond.
+/// Returns whether every index of `inner` is in `outer`. An empty inner range is contained if its
+/// location is inside the outer range or at its end. The result is exact even if location + length
+/// exceeds 64 bits.
 [[nodiscard]] constexpr bool TQRangeContainsRange(Range outer, Range inner) noexcept {
   if (inner.location < outer.location) return false;
   const auto offset = inner.location - outer.location;
   return offset <= outer.length && inner.length <= outer.length - offset;
 }
 
-/// The range, boxed under TQFloatRangeType.
+/// Returns the range, boxed with the signature TQFloatRangeType.
 [[nodiscard]] TQ_EXPORT Ref<Value> valueWithTQFloatRange(TQFloatRange range);
 
-/// The range that valueWithTQFloatRange() boxed; none for a value of another signature.
+/// Returns the range that valueWithTQFloatRange() boxed, or nullopt for a value of another
+/// signature.
 [[nodiscard]] TQ_EXPORT std::optional<TQFloatRange> TQFloatRangeValue(const Value& value) noexcept;
 
 }  // namespace tq

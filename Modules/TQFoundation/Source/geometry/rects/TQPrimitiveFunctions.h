@@ -1,11 +1,12 @@
 #pragma once
 
 /// @file TQPrimitiveFunctions.h
-/// The free functions on numbers, points, sizes and rects, by theme; and lines for the log.
+/// Includes all free functions on numbers, points, sizes and rects. Also writes them to the log.
 ///
-/// All of them are pure and may be called on any thread; all but the log functions allocate
-/// nothing. Small ones are inline. A function that adds to a product lives in the library, so that
-/// no caller's compiler can fuse the two: results do not depend on who calls.
+/// All these functions are pure and may be called on any thread. Except for the log functions they
+/// allocate nothing. Small ones are inline. A function that adds to a product is compiled in the
+/// library, so that a caller's compiler cannot fuse the two operations: results do not depend on
+/// the caller's flags.
 
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
@@ -27,8 +28,8 @@
 
 namespace tq {
 
-/// Each writes one line to the system log: "x:%f y:%f w:%f h:%f", "w:%f h:%f", "x:%f y:%f". Raw
-/// fields, six decimals, never by locale; NaN is "nan".
+/// Each writes one line to the system log: "x:%f y:%f w:%f h:%f", "w:%f h:%f", "x:%f y:%f". They
+/// print the raw fields with six decimals, independent of the locale. NaN is printed as "nan".
 TQ_EXPORT void TQLogRect(const Rect& rect);
 TQ_EXPORT void TQLogSize(Size size);
 TQ_EXPORT void TQLogPoint(Point point);

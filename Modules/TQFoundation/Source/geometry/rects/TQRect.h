@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRect.h
-/// A rect with identity, for places that share one and change it.
+/// A rect as a mutable, reference-counted object.
 
 #include <cstddef>
 #include <string>
@@ -16,21 +16,21 @@ namespace tq {
 
 /// A mutable object that holds one rect.
 ///
-/// x, y, width, height, origin and size are the raw fields; min, mid and max read the standardised
-/// rect. Threads: one at a time.
+/// x, y, width, height, origin and size are the raw fields. min, mid and max are those of the
+/// standardised rect. Threads: one at a time.
 class TQ_EXPORT TQRect final : public Subclass<TQRect> {
  public:
   static constexpr std::string_view className = "TQRect";
 
-  /// Holds the rect as it is, not standardised.
+  /// Both create an object that holds the rect unchanged (not standardised).
   [[nodiscard]] static Ref<TQRect> initWithRect(const Rect& rect);
   [[nodiscard]] static Ref<TQRect> rectWithRect(const Rect& rect);
 
-  /// Raw, as set; setting replaces it.
+  /// The rect, unchanged.
   [[nodiscard]] const Rect& rect() const noexcept { return rect_; }
   void setRect(const Rect& rect) noexcept { rect_ = rect; }
 
-  /// The raw fields, one by one: extents may be negative, and setting one leaves the others alone.
+  /// The raw fields. Extents may be negative. Setting one field leaves the others unchanged.
   [[nodiscard]] double x() const noexcept { return rect_.origin.x; }
   [[nodiscard]] double y() const noexcept { return rect_.origin.y; }
   [[nodiscard]] double width() const noexcept { return rect_.size.width; }
@@ -44,7 +44,8 @@ class TQ_EXPORT TQRect final : public Subclass<TQRect> {
   void setOrigin(Point origin) noexcept { rect_.origin = origin; }
   void setSize(Size size) noexcept { rect_.size = size; }
 
-  /// Of the standardised rect; null gives what RectGetMinX() and the like give.
+  /// The values of the standardised rect. For a null rect they are what RectGetMinX() and its like
+  /// return.
   [[nodiscard]] double minX() const noexcept { return RectGetMinX(rect_); }
   [[nodiscard]] double midX() const noexcept { return RectGetMidX(rect_); }
   [[nodiscard]] double maxX() const noexcept { return RectGetMaxX(rect_); }
@@ -54,7 +55,8 @@ class TQ_EXPORT TQRect final : public Subclass<TQRect> {
   [[nodiscard]] Point mid() const noexcept { return {midX(), midY()}; }
 
   /// These move the rect and keep its size: the raw origin becomes value, value - extent / 2 or
-  /// value - extent. With a negative extent minimum and maximum so trade places.
+  /// value - extent. With a negative extent, setting the minimum therefore sets the maximum and
+  /// vice versa.
   void setMinX(double value) noexcept { rect_.origin.x = value; }
   void setMidX(double value) noexcept { rect_.origin.x = value - rect_.size.width / 2; }
   void setMaxX(double value) noexcept { rect_.origin.x = value - rect_.size.width; }
@@ -66,14 +68,14 @@ class TQ_EXPORT TQRect final : public Subclass<TQRect> {
     setMidY(mid.y);
   }
 
-  /// A new TQRect with the same rect.
+  /// Returns a new TQRect with the same rect.
   [[nodiscard]] Ref<Object> copy() const override;
 
-  /// Itself, or a TQRect whose rect is equal as RectEqualToRect() has it: (5, 5, -5, -5) equals
-  /// (0, 0, 5, 5).
+  /// Returns whether `other` is this object, or a TQRect whose rect is equal according to
+  /// RectEqualToRect(): (5, 5, -5, -5) equals (0, 0, 5, 5).
   [[nodiscard]] bool isEqual(const Object& other) const override;
 
-  /// Changes with the rect: no key of a dictionary while it is being changed.
+  /// Changes with the rect. Do not change a TQRect while it is a key of a dictionary.
   [[nodiscard]] std::size_t hash() const override;
 
   /// "x:%f y:%f w:%f h:%f"

@@ -1,52 +1,53 @@
 #pragma once
 
 /// @file TQRectConstruction.h
-/// Rects made from points and sizes, flipped, and placed by their middle or by an edge.
+/// Creates rects from points and sizes, flips them, and places them by their middle or by an edge.
 ///
-/// Reads of min, mid and max standardise the rect; "raw" means the fields as they stand. Nothing
-/// fails: NaN and infinities flow through.
+/// min, mid and max are those of the standardised rect; "raw" means the fields without
+/// standardising. No function reports an error: NaN and infinities propagate.
 
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Rect.h>
 
 namespace tq {
 
-/// The same two numbers.
+/// The same two numbers as the other type.
 [[nodiscard]] constexpr Point TQPointFromSize(Size size) noexcept {
   return {size.width, size.height};
 }
 [[nodiscard]] constexpr Size TQSizeFromPoint(Point point) noexcept { return {point.x, point.y}; }
 
-/// At the origin (0, 0).
+/// Returns the rect with this size at the origin (0, 0).
 [[nodiscard]] constexpr Rect TQRectFromSize(Size size) noexcept { return {{}, size}; }
 
-/// The fields as given, not standardised.
+/// Returns the rect with these fields, not standardised.
 [[nodiscard]] constexpr Rect TQRectWithOriginAndSize(Point origin, Size size) noexcept {
   return {origin, size};
 }
 
-/// The rect that two opposite corners span, in any order; extents of 0 or more.
+/// Returns the rect with these two opposite corners, given in any order. Its extents are 0 or more.
 [[nodiscard]] constexpr Rect TQRectFromPoints(Point a, Point b) noexcept {
   return {a.x < b.x ? a.x : b.x, a.y < b.y ? a.y : b.y, a.x < b.x ? b.x - a.x : a.x - b.x,
           a.y < b.y ? b.y - a.y : a.y - b.y};
 }
 
-/// The size as it is, with its middle at the point.
+/// Returns the rect with this size whose middle is at the point. The size is not standardised.
 [[nodiscard]] constexpr Rect TQRectWithSizeCenteredAtPoint(Size size, Point point) noexcept {
   return {{point.x - size.width / 2, point.y - size.height / 2}, size};
 }
 
-/// The size as it is, with its middle at the middle of `rect`.
+/// Returns the rect with this size whose middle is the middle of `rect`. The size is not
+/// standardised.
 [[nodiscard]] constexpr Rect TQRectWithSizeCenteredInRect(Size size, const Rect& rect) noexcept {
   return TQRectWithSizeCenteredAtPoint(size, {RectGetMidX(rect), RectGetMidY(rect)});
 }
 
-/// The square that reaches `margin` from the point on every side.
+/// Returns the square whose edges are `margin` away from the point.
 [[nodiscard]] constexpr Rect TQRectWithMarginAroundPoint(double margin, Point point) noexcept {
   return {point.x - margin, point.y - margin, margin * 2, margin * 2};
 }
 
-/// Where a raw extent is below the minimum, the minimum takes its place around the same middle.
+/// Enlarges each raw extent that is below the minimum to the minimum. The middle stays where it is.
 [[nodiscard]] constexpr Rect TQRectWithMinSize(Size minSize, Rect rect) noexcept {
   if (rect.size.width < minSize.width) {
     rect.origin.x += (rect.size.width - minSize.width) / 2;
@@ -59,13 +60,14 @@ namespace tq {
   return rect;
 }
 
-/// Smallest rect that holds `rect` and the point; that of the point alone when `rect` is null.
+/// Returns the smallest rect that contains `rect` and the point. If `rect` is null, this is a rect
+/// of size 0 at the point.
 [[nodiscard]] constexpr Rect TQRectPointUnion(Point point, const Rect& rect) noexcept {
   return RectUnion(rect, {point, {}});
 }
 
-/// The same area written from the other side of each axis in the mask: the raw origin moves to the
-/// far end and the raw extent changes its sign.
+/// Returns the same area with its origin on the other side, for each axis in the mask: the raw
+/// origin moves to the far end, and the raw extent changes its sign.
 [[nodiscard]] constexpr Rect TQRectFlip(Rect rect, AxisMask axisMask) noexcept {
   if (contains(axisMask, Axis::horizontal)) {
     rect.origin.x += rect.size.width;
@@ -78,12 +80,13 @@ namespace tq {
   return rect;
 }
 
-/// (midX, midY) of the standardised rect.
+/// Returns (midX, midY) of the standardised rect.
 [[nodiscard]] constexpr Point TQRectGetMid(const Rect& rect) noexcept {
   return {RectGetMidX(rect), RectGetMidY(rect)};
 }
 
-/// Moved so that the middle is there: the raw origin becomes mid - extent / 2, the size stays.
+/// Moves the rect so that its middle is at the given place: the raw origin becomes mid - extent /
+/// 2. The size is kept.
 [[nodiscard]] constexpr Rect TQRectWithMidX(double midX, Rect rect) noexcept {
   rect.origin.x = midX - rect.size.width / 2;
   return rect;
@@ -96,8 +99,8 @@ namespace tq {
   return TQRectWithMidX(mid.x, TQRectWithMidY(mid.y, rect));
 }
 
-/// One edge moved to `value`, the opposite edge kept. An edge moved past the opposite one leaves a
-/// negative extent on that axis; the other axis is not touched.
+/// Moves one edge to `value` and keeps the opposite edge. If the edge passes the opposite one, the
+/// extent becomes negative. The other axis is not changed.
 [[nodiscard]] constexpr Rect TQRectResizeMinXTo(double value, const Rect& rect) noexcept {
   return {value, rect.origin.y, RectGetMaxX(rect) - value, rect.size.height};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRectCorners.h
-/// The points of interest of a rect: where they are, and rects placed or resized by one.
+/// The nine named points of a rect: where they are, and rects placed or resized by one of them.
 
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Rect.h>
@@ -10,31 +10,34 @@
 
 namespace tq {
 
-/// Where the corner of the standardised rect is; (0, 0) for an unknown corner.
+/// Returns the position of the corner of the standardised rect, or (0, 0) for an unknown corner.
 [[nodiscard]] TQ_EXPORT Point TQRectPointForCorner(const Rect& rect, TQCorner corner) noexcept;
 
-/// The middle of an edge of the standardised rect; (0, 0) for an unknown edge.
+/// Returns the midpoint of an edge of the standardised rect, or (0, 0) for an unknown edge.
 [[nodiscard]] TQ_EXPORT Point TQRectGetMidOfEdge(const Rect& rect, Edge edge) noexcept;
 
-/// First corner of `rect` within reach of `point`. Corners 0...7 are tried in that order and the
-/// first that is in the mask and strictly closer than `maximumDistance` wins; the nearest may be
-/// another.
+/// Returns the first corner of `rect` that lies within `maximumDistance` of `point`.
 ///
-/// @param maximumDistance  Euclidean, in the rect's own units; 0 or less reaches nothing.
-/// @param cornerMask       bit (1 << corner) for each corner wanted; the centre is never tried.
-/// @return the corner, or `none` (-1) when none is in reach; a distance that is NaN never is.
+/// The corners 0 to 7 are tried in that order. The first corner that is in the mask and strictly
+/// closer than `maximumDistance` is returned, even if a later one is closer.
+///
+/// @param maximumDistance  Euclidean distance in the rect's unit. No corner matches if it is 0,
+///                         negative or NaN.
+/// @param cornerMask  bit (1 << corner) for each corner to try; the centre is never tried
+/// @return the corner, or `none` (-1) if none matches
 [[nodiscard]] TQ_EXPORT TQCorner TQRectClosestCornerForPoint(Point point, double maximumDistance,
                                                              TQCornerMask cornerMask,
                                                              const Rect& rect) noexcept;
 
-/// A standardised rect, as wide and high as the magnitudes of `size`, whose named corner lies at
-/// the point. An unknown corner gives the null rect.
+/// Returns the rect whose named corner lies at `point`. Its extents are the magnitudes of those of
+/// `size`. An unknown corner returns the null rect.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithCornerAtPoint(Size size, Point point,
                                                      TQCorner corner) noexcept;
 
-/// The rect with its corner dragged to `point`; the opposite side of a rect with extents of 0 or
-/// more stays, and a middle moves its own edge alone. Not standardised: a corner dragged past the
-/// opposite side leaves a negative extent. The centre and unknown corners give the rect as it is.
+/// Moves one corner of the rect to `point`. The opposite side stays where it is if the extents are
+/// 0 or more. An edge midpoint moves its own edge only. The result is not standardised: if the
+/// corner passes the opposite side, the extent becomes negative. The centre and unknown corners
+/// return the rect unchanged.
 [[nodiscard]] TQ_EXPORT Rect TQRectResizeByPuttingCorner(Point point, const Rect& rect,
                                                          TQCorner corner) noexcept;
 

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file TQRectEquality.h
-/// Points, sizes and rects compared with a tolerance: absolute, in units in the last place, or a
-/// thousandth. Raw fields throughout.
+/// Compares points, sizes and rects with a tolerance: absolute, in units in the last place, or
+/// 0.001. All functions compare raw fields.
 
 #include <bit>
 #include <cmath>
@@ -20,11 +20,12 @@ namespace detail {
 }
 
 [[nodiscard]] inline bool nearlyEqual(double a, double b) noexcept {
-  if (!(a < b) && !(a > b)) return true;  // equal, or unordered
+  if (!(a < b) && !(a > b)) return true;  // equal, or one is NaN
   const auto one = std::bit_cast<std::uint64_t>(a);
   const auto other = std::bit_cast<std::uint64_t>(b);
   if (((one ^ other) >> 63) != 0) return false;
-  // Of one sign, the patterns are as far apart as the signed integers that they spell.
+  // For numbers of the same sign, the difference of the bit patterns counts the doubles between
+  // them.
   return (one > other ? one - other : other - one) <= 255;
 }
 
@@ -34,8 +35,8 @@ namespace detail {
 
 }  // namespace detail
 
-/// True when no component differs by more than `accuracy`; a difference of just that passes. A
-/// difference that is NaN is not more than anything, so it passes too.
+/// Returns whether no component differs by more than `accuracy`. A difference of exactly `accuracy`
+/// is accepted. A difference that is NaN is accepted too, because it is not greater than anything.
 [[nodiscard]] inline bool TQPointEqualToPointWithAccuracy(Point a, Point b,
                                                           double accuracy) noexcept {
   return detail::within(a.x, b.x, accuracy) && detail::within(a.y, b.y, accuracy);
@@ -49,8 +50,8 @@ namespace detail {
          TQSizeEqualToSizeWithAccuracy(a.size, b.size, accuracy);
 }
 
-/// True when every component is within 255 units in the last place and of one sign. +0 equals -0.
-/// A NaN never makes two values unequal.
+/// Returns whether all components have the same sign and differ by at most 255 units in the last
+/// place. +0 equals -0. NaN is accepted: it never makes the result false.
 [[nodiscard]] inline bool TQPointApproximatelyEqual(Point a, Point b) noexcept {
   return detail::nearlyEqual(a.x, b.x) && detail::nearlyEqual(a.y, b.y);
 }
@@ -61,8 +62,8 @@ namespace detail {
   return TQPointApproximatelyEqual(a.origin, b.origin) && TQSizeApproximatelyEqual(a.size, b.size);
 }
 
-/// True when every component differs by strictly less than 0.001. NaN makes it false, and so do two
-/// equal infinities, whose difference is NaN.
+/// Returns whether every component differs by less than 0.001. NaN makes the result false. Two
+/// equal infinities make it false too, because their difference is NaN.
 [[nodiscard]] inline bool TQRectFuzzyEqualToRect(const Rect& a, const Rect& b) noexcept {
   return detail::fuzzyEqual(a.origin.x, b.origin.x) && detail::fuzzyEqual(a.origin.y, b.origin.y) &&
          detail::fuzzyEqual(a.size.width, b.size.width) &&

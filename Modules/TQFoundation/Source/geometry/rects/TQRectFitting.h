@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRectFitting.h
-/// Sizes fitted into rects with their proportions kept, and rects mapped between reference rects.
+/// Fits sizes into rects proportionally, and maps rects between coordinate spaces.
 
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Rect.h>
@@ -9,53 +9,58 @@
 
 namespace tq {
 
-/// The largest rect of the proportions of `size` that lies in `rect`, centred. Raw fields; meant
-/// for extents of 0 or more.
+/// Returns the largest rect with the proportions of `size` that lies in `rect`, centred. Uses raw
+/// fields, for extents of 0 or more.
 ///
-/// Equal proportions fill the whole height. A width of 0 on either side gives a width of 0 in the
-/// middle, over the full height if the size has none and without height if only the rect has none;
-/// a height of 0 likewise.
+/// Equal proportions fill the whole height. If a width is 0, the result has width 0 and lies in the
+/// middle: with the full height if the width of `size` is 0, with height 0 if only that of `rect`
+/// is. A height of 0 is treated in the same way.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithSizeProportionallyInRect(Size size,
                                                                 const Rect& rect) noexcept;
 
-/// The smallest rect of the proportions of `size` that covers `rect`, centred: the fitted one
-/// scaled up. Raw fields; meant for extents of 0 or more. A size without width or height cannot
-/// cover a rect that has them: the extent of 0 becomes 0 × infinity, NaN, and the other infinite.
+/// Returns the smallest rect with the proportions of `size` that covers `rect`, centred. It is the
+/// fitted rect, scaled up. Uses raw fields, for extents of 0 or more. A size with an extent of 0
+/// cannot cover a rect of positive extents: that extent of the result is NaN (0 × infinity), the
+/// other infinite.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithSizeProportionallyAroundRect(Size size,
                                                                     const Rect& rect) noexcept;
 
-/// The raw width set to `width` and the height scaled with it. Without a width to scale from, the
-/// height stays. The origin stays.
+/// Sets the raw width and scales the height with it. If the width was 0, the height is kept. The
+/// origin is kept.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithWidthRespectingProportions(double width,
                                                                   const Rect& rect) noexcept;
 
-/// The raw height set to `height` and the width scaled with it. Without a height to scale from, the
-/// width stays. The origin stays.
+/// Sets the raw height and scales the width with it. If the height was 0, the width is kept. The
+/// origin is kept.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithHeightRespectingProportions(double height,
                                                                    const Rect& rect) noexcept;
 
-/// The raw extent on the axis set to `size`, the other one derived from it. The origin stays.
-/// @param aspectRatio  width / height; 0 and NaN give what the division gives
+/// Sets the raw extent on the axis to `size` and computes the other one. The origin is kept.
+/// @param aspectRatio  width / height. 0 and NaN return the result of the division.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithSizeOnAxisAspectRatio(Axis axis, double size,
                                                              double aspectRatio,
                                                              const Rect& rect) noexcept;
 
-/// All four raw fields times `factor`: scaled about (0, 0). Null stays null.
+/// Multiplies all four raw fields by `factor`: the rect is scaled about (0, 0). A null rect returns
+/// the null rect.
 [[nodiscard]] TQ_EXPORT Rect TQRectScale(const Rect& rect, double factor) noexcept;
 
-/// Each edge moved outwards by `margin`. A negative margin moves them inwards, to the middle at
-/// most, where the extent is then 0. Standardised; null stays null.
+/// Moves each edge outwards by `margin`. A negative margin moves the edges inwards. They stop in
+/// the middle, where the extent becomes 0. The result is standardised. A null rect returns the null
+/// rect.
 [[nodiscard]] TQ_EXPORT Rect TQRectExpand(const Rect& rect, double margin) noexcept;
 
-/// A rect of the unit space of `reference` in the space where `reference` lies: (0, 0, 1, 1)
-/// becomes the standardised reference. Extents may be negative and stay so. Null stays null.
+/// Maps a rect from the unit space of `reference` to the space of `reference`: (0, 0, 1, 1) becomes
+/// the standardised reference. Negative extents stay negative. A null rect returns the null rect.
 [[nodiscard]] TQ_EXPORT Rect TQRectAbsolute(const Rect& unitRect, const Rect& reference) noexcept;
 
-/// The opposite: the reference becomes (0, 0, 1, 1). TQRectAbsolute() undoes it within rounding. A
-/// reference without extent on an axis gives infinities or NaN there. Null stays null.
+/// The inverse of TQRectAbsolute(), within rounding: the reference becomes (0, 0, 1, 1). If an
+/// extent of the reference is 0, the result has infinities or NaN on that axis. A null rect returns
+/// the null rect.
 [[nodiscard]] TQ_EXPORT Rect TQRectRelative(const Rect& rect, const Rect& reference) noexcept;
 
-/// The rect moved and scaled as `from` must be to become `to`; both are standardised.
+/// Applies to `rect` the translation and scaling that map `from` to `to`. `from` and `to` are
+/// standardised.
 [[nodiscard]] TQ_EXPORT Rect TQRectFromCoordinateSpaceRectToRect(const Rect& rect, const Rect& from,
                                                                  const Rect& to) noexcept;
 

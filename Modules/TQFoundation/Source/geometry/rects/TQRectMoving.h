@@ -1,38 +1,39 @@
 #pragma once
 
 /// @file TQRectMoving.h
-/// Rects moved into a container, and the paddings between an inner and an outer rect.
+/// Moves rects into a container, and measures the paddings between an inner and an outer rect.
 
 #include <TQFoundation/base/Rect.h>
 
 namespace tq {
 
-/// Distances from the edges of an outer rect to those of an inner one. y grows upwards: the top is
-/// the maximum of y.
+/// The distances from the edges of an outer rect to those of an inner rect. y grows upwards: the
+/// top is the maximum of y.
 struct TQEdgePaddings {
-  /// In the rects' unit; negative where the inner rect sticks out.
+  /// In the rects' unit. Negative where the inner rect extends beyond the outer one.
   double top = 0;
   double left = 0;
   double bottom = 0;
   double right = 0;
 };
 
-/// Exactly the same four fields: +0 equals -0, NaN equals nothing.
+/// Returns whether all four fields are equal. +0 equals -0, and NaN equals nothing.
 [[nodiscard]] constexpr bool TQEdgePaddingsEqualToEdgePaddings(const TQEdgePaddings& a,
                                                                const TQEdgePaddings& b) noexcept {
   return a.top == b.top && a.left == b.left && a.bottom == b.bottom && a.right == b.right;
 }
 
-/// All four are positive when the inner rect lies strictly inside the outer one.
+/// Returns the paddings of `inner` in `outer`. All four are positive if the inner rect lies
+/// strictly inside the outer one.
 [[nodiscard]] constexpr TQEdgePaddings TQEdgePaddingsMakeWithRects(const Rect& inner,
                                                                    const Rect& outer) noexcept {
   return {RectGetMaxY(outer) - RectGetMaxY(inner), RectGetMinX(inner) - RectGetMinX(outer),
           RectGetMinY(inner) - RectGetMinY(outer), RectGetMaxX(outer) - RectGetMaxX(inner)};
 }
 
-/// Moved back where it sticks out of the container; the raw size stays. A rect larger than the
-/// container is aligned to its raw origin. For extents of 0 or more; a negative one counts by its
-/// magnitude when the far edge is moved.
+/// Moves the rect so that it does not extend beyond the container. The raw size is kept. A rect
+/// that is larger than the container is aligned to the container's raw origin. For extents of 0 or
+/// more; where the far edge is moved, a negative extent counts by its magnitude.
 [[nodiscard]] constexpr Rect TQRectMoveIntoRect(const Rect& rect, const Rect& container) noexcept {
   const auto moved = [](double origin, double extent, double max, double containerOrigin,
                         double containerMax) {
@@ -46,7 +47,8 @@ struct TQEdgePaddings {
           rect.size};
 }
 
-/// Moved just so far that its middle lies in the container, bounds included; the raw size stays.
+/// Moves the rect by the least distance that brings its middle into the container, bounds included.
+/// The raw size is kept.
 [[nodiscard]] constexpr Rect TQRectByEnsuringMidIsContainedInRect(Rect rect,
                                                                   const Rect& container) noexcept {
   const double halfWidth = rect.size.width / 2;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRectSafe.h
-/// Rects made fit for layout: no infinities, no NaN, no vanishing extents.
+/// Makes rects safe for layout: no infinities, no NaN, no extents near 0.
 
 #include <cmath>
 
@@ -9,17 +9,18 @@
 
 namespace tq {
 
-/// What stands in for a bad coordinate, and the least extent of a safe rect.
+/// The replacement of a coordinate that is not finite, and the least magnitude of a safe rect's
+/// extents.
 inline constexpr double TQFloatSafeValue = 0.1;
 
-/// `value`, or 0.1 when it is infinite or NaN.
+/// Returns `value`, or 0.1 if it is infinite or NaN.
 [[nodiscard]] inline double TQFloatMakeNotInfOrNan(double value) noexcept {
   return std::isfinite(value) ? value : TQFloatSafeValue;
 }
 
-/// `value` made finite as above, then pushed away from zero to a magnitude of at least `minimum`.
-/// Its sign stays; both zeros become +minimum, where that is above 0. A minimum of NaN pushes
-/// nothing.
+/// Makes `value` finite with TQFloatMakeNotInfOrNan(), then enlarges its magnitude to at least
+/// `minimum`. The sign is kept. If `minimum` is above 0, both zeros become +minimum. A minimum of
+/// NaN enlarges nothing.
 [[nodiscard]] inline double TQFloatMakeAbsGreaterThanOrEqual(double value,
                                                              double minimum) noexcept {
   const double finite = TQFloatMakeNotInfOrNan(value);
@@ -27,22 +28,22 @@ inline constexpr double TQFloatSafeValue = 0.1;
   return finite < minimum ? minimum : finite;
 }
 
-/// TQFloatMakeNotInfOrNan() of each coordinate.
+/// Applies TQFloatMakeNotInfOrNan() to both coordinates.
 [[nodiscard]] inline Point TQPointSafe(Point point) noexcept {
   return {TQFloatMakeNotInfOrNan(point.x), TQFloatMakeNotInfOrNan(point.y)};
 }
 
-/// Finite raw fields, and extents of at least 0.1 in magnitude whose signs stay. The null rect
-/// becomes (0.1, 0.1, 0.1, 0.1).
+/// Returns the rect with finite raw fields and extents of at least 0.1 in magnitude. The signs of
+/// the extents are kept. The null rect becomes (0.1, 0.1, 0.1, 0.1).
 [[nodiscard]] inline Rect TQRectSafe(const Rect& rect) noexcept {
   return {TQPointSafe(rect.origin),
           {TQFloatMakeAbsGreaterThanOrEqual(rect.size.width, TQFloatSafeValue),
            TQFloatMakeAbsGreaterThanOrEqual(rect.size.height, TQFloatSafeValue)}};
 }
 
-/// Bounds of both rects, from the least minimum to the greatest maximum on each axis. Unlike
-/// RectUnion() it makes no exception for null rects: they reach to infinity. Where a bound of `a`
-/// is NaN, that of `b` is taken.
+/// Returns the bounds of both rects: on each axis from the smaller minimum to the greater maximum.
+/// RectUnion() ignores null rects; this function does not, so they extend the result to infinity.
+/// Where a bound of `a` is NaN, the bound of `b` is used.
 [[nodiscard]] constexpr Rect TQUnionRectSafe(const Rect& a, const Rect& b) noexcept {
   return detail::boundsOfBoth(a, b);
 }

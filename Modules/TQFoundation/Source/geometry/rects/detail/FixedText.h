@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FixedText.h
-/// Labelled numbers with six decimals, never by locale.
+/// Formats labelled numbers with six decimals, independent of the locale.
 
 #include <initializer_list>
 #include <string>
@@ -16,11 +16,11 @@ struct LabelledNumber {
   double value;
 };
 
-/// "label:value" for each, with a space between; the value as "%f" has it in the C locale. NaN of
-/// either sign is "nan".
+/// Returns "label:value" for each number, separated by spaces. Values are formatted as by "%f" in
+/// the C locale; NaN of either sign is "nan".
 [[nodiscard]] std::string fixedText(std::initializer_list<LabelledNumber> numbers);
 
-/// "x:%f y:%f w:%f h:%f", raw fields
+/// Returns "x:%f y:%f w:%f h:%f" with the raw fields.
 [[nodiscard]] std::string fixedText(const Rect& rect);
 
 }  // namespace tq::detail
