@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file AnchoredRect.h
-/// A rect held at one of its nine points.
+/// Rects that are resized around an anchor.
 
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
@@ -10,33 +10,34 @@
 
 namespace tq {
 
-/// A size hung up by one of the nine points of its rect: resized, it grows away from that point.
+/// A rect, given by its size and the position of its anchor, one of its nine named points. When it
+/// is resized, the anchor stays where it is.
 struct AnchoredRect {
-  Point position;                        ///< where the anchor is
-  Size size;                             ///< by magnitude; signs do not count
-  TQCorner anchor = TQCorner::minXMinY;  ///< which of the nine points stays where it is
+  Point position;                        ///< the position of the anchor
+  Size size;                             ///< signs are ignored
+  TQCorner anchor = TQCorner::minXMinY;  ///< the point that stays where it is
 
-  /// Takes hold of `rect`, standardised first, at `anchor`.
+  /// Returns `rect`, standardised, anchored at `anchor`.
   [[nodiscard]] static TQ_EXPORT AnchoredRect hold(const Rect& rect, TQCorner anchor) noexcept;
 
-  /// The rect, standardised; null for an unknown anchor.
+  /// Returns the rect, standardised, or the null rect for an unknown anchor.
   [[nodiscard]] TQ_EXPORT Rect rect() const noexcept;
 
-  /// The same anchor in the same place.
+  /// Returns the rect with another size; the anchor stays where it is.
   [[nodiscard]] constexpr AnchoredRect resized(Size newSize) const noexcept {
     return {position, newSize, anchor};
   }
 
-  /// The anchor elsewhere.
+  /// Returns the rect with its anchor moved to `newPosition`; the size is kept.
   [[nodiscard]] constexpr AnchoredRect moved(Point newPosition) const noexcept {
     return {newPosition, size, anchor};
   }
 
-  /// The same rect, held at another point.
+  /// Returns the same rect with another anchor.
   [[nodiscard]] TQ_EXPORT AnchoredRect anchoredAt(TQCorner newAnchor) const noexcept;
 
-  /// The rect as the parent of `system` sees it, held at the same point: the mapped rect's own,
-  /// even where the system turns or mirrors.
+  /// Returns the rect in the coordinates of the parent of `system`. The anchor is the same named
+  /// point of the mapped rect, even if the system rotates or mirrors.
   [[nodiscard]] TQ_EXPORT AnchoredRect toParentOf(const GeometrySystem& system) const noexcept;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Length.h
-/// Lengths with their unit, and what they are in another one.
+/// Lengths with a unit, and their conversion.
 
 #include <optional>
 #include <string_view>
@@ -10,34 +10,35 @@
 
 namespace tq {
 
-/// Points are of 1/72 inch, picas of 12 points. A pixel is as large as the resolution makes it.
+/// Units of length. A point is 1/72 inch, a pica is 12 points. The resolution determines the size
+/// of a pixel.
 enum class LengthUnit : int { px = 0, pt = 1, pc = 2, mm = 3, cm = 4, in = 5 };
 
-/// "px", "pt", "pc", "mm", "cm", "in"; empty for an unknown unit.
+/// Returns "px", "pt", "pc", "mm", "cm" or "in", or an empty text for an unknown unit.
 [[nodiscard]] TQ_EXPORT std::string_view LengthUnitSymbol(LengthUnit unit) noexcept;
 
-/// The unit of exactly this symbol.
+/// Returns the unit with exactly this symbol, or nullopt.
 [[nodiscard]] TQ_EXPORT std::optional<LengthUnit> LengthUnitFromSymbol(
     std::string_view symbol) noexcept;
 
-/// A number with its unit. Any number, negative and NaN included.
+/// A number with its unit. The number may be negative or NaN.
 struct Length {
   double value = 0;                  ///< in units of `unit`
-  LengthUnit unit = LengthUnit::px;  ///< as the number was given
+  LengthUnit unit = LengthUnit::px;  ///< the unit of `value`
 
-  /// The same length in another unit. In its own unit it is the very same number; otherwise it is
-  /// value × (units of `to` per inch) / (units of its own per inch), in that order.
+  /// Returns the same length in another unit: value × (units of `to` per inch) / (units of `unit`
+  /// per inch), evaluated from left to right. If the units are the same, the number is unchanged.
   ///
-  /// @param pixelsPerInch  the resolution; only read when one of the units is px
-  /// An unknown unit gives NaN; a resolution of 0 gives what the formula gives.
+  /// @param pixelsPerInch  the resolution; only used if one of the units is px
+  /// @return a value of NaN for an unknown unit; for a resolution of 0 the result of the formula
   [[nodiscard]] TQ_EXPORT Length converted(LengthUnit to, double pixelsPerInch) const noexcept;
 
-  /// converted() to px: the number alone.
+  /// Returns the number that converted() to px has.
   [[nodiscard]] double inPixels(double pixelsPerInch) const noexcept {
     return converted(LengthUnit::px, pixelsPerInch).value;
   }
 
-  /// Same number and same unit: 1 in and 72 pt differ until one is converted.
+  /// Equal if both the number and the unit are equal: 1 in and 72 pt differ.
   friend constexpr bool operator==(Length, Length) noexcept = default;
 };
 

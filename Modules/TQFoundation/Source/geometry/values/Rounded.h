@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Rounded.h
-/// A rounded number that remembers its grid.
+/// Rounded numbers that keep their grid.
 
 #include <concepts>
 #include <cstddef>
@@ -9,17 +9,17 @@
 
 namespace tq {
 
-/// A multiple of a grid's step: `integral` steps of `multiplier`.
+/// A multiple of a grid's step: `integral` steps of the length `multiplier`.
 ///
-/// A value that no grid applied to (its increment was 0 or NaN) is itself, times 1. Equality and
-/// hash look at both fields: 1 step of 2 is not 2 steps of 1, although their values are equal. Both
-/// zeros are equal, NaN equals nothing.
+/// If no grid was applied (the increment was 0 or NaN), `integral` is the value itself and
+/// `multiplier` is 1. Equality and hash use both fields: 1 step of 2 is not equal to 2 steps of 1,
+/// although their values are. Both zeros are equal, and NaN equals nothing.
 template <std::floating_point Value>
 struct Rounded {
-  Value integral = 0;    ///< how many steps; a whole number unless no grid applied
-  Value multiplier = 1;  ///< how large a step is; 1 when no grid applied
+  Value integral = 0;    ///< number of steps; a whole number if a grid was applied
+  Value multiplier = 1;  ///< length of a step; 1 if no grid was applied
 
-  /// integral × multiplier: what rounding to the grid answered, to the last bit.
+  /// Returns integral × multiplier. It is bit for bit what Rounder::round() returns.
   [[nodiscard]] constexpr Value value() const noexcept { return integral * multiplier; }
 
   friend constexpr bool operator==(Rounded, Rounded) noexcept = default;
@@ -27,7 +27,7 @@ struct Rounded {
 
 }  // namespace tq
 
-// Goes with ==, so that rounded values can be keys.
+// Consistent with ==, so that rounded values can be keys.
 /// @cond
 template <class Value>
 struct std::hash<tq::Rounded<Value>> {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Rounder.h
-/// Values, points, sizes and vectors snapped to a grid.
+/// Rounds values, points, sizes and vectors to a grid.
 
 #include <concepts>
 
@@ -13,49 +13,52 @@
 
 namespace tq {
 
-/// Rounds to multiples of an increment, ties away from zero.
+/// Rounds to multiples of an increment. Ties round away from zero.
 ///
-/// An increment of 0 or NaN rounds nothing; an infinite one makes NaN of every value, as the
-/// formula has it; a negative one is as good as its magnitude, but for the direction in which a
-/// minimum magnitude is sought. Points, sizes and vectors are for doubles only; the mask names the
-/// components to change. Small negatives round to -0. Threads: as any plain value.
+/// An increment of 0 or NaN rounds nothing. An infinite one returns NaN for every value, by the
+/// formula. A negative one rounds like its magnitude, but it reverses the direction in which
+/// align() searches a minimum magnitude. Points, sizes and vectors require doubles; the mask
+/// selects the components that are changed. Small negative values round to -0. Threads: any, like a
+/// plain value.
 template <std::floating_point Value>
 class Rounder {
  public:
-  /// Steps towards a minimum magnitude that are taken one by one.
+  /// The number of steps towards a minimum magnitude that are taken one by one.
   static constexpr int kStepLimit = 1 << 24;
 
-  Rounder() noexcept = default;  ///< whole numbers
-  /// Multiples of `increment`; see above for 0, NaN and negative ones.
+  Rounder() noexcept = default;  ///< rounds to whole numbers
+  /// Rounds to multiples of `increment`; see above for 0, NaN and negative ones.
   explicit constexpr Rounder(Value increment) noexcept : increment_(increment) {}
 
-  /// As given, sign included.
+  /// The increment, sign included.
   [[nodiscard]] constexpr Value roundingIncrement() const noexcept { return increment_; }
   constexpr void setRoundingIncrement(Value increment) noexcept { increment_ = increment; }
 
-  /// The multiple of the increment nearest to `value`: rounded(value / increment) × increment.
+  /// Returns the multiple of the increment nearest to `value`: rounded(value / increment) ×
+  /// increment.
   [[nodiscard]] Value round(Value value) const noexcept { return rounded(value).value(); }
   void roundInPlace(Value& value) const noexcept { value = round(value); }
 
-  /// The same, with the grid. Its value() is what round() answers.
+  /// Like round(), but returns the grid too. value() of the result is what round() returns.
   [[nodiscard]] Rounded<Value> rounded(Value value) const noexcept {
     if (roundsNothing()) return {value, 1};
     if (increment_ == 1) return {TQFloatRoundHalfAwayFromZero(value), 1};
     return {TQFloatRoundHalfAwayFromZero(value / increment_), increment_};
   }
 
-  /// The nearest value on the grid that starts at `base`. With an increment of 0 or NaN the value
-  /// still goes through value - base + base.
+  /// Returns the nearest value on the grid that starts at `to`. An increment of 0 or NaN returns
+  /// value - to + to.
   [[nodiscard]] Value align(Value value, Value to) const noexcept;
   void alignInPlace(Value& value, Value to) const noexcept { value = align(value, to); }
 
-  /// The same, but where its magnitude is below `minimumMagnitude` it steps on along the grid,
-  /// upwards for a value of 0 or more and downwards for any other, until it is not.
+  /// Like align(value, to), but the magnitude of the result is at least `minimumMagnitude`. If it
+  /// is below, the result moves along the grid until it is not: upwards if `value` is 0 or more,
+  /// else downwards.
   ///
-  /// An increment of 0 gives the minimum itself with the sign of the direction; one of NaN gives
-  /// NaN. After kStepLimit steps the rest is jumped over at once; where steps are too small to be
-  /// told apart there, or the minimum is infinite, the answer is the minimum with the sign of the
-  /// direction.
+  /// An increment of 0 returns the minimum itself with the sign of the direction; one of NaN
+  /// returns NaN. After kStepLimit steps the remaining ones are taken at once. If the steps are too
+  /// small to change the number there, or the minimum is infinite, the result is the minimum with
+  /// the sign of the direction.
   [[nodiscard]] Value align(Value value, Value to, Value minimumMagnitude) const noexcept;
   void alignInPlace(Value& value, Value to, Value minimumMagnitude) const noexcept {
     value = align(value, to, minimumMagnitude);
@@ -72,8 +75,8 @@ class Rounder {
     point = round(point, mask);
   }
 
-  /// Each component to the one of `to`. An increment of 0 or NaN leaves the point as it is, to the
-  /// bit.
+  /// Applies align() to each component in the mask. An increment of 0 or NaN returns the point
+  /// unchanged, bit for bit.
   [[nodiscard]] Point align(Point point, Point to, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     if (roundsNothing()) return point;
@@ -107,12 +110,13 @@ class Rounder {
   Value increment_ = 1;
 };
 
-// The additions live in the library, compiled without fusing: results do not depend on who calls.
+// The additions are compiled in the library without fusing, so that results do not depend on the
+// caller's flags.
 extern template class TQ_EXPORT Rounder<float>;
 extern template class TQ_EXPORT Rounder<double>;
 extern template class TQ_EXPORT Rounder<long double>;
 
-/// The value rounded to multiples of the increment, with the grid.
+/// Returns the value rounded to multiples of `toNearest`, with the grid.
 template <std::floating_point Value>
 [[nodiscard]] Rounded<Value> rounded(Value value, Value toNearest) noexcept {
   return Rounder<Value>(toNearest).rounded(value);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRounder.h
-/// A rounder over doubles as an object.
+/// A Rounder<double> as a reference-counted object.
 
 #include <string_view>
 
@@ -12,24 +12,24 @@
 
 namespace tq {
 
-/// Holds one rounder and answers just what it answers. Threads: one at a time.
+/// Holds one Rounder<double> and calls it. Threads: one at a time.
 class TQ_EXPORT TQRounder final : public Subclass<TQRounder> {
  public:
   static constexpr std::string_view className = "TQRounder";
 
-  [[nodiscard]] static Ref<TQRounder> init();  ///< increment 1
-  /// Any increment; see Rounder for 0, NaN and negative ones.
+  [[nodiscard]] static Ref<TQRounder> init();  ///< with increment 1
+  /// With any increment; see Rounder for 0, NaN and negative ones.
   [[nodiscard]] static Ref<TQRounder> initWithRoundingIncrement(double roundingIncrement);
 
-  /// The rounder that answers; setting replaces it.
+  /// The rounder that is called.
   [[nodiscard]] const Rounder<double>& rounder() const noexcept { return rounder_; }
   void setRounder(const Rounder<double>& rounder) noexcept { rounder_ = rounder; }
 
-  /// The rounder's.
+  /// The increment of the rounder.
   [[nodiscard]] double roundingIncrement() const noexcept { return rounder_.roundingIncrement(); }
   void setRoundingIncrement(double increment) noexcept { rounder_.setRoundingIncrement(increment); }
 
-  /// The rounder's round() and align() of the argument.
+  /// Return what round() and align() of the rounder return.
   [[nodiscard]] double roundValue(double value) const noexcept;
   [[nodiscard]] double alignValue(double value, double toBase) const noexcept;
   [[nodiscard]] double alignValue(double value, double toBase,

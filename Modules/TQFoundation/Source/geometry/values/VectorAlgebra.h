@@ -1,18 +1,18 @@
 #pragma once
 
 /// @file VectorAlgebra.h
-/// Vectors of the plane: sums, products, lengths, angles and the polar form.
+/// Vector algebra in the plane: sums, products, lengths, angles, polar form.
 ///
-/// Angles are radians from the x axis towards the y axis. Nothing fails: NaN and infinities flow
-/// through.
+/// Angles are in radians, from the x axis towards the y axis. No function reports an error: NaN and
+/// infinities propagate.
 
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/TQExport.h>
 
 namespace tq {
 
-/// Component by component, in plain floating-point arithmetic: overflow is infinite, division by 0
-/// infinite or NaN.
+/// Component by component, in plain floating-point arithmetic. Overflow is infinite; division by 0
+/// is infinite or NaN.
 [[nodiscard]] constexpr Vector operator+(Vector a, Vector b) noexcept {
   return {a.dx + b.dx, a.dy + b.dy};
 }
@@ -28,11 +28,11 @@ namespace tq {
   return {v.dx / divisor, v.dy / divisor};
 }
 
-/// From `b` to `a`.
+/// Returns the vector from `b` to `a`.
 [[nodiscard]] constexpr Vector operator-(Point a, Point b) noexcept {
   return {a.x - b.x, a.y - b.y};
 }
-/// The point moved by the vector, or back by it.
+/// Returns the point moved by the vector, or by its opposite.
 [[nodiscard]] constexpr Point operator+(Point p, Vector v) noexcept {
   return {p.x + v.dx, p.y + v.dy};
 }
@@ -40,42 +40,49 @@ namespace tq {
   return {p.x - v.dx, p.y - v.dy};
 }
 
-/// a.dx × b.dx + a.dy × b.dy: 0 for a right angle.
+/// Returns a.dx × b.dx + a.dy × b.dy. It is 0 for a right angle.
 [[nodiscard]] TQ_EXPORT double VectorDotProduct(Vector a, Vector b) noexcept;
 
-/// a.dx × b.dy - a.dy × b.dx: positive when `b` lies from `a` towards a quarter turn to +y.
+/// Returns a.dx × b.dy - a.dy × b.dx. It is positive if turning from `a` to `b` by less than half a
+/// turn goes from x towards y.
 [[nodiscard]] TQ_EXPORT double VectorCrossProduct(Vector a, Vector b) noexcept;
 
-/// Neither overflows nor vanishes in between, as the root of the squares would.
+/// Returns the Euclidean length. Unlike √(dx² + dy²), it does not overflow or become 0 through the
+/// squares.
 [[nodiscard]] TQ_EXPORT double VectorGetLength(Vector v) noexcept;
 
-/// The direction with length 1; the zero vector, having none, stays. Of any finite length.
+/// Returns the vector of length 1 in the same direction, for any finite length. The zero vector is
+/// returned unchanged.
 [[nodiscard]] TQ_EXPORT Vector VectorNormalise(Vector v) noexcept;
 
-/// A quarter turn from x towards y. Exact.
+/// Returns the vector turned by a quarter turn from x towards y. Exact.
 [[nodiscard]] constexpr Vector VectorGetPerpendicular(Vector v) noexcept { return {-v.dy, v.dx}; }
 
-/// Turned from x towards y; the length stays, but for rounding.
+/// Returns the vector turned from x towards y. The length is kept, within rounding.
 [[nodiscard]] TQ_EXPORT Vector VectorRotate(Vector v, double angleRadians) noexcept;
 
-/// The part of `v` along `onto`; the zero vector when `onto` is one.
+/// Returns the projection of `v` onto the direction of `onto`, or the zero vector if `onto` is the
+/// zero vector.
 [[nodiscard]] TQ_EXPORT Vector VectorProject(Vector v, Vector onto) noexcept;
 
-/// How far to turn from `a` to `b`, the short way: in [-π, π], positive from x towards y. 0 when
-/// one of them is the zero vector. By atan2 of cross and dot product, which keeps its digits near 0
-/// and π, where the arc cosine of the dot product alone loses half.
+/// Returns the angle from `a` to `b`, in [-π, π]; positive from x towards y. It is 0 if one of them
+/// is the zero vector.
+///
+/// Accuracy: computed as atan2 of cross and dot product, which stays accurate near 0 and π. There
+/// the arc cosine of the dot product loses half of the digits.
 [[nodiscard]] TQ_EXPORT double VectorAngleBetween(Vector a, Vector b) noexcept;
 
-/// A vector by its length and direction.
+/// A vector in polar form.
 struct PolarVector {
   double length = 0;        ///< 0 or more
   double angleRadians = 0;  ///< from the x axis towards the y axis
 };
 
-/// The angle is in [-π, π], 0 for the zero vector (by the signs of its zeros, as atan2 has it).
+/// Returns the polar form. The angle is in [-π, π]. For the zero vector it is the one that atan2
+/// returns for the signs of its zeros: 0 for (+0, +0).
 [[nodiscard]] TQ_EXPORT PolarVector PolarFromVector(Vector v) noexcept;
 
-/// A negative length points the other way.
+/// Returns the vector of a polar form. A negative length gives the opposite direction.
 [[nodiscard]] TQ_EXPORT Vector VectorFromPolar(PolarVector polar) noexcept;
 
 }  // namespace tq
