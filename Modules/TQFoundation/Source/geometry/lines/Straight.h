@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Straight.h
-/// What all straight things share: infinite lines, segments, and lines parallel to an axis.
+/// The concept of straight objects: infinite lines, segments, and lines parallel to an axis.
 
 #include <concepts>
 #include <optional>
@@ -15,19 +15,20 @@ namespace tq {
 struct TQLine;
 struct TQLineSegment;
 
-/// Anything with a direction.
+/// A straight object: an infinite line or a segment.
 ///
-///     direction()        along it, not normalised
+///     direction()        the direction, not normalised
 ///     isInfinite()       whether it has no ends
-///     infinite()         the infinite line through it
-///     intersection(with) where it meets another one, both with their ends; none when parallel
-///     clipped(to)        the part inside a rect, border included; none when it misses the rect
+///     infinite()         the infinite line that contains it
+///     intersection(with) the point that it shares with `with`; nullopt if they do not meet or are
+///                        parallel. The ends of segments count.
+///     clipped(to)        the part inside a rect, border included; nullopt if it misses the rect
 ///     pointClosestTo(p)  its point nearest to p
-///     distance(from)     to a point or a rect, Euclidean; 0 for a rect that it meets, +infinity
-///                        for the null rect
+///     distance(from)     Euclidean distance to a point or a rect: 0 for a rect that it meets,
+///                        +infinity for the null rect
 ///     passes(through, comparator)
-///                        whether `comparator` takes each coordinate of the point and of the
-///                        nearest point of the straight thing for equal
+///                        whether `comparator` returns true for each coordinate of `through` and of
+///                        the point nearest to it
 template <class T>
 concept Straight = requires(const T& straight, const TQLine& line, const TQLineSegment& segment,
                             Point point, const Rect& rect, bool (*comparator)(double, double)) {
