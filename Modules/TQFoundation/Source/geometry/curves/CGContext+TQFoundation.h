@@ -10,14 +10,16 @@
 
 namespace tq {
 
-/// A rect with its corners rounded by quarter ellipses, as cubics with kappa 0.5522847498.
+/// Returns the path of a rect with rounded corners: quarter ellipses as cubics with kappa
+/// 0.5522847498.
 ///
 /// The rect is standardised. Each radius is limited to 0...half the rect's extent on its axis; NaN
-/// counts as 0. With either radius at 0 the path is the plain rect, and the null rect gives an
-/// empty path. Otherwise there are ten elements: it starts in the middle of the maxX edge, runs
-/// towards maxY and on around the rect, and ends with close; a side without length keeps its line.
+/// counts as 0. If either radius is 0, the result is the plain rect. The null rect returns an empty
+/// path. Otherwise the path has ten elements. It starts in the middle of the maxX edge, goes
+/// towards maxY and on around the rect, and ends with close. A side of length 0 keeps its line
+/// element.
 ///
-/// @param transform  applied to every point; null for none
+/// @param transform  applied to every point; may be null
 [[nodiscard]] TQ_EXPORT Path
 CGPathCreateWithRoundedRectSafeCorners(const Rect& rect, double cornerWidth, double cornerHeight,
                                        const AffineTransform* transform = nullptr);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Path.h
-/// Paths: any number of subpaths made of straight lines and Bézier curves.
+/// Paths: any number of subpaths of straight lines and Bézier curves.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,7 +17,7 @@
 
 namespace tq {
 
-/// The kinds of elements. Their numbers are fixed.
+/// The types of path elements. Their numbers are fixed.
 enum class PathElementType : std::uint8_t {
   move = 0,
   line = 1,
@@ -26,27 +26,27 @@ enum class PathElementType : std::uint8_t {
   close = 4
 };
 
-/// How many points an element of a type carries: 1, 1, 2, 3, 0.
+/// Returns the number of points of an element: 1, 1, 2, 3, 0.
 [[nodiscard]] constexpr std::size_t PathElementPointCount(PathElementType type) noexcept {
   constexpr std::size_t kCounts[] = {1, 1, 2, 3, 0};
   return kCounts[static_cast<std::size_t>(type)];
 }
 
-/// One step of a path. The points lie in the path and stay valid until it changes.
+/// One element of a path. The path owns the points; they are valid until it changes.
 struct PathElement {
-  PathElementType type;  ///< which also says how many points there are
-  /// Controls first, the end last; none for close.
+  PathElementType type;  ///< determines the number of points
+  /// The control points, then the end point. Empty for close.
   std::span<const Point> points;
 };
 
-/// A path by value: elements in the order they were added.
+/// A path, stored by value as a list of elements.
 ///
-/// Each element starts at the current point, the end of the one before; after close that is the
-/// start of the subpath, where the next element then begins a new one. Threads: one at a time while
-/// it changes, any number to look at it.
+/// Each element starts at the current point, the end of the previous element. After close, the
+/// current point is the start of the subpath; the next element then starts a new subpath there.
+/// Threads: one at a time while it changes; any number may read it.
 class TQ_EXPORT Path {
  public:
-  /// Goes over the elements; good until the path changes.
+  /// Iterates over the elements. Valid until the path changes.
   class Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -55,7 +55,7 @@ class TQ_EXPORT Path {
     using difference_type = std::ptrdiff_t;
 
     Iterator() noexcept = default;
-    /// At the element of this type and its first point.
+    /// At the element with this type and this first point.
     Iterator(const PathElementType* type, const Point* points) noexcept
         : type_(type), points_(points) {}
 
@@ -80,43 +80,44 @@ class TQ_EXPORT Path {
 
   Path() noexcept = default;
 
-  /// move (minX, minY), lines to (maxX, minY), (maxX, maxY), (minX, maxY), close. The null rect
-  /// gives an empty path.
+  /// Returns move (minX, minY), lines to (maxX, minY), (maxX, maxY), (minX, maxY), close. The null
+  /// rect returns an empty path.
   [[nodiscard]] static Path pathWithRect(const Rect& rect);
 
-  /// Begins a new subpath.
+  /// Starts a new subpath.
   void moveTo(Point point);
-  /// All but moveTo need a current point; without one they stop the process.
+  /// These four require a current point. An empty path has none; then they stop the process.
   void lineTo(Point point);
   void quadraticTo(Point control, Point end);
   void cubicTo(Point control1, Point control2, Point end);
   void close();
 
-  /// Appends the other's elements as they are.
+  /// Appends the elements of `other` unchanged.
   void append(const Path& other);
 
   [[nodiscard]] bool isEmpty() const noexcept { return types_.empty(); }
-  /// Closes count, as every other element does.
+  /// The number of elements; close elements count too.
   [[nodiscard]] std::size_t elementCount() const noexcept { return types_.size(); }
-  /// Where the next element starts; none for an empty path.
+  /// Returns the point where the next element starts, or nullopt for an empty path.
   [[nodiscard]] std::optional<Point> currentPoint() const noexcept;
 
-  /// Elements in order, as PathElement by value.
+  /// The elements in order, as PathElement values.
   [[nodiscard]] Iterator begin() const noexcept { return {types_.data(), points_.data()}; }
   [[nodiscard]] Iterator end() const noexcept {
     return {types_.data() + types_.size(), points_.data() + points_.size()};
   }
 
-  /// Tight bounds of what is drawn: a move without a segment after it does not count. The null rect
-  /// when nothing is.
+  /// Returns the tight bounds of the segments. A move without a segment after it does not count.
+  /// Returns the null rect if there are no segments.
   [[nodiscard]] Rect bounds() const noexcept;
-  /// Bounds of all points, controls and lone moves included; the null rect for an empty path.
+  /// Returns the bounds of all points, including control points and moves without segments. Returns
+  /// the null rect for an empty path.
   [[nodiscard]] Rect controlPointBounds() const noexcept;
 
-  /// The path with the transform applied to every point.
+  /// Returns the path with the transform applied to every point.
   [[nodiscard]] Path transformed(const AffineTransform& transform) const;
 
-  /// Same elements with equal points.
+  /// Equal if the elements have the same types and equal points.
   friend bool operator==(const Path&, const Path&) noexcept = default;
 
  private:

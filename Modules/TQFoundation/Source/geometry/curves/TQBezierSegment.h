@@ -1,13 +1,13 @@
 #pragma once
 
 /// @file TQBezierSegment.h
-/// One Bézier segment of a path: straight, quadratic or cubic, as a plain value.
+/// Bézier segments as plain values: straight, quadratic or cubic.
 ///
-/// Offsets are the curve parameter t: 0 at the start, 1 at the end; any other t continues the
-/// polynomial. Every function but the intersection enumerator is pure; none allocates, all may be
-/// called on any thread. A segment whose degree code is unknown has no points: its bounds are the
-/// null rect, points and derivatives of it are 0, and it meets nothing. NaN runs through. Nothing
-/// that rounds is inline, so that no compiler flag of a caller can contract it.
+/// Offsets are the curve parameter t: 0 at the start, 1 at the end. Any other t continues the
+/// polynomial. Every function but TQBezierSegmentIntersections is pure. None allocates, and all may
+/// be called on any thread. A segment with an unknown degree has no points: its bounds are the null
+/// rect, its points and derivatives are 0, and it meets nothing. NaN propagates. No function that
+/// rounds is inline, so that a caller's compiler flags cannot fuse its operations.
 
 #include <cstdint>
 #include <functional>
@@ -22,30 +22,30 @@
 
 namespace tq {
 
-/// How many points a segment has: 2, 3 or 4.
+/// The degree of a segment: 2, 3 or 4 points.
 enum class TQBezierDegree : std::int32_t { straight = 0, quadratic = 1, cubic = 2 };
 
 /// A straight line, a quadratic or a cubic curve from its first to its last point, for offsets t in
-/// [0, 1]. Plain fields, which anybody may fill with an unknown degree; then it has no points.
+/// [0, 1]. The fields are plain; a segment whose degree is set to an unknown number has no points.
 struct TQBezierSegment {
-  /// Start, controls, end; what the degree does not use is 0.
+  /// The start, the control points, the end. The points that the degree does not use are 0.
   Point points[4];
-  /// How many of the points are in use.
+  /// Determines how many of the points are in use.
   TQBezierDegree degree = TQBezierDegree::straight;
 
-  /// The points in use: 2, 3, 4, or none for an unknown degree.
+  /// Returns the points in use: 2, 3, 4, or none for an unknown degree.
   [[nodiscard]] constexpr std::span<const Point> used() const& noexcept {
     const auto code = static_cast<std::uint32_t>(degree);
     return {points, code > 2 ? 0 : code + 2};
   }
   [[nodiscard]] std::span<const Point> used() const&& = delete;  // would dangle
-  /// The first and the last point in use; (0, 0) as the end of an unknown degree.
+  /// The first and the last point in use. The end of a segment of unknown degree is (0, 0).
   [[nodiscard]] constexpr Point start() const noexcept { return points[0]; }
   [[nodiscard]] constexpr Point end() const noexcept {
     return used().empty() ? Point{} : used().back();
   }
 
-  /// The segment through these ends, shaped by these controls.
+  /// Return the segment with these ends and control points.
   [[nodiscard]] static constexpr TQBezierSegment straight(Point from, Point to) noexcept {
     return {{from, to, {}, {}}, TQBezierDegree::straight};
   }
@@ -64,114 +64,122 @@ struct TQBezierSegment {
 static_assert(std::is_trivially_copyable_v<TQBezierSegment> && sizeof(TQBezierSegment) == 72,
               "four points, then a 32-bit code");
 
-/// A Bézier curve of any degree below 5 at t, by repeated linear interpolation.
+/// Evaluates a Bézier curve of degree 0 to 4 at t, by repeated linear interpolation.
 ///
-/// @param degree  4 at the most; more stops the process
+/// @param degree  at most 4; a greater degree stops the process
 /// @param points  degree + 1 control points
-/// @param left, right  where to put the degree + 1 control points of each half; null to leave out.
-///                     Either may be `points`.
+/// @param left, right  receive the degree + 1 control points of each half, or null. Either may be
+///                     `points`.
 TQ_EXPORT Point TQBezierSegmentBezierWithPoints(double t, unsigned degree, const Point* points,
                                                 Point* left, Point* right) noexcept;
 
-/// Splits at t, so that left.end() and right.start() are the same point to the last bit: de
-/// Casteljau's for curves, start + t·(end - start) for a straight segment. Either half may be null,
-/// or `segment` itself. Of an unknown degree both halves are copies of the segment.
+/// Splits a segment at t. left.end() and right.start() are the same point, bit for bit. Curves are
+/// split by de Casteljau's algorithm, a straight segment at start + t·(end - start). Either half
+/// may be null, or `segment` itself. For an unknown degree both halves are copies of the segment.
 TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQBezierSegment* left,
                                     TQBezierSegment* right) noexcept;
 
-/// The point at t, bit for bit where TQBezierSegmentSplit cuts.
+/// Returns the point at t, bit for bit where TQBezierSegmentSplit splits.
 [[nodiscard]] TQ_EXPORT Point TQBezierSegmentPointAtOffset(const TQBezierSegment& segment,
                                                            double t) noexcept;
 
-/// d(x, y)/dt at t; the same everywhere on a straight segment. 0 where a control point lies on its
-/// end.
+/// Returns the derivative d(x, y)/dt at t. It is constant for a straight segment. At an end it is 0
+/// if the next control point coincides with the end.
 [[nodiscard]] TQ_EXPORT Vector TQBezierSegmentDerivative(const TQBezierSegment& segment,
                                                          double t) noexcept;
 
-/// True when all its points are the same.
+/// Returns whether all points in use are equal.
 [[nodiscard]] TQ_EXPORT bool TQBezierSegmentIsPoint(const TQBezierSegment& segment) noexcept;
 
-/// Bounds of the points in use; they hold the segment, but seldom closely.
+/// Returns the bounds of the points in use. They contain the segment, but are seldom tight.
 [[nodiscard]] TQ_EXPORT Rect
 TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 
-/// Bounds of the segment itself. Its maxima read back as they are or up to one unit in the last
-/// place of the extent above, never below.
+/// Returns the tight bounds of the segment. A maximum, computed as origin + extent, is never below
+/// the true one: the extent is rounded up by one unit in the last place where necessary.
 ///
-/// Accuracy: each edge is touched within a few units in the last place of the largest coordinate.
-/// Coordinates near the end of the range of double give the control points' bounds.
+/// Accuracy: the segment touches each edge within a few units in the last place of the largest
+/// coordinate. Coordinates near the limits of double return the bounds of the control points.
 [[nodiscard]] TQ_EXPORT Rect TQBezierSegmentGetBounds(const TQBezierSegment& segment) noexcept;
 
-/// How far from straight: with ux = (3·p1.x - 2·p0.x - p3.x)², vx = (3·p2.x - 2·p3.x - p0.x)², the
-/// same for y, it is max(ux, vx) + max(uy, vy). The curve stays within √(flatness)/4 of its chord.
-/// A quadratic has the flatness of the same curve written as a cubic, (2·p1 - p0 - p2)²; a straight
-/// segment has 0.
+/// Returns a measure of the deviation from a straight line: max(ux, vx) + max(uy, vy) with ux =
+/// (3·p1.x - 2·p0.x - p3.x)², vx = (3·p2.x - 2·p3.x - p0.x)², and uy, vy the same for y. The curve
+/// stays within √(flatness)/4 of its chord. A quadratic has the flatness of the same curve written
+/// as a cubic, (2·p1 - p0 - p2)². A straight segment has 0.
 [[nodiscard]] TQ_EXPORT double TQBezierSegmentFlatness(const TQBezierSegment& segment) noexcept;
 
-/// Sum of the squared lengths of the control polygon's legs (not the square of their sum).
+/// Returns the sum of the squared lengths of the control polygon's sides (not the square of their
+/// sum).
 [[nodiscard]] TQ_EXPORT double TQBezierSegmentControlSplineLengthSquared(
     const TQBezierSegment& segment) noexcept;
 
-/// The square of the arc length. Exact for a straight segment; for curves by adaptive
-/// Gauss-Legendre quadrature between the offsets where the speed is least or greatest, the length
-/// within 1e-9 of the control polygon's.
+/// Returns the square of the arc length.
+///
+/// Accuracy: exact for a straight segment. For curves, the length is within 1e-9 of the control
+/// polygon's length. They use adaptive Gauss-Legendre quadrature between the offsets where the
+/// speed has its extrema.
 [[nodiscard]] TQ_EXPORT double TQBezierSegmentLengthSquared(
     const TQBezierSegment& segment) noexcept;
 
-/// The segment with its points in use transformed.
+/// Returns the segment with the transform applied to its points in use.
 [[nodiscard]] TQ_EXPORT TQBezierSegment TQBezierSegmentApplyAffineTransform(
     const TQBezierSegment& segment, const AffineTransform& transform) noexcept;
 
-/// The move and turn that puts the start at (0, 0) and the end on the x axis, at or right of it. A
-/// chord without length is moved only.
+/// Returns the translation and rotation that move the start to (0, 0) and the end onto the x axis,
+/// at x >= 0. If start and end are equal, there is only a translation.
 [[nodiscard]] TQ_EXPORT AffineTransform
 TQBezierSegmentTransformForAligningToXAxis(const TQBezierSegment& segment) noexcept;
 
-/// Offsets, ascending and strictly between 0 and 1, where a cubic's curvature changes its sign: 0,
-/// 1 or 2 of them. A cusp is given once, and so is what rounding cannot tell from one. None for
-/// other degrees and for a cubic that is straight. Source: the roots of B' × B''; Stone and DeRose,
-/// A Geometric Characterization of Parametric Cubic Curves, ACM TOG 8 (1989).
+/// Returns the offsets of a cubic's inflections, where its curvature changes sign: 0, 1 or 2 of
+/// them, ascending and strictly between 0 and 1. A cusp is returned once, and so is what rounding
+/// cannot distinguish from a cusp. Other degrees and straight cubics have none.
+///
+/// Source: the roots of B' × B''; Stone and DeRose, A Geometric Characterization of Parametric
+/// Cubic Curves, ACM TOG 8 (1989).
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots
 TQBezierSegmentInflectionOffsets(const TQBezierSegment& segment) noexcept;
 
-/// Offsets, ascending and in [0, 1], where the segment meets the line at height y. 0 and 1 are
-/// given exactly when the end lies on the line, and a touch is given once. None for a segment that
-/// lies in the line.
+/// Returns the offsets where the segment meets the line at height y, ascending and in [0, 1]. 0 or
+/// 1 is returned if and only if that end lies exactly on the line. A touch is returned once. A
+/// segment that lies on the line returns none.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots
 TQBezierSegmentIntersectionsWithHorizontalLine(const TQBezierSegment& segment, double y) noexcept;
 
-/// The same for the line at x.
+/// Like TQBezierSegmentIntersectionsWithHorizontalLine(), for the vertical line at x.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots
 TQBezierSegmentIntersectionsWithVerticalLine(const TQBezierSegment& segment, double x) noexcept;
 
-/// Takes the offsets on both segments of a point where they meet.
+/// Receives the offsets on both segments of a point where they meet.
 using TQBezierSegmentIntersectionCallback = std::function<void(double offsetA, double offsetB)>;
 
-/// Enumerates the intersections of two segments by halving both until a piece is 2^-14 of its
+/// Enumerates the intersections of two segments. Both are halved until a piece is 2^-14 of its
 /// segment.
 ///
-/// Where pieces meet in a common end, its offsets are given as they are, so a shared end point is
-/// reported exactly. Any other intersection is reported as the middles of two pieces that meet:
-/// within 2^-15 of either offset where the segments cross at an angle of more than 1e-7, else
-/// somewhere near (TQBezierSegmentRefineIntersection closes in on it).
+/// If two pieces meet in a common end, its offsets are reported exactly; so a shared end point of
+/// the segments is exact. Any other intersection is reported as the middles of two pieces that
+/// meet. If the segments cross at an angle of more than 1e-7, both offsets are within 2^-15 of the
+/// true ones; otherwise they are less accurate (TQBezierSegmentRefineIntersection improves them).
 ///
-/// Neighbouring pieces report one crossing several times, and where segments graze each other, they
-/// meet on and off along the way. Reports that lie within 2^-8 of each other on both segments,
-/// directly or through others between them, become one: the common end if there is one, else the
-/// report whose points lie closest together. Crossings at an angle are told apart even then: each
-/// is given unless another or a common end is as near as 2^-14. So a touch is one, and segments
-/// that run along each other are reported by the first and the last common end of their pieces if
-/// there are any (identical segments that do not fold back: their two ends), else at least once.
-/// Intersections come in ascending order of `offsetA`, unless there are more than 64.
+/// Neighbouring pieces report one crossing several times, and segments that are nearly tangent meet
+/// in many places. Therefore reports are merged. Two reports belong together if they are within
+/// 2^-8 of each other on both segments, directly or through other reports. Each such group is
+/// reported as its common end if it has one, else as the report whose points are closest together.
+/// Crossings at an angle are reported separately, unless another one or a common end is within
+/// 2^-14.
 ///
-/// Work: at most 2^20 pairs of pieces are looked at. A crossing takes some 100 of them, identical
-/// cubics some 2·10^5; a piece that has shrunk to a point is halved no further, so two points at
-/// one place take a single one.
-/// @return false when that limit cut the search short: some crossings may be missing
+/// So a touch is reported once. Segments that overlap along a stretch are reported by the first and
+/// the last common end of their pieces, or at least once if there are no common ends. Identical
+/// segments that do not fold back are reported by their two ends. Up to 64 intersections are
+/// reported in ascending order of `offsetA`; more are not sorted.
+///
+/// Work: at most 2^20 pairs of pieces are compared. A crossing takes about 100 pairs, identical
+/// cubics about 2·10^5. A piece that has shrunk to a point is not halved further, so two points at
+/// one place take a single pair.
+/// @return false if that limit ended the search; then crossings may be missing
 TQ_EXPORT bool TQBezierSegmentIntersections(const TQBezierSegment& a, const TQBezierSegment& b,
                                             const TQBezierSegmentIntersectionCallback& callback);
 
-/// Offsets on two segments.
+/// A pair of offsets on two segments.
 struct TQBezierSegmentOffsets {
   double a = 0;  ///< on the first segment, in [0, 1]
   double b = 0;  ///< on the second segment, in [0, 1]
@@ -180,8 +188,9 @@ struct TQBezierSegmentOffsets {
                                    TQBezierSegmentOffsets) noexcept = default;
 };
 
-/// Newton's method from reported offsets towards the crossing, within [0, 1] on both. Never answers
-/// with points further apart than the given ones; a touch is approached to half the digits.
+/// Improves reported offsets by Newton's method, within [0, 1] on both segments. The points of the
+/// result are never further apart than those of `offsets`. At a touch, about half of the digits are
+/// correct.
 [[nodiscard]] TQ_EXPORT TQBezierSegmentOffsets TQBezierSegmentRefineIntersection(
     const TQBezierSegment& a, const TQBezierSegment& b, TQBezierSegmentOffsets offsets) noexcept;
 

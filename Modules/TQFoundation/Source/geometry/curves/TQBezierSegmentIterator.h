@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQBezierSegmentIterator.h
-/// The segments of a path, one after the other.
+/// Iterates over the segments of a path.
 
 #include <optional>
 
@@ -11,20 +11,20 @@
 
 namespace tq {
 
-/// Goes over the segments that a path draws.
+/// Iterates over the segments that a path draws.
 ///
 ///     for (auto segments = TQBezierSegmentIteratorMake(path); auto segment = segments.next();) …
 ///
-/// Moves draw nothing. Close draws a straight segment back to the subpath's start, unless the
-/// current point is there already. The path has to outlive the iterator and may not change
+/// Moves draw nothing. Close draws a straight segment back to the start of the subpath, unless the
+/// current point is already there. The path must outlive the iterator and must not change
 /// meanwhile.
 class TQBezierSegmentIterator {
  public:
-  /// Before the path's first segment. The path must outlive the iterator and stay as it is.
+  /// Starts before the first segment. The path must outlive the iterator and must not change.
   explicit TQBezierSegmentIterator(const Path& path) noexcept
       : at_(path.begin()), end_(path.end()) {}
 
-  /// The next segment; none at the end.
+  /// Returns the next segment, or nullopt at the end.
   [[nodiscard]] TQ_EXPORT std::optional<TQBezierSegment> next() noexcept;
 
  private:
@@ -34,7 +34,7 @@ class TQBezierSegmentIterator {
   Point subpathStart_;
 };
 
-/// The same under its older name.
+/// An alias of the constructor.
 [[nodiscard]] inline TQBezierSegmentIterator TQBezierSegmentIteratorMake(
     const Path& path) noexcept {
   return TQBezierSegmentIterator(path);

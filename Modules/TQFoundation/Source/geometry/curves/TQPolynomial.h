@@ -1,12 +1,12 @@
 #pragma once
 
 /// @file TQPolynomial.h
-/// Polynomials up to degree three and their real roots in closed form.
+/// Polynomials up to degree three, and their real roots in closed form.
 ///
-/// Every function is pure, allocates nothing unless it says so, and may be called on any thread.
-/// NaN runs through. Roots that are lost to it or to overflow come out NaN or infinite, both of
-/// which the filter drops, or not at all. What adds to a product is not inline, so that no compiler
-/// flag of a caller can contract it.
+/// Every function is pure and may be called on any thread. None allocates unless its comment says
+/// so. NaN propagates. A root that is lost to NaN or overflow is returned as NaN or infinity, or
+/// not at all; TQPolynomialRootsFilter drops NaN and infinity. A function that adds to a product is
+/// not inline, so that a caller's compiler flags cannot fuse the two operations.
 
 #include <cstdint>
 #include <type_traits>
@@ -16,9 +16,9 @@
 
 namespace tq {
 
-/// a·t³ + b·t² + c·t + d
+/// The polynomial a·t³ + b·t² + c·t + d.
 struct TQPolynomial {
-  /// Coefficients, highest power first; leading ones may be 0.
+  /// The coefficients, highest power first. Leading ones may be 0.
   double a = 0;
   double b = 0;
   double c = 0;
@@ -27,8 +27,8 @@ struct TQPolynomial {
   friend constexpr bool operator==(const TQPolynomial&, const TQPolynomial&) noexcept = default;
 };
 
-/// Up to three real numbers: `count` of them in use, from the front; unused ones are 0. A loop over
-/// it takes the used ones; a count outside 0...3 uses none.
+/// Up to three real numbers. The first `count` are in use; the others are 0. A range-based for loop
+/// visits those in use. A count outside 0...3 means that none is in use.
 struct TQPolynomialRoots {
   double roots[3] = {0, 0, 0};  ///< the first `count` are in use
   std::int32_t count = 0;       ///< 0...3
@@ -43,47 +43,49 @@ struct TQPolynomialRoots {
 };
 static_assert(std::is_trivially_copyable_v<TQPolynomialRoots>, "travels by value");
 
-/// The fields by position.
+/// Returns the polynomial with these coefficients.
 [[nodiscard]] constexpr TQPolynomial TQPolynomialMake(double a, double b, double c,
                                                       double d) noexcept {
   return {a, b, c, d};
 }
 
-/// The value at t, as t·(t²·a + c) + t²·b + d.
+/// Returns the value at t, computed as t·(t²·a + c) + t²·b + d.
 [[nodiscard]] TQ_EXPORT double TQPolynomialEvalulate(const TQPolynomial& polynomial,
                                                      double t) noexcept;
 
-/// Each coefficient whose magnitude is below `threshold` becomes 0; one equal to it stays, and so
-/// does NaN.
+/// Replaces each coefficient whose magnitude is below `threshold` by 0. A coefficient equal to it
+/// is kept, and so is NaN.
 [[nodiscard]] constexpr TQPolynomial TQPolynomialHighPassFilter(double threshold,
                                                                 const TQPolynomial& p) noexcept {
   const auto pass = [threshold](double v) { return (v < 0 ? -v : v) < threshold ? 0 : v; };
   return {pass(p.a), pass(p.b), pass(p.c), pass(p.d)};
 }
 
-/// Real roots of t² + b·t + c: two, the larger first (a double root twice), or none.
+/// Finds the real roots of t² + b·t + c.
 ///
-/// Accuracy: as the closed form gives it. Where |b| is far above |c|, the root near 0 loses digits.
+/// @return two roots, the larger first (a double root is listed twice), or none
+/// Accuracy: that of the closed form. If |b| is far above |c|, the root near 0 loses digits.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots TQSolveP2(double b, double c) noexcept;
 
-/// Real roots of t³ + a·t² + b·t + c: one, two (a simple one, then one that is double) or three.
+/// Finds the real roots of t³ + a·t² + b·t + c.
 ///
-/// The three come in the order of the cosine formula: the smallest first, then the largest, then
-/// the middle one.
-/// Accuracy: as the closed form gives it, not polished. Half the digits near a double root, whose
-/// pair rounding may also take for complex.
+/// @return one, two (a simple root, then a double root) or three. Three roots are in the order of
+/// the cosine formula: the smallest, the largest, the middle one.
+/// Accuracy: that of the closed form, without refinement; about half the digits near a double root,
+/// and rounding may take such a pair for complex.
 /// Source: Press et al., Numerical Recipes, 3rd ed. (2007), section 5.6.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots TQSolveP3(double a, double b, double c) noexcept;
 
-/// Real roots by the degree that the leading coefficients leave: TQSolveP3, TQSolveP2, one, or none
-/// (for a constant, 0 = 0 included). Neither polished nor sorted.
+/// Finds the real roots of a polynomial. Leading zero coefficients lower the degree: it uses
+/// TQSolveP3, TQSolveP2, or the linear formula. A constant has no roots, even if it is 0. The roots
+/// are neither refined nor sorted.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots
 TQPolynomialFindRoots(const TQPolynomial& polynomial) noexcept;
 
-/// The roots r with minimum < r - epsilon and r < maximum - epsilon, in the order they had.
+/// Returns the roots r with minimum < r - epsilon and r < maximum - epsilon, in the same order.
 ///
-/// Both bounds are exclusive and both are held against r - epsilon or maximum - epsilon: the window
-/// is (minimum + epsilon, maximum - epsilon). A negative epsilon widens it.
+/// Both bounds are exclusive. The window is (minimum + epsilon, maximum - epsilon). A negative
+/// epsilon widens it.
 [[nodiscard]] constexpr TQPolynomialRoots TQPolynomialRootsFilter(const TQPolynomialRoots& roots,
                                                                   double minimum, double maximum,
                                                                   double epsilon) noexcept {
@@ -94,7 +96,7 @@ TQPolynomialFindRoots(const TQPolynomial& polynomial) noexcept;
   return kept;
 }
 
-/// The used roots ascending. NaN has no place in the order and may stand anywhere.
+/// Returns the roots in ascending order. If one is NaN, the order is unspecified.
 [[nodiscard]] constexpr TQPolynomialRoots TQPolynomialRootsSort(TQPolynomialRoots roots) noexcept {
   const auto order = [&roots](int i, int j) {
     if (!(roots.roots[j] < roots.roots[i])) return;
@@ -111,7 +113,7 @@ TQPolynomialFindRoots(const TQPolynomial& polynomial) noexcept;
   return roots;
 }
 
-/// The used roots as a set of boxed numbers; +0 and -0 are one member, NaN and NaN are one.
+/// Returns the roots as a set of boxed numbers. +0 and -0 are one member, and so are all NaN.
 /// Allocates the set and the numbers.
 [[nodiscard]] TQ_EXPORT Ref<Set> TQPolynomialRootsMakeSet(const TQPolynomialRoots& roots);
 
