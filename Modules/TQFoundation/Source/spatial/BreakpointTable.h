@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file BreakpointTable.h
-/// Values that hold from one breakpoint to the next.
+/// Tables of values that apply from one breakpoint to the next.
 
 #include <algorithm>
 #include <concepts>
@@ -13,22 +13,24 @@
 
 namespace tq {
 
-/// An ordered list of (breakpoint, value) entries, looked up by the first breakpoint that matches.
-/// It only grows: storing under a key that is there puts a second entry before the first, which
-/// then wins. A value; lookup and store walk the entries from the first.
+/// An ordered list of (breakpoint, value) entries. A lookup returns the value of the first entry
+/// whose breakpoint matches the key. Entries are never removed: storing under an existing key
+/// inserts a second entry before the first, and the second then matches first. A value type. Cost:
+/// lookup and store are O(n).
 template <class Key, class Value>
 class BreakpointTable {
  public:
-  /// Whether `key`, which is looked up or stored, matches `breakpoint`, which is an entry's.
-  /// Whatever it answers is obeyed.
+  /// Returns whether `key`, which is looked up or stored, matches the breakpoint of an entry. Any
+  /// predicate is valid.
   using Predicate = std::function<bool(const Key& key, const Key& breakpoint)>;
 
-  /// An empty table, whose lookups give the default.
+  /// An empty table. Lookups return the default value.
   BreakpointTable(Value defaultValue, Predicate matchesBreakpoint)
       : defaultValue_(std::move(defaultValue)), matchesBreakpoint_(std::move(matchesBreakpoint)) {}
 
-  /// Stores the pairs in their order, from each key upwards: a lookup gives the value of the
-  /// greatest breakpoint that is not above the key, and 0 below the least.
+  /// Stores the pairs in their order. A breakpoint matches all keys from it upwards: a lookup
+  /// returns the value of the greatest breakpoint that is not above the key, or 0 below the least
+  /// breakpoint.
   BreakpointTable(std::initializer_list<std::pair<Key, Value>> pairs) requires
       std::totally_ordered<Key> && std::constructible_from<Value, int>
       : BreakpointTable(Value(0),
@@ -36,30 +38,31 @@ class BreakpointTable {
     for (const auto& [key, value] : pairs) store(key, value);
   }
 
-  /// What a lookup gives when no entry matches.
+  /// The result of a lookup if no entry matches.
   [[nodiscard]] const Value& defaultValue() const noexcept { return defaultValue_; }
-  /// Entries stored so far, hidden ones included.
+  /// The number of entries, including entries that are never matched because an earlier one matches
+  /// first.
   [[nodiscard]] std::size_t entryCount() const noexcept { return entries_.size(); }
 
-  /// The value of the first entry that `key` matches, or the default.
+  /// Returns the value of the first entry that `key` matches, or the default.
   [[nodiscard]] const Value& lookUp(const Key& key) const {
     const auto entry = firstMatch(key);
     return entry == entries_.end() ? defaultValue_ : entry->value;
   }
 
-  /// Puts a new entry before the first one that `key` matches, or at the end.
+  /// Inserts a new entry before the first one that `key` matches, or at the end.
   void store(Key key, Value value) {
     const auto before = firstMatch(key);
     entries_.insert(before, Entry{std::move(key), std::move(value)});
   }
 
-  /// A lookup, and an assignment that stores. `table[key] += 2` looks up, adds, and stores the sum
-  /// under the same key.
+  /// The result of operator[] on a mutable table: reading it looks up, assigning to it stores.
+  /// `table[key] += 2` looks up, adds, and stores the sum under the same key.
   class Slot {
    public:
-    /// Of a table that must outlive it.
+    /// The table must outlive the slot.
     Slot(BreakpointTable& table, Key key) : table_(table), key_(std::move(key)) {}
-    /// A lookup, at this moment.
+    /// Looks up the key now.
     operator const Value&() const { return table_.lookUp(key_); }  // NOLINT: reads as the value
 
     /// Stores the value.
@@ -67,14 +70,14 @@ class BreakpointTable {
       table_.store(key_, std::move(value));
       return *this;
     }
-    /// Looks up, has `change` work on the value, and stores it.
+    /// Looks up the value, calls `change` with a copy, and stores the copy.
     template <class Change>
     Slot& modify(Change change) {
       Value value = table_.lookUp(key_);
       change(value);
       return *this = std::move(value);
     }
-    /// The same for an operator.
+    /// Like modify(), with an operator.
     Slot& operator+=(const Value& by) {
       return modify([&](Value& value) { value += by; });
     }
@@ -88,7 +91,7 @@ class BreakpointTable {
       return modify([&](Value& value) { value /= by; });
     }
     Slot(const Slot&) = delete;
-    /// Stores what the other slot reads.
+    /// Stores the value that the other slot looks up.
     Slot& operator=(const Slot& other) { return *this = Value(other); }
 
    private:
@@ -96,7 +99,7 @@ class BreakpointTable {
     Key key_;
   };
 
-  /// A slot for reading and storing under the key, or a lookup alone.
+  /// A slot for reading and storing under the key; for a const table only a lookup.
   [[nodiscard]] Slot operator[](Key key) { return Slot(*this, std::move(key)); }
   [[nodiscard]] const Value& operator[](const Key& key) const { return lookUp(key); }
 

@@ -1,37 +1,37 @@
 #pragma once
 
 /// @file Collectable.h
-/// A value that goes back to what it was when it is collected.
+/// Values that are reset to their default when they are read.
 
 #include <concepts>
 #include <utility>
 
 namespace tq {
 
-/// Holds a value and the one that it was made with, its default. A value itself.
+/// Holds a value and its default, the value that it was constructed with. A value type.
 template <std::copyable Value>
 class Collectable {
  public:
-  /// The value is its own default.
+  /// Constructs it with `wrappedValue`, which is also the default.
   explicit Collectable(Value wrappedValue)
       : defaultValue_(wrappedValue), wrappedValue_(std::move(wrappedValue)) {}
 
-  /// What it was made with.
+  /// The value that it was constructed with.
   [[nodiscard]] const Value& defaultValue() const noexcept { return defaultValue_; }
-  /// What it holds now; setting leaves the default as it is.
+  /// The current value. Setting it does not change the default.
   [[nodiscard]] const Value& wrappedValue() const noexcept { return wrappedValue_; }
   void setWrappedValue(Value value) { wrappedValue_ = std::move(value); }
 
-  /// The current value, handed out; the default takes its place.
+  /// Returns the current value and resets it to the default.
   Value collect() {
     Value next = defaultValue_;
     return std::exchange(wrappedValue_, std::move(next));
   }
 
-  /// The same as collect(): reading it resets the value, on purpose.
+  /// An alias of collect(). Reading it resets the value, on purpose.
   Value projectedValue() { return collect(); }
 
-  /// By the current values alone; the defaults may differ.
+  /// Compares the current values only; the defaults may differ.
   friend bool operator==(const Collectable& a,
                          const Collectable& b) requires std::equality_comparable<Value> {
     return a.wrappedValue_ == b.wrappedValue_;

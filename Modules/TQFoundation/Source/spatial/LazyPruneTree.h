@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file LazyPruneTree.h
-/// A tree seen without the nodes that fail a test, and without everything below them.
+/// A view of a tree that leaves out subtrees.
 
 #include <concepts>
 #include <ranges>
@@ -15,27 +15,28 @@
 namespace tq {
 
 /// A view of `Base` that leaves out each node for which `predicate(node)` is false, together with
-/// its whole subtree. The root always stays: the predicate never sees it. Nothing is copied or
-/// remembered; the predicate runs each time a range of children is walked, once for each child.
+/// its whole subtree. The root is never left out; the predicate is not called for it. Nothing is
+/// copied or cached: each time a range of children is iterated, the predicate runs once for each
+/// child.
 ///
-/// Holds the base tree by value, and so shares it when `Base` is a Ref. The ranges of children
-/// refer to this view's predicate: they are good while the view stays where it is.
+/// The view stores the base tree by value, so it shares the tree if `Base` is a Ref. The ranges of
+/// children refer to this view's predicate. They are valid while the view exists and is not moved.
 template <ChildTraversable Base, class Predicate>
 requires std::predicate<const Predicate&, TreeNodeArgument<Base>>
 class LazyPruneTree {
  public:
-  /// A view of `base` without what `predicate` is false for.
+  /// A view of `base` without the nodes for which `predicate` is false.
   LazyPruneTree(Base base, Predicate predicate)
       : base_(std::move(base)), predicate_(std::move(predicate)) {}
 
-  /// As given.
+  /// The arguments of the constructor.
   [[nodiscard]] const Base& base() const noexcept { return base_; }
   [[nodiscard]] const Predicate& predicate() const noexcept { return predicate_; }
 
-  /// The base tree's, never left out.
+  /// The root of the base tree; it is never left out.
   [[nodiscard]] TreeNode<Base> root() const { return rootOf(base_); }
 
-  /// The children that pass, in the base tree's order.
+  /// The children for which the predicate is true, in the base tree's order.
   [[nodiscard]] auto children(TreeNodeArgument<Base> node) const {
     return detail::Filtered(std::views::all(childrenOf(base_, node)), predicate_);
   }
@@ -45,13 +46,13 @@ class LazyPruneTree {
   Predicate predicate_;
 };
 
-/// A view of `tree`, which it takes over.
+/// Returns a view of `tree`, which is moved into the view.
 template <ChildTraversable Tree, class Predicate>
 [[nodiscard]] LazyPruneTree<Tree, Predicate> prune(Tree tree, Predicate predicate) {
   return {std::move(tree), std::move(predicate)};
 }
 
-/// Every tree of the forest, pruned with the same predicate.
+/// Returns the forest of all trees, pruned with the same predicate.
 template <ChildTraversable Tree, class Predicate>
 [[nodiscard]] Forest<LazyPruneTree<Tree, Predicate>> prune(const Forest<Tree>& forest,
                                                            Predicate predicate) {

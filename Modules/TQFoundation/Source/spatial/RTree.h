@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RTree.h
-/// A spatial index: which of many rects lie where.
+/// An R-tree: a spatial index of rects.
 
 #include <algorithm>
 #include <cstddef>
@@ -21,41 +21,44 @@
 
 namespace tq {
 
-/// Elements stored under their bounding rects, for telling fast whether anything lies in a place.
-/// Made by makeRef<RTree<Element>>(maxNumberOfChildren) and shared by reference. It only grows.
+/// A spatial index that stores elements under their bounding rects and quickly tests whether any of
+/// them intersects a rect. Create it with makeRef<RTree<Element>>(maxNumberOfChildren). Elements
+/// can be added, but not removed.
 ///
-/// Element:  any type that can be moved; nothing else is asked of it. Elements are never compared.
-/// Rects:    kept exactly as given. Null rects are stored and never met; a rect with NaN or an
-///           origin of -infinity is stored, never met, and may hide rects stored beside it. Areas
-///           are width times height as they stand, so negative extents take part in the choice of a
-///           place as negative areas.
-/// Edges:    rects are closed. The rects of directories are kept as origin and extent, whose sum
-///           may fall short of an edge by one unit in the last place: a query that does no more
-///           than touch exactly that edge may miss it.
-/// Threads:  none of its own locking. Queries may run side by side, an insertion runs alone.
-/// Nodes:    a tree is a range of its nodes (not of its elements), depth first, the root first.
+/// Element:  any movable type. Elements are never compared.
+/// Rects:    stored unchanged. A null rect is stored, but no query finds it. The same holds for a
+///           rect with NaN or an origin of -infinity, which may also hide rects stored near it.
+///           Areas are width times height of the raw fields, so a rect with one negative extent
+///           has a negative area when the position of an entry is chosen.
+/// Edges:    rects are closed. The rects of directories are stored as origin and extent. Their sum
+///           may be below the true edge by one unit in the last place, so a query that only
+///           touches exactly that edge may miss it.
+/// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
+/// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
+///           the root.
 template <class Element>
 class RTree final : public Object {
  public:
-  /// The type of its nodes.
+  /// The type of the nodes.
   using Node = RTreeNode<Element>;
 
-  /// @param maxNumberOfChildren  most entries of a node, at least 2. Up to 127, memory for a full
-  ///                             node is taken at once; 8 to 32 suit most uses.
+  /// @param maxNumberOfChildren  the maximum number of entries of a node, at least 2. Up to 127,
+  ///                             the memory of a full node is allocated at once. 8 to 32 suit most
+  ///                             uses.
   explicit RTree(std::int64_t maxNumberOfChildren)
       : core_(emptyRoot(maxNumberOfChildren), maxNumberOfChildren) {}
 
-  /// As given when it was made.
+  /// The argument of the constructor.
   [[nodiscard]] std::int64_t maxNumberOfChildren() const noexcept { return core_.capacity(); }
 
-  /// Half of the maximum, for information: nodes may well hold less.
+  /// Half of the maximum. For information only: nodes may have fewer entries.
   [[nodiscard]] std::int64_t minNumberOfChildren() const noexcept { return core_.capacity() / 2; }
 
-  /// The top node; another one after an insertion that made the tree higher.
+  /// The root node. An insertion that makes the tree higher replaces it.
   [[nodiscard]] const Node* root() const noexcept { return static_cast<Node*>(&core_.root()); }
 
   /// Stores `element` under `boundingRect`.
-  /// @throws std::bad_alloc, and what moving the element throws; the tree is as it was then
+  /// @throws std::bad_alloc, or what moving the element throws; then the tree is unchanged
   void insert(Element element, const Rect& boundingRect,
               RTreeSplitStrategy splitStrategy = RTreeSplitStrategy::quadratic) {
     static_cast<void>(splitStrategy);  // there is one
@@ -69,13 +72,16 @@ class RTree final : public Object {
     insert(std::move(element), Rect(point, Size()), splitStrategy);
   }
 
-  /// True when at least one stored rect intersects `rect`, as RectIntersectsRect() tells it; rects
-  /// that only touch do. Never for a null rect. No memory is taken in trees of up to 64 levels.
+  /// Returns whether at least one stored rect intersects `rect`, as defined by
+  /// RectIntersectsRect(): rects that only touch do. Always false for a null rect. Allocates
+  /// nothing in trees of up to 64 levels.
   [[nodiscard]] bool intersects(const Rect& rect) const { return core_.intersects(rect); }
 
-  /// Whether no node holds more than the maximum and the rect of each directory entry equals the
-  /// bounding rect of its child. Holds after every insertion of rects without NaN, which equals
-  /// nothing, and without an origin of -infinity, from which no extent reaches back. O(n).
+  /// Returns whether no node has more entries than the maximum, and the rect of each directory
+  /// entry equals the bounding rect of its child. This holds after every insertion of rects without
+  /// NaN and without an origin of -infinity. (NaN equals nothing, and no extent reaches back from
+  /// -infinity.)
+  /// Cost: O(n).
   [[nodiscard]] bool validate() const {
     const auto limit = static_cast<std::uint64_t>(maxNumberOfChildren());
     return std::ranges::all_of(*this, [limit](const Node* node) {
@@ -87,8 +93,8 @@ class RTree final : public Object {
     });
   }
 
-  /// The children of one of this tree's nodes, in entry order; lent until the next insertion.
-  /// Memory is told to fetch them, for whoever asks will look at them next.
+  /// Returns the children of a node of this tree, in entry order. Valid until the next insertion.
+  /// Prefetches the children, because the caller is likely to read them next.
   [[nodiscard]] typename Node::Children children(const Node* node) const noexcept {
     for (const auto* child : node->childArray()) __builtin_prefetch(child);
     return node->children();

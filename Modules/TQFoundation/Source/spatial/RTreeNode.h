@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RTreeNode.h
-/// The nodes of an R-tree and what they hold.
+/// The nodes of an R-tree and their entries.
 
 #include <algorithm>
 #include <cstddef>
@@ -26,23 +26,23 @@ class RTree;
 template <class Element>
 class RTreeNode;
 
-/// An entry of a directory: a child, and the rect that bounds it.
+/// An entry of a directory: a child and its bounding rect.
 template <class Element>
 struct RTreeDirectoryEntry {
-  Rect rect = RectNull;           ///< what the child's entries lie in
-  Ref<RTreeNode<Element>> child;  ///< never none
+  Rect rect = RectNull;           ///< contains the rects of the child's entries
+  Ref<RTreeNode<Element>> child;  ///< never null
 };
 
-/// An entry of a leaf: an element, lent by its node, and the rect that it was inserted under.
+/// An entry of a leaf: an element, owned by its node, and the rect that it was inserted with.
 template <class Element>
 struct RTreeLeafEntry {
-  Rect rect;               ///< as given to the insertion
-  const Element& element;  ///< lent by the node until the next insertion
+  Rect rect;               ///< as passed to the insertion
+  const Element& element;  ///< valid until the next insertion
 };
 
 namespace detail {
 
-/// An element as a leaf keeps it. One whose move may throw is kept in a box of its own, so that a
+/// An element in a leaf. If moving it may throw, it is stored in a heap block of its own, so that a
 /// split cannot fail halfway.
 template <class Element>
 class RTreeElement {
@@ -75,75 +75,75 @@ class RTreeElement {
 
 }  // namespace detail
 
-/// A node: a leaf that holds elements or a directory that holds further nodes. Shared by reference;
-/// two nodes are equal when they are the same one. Only the tree changes its nodes, and a node
-/// keeps its identity and its kind when it is split. What is lent below is good until the next
-/// insertion.
+/// A node of an R-tree: a leaf, which holds elements, or a directory, which holds child nodes.
+/// Nodes are shared by reference; two nodes are equal if they are the same object. Only the tree
+/// changes its nodes. A node keeps its identity and its kind when it is split. Pointers, references
+/// and ranges that the functions below return are valid until the next insertion.
 ///
-/// Threads: as the tree's.
+/// Threads: as for the tree.
 template <class Element>
 class RTreeNode final : public detail::RTreeNodeCore {
  public:
-  /// Makes a leaf's entry at an index.
+  /// Returns the entry of a leaf at an index.
   struct LeafEntryAt {
     const RTreeNode* node;  ///< whose entries these are
-    /// The entry; its element is lent.
+    /// Returns the entry. The node owns its element.
     [[nodiscard]] RTreeLeafEntry<Element> operator()(std::uint32_t index) const noexcept {
       return {node->rects()[index], node->elements_[index].get()};
     }
   };
-  /// Makes a directory's entry at an index.
+  /// Returns the entry of a directory at an index.
   struct DirectoryEntryAt {
     const RTreeNode* node;  ///< whose entries these are
-    /// The entry; it holds the child.
+    /// Returns the entry. It shares the ownership of the child.
     [[nodiscard]] RTreeDirectoryEntry<Element> operator()(std::uint32_t index) const noexcept {
       return {node->rects()[index], Ref<RTreeNode>(childOf(node->childArray()[index]))};
     }
   };
-  /// Makes a child of what a directory keeps.
+  /// Converts the stored child pointers of a directory.
   struct ChildOf {
-    /// The child, lent.
+    /// Returns the child. The directory owns it.
     [[nodiscard]] const RTreeNode* operator()(detail::RTreeNodeCore* child) const noexcept {
       return childOf(child);
     }
   };
 
-  /// Indices of entries.
+  /// The indices of the entries.
   using Positions = std::ranges::iota_view<std::uint32_t, std::uint32_t>;
 
-  /// Random-access ranges over the entries, in entry order: each makes its entries on the fly.
+  /// Random-access ranges over the entries, in entry order. They create each entry when it is read.
   using Leaf = std::ranges::transform_view<Positions, LeafEntryAt>;
   using Directory = std::ranges::transform_view<Positions, DirectoryEntryAt>;
   using Children = std::ranges::transform_view<std::span<RTreeNodeCore* const>, ChildOf>;
 
-  /// What a node holds: the entries of a leaf, or those of a directory.
+  /// The entries of a leaf or those of a directory.
   using Storage = std::variant<Leaf, Directory>;
 
-  /// The entries, by what the node is.
+  /// Returns the entries, according to the kind of the node.
   [[nodiscard]] Storage storage() const noexcept {
     if (isLeaf()) return Storage(std::in_place_index<0>, leafEntries());
     return Storage(std::in_place_index<1>, directoryEntries());
   }
 
-  /// The elements of a leaf with their rects; none in a directory.
+  /// Returns the elements of a leaf with their rects. Empty for a directory.
   [[nodiscard]] Leaf leafEntries() const noexcept {
     return Leaf(positions(isLeaf()), LeafEntryAt{this});
   }
 
-  /// The children of a directory with their rects; none in a leaf.
+  /// Returns the children of a directory with their rects. Empty for a leaf.
   [[nodiscard]] Directory directoryEntries() const noexcept {
     return Directory(positions(!isLeaf()), DirectoryEntryAt{this});
   }
 
-  /// The nodes below a directory in entry order, lent; none below a leaf.
+  /// Returns the child nodes of a directory in entry order. Empty for a leaf.
   [[nodiscard]] Children children() const noexcept { return Children(childArray(), ChildOf{}); }
 
-  /// The child at a position below count() of a directory, lent.
+  /// Returns the child of a directory at `index`, which must be below count().
   [[nodiscard]] const RTreeNode* child(std::size_t index) const noexcept {
     return childOf(childArray()[index]);
   }
 
-  /// Number of entries.
+  /// The number of entries.
   [[nodiscard]] std::size_t count() const noexcept { return entryCount(); }
 
   // isLeaf(), rects() and boundingRect() are inherited.

@@ -1,14 +1,18 @@
 #pragma once
 
 /// @file RTreeSplitStrategy.h
-/// How an R-tree divides a leaf that overflows.
+/// How an R-tree splits a leaf that overflows.
 
 namespace tq {
 
-/// `quadratic`: the two rects that would waste most area together become the seeds of two groups,
-/// and every other rect joins the seed whose rect it enlarges less, the first one when both grow
-/// alike. The seeds' rects do not grow with their groups, and a group may end with one rect alone.
-/// Source of the seeds: Guttman, R-trees (1984), section 3.5.2.
+/// The strategies for splitting a leaf.
+///
+/// `quadratic`: the two rects whose union wastes the most area become the seeds of two groups.
+/// Every other rect joins the group whose seed it enlarges less, or the first group if both grow
+/// equally. The rects of the seeds do not grow with their groups, and a group may end with a single
+/// rect.
+///
+/// Source: the choice of the seeds is from Guttman, R-trees (1984), section 3.5.2.
 enum class RTreeSplitStrategy { quadratic };
 
 }  // namespace tq

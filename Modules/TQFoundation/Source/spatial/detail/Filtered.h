@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Filtered.h
-/// The elements of a range that pass a test.
+/// A range view that filters by a predicate.
 
 #include <concepts>
 #include <functional>
@@ -12,8 +12,9 @@
 
 namespace tq::detail {
 
-/// A view of the elements of `Base` for which a predicate, which must outlive it, holds. Remembers
-/// nothing, as std::views::filter does: each walk asks anew, once for each element.
+/// A view of the elements of `Base` for which a predicate is true. The predicate must outlive the
+/// view. Unlike std::views::filter it caches nothing: each iteration calls the predicate once for
+/// each element.
 template <std::ranges::view Base, class Predicate>
 class Filtered : public std::ranges::view_interface<Filtered<Base, Predicate>> {
  public:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RTreeCore.h
-/// Insertion into an R-tree and search in it, without the type of the elements.
+/// Insertion and search in an R-tree, independent of the element type.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,14 +17,14 @@ namespace tq::detail {
 
 class TQ_EXPORT RTreeCore {
  public:
-  /// @param root  an empty leaf, which also makes every later node
+  /// @param root  an empty leaf, which also creates all later nodes
   RTreeCore(Ref<RTreeNodeCore> root, std::int64_t capacity);
 
   [[nodiscard]] RTreeNodeCore& root() const noexcept { return *root_; }
   [[nodiscard]] std::int64_t capacity() const noexcept { return capacity_; }
 
   /// Inserts the element at `element`, which is moved from.
-  /// @throws std::bad_alloc; the tree and the element are as they were then
+  /// @throws std::bad_alloc; then the tree and the element are unchanged
   void insert(const Rect& rect, void* element);
 
   [[nodiscard]] bool intersects(const Rect& rect) const;
@@ -48,7 +48,7 @@ class TQ_EXPORT RTreeCore {
   std::int64_t capacity_;
   std::size_t height_ = 1;
 
-  // What an insertion works with, kept for the next one.
+  // The working memory of an insertion, kept for the next one.
   std::vector<Step> path_;  // from the root to the leaf
   std::vector<Ref<RTreeNodeCore>>
       spares_;                    // new nodes in the order in which they are used, reversed

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RTreeNodeCore.h
-/// What a node of an R-tree knows of its entries without knowing the type of the elements.
+/// The part of an R-tree node that is independent of the element type.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,8 +14,8 @@
 
 namespace tq::detail {
 
-/// Where a standardised rect starts and ends. A null rect has bounds that meet no others:
-/// minima of +infinity, maxima of -infinity.
+/// The bounds of a standardised rect. A null rect has bounds that intersect no others: minima of
+/// +infinity, maxima of -infinity.
 struct RTreeBounds {
   double minX = 0;
   double minY = 0;
@@ -31,7 +31,7 @@ struct RTreeBounds {
   }
 };
 
-/// The bounds of two entries side by side, a cache line in all.
+/// The bounds of two entries side by side; together one cache line.
 struct RTreeBoundsPair {
   double minX[2];
   double minY[2];
@@ -39,8 +39,9 @@ struct RTreeBoundsPair {
   double maxY[2];
 };
 
-/// A node's entries: their rects as given, their bounds, and in a directory the children. The
-/// elements of a leaf are the derived class's; the hooks at the end let the tree move them.
+/// The entries of a node: their rects, unchanged, their bounds, and in a directory the children.
+/// The derived class stores the elements of a leaf; the tree moves them through the virtual
+/// functions at the end.
 class TQ_EXPORT RTreeNodeCore : public Object {
  public:
   enum class Kind : std::uint8_t { leaf, directory };
@@ -51,26 +52,26 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] bool isLeaf() const noexcept { return nodeKind() == Kind::leaf; }
   [[nodiscard]] std::size_t entryCount() const noexcept { return count_; }
 
-  /// The rects of the entries, as they were given, in entry order.
+  /// The rects of the entries, unchanged, in entry order.
   [[nodiscard]] std::span<const Rect> rects() const noexcept { return {rectArray(), count_}; }
 
-  /// The children of a directory, in entry order; none in a leaf.
+  /// The children of a directory, in entry order. Empty for a leaf.
   [[nodiscard]] std::span<RTreeNodeCore* const> childArray() const noexcept {
     return {childSlots(), isLeaf() ? 0 : count_};
   }
 
-  /// The union of the entries' rects, folded in entry order from the null rect.
+  /// Returns the union of the entries' rects, computed in entry order from the null rect.
   [[nodiscard]] Rect boundingRect() const noexcept;
 
  protected:
-  /// Where the arrays of a node begin when they lie behind it.
+  /// The offset of the arrays if they are stored behind the node.
   static constexpr std::size_t kHeaderBytes = 64;
 
-  /// Up to this capacity the arrays lie behind the node, with room for every entry at once. The
-  /// arrays of larger nodes grow with their contents, elsewhere.
+  /// Up to this capacity the arrays are stored behind the node, with space for all entries. The
+  /// arrays of larger nodes are allocated separately and grow with their contents.
   static constexpr std::int64_t kLargestInlineCapacity = 127;
 
-  /// Room that a node needs behind it.
+  /// Returns the number of bytes that a node needs behind it.
   [[nodiscard]] static std::size_t trailingBytes(Kind kind, std::int64_t capacity) noexcept;
 
   RTreeNodeCore(Kind kind, std::int64_t capacity);
@@ -79,9 +80,8 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   friend class RTreeCore;
   friend class RTreeSplitter;
 
-  // The arrays, for `slots_` entries, which is a multiple of 4. Behind the entries the bounds are
-  // those of null rects, so that bounds can be compared several at a time without a look at the
-  // count.
+  // The arrays have `slots_` entries, a multiple of 4. The bounds of unused entries are those of
+  // null rects, so that several bounds can be compared at once without regard to the count.
   //
   //   leaf        bounds | rect
   //   directory   bounds | area | child | rect
@@ -130,14 +130,15 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] bool anyHit(const RTreeBounds& bounds) const noexcept;
   void prefetchChildren(std::size_t from, std::uint64_t which) const noexcept;
 
-  /// An empty node of the same element type.
+  /// Returns an empty node of the same element type.
   [[nodiscard]] virtual Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity) const = 0;
-  /// Makes room for `count` elements.
+  /// Reserves space for `count` elements.
   virtual void reserveElements(std::size_t count) = 0;
-  /// Takes over the element at `element`; room has been reserved.
+  /// Appends the element at `element`, which is moved from. Space must be reserved.
   virtual void appendElement(void* element) noexcept = 0;
-  /// Keeps the elements at the first `kept` positions of `order`, in that order, and hands the rest
-  /// to `sibling`. Room has been reserved in the sibling and in `spare`, a node to work in.
+  /// Keeps the elements at the first `kept` positions of `order`, in that order, and moves the
+  /// others to `sibling`. Space must be reserved in the sibling and in `spare`, a node used as
+  /// working memory.
   virtual void divideElements(std::span<const std::uint32_t> order, std::size_t kept,
                               RTreeNodeCore& spare, RTreeNodeCore& sibling) noexcept = 0;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RTreePair.h
-/// Two doubles side by side, compared and combined in one instruction where the processor can.
+/// Operations on two doubles at once, in one instruction where the processor supports it.
 
 #include <cstdint>
 #include <cstring>
@@ -25,7 +25,7 @@ using PairMask = std::int64_t __attribute__((vector_size(16)));
 
 [[nodiscard]] inline Pair both(double value) noexcept { return Pair{value, value}; }
 
-/// a < b ? a : b, so that `b` is taken where either is NaN.
+/// Returns a < b ? a : b in each lane, so `b` if either is NaN.
 [[nodiscard]] inline Pair lesser(Pair a, Pair b) noexcept {
 #ifdef __SSE2__
   return Pair(_mm_min_pd(__m128d(a), __m128d(b)));
@@ -34,7 +34,7 @@ using PairMask = std::int64_t __attribute__((vector_size(16)));
 #endif
 }
 
-/// a > b ? a : b, so that `b` is taken where either is NaN.
+/// Returns a > b ? a : b in each lane, so `b` if either is NaN.
 [[nodiscard]] inline Pair greater(Pair a, Pair b) noexcept {
 #ifdef __SSE2__
   return Pair(_mm_max_pd(__m128d(a), __m128d(b)));
@@ -43,7 +43,7 @@ using PairMask = std::int64_t __attribute__((vector_size(16)));
 #endif
 }
 
-/// Bit 0 and bit 1: whether the comparison held in each lane.
+/// Returns in bit 0 and bit 1 whether the comparison is true in each lane.
 [[nodiscard]] inline unsigned laneBits(PairMask mask) noexcept {
 #ifdef __SSE2__
   return static_cast<unsigned>(_mm_movemask_pd(__m128d(mask)));
@@ -52,7 +52,7 @@ using PairMask = std::int64_t __attribute__((vector_size(16)));
 #endif
 }
 
-/// Width times height of the union of `bounds` with each of the two.
+/// Returns width times height of the union of `bounds` with each of the two.
 [[nodiscard]] inline Pair unionArea(const RTreeBoundsPair& two,
                                     const RTreeBounds& bounds) noexcept {
   const Pair width =
@@ -62,7 +62,7 @@ using PairMask = std::int64_t __attribute__((vector_size(16)));
   return width * height;
 }
 
-/// Which of the two meet `bounds`. Closed on every side; never where a NaN is.
+/// Returns which of the two intersect `bounds`. All edges are closed. Never true if a bound is NaN.
 [[nodiscard]] inline PairMask meet(const RTreeBoundsPair& two, const RTreeBounds& bounds) noexcept {
   return (load(two.minX) <= both(bounds.maxX)) & (both(bounds.minX) <= load(two.maxX)) &
          (load(two.minY) <= both(bounds.maxY)) & (both(bounds.minY) <= load(two.maxY));

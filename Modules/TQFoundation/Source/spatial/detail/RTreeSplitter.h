@@ -13,20 +13,21 @@
 
 namespace tq::detail {
 
-/// Keeps its working memory from split to split.
+/// Plans splits. It keeps its working memory from one split to the next.
 class RTreeSplitter {
  public:
-  /// Room for a plan over `count` entries, so that plan() cannot fail.
+  /// Reserves memory for `count` entries, so that plan() cannot fail.
   void reserve(std::size_t count);
 
-  /// Divides the entries of `leaf`, two at least. Entries that enlarge their group alike keep
-  /// their order.
+  /// Divides the entries of `leaf`, which must be at least two. Entries that enlarge their groups
+  /// equally keep their order.
   void plan(const RTreeNodeCore& leaf) noexcept;
 
-  /// The rects of the leaf as they stood when the plan was made.
+  /// The rects of the leaf at the time of plan().
   [[nodiscard]] std::span<const Rect> rects() const noexcept { return rects_; }
 
-  /// Positions of the first group's entries, then those of the second's; each seed comes first.
+  /// The positions of the first group's entries, then those of the second group's. In each group
+  /// the seed is first.
   [[nodiscard]] std::span<const std::uint32_t> order() const noexcept { return order_; }
   [[nodiscard]] std::size_t firstGroupCount() const noexcept { return firstGroupCount_; }
 
@@ -36,7 +37,7 @@ class RTreeSplitter {
     std::size_t second = 0;
   };
 
-  /// An entry, how much it enlarges the rect of each group, and the group that it joins.
+  /// An entry, how much it enlarges the rect of each group's seed, and the group that it joins.
   struct Pending {
     double increase[2];
     std::uint32_t index;
