@@ -7,22 +7,22 @@
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/spatial/detail/RTreeCore.h>
 
-// An insertion goes down along the chosen entries, makes every node that splitting will need while
-// nothing has changed yet, then goes up again without anything that could fail. Nothing recurses:
-// a tree of small nodes can be made very high.
+// An insertion descends along the chosen entries. It allocates every node that splitting will need
+// while the tree is still unchanged. Then it ascends, and no step of this can fail. Nothing is
+// recursive, because a tree of small nodes can be very high.
 
 namespace tq::detail {
 namespace {
 
 using Kind = RTreeNodeCore::Kind;
 
-/// Searches of trees up to this height need no memory.
+/// Searching a tree up to this height allocates nothing.
 constexpr std::size_t kOrdinaryHeight = 64;
 
 }  // namespace
 
-/// A directory that is being searched: which of the 64 entries from `from` on are still to be
-/// tried.
+/// A directory that is being searched: the bits of those of the 64 entries from `from` on that are
+/// still to be visited.
 struct RTreeCore::Frame {
   const RTreeNodeCore* directory;
   std::size_t from;
@@ -46,13 +46,13 @@ void RTreeCore::insert(const Rect& rect, void* element) {
     Ref<RTreeNodeCore> sibling = splitLeaf(leaf);
     ascend(leaf.boundingRect(), std::move(sibling));
   } else if (!path_.empty()) {
-    // The rect stands last in the leaf, so folding it in continues the fold of the others.
+    // The rect is the last one in the leaf, so adding it continues the union of the others.
     const Step& parent = path_.back();
     ascend(RectUnion(parent.directory->rects()[parent.index], rect), nullptr);
   }
 }
 
-/// The leaf that takes `rect` in; the way to it is left in path_.
+/// Returns the leaf for `rect` and stores the path to it in path_.
 RTreeNodeCore& RTreeCore::descend(const Rect& rect) {
   path_.clear();
   path_.reserve(height_);
@@ -65,7 +65,7 @@ RTreeNodeCore& RTreeCore::descend(const Rect& rect) {
   return *node;
 }
 
-/// Gets all the memory that the insertion into `leaf` takes.
+/// Allocates all memory that the insertion into `leaf` needs.
 void RTreeCore::prepare(RTreeNodeCore& leaf) {
   spares_.clear();
   leaf.reserve(leaf.entryCount() + 1);
@@ -97,7 +97,7 @@ void RTreeCore::prepare(RTreeNodeCore& leaf) {
   spares_.push_back(std::move(sibling));
 }
 
-/// The first group stays in `leaf`, the second goes to the new leaf that is answered.
+/// Keeps the first group in `leaf`. Returns a new leaf with the second group.
 Ref<RTreeNodeCore> RTreeCore::splitLeaf(RTreeNodeCore& leaf) noexcept {
   Ref<RTreeNodeCore> sibling = std::move(spares_.back());
   spares_.pop_back();
@@ -110,7 +110,7 @@ Ref<RTreeNodeCore> RTreeCore::splitLeaf(RTreeNodeCore& leaf) noexcept {
   return sibling;
 }
 
-/// Directories are divided by position, never by place: the first half stays.
+/// Splits a directory by entry order, not by the rects: it keeps the first half.
 Ref<RTreeNodeCore> RTreeCore::splitDirectory(RTreeNodeCore& directory) noexcept {
   Ref<RTreeNodeCore> sibling = std::move(spares_.back());
   spares_.pop_back();
@@ -118,8 +118,8 @@ Ref<RTreeNodeCore> RTreeCore::splitDirectory(RTreeNodeCore& directory) noexcept 
   return sibling;
 }
 
-/// Carries what has become of a child up to the root: the rect that bounds it now, and the sibling
-/// that was split off it, if any. Stops where nothing changes.
+/// Propagates the change of a child up to the root: its new bounding rect, and the sibling that was
+/// split off, if any. Stops where nothing changes.
 void RTreeCore::ascend(Rect childRect, Ref<RTreeNodeCore> sibling) noexcept {
   for (std::size_t level = path_.size(); level > 0; --level) {
     RTreeNodeCore& directory = *path_[level - 1].directory;
@@ -154,9 +154,9 @@ bool RTreeCore::intersects(const Rect& rect) const {
   return search(bounds, frames.data());
 }
 
-/// Depth first, in the order of the entries. `frames` has room for one frame a level. Which
-/// children of a directory will be looked into is known before the first one is: memory gets a head
-/// start.
+/// Searches depth first, in the order of the entries. `frames` must have space for one frame for
+/// each level. All children of a directory that will be visited are known before the first one is
+/// visited, so they are prefetched.
 bool RTreeCore::search(const RTreeBounds& bounds, Frame* frames) const noexcept {
   Frame* top = frames;
   *top = {root_.get(), 0, root_->hits(bounds, 0)};

@@ -11,9 +11,9 @@
 #include <TQFoundation/spatial/detail/RTreeNodeCore.h>
 #include <TQFoundation/spatial/detail/RTreePair.h>
 
-// Everything about a node that does not depend on the type of its elements. The results are those
-// of the plain rect functions, bit for bit; the bounds kept beside the rects only save the work of
-// standardising them again.
+// The part of a node that is independent of the element type. The results are bit for bit those of
+// the plain rect functions. The bounds are stored beside the rects only to avoid standardising the
+// rects again.
 
 namespace tq::detail {
 namespace {
@@ -21,7 +21,7 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr std::size_t kFirstSlots = 128;
 
-/// Entries whose growths chooseSubtree() holds side by side.
+/// The number of entries whose growths chooseSubtree() stores at the same time.
 constexpr std::size_t kMostCompared = 64;
 
 double areaOf(const Rect& rect) noexcept { return rect.size.width * rect.size.height; }
@@ -32,13 +32,13 @@ constexpr std::size_t doublesPerSlot(RTreeNodeCore::Kind kind) noexcept {
 
 constexpr std::size_t roundUpToFour(std::size_t count) noexcept { return (count + 3) / 4 * 4; }
 
-/// Room for the entry that makes a node overflow, too.
+/// Includes space for the entry that makes a node overflow.
 constexpr std::size_t inlineSlots(std::int64_t capacity) noexcept {
   return roundUpToFour(static_cast<std::size_t>(capacity) + 1);
 }
 
-/// One axis of a union that is being folded. The maximum is read back from minimum and extent after
-/// each step, as it is from a rect.
+/// One axis of a union under construction. After each step the maximum is computed from minimum and
+/// extent, as it would be for a rect.
 struct Span {
   double min;
   double max;
@@ -68,13 +68,13 @@ RTreeNodeCore::RTreeNodeCore(Kind kind, std::int64_t capacity)
   }
 }
 
-// A chain of single children may be long; Object bounds the stack that releasing it takes.
+// A chain of single children may be long. Object limits the stack depth of releasing it.
 RTreeNodeCore::~RTreeNodeCore() {
   for (const RTreeNodeCore* child : childArray()) child->release();
   if (external_ != nullptr) freeObjectMemory(external_);
 }
 
-/// Makes room for `slots` entries; only the arrays of large nodes ever grow.
+/// Reserves space for `slots` entries. Only the arrays of large nodes ever grow.
 void RTreeNodeCore::reserve(std::size_t slots) {
   if (slots <= slots_) return;
   slots = std::max(roundUpToFour(slots), std::size_t{2} * slots_);
@@ -114,9 +114,9 @@ void RTreeNodeCore::append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept 
   append(rect);
 }
 
-/// @return whether a single bit of the rect changed
+/// @return whether any bit of the rect changed
 bool RTreeNodeCore::replaceRect(std::size_t index, const Rect& rect) noexcept {
-  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): -0 and NaN have to be told apart, too.
+  // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): -0 and NaN must differ too.
   if (std::memcmp(&rectArray()[index], &rect, sizeof rect) == 0) return false;
   store(index, rect);
   return true;
@@ -127,8 +127,8 @@ void RTreeNodeCore::truncate(std::size_t count) noexcept {
   clearBoundsFrom(count);
 }
 
-/// The entries of a leaf become the ones at the positions `order` of `rects`; never more than
-/// before.
+/// Replaces the entries of a leaf by those at the positions `order` of `rects`, which are not more
+/// than before.
 void RTreeNodeCore::replaceRects(std::span<const Rect> rects,
                                  std::span<const std::uint32_t> order) noexcept {
   mayHoldNull_ = false;
@@ -136,7 +136,7 @@ void RTreeNodeCore::replaceRects(std::span<const Rect> rects,
   truncate(order.size());
 }
 
-/// A directory's entries from position `first` on go to `sibling`, in their order.
+/// Moves a directory's entries from position `first` on to `sibling`, in the same order.
 void RTreeNodeCore::moveEntriesFrom(std::size_t first, RTreeNodeCore& sibling) noexcept {
   for (std::size_t i = first; i < count_; ++i) {
     sibling.append(rectArray()[i], Ref<RTreeNodeCore>::adopt(childSlots()[i]));
@@ -162,8 +162,8 @@ Rect RTreeNodeCore::boundingRect() const noexcept {
   return {x.min, y.min, x.extent, y.extent};
 }
 
-/// The entry whose area grows least when it takes `rect` in; then the smaller one; then the
-/// earlier. A growth that is NaN is never smaller.
+/// Returns the entry whose area grows least if `rect` is added to it. Ties are decided by the
+/// smaller area, then by the earlier position. A growth of NaN is never smaller.
 std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
   TQ_ASSERT(count_ != 0);
   if (mayHoldNull_ || RectIsNull(rect) || count_ > kMostCompared)
@@ -179,12 +179,14 @@ std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
   }
   least = lesser(both(least[1]), both(least[0]));
 
-  // Mostly one entry has it. A least growth of NaN is the first entry's, and equals none.
+  // Usually a single entry has the least growth. A least growth of NaN belongs to the first entry
+  // and equals none.
   std::uint64_t equals = 0;
   for (std::size_t i = 0; i < count_; i += 2) {
     equals |= std::uint64_t{laneBits(increases[i / 2] == least)} << i;
   }
-  equals &= ~std::uint64_t{0} >> (kMostCompared - count_);  // not the empty slot of an odd count
+  equals &=
+      ~std::uint64_t{0} >> (kMostCompared - count_);  // without the empty slot of an odd count
   auto best = static_cast<std::size_t>(equals != 0 ? std::countr_zero(equals) : 0);
   while ((equals &= equals - 1) != 0) {
     const auto other = static_cast<std::size_t>(std::countr_zero(equals));
@@ -193,7 +195,7 @@ std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
   return best;
 }
 
-/// The same by the rect functions, where null rects are about and for large nodes.
+/// The same with the rect functions, for nodes with null rects and for large nodes.
 std::size_t RTreeNodeCore::chooseSubtreeLiterally(const Rect& rect) const noexcept {
   const std::span<const Rect> all = rects();
   std::size_t best = 0;
@@ -210,7 +212,8 @@ std::size_t RTreeNodeCore::chooseSubtreeLiterally(const Rect& rect) const noexce
   return best;
 }
 
-/// Which of the 64 entries from `from` on meet `bounds`, as bits. `from` is a multiple of 64.
+/// Returns, as bits, which of the 64 entries from `from` on intersect `bounds`. `from` must be a
+/// multiple of 64.
 std::uint64_t RTreeNodeCore::hits(const RTreeBounds& bounds, std::size_t from) const noexcept {
   const std::size_t end = std::min<std::size_t>(count_, from + 64);
   const RTreeBoundsPair* pairs = boundsPairs();
@@ -231,8 +234,9 @@ bool RTreeNodeCore::anyHit(const RTreeBounds& bounds) const noexcept {
   return false;
 }
 
-/// Starts to fetch the bounds of those children from position `from` on whose bits are set, but for
-/// the first, which is about to be read. Nodes are half to two thirds full as a rule: that much.
+/// Prefetches the bounds of the children from position `from` on whose bits are set, except the
+/// first, which is about to be read. Nodes are usually half to two thirds full, so only that part
+/// is fetched.
 void RTreeNodeCore::prefetchChildren(std::size_t from, std::uint64_t which) const noexcept {
   const std::size_t byteCount =
       kHeaderBytes + (external_ == nullptr ? slots_ / 3 * sizeof(RTreeBoundsPair) : 0);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-/// Coordinates below this in magnitude have areas and unions that stay finite.
+/// For coordinates below this magnitude, areas and unions stay finite.
 constexpr double kTame = 1e150;
 
 double areaOf(const Rect& rect) noexcept { return rect.size.width * rect.size.height; }
@@ -58,10 +58,10 @@ void RTreeSplitter::plan(const RTreeNodeCore& leaf) noexcept {
   }
 }
 
-/// The pair (i, j) whose union wastes most area. Rounding makes the waste of (j, i) another number
-/// now and then, so rows are scanned in full; the earliest row that reaches the greatest waste
-/// wins, and in it the earliest column. An entry is kept from pairing with itself, and the empty
-/// slot behind an odd count from pairing at all, by an area of infinity.
+/// Returns the pair (i, j) whose union wastes the most area. Rounding can make the waste of (j, i)
+/// different, so each row is scanned in full. The earliest row with the greatest waste wins, and in
+/// it the earliest column. An area of infinity excludes the pair of an entry with itself, and the
+/// empty slot after an odd count.
 RTreeSplitter::Seeds RTreeSplitter::chooseSeeds(const RTreeNodeCore& leaf) noexcept {
   if (!std::ranges::all_of(rects_, isTame)) return chooseSeedsLiterally();
   areas_.assign(rects_.size() + 1, kInf);
@@ -95,7 +95,7 @@ RTreeSplitter::Seeds RTreeSplitter::chooseSeeds(const RTreeNodeCore& leaf) noexc
   return seeds;
 }
 
-/// The same for rects that are null, NaN or beyond measure. A waste that is NaN is never greater.
+/// The same for rects that are null, have NaN, or are too large. A waste of NaN is never greater.
 RTreeSplitter::Seeds RTreeSplitter::chooseSeedsLiterally() const noexcept {
   Seeds seeds;
   double greatest = 0;
@@ -114,9 +114,9 @@ RTreeSplitter::Seeds RTreeSplitter::chooseSeedsLiterally() const noexcept {
   return seeds;
 }
 
-/// Puts the entries in the order in which they join. The rects of the groups are fixed, so the
-/// increases are too, and picking the least one again and again comes to sorting. NaN does not
-/// sort: with NaN about, the picking is done as such.
+/// Sorts the entries in the order in which they join. The rects of the groups are fixed, and so are
+/// the increases. Therefore sorting is the same as repeatedly picking the least increase. NaN
+/// cannot be sorted: if there is one, the entries are picked one by one.
 void RTreeSplitter::sortPending() noexcept {
   const auto joinsBefore = [](const Pending& a, const Pending& b) {
     const double aLeast = a.increase[a.group];
