@@ -52,7 +52,7 @@ void Path::append(const Path& other) {
   const Point start = other.isEmpty() ? subpathStart_ : other.subpathStart_;
   makeRoom(types_, other.types_.size());
   makeRoom(points_, other.points_.size());
-  // By index and count: the other path may be this one.
+  // Copies by index and count, because `other` may be this path.
   const std::size_t types = other.types_.size(), points = other.points_.size();
   for (std::size_t i = 0; i < types; ++i) types_.push_back(other.types_[i]);
   for (std::size_t i = 0; i < points; ++i) points_.push_back(other.points_[i]);

@@ -20,11 +20,11 @@ using detail::Pair;
 Pair smaller(Pair a, Pair b) noexcept { return a < b ? a : b; }
 Pair larger(Pair a, Pair b) noexcept { return a > b ? a : b; }
 
-/// Extents are max - min, one unit in the last place more where min + extent would fall short of
-/// max.
+/// The extents are max - min. Where min + extent would be below max, the extent is one unit in the
+/// last place greater.
 Rect rectOf(Pair minimum, Pair maximum) noexcept {
   const Pair extent = maximum - minimum;
-  auto isShort = minimum + extent < maximum;  // -1 where it is
+  auto isShort = minimum + extent < maximum;  // -1 where true
   const Pair reaching = std::bit_cast<Pair>(std::bit_cast<decltype(isShort)>(extent) - isShort);
   return {minimum[0], minimum[1], reaching[0], reaching[1]};
 }
@@ -36,8 +36,8 @@ Rect controlPointBounds(const TQBezierSegment& segment) noexcept {
   return rectOf(Pair{x.minimum, y.minimum}, Pair{x.maximum, y.maximum});
 }
 
-/// Range of the ends and of the turns. Controls between the ends, as in most pieces of a curve,
-/// keep the curve between them too.
+/// Computes the bounds of the ends and the turning points. If the control points lie between the
+/// ends, as in most pieces of a curve, the curve lies between the ends too.
 template <std::size_t N>
 Rect tightBounds(const TQBezierSegment& segment) noexcept {
   const auto p = detail::bothAxes<N>(segment);
@@ -49,7 +49,8 @@ Rect tightBounds(const TQBezierSegment& segment) noexcept {
     hullMaximum = larger(hullMaximum, p[i]);
     sum += p[i];
   }
-  // NaN and what would overflow on the way: the sums then are not what they should be.
+  // NaN or infinite if a coordinate is NaN or an intermediate result would overflow. Then the sums
+  // below would be wrong.
   const Pair reach = 16.0 * (hullMaximum - hullMinimum) + 0.0 * sum;
   if (!(reach[0] + reach[1] <= std::numeric_limits<double>::max())) {
     return controlPointBounds(segment);
@@ -70,7 +71,7 @@ Rect tightBounds(const TQBezierSegment& segment) noexcept {
 
 double lengthSquared(Vector v) noexcept { return v.dx * v.dx + v.dy * v.dy; }
 
-/// The derivative of a curve, a·t² + 2·b·t + c; its own is 2·(a·t + b).
+/// The derivative of a curve, a·t² + 2·b·t + c. The second derivative is 2·(a·t + b).
 struct Velocity {
   Vector a;
   Vector b;
@@ -90,13 +91,13 @@ Velocity velocityOf(const TQBezierSegment& curve) noexcept {
   return {3 * ((p3 - p2) - leg - b), 3 * b, 3 * c};
 }
 
-/// Without leading coefficients that are tiny beside the others, over which the closed forms lose
-/// the roots in [0, 1]: those move by some 1e-8.
+/// Replaces leading coefficients by 0 if they are tiny compared with the others. With them, the
+/// closed forms lose the roots in [0, 1]; without them, these roots move by about 1e-8.
 TQPolynomial withoutTinyLead(TQPolynomial p) noexcept {
   const double tiny =
       1e-8 * std::max({std::fabs(p.a), std::fabs(p.b), std::fabs(p.c), std::fabs(p.d)});
   for (double* const lead : {&p.a, &p.b, &p.c}) {
-    if (!(std::fabs(*lead) <= tiny)) break;  // NaN stays
+    if (!(std::fabs(*lead) <= tiny)) break;  // NaN is kept
     *lead = 0;
   }
   return p;
@@ -107,14 +108,14 @@ TQPolynomialRoots rootsInside(const TQPolynomial& p) noexcept {
       TQPolynomialRootsFilter(TQPolynomialFindRoots(withoutTinyLead(p)), 0, 1, 0));
 }
 
-/// Where the speed is least or greatest: the roots of B' · B''.
+/// The offsets where the speed has its extrema: the roots of B' · B''.
 TQPolynomialRoots speedTurns(const Velocity& velocity) noexcept {
   const auto& [a, b, c] = velocity;
   return rootsInside({VectorDotProduct(a, a), 3 * VectorDotProduct(a, b),
                       2 * VectorDotProduct(b, b) + VectorDotProduct(a, c), VectorDotProduct(b, c)});
 }
 
-/// Length of the stretch [from, to] by the eight-point Gauss-Legendre rule.
+/// The length between two offsets by the eight-point Gauss-Legendre rule.
 double gaussLength(const Velocity& velocity, double from, double to) noexcept {
   // Abramowitz and Stegun, Handbook of Mathematical Functions (1964), table 25.4, n = 8.
   constexpr std::array<std::array<double, 2>, 4> kNodes{{
@@ -132,8 +133,8 @@ double gaussLength(const Velocity& velocity, double from, double to) noexcept {
   return sum * half;
 }
 
-/// Halves until both halves together agree with the whole. The speed is to be monotone on the
-/// stretch: a corner inside it could lie beside the nodes of the whole and of the halves alike.
+/// Halves the interval until both halves together agree with the whole. The speed must be monotone
+/// in the interval: otherwise a corner could lie between the nodes of the whole and of both halves.
 double adaptiveLength(const Velocity& velocity, double from, double to, double whole,
                       double tolerance, int depth) noexcept {
   const double middle = (from + to) / 2;
@@ -152,7 +153,8 @@ Point TQBezierSegmentBezierWithPoints(double t, unsigned degree, const Point* po
   std::array<Point, 5> row{};
   std::copy_n(points, degree + 1, row.begin());
   for (unsigned level = 0;; ++level) {
-    // Each row of the triangle starts with a point of the left half and ends with one of the right.
+    // Each row of the triangle starts with a point of the left half and ends with one of the right
+    // half.
     if (left != nullptr) left[level] = row[0];
     if (right != nullptr) right[degree - level] = row[degree - level];
     if (level == degree) return row[0];
@@ -231,7 +233,8 @@ double TQBezierSegmentLengthSquared(const TQBezierSegment& segment) noexcept {
   for (std::size_t i = 1; i < points.size(); ++i) {
     polygon += std::sqrt(lengthSquared(points[i] - points[i - 1]));
   }
-  // Whole and halves agree by accident, too: the tolerance is far below what is promised.
+  // The whole and its halves can agree by accident, so the tolerance is far below the documented
+  // accuracy.
   const double tolerance = 1e-12 * polygon;
   constexpr int kDepth = 16;
   const Velocity velocity = velocityOf(segment);
@@ -273,9 +276,9 @@ TQPolynomialRoots TQBezierSegmentInflectionOffsets(const TQBezierSegment& segmen
   if (segment.degree != TQBezierDegree::cubic) return {};
   const auto [a, b, c] = velocityOf(segment);
   const TQPolynomial bend{0, VectorCrossProduct(a, b), VectorCrossProduct(a, c),
-                          VectorCrossProduct(b, c)};  // B' × B'', but for a factor
-  // What is small beside the legs is rounding: a straight cubic bends nowhere, and what misses a
-  // cusp by as little has one.
+                          VectorCrossProduct(b, c)};  // B' × B'' up to a factor
+  // Values that are small compared with the control polygon are rounding errors. A straight cubic
+  // has no inflection, and a cubic that misses a cusp by so little is treated as having one.
   const double rounding = 1e-12 * TQBezierSegmentControlSplineLengthSquared(segment);
   const double largest = std::max({std::fabs(bend.b), std::fabs(bend.c), std::fabs(bend.d)});
   if (!(largest > rounding)) return {};

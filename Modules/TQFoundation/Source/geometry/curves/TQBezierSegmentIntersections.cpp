@@ -17,15 +17,15 @@ namespace {
 using detail::Pair;
 
 constexpr double kSmallestLength = 0.0001;
-constexpr double kLeaf = 0x1p-14;  // the first halving that is not above it
+constexpr double kLeaf = 0x1p-14;  // pieces of this length in t are not halved
 constexpr double kSamePoint = 2.220446049250313e-16;
 constexpr std::size_t kMostPairs = 1 << 20;
 constexpr std::size_t kMostCrossings = 64;
-constexpr double kReach = 0x1p-8;      // how far apart reports of one meeting can be
-constexpr double kSharp = 0x1p-24;     // what the sine of an angle is above, and a last step below
-constexpr std::size_t kMostSharp = 9;  // of two cubics without a common stretch (Bézout)
+constexpr double kReach = 0x1p-8;      // greatest distance of reports of one meeting
+constexpr double kSharp = 0x1p-24;     // least sine of an angle, greatest last step
+constexpr std::size_t kMostSharp = 9;  // crossings of two cubics that do not overlap (Bézout)
 
-/// A stretch of a segment, with where it lies in the whole.
+/// A piece of a segment, with its position in the whole segment.
 struct Piece {
   TQBezierSegment segment;
   double offset = 0;
@@ -34,7 +34,7 @@ struct Piece {
 
   [[nodiscard]] double last() const noexcept { return offset + length; }
   [[nodiscard]] double middle() const noexcept { return offset + length / 2; }
-  /// Tight bounds without extent: every halving would give the same again.
+  /// True if the tight bounds have no extent: halving such a piece returns the same piece again.
   [[nodiscard]] bool isPoint() const noexcept { return bounds.size == Size{}; }
   [[nodiscard]] bool canBeHalved() const noexcept { return length > kSmallestLength; }
 };
@@ -73,7 +73,7 @@ detail::BezierValue<Pair> evaluated(const TQBezierSegment& segment, double t) no
 
 double cross(Pair u, Pair v) noexcept { return u[0] * v[1] - u[1] * v[0]; }
 
-/// One step of Newton's method on a(s) - b(t) = 0; none where the tangents are parallel.
+/// Returns one step of Newton's method on a(s) - b(t) = 0, or nullopt if the tangents are parallel.
 std::optional<TQBezierSegmentOffsets> newtonStep(const TQBezierSegment& a, const TQBezierSegment& b,
                                                  TQBezierSegmentOffsets at) noexcept {
   const auto [p, da] = evaluated(a, at.a);
@@ -87,7 +87,7 @@ std::optional<TQBezierSegmentOffsets> newtonStep(const TQBezierSegment& a, const
 
 TQBezierSegmentOffsets refined(const TQBezierSegment& a, const TQBezierSegment& b,
                                TQBezierSegmentOffsets offsets) noexcept {
-  constexpr int kSteps = 32;  // a touch halves its error each time
+  constexpr int kSteps = 32;  // at a touch each step halves the error
   double gap = gapSquared(a, b, offsets);
   for (int i = 0; i < kSteps && gap > 0; ++i) {
     const auto next = newtonStep(a, b, offsets);
@@ -100,13 +100,13 @@ TQBezierSegmentOffsets refined(const TQBezierSegment& a, const TQBezierSegment& 
   return offsets;
 }
 
-/// The greater of the differences on both segments.
+/// Returns the greater of the differences on both segments.
 double distance(TQBezierSegmentOffsets p, TQBezierSegmentOffsets q) noexcept {
   return std::max(std::fabs(p.a - q.a), std::fabs(p.b - q.b));
 }
 
-/// Whether the segments cross here and at an angle: no other crossing is near, and segments that
-/// run along each other have none.
+/// Returns whether the segments cross here at an angle. Then no other crossing is near. Segments
+/// that overlap along a stretch have no such crossing there.
 bool isSharp(const TQBezierSegment& a, const TQBezierSegment& b,
              TQBezierSegmentOffsets at) noexcept {
   const Pair da = evaluated(a, at.a).derivative;
@@ -139,12 +139,12 @@ struct Interval {
   }
 };
 
-/// Reports that have become one crossing: the offsets they cover, and those to give to the caller.
+/// A group of merged reports: the range of their offsets, and the offsets to pass to the caller.
 struct Crossing {
   Interval a;
   Interval b;
-  TQBezierSegmentOffsets first;  ///< of the common ends, or the best report while there is none
-  TQBezierSegmentOffsets last;   ///< the same as `first` unless there are several common ends
+  TQBezierSegmentOffsets first;  ///< the first common end, or the best report if there is none
+  TQBezierSegmentOffsets last;   ///< the last common end; else the same as `first`
   double gap = 0;                ///< squared distance of the points of `first`; -1 for a common end
 
   [[nodiscard]] bool isNear(const Crossing& other) const noexcept {
@@ -167,14 +167,14 @@ struct Crossing {
   }
 };
 
-/// Gathers the reports of one search of `a` and `b`.
+/// Collects the reports of one search of `a` and `b`.
 class Crossings {
  public:
   Crossings(const TQBezierSegment& a, const TQBezierSegment& b,
             const TQBezierSegmentIntersectionCallback& callback)
       : a_(a), b_(b), callback_(callback) {}
 
-  /// Adds a report. It may join two crossings that were apart until now.
+  /// Adds a report. It may merge two groups that were separate until now.
   void add(Crossing report) {
     noteSharp(report.first);
     for (std::size_t i = 0; i < count_;) {
@@ -184,7 +184,7 @@ class Crossings {
       }
       report.include(found_[i]);
       found_[i] = found_[--count_];
-      i = 0;  // it reaches further now
+      i = 0;  // the group covers more now
     }
     if (count_ == kMostCrossings) tell({&found_[--count_], 1});
     found_[count_++] = report;
@@ -193,7 +193,8 @@ class Crossings {
   void tellAll() { tell({found_.data(), count_}); }
 
  private:
-  /// What is to be told: two common ends a crossing, and each sharp one once.
+  /// Returns the offsets to report: at most two common ends for each group, and each sharp crossing
+  /// once.
   struct Told {
     std::array<TQBezierSegmentOffsets, 2 * kMostCrossings + kMostSharp> offsets;
     std::size_t count = 0;
@@ -202,8 +203,8 @@ class Crossings {
     void add(TQBezierSegmentOffsets at) noexcept { offsets[count++] = at; }
   };
 
-  /// Where segments run close to each other, their smallest pieces meet on and off along the way,
-  /// and what becomes one can hold several crossings. Newton's method tells the pieces that do.
+  /// Where segments are nearly tangent, their smallest pieces meet in many places, and one group
+  /// can contain several crossings. Newton's method finds the pieces that contain one.
   void noteSharp(TQBezierSegmentOffsets report) {
     const auto next = newtonStep(a_, b_, report);
     if (!next || distance(*next, report) > 2 * kLeaf) return;
@@ -240,7 +241,8 @@ class Crossings {
                   [this](TQBezierSegmentOffsets at) { callback_(at.a, at.b); });
   }
 
-  /// The common ends and the sharp crossings elsewhere; the best report while there are none.
+  /// Returns the common ends and the sharp crossings elsewhere, or the best report if there are
+  /// none.
   void gather(const Crossing& crossing, Told& told) {
     const std::size_t before = told.count;
     if (crossing.gap < 0) {
@@ -267,18 +269,18 @@ class Crossings {
   std::size_t sharpCount_ = 0;
 };
 
-/// The recursion. Pieces whose closed bounds meet are halved, up to fourteen times; there is no
-/// other count of depth. As the halves join exactly and their bounds hold them, no crossing slips
-/// through.
+/// The recursive search. Pieces whose closed bounds intersect are halved, at most fourteen times;
+/// the depth has no other limit. No crossing is lost, because the halves join exactly and their
+/// bounds contain them.
 class IntersectionSearch {
  public:
   explicit IntersectionSearch(Crossings& crossings) : crossings_(crossings) {}
 
-  /// False when the limit of pairs was reached.
+  /// Returns false if the limit of pairs was reached.
   bool search(const Piece& a, const Piece& b) {
     if (++pairs_ > kMostPairs) return false;
     if (!RectIntersectsRect(a.bounds, b.bounds)) {
-      // Apart, they can still share an end, but for rounding.
+      // Their bounds are apart, but within rounding they can still share an end.
       forCommonEnds(a, b, [this](TQBezierSegmentOffsets at) { reportCommonEnd(at); });
       return true;
     }
@@ -305,7 +307,7 @@ class IntersectionSearch {
     return search(halves.left) && search(halves.right);
   }
 
-  /// Calls `use` for each pairing of ends that are the same point.
+  /// Calls `use` for each pair of ends that are the same point.
   template <class Use>
   static void forCommonEnds(const Piece& a, const Piece& b, Use&& use) {
     const auto pairUp = [&](Point p, double offsetA, Point q, double offsetB) {
@@ -325,7 +327,7 @@ class IntersectionSearch {
     crossings_.add({{at.a, at.a}, {at.b, at.b}, at, at, -1});
   }
 
-  /// One report: a common end of the whole segments, else of the pieces, else their middles.
+  /// Adds one report: a common end of the whole segments, else of the pieces, else their middles.
   void reportMeeting(const Piece& a, const Piece& b) {
     const auto isEnd = [](double offset) { return offset == 0 || offset == 1; };
     std::optional<TQBezierSegmentOffsets> best;

@@ -8,12 +8,12 @@
 namespace tq {
 namespace {
 
-/// The root of a monotone stretch at whose ends the signs differ: Newton's method, and the middle
-/// of what is left wherever that would leave it.
+/// Returns the root in a monotone interval whose ends have different signs. Uses Newton's method,
+/// and bisection wherever a step would leave the interval.
 template <std::size_t N>
 double rootBetween(const detail::BezierAxis<N>& p, double low, double high,
                    bool risesFromBelow) noexcept {
-  constexpr int kSteps = 100;  // halvings alone need 55
+  constexpr int kSteps = 100;  // bisection alone needs 55
   double t = (low + high) / 2;
   for (int i = 0; i < kSteps; ++i) {
     const auto [value, derivative] = detail::evaluate<N, double>(p, t);
@@ -27,11 +27,11 @@ double rootBetween(const detail::BezierAxis<N>& p, double low, double high,
   return t;
 }
 
-/// Where the coordinate is 0, one monotone stretch after the other.
+/// Returns the offsets where the coordinate is 0, one monotone interval after the other.
 ///
-/// The cubic formula is not used on the coordinate itself: for the nearly quadratic cubics that
-/// drawings are full of it cannot tell two roots from none. The turning points are found to the
-/// accuracy that counts, and between them the signs at the ends tell.
+/// The cubic formula is not applied to the coordinate itself: for the nearly quadratic cubics that
+/// are frequent in drawings it cannot distinguish two roots from none. The turning points are
+/// accurate enough, and the signs at the ends of each interval decide.
 template <std::size_t N>
 TQPolynomialRoots zeros(const detail::BezierAxis<N>& p) noexcept {
   const auto [least, most] = detail::controlExtent(p);
@@ -54,7 +54,8 @@ TQPolynomialRoots zeros(const detail::BezierAxis<N>& p) noexcept {
     if (!(t > at && t < 1)) continue;
     double there = detail::evaluate<N, double>(p, t).value;
     if (std::fabs(there) <= touch) there = 0;
-    if (value == 0 && there == 0) continue;  // one touch, whose turn rounding has moved or doubled
+    if (value == 0 && there == 0)
+      continue;  // one touch; rounding moved or doubled its turning point
     step(at, value, t, there);
     at = t;
     value = there;

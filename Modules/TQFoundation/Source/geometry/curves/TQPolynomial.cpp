@@ -14,7 +14,7 @@ namespace {
 constexpr double kHalfRootOfThree = 0.8660254037844386;
 constexpr double kThirdOfATurn = 2.0943951023931953;
 
-/// One real root, or a simple and a double one. A and B are Cardano's two cube roots.
+/// Returns one real root, or a simple and a double one. A and B are Cardano's two cube roots.
 TQPolynomialRoots rootsBesideAPair(double a, double Q, double R) noexcept {
   double A = std::cbrt(std::sqrt(R * R - Q * Q * Q) + std::fabs(R));
   if (R >= 0) A = -A;

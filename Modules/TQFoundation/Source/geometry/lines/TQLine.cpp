@@ -20,7 +20,7 @@ constexpr double kTurn = 2 * std::numbers::pi;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// NaN, as the parameter of a point-like segment is, lies outside.
+/// NaN, the parameter of a segment of length 0, counts as outside.
 bool covers(const TQLineSegment& segment, Point point) noexcept {
   const double t = segment.parameterOf(point);
   return t >= 0 && t <= 1;
@@ -37,7 +37,7 @@ std::array<Point, 4> corners(const Rect& standard) noexcept {
           Point{standard.origin.x, maxY}};
 }
 
-/// Positive on the side that the normal points to.
+/// Returns the signed distance from the line; positive on the side that the normal points to.
 double signedDistance(const TQLine& line, Point from) noexcept {
   return (line.a * from.x + line.b * from.y - line.c) / std::hypot(line.a, line.b);
 }
@@ -50,13 +50,13 @@ double distanceToRect(Point point, const Rect& standard) noexcept {
   return std::hypot(x, y);
 }
 
-/// The stretch of a segment inside a closed rect.
+/// The part of a segment inside a closed rect.
 struct Clip {
   double entry = 0;
   double exit = 1;
 
-  /// Narrows the stretch to one side of the rect, whose inner points have p·t <= q; false when
-  /// nothing is left. Written so that NaN leaves nothing.
+  /// Narrows the part to one side of the rect, where p·t <= q inside. Returns false if nothing is
+  /// left. The comparisons are written so that NaN leaves nothing.
   bool narrow(double p, double q) noexcept {
     if (p == 0) return q >= 0;
     const double t = q / p;
@@ -234,7 +234,7 @@ bool TQLineIntersectsRect(const TQLine& line, const Rect& rect) noexcept {
   const double maxX = RectGetMaxX(rect);
   const double minY = RectGetMinY(rect);
   const double maxY = RectGetMaxY(rect);
-  // Without b the y are NaN, without a the x are: neither is within anything.
+  // If b is 0 the y are NaN, if a is 0 the x are NaN. NaN is not within any range.
   return isWithin(TQLineGetYForX(line, minX), minY, maxY) ||
          isWithin(TQLineGetYForX(line, maxX), minY, maxY) ||
          isWithin(TQLineGetXForY(line, minY), minX, maxX) ||
@@ -270,8 +270,9 @@ AffineTransform TQLineTransformToXAxis(const TQLine& line) noexcept {
   if (std::fabs(line.a) <= kHorizontal) {
     return AffineTransformTranslate(AffineTransformIdentity, 0, -line.c / line.b);
   }
-  // What is added last acts on a point first. The turn takes the normal to +y: with its sine a/|n|
-  // and cosine b/|n|, the y of a turned point is its distance from the line.
+  // The transform that is added last is applied to a point first. The rotation maps the normal to
+  // +y: with its sine a/|n| and cosine b/|n|, the y of a rotated point is its distance from the
+  // line.
   const double intercept = line.c / line.a;
   AffineTransform transform = AffineTransformTranslate(AffineTransformIdentity, intercept, 0);
   transform = AffineTransformRotate(transform, std::atan2(line.a, line.b));

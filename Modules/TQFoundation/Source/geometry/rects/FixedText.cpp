@@ -14,7 +14,7 @@ std::string fixedText(std::initializer_list<LabelledNumber> numbers) {
       text += "nan";
       continue;
     }
-    char digits[320];  // the largest double: a sign, 309 digits, the point and six decimals
+    char digits[320];  // the longest double: sign, 309 digits, point, six decimals
     const auto end =
         std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
     text.append(digits, end.ptr);

@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 
-// The odd multiples of π/8 that part the multiples of π/4 from each other.
+// The odd multiples of π/8 that separate the multiples of π/4.
 constexpr double kThresholds[] = {0.39269908169872414, 1.1780972450961724, 1.9634954084936207,
                                   2.748893571891069, 3.5342917352885173};
 constexpr double kSnapped[] = {0, kPi / 4, kPi / 2, 3 * kPi / 4, kPi};
@@ -18,7 +18,7 @@ constexpr double kSnapped[] = {0, kPi / 4, kPi / 2, 3 * kPi / 4, kPi};
 double TQSlopeBetweenPoints(Point a, Point b) noexcept { return std::atan2(b.y - a.y, b.x - a.x); }
 
 double TQNormalizeRadians(double angleRadians) noexcept {
-  // Far out a step costs more than it changes, and from 2^55 on it changes nothing.
+  // For large angles the loop would be long, and from 2^55 on a step would not change the number.
   if (!(std::fabs(angleRadians) <= TQNormalizeRadiansStepLimit * 2 * kPi)) {
     return std::remainder(angleRadians, 2 * kPi);
   }

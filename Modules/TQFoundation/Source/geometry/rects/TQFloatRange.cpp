@@ -5,7 +5,7 @@
 namespace tq {
 namespace {
 
-// A range is a rect without height, so that both combine by one set of rules.
+// Represents a range as a rect of height 0, so that ranges and rects follow the same rules.
 constexpr Rect rectOf(TQFloatRange range) noexcept {
   return RectStandardize({range.location, 0, range.length, 0});
 }

@@ -19,7 +19,7 @@ bool TQRect::isEqual(const Object& other) const {
 }
 
 std::size_t TQRect::hash() const {
-  // What equality sees: standardised fields. std::hash has one value for both zeros.
+  // Hashes the standardised fields, which equality compares. std::hash is the same for both zeros.
   const auto [origin, size] = RectStandardize(rect_);
   std::size_t hash = 0;
   for (const double field : {origin.x, origin.y, size.width, size.height}) {

@@ -13,7 +13,8 @@ Span rawSpan(Axis axis, const Rect& rect) noexcept {
   return {detail::originOn(axis, rect), detail::extentOn(axis, rect)};
 }
 
-// How much of `later` lies before the end of `earlier`, which starts no later than it.
+// Returns how much of `later` lies before the end of `earlier`, which starts at the same place or
+// before.
 double overlapInOrder(Span earlier, Span later) noexcept {
   const double end = earlier.end();
   if (end < later.origin) return 0;

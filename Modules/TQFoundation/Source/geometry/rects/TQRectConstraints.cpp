@@ -6,7 +6,7 @@
 namespace tq {
 namespace {
 
-// One axis of a rect in its area, of which `lead + extent + trail` is the length.
+// One axis of a rect in its area. The length of the area is `lead + extent + trail`.
 struct Parts {
   double lead, extent, trail;
   bool leadPinned, extentPinned, trailPinned;
@@ -40,7 +40,7 @@ Placement place(const Parts& parts, double from, double to) noexcept {
   const int flexible = parts.flexibleCount();
   if (parts.leadPinned && parts.extentPinned) return {parts.lead, parts.extent};
 
-  // The length that a flexible part has in the new area.
+  // Returns the length of a flexible part in the new area.
   const auto resized = [&](double length) {
     if (flexible == 1) return to - pinned;
     if (from - pinned > 0) return length * notNegative((to - pinned) / (from - pinned));
@@ -48,7 +48,7 @@ Placement place(const Parts& parts, double from, double to) noexcept {
   };
   const double extent = parts.extentPinned ? parts.extent : notNegative(resized(parts.extent));
   if (parts.leadPinned) return {parts.lead, extent};
-  // From the pinned maximum edge, so that the distance to it keeps its last bit.
+  // Computed from the pinned maximum edge, so that the distance to it is exact.
   if (parts.trailPinned) return {to - parts.trail - extent, extent};
   return {resized(parts.lead), extent};
 }

@@ -34,7 +34,7 @@ double coordinate(Part part, double min, double extent) noexcept {
   }
 }
 
-// The origin of an extent whose named part is at `at`.
+// Returns the origin of an extent whose given part is at `at`.
 double originPutting(Part part, double at, double extent) noexcept {
   switch (part) {
     case Part::min:

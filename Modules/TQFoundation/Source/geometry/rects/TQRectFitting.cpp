@@ -74,7 +74,7 @@ Rect TQRectExpand(const Rect& rect, double margin) noexcept {
   const Rect standard = RectStandardize(rect);
   const double width = expandedExtent(standard.size.width, margin);
   const double height = expandedExtent(standard.size.height, margin);
-  // Only an edge that would pass the middle stops there; the others move by the margin itself.
+  // An edge that would pass the middle stops there. All others move by exactly the margin.
   return {width == 0 ? RectGetMidX(rect) : standard.origin.x - margin,
           height == 0 ? RectGetMidY(rect) : standard.origin.y - margin, width, height};
 }

@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
-// Edges, as the comparison reads them.
+// The edges and extents that are compared.
 struct Box {
   double minX, minY, maxX, maxY, width, height;
 
@@ -47,7 +47,7 @@ Rect turned(unsigned options, const Rect& rect) noexcept {
 double lesser(double a, double b) noexcept { return a < b ? a : b; }
 double greater(double a, double b) noexcept { return a > b ? a : b; }
 
-// The first of four edges that differs by more than epsilon decides.
+// The first of the four edges that differs by more than epsilon decides.
 int compareEdges(const double (&a)[4], const double (&b)[4]) noexcept {
   for (int i = 0; i < 4; ++i) {
     if (std::fabs(a[i] - b[i]) > kEpsilon) return a[i] < b[i] ? -1 : 1;
@@ -56,12 +56,12 @@ int compareEdges(const double (&a)[4], const double (&b)[4]) noexcept {
 }
 
 int compareInReadingOrder(const Box& a, const Box& b) noexcept {
-  // Two equal rects of no height end here with -1: they overlap by 0, which is no common row.
+  // Two equal rects of height 0 return -1 here: they overlap by 0 and so are in different rows.
   const double overlapY = lesser(a.maxY, b.maxY) - greater(a.minY, b.minY);
   const double ratioY = overlapY / lesser(a.height, b.height);
   if (overlapY <= kEpsilon || ratioY <= 0.2) return b.minY < a.minY ? 1 : -1;
 
-  // And two of no width here with 1.
+  // Two equal rects of width 0 return 1 here.
   const double overlapX = lesser(a.maxX, b.maxX) - greater(a.minX, b.minX);
   const double ratioX = overlapX / lesser(a.width, b.width);
   if (overlapX <= kEpsilon || ratioX <= 0) return a.minX < b.minX ? -1 : 1;

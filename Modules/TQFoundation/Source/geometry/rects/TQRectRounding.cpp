@@ -2,7 +2,7 @@
 
 namespace tq {
 
-// Here and not inline: rounding adds to the product, which no caller's compiler may fuse.
+// Not inline, because rounding adds to the product and a caller's compiler could fuse both.
 Rect TQRectByRoundingRectToStep(const Rect& rect, double step) noexcept {
   const double perUnit = 1 / step;
   const auto rounded = [=](double value) {

@@ -8,7 +8,7 @@ namespace {
 
 struct UnitFacts {
   std::string_view symbol;
-  double perInch;  // of px: 0, the resolution stands in
+  double perInch;  // 0 for px, which uses the resolution
 };
 
 constexpr UnitFacts kUnits[] = {{"px", 0},    {"pt", 72},   {"pc", 6},

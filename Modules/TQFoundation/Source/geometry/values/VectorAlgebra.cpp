@@ -5,7 +5,8 @@
 namespace tq {
 namespace {
 
-// Brings the greater component near 1 by a power of two: exact, and no square overflows after it.
+// Scales the greater component to about 1 by a power of two. This is exact, and the squares of the
+// result do not overflow.
 Vector scaledNearOne(Vector v) noexcept {
   const double greatest = std::fmax(std::fabs(v.dx), std::fabs(v.dy));
   if (greatest == 0 || !std::isfinite(greatest)) return v;

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file BezierAxis.h
-/// One coordinate of a Bézier segment, or both side by side: polynomials of degree N - 1 in
-/// Bernstein form.
+/// One coordinate of a Bézier segment, or both at once, as polynomials of degree N - 1 in Bernstein
+/// form.
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@
 
 namespace tq::detail {
 
-/// x and y of a point as the compilers' own vector: what is done to one is done to both at once.
+/// x and y of a point as a vector type of the compiler: one operation computes both.
 using Pair = double __attribute__((vector_size(16)));
 
 [[nodiscard]] inline double squareRoot(double v) noexcept { return std::sqrt(v); }
@@ -28,8 +28,8 @@ using Pair = double __attribute__((vector_size(16)));
 template <std::size_t N, class T = double>
 using BezierAxis = std::array<T, N>;
 
-/// Calls `use` with the coordinates of the points in use less `zero`; `otherwise` for an unknown
-/// degree.
+/// Calls `use` with the coordinates of the points in use minus `zero`. Returns `otherwise` for an
+/// unknown degree.
 template <class Result, class Use>
 Result withBezierAxis(const TQBezierSegment& segment, Axis axis, double zero, Result otherwise,
                       Use&& use) {
@@ -47,7 +47,7 @@ Result withBezierAxis(const TQBezierSegment& segment, Axis axis, double zero, Re
   return otherwise;
 }
 
-/// Both coordinates of the first N points.
+/// Returns both coordinates of the first N points.
 template <std::size_t N>
 [[nodiscard]] inline BezierAxis<N, Pair> bothAxes(const TQBezierSegment& segment) noexcept {
   BezierAxis<N, Pair> p;
@@ -55,7 +55,7 @@ template <std::size_t N>
   return p;
 }
 
-/// A closed interval; NaN when what it is of is not known.
+/// A closed interval. NaN if it is unknown.
 struct Extent {
   double minimum = std::numeric_limits<double>::quiet_NaN();
   double maximum = std::numeric_limits<double>::quiet_NaN();
@@ -66,7 +66,7 @@ struct Extent {
   }
 };
 
-/// Range of all control points; NaN when one of them is.
+/// Returns the range of all control points, or NaN if one of them is NaN.
 template <std::size_t N>
 [[nodiscard]] inline Extent controlExtent(const BezierAxis<N>& p) noexcept {
   Extent extent{p[0], p[0]};
@@ -83,7 +83,7 @@ struct BezierValue {
   T derivative;
 };
 
-/// De Casteljau's. The last two points that it divides also give the derivative.
+/// De Casteljau's algorithm. The last two intermediate points also determine the derivative.
 template <std::size_t N, class T>
 [[nodiscard]] inline BezierValue<T> evaluate(BezierAxis<N, T> p, T t) noexcept {
   const T s = 1.0 - t;
@@ -103,7 +103,7 @@ template <class T>
   return v < T{} ? -v : v;
 }
 
-/// t brought into [0, 1]; NaN is 0.
+/// Clamps t to [0, 1]. NaN becomes 0.
 template <class T>
 [[nodiscard]] inline T clampedOffset(T t) noexcept {
   const T zero{};
@@ -112,21 +112,21 @@ template <class T>
   return atLeast0 < one ? atLeast0 : one;
 }
 
-/// Two offsets in [0, 1], between and beside which the coordinate is monotone. Where it turns less
-/// than twice, they are ends or any other offsets: harmless to look at.
+/// Two offsets in [0, 1]. The coordinate is monotone between 0, the offsets and 1. If it has fewer
+/// than two turning points, the other offsets are arbitrary, and evaluating them is harmless.
 template <class T>
 struct BezierTurns {
   T first;
   T second;
 };
 
-/// TQSolveP2's formula on the derivative, or the linear one, both roots at once and without a
-/// branch: on mixed curves half of them would be guessed wrong.
+/// Applies TQSolveP2's formula, or the linear one, to the derivative. It computes both roots
+/// without a branch, because on mixed curves the processor would mispredict half of the branches.
 ///
-/// The formula loses the small root of a polynomial whose leading coefficient is tiny, such as that
-/// of a cubic that is a quadratic but for rounding. So one below 1e-8 of the others is dropped:
-/// that moves the root by some 1e-8, and as it is a turning point, the coordinate there by 1e-16 of
-/// its range.
+/// The formula loses the small root of a polynomial whose leading coefficient is tiny. An example
+/// is a cubic that is a quadratic within rounding. Therefore a leading coefficient below 1e-8 of
+/// the others is dropped. This moves the root by about 1e-8. Because the root is a turning point,
+/// the coordinate there moves only by 1e-16 of its range.
 template <std::size_t N, class T>
 [[nodiscard]] inline BezierTurns<T> turns(const BezierAxis<N, T>& p) noexcept {
   const T zero{};

@@ -1,13 +1,13 @@
 #pragma once
 
 /// @file BezierSplit.h
-/// De Casteljau's division, inline for the library's own loops.
+/// De Casteljau's algorithm, inline for the library's own loops.
 
 #include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
 namespace tq::detail {
 
-/// The point that divides a-b by the weights 1 - t and t.
+/// Returns the point (1 - t)·a + t·b.
 [[nodiscard]] inline Point between(Point a, Point b, double t) noexcept {
   return {(1 - t) * a.x + t * b.x, (1 - t) * a.y + t * b.y};
 }
@@ -16,7 +16,7 @@ namespace tq::detail {
   return {a.x + t * (b.x - a.x), a.y + t * (b.y - a.y)};
 }
 
-/// As TQBezierSegmentSplit. Every point is computed before the first is written.
+/// Like TQBezierSegmentSplit. All points are computed before the first is written.
 inline void split(const TQBezierSegment& segment, double t, TQBezierSegment* left,
                   TQBezierSegment* right) noexcept {
   const auto give = [&](const TQBezierSegment& first, const TQBezierSegment& second) {
