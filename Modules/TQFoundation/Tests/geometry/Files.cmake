@@ -1,30 +1,15 @@
 tq_add_room_tests(TQGeometry
-  ${CMAKE_CURRENT_LIST_DIR}/values/AnchoredRectTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/values/AspectRatioTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/values/GeometrySystemTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/values/LengthTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/curves/PathTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/values/RounderTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQAngleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/curves/TQBezierSegmentIntersectionsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/curves/TQBezierSegmentTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQFloatRangeTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/lines/TQLineTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/curves/TQPolynomialTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/lines/TQLineTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/rects/TQPrimitiveFunctionsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectAxisTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstraintsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectConstructionTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectCornersTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectEqualityTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectFittingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectMovingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectOrderTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectRoundingTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectSafeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/rects/TQRectTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/rects/TQSizeTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/values/VectorAlgebraTest.cpp
-)
+  ${CMAKE_CURRENT_LIST_DIR}/values/GeometryValuesTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/values/RounderTest.cpp)
 # An executable of its own, for it replaces the allocation functions.
 tq_add_room_tests(TQGeometryFault
   ${CMAKE_CURRENT_LIST_DIR}/curves/PathFaultTest.cpp)

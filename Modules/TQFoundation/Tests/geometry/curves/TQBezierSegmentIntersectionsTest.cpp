@@ -134,30 +134,28 @@ TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
   const auto reversed = TQBezierSegment::cubic({4, 1}, {2, -1}, {1, 3}, {0, 0});
   const auto point = TQBezierSegment::cubic({2, 2}, {2, 2}, {2, 2}, {2, 2});
   const auto line = TQBezierSegment::straight({0, 0}, {4, 4});
-  const struct {
-    const char* name;
-    TQBezierSegment a, b;
-    std::vector<TQBezierSegmentOffsets> expected;
-  } cases[] = {
-      {"identical", cubic, cubic, {{0, 0}, {1, 1}}},
-      {"reversed", cubic, reversed, {{0, 1}, {1, 0}}},
-      {"two points at one place", point, point, {{0, 0}}},
-      {"two points apart", point, TQBezierSegment::straight({2, 3}, {2, 3}), {}},
-      {"collinear, end to end", line, TQBezierSegment::straight({4, 4}, {9, 9}), {{1, 0}}},
-      {"two crossings and less than a piece apart between them",
-       TQBezierSegment::straight({0, 0}, {1000, 1000}),
-       TQBezierSegment::quadratic({0, 0.96}, {500, 498.96}, {1000, 1000.96}),
-       {{6553.5 * kLeaf, 6553.5 * kLeaf}, {9830.5 * kLeaf, 9830.5 * kLeaf}}},  // at 0.4 and 0.6
-      {"the same, and pieces that meet on and off",
-       TQBezierSegment::quadratic({0, 0}, {50, 10.02}, {100, 20}),
-       TQBezierSegment::straight({-7, -1.399}, {117, 23.409}),  // the first at 0.04577 and 0.79294
-       {{749.5 * kLeaf, 1529.5 * kLeaf}, {12991.5 * kLeaf, 11401.5 * kLeaf}}},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Found found = intersections(c.a, c.b);
+  const Rows<const char*, TQBezierSegment, TQBezierSegment, std::vector<TQBezierSegmentOffsets>>
+      cases{
+          {"identical", cubic, cubic, {{0, 0}, {1, 1}}},
+          {"reversed", cubic, reversed, {{0, 1}, {1, 0}}},
+          {"two points at one place", point, point, {{0, 0}}},
+          {"two points apart", point, TQBezierSegment::straight({2, 3}, {2, 3}), {}},
+          {"collinear, end to end", line, TQBezierSegment::straight({4, 4}, {9, 9}), {{1, 0}}},
+          {"two crossings and less than a piece apart between them",
+           TQBezierSegment::straight({0, 0}, {1000, 1000}),
+           TQBezierSegment::quadratic({0, 0.96}, {500, 498.96}, {1000, 1000.96}),
+           {{6553.5 * kLeaf, 6553.5 * kLeaf}, {9830.5 * kLeaf, 9830.5 * kLeaf}}},  // at 0.4 and 0.6
+          {"the same, and pieces that meet on and off",
+           TQBezierSegment::quadratic({0, 0}, {50, 10.02}, {100, 20}),
+           TQBezierSegment::straight({-7, -1.399},
+                                     {117, 23.409}),  // the first at 0.04577 and 0.79294
+           {{749.5 * kLeaf, 1529.5 * kLeaf}, {12991.5 * kLeaf, 11401.5 * kLeaf}}},
+      };
+  for (const auto& [name, a, b, expected] : cases) {
+    SCOPED_TRACE(name);
+    const Found found = intersections(a, b);
     EXPECT_TRUE(found.isComplete);
-    EXPECT_EQ(found.offsets, c.expected);
+    EXPECT_EQ(found.offsets, expected);
   }
 
   const auto overlapping = TQBezierSegment::straight({1.1, 1.1}, {9, 9});

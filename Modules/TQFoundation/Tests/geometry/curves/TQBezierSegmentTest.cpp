@@ -167,16 +167,14 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
     }
     EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(segment)), length, 2e-8 * length);
   }
-  const struct {
-    TQBezierSegment segment;
-    double length;  // the first turns at 1/3 and 3/8; the others by 80-bit quadrature
-  } folds[] = {
+  // the first turns at 1/3 and 3/8; the others by 80-bit quadrature
+  const Rows<TQBezierSegment, double> folds{
       {TQBezierSegment::cubic({-5, 0}, {1, 0}, {-10, 0}, {10, 0}), 15 + 1 / 288.0},
       {TQBezierSegment::cubic({8, 0}, {7, 1e-4}, {-8, 0}, {-7.9, 0}), 15.900995501406344},
       {TQBezierSegment::quadratic({-7, 0}, {4, 0}, {4.2, 1e-5}), 11.200000000024432},
   };
-  for (const auto& c : folds) {
-    EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(c.segment)), c.length, 1e-10 * c.length);
+  for (const auto& [segment, length] : folds) {
+    EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(segment)), length, 1e-10 * length);
   }
 }
 
@@ -204,11 +202,7 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
   }
   EXPECT_GT(seen[1], 100);
   EXPECT_GT(seen[2], 20);
-  const struct {
-    const char* name;
-    TQBezierSegment cubic;
-    std::vector<double> offsets;
-  } cases[] = {
+  const Rows<const char*, TQBezierSegment, std::vector<double>> cases{
       {"cusp", TQBezierSegment::cubic({0, 0}, {-2, -4}, {1, -3}, {-3, 9}), {1 / 3.0}},
       {"t² = 1e-9",
        TQBezierSegment::cubic({0, 0}, {1e-9, 0}, {2e-9, 1}, {1 + 3e-9, 3}),
@@ -216,10 +210,10 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
       {"straight", TQBezierSegment::cubic({0.1, 0.2}, {0.4, 0.8}, {0.3, 0.6}, {0.7, 1.4}), {}},
       {"quadratic", TQBezierSegment::cubic({0, 0}, {0.1, 0.2}, {0.3, 0.2}, {0.6, 0}), {}},
   };
-  for (const auto& c : cases) {
-    EXPECT_THAT(used(TQBezierSegmentInflectionOffsets(c.cubic)),
-                testing::Pointwise(testing::DoubleNear(1e-12), c.offsets))
-        << c.name;
+  for (const auto& [name, cubic, offsets] : cases) {
+    EXPECT_THAT(used(TQBezierSegmentInflectionOffsets(cubic)),
+                testing::Pointwise(testing::DoubleNear(1e-12), offsets))
+        << name;
   }
 }
 
@@ -252,12 +246,7 @@ TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
 TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
   const auto arch = TQBezierSegment::cubic({0.1, 0}, {0.7, 4}, {4, 4}, {4.3, 0});
   const auto flat = TQBezierSegment::straight({0, 2}, {5, 2});
-  const struct {
-    const char* name;
-    TQBezierSegment segment;
-    double y;
-    std::vector<double> offsets;
-  } cases[] = {
+  const Rows<const char*, TQBezierSegment, double, std::vector<double>> cases{
       {"both ends", arch, 0, {0, 1}},
       {"touch in the middle", arch, 3, {0.5}},
       {"in the line", flat, 2, {}},
@@ -267,9 +256,8 @@ TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
       {"again", TQBezierSegment::cubic({0, 91}, {1, 101}, {2, 100}, {3, 100}), 100, {0.75, 1}},
       {"level but for a bit", TQBezierSegment::quadratic({0, 2}, {1, 2 + 4e-16}, {2, 1}), 2, {0}},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(used(TQBezierSegmentIntersectionsWithHorizontalLine(c.segment, c.y)), c.offsets)
-        << c.name;
+  for (const auto& [name, segment, y, offsets] : cases) {
+    EXPECT_EQ(used(TQBezierSegmentIntersectionsWithHorizontalLine(segment, y)), offsets) << name;
   }
   EXPECT_EQ(TQBezierSegmentIntersectionsWithHorizontalLine(arch, 2.9999999).count, 2);
   EXPECT_EQ(used(TQBezierSegmentIntersectionsWithVerticalLine(arch, 0.1)), std::vector<double>{0});

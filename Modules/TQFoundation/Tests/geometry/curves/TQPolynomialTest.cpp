@@ -18,11 +18,8 @@ using namespace test;
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
-  const struct {
-    const char* name;
-    TQPolynomial p;
-    std::vector<double> roots;  // in the order of the formulas
-  } cases[] = {
+  // in the order of the formulas
+  const Rows<const char*, TQPolynomial, std::vector<double>> cases{
       {"cubic, three: smallest, largest, middle", {1, -6, 11, -6}, {1, 3, 2}},
       {"cubic, simple then double", {1, -4, 5, -2}, {2, 1}},
       {"quadratic, larger first", {0, 1, -3, 2}, {2, 1}},
@@ -31,11 +28,11 @@ TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
       {"linear", {0, 0, 2, -4}, {2}},
       {"constant", {0, 0, 0, 5}, {}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const TQPolynomialRoots found = TQPolynomialFindRoots(c.p);
-    EXPECT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1e-12), c.roots));
-    for (std::size_t i = c.roots.size(); i < 3; ++i) EXPECT_EQ(found.roots[i], 0);
+  for (const auto& [name, p, roots] : cases) {
+    SCOPED_TRACE(name);
+    const TQPolynomialRoots found = TQPolynomialFindRoots(p);
+    EXPECT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1e-12), roots));
+    for (std::size_t i = roots.size(); i < 3; ++i) EXPECT_EQ(found.roots[i], 0);
   }
 }
 
@@ -91,15 +88,13 @@ TEST(PolynomialRoots, FiltersExcludeTheirShiftedBoundsAndKeepTheThreshold) {
 TEST(PolynomialRoots, SortAndSetTakeTheUsedOnesOnly) {
   EXPECT_EQ(TQPolynomialRootsSort({{3, 2, 1}, 2}), (TQPolynomialRoots{{2, 3, 1}, 2}));
   EXPECT_EQ(TQPolynomialRootsSort({{3, 2, 1}, 7}), (TQPolynomialRoots{{3, 2, 1}, 7}));
-  const struct {
-    TQPolynomialRoots roots;
-    std::vector<double> members;
-  } cases[] = {{{{2, 1, 2}, 3}, {2, 1}}, {{{kNaN, kNaN, 1}, 2}, {kNaN}}, {{{0.0, -0.0, 1}, 2}, {0}},
-               {{{1, 2, 3}, 0}, {}},     {{{1, 2, 3}, 4}, {}},           {{{1, 2, 3}, -1}, {}}};
-  for (const auto& c : cases) {
-    const Ref<Set> set = TQPolynomialRootsMakeSet(c.roots);
-    EXPECT_EQ(set->count(), c.members.size());
-    for (const double member : c.members) {
+  const Rows<TQPolynomialRoots, std::vector<double>> cases{
+      {{{2, 1, 2}, 3}, {2, 1}}, {{{kNaN, kNaN, 1}, 2}, {kNaN}}, {{{0.0, -0.0, 1}, 2}, {0}},
+      {{{1, 2, 3}, 0}, {}},     {{{1, 2, 3}, 4}, {}},           {{{1, 2, 3}, -1}, {}}};
+  for (const auto& [roots, members] : cases) {
+    const Ref<Set> set = TQPolynomialRootsMakeSet(roots);
+    EXPECT_EQ(set->count(), members.size());
+    for (const double member : members) {
       EXPECT_TRUE(set->containsObject(*Number::numberWith(member)));
     }
   }

@@ -60,34 +60,25 @@ TEST(Line, AnglesStayInRange) {
 TEST(Line, SegmentsMeetWithBothEndsIncluded) {
   EXPECT_EQ(TQLineIntersection({1, 1, 0}, {2, 2, 5}), TQLineNoIntersection);
   EXPECT_EQ(TQLineNoIntersection.x, 1.7976931348623157e+308);
-  const struct {
-    const char* name;
-    TQLineSegment s1, s2;
-    Point expected;
-  } cases[] = {
+  const Rows<const char*, TQLineSegment, TQLineSegment, Point> cases{
       {"crossing", between({0, 0}, {4, 4}), between({0, 4}, {4, 0}), {2, 2}},
       {"end on the other", between({1, 0}, {1, 3}), between({0, 0}, {2, 0}), {1, 0}},
       {"short of it", between({0, 0}, {1.999, 0}), between({2, -1}, {2, 1}), TQLineNoIntersection},
       {"overlapping", between({0, 0}, {2, 2}), between({1, 1}, {3, 3}), TQLineNoIntersection},
       {"a point", between({2, 2}, {2, 2}), between({0, 0}, {4, 4}), TQLineNoIntersection},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(TQLineSegmentIntersection(c.s1, c.s2), c.expected);
-    EXPECT_EQ(TQLineSegmentIntersection(c.s2, c.s1), c.expected);
-    EXPECT_EQ(c.s1.intersection(c.s2).has_value(), c.expected != TQLineNoIntersection);
+  for (const auto& [name, s1, s2, expected] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(TQLineSegmentIntersection(s1, s2), expected);
+    EXPECT_EQ(TQLineSegmentIntersection(s2, s1), expected);
+    EXPECT_EQ(s1.intersection(s2).has_value(), expected != TQLineNoIntersection);
   }
   EXPECT_EQ(TQLineIntersectionWithSegment({0, 1, 5}, between({0, 0}, {4, 4})),
             TQLineNoIntersection);
 }
 
 TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
-  const struct {
-    const char* name;
-    TQLine line;
-    bool meets;
-    TQLineSegment inRect;
-  } cases[] = {
+  const Rows<const char*, TQLine, bool, TQLineSegment> cases{
       {"horizontal", {0, 2, 6}, true, {{0, 3}, {10, 0}}},
       {"falling, leaves the rect", {1, 1, 5}, true, {{5, 0}, {5, -5}}},
       {"steep", {2, -1, 5}, true, {{2.5, 0}, {5, 10}}},
@@ -95,12 +86,12 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
       {"beside", {1, 1, -5}, false, {{0, -5}, {10, -10}}},
       {"above", {0, 1, 10.5}, false, {{0, 10.5}, {10, 0}}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(TQLineIntersectsRect(c.line, kRect), c.meets);
-    EXPECT_EQ(TQLineIntersectsRect(c.line, {10, 10, -10, -10}), c.meets);
-    EXPECT_EQ(TQLineSegmentInRect(c.line, kRect), c.inRect);
-    EXPECT_EQ(c.line.clipped(kRect).has_value(), c.meets);
+  for (const auto& [name, line, meets, inRect] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(TQLineIntersectsRect(line, kRect), meets);
+    EXPECT_EQ(TQLineIntersectsRect(line, {10, 10, -10, -10}), meets);
+    EXPECT_EQ(TQLineSegmentInRect(line, kRect), inRect);
+    EXPECT_EQ(line.clipped(kRect).has_value(), meets);
   }
   EXPECT_TRUE(std::isnan(TQLineSegmentInRect({0, 0, 1}, kRect).start.y));
   EXPECT_FALSE(TQLine({1, -1, 0}).clipped(RectNull).has_value());
@@ -135,12 +126,7 @@ TEST(LineSegment, IntersectsARectWhenAPointOfItIsInside) {
 }
 
 TEST(LineSegment, TouchesAndDegenerateOnesFollowTheClosedRect) {
-  const struct {
-    const char* name;
-    TQLineSegment segment;
-    Rect rect;
-    bool meets;
-  } cases[] = {
+  const Rows<const char*, TQLineSegment, Rect, bool> cases{
       {"ends on an edge", between({-5, 5}, {0, 5}), kRect, true},
       {"grazes a corner", between({-1, 1}, {1, -1}), kRect, true},
       {"along an edge", between({-5, 10}, {15, 10}), kRect, true},
@@ -151,8 +137,8 @@ TEST(LineSegment, TouchesAndDegenerateOnesFollowTheClosedRect) {
       {"NaN delta", {{5, 5}, {kNaN, 1}}, kRect, false},
       {"infinite delta", {{5, 5}, {kInf, 0}}, kRect, true},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(TQLineSegmentIntersectsRect(c.segment, c.rect), c.meets) << c.name;
+  for (const auto& [name, segment, rect, meets] : cases) {
+    EXPECT_EQ(TQLineSegmentIntersectsRect(segment, rect), meets) << name;
   }
 }
 
@@ -200,10 +186,7 @@ TEST(Line, PointsAreFoundByDistanceAndBySide) {
 }
 
 TEST(Line, DescriptionIsAnEquation) {
-  const struct {
-    TQLine line;
-    const char* text;
-  } cases[] = {
+  const Rows<TQLine, const char*> cases{
       {{0, -1, 3}, "-1y = 3"},
       {{1, 0, -0.0}, "x = -0"},
       {{1, 1, 0.56}, "x + y = 0.5600000000000001"},
@@ -212,7 +195,7 @@ TEST(Line, DescriptionIsAnEquation) {
       {{2, -0.5, 1}, "2x - 0.5y = 1"},
       {{kNaN, kNaN, 0}, "nanx + nany = 0"},
   };
-  for (const auto& c : cases) EXPECT_EQ(TQLineDescription(c.line), c.text);
+  for (const auto& [line, text] : cases) EXPECT_EQ(TQLineDescription(line), text);
   EXPECT_EQ(between({1, 2}, {3, 5}).debugDescription(), "{1, 2} -> {3, 5}");
 }
 

@@ -1,10 +1,7 @@
-#include <TQFoundation/geometry/rects/TQRectAxis.h>
-
 #include <climits>
 #include <string>
 
-#include <TQFoundation/geometry/rects/TQAxis.h>
-#include <TQFoundation/geometry/rects/TQCorner.h>
+#include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 
 #include "geometry/Expectations.h"
 
@@ -44,26 +41,24 @@ TEST(Corner, EnumerationLeavesOutTheCentreAndStopsAtTheAnswer) {
 TEST(RectAxis, ReadsAndMovesEitherSignOfExtent) {
   for (const Rect& rect : {Rect{10, 200, 30, 60}, Rect{40, 260, -30, -60}}) {
     SCOPED_TRACE(rect.size.width);
-    const struct {
-      Axis axis;
-      double min, mid, max, size;
-    } cases[] = {{kX, 10, 25, 40, 30}, {kY, 200, 230, 260, 60}, {kOther, 200, 230, 260, 60}};
-    for (const auto& c : cases) {
-      SCOPED_TRACE(static_cast<int>(c.axis));
-      EXPECT_EQ(TQRectMinForAxis(c.axis, rect), c.min);
-      EXPECT_EQ(TQRectMidForAxis(c.axis, rect), c.mid);
-      EXPECT_EQ(TQRectMaxForAxis(c.axis, rect), c.max);
-      EXPECT_EQ(TQRectSizeForAxis(c.axis, rect), c.size);
-      EXPECT_EQ(TQRectRangeForAxis(c.axis, rect).length, c.size);
+    const Rows<Axis, double, double, double, double> cases{
+        {kX, 10, 25, 40, 30}, {kY, 200, 230, 260, 60}, {kOther, 200, 230, 260, 60}};
+    for (const auto& [axis, min, mid, max, size] : cases) {
+      SCOPED_TRACE(static_cast<int>(axis));
+      EXPECT_EQ(TQRectMinForAxis(axis, rect), min);
+      EXPECT_EQ(TQRectMidForAxis(axis, rect), mid);
+      EXPECT_EQ(TQRectMaxForAxis(axis, rect), max);
+      EXPECT_EQ(TQRectSizeForAxis(axis, rect), size);
+      EXPECT_EQ(TQRectRangeForAxis(axis, rect).length, size);
 
-      const Rect byMin = TQRectWithMinForAxis(c.axis, -7, rect);
-      const Rect byMid = TQRectWithMidForAxis(c.axis, -7, rect);
-      const Rect byMax = TQRectWithMaxForAxis(c.axis, -7, rect);
-      EXPECT_EQ(TQRectMinForAxis(c.axis, byMin), -7);
-      EXPECT_EQ(TQRectMidForAxis(c.axis, byMid), -7);
-      EXPECT_EQ(TQRectMaxForAxis(c.axis, byMax), -7);
+      const Rect byMin = TQRectWithMinForAxis(axis, -7, rect);
+      const Rect byMid = TQRectWithMidForAxis(axis, -7, rect);
+      const Rect byMax = TQRectWithMaxForAxis(axis, -7, rect);
+      EXPECT_EQ(TQRectMinForAxis(axis, byMin), -7);
+      EXPECT_EQ(TQRectMidForAxis(axis, byMid), -7);
+      EXPECT_EQ(TQRectMaxForAxis(axis, byMax), -7);
       for (const Rect& moved : {byMin, byMid, byMax}) EXPECT_EQ(moved.size, rect.size);
-      const Axis across = c.axis == kX ? kY : kX;
+      const Axis across = axis == kX ? kY : kX;
       EXPECT_EQ(TQRectMinForAxis(across, byMin), TQRectMinForAxis(across, rect));
     }
   }
@@ -80,20 +75,13 @@ TEST(RectAxis, ValuesInOrderReadTheRawOriginAndTheMaximum) {
 
 TEST(RectAxis, ValueForKeyKnowsSixNames) {
   const Rect rect{40, 260, -30, -60};
-  const struct {
-    const char* key;
-    double value;
-  } cases[] = {{"minX", 10},  {"midX", 25},  {"maxX", 40}, {"minY", 200},
-               {"midY", 230}, {"maxY", 260}, {"MinX", 0},  {"", 0}};
-  for (const auto& c : cases) EXPECT_EQ(TQRectValueForKey(rect, c.key), c.value) << c.key;
+  const Rows<const char*, double> cases{{"minX", 10},  {"midX", 25},  {"maxX", 40}, {"minY", 200},
+                                        {"midY", 230}, {"maxY", 260}, {"MinX", 0},  {"", 0}};
+  for (const auto& [key, value] : cases) EXPECT_EQ(TQRectValueForKey(rect, key), value) << key;
 }
 
 TEST(RectAxis, OverlapAbuttingAndContainmentOnOneAxis) {
-  const struct {
-    const char* name;
-    double aOrigin, aLength, bOrigin, bLength;
-    bool intersects, abutsOrIntersects, contains;
-  } cases[] = {
+  const Rows<const char*, double, double, double, double, bool, bool, bool> cases{
       {"inside", 0, 10, 2, 3, true, true, true},
       {"around", 2, 3, 0, 10, true, true, false},
       {"touching", 0, 10, 10, 5, false, true, false},
@@ -104,16 +92,81 @@ TEST(RectAxis, OverlapAbuttingAndContainmentOnOneAxis) {
       {"negative length counts as written", 10, -10, 2, 3, false, false, true},
       {"NaN origin leaves the second length", 0, 10, kNaN, 3, true, true, false},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Rect xa{c.aOrigin, 100, c.aLength, 1}, xb{c.bOrigin, -100, c.bLength, 1};
-    const Rect ya{100, c.aOrigin, 1, c.aLength}, yb{-100, c.bOrigin, 1, c.bLength};
-    EXPECT_EQ(TQRectIntersectsRectOnAxis(kX, xa, xb), c.intersects);
-    EXPECT_EQ(TQRectIntersectsRectOnAxis(kOther, ya, yb), c.intersects);
-    EXPECT_EQ(TQRectIntersectsOrAbutsRectOnAxis(kX, xa, xb), c.abutsOrIntersects);
-    EXPECT_EQ(TQRectContainsRectOnAxis(kX, xa, xb), c.contains);
+  for (const auto& [name, aOrigin, aLength, bOrigin, bLength, intersects, abutsOrIntersects,
+                    contains] : cases) {
+    SCOPED_TRACE(name);
+    const Rect xa{aOrigin, 100, aLength, 1}, xb{bOrigin, -100, bLength, 1};
+    const Rect ya{100, aOrigin, 1, aLength}, yb{-100, bOrigin, 1, bLength};
+    EXPECT_EQ(TQRectIntersectsRectOnAxis(kX, xa, xb), intersects);
+    EXPECT_EQ(TQRectIntersectsRectOnAxis(kOther, ya, yb), intersects);
+    EXPECT_EQ(TQRectIntersectsOrAbutsRectOnAxis(kX, xa, xb), abutsOrIntersects);
+    EXPECT_EQ(TQRectContainsRectOnAxis(kX, xa, xb), contains);
     EXPECT_FALSE(TQRectContainsRectOnAxis(kOther, ya, yb));
   }
+}
+
+constexpr auto kUnknown = static_cast<TQCorner>(9);
+
+TEST(RectCorners, TableOfPointsAndResizing) {
+  const Rect rect{10, 20, 30, 40};
+  const Point to{15, 50};
+  const Rows<int, Point, Rect> cases{
+      {0, {10, 20}, {15, 50, 25, 10}}, {1, {40, 20}, {10, 50, 5, 10}},
+      {2, {10, 60}, {15, 20, 25, 30}}, {3, {40, 60}, {10, 20, 5, 30}},
+      {4, {25, 20}, {10, 50, 30, 10}}, {5, {10, 40}, {15, 20, 25, 40}},
+      {6, {40, 40}, {10, 20, 5, 40}},  {7, {25, 60}, {10, 20, 30, 30}},
+      {8, {25, 40}, {10, 20, 30, 40}}, {9, {0, 0}, {10, 20, 30, 40}},
+      {-1, {0, 0}, {10, 20, 30, 40}},
+  };
+  for (const auto& [number, at, resized] : cases) {
+    SCOPED_TRACE(number);
+    const auto corner = static_cast<TQCorner>(number);
+    EXPECT_EQ(TQRectPointForCorner(rect, corner), at);
+    EXPECT_EQ(TQRectPointForCorner({40, 60, -30, -40}, corner), at);
+    expectFields(TQRectResizeByPuttingCorner(to, rect, corner), resized);
+  }
+  // Past the opposite side the extent turns negative; raw and standardised reads mix as documented.
+  expectFields(TQRectResizeByPuttingCorner({50, 0}, rect, TQCorner::minXMinY), {50, 0, -10, 60});
+  expectFields(TQRectResizeByPuttingCorner({50, 0}, {40, 0, -30, 10}, TQCorner::maxXMidY),
+               {40, 0, 10, 10});
+}
+
+TEST(RectCorners, MiddlesOfEdges) {
+  const Rect rect{40, 60, -30, -40};
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::minX), (Point{10, 40}));
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::minY), (Point{25, 20}));
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::maxX), (Point{40, 40}));
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, Edge::maxY), (Point{25, 60}));
+  EXPECT_EQ(TQRectGetMidOfEdge(rect, static_cast<Edge>(4)), (Point{0, 0}));
+}
+
+TEST(RectCorners, TheFirstWithinReachWinsNotTheNearest) {
+  const Rect rect{0, 0, 10, 10};
+  const Rows<const char*, Point, double, TQCornerMask, int> cases{
+      {"first though farther", {9, 0}, 20, TQCornerMaskOutline, 0},
+      {"reach is exclusive", {3, 4}, 5, 1, -1},
+      {"the centre is never tried", {5, 5}, 1, 256 | TQCornerMaskOutline, -1},
+      {"the last on the outline", {5, 10}, 1, TQCornerMaskOutline, 7},
+      {"NaN", {kNaN, 0}, 100, TQCornerMaskOutline, -1},
+      {"squares would overflow", {1e200, 0}, 1e201, TQCornerMaskOutline, 0},
+  };
+  for (const auto& [name, point, reach, mask, expected] : cases) {
+    SCOPED_TRACE(name);
+    const TQCorner corner = TQRectClosestCornerForPoint(point, reach, mask, rect);
+    EXPECT_EQ(static_cast<int>(corner), expected);
+  }
+}
+
+TEST(RectCorners, APlacedRectHasItsCornerThere) {
+  for (const Size size : {Size{4, 6}, {-4, 6}, {-4, -6}, {0, 0}}) {
+    for (int i = 0; i <= 8; ++i) {
+      const Rect rect = TQRectWithCornerAtPoint(size, {100, 50}, static_cast<TQCorner>(i));
+      EXPECT_EQ(TQRectPointForCorner(rect, static_cast<TQCorner>(i)), (Point{100, 50})) << i;
+      EXPECT_EQ(rect.size, (Size{std::fabs(size.width), std::fabs(size.height)}));
+    }
+  }
+  expectFields(TQRectWithCornerAtPoint({4, 6}, {1, 2}, kUnknown), RectNull);
+  expectFields(TQRectWithCornerAtPoint({2, 3}, {kInf, 0}, TQCorner::minXMinY), RectNull);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
-#include <TQFoundation/geometry/rects/TQRectConstruction.h>
-
 #include <utility>
+
+#include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
+#include <TQFoundation/geometry/values/AspectRatio.h>
 
 #include "geometry/Expectations.h"
 
@@ -43,6 +44,145 @@ TEST(RectConstruction, MidsMoveAndEdgesResize) {
   expectFields(TQRectResizeMinYTo(30, rect), {10, 30, 4, -4});
   expectFields(TQRectResizeMaxYTo(21, rect), {10, 20, 4, 1});
   expectFields(TQRectResizeMaxXTo(16, {14, 26, -4, -6}), {10, 26, 6, -6});
+}
+
+TEST(RectMoving, IntoAContainerTheMinimumSideWins) {
+  const Rect container{0, 0, 100, 50};
+  const Rows<const char*, Rect, Rect> cases{
+      {"beyond both maxima", {95, 45, 20, 20}, {80, 30, 20, 20}},
+      {"before both minima", {-5, -7, 20, 20}, {0, 0, 20, 20}},
+      {"wider than the container", {30, 10, 120, 20}, {0, 10, 120, 20}},
+      {"negative extents count by magnitude", {120, 60, -10, -10}, {90, 40, -10, -10}},
+  };
+  for (const auto& [name, rect, moved] : cases) {
+    SCOPED_TRACE(name);
+    expectFields(TQRectMoveIntoRect(rect, container), moved);
+  }
+  // The container's minimum is its raw origin.
+  expectFields(TQRectMoveIntoRect({10, 0, 5, 5}, {40, 0, -40, 10}), {40, 0, 5, 5});
+}
+
+TEST(RectMoving, TheMiddleIsKeptInside) {
+  const Rect container{100, 50, -100, -50};  // standardised: 0, 0, 100, 50
+  expectFields(TQRectByEnsuringMidIsContainedInRect({-30, 60, 20, 10}, container),
+               {-10, 45, 20, 10});
+  expectFields(TQRectByEnsuringMidIsContainedInRect({95, -30, 20, 10}, container),
+               {90, -5, 20, 10});
+  const Rect negative = TQRectByEnsuringMidIsContainedInRect({-30, 0, -20, 10}, container);
+  EXPECT_EQ(TQRectGetMid(negative).x, 0);
+}
+
+TEST(RectMoving, PaddingsArePositiveInside) {
+  const TQEdgePaddings paddings = TQEdgePaddingsMakeWithRects({12, 5, -10, 5}, {0, 0, 20, 30});
+  EXPECT_TRUE(TQEdgePaddingsEqualToEdgePaddings(paddings, {20, 2, 5, 8}));
+  for (int i = 0; i < 4; ++i) {
+    double fields[4] = {20, 2, 5, 8};
+    fields[i] += 1;
+    EXPECT_FALSE(
+        TQEdgePaddingsEqualToEdgePaddings(paddings, {fields[0], fields[1], fields[2], fields[3]}));
+  }
+}
+
+TEST(RectFitting, FitsAndFillsWithTheDocumentedZeroCases) {
+  const Rect square{0, 0, 200, 200}, offset{10, 20, 40, 60};
+  const Rows<const char*, Size, Rect, Rect, Rect> cases{
+      {"wide", {100, 50}, square, {0, 50, 200, 100}, {-100, 0, 400, 200}},
+      {"off the origin", {2, 1}, offset, {10, 40, 40, 20}, {-30, 20, 120, 60}},
+      {"high", {50, 100}, square, {50, 0, 100, 200}, {0, -100, 200, 400}},
+      {"no width", {0, 5}, offset, {30, 20, 0, 60}, {kNaN, -kInf, kNaN, kInf}},
+      {"no size", {0, 0}, offset, {30, 20, 0, 60}, {kNaN, -kInf, kNaN, kInf}},
+      {"rect without width", {5, 5}, {10, 20, 0, 60}, {10, 50, 0, 0}, {kNaN, kNaN, kNaN, kNaN}},
+      {"rect without either", {5, 5}, {10, 20, 0, 0}, {10, 20, 0, 0}, {10, 20, 0, 0}},
+  };
+  for (const auto& [name, size, rect, fitted, filled] : cases) {
+    SCOPED_TRACE(name);
+    expectFields(TQRectWithSizeProportionallyInRect(size, rect), fitted);
+    expectFields(TQRectWithSizeProportionallyAroundRect(size, rect), filled);
+    if (!AspectRatio::ofSize(size).isValid()) continue;
+    expectFields(AspectRatio::ofSize(size).fitted(rect), fitted);
+    expectFields(AspectRatio::ofSize(size).filled(rect), filled);
+  }
+}
+
+TEST(RectFitting, ProportionsFollowOneExtent) {
+  const Rect rect{1, 2, 40, 10};
+  expectFields(TQRectWithWidthRespectingProportions(20, rect), {1, 2, 20, 5});
+  expectFields(TQRectWithHeightRespectingProportions(20, rect), {1, 2, 80, 20});
+  expectFields(TQRectWithWidthRespectingProportions(20, {1, 2, 0, 10}), {1, 2, 20, 10});
+  expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::horizontal, 30, 1.5, rect), {1, 2, 30, 20});
+  expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::vertical, 30, 1.5, rect), {1, 2, 45, 30});
+}
+
+TEST(RectFitting, ScalesAndExpands) {
+  expectFields(TQRectScale({1, -2, -3, 4}, 2), {2, -4, -6, 8});
+  expectFields(TQRectExpand({10, 10, -4, 6}, 1), {5, 9, 6, 8});
+  expectFields(TQRectExpand({0, 0, 10, 4}, -3), {3, 2, 4, 0});  // y stops at its middle
+  expectFields(TQRectExpand(RectNull, 5), RectNull);
+}
+
+TEST(RectFitting, AbsoluteUndoesRelative) {
+  const Rect reference{110, 20, -100, 50};
+  expectFields(TQRectRelative({10, 20, 100, 50}, reference), {0, 0, 1, 1});
+  expectFields(TQRectAbsolute({0.5, 1, 0.25, -1}, reference), {60, 70, 25, -50});
+  expectFields(TQRectFromCoordinateSpaceRectToRect({2, 4, 2, -4}, {0, 0, 8, 8}, {100, 0, 80, 16}),
+               {120, 8, 20, -8});
+  EXPECT_TRUE(std::isnan(TQRectRelative({1, 1, 0, 1}, {1, 1, 0, 1}).size.width));
+  expectFields(TQRectAbsolute(RectNull, reference), RectNull);
+  expectFields(TQRectRelative(RectNull, reference), RectNull);
+}
+
+using C = TQRectConstraints;
+
+TEST(RectConstraints, PinnedPartsStayAndFlexibleOnesShare) {
+  // In an area of 100: 20 before, 50 wide, 30 behind. It becomes 200, then 60.
+  const Rows<const char*, unsigned, double, double, double, double, double> cases{
+      {"nothing", 0, 40, 100, 12, 30, 0},
+      {"min", 1, 20, 112.5, 20, 25, 20},
+      {"size", 2, 60, 50, 4, 50, 50},
+      {"min, size", 3, 20, 50, 20, 50, 70},
+      {"max", 4, 170 - 170 * 50.0 / 70, 170 * 50.0 / 70, 30 - 30 * 50.0 / 70, 30 * 50.0 / 70, 30},
+      {"min, max", 5, 20, 150, 20, 10, 50},
+      {"size, max", 6, 120, 50, -20, 50, 80},
+      {"all, and unknown bits", 7 | 1U << 20, 20, 50, 20, 50, 100},
+  };
+  for (const auto& [name, pinned, originAt200, extentAt200, originAt60, extentAt60, minimum] :
+       cases) {
+    SCOPED_TRACE(name);
+    const Rect rect{20, 70, 50, -50};  // the same on both axes once standardised
+    const auto constraints = static_cast<C>(pinned | pinned << 3);
+    const auto scaled = [&](double side) {
+      return TQRectScaledRelativeToSizeWithConstraints(rect, {100, 100}, {side, side}, constraints);
+    };
+    const Rect large = scaled(200), small = scaled(60);
+    EXPECT_DOUBLE_EQ(large.origin.x, originAt200);
+    EXPECT_DOUBLE_EQ(large.size.width, extentAt200);
+    EXPECT_NEAR(small.origin.x, originAt60, 1e-14);
+    EXPECT_DOUBLE_EQ(small.size.width, extentAt60);
+    for (const Rect& r : {large, small}) {
+      EXPECT_EQ(r.origin.x, r.origin.y);
+      EXPECT_EQ(r.size.width, r.size.height);
+    }
+    const Size least = TQMinumumSizeForRectWithConstraints(rect, {100, 100}, constraints);
+    EXPECT_EQ(least, (Size{minimum, minimum}));
+  }
+}
+
+TEST(RectConstraints, AxesAreApartDegenerateAreasShareEquallyAndExtentsStopAtZero) {
+  const auto x = [](const Rect& rect, double from, double to, C pinned) {
+    return TQRectScaledRelativeToSizeWithConstraints(rect, {from, 1}, {to, 1}, pinned);
+  };
+  const auto apart = C::minX | C::width | C::maxY | C::height;
+  expectFields(
+      TQRectScaledRelativeToSizeWithConstraints({10, 10, 10, 10}, {40, 40}, {80, 80}, apart),
+      {10, 50, 10, 10});
+  expectFields(x({0, 0, 0, 1}, 0, 30, C::none), {10, 0, 10, 1});     // thirds of nothing
+  expectFields(x({0, 0, 50, 1}, 50, 90, C::width), {20, 0, 50, 1});  // no distances to scale
+  expectFields(x({20, 0, 50, 1}, 100, 10, C::maxX), {-20, 0, 0, 1});
+  EXPECT_EQ(TQMinumumSizeForRectWithConstraints({-30, 0, 20, 1}, {100, 1}, C::minX | C::width),
+            (Size{0, 0}));
+  expectFields(x(RectNull, 10, 20, C::none), RectNull);
+  EXPECT_EQ(TQMinumumSizeForRectWithConstraints(RectNull, {1, 1}, C::width), (Size{}));
+  EXPECT_TRUE(std::isnan(x({20, 0, 50, 1}, kNaN, 10, C::none).size.width));
 }
 
 }  // namespace

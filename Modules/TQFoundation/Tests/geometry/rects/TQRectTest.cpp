@@ -1,6 +1,8 @@
-#include <TQFoundation/geometry/rects/TQRect.h>
+#include <bit>
+#include <cstdint>
 
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
+#include <TQFoundation/geometry/rects/TQRect.h>
 
 #include "geometry/Expectations.h"
 #include "support/CapturedLog.h"
@@ -51,6 +53,108 @@ TEST(RectObject, TextHasSixDecimalsWhateverTheNumber) {
   EXPECT_EQ(lines[0], "x:1.000000 y:2.000000 w:nan h:inf");
   EXPECT_EQ(lines[1], "w:0.100000 h:-2.000000");
   EXPECT_EQ(lines[2].size(), 2 + 1 + 309 + 7 + 1 + 10U);  // all 309 digits of the largest double
+}
+
+double stepsAbove(double value, std::uint64_t steps) {
+  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) + steps);
+}
+
+// The rect of four components of which one is `value` and the others are 1.
+Rect with(int component, double value) {
+  double c[4] = {1, 1, 1, 1};
+  c[component] = value;
+  return {c[0], c[1], c[2], c[3]};
+}
+
+TEST(RectEquality, TolerancesAreInclusiveExclusiveOrInLastPlaces) {
+  const Rows<const char*, double, double, bool, bool, bool> cases{
+      {"255 steps", 1, stepsAbove(1, 255), true, true, true},
+      {"256 steps", 1, stepsAbove(1, 256), true, false, true},
+      {"255 steps below zero", -stepsAbove(1, 255), -1, true, true, true},
+      {"zeros of both signs", 0.0, -0.0, true, true, true},
+      {"denormals of both signs", kTiny, -kTiny, true, false, true},
+      {"just the accuracy", 0.25, 0, true, false, false},
+      {"beyond it", 0.26, 0, false, false, false},
+      {"NaN never makes unequal, but for a thousandth", kNaN, 1, true, true, false},
+      {"largest and infinite are neighbours", std::numeric_limits<double>::max(), kInf, false, true,
+       false},
+      {"infinities of both signs", kInf, -kInf, false, false, false},
+  };
+  for (const auto& [name, a, b, within, approximately, fuzzily] : cases) {
+    SCOPED_TRACE(name);
+    for (int i = 0; i < 4; ++i) {
+      const Rect one = with(i, a), other = with(i, b);
+      EXPECT_EQ(TQRectEqualToRectWithAccuracy(one, other, 0.25), within);
+      EXPECT_EQ(TQRectApproximatelyEqual(one, other), approximately);
+      EXPECT_EQ(TQRectApproximatelyEqual(other, one), approximately);
+      EXPECT_EQ(TQRectFuzzyEqualToRect(one, other), fuzzily);
+    }
+    EXPECT_EQ(TQPointEqualToPointWithAccuracy({0, a}, {0, b}, 0.25), within);
+    EXPECT_EQ(TQSizeEqualToSizeWithAccuracy({a, 0}, {b, 0}, 0.25), within);
+    EXPECT_EQ(TQPointApproximatelyEqual({a, 0}, {b, 0}), approximately);
+    EXPECT_EQ(TQSizeApproximatelyEqual({0, a}, {0, b}), approximately);
+  }
+}
+
+TEST(RectEquality, FieldsAreRaw) {
+  EXPECT_FALSE(TQRectFuzzyEqualToRect({0, 0, 5, 5}, {5, 5, -5, -5}));
+}
+
+int compare(const Rect& a, const Rect& b) { return TQRectFuzzyCompareWithOptions(0, a, b); }
+
+TEST(RectOrder, ComparesRawOriginsOnAnAxis) {
+  const Rect a{5, 1, -4, 0}, b{3, 1, 0, 9};
+  EXPECT_EQ(TQRectCompare(Axis::horizontal, a, b), 1);
+  EXPECT_EQ(TQRectCompare(Axis::vertical, a, b), 0);
+  EXPECT_EQ(TQRectCompare(static_cast<Axis>(5), a, {0, 2, 0, 0}), -1);
+  EXPECT_EQ(TQRectCompare(Axis::horizontal, a, {kNaN, 0, 0, 0}), 0);
+}
+
+TEST(RectOrder, ReadingOrderStepByStep) {
+  const Rows<const char*, Rect, Rect, int, int> cases{
+      {"a fifth of the height is no common row", {50, 0, 10, 10}, {0, 8, 10, 10}, -1, 1},
+      {"a quarter is one", {50, 0, 10, 8}, {0, 6, 10, 8}, 1, -1},
+      {"one row, side by side", {0, 1, 10, 10}, {20, 0, 10, 10}, -1, 1},
+      {"over half the height: x first", {0, 4, 10, 10}, {1, 0, 10, 10}, -1, 1},
+      {"then the maximum of x", {0, 4, 9, 10}, {0, 0, 10, 10}, -1, 1},
+      {"then y", {0, 4, 10, 10}, {0, 0, 10, 10}, 1, -1},
+      {"little height in common, much width: y first", {1, 0, 10, 10}, {0, 7, 10, 10}, -1, 1},
+      {"little of both: x first", {0, 7, 10, 10}, {8, 0, 10, 10}, -1, 1},
+      {"identical, no height", {0, 0, 5, 0}, {0, 0, 5, 0}, -1, -1},
+      {"identical, no width", {0, 0, 0, 5}, {0, 0, 0, 5}, 1, 1},
+      {"negative extents", {15, 10, -10, -10}, {20, 0, 10, 10}, -1, 1},
+      {"NaN", {kNaN, 0, 1, 1}, {0, 0, 1, 1}, 0, 0},
+  };
+  for (const auto& [name, a, b, ab, ba] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(compare(a, b), ab);
+    EXPECT_EQ(compare(b, a), ba);
+    EXPECT_EQ(TQRectFuzzyCompareWithOptions(~0U, a, b), ab);
+  }
+}
+
+// The eight ways to read a grid of separate cells, told by row and column.
+TEST(RectOrder, OptionsReadAGridFromEachCornerByRowsOrColumns) {
+  const struct {
+    int columnSign, rowSign;
+    bool byColumns;
+  } ways[] = {{1, 1, false},  {-1, 1, false},  {1, 1, true},  {-1, 1, true},
+              {1, -1, false}, {-1, -1, false}, {1, -1, true}, {-1, -1, true}};
+  for (unsigned option = 0; option < 8; ++option) {
+    SCOPED_TRACE(option);
+    const auto& way = ways[option];
+    for (int i = 0; i < 16; ++i) {
+      for (int j = 0; j < 16; ++j) {
+        if (i == j) continue;
+        const Rect a{i % 4 * 10.0, i / 4 * 10.0, 8, 8}, b{j % 4 * 10.0, j / 4 * 10.0, 8, 8};
+        const int columns = (i % 4 - j % 4) * way.columnSign, rows = (i / 4 - j / 4) * way.rowSign;
+        const int first = way.byColumns ? columns : rows, second = way.byColumns ? rows : columns;
+        const int expected = first != 0 ? first : second;
+        EXPECT_EQ(TQRectFuzzyCompareWithOptions(option, a, b), expected < 0 ? -1 : 1)
+            << i << ", " << j;
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -34,10 +34,7 @@ TEST(Rounder, RoundsHalvesAwayFromZeroLikeTheLibraryRound) {
 }
 
 TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
-  const struct {
-    const char* name;
-    double increment, value, base, minimum, expected;
-  } cases[] = {
+  const Rows<const char*, double, double, double, double, double> cases{
       {"whole", 1, 2.5, 0, 0, 3},
       {"minus seven", 2, -7, 0, 0, -8},
       {"half", 0.5, 0.26, 0, 0, 0.5},
@@ -59,17 +56,17 @@ TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
       {"far away", 1, 1, 0, 3e12 + 0.5, 3e12 + 1},
       {"denormal steps", std::numeric_limits<double>::denorm_min(), 0, 0, kMax, kMax},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Rounder<double> rounder(c.increment);
-    if (c.base == 0 && c.minimum == 0) {
-      EXPECT_PRED2(sameNumber, rounder.round(c.value), c.expected);
-      EXPECT_PRED2(sameNumber, rounded(c.value, c.increment).value(), c.expected);
+  for (const auto& [name, increment, value, base, minimum, expected] : cases) {
+    SCOPED_TRACE(name);
+    const Rounder<double> rounder(increment);
+    if (base == 0 && minimum == 0) {
+      EXPECT_PRED2(sameNumber, rounder.round(value), expected);
+      EXPECT_PRED2(sameNumber, rounded(value, increment).value(), expected);
       continue;
     }
-    EXPECT_PRED2(sameNumber, rounder.align(c.value, c.base, c.minimum), c.expected);
-    const Ref<TQRounder> object = TQRounder::initWithRoundingIncrement(c.increment);
-    EXPECT_PRED2(sameNumber, object->alignValue(c.value, c.base, c.minimum), c.expected);
+    EXPECT_PRED2(sameNumber, rounder.align(value, base, minimum), expected);
+    const Ref<TQRounder> object = TQRounder::initWithRoundingIncrement(increment);
+    EXPECT_PRED2(sameNumber, object->alignValue(value, base, minimum), expected);
   }
 }
 
@@ -87,20 +84,17 @@ TEST(Rounder, StepsOneByOneAndJumpsWhereSingleStepsWouldLand) {
 
 TEST(Rounder, MasksChooseComponents) {
   const Rounder<double> rounder;
-  const struct {
-    AxisMask mask;
-    double first, second;
-  } cases[] = {{AxisMask::none, 1.4, 1.6},
-               {AxisMask::horizontal, 1, 1.6},
-               {AxisMask::vertical, 1.4, 2},
-               {AxisMask::both, 1, 2}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(rounder.round(Point{1.4, 1.6}, c.mask), (Point{c.first, c.second}));
-    EXPECT_EQ(rounder.round(Size{1.4, 1.6}, c.mask), (Size{c.first, c.second}));
+  const Rows<AxisMask, double, double> cases{{AxisMask::none, 1.4, 1.6},
+                                             {AxisMask::horizontal, 1, 1.6},
+                                             {AxisMask::vertical, 1.4, 2},
+                                             {AxisMask::both, 1, 2}};
+  for (const auto& [mask, first, second] : cases) {
+    EXPECT_EQ(rounder.round(Point{1.4, 1.6}, mask), (Point{first, second}));
+    EXPECT_EQ(rounder.round(Size{1.4, 1.6}, mask), (Size{first, second}));
     const Ref<TQRounder> object = TQRounder::init();
-    EXPECT_EQ(object->roundPoint({1.4, 1.6}, c.mask), (Point{c.first, c.second}));
-    EXPECT_EQ(object->roundSize({1.4, 1.6}, c.mask), (Size{c.first, c.second}));
-    EXPECT_EQ(object->roundVector({1.4, 1.6}, c.mask), (Vector{c.first, c.second}));
+    EXPECT_EQ(object->roundPoint({1.4, 1.6}, mask), (Point{first, second}));
+    EXPECT_EQ(object->roundSize({1.4, 1.6}, mask), (Size{first, second}));
+    EXPECT_EQ(object->roundVector({1.4, 1.6}, mask), (Vector{first, second}));
   }
   Point aligned{1.4, 1.6};
   rounder.alignInPlace(aligned, {0.5, 0.25}, AxisMask::vertical);
