@@ -44,7 +44,7 @@ TEST(BreakpointTable, ObeysItsPredicateAndHandsItTheKeyFirst) {
   EXPECT_EQ(std::as_const(table)["any"], -1);
   EXPECT_EQ(calls, 0);
   table.store("a", 1);
-  table.store("ab", 2);  // matches "a", so it stands before it
+  table.store("ab", 2);  // matches "a", so it is inserted before it
   table.store("b", 3);
   EXPECT_EQ(table.lookUp("abc"), 2);
   EXPECT_EQ(table.lookUp("ac"), 1);

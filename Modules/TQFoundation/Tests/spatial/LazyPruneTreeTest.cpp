@@ -13,7 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// Node n has the children 3n + 1, 3n + 2, 3n + 3, as far as there are nodes.
+/// Node n has those of the children 3n + 1, 3n + 2, 3n + 3 that are below `count`.
 struct Ternary {
   int count = 40;
   [[nodiscard]] int root() const { return 0; }
@@ -69,7 +69,8 @@ TEST(LazyPruneTree, PrunesEveryTreeOfAForest) {
   EXPECT_EQ(pruned.count(), 3U);
 }
 
-/// The slow way: which nodes pass and have ancestors that all pass, told from the whole tree.
+/// The slow solution: returns the nodes that pass and whose ancestors all pass, from the whole
+/// tree.
 std::vector<int> filtered(const Ternary& tree, const std::vector<bool>& keeps) {
   std::vector<int> nodes;
   for (const int node : depthFirst(tree)) {

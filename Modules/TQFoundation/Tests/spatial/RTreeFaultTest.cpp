@@ -10,7 +10,7 @@
 namespace tq {
 namespace {
 
-// Not moved without a throw: kept in boxes, which are allocated too.
+// Its move may throw, so leaves store it in heap blocks, which are allocated too.
 struct Element {
   explicit Element(int n) : number(std::make_unique<int>(n)) {}
   Element(Element&& other) noexcept(false) : number(std::move(other.number)) {}
@@ -18,7 +18,7 @@ struct Element {
 };
 using Tree = RTree<Element>;
 
-/// Changes with any node, rect and element; allocates nothing.
+/// Returns a number that changes with any node, rect and element. Allocates nothing.
 std::uint64_t fingerprint(const Tree::Node* node) {
   std::uint64_t print = std::bit_cast<std::uint64_t>(node) + node->count();
   const auto mix = [&](std::uint64_t value) { print = (print ^ value) * 0x9E3779B97F4A7C15u; };

@@ -40,7 +40,7 @@ Path example() {
   path.lineTo({4, 0});
   path.quadraticTo({6, 2}, {4, 4});
   path.close();
-  path.cubicTo({1, 3}, {2, 3}, {3, 0});  // begins a new subpath where the last one began
+  path.cubicTo({1, 3}, {2, 3}, {3, 0});  // starts a new subpath at the last one's start
   path.moveTo({50, 50});
   return path;
 }
@@ -82,7 +82,8 @@ TEST(Path, BoundsAreTightAndLeaveALoneMoveOut) {
   EXPECT_EQ(example().bounds(), (Rect{0, 0, 5, 4}));
   EXPECT_EQ(example().controlPointBounds(), (Rect{0, 0, 50, 50}));
   EXPECT_TRUE(RectIsNull(Path().bounds()));
-  const Path moved = example().transformed({0, 1, -1, 0, 10, 20});  // a quarter turn, then a move
+  const Path moved =
+      example().transformed({0, 1, -1, 0, 10, 20});  // rotated by a quarter turn, then moved
   EXPECT_EQ(moved.bounds(), (Rect{6, 20, 4, 5}));
   EXPECT_EQ(moved.currentPoint(), (Point{-40, 70}));
 }
@@ -95,7 +96,7 @@ TEST(PathDeathTest, DrawingNeedsACurrentPoint) {
 }
 
 TEST(RoundedRect, HasTenElementsInTheDocumentedOrder) {
-  // 0.5522847498 · 10 beyond each corner's start.
+  // The controls lie 0.5522847498 · 10 beyond the ends of the sides.
   const double k = 5.522847498;
   using enum PathElementType;
   const std::vector<Element> expected{

@@ -38,7 +38,7 @@ double gap(const TQBezierSegment& a, const TQBezierSegment& b, TQBezierSegmentOf
   return std::hypot(p.x - q.x, p.y - q.y);
 }
 
-/// The crossings of two polygons of `legs` legs each, by trying every pair.
+/// Returns the crossings of two polygons with `legs` sides each, by testing every pair.
 std::vector<TQBezierSegmentOffsets> sampledCrossings(const TQBezierSegment& a,
                                                      const TQBezierSegment& b, int legs) {
   std::vector<Point> onA, onB;
@@ -82,8 +82,9 @@ TEST(BezierIntersections, AreTheCrossingsOfFinePolygons) {
       }
       for (const auto& offsets : found.offsets) {
         const auto refined = TQBezierSegmentRefineIntersection(a, b, offsets);
-        // What is no crossing are tangents so close that only the smallest pieces' bounds meet.
-        ASSERT_LE(gap(a, b, offsets), 600 * 3 * kLeaf);  // three times the longest polygon
+        // The other reports are near-tangents: only the bounds of the smallest pieces intersect.
+        ASSERT_LE(gap(a, b, offsets),
+                  600 * 3 * kLeaf);  // three times the length of the longest polygon
         ASSERT_LE(gap(a, b, refined), gap(a, b, offsets));
         if (gap(a, b, refined) < 1e-9) {
           ASSERT_NEAR(offsets.a, refined.a, 0.50001 * kLeaf);
@@ -103,7 +104,7 @@ TEST(BezierIntersections, GiveCommonEndsExactlyAndOnce) {
   const auto a = TQBezierSegment::cubic({-3, -2}, {-1, 3}, {-0.3, 0.2}, p);
   const auto b = TQBezierSegment::quadratic(p, {0.9, 0.9}, {4, 7});
   EXPECT_THAT(intersections(a, b).offsets, ElementsAre(TQBezierSegmentOffsets{1, 0}));
-  // A closed leaf: both ends meet.
+  // A closed leaf shape: both ends are common.
   const auto there = TQBezierSegment::cubic({0, 0}, {0.3, 2}, {1.7, 2}, {2, 0});
   const auto back = TQBezierSegment::cubic({2, 0}, {1.7, -2}, {0.3, -2}, {0, 0});
   EXPECT_THAT(intersections(there, back).offsets,
@@ -111,8 +112,8 @@ TEST(BezierIntersections, GiveCommonEndsExactlyAndOnce) {
 }
 
 TEST(BezierIntersections, NineCrossingsOfTwoCubicsAreNine) {
-  // y = T3(x) and x = T3(y), T3 the third Chebyshev polynomial, meet where T9(x) = x: at the
-  // cosines of the multiples of π/4 and of π/5, the two common ends among them.
+  // y = T3(x) and x = T3(y), with the third Chebyshev polynomial T3, intersect where T9(x) = x.
+  // These are the cosines of the multiples of π/4 and of π/5; two of them are the common ends.
   const auto a = TQBezierSegment::cubic({-1, -1}, {-1.0 / 3, 5}, {1.0 / 3, -5}, {1, 1});
   const auto b = TQBezierSegment::cubic({-1, -1}, {5, -1.0 / 3}, {-5, 1.0 / 3}, {1, 1});
   std::vector<double> expected;
@@ -161,11 +162,11 @@ TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
   const auto overlapping = TQBezierSegment::straight({1.1, 1.1}, {9, 9});
   const Found overlap = intersections(line, overlapping);
   EXPECT_TRUE(overlap.isComplete);
-  ASSERT_FALSE(overlap.offsets.empty());  // what becomes a common end is left to rounding
+  ASSERT_FALSE(overlap.offsets.empty());  // rounding decides which ends are common
   ASSERT_LE(overlap.offsets.size(), 2U);
   for (const auto offsets : overlap.offsets) EXPECT_LT(gap(line, overlapping, offsets), 1e-3);
 
-  // Touches of the second and the third order: many small pieces meet, and one report is left.
+  // Touches of the second and the third order: many small pieces meet, but only one report remains.
   const std::pair<TQBezierSegment, TQBezierSegment> touches[] = {
       {TQBezierSegment::quadratic({-1, 0}, {0.1, 2}, {1.2, 0}),
        TQBezierSegment::straight({-3, 1}, {4, 1})},
@@ -178,7 +179,8 @@ TEST(BezierIntersections, DegeneratePairsEndWithinTheBoundOfWork) {
     EXPECT_NEAR(touch.offsets[0].a, 0.5, 0.03);
   }
 
-  // There and back three times on both: more than the bound allows.
+  // Both fold back and run along each other three times: this needs more work than the limit
+  // allows.
   const auto folded = TQBezierSegment::cubic({0, 0}, {40, 0}, {-30, 0}, {10, 0});
   EXPECT_FALSE(intersections(folded, folded).offsets.empty());
 }
@@ -191,7 +193,7 @@ TEST(BezierIntersections, BadSegmentsMeetNothing) {
   EXPECT_THAT(intersections(line, unknown).offsets, IsEmpty());
   const auto huge = TQBezierSegment::straight({-1e308, -1e308}, {1e308, 1e308});
   (void)intersections(huge, TQBezierSegment::straight({-1e308, 1e308}, {1e308, -1e308}));
-  // A unit in the last place long: every piece soon is a point.
+  // One unit in the last place long: every piece soon becomes a point.
   const auto tiny = TQBezierSegment::straight({1e16, 0}, {1e16 + 2, 0});
   EXPECT_TRUE(intersections(tiny, tiny).isComplete);
 }

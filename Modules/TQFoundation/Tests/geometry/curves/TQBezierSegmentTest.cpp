@@ -21,7 +21,7 @@ using namespace test;
 
 constexpr TQBezierDegree kUnknown{7};
 
-/// Random segments of every degree, each also as a cubic that is one only by rounding.
+/// Returns random segments of every degree, and each quadratic also as a cubic.
 std::vector<TQBezierSegment> segments(std::uint64_t seed, int count) {
   RandomBezier random(seed);
   std::vector<TQBezierSegment> result;
@@ -41,7 +41,7 @@ TEST(BezierSegment, PartsJoinExactlyAndLieOnTheWholeAndTheChordOnTheXAxis) {
   for (const TQBezierSegment& segment : segments(11, 500)) {
     const double t = random.number(-0.5, 1.5);
     TQBezierSegment left = segment, right;
-    TQBezierSegmentSplit(left, t, &left, &right);  // in place, too
+    TQBezierSegmentSplit(left, t, &left, &right);  // also works in place
     ASSERT_EQ(left.start(), segment.start());
     ASSERT_EQ(right.end(), segment.end());
     ASSERT_EQ(left.end(), right.start());
@@ -99,15 +99,16 @@ TEST(BezierSegment, BoundsHoldEverySampleAndAreTouched) {
       minY = std::min(minY, p.y), maxY = std::max(maxY, p.y);
     }
     constexpr double kRounding = 1e-13;
-    constexpr double kBetweenSamples = 1e-3;  // a turn is missed by curvature · (1/4000)² / 2
+    constexpr double kBetweenSamples =
+        1e-3;  // samples miss an extremum by curvature · (1/4000)² / 2
     for (const double beyond : {minX - RectGetMinX(bounds), minY - RectGetMinY(bounds),
                                 RectGetMaxX(bounds) - maxX, RectGetMaxY(bounds) - maxY}) {
       ASSERT_GE(beyond, -kRounding);
       ASSERT_LE(beyond, kBetweenSamples);
     }
-    // The line at the top touches, but for rounding.
+    // The line along an edge of the bounds touches the segment, within rounding.
     ASSERT_GE(TQBezierSegmentIntersectionsWithHorizontalLine(segment, bounds.origin.y).count, 1);
-    ASSERT_GE(RectGetMaxX(bounds), segment.end().x);  // read back, not a bit short of an end
+    ASSERT_GE(RectGetMaxX(bounds), segment.end().x);  // origin + extent is not below an end
     ASSERT_TRUE(TQRectContainsRectOnAxis(Axis::horizontal, TQRectExpand(hull, kRounding), bounds));
     ASSERT_TRUE(TQRectContainsRectOnAxis(Axis::vertical, TQRectExpand(hull, kRounding), bounds));
   }
@@ -155,7 +156,7 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
   const auto cubic = TQBezierSegment::cubic({0, 0}, {3, 4}, {3, 10}, {0, 10});
   EXPECT_EQ(TQBezierSegmentControlSplineLengthSquared(cubic), 25 + 36 + 9);
   auto all = segments(15, 20);
-  all.push_back(TQBezierSegment::cubic({0, 0}, {30, 0}, {-20, 0}, {10, 0}));  // there and back
+  all.push_back(TQBezierSegment::cubic({0, 0}, {30, 0}, {-20, 0}, {10, 0}));  // folds back
   for (const TQBezierSegment& segment : all) {
     double length = 0;
     Point from = segment.start();
@@ -167,7 +168,7 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
     }
     EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(segment)), length, 2e-8 * length);
   }
-  // the first turns at 1/3 and 3/8; the others by 80-bit quadrature
+  // The first turns back at 1/3 and 3/8. The other lengths were computed by 80-bit quadrature.
   const Rows<TQBezierSegment, double> folds{
       {TQBezierSegment::cubic({-5, 0}, {1, 0}, {-10, 0}, {10, 0}), 15 + 1 / 288.0},
       {TQBezierSegment::cubic({8, 0}, {7, 1e-4}, {-8, 0}, {-7.9, 0}), 15.900995501406344},
@@ -178,7 +179,7 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
   }
 }
 
-/// Which way a cubic bends at t.
+/// Returns the sign of a cubic's curvature at t, times a positive number.
 double bend(const TQBezierSegment& s, double t) {
   return VectorCrossProduct(TQBezierSegmentDerivative(s, t - 1e-4),
                             TQBezierSegmentDerivative(s, t + 1e-4));
@@ -235,7 +236,8 @@ TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
       if (isBelow != wasBelow) sampled.push_back(t);
       wasBelow = isBelow;
     }
-    const bool areApart = used(found).size() == sampled.size();  // no two between the same samples
+    const bool areApart =
+        used(found).size() == sampled.size();  // no two crossings between two samples
     ASSERT_TRUE(areApart || used(found).size() == sampled.size() + 2);
     if (areApart) {
       ASSERT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1.1e-3), sampled));
@@ -251,7 +253,7 @@ TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
       {"touch in the middle", arch, 3, {0.5}},
       {"in the line", flat, 2, {}},
       {"triple", TQBezierSegment::cubic({0, -1}, {1, 1}, {2, -1}, {3, 1}), 0, {0.5}},
-      // The turn comes out a bit before 1.
+      // Rounding puts the turning point slightly before 1.
       {"level at its end", TQBezierSegment::cubic({0, 76}, {1, 83}, {2, 100}, {3, 100}), 100, {1}},
       {"again", TQBezierSegment::cubic({0, 91}, {1, 101}, {2, 100}, {3, 100}), 100, {0.75, 1}},
       {"level but for a bit", TQBezierSegment::quadratic({0, 2}, {1, 2 + 4e-16}, {2, 1}), 2, {0}},

@@ -18,7 +18,7 @@ using namespace test;
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 
 TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
-  // in the order of the formulas
+  // The roots are in the order of the formulas.
   const Rows<const char*, TQPolynomial, std::vector<double>> cases{
       {"cubic, three: smallest, largest, middle", {1, -6, 11, -6}, {1, 3, 2}},
       {"cubic, simple then double", {1, -4, 5, -2}, {2, 1}},
@@ -36,7 +36,7 @@ TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
   }
 }
 
-/// The same closed form with eleven bits more.
+/// The same closed form with eleven more bits.
 std::vector<long double> cubicRoots(long double a, long double b, long double c) {
   const long double Q = (a * a - 3 * b) / 9;
   const long double R = (2 * a * a * a - 9 * a * b + 27 * c) / 54;
@@ -79,7 +79,7 @@ TEST(PolynomialRoots, FiltersExcludeTheirShiftedBoundsAndKeepTheThreshold) {
   const TQPolynomialRoots roots{{0, 1, 0.5}, 3};
   EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, 1e-9), (TQPolynomialRoots{{0.5, 0, 0}, 1}));
   EXPECT_EQ(TQPolynomialRootsFilter(roots, 0, 1, -0.25), roots);
-  EXPECT_EQ(TQPolynomialRootsFilter(roots, 0.25, 0.75, 0.25).count, 0);  // 0.5 on both bounds
+  EXPECT_EQ(TQPolynomialRootsFilter(roots, 0.25, 0.75, 0.25).count, 0);  // 0.5 is on both bounds
   EXPECT_EQ(TQPolynomialHighPassFilter(0.5, {0.5, -0.5, 0.4999, -7}),
             (TQPolynomial{0.5, -0.5, 0, -7}));
   EXPECT_EQ(TQPolynomialRootsFilter({{kNaN, kInf, 0.5}, 3}, 0, 1, 0).count, 1);

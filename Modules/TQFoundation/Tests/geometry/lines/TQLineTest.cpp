@@ -21,7 +21,7 @@ TQLineSegment between(Point from, Point to) { return {from, {to.x - from.x, to.y
 
 TEST(Line, CoordinatesFollowTheEquation) {
   EXPECT_EQ(TQLineGetPointForX({2, 4, 8}, 1), (Point{1, 1.5}));
-  EXPECT_EQ(TQLineGetYForX({0, 2, 8}, kInf), 4);  // the product is left out
+  EXPECT_EQ(TQLineGetYForX({0, 2, 8}, kInf), 4);  // 0 · ∞ is not computed
   EXPECT_EQ(TQLineGetXForY({2, 0, 8}, kNaN), 4);
   EXPECT_TRUE(std::isnan(TQLineGetYForX({1, 0, 5}, 1)));
 }
@@ -33,14 +33,14 @@ TEST(Line, RelationsKeepTheirThresholds) {
   EXPECT_FALSE(TQLineIsCollinearWithLine({1, 0, 0}, {-1, 0, 0}));
   EXPECT_TRUE(TQLineIsPerpendicularToLine({3, 4, 1}, {-8, 6, 2}));
   EXPECT_FALSE(TQLineIsPerpendicularToLine({1, 0, 0}, {0.01, 1, 0}));
-  EXPECT_EQ(TQLineDotProduct({1e-10, 0, 0}, {5, 0, 0}), 1e-10);  // too short to be normalised
+  EXPECT_EQ(TQLineDotProduct({1e-10, 0, 0}, {5, 0, 0}), 1e-10);  // too short to normalise
   EXPECT_TRUE(TQLineIsParallelToLine({1, 0.001, 0}, {-5, 0, 0}));
   EXPECT_FALSE(TQLineIsParallelToLine({1, 2, 0}, {1, -2, 0}));
 }
 
 TEST(Line, AnglesStayInRange) {
   EXPECT_DOUBLE_EQ(TQLineAngleBetween({1, 0, 0}, {0, 1, 0}), kPi / 2);
-  // The product is one bit above 1, whose arccos is none: kept as the formula gives it.
+  // The product is one bit above 1, so its arccos is NaN. This is documented.
   EXPECT_TRUE(std::isnan(TQLineAngleBetween({1, 5, 0}, {1, 5, 0})));
   EXPECT_EQ(TQLineSignedAngleFromXAxis({0, -1, 0}), 0);
   EXPECT_EQ(TQLineSignedAngleFromXAxis({0, 1, 0}), kPi);
@@ -82,7 +82,7 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
       {"horizontal", {0, 2, 6}, true, {{0, 3}, {10, 0}}},
       {"falling, leaves the rect", {1, 1, 5}, true, {{5, 0}, {5, -5}}},
       {"steep", {2, -1, 5}, true, {{2.5, 0}, {5, 10}}},
-      // Both ends fall back to a side, and neither lands inside.
+      // Both ends are put on a side, and neither lies inside.
       {"beside", {1, 1, -5}, false, {{0, -5}, {10, -10}}},
       {"above", {0, 1, 10.5}, false, {{0, 10.5}, {10, 0}}},
   };
@@ -156,13 +156,13 @@ TEST(Line, TransformIsAMotionThatBringsItOntoTheXAxis) {
   }
   EXPECT_EQ(TQLineTransformToXAxis({1e-8, 2, 6}), (AffineTransform{1, 0, 0, 1, 0, -3}));
   const Point crossing = PointApplyAffineTransform({7, 0}, TQLineTransformToXAxis({1, 3, 7}));
-  EXPECT_NEAR(crossing.x, 7, 1e-14);  // the point on the x axis stays
+  EXPECT_NEAR(crossing.x, 7, 1e-14);  // the point on the x axis does not move
 }
 
 TEST(Line, PolarAnglesAreBroughtIntoATurn) {
   const double turn = 2 * kPi;
   EXPECT_EQ(TQNormalizePolar(-kPi / 2), -kPi / 2 + turn);
-  EXPECT_EQ(TQNormalizePolar(-1e-20), turn);  // below 0, and rounds to 2π
+  EXPECT_EQ(TQNormalizePolar(-1e-20), turn);  // adding 2π rounds to 2π
   EXPECT_EQ(TQNormalizePolar(3 * turn), ((3 * turn) - turn) - turn);
   EXPECT_LE(std::fabs(TQNormalizePolar(-1e300) - kPi), kPi);
   EXPECT_DOUBLE_EQ(LRAngleBetweenVectors({1, 0}, {0, 0}, {0, -1}), 1.5 * kPi);
@@ -180,8 +180,9 @@ TEST(Line, PointsAreFoundByDistanceAndBySide) {
   EXPECT_FALSE(LRTriangleIsClockwise({0, 0}, {1, 1}, {2, 2}));
   EXPECT_DOUBLE_EQ(TQPointAtDistanceAndSlopeFromPoint(2, kPi / 6, {1, 1}).y, 2);
   const std::vector<Point> points{{kNaN, 0}, {3, 0}, {0, 3}, {-4, 0}};
-  EXPECT_EQ(TQIndexOfPointClosestToPoint(points, {0, 0}), 1);       // the first of two
-  EXPECT_EQ(TQIndexOfPointClosestToPoint(points, {-1e308, 0}), 1);  // all equally far by then
+  EXPECT_EQ(TQIndexOfPointClosestToPoint(points, {0, 0}), 1);  // the first of two equally near ones
+  EXPECT_EQ(TQIndexOfPointClosestToPoint(points, {-1e308, 0}),
+            1);  // rounding makes all distances equal
   EXPECT_EQ(TQIndexOfPointClosestToPoint({points.data(), 1}, {0, 0}), -1);
 }
 

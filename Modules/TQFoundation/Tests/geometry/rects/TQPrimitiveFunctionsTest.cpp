@@ -28,7 +28,7 @@ TEST(Angle, SnapsToStraightAnglesKeepingTheSignOfZero) {
 
 TEST(Angle, NormalisesByRepeatedTurnsAndFarOutAtOnce) {
   EXPECT_EQ(TQNormalizeRadians(-kPi), -kPi);
-  double stepped = 1000.25;  // twenty turns of rounding differ from one remainder
+  double stepped = 1000.25;  // many rounded steps differ from one remainder
   while (stepped > kPi) stepped -= 2 * kPi;
   EXPECT_EQ(TQNormalizeRadians(-1000.25), -stepped);
   EXPECT_EQ(TQNormalizeRadians(-1e16), std::remainder(-1e16, 2 * kPi));
@@ -38,7 +38,7 @@ TEST(Angle, NormalisesByRepeatedTurnsAndFarOutAtOnce) {
 
 TEST(Angle, SlopeAndDegrees) {
   EXPECT_EQ(TQSlopeBetweenPoints({5, 5}, {5, 5}), 0);
-  EXPECT_EQ(TQSlopeBetweenPoints({0, 0.0}, {-1, -0.0}), -kPi);  // the zero's sign decides
+  EXPECT_EQ(TQSlopeBetweenPoints({0, 0.0}, {-1, -0.0}), -kPi);  // the sign of the zero decides
   EXPECT_EQ(TQRadiansToDegrees(kPi), 180);
   EXPECT_EQ(TQDegreesToRadians(90), kPi / 2);
 }
@@ -114,7 +114,7 @@ TEST(RectSafe, UnionMakesNoExceptionForNullRects) {
 TEST(RectRounding, RoundsEachFieldAndMultipliesByTheInverseStep) {
   expectFields(TQRectByRoundingRect({0.5, -0.5, 2.4999, -0.2}), {1, -1, 2, -0.0});
   expectFields(TQRectByRoundingRectToStep({7, -7, 1, 0.9}, 2), {8, -8, 2, 0});
-  // Near a tie they part: 0.35 / 0.1 is just below 3.5, 0.35 × (1 / 0.1) is 3.5.
+  // Near a tie they differ: 0.35 / 0.1 is just below 3.5, 0.35 × (1 / 0.1) is 3.5.
   EXPECT_EQ(TQFloatRoundToStep(0.35, 0.1), 3 * 0.1);
   EXPECT_EQ(TQRectByRoundingRectToStep({0.35, 0, 0, 0}, 0.1).origin.x, 4 * 0.1);
   EXPECT_TRUE(std::isnan(TQFloatRoundToStep(1, 0)));

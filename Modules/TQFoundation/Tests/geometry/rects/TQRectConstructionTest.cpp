@@ -1,5 +1,3 @@
-#include <utility>
-
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/values/AspectRatio.h>
 
@@ -11,11 +9,8 @@ namespace {
 using namespace test;
 
 TEST(RectConstruction, FromPointsSizesAndMargins) {
-  for (const auto& [a, b] : {std::pair<Point, Point>{{1, 9}, {4, 2}},
-                             {{4, 2}, {1, 9}},
-                             {{1, 2}, {4, 9}},
-                             {{4, 9}, {1, 2}}}) {
-    expectFields(TQRectFromPoints(a, b), {1, 2, 3, 7});
+  for (const Point p : {Point{1, 2}, {4, 2}, {1, 9}, {4, 9}}) {
+    expectFields(TQRectFromPoints(p, {5 - p.x, 11 - p.y}), {1, 2, 3, 7});
   }
   expectFields(TQRectWithSizeCenteredAtPoint({4, -6}, {10, 20}), {8, 23, 4, -6});
   expectFields(TQRectWithSizeCenteredInRect({4, 6}, {20, 20, -10, 10}), {13, 22, 4, 6});
@@ -24,12 +19,9 @@ TEST(RectConstruction, FromPointsSizesAndMargins) {
   expectFields(TQRectPointUnion({5, -1}, RectNull), {5, -1, 0, 0});
 }
 
-TEST(RectConstruction, MinSizeGrowsRawExtentsAroundTheMiddle) {
+TEST(RectConstruction, MinSizeGrowsRawExtentsAndFlippingChangesTheirSigns) {
   expectFields(TQRectWithMinSize({10, 2}, {0, 0, 4, 4}), {-3, 0, 10, 4});
   expectFields(TQRectWithMinSize({2, 2}, {0, 0, -4, 2}), {-3, 0, 2, 2});  // -4 is below 2
-}
-
-TEST(RectConstruction, FlippingChangesSignsNotTheArea) {
   const Rect rect{1, 2, 3, 4};
   expectFields(TQRectFlip(rect, AxisMask::horizontal), {4, 2, -3, 4});
   expectFields(TQRectFlip(rect, AxisMask::both), {4, 6, -3, -4});
@@ -75,11 +67,9 @@ TEST(RectMoving, TheMiddleIsKeptInside) {
 TEST(RectMoving, PaddingsArePositiveInside) {
   const TQEdgePaddings paddings = TQEdgePaddingsMakeWithRects({12, 5, -10, 5}, {0, 0, 20, 30});
   EXPECT_TRUE(TQEdgePaddingsEqualToEdgePaddings(paddings, {20, 2, 5, 8}));
-  for (int i = 0; i < 4; ++i) {
-    double fields[4] = {20, 2, 5, 8};
-    fields[i] += 1;
-    EXPECT_FALSE(
-        TQEdgePaddingsEqualToEdgePaddings(paddings, {fields[0], fields[1], fields[2], fields[3]}));
+  using P = TQEdgePaddings;
+  for (const P& other : {P{21, 2, 5, 8}, {20, 3, 5, 8}, {20, 2, 6, 8}, {20, 2, 5, 9}}) {
+    EXPECT_FALSE(TQEdgePaddingsEqualToEdgePaddings(paddings, other));
   }
 }
 
@@ -116,7 +106,7 @@ TEST(RectFitting, ProportionsFollowOneExtent) {
 TEST(RectFitting, ScalesAndExpands) {
   expectFields(TQRectScale({1, -2, -3, 4}, 2), {2, -4, -6, 8});
   expectFields(TQRectExpand({10, 10, -4, 6}, 1), {5, 9, 6, 8});
-  expectFields(TQRectExpand({0, 0, 10, 4}, -3), {3, 2, 4, 0});  // y stops at its middle
+  expectFields(TQRectExpand({0, 0, 10, 4}, -3), {3, 2, 4, 0});  // the y edges stop in the middle
   expectFields(TQRectExpand(RectNull, 5), RectNull);
 }
 
@@ -134,7 +124,7 @@ TEST(RectFitting, AbsoluteUndoesRelative) {
 using C = TQRectConstraints;
 
 TEST(RectConstraints, PinnedPartsStayAndFlexibleOnesShare) {
-  // In an area of 100: 20 before, 50 wide, 30 behind. It becomes 200, then 60.
+  // In an area of 100: 20 before, 50 wide, 30 after. It becomes 200, then 60.
   const Rows<const char*, unsigned, double, double, double, double, double> cases{
       {"nothing", 0, 40, 100, 12, 30, 0},
       {"min", 1, 20, 112.5, 20, 25, 20},
@@ -175,7 +165,7 @@ TEST(RectConstraints, AxesAreApartDegenerateAreasShareEquallyAndExtentsStopAtZer
   expectFields(
       TQRectScaledRelativeToSizeWithConstraints({10, 10, 10, 10}, {40, 40}, {80, 80}, apart),
       {10, 50, 10, 10});
-  expectFields(x({0, 0, 0, 1}, 0, 30, C::none), {10, 0, 10, 1});     // thirds of nothing
+  expectFields(x({0, 0, 0, 1}, 0, 30, C::none), {10, 0, 10, 1});     // equal shares
   expectFields(x({0, 0, 50, 1}, 50, 90, C::width), {20, 0, 50, 1});  // no distances to scale
   expectFields(x({20, 0, 50, 1}, 100, 10, C::maxX), {-20, 0, 0, 1});
   EXPECT_EQ(TQMinumumSizeForRectWithConstraints({-30, 0, 20, 1}, {100, 1}, C::minX | C::width),

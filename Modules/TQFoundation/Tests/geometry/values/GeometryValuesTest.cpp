@@ -106,7 +106,7 @@ TEST(GeometrySystem, MapsItsBoundsOntoItsFrame) {
   EXPECT_EQ(system.pointFromParent({120, 110}), (Point{5, 10}));
   expectFields(system.rectFromParent({100, 100, 4, 2}), {0, 5, 1, 1});
   const auto point = GeometrySystem::withFrame({3, 3, 5, 5}, {1, 1, 0, 0});
-  EXPECT_EQ(point.pointToParent({2, 1}), (Point{4, 3}));  // nothing to scale by: lengths are kept
+  EXPECT_EQ(point.pointToParent({2, 1}), (Point{4, 3}));  // empty bounds: the scale is 1
 
   const auto turned = GeometrySystem::withTransform({0, 0, 2, 1}, {0, 1, -1, 0, 0, 0});
   expectFields(turned.frame, {-1, 0, 1, 2});

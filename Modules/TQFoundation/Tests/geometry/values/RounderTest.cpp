@@ -28,7 +28,7 @@ TEST(Rounder, RoundsHalvesAwayFromZeroLikeTheLibraryRound) {
   for (const double x : {0.49999999999999994, -0.0, -0.3, kInf, -kInf, kMax}) {
     EXPECT_PRED2(sameNumber, TQFloatRoundHalfAwayFromZero(x), std::round(x));
   }
-  const float belowHalf = std::nextafter(0.5F, 0.0F);  // would round up with the addend of doubles
+  const float belowHalf = std::nextafter(0.5F, 0.0F);  // rounds up with the constant for doubles
   EXPECT_EQ(Rounder<float>().round(belowHalf), 0);
   EXPECT_EQ(Rounder<long double>(2).round(7), 8);
 }
@@ -64,34 +64,30 @@ TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
       EXPECT_PRED2(sameNumber, rounded(value, increment).value(), expected);
       continue;
     }
-    EXPECT_PRED2(sameNumber, rounder.align(value, base, minimum), expected);
     const Ref<TQRounder> object = TQRounder::initWithRoundingIncrement(increment);
     EXPECT_PRED2(sameNumber, object->alignValue(value, base, minimum), expected);
   }
 }
 
 TEST(Rounder, StepsOneByOneAndJumpsWhereSingleStepsWouldLand) {
-  const struct {
-    double start, value, increment, minimum;
-  } cases[] = {{0, 0, 0.001, 2000},              // two million steps, each of which rounds
-               {0.75, 0.8, 0.25, 5'000'000.1}};  // 20 million, all exact
-  for (const auto& c : cases) {
-    double stepped = c.start;
-    while (c.minimum > stepped) stepped += c.increment;
-    EXPECT_EQ(Rounder<double>(c.increment).align(c.value, 0, c.minimum), stepped);
+  const Rows<double, double, double, double> cases{
+      {0, 0, 0.001, 2000},              // two million steps, all rounded
+      {0.75, 0.8, 0.25, 5'000'000.1}};  // 20 million, all exact
+  for (const auto& [start, value, increment, minimum] : cases) {
+    double stepped = start;
+    while (minimum > stepped) stepped += increment;
+    EXPECT_EQ(Rounder<double>(increment).align(value, 0, minimum), stepped);
   }
 }
 
-TEST(Rounder, MasksChooseComponents) {
+TEST(Rounder, MasksChooseComponentsAndTheObjectFollowsItsRounder) {
   const Rounder<double> rounder;
+  const Ref<TQRounder> object = TQRounder::init();
   const Rows<AxisMask, double, double> cases{{AxisMask::none, 1.4, 1.6},
                                              {AxisMask::horizontal, 1, 1.6},
                                              {AxisMask::vertical, 1.4, 2},
                                              {AxisMask::both, 1, 2}};
   for (const auto& [mask, first, second] : cases) {
-    EXPECT_EQ(rounder.round(Point{1.4, 1.6}, mask), (Point{first, second}));
-    EXPECT_EQ(rounder.round(Size{1.4, 1.6}, mask), (Size{first, second}));
-    const Ref<TQRounder> object = TQRounder::init();
     EXPECT_EQ(object->roundPoint({1.4, 1.6}, mask), (Point{first, second}));
     EXPECT_EQ(object->roundSize({1.4, 1.6}, mask), (Size{first, second}));
     EXPECT_EQ(object->roundVector({1.4, 1.6}, mask), (Vector{first, second}));
@@ -100,6 +96,11 @@ TEST(Rounder, MasksChooseComponents) {
   rounder.alignInPlace(aligned, {0.5, 0.25}, AxisMask::vertical);
   EXPECT_EQ(aligned, (Point{1.4, 1.25}));
   EXPECT_EQ(rounder.align(Point{1.4, 1.6}, {0.5, 0.25}), (Point{1.5, 1.25}));
+  object->setRoundingIncrement(2);
+  EXPECT_EQ(object->roundValue(2.5), 2);
+  object->setRounder(Rounder<double>(5));
+  EXPECT_EQ(object->roundValue(2.6), 5);
+  EXPECT_EQ(object->alignValue(2.6, 1), 1);
 }
 
 TEST(Rounder, RoundedEqualsByGridAndHashesBothZerosAlike) {
@@ -107,15 +108,6 @@ TEST(Rounder, RoundedEqualsByGridAndHashesBothZerosAlike) {
   EXPECT_EQ(rounded(-0.1, 2.0), rounded(0.1, 2.0));
   const std::hash<Rounded<double>> hash;
   EXPECT_EQ(hash(rounded(-0.1, 2.0)), hash(rounded(0.1, 2.0)));
-}
-
-TEST(Rounder, ObjectFollowsItsIncrement) {
-  const Ref<TQRounder> object = TQRounder::init();
-  object->setRoundingIncrement(2);
-  EXPECT_EQ(object->roundValue(2.5), 2);
-  object->setRounder(Rounder<double>(5));
-  EXPECT_EQ(object->roundValue(2.6), 5);
-  EXPECT_EQ(object->alignValue(2.6, 1), 1);
 }
 
 }  // namespace
