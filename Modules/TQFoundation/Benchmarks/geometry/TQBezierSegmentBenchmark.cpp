@@ -12,7 +12,7 @@
 #include <vector>
 
 // Cubics with control points uniform in a square of 200 units, the same for every library. 1024 of
-// them in turn, so that the branches are not learnt by heart.
+// them are used in turn, so that the branch predictor cannot learn them.
 
 namespace tq {
 namespace {
@@ -65,7 +65,7 @@ void BM_Cubic_Bounds_2geom(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_Bounds_2geom);
 
-// cairo flattens the path; the path is built each time, as it is for ours.
+// cairo flattens the path. The path is built each time, as for our library.
 void BM_Cubic_Bounds_cairo(benchmark::State& state) {
   const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
       cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1), cairo_surface_destroy);
@@ -104,7 +104,8 @@ void BM_Cubic_Length_TQ(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_Length_TQ);
 
-// To the accuracy that ours promises: 1e-9 of the control polygon, whose legs are 100 long or so.
+// To the accuracy that our library documents: 1e-9 of the control polygon, whose sides are about
+// 100 long.
 void BM_Cubic_Length_2geom(benchmark::State& state) {
   run(state, peerCubics(), [](const auto& a, const auto&) { return a.length(3e-7); });
 }
@@ -117,13 +118,13 @@ void BM_Cubic_LineCrossings_TQ(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_LineCrossings_TQ);
 
-// The peer's own way to an axis-parallel line: roots of one coordinate.
+// The peer's own solution for an axis-parallel line: the roots of one coordinate.
 void BM_Cubic_LineCrossings_2geomRoots(benchmark::State& state) {
   run(state, peerCubics(), [](const auto& a, const auto&) { return a.roots(12.5, Geom::Y); });
 }
 BENCHMARK(BM_Cubic_LineCrossings_2geomRoots);
 
-// And its way to any line: the curve against a segment across the square.
+// The peer's solution for any line: the curve against a segment across the square.
 void BM_Cubic_LineCrossings_2geomSegment(benchmark::State& state) {
   const Geom::LineSegment line(Geom::Point(-200, 12.5), Geom::Point(200, 12.5));
   run(state, peerCubics(), [&](const auto& a, const auto&) { return a.intersect(line); });
@@ -153,8 +154,8 @@ void BM_Cubic_IntersectionsRefined_TQ(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_IntersectionsRefined_TQ);
 
-// Counts, over all the pairs, the points that both found within 0.05 of each other, those that one
-// of them alone found, and the greatest distance of the former.
+// Counts, over all pairs, the points that both libraries found within 0.05 of each other, and those
+// that only one of them found. Also reports the greatest distance of the common ones.
 void BM_Cubic_Intersections_2geom(benchmark::State& state) {
   run(state, peerCubics(), [](const auto& a, const auto& b) { return a.intersect(b); });
   double both = 0, oursAlone = 0, theirsAlone = 0, farthest = 0;
@@ -183,7 +184,7 @@ void BM_Cubic_Intersections_2geom(benchmark::State& state) {
 }
 BENCHMARK(BM_Cubic_Intersections_2geom);
 
-// Identical curves: the bound on the search's work at its most expensive.
+// Identical curves: the worst case of the search, which ends at its limit of work.
 void BM_Cubic_IntersectionsWithItself_TQ(benchmark::State& state) {
   run(state, cubics(), [](const auto& a, const auto&) { return crossings(a, a); });
 }

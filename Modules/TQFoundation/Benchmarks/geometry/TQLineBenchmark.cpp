@@ -7,7 +7,8 @@
 #include <utility>
 #include <vector>
 
-// Random segments of a square of 200 units against each other and against the square's middle.
+// Random segments in a square of 200 units, against each other and against the middle of the
+// square.
 
 namespace tq {
 namespace {

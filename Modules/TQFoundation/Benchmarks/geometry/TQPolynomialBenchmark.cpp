@@ -5,8 +5,9 @@
 #include <random>
 #include <vector>
 
-// Roots of polynomials with coefficients uniform in [-5, 5]: those of our cubics unsorted, those of
-// GSL's ascending. 4096 polynomials, so that the branches are not learnt by heart.
+// Roots of polynomials with coefficients uniform in [-5, 5]. For cubics, our library returns
+// unsorted roots and GSL returns ascending ones. 4096 polynomials are used, so that the branch
+// predictor cannot learn them.
 
 namespace tq {
 namespace {

@@ -6,9 +6,10 @@
 #include <random>
 #include <vector>
 
-// Rect functions over an array of rects, per rect: as they are, inline; the same through a call
-// that cannot be inlined, as an exported function would be; written by hand on four doubles for
-// rects that are known to be standardised; and a geometry library's own rects.
+// Rect functions over an array of rects; the time is per rect. Compared are: the inline functions;
+// the same functions through a call that cannot be inlined, like an exported function; code written
+// by hand on four doubles for rects that are known to be standardised; and the rects of a geometry
+// library.
 
 namespace tq {
 namespace {
@@ -74,7 +75,8 @@ std::size_t rectCount(const benchmark::State& state) {
 
 #define TQ_RECT_BENCHMARK(name) BENCHMARK(name)->ArgName("rects")->Arg(1024)->Arg(65'536)
 
-// What a call across the library's boundary costs: the pointer is read anew, as from its table.
+// The cost of a call into the library: the pointer is loaded each time, as from the procedure
+// linkage table.
 template <class Function>
 struct Called {
   Function* volatile function;

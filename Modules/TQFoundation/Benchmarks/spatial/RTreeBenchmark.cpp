@@ -1,7 +1,7 @@
-// The R-tree beside Boost.Geometry's quadratic R-tree of the same capacity, on the same rects.
-// `place` is 0 for rects anywhere, 1 for clusters; `hit` is 1 for queries most of which find
-// something. `visited` counts the nodes looked into per query: the splits shape the trees, so times
-// compare by the node.
+// Compares the R-tree with Boost.Geometry's quadratic R-tree of the same capacity, on the same
+// rects. `place` is 0 for uniform rects and 1 for clusters. `hit` is 1 for queries that usually
+// find something. `visited` is the number of nodes visited per query: the splits determine the
+// shape of the tree, so compare times per node.
 
 #include <benchmark/benchmark.h>
 
@@ -34,7 +34,7 @@ using Peer = bgi::rtree<Value, bgi::quadratic<capacity>>;
 
 constexpr double kSide = 100'000;
 
-/// As many rects as keep a tenth of the plane covered, whatever their number.
+/// Returns `count` rects that cover a tenth of the plane together, for any count.
 std::vector<Rect> someRects(std::size_t count, bool clustered, std::uint32_t seed = 0) {
   std::mt19937 random(2 * seed + (clustered ? 2 : 1));
   const double largest = 0.6 * kSide / std::sqrt(static_cast<double>(count));
@@ -54,7 +54,7 @@ std::vector<Rect> someRects(std::size_t count, bool clustered, std::uint32_t see
   return rects;
 }
 
-/// Places of the rects themselves, or points between them that hold nothing.
+/// Returns positions of the rects themselves, or points between them where nothing lies.
 std::vector<Rect> someQueries(const Tree& tree, const std::vector<Rect>& rects, bool hit) {
   std::mt19937 random(3);
   std::uniform_real_distribution<double> aside(-kSide / 300, kSide / 300);
@@ -87,7 +87,7 @@ tq::Ref<Tree> treeOf(const std::vector<Rect>& rects, std::int64_t capacity) {
   return tree;
 }
 
-/// Nodes looked into until the first hit, the hit's leaf included.
+/// Returns the number of nodes visited until the first hit, including the leaf with the hit.
 bool countVisited(const Tree::Node* node, const Rect& query, std::size_t& visited) {
   ++visited;
   for (std::size_t i = 0; i < node->count(); ++i) {
@@ -98,7 +98,7 @@ bool countVisited(const Tree::Node* node, const Rect& query, std::size_t& visite
   return false;
 }
 
-/// The same for the peer, by its own visitor interface.
+/// The same for the peer, through its visitor interface.
 template <class Members>
 struct PeerVisits
     : bgi::detail::rtree::visitor<typename Members::value_type, typename Members::parameters_type,
@@ -139,7 +139,7 @@ double visitedPerQuery(const Queries& queries, const Visits& visits) {
   return static_cast<double>(sum) / static_cast<double>(queries.size());
 }
 
-/// Time per visited node, beside the number of them.
+/// Reports the time per visited node and the number of visited nodes.
 void report(benchmark::State& state, double visited) {
   state.SetItemsProcessed(state.iterations());
   state.counters["visited"] = visited;
@@ -147,8 +147,8 @@ void report(benchmark::State& state, double visited) {
       visited, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-/// Sets to build one tree after the other from: a processor that met the same few rects each time
-/// would learn all branches by heart.
+/// Several sets of rects, used in turn: with a single small set the branch predictor would learn
+/// all branches.
 std::vector<std::vector<Rect>> rectSets(const benchmark::State& state) {
   constexpr std::size_t kRects = 128'000;
   const auto count = static_cast<std::size_t>(state.range(0));
@@ -159,7 +159,7 @@ std::vector<std::vector<Rect>> rectSets(const benchmark::State& state) {
   return sets;
 }
 
-// Building a tree, one insertion at a time; its destruction is not timed.
+// Builds a tree, one insertion at a time. Its destruction is not timed.
 template <std::int64_t capacity>
 void BM_RTreeInsert_TQ(benchmark::State& state) {
   const auto sets = rectSets(state);
@@ -190,7 +190,7 @@ void BM_RTreeInsert_Boost(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-/// What the query benchmarks share; the last one made is kept, for it takes long to build.
+/// The data of the query benchmarks. The last one is cached, because it takes long to build.
 template <std::size_t capacity>
 struct Fixture {
   std::size_t count;
@@ -215,7 +215,7 @@ struct Fixture {
   }
 };
 
-// Whether anything lies in a place.
+// Tests whether any rect intersects a query.
 template <std::size_t capacity>
 void BM_RTreeIntersects_TQ(benchmark::State& state) {
   const auto& fixture = Fixture<capacity>::of(state);
@@ -231,7 +231,7 @@ void BM_RTreeIntersects_TQ(benchmark::State& state) {
          }));
 }
 
-// The peer's fastest way to the same answer: whether its query iterator has a first value.
+// The peer's fastest solution: test whether its query iterator has a first value.
 template <std::size_t capacity>
 void BM_RTreeIntersects_Boost(benchmark::State& state) {
   const auto& fixture = Fixture<capacity>::of(state);
@@ -252,7 +252,7 @@ void BM_RTreeIntersects_Boost(benchmark::State& state) {
          }));
 }
 
-// Every node once, summing what a host would read of it.
+// Visits every node once and adds up what a host would read of it.
 void BM_Traverse_TQ(benchmark::State& state) {
   const tq::Ref<Tree> tree = treeOf(someRects(static_cast<std::size_t>(state.range(0)), false), 16);
   std::size_t nodes = 0;
@@ -268,7 +268,7 @@ void BM_Traverse_TQ(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(nodes));
 }
 
-// The same by a function that calls itself.
+// The same with a recursive function.
 std::size_t entriesBelow(const Tree::Node* node, std::size_t& nodes) {
   ++nodes;
   std::size_t entries = node->count();

@@ -7,8 +7,9 @@
 
 #include "../support/Bytes.h"
 
-// Any bytes as two segments, an offset and a polynomial. Nothing may trap or fail to end; where the
-// numbers are of ordinary size, splits join, bounds hold the curve, and crossings lie on the line.
+// Interprets any bytes as two segments, an offset and a polynomial. Nothing may trap or loop for
+// ever. Where the numbers are of ordinary size, splits must join, bounds must contain the curve,
+// and intersections must lie on the line.
 
 namespace {
 
@@ -45,7 +46,7 @@ void checkSegment(const TQBezierSegment& segment, double t, double y) {
   (void)TQBezierSegmentTransformForAligningToXAxis(segment);
   if (!isOrdinary(segment)) return;
 
-  constexpr double kRounding = 1e-8;  // of coordinates up to 1e6
+  constexpr double kRounding = 1e-8;  // for coordinates up to 1e6
   if (std::fabs(t) < 10) require(left.end() == right.start());
   for (int i = 0; i <= 16; ++i) {
     const Point p = TQBezierSegmentPointAtOffset(segment, i / 16.0);

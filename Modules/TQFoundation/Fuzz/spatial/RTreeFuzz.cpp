@@ -7,8 +7,8 @@
 
 #include "../support/Bytes.h"
 
-// Any bytes as a tree's capacity and small rects, each stored and asked for by turns. A list of the
-// same rects tells the same, and so do the nodes of the tree gone over by hand.
+// Interprets any bytes as the capacity of a tree and small rects, each inserted and then queried. A
+// list of the same rects must return the same, and so must a search through the nodes.
 
 namespace {
 
@@ -26,7 +26,8 @@ Rect takeRect(Bytes& bytes) {
 
 using Node = RTree<std::size_t>::Node;
 
-/// How many elements lie in it, going down only where a directory's rect meets it.
+/// Returns how many elements intersect the rect. Visits a child only if its directory rect
+/// intersects it.
 std::size_t countIn(const Node& node, const Rect& rect) {
   std::size_t count = 0;
   for (const auto& entry : node.leafEntries()) {
