@@ -2,6 +2,6 @@ tq_add_room_tests(TQSpatial
   ${CMAKE_CURRENT_LIST_DIR}/BreakpointTableTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/LazyPruneTreeTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/RTreeTest.cpp)
-# An executable of its own, for it replaces the allocation functions.
+# A separate executable, because it replaces the allocation functions.
 tq_add_room_tests(TQSpatialFault
   ${CMAKE_CURRENT_LIST_DIR}/RTreeFaultTest.cpp)

@@ -67,12 +67,11 @@ TEST(Path, KeepsItsElementsInOrder) {
 }
 
 TEST(Path, SegmentsAreWhatItDraws) {
-  EXPECT_EQ(segments(example()), (std::vector<TQBezierSegment>{
-                                     TQBezierSegment::straight({0, 0}, {4, 0}),
-                                     TQBezierSegment::quadratic({4, 0}, {6, 2}, {4, 4}),
-                                     TQBezierSegment::straight({4, 4}, {0, 0}),
-                                     TQBezierSegment::cubic({0, 0}, {1, 3}, {2, 3}, {3, 0}),
-                                 }));
+  EXPECT_THAT(segments(example()),
+              testing::ElementsAre(TQBezierSegment::straight({0, 0}, {4, 0}),
+                                   TQBezierSegment::quadratic({4, 0}, {6, 2}, {4, 4}),
+                                   TQBezierSegment::straight({4, 4}, {0, 0}),
+                                   TQBezierSegment::cubic({0, 0}, {1, 3}, {2, 3}, {3, 0})));
   Path closedTwice = Path::pathWithRect({0, 0, 2, 2});
   closedTwice.close();  // already there: draws nothing
   EXPECT_EQ(segments(closedTwice).size(), 4U);
