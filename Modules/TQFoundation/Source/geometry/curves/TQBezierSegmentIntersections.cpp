@@ -195,7 +195,7 @@ class Crossings {
  private:
   /// Returns the offsets to report: at most two common ends for each group, and each sharp crossing
   /// once.
-  struct Told {
+  struct Reported {
     std::array<TQBezierSegmentOffsets, 2 * kMostCrossings + kMostSharp> offsets;
     std::size_t count = 0;
     std::array<bool, kMostSharp> hasSharp{};
@@ -230,10 +230,10 @@ class Crossings {
   }
 
   void tell(std::span<const Crossing> crossings) {
-    Told told;
-    for (const Crossing& crossing : crossings) gather(crossing, told);
-    const auto begin = told.offsets.begin();
-    const auto end = begin + static_cast<std::ptrdiff_t>(told.count);
+    Reported reported;
+    for (const Crossing& crossing : crossings) gather(crossing, reported);
+    const auto begin = reported.offsets.begin();
+    const auto end = begin + static_cast<std::ptrdiff_t>(reported.count);
     std::sort(begin, end, [](TQBezierSegmentOffsets x, TQBezierSegmentOffsets y) {
       return x.a != y.a ? x.a < y.a : x.b < y.b;
     });
@@ -243,21 +243,21 @@ class Crossings {
 
   /// Returns the common ends and the sharp crossings elsewhere, or the best report if there are
   /// none.
-  void gather(const Crossing& crossing, Told& told) {
-    const std::size_t before = told.count;
+  void gather(const Crossing& crossing, Reported& reported) {
+    const std::size_t before = reported.count;
     if (crossing.gap < 0) {
-      told.add(crossing.first);
-      told.add(crossing.last);
+      reported.add(crossing.first);
+      reported.add(crossing.last);
     }
     for (std::size_t i = 0; i < sharpCount_; ++i) {
       const SharpCrossing& sharp = sharp_[i];
-      if (!crossing.contains(sharp.report) || std::exchange(told.hasSharp[i], true)) continue;
+      if (!crossing.contains(sharp.report) || std::exchange(reported.hasSharp[i], true)) continue;
       const bool isCommonEnd =
           crossing.gap < 0 && std::min(distance(sharp.place, crossing.first),
                                        distance(sharp.place, crossing.last)) <= kLeaf;
-      if (!isCommonEnd) told.add(sharp.report);
+      if (!isCommonEnd) reported.add(sharp.report);
     }
-    if (told.count == before) told.add(crossing.first);
+    if (reported.count == before) reported.add(crossing.first);
   }
 
   const TQBezierSegment& a_;
