@@ -146,7 +146,7 @@ TEST(Rounder, AlignsToABaseAndStepsToAMinimumMagnitude) {
       {"tie away from the base", 1, 3.0, 0.5, 0, 3.5},
       {"no grid", 0, 2.3, 0.5, 0, 2.3 - 0.5 + 0.5},
       {"steps up", 1, 1.2, 0, 3, 3},
-      {"the value's sign decides, not the result's", 10, -1, 4, 5, -6},
+      {"the value's sign decides, not the result's", 10, -1, 3, 5, -7},
       {"zero increment up", 0, 1.2, 0, 3, 3},
       {"negative increment goes the other way", -1, 2, 0, 3, -3},
       {"minimum NaN", 1, 1.2, 0, kNaN, 1},
