@@ -51,7 +51,7 @@ testing::AssertionResult sameStructure(const Tree::Node* node, const PlainRTree:
       return testing::AssertionFailure() << "rect of entry " << i;
     }
     if (node->isLeaf()) {
-      if (node->leafEntries()[i].element != plain.entries[i].element) {
+      if (node->leafEntries()[static_cast<std::ptrdiff_t>(i)].element != plain.entries[i].element) {
         return testing::AssertionFailure() << "element " << i;
       }
     } else if (auto below = sameStructure(node->child(i), *plain.entries[i].child); !below) {
