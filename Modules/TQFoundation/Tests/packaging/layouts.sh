@@ -6,7 +6,7 @@
 measure() {
   to="$TQ_WORK/$1"; shift
   quietly "$CXX" -std=c++20 "$@" -g -femit-class-debug-always \
-    -fno-eliminate-unused-debug-types -I"$TQ_BUILD/include" \
+    -fno-eliminate-unused-debug-types -I"$TQ_SOURCE/Modules/TQFoundation/Include" \
     -c "$tests/layouts.cpp" -o "$to.o"
   readelf --debug-dump=info "$to.o" 2>/dev/null | awk -f "$tests/layouts.awk" | LC_ALL=C sort -u \
     >"$to.txt"
