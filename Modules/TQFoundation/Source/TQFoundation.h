@@ -45,7 +45,6 @@
 #include <TQFoundation/concurrency/locks/TQAtomicStack.h>
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/concurrency/locks/UnfairLock.h>
-#include <TQFoundation/concurrency/locks/UnfairWord.h>
 #include <TQFoundation/concurrency/work/ConcurrentMap.h>
 #include <TQFoundation/concurrency/work/Debouncer.h>
 #include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
@@ -143,7 +142,6 @@
 #include <TQFoundation/platform/threads/SerialQueue.h>
 #include <TQFoundation/platform/threads/SharedLock.h>
 #include <TQFoundation/platform/threads/Thread.h>
-#include <TQFoundation/platform/threads/ThreadSystem.h>
 #include <TQFoundation/platform/threads/TickClock.h>
 #include <TQFoundation/serialisation/TQCompression.h>
 #include <TQFoundation/serialisation/TQDigests.h>

@@ -12,10 +12,10 @@ tq_room(concurrency
   locks/StackNodes.cpp
   locks/TQAtomicStack.cpp locks/TQAtomicStack.h
   locks/TQLazyVar.cpp locks/TQLazyVar.h
-  locks/UnfairLock.h
-  locks/UnfairWord.h
+  locks/UnfairLock.cpp locks/UnfairLock.h
   locks/detail/StackNodes.h
   locks/detail/TaggedStack.h
+  locks/detail/UnfairWord.h
   work/ConcurrentMap.cpp work/ConcurrentMap.h
   work/Debouncer.cpp work/Debouncer.h
   work/TQConcurrentMapOperation.cpp work/TQConcurrentMapOperation.h

@@ -63,7 +63,6 @@ tq_room(platform
   threads/SerialQueue.cpp threads/SerialQueue.h
   threads/SharedLock.h
   threads/Thread.cpp threads/Thread.h
-  threads/ThreadSystem.h
   threads/TickClock.cpp threads/TickClock.h
   threads/detail/FifoLock.h
   INTERNAL
@@ -82,4 +81,5 @@ tq_room(platform
   files/SafeFile.cpp files/SafeFile.h
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONShape.cpp json/JSONShape.h
-  memory/AddressRange.cpp memory/AddressRange.h)
+  memory/AddressRange.cpp memory/AddressRange.h
+  threads/ThreadSystem.h)

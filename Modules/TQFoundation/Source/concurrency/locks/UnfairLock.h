@@ -1,27 +1,30 @@
 #pragma once
 
 /// @file UnfairLock.h
-/// The smallest and fastest lock.
+/// Mutual exclusion in 4 bytes.
+
+#include <atomic>
+#include <cstdint>
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/concurrency/locks/UnfairWord.h>
-#include <TQFoundation/platform/threads/ThreadSystem.h>
+#include <TQFoundation/platform/threads/Thread.h>
 
 namespace tq {
 
-/// Mutual exclusion for short stretches of code, in 4 bytes.
+/// Mutual exclusion for short critical sections, in 4 bytes.
 ///
-/// Threads:    any; the thread that locked is the one that unlocks. Unlocking on another stops the
+/// Threads:    any. The thread that locked must unlock. Unlocking on another thread stops the
 ///             process: "Unlock of an os_unfair_lock not owned by current thread".
-/// Recursion:  none; locking twice stops: "Trying to recursively lock an os_unfair_lock".
-/// Order:      none among waiters; a late one may be served first.
-/// Memory:     what was written before unlock() is seen after the next lock().
-/// Lifetime:   may go away only while nobody holds it or waits for it.
-/// Waiting:    spins for a moment, then sleeps in the kernel.
-/// Priority:   not inherited, on purpose. The kernel lends priority only between real-time threads,
-///             which a desktop program has none of, and its price is a handing over by the kernel
-///             at every contended unlock, that is a switch of threads for each.
+/// Recursion:  not allowed. Locking twice stops the process: "Trying to recursively lock an
+///             os_unfair_lock".
+/// Fairness:   none; a late waiter may get the lock first.
+/// Memory:     writes before unlock() are visible after the next lock().
+/// Lifetime:   must not be destroyed while a thread holds it or waits for it.
+/// Waiting:    spins for a short time, then sleeps in the kernel.
+/// Priority:   not inherited, on purpose. The kernel inherits priorities only between real-time
+///             threads, which a desktop program does not have. In return it would hand the lock
+///             over itself at every contended unlock, with a thread switch each time.
 class TQ_EXPORT TQ_CAPABILITY("lock") UnfairLock {
  public:
   UnfairLock() noexcept { detail::lockMade(this); }
@@ -29,22 +32,37 @@ class TQ_EXPORT TQ_CAPABILITY("lock") UnfairLock {
   UnfairLock(const UnfairLock&) = delete;
   UnfairLock& operator=(const UnfairLock&) = delete;
 
-  /// Waits for the lock. Not twice on one thread.
+  /// Waits until the lock is free and takes it.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS {
     detail::willLock(this);
-    word_.lock();
+    const std::uint32_t self = currentThreadNumber();
+    std::uint32_t found = 0;
+    // Acquire: pairs with the release in unlock().
+    if (!word_.compare_exchange_strong(found, self, std::memory_order_acquire,
+                                       std::memory_order_relaxed)) {
+      lockSlowly(self, found);
+    }
     detail::didLock(this);
   }
 
-  /// Lets the lock go; only on the thread that took it.
+  /// Releases the lock.
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS {
     detail::willUnlock(this);
-    word_.unlock();
+    const std::uint32_t self = currentThreadNumber();
+    std::uint32_t found = self;
+    // Release: the next thread to lock sees what this thread wrote.
+    if (!word_.compare_exchange_strong(found, 0, std::memory_order_release,
+                                       std::memory_order_relaxed)) {
+      unlockSlowly(self, found);
+    }
     detail::didUnlock(this);
   }
 
  private:
-  detail::UnfairWord<detail::ThreadSystem> word_;
+  void lockSlowly(std::uint32_t self, std::uint32_t found) noexcept;
+  void unlockSlowly(std::uint32_t self, std::uint32_t found) noexcept;
+
+  std::atomic<std::uint32_t> word_{0};  // its values: see detail/UnfairWord.h
 };
 static_assert(sizeof(UnfairLock) == 4);
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include <TQFoundation/concurrency/locks/UnfairWord.h>
 #include <TQFoundation/concurrency/locks/detail/TaggedStack.h>
+#include <TQFoundation/concurrency/locks/detail/UnfairWord.h>
 #include <TQFoundation/platform/threads/detail/FifoLock.h>
 
 #include "support/ThreadModel.h"
