@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Atomic.h
-/// A value that any thread may read and change.
+/// A value with serialised access from any thread.
 
 #include <concepts>
 #include <functional>
@@ -11,35 +11,36 @@
 
 namespace tq {
 
-/// A value whose every access is a trip onto a serial queue of its own, so that all reads and
-/// writes are in one order, that of their coming.
+/// A value whose accesses all run on a serial queue of its own. Reads and writes take place one at
+/// a time, in order of arrival.
 ///
-/// mutate(), increment() and decrement() are indivisible. Reading and then writing is two trips,
-/// and so is modify(): another thread may write in between, and is overwritten.
+/// mutate(), increment() and decrement() are atomic. A read followed by a write is not, and neither
+/// is modify(): another thread may write in between, and its value is overwritten.
 ///
 /// Threads:   any.
-/// Recursion: none; an access from inside mutate() on the same box stops the process, see
+/// Recursion: not allowed. Accessing a value inside its own mutate() stops the process, see
 ///            SerialQueue.
 template <class T>
 class Atomic {
  public:
-  /// A box that holds the value.
+  /// Creates the box with its first value.
   explicit Atomic(T wrappedValue) : value_(std::move(wrappedValue)) {}
   Atomic(const Atomic&) = delete;
   Atomic& operator=(const Atomic&) = delete;
 
-  /// A copy of the value, made inside the box.
+  /// Returns a copy of the value, made on the queue.
   [[nodiscard]] T wrappedValue() const {
     return queue_.sync([this] { return value_; });
   }
 
-  /// The value before goes away after the trip: its destructor may call back in.
+  /// Replaces the value. The previous value is destroyed off the queue, so its destructor may
+  /// access this box.
   void setWrappedValue(T value) {
     queue_.sync([&] { std::swap(value_, value); });
   }
 
-  /// Reads in one trip, lets `change` work on the copy outside the queue, and writes it back in a
-  /// second trip. Nothing is written when `change` throws.
+  /// Reads the value, calls `change` with the copy outside the queue, and writes the copy back as a
+  /// second access. Nothing is written if `change` throws.
   template <std::invocable<T&> F>
   void modify(F&& change) {
     T value = wrappedValue();
@@ -47,18 +48,18 @@ class Atomic {
     setWrappedValue(std::move(value));
   }
 
-  /// The box itself, where its value stands for it elsewhere.
+  /// Returns the box itself.
   [[nodiscard]] Atomic& projectedValue() noexcept { return *this; }
 
-  /// Runs `change` on the value itself, in one trip, and answers its result. What it throws passes
-  /// through; the value stays as it was left.
+  /// Calls `change` with the value itself, as one access, and returns its result. Exceptions of
+  /// `change` propagate; the value stays as `change` left it.
   template <std::invocable<T&> F>
   decltype(auto) mutate(F&& change) {
     return queue_.sync(
         [&]() -> decltype(auto) { return std::invoke(std::forward<F>(change), value_); });
   }
 
-  /// Adds or subtracts 1, in one trip. Beyond the type's limits is the caller's fault.
+  /// Adds or subtracts 1 as one access. Overflow is undefined for signed types.
   void increment() requires std::integral<T> {
     queue_.sync([this] { ++value_; });
   }
@@ -68,7 +69,7 @@ class Atomic {
 
  private:
   mutable SerialQueue queue_{"Atomic queue"};
-  T value_;  // touched on queue_ alone
+  T value_;  // accessed only on queue_
 };
 
 }  // namespace tq

@@ -12,17 +12,18 @@
 
 namespace tq {
 
-/// Locks the monitor of the object that it holds. All synchronizers over one object are one lock;
-/// it is recursive. Over no object it locks nothing. Unlocking what this thread does not hold does
-/// nothing.
+/// Locks the monitor of an object. All synchronizers of one object share one lock, which is
+/// recursive. A synchronizer of a null object locks nothing. unlock() on a thread that does not
+/// hold the lock does nothing.
 class TQ_EXPORT TQ_CAPABILITY("object monitor") ObjectSynchronizer {
  public:
-  /// Holds the object, whose monitor is the lock.
+  /// Keeps the object alive. Its monitor is the lock.
   explicit ObjectSynchronizer(Ref<Object> object) noexcept : object_(std::move(object)) {}
 
-  /// @throws std::bad_alloc, when there is no memory for the object's first monitor
+  /// Waits for the monitor and enters it.
+  /// @throws std::bad_alloc if there is no memory for the object's first monitor
   void lock() TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { monitorEnter(object_.get()); }
-  /// Lets the monitor go; only on the thread that took it.
+  /// Exits the monitor.
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS { monitorExit(object_.get()); }
 
  private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file ReadWriteLock.h
-/// Many readers or one writer.
+/// A reader-writer lock as an object.
 
 #include <functional>
 #include <string_view>
@@ -14,12 +14,13 @@
 
 namespace tq {
 
-/// A reader-writer lock that others can hold on to. Made by makeRef<ReadWriteLock>().
+/// A reader-writer lock with shared ownership. Create it with makeRef<ReadWriteLock>().
 ///
-/// Threads:   any; the thread that locked is the one that unlocks.
-/// Recursion: a reader may read again. A reader must not ask for writing: it would wait for itself.
-///            A writer must not lock again at all; debug builds stop at that.
-/// Order:     the system's: readers are preferred.
+/// Threads:   any. The thread that locked must unlock.
+/// Recursion: a reader may lock for reading again. A reader must not lock for writing: it would
+///            wait for itself. A writer must not lock again at all; debug builds stop the process
+///            then.
+/// Fairness:  the operating system's; readers are preferred.
 class TQ_EXPORT TQ_CAPABILITY("reader-writer lock") ReadWriteLock final
     : public Subclass<ReadWriteLock> {
  public:
@@ -28,21 +29,21 @@ class TQ_EXPORT TQ_CAPABILITY("reader-writer lock") ReadWriteLock final
   class ReadLock;
   class WriteLock;
 
-  /// Views that keep this lock alive: Lockable, for code that takes any lock.
+  /// Return the read and the write side as Lockable types. They keep this lock alive.
   [[nodiscard]] ReadLock read() noexcept;
   [[nodiscard]] WriteLock write() noexcept;
 
-  /// Waits for a shared hold; any number of threads may have one at once.
+  /// Locks for reading. Any number of threads may read at once.
   void lockForRead() noexcept TQ_ACQUIRE_SHARED() TQ_NO_THREAD_SAFETY_ANALYSIS {
     lock_.lockForRead();
   }
-  /// Waits for the exclusive hold.
+  /// Locks for writing, exclusively.
   void lockForWrite() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_.lockForWrite(); }
-  /// Lets go of either kind of hold.
+  /// Releases the lock, whether it is held for reading or for writing.
   void unlock() noexcept TQ_RELEASE_GENERIC() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_.unlock(); }
 
-  /// Runs `execute` under the shared or the exclusive lock and answers its result. The lock is free
-  /// again in every case; what the closure throws passes through.
+  /// Runs `execute` with the lock held for reading or for writing, and returns its result. The lock
+  /// is released in every case. Exceptions of the closure propagate.
   template <class F>
   decltype(auto) protectedRead(F&& execute);
   template <class F>
@@ -52,13 +53,13 @@ class TQ_EXPORT TQ_CAPABILITY("reader-writer lock") ReadWriteLock final
   SharedLock lock_;
 };
 
-/// The older name, under which the lock is known to much of the host.
+/// The older name of the class.
 using TQReadWriteLock = ReadWriteLock;
 
-/// The shared side of a lock.
+/// The read side of a ReadWriteLock.
 class TQ_EXPORT TQ_CAPABILITY("read lock") ReadWriteLock::ReadLock {
  public:
-  /// Takes, and lets go of, a shared hold.
+  /// Lock for reading, and release.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->lockForRead(); }
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->unlock(); }
 
@@ -69,10 +70,10 @@ class TQ_EXPORT TQ_CAPABILITY("read lock") ReadWriteLock::ReadLock {
   Ref<ReadWriteLock> lock_;
 };
 
-/// The exclusive side of a lock.
+/// The write side of a ReadWriteLock.
 class TQ_EXPORT TQ_CAPABILITY("write lock") ReadWriteLock::WriteLock {
  public:
-  /// Takes, and lets go of, the exclusive hold.
+  /// Lock for writing, and release.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->lockForWrite(); }
   void unlock() noexcept TQ_RELEASE() TQ_NO_THREAD_SAFETY_ANALYSIS { lock_->unlock(); }
 
@@ -86,10 +87,10 @@ class TQ_EXPORT TQ_CAPABILITY("write lock") ReadWriteLock::WriteLock {
 inline ReadWriteLock::ReadLock ReadWriteLock::read() noexcept { return ReadLock(*this); }
 inline ReadWriteLock::WriteLock ReadWriteLock::write() noexcept { return WriteLock(*this); }
 
-/// Holds a lock for reading, or for writing, for as long as it lives.
+/// Holds a lock for reading until the end of the scope.
 class TQ_SCOPED_CAPABILITY ReadLocked {
  public:
-  /// Waits for a shared hold on `lock`, which must outlive this.
+  /// Locks for reading. The lock must outlive this object.
   explicit ReadLocked(ReadWriteLock& lock) noexcept TQ_ACQUIRE_SHARED(lock) : lock_(lock) {
     lock_.lockForRead();
   }
@@ -101,10 +102,10 @@ class TQ_SCOPED_CAPABILITY ReadLocked {
   ReadWriteLock& lock_;
 };
 
-/// Holds a lock for writing for as long as it lives.
+/// Holds a lock for writing until the end of the scope.
 class TQ_SCOPED_CAPABILITY WriteLocked {
  public:
-  /// Waits for the exclusive hold on `lock`, which must outlive this.
+  /// Locks for writing. The lock must outlive this object.
   explicit WriteLocked(ReadWriteLock& lock) noexcept TQ_ACQUIRE(lock) : lock_(lock) {
     lock_.lockForWrite();
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file ResettableLazy.h
-/// A value loaded when it is first read, and again after a reset.
+/// A lazy value that can be reset.
 
 #include <functional>
 #include <optional>
@@ -9,23 +9,25 @@
 
 namespace tq {
 
-/// Not synchronised. A loader that throws leaves nothing loaded.
+/// A value that is loaded at its first read, and again at the first read after reset(). If the
+/// loader throws, no value is stored. Threads: one at a time.
 template <class T>
 class ResettableLazy {
  public:
-  /// @param loader  makes the value; runs at the first read after construction or reset()
+  /// @param loader  returns the value; called at the first read after construction or reset()
   explicit ResettableLazy(std::function<T()> loader) : loader_(std::move(loader)) {}
 
-  /// The value, loaded if need be; lent until it is set or reset, and open to change in place.
+  /// Returns the value, loaded if necessary. The reference is valid until the value is set or
+  /// reset. The value may be changed through it.
   [[nodiscard]] T& wrappedValue() {
     if (!value_) value_ = loader_();
     return *value_;
   }
   void setWrappedValue(T value) { value_ = std::move(value); }
 
-  /// True when the next read does not run the loader.
+  /// True if the next read does not call the loader.
   [[nodiscard]] bool isLoaded() const noexcept { return value_.has_value(); }
-  /// Forgets the value; the next read loads again.
+  /// Discards the value. The next read loads it again.
   void reset() noexcept { value_.reset(); }
 
  private:

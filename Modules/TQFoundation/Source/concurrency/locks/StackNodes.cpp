@@ -7,8 +7,8 @@
 #include <TQFoundation/platform/memory/AddressRange.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
-// Free nodes are handed between the process and its threads kBatch at a time; the common case
-// touches the thread's own few alone.
+// Threads keep some free nodes of their own and exchange them with the process-wide list, kBatch at
+// a time. The common case uses only the thread's own nodes.
 
 namespace tq::detail {
 
@@ -17,11 +17,11 @@ thread_local constinit OwnNodes ownNodes;
 
 namespace {
 
-constexpr std::uint32_t kMostNodes = 1 << 26;  // 1 GiB of addresses
+constexpr std::uint32_t kMostNodes = 1 << 26;  // 1 GiB of address space
 constexpr std::uint32_t kGrowth = 4096;        // 64 KiB of nodes
 constexpr std::uint32_t kBatch = OwnNodes::kMost / 2;
 
-/// All nodes that no stack and no thread has, linked through `next`.
+/// The free nodes that no thread keeps, linked through `next`.
 class SharedNodes {
  public:
   /// @throws std::bad_alloc
@@ -33,7 +33,7 @@ class SharedNodes {
     stackNode(number).next.store(first_, std::memory_order_relaxed);
     first_ = number;
   }
-  /// Whether allocate() just takes one.
+  /// True if allocate() neither maps memory nor throws.
   [[nodiscard]] bool hasOne() const noexcept TQ_REQUIRES(lock) {
     return first_ != 0 || next_ < usable_;
   }
@@ -41,7 +41,7 @@ class SharedNodes {
   UnfairLock lock;
 
  private:
-  // Number 0 names no node. Zeroed memory is a row of nodes.
+  // Number 0 is no node. Zeroed memory is an array of valid nodes.
   std::uint32_t made() TQ_REQUIRES(lock) {
     if (stackNodes.load(std::memory_order_relaxed) == nullptr) {
       stackNodes.store(static_cast<StackNode*>(reserveRange(kMostNodes * sizeof(StackNode))),
@@ -61,7 +61,7 @@ class SharedNodes {
 };
 
 SharedNodes& shared() noexcept {
-  static auto& all = *new SharedNodes;  // never destroyed: threads may outlive main
+  static auto& all = *new SharedNodes;  // never destroyed: threads may run after main returns
   return all;
 }
 
@@ -71,7 +71,8 @@ void giveBack(std::uint32_t count) noexcept {
   for (; count > 0; --count) all.free(ownNodes.numbers[--ownNodes.count]);
 }
 
-// Gives the thread's nodes back when it ends. Destructors that run later keep none.
+// Returns the thread's nodes when it ends. Thread-local destructors that run later use the shared
+// list.
 struct AtThreadEnd {
   ~AtThreadEnd() {
     isGone = true;

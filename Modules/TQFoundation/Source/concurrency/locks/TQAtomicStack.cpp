@@ -14,8 +14,8 @@ struct StackSystem {
     return detail::stackNode(node).next;
   }
 
-  // Another thread has just changed the head: it gets a moment to do so again, which costs less
-  // than fighting for the cache line.
+  // Another thread has just changed the head. Pausing lets it finish more operations, which costs
+  // less than competing for the cache line.
   static void relax() noexcept {
     for (int i = 0; i < 16; ++i) relaxProcessor();
   }
@@ -30,7 +30,7 @@ struct TQAtomicStack::Head {
     nodes.push(node);
   }
 
-  /// Lent.
+  /// Returns the object without a reference, or null.
   Object* pop() noexcept {
     const std::uint32_t node = nodes.pop();
     if (node == 0) return nullptr;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQAtomicStack.h
-/// A stack of object references for any number of threads, without a lock.
+/// A lock-free stack of objects.
 
 #include <memory>
 
@@ -10,29 +10,30 @@
 
 namespace tq {
 
-/// Last in, first out. Holds its elements without owning them, on purpose: whoever pushes an object
-/// keeps it alive until it has been popped.
+/// A last-in, first-out stack. It does not own its elements, on purpose: callers must keep a pushed
+/// object alive until it has been popped.
 ///
-/// Threads: any, at once, but for the destructor. Lock-free: a thread that is held up anywhere in
-///          push() or pop() holds up no other; only fetching nodes from the process, once in 32
-///          times at the most, takes a lock.
-/// Order:   what was written before a push is seen after its pop; both are full barriers.
-/// Cost:    no allocation but for nodes that the process has not had in use at once before. Those
-///          are kept for later stacks: 16 bytes each, for the life of the process, within 1 GiB of
-///          addresses. So all stacks together hold 67 million elements at the most.
+/// Threads: any, concurrently, except the destructor. Lock-free: a thread suspended inside push()
+///          or pop() never blocks another. The one exception is the exchange of nodes with the
+///          process-wide list, which takes a lock at most once in 32 calls.
+/// Memory:  writes before a push are visible after its pop; both are full barriers.
+/// Cost:    allocates only when the process needs more nodes at once than ever before. Nodes take
+///          16 bytes each and are reused until the process ends. They lie in 1 GiB of address
+///          space, so all stacks together hold at most 67 million elements.
 class TQ_EXPORT TQAtomicStack {
  public:
   /// @throws std::bad_alloc
   TQAtomicStack();
-  /// Forgets what is still on it.
+  /// Returns the nodes of the remaining elements. The elements themselves are not touched.
   ~TQAtomicStack();
   TQAtomicStack(const TQAtomicStack&) = delete;
   TQAtomicStack& operator=(const TQAtomicStack&) = delete;
 
-  /// @throws std::bad_alloc, having pushed nothing
+  /// Pushes `object`.
+  /// @throws std::bad_alloc; the stack is unchanged then
   void push(Object& object);
 
-  /// The object pushed last, with a reference for the caller; none when the stack is empty.
+  /// Removes and returns the object that was pushed last. Returns null if the stack is empty.
   [[nodiscard]] Ref<Object> pop() noexcept;
 
  private:

@@ -10,7 +10,8 @@ void TQLazyVarFree(TQLazyVar* var) noexcept { delete var; }
 
 namespace detail {
 
-// Both under the mutex, so that nobody goes to sleep between looking and being woken.
+// Both hold the mutex: otherwise a waiting thread could check the value, miss the notification, and
+// then sleep for ever.
 void lazyVarFinish(TQLazyVar& var, void* result) noexcept {
   const std::scoped_lock guard(var.mutex);
   var.value.exchange(result, std::memory_order_acq_rel);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQLazyVar.h
-/// A pointer computed when it is first asked for, by one thread while the others wait.
+/// A lazily computed pointer for any number of threads.
 
 #include <atomic>
 #include <condition_variable>
@@ -13,46 +13,49 @@
 
 namespace tq {
 
-/// One lazily computed pointer. What it points at is nobody's but the caller's.
+/// A lazily computed pointer. The caller owns the object that it points to.
 ///
-/// | value | means |
+/// | value | meaning |
 /// |---|---|
 /// | null | not computed |
-/// | the record's own address | being computed |
-/// | anything else | the result, for good |
+/// | the address of the record itself | being computed |
+/// | any other | the result; it never changes again |
 struct TQ_EXPORT TQLazyVar {
-  std::atomic<void*> value{nullptr};  ///< what was calculated; null until then
-  std::mutex mutex;                   ///< guards the calculation's end, and the waiting for it
-  std::condition_variable condition;  ///< told when a calculation ends
+  std::atomic<void*> value{nullptr};  ///< the state, see the table
+  std::mutex mutex;                   ///< held to end a calculation and to wait for its end
+  std::condition_variable condition;  ///< notified when a calculation ends
 };
 
-/// A new record, to be released by TQLazyVarFree().
+/// Creates a record. Release it with TQLazyVarFree().
 /// @throws std::bad_alloc
 [[nodiscard]] TQ_EXPORT TQLazyVar* TQLazyVarCreate();
 
-/// Releases the record, which nobody uses any more; null is ignored.
+/// Releases a record that no thread uses any more. Null is ignored.
 TQ_EXPORT void TQLazyVarFree(TQLazyVar* var) noexcept;
 
-/// The word as it is, without waiting: null, the record's address, or the result. Any thread.
+/// Returns the current state without waiting: null, the record's address, or the result.
+/// Threads: any.
 [[nodiscard]] inline void* TQLazyVarGetValue(const TQLazyVar* var) noexcept {
   return var->value.load(std::memory_order_acquire);
 }
 
 namespace detail {
-/// Stores what was computed and wakes all who wait.
+/// Stores the result and wakes all waiting threads.
 TQ_EXPORT void lazyVarFinish(TQLazyVar& var, void* result) noexcept;
 TQ_EXPORT void* lazyVarWait(TQLazyVar& var, int timeoutSeconds);
 }  // namespace detail
 
-/// The result, computed by `calculationBlock` if nobody has begun to. The block runs with no lock
-/// held, on one thread at a time; the others wait. A block that answers null, or throws, leaves the
-/// variable not computed: who waited gets null, and the next call computes again. A block that asks
-/// for its own variable waits for itself.
+/// Returns the result. Calls `calculationBlock` if the result is not computed and no other thread
+/// is computing it.
 ///
-/// @param timeout  whole seconds to wait for another thread, by the real-time clock; 0 or less
-///                 waits without limit. The computing thread itself is never interrupted.
-/// @return the result; null on time-out
-/// A null `var` or block stops the process. Any thread. Cost when computed: one acquire load.
+/// The block runs with no lock held, on one thread at a time; other threads wait for it. If it
+/// returns null or throws, the variable stays not computed: the waiting threads get null, and the
+/// next call computes again. A block that requests its own variable waits for itself for ever.
+///
+/// @param timeout  whole seconds to wait for another thread, measured by the real-time clock. 0 or
+///                 less waits without limit. The computing thread itself is never interrupted.
+/// @return the result, or null after a time-out
+/// A null `var` or block stops the process. Threads: any. Cost when computed: one acquire load.
 template <class Block>
 void* TQLazyVarGetOrCalculateValue(TQLazyVar* var, int timeout, Block&& calculationBlock) {
   if (var == nullptr) assertionFailed(__func__, __FILE__, __LINE__, "(var) != nil");
@@ -61,7 +64,7 @@ void* TQLazyVarGetOrCalculateValue(TQLazyVar* var, int timeout, Block&& calculat
       assertionFailed(__func__, __FILE__, __LINE__, "(calculationBlock) != nil");
     }
   }
-  // Acquire, here and below: what the result points at was written before it was stored.
+  // Acquire, here and below: the object behind the result was written before the result was stored.
   void* value = var->value.load(std::memory_order_acquire);
   if (value == nullptr && var->value.compare_exchange_strong(value, var, std::memory_order_acquire,
                                                              std::memory_order_acquire)) {

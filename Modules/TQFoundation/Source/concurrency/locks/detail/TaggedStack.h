@@ -8,17 +8,16 @@
 
 namespace tq::detail {
 
-/// A last-in, first-out list whose nodes are known by number, so that the head fits one word with a
-/// tag beside the number: `tag << 32 | number`, number 0 for none.
+/// A last-in, first-out list of numbered nodes. A number and a tag fit in one 64-bit head:
+/// `tag << 32 | number`. Number 0 means that the stack is empty.
 ///
-/// The tag grows with every pop and push. Without it, a thread that has read head A and its link B
-/// and is then held up could meet A at the head again, pushed anew with another link, and would put
-/// the stale B in place (the ABA problem). It would now have to be held up for exactly a multiple
-/// of 2^32 changes.
+/// The tag increases with every push and pop. It solves the ABA problem: a thread reads head A and
+/// its link B and is suspended; others pop A and push it again with another link; without the tag,
+/// the thread would find A at the head and store the stale B. With it, that needs exactly a
+/// multiple of 2^32 changes in between.
 ///
-/// A popper may read the link of a node that another thread has popped already. So nodes are never
-/// unmapped and links are atomic; what it read is thrown away when the head turns out to have
-/// changed.
+/// pop() may read the link of a node that another thread has already popped. Therefore nodes are
+/// never unmapped and links are atomic. The value is discarded because the head has changed.
 ///
 /// `System` supplies Word64, relax() and `link(number)`, the atomic link of a node.
 template <class System>
@@ -28,19 +27,19 @@ class TaggedStack {
   TaggedStack(const TaggedStack&) = delete;
   TaggedStack& operator=(const TaggedStack&) = delete;
 
-  /// Puts a node that the caller owns on top. What was written to it is seen by whoever pops it.
+  /// Pushes a node, which the caller must own. Writes to it are visible to the thread that pops it.
   void push(std::uint32_t node) {
     std::uint64_t head = head_.load(std::memory_order_relaxed);
     for (;;) {
       // Relaxed: published by the exchange below.
       System::link(node).store(static_cast<std::uint32_t>(head), std::memory_order_relaxed);
-      // Full barrier, as an atomic enqueue promises; so is the pop's.
+      // Full barrier, as TQAtomicStack documents; the same in pop().
       if (head_.compare_exchange_strong(head, retagged(head, node))) return;
       System::relax();
     }
   }
 
-  /// Takes the top node, which is the caller's from then on; 0 when there is none.
+  /// Pops the top node, which the caller then owns. Returns 0 if the stack is empty.
   [[nodiscard]] std::uint32_t pop() {
     // Acquire: the link of the node was written before the head that names it.
     std::uint64_t head = head_.load(std::memory_order_acquire);
