@@ -6,9 +6,10 @@
 #include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 #include <TQFoundation/concurrency/locks/ObjectSynchronizer.h>
 
-// In every function that changes the table, what is taken out is declared before the guard, and
-// what comes in is held outside of it: it goes after the lock, also when memory runs out, since its
-// destructor may call back in.
+// Destructors of owners, keys and objects may call back in, so no reference may be dropped with the
+// lock held. In every function that changes the table, removed entries are stored in variables
+// declared before the guard, and new ones are held by the caller. This holds even when an
+// allocation fails.
 
 namespace tq {
 
@@ -49,8 +50,9 @@ void TQCache::setCachedObject(Ref<Object> object, Object& forOwner, const Object
   displaced = store(object, forOwner, *key);
 }
 
-// A placeholder that turns up while the monitor is held is resolved without it, in another round:
-// its creation may need the monitor for a key of its own.
+// If the entry has changed by the time the monitor is held, the loop starts again. A new
+// placeholder is then resolved without the monitor, because its creation may need the monitor for
+// another key.
 Ref<Object> TQCache::blockingCachedObjectForOwner(Object& owner, const Object& andKey,
                                                   const CreationBlock& orCreateWithBlock) {
   for (;;) {
@@ -87,7 +89,7 @@ void TQCache::populateCacheForObjectWithOwner(Object& owner, const Object& andKe
   resolve(placeholder, owner, andKey);
 }
 
-// A creation that throws leaves no placeholder behind, which would stand for none for ever.
+// If the creation throws, the placeholder is removed. It would return null for ever.
 Ref<Object> TQCache::resolve(const Ref<Object>& placeholder, Object& owner, const Object& key) {
   Ref<Object> resolved;
   try {
@@ -100,9 +102,9 @@ Ref<Object> TQCache::resolve(const Ref<Object>& placeholder, Object& owner, cons
   return resolved;
 }
 
-// Puts the object where the placeholder was: also when the key was removed while it was created,
-// but not over a later entry. Looking and storing are one step, or a later placeholder could be
-// lost and its object be created twice.
+// Replaces the placeholder by the object. The object is also stored if the key was removed during
+// the creation, but it does not replace a later entry. Checking and storing hold the lock together:
+// otherwise a later placeholder could be overwritten and its object created twice.
 void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
                       const Object& key) {
   const Ref<Object> copied = key.copy();

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQCache.h
-/// Objects remembered for an owner under a key, created once however many ask.
+/// A thread-safe object cache by owner and key. Each object is created once.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,63 +17,66 @@
 
 namespace tq {
 
-/// Cached objects by owner, then key. Owners are told apart by identity, and are held weakly unless
-/// asked otherwise: an owner that goes takes its entries with it, and a new owner at its address
-/// inherits nothing. The caller holds the owner: in its destructor it can no longer be one. Keys
-/// are copied and compared by equality; their isEqual() and hash() run under the cache's lock and
-/// must not call back in. Owners and keys are references: none cannot be asked.
+/// Cached objects by owner, then by key.
 ///
-/// Threads: any. Creation blocks, and destructors of what the cache lets go of, run without the
-///          cache's lock and may call back in. Lock order: the owner's monitor, then the cache's
-///          lock.
-/// Memory:  what a gone owner held is let go of at the next change, count() or allOwners().
+/// Owners: compared by identity. They are held weakly by default: when an owner is destroyed, its
+///         entries become invalid, and a new owner at the same address does not inherit them. The
+///         caller must hold the owner; an owner's destructor must not use the cache for it.
+/// Keys:   copied, and compared by equality. Their isEqual() and hash() run with the cache's lock
+///         held and must not call the cache.
+/// Threads: any. Creation blocks, and destructors of removed objects, run without the cache's lock
+///          and may call the cache. Lock order: the owner's monitor, then the cache's lock.
+/// Memory:  the entries of a destroyed owner are released at the next change, count() or
+///          allOwners().
 class TQ_EXPORT TQCache final : public Subclass<TQCache> {
  public:
   static constexpr std::string_view className = "TQCache";
-  /// Makes the object to be cached; may answer none.
+  /// Creates the object to be cached. May return null.
   using CreationBlock = std::function<Ref<Object>()>;
 
-  /// An empty cache that holds its owners weakly.
+  /// Creates an empty cache that holds its owners weakly.
   [[nodiscard]] static Ref<TQCache> init() { return initWithOwnerRetentionPolicy(0); }
-  /// @param policy  0 holds owners weakly, any other strongly
+  /// Creates an empty cache.
+  /// @param policy  0 holds owners weakly, any other value strongly
   [[nodiscard]] static Ref<TQCache> initWithOwnerRetentionPolicy(std::intptr_t policy);
 
-  /// What is stored, be it a placeholder.
+  /// Returns the stored object, which may be a TQCacheDeferredCreation, or null.
   [[nodiscard]] Ref<Object> rawObjectForOwner(const Object& owner, const Object& andKey) const;
-  /// The object; of a placeholder what it stands for, waiting for its creation or running it.
+  /// Returns the cached object, or null. If its creation is pending, waits for it or runs it.
   [[nodiscard]] Ref<Object> cachedObjectForOwner(const Object& owner, const Object& andKey) const;
 
-  /// Stores the object; none removes the key, and keeps the owner counted.
+  /// Stores the object. Null removes the key; the owner still counts in count().
   void setCachedObject(Ref<Object> object, Object& forOwner, const Object& andKey);
 
-  /// The object; when missing, the block's, which runs inside the owner's monitor: one creation per
-  /// owner at a time. A block that answers none leaves nothing under the key; what it throws passes
-  /// through.
+  /// Returns the cached object. If there is none, runs the block inside the owner's monitor, so
+  /// that only one creation per owner runs at a time, and stores its result. If the block returns
+  /// null, nothing is stored. Exceptions of the block propagate.
   Ref<Object> blockingCachedObjectForOwner(Object& owner, const Object& andKey,
                                            const CreationBlock& orCreateWithBlock);
 
-  /// The same with the block run outside the monitor: creations for different keys run side by
-  /// side, one for the same key runs once and the others wait for it. When it throws, the error
-  /// goes to its own caller, and one of those who waited creates with its own block.
-  /// What somebody else stored under the key in the meantime stays.
+  /// Returns the cached object. If there is none, runs the block without the monitor and stores its
+  /// result. Creations for different keys run concurrently; for one key a single block runs and the
+  /// other callers wait. If the block throws, its own caller gets the exception, and one of the
+  /// waiting callers runs its own block. An object that another thread has stored under the key in
+  /// the meantime is kept.
   Ref<Object> cachedObjectForOwner(Object& owner, const Object& andKey,
                                    const CreationBlock& orCreateWithBlock);
 
-  /// Creates the entry unless there is one, or one is being created.
+  /// Creates the entry unless it exists or is being created.
   void populateCacheForObjectWithOwner(Object& owner, const Object& andKey,
                                        const CreationBlock& creationBlock);
 
-  /// Forgets one entry of the owner, or all of them; nothing happens when there is none.
+  /// Remove one entry of the owner, or all of them. Missing entries are ignored.
   void removeCachedObjectForOwner(const Object& owner, const Object& andKey);
   void removeCachedObjectsForOwner(const Object& owner);
-  /// Owners that come while this runs stay.
+  /// Removes the entries of all other owners. Owners that are added during the call stay.
   void removeCachedObjectsExceptForOwners(std::span<const Ref<Object>> ownersToKeep);
-  /// Forgets every entry of every owner.
+  /// Removes all entries of all owners.
   void removeAllCachedObjects();
 
-  /// Owners in the table that live.
+  /// Returns the number of living owners in the cache.
   [[nodiscard]] std::size_t count() const;
-  /// Each once, by identity, in no order.
+  /// Returns all living owners, each once, in no particular order.
   [[nodiscard]] std::vector<Ref<Object>> allOwners() const;
 
  private:

@@ -6,7 +6,7 @@ namespace tq {
 namespace {
 
 TQCacheDeferredCreation* placeholderIn(const Ref<Object>& object) noexcept {
-  // The class is final: its record tells it apart without a cast.
+  // The class is final, so comparing class records is enough.
   if (object == nullptr || &object->objectClass() != &classOf<TQCacheDeferredCreation>) {
     return nullptr;
   }
@@ -23,7 +23,7 @@ Ref<TQCacheDeferredCreation> TQCacheDeferredCreation::initWithBlock(CreationBloc
 }
 
 Ref<Object> TQCacheDeferredCreation::resolve() {
-  // Taken first: the block may come back here.
+  // Cleared before the call, because the block may call resolve() again.
   if (const CreationBlock block = std::exchange(creationBlock_, nullptr)) {
     calculatedObject_ = block();
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQCacheDeferredCreation.h
-/// An object that will be created by whoever asks for it first.
+/// Placeholders for objects that are created at their first use.
 
 #include <functional>
 #include <string_view>
@@ -13,27 +13,27 @@
 
 namespace tq {
 
-/// Stands in a cache for an object until that has been created.
+/// A placeholder in a cache for an object that is not created yet.
 ///
-/// The block runs at most once, on the first thread that resolves the placeholder; others wait and
-/// then see its result. A block that throws, or answers none, leaves none for good: the error goes
-/// to the thread that ran it. A block that resolves its own placeholder is answered none. Threads:
-/// any.
+/// The block runs at most once, on the first thread that resolves the placeholder. Other threads
+/// wait and then get its result. If the block returns null or throws, the result is null for good;
+/// the exception propagates to the thread that ran the block. A block that resolves its own
+/// placeholder gets null. Threads: any.
 class TQ_EXPORT TQCacheDeferredCreation final : public Subclass<TQCacheDeferredCreation> {
  public:
   static constexpr std::string_view className = "TQCacheDeferredCreation";
-  /// Makes the object; may answer none.
+  /// Creates the object. May return null.
   using CreationBlock = std::function<Ref<Object>()>;
 
-  /// A placeholder that has not created yet. An empty block creates none.
+  /// Create an unresolved placeholder. With an empty block, its object is null.
   [[nodiscard]] static Ref<TQCacheDeferredCreation> createWithBlock(CreationBlock block) {
     return initWithBlock(std::move(block));
   }
   [[nodiscard]] static Ref<TQCacheDeferredCreation> initWithBlock(CreationBlock block);
 
-  /// What it stands for: created now, waited for, or there already.
+  /// Returns the object. Creates it, or waits for its creation, if necessary.
   [[nodiscard]] Ref<Object> selfOrDeferredObject();
-  /// The same, but none at once while another thread creates.
+  /// Like selfOrDeferredObject(), but returns null at once while another thread creates the object.
   [[nodiscard]] Ref<Object> unblockingSelfOrDeferredObject();
 
  private:
@@ -45,10 +45,12 @@ class TQ_EXPORT TQCacheDeferredCreation final : public Subclass<TQCacheDeferredC
   CreationBlock creationBlock_ TQ_GUARDED_BY(lock_);
 };
 
-/// What a placeholder stands for, created if need be; every other object itself. None for none.
+/// Returns the object of a placeholder, created if necessary. Returns any other object, and null,
+/// unchanged.
 [[nodiscard]] TQ_EXPORT Ref<Object> TQCache_selfOrDeferredObject(Ref<Object> object);
 
-/// The same, but none at once while another thread creates.
+/// Like TQCache_selfOrDeferredObject(), but returns null at once while another thread creates the
+/// object.
 [[nodiscard]] TQ_EXPORT Ref<Object> TQCache_unblockingSelfOrDeferredObject(Ref<Object> object);
 
 }  // namespace tq

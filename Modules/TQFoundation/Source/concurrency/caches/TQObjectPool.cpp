@@ -13,7 +13,8 @@ Ref<TQObjectPool> TQObjectPool::initWithObjectCreatorBlock(CreatorBlock creatorB
   return Ref<TQObjectPool>::adopt(new TQObjectPool(std::move(creatorBlock)));
 }
 
-// One by one, each out of the pool before it goes: its destructor may call back in.
+// Removes the objects one by one before they are released, because their destructors may call back
+// in.
 TQObjectPool::~TQObjectPool() {
   while (!pool_.empty()) pool_.extract(pool_.begin());
 }
@@ -30,10 +31,10 @@ void TQObjectPool::recycleObject(Ref<Object> object) {
   if (object == nullptr) return;
   const WriteLocked guard(*lock_);
   if (maximumPoolCount_ != 0 && pool_.size() >= maximumPoolCount_) return;
-  // Room first, and some to spare: an insertion that makes it could fail with the object in hand,
-  // under the lock.
+  // Space is reserved first: an insertion that fails to allocate could release the object with the
+  // lock held.
   if (pool_.size() + 1 >= pool_.bucket_count()) pool_.reserve(2 * pool_.size() + 2);
-  pool_.insert(std::move(object));  // never the last reference of one that is idle already
+  pool_.insert(std::move(object));  // if it is in the pool already, another reference exists
 }
 
 std::vector<Ref<Object>> TQObjectPool::removeAllObjects() {

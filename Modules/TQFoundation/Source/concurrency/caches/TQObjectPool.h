@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQObjectPool.h
-/// Objects kept for being used again.
+/// A pool of reusable objects.
 
 #include <cstddef>
 #include <functional>
@@ -16,41 +16,42 @@
 
 namespace tq {
 
-/// Idle objects, each held once (by identity) and strongly, and a block that makes new ones.
+/// Idle objects, and a block that creates new ones. The pool owns its idle objects and holds each
+/// once, by identity.
 ///
-/// Threads: any. The creator, the block of allObjectsWithBlock() and the destructors of dropped
+/// Threads: any. The creator, the block of allObjectsWithBlock() and the destructors of released
 ///          objects run with no lock held.
 class TQ_EXPORT TQObjectPool final : public Subclass<TQObjectPool> {
  public:
   static constexpr std::string_view className = "TQObjectPool";
-  /// Makes an object when none is idle; must not answer none.
+  /// Creates an object. Called when none is idle; must not return null.
   using CreatorBlock = std::function<Ref<Object>()>;
 
-  /// An empty pool without a limit. An empty `creatorBlock` stops the process.
+  /// Creates an empty pool without a limit. An empty `creatorBlock` stops the process.
   [[nodiscard]] static Ref<TQObjectPool> initWithObjectCreatorBlock(CreatorBlock creatorBlock);
 
   ~TQObjectPool() override;
 
-  /// Any idle object, which leaves the pool; a new one when there is none.
+  /// Removes and returns any idle object, or creates one if none is idle.
   [[nodiscard]] Ref<Object> vendObject();
 
-  /// Keeps the object for later, or drops it when the pool is full. None is ignored, and so is one
-  /// that is idle already.
+  /// Returns an object to the pool, or releases it if the pool is full. Null is ignored, and so is
+  /// an object that is in the pool already.
   void recycleObject(Ref<Object> object);
 
-  /// Empties the pool. @return what was idle
+  /// Removes all idle objects and returns them.
   std::vector<Ref<Object>> removeAllObjects();
 
-  /// Calls the block once with the objects that are idle at this moment, held for the call.
+  /// Calls the block once with the current idle objects. They are kept alive during the call.
   void allObjectsWithBlock(const std::function<void(std::span<const Ref<Object>>)>& block);
 
-  /// Most idle objects that are kept; 0: no limit.
+  /// Returns the largest number of idle objects that the pool keeps; 0 means no limit.
   [[nodiscard]] std::size_t maximumPoolCount();
-  /// Drops idle objects until no more than `count` are left, so that 0 first empties the pool and
-  /// then lifts the limit.
+  /// Sets the limit and releases idle objects until at most `count` are left. Thus 0 empties the
+  /// pool and then removes the limit.
   void setMaximumPoolCount(std::size_t count);
 
-  /// As given.
+  /// Returns the block that creates objects.
   [[nodiscard]] const CreatorBlock& creatorBlock() const noexcept { return creatorBlock_; }
 
  private:

@@ -14,7 +14,7 @@ auto& registry() {
 }  // namespace
 
 void TQSingleton::awakeFromNib() {
-  // Swapped, so that the earlier one goes when the registry is whole again.
+  // Swapped, so that the earlier instance is released after the registry has changed.
   Ref<TQSingleton> earlier(this);
   std::swap(registry()[std::string(objectClass().name())], earlier);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQSingleton.h
-/// One shared instance a class.
+/// Classes with one shared instance.
 
 #include <string_view>
 #include <utility>
@@ -15,20 +15,21 @@ namespace tq {
 /// `class Palette : public Subclass<Palette, TQSingleton>`, then
 /// `TQSingleton::sharedInstance<Palette>()`.
 ///
-/// Threads: the main thread; the registry has no lock. Instances live until they are replaced.
+/// Threads:  the main thread only; the registry has no lock.
+/// Lifetime: an instance lives until it is replaced.
 class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
  public:
   static constexpr std::string_view className = "TQSingleton";
 
-  /// The instance registered under T's name, made by T's constructor without arguments when there
-  /// is none.
+  /// Returns the instance registered under T's name. If there is none, creates it with T's default
+  /// constructor.
   template <class T>
   [[nodiscard]] static Ref<T> sharedInstance() {
     if (Ref<T> known = refCast<T>(registered(T::className)); known != nullptr) return known;
     return init<T>();
   }
 
-  /// A new instance, registered in place of an earlier one.
+  /// Creates an instance and registers it. It replaces an earlier instance.
   template <class T, class... Arguments>
   static Ref<T> init(Arguments&&... arguments) {
     Ref<T> instance = makeRef<T>(std::forward<Arguments>(arguments)...);
@@ -36,10 +37,10 @@ class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
     return instance;
   }
 
-  /// Registers this instance under its class's name, in place of an earlier one.
+  /// Registers this instance under its class's name. It replaces an earlier instance.
   void awakeFromNib();
 
-  /// Forgets the instance of T, so that the next use makes another. For tests.
+  /// Unregisters the instance of T, so that the next use creates another. For tests.
   template <class T>
   static void PrivateAPIForTestingOnly_resetSharedController() {
     unregister(T::className);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file ValueCache.h
-/// Caches of one value.
+/// Caches for a single value.
 
 #include <concepts>
 #include <functional>
@@ -12,16 +12,16 @@
 
 namespace tq {
 
-/// A place for one value of type `C::Value`: `store(std::optional<Value>)` keeps it (or forgets,
-/// given none), `retrieve()` answers what is kept. Not synchronised.
+/// A cache for one value of type `C::Value`. `store(std::optional<Value>)` stores the value, or
+/// clears the cache if given `nullopt`. `retrieve()` returns the stored value. Not synchronised.
 template <class C>
 concept ValueCache = requires(C& cache, std::optional<typename C::Value> value) {
   cache.store(std::move(value));
   { cache.retrieve() } -> std::convertible_to<std::optional<typename C::Value>>;
 };
 
-/// What the cache keeps; when that is nothing, what `creator` answers, which is then kept. A
-/// creator that throws leaves the cache empty.
+/// Returns the cached value. If the cache is empty, calls `createIfNeededUsing`, stores its result
+/// and returns it. If the call throws, the cache stays empty.
 template <ValueCache C, std::invocable F>
 typename C::Value retrieve(C& cache, F&& createIfNeededUsing) {
   if (std::optional<typename C::Value> kept = cache.retrieve()) return *std::move(kept);
@@ -30,23 +30,23 @@ typename C::Value retrieve(C& cache, F&& createIfNeededUsing) {
   return made;
 }
 
-/// Any cache of T. Copies are the same cache.
+/// A type-erased cache of T. Copies share one cache.
 template <class T>
 class AnyValueCache {
  public:
-  /// What it caches.
+  /// The type of the cached value.
   using Value = T;
 
-  /// Takes the cache over. All copies of this share it.
+  /// Wraps a copy of `cache`.
   template <ValueCache C>
   requires(!std::same_as<std::remove_cvref_t<C>, AnyValueCache> &&
            std::same_as<typename C::Value, T>) explicit AnyValueCache(C cache)
       : box_(std::make_shared<BoxOf<C>>(std::move(cache))) {}
 
-  /// The wrapped cache's own.
+  /// Call store() and retrieve() of the wrapped cache.
   void store(std::optional<T> value) { box_->store(std::move(value)); }
   [[nodiscard]] std::optional<T> retrieve() { return box_->retrieve(); }
-  /// The wrapped cache's own way to do this, where it has one.
+  /// Calls retrieve(creator) of the wrapped cache if it has one, otherwise tq::retrieve().
   T retrieve(const std::function<T()>& createIfNeededUsing) {
     return box_->retrieve(createIfNeededUsing);
   }
