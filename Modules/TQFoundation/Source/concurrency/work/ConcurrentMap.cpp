@@ -20,8 +20,8 @@ void requireBlock(const Block& block, const char* function) {
   if (!block) throw Exception(InvalidArgumentException, std::string(function) + ": no block");
 }
 
-/// What the elements of loops over this kind of block cost, in a table where kinds may share an
-/// entry: a wrong guess costs time only.
+/// Returns the measured cost per element of loops over blocks of this type. Types may share an
+/// entry of the table; a wrong estimate only costs time.
 ApplyCost& costOf(const std::type_info& kind) noexcept {
   static auto& costs = *new std::array<ApplyCost, 256>;
   return costs[(reinterpret_cast<std::uintptr_t>(&kind) >> 4) % costs.size()];
@@ -34,13 +34,13 @@ bool isNull(const Ref<Object>& object) { return !object || object->kind() == Obj
 Ref<Array> concurrentMapWithCompact(const Array& array, bool compact, const ArrayMapBlock& block) {
   requireBlock(block, __func__);
   const std::span<const Ref<Object>> objects = array.objects();
-  std::vector<Ref<Object>> answers(objects.size());  // none stands for a placeholder
+  std::vector<Ref<Object>> answers(objects.size());  // null until the block has returned
   const auto call = [&block, objects, compact, into = answers.data()](std::size_t i) {
     Ref<Object> answer = block(*objects[i]);
     if (answer == nullptr && !compact) {
       throw Exception(InvalidArgumentException, "concurrentMap: the block answered none");
     }
-    std::construct_at(into + i, std::move(answer));  // over none, which needs no release
+    std::construct_at(into + i, std::move(answer));  // over null, which needs no release
   };
   parallelApply(objects.size(), call, &costOf(block.target_type()));
   if (compact) std::erase_if(answers, isNull);

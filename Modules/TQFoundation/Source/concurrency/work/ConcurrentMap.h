@@ -1,10 +1,11 @@
 #pragma once
 
 /// @file ConcurrentMap.h
-/// What is done to all elements of an array at once, on many threads. Blocks must be safe to run in
-/// parallel, and those of the maps must not wait for each other; they are called once for each
-/// element, in any order, and answers keep the elements' order. An empty block throws Exception
-/// (InvalidArgumentException) before anything is run.
+/// Parallel maps and counts over arrays.
+///
+/// Blocks must be safe to run in parallel. Blocks of maps must not wait for each other. Each block
+/// is called once for each element, in any order; the results are in the order of the elements. An
+/// empty block throws Exception (InvalidArgumentException) before any element is visited.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,33 +19,36 @@
 
 namespace tq {
 
-/// Bits that say how an array is gone over.
+/// Bits that select how an array is enumerated.
 using EnumerationOptions = std::uint64_t;
-/// The block is called on several threads at once.
+/// The block is called on several threads concurrently.
 inline constexpr EnumerationOptions EnumerationConcurrent = 1;
 
-/// The answers of the block, called on the worker pool and the calling thread, which waits.
+/// Returns the results of the block. It runs on the worker pool and on the calling thread, which
+/// waits for the end.
 ///
-/// @param compact  leaves out the answers that are none or the Null object
-/// @throws the first exception that leaves the block; elements not yet begun are left out then
-/// @throws Exception (InvalidArgumentException) when the block answers none, unless compacting
+/// @param compact  true leaves out results that are null or the Null object
+/// @throws the first exception that leaves the block; no further calls are begun then
+/// @throws Exception (InvalidArgumentException) if the block returns null and `compact` is false
 [[nodiscard]] TQ_EXPORT Ref<Array> concurrentMapWithCompact(const Array& array, bool compact,
                                                             const ArrayMapBlock& block);
-/// The answers of the block, none of which may be none, with exceptions as above.
+/// Returns concurrentMapWithCompact(array, false, block).
 [[nodiscard]] TQ_EXPORT Ref<Array> concurrentMap(const Array& array, const ArrayMapBlock& block);
-/// The answers of the block that are neither none nor the Null object, with exceptions as above.
+/// Returns concurrentMapWithCompact(array, true, block).
 [[nodiscard]] TQ_EXPORT Ref<Array> compactConcurrentMap(const Array& array,
                                                         const ArrayMapBlock& block);
 
-/// concurrentMap() when the options hold EnumerationConcurrent, else map(), one after the other.
+/// Call the concurrent form above if the options contain EnumerationConcurrent. Otherwise call
+/// map() or compactMap(), which visit the elements one after the other.
 [[nodiscard]] TQ_EXPORT Ref<Array> mapWithOptions(const Array& array, EnumerationOptions options,
                                                   const ArrayMapBlock& usingBlock);
 [[nodiscard]] TQ_EXPORT Ref<Array> compactMapWithOptions(const Array& array,
                                                          EnumerationOptions options,
                                                          const ArrayMapBlock& usingBlock);
 
-/// How many elements the block holds for; 0 for an empty array. Called on threads that may block,
-/// begun in the elements' order, while the caller waits: see groupApply(). Exceptions as above.
+/// Returns the number of elements for which the block returns true. Unlike the blocks of maps,
+/// these blocks may wait for each other; they are begun in the order of the elements, and the
+/// caller waits for the end, see groupApply(). Throws the first exception that leaves the block.
 [[nodiscard]] TQ_EXPORT std::size_t applyBlockConcurrentlyAndCountSuccess(
     const Array& array, const ArrayPredicate& block);
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Debouncer.h
-/// One action for a burst of requests, some time after the last.
+/// Debouncing: one action for a burst of requests, a fixed time after the last one.
 
 #include <functional>
 
@@ -12,40 +12,41 @@
 
 namespace tq {
 
-/// Runs its action once, `interval` seconds after the last request of a burst, on the thread of
-/// that request, as its run loop fires the timer. Requests from a thread whose loop is not run are
-/// never answered.
+/// Runs its action once, `interval` seconds after the last request of a burst. The action runs on
+/// the thread of that request, on its run loop. If that loop does not run, the action never runs.
 ///
 /// Threads:  one at a time, normally the main thread.
-/// Lifetime: a pending request keeps the debouncer alive; the action may drop the last reference.
+/// Lifetime: a pending request keeps the debouncer alive. The action may release the last
+///           reference.
 class TQ_EXPORT Debouncer final : public Subclass<Debouncer> {
  public:
   static constexpr std::string_view className = "Debouncer";
-  /// What is put off.
+  /// The debounced action.
   using Action = std::function<void()>;
 
-  /// @param interval          seconds; 0 or less is next to nothing; NaN stops the process when the
-  ///                          action is requested
-  /// @param actionToPerform   an empty one stops the process
+  /// Create a debouncer.
+  /// @param interval         in seconds. 0 or less means as soon as possible. NaN stops the process
+  ///                         at the first request.
+  /// @param actionToPerform  must not be empty; an empty function stops the process
   [[nodiscard]] static Ref<Debouncer> init(double interval, Action actionToPerform);
   [[nodiscard]] static Ref<Debouncer> initWithInterval(double interval, Action actionToPerform) {
     return init(interval, std::move(actionToPerform));
   }
-  /// There is no debouncer without an interval and an action.
+  /// A debouncer needs an interval and an action.
   static Ref<Debouncer> init() = delete;
 
-  /// Requests the action: a pending request is dropped, and the time begins anew.
+  /// Requests the action. A pending request is cancelled and the interval starts again.
   void schedulePerformAction();
 
  private:
   Debouncer(double interval, Action actionToPerform);
 
-  Weak<Timer> timer_;  // the pending one; its run loop holds it
+  Weak<Timer> timer_;  // the pending timer, owned by its run loop
   const double interval_;
   const Action actionToPerform_;
 };
 
-/// The debouncer's other name.
+/// The other name of the class.
 using LRDebouncer = Debouncer;
 
 }  // namespace tq

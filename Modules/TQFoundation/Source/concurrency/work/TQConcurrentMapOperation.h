@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQConcurrentMapOperation.h
-/// Maps whose blocks may block: each element is an operation of a queue.
+/// Asynchronous maps on an operation queue.
 
 #include <cstddef>
 #include <exception>
@@ -15,25 +15,26 @@
 
 namespace tq {
 
-/// Calls its block with its element. Threads: result() and failure() once it has finished.
+/// An operation that calls its block with its element. Threads: result() and failure() may be read
+/// after it has finished.
 class TQ_EXPORT TQConcurrentMapOperation final
     : public Subclass<TQConcurrentMapOperation, Operation> {
  public:
   static constexpr std::string_view className = "TQConcurrentMapOperation";
 
-  /// @param mapBlock  shared by the operations of a map; an empty one stops the process
+  /// @param mapBlock  shared by all operations of a map; must not be empty, or the process stops
   TQConcurrentMapOperation(Ref<Object> object, std::shared_ptr<const ArrayMapBlock> mapBlock);
 
-  /// The element, which main() hands to the block.
+  /// Returns the element.
   [[nodiscard]] const Ref<Object>& object() const noexcept { return object_; }
-  /// The block's answer; none before main() has run, or when it threw.
+  /// Returns the result of the block. Null before main() has run, or if the block threw.
   [[nodiscard]] const Ref<Object>& result() const noexcept { return result_; }
-  /// What it calls.
+  /// Returns the block.
   [[nodiscard]] const ArrayMapBlock& mapBlock() const noexcept { return *mapBlock_; }
-  /// What the block threw.
+  /// Returns the exception of the block, or null.
   [[nodiscard]] const std::exception_ptr& failure() const noexcept { return failure_; }
 
-  /// Stores the block's answer, or what it throws: nothing leaves the operation.
+  /// Calls the block and stores its result or its exception. Never throws.
   void main() override;
 
  private:
@@ -43,19 +44,21 @@ class TQ_EXPORT TQConcurrentMapOperation final
   std::exception_ptr failure_;
 };
 
-/// Told the answers in the elements' order.
+/// Receives the results in the order of the elements.
 using ArrayMapCompletion = std::function<void(Ref<Array> results)>;
-/// The same; or none, and what the first element in order threw whose block did. A block that
-/// answers none counts as one that throws Exception (InvalidArgumentException), as in map().
+/// Receives the results in the order of the elements. If a block threw, `results` is null and
+/// `failure` is the exception of the first such element. A block that returns null counts as one
+/// that throws Exception (InvalidArgumentException), as in map().
 using ArrayMapOutcome = std::function<void(Ref<Array> results, std::exception_ptr failure)>;
 
-/// Calls the block for each element on an operation queue of its own and returns at once. When all
-/// have been called, `completionBlock` is called, once, on one of the queue's threads. The elements
-/// and both blocks are held until then.
+/// Calls the block for each element on a new operation queue, and returns at once. The block may
+/// block its thread. After the last call, `completionBlock` is called once, on a thread of the
+/// queue. The elements and both blocks are kept alive until then.
 ///
-/// @param maximum  how many blocks run at once; 0 or less leaves it to the queue
-/// @throws Exception (InvalidArgumentException) for an empty block, before anything is run
-/// With an ArrayMapCompletion, which cannot be told of it, a block that throws stops the process.
+/// @param maximum  how many blocks may run concurrently; 0 or less leaves the choice to the queue
+/// @throws Exception (InvalidArgumentException) for an empty block, before any element is visited
+/// An ArrayMapCompletion cannot receive failures: with it, a block that throws or returns null
+/// stops the process.
 TQ_EXPORT void mapWithMaxConcurrencyCount(const Array& array, std::ptrdiff_t maximum,
                                           ArrayMapBlock usingBlock,
                                           ArrayMapCompletion completionBlock);

@@ -5,7 +5,7 @@
 namespace tq {
 namespace {
 
-/// Inside the object's monitor, without a reference to it: a destructor may ask, too.
+/// Holds the object's monitor, but no reference to the object: a destructor may read its state.
 class Inside {
  public:
   explicit Inside(const Object& object) : object_(object) { monitorEnter(&object_); }

@@ -20,8 +20,8 @@ void TQRateLimiter::requireMethod(bool hasMethod) {
   }
 }
 
-// Two threads that come here at the same instant schedule a block each; the second one finds
-// nothing to do. The flag is up before the block can run, and down when there will be none.
+// Two threads that get here at the same time schedule one block each. The second block finds
+// nothing to do. The flag is set before the block can run, and cleared if scheduling fails.
 void TQRateLimiter::schedule() {
   hasScheduledBlock_.store(true);
   const auto block = [self = share(*this)] { self->performUpdateIfNeeded(); };
@@ -32,7 +32,7 @@ void TQRateLimiter::schedule() {
       case TQRateLimiterUpdateInRunLoop:
         return RunLoop::main().performBlock(block);
       default:
-        return;  // meant: see TQRateLimiterUpdateStrategy
+        return;  // intended: see TQRateLimiterUpdateStrategy
     }
   } catch (...) {
     hasScheduledBlock_.store(false);
@@ -50,7 +50,7 @@ void TQRateLimiter::updateIfNeeded() {
 }
 
 void TQRateLimiter::update() {
-  atomicNeedsUpdate_.store(false);  // first, so that a request made by the target counts
+  atomicNeedsUpdate_.store(false);  // before the call, so that the target may request again
   const Ref<Object> target = target_.lock();
   const ActionInvocation invocation = actionInvocation();
   if (target != nullptr && invocation) invocation(*target, *this);
@@ -63,7 +63,7 @@ TQRateLimiter::ActionInvocation TQRateLimiter::actionInvocation() const {
 
 void TQRateLimiter::setActionInvocation(ActionInvocation invocation) {
   const Locked guard(lock_);
-  actionInvocation_.swap(invocation);  // the earlier one goes with the lock released
+  actionInvocation_.swap(invocation);  // the earlier one is destroyed after the lock is released
 }
 
 }  // namespace tq

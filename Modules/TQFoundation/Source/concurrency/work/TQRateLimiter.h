@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRateLimiter.h
-/// Any number of requests, one update on the main thread.
+/// Rate limiting: combines many update requests into one update on the main thread.
 
 #include <atomic>
 #include <concepts>
@@ -18,40 +18,43 @@
 
 namespace tq {
 
-/// How an update reaches the main thread. With any other value nothing is scheduled at all: the
-/// first request marks an update as scheduled, and none ever is until performUpdateIfNeeded() is
-/// called by hand.
+/// How an update reaches the main thread. With any other value nothing is scheduled: the first
+/// request marks an update as scheduled, and no later request schedules one, until the caller calls
+/// performUpdateIfNeeded().
 using TQRateLimiterUpdateStrategy = std::uint64_t;
-/// As a block of the main queue, which wakes the loop.
+/// The update is a block of the main queue, which wakes the run loop.
 inline constexpr TQRateLimiterUpdateStrategy TQRateLimiterUpdateOnMainQueue = 0;
-/// As a block performed by the main run loop in its common modes; the loop is not woken.
+/// The update is a block of the main run loop, in its common modes. The loop is not woken.
 inline constexpr TQRateLimiterUpdateStrategy TQRateLimiterUpdateInRunLoop = 1;
 
-/// Sends its target one message for any number of requests made before the main thread gets there.
+/// Calls a member function of its target once for any number of requests that are made before the
+/// main thread runs the update.
 ///
-/// | state | left by |
+/// | state | ends with |
 /// |---|---|
 /// | idle | setNeedsUpdate(true), which schedules a block: scheduled |
-/// | scheduled | the block's start: idle, then an update if one is still needed |
-/// | updating | the end of the message; a request made meanwhile schedules again |
+/// | scheduled | the start of the block: idle, then updating if an update is still needed |
+/// | updating | the return of the call; a request made during the call schedules a new block |
 ///
-/// Threads:    setNeedsUpdate() and needsUpdate() on any, as well as the accessors of the
-///             invocation and the strategy; setTarget() while nobody else uses the limiter. A
-///             scheduled update runs on the main thread, a direct one on the caller's.
-/// Lifetime:   the target is held weakly; a scheduled block holds the limiter until it has run.
-/// Exceptions: what the message throws passes through a direct update; out of a scheduled one it
-///             stops the process.
+/// Threads:    any for setNeedsUpdate(), needsUpdate(), and the accessors of the invocation and the
+///             strategy. setTarget() must not run while another thread uses the limiter. A
+///             scheduled update runs on the main thread, a direct one on the caller's thread.
+/// Lifetime:   the target is held weakly. A scheduled block keeps the limiter alive until it has
+///             run.
+/// Exceptions: exceptions of the target propagate from a direct update. In a scheduled update they
+///             stop the process.
 /// Cost:       a request while an update is scheduled: two atomic accesses.
 class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
  public:
   static constexpr std::string_view className = "TQRateLimiter";
-  /// A message ready to be sent; told its receiver and the limiter that sends it.
+  /// The call of the target. Receives the target and the limiter.
   using ActionInvocation = std::function<void(Object& target, TQRateLimiter& limiter)>;
 
+  /// Create a limiter for `target`, which is held weakly.
   /// @param action  a member function of the target's class. Its first argument, if there is one,
-  ///                is the limiter (as a reference, a pointer or a Ref, of its class or Object);
-  ///                arguments behind it are zero. Its result is ignored.
-  /// @throws Exception (InvalidArgumentException) when target or action is none
+  ///                is the limiter (as a reference, a pointer or a Ref, of its class or Object).
+  ///                Further arguments are zero. The result is ignored.
+  /// @throws Exception (InvalidArgumentException) if target or action is null
   template <class T, class Action>
   requires std::is_member_function_pointer_v<Action>
   [[nodiscard]] static Ref<TQRateLimiter> initWithTarget(
@@ -68,36 +71,37 @@ class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
     return initWithTarget(target.get(), action, updateStrategy);
   }
 
-  /// Says that an update is needed, and schedules one unless that has been done; or that none is
-  /// needed any more, so that the scheduled block finds nothing to do.
-  /// @throws std::bad_alloc, and the next request schedules
+  /// Requests an update, and schedules a block unless one is scheduled. False withdraws the
+  /// request: the scheduled block then does nothing.
+  /// @throws std::bad_alloc; the next request then schedules again
   void setNeedsUpdate(bool flag) {
     // Sequentially consistent, like performUpdateIfNeeded(): either this thread sees that the block
-    // has begun, or the block sees the need.
+    // has begun, or the block sees the request.
     atomicNeedsUpdate_.store(flag);
     if (flag && !hasScheduledBlock_.load()) schedule();
   }
   /// True from a request until the update begins.
   [[nodiscard]] bool needsUpdate() const noexcept { return atomicNeedsUpdate_.load(); }
 
-  /// What the scheduled block does: a new one may be scheduled from here on; updateIfNeeded().
+  /// The body of the scheduled block. From here on a new block may be scheduled. Then calls
+  /// updateIfNeeded().
   void performUpdateIfNeeded();
-  /// update() if it is needed.
+  /// Calls update() if an update is requested.
   void updateIfNeeded();
-  /// The need is met; sends the message to the target, if there still is one.
+  /// Clears the request and calls the target, if it still exists.
   void update();
 
-  /// Whom the message goes to; none once it has gone.
+  /// Returns the target, or null if it has been destroyed.
   [[nodiscard]] Ref<Object> target() const noexcept { return target_.lock(); }
-  /// Held weakly; none sends nothing from now on.
+  /// Sets the target, which is held weakly. With null, updates do nothing.
   void setTarget(Object* target) { target_ = Weak<Object>(target); }
-  /// A copy of the message.
+  /// Returns a copy of the call.
   [[nodiscard]] ActionInvocation actionInvocation() const;
-  /// An empty one sends nothing.
+  /// Sets the call. With an empty one, updates do nothing.
   void setActionInvocation(ActionInvocation invocation);
-  /// How updates reach the main thread; setting it counts from the next request on.
+  /// How updates reach the main thread. A new value takes effect at the next request.
   [[nodiscard]] TQRateLimiterUpdateStrategy updateStrategy() const noexcept {
-    return updateStrategy_.load(std::memory_order_relaxed);  // a value by itself
+    return updateStrategy_.load(std::memory_order_relaxed);  // orders no other memory
   }
   void setUpdateStrategy(TQRateLimiterUpdateStrategy strategy) noexcept {
     updateStrategy_.store(strategy, std::memory_order_relaxed);
@@ -110,7 +114,7 @@ class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
   static void requireMethod(bool hasMethod);
   void schedule();
 
-  /// The limiter as what becomes an Argument: itself, or a pointer or a Ref by value.
+  /// Returns the limiter in a form that converts to Argument: a reference, a pointer or a Ref.
   template <class Argument>
   static decltype(auto) limiterAs(TQRateLimiter& limiter) {
     if constexpr (std::convertible_to<TQRateLimiter&, Argument>) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQURLOperation.h
-/// Operations that talk to a server.
+/// Asynchronous operations with a URL session.
 
 #include <utility>
 
@@ -11,19 +11,20 @@
 
 namespace tq {
 
-/// A TQOperation with the URL session that its tasks are made by; a subclass makes them in start().
-/// Threads: the session is set before the operation starts.
+/// A TQOperation with a URL session. A subclass creates its tasks with this session in start().
+/// Threads: the session must be set before the operation starts.
 class TQ_EXPORT TQURLOperation : public Subclass<TQURLOperation, TQOperation> {
  public:
   static constexpr std::string_view className = "TQURLOperation";
 
-  /// With the default session.
+  /// Uses the default session.
   TQURLOperation();
 
-  /// One for the process, of the default configuration; made on first use. Any thread.
+  /// Returns the session that all such operations share by default. It has the default
+  /// configuration and is created at the first call. Threads: any.
   [[nodiscard]] static const Ref<URLSession>& defaultURLSession();
 
-  /// The session that carries the request; to be set before the operation starts.
+  /// The session of this operation. Must be set before the operation starts.
   [[nodiscard]] const Ref<URLSession>& urlSession() const noexcept { return urlSession_; }
   void setUrlSession(Ref<URLSession> session) { urlSession_ = std::move(session); }
 

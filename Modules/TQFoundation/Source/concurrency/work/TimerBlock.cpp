@@ -25,7 +25,7 @@ Ref<Timer> scheduledTimerWithTimeInterval(double seconds, bool repeats, TimerBlo
 
 void TQExecuteSimpleBlock(Timer& timer) {
   if (timer.userInfo() == nullptr) return;
-  // Held, for the block may invalidate the timer, which then drops it.
+  // Keeps the block alive: it may invalidate the timer, which then releases it.
   const Ref<BoxedBlock> block(objectCast<BoxedBlock>(timer.userInfo()));
   if (block == nullptr) {
     throw Exception(InvalidArgumentException, "TQExecuteSimpleBlock: the user info is no block");

@@ -11,18 +11,18 @@
 
 namespace tq {
 
-/// What a timer does when it fires; told the timer.
+/// The block of a timer. Receives the timer that fires.
 using TimerBlock = std::function<void(Timer&)>;
 
-/// A timer on the calling thread's run loop that runs a copy of `block_ch`, kept as its user info
-/// until it is invalid. An empty block makes a timer that does nothing. The rest is as for
-/// Timer::scheduledTimerWithTimeInterval().
+/// Schedules a timer on the calling thread's run loop that runs a copy of `block_ch`. The block is
+/// stored as the timer's user info until the timer is invalid. A timer with an empty block does
+/// nothing. Otherwise like Timer::scheduledTimerWithTimeInterval().
 TQ_EXPORT Ref<Timer> scheduledTimerWithTimeInterval(double seconds, bool repeats,
                                                     TimerBlock block_ch);
 
-/// The action of such timers: runs the block in the timer's user info, which may invalidate the
-/// timer. Without user info it does nothing.
-/// @throws Exception (InvalidArgumentException) when the user info is no block
+/// The action of such timers: runs the block in the timer's user info. The block may invalidate the
+/// timer. Does nothing if the user info is null.
+/// @throws Exception (InvalidArgumentException) if the user info is not a block
 TQ_EXPORT void TQExecuteSimpleBlock(Timer& timer);
 
 }  // namespace tq
