@@ -13,7 +13,7 @@ struct DelegateSlot {
 };
 
 DelegateSlot& delegateSlot() {
-  static auto& slot = *new DelegateSlot;  // never destroyed: threads may outlive main
+  static auto& slot = *new DelegateSlot;  // never destroyed: threads may run after main returns
   return slot;
 }
 
@@ -51,7 +51,7 @@ TQ_VARIANT(all, 255)
 #undef TQ_VARIANT
 
 Ref<LRVariant> LRVariant::current() {
-  const DelegateSlot asked = delegateSlot();  // held, though it may let go of itself in its answer
+  const DelegateSlot asked = delegateSlot();  // a copy: the call may replace the delegate
   if (asked.delegate == nullptr) return final();
   Ref<LRVariant> answer = asked.delegate->currentVariant();
   TQ_ASSERT(answer != nullptr);
@@ -62,7 +62,7 @@ CurrentVariantDelegate* LRVariant::delegate() noexcept { return delegateSlot().d
 
 void LRVariant::holdDelegate(Ref<Object> object, CurrentVariantDelegate* delegate) {
   delegateSlot().delegate = delegate;
-  std::swap(delegateSlot().object, object);  // the earlier one goes when the slot is whole again
+  std::swap(delegateSlot().object, object);  // the earlier one is released after the slot is set
 }
 
 bool LRVariant::matchesCurrentVariant() const {

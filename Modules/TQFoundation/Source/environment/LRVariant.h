@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file LRVariant.h
-/// Which build of the application is running.
+/// Build variants of the application, such as beta or internal.
 
 #include <concepts>
 #include <cstdint>
@@ -17,34 +17,34 @@ namespace tq {
 
 class LRVariant;
 
-/// Says which variant is running.
+/// Supplies the variant of the running application.
 class TQ_EXPORT CurrentVariantDelegate {
  public:
   virtual ~CurrentVariantDelegate() = default;
-  /// Never none. Asked anew by every question, on the thread of whoever asks.
+  /// Returns the running variant, never null. Called for every query, on the thread of the query.
   [[nodiscard]] virtual Ref<LRVariant> currentVariant() = 0;
 };
 
-/// A set of build variants, a bit each. Every set operation answers a new object; the in-place
-/// forms are static, and put a new object into the reference that they are given.
+/// A set of build variants, one bit each. Every set operation returns a new object. The in-place
+/// forms are static and store a new object in the given reference.
 ///
-/// Threads: any; immutable. The delegate has no lock: it is set once at start-up.
+/// Threads: any; immutable. The delegate is not locked: it must be set once, at start-up.
 class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
  public:
   static constexpr std::string_view className = "LRVariant";
 
   /// The empty set.
   [[nodiscard]] static Ref<LRVariant> init();
-  /// The set of these flags, bit by bit.
+  /// The set with these bits.
   [[nodiscard]] static Ref<LRVariant> initWithRawValue(std::int64_t rawValue);
-  /// The union of these.
+  /// The union of these sets.
   [[nodiscard]] static Ref<LRVariant> initWithVariants(
       std::initializer_list<Ref<LRVariant>> variants);
 
-  /// The members, each the same object on every call. Words of the language carry a "_".
+  /// The members. Each call returns the same object. Names that are keywords of C++ end in "_".
   [[nodiscard]] static const Ref<LRVariant>& none();            ///< 0
   [[nodiscard]] static const Ref<LRVariant>& final();           ///< 1, the shipping build
-  [[nodiscard]] static const Ref<LRVariant>& xcode();           ///< 2, from the workshop
+  [[nodiscard]] static const Ref<LRVariant>& xcode();           ///< 2, development build
   [[nodiscard]] static const Ref<LRVariant>& beta();            ///< 4
   [[nodiscard]] static const Ref<LRVariant>& internal();        ///< 8
   [[nodiscard]] static const Ref<LRVariant>& experimental();    ///< 16
@@ -58,51 +58,53 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
   /// All eight flags.
   [[nodiscard]] static const Ref<LRVariant>& all();
 
-  /// The running variant: what the delegate answers at this moment, final() without one.
+  /// Returns the running variant, as the delegate returns it now, or final() without a delegate.
   [[nodiscard]] static Ref<LRVariant> current();
 
-  /// None at first.
+  /// Returns the delegate, or null. Initially null.
   [[nodiscard]] static CurrentVariantDelegate* delegate() noexcept;
-  /// Held strongly from now on; none takes it away.
+  /// Sets the delegate, which is held strongly. Null removes it.
   template <std::derived_from<CurrentVariantDelegate> T>
   requires std::derived_from<T, Object>
   static void setDelegate(const Ref<T>& delegate) { holdDelegate(delegate, delegate.get()); }
   static void setDelegate(std::nullptr_t) { holdDelegate(nullptr, nullptr); }
 
-  /// The flags as bits; unknown ones are kept.
+  /// The bits of the set, unknown ones included.
   [[nodiscard]] std::int64_t rawValue() const noexcept { return rawValue_; }
 
-  /// True when every flag of current() is among these. An empty current() is in every set.
+  /// True if this set contains every flag of current(). An empty current() matches every set.
   [[nodiscard]] bool matchesCurrentVariant() const;
-  /// May debugging interface be shown: true when every flag of current() is in inHouse(), whatever
-  /// this variant is.
+  /// True if debugging interface may be shown: if inHouse() contains every flag of current(). Does
+  /// not depend on this object.
   [[nodiscard]] bool isDebugUIEnabled() const;
 
-  /// The flags of either, of both, of exactly one, and of this one alone.
+  /// Return the flags that are in either set, in both, in exactly one, and only in this one.
   [[nodiscard]] Ref<LRVariant> union_(const LRVariant& other) const;
   [[nodiscard]] Ref<LRVariant> intersection(const LRVariant& other) const;
   [[nodiscard]] Ref<LRVariant> symmetricDifference(const LRVariant& other) const;
   [[nodiscard]] Ref<LRVariant> subtracting(const LRVariant& other) const;
-  /// Every flag of `member` is in this set; the empty set always is.
+  /// True if every flag of `member` is in this set. Always true for the empty set.
   [[nodiscard]] bool contains(const LRVariant& member) const noexcept;
-  /// The same the other way round.
+  /// True if every flag of this set is in `ofOther`.
   [[nodiscard]] bool isSubset(const LRVariant& ofOther) const noexcept;
-  /// contains().
+  /// The same as contains().
   [[nodiscard]] bool isSuperset(const LRVariant& ofOther) const noexcept;
-  /// True when no flag is in both sets.
+  /// True if no flag is in both sets.
   [[nodiscard]] bool isDisjoint(const LRVariant& withOther) const noexcept;
   [[nodiscard]] bool isEmpty() const noexcept { return rawValue_ == 0; }
 
-  /// What insert() did.
+  /// The result of insert().
   struct Insertion {
-    bool inserted;                     ///< false when the set held all of it already
-    Ref<LRVariant> memberAfterInsert;  ///< the new member, or what the set held of it
+    bool inserted;                     ///< false if the set contained all flags already
+    Ref<LRVariant> memberAfterInsert;  ///< the new member, or the flags that the set contained
   };
-  /// Adds the flags of `newMember`: `set` is a new object afterwards, unless it held them all.
+  /// Adds the flags of `newMember`. Stores a new object in `set`, unless it contained them all.
   static Insertion insert(Ref<LRVariant>& set, const Ref<LRVariant>& newMember);
-  /// @return the flags of `member` that were in the set; none when there were none
+  /// Removes the flags of `member`.
+  /// @return those of its flags that were in the set, or null if none were
   static Ref<LRVariant> remove(Ref<LRVariant>& set, const LRVariant& member);
-  /// Inserts. @return the flags of `newMember` that were in the set before; none without any
+  /// Adds the flags of `newMember`.
+  /// @return those of its flags that were in the set before, or null if none were
   static Ref<LRVariant> update(Ref<LRVariant>& set, const LRVariant& newMember);
   /// In-place forms of union_(), intersection(), symmetricDifference() and subtracting().
   static void formUnion(Ref<LRVariant>& set, const LRVariant& other);
@@ -110,7 +112,7 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
   static void formSymmetricDifference(Ref<LRVariant>& set, const LRVariant& other);
   static void subtract(Ref<LRVariant>& set, const LRVariant& other);
 
-  /// True only for an LRVariant of the same raw value; never for a number.
+  /// True only for an LRVariant with the same raw value; never for a number.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
   /// "<LRVariant: 0x…> rawValue: 6"

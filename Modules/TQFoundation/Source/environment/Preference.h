@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Preference.h
-/// Typed handles on single preferences.
+/// Typed access to single preferences.
 
 #include <concepts>
 #include <cstdint>
@@ -35,11 +35,11 @@ concept ReadLeniently = std::same_as<T, bool> ||
 
 }  // namespace detail
 
-/// How a type is stored as a raw value. To be specialised with
+/// How a type is stored as a raw value. Specialise it with
 ///
 ///     using RawValue = …;  // bool, an integer, double, std::string, or a Ref to a String, Number,
 ///                          // Date, Data, Array or Dictionary
-///     static std::optional<T> fromRawValue(const RawValue&);  // none: no case has this value
+///     static std::optional<T> fromRawValue(const RawValue&);  // nullopt: no such value
 ///     static RawValue rawValue(const T&);
 ///
 /// For an enumeration whose cases are stored as their numbers:
@@ -47,40 +47,40 @@ concept ReadLeniently = std::same_as<T, bool> ||
 template <class T>
 struct RawRepresentable;
 
-/// RawRepresentable for an enumeration with these cases and no others.
+/// RawRepresentable for an enumeration that has exactly these cases.
 template <auto First, decltype(First)... Others>
 struct RawCases {
   /// Cases are stored as their numbers.
   using RawValue = std::int64_t;
-  /// The case with this number; none when no case has it.
+  /// Returns the case with this number, or nullopt.
   static std::optional<decltype(First)> fromRawValue(RawValue raw) noexcept {
     for (const auto known : {First, Others...}) {
       if (rawValue(known) == raw) return known;
     }
     return std::nullopt;
   }
-  /// The case's number.
+  /// Returns the number of the case.
   static RawValue rawValue(decltype(First) value) noexcept { return static_cast<RawValue>(value); }
 };
 
-/// Numbers, texts and property lists are stored as they are. A null Ref is no value: storing it
-/// removes the entry.
+/// Numbers, strings and property lists are stored as they are. Storing a null Ref removes the
+/// entry.
 template <class T>
 requires(std::is_arithmetic_v<T> ||
          detail::OneOf<T, std::string, Ref<String>, Ref<Number>, Ref<Date>, Ref<Data>, Ref<Array>,
                        Ref<Dictionary>>) struct RawRepresentable<T> {
-  /// The value itself.
+  /// The type itself.
   using RawValue = T;
-  /// Never none.
+  /// Returns the value, never nullopt.
   static std::optional<T> fromRawValue(const T& raw) { return raw; }
-  /// The value itself, lent.
+  /// Returns its argument.
   static const T& rawValue(const T& value) noexcept { return value; }
 };
 
 namespace detail {
 
-/// Raw values as objects and back. A number becomes the number asked for only when that holds it
-/// exactly; everything else must be of the type itself.
+/// Converts raw values to objects and back. A stored number converts only if the requested type
+/// represents it exactly. All other objects must have the requested type.
 template <class Raw>
 struct RawObject;
 
@@ -102,7 +102,7 @@ struct RawObject<Raw> {
   }
 
  private:
-  /// `value` as a Raw, when that converts back to it.
+  /// Returns `value` as a Raw if the conversion is exact.
   template <class From>
   static std::optional<Raw> exactly(From value) noexcept {
     if constexpr (std::integral<Raw> && std::integral<From>) {
@@ -115,8 +115,8 @@ struct RawObject<Raw> {
     }
   }
 
-  /// Whether a floating number is in the range of an integer type: converting it is undefined
-  /// otherwise. 2 to the power of the type's bits, behind that range, is exact in each of them.
+  /// True if a floating-point number is in the range of an integer type; otherwise the conversion
+  /// is undefined. The upper bound max() + 1 is a power of two, exact in every floating-point type.
   template <class To, class From>
   static bool isWithin(From value) noexcept {
     if constexpr (std::integral<To> && std::floating_point<From>) {
@@ -132,7 +132,7 @@ struct RawObject<Raw> {
 template <>
 struct RawObject<std::string> {
   static Ref<Object> box(const std::string& raw) {
-    Ref<String> text = String::stringWithGeneralisedUTF8(raw);  // as unbox() gives it
+    Ref<String> text = String::stringWithGeneralisedUTF8(raw);  // as unbox() returns it
     if (text == nullptr) {
       throw Exception(InvalidArgumentException, "Attempt to store a raw value that is not text");
     }
@@ -150,37 +150,36 @@ struct RawObject<Ref<O>> {
   static std::optional<Ref<O>> unbox(const Object& object) {
     const O* const raw = objectCast<O>(&object);
     if (raw == nullptr) return std::nullopt;
-    return Ref<O>(const_cast<O*>(raw));  // immutable, like all that comes from a store
+    return Ref<O>(const_cast<O*>(raw));  // objects of a store are immutable
   }
 };
 
 }  // namespace detail
 
-/// What the forms of Preference share: the entry, by its key, of a store.
+/// The entry of a preference in a store: the common base of all Preference types.
 class TQ_EXPORT PreferenceEntry {
  public:
-  /// Under which the value is stored.
+  /// Returns the key of the entry.
   [[nodiscard]] const std::string& key() const noexcept { return key_; }
-  /// The standard store unless another was given. Looked for at first use, so that preferences may
-  /// be declared as constants.
+  /// Returns the store. By default this is the standard store, which is opened at the first use, so
+  /// that preferences may be declared as constants.
   [[nodiscard]] UserDefaults& userDefaults() const {
     if (userDefaults_ != nullptr) return *userDefaults_;
     static UserDefaults& standard = *UserDefaults::standardUserDefaults().leak();
     return standard;
   }
 
-  /// Removes the entry; a default registered for it then shows.
+  /// Removes the entry. The next read returns a default registered with the store, if there is one.
   void removeValue() const { userDefaults().removeObjectForKey(key_); }
 
  protected:
-  /// An entry of `userDefaults`; of the standard store when that is none.
+  /// An entry of `userDefaults`, or of the standard store if that is null.
   PreferenceEntry(std::string key, Ref<UserDefaults> userDefaults)
       : key_(std::move(key)), userDefaults_(std::move(userDefaults)) {}
 
-  /// Stores the value under the key; none removes it.
+  /// Stores the value under the key. Null removes the entry.
   void store(const Ref<Object>& value) const { userDefaults().setObject(value, key_); }
-  /// Registers a default with the store; none is no default. It shows wherever the store has
-  /// nothing of its own.
+  /// Registers a default with the store, which returns it if it has no entry. Null is ignored.
   void registerObject(const Ref<Object>& value) const {
     if (value != nullptr) userDefaults().registerDefault(*value, key_);
   }
@@ -190,27 +189,27 @@ class TQ_EXPORT PreferenceEntry {
   Ref<UserDefaults> userDefaults_;
 };
 
-/// One preference: a key, a default and a store. Nothing is kept here: every read goes to the
-/// store, which answers a default registered with it before this preference's own. Any thread.
+/// One preference: a key, a default and a store. Every read goes to the store. A default registered
+/// with the store takes precedence over the default of this object. Threads: any.
 ///
-/// This form is of a type that is stored as a raw value (see RawRepresentable): an entry that is
-/// not of the raw type, or that no case has, reads as the default.
+/// This is the general form, for types with a raw value (see RawRepresentable). If the entry does
+/// not have the raw type, or has no corresponding value, a read returns the default.
 template <class T>
 class Preference : public PreferenceEntry {
  public:
-  /// What the store holds.
+  /// The type in the store.
   using RawValue = typename RawRepresentable<T>::RawValue;
 
-  /// @param defaultValue  read while the store has nothing that makes sense
-  /// @param userDefaults  the store; none: the standard one, found at first use
+  /// @param defaultValue  returned if the store has no valid entry
+  /// @param userDefaults  the store; null means the standard store
   Preference(std::string key, T defaultValue, Ref<UserDefaults> userDefaults = nullptr)
       : PreferenceEntry(std::move(key), std::move(userDefaults)),
         defaultValue_(std::move(defaultValue)) {}
 
-  /// As given.
+  /// Returns the default of this object.
   [[nodiscard]] const T& defaultValue() const noexcept { return defaultValue_; }
 
-  /// The stored value, or the default.
+  /// Returns the stored value, or the default.
   [[nodiscard]] T value() const {
     if (const auto raw = rawValue()) {
       if (auto value = RawRepresentable<T>::fromRawValue(*raw)) return *std::move(value);
@@ -219,10 +218,11 @@ class Preference : public PreferenceEntry {
   }
   /// Stores the value.
   void setValue(const T& value) const { setRawValue(RawRepresentable<T>::rawValue(value)); }
-  /// None removes the entry.
+  /// Stores the value. nullopt removes the entry.
   void set(const std::optional<T>& value) const { value ? setValue(*value) : removeValue(); }
 
-  /// The stored raw value, be it one that no case has; none for an entry of another type.
+  /// The stored raw value, even if no value of T corresponds to it. nullopt if there is no entry of
+  /// this type.
   [[nodiscard]] std::optional<RawValue> rawValue() const {
     const Object* const object = userDefaults().peekObjectForKey(key());
     if (object == nullptr) return std::nullopt;
@@ -232,7 +232,7 @@ class Preference : public PreferenceEntry {
     raw ? store(detail::RawObject<RawValue>::box(*raw)) : removeValue();
   }
 
-  /// Registers the default with the store, for readers that do not know this preference.
+  /// Registers the default with the store, for code that reads the store directly.
   void registerDefault() const {
     registerObject(detail::RawObject<RawValue>::box(RawRepresentable<T>::rawValue(defaultValue_)));
   }
@@ -241,20 +241,20 @@ class Preference : public PreferenceEntry {
   T defaultValue_;
 };
 
-/// Booleans and 64-bit integers: an absent entry reads as the default, one of another type by the
-/// store's lenient reading.
+/// The form for booleans and 64-bit integers. If there is no entry, a read returns the default. An
+/// entry of another type is converted leniently, see UserDefaults.
 template <class T>
 requires(detail::ReadLeniently<T>) class Preference<T> : public PreferenceEntry {
  public:
-  /// @param userDefaults  the store; none: the standard one, found at first use
+  /// @param userDefaults  the store; null means the standard store
   explicit Preference(std::string key, T defaultValue = {},
                       Ref<UserDefaults> userDefaults = nullptr)
       : PreferenceEntry(std::move(key), std::move(userDefaults)), defaultValue_(defaultValue) {}
 
-  /// As given.
+  /// Returns the default of this object.
   [[nodiscard]] T defaultValue() const noexcept { return defaultValue_; }
 
-  /// The stored value, or the default.
+  /// Returns the stored value, or the default.
   [[nodiscard]] T value() const {
     const Object* const object = userDefaults().peekObjectForKey(key());
     if (object == nullptr) return defaultValue_;
@@ -263,10 +263,10 @@ requires(detail::ReadLeniently<T>) class Preference<T> : public PreferenceEntry 
   }
   /// Stores the value.
   void setValue(T value) const { store(Number::numberWith(value)); }
-  /// None removes the entry.
+  /// Stores the value. nullopt removes the entry.
   void set(std::optional<T> value) const { value ? setValue(*value) : removeValue(); }
 
-  /// Registers the default with the store, for readers that do not know this preference.
+  /// Registers the default with the store, for code that reads the store directly.
   void registerDefault() const { registerObject(Number::numberWith(defaultValue_)); }
 
  private:

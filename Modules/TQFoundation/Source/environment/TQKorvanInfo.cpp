@@ -20,7 +20,7 @@ struct Info {
 };
 
 Info& shared() {
-  static auto& info = *new Info;  // never destroyed: threads may outlive main
+  static auto& info = *new Info;  // never destroyed: threads may run after main returns
   return info;
 }
 
@@ -107,7 +107,7 @@ TQKorvanInfo::Override::Override(std::string_view key, Ref<Object> value) {
 }
 
 TQKorvanInfo::Override::~Override() {
-  Ref<Object> value;  // goes once the lock is free
+  Ref<Object> value;  // released after the lock
   const Locked guard(shared().lock);
   std::swap(value, shared().overrides.back().second);
   shared().overrides.pop_back();

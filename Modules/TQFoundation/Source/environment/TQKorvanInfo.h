@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQKorvanInfo.h
-/// What the host application says of itself.
+/// Information about the host application: name, version, build, variant.
 
 #include <cstdint>
 #include <string>
@@ -13,7 +13,7 @@
 
 namespace tq {
 
-/// Keys of the application's information.
+/// Keys of the information dictionary.
 inline constexpr std::string_view TQKorvanInfoNameKey = "CFBundleName";
 inline constexpr std::string_view TQKorvanInfoIdentifierKey = "CFBundleIdentifier";
 inline constexpr std::string_view TQKorvanInfoVersionKey = "CFBundleShortVersionString";
@@ -22,41 +22,41 @@ inline constexpr std::string_view TQKorvanInfoVariantKey = "Korvan Variant";
 inline constexpr std::string_view TQKorvanInfoDocumentVersionKey = "Korvan Document Version";
 inline constexpr std::string_view TQKorvanInfoPasteboardVersionKey = "Korvan Pasteboard Version";
 
-/// The application's information: what the host gave at start-up, with what a test puts over it.
-/// A text that is not there is empty, a number that is not there 0; both are read leniently from
-/// each other. Any thread.
+/// The application's information, set by the host at start-up; tests may override entries. A
+/// missing string reads as empty, a missing number as 0. Numbers convert to strings and strings to
+/// numbers. Threads: any.
 class TQ_EXPORT TQKorvanInfo {
  public:
   TQKorvanInfo() = delete;
 
-  /// Nothing at first.
+  /// Sets the information. Initially there is none.
   static void setInfoDictionary(const Dictionary& info);
-  /// The value, none when absent.
+  /// Returns the value of the key, or null.
   [[nodiscard]] static Ref<Object> objectForInfoKey(std::string_view key);
 
-  /// For people, such as "Korvan".
-  [[nodiscard]] static std::string name();
-  [[nodiscard]] static std::string identifier();  ///< reverse-DNS, as in a desktop entry's name
-  [[nodiscard]] static std::string version();     ///< for people: "2.1.3"
-  [[nodiscard]] static std::string build();       ///< for machines: "2175"
-  /// Which form documents, and what is put on the pasteboard, are written in: as the host says.
+  [[nodiscard]] static std::string name();        ///< the displayed name, such as "Korvan"
+  [[nodiscard]] static std::string identifier();  ///< reverse-DNS, like a desktop entry's name
+  [[nodiscard]] static std::string version();     ///< the displayed version: "2.1.3"
+  [[nodiscard]] static std::string build();       ///< the build number: "2175"
+
+  /// The format versions of documents and of pasteboard contents that the host writes.
   [[nodiscard]] static std::int64_t documentVersion();
   [[nodiscard]] static std::int64_t pasteboardVersion();
 
-  /// For people and scripts: "Beta"; see variantNamed().
+  /// The name of the variant, such as "Beta"; see variantNamed().
   [[nodiscard]] static std::string variantName();
-  /// The variant that variantName() names; LRVariant::final() when it names none.
+  /// Returns the variant with the name variantName(), or LRVariant::final() if there is none.
   [[nodiscard]] static Ref<LRVariant> variant();
-  /// The member of this name, such as "beta" or "PrivateBeta", whatever its case; none for others.
+  /// Returns the member with this name, ignoring case, such as "beta" or "PrivateBeta"; or null.
   [[nodiscard]] static Ref<LRVariant> variantNamed(std::string_view name);
-  /// Puts variant() in charge of LRVariant::current().
+  /// Makes LRVariant::current() return variant().
   static void installVariantDelegate();
 
-  /// Another value for a key while it lives, none for none at all. The innermost counts; they end
-  /// in the reverse order of their making.
+  /// Overrides the value of a key until it is destroyed. The last override of a key applies.
+  /// Overrides must be destroyed in the reverse order of their construction.
   class TQ_EXPORT Override {
    public:
-    /// `value` takes the place of what is there under `key`.
+    /// Overrides the value under `key` with `value`. Null hides the entry.
     Override(std::string_view key, Ref<Object> value);
     ~Override();
     Override(const Override&) = delete;

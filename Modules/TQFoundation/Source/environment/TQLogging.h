@@ -1,27 +1,26 @@
 #pragma once
 
 /// @file TQLogging.h
-/// The host application's log channels.
+/// Log channels of the host application.
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {
 
-/// The channels by name, each made at its first use. Subsystems are "com.korvan.xcode" and
-/// "com.korvan.rendering". Any thread.
+/// The channels by name. Each is created at its first use. The subsystems are "com.korvan.xcode"
+/// and "com.korvan.rendering". Threads: any.
 class TQ_EXPORT TQLogging {
  public:
   TQLogging() = delete;
 
-  /// Drawing and making pixels; subsystem ".rendering".
+  /// Rendering and rasterisation; subsystem ".rendering".
   [[nodiscard]] static LogChannel& renderingLog();
   [[nodiscard]] static LogChannel& rasterisationLog();
-  /// The disabled channel while usesHighFrequencySignposts() is off.
+  /// The disabled channel if usesHighFrequencySignposts() is false.
   [[nodiscard]] static LogChannel& quartzImpositorLog();
 
-  /// The document model, its history, editing, collaboration and the application around them;
-  /// subsystem ".xcode".
+  /// Document model, history, editing, collaboration and application; subsystem ".xcode".
   [[nodiscard]] static LogChannel& modelLog();
   [[nodiscard]] static LogChannel& historyLog();
   [[nodiscard]] static LogChannel& influenceRectLog();
@@ -33,7 +32,7 @@ class TQ_EXPORT TQLogging {
   [[nodiscard]] static LogChannel& authenticationRefreshLog();
   [[nodiscard]] static LogChannel& keychainLog();
 
-  /// Off in every build.
+  /// Returns false in every build.
   [[nodiscard]] static bool usesHighFrequencySignposts() noexcept { return false; }
 };
 

@@ -11,10 +11,10 @@
 namespace tq {
 namespace {
 
-// One word, so that whoever reads it sees both halves or neither.
+// One atomic word: readers see both halves or neither.
 std::atomic<Timebase> timebase;
 static_assert(std::atomic<Timebase>::is_always_lock_free);
-constexpr int kAssertionLine = 40;  // the line that the condition is reported under
+constexpr int kAssertionLine = 40;  // the line number in the assertion's message
 
 }  // namespace
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQPerformanceTimer.h
-/// Durations in ticks of the steady clock, and delays with chance in them.
+/// Durations in ticks of the steady clock, and random delays.
 
 #include <cstdint>
 
@@ -10,37 +10,39 @@
 
 namespace tq {
 
-/// Reads the timebase, once in the process; later calls do nothing. Any thread, like all of these.
+/// Reads the timebase of the clock. Later calls do nothing. Threads: any, for all functions here.
 TQ_EXPORT void TQPerformanceTimingInitialise();
 
-/// The steady clock, in ticks.
+/// Returns the time of the steady clock, in ticks.
 [[nodiscard]] inline std::uint64_t TQTimeNow() noexcept { return monotonicTicks(); }
 
-/// end - start in ticks; wraps when the end lies before the start.
+/// Returns end - start in ticks. Wraps around if `end` is before `start`.
 [[nodiscard]] constexpr std::uint64_t TQDurationBetween(std::uint64_t start,
                                                         std::uint64_t end) noexcept {
   return end - start;
 }
 
-/// Ticks from `start` to now.
+/// Returns the ticks from `start` to now.
 [[nodiscard]] inline std::uint64_t TQDurationSince(std::uint64_t start) noexcept {
   return TQTimeNow() - start;
 }
 
-/// Ticks as seconds: multiplied by the timebase's numerator in 64 bits, which wraps for very long
-/// durations, then divided by the denominator, whole nanoseconds. Before
-/// TQPerformanceTimingInitialise() it stops the process.
+/// Converts ticks to seconds, with a resolution of 1 ns. The ticks are multiplied by the timebase's
+/// numerator in 64 bits, which wraps around for very long durations, and divided by its
+/// denominator. Stops the process if TQPerformanceTimingInitialise() has not been called.
 [[nodiscard]] TQ_EXPORT double TQTimeIntervalsForDuration(std::uint64_t ticks);
 
-/// Seconds from `base` to `base` + `jitter`, all as likely; the end itself only where the sum
-/// rounds to it. Just `base` when the jitter is not positive, or not a number.
+/// Returns a uniformly distributed random number of seconds from `base` to `base` + `jitter`. The
+/// upper end occurs only if the sum rounds to it. Returns `base` if `jitter` is not positive or is
+/// NaN.
 [[nodiscard]] TQ_EXPORT double TQTimeRandomInterval(double base, double jitter) noexcept;
 
-/// The same in nanoseconds, truncated; saturates at the ends of the range, NaN is 0.
+/// TQTimeRandomInterval() in nanoseconds, truncated. Saturates at the limits of the type. NaN gives
+/// 0.
 [[nodiscard]] TQ_EXPORT std::int64_t TQTimeRandomDispatchTimeDelta(double base,
                                                                    double jitter) noexcept;
 
-/// The point in time that far from now.
+/// Returns the time that is TQTimeRandomDispatchTimeDelta() after now.
 [[nodiscard]] TQ_EXPORT DispatchTime TQTimeRandomDispatchDelay(double base, double jitter) noexcept;
 
 }  // namespace tq

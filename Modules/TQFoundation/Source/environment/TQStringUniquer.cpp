@@ -8,15 +8,15 @@ namespace tq {
 namespace {
 
 constexpr std::string_view kCopy = " copy";
-constexpr std::size_t kMostDigits = 18;  // longer ones are part of the name
+constexpr std::size_t kMostDigits = 18;  // longer numbers are part of the stem
 
 struct Numbered {
   std::string_view stem;
-  std::uint64_t number;  ///< 1 where none is written
+  std::uint64_t number;  ///< 1 if the name has no number
 };
 
-/// "Oval 7" is number 7 of "Oval". A number begins with 2 to 9: "Oval 07" is a name like any other,
-/// and so is "Oval 1", whose successor would not show that they belong together.
+/// Splits a name: "Oval 7" has the stem "Oval" and the number 7. "Oval 07" and "Oval 1" have no
+/// number and are stems as a whole.
 Numbered numbered(std::string_view name) {
   const std::size_t space = name.rfind(' ');
   if (space == std::string_view::npos || space == 0) return {name, 1};
@@ -51,8 +51,8 @@ std::string TQStringUniquer::uniqueCopyName(std::string_view original) {
   return firstFree(std::string(original) + std::string(kCopy), 1);
 }
 
-// A run grows by what is met in it and swallows the one that it reaches, so a number is looked at
-// once however often names begin before it.
+// Each run grows by the taken numbers that are found, and merges with the next run when it reaches
+// it. So each number is looked up once, however many calls start below it.
 std::string TQStringUniquer::firstFree(std::string_view stem, std::uint64_t number) {
   Runs& runs = runs_[std::string(stem)];
   auto run = runs.upper_bound(number);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQStringUniquer.h
-/// Names that nobody has yet.
+/// Generates names that are unique within a set.
 
 #include <cstdint>
 #include <functional>
@@ -16,29 +16,30 @@
 
 namespace tq {
 
-/// Gives out names beside those that are taken, in the manner of a desktop: "Oval" or "Oval 2";
-/// for a copy "Oval copy", "Oval copy 2". What it gives out is taken from then on. Names are
-/// compared byte for byte.
+/// Generates unique names in the style of desktop systems: "Oval", "Oval 2"; for copies "Oval
+/// copy", "Oval copy 2". Generated names are added to the taken names. Names are compared byte by
+/// byte.
 ///
-/// Cost: a few look-ups, and one more for each number that is met for the first time and is taken,
-///       however many copies there are. Threads: one at a time.
+/// Cost:    a few look-ups per name, plus one for each taken number that is encountered for the
+///          first time. The number of earlier copies does not matter.
+/// Threads: one at a time.
 class TQ_EXPORT TQStringUniquer {
  public:
   TQStringUniquer() = default;
-  /// Knows the names that somebody has already; a name may be in twice.
+  /// Starts with these names taken. Duplicates are allowed.
   explicit TQStringUniquer(std::span<const std::string> taken);
 
-  /// The name is somebody's from now on.
+  /// Adds a taken name.
   void take(std::string_view name);
-  /// True when somebody has exactly this name.
+  /// True if this name is taken.
   [[nodiscard]] bool isTaken(std::string_view name) const { return taken_.contains(name); }
 
-  /// `wanted` itself while it is free; else with the first free number, which counts on from the
-  /// one that it ends in: "Oval 7" is followed by "Oval 8".
+  /// Returns `wanted` if it is free. Otherwise appends the first free number, or increases the
+  /// number at its end: "Oval 7" is followed by "Oval 8".
   std::string uniqueString(std::string_view wanted);
 
-  /// The name of a copy of `original`: "Oval copy", then "Oval copy 2". A copy's copy counts on:
-  /// "Oval copy 7" is followed by "Oval copy 8".
+  /// Returns a name for a copy of `original`: "Oval copy", then "Oval copy 2". For a copy of a copy
+  /// the number increases: "Oval copy 7" is followed by "Oval copy 8".
   std::string uniqueCopyName(std::string_view original);
 
  private:
@@ -49,8 +50,8 @@ class TQ_EXPORT TQStringUniquer {
   std::string firstFree(std::string_view stem, std::uint64_t number);
 
   std::unordered_set<std::string, Hash, std::equal_to<>> taken_;
-  /// By stem, runs of numbers that are known to be taken, each with the number behind its last one:
-  /// names are never given back. No two overlap.
+  /// Runs of taken numbers, as first number and past-the-end number. They do not overlap. Names are
+  /// never released, so runs only grow.
   using Runs = std::map<std::uint64_t, std::uint64_t>;
   std::unordered_map<std::string, Runs> runs_;
 };

@@ -7,7 +7,8 @@
 namespace tq {
 namespace {
 
-/// Takes the text up to the next "." off `rest`; behind the end there are only zeros.
+/// Removes the component up to the next "." from `rest` and returns its number. Returns 0 if `rest`
+/// is empty.
 std::int64_t nextComponent(std::string_view& rest) noexcept {
   const std::size_t dot = rest.find('.');
   const std::int64_t value = lenientInteger(rest.substr(0, dot));

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQVersion.h
-/// Dotted version texts by their numbers.
+/// Comparison of version strings such as "2.10.1".
 
 #include <initializer_list>
 #include <optional>
@@ -13,15 +13,17 @@
 
 namespace tq {
 
-/// Compares the first three components, each read as lenientInteger() reads it: "3-beta" is 3, "x"
-/// and what is missing are 0. Later components are never looked at. Any thread.
-/// @return -1 when `first` is lower, 1 when it is higher, 0 when they are equal that far
+/// Compares the first three components of two versions as numbers; further components are ignored.
+/// Each is read by lenientInteger(): "3-beta" is 3; "x" and a missing component are 0. Threads:
+/// any.
+/// @return -1 if `first` is lower, 1 if it is higher, 0 if they are equal
 [[nodiscard]] TQ_EXPORT int TQCompareVersions(std::string_view first,
                                               std::string_view second) noexcept;
 
-/// The highest of the versions, of equal ones the earliest; a view of the text given.
-/// @return none for no versions, and, on purpose, when none is higher than "0": a list of nothing
-///         but zero versions has no highest
+/// Returns the highest version, as a view of the given text. Of equal versions the first one is
+/// returned.
+/// @return nullopt if no version is higher than "0": on purpose, a list of only zero versions has
+///         no highest one, like an empty list
 [[nodiscard]] TQ_EXPORT std::optional<std::string_view> TQHighestVersionNumber(
     std::span<const std::string_view> versions) noexcept;
 [[nodiscard]] TQ_EXPORT std::optional<std::string_view> TQHighestVersionNumber(
