@@ -15,8 +15,8 @@ std::size_t MapTable::hashOf(const Object& key) const {
   return matching_ == Matching::identity ? std::hash<const Object*>{}(&key) : key.hash();
 }
 
-// By identity a weak key is compared through what it observes, never by address: a new object at an
-// old address is another key.
+// Weak keys are not compared by address: a new object at the address of a destroyed one is another
+// key.
 bool MapTable::matches(const Slot& slot, const Object& key) const {
   if (keys_ == Keys::strong) {
     return slot.strongKey.get() == &key ||
@@ -40,13 +40,13 @@ Object* MapTable::objectForKey(const Object& key) const {
   return found ? slots_[*found].value.get() : nullptr;
 }
 
-// The slot stays where it is, without a value, until room is made.
+// The slot keeps its place, with a null value, until makeRoom() compacts the slots.
 MapTable::Entry MapTable::takeOut(Slot& slot) noexcept {
   --count_;
   return {std::exchange(slot.strongKey, nullptr), std::exchange(slot.value, nullptr)};
 }
 
-// Strong guarantee: the new index is there before anything moves.
+// Strong guarantee: the new index is allocated before any slot moves.
 void MapTable::makeRoom() {
   detail::makeRoom(slots_, 1);
   if (slots_.size() < index_.capacity()) return;
@@ -65,7 +65,8 @@ MapTable::Removed MapTable::purge() {
   };
   removed.reserve(static_cast<std::size_t>(std::ranges::count_if(slots_, isGone)));
   for (Slot& slot : slots_) {
-    if (removed.size() == removed.capacity()) break;  // gone since they were counted: next time
+    // More keys may have been destroyed since the count. They are removed next time.
+    if (removed.size() == removed.capacity()) break;
     if (isGone(slot)) removed.push_back(takeOut(slot));
   }
   lossesSeen_ = losses;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file MapTable.h
-/// A table whose keys may be held weakly.
+/// A hash table of objects with weak or strong keys.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,11 +17,12 @@
 
 namespace tq {
 
-/// Objects found by a key that is held weakly or strongly. An entry whose weak key has gone cannot
-/// be found, counted or enumerated any more; its value goes with the next change of the table or
-/// purge(). Values are held strongly.
+/// A hash table whose keys are held weakly or strongly. Values are held strongly. An entry whose
+/// weak key has been destroyed is no longer found, counted or enumerated; its value is released by
+/// the next change of the table or by purge().
 ///
-/// Threads: one at a time; objectForKey() also several at once while nothing changes.
+/// Threads: one at a time. Several threads may call objectForKey() while no thread changes the
+///          table.
 /// Order:   entries are in the order in which their keys were first set.
 class TQ_EXPORT MapTable final : public Subclass<MapTable> {
  public:
@@ -29,44 +30,46 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
 
   /// How keys are held.
   enum class Keys : std::uint8_t { weak, strong };
-  /// How keys are told apart: by isEqual(), or as the same object.
+  /// How keys are compared: by isEqual(), or by identity.
   enum class Matching : std::uint8_t { equality, identity };
 
   /// A key and its value, both held strongly by the copy.
   struct Entry {
-    Ref<Object> key;    ///< none where it was taken out of a table with weak keys
-    Ref<Object> value;  ///< never none
+    Ref<Object> key;    ///< null for an entry removed from a table with weak keys
+    Ref<Object> value;  ///< never null
   };
-  /// Entries that a call has taken out, for the caller to drop where destructors may run.
+  /// Entries that a call has removed. The caller releases them where destructors may run.
   using Removed = std::vector<Entry>;
 
-  /// An empty table.
+  /// Creates an empty table.
   [[nodiscard]] static Ref<MapTable> mapTable(Keys keys, Matching matching = Matching::equality);
-  /// An empty table, compared by equality, that holds its keys weakly.
+  /// Creates an empty table with weak keys, which are compared by equality.
   [[nodiscard]] static Ref<MapTable> weakToStrongObjectsMapTable() { return mapTable(Keys::weak); }
-  /// The same, holding its keys strongly.
+  /// Creates an empty table with strong keys, which are compared by equality.
   [[nodiscard]] static Ref<MapTable> strongToStrongObjectsMapTable() {
     return mapTable(Keys::strong);
   }
 
-  /// Entries whose keys live. Linear when weakly held objects have gone since the last purge.
+  /// Returns the number of entries whose keys are alive. O(1), but O(n) if any weakly held object
+  /// of the process has been destroyed since the last purge.
   [[nodiscard]] std::size_t count() const;
 
-  /// Lent; null when there is none.
+  /// Returns the value of the key, or null. The table owns it.
   [[nodiscard]] Object* objectForKey(const Object& key) const;
-  /// Replaces the value and keeps the first key; a null value removes the entry.
-  /// @return what was displaced, and all whose keys have gone
+  /// Sets the value of the key. If an equal key is in the table, that key stays. A null value
+  /// removes the entry.
+  /// @return the replaced or removed entry, and all entries whose keys have been destroyed
   Removed setObject(Ref<Object> value, Object& forKey);
-  /// An absent key is no fault.
-  /// @return what was taken out, and all whose keys have gone
+  /// Removes the entry of the key, if there is one.
+  /// @return the removed entry, and all entries whose keys have been destroyed
   Removed removeObjectForKey(const Object& key);
-  /// @return every entry
+  /// Removes all entries and returns them.
   Removed removeAllObjects();
-  /// Takes out the entries whose keys have gone. Linear, but nothing when no weakly held object
-  /// has.
+  /// Removes the entries whose keys have been destroyed and returns them. O(n), but O(1) if no
+  /// weakly held object of the process has been destroyed since the last purge.
   Removed purge();
 
-  /// objectForKey(), setObject(): the forms that subscripts are written with.
+  /// The same as objectForKey() and setObject().
   [[nodiscard]] Object* objectForKeyedSubscript(const Object& key) const {
     return objectForKey(key);
   }
@@ -74,23 +77,23 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
     setObject(std::move(value), key);
   }
 
-  /// All living entries at this moment.
+  /// Returns the entries whose keys are alive.
   [[nodiscard]] std::vector<Entry> entries() const;
 
-  /// Calls the block for each entry until it sets `stop`. An empty block does nothing. The block
-  /// may change the table: the walk goes over the entries as they were at its start.
+  /// Call the block for each entry until it sets `stop`. An empty block does nothing. The block may
+  /// change the table: the enumeration visits the entries as they were at its start.
   void enumerateKeysAndObjectsUsingBlock(
       const std::function<void(Object& key, Object& object, bool& stop)>& block) const;
   void enumerateKeysUsingBlock(const std::function<void(Object& key, bool& stop)>& block) const;
   void enumerateObjectsUsingBlock(
       const std::function<void(Object& object, bool& stop)>& block) const;
 
-  /// A copy with the entries for which the block answers true.
+  /// Returns a new table with the entries for which the block returns true.
   [[nodiscard]] Ref<MapTable> filter(
       const std::function<bool(Object& key, Object& object)>& block) const;
 
  private:
-  /// A key under its hash, held either way, and its value; an entry that was taken out has none.
+  /// A key with its hash, held either way, and its value. A removed entry has a null value.
   struct Slot {
     std::size_t hash;
     Weak<Object> weakKey;
