@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file BinarySearch.h
-/// Searches in what is sorted by a key.
+/// Binary search by key.
 
 #include <algorithm>
 #include <cstddef>
@@ -10,16 +10,17 @@
 
 namespace tq {
 
-/// Where a key is, or where it would go.
+/// The position of a key, or its insertion position.
 struct BinarySearchResult {
-  std::size_t index = 0;  ///< of the first element whose key is not before the wanted one
-  bool found = false;     ///< whether that element's key is the wanted one
+  std::size_t index = 0;  ///< of the first element whose key is not before the searched key
+  bool found = false;     ///< true if the key of that element equals the searched key
   friend bool operator==(const BinarySearchResult&, const BinarySearchResult&) = default;
 };
 
-/// @param elements  sorted ascending by `before` of their keys; otherwise any index may come out
-/// @param keyOf     the key of an element: a function or a pointer to a member
-/// O(log n) calls of `keyOf` and `before`.
+/// Searches `elements` for `key`. O(log n) calls of `keyOf` and `before`.
+/// @param elements  must be sorted by their keys, ascending in the order of `before`; otherwise the
+///                  result is any index
+/// @param keyOf     returns the key of an element: a function or a pointer to a member
 template <std::ranges::random_access_range Elements, class Key, class KeyOf = std::identity,
           class Before = std::ranges::less>
 [[nodiscard]] BinarySearchResult binarySearch(const Elements& elements, const Key& key,

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file ChildTraversable.h
-/// What makes a type a tree: a root, and the children of any node.
+/// The concept of a tree: a root, and the children of each node.
 
 #include <concepts>
 #include <memory>
@@ -15,7 +15,7 @@ namespace tq {
 
 namespace detail {
 
-/// A Ref to a tree stands for the tree itself.
+/// Returns the tree itself, also for a Ref to a tree.
 template <class Tree>
 [[nodiscard]] const Tree& treeBehind(const Tree& tree) noexcept {
   return tree;
@@ -36,7 +36,7 @@ using ChildrenOf =
 template <class Root>
 inline constexpr bool kLendsNodes = std::is_lvalue_reference_v<Root>;
 
-/// A node that is kept for later: by its address when the tree lends it, else by its value.
+/// A stored node: its address if the tree returns references to nodes, otherwise its value.
 template <class Root>
 class KeptNode {
  public:
@@ -59,15 +59,15 @@ class KeptNode<Root&> {
 
 }  // namespace detail
 
-/// A tree type, or a Ref to one, that offers
+/// A tree type, or a Ref to one, with
 ///
-///     root()           the node at the top
-///     children(node)   an input range of the nodes directly below `node`, in order
+///     root()           the root node
+///     children(node)   an input range of the child nodes of `node`, in order
 ///
 /// Nodes are either small values that are copied (pointers, references, indices), or lvalues that
-/// the tree lends and that stay where they are; then root() and the range of children both give
-/// lvalue references. The range may be a container, a reference to one, or a view that computes
-/// the children while it is walked.
+/// the tree owns and that have stable addresses. In the second case, root() and the range of
+/// children both return lvalue references. The range may be a container, a reference to one, or a
+/// view that computes the children during the iteration.
 template <class Tree>
 concept ChildTraversable = requires {
   typename detail::RootOf<Tree>;
@@ -79,38 +79,38 @@ concept ChildTraversable = requires {
     (!detail::kLendsNodes<detail::RootOf<Tree>> ||
      std::is_lvalue_reference_v<std::ranges::range_reference_t<detail::ChildrenOf<Tree>>>);
 
-/// What root() gives and a traversal yields: a node by value, or a reference to one that is lent.
+/// The type of root() and of the elements of a traversal: a node by value or by reference.
 template <ChildTraversable Tree>
 using TreeNode = detail::RootOf<Tree>;
 
-/// A node as an argument.
+/// A node as a function argument.
 template <ChildTraversable Tree>
 using TreeNodeArgument = const std::remove_reference_t<TreeNode<Tree>>&;
 
-/// The tree's root: itself for a tree held by value, of the tree behind a reference else. O(1).
+/// Returns the root of a tree, or of the tree behind a Ref. O(1).
 [[nodiscard]] decltype(auto) rootOf(const ChildTraversable auto& tree) {
   return detail::treeBehind(tree).root();
 }
 
-/// The children of `node`, in order.
+/// Returns the children of `node`, in order.
 template <ChildTraversable Tree>
 [[nodiscard]] decltype(auto) childrenOf(const Tree& tree, TreeNodeArgument<Tree> node) {
   return detail::treeBehind(tree).children(node);
 }
 
-/// A tree's nodes from any of them on: the same tree with another root. Holds the tree by value,
-/// and so shares it when `Base` is a Ref.
+/// The part of a tree below a node: the same tree with another root. Stores the tree by value, and
+/// thus shares it if `Base` is a Ref.
 template <ChildTraversable Base>
 class SubTree {
  public:
-  /// `root` must be a node of `base`, which is not checked.
+  /// `root` must be a node of `base`; this is not checked.
   SubTree(Base base, TreeNode<Base> root) : base_(std::move(base)), root_(root) {}
 
-  /// The tree that it is a part of.
+  /// Returns the whole tree.
   [[nodiscard]] const Base& base() const noexcept { return base_; }
-  /// The node that it starts at.
+  /// Returns the root of this part.
   [[nodiscard]] TreeNode<Base> root() const { return root_.get(); }
-  /// The children that the whole tree gives the node.
+  /// Returns the children of `node` in the whole tree.
   [[nodiscard]] decltype(auto) children(TreeNodeArgument<Base> node) const {
     return childrenOf(base_, node);
   }
@@ -120,7 +120,7 @@ class SubTree {
   detail::KeptNode<TreeNode<Base>> root_;
 };
 
-/// The part of `tree` from `node` down.
+/// Returns the part of `tree` with `node` as its root.
 template <ChildTraversable Tree>
 [[nodiscard]] SubTree<Tree> subTree(Tree tree, TreeNode<Tree> node) {
   return SubTree<Tree>(std::move(tree), node);

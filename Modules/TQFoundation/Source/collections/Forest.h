@@ -12,8 +12,8 @@
 
 namespace tq {
 
-/// Holds its trees by value, and so shares them when `TreeType` is a Ref. The functions of
-/// TreeTraversal.h go over the nodes of all of them.
+/// A list of trees. Stores its trees by value, and thus shares them if `TreeType` is a Ref. The
+/// functions of TreeTraversal.h visit the nodes of all of them.
 template <ChildTraversable TreeType>
 class Forest {
  public:
@@ -21,13 +21,13 @@ class Forest {
   using Tree = TreeType;
 
   Forest() noexcept = default;
-  /// Takes the trees over, in this order.
+  /// A forest of these trees, in this order.
   explicit Forest(std::vector<Tree> trees) noexcept : trees_(std::move(trees)) {}
 
-  /// The trees in order, lent until the forest changes.
+  /// Returns the trees in order. The span is valid until the forest changes.
   [[nodiscard]] std::span<const Tree> trees() const noexcept { return trees_; }
   [[nodiscard]] std::size_t count() const noexcept { return trees_.size(); }
-  /// Adds a tree behind the others.
+  /// Adds a tree at the end.
   void append(Tree tree) { trees_.push_back(std::move(tree)); }
 
  private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Multiset.h
-/// Elements with the number of times that they are in.
+/// A set with multiplicities (bag).
 
 #include <algorithm>
 #include <cstddef>
@@ -13,15 +13,18 @@
 
 namespace tq {
 
-/// A bag: a set that counts. A value. Goes over (element, count) pairs in the order in which the
-/// elements first came in, so that no output hangs on hashes. Adding, counting and removing one of
-/// several take O(1); removing the last of an element takes O(distinct elements).
+/// A set that counts how often each element is in it. A value type. Iteration visits (element,
+/// count) pairs in the order in which the elements were first inserted; it does not depend on
+/// hashes.
+///
+/// Cost: O(1) to insert, to count, and to remove an occurrence that is not the last of its element;
+///       O(distinct elements) to remove the last one.
 template <class Element, class Hash = std::hash<Element>, class Equal = std::equal_to<Element>>
 class Multiset {
  public:
-  /// An element and how often it is in.
+  /// An element and its number of occurrences.
   struct Entry {
-    Element element;    ///< the one that came in first among equals
+    Element element;    ///< the first inserted among equal ones
     std::size_t count;  ///< never 0
   };
   using const_iterator = typename std::vector<Entry>::const_iterator;
@@ -33,7 +36,8 @@ class Multiset {
     for (auto&& element : elements) insert(std::forward<decltype(element)>(element));
   }
 
-  /// @return how often the element is in afterwards
+  /// Inserts the element `times` times.
+  /// @return its count afterwards
   std::size_t insert(Element element, std::size_t times = 1) {
     if (times == 0) return count(element);
     const auto found = positions_.find(element);
@@ -51,8 +55,8 @@ class Multiset {
     return entry.count += times;
   }
 
-  /// Takes the element out `times` times, or as often as it is in.
-  /// @return how often it was taken out
+  /// Removes up to `times` occurrences of the element.
+  /// @return how many were removed
   std::size_t remove(const Element& element, std::size_t times = 1) {
     const auto found = positions_.find(element);
     if (found == positions_.end()) return 0;
@@ -67,28 +71,28 @@ class Multiset {
     return removed;
   }
 
-  /// All of the equal ones.
-  /// @return how many there were
+  /// Removes all occurrences of the element.
+  /// @return how many were removed
   std::size_t removeAll(const Element& element) { return remove(element, count(element)); }
 
-  /// How often the element is in; 0 when it is not.
+  /// Returns the number of occurrences of the element; 0 if it is not in the set.
   [[nodiscard]] std::size_t count(const Element& element) const {
     const auto found = positions_.find(element);
     return found == positions_.end() ? 0 : entries_[found->second].count;
   }
-  /// True when it is in at least once.
+  /// True if the element is in the set.
   [[nodiscard]] bool contains(const Element& element) const { return count(element) != 0; }
 
-  /// Elements in all, each as often as it is in.
+  /// Returns the sum of all counts.
   [[nodiscard]] std::size_t totalCount() const noexcept { return total_; }
-  /// How many different elements are in.
+  /// Returns the number of distinct elements.
   [[nodiscard]] std::size_t distinctCount() const noexcept { return entries_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return total_ == 0; }
 
   [[nodiscard]] const_iterator begin() const noexcept { return entries_.begin(); }
   [[nodiscard]] const_iterator end() const noexcept { return entries_.end(); }
 
-  /// The same elements equally often, in whatever order they came.
+  /// True if both contain the same elements with the same counts. The order does not matter.
   friend bool operator==(const Multiset& a, const Multiset& b) {
     return a.total_ == b.total_ && a.distinctCount() == b.distinctCount() &&
            std::ranges::all_of(

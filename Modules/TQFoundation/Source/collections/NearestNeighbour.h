@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file NearestNeighbour.h
-/// Picks what lies nearest.
+/// Linear nearest-neighbour search.
 
 #include <functional>
 #include <iterator>
@@ -10,11 +10,11 @@
 
 namespace tq {
 
-/// The element of the least distance; the first one among equals. A distance that is NaN is never
-/// the least. O(n), `distanceTo(element)` once for each element.
+/// Returns the element with the smallest distance, the first one if several are equal. Elements
+/// with a NaN distance are ignored. O(n), calls `distanceTo(element)` once for each element.
 ///
-/// @param farthest  only elements up to this distance count
-/// @return its iterator, or the end when there is no such element
+/// @param farthest  the largest distance that is accepted, inclusive
+/// @return an iterator to the element, or the end if there is none
 template <std::ranges::forward_range Elements, class DistanceTo>
 [[nodiscard]] std::ranges::borrowed_iterator_t<Elements> nearestNeighbour(
     Elements&& elements, DistanceTo distanceTo,

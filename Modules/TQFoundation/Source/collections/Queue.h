@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Queue.h
-/// First in, first out, and first by priority.
+/// First-in, first-out queues and priority queues.
 
 #include <algorithm>
 #include <cstddef>
@@ -14,14 +14,14 @@
 
 namespace tq {
 
-/// Elements leave in the order in which they came. A value.
+/// A first-in, first-out queue. A value type.
 template <class Element>
 class Queue {
  public:
-  /// Puts the element behind all others.
+  /// Adds an element at the end.
   void enqueue(Element element) { elements_.push_back(std::move(element)); }
 
-  /// Takes out the element that came first; none when the queue is empty.
+  /// Removes and returns the first element; nullopt if the queue is empty.
   std::optional<Element> dequeue() {
     if (elements_.empty()) return std::nullopt;
     std::optional<Element> first(std::move(elements_.front()));
@@ -29,22 +29,22 @@ class Queue {
     return first;
   }
 
-  /// The element that leaves next, lent; null when there is none.
+  /// Returns the first element, or null if the queue is empty. Valid until the queue changes.
   [[nodiscard]] const Element* first() const noexcept {
     return elements_.empty() ? nullptr : &elements_.front();
   }
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return elements_.empty(); }
-  /// Drops every element.
+  /// Removes all elements.
   void removeAll() noexcept { elements_.clear(); }
 
  private:
   std::deque<Element> elements_;
 };
 
-/// The element that comes before all others by `Before` leaves first; among equals, the one that
-/// came first. With std::less that is the least. A value; O(log n) in and out.
+/// A stable priority queue: the smallest element in the order of `Before` leaves first. Equal
+/// elements leave in the order of their insertion. A value type.
 template <class Element, class Before = std::less<Element>>
 class PriorityQueue {
  public:
@@ -52,13 +52,13 @@ class PriorityQueue {
   /// An empty queue ordered by `before`, a strict weak order.
   explicit PriorityQueue(Before before) : before_(std::move(before)) {}
 
-  /// Puts the element behind its equals. O(log n).
+  /// Adds an element. O(log n).
   void enqueue(Element element) {
     heap_.push_back({std::move(element), arrivals_++});
     std::ranges::push_heap(heap_, later());
   }
 
-  /// Takes out the element that goes before all others; none when the queue is empty. O(log n).
+  /// Removes and returns the first element; nullopt if the queue is empty. O(log n).
   std::optional<Element> dequeue() {
     if (heap_.empty()) return std::nullopt;
     std::ranges::pop_heap(heap_, later());
@@ -67,14 +67,14 @@ class PriorityQueue {
     return first;
   }
 
-  /// The element that leaves next, lent; null when there is none.
+  /// Returns the first element, or null if the queue is empty. Valid until the queue changes.
   [[nodiscard]] const Element* first() const noexcept {
     return heap_.empty() ? nullptr : &heap_.front().element;
   }
 
   [[nodiscard]] std::size_t count() const noexcept { return heap_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return heap_.empty(); }
-  /// Drops every element.
+  /// Removes all elements.
   void removeAll() noexcept { heap_.clear(); }
 
  private:

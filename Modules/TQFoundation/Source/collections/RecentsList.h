@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RecentsList.h
-/// The entries used last, the most recent one first.
+/// Lists of recently used elements, the most recent one first.
 
 #include <algorithm>
 #include <concepts>
@@ -16,8 +16,8 @@
 
 namespace tq {
 
-/// At most `capacity` elements, none twice. A value; insertion is its only mutation. O(n).
-/// A negative capacity stops the process at the first trimming.
+/// At most `capacity` elements without duplicates. A value type. Insertion is O(n). With a negative
+/// capacity, the first insertion stops the process.
 template <class Element>
 class RecentsList {
  public:
@@ -28,21 +28,21 @@ class RecentsList {
   /// An empty list.
   explicit RecentsList(std::int64_t capacity) : capacity_(capacity) {}
 
-  /// The first `capacity` of `elements`, the first one being the most recent. What occurs twice in
-  /// them stays twice until it is inserted again.
+  /// A list of the first `capacity` of `elements`; the first one is the most recent. Duplicates
+  /// among them stay until they are inserted again. A negative capacity stops the process.
   template <std::ranges::input_range Elements>
   RecentsList(Elements&& elements, std::int64_t capacity) : capacity_(capacity) {
     TQ_ASSERT(capacity >= 0);
     if (capacity == 0) return;
     for (auto&& element : elements) {
       storage_.emplace_back(std::forward<decltype(element)>(element));
-      if (count() == static_cast<std::size_t>(capacity)) break;  // no further element is asked for
+      if (count() == static_cast<std::size_t>(capacity)) break;  // do not read further elements
     }
   }
 
-  /// Records a use of `element`. The first stored element for which `isSame(stored, element)` holds
-  /// makes way for it. When that is the most recent one it stays, and `element` is dropped, even
-  /// where the two differ in what `isSame` does not look at.
+  /// Records a use of `element`. It becomes the most recent one and replaces the first stored
+  /// element with `isSame(stored, element)`. If that is already the most recent one, it stays and
+  /// `element` is discarded, even if the two differ in ways that `isSame` ignores.
   template <std::predicate<const Element&, const Element&> Predicate>
   void insert(Element element, Predicate isSame) {
     const auto same = std::ranges::find_if(
@@ -56,21 +56,21 @@ class RecentsList {
     trim();
   }
 
-  /// insert(element, ==).
+  /// The same with == as `isSame`.
   void insert(Element element) requires std::equality_comparable<Element> {
     insert(std::move(element), std::equal_to<>());
   }
 
-  /// Most elements that it keeps, as given.
+  /// Returns the largest number of elements that the list keeps.
   [[nodiscard]] std::int64_t capacity() const noexcept { return capacity_; }
   [[nodiscard]] std::size_t count() const noexcept { return storage_.size(); }
-  /// The same as count(), as the C++ library names it.
+  /// The same as count(), under the name of the C++ library.
   [[nodiscard]] std::size_t size() const noexcept { return storage_.size(); }
-  /// Indices run from startIndex() to endIndex(), which is behind the last.
+  /// The first index, and the index after the last element.
   [[nodiscard]] static constexpr std::size_t startIndex() noexcept { return 0; }
   [[nodiscard]] std::size_t endIndex() const noexcept { return count(); }
 
-  /// 0 is the most recent; an index past the end stops the process.
+  /// Returns an element; index 0 is the most recent one. An index out of range stops the process.
   [[nodiscard]] const Element& operator[](std::size_t index) const {
     TQ_ASSERT(index < count());
     return storage_[index];

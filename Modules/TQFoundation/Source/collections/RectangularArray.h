@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RectangularArray.h
-/// A table of rows and columns, with views of each.
+/// Two-dimensional arrays with views of rows and columns.
 
 #include <cstddef>
 #include <limits>
@@ -14,14 +14,15 @@
 
 namespace tq {
 
-/// rowCount × columnCount elements, row by row in one block. A value. Positions out of range stop
-/// the process. The views lend elements and are good while the array lives and keeps its size.
+/// rowCount × columnCount elements, stored row by row in one block. A value type. A position out of
+/// range stops the process. References and views are valid until the array is assigned to, moved
+/// from or destroyed.
 template <class Element>
 class RectangularArray {
  public:
   RectangularArray() noexcept = default;
-  /// All elements copies of `value`. Either count may be 0.
-  /// @throws std::length_error, std::bad_alloc when it is too large
+  /// An array of copies of `value`. Either count may be 0.
+  /// @throws std::length_error, std::bad_alloc if it is too large
   RectangularArray(std::size_t rowCount, std::size_t columnCount, const Element& value = Element())
       : rowCount_(rowCount), columnCount_(columnCount) {
     TQ_ASSERT(columnCount == 0 ||
@@ -29,10 +30,10 @@ class RectangularArray {
     elements_.assign(rowCount * columnCount, value);
   }
 
-  /// Copies share nothing.
+  /// Copies the elements.
   RectangularArray(const RectangularArray&) = default;
   RectangularArray& operator=(const RectangularArray&) = default;
-  /// The array that is moved from is empty.
+  /// The array that is moved from becomes empty.
   RectangularArray(RectangularArray&& other) noexcept { *this = std::move(other); }
   RectangularArray& operator=(RectangularArray&& other) noexcept {
     rowCount_ = std::exchange(other.rowCount_, 0);
@@ -41,11 +42,11 @@ class RectangularArray {
     return *this;
   }
 
-  /// As given when it was made.
+  /// Return the size.
   [[nodiscard]] std::size_t rowCount() const noexcept { return rowCount_; }
   [[nodiscard]] std::size_t columnCount() const noexcept { return columnCount_; }
 
-  /// An element, lent until the array goes. Past an end the process stops.
+  /// Returns an element.
   [[nodiscard]] Element& at(std::size_t row, std::size_t column) {
     return elements_[position(row, column)];
   }
@@ -53,15 +54,15 @@ class RectangularArray {
     return elements_[position(row, column)];
   }
 
-  /// A row, contiguous.
+  /// Returns a row, which is contiguous.
   [[nodiscard]] std::span<Element> row(std::size_t row) { return rowOf(*this, row); }
   [[nodiscard]] std::span<const Element> row(std::size_t row) const { return rowOf(*this, row); }
 
-  /// A column, as a random-access range of references.
+  /// Returns a column as a random-access range of references.
   [[nodiscard]] auto column(std::size_t column) { return columnOf(*this, column); }
   [[nodiscard]] auto column(std::size_t column) const { return columnOf(*this, column); }
 
-  /// Every element, row by row.
+  /// Returns all elements, row by row.
   [[nodiscard]] std::span<Element> elements() noexcept { return elements_; }
   [[nodiscard]] std::span<const Element> elements() const noexcept { return elements_; }
 

@@ -1,38 +1,38 @@
 #pragma once
 
 /// @file RestorableValue.h
-/// A value that is changed for a while and then put back.
+/// Values that are changed temporarily and then restored.
 
 #include <optional>
 #include <utility>
 
 namespace tq {
 
-/// Remembers the value that it had before the first set() since the last restore(). A value itself;
-/// not synchronised.
+/// A value that can be restored. The first set() after construction or restore() saves the value
+/// before it. A value type; not synchronised.
 template <class Value>
 class RestorableValue {
  public:
-  /// A value that is not changed.
+  /// A value with nothing saved.
   explicit RestorableValue(Value value) : value_(std::move(value)) {}
 
-  /// The current value.
+  /// Returns the current value.
   [[nodiscard]] const Value& value() const noexcept { return value_; }
 
-  /// Changes the value; the first time since the last restore() the one before is remembered.
+  /// Changes the value. Saves the previous one unless a value is saved already.
   void set(Value value) {
     if (!saved_) saved_.emplace(value_);
     value_ = std::move(value);
   }
 
-  /// Puts the remembered value back; without one nothing happens.
+  /// Restores the saved value. Does nothing if no value is saved.
   void restore() {
     if (!saved_) return;
     value_ = std::move(*saved_);
     saved_.reset();
   }
 
-  /// True while a value is remembered, be it equal to the current one.
+  /// True if a value is saved, even if it equals the current one.
   [[nodiscard]] bool isChanged() const noexcept { return saved_.has_value(); }
 
  private:
@@ -40,13 +40,13 @@ class RestorableValue {
   std::optional<Value> saved_;
 };
 
-/// Sets a variable for the length of a scope, and puts back what was there when the scope is left,
-/// by whichever way. Scopes nest. The variable must outlive the scope, and moving a value into it
-/// must not throw.
+/// Sets a variable until the end of a scope, then restores its previous value, also when an
+/// exception leaves the scope. Scopes may be nested. The variable must outlive the scope, and move
+/// assignment to it must not throw.
 template <class Value>
 class ScopedValue {
  public:
-  /// Moves `value` into `variable`, and keeps what was there.
+  /// Moves `value` into `variable` and saves the previous value.
   [[nodiscard]] ScopedValue(Value& variable, Value value)
       : variable_(variable), before_(std::exchange(variable, std::move(value))) {}
   ~ScopedValue() { variable_ = std::move(before_); }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Stack.h
-/// Last in, first out.
+/// Last-in, first-out stacks.
 
 #include <cstddef>
 #include <optional>
@@ -10,14 +10,15 @@
 
 namespace tq {
 
-/// A value. What is asked of an empty stack answers none; nothing here can fail but memory.
+/// A last-in, first-out stack. A value type. pop() and top() of an empty stack return nullopt and
+/// null.
 template <class Element>
 class Stack {
  public:
-  /// Puts the element on top.
+  /// Adds an element on top.
   void push(Element element) { elements_.push_back(std::move(element)); }
 
-  /// Takes the top element off.
+  /// Removes and returns the top element; nullopt if the stack is empty.
   std::optional<Element> pop() {
     if (elements_.empty()) return std::nullopt;
     std::optional<Element> popped(std::move(elements_.back()));
@@ -25,7 +26,7 @@ class Stack {
     return popped;
   }
 
-  /// The top element, lent; null when there is none.
+  /// Returns the top element, or null if the stack is empty. Valid until the stack changes.
   [[nodiscard]] const Element* top() const noexcept {
     return elements_.empty() ? nullptr : &elements_.back();
   }
@@ -33,7 +34,7 @@ class Stack {
 
   [[nodiscard]] std::size_t count() const noexcept { return elements_.size(); }
   [[nodiscard]] bool isEmpty() const noexcept { return elements_.empty(); }
-  /// Drops every element.
+  /// Removes all elements.
   void removeAll() noexcept { elements_.clear(); }
 
  private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TreeTraversal.h
-/// The nodes of a tree, one after another, in any of three orders.
+/// Traversal of trees and forests: depth first, post-order and breadth first.
 ///
 ///     for (const RTreeNode<Shape>* node : depthFirst(tree)) …
 ///     std::ranges::find_if(breadthFirst(tree, 3), isWanted)
@@ -23,19 +23,20 @@
 
 namespace tq {
 
-/// Siblings always come in their own order.
+/// The order in which nodes are visited. Siblings are always visited in their own order.
 enum class TraversalOrder {
   depthFirst,           ///< a node, then everything below it
   depthFirstPostOrder,  ///< everything below a node, then the node
   breadthFirst,         ///< level by level from the root
 };
 
-/// Goes down to the last leaf.
+/// All levels are visited.
 inline constexpr std::size_t kNoDepthLimit = std::numeric_limits<std::size_t>::max();
 
 namespace detail {
 
-/// The current node, and what is still to come below each of its ancestors.
+/// The state of a depth-first traversal: the current node and, for each of its ancestors, the
+/// children that are not visited yet.
 template <class Tree, TraversalOrder order>
 class DepthFirstWalk {
  public:
@@ -50,7 +51,8 @@ class DepthFirstWalk {
     if constexpr (kPostOrder) goDown(tree);
   }
 
-  // Children are asked for as late as can be: whoever stops early has not paid for the rest.
+  // Children are requested as late as possible, so a traversal that stops early does not pay for
+  // the rest.
   void advance(const Tree& tree) {
     if constexpr (kPostOrder) {
       if (goAside()) {
@@ -71,8 +73,8 @@ class DepthFirstWalk {
   using Children = std::views::all_t<ChildrenOf<Tree>>;
   static constexpr bool kPostOrder = order == TraversalOrder::depthFirstPostOrder;
 
-  /// An ancestor and its children from the current one on. Their view may be bound to the node's
-  /// address, which therefore is in here.
+  /// An ancestor and its children from the current one on. The view of the children may refer to
+  /// the node, so the node is stored here, at a stable address.
   struct Ancestor {
     Ancestor(const Tree& tree, const KeptNode<TreeNode<Tree>>& parent)
         : node(parent),
@@ -123,7 +125,7 @@ class DepthFirstWalk {
   std::size_t depthLimit_;
 };
 
-/// The current level and as much of the next one as has been met.
+/// The state of a breadth-first traversal: the current level, and the known part of the next one.
 template <class Tree>
 class BreadthFirstWalk {
  public:
@@ -172,24 +174,24 @@ struct WalkOf<Tree, TraversalOrder::breadthFirst> {
 
 }  // namespace detail
 
-/// The nodes of a tree, or of the trees of a forest one after another. A view: cheap to copy, and
-/// gone over as often as you like. It refers to a tree that it was made from by name and shares one
-/// that it was handed over; while it is gone over the tree must stay as it is.
+/// A view of the nodes of a tree, or of the trees of a forest one after another. Cheap to copy; may
+/// be iterated any number of times. It refers to a tree that was passed as an lvalue, and owns one
+/// that was passed as a temporary. The tree must not change during an iteration.
 ///
-/// Memory:  depth first, one frame for each level that is open; breadth first, one node handle for
-///          each node of two levels. Never the program's own stack, however deep the tree.
-/// Cost:    children are asked for once a node, when the traversal goes past it and not before.
+/// Memory:  depth first, one frame for each level above the current node; breadth first, one node
+///          handle for each node of two levels. Never recursive, however deep the tree is.
+/// Cost:    the children of each node are requested once, when the traversal moves past the node.
 template <ChildTraversable Tree, TraversalOrder order>
 class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, order>> {
  public:
-  /// Goes once from node to node. Good while the view and its trees stay as they are.
+  /// A single-pass iterator. Valid while the view and its trees do not change.
   class Iterator {
    public:
     using iterator_concept = std::input_iterator_tag;
     using value_type = std::remove_cvref_t<TreeNode<Tree>>;
     using difference_type = std::ptrdiff_t;
 
-    /// At the root of the first tree; at the end when there is none.
+    /// Starts at the root of the first tree, or at the end if there is no tree.
     Iterator(std::span<const Tree> trees, std::size_t depthLimit)
         : trees_(trees), walk_(depthLimit) {
       if (!trees_.empty()) walk_.start(trees_.front());
@@ -207,7 +209,7 @@ class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, ord
     }
     void operator++(int) { ++*this; }
 
-    /// Levels between the current node and the root; 0 at the root.
+    /// Returns the depth of the current node; 0 at the root.
     [[nodiscard]] std::size_t depth() const noexcept { return walk_.depth(); }
 
     friend bool operator==(const Iterator& iterator, std::default_sentinel_t) noexcept {
@@ -219,7 +221,7 @@ class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, ord
     typename detail::WalkOf<Tree, order>::Type walk_;
   };
 
-  /// Goes over `trees`, one after another. `owner` keeps them alive; none when somebody else does.
+  /// A view of `trees`, one after another. `owner` keeps them alive; null if the caller does.
   TreeTraversal(std::shared_ptr<const void> owner, std::span<const Tree> trees,
                 std::size_t depthLimit) noexcept
       : owner_(std::move(owner)), trees_(trees), depthLimit_(depthLimit) {}
@@ -228,13 +230,14 @@ class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, ord
   [[nodiscard]] static std::default_sentinel_t end() noexcept { return {}; }
 
  private:
-  std::shared_ptr<const void> owner_;  // none when the trees are somebody else's
+  std::shared_ptr<const void> owner_;  // null if the caller owns the trees
   std::span<const Tree> trees_;
   std::size_t depthLimit_;
 };
 
-/// @param tree        a tree or a Forest; kept alive by the view when it is a temporary
-/// @param depthLimit  how many levels below the root are visited; 0 visits the root alone
+/// Returns a view of the nodes of `tree` in the given order.
+/// @param tree        a tree or a Forest. The view owns it if it is a temporary.
+/// @param depthLimit  how many levels below the root are visited; 0 visits only the root
 template <TraversalOrder order, class Argument>
 [[nodiscard]] auto traverse(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
   using Given = std::remove_cvref_t<Argument>;
@@ -254,19 +257,20 @@ template <TraversalOrder order, class Argument>
   }
 }
 
-/// traverse() in the order that the name says.
+/// traverse() in the order depthFirst.
 template <class Argument>
 [[nodiscard]] auto depthFirst(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
   return traverse<TraversalOrder::depthFirst>(std::forward<Argument>(tree), depthLimit);
 }
 
-/// traverse() in the order that the name says.
+/// traverse() in the order depthFirstPostOrder.
 template <class Argument>
 [[nodiscard]] auto depthFirstPostOrder(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
   return traverse<TraversalOrder::depthFirstPostOrder>(std::forward<Argument>(tree), depthLimit);
 }
 
-/// A forest's trees come one after another, each level by level.
+/// traverse() in the order breadthFirst. The trees of a forest are visited one after another, each
+/// level by level.
 template <class Argument>
 [[nodiscard]] auto breadthFirst(Argument&& tree, std::size_t depthLimit = kNoDepthLimit) {
   return traverse<TraversalOrder::breadthFirst>(std::forward<Argument>(tree), depthLimit);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file StableStack.h
-/// A stack whose elements stay where they are while it grows, shrinks and is moved.
+/// A stack whose elements have stable addresses.
 
 #include <cstddef>
 #include <memory>
@@ -10,7 +10,8 @@
 
 namespace tq::detail {
 
-/// Memory comes in blocks of kBlock elements, which are kept until the end.
+/// Elements stay at their addresses when the stack grows, shrinks or is moved. Memory is allocated
+/// in blocks of kBlock elements and released by the destructor.
 template <class T>
 class StableStack {
  public:

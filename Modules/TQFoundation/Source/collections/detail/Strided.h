@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Strided.h
-/// Elements that lie a fixed number of others apart.
+/// A view of elements at a fixed distance in an array.
 
 #include <compare>
 #include <cstddef>
@@ -11,7 +11,8 @@
 
 namespace tq::detail {
 
-/// `count` elements from `first` on, each `stride` behind the one before. A view; lends all.
+/// A view of `count` elements: the first at `first`, each of the others `stride` after the one
+/// before.
 template <class Element>
 class Strided : public std::ranges::view_interface<Strided<Element>> {
  public:
@@ -70,6 +71,6 @@ class Strided : public std::ranges::view_interface<Strided<Element>> {
 
 }  // namespace tq::detail
 
-// Its iterators hold all that they need.
+// The iterators do not refer to the view.
 template <class Element>
 inline constexpr bool std::ranges::enable_borrowed_range<tq::detail::Strided<Element>> = true;
