@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file EditSequence.h
-/// The difference of two arrays.
+/// Edit sequences: the difference of two arrays.
 
 #include <algorithm>
 #include <cstddef>
@@ -13,13 +13,15 @@
 
 namespace tq {
 
-/// The shortest list of removals and insertions that makes `oldArray` into `newArray`, or none when
-/// they are the same. Applied in its order, each at its own index, it yields the new array.
+/// Returns the shortest list of removals and insertions that turns `oldArray` into `newArray`, or
+/// nullopt if they are the same. The changes are applied in the order of the list, each at its
+/// index. Does not change the arrays.
 ///
-/// @param inferringMoves  links the halves of what was moved, see TQArrayComparison::inferMoves()
-/// @param withBlock       see TQArrayComparator; a lambda or a function object is called directly
+/// @param inferringMoves  true links removals and insertions that are moves, see
+///                        TQArrayComparison::inferMoves()
+/// @param withBlock       see TQArrayComparator; a lambda or function object is called directly
 ///
-/// For costs and failures see TQArrayComparison. Both arrays are left as they are.
+/// For costs and failures see TQArrayComparison.
 template <class Comparator>
 [[nodiscard]] std::optional<TQArrayChanges> editSequenceTo(const Array& oldArray,
                                                            const Array& newArray,
@@ -35,7 +37,7 @@ template <class Comparator>
   return comparison.changes();
 }
 
-/// The same for elements that are the same when they are equal.
+/// The same with isEqual() as the comparator.
 [[nodiscard]] inline std::optional<TQArrayChanges> editSequenceTo(const Array& oldArray,
                                                                   const Array& newArray,
                                                                   bool inferringMoves) {

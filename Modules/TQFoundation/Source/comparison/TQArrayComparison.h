@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQArrayComparison.h
-/// The shortest way to make one array into another, an element at a time.
+/// Shortest edit scripts between arrays (Myers' algorithm).
 
 #include <algorithm>
 #include <cstddef>
@@ -19,13 +19,13 @@
 
 namespace tq {
 
-/// Whether two elements are the same: (old element, its index, new element, its index). The indexes
-/// always lie inside the arrays. It may say what it likes, even of the same two at another time: an
-/// edit script leads from the old array to the new one all the same, if not the shortest.
+/// Returns whether two elements are the same. Arguments: old element, its index, new element, its
+/// index. The indexes are always in range. The result need not be consistent between calls: the
+/// edit script then still leads from the old array to the new one, but need not be the shortest.
 using TQArrayComparator = std::function<bool(Object&, std::size_t, Object&, std::size_t)>;
 
-/// The first position in the old array, from `x` on along the diagonal k = x - y, where the
-/// elements differ or one of the arrays ends.
+/// Follows the diagonal k = x - y from `x` on, and returns the first position in the old array at
+/// which the elements differ or one of the arrays ends.
 template <class Comparator>
 [[nodiscard]] std::size_t FurthestXOnDiagonal(std::span<const Ref<Object>> oldArray,
                                               std::span<const Ref<Object>> newArray,
@@ -42,8 +42,8 @@ template <class Comparator>
 
 namespace detail {
 
-/// The moves among `changes`, linked: each insertion takes the first removal left, by falling
-/// index, that the comparator calls the same.
+/// Links the moves among `changes`. Each insertion is linked with the first removal, in descending
+/// order of index, that the comparator calls the same and that is not linked yet.
 template <class Comparator>
 void linkMoves(const TQArrayChanges& changes, Comparator& comparator) {
   const auto insertions = std::ranges::find_if(
@@ -63,22 +63,25 @@ void linkMoves(const TQArrayChanges& changes, Comparator& comparator) {
 
 }  // namespace detail
 
-/// One run of a difference: the shortest list of removals and insertions that leads from the old
-/// array to the new one. editSequenceTo() is what callers use.
+/// Computes the shortest list of removals and insertions that leads from the old array to the new
+/// one. Callers normally use editSequenceTo().
 ///
-/// The search is the forward greedy one of Myers, "An O(ND) Difference Algorithm and Its
-/// Variations" (1986). Level d holds the furthest point that d edits reach on each diagonal; the
-/// levels are filled by rising diagonal until one reaches the end of both arrays.
+/// The algorithm is the greedy forward search of Myers, "An O(ND) Difference Algorithm and Its
+/// Variations" (1986). Level d holds the furthest point that d edits reach on each diagonal. The
+/// levels are filled in ascending order of the diagonals, until one reaches the end of both arrays.
 ///
-/// Cost:    O((N + M) · D) calls of the comparator for D edits. A quarter of a byte for each of the
-///          up to D² / 2 furthest points, and 8 bytes for each that matching elements lead to.
-/// Failure: what the comparator throws and std::bad_alloc pass through; changes() can be asked
-/// again. Threads: one at a time. The arrays outlive the comparison and do not change meanwhile.
+/// Cost:     O((N + M) · D) calls of the comparator for D edits. Memory: a quarter of a byte for
+///           each of the up to D² / 2 furthest points, and 8 bytes for each of them that lies
+///           behind matching elements.
+/// Errors:   exceptions of the comparator and std::bad_alloc propagate; changes() may be called
+///           again.
+/// Threads:  one at a time.
+/// Lifetime: the arrays must outlive the comparison and must not change.
 template <class Comparator = TQArrayComparator>
 class TQArrayComparison {
  public:
-  /// `startPoint`: the length of a prefix known to be the same, which is never compared again. It
-  /// must not take up both arrays: then there is nothing to search for.
+  /// @param startPoint  the length of a common prefix, which is not compared again. Must not be the
+  ///                    length of both arrays.
   TQArrayComparison(const Array& oldArray, const Array& modifiedArray, std::size_t startPoint,
                     Comparator comparator)
       : oldArray_(oldArray.objects()),
@@ -86,30 +89,30 @@ class TQArrayComparison {
         comparator_(std::move(comparator)),
         furthest_{kNowhere, signedOf(startPoint), kNowhere} {}
 
-  /// Links removals with insertions of the same element, which makes them moves. The comparator is
-  /// called again for it, for each insertion with the removals that are left.
+  /// Links removals with insertions of the same element; each such pair is a move. Calls the
+  /// comparator for each insertion with the removals that are not linked yet.
   void inferMoves() { detail::linkMoves(changes(), comparator_); }
 
-  /// Computed when first asked for.
+  /// Returns the edit script. Computed at the first call.
   [[nodiscard]] const TQArrayChanges& changes() {
     if (!changes_) computeChanges();
     return *changes_;
   }
 
-  /// What is compared, lent: the arrays as they were when the comparison was made.
+  /// Return the compared arrays.
   [[nodiscard]] std::span<const Ref<Object>> oldArray() const noexcept { return oldArray_; }
   [[nodiscard]] std::size_t oldArrayCount() const noexcept { return oldArray_.size(); }
   [[nodiscard]] std::span<const Ref<Object>> modifiedArray() const noexcept {
     return modifiedArray_;
   }
   [[nodiscard]] std::size_t modifiedArrayCount() const noexcept { return modifiedArray_.size(); }
-  /// Whether two elements count as the same.
+  /// Returns the comparator.
   [[nodiscard]] const Comparator& comparator() const noexcept { return comparator_; }
-  /// How far each number of edits reached, for tests and drawings.
+  /// Returns the levels of the search, for tests and drawings.
   [[nodiscard]] const detail::SnakeLevels& furthestPath() const noexcept { return levels_; }
 
  private:
-  // A point's x stands for no point at all: less than every other, and its neighbours' choice.
+  // The x of a missing point. It is less than every other x, so the search never continues from it.
   static constexpr std::int64_t kNowhere = -1;
 
   [[nodiscard]] static std::int64_t signedOf(std::size_t n) noexcept {
@@ -138,21 +141,21 @@ class TQArrayComparison {
   Comparator comparator_;
   detail::SnakeLevels levels_;
 
-  // The last level: the x reached on the diagonals lowest_, lowest_ + 2, …, between two guards.
+  // The last level: the x reached on the diagonals lowest_, lowest_ + 2, …, between two sentinels.
   std::vector<std::int64_t> furthest_;
   std::vector<std::int64_t> next_;
   std::int64_t lowest_ = 0;
-  bool isWalledBelow_ = false;  // the diagonal below lowest_ has left the arrays for good
+  bool isWalledBelow_ = false;  // no path leads inside the arrays on the diagonal below lowest_
   bool isWalledAbove_ = false;
   bool isAtEnd_ = false;
 };
 
-/// Fills one more level. @return whether it reached the end of both arrays, where it stops at once
+/// Fills the next level. Stops as soon as it reaches the end of both arrays.
+/// @return true if it reached the end
 //
-// A point outside the arrays, past the end of one of them, makes its neighbours of the next level
-// lie outside too, and an end that is reached first lies on a path that never left them. So a level
-// need not go beyond the outermost diagonals that have left the arrays: nothing would be compared
-// there, and nothing inside hangs on it.
+// From a point outside the arrays (past the end of one of them), all further points are outside
+// too. The shortest path never leaves the arrays. So each level stops at the outermost diagonals
+// that have left the arrays: nothing is compared beyond them, and nothing inside depends on them.
 template <class Comparator>
 bool TQArrayComparison<Comparator>::fillNextDiffPath() {
   const std::size_t walls = (isWalledBelow_ ? 1U : 0U) + (isWalledAbove_ ? 1U : 0U);
@@ -161,7 +164,7 @@ bool TQArrayComparison<Comparator>::fillNextDiffPath() {
   next_.resize(count + 2);
   std::uint64_t* codes = levels_.startLevel(count, lowest);
 
-  // What the last level reached on the diagonal below each of this one's, and on the one above.
+  // The x of the last level on the diagonal below, and on the diagonal above, each diagonal.
   const std::int64_t* const below = furthest_.data() + (isWalledBelow_ ? 1 : 0);
   const std::int64_t* const above = below + 1;
   std::int64_t* const reached = next_.data() + 1;
@@ -199,7 +202,7 @@ bool TQArrayComparison<Comparator>::fillNextDiffPath() {
   return false;
 }
 
-/// Where an edit from `previousX` and the diagonal behind it lead.
+/// Returns the x after an edit at `previousX` and the matching elements that follow it.
 template <class Comparator>
 std::int64_t TQArrayComparison<Comparator>::findFurthestSnakeForItem(std::int64_t previousX,
                                                                      std::int64_t withDiagonal,
@@ -209,7 +212,7 @@ std::int64_t TQArrayComparison<Comparator>::findFurthestSnakeForItem(std::int64_
                                       static_cast<std::size_t>(start), comparator_));
 }
 
-/// Drops the outermost points that lie outside the arrays.
+/// Removes the outermost points that lie outside the arrays.
 template <class Comparator>
 void TQArrayComparison<Comparator>::keepInside() {
   std::size_t count = furthest_.size() - 2;
@@ -227,8 +230,8 @@ void TQArrayComparison<Comparator>::keepInside() {
   isWalledBelow_ = true;
 }
 
-/// The edits that lead to (x, y), a point of the last level. Going back meets the removals by
-/// falling index, as they are wanted, and the insertions the other way round.
+/// Stores the edits that lead to (x, y), a point of the last level. The way back visits removals
+/// and insertions in descending order of index; the insertions are reversed at the end.
 template <class Comparator>
 void TQArrayComparison<Comparator>::backTraceChangesFrom(std::int64_t x, std::int64_t y) {
   TQArrayChanges changes;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQArrayConsolidator.h
-/// Bringing an array up to date with a newer one, its objects kept where they can be.
+/// Updates an array to match a newer one and keeps matching objects.
 
 #include <functional>
 
@@ -10,10 +10,10 @@
 
 namespace tq {
 
-/// How an array is consolidated. A block that is not set is left out. Threads: one at a time.
+/// The blocks of a consolidation. Blocks that are not set are skipped. Threads: one at a time.
 class TQ_EXPORT TQArrayConsolidator {
  public:
-  /// Whether an old and a new item, told with their indices, match.
+  /// See comparisonBlock().
   using ComparisonBlock = TQArrayComparator;
   /// See updateBlock().
   using UpdateBlock = std::function<void(Object& oldItem, Object& newItem)>;
@@ -22,21 +22,21 @@ class TQ_EXPORT TQArrayConsolidator {
   /// See postRemoveBlock().
   using PostRemoveBlock = std::function<void(Object& removedItem)>;
 
-  /// Which items match; by default an item matches itself alone.
+  /// Returns whether an old and a new item match. By default, an item matches only itself.
   [[nodiscard]] const ComparisonBlock& comparisonBlock();
   void setComparisonBlock(ComparisonBlock block) { comparisonBlock_ = std::move(block); }
 
-  /// Brings an old item up to date from the new one that matches it. Called before anything is
-  /// removed or inserted, once for each old item that was ever found to match, with the last match:
-  /// that item may be removed afterwards.
+  /// Updates an old item from the matching new item. Called before the first removal or insertion,
+  /// once for each old item that the search found to match any new item, with the last match found.
+  /// The old item may still be removed afterwards.
   [[nodiscard]] const UpdateBlock& updateBlock() const noexcept { return updateBlock_; }
   void setUpdateBlock(UpdateBlock block) { updateBlock_ = std::move(block); }
 
-  /// Makes the object to be inserted for a new item; none inserts nothing.
+  /// Returns the object to be inserted for a new item. If it returns null, nothing is inserted.
   [[nodiscard]] const CreateBlock& createBlock() const noexcept { return createBlock_; }
   void setCreateBlock(CreateBlock block) { createBlock_ = std::move(block); }
 
-  /// Told of an item that has left the array and does not come back elsewhere.
+  /// Called after an item has been removed from the array, unless it was moved.
   [[nodiscard]] const PostRemoveBlock& postRemoveBlock() const noexcept { return postRemoveBlock_; }
   void setPostRemoveBlock(PostRemoveBlock block) { postRemoveBlock_ = std::move(block); }
 
@@ -47,18 +47,20 @@ class TQ_EXPORT TQArrayConsolidator {
   PostRemoveBlock postRemoveBlock_;
 };
 
-/// Makes `array` match `newArray` item by item: what matches stays, what was moved is put in its
-/// new place, the rest is removed or created. An index beyond the end inserts at the end.
+/// Changes `array` to match `newArray` item by item. Matching items stay, moved items are moved to
+/// their new places, and the other items are removed or created. An index beyond the end inserts at
+/// the end.
 ///
-/// Failure: what a block throws passes through. Until the first removal the array is untouched;
-///          what createBlock and postRemoveBlock throw leaves the changes made so far. Memory runs
-///          out before the first change or not at all.
-/// @return whether there was anything to change, even if it came to nothing
+/// Errors: exceptions of the blocks propagate. `array` is unchanged until the first removal. After
+///         an exception of createBlock or postRemoveBlock, the changes made so far stay.
+///         std::bad_alloc is thrown only before the first change.
+/// @return true if the arrays differed, even if no block changed anything
 TQ_EXPORT bool consolidateAgainst(MutableArray& array, const Array& newArray,
                                   TQArrayConsolidator& withConsolidator);
 
-/// The same on a copy. @return the copy, or `array` itself when there was nothing to change
-/// @param hasChanges  says which of the two, unless null
+/// The same on a copy.
+/// @param hasChanges  receives whether the arrays differed, unless null
+/// @return the copy, or `array` itself if the arrays did not differ
 [[nodiscard]] TQ_EXPORT Ref<Array> arrayByConsolidatingAgainst(
     Array& array, const Array& newArray, TQArrayConsolidator& withConsolidator,
     bool* hasChanges = nullptr);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQArrayCrossReferenceHandler.h
-/// Told what two arrays have in common and what only one of them has.
+/// Reports common, removed and added items of two arrays.
 
 #include <functional>
 
@@ -10,19 +10,19 @@
 
 namespace tq {
 
-/// How arrays are cross-referenced. Threads: one at a time.
+/// The blocks of a cross-reference. Threads: one at a time.
 class TQ_EXPORT TQArrayCrossReferenceHandler {
  public:
-  /// Whether an old and a new item, told with their indices, match.
+  /// Returns whether an old and a new item match. Receives their indices too.
   using IndexedComparisonBlock = TQArrayComparator;
-  /// Whether an old and a new item match.
+  /// Returns whether an old and a new item match.
   using ComparisonBlock = std::function<bool(Object& oldItem, Object& newItem)>;
   /// See itemsMatchedBlock().
   using ItemsMatchedBlock = std::function<void(Object& oldItem, Object& newItem)>;
   /// See itemRemovedBlock() and itemAddedBlock().
   using ItemBlock = std::function<void(Object& item)>;
 
-  /// Which items match. Goes before comparisonBlock() when it is set.
+  /// Compares items. Takes precedence over comparisonBlock() if it is set.
   [[nodiscard]] const IndexedComparisonBlock& indexedComparisonBlock() const noexcept {
     return indexedComparisonBlock_;
   }
@@ -30,22 +30,22 @@ class TQ_EXPORT TQArrayCrossReferenceHandler {
     indexedComparisonBlock_ = std::move(block);
   }
 
-  /// Which items match; by default those that are equal.
+  /// Compares items. By default, equal items match.
   [[nodiscard]] const ComparisonBlock& comparisonBlock();
   void setComparisonBlock(ComparisonBlock block) { comparisonBlock_ = std::move(block); }
 
-  /// Told of each old item that was ever found to match, with its last match. Moved items are among
-  /// them, and so may be some that are told as removed too.
+  /// Called for each old item that the search found to match any new item, with the last match
+  /// found. This includes moved items, and may include items that are also reported as removed.
   [[nodiscard]] const ItemsMatchedBlock& itemsMatchedBlock() const noexcept {
     return itemsMatchedBlock_;
   }
   void setItemsMatchedBlock(ItemsMatchedBlock block) { itemsMatchedBlock_ = std::move(block); }
 
-  /// Told of the old items that are neither kept nor moved, from the last to the first.
+  /// Called for the old items that are neither kept nor moved, from the last to the first.
   [[nodiscard]] const ItemBlock& itemRemovedBlock() const noexcept { return itemRemovedBlock_; }
   void setItemRemovedBlock(ItemBlock block) { itemRemovedBlock_ = std::move(block); }
 
-  /// Told of the new items that are neither kept nor moved, from the first to the last.
+  /// Called for the new items that are neither kept nor moved, from the first to the last.
   [[nodiscard]] const ItemBlock& itemAddedBlock() const noexcept { return itemAddedBlock_; }
   void setItemAddedBlock(ItemBlock block) { itemAddedBlock_ = std::move(block); }
 
@@ -57,13 +57,13 @@ class TQ_EXPORT TQArrayCrossReferenceHandler {
   ItemBlock itemAddedBlock_;
 };
 
-/// Tells the handler's blocks first all matches, then what was removed, then what was added. What a
-/// block throws passes through; nothing was changed.
-/// @param newArray  none counts as empty
+/// Calls the handler's blocks for all matches, then for all removed items, then for all added
+/// items. Exceptions of the blocks propagate. Does not change the arrays.
+/// @param newArray  null means an empty array
 TQ_EXPORT void crossReferenceAgainst(const Array& oldArray, const Array* newArray,
                                      TQArrayCrossReferenceHandler& withHandler);
 
-/// The same; either array may be none.
+/// The same. Either array may be null, which means an empty array.
 TQ_EXPORT void crossReference(const Array* oldArray, const Array* against,
                               TQArrayCrossReferenceHandler& withHandler);
 

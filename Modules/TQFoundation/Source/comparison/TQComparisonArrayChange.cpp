@@ -28,7 +28,7 @@ Ref<TQComparisonArrayChange> TQComparisonArrayChange::removalChangeForItem(Ref<O
 }
 
 void TQComparisonArrayChange::setAssociatedChange(TQComparisonArrayChange* other) {
-  // Both links are made before either is changed: memory may run out.
+  // Both links are created before either is stored, because the allocation may fail.
   Weak<TQComparisonArrayChange> toOther(other);
   Weak<TQComparisonArrayChange> toThis(this);
   if (const Ref<TQComparisonArrayChange> partner = associatedChange()) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQComparisonArrayChange.h
-/// One element put into an array or taken out of it.
+/// Changes of an array: insertions, removals and moves.
 
 #include <cstdint>
 #include <string>
@@ -14,54 +14,54 @@
 
 namespace tq {
 
-/// An insertion or a removal; two that are linked are the halves of a move.
-/// Its path is the parent's, followed at once by the index in square brackets.
+/// An insertion or a removal of one element. A linked pair of them is a move. The path is the
+/// parent's path followed by the index in square brackets, as in "children[2]".
 class TQ_EXPORT TQComparisonArrayChange final
     : public Subclass<TQComparisonArrayChange, TQComparisonItem> {
  public:
   static constexpr std::string_view className = "TQComparisonArrayChange";
 
-  /// `index`: a place in the new array.
+  /// Creates an insertion; `atIndex` is an index in the new array.
   [[nodiscard]] static Ref<TQComparisonArrayChange> insertionChangeForItem(Ref<Object> item,
                                                                            std::uint64_t atIndex);
-  /// `index`: a place in the old array.
+  /// Creates a removal; `atIndex` is an index in the old array.
   [[nodiscard]] static Ref<TQComparisonArrayChange> removalChangeForItem(Ref<Object> item,
                                                                          std::uint64_t atIndex);
-  /// An insertion when there is a new object, a removal otherwise. It has no parent yet.
+  /// Creates an insertion if `newObject` is not null, otherwise a removal. It has no parent.
   [[nodiscard]] static Ref<TQComparisonArrayChange> initWithNewObject(Ref<Object> newObject,
                                                                       Ref<Object> oldObject,
                                                                       std::uint64_t atIndex);
 
-  /// Either an insertion or a removal; a move is both, linked.
+  /// Each change is either an insertion or a removal.
   [[nodiscard]] bool isInsertion() const noexcept { return isInsertion_; }
   [[nodiscard]] bool isRemoval() const noexcept { return !isInsertion_; }
-  /// True while the other half of a move is alive and linked.
+  /// True if the change is linked with the other half of a move, and that half is alive.
   [[nodiscard]] bool isMove() const noexcept { return !associatedChange_.isGone(); }
-  /// Of an insertion the place in the new array, of a removal the one in the old array.
+  /// Returns the index of an insertion in the new array, or of a removal in the old array.
   [[nodiscard]] std::uint64_t index() const noexcept { return index_; }
 
-  /// The other half of a move, or none. Both links are weak: the list of changes owns the changes.
+  /// Returns the other half of a move, or null. The link is weak; the list of changes owns both.
   [[nodiscard]] Ref<TQComparisonArrayChange> associatedChange() const {
     return associatedChange_.lock();
   }
-  /// Links this change and `other`, or unlinks this one for none. The partner that this change had
-  /// loses its link; one that `other` had keeps its own.
+  /// Links this change and `other`; null unlinks this change. The previous partner of this change
+  /// loses its link. The previous partner of `other` keeps its link.
   void setAssociatedChange(TQComparisonArrayChange* other);
 
-  /// The name of the relationship, when a path item with a name is the parent; else empty.
+  /// Returns the name of the relationship if the parent is a path item, otherwise "".
   [[nodiscard]] std::string property() const;
 
-  /// kArrayInsertion or kArrayRemoval.
+  /// Returns kArrayInsertion or kArrayRemoval.
   [[nodiscard]] unsigned type() const noexcept override {
     return isInsertion_ ? kArrayInsertion : kArrayRemoval;
   }
-  /// The new object of an insertion, the old one of a removal.
+  /// Returns the new object of an insertion, or the old object of a removal.
   [[nodiscard]] Object* object() const noexcept override {
     return isInsertion_ ? updatedObject() : oldObject();
   }
-  /// The parent's path and the index in brackets.
+  /// Returns the parent's path and the index in brackets.
   [[nodiscard]] std::string internalFullPath() override { return joinedPath(); }
-  /// "Insert <object> at 3", "Remove <object> at 3".
+  /// Returns "Insert <object> at 3" or "Remove <object> at 3".
   [[nodiscard]] std::string description() const override;
 
  private:
@@ -73,8 +73,8 @@ class TQ_EXPORT TQComparisonArrayChange final
   const bool isInsertion_;
 };
 
-/// Changes in the order in which they are applied: removals by falling index, then insertions by
-/// rising index.
+/// Changes in the order in which they are applied: removals in descending order of index, then
+/// insertions in ascending order of index.
 using TQArrayChanges = std::vector<Ref<TQComparisonArrayChange>>;
 
 }  // namespace tq

@@ -6,7 +6,7 @@
 namespace tq {
 namespace {
 
-/// An object that stands for nothing else.
+/// An object without content.
 class Placeholder final : public Subclass<Placeholder> {
  public:
   static constexpr std::string_view className = "Object";

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQComparisonItem.h
-/// What a comparison reports: things in their old and their new state, each with a dotted path.
+/// Results of a tree comparison: old and new objects with dotted paths.
 
 #include <cstdint>
 #include <string>
@@ -14,70 +14,70 @@ namespace tq {
 
 class TQComparisonPropertyChange;
 
-/// A thing in its new and its old state, either of which may be none, and the item around it.
+/// An object in its new and its old state, either of which may be null, and a parent item.
 ///
-/// Paths are made of what each item between here and the root adds to them, so the items form a
-/// tree by their parents. No item may be its own ancestor.
+/// The items form a tree. Each item between the root and an item adds a step to its path. An item
+/// must not be its own ancestor.
 ///
-/// Threads: one at a time, for a whole tree of items: asking for a path may change a path item.
+/// Threads: one at a time for a whole tree of items, because computing a path may change a path
+///          item.
 class TQ_EXPORT TQComparisonItem : public Subclass<TQComparisonItem> {
  public:
   static constexpr std::string_view className = "TQComparisonItem";
 
-  /// Codes answered by type().
+  /// Results of type().
   static constexpr unsigned kPlain = 0;
   static constexpr unsigned kPropertyChange = 1;
   static constexpr unsigned kArrayRemoval = 2;
   static constexpr unsigned kArrayInsertion = 3;
 
-  /// An item for these states, either of which may be none, below `parent`, which may be none too.
+  /// Creates an item. Each argument may be null.
   [[nodiscard]] static Ref<TQComparisonItem> initWithNewObject(Ref<Object> newObject,
                                                                Ref<Object> oldObject,
                                                                Ref<TQComparisonItem> parent);
-  /// An item for two fresh objects without content, without a parent.
+  /// Creates an item for two new objects without content, and without a parent.
   [[nodiscard]] static Ref<TQComparisonItem> init();
 
   ~TQComparisonItem() override;
 
-  /// The path of an item of this very class is empty.
+  /// Returns the path. In this class it is empty.
   [[nodiscard]] virtual std::string internalFullPath();
 
-  /// internalFullPath() without any ".-".
+  /// Returns internalFullPath() with every ".-" removed.
   [[nodiscard]] virtual std::string fullPath();
 
-  /// A new change of the property of this item's objects, with this item for its parent. The item
-  /// does not keep it.
+  /// Creates a change of the named property of this item's objects, with this item as its parent.
+  /// The item does not store it.
   [[nodiscard]] virtual Ref<TQComparisonPropertyChange> addChangeForPropertyNamed(std::string name);
 
-  /// Which of the four codes; saves a cast.
+  /// Returns one of the four codes above.
   [[nodiscard]] virtual unsigned type() const noexcept { return kPlain; }
 
-  /// The new object, or else the old one, lent; may be none.
+  /// Returns the new object, or if that is null, the old one. May return null.
   [[nodiscard]] virtual Object* object() const noexcept;
-  /// The new and the old object, lent; either may be none.
+  /// Return the new and the old object. Either may be null.
   [[nodiscard]] virtual Object* updatedObject() const noexcept { return updatedObject_.get(); }
   [[nodiscard]] virtual Object* oldObject() const noexcept { return oldObject_.get(); }
-  /// The item around this one, lent; none at a root.
+  /// Returns the parent, or null at a root.
   [[nodiscard]] virtual TQComparisonItem* parent() const noexcept { return parent_.get(); }
-  /// Moves this item, and with it the paths of all below, under another parent, or under none.
+  /// Sets the parent, which may be null. The paths of this item and of all items below change.
   virtual void setParent(Ref<TQComparisonItem> parent) { parent_ = std::move(parent); }
 
  protected:
   /// For derived classes.
   TQComparisonItem(Ref<Object> newObject, Ref<Object> oldObject, Ref<TQComparisonItem> parent);
 
-  /// What an item adds to a path: its own text, and the item whose path comes before it with or
-  /// without a dot between; none when the path starts here.
+  /// The step that an item adds to a path.
   struct PathStep {
-    std::string text;                    ///< what the item adds
-    TQComparisonItem* before = nullptr;  ///< whose path goes before; none: the path starts here
-    bool hasDot = false;                 ///< a "." stands between both
+    std::string text;                    ///< the text of this item
+    TQComparisonItem* before = nullptr;  ///< the item before it; null: the path starts here
+    bool hasDot = false;                 ///< true puts a "." between both
   };
 
-  /// By default the path starts here, with whatever internalFullPath() answers.
+  /// Returns the step of this item. By default, the path starts here with internalFullPath().
   [[nodiscard]] virtual PathStep pathStep() { return {internalFullPath(), nullptr, false}; }
 
-  /// The steps from the start of the path down to this item, joined. Takes no stack for long paths.
+  /// Returns the joined steps from the start of the path down to this item. Not recursive.
   [[nodiscard]] std::string joinedPath();
 
  private:
@@ -86,23 +86,23 @@ class TQ_EXPORT TQComparisonItem : public Subclass<TQComparisonItem> {
   Ref<TQComparisonItem> parent_;
 };
 
-/// A property whose value differs between the two states. Its path is the parent's, a dot and the
-/// name; without a parent the name alone.
+/// A property whose value differs between the two states. The path is the parent's path, a dot and
+/// the name; without a parent it is only the name.
 class TQ_EXPORT TQComparisonPropertyChange final
     : public Subclass<TQComparisonPropertyChange, TQComparisonItem> {
  public:
   static constexpr std::string_view className = "TQComparisonPropertyChange";
 
-  /// A change below `parent` of the property with this name.
+  /// Creates a change of the named property below `parent`, which may be null.
   [[nodiscard]] static Ref<TQComparisonPropertyChange> initWithNewObject(
       Ref<Object> newObject, Ref<Object> oldObject, Ref<TQComparisonItem> parent,
       std::string propertyName);
 
-  /// As the delegate or the caller named it.
+  /// Returns the name of the property.
   [[nodiscard]] const std::string& propertyName() const noexcept { return propertyName_; }
-  /// kPropertyChange.
+  /// Returns kPropertyChange.
   [[nodiscard]] unsigned type() const noexcept override { return kPropertyChange; }
-  /// The parent's path, a dot and the name.
+  /// Returns the parent's path, a dot and the name.
   [[nodiscard]] std::string internalFullPath() override { return joinedPath(); }
 
  private:
@@ -113,29 +113,29 @@ class TQ_EXPORT TQComparisonPropertyChange final
   std::string propertyName_;
 };
 
-/// A named place on the way to other items: a relationship, or one element of it by its index.
+/// A named step on the path to other items: a relationship, or one element of it with its index.
 ///
-/// Its path is the parent's, a dot and the name. The name of a root, an item without a parent,
-/// never shows in the paths below it: an item right under a root starts its path with its own name.
+/// The path is the parent's path, a dot and the name. The name of a root (an item without a parent)
+/// does not occur in the paths below it: the path of a child of a root starts with the child's
+/// name.
 class TQ_EXPORT TQComparisonPathItem final
     : public Subclass<TQComparisonPathItem, TQComparisonItem> {
  public:
   static constexpr std::string_view className = "TQComparisonPathItem";
-  /// The element has no index.
+  /// The index of an item that is not an element.
   static constexpr std::int64_t kNoIndex = -1;
 
-  /// An item named `named` below `parent`, for the place in its two states; `index` when it is one
-  /// element of a relationship to many.
+  /// Creates an item. `index` is the index of an element of a to-many relationship.
   [[nodiscard]] static Ref<TQComparisonPathItem> pathItemWithParent(Ref<TQComparisonItem> parent,
                                                                     Ref<Object> newObject,
                                                                     Ref<Object> oldObject,
                                                                     std::string named,
                                                                     std::int64_t index = kNoIndex);
 
-  /// The first path that is asked for here or below makes the index a part of the name, as in
-  /// "children[2]", for good.
+  /// Returns the name. The first computation of a path of this item, or of an item below it,
+  /// permanently appends the index to the name, as in "children[2]".
   [[nodiscard]] const std::string& objectName() const noexcept { return objectName_; }
-  /// Negative for no index, which is also what is left of an index that went into the name.
+  /// Returns the index. Negative if there is none, or if it has been appended to the name.
   [[nodiscard]] std::int64_t index() const noexcept { return index_; }
 
   [[nodiscard]] std::string internalFullPath() override { return joinedPath(); }

@@ -15,7 +15,7 @@ void TQRangeMap::setObject(Ref<Object> object, Range forRange) {
                     "A range cannot start at " + std::to_string(forRange.location) + ".");
   }
   TQRangeMapEntry& entry = entries_[forRange.location];
-  std::swap(entry.object, object);  // the one before goes last: its destructor may look here
+  std::swap(entry.object, object);  // the earlier one is released last, see below
   entry.range = forRange;
 }
 
@@ -36,7 +36,8 @@ Range TQRangeMap::rangeForLocation(std::uint64_t location) const noexcept {
   return entry != nullptr ? entry->range : Range{kNotFound, 0};
 }
 
-// Each is out of the map before its object goes: a destructor may look here.
+// Each entry is removed from the map before its object is released, because the destructor may read
+// this map.
 void TQRangeMap::removeObjectsAtOrBeyondLocation(std::uint64_t location) noexcept {
   for (auto at = entries_.lower_bound(location); at != entries_.end();
        at = entries_.lower_bound(location)) {

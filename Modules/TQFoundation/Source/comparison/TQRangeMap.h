@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQRangeMap.h
-/// Objects found by a place inside the range that they stand for.
+/// Maps from integer ranges to objects.
 
 #include <cstdint>
 #include <map>
@@ -13,46 +13,48 @@
 
 namespace tq {
 
-/// An object and the places that it covers, from `location` on and as many as `length`.
+/// An object and its range.
 struct TQRangeMapEntry {
-  /// Held strongly; never none.
+  /// Never null.
   Ref<Object> object;
-  /// The places that it covers.
+  /// The locations that the object covers.
   Range range;
 };
 
-/// Ranges that do not overlap, which is not checked: of those that cover a place only the one that
-/// starts nearest before it is looked at. A value; its objects are held strongly and shared by
-/// copies.
+/// A map from ranges to objects. The ranges must not overlap; this is not checked: a look-up
+/// considers only the last range that starts at or before the location. A value type. Objects are
+/// held strongly; copies of the map share them.
 ///
-/// Cost: O(log n) to find and to set. Threads: one at a time.
+/// Cost:    O(log n) to find and to set.
+/// Threads: one at a time.
 class TQ_EXPORT TQRangeMap {
  public:
-  /// The location of no range; ranges must start before it.
+  /// The location that means "not found". Ranges must start before it.
   static constexpr std::uint64_t kNotFound = 0x7FFF'FFFF'FFFF'FFFF;
 
-  /// Replaces the entry that starts at the same place.
-  /// @throws Exception: InvalidArgumentException for none, RangeException for a range that starts
-  ///         at kNotFound or beyond; the map is as it was
+  /// Sets the object of a range. Replaces an entry with the same location.
+  /// @throws Exception (InvalidArgumentException) if `object` is null
+  /// @throws Exception (RangeException) if the range starts at kNotFound or beyond. The map is
+  ///         unchanged in both cases.
   void setObject(Ref<Object> object, Range forRange);
 
-  /// The object whose range covers the place, lent; null when there is none.
+  /// Returns the object whose range contains the location, or null. The map owns it.
   [[nodiscard]] Object* objectForLocation(std::uint64_t location) const noexcept;
 
-  /// The range that covers the place; {kNotFound, 0} when there is none.
+  /// Returns the range that contains the location, or {kNotFound, 0}.
   [[nodiscard]] Range rangeForLocation(std::uint64_t location) const noexcept;
 
-  /// Drops the entries that start at the place or beyond it, one by one by rising start. One that
-  /// starts before it and reaches beyond is kept whole.
+  /// Removes the entries that start at the location or beyond it, one by one in ascending order. An
+  /// entry that starts before the location is kept unchanged, even if it extends beyond it.
   void removeObjectsAtOrBeyondLocation(std::uint64_t location) noexcept;
 
-  /// Every range once, by rising start.
+  /// Returns all ranges in ascending order.
   [[nodiscard]] std::vector<Range> allRanges() const;
 
-  /// The objects; of equal ones the one that comes first.
+  /// Returns the set of all objects. Of equal objects it contains the first one.
   [[nodiscard]] Ref<Set> allObjects() const;
 
-  /// Where ranges start, rising.
+  /// Returns the starts of all ranges in ascending order.
   [[nodiscard]] std::vector<std::uint64_t> locations() const;
   [[nodiscard]] const std::map<std::uint64_t, TQRangeMapEntry>& locationsToEntries()
       const noexcept {

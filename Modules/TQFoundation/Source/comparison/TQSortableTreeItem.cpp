@@ -10,7 +10,7 @@
 namespace tq {
 namespace {
 
-/// The components of a name that are not empty.
+/// Returns the components of a name that are not empty.
 std::vector<std::string_view> componentsOf(std::string_view name) {
   std::vector<std::string_view> components;
   for (std::size_t begin = 0; begin <= name.size();) {
@@ -72,7 +72,7 @@ TQSortableTreeItems TQSortableTreeItem::sortableTreeItemsForSortableObjects(cons
   return items;
 }
 
-// A copy, for the other may be this one.
+// Copies the children first, because `other` may be this item itself.
 void TQSortableTreeItem::adoptChildrenOf(const TQSortableTreeItem& other) {
   const TQSortableTreeItems adopted = other.internalChildren_;
   internalChildren_.insert(internalChildren_.end(), adopted.begin(), adopted.end());
@@ -104,8 +104,8 @@ void TQSortableTreeItem::sortAndCombineTreeItems(TQSortableTreeItems& items) {
 }
 
 void TQSortableTreeItem::compressNesting() {
-  // From the top down: a chain is taken over as a whole, which leaves what joining it link by link
-  // from below would, without copying the names over and over.
+  // From the top down, joining each chain as a whole. The result is the same as joining pairs from
+  // the bottom up, but names are not copied repeatedly.
   std::vector<TQSortableTreeItem*> nodes{this};
   while (!nodes.empty()) {
     TQSortableTreeItem& node = *nodes.back();

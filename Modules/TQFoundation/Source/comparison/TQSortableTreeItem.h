@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQSortableTreeItem.h
-/// Objects sorted by names with groups in them, such as "Basic / Round / Small".
+/// Sorts objects into a tree by hierarchical names such as "Basic/Round/Small".
 
 #include <string>
 #include <string_view>
@@ -13,11 +13,10 @@
 
 namespace tq {
 
-/// Something with a name to be sorted by: groups and a last component, separated by "/".
+/// An object with a hierarchical name: groups and a last component, separated by "/".
 class TQ_EXPORT TQSortable {
  public:
-  /// The whole name, such as "Icons/Arrows/Left". Any text; empty components are
-  /// left out.
+  /// Returns the whole name, such as "Icons/Arrows/Left". Empty components are ignored.
   [[nodiscard]] virtual std::string name() const = 0;
 
  protected:
@@ -25,55 +24,54 @@ class TQ_EXPORT TQSortable {
 };
 
 class TQSortableTreeItem;
-/// Siblings in order; none of them is null.
+/// Siblings in order. Elements are never null.
 using TQSortableTreeItems = std::vector<Ref<TQSortableTreeItem>>;
 
-/// A node of a tree of names: a leaf with the object that it stands for, or a group.
-/// Names may have any number of components: no operation takes stack for them.
-/// Threads: one at a time, for a whole tree.
+/// A node of a tree of names: a leaf with its object, or a group. Names may have any number of
+/// components; no operation is recursive. Threads: one at a time for a whole tree.
 class TQ_EXPORT TQSortableTreeItem final : public Subclass<TQSortableTreeItem> {
  public:
   static constexpr std::string_view className = "TQSortableTreeItem";
 
-  /// A node without children. A parent gets it for its only child, in place of those that it had,
-  /// and loses its object.
+  /// Creates a node without children. If `parent` is not null, the node becomes its only child:
+  /// earlier children are replaced, and the parent's object is cleared.
   [[nodiscard]] static Ref<TQSortableTreeItem> initWithObject(Ref<Object> object,
                                                               TQSortableTreeItem* parent,
                                                               std::string name);
 
-  /// The first of a chain of nodes, one for each component of the object's name; the last one holds
-  /// the object. White space around components is left out, and so are empty ones; a name of
-  /// nothing else gives one node of that name. None for an object that is not TQSortable.
+  /// Creates a chain of nodes, one for each component of the object's name, and returns the first.
+  /// The last node holds the object. White space around components and empty components are
+  /// removed. If nothing is left, the result is one node with the unchanged name. Returns null if
+  /// the object is not a TQSortable.
   [[nodiscard]] static Ref<TQSortableTreeItem> sortableTreeItemForObject(Object& object);
-  /// The chains of all objects that have one.
+  /// Creates the chains of all objects that are TQSortable.
   [[nodiscard]] static TQSortableTreeItems sortableTreeItemsForSortableObjects(
       const Array& objects);
 
-  /// Makes groups of the same name one, at every level, and sorts each level by
-  /// localizedStandardCompare(); an object comes before a group of the same name, and objects of
-  /// the same name stay in their order.
+  /// Merges groups with the same name at every level, and sorts each level by
+  /// localizedStandardCompare(). An object comes before a group with the same name. Objects with
+  /// the same name keep their order.
   static void sortAndCombineTreeItems(TQSortableTreeItems& items);
 
-  /// Compresses each node. A group that is alone at the top then makes way for its children, whose
-  /// names it goes before.
+  /// Compresses each node. If a single group is left at the top, its children replace it, and its
+  /// name is prepended to theirs.
   static void compressNestingWithTreeItems(TQSortableTreeItems& items);
 
-  /// Joins every node here and below that has exactly one child with that child: "group / child".
+  /// Joins each node that has exactly one child, here and below, with that child: "group / child".
   void compressNesting();
 
   ~TQSortableTreeItem() override;
 
-  /// None for a group. Lent.
+  /// Returns the object of a leaf, or null for a group. The node owns it.
   [[nodiscard]] Object* object() const noexcept { return object_.get(); }
-  /// What is left of the name at this place of the tree: one component, or several that were
-  /// joined.
+  /// Returns the part of the name at this node: one component, or several joined ones.
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
-  /// Null for a node that never had a child.
+  /// Returns the children, or null if the node never had a child.
   [[nodiscard]] const TQSortableTreeItems* children() const noexcept {
     return hasChildren_ ? &internalChildren_ : nullptr;
   }
 
-  /// The host's own notes; nothing here reads them.
+  /// Data of the host; the library does not read it.
   [[nodiscard]] const Ref<Dictionary>& descriptionDictionary() const noexcept {
     return descriptionDictionary_;
   }
@@ -92,13 +90,13 @@ class TQ_EXPORT TQSortableTreeItem final : public Subclass<TQSortableTreeItem> {
   Ref<Dictionary> descriptionDictionary_;
 };
 
-/// Objects as sorted trees of their names.
+/// Sorts objects into trees by their names.
 class TQ_EXPORT TQObjectSorting {
  public:
-  /// The objects that are TQSortables, the others left out, as trees by the components of their
-  /// names. Siblings are in natural order; of a leaf and a group with one name the leaf is first.
+  /// Returns the objects as trees by the components of their names. Objects that are not TQSortable
+  /// are skipped. Siblings are in natural order; a leaf comes before a group with the same name.
   [[nodiscard]] static TQSortableTreeItems sortObjectsWithNesting(const Array& objects);
-  /// The same with every chain of single children joined.
+  /// The same, with every chain of single children joined.
   [[nodiscard]] static TQSortableTreeItems sortObjectsWithCompressedNesting(const Array& objects);
 };
 

@@ -54,8 +54,8 @@ void TQTreeComparison::computeChanges() {
   walking_ = nullptr;
 }
 
-/// A level deeper and at another place for as long as it lives: the delegate may catch what is
-/// thrown through it.
+/// Enters a pair one level deeper, and leaves it in the destructor: the delegate may catch an
+/// exception that passes through.
 class TQTreeComparison::Descent {
  public:
   Descent(TQTreeComparison& comparison, Place& place)
@@ -99,7 +99,8 @@ const Ref<TQComparisonItem>& TQTreeComparison::itemAt(Place& place) {
   return place.item;
 }
 
-/// Compares a pair in depth, told under `parent`, which stays the current one.
+/// Compares a pair in depth. Its changes are reported below `parent`, which stays the current
+/// parent.
 void TQTreeComparison::compareFrom(Ref<TQComparisonItem> parent, Object& oldObject,
                                    Object& newObject) {
   currentParent_ = parent;
@@ -109,7 +110,8 @@ void TQTreeComparison::compareFrom(Ref<TQComparisonItem> parent, Object& oldObje
   compareNode(oldObject, newObject);
 }
 
-/// Compares a pair in depth, told under a path item of its own, and comes back.
+/// Compares a pair in depth. Its changes are reported below a new path item. Restores the current
+/// parent afterwards.
 void TQTreeComparison::compareBelow(Object& oldObject, Object& newObject, std::string_view name,
                                     std::int64_t index) {
   Place place{place_, &oldObject, &newObject, name, index, nullptr};
@@ -126,7 +128,7 @@ void TQTreeComparison::compareOldObject(Object& oldObject, Object& againstNewObj
 void TQTreeComparison::compareOldArray(const Array& oldArray, const Array& againstNewArray,
                                        std::string_view withName) {
   TQ_ASSERT(place_ != nullptr);
-  // Pairs are compared in depth at the moment in which the search calls them the same.
+  // A pair is compared in depth as soon as the search finds that it is the same object.
   const auto isSame = [&](Object& oldItem, std::size_t, Object& newItem, std::size_t newIndex) {
     if (!walking_->isObject(*this, oldItem, newItem)) return false;
     compareBelow(oldItem, newItem, withName, static_cast<std::int64_t>(newIndex));
@@ -144,9 +146,8 @@ void TQTreeComparison::compareOldArray(const Array& oldArray, const Array& again
   }
 }
 
-/// Pairs what was removed from one array with what was inserted into another one. The current
-/// parent stays at the last insertion that was paired: what differs inside a moved object is told
-/// below it.
+/// Links removals from one array with insertions into another one. Differences inside a moved
+/// object are reported below its insertion. The last linked insertion stays the current parent.
 void TQTreeComparison::findCrossArrayMoves() {
   std::vector<TQComparisonArrayChange*> removals;
   std::vector<TQComparisonArrayChange*> insertions;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQTreeComparison.h
-/// What differs between two versions of a tree of objects.
+/// Differences between two versions of a tree of objects.
 
 #include <string>
 #include <string_view>
@@ -15,22 +15,22 @@ namespace tq {
 
 class TQTreeComparison;
 
-/// Knows the host's objects: what they consist of, and which of them are the same ones. Called on
-/// the thread that asks for the changes; what it throws passes through.
+/// Describes the host's objects to a comparison: their properties, children and identity. Called on
+/// the thread that calls changes(). Exceptions propagate.
 class TQ_EXPORT TQTreeComparisonDelegate {
  public:
-  /// Names of the properties whose values differ between the two versions of one object, in the
-  /// order in which they are to be told.
+  /// Returns the names of the properties whose values differ between two versions of one object, in
+  /// the order in which they are to be reported.
   [[nodiscard]] virtual std::vector<std::string> propertiesOfObject(TQTreeComparison& comparison,
                                                                     Object& oldObject,
                                                                     Object& notMatching) = 0;
 
-  /// Calls the comparison back for each relationship that it wants compared: compareOldArray() for
-  /// many children, compareOldObject() for one that both versions have.
+  /// Calls `comparison` for each relationship to be compared: compareOldArray() for a to-many
+  /// relationship, compareOldObject() for a single object that both versions have.
   virtual void compareChildrenOf(TQTreeComparison& comparison, Object& oldObject,
                                  Object& against) = 0;
 
-  /// Whether the two are versions of one object.
+  /// Returns whether both are versions of one object.
   [[nodiscard]] virtual bool isObject(TQTreeComparison& comparison, Object& oldObject,
                                       Object& theSameObjectAs) = 0;
 
@@ -38,68 +38,74 @@ class TQ_EXPORT TQTreeComparisonDelegate {
   ~TQTreeComparisonDelegate() = default;
 };
 
-/// Walks two versions of a tree, led by a delegate, and tells every difference with its path.
+/// Compares two versions of a tree with the help of a delegate, and reports every difference with
+/// its path.
 ///
-/// The changes come in the order of the walk: an object's properties, then for each relationship
-/// what differs inside the children that match, in the order in which the difference search met the
-/// pairs, then what was removed and inserted there. What moved between arrays comes last.
+/// Order: first an object's properties. Then, for each relationship, the differences inside
+/// matching children, in the order in which the array comparison found the pairs; then the removals
+/// and insertions of that relationship. Differences inside objects that moved between arrays come
+/// last.
 ///
-/// What differs inside an object that moved between arrays is told below its insertion, and a
-/// change of one of its own properties carries the insertion's objects: the new one, and no old
-/// one, which is the object of the insertion's associated change.
+/// Moves between arrays: differences inside a moved object are reported below its insertion. A
+/// change of one of its properties has the objects of the insertion: the new object, and null as
+/// the old one. The old object is the object of the insertion's associated change.
 ///
-/// A pair that the search meets more than once, or on a way that the edit script does not take in
-/// the end, is compared in depth each time, and its changes are told each time.
+/// Repeated pairs: the array comparison may find a pair more than once, or on a path that is not
+/// part of the final edit script. Such a pair is compared in depth each time, and its changes are
+/// reported each time.
 ///
-/// Depth:   a pair of objects lies at most kMaximumDepth levels below the pair that the walk or a
-///          move between arrays starts with; deeper trees are refused, see changes().
-/// Cost:    the delegate's own work and that of the array differences, see TQArrayComparison. Path
-///          items are made for the pairs on the way to a change alone.
-/// Threads: one at a time. The delegate is held weakly; a walk holds it while it lasts, and finds
-///          no difference when it is gone.
+/// Depth:    a pair may be at most kMaximumDepth levels below the roots, or below the start of a
+///           move between arrays. For deeper trees changes() throws.
+/// Cost:     the work of the delegate and of the array comparisons, see TQArrayComparison. Path
+///           items are created only for pairs on the path to a change.
+/// Threads:  one at a time.
+/// Lifetime: the delegate is held weakly, and strongly during the computation. If it has been
+///           destroyed, no difference is found.
 class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
  public:
   static constexpr std::string_view className = "TQTreeComparison";
 
-  /// Levels, at about a kilobyte of stack each with a delegate whose functions take little.
+  /// The maximum number of levels. Each takes about 1 KB of stack, plus the delegate's own frames.
   static constexpr int kMaximumDepth = 1000;
 
-  /// Name of the exception for trees that are too deep.
+  /// The name of the exception for trees that are too deep.
   static constexpr const char* kDepthException = "TQTreeComparisonDepthException";
 
-  /// Compares `root1`, the old root, with `root2`. Neither is none.
-  /// @param inferringMoves  links the halves of what was moved, inside an array or between arrays
+  /// Creates a comparison of `root1`, the old root, with `root2`. If either is null, the process
+  /// stops.
+  /// @param inferringMoves  true links the halves of moves, inside an array and between arrays
   [[nodiscard]] static Ref<TQTreeComparison> initWithRoot1(Ref<Object> root1, Ref<Object> root2,
                                                            bool inferringMoves,
                                                            Weak<TQTreeComparisonDelegate> delegate);
 
   ~TQTreeComparison() override;
 
-  /// The differences; empty for equal trees. Computed once; each call answers a copy of the list. A
-  /// delegate that asks during the walk gets what was found so far.
-  /// @throws Exception (kDepthException), std::bad_alloc, and what the delegate throws. The trees
-  ///         are untouched then, and the next call computes anew.
+  /// Returns the differences; empty for equal trees. They are computed once; each call returns a
+  /// copy of the list. If the delegate calls it during the computation, it returns the differences
+  /// found so far.
+  /// @throws Exception (kDepthException), std::bad_alloc, and exceptions of the delegate. The next
+  ///         call then computes again.
   [[nodiscard]] std::vector<Ref<TQComparisonItem>> changes();
 
-  /// Compares a relationship to many objects. For the delegate, while it compares children.
+  /// Compares a to-many relationship. Must only be called by compareChildrenOf() of the delegate.
   void compareOldArray(const Array& oldArray, const Array& againstNewArray,
                        std::string_view withName);
 
-  /// Compares a relationship to one object, in its two versions: whether they are the same is not
-  /// asked. For the delegate, while it compares children.
+  /// Compares the two versions of a single related object. Does not call isObject(). Must only be
+  /// called by compareChildrenOf() of the delegate.
   void compareOldObject(Object& oldObject, Object& againstNewObject, std::string_view withName);
 
-  /// What it was made with.
+  /// Return the arguments of initWithRoot1().
   [[nodiscard]] bool inferMoves() const noexcept { return inferMoves_; }
   [[nodiscard]] Object& root1() const noexcept { return *root1_; }
   [[nodiscard]] Object& root2() const noexcept { return *root2_; }
-  /// Whom it asks; none once that has gone.
+  /// Returns the delegate, or null if it has been destroyed.
   [[nodiscard]] Held<TQTreeComparisonDelegate> delegate() const noexcept {
     return delegate_.lock();
   }
 
-  /// The item under which changes are told at the moment. After the changes are computed, wherever
-  /// the last move between arrays left it. None before.
+  /// Returns the item below which changes are currently reported. After the computation it is the
+  /// root item, or the insertion of the last move between arrays. Null before the computation.
   [[nodiscard]] TQComparisonItem* currentParent();
 
  private:
@@ -110,8 +116,8 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
   void compareNode(Object& oldObject, Object& against);
   void findCrossArrayMoves();
 
-  /// Where the walk is: a pair on the way down from the root. Its path item is made when something
-  /// is told there, which most pairs have nothing of.
+  /// A pair on the path from the root to the current one. Its path item is created when the first
+  /// change is reported there; most pairs have none.
   struct Place {
     Place* above;
     Object* oldObject;
@@ -134,8 +140,8 @@ class TQ_EXPORT TQTreeComparison final : public Subclass<TQTreeComparison> {
   bool isComputed_ = false;
   std::vector<Ref<TQComparisonItem>> mutableChanges_;
   Ref<TQComparisonItem> currentParent_;
-  TQTreeComparisonDelegate* walking_ = nullptr;  // the delegate, held while the walk lasts
-  Place* place_ = nullptr;                       // none outside of the walk
+  TQTreeComparisonDelegate* walking_ = nullptr;  // the delegate, during the computation
+  Place* place_ = nullptr;                       // null outside the computation
   int depth_ = 0;
 };
 

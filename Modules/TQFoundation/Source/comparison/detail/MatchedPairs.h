@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file MatchedPairs.h
-/// Which old item was found to be the same as which new one.
+/// Records the matching pairs of an array comparison.
 
 #include <cstddef>
 #include <unordered_map>
@@ -12,14 +12,15 @@
 
 namespace tq::detail {
 
-/// Pairs by the identity of the old item, in the order in which the old items were first matched.
-/// Holds both items strongly.
+/// Pairs of old and new items, one for each old item (by identity), in the order of their first
+/// matches. Holds both items strongly.
 class MatchedPairs {
  public:
   using Pair = std::pair<Ref<Object>, Ref<Object>>;
 
-  /// A comparator that asks `comparator` and keeps every pair that it says yes to, those that the
-  /// final script makes no use of among them; the last match of an old item is the one kept.
+  /// Returns a comparator that calls `comparator` and, if `keeps` is true, records every matching
+  /// pair, including pairs that the final edit script does not use. For each old item, the last
+  /// match is kept.
   [[nodiscard]] auto recording(const TQArrayComparator& comparator, bool keeps) {
     return [this, &comparator, keeps](Object& oldItem, std::size_t oldIndex, Object& newItem,
                                       std::size_t newIndex) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SnakeLevels.h
-/// What a search for an edit script remembers of every level it has gone through.
+/// Compact storage for the levels of Myers' search.
 
 #include <bit>
 #include <cstddef>
@@ -12,15 +12,15 @@
 
 namespace tq::detail {
 
-/// A snake is one edit and the stretch of a diagonal that follows it. Where it ends is known going
-/// back from the end of the last one, so that nothing but its edit and its length need be kept:
+/// A snake is one edit and the matching elements that follow it on a diagonal. The way back starts
+/// at the known end, so only the kind of edit and the length of each snake are stored:
 ///
 ///   codes    2 bits a snake, 32 of them a word:  bit 0  the edit moved down (an insertion)
 ///                                                bit 1  the diagonal was followed
 ///   lengths  8 bytes for each snake whose bit 1 is set, in the order of the snakes
 ///
-/// Most snakes of a search through unlike arrays have no length: two of 10,000 elements with
-/// nothing in common take 25 MB instead of the 4.8 GB of a record with two positions and a link.
+/// In very different arrays, most snakes have no matching elements. Two arrays of 10,000 elements
+/// with nothing in common take 25 MB; records of two positions and a link would take 4.8 GB.
 class SnakeLevels {
  public:
   static constexpr std::uint64_t kDown = 1;
@@ -29,12 +29,12 @@ class SnakeLevels {
 
   struct Snake {
     bool movedDown;
-    std::size_t length;  ///< elements of the diagonal that were followed
+    std::size_t length;  ///< number of matching elements
   };
 
-  /// Makes room for a level of `count` snakes on the diagonals `lowest`, `lowest` + 2, … What a
-  /// level wrote that was never committed is forgotten.
-  /// @return where the words of codes go
+  /// Begins a level of `count` snakes on the diagonals `lowest`, `lowest` + 2, … Discards the
+  /// previous level if it was not committed.
+  /// @return where the caller must write the words of codes
   [[nodiscard]] std::uint64_t* startLevel(std::size_t count, std::int64_t lowest) {
     pending_ = {usedWords_, usedLengths_, lowest};
     codes_.resize(usedWords_ + (count + kSnakesPerWord - 1) / kSnakesPerWord);
@@ -50,13 +50,13 @@ class SnakeLevels {
     usedLengths_ = lengths_.size();
   }
 
-  /// Committed levels, which is also the number of edits of the last one.
+  /// Returns the number of committed levels, which is the number of edits of the last one.
   [[nodiscard]] std::size_t count() const noexcept { return levels_.size(); }
 
-  /// The snake on a diagonal of the level that has `edits` of them, 1 being the first.
+  /// Returns the snake on a diagonal of the level with `edits` edits. The first level has 1.
   [[nodiscard]] TQ_EXPORT Snake snake(std::size_t edits, std::int64_t diagonal) const noexcept;
 
-  /// Bytes held for the snakes, without what the containers keep in reserve.
+  /// Returns the number of bytes used, without spare capacity of the containers.
   [[nodiscard]] std::size_t byteCount() const noexcept {
     return usedWords_ * sizeof(std::uint64_t) + usedLengths_ * sizeof(std::size_t) +
            levels_.size() * sizeof(Level);
