@@ -1,6 +1,6 @@
-// Array differences beside dtl's, on the same elements: ours are objects compared by identity, the
-// peer's the addresses of the same objects. `changes` random changes are made, a third of them
-// replacements that take two edits.
+// Array differences, compared with dtl. Our elements are objects compared by identity, the peer's
+// are the addresses of the same objects. `changes` is the number of random changes; a third of them
+// are replacements, which take two edits.
 
 #include <benchmark/benchmark.h>
 
@@ -30,8 +30,8 @@ struct Workload {
 
   Workload(std::size_t count, std::size_t changes) {
     for (std::size_t i = 0; i < count; ++i) before.push_back(element(i));
-    // Changes go to places of their own, from the back to the front, so that each stays where it
-    // is.
+    // The changes are at different positions and are made from the back to the front, so that no
+    // change moves another.
     std::mt19937 random(1);
     std::vector<std::size_t> places(count);
     for (std::size_t i = 0; i < count; ++i) places[i] = i;
@@ -62,7 +62,7 @@ bool isIdentical(const tq::Object& a, std::size_t, const tq::Object& b, std::siz
   return &a == &b;
 }
 
-// The list of changes, without moves.
+// Times the list of changes, without moves.
 void BM_Difference_TQ(benchmark::State& state) {
   const Workload work = workload(state);
   const tq::Ref<tq::Array> before = tq::Array::arrayWithObjects(work.before);
@@ -76,7 +76,7 @@ void BM_Difference_TQ(benchmark::State& state) {
   state.counters["edits"] = static_cast<double>(edits);
 }
 
-// The same from the peer: its shortest edit script.
+// Times the peer's shortest edit script.
 void BM_Difference_dtl(benchmark::State& state) {
   const Workload work = workload(state);
   const auto before = Workload::addresses(work.before);

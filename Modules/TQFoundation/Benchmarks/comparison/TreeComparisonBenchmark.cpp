@@ -1,6 +1,6 @@
-// Two versions of a document of objects with ten properties each, compared by a delegate that looks
-// at all of them. The peer, Delegate, is the least that any comparison takes: one question whether
-// each pair is the same, one for its properties, with nothing searched for and nothing told.
+// Compares two versions of a document whose objects have ten properties each, with a delegate that
+// compares all of them. The peer, Delegate, is the minimum for any comparison: for each pair, one
+// call of isObject() and one of propertiesOfObject(), without a search and without a report.
 
 #include <benchmark/benchmark.h>
 
@@ -29,7 +29,7 @@ struct Node final : tq::Subclass<Node> {
 
 const Node& nodeOf(const tq::Object& object) { return static_cast<const Node&>(object); }
 
-/// Each node above the leaves has twenty children.
+/// A tree. Each node above the leaves has twenty children.
 tq::Ref<Node> grow(std::uint64_t& next, int levels) {
   auto node = tq::makeRef<Node>(next++);
   for (int i = 0; levels > 0 && i < 20; ++i) node->children->addObject(grow(next, levels - 1));
@@ -55,7 +55,7 @@ struct Delegate final : tq::Subclass<Delegate>, tq::TQTreeComparisonDelegate {
     return areSame(nodeOf(a), nodeOf(b));
   }
 
-  // Kept out of line: a host's own functions are behind a virtual call either way.
+  // Not inlined: in a host, these functions are behind a virtual call anyway.
   [[gnu::noinline]] static std::vector<std::string> differing(const Node& a, const Node& b) {
     std::vector<std::string> names;
     if (a.name != b.name) names.emplace_back("name");
@@ -68,7 +68,7 @@ struct Delegate final : tq::Subclass<Delegate>, tq::TQTreeComparisonDelegate {
   [[gnu::noinline]] static bool areSame(const Node& a, const Node& b) { return a.id == b.id; }
 };
 
-/// A document and a copy with a hundred values changed, anywhere.
+/// A document, and a copy with a hundred changed values at random places.
 struct Workload {
   tq::Ref<Node> before;
   tq::Ref<Node> after;

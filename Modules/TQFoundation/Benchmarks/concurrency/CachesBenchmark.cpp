@@ -1,5 +1,5 @@
-// Hits: one lookup among 100 owners of 10 keys each, a computed lazy value, one object vended and
-// given back.
+// Cache hits: one look-up among 100 owners with 10 keys each. One read of a computed lazy value.
+// One object vended by a pool and recycled.
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
-// One lock and unlock around a plain increment, by one thread and by two; the same for a counter, a
-// push and pop, and entering again what the thread is in already.
+// One lock and unlock around an increment, with one thread and with two. Likewise one increment of
+// an atomic counter, one push and pop, and one recursive lock of a held monitor.
 
 #include <benchmark/benchmark.h>
 #include <pthread.h>
@@ -19,7 +19,7 @@ namespace {
 
 using namespace tq;
 
-long guarded = 0;  // what the section changes, whoever guards it
+long guarded = 0;  // changed in the critical section
 
 template <class L>
 void BM_LockSection(benchmark::State& state) {
@@ -103,7 +103,7 @@ const Ref<Object>& element() {
   return one;
 }
 
-// The peers hand out a reference too: that is what a user of theirs would do with the pointer.
+// The peers also return a reference, as their users would do with the pointer.
 void BM_StackPushPop_MutexVector(benchmark::State& state) {
   static std::mutex mutex;
   static std::vector<Object*> stack;

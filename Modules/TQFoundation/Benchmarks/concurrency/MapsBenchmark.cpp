@@ -1,7 +1,7 @@
-// One block for each element of an array, by wall clock: on the worker pool beside
-// tbb::parallel_for over the same block into the same kind of array, and beside the plain loop; on
-// an operation queue beside a GLib thread pool that is pushed an element at a time. A cheap block
-// shares its element, a dear one computes for about a microsecond.
+// Maps over an array, in wall-clock time. On the worker pool, compared with tbb::parallel_for over
+// the same block into the same kind of array, and with a plain loop. On an operation queue,
+// compared with a GLib thread pool that gets one element at a time. With dear = 0 the block returns
+// its element; with dear = 1 it computes for about a microsecond.
 
 #include <benchmark/benchmark.h>
 #include <glib.h>
@@ -68,7 +68,7 @@ BENCHMARK(BM_ParallelMap_Loop)->ArgNames({"n", "dear"})->ArgsProduct(kMaps)->Use
 BENCHMARK(BM_ParallelMap_TBB)->ArgNames({"n", "dear"})->ArgsProduct(kMaps)->UseRealTime();
 BENCHMARK(BM_ParallelMap_TQ)->ArgNames({"n", "dear"})->ArgsProduct(kMaps)->UseRealTime();
 
-/// Waits until somebody says that it is done.
+/// Waits for the end of an asynchronous map.
 class Done {
  public:
   void say() {

@@ -1,6 +1,6 @@
-// Timers: scheduling one and taking it back while many others wait, and a pass of the loop that
-// fires one of them; beside GLib's own sources. A request of a limiter whose update is scheduled
-// already, beside one atomic exchange.
+// Timers, compared with GLib's sources: scheduling and cancelling one while many others are
+// pending, and an iteration of the run loop that fires one of them. A request of a rate limiter
+// with a scheduled update, compared with one atomic exchange.
 
 #include <benchmark/benchmark.h>
 #include <glib.h>

@@ -1,6 +1,6 @@
-// A body of 1 GiB from a server on the loopback (a thread of the same process), by wall clock: a
-// session's task with a sink that counts, beside bare libcurl with a callback that counts. "peak"
-// is how much memory the process has held at most so far.
+// A download of 1 GiB from a server on the loopback interface (a thread of the same process), in
+// wall-clock time: a session task with a sink that counts bytes, compared with libcurl and a
+// callback that counts bytes. "peak" is the peak memory use of the process so far.
 
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>

@@ -1,5 +1,5 @@
-// A log call at a level that is off, beside a relaxed load; one that is on, with three arguments,
-// beside spdlog into its null sink; and a look at the clock.
+// A log call at a disabled level, compared with a relaxed load. A log call at an enabled level with
+// three arguments, compared with spdlog and its null sink. One read of the clock.
 
 #include <benchmark/benchmark.h>
 #include <spdlog/sinks/null_sink.h>

@@ -1,5 +1,6 @@
-// Reading one of 100 preferences, beside asking SQLite whether the file has changed and looking
-// into a map; and writing one, beside the same upsert committed in WAL mode, synchronous normal.
+// One read of one of 100 preferences, compared with a query of SQLite whether the file has changed
+// and a look-up in a map. One write, compared with the same upsert, committed in WAL mode with
+// synchronous = NORMAL.
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>

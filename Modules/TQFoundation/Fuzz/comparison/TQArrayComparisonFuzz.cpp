@@ -8,10 +8,10 @@
 
 #include "../support/Bytes.h"
 
-// Any bytes as two arrays of small numbers, parted by the first byte of 0xFF. The changes, applied
-// in their order, make the first array into the second; moves link equal elements; a comparator
-// that answers by the rest of the bytes, whatever it is asked, still gets indexes inside the
-// arrays.
+// Reads the input as two arrays of small numbers, separated by the first byte 0xFF. Checks that the
+// changes, applied in order, turn the first array into the second; that moves link equal elements;
+// and that an inconsistent comparator, whose results come from the rest of the input, only gets
+// valid indexes.
 
 namespace {
 
