@@ -14,17 +14,17 @@
 namespace tq {
 namespace {
 
-/// Longer than what a string holds without an allocation.
+/// A string that is long enough to need an allocation.
 std::string word(int number) { return std::string(40, 'x') + std::to_string(number); }
 
-/// Whether all can be had out of the queue in order.
+/// True if the queue contains `count` elements and returns them in order.
 bool isWhole(PriorityQueue<std::string> queue, std::size_t count) {
   std::vector<std::string> left;
   while (auto next = queue.dequeue()) left.push_back(*std::move(next));
   return left.size() == count && std::ranges::is_sorted(left);
 }
 
-TEST(SmallCollectionsFault, TheyChangeWholeOrNotAtAll) {
+TEST(SmallCollectionsFault, ChangesAreCompleteOrHaveNoEffect) {
   test::failEachAllocation([] {
     Multiset<std::string> bag;
     RecentsList<std::string> recents(3);

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <ranges>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,6 +15,7 @@
 #include <TQFoundation/collections/Multiset.h>
 #include <TQFoundation/collections/NearestNeighbour.h>
 #include <TQFoundation/collections/Queue.h>
+#include <TQFoundation/collections/RecentsList.h>
 #include <TQFoundation/collections/RectangularArray.h>
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/collections/Stack.h>
@@ -28,14 +31,14 @@ std::string textOf(const Multiset<std::string>& set) {
   return text;
 }
 
-TEST(Multiset, CountsInTheOrderOfFirstArrival) {
+TEST(Multiset, CountsInTheOrderOfFirstInsertion) {
   Multiset<std::string> set(std::vector<std::string>{"c", "a", "b", "a", "c", "a"});
   EXPECT_EQ(textOf(set), "c2a3b1");
   EXPECT_EQ(set.insert("a", 2), 5U);
   EXPECT_EQ(set.insert("none", 0), 0U);
   EXPECT_EQ(set.totalCount(), 8U);
   EXPECT_EQ(set.remove("c", 9), 2U);
-  EXPECT_EQ(textOf(set), "a5b1");  // the places behind a removed element move up
+  EXPECT_EQ(textOf(set), "a5b1");  // later positions move up
   EXPECT_EQ(set.remove("b"), 1U);
   EXPECT_EQ(set.remove("b"), 0U);
   EXPECT_EQ(set.removeAll("a"), 5U);
@@ -43,14 +46,14 @@ TEST(Multiset, CountsInTheOrderOfFirstArrival) {
   EXPECT_FALSE(set.contains("a"));
 }
 
-TEST(Multiset, EqualityAsksForElementsAndCountsNotOrder) {
+TEST(Multiset, EqualityIgnoresTheOrder) {
   const auto of = [](std::vector<int> elements) { return Multiset<int>(elements); };
   EXPECT_EQ(of({1, 2, 2}), of({2, 1, 2}));
   EXPECT_NE(of({1, 2, 2}), of({1, 1, 2}));
   EXPECT_NE(of({1, 2}), of({1, 3}));
 }
 
-TEST(Stack, AnswersNoneWhenEmpty) {
+TEST(Stack, ReturnsNulloptWhenEmpty) {
   Stack<std::unique_ptr<int>> stack;
   EXPECT_EQ(stack.pop(), std::nullopt);
   EXPECT_EQ(stack.top(), nullptr);
@@ -62,7 +65,7 @@ TEST(Stack, AnswersNoneWhenEmpty) {
   EXPECT_TRUE(stack.isEmpty());
 }
 
-TEST(Queue, FirstInIsFirstOut) {
+TEST(Queue, IsFirstInFirstOut) {
   Queue<int> queue;
   for (const int element : {1, 2, 3}) queue.enqueue(element);
   EXPECT_EQ(queue.dequeue(), 1);
@@ -71,7 +74,7 @@ TEST(Queue, FirstInIsFirstOut) {
   EXPECT_EQ(queue.dequeue(), std::nullopt);
 }
 
-TEST(PriorityQueue, EqualsLeaveInTheOrderOfTheirArrival) {
+TEST(PriorityQueue, EqualElementsLeaveInTheOrderOfInsertion) {
   const auto byFirstLetter = [](std::string_view a, std::string_view b) { return a[0] < b[0]; };
   PriorityQueue<std::string, decltype(byFirstLetter)> queue(byFirstLetter);
   for (const char* word : {"b1", "c1", "a1", "b2", "a2", "b3", "c2", "b4", "a3"}) {
@@ -81,6 +84,58 @@ TEST(PriorityQueue, EqualsLeaveInTheOrderOfTheirArrival) {
   std::string order;
   while (const auto word = queue.dequeue()) order += *word;
   EXPECT_EQ(order, "a1a2a3b1b2b3b4c1c2");
+}
+
+TEST(RecentsList, KeepsTheMostRecentFirstAndTrimsTheOldest) {
+  RecentsList<char> list(3);
+  for (const char c : {'a', 'b', 'c', 'd'}) list.insert(c);
+  EXPECT_THAT(list, ElementsAre('d', 'c', 'b'));
+  list.insert('b');
+  EXPECT_THAT(list, ElementsAre('b', 'd', 'c'));
+  list.insert('d');
+  EXPECT_THAT(list, ElementsAre('d', 'b', 'c'));
+  RecentsList<char> none(0);
+  none.insert('a');
+  EXPECT_EQ(none.count(), 0U);
+}
+
+TEST(RecentsList, KeepsTheFrontElementAndReplacesOthers) {
+  struct File {
+    std::string name;
+    int version;
+  };
+  const auto sameName = [](const File& stored, const File& added) {
+    return stored.name == added.name;
+  };
+  RecentsList<File> list(5);
+  for (const int version : {1, 2}) list.insert({"a", version}, sameName);
+  EXPECT_EQ(list[0].version, 1);
+  list.insert({"b", 1}, sameName);
+  list.insert({"a", 3}, sameName);
+  EXPECT_EQ(list[0].version, 3);
+  EXPECT_EQ(list.endIndex(), 2U);
+}
+
+TEST(RecentsList, TruncatesASequenceButKeepsItsDuplicates) {
+  RecentsList<int> list(std::vector{1, 2, 1, 1, 5}, 4);
+  EXPECT_THAT(list, ElementsAre(1, 2, 1, 1));
+  list.insert(2);
+  EXPECT_THAT(list, ElementsAre(2, 1, 1, 1));
+  const RecentsList<int> copy = list;
+  list.insert(9);
+  EXPECT_THAT(list, ElementsAre(9, 2, 1, 1));
+  EXPECT_THAT(copy, ElementsAre(2, 1, 1, 1));
+
+  std::istringstream numbers("1 2 3");
+  EXPECT_EQ(RecentsList<int>(std::views::istream<int>(numbers), 2).count(), 2u);
+  int next = 0;
+  EXPECT_TRUE(numbers >> next && next == 3);  // it has not been read
+}
+
+TEST(RecentsList, StopsAtInvalidCapacitiesAndIndexes) {
+  EXPECT_DEATH(RecentsList<int>(-1).insert(1), "capacity_ >= 0");
+  EXPECT_DEATH(RecentsList<int>(std::vector{1}, -1), "capacity >= 0");
+  EXPECT_DEATH(static_cast<void>(RecentsList<int>(3)[0]), "index < count");
 }
 
 TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
@@ -96,7 +151,7 @@ TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
   EXPECT_EQ(std::ranges::distance(RectangularArray<int>(3, 0).row(2)), 0);
   const RectangularArray<int> taken = std::move(table);
   EXPECT_EQ(taken.rowCount(), 2u);
-  EXPECT_EQ(table, RectangularArray<int>());  // NOLINT: it says what it is then
+  EXPECT_EQ(table, RectangularArray<int>());  // NOLINT: its state is specified
 }
 
 TEST(RectangularArray, PositionsOutOfRangeStopTheProcess) {
@@ -107,7 +162,7 @@ TEST(RectangularArray, PositionsOutOfRangeStopTheProcess) {
   EXPECT_DEATH(RectangularArray<char>(std::size_t{1} << 40, std::size_t{1} << 40), "rowCount");
 }
 
-TEST(RestorableValue, PutsTheFirstValueBack) {
+TEST(RestorableValue, RestoresTheFirstValue) {
   RestorableValue<std::string> value("before");
   value.restore();
   value.set("one");
@@ -119,7 +174,7 @@ TEST(RestorableValue, PutsTheFirstValueBack) {
   EXPECT_FALSE(value.isChanged());
 }
 
-TEST(ScopedValue, PutsBackHoweverTheScopeIsLeft) {
+TEST(ScopedValue, RestoresAtTheEndOfTheScopeAndAfterExceptions) {
   std::string value = "before";
   try {
     const ScopedValue outer(value, std::string("outer"));
@@ -134,7 +189,7 @@ TEST(ScopedValue, PutsBackHoweverTheScopeIsLeft) {
   EXPECT_EQ(value, "before");
 }
 
-TEST(BinarySearch, TellsWhereAKeyIsOrWouldGo) {
+TEST(BinarySearch, FindsTheKeyOrItsInsertionPosition) {
   struct Person {
     std::string name;
     int age;
@@ -151,14 +206,14 @@ TEST(BinarySearch, TellsWhereAKeyIsOrWouldGo) {
   EXPECT_EQ(binarySearch(std::vector<int>(), 1), (BinarySearchResult{0, false}));
 }
 
-TEST(NearestNeighbour, TakesTheFirstOfTheNearestWithinReach) {
+TEST(NearestNeighbour, ReturnsTheFirstOfTheNearestInReach) {
   const std::vector<double> places = {8, std::nan(""), 3, 5, -1, 5};
   const auto to = [](double wanted) {
     return [wanted](double place) { return std::fabs(place - wanted); };
   };
   EXPECT_EQ(nearestNeighbour(places, to(4)) - places.begin(), 2);
   EXPECT_EQ(nearestNeighbour(places, to(5)) - places.begin(), 3);
-  EXPECT_EQ(nearestNeighbour(places, to(11), 3) - places.begin(), 0);  // reach is inclusive
+  EXPECT_EQ(nearestNeighbour(places, to(11), 3) - places.begin(), 0);  // the limit is inclusive
   EXPECT_EQ(nearestNeighbour(places, to(11), 2.9), places.end());
   EXPECT_EQ(nearestNeighbour(places, to(std::nan(""))), places.end());
 }

@@ -17,7 +17,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A tree that lends its nodes.
+/// A tree that returns references to its nodes.
 struct Item {
   std::string name;
   std::vector<Item> items;
@@ -28,20 +28,20 @@ struct ItemTree {
   [[nodiscard]] const std::vector<Item>& children(const Item& item) const { return item.items; }
 };
 
-/// A tree without storage, whose nodes are values and whose children are computed: the divisions of
-/// a number into two halves. Counts how often it was asked.
+/// A tree whose nodes are values and whose children are computed: the two halves of each number.
+/// Counts the calls of children().
 struct Halves : Object {
   explicit Halves(int number) : top(number) {}
   [[nodiscard]] int root() const { return top; }
   [[nodiscard]] std::vector<int> children(int number) const {
-    ++asked;
+    ++requests;
     return number < 2 ? std::vector<int>() : std::vector{number / 2, number - number / 2};
   }
   int top;
-  mutable int asked = 0;
+  mutable int requests = 0;
 };
 
-/// The same up to a limit, computed from the node as it is walked.
+/// A tree whose ranges of children refer to the node.
 struct Doubling {
   [[nodiscard]] int root() const { return 1; }
   [[nodiscard]] auto children(const int& number) const {
@@ -50,7 +50,7 @@ struct Doubling {
   }
 };
 
-/// Every node has one child, down to 0.
+/// A tree in which every node has one child, down to 0.
 struct Chain {
   int length;
   [[nodiscard]] int root() const { return length; }
@@ -76,7 +76,7 @@ std::string namesOf(Nodes&& nodes) {
   return names;
 }
 
-TEST(TreeTraversal, KeepsTheOrderOfSiblingsInEveryOrder) {
+TEST(TreeTraversal, VisitsSiblingsInTheirOrder) {
   const struct {
     std::size_t limit;
     const char* pre;
@@ -96,18 +96,16 @@ TEST(TreeTraversal, KeepsTheOrderOfSiblingsInEveryOrder) {
   }
 }
 
-TEST(TreeTraversal, LendsTheNodesThemselvesAndTellsTheirDepth) {
-  const auto nodes = depthFirst(family());
-  EXPECT_EQ(&*nodes.begin(), &family().top);
-  std::vector<std::size_t> depths, breadthDepths, postDepths;
-  for (auto at = nodes.begin(); at != nodes.end(); ++at) depths.push_back(at.depth());
-  EXPECT_THAT(depths, ElementsAre(0, 1, 2, 2, 1, 1, 2, 3));
-  const auto levels = breadthFirst(family());
-  for (auto at = levels.begin(); at != levels.end(); ++at) breadthDepths.push_back(at.depth());
-  EXPECT_THAT(breadthDepths, ElementsAre(0, 1, 1, 1, 2, 2, 2, 3));
-  const auto post = depthFirstPostOrder(family());
-  for (auto at = post.begin(); at != post.end(); ++at) postDepths.push_back(at.depth());
-  EXPECT_THAT(postDepths, ElementsAre(2, 2, 1, 1, 3, 2, 1, 0));
+TEST(TreeTraversal, ReturnsReferencesToNodesAndTheirDepth) {
+  EXPECT_EQ(&*depthFirst(family()).begin(), &family().top);
+  const auto depths = [](const auto& nodes) {
+    std::vector<std::size_t> all;
+    for (auto at = nodes.begin(); at != nodes.end(); ++at) all.push_back(at.depth());
+    return all;
+  };
+  EXPECT_THAT(depths(depthFirst(family())), ElementsAre(0, 1, 2, 2, 1, 1, 2, 3));
+  EXPECT_THAT(depths(breadthFirst(family())), ElementsAre(0, 1, 1, 1, 2, 2, 2, 3));
+  EXPECT_THAT(depths(depthFirstPostOrder(family())), ElementsAre(2, 2, 1, 1, 3, 2, 1, 0));
 }
 
 TEST(TreeTraversal, StartsAtAnyNode) {
@@ -128,29 +126,29 @@ TEST(TreeTraversal, WorksWithAlgorithmsAndViewsAndKeepsTemporariesAlive) {
   EXPECT_THAT(numbers, ElementsAre(3, 1, 1, 1));
 }
 
-TEST(TreeTraversal, AsksForNoChildrenBeyondTheOneItStopsAt) {
+TEST(TreeTraversal, RequestsNoChildrenAfterTheLastVisitedNode) {
   const Ref<Halves> tree = makeRef<Halves>(1 << 20);
   for (const int number : depthFirst(tree)) {
     if (number == 1 << 18) break;
   }
-  EXPECT_EQ(tree->asked, 2);
-  tree->asked = 0;
+  EXPECT_EQ(tree->requests, 2);
+  tree->requests = 0;
   for (const int number : breadthFirst(tree)) {
     if (number == 1 << 18) break;
   }
-  EXPECT_EQ(tree->asked, 3);
-  tree->asked = 0;
+  EXPECT_EQ(tree->requests, 3);
+  tree->requests = 0;
   EXPECT_EQ(std::ranges::distance(depthFirstPostOrder(tree, 2)), 7);
-  EXPECT_EQ(tree->asked, 3);
+  EXPECT_EQ(tree->requests, 3);
 }
 
 TEST(TreeTraversal, ChildrenMayBeComputedFromTheNodeItself) {
   std::vector<int> nodes;
   for (const int node : depthFirst(Doubling())) nodes.push_back(node);
-  EXPECT_THAT(nodes, testing::ElementsAre(1, 2, 4, 8, 9, 5, 10, 11, 3, 6, 12, 13, 7, 14, 15));
+  EXPECT_THAT(nodes, ElementsAre(1, 2, 4, 8, 9, 5, 10, 11, 3, 6, 12, 13, 7, 14, 15));
 }
 
-TEST(TreeTraversal, AMillionLevelsDoNotOverflow) {
+TEST(TreeTraversal, AMillionLevelsDoNotOverflowTheStack) {
   const Chain chain{1'000'000};
   std::size_t deepest = 0;
   const auto nodes = depthFirst(chain);
@@ -161,7 +159,7 @@ TEST(TreeTraversal, AMillionLevelsDoNotOverflow) {
   EXPECT_EQ(std::ranges::distance(breadthFirst(chain)), 1'000'001);
 }
 
-TEST(TreeTraversal, IteratorsMoveWithTheirPlace) {
+TEST(TreeTraversal, IteratorsCanBeMoved) {
   const Chain chain{100};
   auto at = depthFirst(chain).begin();
   for (int i = 0; i < 50; ++i) ++at;
@@ -171,7 +169,7 @@ TEST(TreeTraversal, IteratorsMoveWithTheirPlace) {
   EXPECT_EQ(*moved, 49);
 }
 
-TEST(Forest, GoesOverOneTreeAfterAnother) {
+TEST(Forest, VisitsOneTreeAfterAnother) {
   Forest<ItemTree> forest({family(), ItemTree{{"x", {{"y", {}}}}}});
   forest.append(ItemTree{{"z", {}}});
   EXPECT_EQ(namesOf(depthFirst(forest)), "abcdefghxyz");
