@@ -1,8 +1,7 @@
 tq_add_room_tests(TQEnvironment
-  ${CMAKE_CURRENT_LIST_DIR}/LRVariantTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/PreferenceTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQKorvanInfoTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQLoggingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQPerformanceTimerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQStringUniquerTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/TQVersionTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/TQVersionTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/VariantsTest.cpp)

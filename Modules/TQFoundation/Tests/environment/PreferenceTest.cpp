@@ -72,17 +72,14 @@ TEST_F(PreferenceTest, ReadsLenientlyByType) {
   }
 }
 
-TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
+TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNullopt) {
   const Preference<bool> flag("flag", false, defaults);
   flag.setValue(true);
   EXPECT_TRUE(objectCast<Number>(defaults->peekObjectForKey("flag"))->value().isBoolean());
   flag.set(std::nullopt);
   EXPECT_EQ(defaults->peekObjectForKey("flag"), nullptr);
-  const Preference<std::int64_t> count("count", 1, defaults);
-  count.set(1LL << 40);
-  EXPECT_EQ(count.value(), 1LL << 40);
-  count.removeValue();
-  EXPECT_EQ(count.value(), 1);
+  Preference<std::int64_t>("count", 1, defaults).set(1LL << 40);
+  EXPECT_EQ(Preference<std::int64_t>("count", 1, defaults).value(), 1LL << 40);
 
   const Preference<Theme> theme("theme", Theme::light, defaults);
   theme.setValue(Theme::dark);
@@ -90,7 +87,8 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
   theme.setRawValue("neon");
   EXPECT_EQ(theme.value(), Theme::light);
   EXPECT_EQ(theme.rawValue(), "neon");
-  static const std::optional<std::string> none;  // in place GCC 12 takes it for uninitialised
+  static const std::optional<std::string>
+      none;  // as a temporary, GCC 12 reports it as uninitialised
   theme.setRawValue(none);
   EXPECT_EQ(theme.rawValue(), std::nullopt);
 
@@ -103,7 +101,7 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNone) {
   EXPECT_THROW(Preference<bool>("\xFF", true, defaults).registerDefault(), Exception);
 }
 
-TEST_F(PreferenceTest, KeepsPropertyListsAsTheyAre) {
+TEST_F(PreferenceTest, StoresPropertyListsUnchanged) {
   const Preference<Ref<Array>> list("list", nullptr, defaults);
   list.registerDefault();
   EXPECT_EQ(list.value(), nullptr);
@@ -116,7 +114,7 @@ TEST_F(PreferenceTest, KeepsPropertyListsAsTheyAre) {
   EXPECT_EQ(Preference<long long>("real", 0, defaults).value(), 2);
 }
 
-TEST_F(PreferenceTest, RegisteredDefaultsComeBeforeItsOwn) {
+TEST_F(PreferenceTest, RegisteredDefaultsTakePrecedence) {
   const Preference<Unit> registering("registered", Unit::pixel, defaults);
   const Preference<Unit> other("registered", Unit::millimetre, defaults);
   EXPECT_EQ(other.value(), Unit::millimetre);
@@ -128,7 +126,7 @@ TEST_F(PreferenceTest, RegisteredDefaultsComeBeforeItsOwn) {
   EXPECT_EQ(other.value(), Unit::pixel);
 }
 
-TEST_F(PreferenceTest, NumbersMatchExactlyOrNotAtAll) {
+TEST_F(PreferenceTest, NumbersConvertExactlyOrNotAtAll) {
   const struct {
     NumberValue stored;
     std::optional<std::int64_t> integer;
@@ -158,7 +156,7 @@ TEST_F(PreferenceTest, NumbersMatchExactlyOrNotAtAll) {
   }
 }
 
-TEST_F(PreferenceTest, TheStandardStoreIsTheOneLeftOut) {
+TEST_F(PreferenceTest, UsesTheStandardStoreByDefault) {
   ::setenv("XDG_CONFIG_HOME", directory.path("config").c_str(), 1);
   ASSERT_TRUE(UserDefaults::setApplicationDomain("com.korvan.preference-test"));
   const Preference<bool> flag("flag");

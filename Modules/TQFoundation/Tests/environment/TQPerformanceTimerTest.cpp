@@ -19,29 +19,29 @@ struct PerformanceTimer : testing::Test {
   ~PerformanceTimer() override { setTickClock(nullptr); }
 };
 
-TEST_F(PerformanceTimer, CountsTicksOfTheClock) {
+TEST_F(PerformanceTimer, MeasuresInTicksOfTheClock) {
   const std::uint64_t start = TQTimeNow();
   EXPECT_LE(start, TQTimeNow());
   setTickClock(&handClock);
   now = 1700;
   EXPECT_EQ(TQDurationSince(1000), 700u);
-  EXPECT_EQ(TQDurationBetween(5, 3), ~std::uint64_t{0} - 1);  // a clock that went back wraps
+  EXPECT_EQ(TQDurationBetween(5, 3), ~std::uint64_t{0} - 1);  // wraps if the clock goes back
 }
 
-// Each in a process of its own, for the timebase is read once.
-TEST_F(PerformanceTimer, NeedsItsTimebase) {
+// The next tests run in processes of their own, because the timebase is read only once.
+TEST_F(PerformanceTimer, StopsWithoutATimebase) {
   EXPECT_EXIT(static_cast<void>(TQTimeIntervalsForDuration(1)), testing::KilledBySignal(SIGABRT),
               "Assertion failed: \\(sTimebaseInfo.denom != 0\\), function "
               "TQTimeIntervalsForDuration, file "
               "Modules/TQFoundation/Source/TQPerformanceTimer, line 40\\.");
 }
 
-TEST_F(PerformanceTimer, MultipliesThenDividesInWholeNumbers) {
+TEST_F(PerformanceTimer, MultipliesAndThenDividesIntegers) {
   const auto check = [] {
     setTickClock(&handClock);
     TQPerformanceTimingInitialise();
     setTickClock(nullptr);
-    TQPerformanceTimingInitialise();  // once: the first timebase stays
+    TQPerformanceTimingInitialise();  // does nothing: the first timebase stays
     const bool holds = TQTimeIntervalsForDuration(24'000'000) == 1.0 &&
                        TQTimeIntervalsForDuration(1) == 41 * 1e-9 &&
                        // 2^61 ticks times 125 wraps to 5 * 2^61
@@ -55,8 +55,7 @@ TEST_F(PerformanceTimer, MultipliesThenDividesInWholeNumbers) {
 TEST_F(PerformanceTimer, RandomIntervalsStayInRange) {
   EXPECT_EQ(TQTimeRandomInterval(2, -1), 2);
   EXPECT_EQ(TQTimeRandomInterval(2, std::nan("")), 2);
-  double lowest = 3;
-  double highest = 2;
+  double lowest = 3, highest = 2;
   for (int i = 0; i < 4000; ++i) {
     const double interval = TQTimeRandomInterval(2, 1);
     ASSERT_GE(interval, 2);

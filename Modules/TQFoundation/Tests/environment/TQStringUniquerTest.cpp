@@ -9,7 +9,7 @@
 namespace tq {
 namespace {
 
-TEST(StringUniquer, CountsOnFromWhatIsThere) {
+TEST(StringUniquer, ContinuesTheNumbersOfTakenNames) {
   const struct {
     std::vector<std::string> taken;
     const char* name;
@@ -38,20 +38,22 @@ TEST(StringUniquer, CountsOnFromWhatIsThere) {
   }
 }
 
-// Whatever is asked for, never a look at all the names before.
-TEST(StringUniquer, GivesNoNameTwiceHoweverMany) {
+// Each call must be fast, however many names are taken.
+TEST(StringUniquer, GeneratesManyNamesWithoutDuplicates) {
   TQStringUniquer uniquer(std::vector<std::string>{"Oval copy 50000"});
-  std::set<std::string> given{"Oval copy 50000"};
+  std::set<std::string> generated{"Oval copy 50000"};
   const auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < 100'000; ++i) {
-    EXPECT_TRUE(given.insert(uniquer.uniqueCopyName(i % 3 == 0 ? "Oval copy 7" : "Oval")).second);
-    EXPECT_TRUE(given.insert(uniquer.uniqueString("Oval")).second);
-    EXPECT_TRUE(given.insert(uniquer.uniqueString("Oval " + std::to_string(i / 2))).second);
+    EXPECT_TRUE(
+        generated.insert(uniquer.uniqueCopyName(i % 3 == 0 ? "Oval copy 7" : "Oval")).second);
+    EXPECT_TRUE(generated.insert(uniquer.uniqueString("Oval")).second);
+    EXPECT_TRUE(generated.insert(uniquer.uniqueString("Oval " + std::to_string(i / 2))).second);
   }
-  EXPECT_TRUE(given.contains("Oval copy"));
-  EXPECT_TRUE(given.contains("Oval copy 100001"));
-  EXPECT_TRUE(given.contains("Oval 199996"));  // two each are names like "Oval 0" and "Oval 1 2"
-  EXPECT_FALSE(given.contains("Oval 199997"));
+  EXPECT_TRUE(generated.contains("Oval copy"));
+  EXPECT_TRUE(generated.contains("Oval copy 100001"));
+  EXPECT_TRUE(
+      generated.contains("Oval 199996"));  // names like "Oval 0" and "Oval 1 2" do not count
+  EXPECT_FALSE(generated.contains("Oval 199997"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
 }
 

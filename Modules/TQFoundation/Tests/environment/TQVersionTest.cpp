@@ -8,7 +8,7 @@
 namespace tq {
 namespace {
 
-TEST(Version, ComparesThreeComponentsByNumber) {
+TEST(Version, ComparesThreeComponentsAsNumbers) {
   const struct {
     const char* first;
     const char* second;
@@ -31,7 +31,7 @@ TEST(Version, ComparesThreeComponentsByNumber) {
   }
 }
 
-TEST(Version, HighestIsTheEarliestOfEqualsAndNeverZero) {
+TEST(Version, HighestIsTheFirstOfEqualsAndNeverZero) {
   using List = std::vector<std::string_view>;
   const struct {
     List versions;

@@ -1,38 +1,40 @@
-#include <TQFoundation/environment/LRVariant.h>
-
 #include <gtest/gtest.h>
 
 #include <bitset>
 #include <set>
 
+#include <TQFoundation/environment/LRVariant.h>
+#include <TQFoundation/environment/TQKorvanInfo.h>
+#include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/String.h>
 
 namespace tq {
 namespace {
 
+/// A delegate that may remove itself during its call.
 struct FixedVariant final : Subclass<FixedVariant>, CurrentVariantDelegate {
   static constexpr std::string_view className = "FixedVariant";
-  explicit FixedVariant(std::int64_t rawValue, bool leaves = false)
-      : rawValue_(rawValue), leaves_(leaves) {}
-  ~FixedVariant() override { EXPECT_FALSE(isAnswering_); }
+  explicit FixedVariant(std::int64_t value, bool leaves = false) : value_(value), leaves_(leaves) {}
+  ~FixedVariant() override { EXPECT_FALSE(isInCall_); }
   Ref<LRVariant> currentVariant() override {
-    isAnswering_ = true;
+    isInCall_ = true;
     if (leaves_) LRVariant::setDelegate(nullptr);
-    isAnswering_ = false;
-    return LRVariant::initWithRawValue(rawValue_);
+    isInCall_ = false;
+    return LRVariant::initWithRawValue(value_);
   }
 
  private:
-  const std::int64_t rawValue_;
+  const std::int64_t value_;
   const bool leaves_;
-  bool isAnswering_ = false;
+  bool isInCall_ = false;
 };
 
 struct Variant : testing::Test {
   ~Variant() override { LRVariant::setDelegate(nullptr); }
 };
 
-TEST_F(Variant, CurrentDecidesWhatMatches) {
+TEST_F(Variant, MatchesTheCurrentVariant) {
   EXPECT_EQ(LRVariant::current(), LRVariant::final());
   const struct {
     std::int64_t current;  // -1: no delegate
@@ -59,18 +61,18 @@ TEST_F(Variant, CurrentDecidesWhatMatches) {
   }
 }
 
-TEST_F(Variant, DelegateMayTakeItselfAway) {
+TEST_F(Variant, DelegatesMayRemoveThemselves) {
   LRVariant::setDelegate(makeRef<FixedVariant>(4, true));
   EXPECT_EQ(LRVariant::current()->rawValue(), 4);
   EXPECT_EQ(LRVariant::current(), LRVariant::final());
 }
 
-// Beside bit sets, and beside what the operations promise of each other.
+// Compares with std::bitset.
 TEST_F(Variant, IsASet) {
   const auto bits = [](const Ref<LRVariant>& variant) {
     return std::bitset<64>(static_cast<std::uint64_t>(variant->rawValue()));
   };
-  const auto bitsOrNone = [&](const Ref<LRVariant>& v) { return v ? bits(v) : std::bitset<64>(); };
+  const auto bitsOrZero = [&](const Ref<LRVariant>& v) { return v ? bits(v) : std::bitset<64>(); };
   const std::int64_t values[] = {0, 1, 3, 6, 90, 122, 255, 1LL << 40, -1};
   for (const std::int64_t x : values) {
     for (const std::int64_t y : values) {
@@ -95,24 +97,64 @@ TEST_F(Variant, IsASet) {
       EXPECT_EQ(bits(set), either);
       EXPECT_EQ(inserted, both != bits(b));
       EXPECT_EQ(bits(member), bits(b));
-      EXPECT_EQ(bitsOrNone(LRVariant::remove(set, *b)), bits(b));
+      EXPECT_EQ(bitsOrZero(LRVariant::remove(set, *b)), bits(b));
       EXPECT_EQ(LRVariant::remove(set, *b), nullptr);
-      EXPECT_EQ(bitsOrNone(LRVariant::update(set = a, *b)), both);
+      EXPECT_EQ(bitsOrZero(LRVariant::update(set = a, *b)), both);
       EXPECT_EQ(bits(set), either);
       LRVariant::formIntersection(set, *b);
       EXPECT_EQ(bits(set), bits(b));
       LRVariant::formSymmetricDifference(set, *a);
       EXPECT_EQ(bits(set), either ^ both);
-      EXPECT_EQ(a->rawValue(), x);  // the object itself never changes
+      EXPECT_EQ(a->rawValue(), x);  // objects never change
     }
   }
 }
 
-TEST_F(Variant, IsNoNumberAndTellsItsValue) {
+TEST_F(Variant, DiffersFromNumbersAndHasADescription) {
   const Ref<LRVariant> six = LRVariant::initWithVariants({LRVariant::xcode(), LRVariant::beta()});
   EXPECT_FALSE(six->isEqual(*Number::numberWith(6)));
   EXPECT_TRUE(six->description().starts_with("<LRVariant: 0x"));
   EXPECT_TRUE(six->description().ends_with("> rawValue: 6"));
+}
+
+TEST(KorvanInfo, ReturnsTheEntriesOfTheHostUnlessOverridden) {
+  EXPECT_EQ(TQKorvanInfo::name(), "");
+  EXPECT_EQ(TQKorvanInfo::documentVersion(), 0);
+  EXPECT_EQ(TQKorvanInfo::variant(), LRVariant::final());
+  TQKorvanInfo::setInfoDictionary(
+      *Dictionary::dictionaryWithEntries({{TQKorvanInfoNameKey, String::of("Korvan")},
+                                          {TQKorvanInfoBuildKey, Number::numberWith(2175)},
+                                          {TQKorvanInfoVersionKey, Array::array()},
+                                          {TQKorvanInfoDocumentVersionKey, String::of("41")},
+                                          {TQKorvanInfoPasteboardVersionKey, Number::numberWith(3)},
+                                          {TQKorvanInfoVariantKey, String::of("PrivateBeta")}}));
+  EXPECT_EQ(TQKorvanInfo::name(), "Korvan");
+  EXPECT_EQ(TQKorvanInfo::build(), "2175");
+  EXPECT_EQ(TQKorvanInfo::version(), "");
+  EXPECT_EQ(TQKorvanInfo::documentVersion(), 41);
+  EXPECT_EQ(TQKorvanInfo::pasteboardVersion(), 3);
+  EXPECT_EQ(TQKorvanInfo::variant(), LRVariant::privateBeta());
+  {
+    const TQKorvanInfo::Override newer(TQKorvanInfoDocumentVersionKey, Number::numberWith(42));
+    const TQKorvanInfo::Override unnamed(TQKorvanInfoNameKey, nullptr);
+    EXPECT_EQ(TQKorvanInfo::name(), "");
+    EXPECT_EQ(TQKorvanInfo::documentVersion(), 42);
+  }
+  EXPECT_EQ(TQKorvanInfo::documentVersion(), 41);
+
+  TQKorvanInfo::installVariantDelegate();
+  EXPECT_EQ(LRVariant::current(), LRVariant::privateBeta());
+  const TQKorvanInfo::Override variant(TQKorvanInfoVariantKey, String::of("Nonsense"));
+  EXPECT_EQ(LRVariant::current(), LRVariant::final());
+  LRVariant::setDelegate(nullptr);
+  TQKorvanInfo::setInfoDictionary(*Dictionary::dictionary());
+}
+
+TEST(KorvanInfo, FindsVariantsByNameIgnoringCase) {
+  EXPECT_EQ(TQKorvanInfo::variantNamed("XCODE"), LRVariant::xcode());
+  EXPECT_EQ(TQKorvanInfo::variantNamed("inHouse"), LRVariant::inHouse());
+  EXPECT_EQ(TQKorvanInfo::variantNamed("betas"), nullptr);
+  EXPECT_EQ(LRVariant::privateBeta()->rawValue(), 122);
 }
 
 }  // namespace
