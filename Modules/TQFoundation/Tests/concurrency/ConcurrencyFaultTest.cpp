@@ -3,7 +3,6 @@
 #include <functional>
 #include <new>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <TQFoundation/collections/RestorableValue.h>
@@ -15,24 +14,14 @@
 #include <TQFoundation/platform/loops/RunLoop.h>
 
 #include "support/FailingAllocations.h"
+#include "support/OnDestruction.h"
 
 namespace tq {
 namespace {
 
 using test::failEachAllocation;
 
-/// Calls back when it goes, as objects do that a cache or pool may not let go of under its lock.
-class Parting final : public Subclass<Parting> {
- public:
-  static constexpr std::string_view className = "Parting";
-  explicit Parting(const std::function<void()>& atEnd) : atEnd_(atEnd) {}
-  ~Parting() override { atEnd_(); }
-
- private:
-  const std::function<void()>& atEnd_;
-};
-
-TEST(ConcurrencyFault, ACacheStoresWholeOrNotAtAll) {
+TEST(ConcurrencyFault, ACacheStoresCompletelyOrNotAtAll) {
   test::warmUpWeakReferences();
   std::vector<Ref<Object>> owners;
   for (int i = 0; i < 6; ++i) owners.push_back(String::of("owner"));
@@ -48,7 +37,7 @@ TEST(ConcurrencyFault, ACacheStoresWholeOrNotAtAll) {
         const std::size_t before = cache->count();
         const Ref<Object> name = String::of(std::to_string(key));
         try {
-          cache->setCachedObject(makeRef<Parting>(callBack), *owner, *name);
+          cache->setCachedObject(makeRef<test::OnDestruction>(callBack), *owner, *name);
         } catch (const std::bad_alloc&) {
           EXPECT_EQ(cache->count(), before);
           EXPECT_EQ(cache->rawObjectForOwner(*owner, *name), nullptr);
@@ -77,7 +66,7 @@ TEST(ConcurrencyFault, ACreationWithoutMemoryIsTriedAgain) {
   });
 }
 
-TEST(ConcurrencyFault, APoolLosesNothingThatItHeld) {
+TEST(ConcurrencyFault, APoolLosesNoObjects) {
   failEachAllocation([] {
     TQObjectPool* open = nullptr;
     const std::function<void()> callBack = [&] {
@@ -92,7 +81,7 @@ TEST(ConcurrencyFault, APoolLosesNothingThatItHeld) {
       pool->allObjectsWithBlock([&](std::span<const Ref<Object>> all) { found = all.size(); });
       return found;
     };
-    for (; idle < 30; ++idle) pool->recycleObject(makeRef<Parting>(callBack));
+    for (; idle < 30; ++idle) pool->recycleObject(makeRef<test::OnDestruction>(callBack));
     try {
       pool->setMaximumPoolCount(10);
     } catch (const std::bad_alloc&) {
@@ -133,7 +122,7 @@ TEST(ConcurrencyFault, ARequestWithoutMemoryCanBeMadeAgain) {
   });
 }
 
-TEST(ConcurrencyFault, AMapAnswersWholeOrThrows) {
+TEST(ConcurrencyFault, AMapReturnsAllResultsOrThrows) {
   std::vector<Ref<Object>> words;
   for (int i = 0; i < 40; ++i) words.push_back(String::of(std::to_string(i)));
   const Ref<Array> array = Array::arrayWithObjects(words);

@@ -3,6 +3,7 @@ tq_add_room_tests(TQObjects
   ${CMAKE_CURRENT_LIST_DIR}/ArrayTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ClassTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DictionaryTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MapTableTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NumberTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ObjectTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StringTest.cpp

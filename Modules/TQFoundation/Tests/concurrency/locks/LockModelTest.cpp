@@ -1,4 +1,4 @@
-// Every interleaving of two or three threads through the hand-made locks and the lock-free stack.
+// Explores every interleaving of two or three threads in the locks and the lock-free stack.
 
 #include <gtest/gtest.h>
 
@@ -23,7 +23,8 @@ void require(bool condition, const char* what) {
   if (!condition) throw ThreadModel::Violation(what);
 }
 
-// Threads that go through a section `rounds` times each; the section counts who is inside.
+// Explores threads that enter a critical section `rounds` times each. The section counts the
+// threads inside.
 template <class Lock>
 std::string exploreSections(std::vector<int> rounds, std::size_t* stateCount = nullptr) {
   ThreadModel model;
@@ -41,14 +42,14 @@ std::string exploreSections(std::vector<int> rounds, std::size_t* stateCount = n
     });
   }
   const std::string fault = model.explore(threads, [&] {
-    lock.lock();  // free again, or this would be a recursion or a sleep
+    lock.lock();  // must be free: otherwise this recurses or sleeps
     lock.unlock();
   });
   if (stateCount != nullptr) *stateCount = model.stateCount();
   return fault;
 }
 
-// Faults planted on purpose: the model must find each of them.
+// Planted faults. The model must find each of them.
 struct NeverWakes : ModelSystem {
   static void wake(const Word&, int) {}
 };
@@ -72,7 +73,7 @@ TEST(LockModel, UnfairWordExcludesAndWakesInEveryInterleaving) {
   }
 }
 
-// Three threads without the spinning, which only multiplies states.
+// Without spinning, which only multiplies the states.
 struct NeverSpins : ModelSystem {
   static constexpr int kSpins = 0;
 };
@@ -92,7 +93,7 @@ struct StackModelSystem : ModelSystem {
   static Word& link(std::uint32_t node) { return *links[node]; }
 };
 
-// The same with a head that keeps no tag.
+// The same, with a head without a tag.
 struct UntaggedSystem : StackModelSystem {
   struct Word64 {
     Word64(std::uint64_t value) : cell(value) {}
@@ -104,8 +105,8 @@ struct UntaggedSystem : StackModelSystem {
   };
 };
 
-// One thread pops; another pops twice and puts back what it popped first; a third swaps the top for
-// itself. Every node must be owned once or lie on the stack once.
+// The first thread pops a node. The second pops two and pushes the first of them again. The third
+// pops a node and pushes it again. Every node must have one owner or be on the stack once.
 template <class System>
 std::string exploreStack(int threadCount) {
   ThreadModel model;
@@ -142,7 +143,7 @@ std::string exploreStack(int threadCount) {
   });
 }
 
-TEST(LockModel, TaggedStackNeitherLosesNorDoublesNodes) {
+TEST(LockModel, TaggedStackNeitherLosesNorDuplicatesNodes) {
   EXPECT_EQ(exploreStack<UntaggedSystem>(2), "a node was popped twice");  // the model finds ABA
   EXPECT_EQ(exploreStack<StackModelSystem>(2), "");
   EXPECT_EQ(exploreStack<StackModelSystem>(3), "");

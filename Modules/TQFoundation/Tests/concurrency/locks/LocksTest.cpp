@@ -1,7 +1,10 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <array>
+#include <barrier>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -16,6 +19,9 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/SerialQueue.h>
 
+#include "support/Numbers.h"
+#include "support/Threads.h"
+
 namespace tq {
 namespace {
 
@@ -25,43 +31,28 @@ static_assert(Lockable<UnfairLock> && Lockable<Lock> && Lockable<RecursiveLock> 
 static_assert(SynchronizationPrimitive<SerialQueue> && !Lockable<SerialQueue>);
 static_assert(SynchronizationPrimitive<UnfairLock> && !SynchronizationPrimitive<std::string>);
 
-// Runs a test body over one of every kind.
-template <class Body>
-void withEveryPrimitive(Body body) {
-  UnfairLock unfair;
-  Lock lock;
-  RecursiveLock recursive;
-  ObjectSynchronizer monitor(String::stringWithUTF8("monitored"));
-  SerialQueue queue("a queue");
-  auto readWrite = makeRef<ReadWriteLock>();
-  auto write = readWrite->write();
-  body("UnfairLock", unfair);
-  body("Lock", lock);
-  body("RecursiveLock", recursive);
-  body("ObjectSynchronizer", monitor);
-  body("SerialQueue", queue);
-  body("WriteLock", write);
-}
-
-TEST(Locks, PassResultsAndErrorsThroughAndAreFreeAfterwards) {
-  const auto body = [](const char* name, auto& primitive) {
+TEST(Locks, ReturnResultsPropagateErrorsAndAreFreeAfterwards) {
+  const auto check = [](const char* name, auto&& primitive) {
     SCOPED_TRACE(name);
-    EXPECT_EQ(sync(primitive, [] { return std::make_unique<int>(7); }).operator*(), 7);
+    EXPECT_EQ(*sync(primitive, [] { return std::make_unique<int>(7); }), 7);
     int target = 0;
     int& same = sync(primitive, [&]() -> int& { return target; });
     EXPECT_EQ(&same, &target);
     EXPECT_THROW(sync(primitive, []() -> int { throw std::runtime_error("inside"); }),
                  std::runtime_error);
-    std::jthread([&] { sync(primitive, [&] { ++target; }); }).join();  // would wait if not free
+    std::jthread([&] { sync(primitive, [&] { ++target; }); }).join();  // blocks if it is not free
     EXPECT_EQ(target, 1);
   };
-  withEveryPrimitive(body);
-  Unsynchronized none;
-  body("Unsynchronized", none);
-  auto lock = makeRef<ReadWriteLock>();
-  auto read = lock->read();
-  body("ReadLock", read);
-  EXPECT_THROW(lock->protectedWrite([] { throw 1; }), int);
+  const auto readWrite = makeRef<ReadWriteLock>();
+  check("UnfairLock", UnfairLock());
+  check("Lock", Lock());
+  check("RecursiveLock", RecursiveLock());
+  check("ObjectSynchronizer", ObjectSynchronizer(String::of("monitored")));
+  check("SerialQueue", SerialQueue("a queue"));
+  check("ReadLock", readWrite->read());
+  check("WriteLock", readWrite->write());
+  check("Unsynchronized", Unsynchronized());
+  EXPECT_THROW(readWrite->protectedWrite([] { throw 1; }), int);
 }
 
 TEST(Locks, ReadersShareAndViewsKeepTheLockAlive) {
@@ -74,16 +65,15 @@ TEST(Locks, ReadersShareAndViewsKeepTheLockAlive) {
   read.unlock();
 }
 
-TEST(Locks, MonitorsAreRecursiveOnePerObjectAndGoWhenUnused) {
-  const Ref<Object> one = String::stringWithUTF8("one");
-  const Ref<Object> two = String::stringWithUTF8("one");  // equal, and yet another object
+TEST(Locks, MonitorsAreRecursiveOnePerObjectAndReleasedWhenUnused) {
+  const Ref<Object> one = String::of("one");
+  const Ref<Object> two = String::of("one");  // equal, but another object
   ObjectSynchronizer first(one), second(one), other(two), none(nullptr);
   ASSERT_EQ(monitorCount(), 0u);
   sync(first, [&] {
     sync(second, [&] {
-      sync(other,
-           [&] { sync(first, [&] { sync(none, [&] { EXPECT_EQ(monitorCount(), 2u); }); }); });
-      // Inside out: the outer monitor is left before the inner one.
+      sync(other, [&] { sync(none, [&] { EXPECT_EQ(monitorCount(), 2u); }); });
+      // The outer monitor is exited before the inner one.
       monitorEnter(two.get());
       EXPECT_EQ(monitorExit(one.get()), 0);
       EXPECT_EQ(monitorEnter(one.get()), 0);
@@ -99,12 +89,12 @@ TEST(Locks, MonitorsAreRecursiveOnePerObjectAndGoWhenUnused) {
   EXPECT_EQ(monitorCount(), 0u);
 }
 
-TEST(Locks, MisuseStopsWithAClearText) {
+TEST(Locks, MisuseStopsWithAClearMessage) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto killed = testing::KilledBySignal(SIGABRT);
   UnfairLock lock;
   EXPECT_EXIT((lock.lock(), lock.lock()), killed, "Trying to recursively lock an os_unfair_lock");
-#if !defined(TQ_THREAD_SANITIZER)  // which stops at these by itself, before the lock does
+#if !defined(TQ_THREAD_SANITIZER)  // which reports these before the lock does
   EXPECT_EXIT(lock.unlock(), killed, "Unlock of an os_unfair_lock not owned by current thread");
   EXPECT_EXIT((lock.lock(), std::jthread([&] { lock.unlock(); }).join()), killed,
               "Unlock of an os_unfair_lock not owned by current thread");
@@ -131,14 +121,14 @@ TEST(Locks, SerialQueueServesInOrderOfArrival) {
     }
   });
   threads.clear();
-  for (int i = 0; i < 12; ++i) EXPECT_EQ(order.at(static_cast<std::size_t>(i)), i);
+  EXPECT_THAT(order, testing::ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11));
 }
 
-TEST(Atomic, TripsAndTheirGaps) {
+TEST(Atomic, MutateIsAtomicAndModifyIsTwoAccesses) {
   Atomic<std::string> box("a");
   EXPECT_EQ(box.mutate([](std::string& text) { return (text += "b").size(); }), 2u);
   box.modify([&](std::string& copy) {
-    box.setWrappedValue("lost");  // between the two trips
+    box.setWrappedValue("lost");  // between the two accesses
     copy += "c";
   });
   EXPECT_EQ(box.projectedValue().wrappedValue(), "abc");
@@ -152,10 +142,10 @@ TEST(Atomic, TripsAndTheirGaps) {
 }
 
 TEST(TQAtomicStack, IsLastInFirstOutAndOwnsNothing) {
-  const Ref<Object> a = String::stringWithUTF8("a");
-  const Ref<Object> b = String::stringWithUTF8("b");
+  const Ref<Object> a = String::of("a");
+  const Ref<Object> b = String::of("b");
   TQAtomicStack stack, other;
-  for (int i = 0; i < 5000; ++i) stack.push(*a);  // more nodes than a thread keeps, left behind
+  for (int i = 0; i < 5000; ++i) stack.push(*a);  // more nodes than a thread keeps
   stack.push(*b);
   other.push(*b);
   EXPECT_EQ(b->referenceCount(), 1u);
@@ -163,6 +153,87 @@ TEST(TQAtomicStack, IsLastInFirstOutAndOwnsNothing) {
   EXPECT_EQ(stack.pop(), a);
   EXPECT_EQ(other.pop(), b);
   EXPECT_EQ(other.pop(), nullptr);
+}
+
+// Threads compete for locks. Totals must add up, and the locks must end in their initial state.
+
+struct Grid {
+  std::size_t groups;  // independent locks
+  int threads;         // per group
+  int rounds;
+};
+constexpr Grid kGrid[] = {{1, 2, 20'000}, {1, 8, 2'000}, {4, 2, 2'000}};
+
+// `makeLock(group)` gives each thread its own view of the group's lock.
+template <class MakeLock>
+void fight(const char* name, MakeLock makeLock) {
+  for (const Grid& grid : kGrid) {
+    SCOPED_TRACE(std::string(name) + ", threads " + std::to_string(grid.threads));
+    std::vector<long> totals(grid.groups);  // not atomic: the thread sanitizer sees races
+    const int count = grid.threads * static_cast<int>(grid.groups);
+    std::barrier start(count);
+    test::onThreads(count, [&](int t) {
+      const std::size_t group = static_cast<std::size_t>(t) % grid.groups;
+      auto&& lock = makeLock(group);
+      start.arrive_and_wait();
+      for (int i = 0; i < grid.rounds; ++i) sync(lock, [&] { ++totals[group]; });
+    });
+    for (const long total : totals) EXPECT_EQ(total, long{grid.threads} * grid.rounds);
+  }
+}
+
+TEST(LocksStress, TotalsAddUp) {
+  std::array<UnfairLock, 4> unfair;
+  fight("UnfairLock", [&](std::size_t g) -> UnfairLock& { return unfair[g]; });
+  std::array<SerialQueue, 4> queues;
+  fight("SerialQueue", [&](std::size_t g) -> SerialQueue& { return queues[g]; });
+  for (SerialQueue& queue : queues) EXPECT_EQ(queue.waitingCount(), 0u);
+  std::array<Ref<Object>, 4> objects;
+  for (auto& object : objects) object = String::of("monitored");
+  fight("ObjectSynchronizer", [&](std::size_t g) { return ObjectSynchronizer(objects[g]); });
+  EXPECT_EQ(monitorCount(), 0u);
+  std::array<Ref<ReadWriteLock>, 4> readWrite;
+  for (auto& lock : readWrite) lock = makeRef<ReadWriteLock>();
+  fight("WriteLock", [&](std::size_t g) { return readWrite[g]->write(); });
+}
+
+TEST(LocksStress, ReadersSeeWholeWritesAndAtomicChangesAreNotLost) {
+  auto lock = makeRef<ReadWriteLock>();
+  long left = 0, right = 0;
+  Atomic<int> number(0);
+  test::onThreads(3, [&](int t) {
+    for (int i = 0; i < 5'000; ++i) {
+      if (t == 0) lock->protectedWrite([&] { ++left, ++right; });
+      EXPECT_TRUE(lock->protectedRead([&] { return left == right; }));
+      number.increment();
+      number.mutate([](int& value) { value += 2; });
+      number.decrement();
+    }
+  });
+  EXPECT_EQ(left, 5'000);
+  EXPECT_EQ(number.wrappedValue(), 3 * 5'000 * 2);
+}
+
+TEST(LocksStress, StackHandsEveryElementToOneThread) {
+  constexpr int kThreads = 4, kElements = 64, kRounds = 20'000;
+  const Ref<Array> elements = test::numbers(kElements);
+  TQAtomicStack stack;
+  for (const Object& element : *elements) stack.push(const_cast<Object&>(element));
+  // A popped element belongs to its thread until it is pushed again.
+  std::vector<int> holds(kElements);
+  test::onThreads(kThreads, [&] {
+    for (int i = 0; i < kRounds; ++i) {
+      const Ref<Object> object = stack.pop();
+      if (object == nullptr) continue;
+      const auto index = static_cast<std::size_t>(test::valueOf(*object));
+      EXPECT_EQ(++holds[index], 1);  // not atomic: also a race if two threads had it
+      --holds[index];
+      stack.push(*object);
+    }
+  });
+  std::set<Object*> seen;
+  while (const Ref<Object> object = stack.pop()) EXPECT_TRUE(seen.insert(object.get()).second);
+  EXPECT_EQ(seen.size(), elements->count());
 }
 
 }  // namespace

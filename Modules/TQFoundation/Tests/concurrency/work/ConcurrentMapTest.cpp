@@ -1,16 +1,17 @@
-#include <TQFoundation/concurrency/work/ConcurrentMap.h>
-
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <barrier>
 #include <cmath>
 #include <cstdlib>
+#include <future>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
+#include <TQFoundation/concurrency/work/ConcurrentMap.h>
+#include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/platform/operations/WorkerPool.h>
@@ -28,10 +29,10 @@ Ref<Object> squared(Object& object) {
   return Number::numberWith(valueOf(object) * valueOf(object));
 }
 
-TEST(ConcurrentMap, AnswersAreThoseOfTheSequentialMapsWhateverTheyCost) {
+TEST(ConcurrentMap, ReturnsTheResultsOfTheSequentialMaps) {
   std::atomic<long> spent{0};
   for (const int count : {0, 1, 2, 7, 1'000, 20'000}) {
-    for (const int cost : {0, 300}) {  // the same kind of block, cheap and dear by turns
+    for (const int cost : {0, 300}) {  // the same type of block, cheap and expensive in turns
       SCOPED_TRACE(std::to_string(count) + " elements, cost " + std::to_string(cost));
       const auto array = numbers(cost == 0 ? count : std::min(count, 1'000));
       const ArrayMapBlock block = [&spent, cost](Object& object) -> Ref<Object> {
@@ -54,7 +55,7 @@ TEST(ConcurrentMap, AnswersAreThoseOfTheSequentialMapsWhateverTheyCost) {
   }
 }
 
-TEST(ConcurrentMap, WhatBlocksThrowReachesTheCaller) {
+TEST(ConcurrentMap, ExceptionsOfBlocksReachTheCaller) {
   for (const int count : {1, 2, 5'000}) {
     const auto array = numbers(count);
     const auto throwing = [&](Object& object) -> Ref<Object> {
@@ -77,7 +78,64 @@ TEST(ConcurrentMap, WhatBlocksThrowReachesTheCaller) {
   EXPECT_THROW(static_cast<void>(applyBlockConcurrentlyAndCountSuccess(*none, nullptr)), Exception);
 }
 
-// More of them than there are cores, and some after others that ended at once.
+struct Outcome {
+  Ref<Array> results;
+  std::exception_ptr failure;
+};
+
+Outcome mapped(const Array& array, std::ptrdiff_t maximum, const ArrayMapBlock& block) {
+  std::promise<Outcome> promise;
+  mapWithMaxConcurrencyCount(array, maximum, block,
+                             [&](Ref<Array> results, std::exception_ptr failure) {
+                               promise.set_value({std::move(results), std::move(failure)});
+                             });
+  return promise.get_future().get();
+}
+
+TEST(TQConcurrentMapOperation, CompletesOnceWithTheResultsInOrder) {
+  for (const std::ptrdiff_t maximum : {-3, 0, 1, 2, 50}) {
+    for (const int count : {0, 1, 500}) {
+      std::atomic<int> running{0}, most{0};
+      const auto array = numbers(count);
+      const auto [results, failure] = mapped(*array, maximum, [&](Object& object) -> Ref<Object> {
+        const int now = ++running;
+        if (now > most) most = now;
+        Ref<Object> result = squared(object);
+        --running;
+        return result;
+      });
+      ASSERT_NE(results, nullptr);
+      EXPECT_TRUE(results->isEqual(*map(*array, squared)));
+      EXPECT_EQ(failure, nullptr);
+      EXPECT_TRUE(maximum <= 0 || most <= maximum) << most;
+    }
+  }
+}
+
+TEST(TQConcurrentMapOperation, FailuresReachTheCompletion) {
+  const auto array = numbers(100);
+  const auto thrown = mapped(*array, 4, [](Object& object) -> Ref<Object> {
+    if (valueOf(object) >= 40) throw std::runtime_error(std::to_string(valueOf(object)));
+    return squared(object);
+  });
+  EXPECT_EQ(thrown.results, nullptr);
+  try {
+    std::rethrow_exception(thrown.failure);
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "40") << "the first failure in order";
+  }
+  const auto none = mapped(*array, 4, [](Object&) { return nullptr; });
+  EXPECT_THROW(std::rethrow_exception(none.failure), Exception);
+  const auto ignore = [](Ref<Array>) {};
+  EXPECT_THROW(mapWithMaxConcurrencyCount(*array, 1, nullptr, ignore), Exception);
+  EXPECT_THROW(mapWithMaxConcurrencyCount(*array, 1, squared, ArrayMapCompletion()), Exception);
+  std::promise<std::size_t> count;
+  mapWithMaxConcurrencyCount(*array, 0, squared,
+                             [&](Ref<Array> results) { count.set_value(results->count()); });
+  EXPECT_EQ(count.get_future().get(), 100u);
+}
+
+// More blocks than cores. The last rounds follow rounds whose blocks returned at once.
 TEST(ConcurrentMap, CountedBlocksMayWaitForEachOther) {
   std::barrier<> all(6);
   bool waits = false;
@@ -92,7 +150,8 @@ TEST(ConcurrentMap, CountedBlocksMayWaitForEachOther) {
   }
 }
 
-// Every level waits for the one below, with a lock held; more of them than there are workers.
+// Every level waits for the level below, with a lock held. There are more waiting calls than
+// workers.
 TEST(ConcurrentMapStress, NestedCallsMakeProgress) {
   std::mutex locks[8];
   std::atomic<int> leaves{0};
@@ -112,12 +171,13 @@ TEST(ConcurrentMapStress, NestedCallsMakeProgress) {
   EXPECT_EQ(leaves, 3 * 8 * 8 * 8 * 8);
 }
 
-TEST(ConcurrentMapStress, EveryIndexOnceAndSharedWhereItIsWorthIt) {
+TEST(ConcurrentMapStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
   ApplyCost cost;
-  // The last one is expected to be cheap, begun alone, and shared when it turns out not to be.
+  // The last loop is expected to be cheap and begins on one thread. It is shared when it turns out
+  // to be expensive.
   for (const std::size_t count : {3'000u, 3'000u, 100'000u, 10u, 60u}) {
     std::vector<std::atomic<int>> calls(count);
-    std::vector<int> seenByCaller(count, 0);  // plain: the loop's end orders it
+    std::vector<int> seenByCaller(count, 0);  // not atomic: the end of the loop orders it
     parallelApply(
         count,
         [&](std::size_t i) {
@@ -133,7 +193,7 @@ TEST(ConcurrentMapStress, EveryIndexOnceAndSharedWhereItIsWorthIt) {
   }
   EXPECT_NE(cost.picoseconds, 0u);
 
-  // Loops too short to be timed each time are timed now and then: dearer calls are noticed.
+  // Very short loops are timed only now and then. Calls that become expensive are still noticed.
   cost.picoseconds = 1;
   const auto sleep = [](std::size_t) {
     std::this_thread::sleep_for(std::chrono::microseconds(50));

@@ -29,13 +29,13 @@ TEST(Debouncer, RunsItsActionOnceAfterTheLastRequestOfABurst) {
   EXPECT_EQ(runs, 0);
   const Weak<Debouncer> weakly = debouncer;
   debouncer = nullptr;
-  EXPECT_FALSE(weakly.expired()) << "the pending request holds it";
+  EXPECT_FALSE(weakly.expired()) << "the pending request keeps it alive";
   clock.pass(1ms);
   EXPECT_EQ(runs, 1);
   EXPECT_TRUE(weakly.expired());
 }
 
-TEST(Debouncer, ActionMayRequestAgainAndDropTheLastReference) {
+TEST(Debouncer, ActionMayRequestAgainAndReleaseTheLastReference) {
   HandMovedClock clock;
   int runs = 0;
   Ref<LRDebouncer> debouncer;
@@ -54,9 +54,8 @@ TEST(Debouncer, ActionMayRequestAgainAndDropTheLastReference) {
   EXPECT_EQ(debouncer, nullptr);
 }
 
-// The request of a thread whose loop nobody runs is never answered, and takes the earlier one
-// along.
-TEST(Debouncer, AnswersOnTheThreadOfTheLastRequest) {
+// A request on a thread whose run loop does not run never fires, and cancels the earlier request.
+TEST(Debouncer, RunsOnTheThreadOfTheLastRequest) {
   HandMovedClock clock;
   int runs = 0;
   const auto debouncer = Debouncer::init(0.1, [&] { ++runs; });
@@ -64,8 +63,7 @@ TEST(Debouncer, AnswersOnTheThreadOfTheLastRequest) {
   std::jthread([&] { debouncer->schedulePerformAction(); }).join();
   clock.pass(1000ms);
   EXPECT_EQ(runs, 0);
-  std::thread::id ranOn;
-  std::thread::id expected;
+  std::thread::id ranOn, expected;
   const auto other = Debouncer::init(0.001, [&] { ranOn = std::this_thread::get_id(); });
   std::jthread([&] {
     expected = std::this_thread::get_id();
@@ -74,7 +72,7 @@ TEST(Debouncer, AnswersOnTheThreadOfTheLastRequest) {
   }).join();
   EXPECT_EQ(ranOn, expected);
 
-  // A thread ends whose request another one has just taken over.
+  // A thread ends after another thread has replaced its request.
   const auto taken = Debouncer::init(0.1, [&] { ++runs; });
   std::latch isRequested(1), isTaken(1);
   std::jthread worker([&] {

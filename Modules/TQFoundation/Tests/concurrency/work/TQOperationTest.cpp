@@ -1,11 +1,10 @@
-#include <TQFoundation/concurrency/work/TQOperation.h>
-
 #include <gmock/gmock.h>
 
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <TQFoundation/concurrency/work/TQOperation.h>
 #include <TQFoundation/concurrency/work/TQURLOperation.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
@@ -14,7 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Goes on elsewhere after start() has returned.
+// Continues on another thread after start() has returned.
 struct Elsewhere final : Subclass<Elsewhere, TQOperation> {
   static constexpr std::string_view className = "Elsewhere";
   void start() override {
@@ -28,7 +27,7 @@ struct Elsewhere final : Subclass<Elsewhere, TQOperation> {
   std::atomic<bool> mayEnd{false};
 };
 
-TEST(TQOperation, AnnouncesChangesAloneAndAroundThem) {
+TEST(TQOperation, NotifiesObserversBeforeAndAfterChanges) {
   const auto operation = makeRef<TQOperation>();
   std::vector<std::string> announced;
   operation->addObserver([&](Operation& each, std::string_view key, Operation::Change change) {
@@ -48,7 +47,7 @@ TEST(TQOperation, AnnouncesChangesAloneAndAroundThem) {
   EXPECT_TRUE(operation->isAsynchronous());
 }
 
-// Finishes, and then waits for the next operation of its queue.
+// Finishes and then waits for the next operation of its queue.
 struct Lingering final : Subclass<Lingering, TQOperation> {
   static constexpr std::string_view className = "Lingering";
   void start() override {
@@ -58,14 +57,14 @@ struct Lingering final : Subclass<Lingering, TQOperation> {
   Ref<Operation> next;
 };
 
-TEST(TQOperation, LeavesItsPlaceInTheQueueWhenItSaysThatItHasFinished) {
+TEST(TQOperation, LeavesTheQueueAtSetFinished) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(1);
   const auto lingering = makeRef<Lingering>();
   lingering->next = BlockOperation::blockOperationWithBlock([] {});
   queue->addOperation(*lingering);
   queue->addOperation(*lingering->next);
-  queue->waitUntilAllOperationsAreFinished();  // for ever, if the first one kept its place
+  queue->waitUntilAllOperationsAreFinished();  // blocks if the first one keeps its slot
   EXPECT_TRUE(lingering->next->isFinished());
   EXPECT_EQ(queue->operationCount(), 0u);
 }
@@ -82,13 +81,13 @@ struct Leaving final : Subclass<Leaving, TQOperation> {
   int& ends_;
 };
 
-TEST(TQOperation, ADestructorMayAskAndTell) {
+TEST(TQOperation, DestructorsMayUseTheState) {
   int ends = 0;
   static_cast<void>(makeRef<Leaving>(ends));
   EXPECT_EQ(ends, 1);
 }
 
-TEST(TQOperation, InheritedStartAndCancelReportNothing) {
+TEST(TQOperation, InheritedStartAndCancelDoNotChangeTheState) {
   const auto operation = makeRef<TQOperation>();
   operation->cancel();
   EXPECT_FALSE(operation->isCancelled());
@@ -101,7 +100,7 @@ TEST(TQOperation, InheritedStartAndCancelReportNothing) {
   EXPECT_TRUE(dependent->isReady());
 }
 
-TEST(TQOperation, KeepsItsSlotUntilItSaysThatItHasFinished) {
+TEST(TQOperation, KeepsItsSlotUntilSetFinished) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(1);
   const auto elsewhere = makeRef<Elsewhere>();
@@ -112,21 +111,19 @@ TEST(TQOperation, KeepsItsSlotUntilItSaysThatItHasFinished) {
     hasRun = true;
   });
   while (!elsewhere->isExecuting()) std::this_thread::yield();
-  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  const auto other = OperationQueue::init();  // gives the first queue time for a mistake
+  other->addOperationWithBlock([] {});
+  other->waitUntilAllOperationsAreFinished();
   EXPECT_FALSE(hasRun);
   elsewhere->mayEnd = true;
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_TRUE(hasRun);
 }
 
-TEST(TQURLOperation, SharesOneSessionOfTheDefaultConfiguration) {
+TEST(TQURLOperation, SharesOneSession) {
   const auto operation = makeRef<TQURLOperation>();
   EXPECT_EQ(operation->urlSession(), TQURLOperation::defaultURLSession());
   EXPECT_EQ(makeRef<TQURLOperation>()->urlSession(), operation->urlSession());
-  const URLSessionConfiguration& values = operation->urlSession()->configuration();
-  const auto own = URLSession::sessionWithConfiguration(values);
-  operation->setUrlSession(own);
-  EXPECT_EQ(operation->urlSession(), own);
 }
 
 }  // namespace

@@ -59,11 +59,11 @@ TEST_P(RateLimiting, ManyRequestsMakeOneUpdate) {
   limiter->setNeedsUpdate(true);
   limiter->setNeedsUpdate(false);
   pass();
-  EXPECT_EQ(view->redrawn, 1) << "taken back";
+  EXPECT_EQ(view->redrawn, 1) << "withdrawn";
   limiter->setNeedsUpdate(true);
   limiter->updateIfNeeded();
   limiter->updateIfNeeded();
-  EXPECT_EQ(view->redrawn, 2) << "a direct one runs at once";
+  EXPECT_EQ(view->redrawn, 2) << "a direct update runs at once";
   limiter->setNeedsUpdate(true);
   pass();
   EXPECT_EQ(view->redrawn, 3) << "through the block that was scheduled before";
@@ -80,7 +80,7 @@ TEST_P(RateLimiting, ARequestDuringTheUpdateMakesAnother) {
   EXPECT_EQ(view->redrawn, 2);
 }
 
-TEST_P(RateLimiting, TheBlockKeepsTheLimiterAndNothingKeepsTheTarget) {
+TEST_P(RateLimiting, TheBlockKeepsTheLimiterAliveButNotTheTarget) {
   const Weak<TQRateLimiter> weakLimiter = limiter;
   limiter->setNeedsUpdate(true);
   view = nullptr;
@@ -105,7 +105,7 @@ TEST_P(RateLimiting, RequestsOfManyThreadsAreNeverLost) {
   }
 }
 
-TEST(TQRateLimiter, OtherStrategiesScheduleNothingAndStaySo) {
+TEST(TQRateLimiter, OtherStrategiesScheduleNothing) {
   const auto view = makeRef<View>();
   const auto limiter = TQRateLimiter::initWithTarget(view, &View::redraw, 2);
   limiter->setNeedsUpdate(true);
@@ -119,7 +119,7 @@ TEST(TQRateLimiter, OtherStrategiesScheduleNothingAndStaySo) {
   EXPECT_EQ(view->redrawn, 1);
 }
 
-TEST(TQRateLimiter, SendsWhatTheMethodTakes) {
+TEST(TQRateLimiter, PassesTheArgumentsOfTheMethod) {
   const auto view = makeRef<View>();
   const auto one = TQRateLimiter::initWithTarget(view, &View::redrawFor);
   one->update();

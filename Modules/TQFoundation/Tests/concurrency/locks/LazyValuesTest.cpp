@@ -1,5 +1,3 @@
-#include <TQFoundation/concurrency/locks/TQLazyVar.h>
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,8 +7,12 @@
 #include <memory>
 #include <semaphore>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
+
+#include <TQFoundation/concurrency/locks/ResettableLazy.h>
+#include <TQFoundation/concurrency/locks/TQLazyVar.h>
 
 #include "support/Threads.h"
 
@@ -20,7 +22,7 @@ namespace {
 using Owned = std::unique_ptr<TQLazyVar, decltype(&TQLazyVarFree)>;
 Owned makeVar() { return {TQLazyVarCreate(), &TQLazyVarFree}; }
 
-TEST(TQLazyVar, ComputesOnceUnlessTheBlockGivesNothing) {
+TEST(TQLazyVar, ComputesOnceUnlessTheBlockReturnsNullOrThrows) {
   const Owned var = makeVar();
   int result = 0, runs = 0;
   EXPECT_EQ(TQLazyVarGetValue(var.get()), nullptr);
@@ -30,12 +32,11 @@ TEST(TQLazyVar, ComputesOnceUnlessTheBlockGivesNothing) {
   EXPECT_THROW(TQLazyVarGetOrCalculateValue(var.get(), 0, fails), int);
   EXPECT_EQ(TQLazyVarGetValue(var.get()), nullptr);
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 0,
-                                           [&]() -> void* {
-                                             EXPECT_EQ(TQLazyVarGetValue(var.get()), var.get());
-                                             return ++runs, &result;
-                                           }),
-              &result);
+    const auto computes = [&]() -> void* {
+      EXPECT_EQ(TQLazyVarGetValue(var.get()), var.get());
+      return ++runs, &result;
+    };
+    EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 0, computes), &result);
   }
   EXPECT_EQ(runs, 3);
   EXPECT_EQ(TQLazyVarGetValue(var.get()), &result);
@@ -53,7 +54,8 @@ TEST(TQLazyVar, StopsWithoutRecordOrBlock) {
               "\\(calculationBlock\\) != nil");
 }
 
-TEST(TQLazyVar, LateComersWaitOrTimeOut) {
+// Takes a second: the time-out has whole seconds of the real-time clock.
+TEST(TQLazyVarStress, OtherThreadsWaitOrTimeOut) {
   const Owned var = makeVar();
   int result = 0;
   std::binary_semaphore begun(0), goOn(0);
@@ -66,7 +68,7 @@ TEST(TQLazyVar, LateComersWaitOrTimeOut) {
   });
   begun.acquire();
   const auto never = []() -> void* { throw std::logic_error("computed twice"); };
-  std::vector<std::jthread> waiting;  // both are asleep before the value is there
+  std::vector<std::jthread> waiting;  // both wait before the result is stored
   for (const int forEver : {0, -1}) {
     waiting.emplace_back([&, forEver] {
       EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), forEver, never), &result);
@@ -79,6 +81,17 @@ TEST(TQLazyVar, LateComersWaitOrTimeOut) {
   goOn.release();
 }
 
+TEST(ResettableLazy, LoadsAgainAfterReset) {
+  int loads = 0;
+  ResettableLazy<std::string> lazy([&] { return std::to_string(++loads); });
+  EXPECT_FALSE(lazy.isLoaded());
+  lazy.wrappedValue() += "!";
+  EXPECT_EQ(lazy.wrappedValue(), "1!");
+  lazy.reset();
+  EXPECT_FALSE(lazy.isLoaded());
+  EXPECT_EQ(lazy.wrappedValue(), "2");
+}
+
 TEST(TQLazyVarStress, OneOfManyComputes) {
   constexpr int kThreads = 8, kRounds = 300;
   std::vector<Owned> vars;
@@ -88,7 +101,7 @@ TEST(TQLazyVarStress, OneOfManyComputes) {
   test::onThreads(kThreads, [&] {
     for (std::size_t r = 0; r < kRounds; ++r) {
       round.arrive_and_wait();
-      // The first computation gives up in every third round, and somebody computes again.
+      // The first computation returns null in every third round, and a thread computes again.
       void* value = nullptr;
       while (value == nullptr) {
         value = TQLazyVarGetOrCalculateValue(vars[r].get(), 0, [&]() -> void* {

@@ -1,20 +1,22 @@
-#include <TQFoundation/concurrency/caches/TQCache.h>
-
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <barrier>
-#include <memory>
-#include <set>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
+#include <TQFoundation/concurrency/caches/TQObjectPool.h>
+#include <TQFoundation/concurrency/caches/TQSingleton.h>
+#include <TQFoundation/concurrency/caches/ValueCache.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 
+#include "support/OnDestruction.h"
 #include "support/Threads.h"
 
 namespace tq {
@@ -22,26 +24,16 @@ namespace {
 
 Ref<String> text(std::string_view characters) { return String::stringWithUTF8(characters); }
 
-// Calls back when it goes.
-struct Farewell final : Subclass<Farewell> {
-  static constexpr std::string_view className = "Farewell";
-  explicit Farewell(std::function<void()> atEnd) : atEnd_(std::move(atEnd)) {}
-  ~Farewell() override { atEnd_(); }
-
- private:
-  std::function<void()> atEnd_;
-};
-
 TEST(TQCache, StoresByOwnerIdentityAndKeyEquality) {
   const auto cache = TQCache::init();
-  const auto one = text("owner"), two = text("owner");  // equal, and yet two owners
+  const auto one = text("owner"), two = text("owner");  // equal, but two owners
   for (const char* key : {"k", "l", "m"}) cache->setCachedObject(text(key), *one, *text(key));
   EXPECT_TRUE(cache->cachedObjectForOwner(*one, *text("l"))->isEqual(*text("l")));
   EXPECT_EQ(cache->cachedObjectForOwner(*two, *text("l")), nullptr);
   for (const char* key : {"k", "l", "m"}) cache->setCachedObject(nullptr, *one, *text(key));
   EXPECT_EQ(cache->rawObjectForOwner(*one, *text("k")), nullptr);
   EXPECT_EQ(cache->count(), 1u) << "an empty dictionary keeps its owner";
-  cache->removeCachedObjectForOwner(*two, *text("k"));  // nothing there: no fault
+  cache->removeCachedObjectForOwner(*two, *text("k"));  // ignored
 
   const auto three = text("three");
   for (const auto& owner : {one, two, three}) cache->setCachedObject(owner, *owner, *text("k"));
@@ -54,41 +46,41 @@ TEST(TQCache, StoresByOwnerIdentityAndKeyEquality) {
   EXPECT_EQ(cache->count(), 0u);
 }
 
-TEST(TQCache, OwnersTakeTheirEntriesWithThem) {
+TEST(TQCache, EntriesEndWithTheirOwners) {
   const auto key = text("k");
   const auto weak = TQCache::init();
-  int farewells = 0;
-  for (int i = 0; i < 100; ++i) {  // the allocator hands out the same addresses again
+  int released = 0;
+  for (int i = 0; i < 100; ++i) {  // the allocator reuses addresses
     const auto owner = text("owner " + std::to_string(i));
     EXPECT_EQ(weak->rawObjectForOwner(*owner, *key), nullptr) << "inherited";
-    weak->setCachedObject(makeRef<Farewell>([&] {
-                            ++farewells;
-                            (void)weak->count();  // the lock must be free
+    weak->setCachedObject(makeRef<test::OnDestruction>([&] {
+                            ++released;
+                            (void)weak->count();  // must not deadlock
                           }),
                           *owner, *key);
-    EXPECT_EQ(farewells, i) << "the earlier owner's entry goes with the next change";
+    EXPECT_EQ(released, i) << "the next change releases the entry of the previous owner";
   }
   EXPECT_EQ(weak->count(), 0u);
   const auto strong = TQCache::initWithOwnerRetentionPolicy(1);
   for (int i = 0; i < 100; ++i) strong->setCachedObject(key, *text("owner"), *key);
   EXPECT_EQ(strong->count(), 100u);
-  EXPECT_EQ(farewells, 100);
+  EXPECT_EQ(released, 100);
 }
 
-TEST(TQCache, CreationFollowsWhatTheBlockDoes) {
+TEST(TQCache, CreationsMayReturnNullThrowAndCallBack) {
   const auto cache = TQCache::init();
   const auto owner = text("owner"), key = text("k"), other = text("l");
   EXPECT_EQ(cache->cachedObjectForOwner(*owner, *key, [] { return Ref<Object>(); }), nullptr);
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr);
   const auto fails = []() -> Ref<Object> { throw std::runtime_error("creation"); };
   EXPECT_THROW(cache->cachedObjectForOwner(*owner, *key, fails), std::runtime_error);
-  EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr) << "no dead placeholder";
+  EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr) << "no placeholder is left";
   EXPECT_EQ(monitorCount(), 0u);
 
   int runs = 0;
   const auto creates = [&]() -> Ref<Object> {
     ++runs;
-    // Re-entrant: another key of the same owner, and a look at its own.
+    // Re-entrant: reads its own key and creates another key of the same owner.
     EXPECT_EQ(cache->cachedObjectForOwner(*owner, *key), nullptr);
     return cache->cachedObjectForOwner(*owner, *other, [] { return text("inner"); });
   };
@@ -98,8 +90,8 @@ TEST(TQCache, CreationFollowsWhatTheBlockDoes) {
   cache->populateCacheForObjectWithOwner(*owner, *key, creates);
   EXPECT_EQ(runs, 1);
 
-  // Stored meanwhile by somebody else: the later entry stays. Removed meanwhile: stored all the
-  // same.
+  // An entry that is stored during the creation stays. If the key is removed during the creation,
+  // the object is stored anyway.
   cache->removeAllCachedObjects();
   const auto later = text("later");
   cache->populateCacheForObjectWithOwner(*owner, *key, [&] {
@@ -114,13 +106,14 @@ TEST(TQCache, CreationFollowsWhatTheBlockDoes) {
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *other), later);
 }
 
-TEST(TQCacheDeferredCreation, UnblockingFormDoesNotWait) {
+TEST(TQCacheDeferredCreation, TheUnblockingFormDoesNotWait) {
   const auto object = text("object");
   EXPECT_EQ(TQCache_selfOrDeferredObject(object), object);
   EXPECT_EQ(TQCache_unblockingSelfOrDeferredObject(object), object);
   Ref<TQCacheDeferredCreation> placeholder;
   placeholder = TQCacheDeferredCreation::createWithBlock([&] {
-    EXPECT_EQ(TQCache_selfOrDeferredObject(placeholder), nullptr) << "its own thread comes through";
+    EXPECT_EQ(TQCache_selfOrDeferredObject(placeholder), nullptr)
+        << "the creating thread does not wait";
     std::jthread([&] {
       EXPECT_EQ(TQCache_unblockingSelfOrDeferredObject(placeholder), nullptr);
     }).join();
@@ -149,7 +142,7 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
         return text("made");
       };
       Ref<Object> object;
-      while (object == nullptr) {  // until some block has not thrown
+      while (object == nullptr) {  // until a block succeeds
         try {
           object = cache->cachedObjectForOwner(*owner, *key, create);
         } catch (const std::runtime_error&) {
@@ -161,7 +154,7 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
   EXPECT_EQ(monitorCount(), 0u);
 }
 
-TEST(TQCacheStress, OwnersDieWhileOthersLookAndChange) {
+TEST(TQCacheStress, OwnersAreDestroyedWhileOtherThreadsUseTheCache) {
   const auto cache = TQCache::init();
   const auto key = text("k");
   std::atomic<int> living{0};
@@ -170,12 +163,90 @@ TEST(TQCacheStress, OwnersDieWhileOthersLookAndChange) {
       const auto owner = text("owner");
       EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr);
       ++living;
-      cache->setCachedObject(makeRef<Farewell>([&] { --living; }), *owner, *key);
+      cache->setCachedObject(makeRef<test::OnDestruction>([&] { --living; }), *owner, *key);
       EXPECT_NE(cache->rawObjectForOwner(*owner, *key), nullptr);
     }
   });
   EXPECT_EQ(cache->count(), 0u);
   EXPECT_EQ(living, 0);
+}
+
+TEST(TQObjectPool, KeepsUpToItsLimitAndCreatesWhenEmpty) {
+  int created = 0;
+  const auto pool =
+      TQObjectPool::initWithObjectCreatorBlock([&] { return ++created, text("new"); });
+  const auto a = text("a"), b = text("b"), c = text("c");
+  for (const auto& object : {a, a, b, c}) pool->recycleObject(object);
+  pool->recycleObject(nullptr);
+  pool->allObjectsWithBlock([&](std::span<const Ref<Object>> idle) {
+    EXPECT_THAT(idle, testing::UnorderedElementsAre(a, b, c));
+    pool->recycleObject(a);  // may call the pool
+  });
+  pool->setMaximumPoolCount(2);
+  EXPECT_EQ(pool->removeAllObjects().size(), 2u);
+  for (const auto& object : {a, b, c}) pool->recycleObject(object);
+  EXPECT_EQ(c->referenceCount(), 1u) << "released";
+  EXPECT_THAT((std::vector{pool->vendObject(), pool->vendObject()}),
+              testing::UnorderedElementsAre(a, b));
+  EXPECT_EQ(created, 0);
+  EXPECT_NE(pool->vendObject(), pool->vendObject());
+  EXPECT_EQ(created, 2);
+  pool->recycleObject(a);
+  pool->setMaximumPoolCount(0);
+  EXPECT_EQ(a->referenceCount(), 1u) << "0 empties the pool, then removes the limit";
+  for (const auto& object : {a, b, c}) pool->recycleObject(object);
+  EXPECT_EQ(pool->removeAllObjects().size(), 3u);
+}
+
+TEST(TQObjectPoolStress, ThreadsNeverShareAnObject) {
+  const auto pool = TQObjectPool::initWithObjectCreatorBlock([] { return text("pooled"); });
+  pool->setMaximumPoolCount(3);
+  test::onThreads(4, [&] {
+    for (int i = 0; i < 5'000; ++i) {
+      Ref<Object> object = pool->vendObject();
+      EXPECT_EQ(object->referenceCount(), 1u);
+      pool->recycleObject(std::move(object));
+    }
+  });
+  EXPECT_LE(pool->removeAllObjects().size(), 3u);
+}
+
+struct OneInt {
+  using Value = int;
+  void store(std::optional<int> value) { kept = value; }
+  std::optional<int> retrieve() { return kept; }
+  std::optional<int> kept;
+};
+
+TEST(ValueCache, CreatesMissingValuesAlsoThroughTheWrapper) {
+  OneInt plain;
+  EXPECT_EQ(retrieve(plain, [] { return 3; }), 3);
+  EXPECT_EQ(retrieve(plain, [] { return 4; }), 3);
+  AnyValueCache<int> any(plain);
+  AnyValueCache<int> same = any;
+  same.store(std::nullopt);
+  EXPECT_EQ(any.retrieve(), std::nullopt);
+  EXPECT_THROW(any.retrieve([]() -> int { throw 1; }), int);
+  EXPECT_EQ(any.retrieve([] { return 5; }), 5);
+  EXPECT_EQ(same.retrieve(), 5);
+  EXPECT_EQ(plain.kept, 3) << "the wrapper has its own copy";
+}
+
+struct Palette final : Subclass<Palette, TQSingleton> {
+  static constexpr std::string_view className = "TestPalette";
+};
+
+TEST(TQSingleton, IsSharedUntilReplacedOrReset) {
+  const auto first = TQSingleton::sharedInstance<Palette>();
+  EXPECT_EQ(TQSingleton::sharedInstance<Palette>(), first);
+  const auto second = TQSingleton::init<Palette>();
+  EXPECT_EQ(TQSingleton::sharedInstance<Palette>(), second);
+  first->awakeFromNib();
+  EXPECT_EQ(TQSingleton::sharedInstance<Palette>(), first);
+  TQSingleton::PrivateAPIForTestingOnly_resetSharedController<Palette>();
+  EXPECT_EQ(first->referenceCount(), 1u);
+  EXPECT_NE(TQSingleton::sharedInstance<Palette>(), first);
+  TQSingleton::PrivateAPIForTestingOnly_resetSharedController<Palette>();
 }
 
 }  // namespace
