@@ -15,7 +15,7 @@ using test::failEachAllocation;
 using test::letters;
 using test::textOf;
 
-TEST(ComparisonFault, ADifferenceSurvivesEveryFailedAllocation) {
+TEST(ComparisonFault, AComparisonReleasesEverythingWhenMemoryRunsOut) {
   test::warmUpWeakReferences();
   const Ref<Array> olds = letters("the quick brown fox");
   const Ref<Array> news = letters("a quick fox, brown?");

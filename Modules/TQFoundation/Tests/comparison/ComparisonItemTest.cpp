@@ -13,7 +13,7 @@ Ref<TQComparisonPathItem> path(const Ref<TQComparisonItem>& parent, std::string 
   return TQComparisonPathItem::pathItemWithParent(parent, nullptr, nullptr, std::move(name), index);
 }
 
-/// Says where it is by itself.
+/// An item with a path of its own.
 struct Place final : Subclass<Place, TQComparisonItem> {
   static constexpr std::string_view className = "Place";
   Place() : Subclass(nullptr, nullptr, nullptr) {}
@@ -31,11 +31,11 @@ TEST(ComparisonItem, PathsRunFromBelowTheRootToTheItem) {
 
   EXPECT_EQ(third->index(), 2);
   EXPECT_EQ(moved->addChangeForPropertyNamed("red")->fullPath(), "layers.shapes[2][4].fill.red");
-  EXPECT_EQ(third->index(), -1);  // it has gone into the name, once and for all
+  EXPECT_EQ(third->index(), -1);  // it is part of the name now
   EXPECT_EQ(third->fullPath(), "layers.shapes[2]");
   EXPECT_EQ(change->property(), "shapes[2]");
 
-  EXPECT_EQ(root->index(), 7);  // no path below it has asked
+  EXPECT_EQ(root->index(), 7);  // no path has needed it yet
   EXPECT_EQ(root->addChangeForPropertyNamed("a")->fullPath(), "root[7].a");
   EXPECT_EQ(
       TQComparisonPropertyChange::initWithNewObject(nullptr, nullptr, nullptr, "a")->fullPath(),
@@ -47,13 +47,13 @@ TEST(ComparisonItem, PathsRunFromBelowTheRootToTheItem) {
   EXPECT_EQ(path(path(path(nullptr, ""), "-a.-b"), "-c.")->fullPath(), "-abc.");
 }
 
-TEST(ComparisonItem, PathsOfAnyLengthTakeNoStack) {
+TEST(ComparisonItem, LongPathsDoNotRecurse) {
   Ref<TQComparisonItem> item = path(nullptr, "");
   for (int i = 0; i < 100'000; ++i) item = path(item, "c", i % 10);
   EXPECT_EQ(item->fullPath().size(), 100'000U * 5 - 1);
 }
 
-TEST(ComparisonItem, KindsTellTheirObjectsAndCodes) {
+TEST(ComparisonItem, KindsHaveTheirObjectsAndCodes) {
   const Ref<Object> a = String::of("a");
   const Ref<Object> b = String::of("b");
   const auto insertion = TQComparisonArrayChange::insertionChangeForItem(a, 3);
@@ -78,7 +78,7 @@ TEST(ComparisonItem, KindsTellTheirObjectsAndCodes) {
               property->updatedObject() == nullptr && property->parent() == gone.get());
 }
 
-TEST(ComparisonItem, LinkingClearsTheOwnPartnerButNotTheOthers) {
+TEST(ComparisonItem, LinkingUnlinksTheOwnPartnerButNotTheOthers) {
   const auto change = [](std::uint64_t i) {
     return TQComparisonArrayChange::removalChangeForItem(String::of("x"), i);
   };
@@ -88,7 +88,7 @@ TEST(ComparisonItem, LinkingClearsTheOwnPartnerButNotTheOthers) {
   a->setAssociatedChange(b.get());
   EXPECT_TRUE(a->associatedChange() == b && b->associatedChange() == a);
   EXPECT_FALSE(p->isMove());
-  EXPECT_EQ(q->associatedChange(), b);  // still believes in its link
+  EXPECT_EQ(q->associatedChange(), b);  // keeps its link
   a->setAssociatedChange(nullptr);
   EXPECT_FALSE(a->isMove() || b->isMove());
   {
@@ -96,7 +96,7 @@ TEST(ComparisonItem, LinkingClearsTheOwnPartnerButNotTheOthers) {
     a->setAssociatedChange(passing.get());
     EXPECT_TRUE(a->isMove());
   }
-  EXPECT_FALSE(a->isMove());  // links do not own
+  EXPECT_FALSE(a->isMove());  // links are weak
 }
 
 }  // namespace

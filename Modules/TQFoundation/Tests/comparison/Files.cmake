@@ -5,6 +5,6 @@ tq_add_room_tests(TQComparison
   ${CMAKE_CURRENT_LIST_DIR}/TQRangeMapTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQSortableTreeItemTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQTreeComparisonTest.cpp)
-# An executable of its own, for it replaces the allocation functions.
+# A separate executable, because it replaces the allocation functions.
 tq_add_room_tests(TQComparisonFault
   ${CMAKE_CURRENT_LIST_DIR}/ComparisonFaultTest.cpp)

@@ -9,13 +9,14 @@
 
 namespace tq::test {
 
-/// An array of strings of one character each, every one an object of its own.
+/// Returns an array of strings of one character each. Each is a separate object.
 inline Ref<Array> letters(std::string_view text) {
   std::vector<Ref<Object>> elements;
   for (const char& c : text) elements.push_back(String::of({&c, 1}));
   return Array::arrayWithObjects(std::move(elements));
 }
 
+/// Returns the joined descriptions of the elements.
 inline std::string textOf(const Array& array) {
   std::string text;
   for (const Object& element : array) text += element.description();

@@ -2,12 +2,13 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
+
+#include "support/OnDestruction.h"
 
 namespace tq {
 namespace {
@@ -16,14 +17,6 @@ using testing::ElementsAre;
 
 constexpr std::uint64_t kLast = TQRangeMap::kNotFound - 1;
 
-/// Says when it goes.
-struct Leaving final : Subclass<Leaving> {
-  static constexpr std::string_view className = "Leaving";
-  explicit Leaving(const std::function<void()>& atEnd) : atEnd_(atEnd) {}
-  ~Leaving() override { atEnd_(); }
-  const std::function<void()>& atEnd_;
-};
-
 std::string found(const TQRangeMap& map, std::uint64_t location) {
   const Object* const object = map.objectForLocation(location);
   const Range range = map.rangeForLocation(location);
@@ -31,7 +24,7 @@ std::string found(const TQRangeMap& map, std::uint64_t location) {
   return object != nullptr ? object->description() + std::to_string(range.location) : "none";
 }
 
-TEST(TQRangeMap, FindsTheRangeThatStartsNearestBefore) {
+TEST(TQRangeMap, FindsTheLastRangeThatStartsAtOrBeforeALocation) {
   TQRangeMap map;
   EXPECT_EQ(found(map, 0), "none");
   map.setObject(String::of("a"), {2, 3});
@@ -47,14 +40,14 @@ TEST(TQRangeMap, FindsTheRangeThatStartsNearestBefore) {
                {5, "none"},
                {109, "long100"},
                {110, "inner110"},
-               {150, "none"},  // covered, but not looked at
+               {150, "none"},  // in "long", which does not start last
                {300, "none"},
                {kLast, "end9223372036854775806"},
                {UINT64_MAX, "end9223372036854775806"}};
   for (const auto& c : cases) EXPECT_EQ(found(map, c.location), c.expected) << c.location;
 }
 
-TEST(TQRangeMap, KeepsWhatStartsBeforeAPlaceAndReplacesByTheStart) {
+TEST(TQRangeMap, ReplacesByStartAndRemovesFromALocationOn) {
   TQRangeMap map;
   map.setObject(String::of("a"), {0, 100});
   map.setObject(String::of("b"), {10, 5});
@@ -70,14 +63,14 @@ TEST(TQRangeMap, KeepsWhatStartsBeforeAPlaceAndReplacesByTheStart) {
   map.removeObjectsAtOrBeyondLocation(0);
   EXPECT_TRUE(map.locationsToEntries().empty());
 
-  std::vector<std::string> seen;  // from the destructors of what the map lets go of
-  const std::function<void()> look = [&] {
+  std::vector<std::string> seen;  // by the destructors of removed objects
+  const auto look = [&] {
     seen.push_back(std::to_string(map.rangeForLocation(10).length) + " of " +
                    std::to_string(map.allRanges().size()));
   };
-  map.setObject(makeRef<Leaving>(look), {10, 5});
-  map.setObject(makeRef<Leaving>(look), {10, 6});
-  map.setObject(makeRef<Leaving>(look), {20, 1});
+  map.setObject(makeRef<test::OnDestruction>(look), {10, 5});
+  map.setObject(makeRef<test::OnDestruction>(look), {10, 6});
+  map.setObject(makeRef<test::OnDestruction>(look), {20, 1});
   map.removeObjectsAtOrBeyondLocation(3);
   EXPECT_THAT(seen, ElementsAre("6 of 1", "0 of 1", "0 of 0"));
 

@@ -26,7 +26,7 @@ Ref<Array> named(const std::vector<std::string>& names) {
   return Array::arrayWithObjects(std::move(objects));
 }
 
-/// "group{leaf* leaf*}", a star for an object.
+/// "group{leaf* leaf*}", with a star for each object.
 std::string text(const TQSortableTreeItems& items) {
   std::string all;
   for (const auto& item : items) {
@@ -45,9 +45,9 @@ TEST(TQSortableTreeItem, SortsAndCompressesNamesWithGroups) {
       {{"A / C", "A/B"}, "A{B* C*}", "A / B* A / C*"},
       {{"A/B/C"}, "A{B{C*}}", "A / B / C*"},
       {{"x10", "x9", "X9/b", "X9/a", "x9"}, "x9* x9* X9{a* b*} x10*", "x9* x9* X9{a* b*} x10*"},
-      {{"G/a", "G"}, "G* G{a*}", "G* G / a*"},  // an object before a group of its name
+      {{"G/a", "G"}, "G* G{a*}", "G* G / a*"},  // an object before a group with its name
       {{"g/\t1 ", " g //2", "g/\xC2\xA0"}, "g* g{1* 2*}", "g* g{1* 2*}"},
-      {{" / ", ""}, "* \x20/ *", "* \x20/ *"},  // names of nothing, as they are
+      {{" / ", ""}, "* \x20/ *", "* \x20/ *"},  // names without components are unchanged
       {{"a/b/1", "a/c/2", "a/c/3"}, "a{b{1*} c{2* 3*}}", "a / b / 1* a / c{2* 3*}"},
       {{"p/q", "r/s/t", "r/s/u"}, "p{q*} r{s{t* u*}}", "p / q* r / s{t* u*}"},
   };
@@ -59,7 +59,7 @@ TEST(TQSortableTreeItem, SortsAndCompressesNamesWithGroups) {
   }
 }
 
-TEST(TQSortableTreeItem, ObjectsWithoutANameAreLeftOutAndEqualNamesStayInOrder) {
+TEST(TQSortableTreeItem, SkipsObjectsWithoutANameAndKeepsTheOrderOfEqualNames) {
   const Ref<Array> same = named({"n", "n", "n"});
   const auto items = TQObjectSorting::sortObjectsWithNesting(*same);
   for (std::size_t i = 0; i < 3; ++i) EXPECT_EQ(items[i]->object(), &same->objectAtIndex(i));
@@ -67,24 +67,18 @@ TEST(TQSortableTreeItem, ObjectsWithoutANameAreLeftOutAndEqualNamesStayInOrder) 
   EXPECT_EQ(text(TQSortableTreeItem::sortableTreeItemsForSortableObjects(*mixed)), "n*");
 }
 
-TEST(TQSortableTreeItem, AGroupThatIsThereTwiceTakesItsChildrenTwice) {
-  const auto group = TQSortableTreeItem::initWithObject(nullptr, nullptr, "A");
+TEST(TQSortableTreeItem, MergesADuplicateGroupAndReplacesChildren) {
+  const auto group = TQSortableTreeItem::initWithObject(Null::null(), nullptr, "A");
+  EXPECT_EQ(group->children(), nullptr);
+  static_cast<void>(TQSortableTreeItem::initWithObject(nullptr, group.get(), "replaced"));
   static_cast<void>(TQSortableTreeItem::initWithObject(Null::null(), group.get(), "B"));
   TQSortableTreeItems items = {group, group};
+  EXPECT_EQ(text(items), "A{B*} A{B*}");
   TQSortableTreeItem::sortAndCombineTreeItems(items);
   EXPECT_EQ(text(items), "A{B* B*}");
 }
 
-TEST(TQSortableTreeItem, AChildTakesThePlaceOfThoseBefore) {
-  const auto parent = TQSortableTreeItem::initWithObject(Null::null(), nullptr, "p");
-  EXPECT_EQ(parent->children(), nullptr);
-  for (const char* name : {"first", "second"}) {
-    static_cast<void>(TQSortableTreeItem::initWithObject(nullptr, parent.get(), name));
-  }
-  EXPECT_EQ(text({parent}), "p{second}");
-}
-
-TEST(TQSortableTreeItem, NamesOfAnyDepthTakeNoStack) {
+TEST(TQSortableTreeItem, DeepNamesDoNotRecurse) {
   std::string deep;
   for (int i = 0; i < 100'000; ++i) deep += "a/";
   const Ref<Array> objects = named({deep + "x", deep + "y"});
