@@ -17,14 +17,15 @@ namespace {
 
 template <class Block>
 void requireBlock(const Block& block, const char* function) {
-  if (!block) throw Exception(InvalidArgumentException, std::string(function) + ": no block");
+  if (!block) throw Exception(InvalidArgumentException, std::string(function) + ": empty block");
 }
 
-/// Returns the measured cost per element of loops over blocks of this type. Types may share an
-/// entry of the table; a wrong estimate only costs time.
+/// Returns the measured cost per element of loops over blocks of this type. The entry depends on
+/// the name of the type, not on an address. Types may share an entry; a wrong estimate only costs
+/// time.
 ApplyCost& costOf(const std::type_info& kind) noexcept {
   static auto& costs = *new std::array<ApplyCost, 256>;
-  return costs[(reinterpret_cast<std::uintptr_t>(&kind) >> 4) % costs.size()];
+  return costs[kind.hash_code() % costs.size()];
 }
 
 bool isNull(const Ref<Object>& object) { return !object || object->kind() == ObjectKind::null; }
@@ -34,17 +35,17 @@ bool isNull(const Ref<Object>& object) { return !object || object->kind() == Obj
 Ref<Array> concurrentMapWithCompact(const Array& array, bool compact, const ArrayMapBlock& block) {
   requireBlock(block, __func__);
   const std::span<const Ref<Object>> objects = array.objects();
-  std::vector<Ref<Object>> answers(objects.size());  // null until the block has returned
-  const auto call = [&block, objects, compact, into = answers.data()](std::size_t i) {
-    Ref<Object> answer = block(*objects[i]);
-    if (answer == nullptr && !compact) {
-      throw Exception(InvalidArgumentException, "concurrentMap: the block answered none");
+  std::vector<Ref<Object>> results(objects.size());  // null until the block has returned
+  const auto call = [&block, objects, compact, into = results.data()](std::size_t i) {
+    Ref<Object> result = block(*objects[i]);
+    if (result == nullptr && !compact) {
+      throw Exception(InvalidArgumentException, "concurrentMap: the block returned null");
     }
-    std::construct_at(into + i, std::move(answer));  // over null, which needs no release
+    std::construct_at(into + i, std::move(result));  // over null, which needs no release
   };
   parallelApply(objects.size(), call, &costOf(block.target_type()));
-  if (compact) std::erase_if(answers, isNull);
-  return Array::arrayWithObjects(std::move(answers));
+  if (compact) std::erase_if(results, isNull);
+  return Array::arrayWithObjects(std::move(results));
 }
 
 Ref<Array> concurrentMap(const Array& array, const ArrayMapBlock& block) {
@@ -72,9 +73,9 @@ Ref<Array> compactMapWithOptions(const Array& array, EnumerationOptions options,
 std::size_t applyBlockConcurrentlyAndCountSuccess(const Array& array, const ArrayPredicate& block) {
   requireBlock(block, __func__);
   const std::span<const Ref<Object>> objects = array.objects();
-  std::vector<unsigned char> answers(objects.size(), 0);
-  groupApply(objects.size(), [&](std::size_t i) { answers[i] = block(*objects[i]) ? 1 : 0; });
-  return answers.size() - static_cast<std::size_t>(std::ranges::count(answers, 0));
+  std::vector<unsigned char> results(objects.size(), 0);
+  groupApply(objects.size(), [&](std::size_t i) { results[i] = block(*objects[i]) ? 1 : 0; });
+  return results.size() - static_cast<std::size_t>(std::ranges::count(results, 0));
 }
 
 }  // namespace tq
