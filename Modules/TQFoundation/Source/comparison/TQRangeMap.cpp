@@ -9,7 +9,7 @@
 namespace tq {
 
 void TQRangeMap::setObject(Ref<Object> object, Range forRange) {
-  if (!object) throw Exception(InvalidArgumentException, "A range map cannot hold none.");
+  if (!object) throw Exception(InvalidArgumentException, "A range map cannot hold null.");
   if (forRange.location >= kNotFound) {
     throw Exception(RangeException,
                     "A range cannot start at " + std::to_string(forRange.location) + ".");

@@ -20,7 +20,7 @@ void complete(const Operations& operations, const ArrayMapOutcome& completion) {
     if (each->result() == nullptr) {
       return completion(nullptr, std::make_exception_ptr(Exception(
                                      InvalidArgumentException,
-                                     "mapWithMaxConcurrencyCount: the block answered none")));
+                                     "mapWithMaxConcurrencyCount: the block returned null")));
     }
     results.push_back(each->result());
   }
@@ -46,7 +46,7 @@ void TQConcurrentMapOperation::main() {
 void mapWithMaxConcurrencyCount(const Array& array, std::ptrdiff_t maximum,
                                 ArrayMapBlock usingBlock, ArrayMapOutcome completionBlock) {
   if (!usingBlock || !completionBlock) {
-    throw Exception(InvalidArgumentException, "mapWithMaxConcurrencyCount: no block");
+    throw Exception(InvalidArgumentException, "mapWithMaxConcurrencyCount: empty block");
   }
   const auto queue = OperationQueue::init();
   queue->setName("TQConcurrentMapOperation Queue");

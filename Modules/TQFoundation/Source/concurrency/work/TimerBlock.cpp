@@ -28,7 +28,7 @@ void TQExecuteSimpleBlock(Timer& timer) {
   // Keeps the block alive: it may invalidate the timer, which then releases it.
   const Ref<BoxedBlock> block(objectCast<BoxedBlock>(timer.userInfo()));
   if (block == nullptr) {
-    throw Exception(InvalidArgumentException, "TQExecuteSimpleBlock: the user info is no block");
+    throw Exception(InvalidArgumentException, "TQExecuteSimpleBlock: the user info is not a block");
   }
   block->run(timer);
 }
