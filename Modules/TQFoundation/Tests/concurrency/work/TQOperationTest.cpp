@@ -1,7 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <functional>
+#include <latch>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <TQFoundation/concurrency/work/TQOperation.h>
@@ -13,18 +17,14 @@ namespace {
 
 using testing::ElementsAre;
 
-// Continues on another thread after start() has returned.
-struct Elsewhere final : Subclass<Elsewhere, TQOperation> {
-  static constexpr std::string_view className = "Elsewhere";
-  void start() override {
-    setExecuting(true);
-    std::thread([self = share(*this)] {
-      while (!self->mayEnd) std::this_thread::yield();
-      self->setExecuting(false);
-      self->setFinished(true);
-    }).detach();
-  }
-  std::atomic<bool> mayEnd{false};
+// An operation whose start() is a block.
+struct Starting final : Subclass<Starting, TQOperation> {
+  static constexpr std::string_view className = "Starting";
+  explicit Starting(std::function<void(Starting&)> block) : block_(std::move(block)) {}
+  void start() override { block_(*this); }
+
+ private:
+  const std::function<void(Starting&)> block_;
 };
 
 TEST(TQOperation, NotifiesObserversBeforeAndAfterChanges) {
@@ -47,25 +47,17 @@ TEST(TQOperation, NotifiesObserversBeforeAndAfterChanges) {
   EXPECT_TRUE(operation->isAsynchronous());
 }
 
-// Finishes and then waits for the next operation of its queue.
-struct Lingering final : Subclass<Lingering, TQOperation> {
-  static constexpr std::string_view className = "Lingering";
-  void start() override {
-    setFinished(true);
-    next->waitUntilFinished();
-  }
-  Ref<Operation> next;
-};
-
 TEST(TQOperation, LeavesTheQueueAtSetFinished) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(1);
-  const auto lingering = makeRef<Lingering>();
-  lingering->next = BlockOperation::blockOperationWithBlock([] {});
-  queue->addOperation(*lingering);
-  queue->addOperation(*lingering->next);
+  const auto next = BlockOperation::blockOperationWithBlock([] {});
+  queue->addOperation(makeRef<Starting>([&](Starting& lingering) {
+    lingering.setFinished(true);
+    next->waitUntilFinished();
+  }));
+  queue->addOperation(*next);
   queue->waitUntilAllOperationsAreFinished();  // blocks if the first one keeps its slot
-  EXPECT_TRUE(lingering->next->isFinished());
+  EXPECT_TRUE(next->isFinished());
   EXPECT_EQ(queue->operationCount(), 0u);
 }
 
@@ -103,19 +95,23 @@ TEST(TQOperation, InheritedStartAndCancelDoNotChangeTheState) {
 TEST(TQOperation, KeepsItsSlotUntilSetFinished) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(1);
-  const auto elsewhere = makeRef<Elsewhere>();
+  std::latch hasStarted(1), mayEnd(1);
+  const auto elsewhere = makeRef<Starting>([&](Starting& operation) {
+    hasStarted.count_down();
+    std::thread([&, self = share(operation)] {
+      mayEnd.wait();
+      self->setFinished(true);
+    }).detach();
+  });
   std::atomic<bool> hasRun{false};
   queue->addOperation(elsewhere);
-  queue->addOperationWithBlock([&] {
-    EXPECT_TRUE(elsewhere->isFinished());
-    hasRun = true;
-  });
-  while (!elsewhere->isExecuting()) std::this_thread::yield();
+  queue->addOperationWithBlock([&] { hasRun = true; });
+  hasStarted.wait();
   const auto other = OperationQueue::init();  // gives the first queue time for a mistake
   other->addOperationWithBlock([] {});
   other->waitUntilAllOperationsAreFinished();
   EXPECT_FALSE(hasRun);
-  elsewhere->mayEnd = true;
+  mayEnd.count_down();
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_TRUE(hasRun);
 }
