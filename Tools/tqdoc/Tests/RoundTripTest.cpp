@@ -9,6 +9,7 @@
 #include <string>
 
 #include <support/CapturedLog.h>
+#include <support/FailingSystemCalls.h>
 #include <support/TemporaryDirectory.h>
 
 #include "Files/FileList.h"
@@ -107,14 +108,11 @@ TEST_F(Drawings, AreReplacedWholeOrNotAtAll) {
   EXPECT_FALSE(saveArchive(*document, directory_.path("no/a.tqdoc"), Packing::none, &error));
   EXPECT_THAT(error->localizedDescription(), HasSubstr("no/a.tqdoc: The file"));
 
-  const auto fail = [](int, std::span<const std::byte>) noexcept {
-    return tq::WriteResult{-1, ENOSPC};
-  };
   for (const Packing packing : {Packing::none, Packing::gzip}) {
     directory_.write("old.tqdoc", "old");
-    const auto before = tq::setWriteHook(fail);
+    tq::test::FailingSystemCalls::arm(1, tq::test::FailingSystemCalls::How::stays_failed);
     EXPECT_FALSE(saveArchive(*document, directory_.path("old.tqdoc"), packing, &error));
-    tq::setWriteHook(before);
+    EXPECT_TRUE(tq::test::FailingSystemCalls::disarm());
     EXPECT_EQ(directory_.read("old.tqdoc"), "old");
     EXPECT_TRUE(saveArchive(*document, directory_.path("old.tqdoc"), packing, &error));
     const auto reopened = openDrawing(directory_.path("old.tqdoc"), nullptr).document;

@@ -9,6 +9,7 @@
 
 #include "platform/files/ExpectFileError.h"
 #include "serialisation/JSONModel.h"
+#include "support/FailingSystemCalls.h"
 #include "support/TemporaryDirectory.h"
 
 namespace tq {
@@ -18,28 +19,29 @@ using namespace test;
 
 constexpr std::size_t kBuffer = TQJSONFileEncoder::kBufferSize;
 
-/// Takes the place of the system's writes: keeps their sizes and what came, and fails when told.
+/// Replaces the system's writes: records their sizes and bytes, and fails as scripted.
 struct Writes {
   explicit Writes(std::vector<WriteResult> first = {}) {
     results = std::move(first);
     sizes.clear();
     text.clear();
+    FailingSystemCalls::insteadOfWrite = record;
   }
-  ~Writes() { setWriteHook(before); }
+  ~Writes() { FailingSystemCalls::insteadOfWrite = nullptr; }
   Writes(const Writes&) = delete;
   Writes& operator=(const Writes&) = delete;
 
-  static WriteResult hook(int, std::span<const std::byte> bytes) noexcept {
-    sizes.push_back(bytes.size());
-    text.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (sizes.size() <= results.size()) return results[sizes.size() - 1];
-    return {static_cast<std::ptrdiff_t>(bytes.size()), 0};
+  static ssize_t record(int, const void* bytes, std::size_t count) {
+    sizes.push_back(count);
+    text.append(static_cast<const char*>(bytes), count);
+    if (sizes.size() > results.size()) return static_cast<ssize_t>(count);
+    errno = results[sizes.size() - 1].errorNumber;
+    return results[sizes.size() - 1].count;
   }
 
   static inline std::vector<std::size_t> sizes;
   static inline std::string text;
   static inline std::vector<WriteResult> results;  // of the first writes; all others succeed
-  WriteHook before = setWriteHook(&hook);
 };
 
 const Ref<FileHandle> anyFile = FileHandle::fileHandleWithFileDescriptor(-1);

@@ -4,16 +4,14 @@
 #include <support/FailingSystemCalls.h>
 
 #include <dlfcn.h>
-#include <sys/types.h>
 
-#include <cstddef>
+using tq::test::FailingSystemCalls;
 
 #define TQ_FAILING_CALL(name, Result, parameters, arguments)                                  \
   extern "C" __attribute__((visibility("default"))) Result name parameters {                  \
     static const auto real = reinterpret_cast<Result(*) parameters>(dlsym(RTLD_NEXT, #name)); \
-    return tq::test::FailingSystemCalls::fails() ? -1 : real arguments;                       \
+    return FailingSystemCalls::fails() ? -1 : real arguments;                                 \
   }
-TQ_FAILING_CALL(write, ssize_t, (int fd, const void* bytes, size_t count), (fd, bytes, count))
 TQ_FAILING_CALL(pwrite, ssize_t, (int fd, const void* bytes, size_t count, off_t at),
                 (fd, bytes, count, at))
 TQ_FAILING_CALL(pwrite64, ssize_t, (int fd, const void* bytes, size_t count, off64_t at),
@@ -24,3 +22,11 @@ TQ_FAILING_CALL(ftruncate, int, (int fd, off_t length), (fd, length))
 TQ_FAILING_CALL(ftruncate64, int, (int fd, off64_t length), (fd, length))
 TQ_FAILING_CALL(rename, int, (const char* from, const char* to), (from, to))
 #undef TQ_FAILING_CALL
+
+extern "C" __attribute__((visibility("default"))) ssize_t write(int fd, const void* bytes,
+                                                                size_t count) {
+  static const auto real = reinterpret_cast<FailingSystemCalls::Write>(dlsym(RTLD_NEXT, "write"));
+  if (FailingSystemCalls::fails()) return -1;
+  const FailingSystemCalls::Write instead = FailingSystemCalls::insteadOfWrite;
+  return (instead != nullptr ? instead : real)(fd, bytes, count);
+}

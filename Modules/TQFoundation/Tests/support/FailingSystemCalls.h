@@ -2,8 +2,10 @@
 
 #include <errno.h>
 #include <signal.h>
+#include <sys/types.h>
 
 #include <atomic>
+#include <cstddef>
 
 namespace tq::test {
 
@@ -13,6 +15,10 @@ struct FailingSystemCalls {
   enum class How { not_at_all, fails, stays_failed, kills };
   static inline std::atomic<How> how = How::not_at_all;
   static inline std::atomic<int> left = 0;
+
+  /// Called in place of write(), unless null.
+  using Write = ssize_t (*)(int descriptor, const void* bytes, std::size_t count);
+  static inline std::atomic<Write> insteadOfWrite = nullptr;
 
   static void arm(int n, How way) {
     left = n;

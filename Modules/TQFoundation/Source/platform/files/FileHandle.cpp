@@ -4,18 +4,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <string>
 
 #include <TQFoundation/platform/files/FileError.h>
 
 namespace tq {
-namespace {
-
-std::atomic<WriteHook> writeHook = nullptr;
-
-}  // namespace
-
 Ref<FileHandle> FileHandle::fileHandleForWritingToURL(const URL& url, Ref<Error>* error) {
   int descriptor = -1;
   int failure = EINVAL;  // a NUL would cut the path
@@ -53,12 +46,9 @@ void FileHandle::closeFile() noexcept {
 }
 
 WriteResult writeOnce(int descriptor, std::span<const std::byte> bytes) noexcept {
-  if (const WriteHook hook = writeHook.load()) return hook(descriptor, bytes);
   errno = 0;  // a short write sets nothing, and must not show an older number
   const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
   return {count, errno};
 }
-
-WriteHook setWriteHook(WriteHook hook) noexcept { return writeHook.exchange(hook); }
 
 }  // namespace tq

@@ -59,11 +59,4 @@ struct WriteResult {
 [[nodiscard]] TQ_EXPORT WriteResult writeOnce(int descriptor,
                                               std::span<const std::byte> bytes) noexcept;
 
-/// Stands in for the system's write call, so that a test can make the n-th one fail.
-using WriteHook = WriteResult (*)(int descriptor, std::span<const std::byte> bytes) noexcept;
-
-/// Every writeOnce() from now on goes to `hook`; null means the system again.
-/// @return the hook before
-TQ_EXPORT WriteHook setWriteHook(WriteHook hook) noexcept;
-
 }  // namespace tq

@@ -12,7 +12,6 @@
 #include <utility>
 
 #include <TQFoundation/platform/bytes/Digest.h>
-#include <TQFoundation/platform/files/FileHandle.h>
 
 namespace tq {
 namespace {
@@ -42,14 +41,14 @@ TEST_F(FileServices, ReplaceKeepsPermissionsAndLinks) {
   ::chmod(directory.path("new").c_str(), 0640);
   fs::create_symlink("new", directory.path("link"));
   const std::string large(300'000, 'x');
-  const WriteHook system = setWriteHook([](int file, std::span<const std::byte> bytes) noexcept {
+  FailingSystemCalls::insteadOfWrite = [](int file, const void* bytes, std::size_t count) {
     struct stat status {};
     ::fstat(file, &status);
-    EXPECT_EQ(status.st_mode & 0777, 0600u) << "new content that others may read already";
-    return WriteResult{::write(file, bytes.data(), bytes.size()), errno};
-  });
+    EXPECT_EQ(status.st_mode & 0777, 0600u) << "others may read the new content already";
+    return ::pwrite(file, bytes, count, 0);
+  };
   EXPECT_TRUE(replaceFile(*url("link"), bytesOf(large), &error));
-  setWriteHook(system);
+  FailingSystemCalls::insteadOfWrite = nullptr;
   EXPECT_TRUE(directory.read("new") == large);
   EXPECT_TRUE(fs::is_symlink(directory.path("link")));
   EXPECT_EQ(fs::status(directory.path("new")).permissions(), fs::perms(0640));
