@@ -6,7 +6,8 @@ tq_add_room_tests(TQConcurrency
   ${CMAKE_CURRENT_LIST_DIR}/work/ConcurrentMapTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/work/DebouncerTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/work/TQOperationTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/work/TQRateLimiterTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/work/TQRateLimiterTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/../support/HandMovedClock.cpp)
 # These tests misuse locks on purpose, which the thread safety analysis rejects.
 target_compile_options(TQConcurrencyTests PRIVATE
   $<$<CXX_COMPILER_ID:Clang>:-Wno-thread-safety-analysis>)

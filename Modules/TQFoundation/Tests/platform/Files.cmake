@@ -10,7 +10,8 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/RunLoopTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/TimerTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/network/URLSessionTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/network/URLSessionTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/../support/HandMovedClock.cpp)
 target_compile_definitions(TQPlatformTests PRIVATE
   "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/bytes/data\"")
 

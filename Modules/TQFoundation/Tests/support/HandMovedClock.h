@@ -6,26 +6,31 @@
 
 namespace tq::test {
 
-/// Time on the calling thread's run loop, which stands still until it is moved.
+/// Replaces the clocks of the calling thread by one that a test moves, in programs that
+/// HandMovedClock.cpp is part of. The time is an hour at first, for the steady clock and for the
+/// wall clock. Other threads see the system's time.
 class HandMovedClock {
  public:
-  HandMovedClock() {
-    RunLoop::current().setClock([this] { return now_; });
-  }
-  ~HandMovedClock() { RunLoop::current().setClock(nullptr); }
+  HandMovedClock() { current_ = this; }
+  ~HandMovedClock() { current_ = nullptr; }
   HandMovedClock(const HandMovedClock&) = delete;
   HandMovedClock& operator=(const HandMovedClock&) = delete;
 
-  /// Moves the time without running anything.
+  /// Moves the time.
   void jump(std::chrono::milliseconds step) { now_ += step; }
 
-  /// Moves the time, then lets the loop make a pass.
+  /// Moves the time, then lets the thread's run loop make a pass.
   void pass(std::chrono::milliseconds step) {
     jump(step);
     RunLoop::current().runOnce();
   }
 
+  /// Returns the clock of the calling thread, or null.
+  [[nodiscard]] static const HandMovedClock* current() noexcept { return current_; }
+  [[nodiscard]] std::chrono::nanoseconds now() const noexcept { return now_; }
+
  private:
+  static inline thread_local constinit const HandMovedClock* current_ = nullptr;
   std::chrono::nanoseconds now_ = std::chrono::hours(1);
 };
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <iterator>
 #include <limits>
@@ -56,7 +57,7 @@ struct RunLoop::State {
     State* state;
   };
 
-  explicit State(RunLoop& owner, bool isMain);
+  explicit State(bool isMain);
   ~State() { g_main_context_unref(context); }
 
   void attach(GSourceFuncs& functions, bool mayRecurse);
@@ -92,7 +93,6 @@ struct RunLoop::State {
   void fireDueTimers();
   void serveMainQueue();
 
-  RunLoop& loop;
   GMainContext* const context;
   const std::uint32_t thread;
   std::vector<GSource*> sources;
@@ -104,7 +104,6 @@ struct RunLoop::State {
   std::vector<Performed> mainQueue TQ_GUARDED_BY(lock);  // of the main thread's loop
   std::atomic<bool> stopIsAsked{false};
 
-  Clock clock;
   detail::TimerHeap timers;  // holds a reference to each
   int ownDepth = -1;         // of the innermost iteration for runOnce(); -1: none
   RunLoopMode ownMode = RunLoopMode::standard;
@@ -113,9 +112,8 @@ struct RunLoop::State {
   std::size_t heldBlocks = 0;  // the first ones, which wait until the context has slept
 };
 
-RunLoop::State::State(RunLoop& owner, bool isMain)
-    : loop(owner),
-      context([isMain] {
+RunLoop::State::State(bool isMain)
+    : context([isMain] {
         if (isMain) return g_main_context_ref(g_main_context_default());
         GMainContext* const own = g_main_context_get_thread_default();
         return own != nullptr ? g_main_context_ref(own) : g_main_context_new();
@@ -200,8 +198,7 @@ gboolean RunLoop::State::runBlocks(GSource* source, GSourceFunc, gpointer) {
 // Timers.
 
 bool RunLoop::State::timersAreDue() const {
-  return !timers.isEmpty() && runningMode() == RunLoopMode::standard &&
-         timers.earliest() <= loop.now();
+  return !timers.isEmpty() && runningMode() == RunLoopMode::standard && timers.earliest() <= now();
 }
 
 gboolean RunLoop::State::timersBefore(GSource* source, gint* timeout) {
@@ -211,7 +208,7 @@ gboolean RunLoop::State::timersBefore(GSource* source, gint* timeout) {
   const bool mayFire = !state.timers.isEmpty() && state.runningMode() == RunLoopMode::standard;
   if (mayFire) wake = std::min(wake, state.timers.earliest());
   if (wake == kNever) return false;
-  const std::int64_t now = state.loop.now();
+  const std::int64_t now = RunLoop::now();
   *timeout = pollTimeout(std::max<std::int64_t>(wake - now, 0));
   return mayFire && state.timers.earliest() <= now;
 }
@@ -224,7 +221,7 @@ gboolean RunLoop::State::runTimers(GSource* source, GSourceFunc, gpointer) {
 }
 
 void RunLoop::State::fireDueTimers() {
-  const std::int64_t now = loop.now();  // what becomes due while others fire waits for its pass
+  const std::int64_t now = RunLoop::now();  // what becomes due while others fire waits for its pass
   while (!timers.isEmpty() && timers.earliest() <= now) {
     const auto timer = Ref<Timer>::adopt(timers.top());
     timers.remove(timer->slot_);
@@ -263,7 +260,7 @@ void RunLoop::State::serveMainQueue() {
 
 // The loop.
 
-RunLoop::RunLoop(bool isMain) : state_(std::make_unique<State>(*this, isMain)) {}
+RunLoop::RunLoop(bool isMain) : state_(std::make_unique<State>(isMain)) {}
 
 RunLoop::~RunLoop() = default;
 
@@ -300,12 +297,10 @@ void RunLoop::endThread(void* loop) noexcept {
 
 bool RunLoop::isCurrent() const noexcept { return state_->thread == currentThreadNumber(); }
 
-std::int64_t RunLoop::now() const {
-  if (state_->clock) return state_->clock().count();
+/// Nanoseconds on the steady clock.
+std::int64_t RunLoop::now() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
-
-void RunLoop::setClock(Clock clock) { state_->clock = std::move(clock); }
 
 void RunLoop::scheduleTimer(Timer& timer) {
   state_->timers.push(timer.nextDue(now()), timer, timer.slot_);

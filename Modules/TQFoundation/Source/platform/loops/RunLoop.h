@@ -3,7 +3,6 @@
 /// @file RunLoop.h
 /// Each thread's event loop, and the queue of blocks that the main thread serves.
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -39,8 +38,6 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   static constexpr std::string_view className = "RunLoop";
   /// What a loop is to do once.
   using Block = std::function<void()>;
-  /// Time since some moment; never goes back.
-  using Clock = std::function<std::chrono::nanoseconds()>;
 
   /// The calling thread's loop, made on first use. Hold it with share() to use it from elsewhere.
   [[nodiscard]] static RunLoop& current();
@@ -78,10 +75,6 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   /// Whether this is the calling thread's loop.
   [[nodiscard]] bool isCurrent() const noexcept;
 
-  /// The clock that timers go by from now on; an empty one puts the steady clock back. For tests,
-  /// which move it by hand and call runOnce().
-  void setClock(Clock clock);
-
  private:
   friend class Timer;
   friend TQ_EXPORT void mainQueueAsync(std::function<void()> block);
@@ -91,7 +84,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   static void endThread(void* loop) noexcept;
   static RunLoop& makeCurrent();
 
-  [[nodiscard]] std::int64_t now() const;
+  [[nodiscard]] static std::int64_t now();
   void appendToMainQueue(Block block);
   void scheduleTimer(Timer& timer);
   void forgetTimer(Timer& timer) noexcept;

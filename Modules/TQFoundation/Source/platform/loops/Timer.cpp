@@ -31,7 +31,7 @@ Timer::Timer(std::int64_t nanoseconds, Action action, Ref<Object> userInfo, bool
     : loop_(share(RunLoop::current())),
       action_(action),
       interval_(nanoseconds),
-      start_(loop_->now()),
+      start_(RunLoop::now()),
       repeats_(repeats),
       userInfo_(std::move(userInfo)) {}
 

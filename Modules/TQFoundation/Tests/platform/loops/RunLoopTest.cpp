@@ -82,23 +82,34 @@ TEST(RunLoop, MainQueueServesWhatWasThereAndNotFromItsOwnBlocks) {
   EXPECT_THAT(trace.take(), ElementsAre("c"));
 }
 
-// The loop sleeps, and only the main queue wakes it.
+/// What the main context would do next: how long it would sleep, and whether it was woken.
+struct Sleep {
+  Sleep() {
+    GMainContext* const context = g_main_context_default();
+    EXPECT_TRUE(g_main_context_acquire(context));
+    gint priority = 0;
+    isReady = g_main_context_prepare(context, &priority) != FALSE;
+    GPollFD fds[8];
+    const gint count = g_main_context_query(context, priority, &timeout, fds, 8);
+    isWoken = g_poll(fds, static_cast<guint>(count), 0) != 0;
+    g_main_context_release(context);
+  }
+  bool isReady = false;
+  bool isWoken = false;
+  gint timeout = 0;
+};
+
 TEST(RunLoop, PerformedBlocksDoNotWakeIt) {
   RunLoop& loop = RunLoop::main();
-  std::atomic<bool> isAsleep{false}, wasWoken{false}, hasPerformed{false};
-  std::jthread other([&] {
-    while (!isAsleep) std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // most probably in poll() by now
-    loop.performBlock([&] { hasPerformed = true; });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    wasWoken = true;
-    mainQueueAsync([] {});
-  });
-  mainQueueAsync([&] { isAsleep = true; });
-  loop.runOnce();
+  Trace trace;
+  while (loop.runOnce()) {
+  }
+  std::jthread([&] { loop.performBlock(trace.says("performed")); }).join();
+  EXPECT_FALSE(Sleep().isWoken);
+  std::jthread([&] { mainQueueAsync(trace.says("queue")); }).join();
+  EXPECT_TRUE(Sleep().isWoken);
   EXPECT_TRUE(loop.runOnce(60));
-  EXPECT_TRUE(wasWoken);
-  EXPECT_TRUE(hasPerformed);
+  EXPECT_THAT(trace.take(), ElementsAre("performed", "queue"));
 }
 
 // A host that runs the default main context itself, as toolkits do.
@@ -123,14 +134,9 @@ TEST(RunLoop, HostsThatRunTheContextNeedNoGlue) {
   loop.performBlock(performAgain);
   EXPECT_TRUE(hostPass());
   EXPECT_EQ(again, 1);
-  gint timeout = 0;
-  gint priority = 0;
-  ASSERT_TRUE(g_main_context_acquire(context));
-  EXPECT_FALSE(g_main_context_prepare(context, &priority)) << "a block's own block may not spin";
-  GPollFD fds[8];
-  g_main_context_query(context, priority, &timeout, fds, 8);
-  EXPECT_EQ(timeout, -1);
-  g_main_context_release(context);
+  const Sleep sleep;
+  EXPECT_FALSE(sleep.isReady) << "a block that adds a block must not keep the loop awake";
+  EXPECT_EQ(sleep.timeout, -1);
   loop.performBlock(trace.says("later"));  // not a block's own: the pass begins with it
   EXPECT_TRUE(hostPass());
   EXPECT_EQ(again, 2);
