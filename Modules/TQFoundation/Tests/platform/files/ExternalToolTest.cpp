@@ -1,14 +1,16 @@
 #include <TQFoundation/platform/files/ExternalTool.h>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <support/TemporaryDirectory.h>
 #include <support/Threads.h>
 
 #include <chrono>
-#include <filesystem>
-#include <thread>
 
 namespace tq {
 namespace {
@@ -107,14 +109,19 @@ TEST(ExternalTool, AnEndThatOthersTookIsNoSuccess) {
   EXPECT_EQ(error->code(), static_cast<std::int64_t>(Code::unknownEnd));
 }
 
-TEST(ExternalTool, ItsWholeGroupGoesWhenItsTimeIsOver) {
+// The pipe hangs up once its last writer has ended.
+TEST(ExternalTool, ItsWholeGroupIsKilledWithIt) {
   const test::TemporaryDirectory directory;
-  ExternalTool tool = shell("(sleep 2; touch late) & wait");
+  ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);
+  const int reader = ::open(directory.path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  ExternalTool tool = shell("exec 3>pipe; sleep 60 & echo output; wait");
   tool.workingFolder = directory.path("");
-  tool.timeoutSeconds = 0.2;
+  tool.mostOutputBytes = 1;
   EXPECT_FALSE(runExternalTool(tool));
-  std::this_thread::sleep_for(std::chrono::seconds(3));
-  EXPECT_FALSE(std::filesystem::exists(directory.path("late")));
+  pollfd news{reader, POLLIN, 0};
+  EXPECT_EQ(::poll(&news, 1, 30'000), 1);
+  EXPECT_EQ(news.revents, POLLHUP);
+  ::close(reader);
 }
 
 TEST(ExternalToolStress, RunsSideBySide) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <barrier>
 #include <cstdlib>
 #include <latch>
 #include <mutex>
@@ -88,38 +89,25 @@ TEST(OperationQueue, LetsGoOfWhatFinishesWhileItIsAdded) {
   queue->waitUntilAllOperationsAreFinished();
 }
 
-TEST(OperationQueue, NoMoreThanTheMaximumAtOnceAndNoneAtZero) {
+// Three at a time meet, so fewer would wait for ever.
+TEST(OperationQueue, RunsAsManyAsTheMaximumAtOnceAndNoneAtZero) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(0);
   std::atomic<int> running{0};
-  std::atomic<int> most{0};
   std::atomic<int> done{0};
+  std::barrier<> three(3);
   for (int i = 0; i < 60; ++i) {
     queue->addOperationWithBlock([&] {
-      const int now = ++running;
-      int seen = most;
-      while (now > seen && !most.compare_exchange_weak(seen, now)) {
-      }
-      std::this_thread::sleep_for(std::chrono::microseconds(200));
+      EXPECT_LE(++running, 3);
+      three.arrive_and_wait();
       --running;
       ++done;
     });
   }
-  std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  EXPECT_EQ(done, 0);
+  EXPECT_EQ(running, 0);
   queue->setMaxConcurrentOperationCount(3);
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_EQ(done, 60);
-  EXPECT_LE(most, 3);
-}
-
-// The second operation runs only if the first, which waits for it, leaves the other slot alone.
-TEST(OperationQueue, SlotsAreFilledWhileOthersBlock) {
-  const auto queue = OperationQueue::init();
-  queue->setMaxConcurrentOperationCount(2);
-  std::latch both(2);
-  for (int i = 0; i < 2; ++i) queue->addOperationWithBlock([&] { both.arrive_and_wait(); });
-  queue->waitUntilAllOperationsAreFinished();
 }
 
 TEST(OperationQueue, CancelledOperationsFinishWithoutTheirWork) {
@@ -194,11 +182,9 @@ TEST(OperationQueueDeathTest, ExitIsCleanAndExceptionsStopTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
+        static std::latch never(1);
         const auto queue = OperationQueue::init();
-        for (int i = 0; i < 100; ++i) {
-          queue->addOperationWithBlock(
-              [] { std::this_thread::sleep_for(std::chrono::seconds(9)); });
-        }
+        for (int i = 0; i < 100; ++i) queue->addOperationWithBlock([] { never.wait(); });
         std::exit(0);
       },
       testing::ExitedWithCode(0), "^$");
@@ -206,8 +192,7 @@ TEST(OperationQueueDeathTest, ExitIsCleanAndExceptionsStopTheProcess) {
       {
         const auto queue = OperationQueue::init();
         queue->addOperationWithBlock([] { throw 1; });
-        queue->waitUntilAllOperationsAreFinished();
-        std::this_thread::sleep_for(std::chrono::seconds(60));
+        std::latch(1).wait();
       },
       "terminate");
 }
