@@ -61,7 +61,7 @@ tq_room(platform
   threads/ObjectMonitor.cpp threads/ObjectMonitor.h
   threads/Random.cpp threads/Random.h
   threads/SerialQueue.cpp threads/SerialQueue.h
-  threads/SharedLock.h
+  threads/SharedLock.cpp threads/SharedLock.h
   threads/Thread.cpp threads/Thread.h
   threads/TickClock.cpp threads/TickClock.h
   threads/detail/FifoLock.h
@@ -82,4 +82,6 @@ tq_room(platform
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONShape.cpp json/JSONShape.h
   memory/AddressRange.cpp memory/AddressRange.h
-  threads/ThreadSystem.h)
+  threads/MonitorCount.h
+  threads/ThreadSystem.h
+  threads/TickClockSource.h)

@@ -7,22 +7,23 @@
 #include <limits>
 
 #include <TQFoundation/platform/threads/Random.h>
+#include <TQFoundation/platform/threads/TickClockSource.h>
 
 namespace tq {
 namespace {
 
 std::uint64_t now = 0;
-const TickClock handClock = {[]() noexcept { return now; }, {125, 3}};
+const detail::TickClockSource handClock = {[]() noexcept { return now; }, {125, 3}};
 
 struct PerformanceTimer : testing::Test {
   PerformanceTimer() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-  ~PerformanceTimer() override { setTickClock(nullptr); }
+  ~PerformanceTimer() override { detail::setTickClockSource(nullptr); }
 };
 
 TEST_F(PerformanceTimer, MeasuresInTicksOfTheClock) {
   const std::uint64_t start = TQTimeNow();
   EXPECT_LE(start, TQTimeNow());
-  setTickClock(&handClock);
+  detail::setTickClockSource(&handClock);
   now = 1700;
   EXPECT_EQ(TQDurationSince(1000), 700u);
   EXPECT_EQ(TQDurationBetween(5, 3), ~std::uint64_t{0} - 1);  // wraps if the clock goes back
@@ -38,9 +39,9 @@ TEST_F(PerformanceTimer, StopsWithoutATimebase) {
 
 TEST_F(PerformanceTimer, MultipliesAndThenDividesIntegers) {
   const auto check = [] {
-    setTickClock(&handClock);
+    detail::setTickClockSource(&handClock);
     TQPerformanceTimingInitialise();
-    setTickClock(nullptr);
+    detail::setTickClockSource(nullptr);
     TQPerformanceTimingInitialise();  // does nothing: the first timebase stays
     const bool holds = TQTimeIntervalsForDuration(24'000'000) == 1.0 &&
                        TQTimeIntervalsForDuration(1) == 41 * 1e-9 &&
@@ -72,7 +73,7 @@ TEST_F(PerformanceTimer, RandomIntervalsStayInRange) {
 TEST_F(PerformanceTimer, DelaysSaturate) {
   constexpr double inf = std::numeric_limits<double>::infinity();
   constexpr auto max = std::numeric_limits<std::int64_t>::max();
-  setTickClock(&handClock);
+  detail::setTickClockSource(&handClock);
   now = 1000;
   const struct {
     double seconds;

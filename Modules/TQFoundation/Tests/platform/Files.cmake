@@ -25,7 +25,9 @@ target_link_libraries(TQPlatformTests PRIVATE
 pkg_check_modules(libplist REQUIRED IMPORTED_TARGET libplist-2.0)
 tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/archive/BinaryPropertyListTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedUnarchiverTest.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedUnarchiverTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/threads/ObjectMonitorTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/threads/SerialQueueTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
 # An executable of its own, for it replaces the allocation functions.
 tq_add_room_tests(TQPlatformFault

@@ -8,12 +8,12 @@
 
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/platform/threads/Lock.h>
+#include <TQFoundation/platform/threads/MonitorCount.h>
 
 // A monitor lives in a table keyed by its object's address while threads are inside or wait, and is
 // counted by them. The address is safe as a key: whoever uses a monitor keeps its object alive.
 
-namespace tq {
-namespace detail {
+namespace tq::detail {
 
 thread_local constinit HeldMonitor* innermostMonitor = nullptr;
 
@@ -100,15 +100,13 @@ int exitMonitor(const Object* object) noexcept {
   return 0;
 }
 
-}  // namespace detail
-
 std::size_t monitorCount() {
   std::size_t count = 0;
-  for (detail::Shard& shard : detail::shards()) {
+  for (Shard& shard : shards()) {
     const Locked guard(shard.lock);
     count += shard.monitors.size();
   }
   return count;
 }
 
-}  // namespace tq
+}  // namespace tq::detail

@@ -3,7 +3,6 @@
 /// @file ObjectMonitor.h
 /// A recursive lock for every object, made when it is first entered and gone when nobody uses it.
 
-#include <cstddef>
 #include <cstdint>
 
 #include <TQFoundation/base/TQExport.h>
@@ -51,8 +50,5 @@ inline int monitorExit(const Object* object) noexcept {
   }
   return detail::exitMonitor(object);
 }
-
-/// Objects whose monitor somebody is in or waits for at this moment; for tests and messages only.
-[[nodiscard]] TQ_EXPORT std::size_t monitorCount();
 
 }  // namespace tq

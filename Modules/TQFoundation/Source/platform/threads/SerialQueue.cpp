@@ -30,6 +30,4 @@ void SerialQueue::leave() noexcept {
   detail::didUnlock(state_.get());
 }
 
-std::uint32_t SerialQueue::waitingCount() const noexcept { return state_->lock.waiting(); }
-
 }  // namespace tq

@@ -3,7 +3,6 @@
 /// @file SerialQueue.h
 /// One closure after another, in the order in which they were asked for.
 
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -41,9 +40,6 @@ class TQ_EXPORT SerialQueue {
     const Turn turn(*this);
     return std::invoke(std::forward<F>(execute));
   }
-
-  /// Callers that wait for their turn at this moment; for tests and messages only.
-  [[nodiscard]] std::uint32_t waitingCount() const noexcept;
 
  private:
   struct State;

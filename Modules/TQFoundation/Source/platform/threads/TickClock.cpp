@@ -6,19 +6,20 @@
 #include <atomic>
 
 #include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/platform/threads/TickClockSource.h>
 
 namespace tq {
 namespace {
 
 __extension__ using Wide = __int128;  // holds 64 bits times 32, and what is added to them
 
-std::atomic<const TickClock*> clockInPlace = nullptr;
+std::atomic<const detail::TickClockSource*> replacement = nullptr;
 
 }  // namespace
 
 std::uint64_t monotonicTicks() noexcept {
-  if (const TickClock* const clock = clockInPlace.load(std::memory_order_acquire)) {
-    return clock->ticks();
+  if (const auto* const source = replacement.load(std::memory_order_acquire)) {
+    return source->ticks();
   }
   timespec now;
   ::clock_gettime(CLOCK_MONOTONIC, &now);
@@ -27,13 +28,11 @@ std::uint64_t monotonicTicks() noexcept {
 }
 
 Timebase systemTimebase() noexcept {
-  const TickClock* const clock = clockInPlace.load(std::memory_order_acquire);
-  return clock != nullptr ? clock->timebase : Timebase{1, 1};
+  const auto* const source = replacement.load(std::memory_order_acquire);
+  return source != nullptr ? source->timebase : Timebase{1, 1};
 }
 
-const TickClock* setTickClock(const TickClock* clock) noexcept {
-  return clockInPlace.exchange(clock);
-}
+void detail::setTickClockSource(const TickClockSource* source) noexcept { replacement = source; }
 
 DispatchTime dispatchTime(DispatchTime when, std::int64_t nanoseconds) noexcept {
   if (when == DispatchTimeForever) return when;

@@ -16,21 +16,12 @@ struct Timebase {
   std::uint32_t denominator = 0;
 };
 
-/// A clock in the system's place, so that a test can move time by hand.
-struct TickClock {
-  std::uint64_t (*ticks)() noexcept;  ///< the ticks so far, at this moment
-  Timebase timebase;                  ///< how long they are
-};
-
 /// Ticks since the machine started; never goes back, and stands still while the machine sleeps.
 /// Any thread.
 [[nodiscard]] TQ_EXPORT std::uint64_t monotonicTicks() noexcept;
 
 /// 1/1 on this platform: ticks are nanoseconds.
 [[nodiscard]] TQ_EXPORT Timebase systemTimebase() noexcept;
-
-/// The clock from now on; null means the system's. It must outlive its use. @return the one before
-TQ_EXPORT const TickClock* setTickClock(const TickClock* clock) noexcept;
 
 /// A point in time on the tick clock, in ticks.
 using DispatchTime = std::uint64_t;

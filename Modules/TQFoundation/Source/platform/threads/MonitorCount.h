@@ -1,0 +1,13 @@
+#pragma once
+
+/// @file MonitorCount.h
+/// Counts the object monitors in use, for tests.
+
+#include <cstddef>
+
+namespace tq::detail {
+
+/// Returns the number of objects whose monitor a thread is inside of or waits for. Any thread.
+[[nodiscard]] std::size_t monitorCount();
+
+}  // namespace tq::detail
