@@ -26,7 +26,7 @@ using Code = ExternalToolErrorCode;
 
 constexpr std::size_t kPiece = std::size_t{1} << 16;
 
-/// A pipe's two ends; neither is inherited.
+/// The two ends of a pipe. Child processes do not inherit them.
 struct Pipe {
   Ref<FileHandle> reading;
   Ref<FileHandle> writing;
@@ -45,8 +45,8 @@ void makeNonBlocking(const FileHandle& file) {
   ::fcntl(file.fileDescriptor(), F_SETFL, O_NONBLOCK);
 }
 
-/// Keeps a broken pipe from ending the process while this thread writes: the signal is held back,
-/// and taken away again if it came.
+/// Keeps SIGPIPE from ending the process while this thread writes: blocks the signal, and removes
+/// it if it arrived.
 class BrokenPipesHeldBack {
  public:
   BrokenPipesHeldBack() {
@@ -74,7 +74,7 @@ class BrokenPipesHeldBack {
   bool wasPending_;
 };
 
-/// How the child begins: its streams, its folder, its signals, its group.
+/// The child's initial state: its streams, working directory, signals and process group.
 class Beginning {
  public:
   Beginning(const std::string& folder, const Pipe& input, const Pipe& output,
@@ -120,7 +120,7 @@ class Beginning {
   posix_spawnattr_t attributes_;
 };
 
-/// A started tool, killed with its group and waited for unless it has ended.
+/// A started tool. The destructor kills its group and waits for it, unless it has ended.
 class Run {
  public:
   Run(const ExternalTool& tool, Pipe input, Pipe output, Pipe errorOutput, pid_t child)
@@ -135,24 +135,24 @@ class Run {
     if (seconds > 0 && seconds < kLongest) {
       deadline_ = Clock::now() + std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
     }
-    // Where the kernel has none of these, the end is looked for now and then.
+    // Without support in the kernel, the end is polled for.
     const auto end = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
     end_ = FileHandle::fileHandleWithFileDescriptor(end, end >= 0);
   }
   ~Run() {
     if (hasEnded_) return;
     ::kill(-child_, SIGKILL);
-    ::kill(child_, SIGKILL);  // it may have gone to another group
+    ::kill(child_, SIGKILL);  // it may have moved to another group
     while (::waitpid(child_, &status_, 0) < 0 && errno == EINTR) {
     }
   }
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
-  /// @return what was in the way of its end
+  /// Waits until the tool ends. @return the reason why it must be killed, or its status is unknown
   std::optional<Code> toTheEnd() {
     for (;;) {
-      // The end first: what was written before it is then sure to be read below.
+      // Checked first, so that all output from before the end is read below.
       const pid_t ended = ::waitpid(child_, &status_, WNOHANG);
       hasEnded_ = ended != 0;
       feed();
@@ -194,12 +194,12 @@ class Run {
       } else if (result.errorNumber == EAGAIN) {
         return;
       } else if (result.errorNumber != EINTR) {
-        input_->closeFile();  // all is fed, or nobody reads
+        input_->closeFile();  // all is written, or the reader is gone
       }
     }
   }
 
-  /// @return false when there is more than may be
+  /// Reads the available output. @return false if it exceeds the limit
   bool collect(Stream& stream) const {
     while (stream.file->fileDescriptor() >= 0) {
       const std::span<std::byte> room = stream.bytes->spareRoom(kPiece);
@@ -216,7 +216,7 @@ class Run {
     return true;
   }
 
-  // poll() leaves out what has a negative descriptor.
+  // poll() skips negative descriptors.
   void waitForNews() const {
     using namespace std::chrono;
     constexpr milliseconds kNowAndThen(20);
@@ -268,7 +268,7 @@ std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<
     return fail(error, tool, Code::cannotStart,
                 "could not be started: " + std::string(::strerrordesc_np(errorNumber)));
   };
-  if (holdsNul(tool)) return cannotStart(EINVAL);  // it would cut the text
+  if (holdsNul(tool)) return cannotStart(EINVAL);  // it would end the C string
   auto input = Pipe::make();
   auto output = Pipe::make();
   auto errorOutput = Pipe::make();
@@ -278,7 +278,7 @@ std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<
       Beginning(tool.workingFolder, *input, *output, *errorOutput).spawn(tool, child);
   if (failure != 0) return cannotStart(failure);
 
-  input->reading->closeFile();  // the child's ends: it alone holds them from here on
+  input->reading->closeFile();  // the child's ends: from here on, only the child holds them
   output->writing->closeFile();
   errorOutput->writing->closeFile();
   const BrokenPipesHeldBack heldBack;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file ExternalTool.h
-/// Other programs, run to their end.
+/// Runs an external program and waits for it.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,50 +16,55 @@
 
 namespace tq {
 
-/// Domain of errors that say why a tool could not be run to its end, and their codes.
+/// The domain of errors of runExternalTool(), and their codes.
 inline constexpr std::string_view ExternalToolErrorDomain = "com.korvan.ExternalTool";
 enum class ExternalToolErrorCode : std::int64_t {
-  cannotStart = 1,    ///< no such program, not permitted, no process to be had
-  timedOut = 2,       ///< killed after its time
-  tooMuchOutput = 3,  ///< killed for writing more than it may
-  unknownEnd = 4,     ///< ended, but how cannot be learnt: somebody else has waited for it
+  cannotStart = 1,    ///< no such program, no permission, or no new process
+  timedOut = 2,       ///< killed at its time-out
+  tooMuchOutput = 3,  ///< killed because its output exceeded the limit
+  unknownEnd = 4,     ///< ended, but another part of this process took its exit status
 };
 
-/// A program to be run, what it is told, and what it may take.
+/// A program to run, with its arguments, its input and its limits.
 struct ExternalTool {
-  /// A path, or a name that is looked for in $PATH.
+  /// A path, or a name that is searched in $PATH.
   std::string program;
-  /// One argument each, exactly as given: no shell sees them.
+  /// The arguments, passed exactly as given: no shell interprets them.
   std::vector<std::string> arguments;
-  /// What it reads; lent until it has ended. A tool that ends or closes its input earlier is fine.
+  /// Its standard input. Must stay valid until runExternalTool() returns. A tool may end or close
+  /// its input before it has read all of it.
   std::span<const std::byte> input;
-  /// This process's own when empty.
+  /// Its working directory. If empty, that of this process.
   std::string workingFolder;
-  /// 0 or less, or not a number: as long as it takes.
+  /// No time-out if 0, negative or NaN.
   double timeoutSeconds = 0;
-  /// For each of its two streams.
+  /// The limit for each of its two output streams.
   std::size_t mostOutputBytes = std::size_t{1} << 28;
 };
 
-/// What a program wrote and how it ended.
+/// The output and the exit status of a program.
 struct ExternalToolResult {
-  /// What it wrote to standard output, and to standard error. Never none.
+  /// The bytes that it wrote to standard output and to standard error. Never null.
   Ref<Data> output;
   Ref<Data> errorOutput;
-  int exitStatus = 0;  ///< 0...255; -1 when a signal ended it
-  int signal = 0;      ///< the one that ended it, or 0
+  int exitStatus = 0;  ///< 0 to 255; -1 if a signal ended it
+  int signal = 0;      ///< the signal that ended it, or 0
 };
 
-/// Runs the tool: starts it without a shell, feeds it and collects both of its streams at once, and
-/// waits for its end. What others that it started write later is not waited for.
+/// Runs a tool and waits until it ends: starts it without a shell, writes its input and collects
+/// both output streams at the same time. Output that its own child processes write later is not
+/// collected.
 ///
-/// The tool gets this process's environment, no other open files, and signals as they are by
-/// default; it leads a process group of its own. When its time is over it is killed, and with it
-/// all of that group; what it moved to other groups is not met. Blocks; any thread, several at a
-/// time. The host must not wait for children that are not its own, nor ignore SIGCHLD, which has
-/// the system do so: then each tool ends with unknownEnd.
+/// The tool inherits the environment of this process, but no open files except its three streams;
+/// all signals have their default action. It leads its own process group. At the time-out, and if
+/// its output exceeds the limit, it is killed with its whole group; processes that it moved to
+/// other groups are not.
 ///
-/// @return none, with an error, when it could not be run to its end; a tool that fails is a result
+/// Blocks. Threads: any, several at the same time. The host must not wait for child processes that
+/// it did not start, and must not ignore SIGCHLD: each tool would report unknownEnd.
+///
+/// @return null, with an error, if the tool could not be started or was killed; a tool that fails
+///         returns a result with its exit status
 [[nodiscard]] TQ_EXPORT std::optional<ExternalToolResult> runExternalTool(
     const ExternalTool& tool, Ref<Error>* error = nullptr);
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FileError.h
-/// Failures of the file system as errors that a person can act on.
+/// Converts error numbers of the file system into errors with helpful texts.
 
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/URL.h>
@@ -10,11 +10,11 @@ namespace tq::detail {
 
 enum class FileUse { reading, writing };
 
-/// Domain CocoaErrorDomain with the code and the text that belong to `errorNumber`, and that number
-/// beneath it in POSIXErrorDomain.
+/// Returns an error of CocoaErrorDomain with the code and the text for `errorNumber`. Its
+/// UnderlyingErrorKey is an error of POSIXErrorDomain with this number.
 [[nodiscard]] Ref<Error> fileError(FileUse use, const URL& url, int errorNumber);
 
-/// The same with a text of one's own.
+/// The same, with `description` as the text.
 [[nodiscard]] Ref<Error> fileError(FileUse use, const URL& url, int errorNumber,
                                    std::string_view description);
 

@@ -11,7 +11,7 @@
 namespace tq {
 Ref<FileHandle> FileHandle::fileHandleForWritingToURL(const URL& url, Ref<Error>* error) {
   int descriptor = -1;
-  int failure = EINVAL;  // a NUL would cut the path
+  int failure = EINVAL;  // a NUL would end the path
   if (url.path().find('\0') == std::string::npos) {
     do {
       descriptor = ::open(url.path().c_str(), O_WRONLY | O_CLOEXEC);
@@ -38,15 +38,15 @@ FileHandle::~FileHandle() {
   if (closeOnDealloc_) closeFile();
 }
 
-// Closed once, whatever close() answers: on Linux the descriptor is gone even after EINTR, and a
-// second try could close another thread's file.
+// Closed once, whatever close() returns: on Linux the descriptor is released even after EINTR, and
+// a second attempt could close another thread's file.
 void FileHandle::closeFile() noexcept {
   if (descriptor_ >= 0) ::close(descriptor_);
   descriptor_ = -1;
 }
 
 WriteResult writeOnce(int descriptor, std::span<const std::byte> bytes) noexcept {
-  errno = 0;  // a short write sets nothing, and must not show an older number
+  errno = 0;  // a short write does not set it, and must not report an older number
   const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
   return {count, errno};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FileHandle.h
-/// Open files, and the one door through which they are written.
+/// Open files, and the write call that all writers use.
 
 #include <cstddef>
 #include <span>
@@ -14,31 +14,33 @@
 
 namespace tq {
 
-/// An open file. Threads: one at a time.
+/// An open file.
+///
+/// Threads: one at a time.
 class TQ_EXPORT FileHandle final : public Subclass<FileHandle> {
  public:
   static constexpr std::string_view className = "FileHandle";
 
-  /// Opens an existing file for writing from its start. It is neither created nor cut; a named pipe
-  /// is waited for until somebody reads it. The handle closes it.
+  /// Opens an existing file for writing at its start. The file is neither created nor truncated.
+  /// Blocks on a named pipe until it has a reader. The handle closes the file.
   ///
-  /// @return none on failure, with an error of CocoaErrorDomain (4 no such file, 513 not permitted,
-  ///         514 name too long, 516, 640 no space, 642 read only, 512 anything else, such as a
-  ///         directory) that carries the system's own as UnderlyingErrorKey
+  /// @return null on failure, with an error of CocoaErrorDomain: 4 no such file, 513 no permission,
+  ///         514 name too long, 516 file exists, 640 no space, 642 read-only volume, 512 anything
+  ///         else, such as a directory. Its UnderlyingErrorKey is the system's error.
   [[nodiscard]] static Ref<FileHandle> fileHandleForWritingToURL(const URL& url,
                                                                  Ref<Error>* error = nullptr);
 
-  /// Wraps a descriptor. With `closeOnDealloc` the handle takes it over and closes it (also when
-  /// there is no memory for the handle), else it stays the caller's.
+  /// Wraps a descriptor. With `closeOnDealloc`, the handle owns it and closes it, also if the
+  /// handle cannot be allocated; otherwise the caller owns it.
   [[nodiscard]] static Ref<FileHandle> fileHandleWithFileDescriptor(int descriptor,
                                                                     bool closeOnDealloc = false);
 
   ~FileHandle() override;
 
-  /// -1 once the file is closed.
+  /// Returns the descriptor; -1 after the file was closed.
   [[nodiscard]] int fileDescriptor() const noexcept { return descriptor_; }
 
-  /// Closes the file now, whoever owns it; a second call does nothing.
+  /// Closes the file now, even if the caller owns the descriptor. A second call has no effect.
   void closeFile() noexcept;
 
  private:
@@ -49,13 +51,13 @@ class TQ_EXPORT FileHandle final : public Subclass<FileHandle> {
   bool closeOnDealloc_;
 };
 
-/// What one write came to.
+/// The result of one write call.
 struct WriteResult {
   std::ptrdiff_t count = 0;  ///< bytes written, or -1
   int errorNumber = 0;       ///< the system's error number; 0 for a short write
 };
 
-/// One write call of the system, never repeated. Any thread.
+/// Makes one write call of the system, without repeating it. Any thread.
 [[nodiscard]] TQ_EXPORT WriteResult writeOnce(int descriptor,
                                               std::span<const std::byte> bytes) noexcept;
 

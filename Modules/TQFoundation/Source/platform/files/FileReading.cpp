@@ -20,8 +20,9 @@ using detail::FilledData;
 
 constexpr std::size_t kLargestFile = std::size_t{1} << 36;
 
-/// Reads to the end. The size is a guess: files grow, and those of the kernel claim to be empty.
-/// @return 0, or the system's error number
+/// Reads to the end of the file. The size of `data` is a hint: files grow, and files of the kernel
+/// report a size of 0.
+/// @return 0 or the system's error number
 int readAll(int descriptor, FilledData& data) {
   std::size_t length = 0;
   for (;;) {
@@ -44,8 +45,8 @@ Ref<FileHandle> detail::openRegularFile(const URL& url, std::size_t& size, Ref<E
     setOutError(error, fileError(FileUse::reading, url, errorNumber));
     return nullptr;
   };
-  if (url.path().find('\0') != std::string::npos) return fail(EINVAL);  // it would cut the path
-  // Not to block: a pipe without a writer is refused, not waited for.
+  if (url.path().find('\0') != std::string::npos) return fail(EINVAL);  // it would end the path
+  // Non-blocking: a pipe without a writer is an error.
   const int descriptor = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (descriptor < 0) return fail(errno);
   Ref<FileHandle> file = FileHandle::fileHandleWithFileDescriptor(descriptor, true);
@@ -73,7 +74,7 @@ Ref<Data> dataWithContentsOfURL(const URL& url, Ref<Error>* error) {
   if (file == nullptr) return nullptr;
   if (size > kLargestFile) return fail(EFBIG);
   try {
-    // One byte more than the size, so that the end is met without growing.
+    // One byte more than the size, so that the end is found without growing.
     const Ref<FilledData> data = makeRef<FilledData>(size + 1);
     const int failure = readAll(file->fileDescriptor(), *data);
     return failure == 0 ? Ref<Data>(data) : fail(failure);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FileReading.h
-/// Whole files as buffers.
+/// Reads whole files.
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Data.h>
@@ -10,12 +10,13 @@
 
 namespace tq {
 
-/// The bytes of the file, copied: another process may cut a file while it is mapped. Any thread.
-/// Only regular files are read; a directory, a device or a pipe is an error, not a wait.
+/// Returns the bytes of a regular file. They are copied, because another process may truncate a
+/// mapped file. A directory, a device or a pipe is an error; the call never blocks on one. Any
+/// thread.
 ///
-/// @return none on failure, with an error of CocoaErrorDomain (260 no such file, 257 not permitted,
-///         258 name too long, 263 beyond 64 GiB or the memory, 256 anything else) that carries the
-///         system's own as UnderlyingErrorKey
+/// @return null on failure, with an error of CocoaErrorDomain: 260 no such file, 257 no permission,
+///         258 name too long, 263 larger than 64 GiB or the available memory, 256 anything else.
+///         Its UnderlyingErrorKey is the system's error.
 [[nodiscard]] TQ_EXPORT Ref<Data> dataWithContentsOfURL(const URL& url,
                                                         Ref<Error>* error = nullptr);
 

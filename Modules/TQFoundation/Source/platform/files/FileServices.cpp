@@ -20,7 +20,7 @@ using detail::FileUse;
 using detail::folderOfPath;
 using detail::hasPath;
 
-constexpr int kMostTries = 10'000;  // names taken by others
+constexpr int kMostTries = 10'000;  // limit for names that exist already
 
 bool fail(Ref<Error>* error, const URL& url, int errorNumber) {
   setOutError(error, fileError(FileUse::writing, url, errorNumber));
@@ -40,7 +40,7 @@ bool replaceFile(const URL& url, std::span<const std::byte> bytes, Ref<Error>* e
 
 Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error) {
   if (!hasPath(wanted)) return fail(error, wanted, EINVAL), nullptr;
-  const std::filesystem::path name(wanted.lastPathComponent());  // a "/" behind it aside
+  const std::filesystem::path name(wanted.lastPathComponent());  // ignores a trailing "/"
   if (name == "/" || name == "." || name == "..") return fail(error, wanted, EINVAL), nullptr;
   const std::string& whole = wanted.path();
   const std::string folder = folderOfPath(whole.substr(0, whole.find_last_not_of('/')));

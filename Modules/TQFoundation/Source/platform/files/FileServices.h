@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FileServices.h
-/// Files replaced safely, files and folders of one's own.
+/// Atomic replacement of files, unique files, temporary folders.
 
 #include <cstddef>
 #include <span>
@@ -15,36 +15,40 @@
 
 namespace tq {
 
-/// Makes `bytes` the content of the file, new or there already: they are written to a file beside
-/// it, brought to the disk, and put in its place in one step. Whoever opens the file, even after a
-/// power cut, finds the old content or the new one, whole. Permissions are kept,
-/// also while it is written, and a symbolic link stays one: the file that it leads to is replaced.
-/// Any thread.
+/// Replaces the content of a file by `bytes`, or creates the file.
 ///
-/// @return false, with an error of CocoaErrorDomain (as FileHandle's), when something failed; the
-///         old content stands then, unless only the folder's entry could not be brought to the disk
+/// The bytes are written to a new file in the same folder, flushed to the disk, and renamed over
+/// the old file. A reader finds either the old or the new content, complete, even after a power
+/// failure. The new file has the permissions of the old one; until it has them, only its owner can
+/// read it. If the URL is a symbolic link, the link stays and its target is replaced. Any thread.
+///
+/// @return false on failure, with an error of CocoaErrorDomain (see FileHandle). The old content is
+///         unchanged then, unless only the folder could not be flushed to the disk.
 [[nodiscard]] TQ_EXPORT bool replaceFile(const URL& url, std::span<const std::byte> bytes,
                                          Ref<Error>* error = nullptr);
 
-/// Makes an empty file of this name (a "/" behind it aside; "." and ".." are none), or of the first
-/// free one after it: "Plan.svg", "Plan 2.svg". The file is made in the same step in which the name
-/// is found to be free. Any thread.
-/// @return its location; none, with an error, on failure
+/// Creates an empty file with this name, or with the first free name after it: "Plan.svg",
+/// "Plan 2.svg". A trailing "/" is ignored; "." and ".." are errors. Creating the file and checking
+/// that its name is free is one atomic step. Any thread.
+///
+/// @return its location; null, with an error, on failure
 [[nodiscard]] TQ_EXPORT Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error = nullptr);
 
-/// A folder of one's own, for the user alone, below $TMPDIR or else /tmp. It goes with everything
-/// in it; links in it are removed, not followed. Threads: one at a time.
+/// A temporary folder in $TMPDIR, or in /tmp, that only its owner can access. The destructor
+/// removes the folder and its content. Links in it are removed, not followed.
+///
+/// Threads: one at a time.
 class TQ_EXPORT TemporaryFolder final : public Subclass<TemporaryFolder> {
  public:
   static constexpr std::string_view className = "TemporaryFolder";
 
-  /// @return none, with an error, on failure
+  /// Creates a folder. @return null, with an error, on failure
   [[nodiscard]] static Ref<TemporaryFolder> temporaryFolder(Ref<Error>* error = nullptr);
   ~TemporaryFolder() override;
 
-  /// Where it is.
+  /// The location of the folder.
   [[nodiscard]] const URL& url() const noexcept { return *url_; }
-  /// A location in the folder.
+  /// Returns the location of an entry of the folder.
   [[nodiscard]] Ref<URL> urlForName(std::string_view name) const;
 
  private:

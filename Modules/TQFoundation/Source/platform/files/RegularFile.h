@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RegularFile.h
-/// Files opened to be read.
+/// Opens regular files for reading.
 
 #include <cstddef>
 
@@ -11,9 +11,9 @@
 
 namespace tq::detail {
 
-/// Opens a regular file, from its start; a directory, a device or a pipe is an error.
-/// @param size  its length at this moment
-/// @return none on failure, with an error as dataWithContentsOfURL() gives it
+/// Opens a regular file at its start. A directory, a device or a pipe is an error.
+/// @param size  receives the current length of the file
+/// @return null on failure, with an error like that of dataWithContentsOfURL()
 [[nodiscard]] Ref<FileHandle> openRegularFile(const URL& url, std::size_t& size, Ref<Error>* error);
 
 }  // namespace tq::detail

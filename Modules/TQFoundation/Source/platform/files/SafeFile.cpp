@@ -14,9 +14,9 @@
 namespace tq::detail {
 namespace {
 
-constexpr int kMostTries = 10'000;  // names taken by others
+constexpr int kMostTries = 10'000;  // limit for names that exist already
 
-/// A new file in the same folder, which goes again unless it takes the other's place.
+/// A new file in the same folder, removed again unless it replaces the old one.
 class Successor {
  public:
   Successor(const std::string& path, mode_t mode) {
@@ -38,7 +38,7 @@ class Successor {
 
   [[nodiscard]] int descriptor() const { return descriptor_; }
 
-  /// Answers 0 or the system's error number.
+  /// Renames the file to `place`. @return 0 or the system's error number
   int take(const std::string& place) {
     const int failure = moveIntoPlace(descriptor_, path_, place);
     if (failure == 0) path_.clear();
@@ -89,7 +89,7 @@ int lookAtPredecessor(const std::string& path, struct stat& before) {
 
 int takeAfter(int descriptor, const struct stat& before) {
   if (before.st_nlink == 0) return 0;
-  // Refused for another's file in a folder of ours: the new one is ours then.
+  // Fails for another user's file in our folder: we own the new file then.
   [[maybe_unused]] const int refused = ::fchown(descriptor, before.st_uid, before.st_gid);
   return ::fchmod(descriptor, before.st_mode & 07777) == 0 ? 0 : errno;
 }

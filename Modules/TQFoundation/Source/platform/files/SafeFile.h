@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file SafeFile.h
-/// The steps by which a whole file takes another's place. Those that answer an int answer 0 or the
-/// system's error number, where nothing else is said.
+/// The steps of an atomic file replacement. Functions that return an int return 0 or the system's
+/// error number, unless stated otherwise.
 
 #include <sys/stat.h>
 
@@ -14,42 +14,44 @@
 
 namespace tq::detail {
 
-/// A path that a file can have: some text without a NUL, which would cut it.
+/// Returns whether the URL's path can name a file: it is not empty and contains no NUL.
 [[nodiscard]] bool hasPath(const URL& url);
 
-/// Where a chain of links ends; the path itself when it leads nowhere.
+/// Follows symbolic links. Returns the path itself if its target does not exist.
 [[nodiscard]] std::string resolvedPath(const std::string& path);
 
-/// The folder of the path, with the last "/"; "." for a plain name.
+/// Returns the folder of the path, with its trailing "/"; "." for a path without "/".
 [[nodiscard]] std::string folderOfPath(const std::string& path);
 
 inline constexpr mode_t kByUmask = 0666;
 inline constexpr mode_t kOwnersOnly = 0600;
 
-/// Makes a file that nobody has yet, for writing.
-/// @return its descriptor, or -1 with errno set
+/// Creates a file for writing. It is an error if the file exists.
+/// @return its descriptor; -1 on failure, with errno set
 [[nodiscard]] int makeFile(const std::string& path, mode_t mode);
 
-/// Writes all of it, with writeOnce().
+/// Writes all bytes, with writeOnce().
 [[nodiscard]] int writeAll(int descriptor, std::span<const std::byte> bytes);
 
-/// What is there of the file that is to be replaced: 0 for a regular file or none.
-/// @param before  its status; st_nlink is 0 when there is none
+/// Checks the file that is to be replaced.
+/// @param before  receives its status; st_nlink is 0 if it does not exist
+/// @return 0 if it is a regular file or does not exist, otherwise an error number
 [[nodiscard]] int lookAtPredecessor(const std::string& path, struct stat& before);
 
-/// Gives the file the owner and the permissions of the one before, if there was one.
+/// Gives the file the owner and the permissions of the old file, if that exists.
 [[nodiscard]] int takeAfter(int descriptor, const struct stat& before);
 
-/// Brings the file to the disk and puts it in its place, in one step.
+/// Flushes the file to the disk and renames it.
 [[nodiscard]] int moveIntoPlace(int descriptor, const std::string& from, const std::string& to);
 
-/// Makes a file of the bytes beside the path, brings it to the disk and puts it in the path's
-/// place; a link there is replaced, not followed. Until it takes after the one before, if there was
-/// one, it is the owner's alone: what was private stays so.
+/// Writes the bytes to a new file in the path's folder, flushes it to the disk and renames it to
+/// `path`. A link at `path` is replaced, not followed. If an old file exists, only the owner can
+/// read the new one until it has the old one's permissions, so that private content stays private.
 [[nodiscard]] int writeInPlace(const std::string& path, std::span<const std::byte> bytes,
                                const struct stat& before);
 
-/// Brings the entries of the folder to the disk. Some file systems have no such thing, and say so.
+/// Flushes the entries of the folder to the disk. File systems that do not support this count as
+/// successful.
 [[nodiscard]] int bringFolderToDisk(const std::string& folder);
 
 }  // namespace tq::detail

@@ -23,7 +23,7 @@ SinkSlot& sinkSlot() {
   return slot;
 }
 
-/// What the journal knows of a level: the priority of its own scale.
+/// The level of the journal that corresponds to one of ours.
 struct JournalLevel {
   GLogLevelFlags flag;
   const char* priority;
@@ -67,10 +67,10 @@ void deliver(const LogMessage& message) {
                        message.text));
 }
 
-/// Calls `use` with the value as the formatting library takes it. Objects are described only here,
-/// once the message is known to be wanted.
+/// Converts a value for the formatting library. Objects are described only here, after the level
+/// has been checked.
 struct Formatted {
-  std::vector<std::string>& descriptions;  // reserved: views of them stay good
+  std::vector<std::string>& descriptions;  // reserved, so that views of them stay valid
   std::string_view operator()(const Object* object) const {
     return descriptions.emplace_back(object->description());
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file LogChannel.h
-/// Messages by subject and weight.
+/// Log channels: messages by subsystem, category and level.
 
 #include <atomic>
 #include <concepts>
@@ -18,37 +18,40 @@
 
 namespace tq {
 
-/// How much a message weighs, lightest first.
+/// The severity of a message, lowest first.
 enum class LogLevel : std::uint8_t { debug, info, default_, error, fault };
 
-/// "debug", "info", "default", "error" or "fault".
+/// Returns "debug", "info", "default", "error" or "fault".
 [[nodiscard]] TQ_EXPORT std::string_view nameOf(LogLevel level) noexcept;
 
-/// A message on its way to the sink; the texts live until the sink returns.
+/// A message for a sink. Its texts are valid until the sink returns.
 struct LogMessage {
-  std::string_view subsystem;  ///< the channel's
-  std::string_view category;   ///< the channel's
+  std::string_view subsystem;  ///< of the channel
+  std::string_view category;   ///< of the channel
   LogLevel level;              ///< as logged
-  std::string_view text;       ///< the message, its arguments filled in
+  std::string_view text;       ///< the message with its arguments filled in
 };
-/// Takes messages in place of the system; may be called by several threads at once.
+/// Receives messages instead of the system. Several threads may call it at the same time.
 using LogSink = std::function<void(const LogMessage&)>;
 
-/// Everything that channels let through goes to `sink` from now on; an empty one means the system
-/// again. @return the sink before
-/// Threads: any; the sink is called on the thread that logs, with no lock held, several at a time.
+/// Sends all messages that pass their channel's level to `sink`. An empty sink restores the system.
+///
+/// Threads: any. The sink is called on the thread that logs, with no lock held; several threads may
+/// call it at the same time.
+///
+/// @return the previous sink
 TQ_EXPORT LogSink setLogSink(LogSink sink);
 
-/// A value for a "{}" of a message: a number, a boolean, a character, text, or an object by its
-/// description. Borrows text and objects. A pointer is none of these.
+/// An argument of a message: a number, a boolean, a character, a text, or an object, which is
+/// formatted as its description. Pointers are not accepted.
 class LogArgument {
  public:
-  /// What an argument is kept as.
+  /// The types that arguments are stored as.
   using Held = std::variant<bool, char, std::int64_t, std::uint64_t, float, double,
                             std::string_view, const Object*>;
 
-  /// Borrows texts and objects until the message is written.
-  LogArgument(std::integral auto value) noexcept  // NOLINT: taken as is
+  /// Refers to texts and objects, which must be valid until the message is written.
+  LogArgument(std::integral auto value) noexcept  // NOLINT: implicit
       : held_(static_cast<Kept<decltype(value)>>(value)) {}
   LogArgument(std::floating_point auto value) noexcept  // NOLINT
       : held_(static_cast<Kept<decltype(value)>>(value)) {}
@@ -56,7 +59,7 @@ class LogArgument {
       : held_(std::string_view(text)) {}
   LogArgument(const Object& object) noexcept : held_(&object) {}  // NOLINT
 
-  /// The value.
+  /// Returns the stored value.
   [[nodiscard]] const Held& held() const noexcept { return held_; }
 
  private:
@@ -71,45 +74,48 @@ class LogArgument {
   Held held_;
 };
 
-/// Where messages of one subject go. One object for each subsystem and category in the process,
-/// never destroyed.
+/// A channel for the messages of one subsystem and category. The process has one object for each
+/// pair, which is never destroyed.
 ///
-/// A message that passes the channel's level goes to the host's sink (setLogSink()); without one to
-/// the system's journal, when standard error leads there, with SUBSYSTEM, CATEGORY and PRIORITY as
-/// fields to filter on; else as one line to plainLog(). Where standard error leads is asked once,
-/// at the first message that no sink takes.
+/// A message that passes the channel's level goes to the host's sink (setLogSink()). Without a
+/// sink, it goes to the system's journal if standard error is connected to the journal, with the
+/// fields SUBSYSTEM, CATEGORY and PRIORITY to filter on; otherwise to plainLog(), as one line. The
+/// connection of standard error is checked once, at the first message without a sink.
 ///
-/// Threads: any. Cost: a level that is off takes one relaxed load.
+/// Threads: any.
+/// Cost:    one relaxed load if the level is disabled.
 class TQ_EXPORT LogChannel {
  public:
+  /// Returns the channel of this subsystem and category.
   /// @param subsystem  a reverse-DNS label
   [[nodiscard]] static LogChannel& channel(std::string_view subsystem, std::string_view category);
 
-  /// Enabled for no level, whatever setLevel() is told: drops everything.
+  /// Returns a channel that drops every message. setLevel() has no effect on it.
   [[nodiscard]] static LogChannel& disabled();
 
   LogChannel(const LogChannel&) = delete;
   LogChannel& operator=(const LogChannel&) = delete;
 
-  /// What it was found by.
+  /// The subsystem and the category of the channel.
   [[nodiscard]] const std::string& subsystem() const noexcept { return subsystem_; }
   [[nodiscard]] const std::string& category() const noexcept { return category_; }
 
-  /// Relaxed: a level says nothing of other memory.
+  /// Returns whether messages of this level are logged.
   [[nodiscard]] bool isEnabled(LogLevel level) const noexcept {
+    // Relaxed: the level publishes no other memory.
     return static_cast<std::uint8_t>(level) >= lowest_.load(std::memory_order_relaxed);
   }
 
-  /// Lets this level and the heavier ones through; LogLevel::default_ at first.
+  /// Enables this level and all higher ones. Initially LogLevel::default_.
   void setLevel(LogLevel lowest) noexcept;
 
-  /// Logs the text as it stands.
+  /// Logs the text unchanged.
   void log(LogLevel level, std::string_view text) const {
     if (isEnabled(level)) write(level, text);
   }
 
-  /// Logs `format` with its "{}" replaced, as std::format does it. A format that does not fit its
-  /// arguments is logged as it stands, with what is wrong with it.
+  /// Logs `format` with its "{}" replaced, like std::format. A format that does not fit its
+  /// arguments is logged unchanged, followed by the reason.
   template <class... Arguments>
   requires(sizeof...(Arguments) != 0) void log(LogLevel level, std::string_view format,
                                                const Arguments&... arguments) const {

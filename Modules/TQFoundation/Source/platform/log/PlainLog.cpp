@@ -37,7 +37,7 @@ void writeAll(std::string_view text) noexcept {
   while (!text.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;  // nobody listens
+    if (written <= 0) return;  // standard error is closed
     text.remove_prefix(static_cast<std::size_t>(written));
   }
 }

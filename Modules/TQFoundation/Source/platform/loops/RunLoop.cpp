@@ -19,28 +19,28 @@
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/Thread.h>
 
-// A loop lives in its context as two sources (three on the main thread) which have no descriptors:
-// they are asked before and after the context sleeps. Blocks are handed from thread to thread under
-// our own locks, so the thread sanitizer sees the hand-over although it does not see into GLib.
+// A loop adds two sources to its context (three on the main thread). They have no descriptors: GLib
+// calls them before and after the context sleeps. Blocks pass between threads under our own locks,
+// so that the thread sanitizer sees the synchronisation, although it does not see into GLib.
 
 namespace tq {
 namespace {
 
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
-/// Blocks that one thread runs for all.
+/// A block and the mode that performs it.
 struct Performed {
   RunLoop::Block block;
   RunLoopMode mode;
 
-  /// Runs the block and drops what it holds.
+  /// Runs the block and destroys it.
   void run() noexcept {
     block();
     block = nullptr;
   }
 };
 
-/// For poll(): whole milliseconds, rounded up, so that the loop does not wake just too early.
+/// Converts to whole milliseconds for poll(), rounded up, so that the loop does not wake too early.
 int pollTimeout(std::int64_t nanoseconds) noexcept {
   const std::int64_t milliseconds = nanoseconds / 1'000'000 + (nanoseconds % 1'000'000 != 0);
   return static_cast<int>(
@@ -51,7 +51,7 @@ thread_local constinit RunLoop* currentLoop = nullptr;
 
 }  // namespace
 
-/// What the loop's thread alone touches, but for what the lock guards.
+/// Used by the loop's thread only, except for what the lock guards.
 struct RunLoop::State {
   struct Source : GSource {
     State* state;
@@ -65,7 +65,8 @@ struct RunLoop::State {
 
   static State& of(GSource* source) noexcept { return *static_cast<Source*>(source)->state; }
 
-  // What GLib asks each kind of source before the sleep and after it, and has it do.
+  // The functions of each kind of source that GLib calls before the sleep, after it, and to
+  // dispatch.
   static gboolean blocksBefore(GSource* source, gint* timeout);
   static gboolean blocksAfter(GSource* source);
   static gboolean runBlocks(GSource* source, GSourceFunc, gpointer);
@@ -76,8 +77,8 @@ struct RunLoop::State {
   static gboolean mainQueueAfter(GSource* source);
   static gboolean runMainQueue(GSource* source, GSourceFunc, gpointer);
 
-  /// Whether the context is being gone through for runOnce(), and not for a host's own loop, which
-  /// may also run inside of one of our callbacks.
+  /// Whether runOnce() iterates the context, and not a loop of the host, which may also run inside
+  /// one of our callbacks.
   [[nodiscard]] bool isOwnIteration() const noexcept { return g_main_depth() == ownDepth; }
   [[nodiscard]] RunLoopMode runningMode() const noexcept {
     return isOwnIteration() ? ownMode : RunLoopMode::standard;
@@ -104,12 +105,12 @@ struct RunLoop::State {
   std::vector<Performed> mainQueue TQ_GUARDED_BY(lock);  // of the main thread's loop
   std::atomic<bool> stopIsAsked{false};
 
-  detail::TimerHeap timers;  // holds a reference to each
-  int ownDepth = -1;         // of the innermost iteration for runOnce(); -1: none
+  detail::TimerHeap timers;  // retains each of them
+  int ownDepth = -1;         // of the innermost iteration by runOnce(), or -1
   RunLoopMode ownMode = RunLoopMode::standard;
   std::int64_t ownDeadline = kNever;
   bool drainsBeforeSleep = false;
-  std::size_t heldBlocks = 0;  // the first ones, which wait until the context has slept
+  std::size_t heldBlocks = 0;  // the first blocks, which wait until the context has slept
 };
 
 RunLoop::State::State(bool isMain)
@@ -125,7 +126,7 @@ RunLoop::State::State(bool isMain)
       mainQueueBefore, mainQueueAfter, runMainQueue, nullptr, {}, {}};
   attach(blockFunctions, true);
   attach(timerFunctions, true);
-  // A source that may not recurse is left out while one of its own blocks runs a loop.
+  // A source that may not recurse is skipped while one of its own blocks runs a loop.
   if (isMain) attach(queueFunctions, false);
 }
 
@@ -144,9 +145,9 @@ void RunLoop::State::detach() noexcept {
   }
 }
 
-// Blocks. A pass performs them twice, before and after the sleep. Those which are added while the
-// first ones run do not keep the loop from sleeping: they wait for what wakes it. runOnce()
-// performs blocks by itself at these two places; for a host's loop, the source does.
+// Blocks. A pass performs them twice, before and after the sleep. Blocks that are added while the
+// first ones run do not prevent the sleep: they wait until something wakes the loop. runOnce()
+// performs blocks itself at these two places; in a loop of the host, the source does.
 
 bool RunLoop::State::drain(RunLoopMode mode) {
   std::vector<Performed> taken;
@@ -160,7 +161,7 @@ bool RunLoop::State::drain(RunLoopMode mode) {
                  std::make_move_iterator(others.begin()));
     performed.erase(performed.begin(), others.begin());
   }
-  if (!taken.empty()) heldBlocks = 0;  // they are among these, or behind them
+  if (!taken.empty()) heldBlocks = 0;  // they are among these, or after them
   for (Performed& each : taken) each.run();
   return !taken.empty();
 }
@@ -221,7 +222,8 @@ gboolean RunLoop::State::runTimers(GSource* source, GSourceFunc, gpointer) {
 }
 
 void RunLoop::State::fireDueTimers() {
-  const std::int64_t now = RunLoop::now();  // what becomes due while others fire waits for its pass
+  const std::int64_t now =
+      RunLoop::now();  // timers that become due meanwhile wait for the next pass
   while (!timers.isEmpty() && timers.earliest() <= now) {
     const auto timer = Ref<Timer>::adopt(timers.top());
     timers.remove(timer->slot_);
@@ -267,14 +269,14 @@ RunLoop::~RunLoop() = default;
 RunLoop& RunLoop::current() { return currentLoop != nullptr ? *currentLoop : makeCurrent(); }
 
 RunLoop& RunLoop::main() {
-  static RunLoop& loop = *new RunLoop(true);  // never destroyed: the process's context neither is
+  static RunLoop& loop = *new RunLoop(true);  // never destroyed, like the process's context
   return loop;
 }
 
 RunLoop& RunLoop::makeCurrent() {
   if (isMainThread()) return *(currentLoop = &main());
-  // Not a thread-local object: what is dropped at the thread's end may ask for its loop once more,
-  // and then the system calls again.
+  // Not a thread-local object: a block that is destroyed at the thread's end may ask for the loop
+  // again, and GPrivate then runs its destructor again.
   static GPrivate atThreadEnd = G_PRIVATE_INIT(endThread);
   currentLoop = new RunLoop(false);
   g_private_set(&atThreadEnd, currentLoop);
@@ -315,7 +317,7 @@ void RunLoop::forgetTimer(Timer& timer) noexcept {
 
 void RunLoop::performBlock(Block block, RunLoopMode mode) {
   TQ_ASSERT(block != nullptr);
-  Performed added{std::move(block), mode};  // dropped, if at all, with the lock released
+  Performed added{std::move(block), mode};  // if dropped, destroyed after the lock is released
   const Locked guard(state_->lock);
   if (!state_->hasEnded) state_->performed.push_back(std::move(added));
 }
@@ -330,7 +332,7 @@ void RunLoop::addCommonMode(RunLoopMode mode) {
 bool RunLoop::runOnce(double timeoutSeconds, RunLoopMode mode) {
   TQ_ASSERT(isCurrent() && mode != RunLoopMode::common);
   State& state = *state_;
-  constexpr double kLongest = 4e9;  // seconds; longer is without limit
+  constexpr double kLongest = 4e9;  // seconds; longer time-outs are unlimited
   std::int64_t deadline = kNever;
   if (timeoutSeconds < kLongest) {
     deadline = now() + static_cast<std::int64_t>(std::max(timeoutSeconds, 0.0) * 1e9);
@@ -368,7 +370,7 @@ void RunLoop::appendToMainQueue(Block block) {
     wasEmpty = state_->mainQueue.empty();
     state_->mainQueue.push_back({std::move(block), RunLoopMode::common});
   }
-  if (wasEmpty) wakeUp();  // whoever came first has woken it for the others
+  if (wasEmpty) wakeUp();  // otherwise an earlier caller has woken it
 }
 
 void mainQueueAsync(std::function<void()> block) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RunLoop.h
-/// Each thread's event loop, and the queue of blocks that the main thread serves.
+/// Event loops of threads, and the main thread's queue of blocks.
 
 #include <cstdint>
 #include <functional>
@@ -14,65 +14,68 @@ namespace tq {
 
 class Timer;
 
-/// What a loop is running for. A host may have modes of its own: any other number.
+/// The mode that a loop runs in. A host may use any other number as a mode of its own.
 enum class RunLoopMode : std::uint32_t {
-  standard = 0,  ///< what a loop runs in unless told otherwise; timers fire in this one alone
-  common = 1,    ///< a label, not a mode to run in: all modes marked so, `standard` among them
+  standard = 0,  ///< the default mode, and the only one in which timers fire
+  common = 1,    ///< for blocks: all common modes, such as `standard`; a loop cannot run in it
 };
 
 /// A thread's event loop: timers, performed blocks and, on the main thread, the main queue.
 ///
-/// It stands on the thread's own default main context (the main thread's on the process's), so
-/// where a toolkit runs that context, nothing else needs to be run; where nobody does, run() does.
-/// The loop of a thread that runs neither never fires a timer and never performs a block.
+/// The loop uses the thread's default main context; on the main thread, that of the process. If a
+/// toolkit runs this context, the host need not run the loop; otherwise it must call run(). If the
+/// thread runs neither, its timers never fire and its blocks are never performed.
 ///
-/// One pass performs blocks; serves, after sleeping until there is something to serve, the timers
-/// that are due, the main queue and whatever else lives in the context; and performs blocks again.
+/// A pass has three steps. It performs blocks. Then it sleeps until there is work, and serves the
+/// timers that are due, the main queue, and all other sources of the context. Finally it performs
+/// blocks again.
 ///
-/// Threads:    performBlock(), wakeUp() and stop() from any; the rest on the loop's own thread.
-/// Lifetime:   ends with its thread, which drops what has not been performed or fired; the main
-///             thread's never does. Held longer, it takes blocks only to drop them.
-/// Exceptions: one that leaves a block or a timer's action stops the process.
+/// Threads:    performBlock(), wakeUp() and stop() from any; all others on the loop's own thread.
+/// Lifetime:   ends with its thread, which drops pending blocks and timers. A loop that is retained
+///             longer drops each block that is added. The main thread's loop never ends.
+/// Exceptions: an exception that leaves a block or a timer's action stops the process.
 class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
  public:
   static constexpr std::string_view className = "RunLoop";
-  /// What a loop is to do once.
+  /// Work that a loop does once.
   using Block = std::function<void()>;
 
-  /// The calling thread's loop, made on first use. Hold it with share() to use it from elsewhere.
+  /// Returns the calling thread's loop, created on first use. To use it on other threads, retain it
+  /// with share().
   [[nodiscard]] static RunLoop& current();
-  /// The loop of the process's first thread. Any thread.
+  /// Returns the loop of the main thread. Any thread.
   [[nodiscard]] static RunLoop& main();
 
   ~RunLoop() override;
 
-  /// Appends a block, to be run in a pass of `mode`, first come, first served. Does not wake the
-  /// loop: one that sleeps runs the block when something else wakes it. A block added while blocks
-  /// are being performed waits for the next time. An empty block is the caller's fault and stops
-  /// the process.
+  /// Appends a block that a pass in `mode` performs, in the order of adding. Does not wake the
+  /// loop: a sleeping loop performs the block after something else has woken it. A block that is
+  /// added while blocks are performed waits for the next step that performs blocks. An empty block
+  /// stops the process.
   void performBlock(Block block, RunLoopMode mode = RunLoopMode::common);
 
-  /// Ends the loop's sleep, or keeps its next one from beginning.
+  /// Ends the loop's sleep, or prevents its next one.
   void wakeUp() noexcept;
 
-  /// Makes blocks for `common` run in `mode` too.
+  /// Makes `mode` a common mode, which performs blocks for `common` too.
   void addCommonMode(RunLoopMode mode);
 
-  /// One pass. Sleeps up to `timeoutSeconds` for something to do; 0 or less does not sleep, and
-  /// infinity sleeps without limit.
-  /// @return whether anything was done
+  /// Makes one pass. It sleeps up to `timeoutSeconds` until there is work; not at all if 0 or
+  /// negative, without limit if infinite.
+  /// @return whether any work was done
   bool runOnce(double timeoutSeconds = 0, RunLoopMode mode = RunLoopMode::standard);
 
-  /// Passes until `seconds` are over or stop() is called.
+  /// Makes passes until `seconds` have elapsed or stop() is called.
   void runFor(double seconds, RunLoopMode mode = RunLoopMode::standard);
 
-  /// Passes until stop() is called.
+  /// Makes passes until stop() is called.
   void run();
 
-  /// Lets the innermost run() or runFor() return after its pass; the next one, when none runs.
+  /// Makes the innermost run() or runFor() return after its pass. If none runs, the next one
+  /// returns at once.
   void stop() noexcept;
 
-  /// Whether this is the calling thread's loop.
+  /// Returns whether this is the calling thread's loop.
   [[nodiscard]] bool isCurrent() const noexcept;
 
  private:
@@ -92,13 +95,14 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   std::unique_ptr<State> state_;
 };
 
-/// Runs `block` on the main thread in a later pass of its loop, which is woken; also when called
-/// there. First come, first served; a pass serves what was there when it began to. A loop that is
-/// run from such a block does not serve the queue. Any thread. An empty block stops the process,
-/// and so does an exception that leaves one.
+/// Appends `block` to the main queue and wakes the main thread's loop, which runs the block in a
+/// later pass, also if called on the main thread. Blocks run in the order of adding. A pass runs
+/// the blocks that are in the queue when it starts serving it. A loop that is run by such a block
+/// does not serve the queue. An empty block, or an exception that leaves a block, stops the
+/// process. Any thread.
 TQ_EXPORT void mainQueueAsync(std::function<void()> block);
 
-/// Whether the calling thread is the process's first. In a child made by fork() none is.
+/// Returns whether the calling thread is the process's first thread. False in a child of fork().
 [[nodiscard]] TQ_EXPORT bool isMainThread() noexcept;
 
 }  // namespace tq

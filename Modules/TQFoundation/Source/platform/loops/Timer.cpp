@@ -46,10 +46,10 @@ void Timer::invalidate() {
   }
 }
 
-// While it fires, a timer is not in the loop's heap, so a loop run from its action leaves it alone.
+// A timer that fires is not in the loop's heap, so a loop that its action runs does not fire it.
 void Timer::fire() noexcept {
   if (isValid()) action_(*this);
-  if (!isValid()) return letGo();  // also when another thread was just about to have it done
+  if (!isValid()) return letGo();  // also if another thread has just asked the loop to do it
   if (repeats_) {
     loop_->scheduleTimer(*this);
   } else if (isValid_.exchange(false)) {
@@ -57,7 +57,8 @@ void Timer::fire() noexcept {
   }
 }
 
-/// With its loop's thread, also when another thread has just invalidated it and will not be heard.
+/// Called when the loop's thread ends, also if another thread has just invalidated the timer and
+/// the loop will not perform its block.
 void Timer::end() noexcept {
   isValid_ = false;
   letGo();

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Timer.h
-/// Actions at a later time, once or again and again.
+/// Timers: call an action at a later time, once or repeatedly.
 
 #include <atomic>
 #include <cstdint>
@@ -13,37 +13,37 @@
 
 namespace tq {
 
-/// Waits on the run loop of the thread that scheduled it, and fires there in the standard mode. The
-/// loop holds it while it waits; once it has fired for the last time, or is invalidated, nobody
-/// does but its users.
+/// A timer on the run loop of the thread that scheduled it. It fires there, in the standard mode.
 ///
-/// Threads: the scheduling thread. isValid() and invalidate() from any, but invalidated elsewhere
-///          it no longer begins to fire, and lets go of its user info in that loop's next pass.
-/// Time:    the loop's steady clock; a change of the wall clock does not move it.
+/// Ownership: the loop retains the timer until it has fired for the last time or is invalidated.
+/// Threads:   the scheduling thread; isValid() and invalidate() from any. After invalidate() on
+///            another thread, the timer does not start to fire again; its user info is released in
+///            the loop's next pass.
+/// Time:      the steady clock; changes of the wall clock have no effect.
 class TQ_EXPORT Timer final : public Subclass<Timer> {
  public:
   static constexpr std::string_view className = "Timer";
-  /// What it does when it fires; told the timer.
+  /// Called with the timer when it fires.
   using Action = void (*)(Timer&);
 
-  /// A timer on the calling thread's run loop.
+  /// Schedules a timer on the calling thread's run loop.
   ///
-  /// @param seconds   from now to the first firing, and between firings; 0 or less is a tenth of a
-  ///                  millisecond; NaN stops the process
-  /// @param action    is told the timer; an empty one stops the process
-  /// @param userInfo  for the action; held until the timer is invalid
-  /// @param repeats   fires on the grid start + k · seconds, leaving out what has passed; otherwise
-  ///                  once, and is invalid after its action has returned
+  /// @param seconds   time from now to the first firing, and between firings. 0 or less means a
+  ///                  tenth of a millisecond. NaN stops the process.
+  /// @param action    called when the timer fires; null stops the process
+  /// @param userInfo  for the action; retained until the timer is invalid
+  /// @param repeats   if true, the timer fires at start + k · seconds and skips times that have
+  ///                  passed. If false, it fires once and is invalid after its action has returned.
   static Ref<Timer> scheduledTimerWithTimeInterval(double seconds, Action action,
                                                    Ref<Object> userInfo, bool repeats);
 
-  /// False once it has fired for the last time, or was invalidated.
+  /// Returns false after the timer has fired for the last time or was invalidated.
   [[nodiscard]] bool isValid() const noexcept { return isValid_.load(); }
 
-  /// None once the timer is invalid.
+  /// Returns the user info, or null if the timer is invalid.
   [[nodiscard]] Object* userInfo() const noexcept { return userInfo_.get(); }
 
-  /// Never fires again. May be called twice, and from the action.
+  /// Stops the timer for good. May be called repeatedly, and by the action.
   void invalidate();
 
  private:
@@ -57,8 +57,8 @@ class TQ_EXPORT Timer final : public Subclass<Timer> {
 
   const Ref<RunLoop> loop_;
   const Action action_;
-  const std::int64_t interval_;  // nanoseconds, at least 1
-  const std::int64_t start_;     // by the loop's clock
+  const std::int64_t interval_;  // in nanoseconds, at least 1
+  const std::int64_t start_;     // on the steady clock
   const bool repeats_;
   std::atomic<bool> isValid_{true};
   Ref<Object> userInfo_;

@@ -9,7 +9,7 @@
 
 namespace tq {
 
-// The sanitizers watch malloc, so under them objects come from there.
+// The sanitizers check malloc, so objects are allocated by it in their builds.
 void* allocateObjectMemory(std::size_t byteCount) {
 #ifdef TQ_SANITIZED
   void* memory = std::malloc(byteCount);

@@ -17,13 +17,13 @@ namespace {
 constexpr std::size_t kMostThreads = 64;
 constexpr std::chrono::milliseconds kAWhile(5);
 
-/// The calls of one loop. The threads that make them hold it; the body is the caller's, who waits
-/// for them.
+/// The state of one loop, owned by the threads that make its calls. The body belongs to the caller,
+/// which waits for them.
 struct Group {
   Group(std::size_t callCount, const std::function<void(std::size_t)>& call)
       : count(callCount), body(call) {}
 
-  /// Another thread takes part. @throws std::bad_alloc, and none does
+  /// Adds a thread. @throws std::bad_alloc, with no thread added
   static void addThread(const std::shared_ptr<Group>& group) TQ_REQUIRES(group->lock) {
     detail::runOnPoolThread([group] { group->makeCalls(); });
     ++group->threads;
@@ -46,7 +46,7 @@ struct Group {
 
   const std::size_t count;
   const std::function<void(std::size_t)>& body;
-  std::atomic<std::size_t> next{0};   // the call to be begun
+  std::atomic<std::size_t> next{0};   // the next call to start
   std::atomic<std::size_t> ended{0};  // calls
   Lock lock;
   std::condition_variable_any allLeft;
@@ -66,7 +66,7 @@ void groupApply(std::size_t count, const std::function<void(std::size_t)>& body)
       try {
         Group::addThread(group);
       } catch (...) {
-        if (group->threads == 0) throw;  // fewer will do
+        if (group->threads == 0) throw;  // fewer threads suffice
       }
     };
     for (std::size_t i = 0; i < std::min(count, cores); ++i) addThread();

@@ -62,7 +62,7 @@ bool Operation::isFinished() const { return phase_ == Phase::finished; }
 bool Operation::isCancelled() const { return isMarkedCancelled_; }
 bool Operation::isAsynchronous() const { return false; }
 
-// Both sides know of a dependency that has not finished: the shorter list is looked through.
+// Both operations record an unfinished dependency, so the shorter list is searched.
 void Operation::addDependency(Operation& operation) {
   if (isDependentOn(operation)) return;
   {
@@ -125,7 +125,7 @@ void Operation::noticeReady() {
 
 void Operation::setCompletionBlock(std::function<void()> block) {
   const Locked guard(lock_);
-  completionBlock_.swap(block);  // the earlier one goes with the lock released
+  completionBlock_.swap(block);  // the previous one is destroyed after the lock is released
 }
 
 void Operation::noticeFinished() {

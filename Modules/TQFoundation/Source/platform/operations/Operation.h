@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Operation.h
-/// A piece of work that is done once, when all that it depends on is done.
+/// Operations: work that runs once, after the operations that it depends on.
 
 #include <atomic>
 #include <cstdint>
@@ -22,7 +22,7 @@ namespace detail {
 class OperationScheduler;
 }
 
-/// Which of the ready operations of a queue are started first.
+/// The priority of an operation among the ready operations of its queue.
 enum class OperationQueuePriority : int {
   veryLow = -8,
   low = -4,
@@ -31,88 +31,89 @@ enum class OperationQueuePriority : int {
   veryHigh = 8
 };
 
-/// Work to be done once, on a queue or by start().
+/// Work that runs once, on a queue or by start().
 ///
 /// | state | entered when | isReady | isExecuting | isFinished |
 /// |---|---|---|---|---|
-/// | waiting | made, with a dependency that is not finished | no | no | no |
+/// | waiting | created, with an unfinished dependency | no | no | no |
 /// | ready | all dependencies have finished, or it is cancelled | yes | no | no |
-/// | executing | started; main() runs | yes | yes | no |
-/// | finished | main() has returned, or it was cancelled before it started | yes | no | yes |
+/// | executing | start() has called main() | yes | yes | no |
+/// | finished | main() has returned, or it was started after cancel() | yes | no | yes |
 ///
-/// Being cancelled is a mark beside the state. An operation that is cancelled before it starts
-/// finishes without main(), at once when it is started; one that is cancelled later only has the
-/// mark, which main() may look at.
+/// Cancellation is a flag beside the state. An operation that is cancelled before it starts
+/// finishes without main() as soon as it is started. Later, cancel() only sets the flag, which
+/// main() may check.
 ///
-/// A subclass overrides main(). One that goes on after start() has returned overrides start(),
-/// isExecuting() and isFinished(), and announces each change of theirs (TQOperation does); whoever
-/// waits for it asks isFinished() when "isFinished" is announced.
+/// A subclass overrides main(). An operation that continues after start() has returned overrides
+/// start(), isExecuting() and isFinished(), and announces each change of the latter two
+/// (TQOperation does this). Waiting threads check isFinished() when "isFinished" is announced.
 ///
-/// Threads:    any. Observers, main() and completion blocks run with no lock of the operation's.
-/// Exceptions: what main() throws passes through start(), once the operation counts as finished;
-///             on a queue it stops the process.
+/// Threads:    any. Observers, main() and completion blocks run with no lock held.
+/// Exceptions: an exception from main() passes through start() after the operation has finished. On
+///             a queue it stops the process.
 class TQ_EXPORT Operation : public Subclass<Operation> {
  public:
   static constexpr std::string_view className = "Operation";
 
-  /// The names under which changes of these states are announced.
+  /// The keys of announced changes.
   static constexpr std::string_view isReadyKey = "isReady";
   static constexpr std::string_view isExecutingKey = "isExecuting";
   static constexpr std::string_view isFinishedKey = "isFinished";
   static constexpr std::string_view isCancelledKey = "isCancelled";
 
-  /// An announcement comes before and after each change.
+  /// Whether a change is about to happen or has happened. Each change is announced twice.
   enum class Change : std::uint8_t { will, did };
-  /// Told of a change of the operation: the name of the state, and whether it will change or did.
+  /// Called for each announced change, with the key of the property.
   using Observer = std::function<void(Operation&, std::string_view key, Change)>;
 
   Operation();
   ~Operation() override;
 
-  /// Starts the operation on this thread and, unless a subclass does otherwise, returns when it has
-  /// finished. Does nothing once it has.
-  /// @throws Exception (InvalidArgumentException) when it is not ready, or was started before
+  /// Runs the operation on the calling thread. Returns after it has finished, unless a subclass
+  /// does otherwise. No effect if it has finished.
+  /// @throws Exception (InvalidArgumentException) if it is not ready or was started before
   virtual void start();
-  /// The work. Does nothing here.
+  /// The work. Does nothing in this class.
   virtual void main();
-  /// Asks it to end early: main() looks at isCancelled(). One that has not started becomes ready,
-  /// and finishes without main() once it is started.
+  /// Requests an early end, which main() may honour by checking isCancelled(). An operation that
+  /// has not started becomes ready, and finishes without main() when it is started.
   virtual void cancel();
 
-  /// The state at this moment. Finished is for good, and so is cancelled.
+  /// The current state. An operation stays finished, and stays cancelled.
   [[nodiscard]] virtual bool isReady() const;
   [[nodiscard]] virtual bool isExecuting() const;
   [[nodiscard]] virtual bool isFinished() const;
   [[nodiscard]] virtual bool isCancelled() const;
-  /// Whether start() may return before the operation has finished, or go on after. A queue starts
-  /// the next one accordingly.
+  /// Returns whether start() may return before the operation has finished, or continue after it. A
+  /// queue needs this to know when it may start the next operation.
   [[nodiscard]] virtual bool isAsynchronous() const;
 
-  /// Makes it wait until `operation` has finished, cancelled or not. To be set before this one is
-  /// added to a queue or started; a circle of operations never becomes ready. Adding one again
-  /// changes nothing. Held until this operation has finished.
+  /// Makes this operation wait until `operation` has finished, cancelled or not. Must be called
+  /// before this operation is added to a queue or started. Adding the same dependency again has no
+  /// effect. Operations that depend on each other in a cycle never become ready. The dependency is
+  /// retained until this operation has finished.
   void addDependency(Operation& operation);
   void removeDependency(Operation& operation);
   [[nodiscard]] std::vector<Ref<Operation>> dependencies() const;
 
-  /// Counts when it becomes ready.
+  /// The priority, which takes effect when the operation becomes ready.
   void setQueuePriority(OperationQueuePriority priority) noexcept { priority_ = priority; }
   [[nodiscard]] OperationQueuePriority queuePriority() const noexcept { return priority_; }
 
-  /// Runs once, soon after the operation has finished, on a thread of its own. One that is set
-  /// after that does not run.
+  /// Sets a block that runs once on another thread, soon after the operation has finished. A block
+  /// that is set later does not run.
   void setCompletionBlock(std::function<void()> block);
 
-  /// Returns when the operation has finished. Never to be called by the operation itself.
+  /// Blocks until the operation has finished. The operation itself must not call it.
   void waitUntilFinished();
 
-  /// Calls `observer` before and after each announced change, on the thread that makes it. It may
-  /// ask the operation, but not wait for other threads that change it, nor throw. For good: an
-  /// operation keeps its observers until it goes.
+  /// Calls `observer` before and after each announced change, on the thread that makes the change.
+  /// The observer may query the operation; it must not throw, and must not wait for other threads
+  /// that change the operation. Observers cannot be removed.
   void addObserver(Observer observer);
 
  protected:
-  /// Announce a change of the property named `key`.
+  /// Announces a change of the property `key`, before and after it.
   void willChangeValueForKey(std::string_view key);
   void didChangeValueForKey(std::string_view key);
 
@@ -131,7 +132,7 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   std::atomic<Phase> phase_{Phase::unstarted};
   std::atomic<bool> isMarkedCancelled_{false};
   std::atomic<bool> hasStarted_{false};
-  std::atomic<std::uint32_t> finishWord_{0};  // 0 not yet, 1 somebody sleeps on it, 2 finished
+  std::atomic<std::uint32_t> finishWord_{0};  // 0 unfinished, 1 a thread blocks on it, 2 finished
   std::atomic<std::int32_t> unfinishedDependencies_{0};
   std::atomic<OperationQueuePriority> priority_{OperationQueuePriority::normal};
 
@@ -143,7 +144,7 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   std::shared_ptr<const std::vector<Observer>> observers_ TQ_GUARDED_BY(lock_);
   std::atomic<bool> hasObservers_{false};
 
-  // The queue's; guarded by its lock once `scheduler_` is set, which it is once.
+  // Used by the queue, and guarded by its lock once `scheduler_` is set, which happens once.
   std::atomic<detail::OperationScheduler*> scheduler_{nullptr};
   enum class Place : std::uint8_t { none, held, ready, started, gone };
   Place place_ = Place::none;
@@ -152,15 +153,15 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   Operation* nextReady_ = nullptr;
 };
 
-/// An operation that runs blocks, at once where there are several, on threads that may block: they
-/// may wait for each other (groupApply).
+/// An operation that runs blocks. Several blocks run concurrently, and may wait for each other
+/// (groupApply()).
 class TQ_EXPORT BlockOperation final : public Subclass<BlockOperation, Operation> {
  public:
   static constexpr std::string_view className = "BlockOperation";
 
-  /// An empty block is left out.
+  /// An empty block is ignored.
   [[nodiscard]] static Ref<BlockOperation> blockOperationWithBlock(std::function<void()> block);
-  /// To be called before it is started.
+  /// Adds a block. Must be called before the operation starts. An empty block is ignored.
   void addExecutionBlock(std::function<void()> block);
 
   void main() override;

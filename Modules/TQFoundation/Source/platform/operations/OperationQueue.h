@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file OperationQueue.h
-/// Runs operations on threads of its own, as they become ready.
+/// Operation queues: run operations on threads of their own.
 
 #include <atomic>
 #include <cstddef>
@@ -16,55 +16,58 @@
 
 namespace tq {
 
-/// Starts the operations that are ready, by priority, then in the order in which they became so.
-/// They run on threads that are theirs alone, so that those which block do not starve the worker
-/// pool. Holds each operation until it has finished; an operation counts as running until
-/// isFinished() says so and "isFinished" is announced.
+/// Starts ready operations by priority, then in the order in which they became ready.
+///
+/// Operations run on threads of their own, so that blocking operations do not starve the worker
+/// pool. The queue retains each operation until it has finished. An operation counts as running
+/// until it announces "isFinished" and isFinished() returns true.
 ///
 /// Threads:    any.
-/// Lifetime:   operations that were added are done even when the queue is gone. If it goes while it
-///             is suspended or lets nothing start, they are cancelled, and so finish without their
-///             work: nobody waits for them for ever.
-/// Exceptions: one that leaves an operation stops the process.
+/// Lifetime:   added operations run even if the queue is destroyed first. If the queue is suspended
+///             or its maximum is 0 at that time, they are cancelled and finish without their work,
+///             so that waiting threads continue.
+/// Exceptions: an exception that leaves an operation stops the process.
 class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
  public:
   static constexpr std::string_view className = "OperationQueue";
-  /// The system decides how many run at once: twice the number of cores, at least 4.
+  /// The default maximum of concurrent operations: twice the number of cores, at least 4.
   static constexpr std::ptrdiff_t defaultMaxConcurrentOperationCount = -1;
 
-  /// A queue of its own, running, without a name.
+  /// Creates a queue without a name, which is not suspended.
   [[nodiscard]] static Ref<OperationQueue> init();
   ~OperationQueue() override;
 
-  /// For people, in debuggers; to be set before others use the queue.
+  /// The name, for debuggers. Must be set before other threads use the queue.
   void setName(std::string name) { name_ = std::move(name); }
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
 
-  /// Operations that run at once: as many threads at the most. 0: nothing starts.
-  /// @throws Exception (InvalidArgumentException) for a negative count but the default
+  /// The maximum number of operations, and threads, that run at the same time. With 0, no operation
+  /// starts.
+  /// @throws Exception (InvalidArgumentException) for a negative count other than the default
   void setMaxConcurrentOperationCount(std::ptrdiff_t count);
   [[nodiscard]] std::ptrdiff_t maxConcurrentOperationCount() const noexcept {
     return maxConcurrentOperationCount_;
   }
 
-  /// While suspended, no further operation starts.
+  /// While the queue is suspended, no operation starts.
   void setSuspended(bool isSuspended);
   [[nodiscard]] bool isSuspended() const;
 
-  /// @throws Exception (InvalidArgumentException) when it has been added to a queue before, runs or
-  ///         has finished
+  /// Adds an operation.
+  /// @throws Exception (InvalidArgumentException) if it was added to a queue before, runs or has
+  ///         finished
   void addOperation(Operation& operation);
   void addOperation(const Ref<Operation>& operation) { addOperation(*operation); }
-  /// An empty block is an operation that does nothing.
+  /// Adds an operation that runs `block`. An empty block does nothing.
   void addOperationWithBlock(std::function<void()> block);
 
-  /// Those that have not finished, in the order in which they were added.
+  /// The unfinished operations, in the order of adding, and their number.
   [[nodiscard]] std::vector<Ref<Operation>> operations() const;
   [[nodiscard]] std::size_t operationCount() const;
 
-  /// cancel() on each operation that has not finished.
+  /// Cancels all unfinished operations.
   void cancelAllOperations();
-  /// Returns when there are none left; never to be called by one of them.
+  /// Blocks until all operations have finished. Operations of the queue must not call it.
   void waitUntilAllOperationsAreFinished();
 
  private:

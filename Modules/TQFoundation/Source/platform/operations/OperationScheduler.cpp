@@ -9,7 +9,7 @@
 namespace tq::detail {
 namespace {
 
-thread_local constinit const Operation* startedHere = nullptr;  // by the runner of this thread
+thread_local constinit const Operation* startedHere = nullptr;  // by the runner on this thread
 
 }  // namespace
 
@@ -24,11 +24,11 @@ void OperationScheduler::add(Operation& operation) {
     throw Exception(InvalidArgumentException,
                     "addOperation: the operation runs, has finished or was added before");
   }
-  retain();  // the operation's, until it goes
+  retain();  // by the operation, until it is destroyed
   operation.retain();
   {
     const Locked guard(lock_);
-    if (operation.place_ == Operation::Place::gone) {  // started by other hands meanwhile
+    if (operation.place_ == Operation::Place::gone) {  // started by another thread meanwhile
       operation.release();
       return;
     }
@@ -38,7 +38,7 @@ void OperationScheduler::add(Operation& operation) {
     last_ = &operation;
     ++count_;
   }
-  bool hasFinished;  // by other hands, before it knew of the queue
+  bool hasFinished;  // on another thread, before it had this queue
   {
     const Locked guard(operation.lock_);
     hasFinished = operation.hasNoticedFinish_;
@@ -60,17 +60,17 @@ void OperationScheduler::becameReady(Operation& operation) {
 }
 
 void OperationScheduler::finished(Operation& operation) {
-  // The runner that started it looks for the next one by itself once start() has returned, which
-  // may be long after an asynchronous operation has finished.
+  // The runner that started it takes the next operation when start() returns, which may be long
+  // after an asynchronous operation has finished.
   const bool mayStillRun = startedHere != &operation || operation.isAsynchronous();
   {
     const Locked guard(lock_);
     const auto place = std::exchange(operation.place_, Operation::Place::gone);
-    // add() sees to what it has not placed yet; what has finished just then may come here twice.
+    // add() handles an operation without a place. One that finishes meanwhile may get here twice.
     if (place == Operation::Place::none || place == Operation::Place::gone) return;
     unlink(operation);
     if (count_ == 0) emptied_.notify_all();
-    if (place == Operation::Place::ready) return;  // a runner will meet it, and let go of it
+    if (place == Operation::Place::ready) return;  // a runner will find and release it
     if (place == Operation::Place::started) --startedCount_;
     if (mayStillRun) callRunners();
   }

@@ -17,7 +17,7 @@
 namespace tq::detail {
 namespace {
 
-// Work goes from thread to thread here, under our own lock; GLib only says that there is some.
+// Work passes between threads here, under our own lock; GLib only signals that there is some.
 struct Waiting {
   Lock lock;
   std::deque<std::function<void()>> work TQ_GUARDED_BY(lock);

@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <chrono>
 
-// Under the thread sanitizer this file alone is built without it (see CMakeLists.txt): oneTBB hands
-// its tasks from thread to thread in a library that the sanitizer cannot see into, but reads them
-// in templates that would be compiled here. What the library promises at this boundary is told to
-// the sanitizer instead: all that came before the loop is seen by every range, and what the ranges
-// did is seen when the loop has ended.
+// In builds with the thread sanitizer, this file alone is compiled without it (see CMakeLists.txt):
+// oneTBB passes tasks between threads in a library that is not instrumented, but reads them in
+// templates that are compiled here. Instead, the sanitizer is given what the library guarantees:
+// all writes from before the loop are visible to every range, and all writes of the ranges are
+// visible after the loop.
 
 #if defined(TQ_SANITIZED_THREAD)
 extern "C" {
@@ -30,8 +30,8 @@ namespace {
 
 using Time = std::chrono::steady_clock::time_point;
 
-constexpr std::int64_t kWorthSharing = 4'000'000;  // picoseconds: what it takes to share a loop
-constexpr std::uint32_t kWorthARange = 500'000;    // and to hand a part of it to a thread
+constexpr std::int64_t kWorthSharing = 4'000'000;  // picoseconds that it takes to share a loop
+constexpr std::uint32_t kWorthARange = 500'000;    // and to pass a part of it to a thread
 constexpr std::uint32_t kMostUnmeasured = 32;      // loops in a row that are not timed
 
 Time now() { return std::chrono::steady_clock::now(); }
@@ -43,25 +43,25 @@ std::int64_t picosecondsSince(Time begin) {
 void remember(ApplyCost* cost, std::int64_t elapsed, std::size_t count) noexcept {
   if (cost == nullptr) return;
   const auto each = elapsed / static_cast<std::int64_t>(count);
-  cost->picoseconds.store(  // relaxed: a hint that stands by itself
+  cost->picoseconds.store(  // relaxed: a hint that publishes no other memory
       static_cast<std::uint32_t>(std::clamp<std::int64_t>(each, 1, UINT32_MAX)),
       std::memory_order_relaxed);
 }
 
-/// Keeps oneTBB up for good: threads may outlive main, and the library's own end with it.
+/// Keeps oneTBB initialised for ever: our threads may outlive main(), which ends oneTBB's.
 void keepWorkers() {
   static auto& kept = *new tbb::task_arena;
   static const bool isUp = (kept.initialize(), true);
   static_cast<void>(isUp);
 }
 
-/// @param grain  calls that are worth a range of their own
+/// Runs the loop on the workers. @param grain  the smallest number of calls in a range
 void share(std::size_t begin, std::size_t end, std::size_t grain, const void* body,
            ApplyRange range) {
   keepWorkers();
   char handedOut = 0;
   char handedBack = 0;
-  struct Acquiring {  // at the scope's end, also for an exception
+  struct Acquiring {  // at the end of the scope, also after an exception
     ~Acquiring() { __tsan_acquire(address); }
     char* address;
   };
@@ -76,15 +76,15 @@ void share(std::size_t begin, std::size_t end, std::size_t grain, const void* bo
     const Releasing result{&handedBack};
     range(body, part.begin(), part.end());
   };
-  // Isolated: a thread that waits for the last ranges takes none of an outer loop's, whose body
-  // might want a lock that this thread holds.
+  // Isolated: a thread that waits for the last ranges runs none of another loop, whose body might
+  // need a lock that this thread holds.
   tbb::this_task_arena::isolate(
       [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end, grain), run); });
 }
 
-/// Runs on this thread until all is done, or it takes longer than expected: the clock is looked at
-/// after the first call, after a range's worth, and each time as many are done again.
-/// @return the calls made
+/// Runs the loop on this thread until it has ended or takes longer than expected. The clock is read
+/// after the first call, after a range's worth of calls, and whenever their number has doubled.
+/// @return the number of calls made
 std::size_t runAlone(std::size_t count, std::size_t grain, const void* body, ApplyRange range,
                      ApplyCost& cost) {
   const Time begin = now();
@@ -99,8 +99,8 @@ std::size_t runAlone(std::size_t count, std::size_t grain, const void* body, App
   }
 }
 
-/// Whether a loop of one range may go without looking at the clock, which would take
-/// as long as some of its calls. Now and then it is looked at all the same: calls may get dearer.
+/// Whether a loop of one range may skip reading the clock, which can take as long as its calls. It
+/// is still read now and then, because calls may become slower.
 bool isUnmeasured(ApplyCost& cost) noexcept {
   const std::uint32_t before = cost.unmeasured.load(std::memory_order_relaxed);  // a hint, too
   cost.unmeasured.store((before + 1) % kMostUnmeasured, std::memory_order_relaxed);

@@ -1,8 +1,7 @@
 #pragma once
 
 /// @file WorkerPool.h
-/// The process's pool of worker threads, about one a core, for work that computes. What blocks
-/// belongs on an OperationQueue.
+/// Parallel loops, on the process's pool of worker threads or on threads that may block.
 
 #include <atomic>
 #include <cstddef>
@@ -15,12 +14,11 @@
 
 namespace tq {
 
-/// What an iteration of a parallel loop is known to cost: the loop's own memory from call to call,
-/// so that a loop too short to be worth sharing is not shared. Starts out knowing nothing. Any
-/// thread.
+/// The measured cost of an iteration, which a loop keeps from call to call, so that it runs on the
+/// caller alone if sharing it would take longer. Initially unknown. Any thread.
 struct ApplyCost {
-  std::atomic<std::uint32_t> picoseconds{0};  ///< 0: not known
-  std::atomic<std::uint32_t> unmeasured{0};   ///< loops since it was last measured
+  std::atomic<std::uint32_t> picoseconds{0};  ///< 0 if unknown
+  std::atomic<std::uint32_t> unmeasured{0};   ///< loops since the last measurement
 };
 
 namespace detail {
@@ -29,18 +27,19 @@ TQ_EXPORT void parallelApply(std::size_t count, const void* body, ApplyRange ran
                              ApplyCost* cost);
 }  // namespace detail
 
-/// Calls `body(i)` once for every i in 0 ..< count, on the calling thread and on idle workers, in
-/// any order, and returns when all calls have ended.
+/// Calls `body(i)` once for each i from 0 to count - 1, in any order, on the calling thread and on
+/// idle workers. Returns when all calls have ended.
 ///
-/// The caller takes part, so that it makes progress even where all workers are busy; calls may
-/// nest. While it waits for others it does no work but this loop's own: a lock held around the call
-/// is safe.
+/// The pool has about one worker for each core, so the body should compute and not block; blocking
+/// work belongs on an OperationQueue. The caller takes part, so the loop makes progress even if all
+/// workers are busy; loops may nest. While the caller waits, it runs no work of other loops, so it
+/// may hold a lock during the call.
 ///
-/// @param cost  kept by the caller for all loops with the same body: one that is expected to take
-///              less than sharing it would runs on the caller alone, and is shared once it turns
-///              out to take longer. Null: always shared
-/// @throws the first exception that leaves the body, once the calls under way have ended; the
-///         calls not yet begun are left out
+/// @param cost  the cost of all loops with the same body, owned by the caller. A loop that is
+///              expected to take less time than sharing it starts on the caller alone, and is
+///              shared when it takes longer. Null: always shared.
+/// @throws the first exception that leaves the body, after all running calls have ended; calls that
+///         have not begun are skipped
 template <class Body>
 void parallelApply(std::size_t count, const Body& body, ApplyCost* cost = nullptr) {
   const auto range = [](const void* context, std::size_t begin, std::size_t end) {
@@ -50,12 +49,14 @@ void parallelApply(std::size_t count, const Body& body, ApplyCost* cost = nullpt
   detail::parallelApply(count, std::addressof(body), range, cost);
 }
 
-/// Calls `body(i)` once for every i in 0 ..< count on threads that may block, begun in that order,
-/// while the caller waits; returns when all calls have ended. Calls may wait for each other: about
-/// one a core is under way at first, and one more whenever none has ended for a while, up to 64.
+/// Calls `body(i)` once for each i from 0 to count - 1, started in this order, on threads that may
+/// block. Returns when all calls have ended.
 ///
-/// @throws the first exception that leaves the body, once the calls under way have ended; the
-///         calls not yet begun are left out
+/// Calls may wait for each other: about one for each core runs at first, and one more is started
+/// whenever none has ended for a while, up to 64.
+///
+/// @throws the first exception that leaves the body, after all running calls have ended; calls that
+///         have not begun are skipped
 TQ_EXPORT void groupApply(std::size_t count, const std::function<void(std::size_t)>& body);
 
 }  // namespace tq

@@ -18,7 +18,7 @@ struct Closer {
   void operator()(sqlite3* database) const noexcept { sqlite3_close(database); }
 };
 
-// A pointer is never null here: a null one would bind NULL instead of no bytes.
+// The pointer is never null: SQLite would bind NULL instead of an empty value.
 int bindBytes(sqlite3_stmt* statement, int index, std::string_view bytes) {
   return sqlite3_bind_blob64(statement, index, bytes.empty() ? "" : bytes.data(), bytes.size(),
                              SQLITE_STATIC);
@@ -31,9 +31,9 @@ std::string_view column(sqlite3_stmt* statement, int index) {
 
 }  // namespace
 
-// Keys are kept as bytes, for text in the database's sense ends at a NUL.
+// Keys are stored as blobs, because the database's texts end at a NUL.
 struct PreferenceDatabase::Connection {
-  std::unique_ptr<sqlite3, Closer> database;  // first: statements go before it
+  std::unique_ptr<sqlite3, Closer> database;  // first, so that statements are destroyed before it
   Statement select;
   Statement store;
   Statement remove;
@@ -92,7 +92,7 @@ PreferenceDatabase::~PreferenceDatabase() = default;
 bool PreferenceDatabase::isOpen() const noexcept { return connection_ != nullptr; }
 void PreferenceDatabase::close() noexcept { connection_.reset(); }
 
-// A table of another shape shows as an error in our own statements, which is damage as well.
+// A table with other columns makes our statements fail, which also counts as damage.
 PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   if (code == SQLITE_OK) return Result::done;
   sqlite3* const database = connection_->database.get();
@@ -100,7 +100,7 @@ PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   const int kind = code & 0xFF;
   const bool isDamaged = kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_ERROR;
   if (isDamaged && database != nullptr) {
-    // What is damaged is set aside as it is: nothing of its log is moved into it.
+    // A damaged file is set aside unchanged: its log is not written into it.
     sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   }
   return isDamaged ? Result::damaged : Result::failed;
@@ -136,7 +136,7 @@ PreferenceDatabase::Result PreferenceDatabase::read(
 }
 
 PreferenceDatabase::Result PreferenceDatabase::write(const PreferenceChanges& changes) {
-  if (changes.size() == 1) {  // a statement alone is a transaction of its own
+  if (changes.size() == 1) {  // a single statement is a transaction
     return resultOf(connection_->writeOne(changes.begin()->first, changes.begin()->second.bytes));
   }
   int code = connection_->execute("BEGIN IMMEDIATE");

@@ -22,7 +22,7 @@ constexpr std::string_view kErrorDomain = "com.korvan.UserDefaults";
 constexpr std::int64_t kCannotSave = 1;
 constexpr std::chrono::seconds kBetweenLooks(1);
 
-/// From 1: an edition of 0 is none.
+/// Returns 1, 2, 3 …; 0 means no edition.
 std::uint64_t nextEdition() {
   static std::atomic<std::uint64_t> last = 0;
   return ++last;
@@ -44,14 +44,14 @@ void put(MutableDictionary& entries, std::string_view key, const Ref<Object>& va
 
 std::string databasePath(const std::string& path) { return path + ".sqlite"; }
 
-/// Holds the processes' lock, and marks the generation while something is being written.
+/// Holds the lock that processes share, and marks the generation as being written.
 class Writing {
  public:
   explicit Writing(SharedGeneration& shared) : shared_(shared), isLocked_(shared.lock()) {
     if (!isLocked_) return;
     auto& generation = shared_.words().generation;
     before_ = generation.load();
-    if (before_ % 2 != 0) ++before_;  // the mark of a writer that died
+    if (before_ % 2 != 0) ++before_;  // marked by a writer that died
   }
   ~Writing() {
     if (!isLocked_) return;
@@ -81,8 +81,8 @@ class Writing {
 thread_local constinit std::array<PreferenceStore::Slot, PreferenceStore::kSlots>
     PreferenceStore::slots [[gnu::tls_model("initial-exec")]];
 
-/// Keeps what a thread's slots show until the thread ends. What asks after that, in another
-/// thread-local object's destructor, is answered from a copy that is never let go of.
+/// Retains the copies in a thread's slots until the thread ends. Later reads, by destructors of
+/// other thread-local objects, return a copy that is never released.
 struct PreferenceStore::SlotOwner {
   std::array<Ref<Dictionary>, kSlots> entries;
   static thread_local constinit bool isGone;
@@ -119,7 +119,7 @@ PreferenceStore::PreferenceStore(std::string path)
       edition_(nextEdition()),
       entries_(MutableDictionary::dictionary()) {
   const Locked guard(lock_);
-  static_cast<void>(mapGeneration());  // what goes wrong is told by the first call
+  static_cast<void>(mapGeneration());  // the first call reports a failure
 }
 
 PreferenceStore::~PreferenceStore() = default;
@@ -134,11 +134,11 @@ const Dictionary& PreferenceStore::refresh() {
     if (generation != entriesGeneration_) load(generation);
     if (snapshot_ == nullptr) snapshot_ = merged();
     entries = snapshot_;
-    // A copy read while somebody writes is good for this once.
+    // A copy that was read during a write is valid for this call only.
     if (entriesGeneration_ != kUnknown) fresh = {edition_, entriesGeneration_, entries.get()};
     messages.swap(messages_);
   }
-  tell(messages);  // before the slot is filled: who is told may read preferences
+  tell(messages);  // before the slot is set: a log sink may read preferences
   if (SlotOwner::isGone) return *entries.leak();
   slots[slot_] = fresh;
   Ref<Dictionary>& owned = SlotOwner::of(slot_);
@@ -158,7 +158,7 @@ std::uint64_t PreferenceStore::settledGeneration() {
   std::uint64_t now = generation.load();
   if (now % 2 == 0 || shared_ == nullptr || !shared_->tryLock()) return now;
   now = generation.load();
-  if (now % 2 != 0) generation.store(++now);  // nobody holds the lock: that writer is dead
+  if (now % 2 != 0) generation.store(++now);  // the lock was free, so the writer is dead
   shared_->unlock();
   return now;
 }
@@ -167,7 +167,7 @@ void PreferenceStore::load(std::uint64_t generation) {
   snapshot_ = nullptr;
   entriesGeneration_ = kUnknown;
   if (shared_ == nullptr) {
-    entriesGeneration_ = generation;  // all there is, is in memory
+    entriesGeneration_ = generation;  // all entries are in memory
     return;
   }
   closeFormerDatabase();
@@ -190,7 +190,7 @@ void PreferenceStore::load(std::uint64_t generation) {
     if (words_.load()->incarnation.load() == incarnation_ && setAside()) {
       words_.load()->generation.store(writing.after());
     }
-    return;  // the next read begins anew
+    return;  // the next read opens a new database
   }
   if (result == Result::failed) return complain("read", database_.fault());
   if (senseless != 0) {
@@ -238,8 +238,8 @@ bool PreferenceStore::synchronize(Ref<Error>* error) {
   return isSaved;
 }
 
-/// Lets go of files that somebody removed, or put others in the place of: the next change begins
-/// anew, with what was written since they were seen last.
+/// Closes files that were removed or replaced. The next change creates them again, with the changes
+/// since the last check.
 void PreferenceStore::look() {
   const bool isMapped = shared_ != nullptr && shared_->isAt(path_ + ".generation");
   const bool isInPlace = !database_.isOpen() || database_.isInPlace();
@@ -247,7 +247,7 @@ void PreferenceStore::look() {
   if (!isInPlace) {
     database_.close();
     entriesGeneration_ = kUnknown;
-    words_.load()->incarnation.fetch_add(1);  // so that others do not go on with it either
+    words_.load()->incarnation.fetch_add(1);  // so that other processes stop using it, too
   }
   if (!isMapped || !isInPlace) unsaved_.merge(recent_);
   recent_.clear();
@@ -269,10 +269,10 @@ bool PreferenceStore::flush() {
   }
   if (result != Result::done) return complain("save", database_.fault()), false;
   const bool isWhole = entriesGeneration_ == writing.before();
-  entriesGeneration_ = kUnknown;  // should memory run out from here on
+  entriesGeneration_ = kUnknown;  // in case memory runs out from here on
   snapshot_ = nullptr;
   for (const auto& [key, change] : unsaved_) put(*entries_, key, change.value);
-  while (!unsaved_.empty()) {  // without an allocation: all is saved
+  while (!unsaved_.empty()) {  // without allocation, because all is saved already
     auto saved = recent_.insert(unsaved_.extract(unsaved_.begin()));
     if (!saved.inserted) saved.position->second = std::move(saved.node.mapped());
   }
@@ -291,17 +291,17 @@ bool PreferenceStore::mapGeneration() {
   database_.close();
   words_.store(&shared_->words());
   entriesGeneration_ = kUnknown;
-  edition_.store(nextEdition());  // the generations of before were others
+  edition_.store(nextEdition());  // the old generations belong to another file
   return true;
 }
 
-/// The one that another process has set aside or found missing.
+/// Closes the database if another process has renamed it or found it removed.
 void PreferenceStore::closeFormerDatabase() {
   if (database_.isOpen() && words_.load()->incarnation.load() != incarnation_) database_.close();
 }
 
-/// Without the processes' lock as long as the database is sound, so that whoever only reads does
-/// not wait for a writer that has stopped. @return true, too, where there is none: it is not made
+/// Does not take the shared lock if the database is valid, so that a reader does not wait for a
+/// stopped writer. @return true also if there is no database; none is created
 bool PreferenceStore::openToRead() {
   const std::string path = databasePath(path_);
   incarnation_ = words_.load()->incarnation.load();
@@ -314,7 +314,7 @@ bool PreferenceStore::openToRead() {
   return openToWrite();
 }
 
-/// Under the processes' lock.
+/// The caller must hold the shared lock.
 bool PreferenceStore::openToWrite() {
   const std::string path = databasePath(path_);
   incarnation_ = words_.load()->incarnation.load();
@@ -324,8 +324,8 @@ bool PreferenceStore::openToWrite() {
   return result == Result::done;
 }
 
-/// Gives the damaged database another name, its log along with it. What is known of it in this
-/// process is saved again with the next change.
+/// Renames the damaged database and its log. The entries that this process knows are saved again
+/// with the next change.
 bool PreferenceStore::setAside() {
   const std::string path = databasePath(path_);
   const std::string fault = database_.fault();
@@ -350,7 +350,7 @@ bool PreferenceStore::setAside() {
   return true;
 }
 
-/// Once for each reason in a row.
+/// Records an error for the log, unless it equals the previous one.
 void PreferenceStore::complain(std::string_view what, std::string_view why) {
   std::string complaint = "Cannot " + std::string(what) + " the preferences " +
                           databasePath(path_) + ": " + std::string(why) + ".";

@@ -15,9 +15,9 @@ namespace tq::detail {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
-constexpr off_t kSize = 4096;  // a page, so that no part of the mapping lies behind the file
+constexpr off_t kSize = 4096;  // a page, so that the whole mapping is inside the file
 
-constexpr auto kPatience = std::chrono::seconds(2);  // for a holder that has stopped
+constexpr auto kPatience = std::chrono::seconds(2);  // the limit for a stopped holder
 constexpr auto kLongestNap = std::chrono::milliseconds(1);
 
 bool lockFile(int descriptor, int how) noexcept {
@@ -33,8 +33,8 @@ bool lockFile(int descriptor, int how) noexcept {
 std::unique_ptr<SharedGeneration> SharedGeneration::open(const std::string& path) {
   const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly);
   if (descriptor < 0) return nullptr;
-  // Also where the file is long enough: on a full disk, touching a hole in it would stop the
-  // process. The file is never cut, which would take memory away under another process.
+  // Also if the file is long enough: writing to a hole in it would stop the process on a full disk.
+  // The file is never truncated, because other processes map it.
   int failure;
   do {
     failure = ::posix_fallocate(descriptor, 0, kSize);
@@ -61,8 +61,8 @@ SharedGeneration::~SharedGeneration() {
   ::close(descriptor_);
 }
 
-// A file's lock cannot be waited for with an end, so it is asked for again and again: at first as
-// often as a commit is short.
+// File locks have no timed wait, so the lock is tried repeatedly, at first at intervals as short as
+// a commit.
 bool SharedGeneration::lock() noexcept {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
   std::chrono::microseconds nap(20);

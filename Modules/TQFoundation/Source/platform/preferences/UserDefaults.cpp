@@ -20,7 +20,7 @@ namespace {
 using detail::PreferenceStore;
 
 constexpr std::string_view kGlobalDomain = "global";
-constexpr std::size_t kLongestDomain = 200;  // bytes; file names hold 255, endings included
+constexpr std::size_t kLongestDomain = 200;  // bytes, so that file names stay below 255
 
 bool isDomain(std::string_view name) {
   return !name.empty() && name.size() <= kLongestDomain && name.front() != '.' &&
@@ -28,7 +28,7 @@ bool isDomain(std::string_view name) {
          name != kGlobalDomain;
 }
 
-/// Empty when the user has no home: entries stay in memory then.
+/// Returns an empty path if the user has no home; entries are kept in memory then.
 std::string preferenceFolder() {
   const char* const configured = std::getenv("XDG_CONFIG_HOME");
   if (configured != nullptr && *configured == '/') return std::string(configured) + "/korvan";
@@ -68,7 +68,7 @@ std::string standardDomain() {
   return isDomain(program_invocation_short_name) ? program_invocation_short_name : "application";
 }
 
-/// What is kept of a value: an immutable one, and its bytes.
+/// An immutable copy of a value, and its serialised bytes.
 struct Kept {
   Ref<Object> value;
   Ref<Data> bytes;
@@ -139,7 +139,7 @@ const Object* UserDefaults::peekObjectForKey(std::string_view key) const {
 }
 
 Ref<Object> UserDefaults::objectForKey(std::string_view key) const {
-  return Ref<Object>(const_cast<Object*>(peekObjectForKey(key)));  // immutable all the same
+  return Ref<Object>(const_cast<Object*>(peekObjectForKey(key)));  // still immutable
 }
 
 bool UserDefaults::boolReading(const Object* object) noexcept {
@@ -206,7 +206,7 @@ void UserDefaults::registerDefault(const Object& value, std::string_view forKey)
   store(*levels_[kRegistered], &value, forKey);
 }
 
-// All are looked at before the first is stored, so that a bad one changes nothing.
+// All entries are checked before the first is stored, so that an invalid one changes nothing.
 void UserDefaults::setAll(PreferenceStore& store, const Dictionary& entries) {
   std::vector<std::pair<std::string, Kept>> kept;
   for (const auto& [key, value] : entries) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Lock.h
-/// The operating system's mutexes, and a scope that holds any lock.
+/// Mutexes of the operating system, and a guard that holds any lock for a scope.
 
 #include <mutex>
 
@@ -10,43 +10,46 @@
 
 namespace tq {
 
-/// The system's mutex. Threads: any; the thread that locked is the one that unlocks. Locking twice
-/// on one thread, or unlocking what is not held, is the caller's fault and undefined.
+/// The system's mutex.
+///
+/// Threads:   any. The thread that locked must unlock.
+/// Recursion: not allowed. Locking twice on one thread, and unlocking a lock that the thread does
+///            not hold, is undefined.
 class TQ_EXPORT TQ_CAPABILITY("mutex") Lock {
  public:
-  /// Waits for the lock.
+  /// Blocks until the calling thread holds the lock.
   void lock() TQ_ACQUIRE() { mutex_.lock(); }
-  /// Takes the lock if nobody has it.
-  /// @return whether it did
+  /// Locks if no thread holds the lock. Does not block.
+  /// @return whether the calling thread holds the lock now
   [[nodiscard]] bool tryLock() TQ_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
-  /// Lets the lock go.
+  /// Releases the lock.
   void unlock() TQ_RELEASE() { mutex_.unlock(); }
 
  private:
   std::mutex mutex_;
 };
 
-/// The system's recursive mutex: the thread that holds it may lock it again, and unlocks it as
-/// often.
+/// The system's recursive mutex: the thread that holds it may lock it again, and must unlock it as
+/// many times.
 class TQ_EXPORT TQ_CAPABILITY("recursive mutex") RecursiveLock {
  public:
-  /// Waits for the lock.
+  /// Blocks until the calling thread holds the lock.
   void lock() TQ_ACQUIRE() { mutex_.lock(); }
-  /// Takes the lock if nobody else has it.
-  /// @return whether it did
+  /// Locks if no other thread holds the lock. Does not block.
+  /// @return whether the calling thread holds the lock now
   [[nodiscard]] bool tryLock() TQ_TRY_ACQUIRE(true) { return mutex_.try_lock(); }
-  /// Lets the lock go, once for each time it was taken.
+  /// Releases the lock once.
   void unlock() TQ_RELEASE() { mutex_.unlock(); }
 
  private:
   std::recursive_mutex mutex_;
 };
 
-/// Holds a lock for as long as it lives.
+/// Holds a lock during its lifetime.
 template <class L>
 class TQ_SCOPED_CAPABILITY Locked {
  public:
-  /// Waits for `lock`, which must outlive this.
+  /// Locks `lock`, which must outlive this object.
   explicit Locked(L& lock) TQ_ACQUIRE(lock) : lock_(lock) { lock_.lock(); }
   ~Locked() TQ_RELEASE() { lock_.unlock(); }
   Locked(const Locked&) = delete;

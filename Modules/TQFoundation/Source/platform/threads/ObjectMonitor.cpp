@@ -10,8 +10,8 @@
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/MonitorCount.h>
 
-// A monitor lives in a table keyed by its object's address while threads are inside or wait, and is
-// counted by them. The address is safe as a key: whoever uses a monitor keeps its object alive.
+// A table holds the monitors that threads are inside of or wait for, each with the number of these
+// threads. The key is the object's address, which is unique: the callers keep the object alive.
 
 namespace tq::detail {
 
@@ -27,7 +27,7 @@ struct Monitor : HeldMonitor {
 struct Shard {
   Lock lock;
   std::unordered_map<const Object*, std::unique_ptr<Monitor>> monitors TQ_GUARDED_BY(lock);
-  std::unique_ptr<Monitor> spare TQ_GUARDED_BY(lock);  // saves an allocation an entry
+  std::unique_ptr<Monitor> spare TQ_GUARDED_BY(lock);  // saves an allocation for each entry
 };
 
 using Shards = std::array<Shard, 64>;
@@ -42,7 +42,7 @@ Shard& shardOf(const Object* object) noexcept {
   return shards()[(bits ^ (bits >> 6) ^ (bits >> 12)) % std::tuple_size_v<Shards>];
 }
 
-// The link that leads to this thread's hold on `object`: at null when there is none.
+// Returns the link to this thread's monitor of `object`, or the link to null at the list's end.
 HeldMonitor** linkTo(const Object* object) noexcept {
   HeldMonitor** link = &innermostMonitor;
   while (*link != nullptr && (*link)->object != object) link = &(*link)->outer;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file ObjectMonitor.h
-/// A recursive lock for every object, made when it is first entered and gone when nobody uses it.
+/// Object monitors: a recursive lock for any object.
 
 #include <cstdint>
 
@@ -12,11 +12,11 @@ namespace tq {
 
 namespace detail {
 
-/// What the thread that holds a monitor knows of it; nobody else reads or writes this.
+/// A monitor that a thread is inside of. Only that thread reads and writes it.
 struct HeldMonitor {
   const Object* object = nullptr;
   std::uint32_t depth = 0;
-  HeldMonitor* outer = nullptr;  ///< the one that the thread entered before
+  HeldMonitor* outer = nullptr;  ///< the monitor that the thread entered before
 };
 
 extern TQ_EXPORT thread_local constinit HeldMonitor* innermostMonitor
@@ -26,11 +26,15 @@ TQ_EXPORT int exitMonitor(const Object* object) noexcept;
 
 }  // namespace detail
 
-/// Enters the monitor of `object`, waiting while another thread is inside; the same thread may
-/// enter again, and leaves as often. Null enters nothing. The object is not kept alive: the caller
-/// does. Any thread. Entering again costs no atomic operation.
-/// @return 0, always
-/// @throws std::bad_alloc, having entered nothing
+/// Enters the monitor of `object`. Blocks while another thread is inside. The same thread may enter
+/// again and must leave as many times. Null has no effect.
+///
+/// The monitor does not retain the object: the caller must keep it alive until it has left. The
+/// monitor is allocated on first entry and freed when no thread uses it. Any thread. Entering again
+/// takes no atomic operation.
+///
+/// @return 0
+/// @throws std::bad_alloc, with nothing entered
 inline int monitorEnter(const Object* object) {
   detail::HeldMonitor* const held = detail::innermostMonitor;
   if (held != nullptr && held->object == object) {
@@ -40,8 +44,8 @@ inline int monitorEnter(const Object* object) {
   return detail::enterMonitor(object);
 }
 
-/// Leaves the monitor once.
-/// @return 0 (also for null); -1 when the calling thread is not inside, and then nothing happens
+/// Leaves the monitor of `object` once.
+/// @return 0, also for null; -1, without effect, if the calling thread is not inside
 inline int monitorExit(const Object* object) noexcept {
   detail::HeldMonitor* const held = detail::innermostMonitor;
   if (held != nullptr && held->object == object && held->depth > 1) {

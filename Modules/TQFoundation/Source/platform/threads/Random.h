@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Random.h
-/// Chance.
+/// Random numbers.
 
 #include <cstdint>
 
@@ -9,8 +9,8 @@
 
 namespace tq {
 
-/// A number from 0 to `below` - 1, each as likely as the others, from the system's source; 0 when
-/// `below` is less than 2. Any thread.
+/// Returns a uniformly distributed random number from 0 to `below` - 1, from the system's source;
+/// 0 if `below` is less than 2. Any thread.
 [[nodiscard]] TQ_EXPORT std::uint32_t uniformRandom(std::uint32_t below) noexcept;
 
 }  // namespace tq

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SerialQueue.h
-/// One closure after another, in the order in which they were asked for.
+/// Runs closures one at a time, in the order of their requests.
 
 #include <functional>
 #include <memory>
@@ -12,15 +12,15 @@
 
 namespace tq {
 
-/// Runs closures one at a time, first come, first served. A closure runs on the thread of its
-/// caller, once all earlier work has ended.
+/// Runs closures one at a time. A closure runs on the thread of its caller, after all earlier
+/// closures have ended.
 ///
 /// Threads:   any.
-/// Order:     of those who wait, strictly the order of their coming.
-/// Recursion: none; sync() from a closure that runs on the same queue stops the process with
+/// Order:     waiting threads are served strictly in the order of their arrival.
+/// Recursion: not allowed. sync() from a closure that runs on the same queue stops the process with
 ///            "dispatch_sync called on queue already owned by current thread".
-/// Memory:    what a closure wrote is seen by all later ones.
-/// Lifetime:  may go away only while nothing runs or waits.
+/// Memory:    writes of a closure are visible to all later closures.
+/// Lifetime:  must not be destroyed while a closure runs or waits.
 class TQ_EXPORT SerialQueue {
  public:
   /// @param label  for debuggers and messages
@@ -30,11 +30,11 @@ class TQ_EXPORT SerialQueue {
   SerialQueue(const SerialQueue&) = delete;
   SerialQueue& operator=(const SerialQueue&) = delete;
 
-  /// For people, in debuggers.
+  /// The label, for debuggers.
   [[nodiscard]] const std::string& label() const noexcept { return label_; }
 
-  /// Runs `execute` when its turn comes and answers its result; what it throws passes through, and
-  /// the queue goes on with the next.
+  /// Waits for its turn, runs `execute` and returns its result. An exception passes through; the
+  /// queue continues with the next closure.
   template <class F>
   decltype(auto) sync(F&& execute) {
     const Turn turn(*this);

@@ -1,9 +1,9 @@
 #pragma once
 
 /// @file ThreadSystem.h
-/// What the hand-made locks stand on: the processor's atomics and the system's sleep on a word.
-/// They are written over this so that a test can put a model in its place and walk through every
-/// interleaving of a few threads.
+/// The primitives of our own locks: the processor's atomics and the system's blocking on a word.
+/// The locks take them as a template parameter, so that a test can use a model instead and explore
+/// every interleaving of a few threads.
 
 #include <atomic>
 #include <cstdint>
@@ -16,7 +16,7 @@ struct ThreadSystem {
   using Word = std::atomic<std::uint32_t>;
   using Word64 = std::atomic<std::uint64_t>;
 
-  /// How often a lock is looked at before the thread sleeps: about the cost of going to sleep.
+  /// How many times a thread checks a lock before it blocks: about the cost of blocking.
   static constexpr int kSpins = 40;
   static constexpr std::uint32_t kBells = 8;
 

@@ -11,7 +11,7 @@
 namespace tq {
 namespace {
 
-__extension__ using Wide = __int128;  // holds 64 bits times 32, and what is added to them
+__extension__ using Wide = __int128;  // holds a product of 64 and 32 bits plus an offset
 
 std::atomic<const detail::TickClockSource*> replacement = nullptr;
 

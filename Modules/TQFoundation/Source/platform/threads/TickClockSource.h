@@ -9,7 +9,7 @@
 
 namespace tq::detail {
 
-/// A clock that stands in for the system's, so that a test can control the time.
+/// A clock that replaces the system's, so that a test controls the time.
 struct TickClockSource {
   std::uint64_t (*ticks)() noexcept;  ///< returns the current time in ticks
   Timebase timebase;                  ///< the length of a tick

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SinkSlot.h
-/// Where a host's own sink is kept.
+/// Holds a sink of the host: many threads call it while others replace it.
 
 #include <atomic>
 #include <functional>
@@ -14,33 +14,35 @@
 
 namespace tq::detail {
 
-/// Holds a closure that many threads call while others replace it, the closure itself among them.
-/// A replaced closure goes when the next one comes at a moment at which none is being called.
-/// Threads: any. Cost of a call: two atomic steps, no lock.
+/// A closure that many threads call while others replace it. The closure may replace itself. A
+/// replaced closure is destroyed at a later replacement that finds no call in progress.
+///
+/// Threads: any.
+/// Cost:    a call takes two atomic operations and no lock.
 template <class... Arguments>
 class SinkSlot {
  public:
   using Sink = std::function<void(Arguments...)>;
 
-  /// @return false when there is no sink
+  /// Calls the sink. @return false if there is none
   bool call(Arguments... arguments) const {
-    if (sink_.load(std::memory_order_relaxed) == nullptr) return false;  // read again below
+    if (sink_.load(std::memory_order_relaxed) == nullptr) return false;  // loaded again below
     const Call counted(calls_);
     const Sink* const sink = sink_.load();
     if (sink != nullptr) (*sink)(arguments...);
     return sink != nullptr;
   }
 
-  /// @return the sink before
+  /// Replaces the sink. @return the previous sink
   Sink replace(Sink sink) {
     auto replacement = sink ? std::make_unique<const Sink>(std::move(sink)) : nullptr;
-    std::vector<std::unique_ptr<const Sink>> gone;  // destroyed once the lock is free
+    std::vector<std::unique_ptr<const Sink>> gone;  // destroyed after the lock is released
     const Locked guard(lock_);
     retired_.push_back(nullptr);
     Sink before = current_ != nullptr ? *current_ : Sink();
     retired_.back() = std::exchange(current_, std::move(replacement));
     sink_.store(current_.get());
-    // Whoever calls later than this counts itself first, and then finds the new one.
+    // A thread that calls after this counts itself first and then loads the new sink.
     if (calls_.load() == 0) gone.swap(retired_);
     return before;
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TimerHeap.h
-/// Pending timers, the earliest on top; any of them can be taken out.
+/// A priority queue of timers by due time, with removal of any timer.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,22 +13,22 @@ class Timer;
 
 namespace tq::detail {
 
-/// A timer's place in a heap; kept in the timer.
+/// A timer's position in the heap; a member of the timer.
 struct TimerSlot {
   static constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
   std::size_t position = kNowhere;
 };
 
-/// A binary heap that tells each slot where it is. Equal times leave in the order of their coming.
-/// push() and remove() cost O(log n); the times lie in the heap, so that finding a place does not
-/// touch the timers on the way.
+/// A binary heap that stores each timer's position in its slot. Timers with equal due times leave
+/// in the order of insertion. push() and remove() take O(log n). The heap stores the due times, so
+/// comparisons do not access the timers.
 class TimerHeap {
  public:
   [[nodiscard]] bool isEmpty() const noexcept { return entries_.empty(); }
   [[nodiscard]] std::int64_t earliest() const noexcept { return entries_.front().due; }
   [[nodiscard]] Timer* top() const noexcept { return entries_.front().timer; }
 
-  /// @throws std::bad_alloc, the heap unchanged
+  /// @throws std::bad_alloc, with the heap unchanged
   void push(std::int64_t due, Timer& timer, TimerSlot& slot) {
     entries_.push_back({due, nextOrder_++, &timer, &slot});
     rise(entries_.size() - 1, entries_.back());

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file OperationScheduler.h
-/// What an operation queue keeps, for as long as it or one of its operations is left.
+/// The state of an operation queue, which lives until the queue and its operations are gone.
 
 #include <condition_variable>
 #include <cstddef>
@@ -13,17 +13,18 @@
 
 namespace tq::detail {
 
-/// Where an operation stands with its queue:
+/// The place of an operation in its queue:
 ///
-/// | place | what it means | left when |
+/// | place | meaning | next place |
 /// |---|---|---|
-/// | none | no queue has it | it is added: held |
-/// | held | waits to become ready | it is ready, or has finished by other hands: gone |
-/// | ready | in the list of its priority | a runner takes it: started, or drops it as gone |
-/// | started | takes one of the queue's slots | it has finished: gone |
+/// | none | not in a queue | held, when it is added |
+/// | held | waits until it is ready | ready; or gone, if something else ran it |
+/// | ready | in the list of its priority | started, when a runner takes it; or gone |
+/// | started | occupies one of the queue's slots | gone, when it has finished |
 ///
-/// Runners are threads that take one ready operation after another and end when there is none, or
-/// no slot. One is called for whenever more operations are ready than runners are looking for one.
+/// Runners are threads that take ready operations one after another. A runner ends when no
+/// operation is ready or no slot is free. A new runner is requested when there are more ready
+/// operations than runners that look for one.
 class OperationScheduler final : public Object {
  public:
   void add(Operation& operation);
@@ -36,7 +37,7 @@ class OperationScheduler final : public Object {
   [[nodiscard]] std::vector<Ref<Operation>> operations() const;
   [[nodiscard]] std::size_t count() const;
   void waitUntilEmpty();
-  /// The queue has gone: nothing may wait for ever.
+  /// Called when the queue is destroyed. Makes sure that all operations finish.
   void abandon();
 
   [[nodiscard]] static std::size_t defaultLimit() noexcept;
@@ -55,13 +56,13 @@ class OperationScheduler final : public Object {
 
   mutable Lock lock_;
   std::condition_variable_any emptied_;
-  Operation* first_ TQ_GUARDED_BY(lock_) = nullptr;  // all that have not finished, as added
+  Operation* first_ TQ_GUARDED_BY(lock_) = nullptr;  // unfinished, in the order of adding
   Operation* last_ TQ_GUARDED_BY(lock_) = nullptr;
   std::size_t count_ TQ_GUARDED_BY(lock_) = 0;
-  ReadyList ready_[kPriorities] TQ_GUARDED_BY(lock_);  // the most urgent first
+  ReadyList ready_[kPriorities] TQ_GUARDED_BY(lock_);  // the highest priority first
   std::size_t readyCount_ TQ_GUARDED_BY(lock_) = 0;
   std::size_t startedCount_ TQ_GUARDED_BY(lock_) = 0;
-  std::size_t seekingCount_ TQ_GUARDED_BY(lock_) = 0;  // runners on their way to an operation
+  std::size_t seekingCount_ TQ_GUARDED_BY(lock_) = 0;  // runners that look for an operation
   std::size_t limit_ TQ_GUARDED_BY(lock_) = defaultLimit();
   bool isSuspended_ TQ_GUARDED_BY(lock_) = false;
 };

@@ -1,14 +1,15 @@
 #pragma once
 
 /// @file PoolThreads.h
-/// Threads for work that may block: as many as are asked for, kept for a while once they are idle.
+/// A pool of threads for work that may block. It grows without limit; idle threads are kept a
+/// while.
 
 #include <functional>
 
 namespace tq::detail {
 
-/// Runs `work` on a thread that is free, or a new one. Any thread. What `work` throws stops the
-/// process.
+/// Runs `work` on an idle thread or a new one. An exception from `work` stops the process. Any
+/// thread.
 void runOnPoolThread(std::function<void()> work);
 
 }  // namespace tq::detail

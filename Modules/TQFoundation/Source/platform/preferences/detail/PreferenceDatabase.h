@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PreferenceDatabase.h
-/// Keys and values on disk.
+/// A database file of keys and values.
 
 #include <cstddef>
 #include <functional>
@@ -15,41 +15,43 @@
 
 namespace tq::detail {
 
-/// A new value and the bytes that stand for it; neither when the entry is to go.
+/// A new value and its serialised bytes. Both are null if the entry is removed.
 struct PreferenceChange {
   Ref<Object> value;
   Ref<Data> bytes;
 };
 using PreferenceChanges = std::map<std::string, PreferenceChange, std::less<>>;
 
-/// A table of byte strings in a database with a write-ahead log: a change is there whole or not at
-/// all, however its writer ends. Threads: one at a time.
+/// A table of byte strings in a database with a write-ahead log: a change is saved completely or
+/// not at all, however its writer ends.
+///
+/// Threads: one at a time.
 class PreferenceDatabase {
  public:
   enum class Result {
     done,
-    damaged,  ///< the file is not such a database, or no longer
-    failed,   ///< a full disk, no permission, another's lock
+    damaged,  ///< the file is not a valid database
+    failed,   ///< full disk, no permission, locked by another process
   };
 
   PreferenceDatabase();
   ~PreferenceDatabase();
 
-  /// Opens the database, or opens it anew. One that is not there, or has no table yet, is made when
-  /// that is allowed; else the first cannot be opened, and the second counts as damaged.
+  /// Opens or reopens the database. With `mayCreate`, creates the file and its table if they do not
+  /// exist. Without it, a missing file cannot be opened, and a missing table counts as damage.
   [[nodiscard]] Result open(const std::string& path, bool mayCreate);
   void close() noexcept;
   [[nodiscard]] bool isOpen() const noexcept;
-  /// False when the file of the open database was removed, or another one put in its place.
+  /// Returns false if the file of the open database was removed or replaced.
   [[nodiscard]] bool isInPlace() const noexcept;
 
   [[nodiscard]] Result read(
       const std::function<void(std::string_view key, std::span<const std::byte> value)>& each);
 
-  /// All of these or none.
+  /// Saves all changes or none.
   [[nodiscard]] Result write(const PreferenceChanges& changes);
 
-  /// What went wrong last, for people.
+  /// The text of the last error.
   [[nodiscard]] const std::string& fault() const noexcept { return fault_; }
 
  private:

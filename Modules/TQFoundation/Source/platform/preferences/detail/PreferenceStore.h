@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PreferenceStore.h
-/// One domain of preferences: its entries in memory, and their database.
+/// A domain of preferences: its entries in memory and their database.
 
 #include <array>
 #include <atomic>
@@ -22,38 +22,38 @@
 
 namespace tq::detail {
 
-/// The entries of a domain. Every change raises a generation that all processes share, by way of a
-/// mapped file beside the database:
+/// The entries of a domain. Every change increments a generation number that all processes share
+/// through a mapped file beside the database:
 ///
-/// | generation | means |
+/// | generation | meaning |
 /// |---|---|
-/// | even, as of one's own copy | the copy is what the database holds |
-/// | even, another one | read the database |
-/// | odd, and the lock is held | somebody writes: what the database holds is good, but not kept |
-/// | odd, and the lock is free | a writer died: whoever sees it first makes it even again |
+/// | even, equal to that of our copy | the copy equals the database |
+/// | even, another number | the database must be read |
+/// | odd, and the lock is held | a process writes: read the database, but do not keep the copy |
+/// | odd, and the lock is free | a writer died: the first process that sees it makes it even |
 ///
-/// Each thread holds the last copy it has seen, so that a read takes no lock and no count: it
-/// compares the generation and looks into the copy. The first read after a change makes a new copy,
-/// at a pointer an entry.
+/// Each thread retains the last copy that it has seen, so a read takes no lock and does not retain
+/// anything: it compares the generation and searches the copy. The first read after a change makes
+/// a new copy, which takes a pointer for each entry.
 ///
-/// Files that somebody removes are missed at the first change a second or more after they were seen
-/// last, or when all is to be saved. They are then made anew with what was written since they were
-/// seen; entries from before are gone. Looking at each change would cost a fifth of a commit.
+/// Removed files are noticed at the first change that comes a second or more after the last check,
+/// and by synchronize(). They are created again with the changes since that check; older entries
+/// are lost. A check at each change would cost a fifth of a commit.
 ///
 /// Threads: any. A forked child must not use its parent's stores.
 class PreferenceStore {
  public:
-  /// The store of this path (without extension), shared within the process. An empty path gives a
-  /// new store that keeps its entries in memory.
+  /// Returns the store of this path (without extension), shared within the process. An empty path
+  /// returns a new store in memory.
   [[nodiscard]] static std::shared_ptr<PreferenceStore> at(const std::string& path);
 
   explicit PreferenceStore(std::string path);
   ~PreferenceStore();
 
-  /// The entries of this moment; lent until the thread's next call on any store.
+  /// Returns the current entries. Valid until this thread's next call on any store.
   [[nodiscard]] const Dictionary& entries() {
     const Slot& slot = slots[slot_];
-    // Acquire: a change that the words tell of is seen by whoever then looks for it.
+    // Acquire: a thread that sees a new generation also sees the change.
     const GenerationWords& words = *words_.load(std::memory_order_acquire);
     if (slot.edition == edition_.load(std::memory_order_acquire) &&
         slot.generation == words.generation.load(std::memory_order_acquire)) [[likely]] {
@@ -62,19 +62,19 @@ class PreferenceStore {
     return refresh();
   }
 
-  /// Sets the value, or removes it when none. It must be immutable, `bytes` what stands for it.
-  /// What cannot be written stays in memory, is tried again with the next change, and is told to
-  /// the log.
+  /// Sets the value, which must be immutable, or removes the entry if it is null. `bytes` is the
+  /// serialised value. A change that cannot be saved is kept in memory, saved with the next change
+  /// if possible, and reported to the log.
   void set(std::string_view key, Ref<Object> value, Ref<Data> bytes);
 
-  /// Writes what could not be written before. @return false when it still cannot
+  /// Saves the changes that could not be saved before. @return false if they cannot be saved
   [[nodiscard]] bool synchronize(Ref<Error>* error);
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  /// What a thread knows of a store. No destructor, so that reading it needs no check. More stores
-  /// than slots share them, and drive each other out.
+  /// A thread's copy of a store. It has no destructor, so that access needs no initialisation
+  /// check. If there are more stores than slots, stores share a slot and replace each other's copy.
   struct Slot {
     std::uint64_t edition = 0;
     std::uint64_t generation = 0;
@@ -84,7 +84,7 @@ class PreferenceStore {
   static constexpr std::size_t kSlots = 8;
   static thread_local constinit std::array<Slot, kSlots> slots [[gnu::tls_model("initial-exec")]];
 
-  /// Odd, and so never the generation of a copy.
+  /// Odd, so it is never the generation of a copy.
   static constexpr std::uint64_t kUnknown = ~std::uint64_t{0};
 
   const Dictionary& refresh();
@@ -109,27 +109,27 @@ class PreferenceStore {
 
   const std::size_t slot_;
   const std::string path_;
-  GenerationWords ownWords_{};  ///< always 0; until the shared ones are there
+  GenerationWords ownWords_{};  ///< always 0; used until the shared words are mapped
   std::atomic<GenerationWords*> words_;
-  /// Another number for every state of this store that the generation does not tell of. No two
-  /// stores ever have the same.
+  /// A number that changes with each state that the generation does not cover. No two stores ever
+  /// have the same edition.
   std::atomic<std::uint64_t> edition_;
 
   Lock lock_;
   std::unique_ptr<SharedGeneration> shared_ TQ_GUARDED_BY(lock_);
-  /// Those whose file is gone: a thread may be looking into their words.
+  /// Mappings of removed files: a thread may still read their words.
   std::vector<std::unique_ptr<SharedGeneration>> former_ TQ_GUARDED_BY(lock_);
   PreferenceDatabase database_ TQ_GUARDED_BY(lock_);
-  std::uint64_t incarnation_ TQ_GUARDED_BY(lock_) = 0;  ///< of the database that is open
+  std::uint64_t incarnation_ TQ_GUARDED_BY(lock_) = 0;  ///< of the open database
   Ref<MutableDictionary> entries_ TQ_GUARDED_BY(lock_);
   std::uint64_t entriesGeneration_ TQ_GUARDED_BY(lock_) = kUnknown;
-  Ref<Dictionary> snapshot_
-      TQ_GUARDED_BY(lock_);  ///< a copy of entries_ and unsaved_; none when stale
+  /// A copy of entries_ and unsaved_; null if stale.
+  Ref<Dictionary> snapshot_ TQ_GUARDED_BY(lock_);
   PreferenceChanges unsaved_ TQ_GUARDED_BY(lock_);
-  PreferenceChanges recent_ TQ_GUARDED_BY(lock_);  ///< saved since the files were looked for
+  PreferenceChanges recent_ TQ_GUARDED_BY(lock_);  ///< saved since the last check of the files
   Clock::time_point looked_ TQ_GUARDED_BY(lock_);
-  std::string complaint_ TQ_GUARDED_BY(lock_);          ///< empty once all is well again
-  std::vector<Message> messages_ TQ_GUARDED_BY(lock_);  ///< told once the lock is free
+  std::string complaint_ TQ_GUARDED_BY(lock_);          ///< empty after a success
+  std::vector<Message> messages_ TQ_GUARDED_BY(lock_);  ///< logged after the lock is released
 };
 
 }  // namespace tq::detail

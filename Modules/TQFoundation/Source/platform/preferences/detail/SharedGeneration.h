@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SharedGeneration.h
-/// Two counters that processes share, and the lock of those who write them.
+/// Two counters that processes share through a mapped file, with a lock for writers.
 
 #include <sys/types.h>
 
@@ -12,20 +12,21 @@
 
 namespace tq::detail {
 
-/// What stands in the mapped file; any content makes sense.
+/// The content of the mapped file. Any bytes are valid.
 struct GenerationWords {
-  std::atomic<std::uint64_t> generation;   ///< odd while somebody writes, or died while writing
-  std::atomic<std::uint64_t> incarnation;  ///< how often the database has been replaced
+  std::atomic<std::uint64_t> generation;   ///< odd while a process writes, or died while writing
+  std::atomic<std::uint64_t> incarnation;  ///< the number of times the database was replaced
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words lie in shared memory");
 
-/// A mapped file of GenerationWords, with its room on the disk taken beforehand. Somebody who cuts
-/// the file while it is mapped stops the processes that look into it (SIGBUS): nothing but giving
-/// up the mapping would help. The lock goes when its holder dies. Threads: one at a time, but for
-/// the words.
+/// A mapped file of GenerationWords, whose disk space is allocated in advance. If another program
+/// truncates the file while it is mapped, processes that access it stop with SIGBUS; only reading
+/// without a mapping would avoid that. The lock is released if its holder dies.
+///
+/// Threads: one at a time; the words from any.
 class SharedGeneration {
  public:
-  /// Makes the file where there is none. @return none on failure, with errno set
+  /// Opens the file, or creates it. @return null on failure, with errno set
   [[nodiscard]] static std::unique_ptr<SharedGeneration> open(const std::string& path);
   ~SharedGeneration();
   SharedGeneration(const SharedGeneration&) = delete;
@@ -33,14 +34,14 @@ class SharedGeneration {
 
   [[nodiscard]] GenerationWords& words() const noexcept { return *words_; }
 
-  /// Waits for the lock, 2 s at most. @return false, with errno set, when somebody else still holds
-  /// it, and when there are no locks here
+  /// Waits for the lock, at most 2 s.
+  /// @return false, with errno set, if another process still holds it, or there are no locks
   [[nodiscard]] bool lock() noexcept;
-  /// False when somebody else holds it, too.
+  /// Locks without waiting. @return false on failure, as lock()
   [[nodiscard]] bool tryLock() noexcept;
   void unlock() noexcept;
 
-  /// False when the file was removed, or another one put in its place.
+  /// Returns false if the file was removed or replaced.
   [[nodiscard]] bool isAt(const std::string& path) const noexcept;
 
  private:

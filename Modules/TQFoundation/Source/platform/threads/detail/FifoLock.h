@@ -1,30 +1,33 @@
 #pragma once
 
 /// @file FifoLock.h
-/// The lock of a serial queue: whoever waits is served in the order of arrival.
+/// The lock of a serial queue: waiting threads are served in the order of their arrival.
 
 #include <atomic>
 #include <cstdint>
 
 namespace tq::detail {
 
-/// One word holds it all, so that arriving, leaving and handing over are single steps:
+/// A first-in, first-out mutex. One word holds its state, so that each transition is one atomic
+/// operation:
 ///
 ///     63        47 46        30 29            0
 ///     | last     | first      | owner          |
 ///
-/// owner  0: free (nobody waits then); kHanded: given to the waiter whose turn has just come;
-///        else the number of the thread that holds the lock
-/// first  ticket of the waiter served next; last: ticket that the next arrival draws. Both go round
-///        at 2^17; equal when nobody waits.
+/// owner  0: free, and no thread waits; kHanded: given to the waiter whose turn has just come;
+///        otherwise the number of the thread that holds the lock
+/// first  the ticket of the waiter that is served next
+/// last   the ticket that the next arriving thread draws. Tickets wrap at 2^17; first equals last
+///        if no thread waits.
 ///
-/// A waiter with ticket t owns the lock once `first` has passed t. Leaving while somebody waits
-/// hands the lock over and never frees it, so that nobody can slip in before those who wait. A
-/// thread that finds the lock held and nobody waiting spins for a moment before it draws a ticket:
-/// it has not arrived until then.
+/// A waiter with ticket t owns the lock once `first` has passed t. If threads wait, unlock() hands
+/// the lock to the first of them and never frees it, so a late thread cannot overtake them. A
+/// thread that finds the lock held, but no waiters, spins for a moment before it draws a ticket; it
+/// counts as arrived only then.
 ///
-/// Sleepers share a few bells. A bell is rung after its waiter's turn has come, and read by a
-/// waiter before it looks whether it has, so a ring between look and sleep keeps it awake.
+/// Blocked threads share a few bells. unlock() rings a bell after the waiter's turn has come. A
+/// waiter reads the bell before it checks its turn, so a ring between check and wait keeps it
+/// awake.
 ///
 /// `System` supplies Word64, Word, self(), wait(), wake(), relax(), stop() and kSpins.
 template <class System>
@@ -37,7 +40,7 @@ class FifoLock {
   void lock() {
     const std::uint64_t self = System::self();
     std::uint64_t state = 0;
-    // Acquire: pairs with the release of whoever left it free.
+    // Acquire: pairs with the release in the unlock() that freed it.
     if (!state_.compare_exchange_strong(state, self, std::memory_order_acquire,
                                         std::memory_order_relaxed)) {
       lockSlowly(self, state);
@@ -46,17 +49,17 @@ class FifoLock {
 
   void unlock() {
     std::uint64_t state = System::self();
-    // Release: what the owner wrote is seen by the next one. A failure reads only the tickets.
+    // Release: the owner's writes are visible to the next one. A failure reads only the tickets.
     while (!state_.compare_exchange_strong(state, afterUnlock(state), std::memory_order_release,
                                            std::memory_order_relaxed)) {
     }
     if (first(state) == last(state)) return;
     Word& bell = bells_[first(state) % kBells];
-    bell.fetch_add(1, std::memory_order_release);  // not before the turn it tells of
-    System::wake(bell, kEverybody);                // others of the same bell go back to sleep
+    bell.fetch_add(1, std::memory_order_release);  // not before the turn that it announces
+    System::wake(bell, kEverybody);                // others on the same bell block again
   }
 
-  /// Threads that have drawn a ticket and wait; for tests.
+  /// Returns the number of threads that have drawn a ticket and wait. For tests.
   [[nodiscard]] std::uint32_t waiting() const {
     const std::uint64_t state = state_.load(std::memory_order_relaxed);
     return static_cast<std::uint32_t>((last(state) - first(state)) & kTicketMask);
@@ -80,7 +83,7 @@ class FifoLock {
     return owner | ((first & kTicketMask) << kFirstShift) | (last << kLastShift);
   }
 
-  // Free is all zero, so the tickets start again whenever nobody is left.
+  // The free state is 0, so tickets start at 0 again whenever the lock becomes free.
   static std::uint64_t afterUnlock(std::uint64_t state) {
     return first(state) == last(state) ? 0 : make(kHanded, first(state) + 1, last(state));
   }
@@ -104,7 +107,7 @@ class FifoLock {
       }
     }
     waitForTurn(last(state));
-    // The owner's place holds kHanded, which is above every number: nothing is borrowed.
+    // The owner field holds kHanded, which exceeds every thread number: no bit is borrowed.
     state_.fetch_sub(kHanded - self, std::memory_order_relaxed);
   }
 
@@ -117,7 +120,7 @@ class FifoLock {
     Word& bell = bells_[ticket % kBells];
     for (int spins = 0;; ++spins) {
       const std::uint32_t rings = bell.load(std::memory_order_acquire);
-      // Acquire: pairs with the release that handed over.
+      // Acquire: pairs with the release in the unlock() that handed the lock over.
       const std::uint64_t state = state_.load(std::memory_order_acquire);
       if (first(state) == ((ticket + 1) & kTicketMask)) return;
       if (spins < System::kSpins) {
