@@ -251,8 +251,8 @@ std::nullopt_t fail(Ref<Error>* error, const ExternalTool& tool, Code code,
 
 const char* sentenceOf(Code fault) {
   if (fault == Code::timedOut) return "did not end in time";
-  if (fault == Code::tooMuchOutput) return "wrote too much";
-  return "ended, but nobody knows how: the end was taken by another part of this program";
+  if (fault == Code::tooMuchOutput) return "wrote more than its limit";
+  return "ended, but another part of this program took its exit status";
 }
 
 bool holdsNul(const ExternalTool& tool) {

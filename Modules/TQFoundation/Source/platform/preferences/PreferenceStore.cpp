@@ -173,14 +173,14 @@ void PreferenceStore::load(std::uint64_t generation) {
   closeFormerDatabase();
   if (!database_.isOpen() && !openToRead()) return;
   auto entries = MutableDictionary::dictionary();
-  std::size_t senseless = 0;
+  std::size_t invalid = 0;
   const auto keep = [&](std::string_view key, std::span<const std::byte> bytes) {
     Ref<String> name = String::stringWithGeneralisedUTF8(key);
     Ref<Object> value = name != nullptr ? propertyListFromBytes(bytes) : nullptr;
     if (value != nullptr) {
       entries->setObject(std::move(value), std::move(name));
     } else {
-      ++senseless;
+      ++invalid;
     }
   };
   const Result result = database_.isOpen() ? database_.read(keep) : Result::done;
@@ -193,10 +193,10 @@ void PreferenceStore::load(std::uint64_t generation) {
     return;  // the next read opens a new database
   }
   if (result == Result::failed) return complain("read", database_.fault());
-  if (senseless != 0) {
-    messages_.push_back({LogLevel::error, "Left out " + std::to_string(senseless) +
-                                              " entries that make no sense of the preferences " +
-                                              path_ + "."});
+  if (invalid != 0) {
+    messages_.push_back({LogLevel::error, "Ignored " + std::to_string(invalid) +
+                                              " invalid entries of the preferences " + path_ +
+                                              "."});
   }
   entries_ = std::move(entries);
   if (generation % 2 == 0) entriesGeneration_ = generation;
@@ -334,14 +334,14 @@ bool PreferenceStore::setAside() {
   for (int number = 2;
        ::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) != 0;
        ++number) {
-    if (errno != EEXIST) return complain("set aside", strerrordesc_np(errno)), false;
+    if (errno != EEXIST) return complain("rename", strerrordesc_np(errno)), false;
     aside = path + ".damaged-" + std::to_string(number);
   }
   ::rename((path + "-wal").c_str(), (aside + "-wal").c_str());
   ::unlink((path + "-shm").c_str());
   incarnation_ = words_.load()->incarnation.fetch_add(1) + 1;
   messages_.push_back({LogLevel::fault, "The preferences " + path + " are damaged (" + fault +
-                                            ") and were set aside as " + aside + "."});
+                                            ") and were renamed to " + aside + "."});
   for (const auto& [key, value] : *entries_) {
     std::string ignored;
     unsaved_.try_emplace(std::string(static_cast<const String&>(key).view()),

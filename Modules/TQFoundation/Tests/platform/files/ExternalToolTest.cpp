@@ -87,7 +87,7 @@ TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
        "The tool “sh” could not be started: No such file or directory."},
       {slow, Code::timedOut, "The tool “sh” did not end in time."},
       {moved, Code::timedOut, "The tool “sh” did not end in time."},
-      {endless, Code::tooMuchOutput, "The tool “sh” wrote too much."},
+      {endless, Code::tooMuchOutput, "The tool “sh” wrote more than its limit."},
   };
   for (const auto& c : cases) {
     Ref<Error> error;

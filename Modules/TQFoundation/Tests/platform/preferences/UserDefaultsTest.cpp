@@ -255,7 +255,7 @@ TEST_F(UserDefaultsTest, LeavesOutEntriesThatMakeNoSense) {
   open()->setInteger(1, "key");
   execute("INSERT INTO preference VALUES (x'61', x'00'), (x'FF', x'00'), ('text', 'text')");
   EXPECT_EQ(count(), 1u);
-  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Left out 3 entries")));
+  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Ignored 3 invalid entries")));
 }
 
 TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
