@@ -3,9 +3,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/bytes/CodecTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/text/CollationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileHandleTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/files/FileReadingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/operations/OperationQueueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/operations/OperationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/RunLoopTest.cpp

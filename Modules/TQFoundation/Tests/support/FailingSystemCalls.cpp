@@ -1,5 +1,5 @@
-// The program's own definitions of these calls stand before the C library's, for every library in
-// the process.
+// The program's own definitions of these calls replace the C library's, for every library in the
+// process.
 
 #include <support/FailingSystemCalls.h>
 

@@ -9,8 +9,8 @@
 
 namespace tq::test {
 
-/// Makes the n-th of the calls that change files go wrong, from the moment it is armed, in programs
-/// that FailingSystemCalls.cpp is part of.
+/// Makes the n-th system call that changes files fail, counted from arm(), in programs that
+/// FailingSystemCalls.cpp is part of.
 struct FailingSystemCalls {
   enum class How { not_at_all, fails, stays_failed, kills };
   static inline std::atomic<How> how = How::not_at_all;
@@ -24,7 +24,7 @@ struct FailingSystemCalls {
     left = n;
     how = way;
   }
-  /// @return whether the n-th call was met
+  /// @return whether the n-th call was made
   static bool disarm() {
     how = How::not_at_all;
     return left <= 0;

@@ -11,6 +11,7 @@
 #include <support/Threads.h>
 
 #include <chrono>
+#include <functional>
 
 namespace tq {
 namespace {
@@ -25,7 +26,7 @@ ExternalTool shell(std::string script, std::string_view input = {}) {
   return tool;
 }
 
-TEST(ExternalTool, CollectsBothStreamsWhileItFeeds) {
+TEST(ExternalTool, CollectsBothStreamsWhileItWritesTheInput) {
   const std::string large(1'000'000, 'x');
   const struct {
     const char* script;
@@ -39,12 +40,12 @@ TEST(ExternalTool, CollectsBothStreamsWhileItFeeds) {
       {"cat >&2; echo out; exit 7", "in", "out\n", "in", 7, 0},
       {"cat; head -c 1000000 /dev/zero | tr '\\0' x >&2", large, large, large, 0, 0},
       {"head -c 1000000 /dev/zero | tr '\\0' x; cat >&2", large, large, large, 0, 0},
-      {"exit 3", large, "", "", 3, 0},  // never reads: no signal, no wait
+      {"exit 3", large, "", "", 3, 0},  // never reads: neither SIGPIPE nor a wait
       {"exec 0<&-; echo closed", large, "closed\n", "", 0, 0},
       {"kill -9 $$", "", "", "", -1, SIGKILL},
-      {"kill -PIPE $$", "", "", "", -1, SIGPIPE},  // signals are as they are by default
+      {"kill -PIPE $$", "", "", "", -1, SIGPIPE},  // signals have their default action
       {"read line || echo none", "", "none\n", "", 0, 0},
-      {"sleep 20 & echo left", "", "left\n", "", 0, 0},  // what it leaves running is not waited for
+      {"sleep 20 & echo left", "", "left\n", "", 0, 0},  // its own children are not waited for
       {"ls /proc/self/fd | wc -l", "", "4\n", "", 0, 0},
   };
   for (const auto& c : cases) {
@@ -62,37 +63,33 @@ TEST(ExternalTool, CollectsBothStreamsWhileItFeeds) {
   }
 }
 
-TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
-  ExternalTool missing;
-  missing.program = "/nowhere/tool";
-  ExternalTool cut = shell("true");
-  cut.arguments.emplace_back("a\0b", 3);
-  ExternalTool placeless = shell("true");
-  placeless.workingFolder = "/nowhere";
-  ExternalTool slow = shell("sleep 60 & sleep 60");
-  slow.timeoutSeconds = 0.2;
-  ExternalTool moved = shell("exec perl -e 'setpgrp(0, getpgrp(getppid())); sleep 60'");
-  moved.timeoutSeconds = 1;
-  ExternalTool endless = shell("yes");
-  endless.mostOutputBytes = 100'000;
+TEST(ExternalTool, ReportsWhyItDidNotEnd) {
   const struct {
-    const ExternalTool& tool;
+    const char* script;
+    std::function<void(ExternalTool&)> change;
     Code code;
     const char* text;
   } cases[] = {
-      {missing, Code::cannotStart,
+      {"", [](auto& tool) { tool.program = "/nowhere/tool"; }, Code::cannotStart,
        "The tool “/nowhere/tool” could not be started: No such file or directory."},
-      {cut, Code::cannotStart, "The tool “sh” could not be started: Invalid argument."},
-      {placeless, Code::cannotStart,
+      {"true", [](auto& tool) { tool.arguments.emplace_back("a\0b", 3); }, Code::cannotStart,
+       "The tool “sh” could not be started: Invalid argument."},
+      {"true", [](auto& tool) { tool.workingFolder = "/nowhere"; }, Code::cannotStart,
        "The tool “sh” could not be started: No such file or directory."},
-      {slow, Code::timedOut, "The tool “sh” did not end in time."},
-      {moved, Code::timedOut, "The tool “sh” did not end in time."},
-      {endless, Code::tooMuchOutput, "The tool “sh” wrote more than its limit."},
+      {"sleep 60 & sleep 60", [](auto& tool) { tool.timeoutSeconds = 0.2; }, Code::timedOut,
+       "The tool “sh” did not end in time."},
+      {"exec perl -e 'setpgrp(0, getpgrp(getppid())); sleep 60'",
+       [](auto& tool) { tool.timeoutSeconds = 1; }, Code::timedOut,
+       "The tool “sh” did not end in time."},
+      {"yes", [](auto& tool) { tool.mostOutputBytes = 100'000; }, Code::tooMuchOutput,
+       "The tool “sh” wrote more than its limit."},
   };
   for (const auto& c : cases) {
+    ExternalTool tool = shell(c.script);
+    c.change(tool);
     Ref<Error> error;
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(runExternalTool(c.tool, &error));
+    EXPECT_FALSE(runExternalTool(tool, &error));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->code(), static_cast<std::int64_t>(c.code));
@@ -100,7 +97,7 @@ TEST(ExternalTool, SaysWhyItDidNotComeToItsEnd) {
   }
 }
 
-TEST(ExternalTool, AnEndThatOthersTookIsNoSuccess) {
+TEST(ExternalTool, AnUnknownExitStatusIsAnError) {
   const auto before = ::signal(SIGCHLD, SIG_IGN);
   Ref<Error> error;
   EXPECT_FALSE(runExternalTool(shell("exit 1"), &error));
@@ -130,7 +127,7 @@ TEST(ExternalToolStress, RunsSideBySide) {
     for (int i = 0; i < 10; ++i) {
       const auto result = runExternalTool(shell("cat", input));
       ASSERT_TRUE(result && result->output->view() == input);
-      ASSERT_TRUE(runExternalTool(shell("true", input)));  // broken pipes stay with their thread
+      ASSERT_TRUE(runExternalTool(shell("true", input)));  // SIGPIPE concerns its thread alone
     }
   });
 }

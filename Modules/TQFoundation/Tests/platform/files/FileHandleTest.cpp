@@ -6,6 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+
+#include <TQFoundation/platform/files/FileReading.h>
 #include "platform/files/ExpectFileError.h"
 #include "support/Bytes.h"
 #include "support/TemporaryDirectory.h"
@@ -31,13 +34,13 @@ TEST(FileHandle, WritesOverAnExistingFileFromItsStart) {
   EXPECT_EQ(directory.read("x"), "abc3456789");
 }
 
-TEST(FileHandle, ClosesWhatItOwnsOnceAndLeavesTheRest) {
-  const int lent = ::open("/dev/null", O_WRONLY);
-  { const Ref<FileHandle> file = FileHandle::fileHandleWithFileDescriptor(lent); }
-  EXPECT_TRUE(isOpen(lent));
-  const Ref<FileHandle> owner = FileHandle::fileHandleWithFileDescriptor(lent, true);
+TEST(FileHandle, ClosesOnlyWhatItOwnsAndOnlyOnce) {
+  const int file = ::open("/dev/null", O_WRONLY);
+  { const Ref<FileHandle> handle = FileHandle::fileHandleWithFileDescriptor(file); }
+  EXPECT_TRUE(isOpen(file));
+  const Ref<FileHandle> owner = FileHandle::fileHandleWithFileDescriptor(file, true);
   owner->closeFile();
-  EXPECT_FALSE(isOpen(lent));
+  EXPECT_FALSE(isOpen(file));
   EXPECT_EQ(owner->fileDescriptor(), -1);
   const int next = ::open("/dev/null", O_WRONLY);  // gets the same number
   owner->closeFile();
@@ -45,35 +48,80 @@ TEST(FileHandle, ClosesWhatItOwnsOnceAndLeavesTheRest) {
   ::close(next);
 }
 
-TEST(FileHandle, SaysWhyAFileCannotBeOpenedForWriting) {
+TEST(FileReading, ReadsWholeFiles) {
   const test::TemporaryDirectory directory;
-  Ref<Error> error;
-  const auto open = [&](std::string_view path) {
-    error = nullptr;
-    EXPECT_FALSE(FileHandle::fileHandleForWritingToURL(*URL::fileURLWithPath(path), &error));
-    EXPECT_FALSE(FileHandle::fileHandleForWritingToURL(*URL::fileURLWithPath(path)));
-    return error;
+  const auto read = [](std::string_view path) {
+    Ref<Error> error;
+    const Ref<Data> data = dataWithContentsOfURL(*URL::fileURLWithPath(path), &error);
+    EXPECT_FALSE(error) << error->description();
+    return data;
   };
-  expectFileError(open(directory.path("none")), 4, ENOENT, "The file “none” doesn’t exist.");
-  EXPECT_FALSE(std::filesystem::exists(directory.path("none")));
-  std::filesystem::create_directory(directory.path("folder"));
-  const std::string parent = std::filesystem::path(directory.path("")).parent_path().filename();
-  expectFileError(open(directory.path("folder")), 512, EISDIR,
-                  "The file “folder” couldn’t be saved in the folder “" + parent + "”.");
-  const std::string longName(300, 'n');
-  expectFileError(open(directory.path(longName)), 514, ENAMETOOLONG,
-                  "The file name “" + longName + "” is invalid.");
-  expectFileError(open(std::string_view("/tmp/a\0b", 8)), 512, EINVAL,
-                  std::string("The file “a\0b” couldn’t be saved in the folder “tmp”.", 63));
-  if (::geteuid() != 0) {
-    ::chmod(directory.write("locked", "").c_str(), 0);
-    expectFileError(
-        open(directory.path("locked")), 513, EACCES,
-        "You don’t have permission to save the file “locked” in the folder “" + parent + "”.");
+  for (const std::size_t length : {0u, 1u, 4095u, 4096u, 4097u, 1'000'003u}) {
+    const std::string content(length, '\0');
+    EXPECT_EQ(read(directory.write("x", content))->view(), content);
   }
+  // Files of the kernel report a size of 0.
+  EXPECT_TRUE(read("/proc/self/status")->view().starts_with("Name:"));
 }
 
-TEST(FileHandle, OneWriteTellsItsCountAndTheSystemsReason) {
+TEST(FileErrors, TellWhyAFileCannotBeWrittenOrRead) {
+  const test::TemporaryDirectory directory;
+  const std::string folder = std::filesystem::path(directory.path("")).parent_path().filename();
+  const std::string inFolder = "” couldn’t be saved in the folder “" + folder + "”.";
+  const std::string longName(300, 'n');
+  const std::string cut("/tmp/a\0b", 8);
+  std::filesystem::create_directory(directory.path("folder"));
+  ::chmod(directory.write("locked", "").c_str(), 0);
+  ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);
+  // Larger than the limit; its hole takes no space on the disk.
+  ASSERT_EQ(::truncate(directory.write("huge", "").c_str(), (off_t{1} << 36) + 1), 0);
+  const char* const notRegular = "” couldn’t be opened because it is not a regular file.";
+  const bool isRoot = ::geteuid() == 0;  // permissions do not hold root back
+  const struct {
+    std::string path;
+    int number;
+    std::int64_t writingCode;  // 0: not tried, because it would succeed or block
+    std::string writingText;
+    std::int64_t readingCode;
+    std::string readingText;
+  } cases[] = {
+      {directory.path("none"), ENOENT, 4, "The file “none” doesn’t exist.", 260,
+       "The file “none” couldn’t be opened because there is no such file."},
+      {directory.path("folder"), EISDIR, 512, "The file “folder" + inFolder, 256,
+       "The file “folder” couldn’t be opened."},
+      {directory.path("huge/y"), ENOTDIR, 512,
+       "The file “y” couldn’t be saved in the folder “huge”.", 256,
+       "The file “y” couldn’t be opened."},
+      {directory.path(longName), ENAMETOOLONG, 514, "The file name “" + longName + "” is invalid.",
+       258, "The file name “" + longName + "” is invalid."},
+      {cut, EINVAL, 512, "The file “" + cut.substr(5) + "” couldn’t be saved in the folder “tmp”.",
+       256, "The file “" + cut.substr(5) + "” couldn’t be opened."},
+      {directory.path("locked"), EACCES, isRoot ? 0 : 513,
+       "You don’t have permission to save the file “locked” in the folder “" + folder + "”.",
+       isRoot ? 0 : 257,
+       "The file “locked” couldn’t be opened because you don’t have permission to view it."},
+      {"/dev/zero", EINVAL, 0, "", 256, std::string("The file “zero") + notRegular},
+      {directory.path("pipe"), EINVAL, 0, "", 256, std::string("The file “pipe") + notRegular},
+      {directory.path("huge"), EFBIG, 0, "", 263,
+       "The file “huge” couldn’t be opened because it is too large."},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    const Ref<URL> url = URL::fileURLWithPath(c.path);
+    Ref<Error> error;
+    if (c.writingCode != 0) {
+      EXPECT_FALSE(FileHandle::fileHandleForWritingToURL(*url));
+      EXPECT_FALSE(FileHandle::fileHandleForWritingToURL(*url, &error));
+      expectFileError(error, c.writingCode, c.number, c.writingText);
+    }
+    if (c.readingCode == 0) continue;
+    EXPECT_FALSE(dataWithContentsOfURL(*url, &error));
+    expectFileError(error, c.readingCode, c.number, c.readingText);
+  }
+  EXPECT_FALSE(std::filesystem::exists(directory.path("none")));
+}
+
+TEST(FileHandle, OneWriteReturnsItsCountAndTheErrorNumber) {
   const int full = ::open("/dev/full", O_WRONLY);
   WriteResult result = writeOnce(full, bytesOf("x"));
   EXPECT_EQ(result.count, -1);
@@ -85,7 +133,7 @@ TEST(FileHandle, OneWriteTellsItsCountAndTheSystemsReason) {
   int ends[2];
   ASSERT_EQ(::pipe2(ends, O_NONBLOCK), 0);
   const std::string much(1 << 20, 'x');
-  errno = EINTR;  // an old number must not show
+  errno = EINTR;  // an old number must not be reported
   result = writeOnce(ends[1], bytesOf(much));
   EXPECT_GT(result.count, 0);
   EXPECT_LT(result.count, 1 << 20);

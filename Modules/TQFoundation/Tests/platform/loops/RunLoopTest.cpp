@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 constexpr RunLoopMode kTracking{7};
 
-// What ran, in order.
+// Records what runs, in order.
 struct Trace {
   std::vector<std::string> steps;
   auto says(std::string step) {
@@ -27,7 +27,7 @@ struct Trace {
   std::vector<std::string> take() { return std::exchange(steps, {}); }
 };
 
-TEST(RunLoop, PerformsBlocksInOrderTwiceAPass) {
+TEST(RunLoop, PerformsBlocksInOrderTwiceInAPass) {
   RunLoop& loop = RunLoop::current();
   EXPECT_EQ(&loop, &RunLoop::main());
   Trace trace;
@@ -64,7 +64,7 @@ TEST(RunLoop, BlocksOfOtherModesKeepTheirPlace) {
   EXPECT_THAT(trace.take(), ElementsAre("common", "queue"));
 }
 
-TEST(RunLoop, MainQueueServesWhatWasThereAndNotFromItsOwnBlocks) {
+TEST(RunLoop, MainQueueRunsItsBlocksOnceAndNotNested) {
   RunLoop& loop = RunLoop::main();
   Trace trace;
   mainQueueAsync([&] {
@@ -112,8 +112,8 @@ TEST(RunLoop, PerformedBlocksDoNotWakeIt) {
   EXPECT_THAT(trace.take(), ElementsAre("performed", "queue"));
 }
 
-// A host that runs the default main context itself, as toolkits do.
-TEST(RunLoop, HostsThatRunTheContextNeedNoGlue) {
+// A host that runs the default main context itself, like toolkits.
+TEST(RunLoop, HostsMayRunTheContextThemselves) {
   RunLoop& loop = RunLoop::main();
   GMainContext* const context = g_main_context_default();
   const auto hostPass = [&] { return g_main_context_iteration(context, FALSE) != FALSE; };
@@ -137,7 +137,7 @@ TEST(RunLoop, HostsThatRunTheContextNeedNoGlue) {
   const Sleep sleep;
   EXPECT_FALSE(sleep.isReady) << "a block that adds a block must not keep the loop awake";
   EXPECT_EQ(sleep.timeout, -1);
-  loop.performBlock(trace.says("later"));  // not a block's own: the pass begins with it
+  loop.performBlock(trace.says("later"));  // not added by a block: the pass begins with it
   EXPECT_TRUE(hostPass());
   EXPECT_EQ(again, 2);
   EXPECT_THAT(trace.take(), ElementsAre("later"));
@@ -163,7 +163,7 @@ TEST(RunLoop, EndsWithItsThread) {
     EXPECT_NE(&loop, &RunLoop::main());
     EXPECT_FALSE(isMainThread());
     kept = share(loop);
-    loop.performBlock([held = std::move(held)] { ADD_FAILURE() << "nobody runs this loop"; });
+    loop.performBlock([held = std::move(held)] { ADD_FAILURE() << "this loop does not run"; });
   }).join();
   EXPECT_TRUE(observer.expired());
   auto late = std::make_shared<int>(2);
@@ -189,7 +189,7 @@ TEST(RunLoop, RunReturnsWhenStopped) {
   RunLoop::main().runFor(-1);
 }
 
-TEST(RunLoopStress, MainQueueTakesBlocksOfManyThreadsInTheirOrder) {
+TEST(RunLoopStress, KeepsTheOrderOfEachThreadsBlocks) {
   constexpr int kThreads = 4, kBlocks = 5'000;
   std::vector<int> seen(kThreads, 0);
   int total = 0;
@@ -209,7 +209,7 @@ TEST(RunLoopStress, MainQueueTakesBlocksOfManyThreadsInTheirOrder) {
   while (total < kThreads * kBlocks) RunLoop::main().runOnce(60);
 }
 
-TEST(RunLoopDeathTest, FaultsOfTheCallerStopTheProcess) {
+TEST(RunLoopDeathTest, MisuseStopsTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(RunLoop::main().performBlock(nullptr), "block != nullptr");
   EXPECT_DEATH(mainQueueAsync(nullptr), "block != nullptr");
@@ -222,7 +222,7 @@ TEST(RunLoopDeathTest, FaultsOfTheCallerStopTheProcess) {
       "terminate");
 }
 
-// The process ends with all of it alive.
+// The process exits while all of these are pending.
 TEST(RunLoopDeathTest, ExitIsClean) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(

@@ -2,21 +2,28 @@
 
 #include <gmock/gmock.h>
 
+#include <support/Threads.h>
+
 #include <atomic>
 #include <barrier>
+#include <cstdlib>
+#include <latch>
+#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 
 namespace tq {
 namespace {
 
 using testing::ElementsAre;
 
-// Runs what it is told, and keeps what is announced of it.
+// Runs a closure, and records the announced changes.
 struct Work final : Subclass<Work, Operation> {
   static constexpr std::string_view className = "Work";
   explicit Work(std::function<void(Work&)> act = {}) : act_(std::move(act)) {
@@ -46,7 +53,7 @@ std::string stateOf(const Operation& operation) {
   return state;
 }
 
-// Every state, and what each request does in it.
+// Each state, and the effect of each request in it.
 TEST(Operation, StatesFollowTheTable) {
   const auto before = makeRef<Work>();
   const auto work = makeRef<Work>([&](Work& self) {
@@ -75,10 +82,10 @@ TEST(Operation, StatesFollowTheTable) {
 
   const auto later = makeRef<Work>();
   later->addDependency(*work);
-  EXPECT_EQ(stateOf(*later), "ready ") << "of what has finished before";
+  EXPECT_EQ(stateOf(*later), "ready ") << "its dependency had finished before";
 }
 
-TEST(Operation, CancelledBeforeItStartsFinishesWithoutItsWork) {
+TEST(Operation, CancelledBeforeItStartsFinishesWithoutMain) {
   const auto before = makeRef<Work>();
   const auto work = makeRef<Work>();
   const auto after = makeRef<Work>();
@@ -112,7 +119,7 @@ TEST(Operation, DependenciesMayBeRemovedAndDropped) {
   kept->start();
   EXPECT_EQ(one->referenceCount(), 1u);
 
-  // One that has finished is no reason to wait, and what has finished holds none.
+  // A finished operation is not waited for, and retains no dependencies.
   const auto late = makeRef<Work>();
   late->addDependency(*one);
   late->addDependency(*one);
@@ -123,43 +130,212 @@ TEST(Operation, DependenciesMayBeRemovedAndDropped) {
   EXPECT_TRUE(late->dependencies().empty());
 }
 
-TEST(Operation, WhatMainThrowsPassesThroughAfterItHasFinished) {
+TEST(Operation, ExceptionsPassThroughAfterItHasFinished) {
   const auto work = makeRef<Work>([](Work&) { throw std::runtime_error("main"); });
   EXPECT_THROW(work->start(), std::runtime_error);
   EXPECT_EQ(stateOf(*work), "ready finished ");
   work->start();
 }
 
-TEST(Operation, CompletionAndWaitersAreServed) {
+TEST(Operation, RunsItsCompletionBlockAndWakesWaitingThreads) {
   std::atomic<int> completed{0};
   const auto work = makeRef<Work>([](Work&) { std::this_thread::yield(); });
   work->setCompletionBlock([&] { ++completed; });
-  std::vector<std::jthread> waiters;
-  for (int i = 0; i < 3; ++i) {
-    waiters.emplace_back([&] {
-      work->waitUntilFinished();
-      EXPECT_TRUE(work->isFinished());
-    });
-  }
-  work->start();
-  waiters.clear();
+  test::onThreads(4, [&](int t) {
+    t == 3 ? work->start() : work->waitUntilFinished();
+    EXPECT_TRUE(work->isFinished());
+  });
   while (completed == 0) std::this_thread::yield();
+}
+
+Ref<BlockOperation> block(std::function<void()> run) {
+  return BlockOperation::blockOperationWithBlock(std::move(run));
 }
 
 TEST(BlockOperation, RunsAllItsBlocks) {
   std::atomic<int> runs{0};
-  const auto operation = BlockOperation::blockOperationWithBlock([&] { ++runs; });
+  const auto operation = block([&] { ++runs; });
   operation->addExecutionBlock([&] { runs += 10; });
   operation->addExecutionBlock(nullptr);
   operation->start();
   EXPECT_EQ(runs, 11);
-  BlockOperation::blockOperationWithBlock(nullptr)->start();
+  block(nullptr)->start();
 
   std::barrier<> all(5);  // more of them than there are workers
-  const auto meeting = BlockOperation::blockOperationWithBlock([&] { all.arrive_and_wait(); });
+  const auto meeting = block([&] { all.arrive_and_wait(); });
   for (int i = 1; i < 5; ++i) meeting->addExecutionBlock([&] { all.arrive_and_wait(); });
   meeting->start();
   EXPECT_TRUE(meeting->isFinished());
+}
+
+TEST(OperationQueue, StartsByPriorityThenInTheOrderOfBecomingReady) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(1);
+  queue->setSuspended(true);
+  std::vector<int> order;
+  const auto append = [&](int number, OperationQueuePriority priority) {
+    auto operation = block([&order, number] { order.push_back(number); });
+    operation->setQueuePriority(priority);
+    return operation;
+  };
+  const auto first = append(4, OperationQueuePriority::normal);
+  const auto waiting = append(7, OperationQueuePriority::normal);
+  waiting->addDependency(*first);
+  queue->addOperation(waiting);
+  const std::pair<int, int> priorities[] = {{8, -8}, {6, 0}, {2, 4}, {3, 4}, {1, 8}};
+  for (const auto& [number, priority] : priorities) {
+    queue->addOperation(append(number, static_cast<OperationQueuePriority>(priority)));
+  }
+  first->start();
+  EXPECT_EQ(queue->operationCount(), 6u);
+  EXPECT_EQ(queue->operations()[0], waiting);
+  EXPECT_THAT(order, ElementsAre(4));
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_THAT(order, ElementsAre(4, 1, 2, 3, 6, 7, 8));
+}
+
+TEST(OperationQueue, RefusesWhatCannotBeAdded) {
+  const auto queue = OperationQueue::init();
+  EXPECT_THROW(queue->setMaxConcurrentOperationCount(-2), Exception);
+  queue->setSuspended(true);
+  const auto added = block([] {});
+  queue->addOperation(added);
+  EXPECT_THROW(queue->addOperation(added), Exception);
+  EXPECT_THROW(OperationQueue::init()->addOperation(added), Exception);
+  const auto finished = block([] {});
+  finished->start();
+  EXPECT_THROW(queue->addOperation(finished), Exception);
+  queue->addOperationWithBlock(nullptr);
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_THROW(queue->addOperation(added), Exception);
+  EXPECT_EQ(queue->operationCount(), 0u);
+}
+
+/// Starts itself at the first call of isFinished(), while the queue is adding it.
+struct Sly final : Subclass<Sly, Operation> {
+  static constexpr std::string_view className = "Sly";
+  bool isFinished() const override {
+    if (std::exchange(isAsked, true)) return Operation::isFinished();
+    const_cast<Sly*>(this)->start();
+    return false;
+  }
+  mutable bool isAsked = false;
+};
+
+TEST(OperationQueue, ReleasesAnOperationThatFinishesWhileItIsAdded) {
+  const auto queue = OperationQueue::init();
+  queue->addOperation(makeRef<Sly>());
+  EXPECT_EQ(queue->operationCount(), 0u);
+  queue->waitUntilAllOperationsAreFinished();
+}
+
+// Three operations meet each time, so fewer than three would deadlock.
+TEST(OperationQueue, RunsAsManyAsTheMaximumAtOnceAndNoneAtZero) {
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(0);
+  std::atomic<int> running{0}, done{0};
+  std::barrier<> three(3);
+  for (int i = 0; i < 60; ++i) {
+    queue->addOperationWithBlock([&] {
+      EXPECT_LE(++running, 3);
+      three.arrive_and_wait();
+      --running;
+      ++done;
+    });
+  }
+  EXPECT_EQ(running, 0);
+  queue->setMaxConcurrentOperationCount(3);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(done, 60);
+}
+
+TEST(OperationQueue, CancelledOperationsFinishWithoutTheirWork) {
+  const auto queue = OperationQueue::init();
+  queue->setSuspended(true);
+  std::atomic<int> runs{0};
+  const auto never = block([] {});
+  const auto waiting = block([&] { ++runs; });
+  waiting->addDependency(*never);
+  queue->addOperation(waiting);
+  queue->addOperationWithBlock([&] { ++runs; });
+  queue->cancelAllOperations();
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(runs, 0);
+}
+
+TEST(OperationQueue, OperationsFinishAfterTheQueueIsDestroyed) {
+  std::atomic<int> runs{0};
+  const auto last = block([&] { ++runs; });
+  {
+    const auto queue = OperationQueue::init();
+    for (int i = 0; i < 10; ++i) {
+      const auto operation = block([&] { ++runs; });
+      last->addDependency(*operation);
+      queue->addOperation(operation);
+    }
+    queue->addOperation(last);
+  }
+  last->waitUntilFinished();
+  EXPECT_EQ(runs, 11);
+  const auto stuck = block([&] { ++runs; });
+  {
+    const auto queue = OperationQueue::init();
+    queue->setMaxConcurrentOperationCount(0);
+    queue->addOperation(stuck);
+  }
+  stuck->waitUntilFinished();
+  EXPECT_TRUE(stuck->isCancelled());
+  EXPECT_EQ(runs, 11);
+}
+
+// Random graphs: operations start after their dependencies, and all of them run once.
+TEST(OperationQueueStress, DependenciesHoldUnderManyThreads) {
+  std::mt19937 random(11);
+  for (int round = 0; round < 30; ++round) {
+    const auto queue = OperationQueue::init();
+    queue->setMaxConcurrentOperationCount(1 + round % 5);
+    constexpr std::size_t kCount = 300;
+    std::vector<std::atomic<bool>> isDone(kCount);
+    std::vector<Ref<BlockOperation>> all;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      std::vector<std::size_t> needed;
+      for (std::size_t d = random() % 4; i != 0 && d != 0; --d) needed.push_back(random() % i);
+      all.push_back(block([&isDone, needed, i] {
+        for (const std::size_t each : needed) EXPECT_TRUE(isDone[each]);
+        EXPECT_FALSE(isDone[i].exchange(true));
+      }));
+      for (const std::size_t each : needed) all[i]->addDependency(*all[each]);
+    }
+    std::jthread adder([&] {
+      for (std::size_t i = 0; i < kCount; i += 2) queue->addOperation(all[i]);
+    });
+    for (std::size_t i = kCount - 1; i < kCount; i -= 2) queue->addOperation(all[i]);
+    adder.join();
+    queue->waitUntilAllOperationsAreFinished();
+    for (const auto& each : isDone) EXPECT_TRUE(each);
+  }
+}
+
+TEST(OperationQueueDeathTest, ExitIsCleanAndExceptionsStopTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        static std::latch never(1);
+        const auto queue = OperationQueue::init();
+        for (int i = 0; i < 100; ++i) queue->addOperationWithBlock([] { never.wait(); });
+        std::exit(0);
+      },
+      testing::ExitedWithCode(0), "^$");
+  EXPECT_DEATH(
+      {
+        const auto queue = OperationQueue::init();
+        queue->addOperationWithBlock([] { throw 1; });
+        std::latch(1).wait();
+      },
+      "terminate");
 }
 
 }  // namespace

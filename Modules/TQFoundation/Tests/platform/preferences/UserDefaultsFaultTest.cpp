@@ -36,7 +36,7 @@ struct UserDefaultsFault : testing::Test {
 };
 using UserDefaultsStress = UserDefaultsFault;
 
-/// A process of its own, forked before it or its parent has opened a store of the test.
+/// A child process, forked before it or its parent has opened a store of the test.
 class Child {
  public:
   explicit Child(const std::function<void()>& run) : id_(::fork()) {
@@ -62,31 +62,25 @@ class Child {
   pid_t id_;
 };
 
-/// A number that processes share.
-class Shared {
- public:
-  Shared()
-      : value_(new (::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1,
-                           0)) std::atomic<std::int64_t>(0)) {}
-  ~Shared() { ::munmap(value_, 4096); }
-  Shared(const Shared&) = delete;
-  Shared& operator=(const Shared&) = delete;
-  std::atomic<std::int64_t>& operator*() const { return *value_; }
-  void waitFor(std::int64_t least) const {
-    while (value_->load() < least) std::this_thread::yield();
-  }
+using SharedInteger = std::atomic<std::int64_t>;
 
- private:
-  std::atomic<std::int64_t>* value_;
-};
+/// Returns a new integer that processes share. It is never unmapped.
+SharedInteger& sharedInteger() {
+  return *new (::mmap(nullptr, sizeof(SharedInteger), PROT_READ | PROT_WRITE,
+                      MAP_SHARED | MAP_ANONYMOUS, -1, 0)) SharedInteger(0);
+}
 
-TEST_F(UserDefaultsFault, AWriteThatFailsIsKeptAndMadeUpFor) {
+void waitFor(const SharedInteger& number, std::int64_t least) {
+  while (number < least) std::this_thread::yield();
+}
+
+TEST_F(UserDefaultsFault, AFailedWriteIsKeptAndSavedLater) {
   for (const How how : {How::fails, How::stays_failed}) {
     bool wasMet = true;
     for (int n = 1; wasMet; ++n) {
       SCOPED_TRACE(testing::Message() << "call " << n);
       startAnew();
-      const bool isNew = n % 2 == 0;  // with and without a database to begin with
+      const bool isNew = n % 2 == 0;  // with and without an existing database
       if (!isNew) open()->setInteger(1, "a");
       Ref<UserDefaults> defaults = open();
       FailingSystemCalls::arm((n + 1) / 2, how);
@@ -95,7 +89,7 @@ TEST_F(UserDefaultsFault, AWriteThatFailsIsKeptAndMadeUpFor) {
       wasMet = FailingSystemCalls::disarm();
       ASSERT_EQ(defaults->integerForKey("a"), 2);
       ASSERT_EQ(defaults->integerForKey("b"), 3);
-      if (n % 3 == 0) {  // once more, and all is there
+      if (n % 3 == 0) {  // after the next change, all are saved
         defaults->setInteger(4, "c");
         defaults = nullptr;
         ASSERT_EQ(open()->integerForKey("a"), 2);
@@ -103,7 +97,7 @@ TEST_F(UserDefaultsFault, AWriteThatFailsIsKeptAndMadeUpFor) {
         ASSERT_EQ(open()->integerForKey("c"), 4);
         continue;
       }
-      defaults = nullptr;  // as after a crash: old or new, never anything else
+      defaults = nullptr;  // as after a crash: the old or the new value
       const std::int64_t a = open()->integerForKey("a");
       const std::int64_t b = open()->integerForKey("b");
       ASSERT_TRUE(a == 2 || (a == (isNew ? 0 : 1) && (how != How::fails || b == 0))) << a;
@@ -113,30 +107,30 @@ TEST_F(UserDefaultsFault, AWriteThatFailsIsKeptAndMadeUpFor) {
   }
 }
 
-// The parent has the store open all the while: it must notice that the writer is gone.
+// The parent has the store open meanwhile: it must notice that the writer is dead.
 TEST_F(UserDefaultsFault, AWriterMayDieInAnyCall) {
   int status = SIGKILL;
   for (int n = 1; WIFSIGNALED(status); ++n) {
     SCOPED_TRACE(testing::Message() << "call " << n);
     startAnew();
-    const Shared stage;
+    SharedInteger& stage = sharedInteger();
     Child child([&] {
-      stage.waitFor(1);
+      waitFor(stage, 1);
       const Ref<UserDefaults> defaults = open();
       FailingSystemCalls::arm(n, How::kills);
       defaults->setInteger(2, "a");
-      *stage = 2;
+      stage = 2;
       defaults->setInteger(3, "a");
       FailingSystemCalls::disarm();
     });
     const Ref<UserDefaults> defaults = open();
     defaults->setInteger(1, "a");
     ASSERT_EQ(defaults->integerForKey("a"), 1);
-    *stage = 1;
+    stage = 1;
     status = child.end();
     const std::int64_t value = defaults->integerForKey("a");
-    ASSERT_GE(value, *stage);
-    ASSERT_LE(value, *stage + 1);
+    ASSERT_GE(value, stage);
+    ASSERT_LE(value, stage + 1);
     defaults->setInteger(9, "b");
     ASSERT_EQ(defaults->integerForKey("a"), value);
     ASSERT_EQ(defaults->integerForKey("b"), 9);
@@ -150,42 +144,42 @@ TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
   std::int64_t last = 0;
-  const Shared acknowledged;
+  SharedInteger& acknowledged = sharedInteger();
   for (int round = 0; round < 25; ++round) {
     Child child([&] {
       const Ref<UserDefaults> defaults = open();
       for (std::int64_t i = last + 1;; ++i) {
         defaults->setInteger(i, "count");
-        *acknowledged = i;
+        acknowledged = i;
       }
     });
-    acknowledged.waitFor(last + 1 + static_cast<std::int64_t>(random() % 40));
+    waitFor(acknowledged, last + 1 + static_cast<std::int64_t>(random() % 40));
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 2000));
     child.end(SIGKILL);
     last = open()->integerForKey("count");
-    ASSERT_GE(last, *acknowledged);
-    ASSERT_LE(last, *acknowledged + 1);
+    ASSERT_GE(last, acknowledged);
+    ASSERT_LE(last, acknowledged + 1);
   }
   EXPECT_TRUE(log.messages().empty());
 }
 
 TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
   constexpr int kRounds = 200;
-  const Shared turn;
+  SharedInteger& turn = sharedInteger();
   Child child([&] {
     const Ref<UserDefaults> defaults = open();
     for (int round = 1; round <= kRounds; ++round) {
-      turn.waitFor(2 * round - 1);
+      waitFor(turn, 2 * round - 1);
       ASSERT_EQ(defaults->integerForKey("parent's"), round);
       defaults->setInteger(round, "child's");
-      *turn = 2 * round;
+      turn = 2 * round;
     }
   });
   const Ref<UserDefaults> defaults = open();
   for (int round = 1; round <= kRounds; ++round) {
     defaults->setInteger(round, "parent's");
-    *turn = 2 * round - 1;
-    turn.waitFor(2 * round);
+    turn = 2 * round - 1;
+    waitFor(turn, 2 * round);
     ASSERT_EQ(defaults->integerForKey("child's"), round);
   }
   EXPECT_EQ(child.end(), 0);

@@ -9,12 +9,13 @@
 
 #include <support/CapturedLog.h>
 #include <support/TemporaryDirectory.h>
+#include <support/Threads.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <random>
-#include <thread>
 #include <tuple>
 
 #include <TQFoundation/objects/Array.h>
@@ -44,21 +45,23 @@ struct UserDefaultsTest : testing::Test {
     return open()->dictionaryRepresentation()->count() -
            open("none")->dictionaryRepresentation()->count();
   }
-  /// @return the number that the last statement answers
+  /// @return the number that the last statement returns
   int execute(const char* statements) const {
-    int answer = 0;
+    int result = 0;
     const auto keep = [](void* to, int, char** values, char**) {
       *static_cast<int*>(to) = std::atoi(values[0]);
       return 0;
     };
     sqlite3* database = nullptr;
     EXPECT_EQ(sqlite3_open(directory.path("folder/suite.sqlite").c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, statements, keep, &answer, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, statements, keep, &result, nullptr), SQLITE_OK);
     sqlite3_close(database);
-    return answer;
+    return result;
   }
   [[nodiscard]] int savedCount() const { return execute("SELECT count(*) FROM preference"); }
 };
+
+using UserDefaultsLockStress = UserDefaultsTest;
 
 Ref<Object> nest(int depth) {
   Ref<Object> object = Number::numberWith(1);
@@ -87,16 +90,14 @@ TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
                                 mixed};
   const std::string keys[] = {"",     std::string("\0\0", 2),    "'; DROP TABLE preference; --",
                               "🙂", std::string(100'000, 'k'), "\xED\xA0\x80"};
-  std::size_t next = 0;
   std::map<std::string, Ref<Object>> expected;
   {
     const Ref<UserDefaults> defaults = open();
-    for (const auto& key : keys) defaults->setObject(expected[key] = values[next++], key);
-    for (; next < std::size(values); ++next) {
-      const std::string key = "key " + std::to_string(next);
-      defaults->setObject(expected[key] = values[next], key);
+    for (std::size_t i = 0; i < std::size(values); ++i) {
+      const std::string key = i < std::size(keys) ? keys[i] : "key " + std::to_string(i);
+      defaults->setObject(expected[key] = values[i], key);
     }
-    mixed->removeAllObjects();  // what was stored is a copy, down to the innermost
+    mixed->removeAllObjects();  // the store has a deep copy
     inner->addObject(mixed);
     const auto stored = refCast<Dictionary>(defaults->objectForKey("key 11"));
     EXPECT_EQ(stored->count(), 4u);
@@ -121,7 +122,7 @@ TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
   EXPECT_THAT(log.messages(), ElementsAre());
 }
 
-// Booleans and integers are read as Preference reads them, which its tests show.
+// The tests of Preference cover booleans and integers.
 TEST_F(UserDefaultsTest, ReadsDoublesAndStringsLeniently) {
   const Ref<UserDefaults> defaults = open();
   const std::tuple<Ref<Object>, double, const char*> cases[] = {
@@ -143,7 +144,7 @@ TEST_F(UserDefaultsTest, ReadsDoublesAndStringsLeniently) {
   EXPECT_TRUE(objectCast<Number>(defaults->objectForKey("key").get())->value().isBoolean());
 }
 
-TEST_F(UserDefaultsTest, LooksThroughItsDomainsInOrder) {
+TEST_F(UserDefaultsTest, SearchesItsDomainsInOrder) {
   const Ref<UserDefaults> defaults = open();
   const auto entry = [](int value) {
     return Dictionary::dictionaryWithEntries({{"ordered", Number::numberWith(value)}});
@@ -171,7 +172,7 @@ TEST_F(UserDefaultsTest, LooksThroughItsDomainsInOrder) {
   }
 }
 
-TEST_F(UserDefaultsTest, RefusesWhatIsNoPropertyList) {
+TEST_F(UserDefaultsTest, RefusesValuesThatAreNoPropertyLists) {
   const Ref<UserDefaults> defaults = open();
   defaults->setInteger(1, "key");
   const auto cyclic = MutableArray::array();
@@ -212,7 +213,7 @@ TEST_F(UserDefaultsTest, RefusesWhatIsNoPropertyList) {
   cyclic->removeAllObjects();
 }
 
-TEST_F(UserDefaultsTest, SetsADamagedDatabaseAside) {
+TEST_F(UserDefaultsTest, RenamesADamagedDatabase) {
   const std::string path = directory.path("folder/suite.sqlite");
   open()->setInteger(1, "key");
   const std::string whole = directory.read("folder/suite.sqlite");
@@ -220,26 +221,25 @@ TEST_F(UserDefaultsTest, SetsADamagedDatabaseAside) {
   damagedPage.replace(4096, 200, 200, '\xFF');  // the table's only page
   const std::string cases[] = {"not a database, but long enough to be taken for one", damagedPage,
                                whole.substr(0, 4096)};
-  for (const std::string& content : cases) {
-    directory.write("folder/suite.sqlite", content);
+  const char* const names[] = {"damaged", "damaged-2", "damaged-3"};
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    directory.write("folder/suite.sqlite", cases[i]);
     const Ref<UserDefaults> defaults = open();
     EXPECT_EQ(defaults->objectForKey("key"), nullptr);
     defaults->setInteger(2, "key");
     EXPECT_EQ(defaults->integerForKey("key"), 2);
+    EXPECT_TRUE(directory.read("folder/suite.sqlite." + std::string(names[i])) == cases[i]);
+    EXPECT_THAT(log.messages().at(i), HasSubstr("damaged"));
   }
+  EXPECT_EQ(log.messages().size(), std::size(cases));
   EXPECT_EQ(open()->integerForKey("key"), 2);
-  EXPECT_TRUE(directory.read("folder/suite.sqlite.damaged") == cases[0]);
-  EXPECT_TRUE(directory.read("folder/suite.sqlite.damaged-2") == cases[1]);
-  EXPECT_TRUE(directory.read("folder/suite.sqlite.damaged-3") == cases[2]);
-  EXPECT_THAT(log.messages(), testing::ElementsAre(HasSubstr("damaged"), HasSubstr("damaged"),
-                                                   HasSubstr("damaged")));
 
   execute("DROP TABLE preference; CREATE TABLE preference (other TEXT)");
   EXPECT_EQ(open()->objectForKey("key"), nullptr);
   EXPECT_TRUE(std::filesystem::exists(path + ".damaged-4"));
 }
 
-TEST_F(UserDefaultsTest, DamageInUseLosesNothingThatIsKnown) {
+TEST_F(UserDefaultsTest, DamageInUseKeepsTheKnownEntries) {
   const Ref<UserDefaults> defaults = open();
   defaults->setInteger(1, "known");
   EXPECT_EQ(defaults->integerForKey("known"), 1);
@@ -251,14 +251,14 @@ TEST_F(UserDefaultsTest, DamageInUseLosesNothingThatIsKnown) {
   EXPECT_EQ(log.messages().size(), 1u);
 }
 
-TEST_F(UserDefaultsTest, LeavesOutEntriesThatMakeNoSense) {
+TEST_F(UserDefaultsTest, IgnoresInvalidEntries) {
   open()->setInteger(1, "key");
   execute("INSERT INTO preference VALUES (x'61', x'00'), (x'FF', x'00'), ('text', 'text')");
   EXPECT_EQ(count(), 1u);
   EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Ignored 3 invalid entries")));
 }
 
-TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
+TEST_F(UserDefaultsTest, KeepsValuesInMemoryIfTheFolderCannotBeUsed) {
   directory.write("folder", "a file where the folder should be");
   const Ref<UserDefaults> defaults = open();
   defaults->setInteger(1, "key");
@@ -269,7 +269,7 @@ TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
   Ref<Error> error;
   EXPECT_FALSE(defaults->synchronize(&error));
   EXPECT_THAT(error->localizedDescription(), HasSubstr("folder/suite.sqlite: Not a directory."));
-  EXPECT_EQ(log.messages().size(), 2u);  // once for the suite, once for the global domain
+  EXPECT_EQ(log.messages().size(), 2u);  // one for the suite, one for the global domain
 
   std::filesystem::remove(directory.path("folder"));
   EXPECT_TRUE(defaults->synchronize(&error));
@@ -277,7 +277,8 @@ TEST_F(UserDefaultsTest, WithoutAPlaceKeepsValuesInMemory) {
   EXPECT_EQ(savedCount(), 1);
 }
 
-TEST_F(UserDefaultsTest, AWriterThatHasStoppedHoldsNobodyUpForGood) {
+// Each wait for the lock takes two seconds.
+TEST_F(UserDefaultsLockStress, AStoppedWriterBlocksOthersForALimitedTime) {
   open()->setInteger(1, "key");
   const int stopped = ::open(directory.path("folder/suite.generation").c_str(), O_RDWR);
   ASSERT_EQ(::flock(stopped, LOCK_EX), 0);
@@ -291,13 +292,13 @@ TEST_F(UserDefaultsTest, AWriterThatHasStoppedHoldsNobodyUpForGood) {
   EXPECT_EQ(savedCount(), 1);
 }
 
-TEST_F(UserDefaultsTest, BeginsAnewWhereSomebodyRemovedTheFiles) {
+TEST_F(UserDefaultsTest, CreatesRemovedFilesAgain) {
   const Ref<UserDefaults> defaults = open();
   for (const char* removed : {"folder", "folder/suite.sqlite", "folder/suite.generation"}) {
     SCOPED_TRACE(removed);
     defaults->setInteger(1, "before");
     EXPECT_EQ(defaults->integerForKey("before"), 1);
-    EXPECT_TRUE(defaults->synchronize());  // the files are seen
+    EXPECT_TRUE(defaults->synchronize());  // checks the files
     std::filesystem::remove_all(directory.path(removed));
     defaults->setInteger(2, "after");
     EXPECT_TRUE(defaults->synchronize());
@@ -308,8 +309,8 @@ TEST_F(UserDefaultsTest, BeginsAnewWhereSomebodyRemovedTheFiles) {
   }
 }
 
-// A hole in the mapped file would stop the process once the disk is full.
-TEST_F(UserDefaultsTest, TheSharedWordsHaveTheirRoomOnTheDisk) {
+// Writing to a hole in the mapped file would stop the process on a full disk.
+TEST_F(UserDefaultsTest, AllocatesTheSharedWordsOnTheDisk) {
   std::filesystem::create_directory(directory.path("folder"));
   const std::string path = directory.write("folder/suite.generation", "");
   std::filesystem::resize_file(path, 4096);
@@ -319,7 +320,7 @@ TEST_F(UserDefaultsTest, TheSharedWordsHaveTheirRoomOnTheDisk) {
   EXPECT_GT(status.st_blocks, 0);
 }
 
-TEST_F(UserDefaultsTest, ReaderOfTheLogMayReadPreferences) {
+TEST_F(UserDefaultsTest, LogSinksMayReadPreferences) {
   directory.write("folder", "a file");
   const LogSink before = setLogSink([&](const LogMessage&) {
     static thread_local int depth = 0;
@@ -333,24 +334,17 @@ TEST(UserDefaultsThreadStress, ThreadsSeeEachOthersChangesAtOnce) {
   const test::TemporaryDirectory directory;
   const auto defaults = UserDefaults::initWithSuiteName("suite", directory.path(""));
   std::atomic<std::int64_t> written = 0;
-  {
-    std::vector<std::jthread> readers;
-    for (int r = 0; r < 2; ++r) {
-      readers.emplace_back([&] {
-        for (std::int64_t last = 0; last < 500;) {
-          const std::int64_t before = written;
-          const std::int64_t value = defaults->integerForKey("count");
-          ASSERT_GE(value, before);
-          ASSERT_GE(value, last);
-          last = value;
-        }
-      });
-    }
-    for (std::int64_t i = 1; i <= 500; ++i) {
+  test::onThreads(3, [&](int t) {
+    for (std::int64_t i = 1; t == 0 && i <= 500; ++i) {
       defaults->setInteger(i, "count");
       written = i;
     }
-  }
+    for (std::int64_t last = 0; t != 0 && last < 500;) {
+      const std::int64_t before = std::max(last, written.load());
+      last = defaults->integerForKey("count");
+      ASSERT_GE(last, before);
+    }
+  });
 }
 
 }  // namespace
