@@ -221,9 +221,9 @@ gboolean RunLoop::State::runTimers(GSource* source, GSourceFunc, gpointer) {
   return G_SOURCE_CONTINUE;
 }
 
+// Timers that become due meanwhile wait for the next pass.
 void RunLoop::State::fireDueTimers() {
-  const std::int64_t now =
-      RunLoop::now();  // timers that become due meanwhile wait for the next pass
+  const std::int64_t now = RunLoop::now();
   while (!timers.isEmpty() && timers.earliest() <= now) {
     const auto timer = Ref<Timer>::adopt(timers.top());
     timers.remove(timer->slot_);
