@@ -24,7 +24,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Code = ExternalToolErrorCode;
 
-constexpr std::size_t kPiece = std::size_t{1} << 16;
+constexpr std::size_t kReadSize = std::size_t{1} << 16;
 
 /// The two ends of a pipe. Child processes do not inherit them.
 struct Pipe {
@@ -47,9 +47,9 @@ void makeNonBlocking(const FileHandle& file) {
 
 /// Keeps SIGPIPE from ending the process while this thread writes: blocks the signal, and removes
 /// it if it arrived.
-class BrokenPipesHeldBack {
+class BlockedSigPipe {
  public:
-  BrokenPipesHeldBack() {
+  BlockedSigPipe() {
     ::sigemptyset(&pipe_);
     ::sigaddset(&pipe_, SIGPIPE);
     sigset_t pending;
@@ -57,7 +57,7 @@ class BrokenPipesHeldBack {
     wasPending_ = ::sigismember(&pending, SIGPIPE) == 1;
     ::pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
   }
-  ~BrokenPipesHeldBack() {
+  ~BlockedSigPipe() {
     constexpr timespec kNow{};
     if (!wasPending_) {
       while (::sigtimedwait(&pipe_, nullptr, &kNow) < 0 && errno == EINTR) {
@@ -65,8 +65,8 @@ class BrokenPipesHeldBack {
     }
     ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
   }
-  BrokenPipesHeldBack(const BrokenPipesHeldBack&) = delete;
-  BrokenPipesHeldBack& operator=(const BrokenPipesHeldBack&) = delete;
+  BlockedSigPipe(const BlockedSigPipe&) = delete;
+  BlockedSigPipe& operator=(const BlockedSigPipe&) = delete;
 
  private:
   sigset_t pipe_;
@@ -75,10 +75,10 @@ class BrokenPipesHeldBack {
 };
 
 /// The child's initial state: its streams, working directory, signals and process group.
-class Beginning {
+class SpawnSetup {
  public:
-  Beginning(const std::string& folder, const Pipe& input, const Pipe& output,
-            const Pipe& errorOutput) {
+  SpawnSetup(const std::string& folder, const Pipe& input, const Pipe& output,
+             const Pipe& errorOutput) {
     ::posix_spawn_file_actions_init(&actions_);
     ::posix_spawnattr_init(&attributes_);
     const int streams[] = {input.reading->fileDescriptor(), output.writing->fileDescriptor(),
@@ -97,12 +97,12 @@ class Beginning {
     ::posix_spawnattr_setflags(
         &attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
   }
-  ~Beginning() {
+  ~SpawnSetup() {
     ::posix_spawnattr_destroy(&attributes_);
     ::posix_spawn_file_actions_destroy(&actions_);
   }
-  Beginning(const Beginning&) = delete;
-  Beginning& operator=(const Beginning&) = delete;
+  SpawnSetup(const SpawnSetup&) = delete;
+  SpawnSetup& operator=(const SpawnSetup&) = delete;
 
   /// @return 0 or the system's error number
   int spawn(const ExternalTool& tool, pid_t& child) const {
@@ -150,18 +150,18 @@ class Run {
   Run& operator=(const Run&) = delete;
 
   /// Waits until the tool ends. @return the reason why it must be killed, or its status is unknown
-  std::optional<Code> toTheEnd() {
+  std::optional<Code> waitForEnd() {
     for (;;) {
       // Checked first, so that all output from before the end is read below.
       const pid_t ended = ::waitpid(child_, &status_, WNOHANG);
       hasEnded_ = ended != 0;
-      feed();
+      writeInput();
       for (Stream& stream : streams_) {
-        if (!collect(stream)) return Code::tooMuchOutput;
+        if (!readOutput(stream)) return Code::tooMuchOutput;
       }
       if (hasEnded_) return ended < 0 ? std::optional(Code::unknownEnd) : std::nullopt;
       if (deadline_ && Clock::now() >= *deadline_) return Code::timedOut;
-      waitForNews();
+      waitForEvents();
     }
   }
 
@@ -184,13 +184,13 @@ class Run {
     Ref<MutableData> bytes = MutableData::data();
   };
 
-  void feed() {
+  void writeInput() {
     while (input_->fileDescriptor() >= 0) {
-      const std::span<const std::byte> rest = tool_.input.subspan(fed_);
+      const std::span<const std::byte> rest = tool_.input.subspan(written_);
       const WriteResult result =
           rest.empty() ? WriteResult{-1, EPIPE} : writeOnce(input_->fileDescriptor(), rest);
       if (result.count > 0) {
-        fed_ += static_cast<std::size_t>(result.count);
+        written_ += static_cast<std::size_t>(result.count);
       } else if (result.errorNumber == EAGAIN) {
         return;
       } else if (result.errorNumber != EINTR) {
@@ -200,10 +200,10 @@ class Run {
   }
 
   /// Reads the available output. @return false if it exceeds the limit
-  bool collect(Stream& stream) const {
+  bool readOutput(Stream& stream) const {
     while (stream.file->fileDescriptor() >= 0) {
-      const std::span<std::byte> room = stream.bytes->spareRoom(kPiece);
-      const ssize_t count = ::read(stream.file->fileDescriptor(), room.data(), room.size());
+      const std::span<std::byte> space = stream.bytes->spareRoom(kReadSize);
+      const ssize_t count = ::read(stream.file->fileDescriptor(), space.data(), space.size());
       if (count < 0 && errno == EINTR) continue;
       if (count < 0 && errno == EAGAIN) return true;
       if (count <= 0) {
@@ -217,17 +217,17 @@ class Run {
   }
 
   // poll() skips negative descriptors.
-  void waitForNews() const {
+  void waitForEvents() const {
     using namespace std::chrono;
-    constexpr milliseconds kNowAndThen(20);
+    constexpr milliseconds kPollInterval(20);
     constexpr milliseconds kLong(60'000);
-    std::array<pollfd, 4> news{{{input_->fileDescriptor(), POLLOUT, 0},
-                                {streams_[0].file->fileDescriptor(), POLLIN, 0},
-                                {streams_[1].file->fileDescriptor(), POLLIN, 0},
-                                {end_->fileDescriptor(), POLLIN, 0}}};
-    milliseconds wait = end_->fileDescriptor() >= 0 ? kLong : kNowAndThen;
+    std::array<pollfd, 4> events{{{input_->fileDescriptor(), POLLOUT, 0},
+                                  {streams_[0].file->fileDescriptor(), POLLIN, 0},
+                                  {streams_[1].file->fileDescriptor(), POLLIN, 0},
+                                  {end_->fileDescriptor(), POLLIN, 0}}};
+    milliseconds wait = end_->fileDescriptor() >= 0 ? kLong : kPollInterval;
     if (deadline_) wait = std::min(wait, ceil<milliseconds>(*deadline_ - Clock::now()));
-    ::poll(news.data(), news.size(), static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
+    ::poll(events.data(), events.size(), static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
   }
 
   const ExternalTool& tool_;
@@ -236,7 +236,7 @@ class Run {
   Ref<FileHandle> end_;
   std::array<Stream, 2> streams_;
   std::optional<Clock::time_point> deadline_;
-  std::size_t fed_ = 0;
+  std::size_t written_ = 0;
   int status_ = 0;
   bool hasEnded_ = false;
 };
@@ -275,15 +275,15 @@ std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<
   if (!input || !output || !errorOutput) return cannotStart(errno);
   pid_t child = -1;
   const int failure =
-      Beginning(tool.workingFolder, *input, *output, *errorOutput).spawn(tool, child);
+      SpawnSetup(tool.workingFolder, *input, *output, *errorOutput).spawn(tool, child);
   if (failure != 0) return cannotStart(failure);
 
   input->reading->closeFile();  // the child's ends: from here on, only the child holds them
   output->writing->closeFile();
   errorOutput->writing->closeFile();
-  const BrokenPipesHeldBack heldBack;
+  const BlockedSigPipe blocked;
   Run run(tool, *std::move(input), *std::move(output), *std::move(errorOutput), child);
-  const std::optional<Code> fault = run.toTheEnd();
+  const std::optional<Code> fault = run.waitForEnd();
   if (!fault) return run.result();
   return fail(error, tool, *fault, sentenceOf(*fault));
 }
