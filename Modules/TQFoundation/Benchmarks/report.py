@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
-"""Makes tables and plots of what the benchmark programs measured: ours beside each peer.
+"""Makes tables and plots of benchmark results: the library compared with each peer.
 
     report.py RESULTS.json... [--write docs]
 
-Prints the tables. With --write it puts them into Benchmarks.md of that folder, each between the
+Prints the tables. With --write, also writes them into Benchmarks.md of that folder, each between the
 lines `<!-- <program> -->` and `<!-- end -->`, and draws figures/<program>.svg.
 
-A benchmark is named BM_<Subject>_<Who>, ours BM_<Subject>_TQ; a template's argument follows in "<>",
-others behind "/". The medians of the repetitions are compared: CPU time, real time where a benchmark
-asks for that, or the counter that stands in for it. One named BM_<Subject>Vs<Who> has run both in
-turns; its counter "speedup" is the ratio. "Growth" is the exponent by which our time grew with the
-first number among the arguments since the case before: 1 is linear.
+A benchmark is called BM_<Subject>_<Who>, ours BM_<Subject>_TQ; a template's argument follows in "<>",
+other arguments after "/". The medians of the repetitions are compared: CPU time, real time if the
+benchmark requests it, or the counter "bytes_per_value". BM_<Subject>Vs<Who> has run both in turns;
+its counter "speedup" is the ratio. "Growth" is the exponent of our time between this case and the
+case with a smaller first argument: 1 is linear.
 """
 
 import argparse
@@ -22,21 +22,21 @@ import pathlib
 import re
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-COLUMNS = ("what", "arguments", "ours", "growth", "peer", "peer's", "ours is")
+COLUMNS = ("benchmark", "arguments", "ours", "growth", "peer", "peer's", "peer's / ours")
 
 Case = collections.namedtuple("Case", "subject arguments ours peers isMemory")
 Row = collections.namedtuple("Row", "case peer theirs growth")
 
 
 def arguments_of(text):
-    """The arguments as a person reads them, in the order of the name."""
+    """The arguments in the order of the name, without those of the framework."""
     kept = [each for each in text.split("/")
             if each and not re.fullmatch(r"(iterations|repeats):\d+|real_time|manual_time", each)]
     return " ".join(kept)
 
 
 def cases_in(results):
-    """The cases of one program, by subject and arguments."""
+    """Returns the cases of one program, one for each subject and arguments."""
     cases = {}
     for run in results["benchmarks"]:
         if run.get("aggregate_name") != "median":
@@ -70,7 +70,7 @@ def natural(text):
 
 
 def rows_of(cases):
-    """A row for each peer, or for none, with the growth since the next smaller case."""
+    """Returns a row for each peer, or one row without a peer, with the growth since the smaller case."""
     rows = []
     smaller = {}
     for case in sorted(cases, key=lambda c: (c.subject, natural(c.arguments))):
@@ -109,7 +109,7 @@ def table_of(rows):
 
 
 def plot_of(program, rows):
-    """A dot a case and peer on a logarithmic axis of ratios, a line a subject and peer."""
+    """Draws a line for each subject and peer, with a dot for each case on a logarithmic axis of ratios."""
     ratios = collections.defaultdict(list)
     for case, peer, theirs, _ in rows:
         if peer:
@@ -155,7 +155,7 @@ def write(docs, program, rows):
     begin, end = f"<!-- {program} -->", "<!-- end -->"
     text = page.read_text()
     if begin not in text:
-        raise SystemExit(f"{page} has no place for {program}: a line {begin}, later {end}")
+        raise SystemExit(f"{page} has no lines {begin} and {end} for {program}")
     head, _, rest = text.partition(begin)
     tail = rest.partition(end)[2]
     figure = f"figures/{program}.svg"

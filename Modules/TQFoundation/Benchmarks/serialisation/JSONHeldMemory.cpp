@@ -1,5 +1,5 @@
-// How much memory a parsed tree holds: each library in a process of its own, by what the process
-// grows when it holds several trees.
+// Memory held by a parsed tree. Each library runs in a process of its own; the result is the growth of
+// that process while it holds several trees.
 
 #include <rapidjson/document.h>
 #include <sys/wait.h>
@@ -57,16 +57,30 @@ double measure(std::string_view who) {
 }  // namespace
 }  // namespace tq::bench
 
-int main() {
+// Writes its results where --benchmark_out says, in the form of the other benchmark programs.
+int main(int argc, char** argv) {
+  constexpr std::string_view kOutput = "--benchmark_out=";
+  std::FILE* out = stdout;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view option = argv[i];
+    if (option.starts_with(kOutput)) out = std::fopen(argv[i] + kOutput.size(), "w");
+  }
+  if (out == nullptr) return 1;
+  const char* before = "{\"benchmarks\": [\n";
   for (const char* who : {"TQ", "RapidJSON", "BoostJSON", "nlohmann"}) {
     const pid_t child = ::fork();
     if (child == 0) {
-      std::printf("BM_TreeHeld_%s/shapes:%zu_median 0 ns 0 ns 1 bytes_per_value=%.1f\n", who,
-                  tq::bench::kShapes, tq::bench::measure(who));
-      return 0;
+      std::fprintf(
+          out,
+          "%s{\"run_name\": \"BM_TreeHeld_%s/shapes:%zu\", \"aggregate_name\": \"median\", "
+          "\"cpu_time\": 0, \"time_unit\": \"ns\", \"bytes_per_value\": %.1f}",
+          before, who, tq::bench::kShapes, tq::bench::measure(who));
+      return std::fclose(out) == 0 ? 0 : 1;
     }
     int status = 0;
     if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0) return 1;
+    before = ",\n";
   }
-  return 0;
+  std::fputs("\n]}\n", out);
+  return std::fclose(out) == 0 ? 0 : 1;
 }
