@@ -114,6 +114,7 @@ def plot_of(program, rows):
     for case, peer, theirs, _ in rows:
         if peer:
             ratios[f"{case.subject} / {peer}"].append(theirs / case.ours[0])
+    better = "small" if any(case.isMemory for case, *_ in rows) else "fast"
     everything = [ratio for each in ratios.values() for ratio in each]
     low = min(-1, math.floor(math.log2(min(everything, default=1))))
     high = max(1, math.ceil(math.log2(max(everything, default=1))))
@@ -129,7 +130,7 @@ def plot_of(program, rows):
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {left + width + 40} {height}" '
            'font-family="sans-serif" font-size="12" fill="#1f2933">',
            '<rect width="100%" height="100%" fill="#fff"/>',
-           text(16, 22, f"{program}: how many times as fast as the peer",
+           text(16, 22, f"{program}: how many times as {better} as the peer",
                 'font-weight="bold" font-size="14"')]
     every = max(1, math.ceil((high - low) / 12))
     for power in range(low, high + 1):
