@@ -1,35 +1,35 @@
 # awk -f doxygen-filter.awk header.h
-# Hands a header to Doxygen with two of the house's conventions spelled out:
-# - a comment speaks for every declaration below it, up to an empty line;
-# - members that mean the same in every class (`sameEverywhere`) are told once, here.
-# No line moves, so that warnings name the right ones.
+# Prepares a header for Doxygen. Two conventions of the project are expanded:
+# - a comment covers every declaration below it, up to an empty line;
+# - members with the same meaning in every class (`sameEverywhere`) are documented once, here.
+# Line numbers are unchanged, so that warnings show the right ones.
 
 function trimmed(text) {
   gsub(/^[ \t]+|[ \t]+$/, "", text)
   return text
 }
 
-# What a member means wherever it stands, or "".
+# Returns the meaning of a common member, or "".
 function sameEverywhere(text) {
   if (text ~ /string_view className =/)
-    return "The class's name, also in archives unless there is a codingName."
-  if (text ~ /string_view codingName =/) return "The name that archives carry for the class."
+    return "The name of the class; also used in archives, unless there is a codingName."
+  if (text ~ /string_view codingName =/) return "The name of the class in archives."
   if (text ~ /^using (iterator_category|iterator_concept|value_type|difference_type|pointer|reference|iterator|const_iterator) =/)
-    return "What the C++ library asks of iterators and ranges."
-  if (text ~ / operator\*\(\) const/) return "What it stands at."
-  if (text ~ / operator->\(\) const/) return "A member of what it stands at."
-  if (text ~ / operator\+\+\(/) return "Steps to the next one."
-  if (text ~ / operator--\(/) return "Steps back to the one before."
-  if (text ~ / operator==\(.* = default;/) return "Equal in every field; a NaN equals nothing."
+    return "Required by the C++ library for iterators and ranges."
+  if (text ~ / operator\*\(\) const/) return "Returns the current element."
+  if (text ~ / operator->\(\) const/) return "Accesses a member of the current element."
+  if (text ~ / operator\+\+\(/) return "Advances to the next element."
+  if (text ~ / operator--\(/) return "Moves back to the previous element."
+  if (text ~ / operator==\(.* = default;/) return "Compares all fields. NaN is not equal to anything."
   if (text ~ /[ :](begin|end)\(\) (const )?(noexcept )?[{;]/)
-    return "For range-based loops, in order. What is gone over must stay as it is meanwhile."
-  if (text ~ / count\(\) const/) return "How many it holds. O(1)."
-  if (text ~ / isEmpty\(\) const/) return "True when it holds nothing."
-  if (text ~ / hash\(\) const( noexcept)? override/) return "The same for objects that are equal."
+    return "For range-based loops, in order. The container must not change during the loop."
+  if (text ~ / count\(\) const/) return "Returns the number of elements. O(1)."
+  if (text ~ / isEmpty\(\) const/) return "Returns true if there are no elements."
+  if (text ~ / hash\(\) const( noexcept)? override/) return "Equal objects have equal hashes."
   return ""
 }
 
-# A declaration has ended: its braces say whether what follows is its body or its members.
+# At the end of a declaration: decides whether its body or its members follow.
 function finish(end) {
   isOpen = 0
   if (end !~ /[{]$/) return
@@ -50,7 +50,7 @@ isMacro {
   next
 }
 bodyEnd != "" {
-  # Macros of a body are nobody else's.
+  # Macros inside a body are ignored.
   isMacro = text ~ /^#define.*\\$/
   if (index($0, bodyEnd) == 1) bodyEnd = ""
   print text ~ /^#define/ ? "" : $0
@@ -64,7 +64,7 @@ text ~ /^\/\/\// {
 text == "" || text ~ /^\/\// || text ~ /^#/ && text !~ /^#define/ { print; next }
 !isOpen && text ~ /^[}]|^(public|protected|private):/ { comment = ""; isFresh = 0; print; next }
 {
-  # The comment of code behind it is none of the declaration's.
+  # Trailing comments are not part of the declaration.
   code = text
   sub(/ *\/\/.*$/, "", code)
 }

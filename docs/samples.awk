@@ -1,7 +1,7 @@
 # awk -v page=docs/Objects.md -f samples.awk docs/Objects.md
-# The ```cpp blocks of a page as one program, in the page's order. A block that has a class or a
-# function of its own stands at namespace scope, so that later blocks can use it; any other one is
-# the body of a function, and is run. So is an `int main()`, which has to return 0.
+# Prints the ```cpp blocks of a page as one program, in order. A block that defines a class or a
+# function is put at namespace scope, so that later blocks can use it. Any other block is the body of
+# a function, which is called. An `int main()` is called, too, and must return 0.
 
 function finish() {
   place = "#line " start " \"" page "\"\n"

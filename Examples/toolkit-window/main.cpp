@@ -1,6 +1,6 @@
-// A host whose toolkit runs the process's default main context: gtk_main() serves timers, the main
-// queue and performed blocks, and nothing else has to be run. Shows a window, has all of them
-// served while it is open, and leaves with 0 when they were, with 1 after ten seconds.
+// A host with a toolkit that runs the default main context of the process. gtk_main() alone serves
+// timers, the main queue and performed blocks. The program shows a window and uses all of them. Its
+// exit status is 0 if all were served, and 1 after ten seconds.
 
 #include <gtk/gtk.h>
 
@@ -15,7 +15,7 @@ namespace {
 constexpr int kBlocks = 100;
 constexpr int kTicks = 5;
 
-/// A window that counts what its process has been served.
+/// A window that counts the served events.
 class Window final : public tq::Subclass<Window> {
  public:
   static constexpr std::string_view className = "Window";
@@ -26,7 +26,7 @@ class Window final : public tq::Subclass<Window> {
   }
   ~Window() override { gtk_widget_destroy(window_); }
 
-  /// However many blocks have come since, one text.
+  /// Updates the label, once for any number of new blocks.
   void showCounts() {
     ++texts;
     gtk_label_set_text(GTK_LABEL(label_), ("blocks: " + std::to_string(blocks)).c_str());
@@ -37,11 +37,11 @@ class Window final : public tq::Subclass<Window> {
            gtk_widget_get_mapped(window_) != FALSE;
   }
 
-  int ticks = 0;      // of a repeating timer
-  int blocks = 0;     // of the main queue, from another thread
-  int actions = 0;    // of a debouncer, asked three times
-  int performed = 0;  // blocks of the run loop
-  int texts = 0;      // of a rate limiter, asked for each block
+  int ticks = 0;      // calls of a repeating timer
+  int blocks = 0;     // blocks of the main queue, added by another thread
+  int actions = 0;    // calls of a debouncer, after three requests
+  int performed = 0;  // blocks performed by the run loop
+  int texts = 0;      // updates of a rate limiter, requested for each block
 
  private:
   GtkWidget* window_;

@@ -14,7 +14,7 @@ using namespace tq;
 
 constexpr Rect kRect(230, 100, 260, 200);
 
-/// Where a point's label stands, seen from the point.
+/// The position of a point's label relative to the point.
 struct Label {
   const char* name;
   Vector offset;
@@ -42,7 +42,7 @@ void drawCorner(Drawing& drawing, int code) {
   drawing.circle(at, 5, {.stroke = ink::paper, .width = 2, .fill = ink::blue});
 }
 
-/// Inside the rect, along its edge, a third of the way from the edge's middle.
+/// A place inside the rect, along the edge, at a third of the distance from its middle.
 void drawEdge(Drawing& drawing, Edge edge, std::string_view name) {
   const Point middle = TQRectGetMidOfEdge(kRect, edge);
   const Point center = TQRectPointForCorner(kRect, TQCorner::center);

@@ -12,7 +12,7 @@ namespace {
 
 using namespace tq;
 
-/// Control points in a unit square, y upwards.
+/// Control points in a unit square; y points up.
 struct Case {
   const char* name;
   Point controls[4];
@@ -37,7 +37,7 @@ TQBezierSegment placed(const Case& shape, Point origin) {
   return TQBezierSegment::cubic(place(p[0]), place(p[1]), place(p[2]), place(p[3]));
 }
 
-/// Where the curve crosses itself: where its halves meet besides at their common end.
+/// Returns the self-intersection: the intersection of the two halves, other than their shared end.
 std::vector<Point> ownCrossings(const TQBezierSegment& segment) {
   TQBezierSegment left;
   TQBezierSegment right;

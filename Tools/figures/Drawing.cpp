@@ -8,7 +8,7 @@
 namespace figures {
 namespace {
 
-/// ` name="value"`
+/// Returns ` name="value"`.
 std::string attribute(std::string_view name, std::string_view value) {
   return std::string(" ").append(name).append("=\"").append(value).append("\"");
 }
@@ -115,7 +115,7 @@ void Drawing::curve(const tq::TQBezierSegment& segment, const Style& style) {
 }
 
 void Drawing::text(std::string_view words, tq::Point at, const TextStyle& style) {
-  // The middle of small letters lies a third of the size above their base line.
+  // The middle of lower-case letters is a third of the font size above the baseline.
   svg_ += "<text";
   if (style.turnDegrees == 0) {
     svg_ += attribute("x", at.x) + attribute("y", at.y + 0.35 * style.size);

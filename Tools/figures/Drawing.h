@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Drawing.h
-/// A picture as SVG text. y grows downwards, a unit is a pixel.
+/// Writes SVG pictures. y points down; the unit is a pixel.
 
 #include <span>
 #include <string>
@@ -13,7 +13,7 @@
 
 namespace figures {
 
-/// The colours of all figures; they differ in lightness, too.
+/// The colours of all figures. They also differ in lightness.
 namespace ink {
 inline constexpr std::string_view text = "#1f2933";
 inline constexpr std::string_view quiet = "#7b8794";
@@ -25,7 +25,7 @@ inline constexpr std::string_view green = "#047857";
 inline constexpr std::string_view amber = "#b45309";
 }  // namespace ink
 
-/// How something is drawn. Nothing is filled unless asked for.
+/// The style of a shape. By default it is not filled.
 struct Style {
   std::string_view stroke = ink::text;
   double width = 1.5;
@@ -34,7 +34,7 @@ struct Style {
   std::string_view dash = {};
 };
 
-/// How a text stands. Its place is the middle of its height.
+/// The style of a text. It is centred vertically at its position.
 struct TextStyle {
   std::string_view fill = ink::text;
   double size = 13;
@@ -43,14 +43,14 @@ struct TextStyle {
   double turnDegrees = 0;  ///< clockwise
 };
 
-/// Collects shapes; later ones lie on top.
+/// Collects shapes. Later ones are drawn on top.
 class Drawing {
  public:
-  /// @param title  said by readers of screens
+  /// @param title  for screen readers
   Drawing(tq::Size size, std::string_view title);
 
   void line(tq::Point from, tq::Point to, const Style& style);
-  /// A line with a head at its end.
+  /// Adds an arrow.
   void arrow(tq::Point from, tq::Point to, const Style& style);
   void rect(const tq::Rect& rect, const Style& style, double radius = 0);
   void circle(tq::Point center, double radius, const Style& style);
@@ -58,7 +58,7 @@ class Drawing {
   void curve(const tq::TQBezierSegment& segment, const Style& style);
   void text(std::string_view words, tq::Point at, const TextStyle& style = {});
 
-  /// The whole file.
+  /// Returns the complete file.
   [[nodiscard]] std::string svg() const;
 
  private:
@@ -67,7 +67,7 @@ class Drawing {
   std::string svg_;
 };
 
-/// At most one digit behind the point, as the pictures' coordinates are.
+/// Formats a coordinate with at most one decimal.
 [[nodiscard]] std::string numberText(double number, int digits = 1);
 
 }  // namespace figures

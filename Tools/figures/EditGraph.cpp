@@ -54,8 +54,8 @@ void drawGrid(Drawing& drawing) {
                {.fill = ink::quiet, .turnDegrees = -90});
 }
 
-/// From the corner of nothing to the corner of everything: right for a removal, down for an
-/// insertion, aslant for what both have.
+/// The path from the top left corner to the bottom right: a step right for a removal, down for an
+/// insertion, diagonal for a common element.
 void drawWay(Drawing& drawing, const TQArrayChanges& changes) {
   std::set<std::uint64_t> removed;
   std::set<std::uint64_t> inserted;

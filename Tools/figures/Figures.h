@@ -1,22 +1,22 @@
 #pragma once
 
 /// @file Figures.h
-/// The pictures of docs/, each drawn from what the library answers.
+/// The figures of docs/, drawn from results of the library.
 
 #include <string>
 
 namespace figures {
 
-/// A rect's nine points and four edges with their codes.
+/// Draws the nine points and four edges of a rect with their codes.
 [[nodiscard]] std::string corners();
 
-/// What a cubic can do: inflections, a cusp, a loop.
+/// Draws cubics with inflections, a cusp and a loop.
 [[nodiscard]] std::string cubics();
 
-/// The edit graph of two arrays with the shortest way through it.
+/// Draws the edit graph of two arrays with its shortest path.
 [[nodiscard]] std::string editGraph();
 
-/// An R-tree's nodes as it grows.
+/// Draws the nodes of a growing R-tree.
 [[nodiscard]] std::string rtree();
 
 }  // namespace figures

@@ -12,10 +12,10 @@ namespace {
 
 using namespace tq;
 
-constexpr std::int64_t kEntries = 4;  // of a node at the most
+constexpr std::int64_t kEntries = 4;  // the capacity of a node
 constexpr double kSide = 220;
 
-/// Rects anywhere in a square, the same ones on every machine.
+/// Random rects in a square; the same on every machine.
 class Scatter {
  public:
   Rect next() {
@@ -35,7 +35,7 @@ class Scatter {
 
 Rect moved(const Rect& rect, Vector by) { return {rect.origin + by, rect.size}; }
 
-/// Levels above the leaves.
+/// Returns the number of levels above the leaves.
 int height(const RTreeNode<int>& node) { return node.isLeaf() ? 0 : 1 + height(*node.child(0)); }
 
 void drawNode(Drawing& drawing, const RTreeNode<int>& node, Vector by) {
@@ -44,7 +44,7 @@ void drawNode(Drawing& drawing, const RTreeNode<int>& node, Vector by) {
     drawing.rect(moved(entry.rect, by),
                  {.stroke = ink::quiet, .width = 1, .fill = ink::quiet, .fillOpacity = 0.25});
   }
-  // Nodes of a higher level are drawn a little larger, so that edges in one place stay apart.
+  // Nodes of higher levels are drawn slightly larger, so that coinciding edges remain visible.
   constexpr std::string_view kColours[] = {ink::blue, ink::red, ink::green};
   const int level = height(node);
   const double margin = 2 + 3 * level;

@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
-"""Changes one operator, constant or condition of the library at a time and tells which changes the
-tests do not notice.
+"""Changes one operator, constant or condition of the library at a time, and lists the changes that
+the tests do not notice.
 
     Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]...
 
-Works in a copy of the committed tree below build/mutate. A change that does not compile is not
-counted; one that makes the tests hang counts as noticed. The room's own tests are asked first, then
-all others, then the room's stress and fault suites. Leaves with 0; what survives is for people to
-judge.
+Works in a copy of the committed tree in build/mutate. Changes that do not compile are not counted.
+A change that makes the tests hang counts as noticed. The tests of the room run first, then all
+others, then the stress and fault suites of the room. The exit status is 0, even if changes survive.
 """
 
 import argparse
@@ -24,8 +23,8 @@ WORK = ROOT / "build/mutate"
 TREE = WORK / "tree"
 BUILD = WORK / "build"
 MODULE = pathlib.Path("Modules/TQFoundation")
-SECONDS = 120  # for a test program that takes a few, or its stress and fault suites
-LONG = "*Stress*:*Fault*"  # suites that only what has survived the others is worth
+SECONDS = 120  # limit for a test program
+LONG = "*Stress*:*Fault*"  # long suites, run last
 
 SWAPS = {
     "comparison": {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="},
@@ -40,13 +39,13 @@ Mutant = collections.namedtuple("Mutant", "file line kind before after")
 
 
 def code_of(line):
-    """The line with the insides of texts and comments blanked, every column where it was."""
+    """Returns the line with strings and comments replaced by spaces, with unchanged columns."""
     line = re.sub(r'"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])\'', lambda m: " " * len(m[0]), line)
     return re.sub(r"//.*", lambda m: " " * len(m[0]), line)
 
 
 def mutants_of(line):
-    """(kind, changed line) for each single change of the line."""
+    """Yields (kind, changed line) for each single change of the line."""
     code = code_of(line)
     if not code.strip() or code.lstrip().startswith(("#", "static_assert", "using ", "template")):
         return
@@ -77,7 +76,7 @@ def all_mutants(rooms):
 
 
 def run(*command, seconds=None):
-    """Whether the command ended well, and in time."""
+    """Returns True if the command succeeds within the time limit."""
     try:
         return subprocess.run(command, cwd=TREE, timeout=seconds, stdout=subprocess.DEVNULL,
                               stderr=subprocess.DEVNULL).returncode == 0
@@ -96,7 +95,7 @@ def prepare():
 
 
 def programs_of(room):
-    """The room's test programs, by target."""
+    """Returns the targets of the room's test programs."""
     made = re.compile(r"tq_add_(room|internal)_tests\((\w+)")
     files = (TREE / MODULE / "Tests" / room).glob("*.cmake")
     return [name + ("InternalTests" if kind == "internal" else "Tests")
@@ -104,7 +103,7 @@ def programs_of(room):
 
 
 def passes(programs, suites="-" + LONG):
-    """Whether the suites are built and pass; None when they cannot be built."""
+    """Builds and runs the suites. Returns True if they pass, None if they do not compile."""
     if not run("cmake", "--build", BUILD, "--target", *programs):
         return None
     return all(run(BUILD / MODULE / program, "--gtest_brief=1", "--gtest_fail_fast",
@@ -125,9 +124,9 @@ def survives(mutant, own, others):
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--count", type=int, default=100, help="changes to try")
-    parser.add_argument("--seed", type=int, default=1, help="which ones: the same for the same seed")
-    parser.add_argument("--room", action="append", help="of these rooms only")
+    parser.add_argument("--count", type=int, default=100, help="number of changes to try")
+    parser.add_argument("--seed", type=int, default=1, help="seed of the random choice")
+    parser.add_argument("--room", action="append", help="change only this room (may be repeated)")
     options = parser.parse_args()
 
     prepare()
@@ -135,7 +134,7 @@ def main():
     programs = {room: programs_of(room) for room in folders}
     everything = [name for names in programs.values() for name in names]
     if not passes(everything) or not passes(everything, LONG):
-        sys.exit("the tests fail before anything is changed")
+        sys.exit("the tests fail without a change")
 
     candidates = list(all_mutants(options.room or folders))
     chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
@@ -151,7 +150,7 @@ def main():
         if verdict:
             print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
     tried = tally["noticed"] + tally["survived"]
-    print(f"{len(candidates)} changes known, {tried} tried: {tally['noticed']} noticed, "
+    print(f"{len(candidates)} possible changes, {tried} tried: {tally['noticed']} noticed, "
           f"{tally['survived']} survived ({100 * tally['noticed'] / max(tried, 1):.0f} % noticed); "
           f"{tally['does not compile']} did not compile")
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# fuzz.sh SECONDS NAME: runs a fuzz target of the asan build. What it finds, and the inputs that reach
-# new code, lie in build/asan/found/NAME. Prints what it came to; leaves with what libFuzzer says.
+# fuzz.sh SECONDS NAME: runs a fuzz target of the asan build. Failing inputs, and inputs that reach
+# new code, are stored in build/asan/found/NAME. Prints a summary; exit status 1 reports a failure.
 set -eu
 cd "$(dirname "$0")/../../.."
 seeds="$(ls -d "$PWD"/Modules/TQFoundation/Fuzz/*/corpus/"$2")"
@@ -10,6 +10,6 @@ cd "build/asan/found/$2"
 status=0
 "$program" -max_total_time="$1" -rss_limit_mb=4096 -timeout=20 -print_final_stats=1 . "$seeds" \
   >log 2>&1 || status=$?
-printf '%s: %s inputs in %s seconds, exit code %s\n' "$2" \
+printf '%s: %s inputs in %s seconds, exit status %s\n' "$2" \
   "$(sed -n 's/^stat::number_of_executed_units: //p' log)" "$1" "$status"
 [ "$status" = 0 ] || { tail -40 log; exit 1; }

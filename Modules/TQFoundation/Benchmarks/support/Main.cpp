@@ -4,8 +4,8 @@
 #include <mutex>
 #include <thread>
 
-// A second thread sleeps through every benchmark: the C library leaves out atomic instructions
-// while a process has only one, which no application of ours ever has.
+// A second thread sleeps during every benchmark. The C library omits atomic instructions while a
+// process has only one thread, but real applications have several.
 int main(int argc, char** argv) {
   std::jthread sleeper([](const std::stop_token& stop) {
     std::mutex lock;

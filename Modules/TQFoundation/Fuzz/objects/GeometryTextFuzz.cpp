@@ -8,9 +8,8 @@
 
 #include "../support/Bytes.h"
 
-// Any bytes as the text of a point, a size and a rect. Numbers without words between them read the
-// same in every form, and finite ones read back as the same
-// doubles when they are written.
+// Reads arbitrary bytes as the text of a point, a size and a rect. All three must read the same
+// numbers. Finite numbers must be unchanged after they are written and read again.
 
 namespace {
 

@@ -12,7 +12,7 @@ inline void require(bool condition) {
   if (!condition) std::abort();
 }
 
-/// Values out of any bytes, zeros once they are used up.
+/// Takes values from bytes; zeros after the end.
 class Bytes {
  public:
   Bytes(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}

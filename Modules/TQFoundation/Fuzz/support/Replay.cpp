@@ -1,4 +1,4 @@
-// TQFuzzReplay <target> <folder>: feeds a fuzz target each file in the folder, as the fuzzer would.
+// TQFuzzReplay <target> <folder>: runs a fuzz target with each file of the folder.
 
 #include <cstddef>
 #include <cstdint>
@@ -31,7 +31,7 @@ constexpr Named kTargets[] = {
 void feed(Target& target, const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
-  // A copy that ends where the bytes end, for the sanitizers.
+  // An exact copy, so that the sanitizers notice reads past the end.
   const std::vector<std::uint8_t> exact(bytes.begin(), bytes.end());
   target(exact.data(), exact.size());
 }
@@ -50,6 +50,6 @@ int main(int argc, char** argv) {
     std::cout << count << " inputs\n";
     return count > 0 ? 0 : 1;
   }
-  std::cerr << "no target " << argv[1] << '\n';
+  std::cerr << "unknown target " << argv[1] << '\n';
   return 2;
 }

@@ -1,5 +1,5 @@
 # cmake -DGDB=<gdb> -DPRINTERS=<script> -DCOMMANDS=<file> -DPROGRAM=<file> -DEXPECTED=<file> -P …
-# Fails unless gdb prints what is expected; addresses and the numbers of values count for nothing.
+# Compares the output of gdb with the expected text, without addresses and value numbers.
 
 execute_process(COMMAND "${GDB}" -nx -batch -x "${PRINTERS}" -x "${COMMANDS}" "${PROGRAM}"
   OUTPUT_VARIABLE printed ERROR_VARIABLE complaints)

@@ -1,12 +1,12 @@
-# What gdb prints with Debugging/tqfoundation_gdb.py, in a program that is built to be debugged.
+# The output of gdb with Debugging/tqfoundation_gdb.py, for a program built without optimisation.
 
 find_program(TQ_GDB gdb)
 if(NOT TQ_GDB)
-  message(STATUS "gdb is not there: what it prints of the library's types is not tested")
+  message(STATUS "gdb is not installed: the pretty printers are not tested")
 elseif(NOT TQ_SANITIZE)
   add_executable(TQPrinted ${CMAKE_CURRENT_LIST_DIR}/Printed.cpp)
   tq_own_target(TQPrinted)
-  # Nobody but gdb looks at its variables.
+  # Only gdb reads the variables.
   target_compile_options(TQPrinted PRIVATE -O0 -g -Wno-unused-variable -Wno-unused-but-set-variable)
   target_link_libraries(TQPrinted PRIVATE TQFoundation)
   add_test(NAME debugging.printers

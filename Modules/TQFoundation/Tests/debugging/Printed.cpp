@@ -1,4 +1,4 @@
-// Values for the pretty printers; printed.gdb stops in `stop` and prints them.
+// Values for the pretty printers. printed.gdb stops in `stop` and prints them.
 
 #include <cstring>
 
@@ -64,7 +64,7 @@ void show() {
   const AffineTransform transforms[] = {AffineTransformIdentity, {1, 0, 0, 2, 3.5, 0}};
   const Ref<TQRect> boxedRect = TQRect::initWithRect({1, 2, 3, 4});
 
-  // What a reference holds before it is made, or after its object is gone.
+  // References before construction, or after their object was destroyed.
   alignas(Ref<Object>) unsigned char garbage[3][sizeof(Ref<Object>)];
   const std::uintptr_t wild = 0x1234;
   static const std::uint64_t zeros[8] = {};

@@ -1,4 +1,4 @@
-# The library as others take it up: installed, moved, packaged, built inside another project.
+# Tests of the library as others use it: installed, moved, packaged, and built inside another project.
 
 set(tests Modules/TQFoundation/Tests/packaging)
 
@@ -18,7 +18,7 @@ tq_packaging_test(debian debian.sh)
 tq_packaging_test(subproject subproject.sh)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   tq_packaging_test(layouts layouts.sh)
-  if(CMAKE_BUILD_TYPE STREQUAL "Release")  # which parts of templates leave hangs on both
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")  # exported parts of templates depend on compiler and build type
     tq_packaging_test(exports exports.sh)
   endif()
 endif()

@@ -1,7 +1,7 @@
-# Each component alone below a DESTDIR: no file is in two of them, and together they are everything.
+# Installs each component alone. Each file must be in exactly one component.
 . "$(dirname "$0")/support.sh"
 
-# put DESTDIR ARGUMENTS...: installs below it; prints the files, by their path below the prefix.
+# put DESTDIR ARGUMENTS...: installs below DESTDIR; prints the files relative to the prefix.
 put() {
   destdir="$TQ_WORK/$1"; shift
   (export DESTDIR="$destdir"; quietly "$CMAKE" --install "$TQ_BUILD" --prefix /opt/tq "$@")
@@ -14,9 +14,9 @@ for component in Runtime Development Tools; do
   say "$component: $(wc -l <"$TQ_WORK/$component.txt") files"
 done
 LC_ALL=C sort "$TQ_WORK/Runtime.txt" "$TQ_WORK/Development.txt" "$TQ_WORK/Tools.txt" |
-  diff - "$TQ_WORK/whole.txt" || fail "the components are not the whole, each file once"
+  diff - "$TQ_WORK/whole.txt" || fail "some files are in no component, or in two"
 
-# has COMPONENT PATTERN...: the component's files are of these kinds, and each kind is there.
+# has COMPONENT PATTERN...: each file must match a pattern, and each pattern must match a file.
 has() {
   component="$1"; shift
   left="$(cat "$TQ_WORK/$component.txt")"
@@ -24,7 +24,7 @@ has() {
     printf '%s\n' "$left" | grep -qx "$pattern" || fail "$component lacks $pattern"
     left="$(printf '%s\n' "$left" | grep -vx "$pattern" || true)"
   done
-  [ -z "$left" ] || fail "$component has more than it should: $left"
+  [ -z "$left" ] || fail "$component has unexpected files: $left"
 }
 lib="./$TQ_LIBDIR"
 has Runtime "$lib/libTQFoundation\.so\.$TQ_SERIES" "$lib/libTQFoundation\.so\.$TQ_SERIES\.[0-9]*"

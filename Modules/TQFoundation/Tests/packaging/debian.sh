@@ -1,6 +1,6 @@
-# The Debian packages are made, installed below a folder that stands for the root of a system, used
-# there, and removed again. dpkg takes this machine's packages for installed, so that it judges all
-# dependencies truly; it needs no rights, runs in no other root, and touches nothing outside.
+# Builds the Debian packages, installs them below a folder that acts as the root of a system, uses
+# them there, and removes them. dpkg sees this machine's packages as installed and checks all
+# dependencies. It needs no privileges or chroot and changes nothing outside the folder.
 . "$(dirname "$0")/support.sh"
 
 debs="$TQ_WORK/debs"
@@ -18,37 +18,37 @@ printf '#!/bin/sh\necho "$DPKG_MAINTSCRIPT_NAME $DPKG_ROOT" >>"%s"\n' "$TQ_WORK/
   >"$TQ_WORK/bin/ldconfig"
 chmod +x "$TQ_WORK/bin/ldconfig"
 
-# in_root ARGUMENTS...: dpkg, on the root of ours.
+# in_root ARGUMENTS...: runs dpkg on that root.
 in_root() {
   PATH="$TQ_WORK/bin:$PATH:/usr/sbin:/sbin" dpkg --root="$root" --log="$TQ_WORK/dpkg.log" \
     --no-triggers --force-not-root --force-script-chrootless "$@"
 }
 
-say "what they depend on"
+say "dependencies"
 version="$(dpkg-deb -f "$debs/libtqfoundation${TQ_SERIES}"_*.deb Version)"
 for deb in "$debs"/libtqfoundation-dev_*.deb "$debs"/tqdoc_*.deb; do
   [ ! -e "$deb" ] || dpkg-deb -f "$deb" Depends | grep -qF "libtqfoundation$TQ_SERIES (= $version)" ||
-    fail "$deb does not stand on this version of the library"
+    fail "$deb does not depend on this version of the library"
 done
 for library in libc6 libstdc++6 libicu libsimdjson libsqlite3 libglib2.0; do
   dpkg-deb -f "$debs/libtqfoundation${TQ_SERIES}"_*.deb Depends | grep -qF "$library" ||
     fail "the library's package does not depend on $library"
 done
 ! in_root -i "$debs"/libtqfoundation-dev_*.deb >/dev/null 2>&1 ||
-  fail "what a compiler needs was installed without the library"
+  fail "the development package was installed without the library"
 quietly in_root --purge libtqfoundation-dev
 
 say "installed"
 quietly in_root -i "$debs"/*.deb
-[ "$(cat "$TQ_WORK/ldconfig.txt")" = "postinst $root" ] || fail "the loader's cache is not refreshed"
+[ "$(cat "$TQ_WORK/ldconfig.txt")" = "postinst $root" ] || fail "ldconfig was not run"
 serves "$root/usr"
 if [ -e "$root/usr/bin/tqdoc" ]; then
   runs_with "$root/usr" "$root/usr/bin/tqdoc" --help >/dev/null
-  [ -e "$root/usr/share/zsh/vendor-completions/_tqdoc" ] || fail "zsh will not find its completion"
+  [ -e "$root/usr/share/zsh/vendor-completions/_tqdoc" ] || fail "zsh does not find the completion"
 fi
 
 say "removed"
 # shellcheck disable=SC2046  # a list of words
 quietly in_root --purge $(for deb in "$debs"/*.deb; do dpkg-deb -f "$deb" Package; done)
 left="$(find "$root" -path "$root/var/lib/dpkg" -prune -o ! -type d -print)"
-[ -z "$left" ] || fail "these files stayed: $left"
+[ -z "$left" ] || fail "these files remain: $left"

@@ -1,6 +1,5 @@
-# exports.sh [--write]: the symbols that the library exports are those of Exports.list, which
-# --write makes anew (`./run exports` calls it so). Constructors and destructors, of which a
-# compiler makes two or three, stand there once.
+# exports.sh [--write]: compares the exported symbols with Exports.list; --write updates the list
+# (`./run exports`). Constructors and destructors, which exist two or three times, are listed once.
 . "$(dirname "$0")/support.sh"
 
 list="$TQ_SOURCE/Modules/TQFoundation/Exports.list"
@@ -12,5 +11,5 @@ if [ "${1:-}" = --write ]; then
   cp "$now" "$list"
 fi
 diff -u --label Exports.list --label "the library" "$list" "$now" ||
-  fail "exports have changed; if they are meant to, ./run exports writes the list anew"
+  fail "the exports changed; if this is intended, update the list with ./run exports"
 say "$(wc -l <"$now") symbols, as listed"

@@ -1,7 +1,7 @@
-# From `readelf --debug-dump=info`: a line for each size, alignment, place of a member or a base, and
-# slot of a virtual function, of everything in namespace tq: "tq::Rect byte_size 32".
+# Reads `readelf --debug-dump=info`. Prints a line for each size, alignment, offset of a member or a
+# base, and slot of a virtual function in namespace tq, such as "tq::Rect byte_size 32".
 
-# An entry begins, so deep in the entries around it.
+# An entry starts; depth is its nesting.
 /Abbrev Number: .*DW_TAG_/ {
   match($0, /<[0-9]+>/)
   depth = substr($0, RSTART + 1, RLENGTH - 2) + 0

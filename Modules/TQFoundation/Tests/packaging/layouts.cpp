@@ -1,4 +1,4 @@
-// Every public class, and one of each class template, for layouts.sh to measure.
+// Every public class and one instance of each class template, for layouts.sh.
 
 #include <TQFoundation/TQFoundation.h>
 

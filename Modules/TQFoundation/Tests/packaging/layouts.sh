@@ -1,8 +1,9 @@
-# A host built for debugging and a library built for speed mean the same bytes: the sizes, members
-# and virtual tables of every public class are alike in what the compiler tells a debugger.
+# The layout of every public class must not depend on compiler options, so that a debug build of a
+# host works with a release build of the library. Compares sizes, member offsets and virtual tables
+# in the debug information.
 . "$(dirname "$0")/support.sh"
 
-# measure NAME FLAGS...: the layouts with these flags.
+# measure NAME FLAGS...: writes the layouts with these flags to NAME.txt.
 measure() {
   to="$TQ_WORK/$1"; shift
   quietly "$CXX" -std=c++20 "$@" -g -femit-class-debug-always \
@@ -15,11 +16,11 @@ measure() {
 measure debug -O0
 measure release -O3 -DNDEBUG
 diff -u --label debug --label release "$TQ_WORK/debug.txt" "$TQ_WORK/release.txt" ||
-  fail "layouts hang on how a file is compiled"
+  fail "layouts depend on compiler options"
 
-# What is compared is there: a plain class, a member of a private one, a template, a virtual slot.
+# The comparison covers a plain class, a private member, a template and a virtual slot.
 for line in 'tq::Rect byte_size 32' 'tq::Dictionary::keys_ data_member_location' \
   'tq::RTree<int> byte_size' 'tq::Object::description vtable_elem_location'; do
   grep -q "^$line" "$TQ_WORK/debug.txt" || fail "no layout of $line"
 done
-say "$(grep -c byte_size "$TQ_WORK/debug.txt") types, $(wc -l <"$TQ_WORK/debug.txt") facts alike"
+say "$(grep -c byte_size "$TQ_WORK/debug.txt") types, $(wc -l <"$TQ_WORK/debug.txt") equal facts"

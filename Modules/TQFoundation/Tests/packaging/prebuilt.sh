@@ -1,5 +1,5 @@
-# Stands before the compiler while a parent project builds the library: what TQ_BUILD has compiled
-# already is copied from there. subproject.sh has seen to it that the commands are the same.
+# Compiler launcher for a parent project: copies object files that TQ_BUILD has already compiled.
+# subproject.sh checks before that the commands are equal.
 out=""
 for word in "$@"; do
   [ "${before:-}" != -o ] || out="$word"

@@ -1,4 +1,4 @@
-# prefix.sh absolute|relocated: the library is installed, moved as a whole if it is to be, and used.
+# prefix.sh absolute|relocated: installs the library, moves it for "relocated", and uses it.
 . "$(dirname "$0")/support.sh"
 
 installed="$TQ_WORK/installed"
@@ -9,12 +9,12 @@ if [ "$1" = relocated ]; then
 fi
 serves "$installed"
 
-say "README.md shows how"
+say "sample of README.md"
 sed -n '/^```cmake$/,/^```$/p' "$TQ_SOURCE/README.md" | grep -v '^```' >"$TQ_WORK/shown.txt"
-tail -n 3 "$tests/consumer/CMakeLists.txt" | diff "$TQ_WORK/shown.txt" - || fail "not as it was done"
+tail -n 3 "$tests/consumer/CMakeLists.txt" | diff "$TQ_WORK/shown.txt" - || fail "differs from consumer/CMakeLists.txt"
 
-say "no file knows where it was made or put"
-! grep -rlF -e "$TQ_SOURCE" -e "$TQ_BUILD" -e "$TQ_WORK" "$installed" || fail "these files know"
+say "no installed file contains a build path"
+! grep -rlF -e "$TQ_SOURCE" -e "$TQ_BUILD" -e "$TQ_WORK" "$installed" || fail "build paths in the files above"
 
 if [ -e "$TQ_BUILD/Tools/tqdoc/tqdoc" ]; then
   say "tqdoc"

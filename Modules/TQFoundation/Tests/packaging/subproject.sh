@@ -1,14 +1,14 @@
-# The library built inside another project, whose CMakeLists.txt looks for what leaks into it.
+# Builds the library inside another project, whose CMakeLists.txt checks for side effects.
 . "$(dirname "$0")/support.sh"
 
-# commands BUILD: how the library's files are compiled, with the places taken out that differ.
+# commands BUILD: prints the compile commands of the library without paths that differ.
 commands() {
   grep '"command": .*TQFoundationObjects\.dir' "$1/compile_commands.json" |
     sed "s|[^ ]*/prebuilt\.sh ||; s|\"command\": \"[^ ]*ccache |\"command\": \"|; s| -Werror||
          s|-I[^ ]*/include |-IINCLUDE |; s|-o [^ ]*/Modules/|-o Modules/|" | LC_ALL=C sort
 }
 
-# setting NAME: what the outer build has it set to.
+# setting NAME: prints the value of a variable of the outer build.
 setting() { sed -n "s/^$1:[A-Z]*=//p" "$TQ_BUILD/CMakeCache.txt"; }
 
 for by in add_subdirectory FetchContent; do
@@ -18,10 +18,10 @@ for by in add_subdirectory FetchContent; do
     -DLIBRARY_SOURCE="$TQ_SOURCE" -DCMAKE_CXX_COMPILER="$CXX" \
     -DCMAKE_BUILD_TYPE="$(setting CMAKE_BUILD_TYPE)" -DCMAKE_CXX_FLAGS="$(setting CMAKE_CXX_FLAGS)" \
     -DCMAKE_CXX_COMPILER_LAUNCHER="sh;$tests/prebuilt.sh" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
-  (cd "$parent" && ctest -N) | grep -q '^Total Tests: 0$' || fail "tests of the library's are here"
+  (cd "$parent" && ctest -N) | grep -q '^Total Tests: 0$' || fail "the parent has tests of the library"
   commands "$TQ_BUILD" >"$TQ_WORK/commands.txt"
-  [ -s "$TQ_WORK/commands.txt" ] || fail "the library is compiled by no command"
-  commands "$parent" | diff "$TQ_WORK/commands.txt" - || fail "the library is compiled differently"
+  [ -s "$TQ_WORK/commands.txt" ] || fail "no compile commands found"
+  commands "$parent" | diff "$TQ_WORK/commands.txt" - || fail "the compile commands differ"
   quietly "$CMAKE" --build "$parent"
   "$parent/consumer"
   quietly "$CMAKE" --install "$parent" --prefix "$TQ_WORK/$by-installed"

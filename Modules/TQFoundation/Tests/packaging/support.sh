@@ -1,6 +1,6 @@
-# What the packaging tests share; each sources it. They are told TQ_SOURCE and TQ_BUILD, the source
-# and the build tree; TQ_SERIES, the library's; TQ_WORK, a folder of their own; TQ_LIBDIR, where in a
-# prefix the library lies; CXX and CMAKE.
+# Sourced by the packaging tests. Variables: TQ_SOURCE and TQ_BUILD, the source and the build tree;
+# TQ_SERIES, the series of the library; TQ_WORK, a folder for this test alone; TQ_LIBDIR, the folder
+# of the library below a prefix; CXX and CMAKE.
 set -eu
 tests="$TQ_SOURCE/Modules/TQFoundation/Tests/packaging"
 rm -rf "$TQ_WORK"
@@ -9,21 +9,21 @@ mkdir -p "$TQ_WORK"
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
 say() { printf '== %s\n' "$*"; }
 
-# quietly COMMAND...: what it prints is shown only when it fails.
+# quietly COMMAND...: shows the output only if the command fails.
 quietly() {
   "$@" >"$TQ_WORK/log" 2>&1 || { cat "$TQ_WORK/log" >&2; fail "$@"; }
 }
 
-# runs_with PREFIX PROGRAM ARGUMENTS...: it runs, with the library below PREFIX and no other.
+# runs_with PREFIX PROGRAM ARGUMENTS...: checks that the library is the one below PREFIX; runs it.
 runs_with() {
   loaded="$(ldd "$2" | sed -n 's/.*libTQFoundation\.so\.[0-9.]* => \(.*\) (.*/\1/p')"
   [ "$(readlink -f "$loaded")" = "$(readlink -f "$1/$TQ_LIBDIR/libTQFoundation.so.$TQ_SERIES")" ] ||
-    fail "$2 finds its library at: $loaded"
+    fail "$2 loads the library $loaded"
   shift
   "$@"
 }
 
-# serves PREFIX: a consumer finds the package by find_package and by pkg-config, builds and runs.
+# serves PREFIX: builds and runs a consumer with find_package and with pkg-config.
 serves() {
   say "find_package in $1"
   rm -rf "$TQ_WORK/consumer"

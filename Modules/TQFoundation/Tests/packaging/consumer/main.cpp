@@ -1,4 +1,4 @@
-// A host as small as they come: an object of its own archived and read again.
+// A minimal host: archives an object of its own class and reads it back.
 
 #include <TQFoundation/TQFoundation.h>
 
@@ -20,7 +20,7 @@ int main() {
   tq::Class::registerClass<Dot>();
   const auto archive = tq::TQJSONEncoder::encodeObjectAsData(tq::makeRef<Dot>(tq::Point{3, 4}));
   const auto dot = tq::refCast<Dot>(tq::TQJSONDecoder::decodeData(*archive, nullptr));
-  const bool fine = dot && dot->at_ == tq::Point{3, 4};
-  std::puts(fine ? "the consumer is served" : "the consumer is not served");
-  return fine ? 0 : 1;
+  const bool isEqual = dot && dot->at_ == tq::Point{3, 4};
+  std::puts(isEqual ? "the object is unchanged" : "the object has changed");
+  return isEqual ? 0 : 1;
 }
