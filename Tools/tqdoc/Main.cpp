@@ -18,14 +18,14 @@ constexpr const char* kFooter = R"(examples:
   tqdoc check --draw /usr/share/icons
   tqdoc sheet /usr/share/icons -o sheet.png --count 24
   tqdoc options width 512
-"tqdoc COMMAND --help" tells about one command, "man tqdoc" about everything.
+"tqdoc COMMAND --help" describes a command, "man tqdoc" describes all of them.
 
-exit code: 0 all is well, 1 there are differences, 2 there was trouble)";
+exit status: 0 success, 1 differences found, 2 error)";
 
 Outcome run(int argc, char** argv) {
-  Outcome outcome = Outcome::fine;
+  Outcome outcome = Outcome::success;
   CLI::App app("SVG drawings as archives of a document model.", "tqdoc");
-  // Commands take over what stands here when they are added.
+  // Commands inherit what is set before they are added.
   app.formatter(std::make_shared<HelpFormatter>());
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.set_help_flag("-h,--help", "print this help");
@@ -39,7 +39,7 @@ Outcome run(int argc, char** argv) {
   addCheckCommand(app, outcome);
   addRecentCommand(app, outcome);
   addOptionsCommand(app, outcome);
-  // They do not take over these.
+  // Commands do not inherit these.
   app.set_help_all_flag("--help-all", "print the help of every command");
   app.set_version_flag("--version", "tqdoc " TQDOC_VERSION, "print the version");
   app.failure_message(misuse);
@@ -47,10 +47,10 @@ Outcome run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& request) {
-    // Help is a parse error of code 0.
-    outcome = app.exit(request) == 0 ? Outcome::fine : Outcome::trouble;
+    // A request for help is a parse error with code 0.
+    outcome = app.exit(request) == 0 ? Outcome::success : Outcome::error;
   }
-  if (!std::cout.flush()) return reportTrouble("not everything could be printed");
+  if (!std::cout.flush()) return reportError("cannot write to standard output");
   return outcome;
 }
 
@@ -59,10 +59,10 @@ Outcome run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   try {
-    tq::UserDefaults::setApplicationDomain("tqdoc");  // under whatever name it is called
+    tq::UserDefaults::setApplicationDomain("tqdoc");  // independent of the name of the program
     tqdoc::registerModel();
     return static_cast<int>(tqdoc::run(argc, argv));
   } catch (const std::exception& fault) {
-    return static_cast<int>(tqdoc::reportTrouble(fault.what()));
+    return static_cast<int>(tqdoc::reportError(fault.what()));
   }
 }

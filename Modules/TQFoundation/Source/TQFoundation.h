@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQFoundation.h
-/// Every public header of the library.
+/// Includes all public headers of the library.
 
 #include <TQFoundation/base/AffineTransform.h>
 #include <TQFoundation/base/Axis.h>

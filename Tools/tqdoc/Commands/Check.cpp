@@ -26,24 +26,24 @@ struct Options {
   bool verbose = false;
 };
 
-/// What a whole run came to.
+/// The totals of a run.
 struct Total {
   std::size_t drawings = 0;
   std::size_t shapes = 0;
   std::size_t bytes = 0;
-  std::size_t troubles = 0;
+  std::size_t failures = 0;
   std::size_t differences = 0;
   Features leftOut;
 };
 
-/// What a drawing's check came to, without the drawing.
+/// The result of checking a drawing, without the drawing.
 class Checked final : public tq::Subclass<Checked> {
  public:
   static constexpr std::string_view className = "TQDocChecked";
 
   Checked(const std::string& file, bool draw) : result(roundTrip(file)) {
     constexpr int kSide = 128;
-    if (!result.trouble.empty()) return;
+    if (!result.failure.empty()) return;
     shapes = result.document->shapeCount();
     if (draw && !looksTheSame(*result.document, *result.reopened, kSide)) {
       result.differences.push_back("the pixels differ");
@@ -60,16 +60,16 @@ class Checked final : public tq::Subclass<Checked> {
   return std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
 }
 
-/// Told the file of each drawing that has been checked, on any thread.
+/// Called with the file of each checked drawing, on any thread.
 using Step = std::function<void(const std::string& file)>;
 
-/// The drawings checked on all cores: a Checked for each, in order.
-/// @throws what a check throws, such as std::bad_alloc
+/// Checks the drawings on all cores. Returns a Checked for each, in order.
+/// @throws the exceptions of a check, such as std::bad_alloc
 [[nodiscard]] tq::Ref<tq::Array> checkAll(std::span<const std::string> files, bool draw,
                                           const Step& step) {
   std::vector<tq::Ref<tq::Object>> names;
   for (const std::string& file : files) {
-    names.push_back(tq::Data::dataWithBytes(file));  // any bytes: a file's name need not be text
+    names.push_back(tq::Data::dataWithBytes(file));  // a file name can be any bytes
   }
   const auto checkOne = [&](const tq::Object& name) -> tq::Ref<tq::Object> {
     const std::string file(tq::objectCast<tq::Data>(&name)->view());
@@ -92,8 +92,8 @@ using Step = std::function<void(const std::string& file)>;
 }
 
 void add(const Checked& one, Total& total) {
-  if (!one.result.trouble.empty()) {
-    ++total.troubles;
+  if (!one.result.failure.empty()) {
+    ++total.failures;
     return;
   }
   ++total.drawings;
@@ -105,20 +105,20 @@ void add(const Checked& one, Total& total) {
   }
 }
 
-/// Says what is wrong with it, and in what it falls short when asked to; mostly nothing.
-void tell(const std::string& file, const RoundTrip& one, bool verbose, Progress& progress) {
-  const bool tellsWhatIsLeftOut = verbose && !one.leftOut.empty();
-  if (one.trouble.empty() && one.differences.empty() && !tellsWhatIsLeftOut) return;
+/// Reports errors and differences and, if `verbose`, unsupported features.
+void report(const std::string& file, const RoundTrip& one, bool verbose, Progress& progress) {
+  const bool showsUnsupported = verbose && !one.leftOut.empty();
+  if (one.failure.empty() && one.differences.empty() && !showsUnsupported) return;
   progress.wipe();
-  if (!one.trouble.empty()) reportTrouble(one.trouble);
-  for (const auto& difference : one.differences) reportTrouble(file + ": " + difference);
-  if (tellsWhatIsLeftOut) {
-    std::cout << printable(file) << ": left out: " << summary(one.leftOut) << '\n';
+  if (!one.failure.empty()) reportError(one.failure);
+  for (const auto& difference : one.differences) reportError(file + ": " + difference);
+  if (showsUnsupported) {
+    std::cout << printable(file) << ": unsupported: " << summary(one.leftOut) << '\n';
   }
 }
 
-/// Batch by batch, so that memory does not grow with the number of drawings; a batch is long enough
-/// that the cores seldom wait for its slowest drawing.
+/// Checks in batches, so that memory does not grow with the number of drawings. A batch is long
+/// enough that the cores seldom wait for its slowest drawing.
 [[nodiscard]] Total checkInBatches(std::span<const std::string> files, const Options& options) {
   const std::size_t batch = 256 * static_cast<std::size_t>(cores());
   const auto progress = tq::makeRef<Progress>(files.size());
@@ -134,7 +134,7 @@ void tell(const std::string& file, const RoundTrip& one, bool verbose, Progress&
     for (std::size_t i = 0; i < some.size(); ++i) {
       const auto& one = static_cast<const Checked&>(checked->objectAtIndex(i));
       add(one, total);
-      tell(some[i], one.result, options.verbose, *progress);
+      report(some[i], one.result, options.verbose, *progress);
     }
     files = files.subspan(some.size());
   }
@@ -144,38 +144,38 @@ void tell(const std::string& file, const RoundTrip& one, bool verbose, Progress&
 void print(const Total& total, const FileList& list, double seconds) {
   std::cout << "drawings     " << grouped(total.drawings);
   if (list.repeated > 0) {
-    std::cout << " (and " << grouped(list.repeated) << " more names for some of them)";
+    std::cout << " (and " << grouped(list.repeated) << " duplicate names)";
   }
   std::cout << "\nshapes       " << grouped(total.shapes)                //
             << "\nbytes        " << grouped(total.bytes) << " archived"  //
             << "\ntime         " << static_cast<long>(seconds * 1000) << " ms"
-            << "\nleft out     " << summary(total.leftOut) << "\ntroubles     "
-            << (total.troubles == 0 ? "none" : grouped(total.troubles)) << "\ndifferences  "
+            << "\nunsupported  " << summary(total.leftOut) << "\nerrors       "
+            << (total.failures == 0 ? "none" : grouped(total.failures)) << "\ndifferences  "
             << (total.differences == 0 ? "none" : grouped(total.differences)) << '\n';
 }
 
 Outcome check(const Options& options) {
   const auto start = std::chrono::steady_clock::now();
   const FileList list = listFiles(options.files);
-  if (list.files.empty()) return reportTrouble("there is no drawing to check");
+  if (list.files.empty()) return reportError("no drawings found");
   const Total total = checkInBatches(list.files, options);
   print(total, list,
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-  return total.troubles != 0      ? Outcome::trouble
+  return total.failures != 0      ? Outcome::error
          : total.differences != 0 ? Outcome::different
-                                  : Outcome::fine;
+                                  : Outcome::success;
 }
 
 }  // namespace
 
 void addCheckCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand(
-      "check", "archive drawings, reopen them, archive them again, and compare everything");
-  command->add_option("files", options->files, ".svg and .tqdoc files, and directories of them")
-      ->required();
-  command->add_flag("--draw", options->draw, "draw both and compare every pixel, too");
-  command->add_flag("-v,--verbose", options->verbose, "say for each drawing what is left out");
+  CLI::App* command =
+      app.add_subcommand("check", "save, reopen and save drawings again; compare the results");
+  command->add_option("files", options->files, ".svg and .tqdoc files, or directories")->required();
+  command->add_flag("--draw", options->draw, "also render both drawings and compare every pixel");
+  command->add_flag("-v,--verbose", options->verbose,
+                    "print the unsupported features of each drawing");
   addExamples(*command,
               {"tqdoc check drawing.svg archive.tqdoc", "tqdoc check --draw /usr/share/icons"});
   command->callback([options, &outcome] { outcome = check(*options); });

@@ -12,9 +12,9 @@
 
 namespace tqdoc {
 
-Outcome reportTrouble(std::string_view message) {
+Outcome reportError(std::string_view message) {
   std::cerr << "tqdoc: " << printable(message) << '\n';
-  return Outcome::trouble;
+  return Outcome::error;
 }
 
 SvgDrawing openNamedDrawing(const std::string& path, tq::Ref<tq::Error>* error) {

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file Command.h
-/// What all commands share. Each one adds itself to the command line and, when it is called, leaves
-/// its exit code behind.
+/// The commands, and functions that they share. Each add…Command() adds a command to the command
+/// line; the command sets `outcome` when it has run.
 
 #include <cstddef>
 #include <string>
@@ -17,7 +17,7 @@
 namespace tqdoc {
 
 /// Exit codes.
-enum class Outcome { fine = 0, different = 1, trouble = 2 };
+enum class Outcome { success = 0, different = 1, error = 2 };
 
 void addImportCommand(CLI::App& app, Outcome& outcome);
 void addShowCommand(CLI::App& app, Outcome& outcome);
@@ -29,28 +29,28 @@ void addCheckCommand(CLI::App& app, Outcome& outcome);
 void addRecentCommand(CLI::App& app, Outcome& outcome);
 void addOptionsCommand(CLI::App& app, Outcome& outcome);
 
-/// Opens a drawing that the user has named, as openDrawing() does, and remembers it.
+/// Opens a drawing as openDrawing() does, and adds it to the recent drawings.
 [[nodiscard]] SvgDrawing openNamedDrawing(const std::string& path, tq::Ref<tq::Error>* error);
 
-/// Pixels across a picture where the command line says nothing; 0: the drawing's own.
+/// Returns the default width of pictures in pixels; 0 for the drawing's own size.
 [[nodiscard]] int preferredWidth();
 
 /// Prints "tqdoc: <message>" on standard error.
-Outcome reportTrouble(std::string_view message);
+Outcome reportError(std::string_view message);
 
-/// Text from a drawing, safe to print: control characters become "?".
+/// Returns text that is safe to print: control characters become "?".
 [[nodiscard]] std::string printable(std::string_view text);
 
-/// Six significant digits: enough to find one's way.
+/// Formats a number with six significant digits.
 [[nodiscard]] std::string shortText(double number);
 
-/// "{{x, y}, {width, height}}"; "nowhere" for the null rect.
+/// Formats a rect as "{{x, y}, {width, height}}", and the null rect as "nowhere".
 [[nodiscard]] std::string shortText(const tq::Rect& rect);
 
-/// 1234567 as "1,234,567".
+/// Formats 1234567 as "1,234,567".
 [[nodiscard]] std::string grouped(std::size_t number);
 
-/// "filter 2, <text> 1", the most frequent first; "none" for nothing.
+/// Formats counts as "filter 2, <text> 1", the most frequent first; "none" if there are none.
 [[nodiscard]] std::string summary(const Features& leftOut);
 
 }  // namespace tqdoc

@@ -25,12 +25,12 @@ struct Options {
   int size = 512;
 };
 
-/// How each kind is told.
+/// The appearance of a kind of difference.
 struct Look {
   const char* word;
   const char* sign;
-  const char* colour;  ///< as a terminal takes it
-  Color ink;           ///< the same in a picture
+  const char* colour;  ///< escape sequence of the terminal
+  Color ink;           ///< colour in pictures
 };
 
 [[nodiscard]] Look lookOf(Difference::Kind kind) noexcept {
@@ -46,7 +46,7 @@ struct Look {
   }
 }
 
-/// By itself on a terminal that has them, unless its user wants none (no-color.org).
+/// By default on terminals with colours, unless NO_COLOR is set (no-color.org).
 [[nodiscard]] bool wantsColours() {
   const Colours colours = preferences::colours.value();
   if (colours != Colours::automatic) return colours == Colours::always;
@@ -106,13 +106,13 @@ void printJSON(const std::vector<Difference>& differences) {
       << '\n';
 }
 
-/// A mark for each shape and picture of a node that is not none.
+/// Adds a mark for each shape and picture of a node, which may be null.
 void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
   if (node == nullptr) return;
   for (const PlacedNode& placed : placedNodes(*node)) marks.push_back({placed.node, color});
 }
 
-/// Both drawings side by side, what differs traced: the old one on the left.
+/// Draws both versions with their differences marked, the old one on the left.
 [[nodiscard]] bool drawPNG(const Document& oldDrawing, const Document& newDrawing,
                            const std::vector<Difference>& differences, const Options& options,
                            tq::Ref<tq::Error>* error) {
@@ -133,8 +133,8 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
   return canvas.writePNG(options.picture, error);
 }
 
-/// As openNamedDrawing(); the null device is a drawing without anything, as version control has it
-/// for a file that is not there.
+/// As openNamedDrawing(). /dev/null is an empty drawing, because version control uses it for a file
+/// that does not exist.
 [[nodiscard]] tq::Ref<Document> open(const std::string& path, tq::Ref<tq::Error>* error) {
   if (path != "/dev/null") return openNamedDrawing(path, error).document;
   return tq::makeRef<Document>(nullptr, Document::Page{{}, {}, tq::String::of("")},
@@ -145,9 +145,9 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
 Outcome diff(const Options& options) {
   tq::Ref<tq::Error> error;
   const tq::Ref<Document> oldDrawing = open(options.oldDrawing, &error);
-  if (!oldDrawing) return reportTrouble(error->localizedDescription());
+  if (!oldDrawing) return reportError(error->localizedDescription());
   const tq::Ref<Document> newDrawing = open(options.newDrawing, &error);
-  if (!newDrawing) return reportTrouble(error->localizedDescription());
+  if (!newDrawing) return reportError(error->localizedDescription());
   const std::vector<Difference> differences = differencesOf(*oldDrawing, *newDrawing);
   if (options.asJSON) {
     printJSON(differences);
@@ -156,25 +156,25 @@ Outcome diff(const Options& options) {
   }
   if (!options.picture.empty() &&
       !drawPNG(*oldDrawing, *newDrawing, differences, options, &error)) {
-    return reportTrouble(error->localizedDescription());
+    return reportError(error->localizedDescription());
   }
-  return differences.empty() ? Outcome::fine : Outcome::different;
+  return differences.empty() ? Outcome::success : Outcome::different;
 }
 
 }  // namespace
 
 void addDiffCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("diff", "what differs between two versions of a drawing");
+  CLI::App* command = app.add_subcommand("diff", "compare two versions of a drawing");
   command->add_option("old", options->oldDrawing, "a .tqdoc or .svg file, or /dev/null")
       ->required();
-  command->add_option("new", options->newDrawing, "the other version")->required();
-  command->add_flag("--json", options->asJSON, "tell it as an array of records");
+  command->add_option("new", options->newDrawing, "the newer version")->required();
+  command->add_flag("--json", options->asJSON, "print a JSON array of records");
   command
       ->add_option("--png", options->picture,
-                   "a PNG file of both, with what was removed, inserted, moved and changed traced")
+                   "write a PNG file of both versions with the differences marked")
       ->option_text("FILE");
-  addNumber(*command, "--size", options->size, "pixels across each of them; 512 by default", 8,
+  addNumber(*command, "--size", options->size, "width of each version in pixels; default 512", 8,
             4'000);
   addExamples(*command, {"tqdoc diff old.svg new.svg",
                          "tqdoc diff --json old.tqdoc new.tqdoc --png diff.png --size 256"});

@@ -10,7 +10,7 @@ std::string HelpFormatter::make_option_name(const CLI::Option* option, bool isPo
 }
 
 std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
-  if (option->get_positional()) return "";  // what it takes is in the line of its usage
+  if (option->get_positional()) return "";  // its usage line shows the values
   const std::string value = option->get_option_text();
   return (value.empty() ? "" : " " + value) + (option->get_required() ? " (required)" : "");
 }
@@ -25,9 +25,9 @@ std::string misuse(const CLI::App* app, const CLI::Error& error) {
   const auto unknown = app->remaining();
   const std::string whom = commands.empty() ? "" : commands.front()->get_name() + " ";
   const std::string what = commands.empty() && !unknown.empty()
-                               ? "there is no " + unknown.front() + " here"
+                               ? "unknown command '" + unknown.front() + "'"
                                : error.what();
-  return "tqdoc: " + printable(what) + "\ntqdoc " + whom + "--help tells more.\n";
+  return "tqdoc: " + printable(what) + "\nTry 'tqdoc " + whom + "--help' for more information.\n";
 }
 
 void addExamples(CLI::App& command, std::initializer_list<const char*> examples) {

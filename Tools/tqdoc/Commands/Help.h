@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Help.h
-/// How the command line explains itself.
+/// Help texts and error messages of the command line.
 
 #include <concepts>
 #include <initializer_list>
@@ -13,7 +13,7 @@
 
 namespace tqdoc {
 
-/// Lays help out: an option's value as its option_text(), and no marks that only a parser needs.
+/// Formats help: shows the option_text() of a value and hides the marks of the parser.
 class HelpFormatter final : public CLI::Formatter {
  public:
   [[nodiscard]] std::string make_option_name(const CLI::Option* option,
@@ -22,13 +22,14 @@ class HelpFormatter final : public CLI::Formatter {
   [[nodiscard]] std::string make_option_usage(const CLI::Option* positional) const override;
 };
 
-/// "tqdoc: <what is wrong>", and whom to ask.
+/// Returns "tqdoc: <error>" and a hint to the help.
 [[nodiscard]] std::string misuse(const CLI::App* app, const CLI::Error& error);
 
-/// The end of a command's help.
+/// Adds examples to the end of a command's help.
 void addExamples(CLI::App& command, std::initializer_list<const char*> examples);
 
-/// An option whose value is a number, 0 and above; others are refused, and help tells the range.
+/// Adds an option with a number from `least` to `most`. Other values are an error; the help shows
+/// the range.
 template <std::integral Number>
 CLI::Option* addNumber(CLI::App& command, const std::string& name, Number& target,
                        const std::string& help, int least, int most) {

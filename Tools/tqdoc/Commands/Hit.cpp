@@ -22,10 +22,10 @@ struct Options {
 Outcome hit(const Options& options) {
   tq::Rect area{options.area[0], options.area[1], 0, 0};
   if (options.area.size() == 4) area.size = {options.area[2], options.area[3]};
-  if (options.area.size() == 3) return reportTrouble("a rect takes both width and height");
+  if (options.area.size() == 3) return reportError("a rect needs a width and a height");
   tq::Ref<tq::Error> error;
   const tq::Ref<Document> document = openNamedDrawing(options.drawing, &error).document;
-  if (!document) return reportTrouble(error->localizedDescription());
+  if (!document) return reportError(error->localizedDescription());
 
   const HitIndex index(*document);
   Overlay overlay;
@@ -35,31 +35,34 @@ Outcome hit(const Options& options) {
     std::cout << printable(placed->place) << "  " << shortText(outlineBounds(*placed)) << '\n';
   }
   if (overlay.marks.empty()) std::cout << "nothing\n";
-  if (options.picture.empty()) return Outcome::fine;
+  if (options.picture.empty()) return Outcome::success;
   if (!renderPNG(*document, options.width, overlay, options.picture, &error)) {
-    return reportTrouble(error->localizedDescription());
+    return reportError(error->localizedDescription());
   }
-  return Outcome::fine;
+  return Outcome::success;
 }
 
 }  // namespace
 
 void addHitCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("hit", "what lies at a point or in a rect, top first");
+  CLI::App* command =
+      app.add_subcommand("hit", "list what is at a point or in a rect, topmost first");
   command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
   command
       ->add_option("area", options->area,
-                   "x y, or x y width height, in the coordinates that show prints")
+                   "a point (x y) or a rect (x y width height) in the coordinates of 'tqdoc show'")
       ->option_text("x y [width height]")
       ->required()
       ->expected(2, 4)
       ->check(CLI::Number);
-  command->add_option("--png", options->picture, "a PNG file of the drawing with the hits marked")
+  command
+      ->add_option("--png", options->picture,
+                   "write a PNG file of the drawing with the hits marked")
       ->option_text("FILE");
   const CLI::Option* width =
       addNumber(*command, "--width", options->width,
-                "pixels across it; 0 for the drawing's own size", 0, Canvas::kSideLimit);
+                "width in pixels; 0 for the drawing's own size", 0, Canvas::kSideLimit);
   addExamples(*command, {"tqdoc hit drawing.svg 24 24",
                          "tqdoc hit drawing.svg 10 10 20 15 --png hit.png --width 512"});
   command->callback([options, width, &outcome] {

@@ -19,31 +19,32 @@ struct Options {
 Outcome import(const Options& options) {
   std::string output = options.output;
   if (output.empty()) output = std::filesystem::path(options.drawing).replace_extension("tqdoc");
-  if (!isArchive(output)) return reportTrouble(output + ": archives end in .tqdoc");
+  if (!isArchive(output))
+    return reportError(output + ": the name of an archive must end in .tqdoc");
   tq::Ref<tq::Error> error;
   const SvgDrawing drawing = openNamedDrawing(options.drawing, &error);
   const Packing packing = options.gzip ? Packing::gzip : Packing::none;
   if (!drawing.document || !saveArchive(*drawing.document, output, packing, &error)) {
-    return reportTrouble(error->localizedDescription());
+    return reportError(error->localizedDescription());
   }
   std::cout << printable(output) << ": " << grouped(drawing.document->shapeCount()) << " shapes, "
             << grouped(std::filesystem::file_size(output)) << " bytes\n";
-  if (!drawing.leftOut.empty()) std::cout << "left out: " << summary(drawing.leftOut) << '\n';
-  return Outcome::fine;
+  if (!drawing.leftOut.empty()) std::cout << "unsupported: " << summary(drawing.leftOut) << '\n';
+  return Outcome::success;
 }
 
 }  // namespace
 
 void addImportCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("import", "read an SVG drawing and archive it");
+  CLI::App* command = app.add_subcommand("import", "import an SVG drawing into an archive");
   command->add_option("drawing", options->drawing, "an .svg file")->required();
   command
       ->add_option("-o,--output", options->output,
-                   "the archive; by default the drawing's name, ending in .tqdoc")
+                   "the archive; by default the drawing's name with the extension .tqdoc")
       ->option_text("FILE");
   const CLI::Option* gzip =
-      command->add_flag("--gzip,!--no-gzip", options->gzip, "pack the archive, as gzip does");
+      command->add_flag("--gzip,!--no-gzip", options->gzip, "compress the archive with gzip");
   addExamples(*command, {"tqdoc import drawing.svg",
                          "tqdoc import drawing.svg -o archives/drawing.tqdoc --gzip"});
   command->callback([options, gzip, &outcome] {

@@ -15,12 +15,12 @@
 namespace tqdoc {
 namespace {
 
-/// A preference as the command line has it: words.
+/// A preference, with its value as text.
 struct Option {
   const char* name;
   const char* help;
   std::function<std::string()> read;
-  std::function<bool(const std::string&)> write;  ///< false for a word that it does not take
+  std::function<bool(const std::string&)> write;  ///< returns false for an invalid value
   std::function<void()> reset;
 };
 
@@ -43,7 +43,7 @@ Option numberOption(const char* name, const char* help,
 
 const std::vector<Option>& allOptions() {
   static const std::vector<Option> all = {
-      {"colours", "on the terminal: auto, always or never",
+      {"colours", "when diff colours its output: auto, always or never",
        [] { return tq::RawRepresentable<Colours>::rawValue(preferences::colours.value()); },
        [](const std::string& word) {
          const auto colours = tq::RawRepresentable<Colours>::fromRawValue(word);
@@ -51,7 +51,7 @@ const std::vector<Option>& allOptions() {
          return colours.has_value();
        },
        [] { preferences::colours.removeValue(); }},
-      {"gzip", "import packs its archives: on or off",
+      {"gzip", "whether import compresses archives: on or off",
        [] { return std::string(preferences::gzip.value() ? "on" : "off"); },
        [](const std::string& word) {
          const bool isKnown = word == "on" || word == "off";
@@ -59,9 +59,9 @@ const std::vector<Option>& allOptions() {
          return isKnown;
        },
        [] { preferences::gzip.removeValue(); }},
-      numberOption("width", "pixels across a picture; 0 for the drawing's own size",
+      numberOption("width", "width of pictures in pixels; 0 for the drawing's own size",
                    preferences::width, Canvas::kSideLimit),
-      numberOption("recent", "how many drawings to remember", preferences::recentCount,
+      numberOption("recent", "number of recent drawings to keep", preferences::recentCount,
                    kMostRecent)};
   return all;
 }
@@ -74,8 +74,8 @@ struct Words {
 
 Outcome saved() {
   tq::Ref<tq::Error> error;
-  if (tq::UserDefaults::standardUserDefaults()->synchronize(&error)) return Outcome::fine;
-  return reportTrouble(error->localizedDescription());
+  if (tq::UserDefaults::standardUserDefaults()->synchronize(&error)) return Outcome::success;
+  return reportError(error->localizedDescription());
 }
 
 Outcome resetOptions() {
@@ -86,14 +86,15 @@ Outcome resetOptions() {
 Outcome oneOption(const Words& words) {
   const auto& all = allOptions();
   const auto option = std::ranges::find(all, words.name, &Option::name);
-  if (option == all.end()) return reportTrouble("there is no option " + words.name);
+  if (option == all.end()) return reportError("unknown option '" + words.name + "'");
   if (words.resets) {
     option->reset();
   } else if (!words.value) {
     std::cout << option->read() << '\n';
-    return Outcome::fine;
+    return Outcome::success;
   } else if (!option->write(*words.value)) {
-    return reportTrouble(words.name + " cannot be \"" + *words.value + "\" (" + option->help + ")");
+    return reportError("invalid value '" + *words.value + "' for " + words.name + " (" +
+                       option->help + ")");
   }
   return saved();
 }
@@ -105,18 +106,17 @@ Outcome listOptions() {
     std::cout << std::left << std::setw(kNameWidth) << option.name << std::setw(kValueWidth)
               << option.read() << option.help << '\n';
   }
-  return Outcome::fine;
+  return Outcome::success;
 }
 
 }  // namespace
 
 void addOptionsCommand(CLI::App& app, Outcome& outcome) {
   auto words = std::make_shared<Words>();
-  CLI::App* command = app.add_subcommand(
-      "options", "what is done where the command line says nothing: all, one, or one set");
-  command->add_option("name", words->name, "one of them");
-  CLI::Option* value = command->add_option("value", words->value, "what it is to be from now on");
-  command->add_flag("--reset", words->resets, "what it is in the beginning; all of them, or one")
+  CLI::App* command = app.add_subcommand("options", "print or set the defaults of options");
+  command->add_option("name", words->name, "the option; by default all are printed");
+  CLI::Option* value = command->add_option("value", words->value, "the new value");
+  command->add_flag("--reset", words->resets, "restore the default of one option, or of all")
       ->excludes(value);
   addExamples(*command, {"tqdoc options", "tqdoc options colours never", "tqdoc options --reset"});
   command->callback([words, &outcome] {

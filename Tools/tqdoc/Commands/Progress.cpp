@@ -19,7 +19,7 @@ namespace {
   return isKnown ? size.ws_col : 80;
 }
 
-/// The last characters of UTF-8 text, `most` of them; a character is taken for one column.
+/// Returns the last `most` characters of UTF-8 text. Each is assumed to take one column.
 [[nodiscard]] std::string_view tail(std::string_view text, std::size_t most) {
   std::size_t at = text.size();
   for (std::size_t i = text.size(); i > 0 && most > 0; --i) {
@@ -56,7 +56,7 @@ void Progress::draw() {
     done = done_;
     name = name_;
   }
-  // One column stays free: behind a full line some terminals begin another one.
+  // Leaves one column free: some terminals wrap after a full line.
   const std::size_t columns = columnsOfTerminal() - 1;
   const std::size_t width = std::min(kWidest, columns / 3);
   const std::size_t filled = total_ == 0 ? width : width * done / total_;

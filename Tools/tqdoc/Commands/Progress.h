@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Progress.h
-/// A bar on the terminal while work goes on.
+/// A progress bar on the terminal.
 
 #include <chrono>
 #include <cstddef>
@@ -13,8 +13,8 @@
 
 namespace tqdoc {
 
-/// Draws itself on standard error when that is a terminal, ten times a second at the most, and
-/// wipes itself off at the end; does nothing otherwise.
+/// Draws on standard error if it is a terminal, at most ten times a second, and erases itself at
+/// the end. Otherwise does nothing.
 class Progress final : public tq::Subclass<Progress> {
  public:
   static constexpr std::string_view className = "TQDocProgress";
@@ -22,13 +22,13 @@ class Progress final : public tq::Subclass<Progress> {
   explicit Progress(std::size_t total);
   ~Progress() override;
 
-  /// One more is done. Any thread.
+  /// Counts one finished item. Any thread.
   void step(std::string_view name);
 
-  /// Shows what is done so far. One thread, as is wipe().
+  /// Draws the bar. Only one thread may call draw() and wipe().
   void draw();
 
-  /// Takes the bar away so that something else can be printed; draw() brings it back.
+  /// Erases the bar, so that other text can be printed; draw() shows it again.
   void wipe();
 
  private:
@@ -38,7 +38,7 @@ class Progress final : public tq::Subclass<Progress> {
   std::chrono::steady_clock::time_point drawn_;
 
   std::mutex mutex_;
-  std::size_t done_ = 0;  // both by the mutex
+  std::size_t done_ = 0;  // mutex_ guards done_ and name_
   std::string name_;
 };
 

@@ -9,11 +9,11 @@ namespace tqdoc {
 
 void addRecentCommand(CLI::App& app, Outcome& outcome) {
   auto clears = std::make_shared<bool>(false);
-  CLI::App* command = app.add_subcommand("recent", "the drawings opened last, the last one first");
-  command->add_flag("--clear", *clears, "forget them");
+  CLI::App* command = app.add_subcommand("recent", "list recently opened drawings, latest first");
+  command->add_flag("--clear", *clears, "clear the list");
   addExamples(*command, {"tqdoc recent", "tqdoc show \"$(tqdoc recent | head -1)\""});
   command->callback([clears, &outcome] {
-    outcome = Outcome::fine;
+    outcome = Outcome::success;
     if (*clears) return forgetDrawings();
     for (const std::string& path : recentDrawings()) std::cout << printable(path) << '\n';
   });

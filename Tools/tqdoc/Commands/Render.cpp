@@ -19,28 +19,28 @@ Outcome render(const Options& options) {
   tq::Ref<tq::Error> error;
   const tq::Ref<Document> document = openNamedDrawing(options.drawing, &error).document;
   if (!document || !renderPNG(*document, options.width, options.overlay, options.output, &error)) {
-    return reportTrouble(error->localizedDescription());
+    return reportError(error->localizedDescription());
   }
-  return Outcome::fine;
+  return Outcome::success;
 }
 
 }  // namespace
 
 void addRenderCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("render", "draw a drawing into a PNG file");
+  CLI::App* command = app.add_subcommand("render", "render a drawing to a PNG file");
   command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
   command->add_option("-o,--output", options->output, "the PNG file")
       ->option_text("FILE")
       ->required();
   const CLI::Option* width =
-      addNumber(*command, "--width", options->width, "pixels across; 0 for the drawing's own size",
-                0, Canvas::kSideLimit);
+      addNumber(*command, "--width", options->width,
+                "width in pixels; 0 for the drawing's own size", 0, Canvas::kSideLimit);
   command->add_flag("--bounds", options->overlay.bounds, "mark the tight bounds of every shape");
   command->add_flag("--controls", options->overlay.controls,
-                    "join the control points of every outline");
+                    "draw the control polygon of every outline");
   command->add_flag("--intersections", options->overlay.intersections,
-                    "circle the points where outlines cross");
+                    "mark the intersections of outlines");
   addExamples(*command, {"tqdoc render drawing.svg -o drawing.png --width 512",
                          "tqdoc render drawing.tqdoc -o drawing.png --bounds --controls"});
   command->callback([options, width, &outcome] {

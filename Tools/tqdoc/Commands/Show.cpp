@@ -8,7 +8,7 @@
 namespace tqdoc {
 namespace {
 
-/// The digest of an archive of the node alone: two that look the same are the same.
+/// Returns the digest of an archive of the node alone. Equal nodes have equal digests.
 [[nodiscard]] std::string digestOf(const Node& node) {
   constexpr std::size_t kShown = 12;
   tq::Ref<tq::Error> error;
@@ -46,22 +46,22 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
 Outcome show(const std::string& path) {
   tq::Ref<tq::Error> error;
   const tq::Ref<Document> document = openNamedDrawing(path, &error).document;
-  if (!document) return reportTrouble(error->localizedDescription());
+  if (!document) return reportError(error->localizedDescription());
   std::cout << printable(path) << ": " << shortText(document->page().size.width) << " x "
             << shortText(document->page().size.height) << " pixels, "
             << grouped(document->shapeCount()) << " shapes";
   if (!document->title().empty()) std::cout << ", \"" << printable(document->title()) << '"';
   std::cout << '\n';
   const auto archive = tq::TQJSONEncoder::encodeObjectAsData(document, &error);
-  if (!archive) return reportTrouble(error->localizedDescription());
+  if (!archive) return reportError(error->localizedDescription());
   std::cout << "archive: " << grouped(archive->length()) << " bytes, sha1 "
             << tq::sha1String_tq(*archive)->view() << '\n';
   for (const auto [name, count] : document->unsupported()) {
-    std::cout << "left out: " << printable(name.description()) << ' ' << count.description()
+    std::cout << "unsupported: " << printable(name.description()) << ' ' << count.description()
               << '\n';
   }
   showNode(document->root(), {}, 0);
-  return Outcome::fine;
+  return Outcome::success;
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ Outcome show(const std::string& path) {
 void addShowCommand(CLI::App& app, Outcome& outcome) {
   auto path = std::make_shared<std::string>();
   CLI::App* command =
-      app.add_subcommand("show", "the tree with names, kinds and tight bounds in the drawing");
+      app.add_subcommand("show", "print the tree with names, kinds and tight bounds");
   command->add_option("drawing", *path, "a .tqdoc or .svg file")->required();
   addExamples(*command, {"tqdoc show drawing.svg"});
   command->callback([path, &outcome] { outcome = show(*path); });

@@ -23,13 +23,13 @@ namespace {
   return bytes;
 }
 
-/// Text never has U+0000 among its first bytes; a container always does.
+/// The first bytes of a container always include a zero byte, those of text never do.
 [[nodiscard]] bool isContainer(const tq::Data& bytes) {
   constexpr std::size_t kSmallest = 18;
   return bytes.length() >= kSmallest && bytes.bytes()[4] == std::byte{0};
 }
 
-/// What the container says it unpacks to.
+/// The decompressed size that the container states.
 [[nodiscard]] std::uint32_t unpackedLength(const tq::Data& bytes) {
   std::uint32_t length = 0;
   for (std::size_t i = 0; i < 4; ++i) {
@@ -52,11 +52,11 @@ tq::Ref<const tq::Data> archiveText(tq::Ref<const tq::Data> bytes, const std::st
                                     tq::Ref<tq::Error>* error) {
   if (!isContainer(*bytes)) return bytes;
   if (unpackedLength(*bytes) > kFileLimit) {
-    tq::setOutError(error, errorWith(path + ": unpacks to more than 256 MiB"));
+    tq::setOutError(error, errorWith(path + ": decompresses to more than 256 MiB"));
     return nullptr;
   }
   tq::Ref<const tq::Data> text = tq::dataByDecompressing_tq(*bytes);
-  if (!text) tq::setOutError(error, errorWith(path + ": damaged, cannot be unpacked"));
+  if (!text) tq::setOutError(error, errorWith(path + ": damaged, cannot be decompressed"));
   return text;
 }
 
@@ -96,7 +96,7 @@ bool saveFile(const std::string& path, std::span<const std::byte> bytes,
     stream.write(reinterpret_cast<const char*>(bytes.data()),
                  static_cast<std::streamsize>(bytes.size()));
     if (stream.flush()) return true;
-    tq::setOutError(error, errorWith(path + ": not everything could be written"));
+    tq::setOutError(error, errorWith(path + ": cannot write all data"));
     return false;
   }
   tq::Ref<tq::Error> reason;

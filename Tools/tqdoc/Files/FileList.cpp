@@ -11,8 +11,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder that cannot be read, or not to its end, is found as well: opening it tells why. Links
-/// to directories are not followed, so there are no circles.
+/// A directory that cannot be read completely is added itself: opening it reports the error. Links
+/// to directories are not followed, so there are no cycles.
 [[nodiscard]] std::vector<std::string> drawingsIn(const fs::path& directory) {
   std::vector<std::string> found;
   std::vector<fs::path> folders{directory};

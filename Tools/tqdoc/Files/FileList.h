@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FileList.h
-/// The drawings that a command line names.
+/// Lists the drawings that a command line names.
 
 #include <cstddef>
 #include <string>
@@ -11,12 +11,11 @@ namespace tqdoc {
 
 struct FileList {
   std::vector<std::string> files;  ///< each file once, in the order given
-  std::size_t repeated = 0;        ///< names of files that were named before, links among them
+  std::size_t repeated = 0;        ///< further names of listed files, such as links
 };
 
-/// Directories become the .svg and .tqdoc files in them, at any depth, in the order of their names.
-/// Names that lead nowhere are kept, and so are directories that cannot be read: opening them tells
-/// why.
+/// Replaces each directory by the .svg and .tqdoc files in it, at any depth, sorted by name. Names
+/// without a file and directories that cannot be read are kept: opening them reports the error.
 [[nodiscard]] FileList listFiles(const std::vector<std::string>& arguments);
 
 }  // namespace tqdoc

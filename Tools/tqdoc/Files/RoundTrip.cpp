@@ -8,7 +8,7 @@
 namespace tqdoc {
 namespace {
 
-/// Where two archives part.
+/// Describes the first byte at which two archives differ.
 [[nodiscard]] std::string byteDifference(std::string_view a, std::string_view b) {
   const auto [at, other] = std::ranges::mismatch(a, b);
   return "archives of " + std::to_string(a.size()) + " and " + std::to_string(b.size()) +
@@ -21,12 +21,12 @@ RoundTrip roundTrip(const std::string& path) {
   RoundTrip result;
   tq::Ref<tq::Error> error;
   const auto fail = [&](const char* step) {
-    result.trouble = path + ": " + step + ": " + error->localizedDescription();
+    result.failure = path + ": " + step + ": " + error->localizedDescription();
     return result;
   };
   SvgDrawing drawing = openDrawing(path, &error);
   if (!drawing.document) {
-    result.trouble = error->localizedDescription();
+    result.failure = error->localizedDescription();
     return result;
   }
   result.leftOut = std::move(drawing.leftOut);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file RoundTrip.h
-/// A drawing saved, reopened and saved again.
+/// Saves, reopens and saves a drawing again.
 
 #include <cstddef>
 #include <string>
@@ -12,20 +12,20 @@
 namespace tqdoc {
 
 struct RoundTrip {
-  tq::Ref<Document> document;  ///< as imported; none when there was trouble
+  tq::Ref<Document> document;  ///< as imported; null on failure
   tq::Ref<Document> reopened;
   Features leftOut;
   std::size_t archiveBytes = 0;
-  std::vector<std::string> differences;  ///< what did not survive, for people
-  std::string trouble;                   ///< why it could not be done; empty when it could
+  std::vector<std::string> differences;  ///< descriptions of what changed
+  std::string failure;                   ///< the error message; empty on success
 };
 
-/// Opens the drawing, archives it, reopens the archive and archives that again. The two archives
-/// must be the same to the byte, the two documents in every member; an archive that is opened must
-/// also be the same to the byte as its own file. Any thread; nothing is shared.
+/// Opens a drawing, archives it, reopens the archive and archives the result. The two archives must
+/// have the same bytes, and the two documents equal members. If the drawing is an archive, it must
+/// also have the same bytes as its file. Any thread; no shared state.
 [[nodiscard]] RoundTrip roundTrip(const std::string& path);
 
-/// Draws both documents `side` pixels wide and high; true when every pixel is the same.
+/// Renders both documents `side` pixels wide and high. Returns true if all pixels are equal.
 [[nodiscard]] bool looksTheSame(const Document& a, const Document& b, int side);
 
 }  // namespace tqdoc

@@ -9,7 +9,7 @@ using Difference = std::optional<std::string>;
 
 [[nodiscard]] Difference compare(const Node& a, const Node& b, const std::string& path);
 
-/// Two strings; none is not the empty string.
+/// Compares two strings. A null string differs from an empty one.
 [[nodiscard]] bool same(const tq::Ref<tq::String>& a, const tq::Ref<tq::String>& b) {
   return a && b ? a->isEqual(*b) : !a && !b;
 }
@@ -73,7 +73,7 @@ std::optional<std::string> firstDifference(const Document& a, const Document& b)
       !same(a.page().fit, b.page().fit)) {
     return "the pages differ";
   }
-  if (!a.unsupported().isEqual(b.unsupported())) return "the lists of what is left out differ";
+  if (!a.unsupported().isEqual(b.unsupported())) return "the unsupported features differ";
   return compare(a.root(), b.root(), "root");
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Compare.h
-/// Whether two drawings are the same, and where they are not.
+/// Compares two drawings.
 
 #include <optional>
 #include <string>
@@ -10,9 +10,8 @@
 
 namespace tqdoc {
 
-/// The first place where two documents differ, such as "root/1/0 (eye): the paths differ"; none
-/// when they are the same in every member. Numbers are compared exactly. Nodes are paired by their
-/// order.
+/// Returns the first difference of two documents, such as "root/1/0 (eye): the paths differ", or no
+/// value if all members are equal. Numbers are compared exactly. Nodes are paired by their index.
 [[nodiscard]] std::optional<std::string> firstDifference(const Document& a, const Document& b);
 
 }  // namespace tqdoc

@@ -10,7 +10,7 @@ struct Piece {
 
 [[nodiscard]] bool isEnd(double offset) { return offset == 0 || offset == 1; }
 
-/// The segments seen so far, and how they cross each further one.
+/// Intersects each new segment with all earlier ones.
 class Search {
  public:
   void add(const Piece& piece) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Crossings.h
-/// Where a drawing's outlines cross and touch each other and themselves.
+/// Intersections of the outlines of a drawing.
 
 #include <cstddef>
 #include <vector>
@@ -11,14 +11,14 @@
 namespace tqdoc {
 
 struct Crossings {
-  /// Pairs of segments that are looked at, at the most; all but hostile drawings stay far below.
+  /// The maximum number of tested pairs of segments. Only hostile drawings reach it.
   static constexpr std::size_t kPairLimit = 100'000;
 
   std::vector<tq::Point> points;  ///< in the drawing's coordinates, in no particular order
-  bool complete = true;           ///< false when a limit cut the search short
+  bool complete = true;           ///< false if the limit stopped the search
 };
 
-/// All crossings of the nodes' segments; where two segments of one outline are joined is none.
+/// Returns all intersections of the nodes' segments, without the joints within one outline.
 [[nodiscard]] Crossings findCrossings(const std::vector<PlacedNode>& nodes);
 
 }  // namespace tqdoc

@@ -31,7 +31,7 @@ std::string textOf(std::string_view text) { return '"' + std::string(text) + '"'
 
 std::string textOf(const tq::Data& bytes) { return std::to_string(bytes.length()) + " bytes"; }
 
-/// Its kind and its name.
+/// Returns the kind and the name of a node.
 std::string whatIs(const Node& node) {
   const char* const kind = tq::objectCast<Group>(&node) != nullptr   ? "group"
                            : tq::objectCast<Shape>(&node) != nullptr ? "shape"
@@ -57,7 +57,7 @@ void note(Properties& differing, const char* name, bool isSame, const Value& a, 
   if (!isSame) differing.push_back({name, textOf(a), textOf(b)});
 }
 
-/// None is told from the empty text.
+/// Null and the empty string have different texts.
 std::string quoted(const tq::Object* text) {
   return text != nullptr ? '"' + textOf(*text) + '"' : "none";
 }
@@ -81,7 +81,7 @@ void noteStyle(Properties& differing, const tq::Dictionary& a, const tq::Diction
   }
 }
 
-/// What differs in a node itself, whatever is inside it.
+/// Reports the differences of a node itself, without its children.
 Properties propertiesOf(const Node& a, const Node& b) {
   Properties differing;
   const Node::Traits& x = a.traits();
@@ -141,7 +141,7 @@ Properties propertiesOf(const tq::Object& a, const tq::Object& b) {
   return propertiesOf(static_cast<const Node&>(a), static_cast<const Node&>(b));
 }
 
-/// The comparison wants objects that could change; it changes nothing.
+/// The comparison takes non-const objects but does not change them.
 template <class T>
 T& lent(const T& object) {
   return const_cast<T&>(object);
@@ -186,7 +186,7 @@ class Delegate final : public tq::Subclass<Delegate>, public tq::TQTreeCompariso
 
 std::string pathOf(tq::TQComparisonItem& item) {
   const std::string path = item.fullPath();
-  return path.starts_with('.') ? path.substr(1) : path;  // what belongs to the whole drawing
+  return path.starts_with('.') ? path.substr(1) : path;  // a property of the whole drawing
 }
 
 Difference differenceOf(tq::TQComparisonArrayChange& change) {
@@ -209,8 +209,8 @@ Difference differenceOf(tq::TQComparisonArrayChange& change) {
   return difference;
 }
 
-/// The object in its old state. A property of something that moved between groups is told below its
-/// insertion, which has no old object but a removal.
+/// Returns the old object. For a property of a node that moved between groups, the parent item is
+/// an insertion without an old object; its removal has it.
 const tq::Object& oldObjectOf(const tq::TQComparisonPropertyChange& change) {
   if (const tq::Object* object = change.oldObject()) return *object;
   return *static_cast<tq::TQComparisonArrayChange*>(change.parent())->associatedChange()->object();
@@ -238,7 +238,7 @@ std::vector<Difference> differencesOf(const Document& oldDocument, const Documen
       tq::TQTreeComparison::initWithRoot1(tq::Ref<tq::Object>(&lent(oldDocument)),
                                           tq::Ref<tq::Object>(&lent(newDocument)), true, delegate);
   std::vector<Difference> differences;
-  // A pair that was met more than once is told once.
+  // Reports each pair once, even if it is found several times.
   std::set<std::pair<const tq::Object*, std::string>> told;
   for (const auto& item : comparison->changes()) {
     if (auto* change = tq::objectCast<tq::TQComparisonPropertyChange>(item.get())) {
@@ -248,7 +248,7 @@ std::vector<Difference> differencesOf(const Document& oldDocument, const Documen
       continue;
     }
     auto& change = static_cast<tq::TQComparisonArrayChange&>(*item);
-    if (change.isRemoval() && change.isMove()) continue;  // told with its other half
+    if (change.isRemoval() && change.isMove()) continue;  // reported with its insertion
     if (told.emplace(change.object(), "").second) differences.push_back(differenceOf(change));
   }
   return differences;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Differences.h
-/// What differs between two versions of a drawing.
+/// Differences between two versions of a drawing.
 
 #include <string>
 #include <vector>
@@ -10,22 +10,22 @@
 
 namespace tqdoc {
 
-/// One difference. Lends its nodes: both documents have to stay.
+/// One difference. Keeps pointers to nodes: both documents must outlive it.
 struct Difference {
   enum class Kind { changed, removed, inserted, moved };
 
   Kind kind = Kind::changed;
-  /// Where: by the indexes of the new drawing, but for something removed by those of the old one.
+  /// The path by indexes of the new drawing; for removals, of the old drawing.
   std::string path;
-  std::string oldPath;  ///< where something moved came from
-  std::string what;     ///< such as "shape (eye)"; for a change the whole drawing is "drawing"
-  std::string oldValue, newValue;  ///< of what was changed, as text
-  const Node* oldNode = nullptr;   ///< none for something inserted, or the whole drawing
-  const Node* newNode = nullptr;   ///< none for something removed, or the whole drawing
+  std::string oldPath;             ///< for moves: the path in the old drawing
+  std::string what;                ///< such as "shape (eye)"; "drawing" for the whole drawing
+  std::string oldValue, newValue;  ///< for changes: the values as text
+  const Node* oldNode = nullptr;   ///< null for insertions and for the whole drawing
+  const Node* newNode = nullptr;   ///< null for removals and for the whole drawing
 };
 
-/// In the order of the drawing, what moved between groups at the end; empty when the drawings are
-/// the same in every member.
+/// Returns the differences in drawing order, moves between groups last. Empty if all members of the
+/// drawings are equal.
 [[nodiscard]] std::vector<Difference> differencesOf(const Document& oldDocument,
                                                     const Document& newDocument);
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Document.h
-/// A whole drawing.
+/// Drawings.
 
 #include <cstddef>
 #include <string_view>
@@ -10,7 +10,7 @@
 
 namespace tqdoc {
 
-/// A page and what is on it. Immutable; any thread.
+/// A page with a tree of nodes. Immutable; any thread.
 class Document final : public tq::Subclass<Document> {
  public:
   static constexpr std::string_view className = "TQDocument";
@@ -18,22 +18,22 @@ class Document final : public tq::Subclass<Document> {
   struct Page {
     tq::Size size;            ///< in pixels of 1/96 inch
     tq::Rect viewBox;         ///< the part of the drawing's coordinates that the page shows
-    tq::Ref<tq::String> fit;  ///< how, as preserveAspectRatio says it; see viewTransform()
+    tq::Ref<tq::String> fit;  ///< a preserveAspectRatio value; see viewTransform()
   };
 
-  /// @param unsupported  names of features that the drawing's reader left out, with their counts
+  /// @param unsupported  names of features that the reader ignored, with their counts
   Document(tq::Ref<tq::String> title, Page page, tq::Ref<Group> root,
            tq::Ref<tq::Dictionary> unsupported);
   explicit Document(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
 
-  /// Empty when the drawing has none.
+  /// Empty if the drawing has no title.
   [[nodiscard]] std::string_view title() const noexcept;
   [[nodiscard]] const Page& page() const noexcept { return page_; }
   [[nodiscard]] const Group& root() const noexcept { return *root_; }
   [[nodiscard]] const tq::Dictionary& unsupported() const noexcept { return *unsupported_; }
 
-  /// Shapes and pictures in the tree.
+  /// Returns the number of shapes and pictures in the tree.
   [[nodiscard]] std::size_t shapeCount() const;
 
  private:
@@ -43,13 +43,13 @@ class Document final : public tq::Subclass<Document> {
   tq::Ref<tq::Dictionary> unsupported_;
 };
 
-/// From the coordinates of `viewBox` to a viewport of this size at the origin. `fit` is the text of
-/// a preserveAspectRatio attribute ("none", "xMinYMax slice"); empty and unknown texts mean
-/// "xMidYMid meet". The identity when either rect is empty.
+/// Returns the transform from the coordinates of `viewBox` to a viewport of this size at the
+/// origin. `fit` is a preserveAspectRatio attribute ("none", "xMinYMax slice"); empty and unknown
+/// values mean "xMidYMid meet". The result is the identity if either rect is empty.
 [[nodiscard]] tq::AffineTransform viewTransform(const tq::Rect& viewBox, tq::Size viewport,
                                                 std::string_view fit);
 
-/// Makes the model's classes known to the decoder. Once, at start-up.
+/// Registers the classes of the model for decoding. Call once, at start-up.
 void registerModel();
 
 }  // namespace tqdoc

@@ -34,7 +34,7 @@ Gradient::Gradient(tq::TQJSONDecoder& decoder) {
   const std::int64_t spread = decoder.decodeIntegerForKey("spread", 0);
   const auto numbers = decodeNumbers(decoder, "stops");
   if (spread < 0 || spread > 2 || !numbers || numbers->size() % kNumbersPerStop != 0) {
-    refuse(decoder, "a gradient's spread or stops make no sense");
+    refuse(decoder, "a gradient has an invalid spread or invalid stops");
     return;
   }
   geometry_.spread = static_cast<Spread>(spread);

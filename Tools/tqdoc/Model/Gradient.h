@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Gradient.h
-/// Paint that changes colour along a line or from a focus to a circle.
+/// Linear and radial gradients.
 
 #include <cstdint>
 #include <span>
@@ -12,10 +12,10 @@
 
 namespace tqdoc {
 
-/// What lies before the first stop and behind the last.
+/// The paint before the first stop and after the last one.
 enum class Spread : std::uint8_t { pad, reflect, repeat };
 
-/// A colour at a place of the gradient; all five within 0...1, colours not multiplied by alpha.
+/// A colour at an offset. All five values are within 0...1; colours are not premultiplied.
 struct GradientStop {
   double offset = 0;
   double red = 0;
@@ -26,7 +26,7 @@ struct GradientStop {
   friend bool operator==(const GradientStop&, const GradientStop&) = default;
 };
 
-/// Where a gradient runs, in its own coordinates.
+/// The geometry of a gradient, in its own coordinates.
 struct GradientGeometry {
   bool radial = false;
   tq::Point start;                ///< linear: where offset 0 is; radial: the focus
@@ -43,7 +43,7 @@ class Gradient final : public tq::Subclass<Gradient> {
  public:
   static constexpr std::string_view className = "TQDocGradient";
 
-  /// `stops` in ascending order of their offsets.
+  /// `stops` must be sorted by offset.
   Gradient(const GradientGeometry& geometry, std::vector<GradientStop> stops);
 
   explicit Gradient(tq::TQJSONDecoder& decoder);

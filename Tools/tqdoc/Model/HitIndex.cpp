@@ -10,7 +10,7 @@
 namespace tqdoc {
 namespace {
 
-/// Each open subpath closed, as filling does.
+/// Returns the path with every open subpath closed, as filling does.
 [[nodiscard]] tq::Path closedPath(const tq::Path& path) {
   tq::Path closed;
   bool open = false;
@@ -40,8 +40,8 @@ namespace {
   return closed;
 }
 
-/// How often the segment crosses the ray from `p` to +x: upwards counted +1, downwards -1. A point
-/// at the ray's own height counts as below it, so that a common end is crossed once.
+/// Returns the signed number of crossings of the segment with the ray from `p` to +x: +1 upwards,
+/// -1 downwards. A point at the height of the ray counts as below it, so a shared end counts once.
 [[nodiscard]] int crossings(const tq::TQBezierSegment& segment, tq::Point p) {
   const tq::Rect bounds = tq::TQBezierSegmentGetControlPointBounds(segment);
   if (!(tq::RectGetMaxX(bounds) >= p.x && tq::RectGetMinY(bounds) <= p.y &&
@@ -59,7 +59,7 @@ namespace {
     }
     above = next;
   };
-  // Between two offsets where it meets the ray's line, a segment stays on one side.
+  // Between two intersections with the line of the ray, a segment stays on one side.
   double before = 0;
   for (const double t : tq::TQBezierSegmentIntersectionsWithHorizontalLine(segment, p.y)) {
     if (t > before) passTo(isAbove((before + t) / 2), before);
@@ -70,7 +70,7 @@ namespace {
   return count;
 }
 
-/// comesWithin() for a segment that is halved `halvings` times at the most.
+/// comesWithin() for a segment that is halved at most `halvings` times.
 [[nodiscard]] bool pieceComesWithin(const tq::TQBezierSegment& segment, double distance,
                                     const tq::Rect& area, double flatEnough, int halvings) {
   if (!tq::RectIntersectsRect(tq::TQBezierSegmentGetControlPointBounds(segment),
@@ -94,14 +94,14 @@ namespace {
   return false;
 }
 
-/// An area that no outline enters lies in the fill or out of it as a whole.
+/// An area that no outline enters is completely inside or outside the fill.
 [[nodiscard]] bool fillMeets(const tq::Path& path, bool evenOdd, const tq::Rect& area) {
   const bool isPoint = area.size.width == 0 && area.size.height == 0;
   if (!isPoint && outlineComesWithin(closedPath(path), 0, area)) return true;
   return fillContains(path, area.origin, evenOdd);
 }
 
-/// Half the stroke's width in the drawing; none without a stroke.
+/// Returns half the width of the stroke in the drawing, or no value without a stroke.
 [[nodiscard]] std::optional<double> strokeReach(const Shape& shape,
                                                 const tq::AffineTransform& transform) {
   if (shape.style().objectForKey("stroke") == nullptr) return std::nullopt;
@@ -148,7 +148,7 @@ namespace {
          });
 }
 
-/// Around all of a node's ink.
+/// Returns a rect around everything that a node paints.
 [[nodiscard]] tq::Rect inkBounds(const PlacedNode& placed) {
   const auto* shape = tq::objectCast<Shape>(placed.node);
   const auto reach = shape != nullptr ? strokeReach(*shape, placed.transform) : std::nullopt;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file HitIndex.h
-/// What lies where in a drawing.
+/// Finds what is at a place of a drawing.
 
 #include <cstddef>
 #include <vector>
@@ -10,19 +10,19 @@
 
 namespace tqdoc {
 
-/// Finds shapes and pictures by place: candidates through an R-tree of their bounds, then exactly.
-/// Lends from the document, which has to stay. Any number of threads may ask at once.
+/// Finds shapes and pictures: candidates by an R-tree of their bounds, then by exact tests. Keeps
+/// pointers: the document must outlive it. Queries may run on several threads at once.
 class HitIndex {
  public:
   explicit HitIndex(const Document& document);
 
-  /// What has ink in the closed `area` of the drawing's coordinates, the top one first. A rect of
-  /// size 0 asks for a point.
+  /// Returns what paints a part of the closed `area`, in the coordinates of the drawing, topmost
+  /// first. A rect of size 0 means a point.
   ///
-  /// A shape has ink where its fill is and within half the stroke's width of a stroked outline, as
-  /// if caps and joins were round and nothing dashed; the width of a stroke under an uneven scale
-  /// counts as its mean. A picture fills its frame. What clips a node must cover some of the area,
-  /// too. Curves are followed to a millionth of their extent.
+  /// A shape paints its fill, and everything within half the stroke width of a stroked outline, as
+  /// if caps and joins were round and dashes solid. Under a non-uniform scale, the mean width
+  /// counts. A picture paints its frame. The clips of a node must cover a part of the area, too.
+  /// Curves are approximated to a millionth of their extent.
   [[nodiscard]] std::vector<const PlacedNode*> hits(const tq::Rect& area) const;
 
  private:
@@ -30,11 +30,11 @@ class HitIndex {
   tq::Ref<tq::RTree<std::size_t>> tree_;
 };
 
-/// Whether `p` lies in the fill of `path`, open subpaths closed. On the border either may be said,
-/// but two fills with a common border share it out: a point is in one of them only.
+/// Returns true if `p` is in the fill of `path`, with open subpaths closed. A point on the border
+/// may be inside or outside. If two fills share a border, a point on it is in exactly one of them.
 [[nodiscard]] bool fillContains(const tq::Path& path, tq::Point p, bool evenOdd);
 
-/// Whether `segment` has a point within `distance` of the closed `area`.
+/// Returns true if a point of `segment` is within `distance` of the closed `area`.
 [[nodiscard]] bool comesWithin(const tq::TQBezierSegment& segment, double distance,
                                const tq::Rect& area);
 

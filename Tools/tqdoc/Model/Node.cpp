@@ -8,7 +8,7 @@
 namespace tqdoc {
 namespace {
 
-/// The member `key` when it is a T; else `otherwise`, with an error unless it is absent.
+/// Decodes the member `key`. Returns `otherwise` if it is absent or, with an error, not a T.
 template <class T>
 [[nodiscard]] tq::Ref<T> decodeAs(tq::TQJSONDecoder& decoder, std::string_view key,
                                   tq::Ref<T> otherwise) {
@@ -56,7 +56,7 @@ Group::Group(tq::TQJSONDecoder& decoder)
     : Subclass(decoder), children_(decodeAs(decoder, "children", tq::Array::array())) {
   for (const tq::Object& child : *children_) {
     if (tq::objectCast<Node>(&child) != nullptr) continue;
-    refuse(decoder, "a group holds something that is no node");
+    refuse(decoder, "a group has a child that is not a node");
     children_ = tq::Array::array();
     return;
   }

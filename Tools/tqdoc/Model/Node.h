@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Node.h
-/// What a drawing's tree is made of: groups, shapes and pictures.
+/// Nodes of a drawing's tree: groups, shapes and pictures.
 
 #include <cstddef>
 #include <string>
@@ -11,22 +11,22 @@
 
 namespace tqdoc {
 
-/// A part of a drawing. Immutable, as all of the model is; any thread.
+/// A node of a drawing. Immutable, as the whole model; any thread.
 class Node : public tq::Subclass<Node> {
  public:
   static constexpr std::string_view className = "TQDocNode";
 
-  /// What groups, shapes and pictures have in common.
+  /// Properties that all nodes have.
   struct Traits {
-    tq::Ref<tq::String> name;       ///< or none
+    tq::Ref<tq::String> name;       ///< may be null
     tq::AffineTransform transform;  ///< from the node's coordinates to its parent's
     double opacity = 1;             ///< of the node as a whole, 0...1
     bool hidden = false;
-    tq::Ref<Node> clip;  ///< what its shapes cover shows, in the node's coordinates; none shows all
+    tq::Ref<Node> clip;  ///< only what it covers is visible, in the node's coordinates; may be null
   };
 
   [[nodiscard]] const Traits& traits() const noexcept { return traits_; }
-  /// Empty for a node without one.
+  /// Empty for a node without a name.
   [[nodiscard]] std::string_view name() const noexcept;
 
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
@@ -39,12 +39,12 @@ class Node : public tq::Subclass<Node> {
   Traits traits_;
 };
 
-/// Nodes drawn in order, the first one at the bottom.
+/// A list of nodes. The first one is drawn first, at the bottom.
 class Group final : public tq::Subclass<Group, Node> {
  public:
   static constexpr std::string_view className = "TQDocGroup";
 
-  /// `children` are nodes.
+  /// All `children` must be nodes.
   Group(Traits traits, tq::Ref<tq::Array> children);
   explicit Group(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
@@ -63,7 +63,7 @@ class Group final : public tq::Subclass<Group, Node> {
 ///
 /// The style's keys, each of which may be absent: "fill" and "stroke", a colour as "#rrggbb" or a
 /// Gradient (absent: not painted); "fillOpacity" and "strokeOpacity", 0...1 (1); "evenOdd", whether
-/// the fill goes by the even-odd rule (no); "strokeWidth" (1); "lineCap", "butt", "round" or
+/// the fill uses the even-odd rule (no); "strokeWidth" (1); "lineCap", "butt", "round" or
 /// "square"; "lineJoin", "miter", "round" or "bevel"; "miterLimit" (4); "dashes", an array of
 /// lengths, and "dashOffset" (0).
 class Shape final : public tq::Subclass<Shape, Node> {
@@ -82,12 +82,12 @@ class Shape final : public tq::Subclass<Shape, Node> {
   tq::Ref<tq::Dictionary> style_;
 };
 
-/// An embedded image, stretched over its frame.
+/// An embedded image with a frame.
 class Picture final : public tq::Subclass<Picture, Node> {
  public:
   static constexpr std::string_view className = "TQDocPicture";
 
-  /// How the image is fitted into the frame, as preserveAspectRatio says it; see viewTransform().
+  /// A preserveAspectRatio value: how the image fits its frame; see viewTransform().
   Picture(Traits traits, const tq::Rect& frame, tq::Ref<tq::String> fit,
           tq::Ref<tq::String> mediaType, tq::Ref<tq::Data> bytes);
   explicit Picture(tq::TQJSONDecoder& decoder);
@@ -95,7 +95,7 @@ class Picture final : public tq::Subclass<Picture, Node> {
 
   [[nodiscard]] const tq::Rect& frame() const noexcept { return frame_; }
   [[nodiscard]] std::string_view fit() const noexcept { return fit_->view(); }
-  /// Such as "image/png".
+  /// The media type, such as "image/png".
   [[nodiscard]] std::string_view mediaType() const noexcept { return mediaType_->view(); }
   [[nodiscard]] const tq::Data& bytes() const noexcept { return *bytes_; }
 
@@ -106,12 +106,11 @@ class Picture final : public tq::Subclass<Picture, Node> {
   tq::Ref<tq::Data> bytes_;
 };
 
-/// How a node is told to people: "root/1/0 (eye)", its place among its parents' children and its
-/// name.
+/// Returns the place of a node for messages, such as "root/1/0 (eye)": indexes and its name.
 [[nodiscard]] std::string placeOf(const std::string& path, const Node& node);
 
-/// Smallest rect around a node's outlines and frames in its parent's coordinates, hidden nodes and
-/// strokes left out; the null rect when nothing is there.
+/// Returns the smallest rect around the visible outlines and frames of a node, without strokes, in
+/// the coordinates of its parent. The null rect if there are none.
 [[nodiscard]] tq::Rect tightBounds(const Node& node, const tq::AffineTransform& parent = {});
 
 }  // namespace tqdoc

@@ -7,7 +7,7 @@
 namespace tqdoc {
 namespace {
 
-/// A hash of what is added, in order.
+/// Hashes the added values in order.
 class Mix {
  public:
   Mix& add(std::uint64_t bits) noexcept {
@@ -35,7 +35,7 @@ std::vector<const Node*> childrenOf(const Node& node) {
   return children;
 }
 
-/// `node` and all within it that `paired` has nothing for, from the top down.
+/// Collects `node` and its descendants that are not in `paired`, parents first.
 template <class Paired>
 void collectUnpaired(const Node& node, const Paired& paired, std::vector<const Node*>& unpaired) {
   if (!paired.contains(&node)) unpaired.push_back(&node);
@@ -98,7 +98,7 @@ void NodePairs::pair(const Node& oldNode, const Node& newNode) {
   oldOf_.emplace(&newNode, &oldNode);
 }
 
-/// Pairs what has the same name, or else the same content, in order.
+/// Pairs nodes with the same name, then nodes with the same content, in order.
 void NodePairs::pairByKey(std::span<const Node* const> olds, std::span<const Node* const> news,
                           bool byName) {
   const auto key = [&](const Node& node) {
@@ -120,7 +120,7 @@ void NodePairs::pairByKey(std::span<const Node* const> olds, std::span<const Nod
   }
 }
 
-/// Pairs what comes right behind a pair, or is the first, on both sides.
+/// Pairs nodes that are first, or directly follow a pair, in both versions.
 void NodePairs::pairNeighbours(std::span<const Node* const> olds,
                                std::span<const Node* const> news) {
   std::unordered_map<const Node*, std::size_t> places;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file NodePairs.h
-/// Which nodes of two versions of a drawing are the same ones.
+/// Pairs the nodes of two versions of a drawing.
 
 #include <cstdint>
 #include <span>
@@ -12,10 +12,11 @@
 
 namespace tqdoc {
 
-/// Pairs of nodes of one kind, each node in one pair at the most. Among the children of paired
-/// groups those of one name make a pair, then those of equal content, then those that follow a pair
-/// on both sides. What is left is paired with what is left anywhere, by name or by content. Two
-/// names that differ never make a pair. Lends the nodes: both documents have to stay.
+/// Pairs of nodes of the same kind; each node is in at most one pair. Among the children of paired
+/// groups, nodes with the same name are paired first, then nodes with equal content, then nodes
+/// that follow a pair in both versions. The remaining nodes are paired anywhere in the drawing, by
+/// name or content. Nodes with different names are never paired. Keeps pointers: both documents
+/// must outlive it.
 class NodePairs {
  public:
   NodePairs(const Document& oldDocument, const Document& newDocument);
@@ -32,8 +33,8 @@ class NodePairs {
   void pairNeighbours(std::span<const Node* const> olds, std::span<const Node* const> news);
   void pairChildren(const Node& oldNode, const Node& newNode);
 
-  std::unordered_map<const Node*, std::uint64_t> digests_;      // of all but the name
-  std::unordered_map<const Node*, const Node*> newOf_, oldOf_;  // each way round
+  std::unordered_map<const Node*, std::uint64_t> digests_;      // of everything but the name
+  std::unordered_map<const Node*, const Node*> newOf_, oldOf_;  // in both directions
 };
 
 }  // namespace tqdoc

@@ -67,7 +67,7 @@ tq::AffineTransform decodeTransform(tq::TQJSONDecoder& decoder, std::string_view
   if (!decoder.containsValueForKey(key)) return {};
   const auto n = decodeNumbers(decoder, key);
   if (!n || n->size() != 6) {
-    refuse(decoder, "a transform is not six numbers");
+    refuse(decoder, "a transform does not have six numbers");
     return {};
   }
   return {(*n)[0], (*n)[1], (*n)[2], (*n)[3], (*n)[4], (*n)[5]};

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Numbers.h
-/// Numbers as an archive gives them back.
+/// Numbers rounded as in an archive, and numbers in archives.
 
 #include <optional>
 #include <span>
@@ -12,31 +12,30 @@
 
 namespace tqdoc {
 
-/// `value` as it is after saving and reopening: 16 significant digits, within the range of single
-/// precision, never NaN. The model holds nothing else, so a drawing is exactly the same before and
-/// after.
+/// Returns `value` as it is after saving and reopening: 16 significant digits, within the range of
+/// single precision, never NaN. The model holds only such numbers, so saving changes nothing.
 [[nodiscard]] double archivable(double value) noexcept;
 [[nodiscard]] tq::Point archivable(tq::Point point) noexcept;
 [[nodiscard]] tq::Size archivable(tq::Size size) noexcept;
 [[nodiscard]] tq::Rect archivable(const tq::Rect& rect) noexcept;
 [[nodiscard]] tq::AffineTransform archivable(const tq::AffineTransform& transform) noexcept;
 
-/// The numbers of the member `key`; none when it is absent or is not an array of numbers.
+/// Returns the numbers of the member `key`, or no value if it is absent or not an array of numbers.
 [[nodiscard]] std::optional<std::vector<double>> decodeNumbers(tq::TQJSONDecoder& decoder,
                                                                std::string_view key);
 
-/// The numbers of an array; none when something else is in it.
+/// Returns the numbers of an array, or no value if it contains anything else.
 [[nodiscard]] std::optional<std::vector<double>> numbersOf(const tq::Array& array);
 
-/// The number that a style has under `key`, else `otherwise`.
+/// Returns the number that a style has for `key`, or `otherwise`.
 [[nodiscard]] double numberIn(const tq::Dictionary& style, std::string_view key, double otherwise);
 
-/// As six numbers, left out when it is the identity.
+/// Encodes a transform as six numbers; the identity is omitted.
 void encodeTransform(tq::TQJSONEncoder& encoder, const tq::AffineTransform& transform,
                      std::string_view key);
 [[nodiscard]] tq::AffineTransform decodeTransform(tq::TQJSONDecoder& decoder, std::string_view key);
 
-/// Records that an archive makes no sense. The object goes on with its default.
+/// Reports an invalid archive to the decoder. The object continues with its default value.
 void refuse(tq::TQJSONDecoder& decoder, std::string_view reason);
 
 }  // namespace tqdoc

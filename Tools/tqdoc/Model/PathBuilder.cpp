@@ -52,7 +52,7 @@ void PathBuilder::arcTo(tq::Size radii, double rotationDegrees, bool largeArc, b
   double ry = std::abs(radii.height);
   if (rx == 0 || ry == 0) return lineTo(to);
 
-  // Half the chord in the ellipse's own axes; then the radii must be long enough to span it.
+  // Half the chord in the axes of the ellipse. The radii must be long enough to span it.
   const double phi = std::fmod(rotationDegrees, 360) * std::numbers::pi / 180;
   const double cosPhi = std::cos(phi);
   const double sinPhi = std::sin(phi);

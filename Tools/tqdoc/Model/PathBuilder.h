@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PathBuilder.h
-/// Makes outlines step by step.
+/// Builds outlines step by step.
 
 #include <cstddef>
 #include <initializer_list>
@@ -12,8 +12,8 @@
 
 namespace tqdoc {
 
-/// Collects the steps of a path. Quadratics and arcs become cubics. A step other than moveTo that
-/// follows close() starts where the closed outline started.
+/// Collects the steps of a path. Quadratics and arcs become cubics. After close(), a step other
+/// than moveTo starts at the start of the closed outline.
 class PathBuilder {
  public:
   void moveTo(tq::Point to);
@@ -21,19 +21,19 @@ class PathBuilder {
   void cubicTo(tq::Point control1, tq::Point control2, tq::Point to);
   void quadTo(tq::Point control, tq::Point to);
 
-  /// An arc of the ellipse with these radii (either sign), its x axis turned by `rotationDegrees`.
-  /// Radii too short to reach are scaled up; a radius of 0 draws a line. Each cubic spans a quarter
-  /// turn at the most, and strays by less than 3e-4 of the radius.
-  /// Source: SVG 1.1 (2011), appendix F.6.
+  /// Adds an arc of the ellipse with these radii (the sign is ignored) and its x axis rotated by
+  /// `rotationDegrees`. Radii that are too short are scaled up; a radius of 0 adds a line. Each
+  /// cubic spans at most a quarter turn, with an error below 3e-4 of the radius. Source: SVG 1.1
+  /// (2011), appendix F.6.
   void arcTo(tq::Size radii, double rotationDegrees, bool largeArc, bool sweep, tq::Point to);
 
   void close();
 
-  /// Where the next step starts.
+  /// Returns the point where the next step starts.
   [[nodiscard]] tq::Point current() const noexcept { return current_; }
   [[nodiscard]] std::size_t coordinateCount() const noexcept { return coordinates_.size(); }
 
-  /// Hands the path over; the builder is empty afterwards.
+  /// Returns the path and empties the builder.
   [[nodiscard]] tq::Ref<PathData> take();
 
  private:

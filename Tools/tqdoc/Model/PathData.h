@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PathData.h
-/// Outlines: what is filled, stroked and clipped with.
+/// Outlines for filling, stroking and clipping.
 
 #include <cstddef>
 #include <span>
@@ -19,7 +19,7 @@ class PathData final : public tq::Subclass<PathData> {
  public:
   static constexpr std::string_view className = "TQDocPath";
 
-  /// Points that `step` takes; -1 for a letter that is no step.
+  /// Returns the number of points of `step`, or -1 for any other letter.
   [[nodiscard]] static constexpr int pointsOf(char step) noexcept {
     switch (step) {
       case 'M':
@@ -34,11 +34,11 @@ class PathData final : public tq::Subclass<PathData> {
     }
   }
 
-  /// `coordinates` are x, y, x, y… in the order of the steps, exactly as many as they take.
+  /// `coordinates` are x, y, x, y… in the order of the steps, exactly as many as the steps need.
   PathData(std::string steps, std::vector<double> coordinates) noexcept
       : steps_(std::move(steps)), coordinates_(std::move(coordinates)) {}
 
-  /// An archive whose steps and coordinates do not fit each other reads as an empty path.
+  /// Reads an empty path if the number of coordinates does not match the steps.
   explicit PathData(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
 
@@ -60,11 +60,11 @@ class PathData final : public tq::Subclass<PathData> {
     }
   }
 
-  /// The steps as a path, each point transformed.
+  /// Returns the steps as a path with transformed points.
   [[nodiscard]] tq::Path outline(const tq::AffineTransform& transform = {}) const;
 
-  /// Smallest rect around the transformed outline: around the curves, not their control points.
-  /// The null rect when nothing is drawn. Strokes are not counted.
+  /// Returns the smallest rect around the transformed curves, without control points and strokes.
+  /// An empty path has the null rect.
   [[nodiscard]] tq::Rect tightBounds(const tq::AffineTransform& transform = {}) const;
 
   [[nodiscard]] bool isEqual(const tq::Object& other) const override;

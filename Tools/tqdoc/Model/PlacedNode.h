@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PlacedNode.h
-/// A drawing's shapes and pictures without the groups around them.
+/// The shapes and pictures of a drawing, with the transforms and clips of their groups.
 
 #include <string>
 #include <vector>
@@ -10,9 +10,9 @@
 
 namespace tqdoc {
 
-/// A shape or a picture and where it stands. Lends the node: the document has to stay.
+/// A shape or a picture with its place. Keeps a pointer: the document must outlive it.
 struct PlacedNode {
-  /// Something that hides what lies outside of it.
+  /// A clip: hides everything outside.
   struct Clip {
     const Node* node;
     tq::AffineTransform parent;  ///< from the coordinates around the node to the drawing's
@@ -21,17 +21,17 @@ struct PlacedNode {
   const Node* node;
   std::string place;              ///< such as "root/1/0 (eye)"
   tq::AffineTransform transform;  ///< from the node's coordinates to the drawing's
-  std::vector<Clip> clips;        ///< its own and those of the groups around it
+  std::vector<Clip> clips;        ///< its own and those of its groups
 };
 
-/// Those of `node` and all within it in drawing order, the bottom one first; hidden ones left out.
+/// Returns the visible shapes and pictures of `node` and its descendants, bottom first.
 [[nodiscard]] std::vector<PlacedNode> placedNodes(const Node& node,
                                                   const tq::AffineTransform& parent = {});
 
-/// Smallest rect around its outline or frame in the drawing; the null rect when nothing is drawn.
+/// Returns the smallest rect around its outline or frame in the drawing; null if nothing is drawn.
 [[nodiscard]] tq::Rect outlineBounds(const PlacedNode& placed);
 
-/// `rect` with `margin` more on every side.
+/// Returns `rect` enlarged by `margin` on every side.
 [[nodiscard]] tq::Rect grown(const tq::Rect& rect, double margin);
 
 }  // namespace tqdoc

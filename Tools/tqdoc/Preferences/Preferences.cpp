@@ -36,7 +36,7 @@ const tq::Preference<std::int64_t> width("width", 0);
 const tq::Preference<std::int64_t> recentCount("recentCount", 10);
 }  // namespace preferences
 
-// Names of files are bytes, and need not be text: they are kept as data.
+// File names are bytes, not always UTF-8, and are stored as data.
 
 std::vector<std::string> recentDrawings() {
   std::vector<std::string> paths;

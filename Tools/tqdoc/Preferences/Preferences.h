@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Preferences.h
-/// What the program keeps from run to run, in the user's preferences.
+/// Settings and recent drawings, stored in the user's preferences.
 
 #include <cstdint>
 #include <optional>
@@ -14,25 +14,25 @@ namespace tqdoc {
 
 enum class Colours { automatic, always, never };
 
-/// Taken where the command line says nothing.
+/// Defaults for options that the command line does not give.
 namespace preferences {
 extern const tq::Preference<Colours> colours;
-extern const tq::Preference<bool> gzip;           ///< archives are packed
-extern const tq::Preference<std::int64_t> width;  ///< pixels across a picture; 0: the drawing's own
+extern const tq::Preference<bool> gzip;           ///< archives are compressed
+extern const tq::Preference<std::int64_t> width;  ///< of pictures, in pixels; 0: the drawing's own
 extern const tq::Preference<std::int64_t> recentCount;
 }  // namespace preferences
 
 inline constexpr std::int64_t kMostRecent = 1'000;
 
-/// The drawings opened last by name, the most recent first: absolute paths.
+/// Returns the absolute paths of recently opened drawings, latest first.
 [[nodiscard]] std::vector<std::string> recentDrawings();
-/// Puts the drawing first, and leaves out those beyond preferences::recentCount.
+/// Puts the drawing first, and drops those beyond preferences::recentCount.
 void rememberDrawing(const std::string& path);
 void forgetDrawings();
 
 }  // namespace tqdoc
 
-/// Stored as words, which people can read.
+/// Stored as readable words.
 template <>
 struct tq::RawRepresentable<tqdoc::Colours> {
   using RawValue = std::string;

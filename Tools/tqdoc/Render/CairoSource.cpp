@@ -56,7 +56,7 @@ bool setSource(cairo_t* cr, const tq::Object* paint, double opacity) {
 }
 
 CairoSurface decodePNG(const tq::Data& data) {
-  // The sides stand at fixed places of the header; a few bytes may claim any size.
+  // Reads width and height from the header first: a small file may claim any size.
   constexpr std::size_t kWidthAt = 16;
   constexpr std::uint64_t kPixelLimit = 64'000'000;
   const std::span<const std::byte> bytes = data.bytes();

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file CairoSource.h
-/// The model's transforms, paints and images as cairo wants them.
+/// Converts transforms, paints and images of the model for cairo.
 
 #include <cairo.h>
 
@@ -18,16 +18,16 @@ struct CairoRelease {
 using CairoPattern = std::unique_ptr<cairo_pattern_t, CairoRelease>;
 using CairoSurface = std::unique_ptr<cairo_surface_t, CairoRelease>;
 
-/// Whether cairo can draw through it: a context stops for good at a matrix without an inverse.
+/// Returns true if cairo accepts the matrix. A singular matrix puts a context into an error state.
 [[nodiscard]] bool isUsable(const tq::AffineTransform& transform) noexcept;
 
-/// From the coordinates that follow to pixels.
+/// Sets the transform from the coordinates of later calls to pixels.
 void setTransform(cairo_t* context, const tq::AffineTransform& transform);
 
-/// Sets the source to a colour's text or a Gradient; false when `paint` is neither, or none.
+/// Sets the source to a colour's text or a Gradient. Returns false if `paint` is neither, or null.
 [[nodiscard]] bool setSource(cairo_t* context, const tq::Object* paint, double opacity);
 
-/// A PNG's pixels; none when the bytes are no PNG or it has more than 64 million pixels.
+/// Returns the pixels of a PNG, or null if the bytes are not a PNG of at most 64 million pixels.
 [[nodiscard]] CairoSurface decodePNG(const tq::Data& data);
 
 }  // namespace tqdoc

@@ -74,7 +74,7 @@ bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const 
     try {
       all.insert(all.end(), more.begin(), more.end());
       return CAIRO_STATUS_SUCCESS;
-    } catch (const std::bad_alloc&) {  // must not pass through C
+    } catch (const std::bad_alloc&) {  // must not propagate through C
       return CAIRO_STATUS_NO_MEMORY;
     }
   };

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Canvas.h
-/// Drawings as pixels.
+/// Renders drawings to pixels and PNG files.
 
 #include <cstdint>
 #include <memory>
@@ -18,28 +18,28 @@ struct _cairo_surface;
 
 namespace tqdoc {
 
-/// A shape or picture to trace.
+/// A shape or picture to mark.
 struct Mark {
   const Node* node;
   Color color;
 };
 
-/// What to draw on top of a drawing, in lines as wide in pixels whatever the scale.
+/// What to draw on top of a drawing. The line width in pixels does not depend on the scale.
 struct Overlay {
   bool bounds = false;         ///< the tight bounds of every shape and picture
-  bool controls = false;       ///< the control points of every outline, joined
-  bool intersections = false;  ///< where outlines cross; see findCrossings()
+  bool controls = false;       ///< the control polygon of every outline
+  bool intersections = false;  ///< intersections of outlines; see findCrossings()
   std::vector<Mark> marks;
-  std::optional<tq::Rect> area;  ///< a place of the drawing to frame
+  std::optional<tq::Rect> area;  ///< a rect of the drawing to frame
 };
 
-/// An image to draw into: 32 bits a pixel, transparent at first. One thread at a time.
+/// An image to draw into: 32 bits for each pixel, initially transparent. One thread at a time.
 class Canvas {
  public:
-  /// Pixels on a side, at the most.
+  /// The maximum width and height in pixels.
   static constexpr int kSideLimit = 8192;
 
-  /// Sides within 1...kSideLimit. @throws std::bad_alloc
+  /// Width and height must be within 1...kSideLimit. @throws std::bad_alloc
   Canvas(int width, int height);
   ~Canvas();
   Canvas(Canvas&&) noexcept = default;
@@ -47,13 +47,13 @@ class Canvas {
 
   void fill(const tq::Rect& rect, const Color& color);
 
-  /// Draws the page of `document` into `rect`, centred, as large as it fits.
+  /// Draws the page of `document` into `rect`: centred, as large as possible.
   void draw(const Document& document, const tq::Rect& rect, const Overlay& overlay = {});
 
-  /// Rows from the top, blue, green, red and alpha of each pixel, multiplied by alpha.
+  /// Returns the rows from the top; each pixel is blue, green, red and alpha, premultiplied.
   [[nodiscard]] std::span<const std::uint32_t> pixels() const;
 
-  /// As saveFile() does.
+  /// Writes a PNG file as saveFile() does.
   bool writePNG(const std::string& path, tq::Ref<tq::Error>* error) const;
 
  private:
@@ -65,8 +65,8 @@ class Canvas {
   std::unique_ptr<_cairo, Release> context_;
 };
 
-/// Draws the page alone into a PNG file.
-/// @param width  pixels across, at most Canvas::kSideLimit; 0 takes the page's own size
+/// Renders the page to a PNG file.
+/// @param width  in pixels, at most Canvas::kSideLimit; 0 for the page's own size
 bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
                tq::Ref<tq::Error>* error);
 

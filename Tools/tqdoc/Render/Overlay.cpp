@@ -26,7 +26,7 @@ void strokeRect(cairo_t* cr, const tq::Rect& rect) {
   cairo_stroke(cr);
 }
 
-/// Legs from every point to its controls, and a dot on each control.
+/// Draws lines from every point to its control points, and a dot on each control point.
 void paintControls(cairo_t* cr, const tq::Path& outline) {
   setInk(cr, kControls);
   for (auto segments = tq::TQBezierSegmentIteratorMake(outline); auto segment = segments.next();) {
@@ -47,7 +47,7 @@ void paintIntersections(cairo_t* cr, const std::vector<PlacedNode>& nodes) {
   }
 }
 
-/// The outline, thick.
+/// Draws the outline as a thick line.
 void paintMark(cairo_t* cr, const PlacedNode& placed, const Color& color) {
   constexpr double kWidth = 3;
   setInk(cr, color);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Overlay.h
-/// A drawing's geometry made visible.
+/// Draws bounds, control points, intersections and marks.
 
 #include <cairo.h>
 
@@ -10,7 +10,7 @@
 
 namespace tqdoc {
 
-/// What `overlay` asks for of `root` and all within it.
+/// Draws what `overlay` selects, for `root` and its descendants.
 /// @param parent  from the drawing's coordinates to pixels
 void paintOverlay(cairo_t* context, const Node& root, const tq::AffineTransform& parent,
                   const Overlay& overlay);

@@ -18,7 +18,7 @@ namespace {
   return text != nullptr ? text->view() : std::string_view();
 }
 
-/// cairo stops for good at a negative length, and when all of them are 0.
+/// A negative dash length, or only zeros, puts cairo into an error state.
 [[nodiscard]] bool isDashing(const std::vector<double>& lengths) {
   return std::ranges::all_of(lengths, [](double length) { return length >= 0; }) &&
          std::ranges::any_of(lengths, [](double length) { return length > 0; });
@@ -124,7 +124,7 @@ void Painter::paintShape(const Shape& shape, const tq::AffineTransform& transfor
     setPen(cr_, style);
     cairo_stroke(cr_);
   }
-  cairo_new_path(cr_);  // a current path outlives cairo_restore()
+  cairo_new_path(cr_);  // cairo_restore() keeps the current path
 }
 
 void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {

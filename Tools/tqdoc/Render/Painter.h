@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Painter.h
-/// The model drawn with cairo.
+/// Draws the model with cairo.
 
 #include <cairo.h>
 
@@ -12,8 +12,8 @@ namespace tqdoc {
 /// Draws nodes.
 class Painter {
  public:
-  /// Nodes laid down as a whole nest this deep; translucency and clips further inside are not
-  /// drawn, since each takes a layer as large as the image.
+  /// The maximum depth of layers. Opacity and clips nested deeper are not drawn, because each needs
+  /// a layer of the size of the image.
   static constexpr int kLayerLimit = 24;
 
   explicit Painter(cairo_t* context) noexcept : cr_(context) {}
@@ -29,10 +29,10 @@ class Painter {
 
   cairo_t* cr_;
   int layers_ = 0;
-  bool silhouette_ = false;  // outlines are filled, whatever their style, to clip with
+  bool silhouette_ = false;  // for clipping: outlines are filled, whatever their style
 };
 
-/// Makes `path` the current path, in the coordinates that are set.
+/// Makes `path` the current path, in the current coordinates.
 void addPath(cairo_t* context, const PathData& path);
 
 }  // namespace tqdoc

@@ -170,13 +170,13 @@ static_assert(std::ranges::is_sorted(kNamedColors, {}, &NamedColor::name), "sear
   return {((rgb >> 16) & 255) / 255.0, ((rgb >> 8) & 255) / 255.0, (rgb & 255) / 255.0, 1};
 }
 
-/// The digits behind "#": 3 or 6 of them, or 4 or 8 with alpha.
+/// Parses the digits after "#": 3 or 6, or 4 or 8 with alpha.
 [[nodiscard]] std::optional<Color> fromHex(std::string_view digits) {
   std::uint32_t bits = 0;
   const char* const end = digits.data() + digits.size();
   const auto [after, fault] = std::from_chars(digits.data(), end, bits, 16);
   if (fault != std::errc() || after != end) return std::nullopt;
-  if (digits.size() == 3 || digits.size() == 4) {  // each digit stands for two
+  if (digits.size() == 3 || digits.size() == 4) {  // each digit is doubled
     std::uint32_t wide = 0;
     for (std::size_t i = digits.size(); i-- > 0;) wide = wide << 8 | ((bits >> (4 * i)) & 15) * 17;
     bits = wide;
@@ -189,7 +189,8 @@ static_assert(std::ranges::is_sorted(kNamedColors, {}, &NamedColor::name), "sear
   return color;
 }
 
-/// The arguments of rgb() and rgba(): three numbers of 255 or percentages, perhaps alpha.
+/// Parses the arguments of rgb() and rgba(): three numbers up to 255 or percentages, optional
+/// alpha.
 [[nodiscard]] std::optional<Color> fromComponents(std::string_view arguments) {
   Scanner scanner(arguments);
   std::array<double, 4> parts{0, 0, 0, 1};

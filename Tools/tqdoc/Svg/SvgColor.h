@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgColor.h
-/// Colours as style sheets write them.
+/// Parses colours.
 
 #include <optional>
 #include <string>
@@ -9,7 +9,7 @@
 
 namespace tqdoc {
 
-/// Red, green, blue and alpha, each within 0...1, not multiplied by alpha.
+/// Red, green, blue and alpha, each within 0...1, not premultiplied.
 struct Color {
   double red = 0;
   double green = 0;
@@ -19,12 +19,12 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// "#rgb", "#rrggbb" (each with alpha too), "rgb(…)" and "rgba(…)" with numbers or percentages, the
-/// 147 names of SVG and "transparent"; an "icc-color(…)" behind it is passed over. None for
-/// anything else, "currentColor" among it.
+/// Parses "#rgb" and "#rrggbb" (also with alpha), "rgb(…)" and "rgba(…)" with numbers or
+/// percentages, the 147 names of SVG, and "transparent". An "icc-color(…)" after it is ignored.
+/// Returns no value for anything else, such as "currentColor".
 [[nodiscard]] std::optional<Color> parseColor(std::string_view text);
 
-/// "#rrggbb", rounded to 8 bits; alpha is left out.
+/// Returns "#rrggbb", rounded to 8 bits, without alpha.
 [[nodiscard]] std::string colorText(const Color& color);
 
 }  // namespace tqdoc

@@ -42,7 +42,7 @@ pugi::xml_node SvgContext::find(std::string_view id) const {
 void SvgContext::leaveOut(std::string_view feature, pugi::xml_node where) {
   auto found = features_.find(feature);
   if (found == features_.end()) {
-    // Names come from the file: there is a limit to how many of them are kept apart.
+    // Names come from the file, so the number of different names is limited.
     constexpr std::size_t kNamesKept = 200;
     constexpr std::size_t kNameLength = 60;
     const bool room = features_.size() < kNamesKept;
@@ -54,7 +54,7 @@ void SvgContext::leaveOut(std::string_view feature, pugi::xml_node where) {
 
 void SvgContext::charge(std::size_t work, pugi::xml_node where) {
   if (work > workLeft_) {
-    throw SvgFault("the drawing becomes too large when its references are followed",
+    throw SvgFault("the drawing is too large after its references are expanded",
                    where.offset_debug());
   }
   workLeft_ -= work;

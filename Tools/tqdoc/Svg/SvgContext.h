@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgContext.h
-/// What every part of the reader needs to know of the drawing being read.
+/// The state that all parts of the reader share.
 
 #include <cstddef>
 #include <functional>
@@ -15,14 +15,14 @@
 
 namespace tqdoc {
 
-/// Features of a drawing that the reader left out.
+/// Features of a drawing that the reader ignored.
 struct LeftOut {
   std::size_t count = 0;
-  std::ptrdiff_t firstOffset = 0;  ///< where in the file the first one is
+  std::ptrdiff_t firstOffset = 0;  ///< in the file, of the first one
 };
 using Features = std::map<std::string, LeftOut, std::less<>>;
 
-/// Why a drawing is refused, and where in the file.
+/// An error in a drawing and its offset in the file.
 class SvgFault : public std::runtime_error {
  public:
   SvgFault(const std::string& reason, std::ptrdiff_t offset)
@@ -33,38 +33,38 @@ class SvgFault : public std::runtime_error {
   std::ptrdiff_t offset_;
 };
 
-/// One drawing while it is read. Belongs to one reader on one thread.
+/// A drawing that is being read. Used by one reader on one thread.
 class SvgContext {
  public:
-  /// Elements, references among them, nest this deep at the most.
+  /// The maximum depth of nested elements and references.
   static constexpr int kDepthLimit = 100;
-  /// Coordinates, stops and declarations cost 1 each, an element this much; a drawing may come to
-  /// kWorkAllowed and kWorkPerByte more for every byte of its file. Only references followed many
-  /// times exceed that.
+  /// The cost of an element; coordinates, stops and declarations cost 1 each. A drawing may cost
+  /// kWorkAllowed plus kWorkPerByte for every byte of its file. Only references that are followed
+  /// many times exceed this limit.
   static constexpr std::size_t kElementWork = 100;
   static constexpr std::size_t kWorkAllowed = 5'000'000;
   static constexpr std::size_t kWorkPerByte = 100;
 
-  /// @throws SvgFault when the root element is not svg
+  /// @throws SvgFault if the root element is not svg
   SvgContext(const pugi::xml_document& xml, std::size_t fileSize);
 
   [[nodiscard]] pugi::xml_node root() const noexcept { return root_; }
 
-  /// The element's name without the prefix of SVG's namespace; empty for elements of other
-  /// namespaces and for what is no element.
+  /// Returns the name of an element without the prefix of SVG's namespace; empty for other nodes
+  /// and for elements of other namespaces.
   [[nodiscard]] std::string_view nameOf(pugi::xml_node node) const noexcept;
 
-  /// The node after `node` in the order of the file; a null node at the end. No recursion, whatever
-  /// the nesting.
+  /// Returns the node after `node` in the order of the file, or a null node at the end. Does not
+  /// recurse.
   [[nodiscard]] pugi::xml_node following(pugi::xml_node node) const noexcept;
 
-  /// The element with this id; a null node when there is none.
+  /// Returns the element with this id, or a null node.
   [[nodiscard]] pugi::xml_node find(std::string_view id) const;
 
-  /// Counts a feature that is left out.
+  /// Counts an ignored feature.
   void leaveOut(std::string_view feature, pugi::xml_node where);
 
-  /// @throws SvgFault when the drawing has become too large
+  /// @throws SvgFault if the drawing is too large
   void charge(std::size_t work, pugi::xml_node where);
 
   [[nodiscard]] const Features& features() const noexcept { return features_; }
@@ -77,15 +77,15 @@ class SvgContext {
   std::size_t workLeft_;
 };
 
-/// The attribute's text; empty when it is absent.
+/// Returns the value of an attribute; empty if it is absent.
 [[nodiscard]] inline std::string_view attributeOf(pugi::xml_node node, const char* name) noexcept {
   return node.attribute(name).value();
 }
 
-/// The text of href, with or without the prefix of links.
+/// Returns the value of href, with or without the XLink prefix.
 [[nodiscard]] std::string_view hrefOf(pugi::xml_node node) noexcept;
 
-/// The id that "#id" leads to; empty for anything else.
+/// Returns the id of "#id"; empty for anything else.
 [[nodiscard]] std::string_view localReference(std::string_view href) noexcept;
 
 }  // namespace tqdoc

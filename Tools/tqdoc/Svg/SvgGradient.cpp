@@ -16,7 +16,7 @@ namespace {
   return {tq::String::of(colorText(color)), color.alpha};
 }
 
-/// A gradient and those whose attributes and stops it takes over where it has none itself.
+/// A gradient and the chain of gradients from which it inherits attributes and stops.
 class GradientReader {
  public:
   GradientReader(SvgContext& context, SvgStyleSheet& sheet, pugi::xml_node gradient,
@@ -47,7 +47,7 @@ class GradientReader {
     geometry.transform = transformOf(context_, having("gradientTransform"), "gradientTransform");
     geometry.spread = readSpread();
     if (attributeOf(having("gradientUnits"), "gradientUnits") != "userSpaceOnUse") {
-      // Coordinates are shares of the bounds; without an area there are none, and nothing is drawn.
+      // Coordinates are fractions of the bounds. Nothing is drawn if the bounds are empty.
       if (tq::RectIsEmpty(bounds)) return {};
       viewport_ = {1, 1, viewport_.fontSize};
       const tq::AffineTransform unit{bounds.size.width, 0, 0, bounds.size.height, bounds.origin.x,
@@ -72,7 +72,7 @@ class GradientReader {
   }
 
  private:
-  /// The first of the chain that has this attribute.
+  /// Returns the first gradient of the chain with this attribute.
   [[nodiscard]] pugi::xml_node having(const char* attribute) const {
     const auto found = std::ranges::find_if(
         chain_, [&](pugi::xml_node node) { return !node.attribute(attribute).empty(); });
@@ -93,7 +93,7 @@ class GradientReader {
     geometry.start = {across("fx", geometry.end.x), down("fy", geometry.end.y)};
     if (!having("fr").attribute("fr").empty())
       context_.leaveOut("fr of radialGradient", having("fr"));
-    // A focus outside the circle is moved to its edge, a little inside so that every ray meets it.
+    // A focus outside the circle is moved just inside its edge, so that every ray meets the circle.
     const double dx = geometry.start.x - geometry.end.x;
     const double dy = geometry.start.y - geometry.end.y;
     const double reach = 0.999 * geometry.radius;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgGradient.h
-/// Gradients, and what becomes of a fill or a stroke that names one.
+/// Reads gradients and resolves the paint of fills and strokes.
 
 #include <pugixml.hpp>
 
@@ -13,16 +13,15 @@
 
 namespace tqdoc {
 
-/// Paint as the model keeps it: a Gradient, or a colour's text with its alpha apart. No object
-/// means not painted.
+/// Paint in the form of the model: a Gradient, or a colour's text with separate alpha. Null means
+/// not painted.
 struct ModelPaint {
   tq::Ref<tq::Object> object;
   double alpha = 1;
 };
 
-/// What a paint comes to on an outline with these bounds (of the outline alone, in its own
-/// coordinates). Servers that are no gradients count as left out and give way to the colour behind
-/// them.
+/// Resolves a paint for an outline with these bounds (without stroke, in its own coordinates).
+/// Paint servers that are not gradients count as ignored features; their fallback colour is used.
 [[nodiscard]] ModelPaint readPaint(SvgContext& context, SvgStyleSheet& sheet, const Paint& paint,
                                    const Style& style, pugi::xml_node user, const tq::Rect& bounds,
                                    Viewport viewport);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgImage.h
-/// Images that lie in the drawing itself.
+/// Reads embedded images.
 
 #include <pugixml.hpp>
 
@@ -13,11 +13,11 @@ namespace tqdoc {
 
 struct EmbeddedImage {
   tq::Ref<tq::String> mediaType;
-  tq::Ref<tq::Data> bytes;  ///< none when there is no such image
+  tq::Ref<tq::Data> bytes;  ///< null if there is no such image
 };
 
-/// The image behind a "data:" reference in base64. Images elsewhere, and bytes that cannot be read,
-/// count as left out; so does an image that is kept but not drawn, which all but PNG are.
+/// Reads the image of a "data:" URL in base64. External images and invalid data count as ignored
+/// features. So do images that are not PNG: they are kept but not drawn.
 [[nodiscard]] EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node);
 
 }  // namespace tqdoc

@@ -8,13 +8,13 @@
 namespace tqdoc {
 namespace {
 
-/// One pass over path data. After a curve, the smooth commands need its last control point.
+/// Parses path data in one pass. The smooth commands need the last control point of a curve.
 class PathReader {
  public:
   PathReader(std::string_view data, PathBuilder& path) : scanner_(data), path_(path) {}
 
-  /// Reads commands until the end or the first fault. @return what is left, from the faulty command
-  /// on
+  /// Reads commands until the end or the first error. @return the rest, from the command with the
+  /// error
   std::string_view read() {
     scanner_.skipSpace();
     bool first = true;
@@ -44,7 +44,7 @@ class PathReader {
     do {
       scanner_.skipSeparator();
       if (!readSegment(command)) return false;
-      if (command == 'M') command = 'L';  // further pairs draw lines
+      if (command == 'M') command = 'L';  // further points draw lines
       scanner_.skipSpace();
     } while (scanner_.peek() != '\0' && !isLetter(scanner_.peek()));
     return true;
@@ -76,7 +76,7 @@ class PathReader {
 
   [[nodiscard]] tq::Point origin() const { return relative_ ? path_.current() : tq::Point{}; }
 
-  /// Reads a point from an origin that is the same for all points of a segment.
+  /// Reads a point relative to the origin of the segment.
   std::optional<tq::Point> takePoint() {
     const auto x = scanner_.takeNumber();
     scanner_.skipSeparator();
@@ -149,8 +149,8 @@ class PathReader {
     smooth_ = Smooth::quadratic;
   }
 
-  /// The last control point seen from the other side of the current point; the current point itself
-  /// after anything but a curve of the same degree.
+  /// Returns the last control point, reflected at the current point. Returns the current point if
+  /// the last step was not a curve of the same degree.
   [[nodiscard]] tq::Point reflected(Smooth degree) const {
     const tq::Point at = path_.current();
     if (smooth_ != degree) return at;

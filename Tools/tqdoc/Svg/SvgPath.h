@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgPath.h
-/// The language of the d attribute.
+/// Parses path data, the d attribute.
 
 #include <string_view>
 
@@ -9,9 +9,9 @@
 
 namespace tqdoc {
 
-/// Adds the outlines that path data describes (SVG 1.1, section 8.3), all commands, absolute and
-/// relative. What stands before the first fault is kept.
-/// @return the offset in `data` of the command that is at fault, or npos when there is none
+/// Adds the outlines of path data (SVG 1.1, section 8.3), with all commands, absolute and relative.
+/// Everything before the first error is added.
+/// @return the offset in `data` of the command with the error, or npos
 std::size_t parsePath(std::string_view data, PathBuilder& path);
 
 }  // namespace tqdoc

@@ -17,7 +17,7 @@
 namespace tqdoc {
 namespace {
 
-/// Elements that draw nothing where they stand.
+/// Elements that are not drawn where they are defined.
 constexpr std::string_view kSilent[] = {
     "defs",           "title",          "desc",   "metadata", "style",  "symbol", "clipPath",
     "linearGradient", "radialGradient", "marker", "mask",     "filter", "pattern"};
@@ -33,7 +33,7 @@ class Reader {
   [[nodiscard]] tq::Ref<Document> read();
 
  private:
-  /// Where a node stands: what it inherits, and what lengths are relative to.
+  /// What a node inherits, and what its lengths are relative to.
   struct Place {
     Style style;
     Viewport viewport;
@@ -55,7 +55,7 @@ class Reader {
                                                 const PathData& path);
   [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children);
 
-  /// Keeps a reference open while what it leads to is read.
+  /// Records a reference while its target is read, to detect cycles.
   class Following;
 
   SvgContext& context_;
@@ -180,7 +180,7 @@ tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
       std::move(image.mediaType), std::move(image.bytes));
 }
 
-/// The referenced element becomes the only child of a group that stands for the reference.
+/// A reference becomes a group with a copy of the referenced element as its only child.
 tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
   const pugi::xml_node target = context_.find(localReference(hrefOf(node)));
   if (!target) {
@@ -203,7 +203,7 @@ tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
   return tq::makeRef<Group>(std::move(traits), tq::Array::arrayWithObjects({child}));
 }
 
-/// An element with a coordinate system of its own: a group that is moved, scaled and cut off.
+/// An element with its own coordinate system becomes a group with a transform and a clip.
 tq::Ref<Group> Reader::readViewport(pugi::xml_node node, const Place& place,
                                     const tq::Rect& frame) {
   const auto box = parseNumbers(attributeOf(node, "viewBox"));
@@ -260,7 +260,7 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Style& style, const Bou
   if (!name.empty()) traits.name = tq::String::stringWithUTF8Repaired(name);
   if (node != context_.root()) traits.transform = transformOf(context_, node);
   traits.opacity = style.opacity;
-  // Visibility is inherited and may be switched on again inside: it hides what is drawn, no group.
+  // Visibility is inherited, and a descendant may be visible again, so it never hides a group.
   const std::string_view element = context_.nameOf(node);
   traits.hidden =
       !style.displayed || (!style.visible && (isOutline(element) || element == "image"));
@@ -318,7 +318,7 @@ tq::Rect Reader::boundsOf(const tq::Array& children) {
   return bounds;
 }
 
-/// "line:column" of an offset, both from 1.
+/// Returns "line:column" of an offset, both counted from 1.
 [[nodiscard]] std::string lineAndColumn(std::string_view text, std::ptrdiff_t offset) {
   const std::string_view before =
       text.substr(0, static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0)));
@@ -340,7 +340,7 @@ SvgDrawing readSvg(std::span<const std::byte> bytes, std::string_view fileName,
                                           tq::String::stringWithUTF8Repaired(message)->view()));
     return SvgDrawing();
   };
-  if (text.starts_with("\x1f\x8b")) return fail(0, "the file is compressed; unpack it first");
+  if (text.starts_with("\x1f\x8b")) return fail(0, "the file is compressed; decompress it first");
   pugi::xml_document xml;
   const pugi::xml_parse_result parsed = xml.load_buffer(bytes.data(), bytes.size());
   if (!parsed) return fail(parsed.offset, parsed.description());

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgReader.h
-/// SVG drawings to documents.
+/// Reads SVG drawings into documents.
 
 #include <cstddef>
 #include <span>
@@ -12,20 +12,20 @@
 
 namespace tqdoc {
 
-/// A drawing read, and what of it was left out.
+/// A document and the features that were ignored.
 struct SvgDrawing {
   tq::Ref<Document> document;
   Features leftOut;
 };
 
-/// Reads a drawing: SVG 1.1 without text, filters, masks, patterns, markers and animation, which
-/// are counted. References are followed and become copies. Any thread; nothing is shared.
+/// Reads SVG 1.1 without text, filters, masks, patterns, markers and animation; these are counted.
+/// References become copies of their targets. Any thread; no shared state.
 ///
-/// Refused with an error that says where ("<fileName>:<line>:<column>: …"): what is no XML or no
-/// SVG, elements nested more than SvgContext::kDepthLimit deep, references that lead to themselves,
-/// and drawings that references blow up beyond SvgContext::kWorkAllowed.
+/// Errors give the position ("<fileName>:<line>:<column>: …"): invalid XML, a root other than svg,
+/// elements nested deeper than SvgContext::kDepthLimit, circular references, and drawings that grow
+/// beyond SvgContext::kWorkAllowed through references.
 ///
-/// @return a document of none on failure
+/// @return a null document on failure
 [[nodiscard]] SvgDrawing readSvg(std::span<const std::byte> bytes, std::string_view fileName,
                                  tq::Ref<tq::Error>* error);
 

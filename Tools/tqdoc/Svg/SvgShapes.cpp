@@ -57,7 +57,7 @@ void addRect(const tq::Rect& rect, tq::Size radii, PathBuilder& path) {
   path.close();
 }
 
-/// A radius that is absent is as long as the other one.
+/// An absent radius equals the other one.
 [[nodiscard]] tq::Size cornerOf(SvgContext& context, pugi::xml_node node, Viewport viewport) {
   double rx = lengthOf(context, node, "rx", viewport, Extent::horizontal, -1);
   double ry = lengthOf(context, node, "ry", viewport, Extent::vertical, -1);
@@ -66,7 +66,7 @@ void addRect(const tq::Rect& rect, tq::Size radii, PathBuilder& path) {
   return {std::max(rx, 0.0), std::max(ry, 0.0)};
 }
 
-/// The points before the first fault, as path data has it too.
+/// Returns the points before the first error, as for path data.
 void addPoints(SvgContext& context, pugi::xml_node node, bool closed, PathBuilder& path) {
   Scanner scanner(attributeOf(node, "points"));
   scanner.skipSpace();

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgShapes.h
-/// Elements that are outlines: paths and the basic shapes.
+/// Reads outlines: paths and the basic shapes.
 
 #include <string_view>
 
@@ -13,26 +13,27 @@
 
 namespace tqdoc {
 
-/// True for path, rect, circle, ellipse, line, polyline and polygon.
+/// Returns true for path, rect, circle, ellipse, line, polyline and polygon.
 [[nodiscard]] bool isOutline(std::string_view name) noexcept;
 
-/// The outline of such an element; empty when it draws nothing. Attributes that cannot be read
-/// count as left out, with the element's name.
+/// Returns the outline of such an element; empty if it draws nothing. Invalid attributes count as
+/// ignored features, with the name of the element.
 [[nodiscard]] tq::Ref<PathData> readOutline(SvgContext& context, pugi::xml_node node,
                                             Viewport viewport);
 
-/// The outline of a rect.
+/// Returns the outline of a rect.
 [[nodiscard]] tq::Ref<PathData> rectanglePath(const tq::Rect& rect);
 
-/// The length in an attribute; `otherwise` when it is absent or, counted as left out, unreadable.
+/// Returns the length in an attribute, or `otherwise` if it is absent or invalid (which is
+/// counted).
 [[nodiscard]] double lengthOf(SvgContext& context, pugi::xml_node node, const char* attribute,
                               Viewport viewport, Extent extent, double otherwise = 0);
 
-/// The transform in an attribute; the identity likewise.
+/// Returns the transform in an attribute, or the identity if it is absent or invalid.
 [[nodiscard]] tq::AffineTransform transformOf(SvgContext& context, pugi::xml_node node,
                                               const char* attribute = "transform");
 
-/// x, y, width and height in the viewport's lengths; absent sizes are `otherwise`.
+/// Returns x, y, width and height in lengths of the viewport; absent sizes are `otherwise`.
 [[nodiscard]] tq::Rect frameOf(SvgContext& context, pugi::xml_node node, Viewport viewport,
                                tq::Size otherwise = {});
 

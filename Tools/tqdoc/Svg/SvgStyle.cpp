@@ -5,7 +5,7 @@
 namespace tqdoc {
 namespace {
 
-/// "url(#id)", quotes or not, and what follows it. The id is empty when `text` is no such thing.
+/// Parses "url(#id)", with or without quotes, and the rest. The id is empty for any other text.
 struct Reference {
   std::string_view id;
   std::string_view rest;
@@ -22,7 +22,7 @@ struct Reference {
   return {inside.substr(1), trimmed(scanner.rest())};
 }
 
-// A setter answers false for a value that it does not understand.
+// A setter returns false for an invalid value.
 using Setter = bool (*)(Style&, const Style& parent, std::string_view value, Viewport);
 using Inheritor = void (*)(Style&, const Style& parent);
 
@@ -82,7 +82,7 @@ bool setFontSize(Style& style, const Style& parent, std::string_view value, View
   viewport.fontSize = parent.fontSize;
   const auto size = parseLength(value, viewport, Extent::diagonal);
   if (size) style.fontSize = std::max(0.0, *size);
-  return true;  // sizes by name matter to text alone
+  return true;  // named sizes affect only text
 }
 
 bool setDashes(Style& style, const Style&, std::string_view value, Viewport viewport) {
@@ -179,7 +179,7 @@ constexpr Property kProperties[] = {
     {"stop-opacity", setFraction<&Style::stopOpacity>, inherit<&Style::stopOpacity>},
 };
 
-// Properties that are not understood, with the values that make them do nothing.
+// Unsupported properties, with the values that have no effect.
 constexpr struct {
   std::string_view name;
   std::string_view idle;

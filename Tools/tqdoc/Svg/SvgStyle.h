@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgStyle.h
-/// The properties of an element, once sheets, attributes and inheritance have been put together.
+/// The properties of an element, after style sheets, attributes and inheritance.
 
 #include <optional>
 #include <string>
@@ -13,11 +13,11 @@
 
 namespace tqdoc {
 
-/// What an outline is filled or stroked with.
+/// The paint of a fill or a stroke.
 struct Paint {
   std::string server;          ///< id of a gradient; empty for plain paint
-  std::optional<Color> color;  ///< the colour, or the one to take when the server is missing
-  bool currentColor = false;   ///< the style's `color` in place of `color`
+  std::optional<Color> color;  ///< the colour, or the fallback for a missing server
+  bool currentColor = false;   ///< use the style's `color` instead of `color`
 
   friend bool operator==(const Paint&, const Paint&) = default;
 };
@@ -40,7 +40,7 @@ struct Style {
   Color color;
   double fontSize = 16;
 
-  // The element's own.
+  // Not inherited.
   double opacity = 1;
   bool displayed = true;
   bool overflows = false;
@@ -49,23 +49,23 @@ struct Style {
   bool stopIsCurrentColor = false;
   double stopOpacity = 1;
 
-  /// What a child starts from.
+  /// Returns the initial style of a child.
   [[nodiscard]] Style inherited() const;
 };
 
 enum class Understood {
   yes,
-  notTheValue,     ///< it keeps the value it had
-  notTheProperty,  ///< it would change how the drawing looks, but nothing here knows it
+  notTheValue,     ///< invalid value; the property keeps its old value
+  notTheProperty,  ///< unsupported property that changes the rendering
 };
 
-/// Sets one property. Those that cannot change the look of outlines (fonts, editors' own) are
-/// understood to do nothing. "inherit" takes over the parent's value.
+/// Sets one property. Properties that do not change the rendering of outlines (fonts, properties of
+/// editors) are accepted and have no effect. "inherit" copies the value of the parent.
 /// @param value  trimmed, without "!important"
 Understood setProperty(Style& style, const Style& parent, std::string_view name,
                        std::string_view value, Viewport viewport);
 
-/// True for names that are properties when they stand as attributes.
+/// Returns true for attributes that are properties.
 [[nodiscard]] bool isProperty(std::string_view name) noexcept;
 
 }  // namespace tqdoc

@@ -5,7 +5,7 @@
 namespace tqdoc {
 namespace {
 
-/// Comments become a space each; one that never ends takes the rest.
+/// Replaces each comment by a space. An unterminated comment extends to the end.
 [[nodiscard]] std::string withoutComments(std::string_view text) {
   std::string result;
   result.reserve(text.size());
@@ -20,7 +20,7 @@ namespace {
   return result;
 }
 
-/// Consumes up to the next `stop` that is not inside quotes or parentheses, and that one too.
+/// Consumes everything up to and including the next `stop` outside quotes and parentheses.
 [[nodiscard]] std::string_view takeOuter(std::string_view& text, char stop) {
   char quote = '\0';
   std::size_t open = 0;
@@ -54,7 +54,7 @@ void forEachWord(std::string_view text, Visit&& visit) {
   }
 }
 
-/// Consumes an at-rule: up to its semicolon, or its block with all blocks inside.
+/// Consumes an at-rule: up to its semicolon, or to the end of its block.
 void skipAtRule(std::string_view& text) {
   std::size_t open = 0;
   std::size_t i = 0;
@@ -179,7 +179,7 @@ std::vector<const SvgStyleSheet::Rule*> SvgStyleSheet::rulesFor(pugi::xml_node n
   addFrom("#" + std::string(attributeOf(node, "id")));
   forEachWord(attributeOf(node, "class"),
               [&](std::string_view name) { addFrom("." + std::string(name)); });
-  // Rules lie in memory in the order in which they were written.
+  // The order of rules in memory is their order in the style sheet.
   std::ranges::sort(rules, [](const Rule* a, const Rule* b) {
     return a->specificity != b->specificity ? a->specificity < b->specificity : a < b;
   });
@@ -201,7 +201,7 @@ Style SvgStyleSheet::styleOf(pugi::xml_node node, const Style& parent, Viewport 
   const auto own = parseDeclarations(attributeOf(node, "style"));
   declarations.insert(declarations.end(), own.begin(), own.end());
   std::ranges::stable_partition(declarations, [](const auto& d) { return !d.important; });
-  // Lengths of other properties may be relative to the font size.
+  // First, because lengths of other properties may be relative to the font size.
   std::ranges::stable_partition(declarations, [](const auto& d) { return d.name == "font-size"; });
   context_.charge(declarations.size() + SvgContext::kElementWork, node);
 

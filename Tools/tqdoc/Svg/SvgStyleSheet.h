@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgStyleSheet.h
-/// Style sheets, and the order in which declarations win over each other.
+/// Style sheets and the cascade.
 
 #include <cstddef>
 #include <string>
@@ -22,19 +22,20 @@ struct Declaration {
   bool important = false;
 };
 
-/// The declarations of a style attribute or of a rule's braces. Those without a colon are left out.
+/// Returns the declarations of a style attribute or of a rule. Text without a colon is skipped.
 [[nodiscard]] std::vector<Declaration> parseDeclarations(std::string_view text);
 
-/// All <style> elements of a drawing. Selectors may name an element, classes and an id, or "*", and
-/// stand in lists; others are counted as left out with their rule, and so are at-rules.
+/// All <style> elements of a drawing. Lists of selectors are supported, with an element, classes
+/// and an id, or "*". Rules with other selectors, and at-rules, count as ignored features.
 class SvgStyleSheet {
  public:
   explicit SvgStyleSheet(SvgContext& context);
   SvgStyleSheet(const SvgStyleSheet&) = delete;
   SvgStyleSheet& operator=(const SvgStyleSheet&) = delete;
 
-  /// The style of an element whose parent has the style `parent`: attributes first, then rules by
-  /// specificity and order, then the style attribute, then the same again for what is important.
+  /// Returns the style of an element whose parent has the style `parent`. Later sources win:
+  /// attributes, rules by specificity and order, the style attribute, then `!important` in that
+  /// order.
   [[nodiscard]] Style styleOf(pugi::xml_node node, const Style& parent, Viewport viewport);
 
  private:
@@ -55,10 +56,10 @@ class SvgStyleSheet {
   [[nodiscard]] std::vector<const Rule*> rulesFor(pugi::xml_node node) const;
 
   SvgContext& context_;
-  std::string text_;  // what the views of all rules look into
+  std::string text_;  // the memory of all string views
   std::vector<Rule> rules_;
   std::vector<std::vector<Declaration>> blocks_;
-  // Rules by the rarest thing that they ask for: "#id", ".class", the element, or "*".
+  // Rules by the most specific part of their selector: "#id", ".class", the element, or "*".
   std::unordered_map<std::string, std::vector<std::size_t>> index_;
 };
 

@@ -13,7 +13,7 @@ namespace {
   return std::fmod(degrees, 360) * std::numbers::pi / 180;
 }
 
-/// One function of the list; none when its name is unknown or its arguments do not fit.
+/// Parses one function. Returns no value for an unknown name or invalid arguments.
 [[nodiscard]] std::optional<tq::AffineTransform> oneTransform(std::string_view name,
                                                               const std::vector<double>& n) {
   const std::size_t count = n.size();

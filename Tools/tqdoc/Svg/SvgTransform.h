@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SvgTransform.h
-/// The language of the transform attributes.
+/// Parses transform attributes.
 
 #include <optional>
 #include <string_view>
@@ -10,8 +10,8 @@
 
 namespace tqdoc {
 
-/// The transforms of a list, combined so that the last one acts on a point first. The identity for
-/// an empty list; none for a text that is not such a list.
+/// Returns the product of a list of transforms; the last one is applied to a point first. The
+/// identity for an empty list, no value for an invalid one.
 [[nodiscard]] std::optional<tq::AffineTransform> parseTransform(std::string_view text);
 
 }  // namespace tqdoc

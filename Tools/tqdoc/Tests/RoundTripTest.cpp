@@ -38,7 +38,7 @@ TEST_F(Drawings, SurviveTheArchiveToTheBitAndThePixel) {
   for (const char* name : {"shapes.svg", "paint.svg", "picture.svg"}) {
     SCOPED_TRACE(name);
     const RoundTrip result = roundTrip(data(name));
-    EXPECT_EQ(result.trouble, "");
+    EXPECT_EQ(result.failure, "");
     EXPECT_THAT(result.differences, testing::IsEmpty());
     ASSERT_TRUE(result.document && result.reopened);
     EXPECT_GT(result.document->shapeCount(), 0u);
@@ -84,12 +84,12 @@ TEST_F(Drawings, DamagedArchivesAreTroubleAndNoMore) {
   const std::string whole = directory_.read("a.tqdoc");
   for (std::size_t i = 0; i < whole.size(); i += 7) {
     directory_.write("cut.tqdoc", whole.substr(0, i));
-    EXPECT_NE(roundTrip(directory_.path("cut.tqdoc")).trouble, "") << i;
+    EXPECT_NE(roundTrip(directory_.path("cut.tqdoc")).failure, "") << i;
     std::string bent = whole;
     bent[i] = '9';
     directory_.write("bent.tqdoc", bent);
     const RoundTrip result = roundTrip(directory_.path("bent.tqdoc"));
-    if (!result.trouble.empty()) continue;
+    if (!result.failure.empty()) continue;
     EXPECT_TRUE(looksTheSame(*result.document, *result.reopened, 16)) << bent;
   }
   for (const char* text :
@@ -98,7 +98,7 @@ TEST_F(Drawings, DamagedArchivesAreTroubleAndNoMore) {
         R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[
             {"_class":"TQDocShape","path":{"_class":"TQDocPath","steps":"MC","coordinates":[1,2]}}]}})"}) {
     directory_.write("odd.tqdoc", text);
-    EXPECT_THAT(roundTrip(directory_.path("odd.tqdoc")).trouble, HasSubstr("odd.tqdoc: ")) << text;
+    EXPECT_THAT(roundTrip(directory_.path("odd.tqdoc")).failure, HasSubstr("odd.tqdoc: ")) << text;
   }
 }
 
@@ -137,7 +137,7 @@ TEST_F(Drawings, PackedOnesAreReadOnlyWhole) {
   // It claims to be of 4 GiB.
   directory_.write("bomb.tqdoc", whole.substr(0, whole.size() - 4) + "\xff\xff\xff\xff");
   EXPECT_FALSE(openDrawing(directory_.path("bomb.tqdoc"), &error).document);
-  EXPECT_THAT(error->localizedDescription(), HasSubstr("unpacks to more than 256 MiB"));
+  EXPECT_THAT(error->localizedDescription(), HasSubstr("decompresses to more than 256 MiB"));
 }
 
 TEST_F(Drawings, AreListedOnce) {

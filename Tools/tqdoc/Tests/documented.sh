@@ -1,11 +1,11 @@
 # documented.sh man|bash|zsh|fish
-# The manual page and the completions tell of the commands, options and values that the program's
-# help tells of, all of them and no others. The completions are called as their shells call them.
+# The manual page and the completions list the same commands, options and values as the program's
+# help. The completions are called as their shells call them.
 set -eu
 . "$(dirname "$0")/support.sh"
 [ "$1" = man ] || needs "$1"
 
-# tells WORD...: what may stand where the last word, half written, does; one a line.
+# tells WORD...: prints the completions of the last word, one on each line.
 case "$1" in
   bash)
     tells() {
@@ -19,7 +19,7 @@ case "$1" in
         cut -f 1
     } ;;
   zsh)
-    # The shell's own part is played by these: they print what they are given to choose from.
+    # These functions replace zsh's own: they print the choices that they get.
     tells() {
       zsh -f -c '
         _arguments() {
@@ -40,15 +40,15 @@ esac
 
 commands="$("$tqdoc" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')"
 names="$("$tqdoc" options | sed 's/ .*//')"
-[ "$(printf '%s\n' $commands $names | wc -l)" -ge 13 ] || fail "help tells of hardly anything"
+[ "$(printf '%s\n' $commands $names | wc -l)" -ge 13 ] || fail "the help is incomplete"
 
-# of WORD...: reads lines, prints each behind the words.
+# of WORD...: prints each line of standard input after the words.
 of() { sed "s/^/$*: /"; }
 in_help() {
   printf '%s\n' $commands | of command
   printf '%s\n' $names | of option
   for command in '' $commands; do
-    # shellcheck disable=SC2086  # none, or one
+    # shellcheck disable=SC2086  # no word, or one
     "$tqdoc" $command --help | sed -n '/^Options:/,/^$/s/^  \(-[^ ]*\).*/\1/p' | tr , '\n' |
       of tqdoc $command
   done
@@ -63,7 +63,7 @@ in_completions() {
   for command in $commands; do tells tqdoc "$command" - | of tqdoc "$command"; done
   for name in $names; do tells tqdoc options "$name" '' | sed '/^$/d' | of value of "$name"; done
 }
-# A command's own help and the options' values are told in words.
+# The manual describes -h of commands and some values of options in sentences.
 in_manual() {
   awk '/^\.Sh/ { of = "-" } /^\.Sh DESCRIPTION/ { of = "tqdoc" }
        /^\.Ss/ { of = "tqdoc " $2; print "command: " $2 }
@@ -81,21 +81,21 @@ else
   in_completions | LC_ALL=C sort -u >"$work/told"
 fi
 say "$(wc -l <"$work/help") commands, options and values"
-diff "$work/help" "$work/told" || fail "help (<) and $1 (>) tell of different things"
+diff "$work/help" "$work/told" || fail "help (<) and $1 (>) differ"
 
 case "$1" in
   man)
-    say "as readers of manuals take it"
-    ! command -v mandoc >/dev/null || mandoc -T lint -W warning "$manual" || fail "mandoc finds faults"
+    say "checks of the manual page"
+    ! command -v mandoc >/dev/null || mandoc -T lint -W warning "$manual" || fail "mandoc reports errors"
     ! command -v groff >/dev/null || [ -z "$(groff -man -ww -z "$manual" 2>&1)" ] ||
-      fail "groff finds faults"
+      fail "groff reports errors"
     ;;
   bash | fish)
     say "files"
     mkdir "$work/files" "$work/files/folder"
     cd "$work/files"
     touch a.svg 'b c.svg' d.tqdoc e.png f.txt
-    # offers FILES WORD...: just these, and the folder
+    # offers FILES WORD...: checks that exactly these files and the folder are offered
     offers() {
       found="$(shift; tells "$@" | sed 's|/$||' | LC_ALL=C sort | paste -sd ,)"
       [ "$found" = "$1,folder" ] || fail "offers $found: $*"

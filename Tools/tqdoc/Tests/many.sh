@@ -1,11 +1,10 @@
-# Twenty thousand drawings are checked with hardly more memory than a thousand, and a bar on the
-# terminal tells how far it has got.
+# Checking 20,000 drawings takes little more memory than checking 1,000, and shows a progress bar.
 set -eu
 . "$(dirname "$0")/support.sh"
 needs /usr/bin/time
 needs script
 
-# drawings COUNT FOLDER: so many, no two the same.
+# drawings COUNT FOLDER: writes COUNT different drawings.
 drawings() {
   mkdir "$2"
   awk -v count="$1" -v folder="$2" 'BEGIN {
@@ -17,11 +16,11 @@ drawings() {
   }'
 }
 
-# peak FOLDER: how much memory checking it takes at the most, in KiB.
+# peak FOLDER: prints the peak memory of checking it, in KiB.
 peak() {
   /usr/bin/time -q -o "$work/peak" -f %M "$tqdoc" check "$1" >"$work/out" 2>"$work/bar" ||
     fail "checking $1"
-  [ ! -s "$work/bar" ] || fail "a bar where there is no terminal"
+  [ ! -s "$work/bar" ] || fail "a progress bar without a terminal"
   cat "$work/peak"
 }
 
@@ -29,14 +28,14 @@ drawings 1000 "$work/few"
 drawings 20000 "$work/many"
 few="$(peak "$work/few")"
 many="$(peak "$work/many")"
-grep -qx 'drawings     20,000' "$work/out" || fail "not all were checked"
+grep -qx 'drawings     20,000' "$work/out" || fail "some drawings were not checked"
 each=$(((many - few) * 1024 / 19000))
-say "peaks of $few and $many KiB: $each bytes for each drawing more"
+say "peaks of $few and $many KiB: $each bytes for each further drawing"
 [ "$each" -lt 450 ] || fail "memory grows with the number of drawings"
 
 script -qec "stty cols 50; $tqdoc check $work/many" "$work/screen" </dev/null >/dev/null
 tr '\r' '\n' <"$work/screen" | sed -n 's|^.*\(\[#*\.*\] \)|\1|p' >"$work/bars"
 sed 's|.* \([0-9]*\)/20000 .*|\1|' "$work/bars" >"$work/steps"
 [ "$(wc -L <"$work/bars")" = 49 ] || fail "the bar does not fit the terminal"
-[ "$(sort -u "$work/steps" | wc -l)" -ge 2 ] || fail "the bar stands still"
-sort -nc "$work/steps" || fail "the bar goes back"
+[ "$(sort -u "$work/steps" | wc -l)" -ge 2 ] || fail "the bar does not move"
+sort -nc "$work/steps" || fail "the bar moves backwards"

@@ -1,5 +1,5 @@
-# What the tests of the program as a whole share; each sources it. They are told TQDOC, the program,
-# and TQDOC_WORK, a folder that is theirs alone. Exit code 77 says that a test was skipped.
+# Sourced by the shell tests. TQDOC is the program, TQDOC_WORK a folder for this test alone. Exit
+# status 77 means that the test was skipped.
 source="$(cd "$(dirname "$0")/.." && pwd)"
 tqdoc="$TQDOC"
 work="$TQDOC_WORK"
@@ -8,7 +8,7 @@ completions="$source/completions"
 data="$source/Tests/data"
 rm -rf "$work"
 mkdir -p "$work"
-export XDG_CONFIG_HOME="$work/config"  # never the user's own
+export XDG_CONFIG_HOME="$work/config"  # not the user's
 
 fail() { printf 'FAILED: %s\n' "$*" >&2; exit 1; }
 say() { printf '== %s\n' "$*"; }

@@ -1,6 +1,6 @@
 # Bash completion for tqdoc.
 
-# _tqdoc_files ENDING...: files that end so, and folders.
+# _tqdoc_files ENDING...: files with these endings, and folders.
 _tqdoc_files() {
   local ending file
   compopt -o filenames 2>/dev/null
@@ -14,7 +14,7 @@ _tqdoc_words() {
   mapfile -t COMPREPLY < <(compgen -W "$*" -- "$cur")
 }
 
-# How many words between the command and the cursor are no options and no options' values.
+# Prints the number of arguments between the command and the cursor, without options and their values.
 _tqdoc_arguments_before() {
   local i count=0
   for ((i = 2; i < COMP_CWORD; ++i)); do
