@@ -7,11 +7,9 @@
 #include <string>
 #include <vector>
 
-#include <support/TemporaryDirectory.h>
-
-#include "Files/Drawing.h"
 #include "Model/Crossings.h"
 #include "Render/Canvas.h"
+#include "Support.h"
 
 namespace tqdoc {
 namespace {
@@ -21,13 +19,6 @@ using testing::IsEmpty;
 
 constexpr int kSide = 120;
 
-[[nodiscard]] tq::Ref<Document> drawing(const std::string& inside) {
-  registerModel();
-  const tq::test::TemporaryDirectory directory;
-  directory.write("x.svg", "<svg width='120' height='120'>" + inside + "</svg>");
-  return openDrawing(directory.path("x.svg"), nullptr).document;
-}
-
 [[nodiscard]] std::vector<std::string> places(const Document& document, const tq::Rect& area) {
   std::vector<std::string> all;
   const HitIndex index(document);
@@ -35,7 +26,7 @@ constexpr int kSide = 120;
   return all;
 }
 
-// What is drawn is hit and nothing else is, pixel by pixel; the edges of the ink are left out.
+// Compares hits with rendered pixels. Pixels with a neighbour of another alpha are skipped.
 TEST(HitIndex, FindsWhatThePainterDraws) {
   const char* const insides[] = {
       "<path d='M10 10L110 20L60 110Z'/>",
@@ -53,7 +44,7 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
   };
   for (const char* inside : insides) {
     SCOPED_TRACE(inside);
-    const auto document = drawing(inside);
+    const auto document = drawingOf(inside);
     ASSERT_TRUE(document);
     Canvas canvas(kSide, kSide);
     canvas.draw(*document, {0, 0, kSide, kSide});
@@ -77,8 +68,8 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
   }
 }
 
-TEST(HitIndex, TellsTheTopOneFirstAndSharesBordersOut) {
-  const auto document = drawing(
+TEST(HitIndex, ListsTheTopmostFirstAndAssignsBordersToOneShape) {
+  const auto document = drawingOf(
       "<rect id='a' width='60' height='60'/>"
       "<g><rect id='b' x='60' width='60' height='60'/>"
       "<rect id='c' x='10' y='10' width='20' height='20' fill='none' stroke='red'/>"
@@ -90,7 +81,7 @@ TEST(HitIndex, TellsTheTopOneFirstAndSharesBordersOut) {
   EXPECT_THAT(places(*document, {20, 20, 0, 0}), ElementsAre("root/0 (a)"));
   EXPECT_THAT(places(*document, {10, 12, 0, 0}),
               ElementsAre("root/2 (d)", "root/1/1 (c)", "root/0 (a)"));
-  // A rect that a shape surrounds, one that surrounds shapes, one across a border, one beside.
+  // A rect inside a shape, one around all shapes, one across a border, and one outside.
   EXPECT_THAT(places(*document, {15, 15, 1, 1}), ElementsAre("root/2 (d)", "root/0 (a)"));
   EXPECT_THAT(places(*document, {-9, -9, 200, 200}), testing::SizeIs(4));
   EXPECT_THAT(places(*document, {50, 58, 20, 20}), ElementsAre("root/1/0 (b)", "root/0 (a)"));
@@ -98,15 +89,16 @@ TEST(HitIndex, TellsTheTopOneFirstAndSharesBordersOut) {
   EXPECT_THAT(places(*document, {std::nan(""), 0, 1, 1}), IsEmpty());
 }
 
-TEST(Crossings, AreThoseOfAllOutlines) {
-  const auto document = drawing(
+TEST(Crossings, AreFoundForAllOutlines) {
+  const auto document = drawingOf(
       "<circle cx='60' cy='60' r='40'/><path d='M0 60H120'/>"
       "<path d='M5 5h20v20h-20z'/>"
       "<path d='M80 100L110 118L80 118L110 100'/>");
   ASSERT_TRUE(document);
   const Crossings crossings = findCrossings(placedNodes(document->root()));
   EXPECT_TRUE(crossings.complete);
-  std::vector<tq::Point> apart;  // the line meets the circle where two of its curves are joined
+  std::vector<tq::Point>
+      apart;  // the line meets the circle at joints of its curves, which are found twice
   for (const tq::Point p : crossings.points) {
     const auto isNear = [p](tq::Point q) { return std::hypot(p.x - q.x, p.y - q.y) < 0.1; };
     if (std::ranges::none_of(apart, isNear)) apart.push_back(p);
@@ -119,9 +111,10 @@ TEST(Crossings, AreThoseOfAllOutlines) {
 
 TEST(Crossings, StopAtTheirLimit) {
   std::string lines;
-  for (int i = 0; i < 700; ++i)
+  for (int i = 0; i < 700; ++i) {
     lines += "M0 " + std::to_string(i) + "L120 " + std::to_string(700 - i);
-  const auto document = drawing("<path d='" + lines + "'/>");
+  }
+  const auto document = drawingOf("<path d='" + lines + "'/>");
   ASSERT_TRUE(document);
   const Crossings crossings = findCrossings(placedNodes(document->root()));
   EXPECT_FALSE(crossings.complete);

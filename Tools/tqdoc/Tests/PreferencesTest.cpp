@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "support/TemporaryDirectory.h"
+#include <support/TemporaryDirectory.h>
 
 namespace tqdoc {
 namespace {
@@ -34,7 +34,7 @@ TEST_F(PreferencesTest, RecentDrawingsAreKeptInOrderOnceEach) {
   rememberDrawing("/d.svg");
   forgetDrawings();
   EXPECT_EQ(recentDrawings(), Paths());
-  // What somebody else has put there is no list of drawings.
+  // Another program stored a value that is not a list.
   tq::UserDefaults::standardUserDefaults()->setInteger(1, "recent");
   EXPECT_EQ(recentDrawings(), Paths());
 }

@@ -1,4 +1,4 @@
-// What the library promises, held against every drawing of the icon themes that the demo uses.
+// Checks the library with every drawing of the icon themes that the demo uses.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,8 +26,8 @@ class RealDrawingsStress : public testing::Test {
   static inline std::vector<std::string> files_;
 };
 
-/// How far `values` go towards one side near `t`, by golden section; `step` around `t` holds one
-/// extremum.
+/// Returns the maximum of `value` within `step` of `t`, by golden-section search. There must be
+/// only one local maximum.
 template <class Value>
 [[nodiscard]] double extremeNear(double t, double step, const Value& value) {
   constexpr double kRatio = 0.6180339887498949;
@@ -39,7 +39,7 @@ template <class Value>
   return std::max({value(low), value(high), value((low + high) / 2)});
 }
 
-/// The greatest value on [0, 1]: sampled densely, then closed in on around every peak.
+/// Returns the maximum on [0, 1]: samples, then refines every peak.
 template <class Value>
 [[nodiscard]] double extreme(const Value& value) {
   constexpr int kSamples = 64;
@@ -71,7 +71,7 @@ void expectTight(const tq::TQBezierSegment& segment) {
   }
 }
 
-TEST_F(RealDrawingsStress, HaveBoundsThatHoldAndTouchEverySegment) {
+TEST_F(RealDrawingsStress, HaveBoundsThatContainAndTouchEverySegment) {
   std::size_t count = 0;
   for (const std::string& file : files_) {
     SCOPED_TRACE(file);

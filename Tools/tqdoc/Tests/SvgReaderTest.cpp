@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Model/Gradient.h"
+#include "Support.h"
 
 namespace tqdoc {
 namespace {
@@ -38,13 +39,6 @@ struct Outcome {
                   "</svg>");
 }
 
-void expectRect(const tq::Rect& actual, const tq::Rect& expected) {
-  EXPECT_NEAR(actual.origin.x, expected.origin.x, 1e-9);
-  EXPECT_NEAR(actual.origin.y, expected.origin.y, 1e-9);
-  EXPECT_NEAR(actual.size.width, expected.size.width, 1e-9);
-  EXPECT_NEAR(actual.size.height, expected.size.height, 1e-9);
-}
-
 TEST(SvgReader, PlacesEveryElement) {
   const struct {
     const char* inside;
@@ -72,12 +66,12 @@ TEST(SvgReader, PlacesEveryElement) {
     SCOPED_TRACE(c.inside);
     const Outcome outcome = read(c.inside);
     ASSERT_EQ(outcome.error, "");
-    expectRect(tightBounds(outcome.root()), c.bounds);
+    expectNear(tightBounds(outcome.root()), c.bounds, 1e-9);
     EXPECT_TRUE(outcome.drawing.leftOut.empty());
   }
 }
 
-TEST(SvgReader, KnowsThePage) {
+TEST(SvgReader, ReadsTheSizeOfThePage) {
   const struct {
     const char* root;
     tq::Size size;
@@ -95,7 +89,7 @@ TEST(SvgReader, KnowsThePage) {
     const Outcome outcome = readFile(c.root);
     ASSERT_EQ(outcome.error, "");
     EXPECT_EQ(outcome.drawing.document->page().size, c.size);
-    expectRect(outcome.drawing.document->page().viewBox, c.viewBox);
+    expectNear(outcome.drawing.document->page().viewBox, c.viewBox, 1e-9);
   }
 }
 
@@ -126,7 +120,7 @@ TEST(SvgReader, FindsPaintForEveryFill) {
     const char* name;
     std::string defs;
     const char* fill;
-    const char* paint;  ///< the style's "fill"; empty for none
+    const char* paint;  ///< the style's "fill"; empty if not painted
   } cases[] = {
       {"none", "", "none", ""},
       {"current colour", "", "currentColor", "#00ff00"},
@@ -147,7 +141,7 @@ TEST(SvgReader, FindsPaintForEveryFill) {
   }
 }
 
-TEST(SvgReader, CountsWhatItLeavesOut) {
+TEST(SvgReader, CountsIgnoredFeatures) {
   const Outcome outcome = read(
       "<text>a</text><text>b</text><path d='M0 0h1' filter='url(#f)' style='marker-end:url(#m)'/>"
       "<path d='M0 0h1 junk'/><foo:bar/><title>t</title><image href='a.png'/><use href='#no'/>"
@@ -172,21 +166,21 @@ TEST(SvgReader, CountsWhatItLeavesOut) {
   return result;
 }
 
-TEST(SvgReader, ClipsWithWhatAClipPathHolds) {
+TEST(SvgReader, ReadsClipPaths) {
   const Outcome outcome = read(
       "<clipPath id='c' clipPathUnits='objectBoundingBox'><rect width='.5' height='1' "
       "clip-rule='evenodd' fill='red'/></clipPath>"
       "<rect x='10' width='8' height='4' clip-path='url(#c)'/>");
   const auto& clip = onlyShape(outcome).traits().clip;
   ASSERT_TRUE(clip);
-  expectRect(tightBounds(*clip), {10, 0, 4, 4});
+  expectNear(tightBounds(*clip), {10, 0, 4, 4}, 1e-9);
   const auto& cut = dynamic_cast<const Shape&>(dynamic_cast<const Group&>(*clip).child(0));
   EXPECT_TRUE(cut.style().objectForKey("evenOdd"));
   EXPECT_FALSE(cut.style().objectForKey("fill"));
 }
 
-TEST(SvgReaderFault, RefusesHostileDrawingsWithTheirPlace) {
-  // Ten levels of ten references each: ten thousand million copies of a path.
+TEST(SvgReaderFault, ReportsHostileDrawingsWithThePosition) {
+  // Ten levels of ten references: 10^10 copies of a path.
   std::string bomb = "<path id='l0' d='M0 0h1'/>";
   for (int i = 1; i <= 10; ++i) {
     bomb += "<g id='l" + std::to_string(i) + "'>" +
@@ -199,7 +193,7 @@ TEST(SvgReaderFault, RefusesHostileDrawingsWithTheirPlace) {
     const char* reason;
   } cases[] = {
       {"empty", "", "a.svg:1:1: ", ""},
-      {"no XML", "hello", "a.svg:1:", ""},
+      {"not XML", "hello", "a.svg:1:", ""},
       {"truncated", "<svg>\n<g><path d='M0", "a.svg:2:", ""},
       {"NUL bytes", std::string("<svg>\0\0</svg", 12), "a.svg:", ""},
       {"another root", "<?xml version='1.0'?>\n<html/>", "a.svg:2:2: ", "<html>"},
@@ -224,7 +218,7 @@ TEST(SvgReaderFault, RefusesHostileDrawingsWithTheirPlace) {
   }
 }
 
-TEST(SvgReaderFault, SurvivesEveryTruncation) {
+TEST(SvgReaderFault, ReportsEveryTruncation) {
   const std::string whole =
       "<svg viewBox='0 0 9 9'><style>.a{fill:url(#g)}</style><linearGradient id='g' href='#h'/>"
       "<linearGradient id='h' href='#g'><stop offset='1' stop-color='#fff'/></linearGradient>"

@@ -12,7 +12,7 @@
 namespace tqdoc {
 namespace {
 
-TEST(SvgLength, KnowsUnitsAndPercentages) {
+TEST(SvgLength, ReadsUnitsAndPercentages) {
   const Viewport viewport{200, 100, 10};
   const struct {
     const char* text;
@@ -41,7 +41,7 @@ TEST(SvgLength, KnowsUnitsAndPercentages) {
 TEST(SvgTransform, CombinesListsFromTheLeft) {
   const struct {
     const char* text;
-    tq::Point seenFrom12;  // where the point (1, 2) goes
+    tq::Point seenFrom12;  ///< the image of the point (1, 2)
   } cases[] = {
       {"", {1, 2}},
       {"matrix(1 2 3 4 5 6)", {12, 16}},
@@ -98,7 +98,7 @@ TEST(SvgColor, ReadsAllForms) {
   }
 }
 
-TEST(SvgStyle, SplitsDeclarationsOutsideOfQuotesAndParentheses) {
+TEST(SvgStyle, SplitsDeclarationsOutsideQuotesAndParentheses) {
   const auto declarations =
       parseDeclarations(" fill : url(a;b) ;; font: 'x;y' ; broken; color:red ! important");
   ASSERT_EQ(declarations.size(), 3u);
@@ -124,14 +124,13 @@ TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
       {"class over element, in any order", ".c{fill:red}path{fill:blue}", "<path class='b c'/>",
        "#ff0000"},
       {"id over class", "#x{fill:red}.c{fill:blue}", "<path id='x' class='c'/>", "#ff0000"},
-      {"the later of equals", ".a{fill:red}.b{fill:blue}", "<path class='b a'/>", "#0000ff"},
+      {"later of equal rules", ".a{fill:red}.b{fill:blue}", "<path class='b a'/>", "#0000ff"},
       {"list, compound, comment", "g,/* , */path.c#x{fill:red}", "<path id='x' class='c'/>",
        "#ff0000"},
-      {"compound that does not match", "path.c#y{fill:red}", "<path id='x' class='c'/>", "#000000"},
-      {"any", "*{fill:red}", "<path/>", "#ff0000"},
-      {"at-rule passed over", "@media x{path{fill:red}}@import y;*{fill:blue}", "<path/>",
-       "#0000ff"},
-      {"a value that is not understood", "", "<path fill='red' style='fill:nonsense'/>", "#ff0000"},
+      {"compound without a match", "path.c#y{fill:red}", "<path id='x' class='c'/>", "#000000"},
+      {"any element", "*{fill:red}", "<path/>", "#ff0000"},
+      {"at-rule ignored", "@media x{path{fill:red}}@import y;*{fill:blue}", "<path/>", "#0000ff"},
+      {"invalid value", "", "<path fill='red' style='fill:nonsense'/>", "#ff0000"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -147,7 +146,7 @@ TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
   }
 }
 
-TEST(SvgStyle, InheritsWhatIsInherited) {
+TEST(SvgStyle, InheritsProperties) {
   Style parent;
   ASSERT_EQ(setProperty(parent, Style(), "stroke", "url(#g) red", {}), Understood::yes);
   ASSERT_EQ(setProperty(parent, Style(), "stroke-dasharray", "1, 2 3px", {}), Understood::yes);
