@@ -136,6 +136,7 @@
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/platform/text/Collation.h>
+#include <TQFoundation/platform/text/URLResolution.h>
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 #include <TQFoundation/platform/threads/Random.h>

@@ -16,7 +16,7 @@ constexpr bool isLetter(char c) noexcept {
 }
 constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
-/// "scheme" of "scheme:rest"; empty for a plain path.
+/// Returns "scheme" for "scheme:rest"; empty for a plain path.
 std::string_view schemeOf(std::string_view text) noexcept {
   if (text.empty() || !isLetter(text[0])) return {};
   for (std::size_t i = 1; i < text.size(); ++i) {
@@ -77,7 +77,7 @@ std::string escaped(std::string_view path) {
   return text;
 }
 
-/// The path of what follows "file:", or none.
+/// Returns the path in `rest`, the text after "file:".
 std::optional<std::string> pathOfFileURL(std::string_view rest) {
   if (rest.starts_with("//")) {
     rest.remove_prefix(2);
@@ -89,34 +89,12 @@ std::optional<std::string> pathOfFileURL(std::string_view rest) {
   return unescaped(rest.substr(0, rest.find_first_of("?#")));
 }
 
-/// The absolute URL `base` as far as it stands before `text`, a reference without a scheme, and
-/// `text` behind it.
-std::string joined(std::string_view base, std::string_view text) {
-  const auto textBehind = [&](std::size_t length, std::string_view between = {}) {
-    return std::string(base.substr(0, length)).append(between).append(text);
-  };
-  const auto find = [&](std::string_view any, std::size_t from) {
-    return std::min(base.find_first_of(any, from), base.size());
-  };
-  const std::size_t authority = schemeOf(base).size() + 1;
-  if (text.starts_with("//")) return textBehind(authority);
-  const bool hasHost = base.substr(authority).starts_with("//");
-  const std::size_t path = hasHost ? find("/?#", authority + 2) : authority;
-  if (text.starts_with('/')) return textBehind(path);
-  if (text.empty() || text.starts_with('#')) return textBehind(find("#", path));
-  const std::size_t query = find("?#", path);
-  if (text.starts_with('?')) return textBehind(query);
-  const std::size_t slash = base.substr(path, query - path).rfind('/');
-  if (slash != std::string_view::npos) return textBehind(path + slash + 1);
-  return textBehind(path, hasHost ? "/" : "");
-}
-
 }  // namespace
 
 Ref<URL> URL::fileURLWithPath(std::string_view path) {
   std::string whole;
   if (!path.empty() && path.front() != '/') {
-    std::error_code failure;  // a working directory that is gone: the path is left relative
+    std::error_code failure;  // the working directory was removed: the path stays relative
     whole = std::filesystem::current_path(failure).string();
     if (!whole.empty() && whole.back() != '/') whole += '/';
   }
@@ -130,11 +108,6 @@ Ref<URL> URL::URLWithString(std::string_view text) {
   if (!isFileScheme(scheme)) return Ref<URL>::adopt(new URL({}, std::string(text)));
   const auto path = pathOfFileURL(text.substr(scheme.size() + 1));
   return path ? fileURLWithPath(*path) : nullptr;
-}
-
-Ref<URL> URL::URLWithString(std::string_view text, const URL* relativeToURL) {
-  if (relativeToURL == nullptr || !schemeOf(text).empty()) return URLWithString(text);
-  return URLWithString(joined(relativeToURL->absoluteString(), text));
 }
 
 std::string_view URL::lastPathComponent() const noexcept {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file URL.h
-/// Where files are.
+/// Locations of files, and other URLs.
 
 #include <string>
 #include <string_view>
@@ -12,47 +12,44 @@
 
 namespace tq {
 
-/// A location, nearly always a file's. Threads: any; immutable.
+/// The location of a file, or any other URL. Immutable. Threads: any.
 ///
-/// File names are bytes, compared as they stand: no case folding, no normalisation, links are not
-/// followed.
+/// File names are bytes and are compared byte by byte: case is not folded, text is not normalised,
+/// and links are not followed.
 class TQ_EXPORT URL final : public Subclass<URL> {
  public:
   static constexpr std::string_view className = "URL";
   static constexpr std::string_view codingName = "NSURL";
 
-  /// The file at `path`, taken byte for byte (a "%20" in it is three characters). A relative path
-  /// is put behind the working directory of this moment; an empty one stays empty and leads
-  /// nowhere.
+  /// Returns the URL of the file at `path`, whose bytes are kept (a "%20" in it is three
+  /// characters). A relative path is appended to the current working directory. An empty path stays
+  /// empty and names no file.
   [[nodiscard]] static Ref<URL> fileURLWithPath(std::string_view path);
 
-  /// A plain path as above, a "file:" URL (its escapes decoded; no host, or "localhost"; files have
-  /// no query and no fragment, which are left out), or a URL of another scheme, which is kept as it
-  /// is and has no path.
-  /// @return none for a "file:" URL with a foreign host, a broken escape or an escaped NUL
+  /// Returns the URL that `text` stands for: a plain path as above, a "file:" URL, or a URL of
+  /// another scheme. A "file:" URL has its escapes decoded, and its query and fragment removed; its
+  /// host must be empty or "localhost". The text of another scheme is kept byte by byte, and the
+  /// URL has no path. URLResolution.h resolves references that are relative to a base.
+  /// @return null for a "file:" URL with another host, an invalid escape or an escaped NUL
   [[nodiscard]] static Ref<URL> URLWithString(std::string_view text);
 
-  /// `text` seen from `base`, as links are (RFC 3986, 5.2): "c" replaces what follows the last "/"
-  /// of the base's path, "/c" the path, "//host/c" the host too; "?query", "#fragment" and "" keep
-  /// the path. Dots ("../c") are kept for whoever opens it. Without a base the same as above.
-  [[nodiscard]] static Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL);
-
-  /// True when it names a file or folder of this system.
+  /// Returns true if it names a file or folder of this system.
   [[nodiscard]] bool isFileURL() const noexcept { return foreign_.empty(); }
 
-  /// The file's path; empty for a URL that is not a file's.
+  /// Returns the file's path; empty if the URL is not a file's.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
-  /// What follows the last "/" (a trailing one aside); "/" for the root.
+  /// Returns the text after the last "/", without a trailing "/"; "/" for the root.
+  /// Valid while the URL lives.
   [[nodiscard]] std::string_view lastPathComponent() const noexcept;
 
-  /// "file:///a%20b", or the text of a URL of another scheme. Plain ASCII for files.
+  /// Returns "file:///a%20b", in plain ASCII, or the text of a URL of another scheme.
   [[nodiscard]] std::string absoluteString() const;
 
-  /// Same location, spelled the same way.
+  /// Returns true if both have the same path, or the same text.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
-  /// absoluteString().
+  /// Returns absoluteString().
   [[nodiscard]] std::string description() const override { return absoluteString(); }
 
  private:

@@ -13,6 +13,7 @@
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
 #include <TQFoundation/platform/archive/detail/KeyedReader.h>
+#include <TQFoundation/platform/text/URLResolution.h>
 
 // What the records of the library's own classes say. None of those that make no sense.
 
@@ -238,7 +239,7 @@ Ref<Object> KeyedUnarchiver::Reader::makeURL() {
   const Ref<String> relative = text(kURLText);
   if (!relative || (base && !baseURL)) return nullptr;
   if (baseURL && !list_.pay(baseURL->absoluteString().size())) return nullptr;
-  return URL::URLWithString(relative->view(), baseURL.get());
+  return URLWithString(relative->view(), baseURL.get());
 }
 
 }  // namespace tq

@@ -1,0 +1,28 @@
+#pragma once
+
+/// @file URLResolution.h
+/// Resolution of relative URL references against a base.
+
+#include <string_view>
+
+#include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/URL.h>
+
+namespace tq {
+
+/// Returns the URL that `text` refers to, seen from `relativeToURL`: "../c" seen from
+/// "http://h/a/b/d" is "http://h/a/c". Without a base it is the same as URL::URLWithString(text).
+///
+/// Both are encoded URLs: escapes stay. Dot segments are removed, also when `text` has a scheme of
+/// its own. White space around `text` is ignored, spaces within it become "%20", and other white
+/// space is dropped. A host that is not ASCII becomes its ASCII form ("xn--…").
+///
+/// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
+///                       there, "b" is "mailto:/b".
+/// @return null if either is not a URL reference (it contains a NUL, or its port is out of range),
+///         or if the result is a "file:" URL that URL::URLWithString() refuses
+/// Threads: any.
+/// Source: RFC 3986, section 5.
+[[nodiscard]] TQ_EXPORT Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL);
+
+}  // namespace tq
