@@ -88,8 +88,12 @@ std::chrono::nanoseconds durationOf(double seconds) noexcept {
   return std::chrono::nanoseconds(static_cast<std::int64_t>((isLimit ? seconds : kLongest) * 1e9));
 }
 
-/// Of all answers to a task, with their trailers: the network library keeps them all.
+// Limits for all responses to a task together, trailers included: libcurl keeps them all, and
+// listing the headers of one takes time that grows with the square of their number.
 constexpr std::size_t kMostHeaderBytes = 300'000;
+constexpr std::size_t kMostHeaderLines = 2'000;
+
+constexpr int kLastResponse = -1;  // for libcurl's header functions
 
 bool isHeaderName(std::string_view name) noexcept {
   return !name.empty() && std::ranges::all_of(name, [](char c) {
@@ -290,54 +294,48 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
   auto& transfer = *static_cast<URLTransfer*>(self);
   transfer.touch();
   transfer.headerBytes_ += size * count;
-  if (transfer.headerBytes_ > kMostHeaderBytes) {
+  if (transfer.headerBytes_ > kMostHeaderBytes || ++transfer.headerLines_ > kMostHeaderLines) {
     transfer.ownError_ = URLErrorBadServerResponse;
     return 0;
   }
-  if (transfer.isResponseTold_) return size * count;  // trailers
-  const std::string_view line = trimmed({bytes, size * count});
-  if (!line.empty()) {
-    transfer.headerLine(line);
-  } else if (!transfer.headersEnded()) {
-    return 0;
-  }
+  const bool isLast = *bytes == '\r' || *bytes == '\n';  // the empty line after the headers
+  if (isLast && !transfer.isResponseTold_ && !transfer.headersEnded()) return 0;
   transfer.touch();
   return size * count;
 }
 
-void URLTransfer::headerLine(std::string_view line) {
-  if (isBetweenAnswers_ && line.starts_with("HTTP/")) {
-    isBetweenAnswers_ = false;
-    response_.allHeaderFields.clear();
-    response_.statusCode = 0;
-    const std::string_view code = trimmed(line.substr(std::min(line.find(' '), line.size())));
-    std::from_chars(code.data(), code.data() + code.size(), response_.statusCode);
-    return;
-  }
-  const std::size_t colon = std::min(line.find(':'), line.size());
-  response_.allHeaderFields.emplace_back(trimmed(line.substr(0, colon)),
-                                         trimmed(line.substr(std::min(colon + 1, line.size()))));
-}
-
 bool URLTransfer::headersEnded() {
-  isBetweenAnswers_ = true;  // another one follows a redirect or a "continue"
-  const int code = response_.statusCode;
-  const bool isRedirect = code >= 300 && code < 400 && holds(response_.allHeaderFields, "Location");
+  curl_header* location = nullptr;
+  const long code = statusCode();
+  const bool isRedirect = code >= 300 && code < 400 &&
+                          curl_easy_header(library_->easy, "Location", 0, CURLH_HEADER,
+                                           kLastResponse, &location) == CURLHE_OK;
   // "See other" asks for a GET, whatever the method was (RFC 9110, 15.4.4).
-  constexpr int kSeeOther = 303;
+  constexpr long kSeeOther = 303;
   if (isRedirect && code == kSeeOther) {
     library_->set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
   }
-  return code < 200 || isRedirect || tellResponse();
+  return code < 200 || isRedirect || tellResponse();  // another response follows the first two
 }
 
-bool URLTransfer::tellResponse() {
-  isResponseTold_ = true;
+long URLTransfer::statusCode() const {
+  long code = 0;
+  curl_easy_getinfo(library_->easy, CURLINFO_RESPONSE_CODE, &code);
+  return code;
+}
+
+void URLTransfer::readResponse() {
   if (const char* url = nullptr;
       curl_easy_getinfo(library_->easy, CURLINFO_EFFECTIVE_URL, &url) == CURLE_OK &&
       url != nullptr) {
     response_.url = url;
   }
+  response_.statusCode = static_cast<int>(statusCode());
+  for (curl_header* header = nullptr;
+       (header = curl_easy_nextheader(library_->easy, CURLH_HEADER, kLastResponse, header));) {
+    response_.allHeaderFields.emplace_back(header->name, header->value);
+  }
+  // libcurl sets its own length only after it has handled the last header line.
   const std::string_view length = response_.valueForHTTPHeaderField("Content-Length");
   if (!length.empty() && !holds(response_.allHeaderFields, "Content-Encoding") &&
       !holds(response_.allHeaderFields, "Transfer-Encoding")) {
@@ -345,6 +343,11 @@ bool URLTransfer::tellResponse() {
     std::from_chars(length.data(), length.data() + length.size(), expected);
     response_.expectedContentLength = std::max<std::int64_t>(expected, -1);
   }
+}
+
+bool URLTransfer::tellResponse() {
+  isResponseTold_ = true;
+  readResponse();
   task_->expected_ = response_.expectedContentLength;
   const auto& tell = task_->handler_.didReceiveResponse;
   if (!tell || tell(*task_, response_)) return true;
@@ -395,6 +398,7 @@ void URLTransfer::completeWithError(std::int64_t code) noexcept {
 
 void URLTransfer::complete(Ref<Error> error) noexcept {
   task_->state_ = URLSessionDataTask::State::completed;
+  if (!isResponseTold_ && library_->easy != nullptr) readResponse();
   const auto& tell = task_->handler_.didComplete;
   if (tell) tell(*task_, response_, std::move(error));
 }

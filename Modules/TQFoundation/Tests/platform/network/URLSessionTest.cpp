@@ -114,6 +114,12 @@ class URLSessionTest : public testing::Test {
          }
          s.send("\r\n");
        }},
+      {"/manyheaders",
+       [](const Socket& s, const Request&) {
+         std::string headers;
+         for (int i = 0; i < 60'000; ++i) headers += "a:\r\n";
+         s.send(LoopbackServer::page("200 OK", "", headers));
+       }},
       {"/twoheads", says("HTTP/1.1 100 Continue\r\n\r\n" +
                          LoopbackServer::page("404 Not Found", "", "HTTP/1.1 200: no\r\n"))},
       {"/gone", says("")},
@@ -199,7 +205,9 @@ TEST_F(URLSessionTest, FollowsRedirectsWithinReason) {
     if (c.body != nullptr) request.HTTPBody = Data::dataWithBytes(c.body);
     EXPECT_EQ(fetch(request).body(), c.answer) << c.path << ' ' << c.method;
   }
-  EXPECT_EQ(fetch("/round").code(), URLErrorHTTPTooManyRedirects);
+  const Outcome round = fetch("/round");
+  EXPECT_EQ(round.code(), URLErrorHTTPTooManyRedirects);
+  EXPECT_EQ(round.response.statusCode, 302);
   EXPECT_EQ(fetch("/file").code(), URLErrorUnsupportedURL);
 }
 
@@ -214,6 +222,7 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodes) {
       {server.url("/cutchunk"), URLErrorNetworkConnectionLost},
       {server.url("/gone"), URLErrorNetworkConnectionLost},
       {server.url("/trailers"), URLErrorBadServerResponse},
+      {server.url("/manyheaders"), URLErrorBadServerResponse},
       {"http://127.0.0.1:" + std::to_string(closedPort) + "/", URLErrorCannotConnectToHost},
       {"ftp://127.0.0.1/", URLErrorUnsupportedURL},
       {"file:///etc/passwd", URLErrorUnsupportedURL},

@@ -44,8 +44,9 @@ class URLTransfer {
   [[nodiscard]] bool prepareHeaders(const HTTPHeaders& additional);
   [[nodiscard]] bool addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unlessIn);
 
-  void headerLine(std::string_view line);
   bool headersEnded();
+  [[nodiscard]] long statusCode() const;
+  void readResponse();
   bool tellResponse();
   bool receive(std::span<const std::byte> bytes);
   void complete(Ref<Error> error) noexcept;
@@ -71,9 +72,9 @@ class URLTransfer {
   std::chrono::nanoseconds idleLimit_{};
   std::chrono::nanoseconds totalLimit_{};
   URLResponse response_;
-  std::size_t headerBytes_ = 0;  // and those of trailers, of all answers
-  bool isUnderWay_ = false;      // not among those that wait for a connection
-  bool isBetweenAnswers_ = true;
+  std::size_t headerBytes_ = 0;  // of all responses, trailers included
+  std::size_t headerLines_ = 0;
+  bool isUnderWay_ = false;  // not among those that wait for a connection
   bool isResponseTold_ = false;
   std::optional<std::int64_t> ownError_;  // why one of our callbacks ended it
 };
