@@ -7,6 +7,8 @@ tq_room(platform
   archive/detail/BinaryPropertyList.h
   archive/detail/KeyedArchiveFormat.h
   archive/detail/KeyedReader.h
+  archive/detail/KeyedRecords.h
+  archive/detail/KeyedWriter.h
   bytes/Checksum.cpp bytes/Checksum.h
   bytes/Codec.h
   bytes/DeflateCodec.cpp

@@ -13,6 +13,10 @@
 
 namespace tq {
 
+namespace detail::keyed {
+struct ValueRecord;
+}
+
 /// Writes a graph of objects in the platform's keyed-archive format (a binary property list), which
 /// keeps shared references shared and may hold cycles.
 ///
@@ -65,6 +69,7 @@ class TQ_EXPORT KeyedArchiver {
   void encodeBytes(std::span<const std::byte> bytes, std::string_view forKey);
 
  private:
+  friend struct detail::keyed::ValueRecord;
   class [[gnu::visibility("hidden")]] Writer;
   explicit KeyedArchiver(Writer& writer) noexcept : writer_(writer) {}
 

@@ -1,245 +1,281 @@
+#include <TQFoundation/platform/archive/detail/KeyedRecords.h>
+
 #include <algorithm>
-#include <optional>
-#include <utility>
+#include <cmath>
+#include <string>
 #include <vector>
 
+#include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/GeometryText.h>
+#include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
 #include <TQFoundation/platform/archive/detail/KeyedReader.h>
+#include <TQFoundation/platform/archive/detail/KeyedWriter.h>
 #include <TQFoundation/platform/text/URLResolution.h>
 
-// What the records of the library's own classes say. None of those that make no sense.
+// Each class's writer and reader stand side by side. The table at the end lists them all.
 
-namespace tq {
-
-using namespace detail::keyed;  // NOLINT: the format's vocabulary
-
+namespace tq::detail::keyed {
 namespace {
 
-/// Bytes of a key that are compared for the price of one that is read: comparing is that much
-/// faster, and a file may well use long keys over and over.
-constexpr std::size_t kComparedPerReading = 16;
+using Writer = ValueRecord::Writer;
+using Reader = ValueRecord::Reader;
+using List = ValueRecord::List;
+using Kind = BinaryPropertyListReader::Kind;
 
-/// How many bytes of `key` are looked at when it is told from others.
-std::size_t comparedBytes(const Object& key) {
-  switch (key.kind()) {
-    case ObjectKind::string:
-      return static_cast<const String&>(key).view().size();
-    case ObjectKind::data:
-      return static_cast<const Data&>(key).length();
-    case ObjectKind::value:
-      return static_cast<const Value&>(key).bytes().size() +
-             static_cast<const Value&>(key).typeSignature().size();
-    default:
-      const auto* url = objectCast<URL>(&key);
-      return url != nullptr ? url->absoluteString().size() : 0;
-  }
+// Strings and data
+
+List::Node writeString(List& list, const Object& string) {
+  return list.string(static_cast<const String&>(string).view());
 }
 
-}  // namespace
-
-Ref<Object> KeyedUnarchiver::Reader::makeString() {
-  const auto node = member(kText);
+Ref<Object> readString(Reader& reader) {
+  const auto node = reader.member(kText);
   if (!node) return nullptr;
-  return node->kind == Kind::uid ? Ref<Object>(refCast<String>(object(node)))
-                                 : detail::stringFromNode(*node);
+  return node->kind == Kind::uid ? Ref<Object>(refCast<String>(reader.object(node)))
+                                 : stringFromNode(*node);
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeData(const Class& record) {
-  const auto node = member(kBytes);
-  if (!node || node->kind != Kind::data) return nullptr;
-  if (&record == &classOf<Data>) return Data::dataWithBytes(node->content);
+List::Node writeData(List& list, const Object& data) {
+  return list.data(static_cast<const Data&>(data).bytes());
+}
+
+Ref<Object> readData(Reader& reader) {
+  const auto bytes = reader.bytes(kBytes);
+  return bytes ? Data::dataWithBytes(*bytes) : nullptr;
+}
+
+void writeMutableData(Writer& writer, const Object& data) {
+  writer.put(kBytes, writeData(writer.list, data));
+}
+
+Ref<Object> readMutableData(Reader& reader) {
+  const auto bytes = reader.bytes(kBytes);
+  if (!bytes) return nullptr;
   Ref<MutableData> data = MutableData::data();
-  data->append(node->content);
+  data->append(*bytes);
   return data;
 }
 
-std::optional<std::vector<UID>> KeyedUnarchiver::Reader::uids(std::string_view key) {
-  const auto array = member(key);
-  if (!array || array->kind != Kind::array) return std::nullopt;
-  std::vector<UID> uids;
-  uids.reserve(array->value);
-  for (std::uint64_t i = 0; i < array->value; ++i) {
-    const auto element = list_.node(list_.reference(*array, i));
-    if (!element || element->kind != Kind::uid || element->value == 0 ||
-        element->value >= slots_.size()) {
-      return std::nullopt;
-    }
-    uids.push_back(element->value);
-  }
-  return uids;
+// Containers
+
+void writeArray(Writer& writer, const Object& object) {
+  const auto& array = static_cast<const Array&>(object);
+  if (!array.isPacked()) return writer.putElements(kElements, array.objects(), false);
+  std::vector<NumberValue> numbers(array.count());
+  for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = array.numberAtIndex(i);
+  writer.putNumbers(kElements, numbers);
 }
 
-/// The array, when it holds numbers alone, without boxing one of them; else none.
-Ref<Array> KeyedUnarchiver::Reader::packedArray(const std::vector<UID>& uids) {
-  std::vector<NumberValue> numbers;
-  for (const UID uid : uids) {
-    const auto node = list_.node(list_.reference(objects_, uid));
-    if (!node || node->kind != Kind::number) return nullptr;
-    numbers.push_back(node->number);
-  }
-  return numbers.empty() ? nullptr : Array::arrayWithNumbers(numbers);
+void writeDictionary(Writer& writer, const Object& object) {
+  const auto& dictionary = static_cast<const Dictionary&>(object);
+  writer.allowReferencesBack(false);
+  writer.putElements(kKeys, dictionary.keys(), true);
+  writer.allowReferencesBack(true);
+  writer.putElements(kElements, dictionary.values(), false);
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeArray(Slot& slot) {
-  const auto elements = uids(kElements);
-  if (!elements) return nullptr;
-  if (Ref<Array> packed = packedArray(*elements)) return packed;
-  Ref<Array> array = Array::makeUnfilled(elements->size());
-  slot.object = array;
-  for (std::size_t i = 0; i < elements->size(); ++i) {
-    Ref<Object> element = resolve((*elements)[i], false);
-    if (!element) return nullptr;
-    array->slots()[i] = std::move(element);
-  }
-  return array;
+void writeSet(Writer& writer, const Object& set) {
+  writer.allowReferencesBack(false);
+  writer.putElements(kElements, static_cast<const Set&>(set).allObjects(), true);
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeMutableArray(Slot& slot) {
-  const auto elements = uids(kElements);
-  if (!elements) return nullptr;
-  Ref<MutableArray> array = MutableArray::array();
-  slot.object = array;
-  for (const UID uid : *elements) {
-    Ref<Object> element = resolve(uid, false);
-    if (!element) return nullptr;
-    array->addObject(std::move(element));
-  }
-  return array;
+Ref<Object> readSet(Reader& reader) {
+  const auto uids = reader.uids(kElements);
+  const Ref<DictionaryKeys> members = uids ? reader.distinct(*uids, false) : nullptr;
+  return members ? Set::setWithObjects(members->keys()) : nullptr;
 }
 
-/// Objects of which no two are equal. Containers are not taken: comparing those that come from
-/// outside can take for ever.
-/// @param copied  for keys of dictionaries, which nobody may change
-Ref<detail::DictionaryKeys> KeyedUnarchiver::Reader::distinct(const std::vector<UID>& uids,
-                                                              bool copied) {
-  Ref<detail::DictionaryKeys> keys = makeRef<detail::DictionaryKeys>();
-  for (const UID uid : uids) {
-    Ref<Object> key = resolve(uid, false);
-    if (!key || isContainer(*key)) return nullptr;
-    if (!list_.pay(comparedBytes(*key) / kComparedPerReading) || keys->find(*key)) return nullptr;
-    const auto* changing = copied ? objectCast<MutableData>(key.get()) : nullptr;
-    if (changing != nullptr && !list_.pay(changing->length())) return nullptr;
-    keys->append(copied ? key->copy() : std::move(key));
-  }
-  return keys;
+// Null and dates
+
+Ref<Object> readNull(Reader&) { return Null::null(); }
+
+void writeDate(Writer& writer, const Object& date) {
+  const double seconds = static_cast<const Date&>(date).timeIntervalSinceReferenceDate();
+  writer.put(kTime, writer.list.number(seconds));
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeDictionary(Slot& slot, const Class& record) {
-  const auto keyUIDs = uids(kKeys);
-  const auto valueUIDs = uids(kElements);
-  if (!keyUIDs || !valueUIDs || keyUIDs->size() != valueUIDs->size()) return nullptr;
-  Ref<detail::DictionaryKeys> keys = distinct(*keyUIDs, true);
-  if (!keys) return nullptr;
-
-  if (&record == &classOf<MutableDictionary>) {
-    Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
-    slot.object = dictionary;
-    for (std::size_t i = 0; i < valueUIDs->size(); ++i) {
-      Ref<Object> value = resolve((*valueUIDs)[i], false);
-      if (!value) return nullptr;
-      dictionary->setObject(std::move(value), keys->keys()[i]);
-    }
-    return dictionary;
-  }
-  Ref<Dictionary> dictionary = Dictionary::makeUnfilled(std::move(keys));
-  slot.object = dictionary;
-  for (std::size_t i = 0; i < valueUIDs->size(); ++i) {
-    Ref<Object> value = resolve((*valueUIDs)[i], false);
-    if (!value) return nullptr;
-    dictionary->slots()[i] = std::move(value);
-  }
-  return dictionary;
-}
-
-Ref<Object> KeyedUnarchiver::Reader::makeSet() {
-  const auto members = uids(kElements);
-  const Ref<detail::DictionaryKeys> distinctMembers = members ? distinct(*members, false) : nullptr;
-  return distinctMembers ? Set::setWithObjects(distinctMembers->keys()) : nullptr;
-}
-
-Ref<Object> KeyedUnarchiver::Reader::makeDate() {
-  const auto seconds = member(kTime);
+Ref<Object> readDate(Reader& reader) {
+  const auto seconds = reader.member(kTime);
   if (!seconds || (seconds->kind != Kind::number && seconds->kind != Kind::date)) return nullptr;
   return Date::dateWithTimeIntervalSinceReferenceDate(seconds->number.doubleValue());
 }
 
-/// A text that the object being read takes over or takes apart: paid for each time that the file
-/// refers to it.
-Ref<String> KeyedUnarchiver::Reader::text(std::string_view key) {
-  Ref<String> text = refCast<String>(object(member(key)));
-  return text && list_.pay(text->view().size()) ? text : nullptr;
+// Boxed structures
+
+bool isFinite(Point point) noexcept { return std::isfinite(point.x) && std::isfinite(point.y); }
+bool isFinite(Size size) noexcept {
+  return std::isfinite(size.width) && std::isfinite(size.height);
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeValue() {
-  const auto special = member(kValueForm);
-  if (!special) return makeOtherValue();
-  if (special->kind != Kind::number) return nullptr;
-  const auto form = static_cast<ValueForm>(special->number.integerValue());
-  if (form == ValueForm::range) {
-    const Ref<Number> location = refCast<Number>(object(member(kRangeLocation)));
-    const Ref<Number> length = refCast<Number>(object(member(kRangeLength)));
-    const auto isIndex = [](const Ref<Number>& number) {
-      return number && !number->value().isFloating() &&
-             (number->value().kind() == NumberKind::uint64 || number->integerValue() >= 0);
-    };
-    if (!isIndex(location) || !isIndex(length)) return nullptr;
-    return Value::valueWithRange({location->value().bits(), length->value().bits()});
+// Infinite and NaN coordinates have no text that every reader takes: they are kept as bytes.
+void writeValue(Writer& writer, const Object& object) {
+  const auto& value = static_cast<const Value&>(object);
+  const auto putForm = [&](ValueForm form) {
+    writer.put(kValueForm, writer.list.number(static_cast<std::int64_t>(form)));
+  };
+  if (const auto point = value.pointValue(); point && isFinite(*point)) {
+    putForm(ValueForm::point);
+    writer.putText(kPoint, textFromPoint(*point), {});
+  } else if (const auto size = value.sizeValue(); size && isFinite(*size)) {
+    putForm(ValueForm::size);
+    writer.putText(kSize, textFromSize(*size), {});
+  } else if (const auto rect = value.rectValue();
+             rect && isFinite(rect->origin) && isFinite(rect->size)) {
+    putForm(ValueForm::rect);
+    writer.putText(kRect, textFromRect(*rect), {});
+  } else if (const auto range = value.rangeValue()) {
+    putForm(ValueForm::range);
+    writer.put(kRangeLocation, writer.reference(writer.encode(NumberValue(range->location))));
+    writer.put(kRangeLength, writer.reference(writer.encode(NumberValue(range->length))));
+  } else {
+    writer.putText(kOtherType, value.typeSignature(), "A type signature");
+    writer.put(kOtherBytes, writer.list.data(value.bytes()));
   }
-  const Ref<String> numbers = text(form == ValueForm::point  ? kPoint
-                                   : form == ValueForm::size ? kSize
-                                                             : kRect);
-  if (!numbers) return nullptr;
-  switch (form) {
+}
+
+Ref<Object> readRange(Reader& reader) {
+  const Ref<Number> location = refCast<Number>(reader.object(reader.member(kRangeLocation)));
+  const Ref<Number> length = refCast<Number>(reader.object(reader.member(kRangeLength)));
+  const auto isIndex = [](const Ref<Number>& number) {
+    return number && !number->value().isFloating() &&
+           (number->value().kind() == NumberKind::uint64 || number->integerValue() >= 0);
+  };
+  if (!isIndex(location) || !isIndex(length)) return nullptr;
+  return Value::valueWithRange({location->value().bits(), length->value().bits()});
+}
+
+Ref<Object> readOtherValue(Reader& reader) {
+  const Ref<String> type = reader.text(kOtherType);
+  const auto bytes = reader.bytes(kOtherBytes);
+  return type && bytes ? Value::valueWithBytes(type->view(), *bytes) : nullptr;
+}
+
+Ref<Object> readValue(Reader& reader) {
+  const auto form = reader.member(kValueForm);
+  if (!form) return readOtherValue(reader);
+  if (form->kind != Kind::number) return nullptr;
+  switch (static_cast<ValueForm>(form->number.integerValue())) {
     case ValueForm::point:
-      return Value::valueWithPoint(pointFromText(numbers->view()));
+      if (const auto text = reader.text(kPoint))
+        return Value::valueWithPoint(pointFromText(text->view()));
+      break;
     case ValueForm::size:
-      return Value::valueWithSize(sizeFromText(numbers->view()));
+      if (const auto text = reader.text(kSize))
+        return Value::valueWithSize(sizeFromText(text->view()));
+      break;
     case ValueForm::rect:
-      return Value::valueWithRect(rectFromText(numbers->view()));
-    default:
-      return nullptr;
+      if (const auto text = reader.text(kRect))
+        return Value::valueWithRect(rectFromText(text->view()));
+      break;
+    case ValueForm::range:
+      return readRange(reader);
   }
+  return nullptr;
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeOtherValue() {
-  const Ref<String> type = text(kOtherType);
-  const auto bytes = member(kOtherBytes);
-  if (!type || !bytes || bytes->kind != Kind::data) return nullptr;
-  return Value::valueWithBytes(type->view(), bytes->content);
+// Errors, UUIDs, URLs
+
+void writeError(Writer& writer, const Object& object) {
+  const auto& error = static_cast<const Error&>(object);
+  writer.allowReferencesBack(false);
+  writer.putText(kErrorDomain, error.domain(), "An error's domain");
+  writer.put(kErrorCode, writer.list.number(error.code()));
+  writer.putObject(kErrorInfo, error.userInfo());
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeError() {
-  const Ref<String> domain = text(kErrorDomain);
-  const Ref<Object> info = object(member(kErrorInfo));
+Ref<Object> readError(Reader& reader) {
+  const Ref<String> domain = reader.text(kErrorDomain);
+  const Ref<Object> info = reader.object(reader.member(kErrorInfo));
   Ref<Dictionary> userInfo = refCast<Dictionary>(info);
   if (!domain || (info && !userInfo)) return nullptr;
-  return Error::errorWithDomain(domain->view(), number(kErrorCode).integerValue(),
+  return Error::errorWithDomain(domain->view(), reader.number(kErrorCode).integerValue(),
                                 std::move(userInfo));
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeUUID() {
-  const auto node = member(kUUIDBytes);
+void writeUUID(Writer& writer, const Object& uuid) {
+  const auto& bytes = static_cast<const UUID&>(uuid).bytes();
+  writer.put(kUUIDBytes, writer.list.data(std::as_bytes(std::span(bytes))));
+}
+
+Ref<Object> readUUID(Reader& reader) {
+  const auto content = reader.bytes(kUUIDBytes);
   UUID::Bytes bytes{};
-  if (!node || node->kind != Kind::data || node->content.size() != bytes.size()) return nullptr;
-  std::ranges::transform(node->content, bytes.begin(), std::to_integer<std::uint8_t>);
+  if (!content || content->size() != bytes.size()) return nullptr;
+  std::ranges::transform(*content, bytes.begin(), std::to_integer<std::uint8_t>);
   return UUID::UUIDWithBytes(bytes);
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeURL() {
-  const Ref<Object> base = object(member(kURLBase));
+void writeURL(Writer& writer, const Object& url) {
+  const std::string text = static_cast<const URL&>(url).absoluteString();
+  const Ref<URL> copy = URL::URLWithString(text);
+  if (!copy || !copy->isEqual(url)) {
+    throw Exception(InvalidArgumentException,
+                    "A URL that cannot be made from its own text, such as that of a path with a "
+                    "NUL, cannot be archived.");
+  }
+  writer.put(kURLBase, writer.reference(0));
+  writer.putText(kURLText, text, "A URL");
+}
+
+Ref<Object> readURL(Reader& reader) {
+  const Ref<Object> base = reader.object(reader.member(kURLBase));
   const Ref<URL> baseURL = refCast<URL>(base);
-  const Ref<String> relative = text(kURLText);
+  const Ref<String> relative = reader.text(kURLText);
   if (!relative || (base && !baseURL)) return nullptr;
-  if (baseURL && !list_.pay(baseURL->absoluteString().size())) return nullptr;
+  if (baseURL && !reader.pay(baseURL->absoluteString().size())) return nullptr;
   return URLWithString(relative->view(), baseURL.get());
 }
 
-}  // namespace tq
+template <Ref<Object> (Reader::*read)()>
+Ref<Object> readBy(Reader& reader) {
+  return (reader.*read)();
+}
+
+constexpr ValueRecord kValueRecords[] = {
+    {&classOf<String>, false, writeString, nullptr, readString},
+    {&classOf<Number>, false, nullptr, nullptr, nullptr},  // the writer shares equal numbers
+    {&classOf<Array>, true, nullptr, writeArray, readBy<&Reader::readArray>},
+    {&classOf<MutableArray>, true, nullptr, writeArray, readBy<&Reader::readMutableArray>},
+    {&classOf<Dictionary>, true, nullptr, writeDictionary, readBy<&Reader::readDictionary>},
+    {&classOf<MutableDictionary>, true, nullptr, writeDictionary,
+     readBy<&Reader::readMutableDictionary>},
+    {&classOf<Set>, true, nullptr, writeSet, readSet},
+    {&classOf<Value>, false, nullptr, writeValue, readValue},
+    {&classOf<Null>, false, nullptr, nullptr, readNull},
+    {&classOf<Data>, false, writeData, nullptr, readData},
+    {&classOf<MutableData>, false, nullptr, writeMutableData, readMutableData},
+    {&classOf<Date>, false, nullptr, writeDate, readDate},
+    {&classOf<Error>, true, nullptr, writeError, readError},
+    {&classOf<UUID>, false, nullptr, writeUUID, readUUID},
+    {&classOf<URL>, false, nullptr, writeURL, readURL},
+};
+
+}  // namespace
+
+const ValueRecord* valueRecordOf(const Class& valueClass) noexcept {
+  const auto* const found = std::ranges::find(kValueRecords, &valueClass, &ValueRecord::valueClass);
+  return found != std::end(kValueRecords) ? found : nullptr;
+}
+
+const ValueRecord* valueRecordOf(const Object& object) noexcept {
+  for (const Class* c = &object.objectClass(); c != nullptr; c = c->parent()) {
+    if (const ValueRecord* const found = valueRecordOf(*c)) return found;
+  }
+  return nullptr;
+}
+
+bool isContainer(const Object& object) noexcept {
+  const ValueRecord* const found = valueRecordOf(object);
+  return found != nullptr && found->isContainer;
+}
+
+}  // namespace tq::detail::keyed

@@ -7,21 +7,21 @@
 #include <optional>
 #include <utility>
 
-#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/URL.h>
-#include <TQFoundation/objects/UUID.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
 #include <TQFoundation/platform/archive/detail/KeyedReader.h>
+#include <TQFoundation/platform/archive/detail/KeyedRecords.h>
 
 namespace tq {
 
 using namespace detail::keyed;  // NOLINT: the format's vocabulary
+using Node = detail::BinaryPropertyListReader::Node;
+using UID = std::uint64_t;
 
 Ref<Object> KeyedUnarchiver::Reader::fail() noexcept {
   failed_ = true;
@@ -47,7 +47,7 @@ Ref<Object> KeyedUnarchiver::Reader::readRoot() {
   return failed_ ? nullptr : root;
 }
 
-/// The node as a record, its keys looked at and paid for.
+/// Returns the node if it is a record, after paying for its keys.
 std::optional<Node> KeyedUnarchiver::Reader::record(const std::optional<Node>& node) {
   if (!node || node->kind != Kind::dictionary) return std::nullopt;
   for (std::uint64_t i = 0; i < node->value; ++i) {
@@ -75,6 +75,16 @@ NumberValue KeyedUnarchiver::Reader::number(std::string_view key) {
   return node && node->kind == Kind::number ? node->number : NumberValue();
 }
 
+std::optional<std::span<const std::byte>> KeyedUnarchiver::Reader::bytes(std::string_view key) {
+  const auto node = member(key);
+  return node && node->kind == Kind::data ? std::optional(node->content) : std::nullopt;
+}
+
+Ref<String> KeyedUnarchiver::Reader::text(std::string_view key) {
+  Ref<String> text = refCast<String>(object(member(key)));
+  return text && pay(text->view().size()) ? text : nullptr;
+}
+
 Ref<Object> KeyedUnarchiver::Reader::object(const std::optional<Node>& reference,
                                             bool evenUnfinished) {
   if (!reference || failed_) return nullptr;
@@ -83,7 +93,7 @@ Ref<Object> KeyedUnarchiver::Reader::object(const std::optional<Node>& reference
 
 namespace {
 
-/// Puts Null where an unfinished container has nothing yet, so that it can be looked at.
+/// Fills the empty slots of an unfinished container with Null, so that it can be used.
 void fillGaps(std::span<Ref<Object>> slots) {
   for (Ref<Object>& slot : slots) {
     if (!slot) slot = Null::null();
@@ -107,7 +117,7 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
   try {
     slot.object = make(slot, uid);
   } catch (...) {
-    // The host that asked may catch this; what it asked for is missing all the same.
+    // The host that asked may catch this, but the archive has failed.
     failed_ = true;
     thrown_ = std::current_exception();
     throw;
@@ -152,48 +162,159 @@ Ref<Object> KeyedUnarchiver::Reader::makeFromRecord(Slot& slot, const Node& node
   const Class* found = members ? classAt(value(*members, kClassKey)) : nullptr;
   if (found == nullptr) return nullptr;
 
-  const Node* const outer = std::exchange(record_, &*members);
+  const Node* const outerRecord = std::exchange(record_, &*members);
+  Slot* const outerSlot = std::exchange(slot_, &slot);
   ++depth_;
+  const ValueRecord* const value = valueRecordOf(*found);
   Ref<Object> object;
-  const Class& c = *found;
-  if (c.supportsKeyedCoding())
-    object = makeHost(slot, c);
-  else if (&c == &classOf<Array>)
-    object = makeArray(slot);
-  else if (&c == &classOf<MutableArray>)
-    object = makeMutableArray(slot);
-  else if (c.isSubclassOf(classOf<Dictionary>))
-    object = makeDictionary(slot, c);
-  else if (&c == &classOf<Set>)
-    object = makeSet();
-  else if (&c == &classOf<Value>)
-    object = makeValue();
-  else if (&c == &classOf<Null>)
-    object = Null::null();
-  else if (&c == &classOf<Date>)
-    object = makeDate();
-  else if (&c == &classOf<Error>)
-    object = makeError();
-  else if (&c == &classOf<UUID>)
-    object = makeUUID();
-  else if (&c == &classOf<URL>)
-    object = makeURL();
-  else if (&c == &classOf<String>)
-    object = makeString();
-  else if (c.isSubclassOf(classOf<Data>))
-    object = makeData(c);
+  if (found->supportsKeyedCoding()) {
+    object = makeHost(*found);
+  } else if (value != nullptr && value->read != nullptr) {
+    object = value->read(*this);
+  }
   --depth_;
-  record_ = outer;
+  slot_ = outerSlot;
+  record_ = outerRecord;
   return object;
 }
 
-Ref<Object> KeyedUnarchiver::Reader::makeHost(Slot& slot, const Class& record) {
-  slot.object = record.keyed().make();
+Ref<Object> KeyedUnarchiver::Reader::makeHost(const Class& hostClass) {
+  Ref<Object> object = hostClass.keyed().make();
+  slot_->object = object;
   KeyedUnarchiver unarchiver(*this);
-  Ref<Object> object = slot.object;
-  return record.keyed().initWithCoder(*object, unarchiver) ? object : nullptr;
+  return hostClass.keyed().initWithCoder(*object, unarchiver) ? object : nullptr;
 }
 
+std::optional<std::vector<UID>> KeyedUnarchiver::Reader::uids(std::string_view key) {
+  const auto array = member(key);
+  if (!array || array->kind != Kind::array) return std::nullopt;
+  std::vector<UID> uids;
+  uids.reserve(array->value);
+  for (std::uint64_t i = 0; i < array->value; ++i) {
+    const auto element = list_.node(list_.reference(*array, i));
+    if (!element || element->kind != Kind::uid || element->value == 0 ||
+        element->value >= slots_.size()) {
+      return std::nullopt;
+    }
+    uids.push_back(element->value);
+  }
+  return uids;
+}
+
+/// Returns the array if all elements are numbers, without boxing them; else null.
+Ref<Array> KeyedUnarchiver::Reader::packedArray(const std::vector<UID>& uids) {
+  std::vector<NumberValue> numbers;
+  for (const UID uid : uids) {
+    const auto node = list_.node(list_.reference(objects_, uid));
+    if (!node || node->kind != Kind::number) return nullptr;
+    numbers.push_back(node->number);
+  }
+  return numbers.empty() ? nullptr : Array::arrayWithNumbers(numbers);
+}
+
+Ref<Object> KeyedUnarchiver::Reader::readArray() {
+  const auto elements = uids(kElements);
+  if (!elements) return nullptr;
+  if (Ref<Array> packed = packedArray(*elements)) return packed;
+  Ref<Array> array = Array::makeUnfilled(elements->size());
+  slot_->object = array;
+  for (std::size_t i = 0; i < elements->size(); ++i) {
+    Ref<Object> element = resolve((*elements)[i], false);
+    if (!element) return nullptr;
+    array->slots()[i] = std::move(element);
+  }
+  return array;
+}
+
+Ref<Object> KeyedUnarchiver::Reader::readMutableArray() {
+  const auto elements = uids(kElements);
+  if (!elements) return nullptr;
+  Ref<MutableArray> array = MutableArray::array();
+  slot_->object = array;
+  for (const UID uid : *elements) {
+    Ref<Object> element = resolve(uid, false);
+    if (!element) return nullptr;
+    array->addObject(std::move(element));
+  }
+  return array;
+}
+
+namespace {
+
+/// Bytes of a key that may be compared for the price of reading one: comparing is that much faster,
+/// and files may well repeat long keys.
+constexpr std::size_t kComparedPerReading = 16;
+
+/// Returns how many bytes are compared when `key` is compared with other keys.
+std::size_t comparedBytes(const Object& key) {
+  switch (key.kind()) {
+    case ObjectKind::string:
+      return static_cast<const String&>(key).view().size();
+    case ObjectKind::data:
+      return static_cast<const Data&>(key).length();
+    case ObjectKind::value:
+      return static_cast<const Value&>(key).bytes().size() +
+             static_cast<const Value&>(key).typeSignature().size();
+    default:
+      const auto* url = objectCast<URL>(&key);
+      return url != nullptr ? url->absoluteString().size() : 0;
+  }
+}
+
+}  // namespace
+
+Ref<detail::DictionaryKeys> KeyedUnarchiver::Reader::distinct(const std::vector<UID>& uids,
+                                                              bool copied) {
+  Keys keys = makeRef<detail::DictionaryKeys>();
+  for (const UID uid : uids) {
+    Ref<Object> key = resolve(uid, false);
+    if (!key || isContainer(*key)) return nullptr;
+    if (!pay(comparedBytes(*key) / kComparedPerReading) || keys->find(*key)) return nullptr;
+    const auto* changing = copied ? objectCast<MutableData>(key.get()) : nullptr;
+    if (changing != nullptr && !pay(changing->length())) return nullptr;
+    keys->append(copied ? key->copy() : std::move(key));
+  }
+  return keys;
+}
+
+/// Returns the keys of the dictionary that is being read, and the UIDs of their values.
+std::optional<std::pair<Ref<detail::DictionaryKeys>, std::vector<UID>>>
+KeyedUnarchiver::Reader::entries() {
+  const auto keyUIDs = uids(kKeys);
+  auto valueUIDs = uids(kElements);
+  if (!keyUIDs || !valueUIDs || keyUIDs->size() != valueUIDs->size()) return std::nullopt;
+  Keys keys = distinct(*keyUIDs, true);
+  if (!keys) return std::nullopt;
+  return std::pair(std::move(keys), std::move(*valueUIDs));
+}
+
+Ref<Object> KeyedUnarchiver::Reader::readDictionary() {
+  auto read = entries();
+  if (!read) return nullptr;
+  auto& [keys, values] = *read;
+  Ref<Dictionary> dictionary = Dictionary::makeUnfilled(std::move(keys));
+  slot_->object = dictionary;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    Ref<Object> value = resolve(values[i], false);
+    if (!value) return nullptr;
+    dictionary->slots()[i] = std::move(value);
+  }
+  return dictionary;
+}
+
+Ref<Object> KeyedUnarchiver::Reader::readMutableDictionary() {
+  const auto read = entries();
+  if (!read) return nullptr;
+  const auto& [keys, values] = *read;
+  Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+  slot_->object = dictionary;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    Ref<Object> value = resolve(values[i], false);
+    if (!value) return nullptr;
+    dictionary->setObject(std::move(value), keys->keys()[i]);
+  }
+  return dictionary;
+}
 Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> archive) {
   const auto list = detail::BinaryPropertyListReader::open(archive, kMostReadings);
   if (!list) return nullptr;
@@ -237,8 +358,7 @@ double KeyedUnarchiver::decodeDoubleForKey(std::string_view key) {
 }
 
 std::span<const std::byte> KeyedUnarchiver::decodeBytesForKey(std::string_view key) {
-  const auto node = reader_.member(escapedKey(key));
-  return node && node->kind == Kind::data ? node->content : std::span<const std::byte>();
+  return reader_.bytes(escapedKey(key)).value_or(std::span<const std::byte>());
 }
 
 }  // namespace tq

@@ -14,6 +14,10 @@
 
 namespace tq {
 
+namespace detail::keyed {
+struct ValueRecord;
+}
+
 /// Reads what KeyedArchiver writes, and archives of the same format that were written elsewhere.
 /// Mutable strings are read as String, mutable sets as Set.
 ///
@@ -76,6 +80,7 @@ class TQ_EXPORT KeyedUnarchiver {
   [[nodiscard]] std::span<const std::byte> decodeBytesForKey(std::string_view key);
 
  private:
+  friend struct detail::keyed::ValueRecord;
   class [[gnu::visibility("hidden")]] Reader;
   explicit KeyedUnarchiver(Reader& reader) noexcept : reader_(reader) {}
   [[nodiscard]] Ref<Object> decodeReferenceForKey(std::string_view key);

@@ -1,20 +1,16 @@
 #pragma once
 
 /// @file KeyedArchiveFormat.h
-/// What the writer and the reader of keyed archives must agree on.
+/// The names and numbers of the keyed-archive format.
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include <TQFoundation/objects/Class.h>
-#include <TQFoundation/objects/Error.h>
-#include <TQFoundation/objects/Set.h>
-
 // An archive is a property list:
 //   {$version, $archiver, $top: {root: UID}, $objects: ["$null", …]}
-// Objects are named by their place in $objects, 0 being none. Strings, numbers and data stand there
-// themselves; anything else is a record {key: value…, $class: UID}, and a class is a record
+// A UID is an index into $objects; 0 stands for null. Strings, numbers and data are values there.
+// Any other object is a record {key: value…, $class: UID}, and a class is a record
 // {$classname, $classes: [name, parent…, "NSObject"]}.
 
 namespace tq::detail::keyed {
@@ -46,7 +42,7 @@ inline constexpr std::string_view kErrorDomain = "NSDomain";
 inline constexpr std::string_view kErrorCode = "NSCode";
 inline constexpr std::string_view kErrorInfo = "NSUserInfo";
 
-// Boxed structures. What the platform has no form for is kept as its signature and its bytes.
+// Boxed structures. Those that the platform refuses are kept as type signature and bytes.
 inline constexpr std::string_view kValueForm = "NS.special";
 inline constexpr std::string_view kPoint = "NS.pointval";
 inline constexpr std::string_view kSize = "NS.sizeval";
@@ -57,16 +53,9 @@ inline constexpr std::string_view kOtherType = "TQ.type";
 inline constexpr std::string_view kOtherBytes = "TQ.bytes";
 enum class ValueForm : std::int64_t { point = 1, size = 2, rect = 3, range = 4 };
 
-/// A host's key as it stands in a record: the format keeps keys that begin with "$" to itself.
+/// Returns a host's key as it is written in a record: the format reserves keys that begin with "$".
 [[nodiscard]] inline std::string escapedKey(std::string_view key) {
   return key.starts_with('$') ? "$" + std::string(key) : std::string(key);
-}
-
-/// Whether equality of `object` goes into what it holds.
-[[nodiscard]] inline bool isContainer(const Object& object) noexcept {
-  const Class& record = object.objectClass();
-  return object.kind() == ObjectKind::array || object.kind() == ObjectKind::dictionary ||
-         &record == &classOf<Set> || &record == &classOf<Error>;
 }
 
 }  // namespace tq::detail::keyed

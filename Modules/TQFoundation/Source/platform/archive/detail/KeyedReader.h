@@ -1,13 +1,14 @@
 #pragma once
 
 /// @file KeyedReader.h
-/// What reads keyed archives.
+/// Reads keyed archives.
 
 #include <cstdint>
 #include <exception>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <TQFoundation/objects/Array.h>
@@ -19,73 +20,73 @@
 
 namespace tq {
 
-namespace detail::keyed {
-
-using Node = BinaryPropertyListReader::Node;
-using Kind = BinaryPropertyListReader::Kind;
-using UID = std::uint64_t;
-
-}  // namespace detail::keyed
-
-/// Makes objects as they are asked for, each once. Every strong reference leads to an object that
-/// was finished before, so what comes out holds no cycle of them.
+/// Creates objects when they are referred to, each once. A strong reference leads only to a
+/// complete object, so the result contains no cycle of strong references.
 class KeyedUnarchiver::Reader {
  public:
-  using Node = detail::keyed::Node;
-  using UID = detail::keyed::UID;
+  using Node = detail::BinaryPropertyListReader::Node;
+  using Kind = detail::BinaryPropertyListReader::Kind;
+  using UID = std::uint64_t;
 
   explicit Reader(detail::BinaryPropertyListReader list) noexcept : list_(list) {}
 
   Ref<Object> readRoot();
 
-  /// The member of the object being read; none once the archive has turned out to be bad.
+  // Members of the record that is being read. After a failure each returns what it returns for an
+  // absent key: null, 0 or nothing.
+
   [[nodiscard]] std::optional<Node> member(std::string_view key);
-  Ref<Object> object(const std::optional<Node>& reference, bool evenUnfinished = false);
   [[nodiscard]] NumberValue number(std::string_view key);
+  [[nodiscard]] std::optional<std::span<const std::byte>> bytes(std::string_view key);
+  /// Returns a text that the caller copies or parses, at the price of its length.
+  [[nodiscard]] Ref<String> text(std::string_view key);
+  Ref<Object> object(const std::optional<Node>& reference, bool evenUnfinished = false);
+  /// Returns the UIDs of an array; nothing if one of them is null or out of range.
+  [[nodiscard]] std::optional<std::vector<UID>> uids(std::string_view key);
+
+  // Containers. Each returns null for an invalid record.
+
+  Ref<Object> readArray();
+  Ref<Object> readMutableArray();
+  Ref<Object> readDictionary();
+  Ref<Object> readMutableDictionary();
+  /// Returns objects of which no two are equal. Containers are refused: comparing containers from
+  /// outside can take unlimited time.
+  /// @param copied  for keys of dictionaries, which must never change
+  Ref<detail::DictionaryKeys> distinct(const std::vector<UID>& uids, bool copied);
+
+  /// Pays for work that is proportional to `byteCount` bytes; see BinaryPropertyListReader::pay().
+  [[nodiscard]] bool pay(std::size_t byteCount) noexcept { return list_.pay(byteCount); }
 
  private:
+  using Keys = Ref<detail::DictionaryKeys>;
+
   enum class State : std::uint8_t { unread, open, read };
   struct Slot {
-    Ref<Object> object;  // while open: what may be referred to already
+    Ref<Object> object;  // while open: the object that weak references get
     State state = State::unread;
   };
+
   Ref<Object> fail() noexcept;
   std::optional<Node> record(const std::optional<Node>& node);
   std::optional<Node> value(const Node& record, std::string_view key);
   Ref<Object> resolve(UID uid, bool evenUnfinished);
   Ref<Object> make(Slot& slot, UID uid);
   Ref<Object> makeFromRecord(Slot& slot, const Node& node);
+  Ref<Object> makeHost(const Class& hostClass);
   const Class* classAt(const std::optional<Node>& reference);
-
-  Ref<Object> makeHost(Slot& slot, const Class& record);
-
-  // The records of the library's own classes.
-  Ref<Object> makeString();
-  Ref<Object> makeData(const Class& record);
-  Ref<Object> makeArray(Slot& slot);
-  Ref<Object> makeMutableArray(Slot& slot);
-  Ref<Object> makeDictionary(Slot& slot, const Class& record);
-  Ref<Object> makeSet();
-  Ref<Object> makeDate();
-  Ref<Object> makeValue();
-  Ref<Object> makeOtherValue();
-  Ref<Object> makeError();
-  Ref<Object> makeUUID();
-  Ref<Object> makeURL();
-
-  std::optional<std::vector<UID>> uids(std::string_view key);
   Ref<Array> packedArray(const std::vector<UID>& uids);
-  Ref<detail::DictionaryKeys> distinct(const std::vector<UID>& uids, bool copied);
-  Ref<String> text(std::string_view key);
+  std::optional<std::pair<Keys, std::vector<UID>>> entries();
 
   detail::BinaryPropertyListReader list_;
   Node objects_{};
   std::vector<Slot> slots_;  // by UID
   std::unordered_map<UID, const Class*> classes_;
-  const Node* record_ = nullptr;  // of the object being read; not to be used after a failure
+  const Node* record_ = nullptr;  // of the object being read; must not be used after a failure
+  Slot* slot_ = nullptr;          // of the object being read
   int depth_ = 0;
   bool failed_ = false;
-  std::exception_ptr thrown_;  // by an initWithCoder, or for want of memory
+  std::exception_ptr thrown_;  // by an initWithCoder, or because memory is exhausted
 };
 
 }  // namespace tq
