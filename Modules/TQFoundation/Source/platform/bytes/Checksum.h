@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Checksum.h
-/// Sums that find damage.
+/// CRC-32 checksums.
 
 #include <cstddef>
 #include <cstdint>
@@ -11,8 +11,8 @@
 
 namespace tq {
 
-/// CRC-32 of the bytes: reflected polynomial EDB88320, initial value 0 as its usual interface
-/// counts it, so no bytes give 0. Any thread.
+/// Returns the CRC-32 of the bytes, as gzip defines it: reflected polynomial EDB88320. Empty bytes
+/// give 0. Any thread.
 [[nodiscard]] TQ_EXPORT std::uint32_t crc32(std::span<const std::byte> bytes) noexcept;
 
 }  // namespace tq

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Codec.h
-/// Lossless packing of whole buffers, one codec a stream format.
+/// Lossless compression of whole buffers.
 
 #include <cstddef>
 #include <span>
@@ -10,40 +10,41 @@
 
 namespace tq {
 
-/// The two directions of a stream format. Threads: any, several at a time; nothing is kept between
-/// calls. Buffers must not overlap.
+/// The compressor and decompressor of a stream format. Stateless: any thread, several at a time.
+/// Buffers must not overlap.
 struct Codec {
-  /// Packs `plain` into `packed`. @return the bytes written; 0 when they do not fit, when there is
-  /// no memory for the codec's state, or when the format cannot hold a plain of that size
+  /// Compresses `plain` into `packed`. @return the number of bytes written; 0 if they do not fit, if
+  /// there is no memory for the codec's state, or if `plain` is too long for the format
   std::size_t (*encode)(std::span<const std::byte> plain, std::span<std::byte> packed);
 
-  /// Unpacks into `plain`. True when `packed` starts with a whole, well-formed stream whose plain
-  /// is exactly as long as `plain`; bytes behind the stream's own end are not looked at. Otherwise
-  /// false, and `plain` holds anything. Takes hostile input, and no memory beyond a fixed state.
+  /// Decompresses into `plain`. Returns true if `packed` starts with a complete, well-formed stream
+  /// whose plain data is exactly as long as `plain`; bytes after the end of the stream are ignored.
+  /// Otherwise returns false and leaves `plain` undefined. Input may be hostile. Memory: a fixed
+  /// amount for the codec's state.
   bool (*decode)(std::span<const std::byte> packed, std::span<std::byte> plain);
 
-  /// No stream of n bytes has a plain longer than n times this.
+  /// A stream of n bytes holds at most n times as many plain bytes.
   std::size_t largestExpansion;
 
-  /// Room that encode() wants behind a stream's end to be sure to find it; it may use it.
+  /// Extra bytes that `packed` needs for encode() to succeed whenever the stream itself would fit.
   std::size_t slack = 0;
 };
 
 /// Raw deflate (RFC 1951).
 TQ_EXPORT extern const Codec deflateCodec;
 
-/// LZ4 blocks, each after a magic word and its sizes; the blocks share one history.
+/// LZ4 blocks, each preceded by a magic word and its sizes. A block may refer to earlier ones.
 TQ_EXPORT extern const Codec lz4Codec;
 
-/// One bare LZ4 block. Carries no end: `packed` must be the block and nothing else. Plains are at
-/// most 0x7E000000 bytes long.
+/// One raw LZ4 block. It has no end mark: `packed` must be exactly the block. Plain data has at most
+/// 0x7E000000 bytes.
 TQ_EXPORT extern const Codec lz4RawCodec;
 
-/// One .xz stream, written at preset 6 without an integrity check. Any preset, filterless or not,
-/// and any check are read, with up to 128 MiB of state.
+/// One .xz stream, written at preset 6 without an integrity check. Streams of any preset, filter and
+/// check are read if their state takes at most 128 MiB.
 TQ_EXPORT extern const Codec lzmaCodec;
 
-/// LZFSE, with every kind of block read.
+/// LZFSE. All kinds of blocks are read.
 TQ_EXPORT extern const Codec lzfseCodec;
 
 }  // namespace tq

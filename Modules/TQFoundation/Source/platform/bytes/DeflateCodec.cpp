@@ -9,16 +9,16 @@
 namespace tq {
 namespace {
 
-/// Beats zlib's level 5 in size, at about twice its speed.
+/// Streams are smaller than those of zlib's level 5, at about twice its speed.
 constexpr int kLevel = 5;
 
-/// Plains up to this size it stores at that level, be they ever so even; zlib packs them.
+/// Up to this size libdeflate stores data uncompressed at that level; zlib compresses it.
 constexpr std::size_t kLongestShort = 55 - 4 * kLevel;
 
-/// It gives up before it has filled the last words of its room.
+/// libdeflate fails if fewer bytes than this would stay free.
 constexpr std::size_t kSlack = 16;
 
-/// A match of 258 bytes costs two bits at the least.
+/// A match of 258 bytes takes at least two bits.
 constexpr std::size_t kLargestExpansion = 258 * 8 / 2;
 
 struct FreeCompressor {
@@ -34,7 +34,7 @@ Bytef* zlibBytes(std::span<const std::byte> bytes) {
 
 std::size_t encodeShort(std::span<const std::byte> plain, std::span<std::byte> packed) {
   z_stream stream{};
-  constexpr int kRaw = -9;  // without a header, and a window of the least size
+  constexpr int kRaw = -9;  // no header, smallest window
   if (deflateInit2(&stream, kLevel, Z_DEFLATED, kRaw, 1, Z_DEFAULT_STRATEGY) != Z_OK) return 0;
   stream.next_in = zlibBytes(plain);
   stream.avail_in = static_cast<uInt>(plain.size());
@@ -58,7 +58,7 @@ bool decode(std::span<const std::byte> packed, std::span<std::byte> plain) {
   const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> state(
       libdeflate_alloc_decompressor());
   if (state == nullptr) return false;
-  // Without a place for the produced length, only an exact fit is a success.
+  // Without an argument for the actual length, only an exact fit succeeds.
   return libdeflate_deflate_decompress(state.get(), packed.data(), packed.size(), plain.data(),
                                        plain.size(), nullptr) == LIBDEFLATE_SUCCESS;
 }

@@ -13,7 +13,7 @@
 namespace tq {
 namespace {
 
-/// Looking an algorithm up costs more than digesting a short buffer, so it is done once.
+/// The algorithm is looked up once: this costs more than the digest of a short buffer.
 const EVP_MD* sha1Algorithm() noexcept {
   static const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
   return algorithm;

@@ -12,7 +12,7 @@
 namespace tq {
 namespace {
 
-// A framed stream is a run of blocks, all integers little-endian:
+// A framed stream is a sequence of blocks. All integers are little-endian.
 //
 //   "bv41"  u32 plain size  u32 packed size  one LZ4 block, matches up to 64 KiB back in the stream
 //   "bv4-"  u32 size        that many plain bytes
@@ -25,7 +25,7 @@ constexpr std::size_t kBlockSize = 65536;
 constexpr std::size_t kHistorySize = 65536;
 constexpr int kAcceleration = 1;
 
-/// A byte of a long match's length stands for 255 bytes.
+/// Each byte of a long match's length adds up to 255 bytes.
 constexpr std::size_t kLargestExpansion = 255;
 
 static_assert(std::endian::native == std::endian::little, "words are copied as they are");
@@ -37,7 +37,7 @@ bool fitsInt(std::size_t size) {
   return size <= static_cast<std::size_t>(std::numeric_limits<int>::max());
 }
 
-/// Takes words and byte runs off the front of a stream.
+/// Reads words and runs of bytes from the front of a stream.
 struct Reader {
   std::span<const std::byte> rest;
 
@@ -62,14 +62,14 @@ struct FreeStream {
   void operator()(LZ4_stream_t* stream) const { LZ4_freeStream(stream); }
 };
 
-/// Writes one block at the front of `room`. @return its bytes; 0 when it does not fit
+/// Writes one block at the front of `room`. @return its size in bytes; 0 if it does not fit
 std::size_t encodeBlock(LZ4_stream_t& stream, std::span<const std::byte> plain,
                         std::span<std::byte> room) {
   constexpr std::size_t kPackedHeader = 3 * kWordSize;
   constexpr std::size_t kStoredHeader = 2 * kWordSize;
   const auto plainSize = static_cast<std::uint32_t>(plain.size());
   if (room.size() > kPackedHeader) {
-    // A block that does not become shorter is stored.
+    // A block that would not become shorter is stored uncompressed.
     const std::size_t most = std::min(plain.size() - 1, room.size() - kPackedHeader);
     const int size = LZ4_compress_fast_continue(
         &stream, chars(plain.data()), chars(room.data() + kPackedHeader),
@@ -85,7 +85,7 @@ std::size_t encodeBlock(LZ4_stream_t& stream, std::span<const std::byte> plain,
   putWord(room.data(), kStoredMagic);
   putWord(room.data() + kWordSize, plainSize);
   std::memcpy(room.data() + kStoredHeader, plain.data(), plain.size());
-  // Not every reader takes stored bytes for history, so the next block starts without.
+  // Some readers do not keep stored bytes as history, so the next block starts without any.
   LZ4_initStream(&stream, sizeof stream);
   return kStoredHeader + plain.size();
 }
@@ -106,7 +106,7 @@ std::size_t encodeFramed(std::span<const std::byte> plain, std::span<std::byte> 
   return packed.size() - room.size() + kWordSize;
 }
 
-/// Unpacks one block to its exact size at `produced`; the bytes before it are its history.
+/// Decompresses one block of known size at `produced`; the bytes before it are its history.
 bool decodeBlock(std::span<const std::byte> block, std::span<std::byte> plain, std::size_t produced,
                  std::size_t size) {
   if (!fitsInt(block.size()) || !fitsInt(size)) return false;
@@ -152,7 +152,7 @@ std::size_t encodeRaw(std::span<const std::byte> plain, std::span<std::byte> pac
 }
 
 bool decodeRaw(std::span<const std::byte> packed, std::span<std::byte> plain) {
-  if (packed.empty()) return plain.empty();  // how some encoders write an empty plain
+  if (packed.empty()) return plain.empty();  // some encoders write empty data this way
   if (!fitsInt(packed.size()) || !fitsInt(plain.size())) return false;
   return LZ4_decompress_safe(chars(packed.data()), chars(plain.data()),
                              static_cast<int>(packed.size()),

@@ -12,8 +12,8 @@ constexpr std::uint32_t kPreset = 6;
 /// A header can ask for a dictionary of 4 GiB; preset 9 needs 65 MiB.
 constexpr std::uint64_t kDecoderMemory = std::uint64_t{128} << 20;
 
-/// A repeated match of 273 bytes takes 14 binary decisions, none of them cheaper than
-/// log2(2048 / 2017) = 0.022 bits: 273 * 8 / (14 * 0.02200) = 7088.
+/// A repeated match of 273 bytes takes 14 binary decisions of at least
+/// log2(2048 / 2017) = 0.022 bits each: 273 * 8 / (14 * 0.02200) = 7088.
 constexpr std::size_t kLargestExpansion = 7100;
 
 const std::uint8_t* octets(const std::byte* bytes) {
@@ -43,7 +43,7 @@ bool decode(std::span<const std::byte> packed, std::span<std::byte> plain) {
   if (lzma_stream_decoder(&stream, kDecoderMemory, 0) != LZMA_OK) return false;
   stream.next_in = octets(packed.data());
   stream.avail_in = packed.size();
-  // A full output still needs a place to point to: index and footer are read after the last byte.
+  // Index and footer are read after the last byte, so the output pointer must be valid even then.
   std::uint8_t nowhere = 0;
   stream.next_out = plain.empty() ? &nowhere : octets(plain.data());
   stream.avail_out = plain.size();

@@ -10,7 +10,7 @@
 namespace tq {
 namespace {
 
-// libcrypto counts in int, so long buffers go in pieces of whole quanta.
+// libcrypto counts in int, so long buffers are encoded in pieces of whole quanta.
 constexpr std::size_t kBytesAtOnce = std::size_t{3} << 28;
 constexpr std::size_t kTextAtOnce = kBytesAtOnce / 3 * 4;
 
@@ -34,7 +34,8 @@ void appendBase64(std::string& text, std::span<const std::byte> bytes) {
   text.resize(at + (bytes.size() + 2) / 3 * 4);
   while (!bytes.empty()) {
     const auto piece = bytes.first(std::min(bytes.size(), kBytesAtOnce));
-    // A NUL follows each piece: the next one overwrites it, the last one is the string's own.
+    // libcrypto writes a NUL after each piece. The next piece overwrites it; the last one falls on the
+    // string's own NUL.
     auto* to = reinterpret_cast<unsigned char*>(text.data() + at);
     at += static_cast<std::size_t>(
         EVP_EncodeBlock(to, unsignedBytes(piece.data()), static_cast<int>(piece.size())));
@@ -48,7 +49,7 @@ std::string base64FromBytes(std::span<const std::byte> bytes) {
   return text;
 }
 
-// libcrypto takes white space, so what it may not see is kept from it.
+// libcrypto accepts white space, so the text is checked before.
 Ref<Data> dataFromBase64(std::string_view text) {
   if (text.size() % 4 != 0) return nullptr;
   const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Base64.h
-/// Bytes as base64 text (RFC 4648, section 4) and back.
+/// Base64 encoding and decoding (RFC 4648, section 4).
 
 #include <cstddef>
 #include <span>
@@ -13,15 +13,16 @@
 
 namespace tq {
 
-/// Standard alphabet, padded with "=", no line breaks; empty bytes give empty text. Any thread.
+/// Returns the bytes as base64: standard alphabet, padded with "=", without line breaks. Empty bytes
+/// give empty text. Any thread.
 [[nodiscard]] TQ_EXPORT std::string base64FromBytes(std::span<const std::byte> bytes);
 
-/// The same, put behind what `text` holds already.
+/// Appends the bytes to `text` as base64.
 TQ_EXPORT void appendBase64(std::string& text, std::span<const std::byte> bytes);
 
-/// The bytes of base64 text, read strictly: a multiple of 4 characters of the standard alphabet, at
-/// most two "=" and at the very end, no white space. Spare bits of the last character may be set.
-/// @return none when the text is anything else; an empty buffer for empty text
+/// Decodes base64 text strictly: a multiple of 4 characters of the standard alphabet, at most two
+/// "=" and only at the end, no white space. Unused bits of the last character may be set.
+/// @return null for any other text; an empty buffer for empty text
 [[nodiscard]] TQ_EXPORT Ref<Data> dataFromBase64(std::string_view text);
 
 }  // namespace tq

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file CharacterCategory.h
-/// What kind of character a code point is.
+/// General categories of Unicode characters.
 
 #include <string_view>
 
@@ -9,11 +9,12 @@
 
 namespace tq {
 
-/// True for the general categories Cc and Cf: control and format characters. Any thread.
+/// Returns true for the general categories Cc and Cf: control and format characters. Any thread.
 [[nodiscard]] TQ_EXPORT bool isControlOrFormatCharacter(char32_t character) noexcept;
 
-/// UTF-8 text without the tabs and the characters of the general category Zs at both of its ends.
-/// Newlines stay, and so do bytes that are not UTF-8. Any thread.
+/// Returns UTF-8 text without the tabs and spaces (general category Zs) at both of its ends.
+/// Newlines stay, and so do bytes that are not UTF-8. A part of `text`, valid as long as it.
+/// Any thread.
 [[nodiscard]] TQ_EXPORT std::string_view withoutBlankEnds(std::string_view text) noexcept;
 
 }  // namespace tq

@@ -15,20 +15,19 @@
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
-// The C interface has no names that change from one version of the library to the next but those
-// that its headers map.
+// The C interface: its headers map the names that change with ICU's version.
 
 namespace tq {
 namespace {
 
-/// A collator of this locale, or null when there is none of its own.
+/// Returns a collator for this locale, or null if ICU has no data for it.
 UCollator* openCollator(const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
   UCollator* const collator = ucol_open(locale.empty() ? "root" : locale.c_str(), &status);
   if (U_FAILURE(status)) return nullptr;
   status = U_ZERO_ERROR;
   const std::string_view valid = ucol_getLocaleByType(collator, ULOC_VALID_LOCALE, &status);
-  if (valid == "root" && !locale.empty() && locale != valid) {  // nothing is known of it
+  if (valid == "root" && !locale.empty() && locale != valid) {  // ICU has no data
     ucol_close(collator);
     return nullptr;
   }
@@ -39,8 +38,8 @@ UCollator* openCollator(const std::string& locale) {
   return collator;
 }
 
-/// The collator of a locale, opened once and kept: another thread may be comparing by one that is
-/// replaced. Null when there is none.
+/// Returns the collator of a locale, or null. Collators are opened once and kept: another thread may
+/// still compare with one that is replaced.
 const UCollator* collatorFor(std::string_view locale) {
   struct Collators {
     Lock lock;
@@ -55,14 +54,14 @@ const UCollator* collatorFor(std::string_view locale) {
   return opened;
 }
 
-/// The collator in use.
+/// The current collator.
 std::atomic<const UCollator*>& currentCollator() {
   static std::atomic<const UCollator*> current = collatorFor("");
   TQ_ASSERT(current.load(std::memory_order_relaxed) != nullptr);
   return current;
 }
 
-/// What the collator looks at: the first 2 GB.
+/// Returns the part that the collator can compare: the first 2 GB.
 std::int32_t lengthOf(std::string_view text) noexcept {
   constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
   return static_cast<std::int32_t>(std::min(text.size(), kMost));
@@ -70,7 +69,7 @@ std::int32_t lengthOf(std::string_view text) noexcept {
 
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
-/// Takes the next run of digits off the front of `text`, with all before it. @return its length
+/// Removes everything up to the end of the next run of digits. @return the length of the run
 std::size_t takeDigits(std::string_view& text) noexcept {
   std::size_t begin = 0;
   while (begin < text.size() && !isDigit(text[begin])) ++begin;
@@ -80,7 +79,7 @@ std::size_t takeDigits(std::string_view& text) noexcept {
   return end - begin;
 }
 
-/// By the first two runs of digits, one in each text, that differ in length.
+/// Compares the lengths of the first runs of digits that differ in length.
 int compareDigitRuns(std::string_view a, std::string_view b) noexcept {
   while (!a.empty() && !b.empty()) {
     const std::size_t inA = takeDigits(a);

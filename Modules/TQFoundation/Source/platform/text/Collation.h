@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Collation.h
-/// The order in which people expect names.
+/// Natural, locale-aware order of names.
 
 #include <string_view>
 
@@ -9,19 +9,21 @@
 
 namespace tq {
 
-/// Natural order: letters before case and accents, runs of digits by their value (file2 < file10;
-/// those of more than 254 digits in pieces), punctuation before digits before letters, a prefix
-/// first, lower case before upper. Where that makes no difference shorter runs of digits come first
-/// (1 < 01), then code points decide.
+/// Compares two texts in natural order:
+/// - letters matter before case and accents, and lower case comes before upper case;
+/// - runs of digits are compared by value (file2 < file10; runs of more than 254 digits in pieces);
+/// - punctuation comes before digits, digits before letters, and a prefix before the longer text.
 ///
-/// By the rules of setCollationLocale(), at first the root locale's; never by the process locale.
-/// Texts are UTF-8; what is not reads as U+FFFD. Any thread.
-/// @return below, at or above 0; 0 for identical texts alone
+/// If all that is equal, shorter runs of digits come first (1 < 01); then code points decide.
+///
+/// The rules are those of the locale set by setCollationLocale(), initially the root locale. The
+/// process locale has no effect. Texts are UTF-8; malformed bytes are read as U+FFFD. Any thread.
+/// @return a number below, equal to or above 0; 0 only for identical texts
 [[nodiscard]] TQ_EXPORT int localizedStandardCompare(std::string_view a, std::string_view b);
 
-/// Names the locale whose rules hold from now on, such as "sv" or "de@collation=phonebook"; empty
-/// for the root. What was sorted before does not move. Any thread, though start-up is the time.
-/// @return false for a locale without data; the one before stays
+/// Sets the locale for later comparisons, such as "sv" or "de@collation=phonebook"; empty for the
+/// root locale. Data that was sorted before must be sorted again. Any thread; best at start-up.
+/// @return false for a locale without data; the previous locale stays
 TQ_EXPORT bool setCollationLocale(std::string_view locale);
 
 }  // namespace tq

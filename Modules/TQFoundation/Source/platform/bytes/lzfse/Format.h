@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file Format.h
-/// What all parts of the LZFSE codec know of the stream: magic words, limits, alphabets.
+/// The LZFSE stream format: magic words, limits, alphabets.
 ///
-/// A stream is a run of blocks, each after its magic word, closed by the end's magic word. An LZFSE
-/// block tells its plain bytes as triples: L literals, then M bytes from D bytes back. Matches
-/// reach back over block borders. All integers are little-endian.
+/// A stream is a sequence of blocks, each preceded by its magic word, and the magic word of the end.
+/// An LZFSE block describes its plain bytes as triples: L literals, then M bytes from D bytes back.
+/// A match may refer to earlier blocks. All integers are little-endian.
 
 #include <array>
 #include <bit>

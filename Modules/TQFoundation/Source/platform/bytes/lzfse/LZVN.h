@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file LZVN.h
-/// LZVN, the bytewise code that short plains take: opcodes that carry literals, a match, or both.
+/// LZVN, the code for short data: opcodes of whole bytes with literals, a match, or both.
 ///
 /// An opcode's literals follow its own bytes and come out before its match.
 ///

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file MatchFinder.h
-/// Finds earlier places that say the same as what comes next.
+/// Finds earlier occurrences of the bytes that come next.
 
 #include <algorithm>
 #include <array>

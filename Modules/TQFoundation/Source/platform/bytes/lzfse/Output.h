@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Output.h
-/// Plain bytes as they come out of a stream.
+/// The output buffer of the decoders.
 
 #include <algorithm>
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace tq::lzfse {
 
-/// Fills a buffer from front to back; matches repeat what is there already. Checks nothing: room
-/// and reach are the caller's to compare first.
+/// Fills a buffer from front to back; a match repeats earlier bytes. Nothing is checked: the caller
+/// must compare counts with the free space, and distances with the bytes produced.
 class Output {
  public:
   explicit Output(std::span<std::byte> room) noexcept
