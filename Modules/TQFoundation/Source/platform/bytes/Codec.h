@@ -13,8 +13,8 @@ namespace tq {
 /// The compressor and decompressor of a stream format. Stateless: any thread, several at a time.
 /// Buffers must not overlap.
 struct Codec {
-  /// Compresses `plain` into `packed`. @return the number of bytes written; 0 if they do not fit, if
-  /// there is no memory for the codec's state, or if `plain` is too long for the format
+  /// Compresses `plain` into `packed`. @return the number of bytes written; 0 if they do not fit,
+  /// if there is no memory for the codec's state, or if `plain` is too long for the format
   std::size_t (*encode)(std::span<const std::byte> plain, std::span<std::byte> packed);
 
   /// Decompresses into `plain`. Returns true if `packed` starts with a complete, well-formed stream
@@ -36,12 +36,12 @@ TQ_EXPORT extern const Codec deflateCodec;
 /// LZ4 blocks, each preceded by a magic word and its sizes. A block may refer to earlier ones.
 TQ_EXPORT extern const Codec lz4Codec;
 
-/// One raw LZ4 block. It has no end mark: `packed` must be exactly the block. Plain data has at most
-/// 0x7E000000 bytes.
+/// One raw LZ4 block. It has no end mark: `packed` must be exactly the block. Plain data has at
+/// most 0x7E000000 bytes.
 TQ_EXPORT extern const Codec lz4RawCodec;
 
-/// One .xz stream, written at preset 6 without an integrity check. Streams of any preset, filter and
-/// check are read if their state takes at most 128 MiB.
+/// One .xz stream, written at preset 6 without an integrity check. Streams of any preset, filter
+/// and check are read if their state takes at most 128 MiB.
 TQ_EXPORT extern const Codec lzmaCodec;
 
 /// LZFSE. All kinds of blocks are read.

@@ -22,8 +22,8 @@ using SHA1Digest = std::array<std::byte, 20>;
 [[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1Digest(
     std::span<const std::byte> bytes) noexcept;
 
-/// Returns the SHA-1 of a file's content, which is read piece by piece. Only regular files are read.
-/// Any thread.
+/// Returns the SHA-1 of a file's content, which is read piece by piece. Only regular files are
+/// read. Any thread.
 /// @return nothing, with an error, on failure
 [[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1DigestOfFile(const URL& url,
                                                                    Ref<Error>* error = nullptr);

@@ -60,9 +60,9 @@ bool BlockDecoder::readLiterals(const BlockHeader& header,
   return true;
 }
 
-// What a triple asks for is compared with what there is before anything is copied: literals left in
-// the block, room left in the block, bytes produced so far. The distance counts even where nothing
-// is copied, because a later triple may refer to it; 0 is none, and only a block's start has none.
+// Each triple is checked before anything is copied, against the literals and the plain bytes left
+// in the block and the bytes produced so far. The distance is checked even if the match is empty,
+// because a later triple may reuse it. Distance 0 means none, which only the start of a block has.
 bool BlockDecoder::runTriples(const BlockHeader& header, std::span<const std::byte> payload,
                               Output& output) noexcept {
   BitReader bits;
@@ -85,7 +85,7 @@ bool BlockDecoder::runTriples(const BlockHeader& header, std::span<const std::by
     const std::size_t stated = popValue(distances_, distanceState, bits);
     if (bits.isExhausted() || run > literalsLeft || run + length > plainLeft) return false;
     if (stated != 0) distance = stated;
-    if (distance - 1 >= output.produced() + run) return false;  // 0 wraps round and fails, too
+    if (distance - 1 >= output.produced() + run) return false;  // 0 wraps around and fails too
     output.appendPadded(literals, run);
     output.repeat(distance, length);
     literals += run;

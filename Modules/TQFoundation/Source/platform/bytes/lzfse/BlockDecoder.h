@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file BlockDecoder.h
-/// Reads LZFSE blocks, with packed and with plain headers.
+/// Decodes LZFSE blocks.
 
 #include <array>
 #include <cstddef>
@@ -14,11 +14,11 @@
 
 namespace tq::lzfse {
 
-/// The tables and the literals of one block: some 46 KB, used again for the next.
+/// The tables and the literals of one block: about 46 KB, reused for the next block.
 class BlockDecoder {
  public:
-  /// Reads the block that `bytes` begins with. @return its size in bytes; 0 when it is damaged or
-  /// has more plain bytes than there is room for
+  /// Decodes the block at the front of `bytes`. @return its size in bytes; 0 if it is damaged or
+  /// has more plain bytes than fit
   [[nodiscard]] std::size_t decode(std::span<const std::byte> bytes, Output& output) noexcept;
 
  private:
@@ -27,7 +27,7 @@ class BlockDecoder {
     std::uint8_t bits;
     std::uint16_t base;
   };
-  /// The bits of a state's step and the extra bits of its value are popped together.
+  /// The bits of a state's transition and the extra bits of its value are read together.
   struct ValueState {
     std::uint8_t bits;
     std::uint8_t extraBits;

@@ -9,7 +9,7 @@
 namespace tq::lzfse {
 namespace {
 
-/// The symbol of every value of an alphabet, by the largest base that is not beyond it.
+/// The symbol of every value of an alphabet: the one with the largest base up to the value.
 template <std::size_t values, std::size_t symbols>
 constexpr std::array<std::uint8_t, values> symbolTable(const Alphabet<symbols>& alphabet) {
   std::array<std::uint8_t, values> table{};
@@ -24,7 +24,7 @@ constexpr std::array<std::uint8_t, values> symbolTable(const Alphabet<symbols>& 
 constexpr auto kRunSymbols = symbolTable<kMostLiteralRun + 1>(kLiteralRuns);
 constexpr auto kLengthSymbolOf = symbolTable<kMostMatchLength + 1>(kMatchLengths);
 
-/// The two leading binary digits of distance + 4, and how many follow.
+/// The symbol: the two leading binary digits of distance + 4, and how many follow.
 std::size_t distanceSymbol(std::uint32_t distance) noexcept {
   const std::uint32_t shifted = distance + 4;
   const auto extra = static_cast<unsigned>(std::bit_width(shifted)) - 3;
@@ -54,7 +54,7 @@ bool BlockEncoder::add(std::span<const std::byte> literals, std::size_t length,
   std::copy(literals.begin(), literals.end(), literals_.begin() + literalCount_);
   literalCount_ += literals.size();
   plainSize_ += literals.size() + length;
-  // A literal run without a match needs a distance all the same: the nearest.
+  // A run of literals without a match still needs a distance: the smallest.
   std::size_t run = literals.size();
   for (; run > kMostLiteralRun; run -= kMostLiteralRun) push(kMostLiteralRun, 0, 1);
   for (; length > kMostMatchLength; length -= kMostMatchLength, run = 0) {
@@ -75,7 +75,7 @@ void BlockEncoder::push(std::size_t run, std::size_t length, std::size_t distanc
                               static_cast<std::uint32_t>(distance)};
 }
 
-/// A distance that stood before is told as 0, which is cheaper than most.
+/// A repeated distance is coded as 0, which usually takes fewer bits.
 void BlockEncoder::useRepeatedDistances() noexcept {
   std::uint32_t previous = 0;
   for (Triple& triple : std::span(triples_).first(tripleCount_)) {
@@ -108,8 +108,8 @@ Weights BlockEncoder::weights() const noexcept {
   return weights;
 }
 
-/// Header, literal payload, triple payload; what comes first depends on what comes after, so the
-/// payloads are written first, behind room for the weights that are known by then.
+/// Writes header, literal payload and triple payload. The header depends on the payloads, so these
+/// are written first, after the space for the header, whose weights are known by then.
 bool BlockEncoder::writeBlock() noexcept {
   useRepeatedDistances();
   while (literalCount_ % kLiteralGroup != 0) literals_[literalCount_++] = std::byte{0};

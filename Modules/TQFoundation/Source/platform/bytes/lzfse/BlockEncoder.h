@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file BlockEncoder.h
-/// Writes LZFSE blocks from literals and matches.
+/// Encodes literals and matches as LZFSE blocks.
 
 #include <array>
 #include <cstddef>
@@ -12,30 +12,32 @@
 
 namespace tq::lzfse {
 
-/// Collects triples and writes a block whenever the next ones might not go into it: some 160 KB.
+/// Collects triples and writes a block when the next ones might not fit into it: about 160 KB.
 class BlockEncoder {
  public:
   explicit BlockEncoder(std::span<std::byte> room) noexcept : room_(room) {}
 
-  /// `literals`, then `length` bytes from `distance` bytes back. Runs and lengths beyond what a
-  /// triple holds are split; a match of 100 triples and some 3000 literals go into any block.
-  /// @return false when there is no room left
+  /// Adds `literals`, then a match of `length` bytes from `distance` bytes back. Long runs and
+  /// matches are split into triples; a match of 100 triples and about 3000 literals fit into any
+  /// block.
+  /// @return false if the output is full
   [[nodiscard]] bool add(std::span<const std::byte> literals, std::size_t length,
                          std::size_t distance) noexcept;
 
-  /// Writes the last block, if anything is left for one. @return false when there is no room
+  /// Writes the remaining triples, if any, as a block. @return false if the output is full
   [[nodiscard]] bool finish() noexcept;
 
-  /// Bits that a literal of the latest block took on average; 8 before the first block, and where
-  /// literals were too few to tell.
+  /// Average number of bits for a literal of the latest block; 8 before the first block, or if
+  /// there were too few literals.
   [[nodiscard]] double literalBits() const noexcept { return literalBits_; }
 
-  /// What is left of the room behind the blocks written so far.
+  /// Returns the unused output after the blocks written so far.
   [[nodiscard]] std::span<std::byte> room() const noexcept { return room_; }
 
  private:
   static constexpr double kAnyLiteralBits = 8;
-  static constexpr std::size_t kTellingShare = 20;  // one literal in so many plain bytes
+  static constexpr std::size_t kTellingShare =
+      20;  // at least one literal for each so many plain bytes
 
   struct Triple {
     std::uint16_t run;

@@ -39,7 +39,7 @@ WeightCode weightCode(std::uint32_t weight) noexcept {
   return {14, 15 + 16 * (weight - 24)};
 }
 
-/// The weight whose code `word` begins with, and its length.
+/// Returns the weight whose code is at the front of `word`, and the length of the code.
 WeightCode weightOf(std::uint32_t word) noexcept {
   if ((word & 1) == 0) return {2, word >> 1 & 1};
   if ((word & 2) == 0) return {3, 2 + (word >> 2 & 1)};
@@ -48,10 +48,10 @@ WeightCode weightOf(std::uint32_t word) noexcept {
   return {14, 24 + (word >> 4 & 1023)};
 }
 
-/// All bytes must be touched, and no more.
+/// The codes must use all bytes, and no more.
 bool readWeights(std::span<const std::byte> bytes, Weights& weights) noexcept {
   AllWeights all{};
-  if (!bytes.empty()) {  // no bytes at all say that nothing has a weight
+  if (!bytes.empty()) {  // without bytes, all weights are 0
     std::uint32_t word = 0;
     unsigned available = 0;
     for (std::uint16_t& weight : all) {
@@ -96,7 +96,7 @@ std::size_t readPacked(std::span<const std::byte> bytes, BlockHeader& header) no
   return size;
 }
 
-/// Minus the unused bits, as the plain form has them.
+/// The plain form stores the negated number of unused bits.
 bool readUnusedBits(const std::byte* at, unsigned& unusedBits) noexcept {
   const auto value = load<std::int32_t>(at);
   if (value < -7 || value > 0) return false;
@@ -126,7 +126,7 @@ std::size_t readPlain(std::span<const std::byte> bytes, BlockHeader& header) noe
   return kPlainSize;
 }
 
-/// All states are owned; or none, when no symbol is going to be read.
+/// Weights must add up to all states, or to none if no symbol is coded.
 template <std::size_t symbols>
 bool areWeightsWhole(const std::array<std::uint16_t, symbols>& weights, unsigned stateBits,
                      bool used) noexcept {

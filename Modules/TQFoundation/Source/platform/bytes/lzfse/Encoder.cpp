@@ -10,32 +10,32 @@
 namespace tq::lzfse {
 namespace {
 
-/// Matches so long are taken as they come.
+/// Matches of this length are used at once.
 constexpr std::size_t kGoodLength = 40;
 
-/// Longest match; a block takes it whole.
+/// Longest match; it fits into one block.
 constexpr std::size_t kMostLength = 100 * std::size_t{kMostMatchLength};
 
-/// Literals may wait for a match that begins among them; beyond this they are let go.
+/// So many literals may wait for a match that begins among them.
 constexpr std::size_t kMostWaiting = 8 * std::size_t{kMostLiteralRun};
 
-/// Walks over the plain. A match is held back until the next one has been seen, because a longer
-/// one may begin a little later:
+/// Scans the plain data. A match is held until the next one is known, because a longer match may
+/// begin a little later:
 ///
-///     next one long enough      → it is taken, the one held is dropped
-///     begins behind the held    → the held is taken, the next is held
-///     overlaps it               → the longer is taken, the held one if they are equal
+///     next match is long enough        → use it, drop the held one
+///     next match begins after it ends  → use the held one, hold the next
+///     they overlap                     → use the longer; the held one if they are equal
 class Parser {
  public:
   Parser(std::span<const std::byte> plain, BlockEncoder& blocks, MatchFinder& finder) noexcept
       : plain_(plain), blocks_(blocks), finder_(finder) {}
 
-  /// @return false when there is no room left
+  /// @return false if the output is full
   [[nodiscard]] bool run() noexcept {
     for (std::size_t place = 0; place < finder_.end(); ++place) {
       const Match found = finder_.findAndRecord(place);
       if (!(found.length > 0 ? consider(found) : letGo(place))) return false;
-      // Behind a match that was taken.
+      // After a match that was used.
       const std::size_t next = std::min(taken_, finder_.end());
       while (place + 1 < next) finder_.record(++place);
     }
@@ -60,13 +60,13 @@ class Parser {
     return take(held_.length >= found.length ? held_ : found);
   }
 
-  /// Nothing was found at `place`.
+  /// Called if there is no match at `place`.
   [[nodiscard]] bool letGo(std::size_t place) noexcept {
     if (place - taken_ <= kMostWaiting) return true;
     return held_.length > 0 ? take(held_) : takeLiterals(kMostLiteralRun);
   }
 
-  /// The match goes out with the literals before it; none is held any more.
+  /// Writes the match with the literals before it. No match is held afterwards.
   [[nodiscard]] bool take(Match match) noexcept {
     held_ = {};
     const auto literals = plain_.subspan(taken_, match.start - taken_);
@@ -91,7 +91,7 @@ class Parser {
   std::span<const std::byte> plain_;
   BlockEncoder& blocks_;
   MatchFinder& finder_;
-  std::size_t taken_ = 0;  // what lies before is in the blocks
+  std::size_t taken_ = 0;  // bytes before are already written
   Match held_;
 };
 

@@ -8,11 +8,11 @@
 
 namespace tq::lzfse {
 
-/// Shortest plain that LZFSE blocks are worth their headers for; shorter ones go to LZVN.
+/// Data that is shorter than this is encoded as LZVN: headers of LZFSE blocks would not pay.
 inline constexpr std::size_t kFewestBlockPlain = 4096;
 
-/// Packs `plain` into LZFSE blocks, without an end. @return their bytes; 0 when they do not fit or
-/// there is no memory
+/// Compresses `plain` into LZFSE blocks, without the end mark. @return their size in bytes; 0 if
+/// they do not fit or memory is exhausted
 [[nodiscard]] std::size_t encodeBlocks(std::span<const std::byte> plain,
                                        std::span<std::byte> packed);
 

@@ -3,7 +3,7 @@
 namespace tq::lzfse {
 namespace {
 
-/// Takes `excess` away from the weights: an eighth of each, then a quarter, a half, all but 1.
+/// Subtracts `excess` from the weights: an eighth of each, then a quarter, a half, all but 1.
 void shrink(std::span<std::uint16_t> weights, std::uint32_t excess) noexcept {
   for (int shift = 3; shift >= 0; --shift) {
     for (std::uint16_t& weight : weights) {
@@ -25,7 +25,7 @@ void weightsFromCounts(std::span<const std::uint32_t> counts, unsigned stateBits
   const std::uint64_t step = total > 0 ? (std::uint64_t{1} << 31) / total : 0;
   const unsigned shift = 30 - stateBits;
 
-  // Rounded shares, none of them down to nothing.
+  // Rounded shares, each at least 1.
   std::int32_t rest = 1 << stateBits;
   std::size_t heaviest = 0;
   for (std::size_t i = 0; i < counts.size(); ++i) {
@@ -35,7 +35,7 @@ void weightsFromCounts(std::span<const std::uint32_t> counts, unsigned stateBits
     rest -= weight;
     if (weight > weights[heaviest]) heaviest = i;
   }
-  // The heaviest symbol bears a small difference, all share a large one.
+  // The most frequent symbol takes a small difference; all share a large one.
   if (-rest < weights[heaviest] / 4 || rest >= 0) {
     weights[heaviest] = static_cast<std::uint16_t>(weights[heaviest] + rest);
   } else {

@@ -1,12 +1,12 @@
 #pragma once
 
 /// @file EntropyCoder.h
-/// The finite-state entropy coder: symbols own runs of states, frequent ones longer runs.
+/// A finite-state entropy coder. Each symbol owns a run of states; frequent symbols own more.
 ///
 /// With 2^n states and weights f that add up to them, symbol i owns f(i) neighbouring states. To
-/// code it, the low bits of the state are written out until what is left lies in f(i)...2 f(i) - 1,
-/// which picks one of its states as the next. Reading goes the other way, so a coder runs over the
-/// symbols backwards and the reader gets them forwards, from a stack of bits.
+/// code it, low bits of the state are written until the rest is in f(i)...2 f(i) - 1, which selects
+/// one of its states as the next. Decoding reverses this: the coder processes the symbols backwards
+/// and the decoder gets them forwards, from a stack of bits.
 ///
 /// Source: Duda, Asymmetric numeral systems (2013), in its tabled form without spreading.
 
@@ -21,11 +21,11 @@
 
 namespace tq::lzfse {
 
-/// Pops fields off a stack of bits. The payload must lie at least 8 bytes behind the start of its
-/// buffer: whole words are loaded, and what precedes it is read, though never used.
+/// Pops fields off a stack of bits. The payload must begin at least 8 bytes after the start of its
+/// buffer: whole words are loaded, so bytes before it are read, but not used.
 class BitReader {
  public:
-  /// False when the unused bits are not 0 or are more than there are.
+  /// Returns false if there are fewer bits than unused ones, or if these are not 0.
   [[nodiscard]] bool open(std::span<const std::byte> payload, unsigned unusedBits) noexcept {
     if (payload.empty()) return unusedBits == 0;
     if (std::to_integer<unsigned>(payload.back()) >> (8 - unusedBits) != 0) return false;
@@ -36,12 +36,12 @@ class BitReader {
 
   /// Loads at least 57 bits, the next one on top. Must not be called once isExhausted().
   void fill() noexcept {
-    // Before the first byte of an empty payload nothing may be loaded.
+    // Nothing may be loaded before the first byte of an empty payload.
     const std::ptrdiff_t bytes = (bits_ + 7) / 8;
     word_ = bytes > 0 ? load<std::uint64_t>(base_ + bytes - 8) << (8 * bytes - bits_) : 0;
   }
 
-  /// The next `count` bits (0...32) of the word.
+  /// Returns the next `count` bits (0...32) of the word.
   [[nodiscard]] std::uint32_t pop(unsigned count) noexcept {
     const auto value = static_cast<std::uint32_t>(word_ >> 1 >> (63 - count));
     word_ <<= count;
@@ -49,16 +49,16 @@ class BitReader {
     return value;
   }
 
-  /// More bits were popped than there were.
+  /// Returns true if more bits were popped than there were.
   [[nodiscard]] bool isExhausted() const noexcept { return bits_ < 0; }
 
  private:
   const std::byte* base_ = nullptr;
-  std::ptrdiff_t bits_ = 0;  // left, without what is popped off the word
+  std::ptrdiff_t bits_ = 0;  // bits left, without those of the loaded word
   std::uint64_t word_ = 0;
 };
 
-/// Pushes fields onto a stack of bits. What does not fit is dropped and remembered.
+/// Pushes fields onto a stack of bits. Bits that do not fit are dropped; see overflowed().
 class BitWriter {
  public:
   explicit BitWriter(std::span<std::byte> room) noexcept : room_(room) {}
@@ -69,7 +69,7 @@ class BitWriter {
     count_ += count;
   }
 
-  /// Writes out whole bytes.
+  /// Writes the complete bytes.
   void flush() noexcept {
     const std::size_t bytes = count_ / 8;
     if (room_.size() >= sizeof word_) {
@@ -84,7 +84,7 @@ class BitWriter {
     count_ %= 8;
   }
 
-  /// Writes out the last byte. @return how many of its bits are unused
+  /// Writes the last byte. @return the number of its unused bits
   unsigned finish() noexcept {
     flush();
     const unsigned unused = (8 - count_) % 8;
@@ -103,7 +103,7 @@ class BitWriter {
   bool overflowed_ = false;
 };
 
-/// How to code one symbol: above a threshold a state gives up one bit more.
+/// How to code one symbol: a state above a threshold writes one bit more.
 struct EncoderEntry {
   std::int32_t threshold;
   std::int32_t bits;
@@ -141,7 +141,7 @@ class SymbolEncoder {
   std::int32_t state_ = 0;
 };
 
-/// A state of the reader: bits to read, and the state that a reading of 0 leads to.
+/// A state of the decoder: bits to read, and the next state if these are 0.
 struct StateStep {
   unsigned bits;
   std::uint32_t base;
@@ -160,8 +160,8 @@ void forEachState(const std::array<std::uint16_t, symbols>& weights, Visit visit
   }
 }
 
-/// Turns counts into weights that add up to 2^stateBits, every symbol that occurs with at least 1.
-/// Without any count the first symbol gets all states.
+/// Scales counts to weights that add up to 2^stateBits; each symbol that occurs gets at least 1.
+/// If all counts are 0, the first symbol gets all states.
 void weightsFromCounts(std::span<const std::uint32_t> counts, unsigned stateBits,
                        std::span<std::uint16_t> weights) noexcept;
 

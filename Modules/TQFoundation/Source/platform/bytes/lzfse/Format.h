@@ -3,9 +3,9 @@
 /// @file Format.h
 /// The LZFSE stream format: magic words, limits, alphabets.
 ///
-/// A stream is a sequence of blocks, each preceded by its magic word, and the magic word of the end.
-/// An LZFSE block describes its plain bytes as triples: L literals, then M bytes from D bytes back.
-/// A match may refer to earlier blocks. All integers are little-endian.
+/// A stream is a sequence of blocks, each preceded by its magic word, and the magic word of the
+/// end. An LZFSE block describes its plain bytes as triples: L literals, then M bytes from D bytes
+/// back. A match may refer to earlier blocks. All integers are little-endian.
 
 #include <array>
 #include <bit>

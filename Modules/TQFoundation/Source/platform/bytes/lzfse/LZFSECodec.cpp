@@ -15,15 +15,15 @@ namespace {
 
 using namespace lzfse;
 
-/// The best that bits can do: 11 of them lengthen a match from 15 to 2359 bytes. What comes for no
-/// bits at all, 10000 times 15 bytes and 40000 literals a block, is less for the 135 bytes that a
-/// block takes at the least.
+/// Best case: 11 bits lengthen a match from 15 to 2359 bytes. Symbols that take no bits, 10000
+/// matches of 15 bytes and 40000 literals in a block, expand less: a block takes at least 135
+/// bytes.
 constexpr std::size_t kLargestExpansion = 1705;
 
 constexpr std::size_t kFewestLZVNPlain = 8;
 constexpr std::size_t kMostStoredPlain = 0x7ffffffe;
 
-/// Puts the header in front of opcodes that are fewer than the plain bytes.
+/// Writes an LZVN block if its opcodes are shorter than the plain bytes.
 std::size_t encodeShort(std::span<const std::byte> plain, std::span<std::byte> packed) {
   if (plain.size() < kFewestLZVNPlain || packed.size() < kLZVNHeaderSize + kMagicSize) return 0;
   const auto room = packed.subspan(kLZVNHeaderSize, packed.size() - kLZVNHeaderSize - kMagicSize);
@@ -60,7 +60,7 @@ std::size_t encode(std::span<const std::byte> plain, std::span<std::byte> packed
   return size + kMagicSize;
 }
 
-/// @return the size of the block that `bytes` begins with; 0 when it is damaged
+/// @return the size of the block at the front of `bytes`; 0 if it is damaged
 std::size_t decodeStored(std::span<const std::byte> bytes, Output& output) {
   if (bytes.size() < kStoredHeaderSize) return 0;
   const std::size_t size = load<std::uint32_t>(bytes.data() + 4);
@@ -82,7 +82,7 @@ std::size_t decodeShort(std::span<const std::byte> bytes, Output& output) {
 
 bool decode(std::span<const std::byte> packed, std::span<std::byte> plain) {
   Output output(plain);
-  std::unique_ptr<BlockDecoder> blocks;  // made for the first LZFSE block
+  std::unique_ptr<BlockDecoder> blocks;  // created for the first LZFSE block
   while (packed.size() >= kMagicSize) {
     std::size_t size = 0;
     switch (load<std::uint32_t>(packed.data())) {

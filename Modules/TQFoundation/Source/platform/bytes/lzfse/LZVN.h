@@ -14,7 +14,7 @@
 ///     00001110 00010110  nothing
 ///     00000110 0×7       the end
 ///
-/// What would be L = 3 with M > 1 and the like is other opcodes, or none at all.
+/// Bit patterns that would mean L = 3 with M > 1 and the like are other opcodes, or invalid.
 
 #include <cstddef>
 #include <span>
@@ -23,16 +23,17 @@
 
 namespace tq::lzfse {
 
-/// Unpacks the opcodes of a block, the end opcode included, which must come out at `plainSize`
-/// bytes with the last opcode byte. @return false when damaged; `output` then holds some of it
+/// Decodes the opcodes of a block. The end opcode must be the last, after exactly `plainSize`
+/// bytes.
+/// @return false if the block is damaged; `output` then has a part of the data
 [[nodiscard]] bool decodeLZVN(std::span<const std::byte> opcodes, std::size_t plainSize,
                               Output& output) noexcept;
 
-/// Longest plain that encodeLZVN() takes.
+/// Most bytes that encodeLZVN() accepts.
 inline constexpr std::size_t kMostLZVNPlain = 4095;
 
-/// Packs at most kMostLZVNPlain bytes into opcodes with an end. @return their bytes; 0 when they do
-/// not fit or there is no memory
+/// Encodes at most kMostLZVNPlain bytes as opcodes with an end. @return their size in bytes; 0 if
+/// they do not fit or memory is exhausted
 [[nodiscard]] std::size_t encodeLZVN(std::span<const std::byte> plain,
                                      std::span<std::byte> opcodes);
 

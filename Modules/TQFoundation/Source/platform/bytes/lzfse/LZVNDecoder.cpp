@@ -13,23 +13,23 @@ constexpr std::size_t kLongCount = 16;
 
 enum class Kind : std::uint8_t { copy, end, invalid };
 
-/// One opcode, its operands read. One that does nothing copies nothing.
+/// A decoded opcode with its operands. One without effect copies nothing.
 struct Opcode {
   Kind kind = Kind::copy;
-  std::size_t size = 1;  ///< bytes before the literals
+  std::size_t size = 1;  ///< of the opcode, without its literals
   std::size_t literals = 0;
   std::size_t length = 0;
   std::size_t distance = 0;  ///< 0: the previous one
 };
 
-/// 1 to 15 in the opcode's low half, or a byte of its own and 16.
+/// A count of 1 to 15 in the opcode's low half, or 16 plus the next byte.
 std::size_t readCount(const std::byte* at, unsigned first, Opcode& opcode) noexcept {
   if ((first & 15) != 0) return first & 15;
   opcode.size = 2;
   return kLongCount + std::to_integer<std::size_t>(at[1]);
 }
 
-/// The forms that hold two bits of literals and three of a length in one place.
+/// The forms with two bits for literals and three for a length in the same place.
 Opcode readDistanceForm(const std::byte* at, unsigned first) noexcept {
   Opcode opcode;
   opcode.literals = first >> 6;
@@ -57,7 +57,7 @@ Opcode readDistanceForm(const std::byte* at, unsigned first) noexcept {
   return opcode;
 }
 
-/// Reads up to two bytes behind the first.
+/// Reads up to two bytes after the first.
 Opcode readOpcode(const std::byte* at) noexcept {
   const auto first = std::to_integer<unsigned>(*at);
   Opcode opcode;
@@ -89,8 +89,8 @@ Opcode readOpcode(const std::byte* at) noexcept {
 
 }  // namespace
 
-// The end opcode is eight bytes long, so before it there are always two operand bytes to read; an
-// opcode with fewer bytes left than the end takes cannot be followed by one.
+// The end opcode has eight bytes, so two operand bytes can always be read before it. An opcode with
+// fewer bytes after it cannot be followed by the end, so the block is damaged.
 bool decodeLZVN(std::span<const std::byte> opcodes, std::size_t plainSize,
                 Output& output) noexcept {
   if (plainSize == 0 || plainSize > output.room()) return false;
@@ -106,7 +106,7 @@ bool decodeLZVN(std::span<const std::byte> opcodes, std::size_t plainSize,
     output.append(opcodes.data() + opcode.size, opcode.literals);
     if (opcode.distance != 0) distance = opcode.distance;
     if (opcode.length > 0) {
-      if (distance - 1 >= output.produced()) return false;  // 0 wraps round and fails, too
+      if (distance - 1 >= output.produced()) return false;  // 0 wraps around and fails too
       output.repeat(distance, opcode.length);
       plainLeft -= opcode.length;
     }

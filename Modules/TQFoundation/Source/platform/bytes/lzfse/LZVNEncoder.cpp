@@ -13,8 +13,8 @@ namespace tq::lzfse {
 namespace {
 
 constexpr std::size_t kShortestMatch = 3;
-constexpr std::size_t kShortCount = 15;  // in the opcode itself
-constexpr std::size_t kMostCount = 271;  // with a byte of its own
+constexpr std::size_t kShortCount = 15;  // within the opcode
+constexpr std::size_t kMostCount = 271;  // with another byte
 constexpr std::size_t kMostWaiting = 400;
 constexpr std::size_t kTail = 8;
 
@@ -28,7 +28,7 @@ constexpr std::size_t kMediumDistances = 16384;
 constexpr std::size_t kMostMediumLength = 34;
 constexpr std::array<std::byte, 8> kEnd = {std::byte{6}};
 
-/// Writes opcodes; what does not fit is dropped and remembered.
+/// Writes opcodes. Those that do not fit are dropped, and finish() returns 0.
 class OpcodeWriter {
  public:
   explicit OpcodeWriter(std::span<std::byte> room) noexcept : room_(room), size_(room.size()) {}
@@ -57,7 +57,7 @@ class OpcodeWriter {
     }
   }
 
-  /// @return the bytes written, 0 when they did not fit
+  /// @return the number of bytes written; 0 if they did not fit
   [[nodiscard]] std::size_t finish() noexcept {
     bytes(kEnd);
     return overflowed_ ? 0 : size_ - room_.size();
@@ -66,13 +66,13 @@ class OpcodeWriter {
   [[nodiscard]] std::size_t previousDistance() const noexcept { return previous_; }
 
  private:
-  /// A long run is cut so that what is left for the match is short, or an opcode of its own.
+  /// Splits a long run so that the rest fits into the opcode of the match, or takes another.
   static std::size_t aloneOf(std::size_t run) noexcept {
     const std::size_t rest = run % kMostCount;
     return rest <= 3 ? run - rest : run;
   }
 
-  /// The literals and the first bytes of the match. @return how many of them
+  /// Writes the literals and the first bytes of the match. @return how many bytes of the match
   std::size_t opener(std::span<const std::byte> run, std::size_t length,
                      std::size_t distance) noexcept {
     const std::size_t part = std::min(length, 10 - 2 * run.size());
@@ -126,12 +126,13 @@ class OpcodeWriter {
   bool overflowed_ = false;
 };
 
-/// Places by the three bytes that stand there. An empty way says place 0, which is as good as any.
+/// A hash table of positions by their three bytes. An empty entry is position 0, which does no
+/// harm.
 class ShortFinder {
  public:
   explicit ShortFinder(std::span<const std::byte> plain) noexcept : plain_(plain) {}
 
-  /// The match at `place` that saves most, `earliest` being the first literal that waits.
+  /// Returns the match at `place` that saves most bytes. It may begin as early as `earliest`.
   [[nodiscard]] Match find(std::size_t place, std::size_t earliest, std::size_t previous) const {
     Match best;
     if (previous != 0 && previous <= place) improve(best, place, previous, earliest, previous);
@@ -147,7 +148,7 @@ class ShortFinder {
     set.front() = static_cast<std::uint16_t>(place);
   }
 
-  /// Bytes that a match saves: its length without its opcode.
+  /// Returns the bytes that a match saves: its length minus that of its opcode.
   static std::size_t gain(const Match& match, std::size_t previous) noexcept {
     if (match.length == 0) return 0;
     if (match.distance == previous) return match.length - 1;
@@ -181,8 +182,8 @@ class ShortFinder {
 
 }  // namespace
 
-// Like the parser of LZFSE blocks, a match is held back until the next is seen; what counts is the
-// bytes that they save, since opcodes differ in length.
+// As in the encoder of LZFSE blocks, a match is held until the next one is known. The better one is
+// the one that saves more bytes, since opcodes differ in length.
 std::size_t encodeLZVN(std::span<const std::byte> plain, std::span<std::byte> opcodes) {
   const std::unique_ptr<ShortFinder> finder(new (std::nothrow) ShortFinder(plain));
   if (finder == nullptr) return 0;

@@ -16,7 +16,7 @@
 
 namespace tq::lzfse {
 
-/// `length` bytes at `start` are those `distance` bytes before; 0 bytes are no match.
+/// The `length` bytes at `start` equal those `distance` bytes before. Length 0: no match.
 struct Match {
   std::size_t start = 0;
   std::size_t length = 0;
@@ -25,7 +25,7 @@ struct Match {
   [[nodiscard]] std::size_t end() const noexcept { return start + length; }
 };
 
-/// How many leading bytes two places have in common, at most `most`.
+/// Returns the number of equal leading bytes at two positions, at most `most`.
 [[nodiscard]] inline std::size_t commonLength(const std::byte* a, const std::byte* b,
                                               std::size_t most) noexcept {
   std::size_t length = 0;
@@ -38,7 +38,7 @@ struct Match {
   return length;
 }
 
-/// `match` begun earlier, over literals that wait since `earliest`, while the bytes agree.
+/// Returns `match` extended backwards to `earliest`, as far as the bytes agree.
 [[nodiscard]] inline Match extendedBackwards(Match match, const std::byte* plain,
                                              std::size_t earliest) noexcept {
   while (match.start > earliest && match.start > match.distance &&
@@ -49,13 +49,13 @@ struct Match {
   return match;
 }
 
-/// The places of a plain by the four bytes that stand there, or by six where short matches are not
-/// worth their distance: a table of sets, each of the latest four places with that hash, with their
-/// bytes, so that most wrong ones are told apart without a look at the plain. Places are kept
-/// modulo 2^32: an entry too old to be told from a new one is found out by the bytes themselves.
+/// A hash table of positions in the plain data, keyed by the four bytes there, or by six where
+/// short matches do not pay. Each bucket has the latest four positions with that hash, and their
+/// bytes, so that most false candidates are rejected without reading the plain data. Positions are
+/// stored modulo 2^32; an entry that is too old is rejected because its bytes differ.
 class MatchFinder {
  public:
-  /// @param plain  borrowed for the finder's life. Throws nothing: see isReady()
+  /// @param plain  must outlive the finder. Throws nothing: see isReady()
   explicit MatchFinder(std::span<const std::byte> plain) noexcept
       : plain_(plain.data()),
         size_(plain.size()),
@@ -66,11 +66,11 @@ class MatchFinder {
 
   [[nodiscard]] bool isReady() const noexcept { return sets_ != nullptr; }
 
-  /// No place from here on can be looked up or recorded.
+  /// Returns the first position that cannot be looked up or recorded.
   [[nodiscard]] std::size_t end() const noexcept { return size_ > kTail ? size_ - kTail : 0; }
 
-  /// The longest match at `place` that is worth its distance, the nearest of them; then records the
-  /// place. Places must be given in increasing order.
+  /// Returns the longest match at `place` that takes fewer bits than its literals, the nearest of
+  /// equally long ones. Then records the position. Positions must increase from call to call.
   [[nodiscard]] Match findAndRecord(std::size_t place) noexcept {
     const Key key = keyAt(place);
     const std::byte* const here = plain_ + place;
@@ -92,8 +92,8 @@ class MatchFinder {
     return best;
   }
 
-  /// Tells how many bits a literal takes at present. Where that is few, a short match from far away
-  /// takes more than its literals and is not found any more. To begin with all matches are.
+  /// Sets how many bits a literal currently takes. If these are few, a short match from far away
+  /// takes more bits than its literals, and is no longer returned. Initially all matches are.
   void setLiteralBits(double bits) noexcept {
     keyBytes_ = bits < kCheapLiteralBits ? kLongKey : kShortest;
     for (std::size_t digits = 0; digits < shortest_.size(); ++digits) {
@@ -117,19 +117,19 @@ class MatchFinder {
   static constexpr std::size_t kTail = 8;
   static constexpr std::size_t kAlwaysWorthwhile = 8;
   static constexpr unsigned kLongKey = 6;
-  // By trial on documents, sources and prose: what a match takes besides its distance's digits, and
-  // from where on literals differ too much among themselves for their average to tell anything.
+  // Measured on documents, source code and prose: the bits of a match without its distance, and the
+  // limit above which the average cost of literals says nothing.
   static constexpr double kMatchBits = 8;
   static constexpr double kCheapLiteralBits = 5;
   static constexpr std::uint64_t kMultiplier = 0x9e3779b97f4a7c15;  // 2^64 over the golden ratio
   static constexpr unsigned kFewestSetBits = 10;
   static constexpr unsigned kMostSetBits = 15;
-  /// Beyond every distance from the first places.
+  /// Larger than any distance from the first positions.
   static constexpr std::uint32_t kNowhere = std::uint32_t{1} << 31;
 
   using Ways = std::uint32_t __attribute__((vector_size(kWays * sizeof(std::uint32_t))));
 
-  /// The latest place comes first.
+  /// The latest position comes first.
   struct alignas(32) Set {
     Ways places = {kNowhere, kNowhere, kNowhere, kNowhere};
     Ways values = {};
@@ -140,7 +140,7 @@ class MatchFinder {
     }
   };
 
-  /// One set for four places, within bounds.
+  /// One bucket for every four positions, within limits.
   [[nodiscard]] static unsigned setBits(std::size_t size) noexcept {
     const auto bits = static_cast<unsigned>(std::bit_width(size / kWays));
     return std::clamp(bits, kFewestSetBits, kMostSetBits);
@@ -151,8 +151,8 @@ class MatchFinder {
     std::uint32_t value;
   };
 
-  /// What follows a place: the set by as many bytes as a match should have, the last four of them
-  /// as the value. Entries from before the number changed find nothing, or are found out.
+  /// Key of the bytes at a position: as many as a match must have choose the bucket, and the last
+  /// four of them are stored. Entries from before that number changed are not found, or rejected.
   [[nodiscard]] Key keyAt(std::size_t place) const noexcept {
     const auto word = load<std::uint64_t>(plain_ + place);
     return {(word << (64 - 8 * keyBytes_)) * kMultiplier >> shift_,
@@ -161,7 +161,7 @@ class MatchFinder {
 
   const std::byte* plain_;
   std::size_t size_;
-  /// The shortest match worth a distance of so many binary digits.
+  /// Returns the shortest match that pays at a distance of so many binary digits.
   std::array<std::uint8_t, std::bit_width(kMostDistance) + 1> shortest_;
   unsigned shift_;
   unsigned keyBytes_ = kShortest;
