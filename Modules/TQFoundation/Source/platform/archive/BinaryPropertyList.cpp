@@ -19,8 +19,8 @@
 // | 8n          | UID of n + 1 bytes                                                           |
 // | An, Dn      | n references; n references to keys, then n to values                         |
 //
-// n = F: an integer with the real n follows. All numbers are big-endian. Behind the objects come a
-// table of their offsets and 32 bytes that say how to read it:
+// n = F: the real n follows as an integer. All numbers are big-endian. After the objects come the
+// table of their offsets and a trailer of 32 bytes:
 //   0 × 6, offset size, reference size, then 8 bytes each: object count, top object, table offset.
 
 namespace tq::detail {
@@ -48,7 +48,7 @@ constexpr std::size_t widthFor(std::uint64_t value) noexcept {
   return value <= 0xFF ? 1 : value <= 0xFFFF ? 2 : value <= 0xFFFF'FFFF ? 4 : 8;
 }
 
-/// Other writers use 3 bytes as well.
+/// Other writers also use 3 bytes.
 constexpr bool isWidth(std::size_t width) noexcept { return width >= 1 && width <= 8; }
 
 void putBigEndian(std::byte* to, std::uint64_t value, std::size_t width) noexcept {
@@ -130,7 +130,7 @@ BinaryPropertyListWriter::Node BinaryPropertyListWriter::number(NumberValue valu
     appendBigEndian(0, 8);
     appendBigEndian(value.bits(), 8);
   } else {
-    appendInteger(value.bits());  // negative ones are the largest, and take 8 bytes
+    appendInteger(value.bits());  // as unsigned, negative ones are the largest: 8 bytes
   }
   return node;
 }
@@ -186,7 +186,7 @@ BinaryPropertyListWriter::Node BinaryPropertyListWriter::dictionary(
   return node;
 }
 
-// Objects are written last to first, which makes the top number 0.
+// Objects are written in reverse order, so the top has number 0.
 Ref<Data> BinaryPropertyListWriter::finish() const {
   TQ_ASSERT(!places_.empty());
   const std::size_t count = places_.size();
@@ -249,7 +249,7 @@ namespace {
 
 using Reader = BinaryPropertyListReader;
 
-/// A number of 2^n bytes. Integers of 16 bytes are taken as far as 64 bits hold them.
+/// Returns an integer of 2^n bytes; nothing for one of 16 bytes that does not fit into 64 bits.
 std::optional<NumberValue> integerFrom(std::span<const std::byte> content) noexcept {
   if (content.size() < 8) return NumberValue(bigEndian(content));
   if (content.size() == 8) return NumberValue(static_cast<std::int64_t>(bigEndian(content)));
@@ -262,7 +262,7 @@ std::optional<NumberValue> integerFrom(std::span<const std::byte> content) noexc
   return std::nullopt;
 }
 
-/// Takes the first `count` bytes off `rest`, or answers none.
+/// Removes the first `count` bytes from `rest` and returns them; nothing if there are fewer.
 std::optional<std::span<const std::byte>> take(std::span<const std::byte>& rest,
                                                std::uint64_t count) noexcept {
   if (count > rest.size()) return std::nullopt;
@@ -271,7 +271,7 @@ std::optional<std::span<const std::byte>> take(std::span<const std::byte>& rest,
   return taken;
 }
 
-/// The scalar behind a marker that is neither of a run of bytes nor of a container.
+/// Returns the number, date or UID after a marker; nothing for another marker.
 std::optional<Reader::Node> scalarFrom(unsigned marker, std::span<const std::byte> rest) noexcept {
   using Kind = Reader::Kind;
   if (marker == kFalse || marker == kTrue)
@@ -299,7 +299,7 @@ std::optional<Reader::Node> scalarFrom(unsigned marker, std::span<const std::byt
                       std::bit_cast<double>(bigEndian(*content)), 0, *content};
 }
 
-/// What a marker of a run of items of `itemSize` bytes stands before.
+/// Returns the data, string or container after a marker, with items of `itemSize` bytes.
 std::optional<Reader::Node> runFrom(unsigned marker, std::size_t itemSize,
                                     std::span<const std::byte> rest) noexcept {
   std::uint64_t count = marker & 0x0F;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file KeyedArchiver.h
-/// Object graphs of any shape as bytes.
+/// Writes object graphs as keyed archives.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,47 +17,48 @@ namespace detail::keyed {
 struct ValueRecord;
 }
 
-/// Writes a graph of objects in the platform's keyed-archive format (a binary property list), which
-/// keeps shared references shared and may hold cycles.
+/// Writes a graph of objects in the platform's keyed-archive format, a binary property list. Shared
+/// references stay shared, and cycles are possible.
 ///
-/// It keeps String (ill-formed ones too), Number, Data, MutableData, Array, MutableArray,
-/// Dictionary, MutableDictionary, Set, Null, Date, Value, Error, UUID and URL in the platform's own
-/// records (a structure that the platform refuses has a record of ours), and objects of a class
-/// that has `encodeWithCoder` and `initWithCoder` as their encodeWithCoder writes them.
+/// Supported are String (also ill-formed text), Number, Data, MutableData, Array, MutableArray,
+/// Dictionary, MutableDictionary, Set, Null, Date, Value, Error, UUID and URL, in the platform's
+/// own records (boxed structures that the platform refuses have a record of ours). Objects of a
+/// class with `encodeWithCoder` and `initWithCoder` are supported as these functions write and read
+/// them.
 ///
-/// - Objects are told apart by identity, numbers by value. A number comes back as a boolean, a
-///   64-bit integer, a float or a double; equality does not tell the difference.
-/// - The same graph gives the same bytes, and so does what KeyedUnarchiver makes of them.
-/// - A cycle must pass through an object of a host class, which reads its end of it with
-///   KeyedUnarchiver::decodeWeakObjectForKey(); one made of containers alone could never be
-///   released and is refused.
-/// - A container is no key of a dictionary and no member of a set: comparing containers that come
-///   from outside can take for ever.
+/// - An object is written once, and so is each number value. A number is read back as a boolean, a
+///   64-bit integer, a float or a double that is equal to it.
+/// - The same graph always gives the same bytes; so does the graph that KeyedUnarchiver reads back.
+/// - A cycle must pass through an object of a host class that reads its reference with
+///   KeyedUnarchiver::decodeWeakObjectForKey(). A cycle of containers alone could never be released
+///   and is refused.
+/// - A container must not be the key of a dictionary or the member of a set: comparing containers
+///   from outside can take unlimited time.
 ///
-/// Made by archivedDataWithRootObject(), and lent to encodeWithCoder. One thread.
+/// Created by archivedDataWithRootObject(), which passes it to encodeWithCoder. One thread.
 class TQ_EXPORT KeyedArchiver {
  public:
-  /// How deep objects may nest, the root being at depth 1.
+  /// Maximum depth of nested objects; the root is at depth 1.
   static constexpr int kMaximumDepth = 512;
 
-  /// The archive of `object`, under the key "root".
-  /// @throws Exception (InvalidArgumentException) for an object that cannot be kept (see
-  ///         supportsKeyedCoding()), a graph that nests deeper than kMaximumDepth, a cycle of
-  ///         containers alone, text that is not UTF-8 where the format has text, and a URL whose
-  ///         text does not lead back to it; and whatever an encodeWithCoder throws
+  /// Returns the archive of `object`, with the key "root".
+  /// @throws Exception (InvalidArgumentException) for an unsupported object (see
+  ///         supportsKeyedCoding()), a graph deeper than kMaximumDepth, a cycle of containers
+  ///         alone, text that is not UTF-8 where the format requires text, and a URL that cannot be
+  ///         made from its own text. Exceptions from encodeWithCoder pass through.
   [[nodiscard]] static Ref<Data> archivedDataWithRootObject(const Object& object);
 
-  /// True when the object's class can be kept; what a container holds is another matter.
+  /// Returns true if the object's class is supported. Objects in a container are not checked.
   [[nodiscard]] static bool supportsKeyedCoding(const Object& object) noexcept;
 
   KeyedArchiver(const KeyedArchiver&) = delete;
   KeyedArchiver& operator=(const KeyedArchiver&) = delete;
 
-  /// Each writes a value of the object being encoded. A key is well-formed UTF-8; one that comes
-  /// again replaces nothing: the first value is the one that is read.
-  /// Once one of them has thrown, the archive is lost, though the host catches it: those that come
-  /// after throw the same again, and so does archivedDataWithRootObject().
-  void encodeObject(const Object* object, std::string_view forKey);  ///< none is kept as none
+  /// Each function writes a value of the object being encoded. Keys must be well-formed UTF-8. If a
+  /// key is used twice, the first value is the one that is read.
+  /// After one of them has thrown, the archive has failed even if the host catches the exception:
+  /// later calls and archivedDataWithRootObject() throw it again.
+  void encodeObject(const Object* object, std::string_view forKey);  ///< null is read back as null
   template <class T>
   void encodeObject(const Ref<T>& object, std::string_view forKey) {
     encodeObject(object.get(), forKey);

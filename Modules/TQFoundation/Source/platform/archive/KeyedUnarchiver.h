@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file KeyedUnarchiver.h
-/// Object graphs from the bytes of a keyed archive.
+/// Reads object graphs from keyed archives.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,65 +18,67 @@ namespace detail::keyed {
 struct ValueRecord;
 }
 
-/// Reads what KeyedArchiver writes, and archives of the same format that were written elsewhere.
-/// Mutable strings are read as String, mutable sets as Set.
+/// Reads archives of KeyedArchiver, and archives of the same format from other writers. Mutable
+/// strings are read as String, mutable sets as Set.
 ///
-/// An object of a host class is made empty and known from then on, then filled by initWithCoder, so
-/// that objects below it can refer back to it.
+/// An object of a host class is created empty, and then filled by its initWithCoder; objects in it
+/// can refer back to it meanwhile.
 ///
 /// The bytes are never trusted:
-/// - everything they say is checked against their length; objects nest at most
-///   KeyedArchiver::kMaximumDepth deep;
-/// - each byte is looked at kMostReadings times at the most, however the file shares its parts, and
-///   takes at most some 200 bytes of memory (host objects aside); comparing 16 bytes of a key or of
-///   a member of a set counts as looking at one;
-/// - a reference back to an object that is still being read is answered by decodeWeakObjectForKey()
-///   alone, so that no cycle of strong references can come out of a file;
-/// - once the archive has turned out to be bad, or an object's reading has thrown, every key is
-///   answered as an absent one, and nothing comes out, though a host goes on.
+/// - All offsets and counts are checked. Objects nest at most KeyedArchiver::kMaximumDepth deep.
+/// - Each byte is read at most kMostReadings times, however often the file shares its parts, and
+///   takes at most about 200 bytes of memory, without host objects. Comparing 16 bytes of a key or
+///   of a member of a set counts as reading one.
+/// - Only decodeWeakObjectForKey() returns an object that is still being read, so a file cannot
+///   create a cycle of strong references.
+/// - After an error in the archive, or an exception while an object is read, every key is treated
+/// as
+///   absent, and the result is null, even if the host continues.
 ///
-/// Made by unarchiveRootObject(), and lent to initWithCoder. One thread.
+/// Created by unarchiveRootObject(), which passes it to initWithCoder. One thread.
 class TQ_EXPORT KeyedUnarchiver {
  public:
-  /// Most times that any byte of an archive is looked at.
+  /// How many times each byte of an archive may be read.
   static constexpr std::size_t kMostReadings = 16;
 
-  /// The object under the key "root".
-  /// @return none when the bytes are not an archive, hold a class that is not known or an object
-  ///         that does not make sense, or an initWithCoder says no or throws; nothing is half-read
+  /// Returns the object with the key "root".
+  /// @return null if the bytes are not an archive, contain an unknown class or an invalid object,
+  /// or
+  ///         if an initWithCoder returns false or throws
   /// @throws std::bad_alloc
   [[nodiscard]] static Ref<Object> unarchiveRootObject(std::span<const std::byte> archive);
 
   KeyedUnarchiver(const KeyedUnarchiver&) = delete;
   KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;
 
-  /// True when the object being read has a value under the key, be it none.
+  /// Returns true if the object being read has a value for the key, which may be null.
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
 
-  /// None for an absent key and for none.
+  /// Returns null for an absent key, and if the value is null.
   [[nodiscard]] Ref<Object> decodeObjectForKey(std::string_view key);
 
-  /// The same, none for an object of another class.
+  /// The same; returns null for an object of another class.
   template <class T>
   [[nodiscard]] Ref<T> decodeObjectOfClass(std::string_view key) {
     return refCast<T>(decodeObjectForKey(key));
   }
 
-  /// For references that must not hold what they lead to: this alone may also answer an object that
-  /// is still being read, such as the parent of the one that asks. Look at it only after reading;
-  /// an array among them holds Null where elements are yet to come.
+  /// For references that must not own their object. Only this function may return an object that is
+  /// still being read, such as the parent of the object being read. Use the object only after
+  /// unarchiving; until then an array has Null in place of elements that are not read yet.
   template <class T>
   [[nodiscard]] Weak<T> decodeWeakObjectForKey(std::string_view key) {
     return Weak<T>(refCast<T>(decodeReferenceForKey(key)));
   }
 
-  /// Numbers of any kind are converted (see NumberValue); 0 and false for an absent key.
+  /// Each returns the number for the key, converted from any kind (see NumberValue); 0 or false for
+  /// an absent key.
   [[nodiscard]] bool decodeBoolForKey(std::string_view key);
   [[nodiscard]] std::int64_t decodeIntegerForKey(std::string_view key);
   [[nodiscard]] float decodeFloatForKey(std::string_view key);
   [[nodiscard]] double decodeDoubleForKey(std::string_view key);
 
-  /// Lent from the archive until initWithCoder returns; empty for an absent key.
+  /// Returns bytes of the archive, valid until initWithCoder returns; empty for an absent key.
   [[nodiscard]] std::span<const std::byte> decodeBytesForKey(std::string_view key);
 
  private:

@@ -14,16 +14,17 @@
 namespace tq::detail {
 namespace {
 
-constexpr std::size_t kNodeCost = 64;  // what the writer holds of a value while it writes, about
-constexpr std::size_t kReadingsPerByte = 16;  // lists of other writers share their parts
+constexpr std::size_t kNodeCost = 64;         // about the memory that the writer uses for a value
+constexpr std::size_t kReadingsPerByte = 16;  // lists from other writers share objects
 
-// What making a container costs, in bytes read: it takes some 200 of memory, and as few as 3 of a
-// list, marker, offset and the reference to it. Those of a list that shares none are affordable.
+// The price of creating a container, in bytes read. A container takes about 200 bytes of memory,
+// but may take only 3 bytes of a list: marker, offset and reference. A list that shares nothing can
+// pay.
 constexpr std::size_t kContainerPrice = 32;
 static_assert(kContainerPrice + 3 < 3 * kReadingsPerByte);
 
-/// Writes children before their parents. A graph that is no tree is written as the tree that it
-/// stands for, so what is counted is what is written.
+/// Writes children before their parents. Shared objects are written again at each reference, so the
+/// size limit applies to what is written.
 class Writer {
  public:
   using Node = BinaryPropertyListWriter::Node;
@@ -47,7 +48,7 @@ class Writer {
       }
       case ObjectKind::array:
       case ObjectKind::dictionary:
-        if (depth == 0) return fail("an object that nests too deep");
+        if (depth == 0) return fail("an object that is nested too deeply");
         return object.kind() == ObjectKind::array
                    ? array(static_cast<const Array&>(object), depth - 1)
                    : dictionary(static_cast<const Dictionary&>(object), depth - 1);
@@ -96,7 +97,8 @@ class Writer {
     if (!spend(0)) return std::nullopt;
     std::vector<std::pair<Node, Node>> members;
     for (const auto& [key, value] : dictionary) {
-      if (key.kind() != ObjectKind::string) return fail("a dictionary with a key that is no text");
+      if (key.kind() != ObjectKind::string)
+        return fail("a dictionary with a key that is not a string");
       const auto name = text(static_cast<const String&>(key));
       const auto member = name ? write(value, depth) : std::nullopt;
       if (!member) return std::nullopt;
@@ -110,8 +112,8 @@ class Writer {
   std::size_t left_ = kLargestPropertyList;
 };
 
-/// Makes each leaf once, however often it is referred to, and a container for each reference to it,
-/// so that what comes out is a tree of containers.
+/// Creates each leaf once, and a container for each reference to it, so that the containers form a
+/// tree.
 class Reader {
  public:
   explicit Reader(BinaryPropertyListReader list) : list_(list), leaves_(list.objectCount()) {}
@@ -142,7 +144,7 @@ class Reader {
       case Kind::data:
         return Data::dataWithBytes(node.content);
       default:
-        return stringFromNode(node);  // none for a UID
+        return stringFromNode(node);  // null for a UID
     }
   }
 
@@ -168,7 +170,7 @@ class Reader {
   }
 
   BinaryPropertyListReader list_;
-  std::vector<Ref<Object>> leaves_;  // by number, as far as they have been made
+  std::vector<Ref<Object>> leaves_;  // by number; null until created
 };
 
 }  // namespace

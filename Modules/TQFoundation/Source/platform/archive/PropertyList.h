@@ -1,8 +1,7 @@
 #pragma once
 
 /// @file PropertyList.h
-/// Trees of plain values as bytes: strings, numbers, dates, data, and arrays and dictionaries of
-/// these.
+/// Property lists: trees of strings, numbers, dates, data, arrays and dictionaries.
 
 #include <cstddef>
 #include <span>
@@ -12,14 +11,15 @@
 
 namespace tq::detail {
 
-/// How deep arrays and dictionaries may nest, and how much a list may take, about.
+/// Maximum depth of nested arrays and dictionaries, and approximate maximum size of a list in
+/// bytes.
 inline constexpr int kPropertyListDepth = 512;
 inline constexpr std::size_t kLargestPropertyList = std::size_t{1} << 28;
 
-/// The bytes of `object`; none when it is no property list, with what is in the way in `fault`.
+/// Returns `object` as a binary property list; null if it is not one, with the reason in `fault`.
 [[nodiscard]] Ref<Data> bytesFromPropertyList(const Object& object, std::string& fault);
 
-/// What the bytes hold, immutable throughout; none when they make no sense.
+/// Returns the objects of a binary property list, all immutable; null if the bytes are invalid.
 [[nodiscard]] Ref<Object> propertyListFromBytes(std::span<const std::byte> bytes);
 
 }  // namespace tq::detail

@@ -13,7 +13,7 @@
 namespace tq {
 namespace {
 
-/// "bytes 100-199/200", the last one -1 for "*".
+/// "bytes 100-199/200"; total is -1 for "*".
 struct ContentRange {
   std::int64_t first = 0;
   std::int64_t last = 0;
@@ -43,7 +43,7 @@ std::optional<ContentRange> contentRange(std::string_view text) {
   return ContentRange{*first, *last, *total};
 }
 
-/// The length of the body in "bytes */200", as an answer has it that knows no such part.
+/// Returns the length in "bytes */200", the field of a response without such a part.
 std::optional<std::int64_t> unsatisfiedLength(std::string_view text) {
   constexpr std::string_view kUnit = "bytes */";
   if (!text.starts_with(kUnit)) return std::nullopt;
@@ -52,9 +52,9 @@ std::optional<std::int64_t> unsatisfiedLength(std::string_view text) {
   return text.empty() ? length : std::nullopt;
 }
 
-/// What the server calls this version of the body, as If-Range takes it (RFC 9110, 13.1.5): a
-/// strong entity tag, or else when it was changed, unless that is the second of this answer: it may
-/// change again in the same second. Empty: nothing of the kind.
+/// Returns the validator of this version for If-Range (RFC 9110, 13.1.5): a strong entity tag, or
+/// the modification date. A date within the second of the response does not count, since the file
+/// may change again in that second. Empty if there is none.
 std::string_view validatorOf(const URLResponse& response) {
   const std::string_view tag = response.valueForHTTPHeaderField("ETag");
   if (tag.starts_with('"')) return tag;
@@ -63,14 +63,14 @@ std::string_view validatorOf(const URLResponse& response) {
   return now.empty() || changed == now ? std::string_view() : changed;
 }
 
-/// Whether the answer calls its version by another name than `validator`, one of validatorOf().
+/// Returns true if the response has another validator of the same kind as `validator`.
 bool isOfAnotherVersion(const URLResponse& response, std::string_view validator) {
   const bool isTag = validator.starts_with('"');
   const std::string_view name = response.valueForHTTPHeaderField(isTag ? "ETag" : "Last-Modified");
   return !name.empty() && name != validator;
 }
 
-/// What a download decides itself.
+/// Returns true for headers that the download sets itself.
 bool isOurs(const std::pair<std::string, std::string>& header) {
   constexpr std::string_view kOurs[] = {"Range", "If-Range", "Accept-Encoding"};
   return std::ranges::any_of(
@@ -83,7 +83,7 @@ bool isGet(const URLRequest& request) {
 
 }  // namespace
 
-/// Held by the download and by the handler of the task under way; the task is let go when it ends.
+/// Owned by the download and by the handler of its task. The task is released when it ends.
 class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
  public:
   Transfer(URLSession& session, URLRequest request, FileDownloadHandler handler,
@@ -94,7 +94,8 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
         handler_(std::move(handler)),
         partial_(std::move(partial)) {
     std::erase_if(request_.HTTPHeaderFields, isOurs);
-    request_.HTTPHeaderFields.emplace_back("Accept-Encoding", "identity");  // ranges of the file
+    request_.HTTPHeaderFields.emplace_back("Accept-Encoding",
+                                           "identity");  // so that ranges refer to the file
   }
 
   void resume() {
@@ -114,7 +115,7 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
   std::atomic<std::int64_t> expected{-1};
 
  private:
-  /// Asks for the body, or for the rest of it.
+  /// Requests the body, or the rest of it.
   void begin() TQ_REQUIRES(lock_) {
     isBegun_ = true;
     URLRequest request = request_;
@@ -157,8 +158,8 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
       expected = range->total;
     } else if (asked_ > 0 &&
                (response.statusCode == kNoSuchPart || (response.statusCode == kPart && isOther))) {
-      // All of this version has come before, or the server knows it no longer. One that does not
-      // look at If-Range sends a part of another version.
+      // Either all of this version is here already, or the server has another one. A server that
+      // ignores If-Range sends a part of another version.
       isWhole_ = !isOther && unsatisfiedLength(field) == asked_;
       beginsAnew_ = !isWhole_ && keep(partial_->beginAnew({}));
       return false;
@@ -188,10 +189,11 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     if (isWhole_) error = nullptr;
     if (ownError_ != nullptr) error = std::exchange(ownError_, nullptr);
     if (error == nullptr && expected >= 0 && partial_->length() != expected) {
-      error = detail::urlError(URLErrorBadServerResponse, "the body is not as long as it was said");
+      error = detail::urlError(URLErrorBadServerResponse,
+                               "the body does not have the announced length");
     }
     if (error == nullptr) error = partial_->finish();
-    partial_ = nullptr;  // another download may go on from what there is
+    partial_ = nullptr;  // another download may resume from here
     if (handler_.didComplete) handler_.didComplete(response, std::move(error));
   }
 
@@ -209,12 +211,12 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
   URLRequest request_;
   const FileDownloadHandler handler_;
 
-  // The session's thread's, once begun.
+  // Used only by the session's thread after the start.
   std::unique_ptr<detail::PartialFile> partial_;
-  std::int64_t asked_ = 0;  // where the part that was asked for begins; 0: the whole
+  std::int64_t asked_ = 0;  // start of the requested part; 0: the whole body
   bool beginsAnew_ = false;
-  bool isWhole_ = false;  // with what had come before
-  Ref<Error> ownError_;   // why one of our callbacks ended the task
+  bool isWhole_ = false;  // together with the bytes of earlier attempts
+  Ref<Error> ownError_;   // the reason if one of our callbacks ended the task
 
   Lock lock_;
   Ref<URLSessionDataTask> task_ TQ_GUARDED_BY(lock_);

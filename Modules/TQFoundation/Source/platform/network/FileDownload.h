@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FileDownload.h
-/// Bodies brought to files, gone on with where they broke off.
+/// Resumable HTTP downloads to files.
 
 #include <cstdint>
 #include <functional>
@@ -16,49 +16,51 @@
 
 namespace tq {
 
-/// What a download tells, on the session's own thread. Neither may throw: that stops the process.
-/// Each may be empty.
+/// Callbacks of a download, called on the session's thread. Each may be empty. They must not throw:
+/// an exception stops the process.
 struct FileDownloadHandler {
-  /// Bytes on disk so far, those of earlier tries among them, and in all: -1 while that is not
-  /// known. Called at the beginning and for each piece, many times a second.
+  /// Progress: the bytes on disk, including those of earlier attempts, and the expected total, -1
+  /// if it is unknown. Called at the start and for each piece, many times a second.
   std::function<void(std::int64_t received, std::int64_t expected)> didWriteData;
-  /// Once, last. Without an error the file is in its place, whole.
+  /// Called once, last. Without an error the file is complete and in its place.
   std::function<void(const URLResponse&, Ref<Error>)> didComplete;
 };
 
-/// One body on its way to a file. Made suspended, until resume().
+/// The download of one file. Suspended until resume() is called.
 ///
-/// Bytes come to "<file>.download", beside the file, which takes the file's place in one step when
-/// it is whole and on the disk: whoever opens the file finds the old content or the new one. When
-/// it ends before (no connection, no space, cancelled) the bytes stay, all but the last 16 MiB when
-/// the process is killed, and the next download of the same location to the same file asks for the
-/// rest alone. The server says
-/// whether they are still of the same version; if not, or if it names no versions, the body is
-/// begun anew. So it is for every request but a GET.
+/// Bytes are written to "<file>.download". When this file is complete and on the disk, it replaces
+/// the target in one step, so a reader finds the old content or the new one.
 ///
-/// Answers other than "200 OK" and the rest that was asked for end it with
-/// URLErrorBadServerResponse; what had come before stays. A body takes constant memory.
+/// If the download ends early (no connection, no space, cancelled), the bytes stay. If the process
+/// is killed, all but the last 16 MiB stay. The next download of the same URL to the same file
+/// requests only the rest. The server decides whether the file is still the same version; if it is
+/// not, or if the server does not name versions, the download starts again. Requests other than GET
+/// always start again.
 ///
-/// Threads: any. Lifetime: lives while it runs, held by its session.
+/// A response other than "200 OK" or the requested part ends the download with
+/// URLErrorBadServerResponse; the bytes received before stay. Memory use is constant.
+///
+/// Threads:  any.
+/// Lifetime: its session keeps it alive while it runs.
 class TQ_EXPORT FileDownload final : public Subclass<FileDownload> {
  public:
   static constexpr std::string_view className = "FileDownload";
 
-  /// @param request  its own Range, If-Range and Accept-Encoding are left out
-  /// @return none, with an error of CocoaErrorDomain (as FileHandle's), where no file can be made,
-  ///         and while another download to the same file exists, in this process or another
+  /// @param request  its headers Range, If-Range and Accept-Encoding are ignored
+  /// @return null, with an error of CocoaErrorDomain (as from FileHandle), if the file cannot be
+  ///         created, or if this or another process has a download to the same file
   [[nodiscard]] static Ref<FileDownload> downloadWithRequest(URLSession& session,
                                                              URLRequest request, const URL& file,
                                                              FileDownloadHandler handler,
                                                              Ref<Error>* error = nullptr);
   ~FileDownload() override;
 
-  /// Begins; called again it does nothing.
+  /// Starts the download. Later calls have no effect.
   void resume();
-  /// Ends it with URLErrorCancelled, unless it has ended; also one that was never resumed.
+  /// Ends it with URLErrorCancelled unless it has ended, even if it was never resumed.
   void cancel();
 
-  /// As didWriteData tells them. Any thread, at any time.
+  /// The values that didWriteData reports. Any thread, at any time.
   [[nodiscard]] std::int64_t countOfBytesReceived() const noexcept;
   [[nodiscard]] std::int64_t countOfBytesExpectedToReceive() const noexcept;
 

@@ -27,7 +27,7 @@ bool fail(Ref<Error>* error, KeychainErrorCode code, std::string_view descriptio
   return false;
 }
 
-/// Takes the service's error over.
+/// Converts libsecret's error, and frees it.
 bool fail(Ref<Error>* error, GError* fault) {
   const std::unique_ptr<GError, void (*)(GError*)> held(fault, g_error_free);
   const bool isSecretError = fault->domain == SECRET_ERROR;
@@ -36,8 +36,7 @@ bool fail(Ref<Error>* error, GError* fault) {
                 "The keychain refused: " + std::string(fault->message) + ".");
   }
   return fail(error, KeychainErrorCode::noService,
-              "There is no service that keeps secrets in this session: " +
-                  std::string(fault->message) + ".");
+              "No keychain service runs in this session: " + std::string(fault->message) + ".");
 }
 
 bool check(const KeychainItem& item, Ref<Error>* error) {

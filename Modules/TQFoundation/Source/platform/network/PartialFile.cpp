@@ -18,11 +18,12 @@
 namespace tq::detail {
 namespace {
 
-constexpr std::int64_t kNoteEvery = std::int64_t{16} << 20;  // bytes that a power cut may cost
-constexpr std::size_t kLongestNote = std::size_t{1} << 17;   // a header line is shorter
+constexpr std::int64_t kNoteEvery = std::int64_t{16}
+                                    << 20;                  // most bytes that a power failure loses
+constexpr std::size_t kLongestNote = std::size_t{1} << 17;  // header lines are shorter
 constexpr std::string_view kHeading = "partial download 1";
 
-/// The text up to the line's end, which is taken off `rest`.
+/// Removes the next line from `rest` and returns it, without the line break.
 std::string_view nextLine(std::string_view& rest) {
   const std::string_view line = rest.substr(0, rest.find('\n'));
   rest.remove_prefix(std::min(line.size() + 1, rest.size()));
@@ -33,7 +34,7 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Empty when there is none that is ours: a link, for one, leads to another's file.
+/// Returns the note; empty if there is none. A link is not followed: it may lead to another's file.
 std::string textOfNote(const std::string& path) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0) return {};
@@ -74,9 +75,9 @@ std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view
   return nullptr;
 }
 
-// Whoever holds the lock may put the file in its place: then the name leads to another file, or to
-// none, by the time that we get the lock. What takes the place of a private file is private from
-// its first byte on, and one to be gone on from can be written, whatever the file before permits.
+// The previous holder of the lock may have moved the file to its target. Then the name refers to
+// another file, or to none, when we get the lock, and we try again. The replacement of a private
+// file is private from its first byte on. It stays writable even if the target is not.
 int PartialFile::openLocked(struct stat before) {
   before.st_mode = (before.st_mode & 0777) | kOwnersOnly;
   for (;;) {
@@ -138,7 +139,7 @@ Ref<Error> PartialFile::beginAnew(std::string_view validator) {
   return failed != 0 ? failure(failed) : nullptr;
 }
 
-// An older note would claim the first bytes of this body for another one.
+// An older note would assign the first bytes of this body to another one.
 int PartialFile::removeNote() {
   if (::unlink(note_.c_str()) == 0) return bringFolderToDisk(folderOfPath(place_));
   return errno == ENOENT ? 0 : errno;
@@ -146,7 +147,7 @@ int PartialFile::removeNote() {
 
 Ref<Error> PartialFile::append(std::span<const std::byte> bytes) {
   if (const int failed = writeAll(descriptor_, bytes); failed != 0) {
-    // What was written of the piece is not counted, and cut off again.
+    // The part of the piece that was written does not count, and is removed.
     [[maybe_unused]] const int ignored = cut(length_);
     return failure(failed);
   }
@@ -174,7 +175,7 @@ PartialFile::~PartialFile() {
     ::unlink(note_.c_str());
     ::unlink(path_.c_str());
   } else if (noted_ != length_) {
-    [[maybe_unused]] const int ignored = writeNote();  // the older note stands then
+    [[maybe_unused]] const int ignored = writeNote();  // then the older note stays valid
   }
   ::close(descriptor_);
 }

@@ -11,7 +11,7 @@ namespace {
 
 char lowered(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
 
-/// A body that is kept in memory until it is whole.
+/// Collects a body in memory.
 class Collector {
  public:
   explicit Collector(URLSession::Completion completion) : completion_(std::move(completion)) {}
@@ -70,7 +70,7 @@ void URLSessionDataTask::resume() {
 void URLSessionDataTask::cancel() {
   State expected = State::suspended;
   if (state_.compare_exchange_strong(expected, State::canceling)) {
-    session_->engine_->submit(share(*this));  // completes there, like all others
+    session_->engine_->submit(share(*this));  // completes on the session's thread, like all others
   } else if (expected == State::running &&
              state_.compare_exchange_strong(expected, State::canceling)) {
     session_->engine_->wake();

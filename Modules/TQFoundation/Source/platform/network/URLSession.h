@@ -45,9 +45,9 @@ enum URLErrorCode : std::int64_t {
 /// Names are compared without regard to case.
 using HTTPHeaders = std::vector<std::pair<std::string, std::string>>;
 
-/// From whom cookies are taken.
+/// Which cookies are accepted.
 enum class HTTPCookieAcceptPolicy : std::uint8_t { always, never, onlyFromMainDocumentDomain };
-/// Whether answers may come from a cache.
+/// Whether responses may come from a cache.
 enum class URLRequestCachePolicy : std::uint8_t { useProtocolCachePolicy, reloadIgnoringCache };
 
 /// How a session behaves. These are the values of the default configuration.
@@ -55,86 +55,88 @@ struct URLSessionConfiguration {
   /// The values below.
   [[nodiscard]] static URLSessionConfiguration defaultSessionConfiguration() { return {}; }
 
-  /// Seconds without any data, also to connect; not while the task waits for others to let it have
-  /// a connection, nor while a callback runs. 0 or less, or not a number: no limit.
+  /// Most seconds without any data, also while connecting. Waiting for a connection that other
+  /// tasks use does not count, and neither does a running callback. 0, negative or NaN: no limit.
   double timeoutIntervalForRequest = 60;
-  /// Seconds for the whole of a task; 0 or less, or not a number: no limit.
+  /// Most seconds for a whole task; 0, negative or NaN: no limit.
   double timeoutIntervalForResource = 604800;
-  int HTTPMaximumConnectionsPerHost = 6;  ///< most connections to one server at a time
-  int HTTPMaximumRedirects = 20;          ///< more of them fail with URLErrorHTTPTooManyRedirects
-  bool HTTPShouldUsePipelining = false;   ///< of no effect: the protocol decides
-  bool HTTPShouldSetCookies = true;       ///< cookies are kept in memory while the session lives
-  /// `never` takes no cookies; the other two are alike.
+  int HTTPMaximumConnectionsPerHost = 6;  ///< limit of simultaneous connections to one server
+  int HTTPMaximumRedirects = 20;          ///< more fail with URLErrorHTTPTooManyRedirects
+  bool HTTPShouldUsePipelining = false;   ///< no effect: the protocol decides
+  bool HTTPShouldSetCookies = true;       ///< cookies are kept in memory for the session's lifetime
+  /// `never` accepts no cookies; the other two mean the same.
   HTTPCookieAcceptPolicy cookieAcceptPolicy = HTTPCookieAcceptPolicy::onlyFromMainDocumentDomain;
-  /// Of no effect: a session keeps no answers.
+  /// No effect: a session has no cache.
   URLRequestCachePolicy requestCachePolicy = URLRequestCachePolicy::useProtocolCachePolicy;
-  bool allowsCellularAccess = true;    ///< of no effect: a desktop's connections are all alike
-  bool discretionary = false;          ///< of no effect: every task begins at once
-  HTTPHeaders HTTPAdditionalHeaders;   ///< added to each request that does not say otherwise
+  bool allowsCellularAccess = true;    ///< no effect on a desktop
+  bool discretionary = false;          ///< no effect: every task starts at once
+  HTTPHeaders HTTPAdditionalHeaders;   ///< added to each request that does not set the same header
   std::string certificateAuthorities;  ///< path of a PEM file trusted instead of the system's
 };
 
-/// A request to be made: a value.
+/// A request.
 struct URLRequest {
-  /// Where to; none fails with URLErrorBadURL.
+  /// The URL; null fails with URLErrorBadURL.
   Ref<URL> url;
-  /// As sent.
+  /// The method, sent unchanged.
   std::string HTTPMethod = "GET";
-  /// Added to the session's, and win over them.
+  /// Headers; they take precedence over the session's.
   HTTPHeaders HTTPHeaderFields;
-  Ref<Data> HTTPBody;  ///< sent with POST, PUT and the like; may be none
-  /// Seconds without any data, as timeoutIntervalForRequest; 0 or less, or not a number: the
-  /// session's.
+  Ref<Data> HTTPBody;  ///< sent with POST, PUT and similar methods; may be null
+  /// Replaces the session's timeoutIntervalForRequest; 0, negative or NaN: the session's value.
   double timeoutInterval = 0;
 };
 
-/// What a server says before the body. Threads: any; immutable.
+/// The status and the headers of a response.
 struct URLResponse {
-  std::string url;                          ///< behind all redirects
-  int statusCode = 0;                       ///< 200, 404 and so on; 0 before there is an answer
-  std::int64_t expectedContentLength = -1;  ///< bytes; -1: not told
+  std::string url;                          ///< after all redirects
+  int statusCode = 0;                       ///< 200, 404 and so on; 0 before a response has come
+  std::int64_t expectedContentLength = -1;  ///< bytes of the body; -1: unknown
   HTTPHeaders allHeaderFields;              ///< as sent, in order
 
-  /// The first header of that name; empty when there is none.
+  /// Returns the value of the first header of that name, valid while the response lives; empty if
+  /// there is none.
   [[nodiscard]] TQ_EXPORT std::string_view valueForHTTPHeaderField(std::string_view field) const;
 };
 
 class URLSessionDataTask;
 
-/// What a task tells while it runs: on the session's own thread, one call at a time, each of the
-/// session's tasks among them. Slow ones hold back the sender, so a body of any size takes constant
-/// memory. They may not throw: that stops the process. Each may be empty.
+/// Callbacks of a task. They are called on the session's thread, one at a time for all tasks of the
+/// session. A slow callback slows down the sender, so a body of any size takes constant memory.
+/// They must not throw: an exception stops the process. Each may be empty.
 struct URLSessionTaskHandler {
-  /// Before the body. A false answer cancels the task.
+  /// Called before the body. If it returns false, the task is cancelled.
   std::function<bool(URLSessionDataTask&, const URLResponse&)> didReceiveResponse;
-  /// A piece of the body, lent for the call. A false answer ends the task with
-  /// URLErrorCannotWriteToFile.
+  /// Called with each piece of the body, which is valid during the call. If it returns false, the
+  /// task ends with URLErrorCannotWriteToFile.
   std::function<bool(URLSessionDataTask&, std::span<const std::byte>)> didReceiveData;
-  /// Once, last. Without an error all of the body has come, whatever the status code is.
+  /// Called once, last. Without an error the body is complete, whatever the status code is.
   std::function<void(URLSessionDataTask&, const URLResponse&, Ref<Error>)> didComplete;
 };
 
-/// One request under way. Made by a session, suspended until resume().
-/// Threads: any. Held by its session from resume() until it has completed.
+/// A request of a session. Suspended until resume() is called.
+///
+/// Threads:  any.
+/// Lifetime: its session keeps it alive from resume() until it has completed.
 class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
  public:
   static constexpr std::string_view className = "URLSessionDataTask";
-  /// Where a task stands; it never goes back.
+  /// The state of a task. It only moves forward.
   enum class State : std::uint8_t { suspended, running, canceling, completed };
 
   ~URLSessionDataTask() override;
 
-  /// Begins; called again it does nothing.
+  /// Starts the task. Later calls have no effect.
   void resume();
-  /// Ends it with URLErrorCancelled, unless it has ended; also one that was never resumed.
+  /// Ends it with URLErrorCancelled unless it has ended, even if it was never resumed.
   void cancel();
 
-  /// At this moment.
+  /// The current state.
   [[nodiscard]] State state() const noexcept { return state_; }
-  /// As given, before redirects.
+  /// The request as given, before redirects.
   [[nodiscard]] const URLRequest& originalRequest() const noexcept { return request_; }
 
-  /// Bytes of the body so far, and in all: -1 while that is not known. Any thread, at any time.
+  /// Bytes of the body so far, and the expected total, -1 while unknown. Any thread, at any time.
   [[nodiscard]] std::int64_t countOfBytesReceived() const noexcept { return received_; }
   [[nodiscard]] std::int64_t countOfBytesExpectedToReceive() const noexcept { return expected_; }
   [[nodiscard]] std::int64_t countOfBytesSent() const noexcept { return sent_; }
@@ -154,40 +156,46 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
   std::atomic<std::int64_t> sent_{0};
 };
 
-/// Tasks that share connections, cookies and a thread for their callbacks.
+/// Runs tasks that share connections, cookies and a thread for their callbacks.
 ///
-/// Follows redirects (within HTTP and HTTPS; a POST that is redirected by 301 or 302 becomes a GET,
-/// and so does all but a HEAD by 303; other methods stay as they are, with their body; credentials
-/// of one host are not told to another), takes any content coding that the network library knows,
-/// and refuses servers whose certificate is not in order. Headers and trailers of more than 300 000
-/// bytes, those of redirects among them, fail with URLErrorBadServerResponse.
+/// - Redirects are followed within HTTP and HTTPS. After 301 and 302 a POST becomes a GET, and
+/// after
+///   303 every method but HEAD does. Other methods are kept, with their body. Credentials for one
+///   host are not sent to another.
+/// - Every content coding that the network library supports is decoded.
+/// - Servers with an invalid certificate are refused.
+/// - More than 300 000 bytes or 2 000 lines of headers and trailers, including those of redirects,
+///   fail with URLErrorBadServerResponse.
 ///
 /// Threads:  any.
-/// Lifetime: tasks under way keep the session alive; its thread ends some time after the last
-///           reference has gone. A process may exit with sessions alive.
+/// Lifetime: running tasks keep the session alive. Its thread ends some time after the last
+/// reference
+///           is released. A process may exit while sessions exist.
 class TQ_EXPORT URLSession final : public Subclass<URLSession> {
  public:
   static constexpr std::string_view className = "URLSession";
-  /// The whole body (none on failure), the response as far as it came, and what went wrong.
+  /// The complete body (null on failure), the response as far as it has come, and the error or
+  /// null.
   using Completion =
       std::function<void(Ref<Data> data, const URLResponse& response, Ref<Error> error)>;
-  /// What a body that is collected in memory may hold.
+  /// Maximum size of a body that is collected in memory.
   static constexpr std::size_t kLargestCollectedBody = std::size_t{1} << 31;
 
-  /// A session of its own, with its own connections and cookies.
+  /// Returns a new session, with its own connections and cookies.
   [[nodiscard]] static Ref<URLSession> sessionWithConfiguration(
       URLSessionConfiguration configuration);
   ~URLSession() override;
 
-  /// A copy of what it was made with.
+  /// The configuration that it was created with.
   [[nodiscard]] const URLSessionConfiguration& configuration() const noexcept {
     return configuration_;
   }
 
-  /// A task that tells its handler as it goes.
+  /// Returns a task that calls its handler while it runs.
   [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithRequest(URLRequest request,
                                                             URLSessionTaskHandler handler);
-  /// A task that collects the body; larger ones end with URLErrorDataLengthExceedsMaximum.
+  /// Returns a task that collects the body in memory. A body that is larger than
+  /// kLargestCollectedBody ends with URLErrorDataLengthExceedsMaximum.
   [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithRequest(URLRequest request,
                                                             Completion completionHandler);
   [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithURL(Ref<URL> url, Completion completionHandler);

@@ -10,15 +10,15 @@
 #include <TQFoundation/platform/network/detail/URLSessionEngine.h>
 #include <TQFoundation/platform/network/detail/URLTransfer.h>
 
-// The network library is used by the session's thread alone, but for the call that wakes it. Tasks
-// come to the thread under our own lock; what cancels them is atomic.
+// Only the session's thread uses libcurl, except for the call that wakes it. Tasks are passed to
+// the thread under our own lock; they are cancelled through an atomic flag.
 
 namespace tq {
 namespace {
 
 void prepareLibrary() {
   static const bool isPrepared = [] {
-    // Sessions may be alive when the process exits: what they use must not be torn down then.
+    // Sessions may exist when the process exits, so OpenSSL must not be shut down then.
     OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
   }();
@@ -74,7 +74,7 @@ void URLSession::Engine::close() noexcept {
     const Locked guard(lock_);
     isClosing_ = true;
     if (isRunning_) {
-      wake();  // with the lock held: the thread deletes the engine once it has seen the mark
+      wake();  // with the lock held: the thread deletes the engine after it has seen the flag
       return;
     }
   }
@@ -82,8 +82,8 @@ void URLSession::Engine::close() noexcept {
 }
 
 void URLSession::Engine::run() noexcept {
-  // Writing to a connection that has been cut raises this signal for the thread that writes; with
-  // it blocked the write just fails.
+  // Writing to a closed connection raises SIGPIPE in the writing thread. While it is blocked, the
+  // write fails instead.
   sigset_t brokenPipe;
   sigemptyset(&brokenPipe);
   sigaddset(&brokenPipe, SIGPIPE);
@@ -92,12 +92,13 @@ void URLSession::Engine::run() noexcept {
     std::vector<Ref<URLSessionDataTask>> submitted;
     {
       const Locked guard(lock_);
-      if (isClosing_) break;  // then there are no tasks: each holds the session
+      if (isClosing_) break;  // then there are no tasks: each keeps the session alive
       submitted.swap(submitted_);
     }
     for (Ref<URLSessionDataTask>& task : submitted) begin(std::move(task));
     submitted.clear();
-    // What came while a slow callback ran was not late: it is taken before the time is looked at.
+    // Data that came during a slow callback is not late: it is processed before time-outs are
+    // checked.
     const Clock::time_point now = Clock::now();
     int running = 0;
     curl_multi_perform(library_->multi, &running);
@@ -148,7 +149,7 @@ void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
 }
 
 int URLSession::Engine::pollTimeout() const {
-  constexpr std::chrono::milliseconds kLongest(60'000);  // then it looks around for nothing
+  constexpr std::chrono::milliseconds kLongest(60'000);  // then it wakes without need
   auto wait = kLongest;
   const Clock::time_point now = Clock::now();
   for (const std::unique_ptr<URLTransfer>& each : transfers_) {

@@ -68,23 +68,23 @@ std::string_view sentenceOf(std::int64_t code) noexcept {
     case URLErrorHTTPTooManyRedirects:
       return "too many HTTP redirects";
     case URLErrorBadServerResponse:
-      return "The server’s answer makes no sense.";
+      return "The server’s response is invalid.";
     case URLErrorDataLengthExceedsMaximum:
-      return "The answer is too long to be kept in memory.";
+      return "The response is too long to be kept in memory.";
     case URLErrorSecureConnectionFailed:
       return "An SSL error has occurred and a secure connection to the server cannot be made.";
     case URLErrorServerCertificateUntrusted:
       return "The certificate for this server is invalid.";
     case URLErrorCannotWriteToFile:
-      return "What the server sent could not be stored.";
+      return "The response could not be stored.";
     default:
       return "The request failed.";
   }
 }
 
 std::chrono::nanoseconds durationOf(double seconds) noexcept {
-  constexpr double kLongest = 4e9;  // seconds; added to a time it does not overflow
-  const bool isLimit = seconds > 0 && seconds < kLongest;  // what is not a number is none
+  constexpr double kLongest = 4e9;  // seconds; no overflow when it is added to a time
+  const bool isLimit = seconds > 0 && seconds < kLongest;  // NaN is no limit
   return std::chrono::nanoseconds(static_cast<std::int64_t>((isLimit ? seconds : kLongest) * 1e9));
 }
 
@@ -155,7 +155,7 @@ URLTransfer::URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfigura
     return;
   }
   response_.url = request.url->absoluteString();
-  if (response_.url.find('\0') != std::string::npos) {  // it would cut the text
+  if (response_.url.find('\0') != std::string::npos) {  // libcurl would stop reading there
     ownError_ = URLErrorBadURL;
     return;
   }
@@ -188,8 +188,8 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
   curl.set(CURLOPT_XFERINFOFUNCTION, onProgress);
   curl.set(CURLOPT_XFERINFODATA, this);
   curl.set(CURLOPT_NOPROGRESS, 0L);
-  // One of these is the first thing that happens once the task need not wait for another's end: its
-  // host is looked for, or else a connection is made, or else one that stands is its own.
+  // One of these is called first when the task no longer waits for a connection: its host name is
+  // resolved, or a connection is made, or an open connection is reused.
   curl.set(CURLOPT_RESOLVER_START_FUNCTION, onResolving);
   curl.set(CURLOPT_RESOLVER_START_DATA, this);
   curl.set(CURLOPT_SOCKOPTFUNCTION, onSocket);
@@ -201,10 +201,10 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
     curl.set(CURLOPT_CAPATH, static_cast<char*>(nullptr));
   }
   if (cookies != nullptr) {
-    curl.set(CURLOPT_COOKIEFILE, "");  // switches cookies on; no file is read
+    curl.set(CURLOPT_COOKIEFILE, "");  // enables cookies; no file is read
     curl.set(CURLOPT_SHARE, cookies);
   }
-  // A part of a body, and one in a coding of the caller's choice, is handed on as it comes.
+  // Parts of a body, and codings that the caller asked for, are passed on without decoding.
   const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
   if (!holds(own, "Accept-Encoding") && !holds(own, "Range")) {
     curl.set(CURLOPT_ACCEPT_ENCODING, "");
@@ -221,7 +221,7 @@ void URLTransfer::prepareMethod() {
     const std::string_view body =
         request.HTTPBody != nullptr ? request.HTTPBody->view() : std::string_view("");
     curl.set(CURLOPT_POST, 1L);
-    curl.set(CURLOPT_POSTFIELDS, body.data());  // not copied: the request keeps it
+    curl.set(CURLOPT_POSTFIELDS, body.data());  // not copied: the request owns it
     curl.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
     if (request.HTTPMethod != "POST") {
       curl.set(CURLOPT_CUSTOMREQUEST, request.HTTPMethod.c_str());
@@ -235,7 +235,7 @@ void URLTransfer::prepareMethod() {
 bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unlessIn) {
   for (const auto& [name, value] : headers) {
     if (unlessIn != nullptr && holds(*unlessIn, name)) continue;
-    // A line break would begin a header of somebody else's choice.
+    // A line break would let the value add a header.
     if (!isHeaderName(name) || !isHeaderValue(value)) return false;
     const std::string_view text = trimmed(value);
     std::string line = name;
@@ -250,7 +250,7 @@ bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unle
 bool URLTransfer::prepareHeaders(const HTTPHeaders& additional) {
   const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
   if (!addHeaders(own, nullptr) || !addHeaders(additional, &own)) return false;
-  if (!holds(own, "Expect")) {  // with nothing behind the colon the header is left out: no waiting
+  if (!holds(own, "Expect")) {  // without a value the header is not sent, so nothing waits
     curl_slist* const longer = curl_slist_append(library_->headers, "Expect:");
     if (longer == nullptr) throw std::bad_alloc();
     library_->headers = longer;
@@ -315,7 +315,7 @@ bool URLTransfer::headersEnded() {
   if (isRedirect && code == kSeeOther) {
     library_->set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
   }
-  return code < 200 || isRedirect || tellResponse();  // another response follows the first two
+  return code < 200 || isRedirect || tellResponse();  // more headers follow in the first two cases
 }
 
 long URLTransfer::statusCode() const {

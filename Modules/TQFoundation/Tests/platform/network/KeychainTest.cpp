@@ -22,7 +22,7 @@ TEST(Keychain, SaysClearlyThatNoServiceRuns) {
     EXPECT_EQ(error->domain(), KeychainErrorDomain);
     EXPECT_EQ(error->code(), static_cast<std::int64_t>(KeychainErrorCode::noService));
     EXPECT_THAT(error->localizedDescription(),
-                testing::HasSubstr("no service that keeps secrets in this session"));
+                testing::HasSubstr("No keychain service runs in this session"));
   }
   for (const KeychainItem& bad : {KeychainItem{"a\xFF", "b"}, {"a", std::string("b\0c", 3)}}) {
     EXPECT_FALSE(bad.setSecret("secret", &errors[0]));
@@ -30,14 +30,14 @@ TEST(Keychain, SaysClearlyThatNoServiceRuns) {
   }
 }
 
-// Run in a session of its own with a service that keeps secrets in a folder of the test's.
+// Runs in a D-Bus session with its own keychain service, which stores secrets in a test folder.
 TEST(KeychainService, KeepsSecretsAndForgetsThem) {
   if (std::getenv("TQ_TEST_KEYCHAIN") == nullptr) GTEST_SKIP() << "no service of the test's own";
   const KeychainItem item{"com.korvan.test", "somebody"};
   const KeychainItem other{"com.korvan.test", "somebody else"};
   Ref<Error> error;
   EXPECT_EQ(item.secret(&error), std::nullopt);
-  EXPECT_EQ(error, nullptr);  // none there is no failure
+  EXPECT_EQ(error, nullptr);  // a missing item is not an error
   for (const std::string& secret :
        {std::string("first"), std::string("a\0\xff", 3), std::string()}) {
     EXPECT_TRUE(item.setSecret(secret, &error));

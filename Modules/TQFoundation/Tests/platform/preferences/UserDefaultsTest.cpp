@@ -188,7 +188,7 @@ TEST_F(UserDefaultsTest, RefusesValuesThatAreNoPropertyLists) {
       {Array::arrayWithObjects({Value::valueWithPoint({1, 2})}), "object of class Value"},
       {Dictionary::dictionaryWithEntries(
            std::vector<std::pair<Ref<Object>, Ref<Object>>>{{nest(0), nest(0)}}),
-       "key that is no text"},
+       "key that is not a string"},
       {nest(513), "too deep"},
       {cyclic, "too deep"},
       {doubled, "too large"},

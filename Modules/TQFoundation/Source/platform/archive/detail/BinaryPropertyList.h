@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file BinaryPropertyList.h
-/// Property lists in the platform's binary form, "bplist00": trees of plain values whose objects
-/// lie one behind the other and refer to each other by number.
+/// Reader and writer of binary property lists ("bplist00"): a sequence of objects that refer to
+/// each other by number.
 
 #include <cstddef>
 #include <cstdint>
@@ -19,28 +19,28 @@
 
 namespace tq::detail {
 
-/// Collects objects, children before their parents; the last one becomes the top.
+/// Writes a list. Children must be added before their parents; the last object is the top.
 class BinaryPropertyListWriter {
  public:
   using Node = std::uint32_t;
 
-  /// Booleans stay booleans, integers take the smallest form, float and double are kept apart.
+  /// Booleans stay booleans, integers take the smallest form, floats and doubles stay distinct.
   Node number(NumberValue value);
   /// Seconds since 2001-01-01 00:00 UTC.
   Node date(double seconds);
   Node data(std::span<const std::byte> bytes);
-  /// UTF-8 in which unpaired surrogates may stand, as String holds it.
+  /// UTF-8 with unpaired surrogates allowed, as in String.
   Node string(std::string_view text);
   Node uid(std::uint64_t value);
   Node array(std::span<const Node> elements);
-  /// Key and value; keys are strings.
+  /// Keys and values; keys must be strings.
   Node dictionary(std::span<const std::pair<Node, Node>> members);
 
-  /// The whole list. There must be an object.
+  /// Returns the list. It must have an object.
   [[nodiscard]] Ref<Data> finish() const;
 
  private:
-  // Where an object's bytes and its references begin; both end where the next object's begin.
+  // The start of an object's bytes and references, which end at the start of the next object's.
   struct Place {
     std::size_t bytes;
     std::size_t references;
@@ -52,46 +52,46 @@ class BinaryPropertyListWriter {
   void appendMarker(unsigned kind, std::size_t count);
 
   std::string bytes_;             // markers, counts and contents
-  std::vector<Node> references_;  // what arrays and dictionaries hold
+  std::vector<Node> references_;  // of arrays and dictionaries
   std::vector<Place> places_;
 };
 
-/// Looks at the objects of a list where they lie, each checked against the list's bounds. Nothing
-/// is built and nothing is walked here, so neither cycles nor shared parts of a hostile list
-/// matter; but each look has its price, and with it how often a list can be gone over.
+/// Reads single objects of a list in place, each checked against the list's bounds. It neither
+/// creates objects nor follows references, so cycles and shared objects of a hostile list do no
+/// harm. Each access has a price, which limits how often a caller can traverse the list.
 class BinaryPropertyListReader {
  public:
   enum class Kind { number, date, data, ascii, utf16, uid, array, dictionary };
 
   struct Node {
     Kind kind;
-    NumberValue number;                  ///< of a number, and of a date its seconds
-    std::uint64_t value = 0;             ///< a UID; how many bytes, characters or elements
-    std::span<const std::byte> content;  ///< bytes, characters or references, as they lie there
+    NumberValue number;                  ///< a number, or the seconds of a date
+    std::uint64_t value = 0;             ///< a UID, or the count of bytes, characters or elements
+    std::span<const std::byte> content;  ///< bytes, characters or references, as in the list
   };
 
-  /// None when the bytes are not a list. They must outlive the reader, which answers none to
-  /// node() once it has looked at `readingsPerByte` times as many bytes as there are.
+  /// Returns nothing if the bytes are not a list. They must outlive the reader. node() returns
+  /// nothing after `readingsPerByte` times as many bytes were read as the list has.
   [[nodiscard]] static std::optional<BinaryPropertyListReader> open(
       std::span<const std::byte> bytes, std::size_t readingsPerByte);
 
   [[nodiscard]] std::uint64_t top() const noexcept { return top_; }
 
-  /// Objects are numbered from 0. There are no more of them than bytes.
+  /// Objects are numbered from 0. A list has at most as many objects as bytes.
   [[nodiscard]] std::uint64_t objectCount() const noexcept { return count_; }
 
-  /// The object of this number; none when it does not lie whole within the list.
+  /// Returns the object with this number; nothing if it is not completely within the list.
   [[nodiscard]] std::optional<Node> node(std::uint64_t number) noexcept;
 
-  /// The same once more, at no price.
+  /// The same for an object that was paid for before, without a price.
   [[nodiscard]] std::optional<Node> nodeAgain(std::uint64_t number) const noexcept;
 
-  /// Pays for what is done with a node found before: as if so many bytes were looked at. False once
-  /// the list has been gone over as often as was agreed.
+  /// Pays for work with a node as if `byteCount` bytes were read. Returns false if the limit is
+  /// exceeded.
   [[nodiscard]] bool pay(std::size_t byteCount) noexcept;
 
-  /// The number of the object that a container refers to at `index`: an array has `value` of them,
-  /// a dictionary that many keys and then that many values.
+  /// Returns the number of the object at `index` of a container. An array has `value` references, a
+  /// dictionary `value` keys and then `value` values.
   [[nodiscard]] std::uint64_t reference(const Node& container, std::uint64_t index) const noexcept;
 
  private:
@@ -104,10 +104,11 @@ class BinaryPropertyListReader {
   std::size_t readingsLeft_ = 0;
 };
 
-/// The text of a node of kind ascii or utf16; none for any other, and for bytes that are not ASCII.
+/// Returns the text of a node of kind ascii or utf16; null for another kind, and if the bytes of an
+/// ascii node are not ASCII.
 [[nodiscard]] Ref<String> stringFromNode(const BinaryPropertyListReader::Node& node);
 
-/// Whether the node is a string of this text.
+/// Returns true if the node is a string with this text.
 [[nodiscard]] bool isString(const BinaryPropertyListReader::Node& node, std::string_view text);
 
 }  // namespace tq::detail

@@ -45,13 +45,13 @@ inline constexpr std::uint32_t kMostLiteralRun = 315;
 inline constexpr std::uint32_t kMostMatchLength = 2359;
 inline constexpr std::uint32_t kMostDistance = 262139;
 
-/// Literals are coded in groups of so many, each with a coder state of its own.
+/// Size of a group of literals. Each literal of a group has its own coder state.
 inline constexpr std::size_t kLiteralGroup = 4;
 
-/// Bytes of 0 below the bits of the triples, there for readers that load whole words.
+/// Zero bytes below the bits of the triples, for readers that load whole words.
 inline constexpr std::size_t kTripleFiller = 8;
 
-/// Values are coded as a symbol and as many extra bits as it calls for: base + extra.
+/// A value is coded as a symbol and its number of extra bits: base + extra.
 template <std::size_t symbols>
 struct Alphabet {
   std::array<std::uint8_t, symbols> extraBits{};
@@ -70,7 +70,7 @@ inline constexpr Alphabet<kLengthSymbols> kMatchLengths = {
     {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 5, 8, 11},
     {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 24, 56, 312}};
 
-/// Four symbols for each number of extra bits, so a symbol is a distance's two leading digits:
+/// Four symbols for each number of extra bits, so a symbol is the two leading digits of a distance:
 /// base(4e + j) = 4 (2^e - 1) + j 2^e.
 inline constexpr Alphabet<kDistanceSymbols> kDistances = [] {
   Alphabet<kDistanceSymbols> alphabet;
@@ -87,8 +87,8 @@ inline constexpr unsigned kLengthStateBits = 6;
 inline constexpr unsigned kDistanceStateBits = 8;
 inline constexpr unsigned kLiteralStateBits = 10;
 
-/// How many coder states each symbol owns; they add up to all states, or to none when no symbol of
-/// the alphabet is coded.
+/// The number of coder states that each symbol owns. They add up to all states, or to 0 if no
+/// symbol of the alphabet is coded.
 struct Weights {
   std::array<std::uint16_t, kLengthSymbols> literalRun{};
   std::array<std::uint16_t, kLengthSymbols> matchLength{};
@@ -97,7 +97,7 @@ struct Weights {
 };
 static_assert(sizeof(Weights) == 360 * sizeof(std::uint16_t), "one array after the other");
 
-/// The header of an LZFSE block, however it is written.
+/// The header of an LZFSE block, in either form.
 struct BlockHeader {
   std::uint32_t plainSize = 0;
   std::uint32_t literalCount = 0;  ///< rounded up to whole groups

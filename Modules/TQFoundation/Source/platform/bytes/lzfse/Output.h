@@ -29,8 +29,8 @@ class Output {
     cursor_ += count;
   }
 
-  /// As append(), for bytes behind which kStride more may be read: short runs, which most are, take
-  /// one step and no call.
+  /// Like append(), but `bytes` must be followed by kStride readable bytes. Most runs are short and
+  /// take one step without a call.
   void appendPadded(const std::byte* bytes, std::size_t count) noexcept {
     if (room() < count + kStride) return append(bytes, count);
     std::byte* to = cursor_;
@@ -42,8 +42,8 @@ class Output {
     } while (to < cursor_);
   }
 
-  /// `count` bytes from `distance` bytes back, in increasing order, so that a distance shorter than
-  /// the count repeats a pattern.
+  /// Copies `count` bytes from `distance` bytes back, in increasing order: a distance below the
+  /// count repeats a pattern.
   void repeat(std::size_t distance, std::size_t count) noexcept {
     std::byte* to = cursor_;
     const std::byte* from = to - distance;
@@ -56,7 +56,7 @@ class Output {
     } while (to < cursor_);
   }
 
-  /// Bytes that may be read behind a run given to appendPadded().
+  /// Readable bytes that must follow a run given to appendPadded().
   static constexpr std::size_t kStride = 16;
 
  private:

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PartialFile.h
-/// A file that is on its way, in a shape that another process can go on from.
+/// A partially downloaded file that another process can resume.
 
 #include <sys/stat.h>
 
@@ -17,32 +17,32 @@
 
 namespace tq::detail {
 
-/// The first bytes of a body lie in "<file>.download". A note beside it, "<file>.download-note",
-/// tells whose they are (a digest of the location, which may hold secrets, and the validator: what
-/// the server called this version of the body) and how many have been brought to the disk; only
-/// those are gone on from. The note is written before the first byte, so that bytes are never taken
-/// for another body's.
+/// The first bytes of a body are in "<file>.download". A note, "<file>.download-note", has a digest
+/// of the URL (which may contain secrets), the validator (the server's name for this version of the
+/// body), and the number of bytes that are known to be on the disk; only these are resumed. The
+/// note is written before the first byte, so bytes are never mistaken for those of another body.
 ///
-/// Locked while it is open: one at a time, among all processes. Threads: one at a time.
+/// The file is locked while it is open: only one process has it at a time. Threads: one at a time.
 class PartialFile {
  public:
-  /// Opens what is there of the body of `source`, or begins.
-  /// @return none, with an error of CocoaErrorDomain, on failure; also while another one is open
+  /// Opens the partial file for the body of `source`, or creates an empty one.
+  /// @return null, with an error of CocoaErrorDomain, on failure, and while another one is open
   [[nodiscard]] static std::unique_ptr<PartialFile> open(const URL& file, std::string_view source,
                                                          Ref<Error>* error);
-  /// Leaves the bytes to be gone on from, or nothing when they cannot be.
+  /// Keeps the bytes if they can be resumed, and else removes the file.
   ~PartialFile();
   PartialFile(const PartialFile&) = delete;
   PartialFile& operator=(const PartialFile&) = delete;
 
   [[nodiscard]] std::int64_t length() const noexcept { return length_; }
-  /// What the server called the version that the bytes are of; empty: they cannot be gone on from.
+  /// The server's name for the version of the bytes; empty if they cannot be resumed.
   [[nodiscard]] const std::string& validator() const noexcept { return validator_; }
 
-  /// Each answers none, or what went wrong.
+  /// Each returns null, or the error.
   [[nodiscard]] Ref<Error> beginAnew(std::string_view validator);
   [[nodiscard]] Ref<Error> append(std::span<const std::byte> bytes);
-  /// Makes it the file: permissions are kept, and a symbolic link stays one. The last call.
+  /// Replaces the target with this file. Its permissions are kept, and a symbolic link stays one.
+  /// Must be the last call.
   [[nodiscard]] Ref<Error> finish();
 
  private:
@@ -56,13 +56,13 @@ class PartialFile {
   [[nodiscard]] Ref<Error> failure(int errorNumber) const;
 
   const Ref<URL> file_;
-  const std::string place_;  // what the file's links lead to
+  const std::string place_;  // the target, with links resolved
   const std::string path_;
   const std::string note_;
-  const std::string source_;  // its digest; empty where the system forbids that: never recognised
+  const std::string source_;  // its digest; empty if the system forbids SHA-1: never matches
   std::string validator_;
   std::int64_t length_ = 0;
-  std::int64_t noted_ = 0;  // of them, known to be on the disk
+  std::int64_t noted_ = 0;  // of these, known to be on the disk
   int descriptor_ = -1;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file URLSessionEngine.h
-/// The thread behind a URL session.
+/// The thread of a URL session.
 
 #include <chrono>
 #include <memory>
@@ -16,24 +16,24 @@ namespace tq {
 
 namespace detail {
 [[nodiscard]] bool isSameHeader(std::string_view a, std::string_view b) noexcept;
-/// An error of URLErrorDomain with its sentence for people, and the details for programmers.
+/// Returns an error of URLErrorDomain with a description for users, and the details for developers.
 [[nodiscard]] Ref<Error> urlError(std::int64_t code, std::string_view details);
 }  // namespace detail
 
 class URLTransfer;
 
-/// Runs all transfers of a session on one thread, which begins with the first and ends when the
-/// session has gone.
+/// Runs all transfers of a session on one thread. The thread starts with the first transfer and
+/// ends after the session has been destroyed.
 class URLSession::Engine {
  public:
   explicit Engine(const URLSessionConfiguration& configuration);
   ~Engine();
 
-  /// Begins the task, or completes it at once if it is cancelled.
+  /// Starts the task, or completes it at once if it is cancelled.
   void submit(Ref<URLSessionDataTask> task);
-  /// Lets the thread look for cancelled tasks.
+  /// Makes the thread check for cancelled tasks.
   void wake() noexcept;
-  /// To be called once, last: the engine goes when its thread is done.
+  /// Must be called once, last. The engine is deleted when its thread has ended.
   void close() noexcept;
 
  private:
@@ -43,13 +43,13 @@ class URLSession::Engine {
   void run() noexcept;
   void begin(Ref<URLSessionDataTask> task);
   void finishEnded();
-  /// @param now  a time before what had come was last taken
+  /// @param now  a time before received data was last processed
   void finishCancelledAndLate(Clock::time_point now);
   [[nodiscard]] int pollTimeout() const;
 
   const URLSessionConfiguration configuration_;
   const std::unique_ptr<Library> library_;
-  std::vector<std::unique_ptr<URLTransfer>> transfers_;  // the thread's own
+  std::vector<std::unique_ptr<URLTransfer>> transfers_;  // used by the thread alone
 
   Lock lock_;
   std::vector<Ref<URLSessionDataTask>> submitted_ TQ_GUARDED_BY(lock_);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file URLTransfer.h
-/// One task under way, as the network library sees it.
+/// The libcurl transfer of one task.
 
 #include <chrono>
 #include <cstddef>
@@ -14,25 +14,25 @@
 
 namespace tq {
 
-/// Used by the session's thread alone. Tells its task's handler what comes in.
+/// Calls the task's handler as data comes in. Used by the session's thread alone.
 class URLTransfer {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  /// @param cookies  the network library's store of the session's cookies; none: no cookies
+  /// @param cookies  libcurl's store of the session's cookies; null: no cookies
   URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfiguration& configuration,
               void* cookies);
   ~URLTransfer();
   URLTransfer(const URLTransfer&) = delete;
   URLTransfer& operator=(const URLTransfer&) = delete;
 
-  /// The network library's handle; none when the request makes no sense.
+  /// libcurl's handle; null if the request is invalid.
   [[nodiscard]] void* handle() const noexcept;
   [[nodiscard]] bool isCancelled() const noexcept;
-  /// When it has taken too long, unless something comes before.
+  /// The time at which it times out, unless data comes before.
   [[nodiscard]] Time deadline() const noexcept;
 
-  /// Tells the handler that the task has ended. @param result  the network library's code
+  /// Reports the end of the task to the handler. @param result  a CURLcode
   void completeWithResult(int result) noexcept;
   void completeWithError(std::int64_t code) noexcept;
 
@@ -52,7 +52,7 @@ class URLTransfer {
   void complete(Ref<Error> error) noexcept;
   void touch() noexcept { lastActivity_ = std::chrono::steady_clock::now(); }
 
-  /// Begins the time without any data, the first time.
+  /// Starts the idle time-out; later calls have no effect.
   void getUnderWay() noexcept;
 
   static int onResolving(void* resolver, void* reserved, void* self) noexcept;
@@ -74,9 +74,9 @@ class URLTransfer {
   URLResponse response_;
   std::size_t headerBytes_ = 0;  // of all responses, trailers included
   std::size_t headerLines_ = 0;
-  bool isUnderWay_ = false;  // not among those that wait for a connection
+  bool isUnderWay_ = false;  // no longer waits for a connection
   bool isResponseTold_ = false;
-  std::optional<std::int64_t> ownError_;  // why one of our callbacks ended it
+  std::optional<std::int64_t> ownError_;  // the reason if one of our callbacks ended it
 };
 
 }  // namespace tq
