@@ -13,7 +13,7 @@
 
 namespace tq::fuzz {
 
-/// A block of its own, exactly as long as asked, so that the first byte beyond either end is found.
+/// A heap block of exactly the given size, so that an access beyond either end is detected.
 struct Block {
   std::unique_ptr<std::byte[]> memory;
   std::span<std::byte> bytes;
@@ -30,7 +30,7 @@ inline void unpackHostile(const Codec& codec, std::span<const std::byte> input,
   const Block plain(length);
   if (!codec.decode(packed.bytes, plain.bytes)) return;
   require(length <= packed.bytes.size() * codec.largestExpansion);
-  // A stream has one length.
+  // A stream decodes to exactly one length.
   const Block longer(length + 1);
   require(!codec.decode(packed.bytes, longer.bytes));
   if (length > 0) {
@@ -52,7 +52,7 @@ inline void packAndUnpack(const Codec& codec, std::span<const std::byte> input,
   require(std::equal(back.bytes.begin(), back.bytes.end(), plain.bytes.begin()));
 }
 
-/// Four bytes steer, the rest is fed to the codec: bit 31 packs it, otherwise it is unpacked; the
+/// The first four bytes control the run, the rest is the input: bit 31 selects compression, and the
 /// low 17 bits are the length of the output.
 inline int fuzzCodec(const Codec& codec, const std::uint8_t* data, std::size_t size) {
   std::uint32_t control = 0;

@@ -1,4 +1,5 @@
-// Any bytes as a keyed archive. What can be read can be written, and read again to the same.
+// Reads any bytes as a keyed archive. An object that was read must keep its archive when it is
+// written and read again.
 
 #include <cstddef>
 #include <cstdint>
@@ -52,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   try {
     archive = tq::KeyedArchiver::archivedDataWithRootObject(*object);
   } catch (const tq::Exception&) {
-    return 0;  // a file may hold references in an order that the writer refuses
+    return 0;  // the order of references in a file may be one that the writer refuses
   }
   const tq::Ref<tq::Object> again = tq::KeyedUnarchiver::unarchiveRootObject(archive->bytes());
   if (again && tq::KeyedArchiver::archivedDataWithRootObject(*again)->view() != archive->view()) {

@@ -17,7 +17,7 @@
 
 namespace tq::test {
 
-/// A socket that is closed when it goes.
+/// Owns a socket.
 class Socket {
  public:
   explicit Socket(int descriptor) : descriptor_(descriptor) {}
@@ -27,7 +27,7 @@ class Socket {
 
   [[nodiscard]] int get() const { return descriptor_; }
 
-  /// False once the other side has gone.
+  /// Returns false if the other side has closed the connection.
   bool send(std::string_view bytes) const {
     while (!bytes.empty()) {
       const ssize_t sent = ::send(descriptor_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
@@ -37,7 +37,7 @@ class Socket {
     return true;
   }
 
-  /// Up to `most` bytes; empty when the other side has gone.
+  /// Returns up to `most` bytes; empty if the other side has closed the connection.
   [[nodiscard]] std::string receive(std::size_t most = 65536) const {
     std::string bytes(most, '\0');
     const ssize_t count = ::recv(descriptor_, bytes.data(), most, 0);
@@ -49,20 +49,29 @@ class Socket {
   int descriptor_;
 };
 
-/// A server on the loopback with one page a path; each connection is answered once, on a thread of
-/// its own, and closed.
+/// An HTTP server on the loopback interface, with a page for each path. Each connection serves one
+/// request, on its own thread.
 class LoopbackServer {
  public:
   struct Request {
     std::string method, path, head, body;
+
+    /// Returns the value of a header, spelled as the client does; empty if there is none.
+    [[nodiscard]] std::string header(std::string_view name) const {
+      const std::string start = "\r\n" + std::string(name) + ": ";
+      const std::size_t at = head.find(start);
+      if (at == std::string::npos) return {};
+      const std::size_t value = at + start.size();
+      return head.substr(value, head.find('\r', value) - value);
+    }
   };
   using Page = std::function<void(const Socket&, const Request&)>;
 
-  /// @param connected  answers a connection itself instead of the pages
+  /// @param connected  handles connections instead of the pages
   explicit LoopbackServer(std::map<std::string, Page> pages,
                           std::function<void(const Socket&)> connected = nullptr)
       : pages_(std::move(pages)), connected_(std::move(connected)) {
-    ::setenv("no_proxy", "127.0.0.1", 1);  // whatever the machine is told to go through
+    ::setenv("no_proxy", "127.0.0.1", 1);  // ignore the machine's proxy
     sockaddr_in address = {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -90,7 +99,7 @@ class LoopbackServer {
     return "http://127.0.0.1:" + std::to_string(port_) + std::string(path);
   }
 
-  /// An answer of known length.
+  /// Returns a response with a known length.
   static std::string page(std::string_view status, std::string_view body,
                           std::string_view headers = {}) {
     return "HTTP/1.1 " + std::string(status) + "\r\n" + std::string(headers) +
@@ -109,9 +118,7 @@ class LoopbackServer {
       all += more;
     }
     Request request{{}, {}, all.substr(0, end), all.substr(end + 4)};
-    const std::size_t length = request.head.find("Content-Length: ");
-    const std::size_t expected =
-        length == std::string::npos ? 0 : std::stoul(request.head.substr(length + 16));
+    const std::size_t expected = std::stoul("0" + request.header("Content-Length"));
     while (request.body.size() < expected) {
       const std::string more = socket.receive();
       if (more.empty()) return;

@@ -14,8 +14,7 @@
 
 namespace tq::test {
 
-/// A key and a certificate for 127.0.0.1 that nobody has signed but itself, and TLS over a
-/// connection with it.
+/// A self-signed certificate for 127.0.0.1, its key, and a TLS server that uses them.
 class SelfSigned {
  public:
   SelfSigned() {
@@ -44,9 +43,10 @@ class SelfSigned {
     PEM_write_bio_X509(bio.get(), certificate_.get());
   }
 
-  /// Shakes hands, reads a request and answers it; does nothing more when the client refuses.
+  /// Accepts a TLS connection, reads a request and sends `page`; returns early if the client
+  /// refuses.
   void answer(const Socket& socket, const std::string& page) const {
-    sigset_t brokenPipe;  // for this thread alone: the client's must do without
+    sigset_t brokenPipe;  // on this thread only: the client must work without it
     sigemptyset(&brokenPipe);
     sigaddset(&brokenPipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &brokenPipe, nullptr);

@@ -11,8 +11,8 @@
 
 namespace tq::test {
 
-/// A host's class that keyed archives can keep: a tree whose nodes know their parent. One that is
-/// called "forgiving" goes on when its content throws.
+/// A host class with keyed coding: a tree whose nodes know their parent. A node with the name
+/// "forgiving" continues if its content throws.
 struct Host final : Subclass<Host> {
   static constexpr std::string_view className = "tq::test::Host";
   static constexpr std::string_view codingName = "Host";

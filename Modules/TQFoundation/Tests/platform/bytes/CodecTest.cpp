@@ -28,8 +28,8 @@ std::optional<std::string> unpacked(const Codec& codec, std::string_view stream,
   return plain;
 }
 
-// Streams of the format's reference encoder, or assembled to use every form at its limits.
-TEST(LZFSEStream, OfOthersIsRead) {
+// Streams from the format's reference encoder, and streams made to use every form at its limits.
+TEST(LZFSEStream, ReadsStreamsOfOtherEncoders) {
   const struct {
     const char* name;
     std::size_t plainSize;
@@ -78,7 +78,7 @@ TEST(Stream, KnownAnswers) {
     const char* name;
     const Codec& codec;
     std::string plain, stream;
-    bool isOurs = true;  ///< our encoder writes the same
+    bool isOurs = true;  ///< our encoder writes the same stream
   } cases[] = {
       {"LZ4 of a byte", lz4Codec, zero, fromHex("6276342d 01000000 00 62763424")},
       {"LZ4 stored", lz4Codec, tests, fromHex("6276342d 50000000") + tests + fromHex("62763424"),
@@ -101,7 +101,7 @@ TEST(Stream, KnownAnswers) {
   }
 }
 
-// An encoder fills the room to its last byte or says that it cannot.
+// An encoder uses the output up to its last byte, or reports that it is too small.
 TEST(Stream, FitsOrIsRefused) {
   const Codec* const codecs[] = {&deflateCodec, &lz4Codec, &lz4RawCodec, &lzmaCodec, &lzfseCodec};
   for (const std::string& plain : {documentText(6000), randomBytes(5000)}) {
@@ -119,7 +119,7 @@ TEST(Stream, FitsOrIsRefused) {
   }
 }
 
-// The blocks of a framed stream share one history, of stored blocks too.
+// Blocks of a framed stream share one history, including that of stored blocks.
 TEST(LZ4Stream, MatchesReachIntoEarlierBlocks) {
   const std::string block = fromHex("0f 0500 01 50") + "again";  // 20 bytes from 5 back, 5 literals
   const std::string sizes = littleEndian(25, 4) + littleEndian(block.size(), 4);

@@ -27,29 +27,22 @@ std::string bodyOf(std::size_t length, char version) {
   return body;
 }
 
-std::string headerOf(const LoopbackServer::Request& request, const std::string& name) {
-  const std::size_t at = request.head.find("\r\n" + name + ": ");
-  if (at == std::string::npos) return "";
-  const std::size_t begin = at + name.size() + 4;
-  return request.head.substr(begin, request.head.find('\r', begin) - begin);
-}
-
-/// A body that a server has, and how it serves it.
+/// A body on a server, and how the server sends it.
 struct Served {
   enum class Ranges { known, ignored, refused, others, unconditional };
-  enum class Names { tag, weakTag, change, changeJustNow, none };  // of versions
+  enum class Names { tag, weakTag, change, changeJustNow, none };  // how the server names versions
 
   std::size_t length = 3'000'000;
   char version = 'a';
   Names names = Names::tag;
   Ranges ranges = Ranges::known;
-  std::size_t cutsAfter = ~std::size_t{0};  // bytes of each answer's body
+  std::size_t cutsAfter = ~std::size_t{0};  // bytes of each response's body
 
   void answer(const Socket& socket, const LoopbackServer::Request& request) const;
 };
 
 void Served::answer(const Socket& socket, const LoopbackServer::Request& request) const {
-  const std::string range = headerOf(request, "Range");
+  const std::string range = request.header("Range");
   const std::string now = "Mon, 02 Nov 2026 10:00:00 GMT";
   std::string name = '"' + std::string(1, version) + '"';
   if (names == Names::weakTag) name = "W/" + name;
@@ -64,7 +57,7 @@ void Served::answer(const Socket& socket, const LoopbackServer::Request& request
     socket.send(LoopbackServer::page("416 Range Not Satisfiable", "too far"));
     return;
   }
-  const bool isSame = headerOf(request, "If-Range") == name || ranges == Ranges::unconditional;
+  const bool isSame = request.header("If-Range") == name || ranges == Ranges::unconditional;
   if (!range.empty() && isSame && ranges != Ranges::ignored) {
     from = std::stoul(range.substr(range.find('=') + 1));
     if (from == length) {
@@ -82,37 +75,37 @@ void Served::answer(const Socket& socket, const LoopbackServer::Request& request
   socket.send(bodyOf(length, version).substr(from, cutsAfter));
 }
 
-/// A server of one body: what the fields say when a download begins.
+/// A server with one body, as the fields say when a download starts.
 struct FileDownloadTest : testing::Test, Served {
   std::mutex mutex;
-  Served served;                   // by the mutex
-  std::vector<std::string> asked;  // by the mutex: what parts
+  Served served;                   // guarded by the mutex
+  std::vector<std::string> asked;  // guarded by the mutex: the requested ranges
 
   LoopbackServer server{
       {{"/", [this](const Socket& socket, const LoopbackServer::Request& request) {
           Served now;
           {
             const std::scoped_lock guard(mutex);
-            asked.push_back(headerOf(request, "Range"));
+            asked.push_back(request.header("Range"));
             now = served;
           }
-          EXPECT_EQ(headerOf(request, "Accept-Encoding"), "identity");
+          EXPECT_EQ(request.header("Accept-Encoding"), "identity");
           now.answer(socket, request);
         }}}};
   test::TemporaryDirectory directory;
   const Ref<URLSession> session = URLSession::sessionWithConfiguration({});
   const Ref<URL> file = URL::fileURLWithPath(directory.path("plan.svg"));
 
-  std::function<void(std::int64_t)> watch;  // told of each piece, on the session's thread
+  std::function<void(std::int64_t)> watch;  // called for each piece, on the session's thread
 
   struct Outcome {
     std::int64_t code = 0;
-    std::int64_t first = -1;  ///< of the progress told
+    std::int64_t first = -1;  ///< reported progress
     std::int64_t last = -1;
     std::int64_t expected = -1;
   };
 
-  /// Downloads until `cancelsAt` bytes have come.
+  /// Downloads, and cancels after `cancelsAt` bytes.
   Outcome download(std::string path = "/", std::int64_t cancelsAt = INT64_MAX) {
     {
       const std::scoped_lock guard(mutex);
@@ -122,7 +115,7 @@ struct FileDownloadTest : testing::Test, Served {
     Outcome outcome;
     URLRequest request;
     request.url = URL::URLWithString(server.url(path));
-    request.HTTPHeaderFields = {{"range", "bytes=0-0"}};  // ours alone
+    request.HTTPHeaderFields = {{"range", "bytes=0-0"}};  // ignored
     FileDownloadHandler handler;
     Ref<FileDownload> download;
     handler.didWriteData = [&](std::int64_t received, std::int64_t expected) {
@@ -162,7 +155,7 @@ struct FileDownloadTest : testing::Test, Served {
 };
 using FileDownloadFault = FileDownloadTest;
 
-TEST_F(FileDownloadTest, WholeBodiesTakeTheFilesPlace) {
+TEST_F(FileDownloadTest, CompleteBodiesReplaceTheFile) {
   directory.write("plan.svg", "old");
   directory.write("plan.svg.download", "planted");  // readable by all
   fs::permissions(directory.path("plan.svg"), fs::perms(0440));
@@ -177,11 +170,11 @@ TEST_F(FileDownloadTest, WholeBodiesTakeTheFilesPlace) {
   EXPECT_EQ(outcome.expected, static_cast<std::int64_t>(length));
   EXPECT_TRUE(holds('a'));
   EXPECT_EQ(permissionsOf("plan.svg"), fs::perms(0440));
-  EXPECT_EQ(entries(), 1);  // nothing else is left
+  EXPECT_EQ(entries(), 1);  // nothing else remains
   EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
 }
 
-TEST_F(FileDownloadTest, WhatHasComeIsNotAskedForAgain) {
+TEST_F(FileDownloadTest, RequestsOnlyTheRest) {
   directory.write("plan.svg", "old");
   cutsAfter = 1'000'000;
   EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
@@ -200,7 +193,7 @@ TEST_F(FileDownloadTest, WhatHasComeIsNotAskedForAgain) {
   EXPECT_EQ(entries(), 1);
 }
 
-TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
+TEST_F(FileDownloadTest, StartsAgainForAnotherVersion) {
   for (const Ranges each :
        {Ranges::known, Ranges::ignored, Ranges::refused, Ranges::unconditional}) {
     for (const std::size_t lengthThen : {1'000'000u, 3'000'000u}) {
@@ -217,7 +210,7 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
       EXPECT_EQ(entries(), 1);
     }
   }
-  // When the note is lost or another's there is nothing to go on from.
+  // Without a valid note there is nothing to resume.
   ranges = Ranges::known;
   for (const std::string_view loss : {"no note", "longer than the bytes", "a link"}) {
     takeAsked();
@@ -232,13 +225,13 @@ TEST_F(FileDownloadTest, AnotherVersionIsBegunAnew) {
     const std::string precious = directory.read("precious");
     cutsAfter = length;
     EXPECT_EQ(download().code, 0) << loss;
-    EXPECT_EQ(directory.read("precious"), precious) << "another's file";
+    EXPECT_EQ(directory.read("precious"), precious) << "not our file";
     EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", ""})) << loss;
     EXPECT_TRUE(holds('b'));
   }
 }
 
-TEST_F(FileDownloadTest, OnlyNamesThatCannotStandForTwoVersionsAreGoneOnFrom) {
+TEST_F(FileDownloadTest, ResumesOnlyWithAStrongValidator) {
   for (const Names each :
        {Names::tag, Names::weakTag, Names::change, Names::changeJustNow, Names::none}) {
     names = each;
@@ -252,11 +245,11 @@ TEST_F(FileDownloadTest, OnlyNamesThatCannotStandForTwoVersionsAreGoneOnFrom) {
   }
 }
 
-TEST_F(FileDownloadTest, AKilledProcessLosesTheLastOfItAlone) {
+TEST_F(FileDownloadTest, KeepsAllButTheLastBytesOfAKilledProcess) {
   length = 24'000'000;
   const std::string parts[] = {"plan.svg.download", "plan.svg.download-note"};
   watch = [&,
-           isKept = false](std::int64_t received) mutable {  // what a process leaves that dies now
+           isKept = false](std::int64_t received) mutable {  // what a killed process would leave
     if (isKept || received < 20'000'000) return;
     isKept = true;
     for (const std::string& part : parts) {
@@ -274,13 +267,13 @@ TEST_F(FileDownloadTest, AKilledProcessLosesTheLastOfItAlone) {
   EXPECT_TRUE(holds('a'));
 }
 
-TEST_F(FileDownloadTest, RefusedAnswersLeaveTheFileAndWhatHasCome) {
+TEST_F(FileDownloadTest, RefusedResponsesKeepTheFileAndThePart) {
   directory.write("plan.svg", "old");
   EXPECT_EQ(download("/missing").code, URLErrorBadServerResponse);
   EXPECT_EQ(entries(), 1);
   cutsAfter = 1'000'000;
   EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
-  ranges = Ranges::others;  // another part than the one asked for
+  ranges = Ranges::others;  // another part than the requested one
   EXPECT_EQ(download().code, URLErrorBadServerResponse);
   ranges = Ranges::known;
   cutsAfter = length;
@@ -288,7 +281,7 @@ TEST_F(FileDownloadTest, RefusedAnswersLeaveTheFileAndWhatHasCome) {
   EXPECT_TRUE(holds('a'));
 }
 
-TEST_F(FileDownloadTest, OneAtATimeAndOnlyWhereAFileCanBe) {
+TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
   URLRequest request;
   request.url = URL::URLWithString(server.url("/"));
   std::promise<std::int64_t> told;
@@ -302,7 +295,7 @@ TEST_F(FileDownloadTest, OneAtATimeAndOnlyWhereAFileCanBe) {
   first->cancel();
   EXPECT_EQ(told.get_future().get(), URLErrorCancelled);
   EXPECT_EQ(download().code, 0);
-  EXPECT_EQ(takeAsked().size(), 1u);  // the one that was cancelled has not asked
+  EXPECT_EQ(takeAsked().size(), 1u);  // the cancelled download sent no request
   const auto refusal = [&](const std::string& path) {
     Ref<Error> error;
     EXPECT_EQ(FileDownload::downloadWithRequest(*session, request, *URL::fileURLWithPath(path), {},
@@ -318,14 +311,14 @@ TEST_F(FileDownloadTest, OneAtATimeAndOnlyWhereAFileCanBe) {
   EXPECT_EQ(refusal(directory.path("pipe.svg")), 512);
 }
 
-TEST_F(FileDownloadFault, FullDisksLeaveTheOldFileAndWhatCanBeGoneOnFrom) {
+TEST_F(FileDownloadFault, FullDisksKeepTheOldFileAndThePart) {
   length = 200'000;
   for (int n = 1;; ++n) {
     directory.write("plan.svg", "old");
     FailingSystemCalls::arm(n, FailingSystemCalls::How::fails);
     const std::int64_t code = download().code;
     if (!FailingSystemCalls::disarm()) break;
-    // Whether the failure was told, or was in a step that can do without: whole or old, never less.
+    // The failure was reported, or the step was optional. The file is new or old, never partial.
     EXPECT_TRUE(code == 0 || code == 640) << code;
     EXPECT_TRUE(holds('a') || (code != 0 && directory.read("plan.svg") == "old"));
     EXPECT_EQ(download().code, 0);

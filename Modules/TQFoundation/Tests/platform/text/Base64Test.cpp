@@ -12,7 +12,7 @@ namespace {
 using test::bytesOf;
 
 TEST(Base64, MatchesTheVectorsOfTheStandard) {
-  // RFC 4648, section 10, and the two characters that JSON and paths care about.
+  // RFC 4648, section 10, and the characters "+" and "/".
   const std::pair<std::string_view, std::string_view> cases[] = {
       {"", ""},
       {"f", "Zg=="},
@@ -35,7 +35,7 @@ TEST(Base64, MatchesTheVectorsOfTheStandard) {
   EXPECT_EQ(text, "before:Zm9vZm8=");
 }
 
-TEST(Base64, RefusesWhatIsNotStrict) {
+TEST(Base64, RefusesAnyOtherText) {
   for (const char* text :
        {"Z",      "Zg",     "Zg=",   "Zg==Zg==", "Z===",      "====",      "=",
         "Zg==\n", "\nZg==", " Zm9v", "Zm9v ",    "Zm\n9vZm9", "Zm9v\n   ", "Zm9-",
@@ -43,7 +43,7 @@ TEST(Base64, RefusesWhatIsNotStrict) {
     EXPECT_FALSE(dataFromBase64(text)) << text;
   }
   EXPECT_FALSE(dataFromBase64(std::string_view("Zm\09", 4)));
-  // Spare bits of the last character are no fault.
+  // Unused bits of the last character are ignored.
   EXPECT_EQ(dataFromBase64("Zh==")->view(), "f");
   EXPECT_EQ(dataFromBase64("Zm9=")->view(), "fo");
 }

@@ -5,7 +5,7 @@
 namespace tq {
 namespace {
 
-TEST(CharacterCategory, TellsControlAndFormatCharacters) {
+TEST(CharacterCategory, RecognisesControlAndFormatCharacters) {
   for (char32_t c = 0; c < 0x100; ++c) {
     const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
     EXPECT_EQ(isControlOrFormatCharacter(c), isControl || c == 0xAD) << std::uint32_t(c);

@@ -11,7 +11,7 @@
 namespace tq {
 namespace {
 
-TEST(Collation, OrdersNamesAsPeopleDo) {
+TEST(Collation, SortsInNaturalOrder) {
   std::vector<std::string> sorted;
   std::istringstream names(
       "| |_|-|,|(|#|~|0|1|01|1a|2|10|18446744073709551616|18446744073709551617|a|A|a b|a-b|a1b2|"
@@ -31,14 +31,14 @@ TEST(Collation, OrdersNamesAsPeopleDo) {
   }
 }
 
-TEST(Collation, FollowsTheLocaleThatTheHostNames) {
-  const char* const accented = "\xC3\xB6";  // o with diaeresis: an o of its own sort in Swedish
+TEST(Collation, FollowsTheLocaleThatTheHostSets) {
+  const char* const accented = "\xC3\xB6";  // o with diaeresis: a letter after z in Swedish
   EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
   ASSERT_TRUE(setCollationLocale("sv_SE"));
   EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
   EXPECT_FALSE(setCollationLocale("there is no such place"));
   EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
-  EXPECT_TRUE(setCollationLocale("en"));  // as the root has it
+  EXPECT_TRUE(setCollationLocale("en"));  // same order as the root locale
   EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
   EXPECT_TRUE(setCollationLocale(""));
   EXPECT_LT(localizedStandardCompare("file9", "file10"), 0);
