@@ -13,9 +13,10 @@ namespace tq {
 /// Returns the URL that `text` refers to, seen from `relativeToURL`: "../c" seen from
 /// "http://h/a/b/d" is "http://h/a/c". Without a base it is the same as URL::URLWithString(text).
 ///
-/// Both are encoded URLs: escapes stay. Dot segments are removed, also when `text` has a scheme of
-/// its own. White space around `text` is ignored, spaces within it become "%20", and other white
-/// space is dropped. A host that is not ASCII becomes its ASCII form ("xn--…").
+/// Both are encoded URLs: their escapes stay. In the result,
+/// - dot segments are removed, also if `text` has a scheme of its own;
+/// - spaces and characters that are not ASCII are escaped, those of a host as "xn--…";
+/// - white space around `text`, and white space within it other than spaces, is removed.
 ///
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
 ///                       there, "b" is "mailto:/b".

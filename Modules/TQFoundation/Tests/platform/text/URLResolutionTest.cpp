@@ -71,7 +71,7 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
       {"/a/b%3F?", "c?q=/#f", "file:///a/c"},
       {"", "c", "file:///c"},
       {"http://h?x=/y", "c", "http://h/c"},
-      {"http://h/a%2Fb/%zz", "c%2F d\n", "http://h/a%2Fb/c%2F%20d"},
+      {"http://h/a%2Fb/%zz", " c%2F d\té\n", "http://h/a%2Fb/c%2F%20d%C3%A9"},
       {"http://h/a", "https://g/a/../b", "https://g/b"},
       {"http://é.org/a", "b", "http://xn--9ca.org/b"},
       {"/a", "//elsewhere/c", "(null)"},
