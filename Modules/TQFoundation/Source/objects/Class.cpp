@@ -6,10 +6,53 @@
 #include <string>
 #include <unordered_map>
 
-#include <TQFoundation/objects/detail/LibraryClasses.h>
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/URL.h>
+#include <TQFoundation/objects/UUID.h>
+#include <TQFoundation/objects/Value.h>
 
 namespace tq {
 namespace {
+
+struct NamedClass {
+  std::string_view name;
+  const Class* record;
+};
+
+template <class T>
+constexpr NamedClass named() noexcept {
+  return {classOf<T>.codingName(), &classOf<T>};
+}
+
+/// The classes that archives may name without a host having registered them.
+constexpr NamedClass kLibraryClasses[] = {
+    named<Array>(),
+    named<Data>(),
+    named<Date>(),
+    named<Dictionary>(),
+    named<Error>(),
+    named<MutableArray>(),
+    named<MutableData>(),
+    named<MutableDictionary>(),
+    named<Null>(),
+    named<Number>(),
+    named<Set>(),
+    named<String>(),
+    named<URL>(),
+    named<UUID>(),
+    named<Value>(),
+    // Archives written by other programs hold these too.
+    {"NSMutableSet", &classOf<Set>},
+    {"NSMutableString", &classOf<String>},
+};
 
 struct NameHash {
   using is_transparent = void;
@@ -20,7 +63,7 @@ struct NameHash {
 
 struct Registry {
   Registry() {
-    for (const auto& [name, record] : detail::libraryClasses()) classes.emplace(name, record);
+    for (const auto& [name, record] : kLibraryClasses) classes.emplace(name, record);
   }
 
   std::shared_mutex lock;

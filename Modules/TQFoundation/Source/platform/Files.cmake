@@ -1,5 +1,4 @@
 tq_room(platform
-  LibraryClasses.cpp
   archive/BinaryPropertyList.cpp
   archive/KeyedArchiver.cpp archive/KeyedArchiver.h
   archive/KeyedRecords.cpp
