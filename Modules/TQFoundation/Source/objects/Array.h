@@ -18,7 +18,7 @@
 namespace tq {
 
 namespace detail {
-class JSONObjectBuilder;
+struct Construction;
 }
 
 /// An immutable array. Holds its elements strongly; none of them is null.
@@ -140,8 +140,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
   std::size_t count_;
 
  private:
-  friend class detail::JSONObjectBuilder;
-  friend class KeyedUnarchiver;
+  friend struct detail::Construction;
 
   /// A fixed array of `count` elements that are none until the maker has filled them in.
   [[nodiscard]] static Ref<Array> makeUnfilled(std::size_t count);

@@ -17,8 +17,8 @@
 namespace tq {
 
 namespace detail {
+struct Construction;
 class DictionaryKeys;
-class JSONObjectBuilder;
 }  // namespace detail
 
 /// An immutable dictionary. Keeps the order in which entries were given; finds keys by equality, so
@@ -111,8 +111,7 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   const Ref<Object>* values_ = nullptr;
 
  private:
-  friend class detail::JSONObjectBuilder;
-  friend class KeyedUnarchiver;
+  friend struct detail::Construction;
   friend class MutableDictionary;
 
   /// A fixed dictionary over these keys, whose values are none until the maker has filled them in.

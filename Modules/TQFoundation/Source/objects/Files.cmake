@@ -20,6 +20,7 @@ tq_room(objects
   Value.cpp Value.h
   Weak.cpp Weak.h
   INTERNAL
+  Construction.h
   DictionaryKeys.cpp DictionaryKeys.h
   FilledData.h
   Hash.cpp Hash.h

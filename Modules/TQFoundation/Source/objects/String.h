@@ -14,7 +14,7 @@
 namespace tq {
 
 namespace detail {
-class JSONObjectBuilder;
+struct Construction;
 }
 
 /// A sequence of UTF-16 code units, held as UTF-8 in the object's own block.
@@ -81,7 +81,7 @@ class TQ_EXPORT String final : public Subclass<String> {
   [[nodiscard]] static std::size_t hashOf(std::string_view text) noexcept;
 
  private:
-  friend class detail::JSONObjectBuilder;
+  friend struct detail::Construction;
 
   static constexpr std::uint8_t kWellFormed = 0;
   static constexpr std::uint8_t kIllFormed = 1;

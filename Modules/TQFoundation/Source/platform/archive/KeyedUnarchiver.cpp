@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include <TQFoundation/objects/Construction.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Null.h>
@@ -109,8 +110,10 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
   if (slot.state == State::read) return slot.object;
   if (slot.state == State::open) {
     if (!evenUnfinished || !slot.object) return fail();
-    if (auto* array = objectCast<Array>(slot.object.get())) fillGaps(array->slots());
-    if (auto* dictionary = objectCast<Dictionary>(slot.object.get())) fillGaps(dictionary->slots());
+    if (auto* array = objectCast<Array>(slot.object.get()))
+      fillGaps(detail::Construction::slots(*array));
+    if (auto* dictionary = objectCast<Dictionary>(slot.object.get()))
+      fillGaps(detail::Construction::slots(*dictionary));
     return slot.object;
   }
   slot.state = State::open;
@@ -216,12 +219,12 @@ Ref<Object> KeyedUnarchiver::Reader::readArray() {
   const auto elements = uids(kElements);
   if (!elements) return nullptr;
   if (Ref<Array> packed = packedArray(*elements)) return packed;
-  Ref<Array> array = Array::makeUnfilled(elements->size());
+  Ref<Array> array = detail::Construction::unfilledArray(elements->size());
   slot_->object = array;
   for (std::size_t i = 0; i < elements->size(); ++i) {
     Ref<Object> element = resolve((*elements)[i], false);
     if (!element) return nullptr;
-    array->slots()[i] = std::move(element);
+    detail::Construction::slots(*array)[i] = std::move(element);
   }
   return array;
 }
@@ -292,12 +295,12 @@ Ref<Object> KeyedUnarchiver::Reader::readDictionary() {
   auto read = entries();
   if (!read) return nullptr;
   auto& [keys, values] = *read;
-  Ref<Dictionary> dictionary = Dictionary::makeUnfilled(std::move(keys));
+  Ref<Dictionary> dictionary = detail::Construction::unfilledDictionary(std::move(keys));
   slot_->object = dictionary;
   for (std::size_t i = 0; i < values.size(); ++i) {
     Ref<Object> value = resolve(values[i], false);
     if (!value) return nullptr;
-    dictionary->slots()[i] = std::move(value);
+    detail::Construction::slots(*dictionary)[i] = std::move(value);
   }
   return dictionary;
 }

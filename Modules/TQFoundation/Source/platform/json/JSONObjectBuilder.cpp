@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <TQFoundation/objects/Construction.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
 
@@ -10,7 +11,7 @@ namespace tq::detail {
 
 Ref<Object> JSONObjectBuilder::scalarOf(JSONNode node) {
   if (node.kind() == JSONNode::Kind::string) {
-    return String::make(node.text(), String::kWellFormed);  // the parser has checked it
+    return Construction::stringWithCheckedUTF8(node.text());  // the parser has checked it
   }
   if (node.isNumber()) return Number::numberWith(node.number());
   return Null::null();
@@ -28,13 +29,13 @@ Ref<Array> JSONObjectBuilder::numbersOf(JSONNode array) {
   }
   if (count == 0) return nullptr;
 
-  using Storage = Array::Storage;
+  using Storage = Construction::Storage;
   const Storage storage = allIntegers  ? Storage::integers
                           : allDoubles ? Storage::doubles
                                        : Storage::numbers;
-  Ref<Array> numbers = Array::makePacked(storage, count);
-  std::uint64_t* bits = numbers->packedBits();
-  NumberKind* kinds = numbers->packedKinds();
+  Ref<Array> numbers = Construction::unfilledNumbers(storage, count);
+  std::uint64_t* bits = Construction::packedBits(*numbers);
+  NumberKind* kinds = Construction::packedKinds(*numbers);
   for (JSONNode node = array.first(); !(node == end); node = node.next()) {
     const NumberValue number = node.number();
     *bits++ = number.bits();
@@ -45,8 +46,8 @@ Ref<Array> JSONObjectBuilder::numbersOf(JSONNode array) {
 
 Ref<Array> JSONObjectBuilder::arrayOf(std::span<Ref<Object>> elements) {
   if (elements.empty()) return Array::array();
-  Ref<Array> array = Array::makeUnfilled(elements.size());
-  std::ranges::move(elements, array->slots().begin());
+  Ref<Array> array = Construction::unfilledArray(elements.size());
+  std::ranges::move(elements, Construction::slots(*array).begin());
   return array;
 }
 
@@ -64,8 +65,8 @@ Ref<Dictionary> JSONObjectBuilder::dictionaryOf(const JSONShape& shape,
     }
     values = values.first(kept);
   }
-  Ref<Dictionary> dictionary = Dictionary::makeUnfilled(std::move(keys));
-  std::ranges::move(values, dictionary->slots().begin());
+  Ref<Dictionary> dictionary = Construction::unfilledDictionary(std::move(keys));
+  std::ranges::move(values, Construction::slots(*dictionary).begin());
   return dictionary;
 }
 
