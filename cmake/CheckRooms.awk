@@ -104,7 +104,7 @@ END {
             " defines: " callees[i])
     }
   }
-  for (pair in excepted) {
+  for (pair in isExcepted) {
     if (calls > 0 && !(pair in isUsed)) {
       split(pair, ends, SUBSEP)
       fault("Rooms.list: " ends[1] " calls nothing of " ends[2] "; the exception can go")

@@ -29,7 +29,7 @@ TQ_EXPORT void releaseBlock(WeakBlock& block) noexcept;
 
 /// Weakly held objects that have gone so far, in the whole process: while it stays, no Weak has
 /// lost its object.
-[[nodiscard]] TQ_EXPORT std::uint64_t weakLossCount() noexcept;
+[[nodiscard]] std::uint64_t weakLossCount() noexcept;
 
 /// The object's weak references read none from now on. Called once, before its destructor runs.
 void forgetWeakly(const Object& object) noexcept;
