@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file AffineTransform.h
-/// Affine transforms of the plane, as a row vector times a matrix:
+/// Affine transforms of the plane. A point is a row vector, multiplied by the matrix:
 ///
 ///     [x' y' 1] = [x y 1] · | a   b   0 |
 ///                           | c   d   0 |
@@ -13,13 +13,13 @@
 
 namespace tq {
 
-/// The matrix as above, row by row without its last column. The identity unless given; whether it
-/// can be inverted is not checked.
+/// The matrix above without its last column. The default is the identity. The matrix need not be
+/// invertible.
 struct AffineTransform {
-  double a = 1;   ///< what x adds to x'
-  double b = 0;   ///< what x adds to y'
-  double c = 0;   ///< what y adds to x'
-  double d = 1;   ///< what y adds to y'
+  double a = 1;   ///< contribution of x to x'
+  double b = 0;   ///< contribution of x to y'
+  double c = 0;   ///< contribution of y to x'
+  double d = 1;   ///< contribution of y to y'
   double tx = 0;  ///< added to x'
   double ty = 0;  ///< added to y'
 
@@ -27,10 +27,10 @@ struct AffineTransform {
                                    const AffineTransform&) noexcept = default;
 };
 
-/// Leaves every point where it is.
+/// The identity: maps every point to itself.
 inline constexpr AffineTransform AffineTransformIdentity{};
 
-/// first × second: `first` acts on a point before `second` does.
+/// Returns first × second: `first` is applied to a point before `second`.
 [[nodiscard]] constexpr AffineTransform AffineTransformConcat(
     const AffineTransform& first, const AffineTransform& second) noexcept {
   return {first.a * second.a + first.b * second.c,
@@ -41,39 +41,39 @@ inline constexpr AffineTransform AffineTransformIdentity{};
           first.tx * second.b + first.ty * second.d + second.ty};
 }
 
-/// The translation is prepended: it acts on a point before `transform` does.
+/// Prepends a translation: it is applied to a point before `transform`.
 [[nodiscard]] constexpr AffineTransform AffineTransformTranslate(const AffineTransform& transform,
                                                                  double tx, double ty) noexcept {
   return AffineTransformConcat({1, 0, 0, 1, tx, ty}, transform);
 }
 
-/// The scaling is prepended: it acts on a point before `transform` does.
+/// Prepends a scaling: it is applied to a point before `transform`.
 [[nodiscard]] constexpr AffineTransform AffineTransformScale(const AffineTransform& transform,
                                                              double sx, double sy) noexcept {
   return AffineTransformConcat({sx, 0, 0, sy, 0, 0}, transform);
 }
 
-/// The rotation is prepended. From the x axis towards the y axis, in radians.
+/// Prepends a rotation by an angle in radians, from the x axis towards the y axis.
 [[nodiscard]] TQ_EXPORT AffineTransform AffineTransformRotate(const AffineTransform& transform,
                                                               double angleRadians) noexcept;
 
-/// The inverse; a transform without one (determinant 0 or NaN) is answered as it is.
+/// Returns the inverse. Returns `transform` unchanged if it has none (determinant 0 or NaN).
 [[nodiscard]] TQ_EXPORT AffineTransform
 AffineTransformInvert(const AffineTransform& transform) noexcept;
 
-/// The point's place after the transform.
+/// Returns the transformed point.
 [[nodiscard]] constexpr Point PointApplyAffineTransform(Point point,
                                                         const AffineTransform& t) noexcept {
   return {t.a * point.x + t.c * point.y + t.tx, t.b * point.x + t.d * point.y + t.ty};
 }
 
-/// Without the translation; an extent may come out negative.
+/// Transforms a size; the translation is ignored. Extents of the result may be negative.
 [[nodiscard]] constexpr Size SizeApplyAffineTransform(Size size,
                                                       const AffineTransform& t) noexcept {
   return {t.a * size.width + t.c * size.height, t.b * size.width + t.d * size.height};
 }
 
-/// Bounds of the four transformed corners, standardised. Null stays null.
+/// Returns the bounds of the four transformed corners, standardised. The null rect stays null.
 [[nodiscard]] TQ_EXPORT Rect RectApplyAffineTransform(const Rect& rect,
                                                       const AffineTransform& transform) noexcept;
 

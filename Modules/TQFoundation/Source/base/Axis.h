@@ -14,17 +14,17 @@ enum class AxisMask : unsigned { none = 0, horizontal = 1, vertical = 2, both = 
 /// An edge of a standardised rect, in this order.
 enum class Edge : int { minX = 0, minY = 1, maxX = 2, maxY = 3 };
 
-/// The set of this axis alone.
+/// Returns the set that contains only this axis.
 [[nodiscard]] constexpr AxisMask maskOf(Axis axis) noexcept {
   return axis == Axis::horizontal ? AxisMask::horizontal : AxisMask::vertical;
 }
 
-/// The axes of either set.
+/// Returns the union of both sets.
 [[nodiscard]] constexpr AxisMask operator|(AxisMask a, AxisMask b) noexcept {
   return static_cast<AxisMask>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }
 
-/// True when the axis is in the set.
+/// Returns true if the set contains the axis.
 [[nodiscard]] constexpr bool contains(AxisMask mask, Axis axis) noexcept {
   return (static_cast<unsigned>(mask) & static_cast<unsigned>(maskOf(axis))) != 0;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file MakeRoom.h
-/// Growth before a change, so that the change itself cannot fail.
+/// Reserves capacity before a change, so that the change itself cannot fail.
 
 #include <algorithm>
 #include <cstddef>
@@ -9,8 +9,8 @@
 
 namespace tq::detail {
 
-/// Room for `more` elements, so that adding them does not allocate; at least doubled when it grows,
-/// so that n additions move O(n) elements. Strong guarantee.
+/// Reserves capacity for `more` further elements, so that adding them does not allocate. Capacity
+/// at least doubles when it grows, so that n additions move O(n) elements. Strong guarantee.
 template <class T>
 void makeRoom(std::vector<T>& list, std::size_t more) {
   const std::size_t needed = list.size() + more;

@@ -5,12 +5,11 @@
 #include <cmath>
 #include <cstring>
 
-// Doubles become text by one of three roads, all exact:
+// A double is converted in one of three ways, all exact:
 //   1. whole numbers below 10^P: integer formatting;
-//   2. fractions above 1e-11: value = m · 2^e with m < 2^53, and the P digits wanted are the
-//   integer
-//      m · 5^k / 2^(-e-k) for the k that brings it to P digits. 5^27 < 2^63, so the product fits
-//      128 bits, and the division is a shift whose remainder tells how to round, half to even;
+//   2. fractions above 1e-11: value = m · 2^e with m < 2^53. The P wanted digits are the integer
+//      m · 5^k / 2^(-e-k), for the k that gives it P digits. 5^27 < 2^63, so the product fits
+//      128 bits; the division is a shift, and its remainder decides the rounding, half to even;
 //   3. the rest, through std::to_chars, which prints what printf prints.
 
 namespace tq {
@@ -50,14 +49,14 @@ std::uint64_t eightDigits(std::uint32_t value) noexcept {
   return tens + ((twos - tens * 10) << 8);
 }
 
-/// Writes digits as characters.
+/// Writes eight digits as characters.
 void writeDigits(char* to, std::uint64_t digits) noexcept {
   digits |= 0x3030'3030'3030'3030;
   if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
   std::memcpy(to, &digits, sizeof digits);
 }
 
-/// Zeros at the end of eight digits.
+/// Returns the number of zeros at the end of eight digits.
 int trailingZeros(std::uint64_t digits) noexcept { return std::countl_zero(digits) / 8; }
 
 template <class Value>
@@ -78,7 +77,7 @@ constexpr double kPowersOf10[] = {1e-11, 1e-10, 1e-9, 1e-8, 1e-7, 1e-6, 1e-5, 1e
                                   1e-1,  1e0,   1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,
                                   1e9,   1e10,  1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17};
 
-/// For 1e-11 < value < 10^Digits with a fraction. (The double 1e-11 itself lies below 10^-11.)
+/// Requires 1e-11 < value < 10^Digits and a fraction. (The double 1e-11 itself lies below 10^-11.)
 template <int Digits>
 Scaled scale(double value) noexcept {
   const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);

@@ -7,17 +7,17 @@
 
 namespace tq {
 
-/// A place. Which way y grows is the caller's choice; functions that care say so.
+/// A position. The direction of y is the caller's choice; functions that depend on it document it.
 struct Point {
-  /// Coordinates in the caller's unit. NaN and infinities are kept as they are.
+  /// Coordinates in the caller's unit. NaN and infinities are stored unchanged.
   double x = 0;
   double y = 0;
 
-  /// By value of the fields: +0 equals -0, NaN equals nothing.
+  /// Compares the fields: +0 equals -0, NaN equals nothing.
   friend constexpr bool operator==(Point, Point) noexcept = default;
 };
 
-/// An extent on each axis; negative where a rect that carries it has not been standardised.
+/// An extent on each axis. Extents are negative in rects that have not been standardised.
 struct Size {
   /// In the caller's unit; either may be negative, infinite or NaN.
   double width = 0;
@@ -26,7 +26,7 @@ struct Size {
   friend constexpr bool operator==(Size, Size) noexcept = default;
 };
 
-/// A direction with a length: what leads from one point to another.
+/// A direction with a length: the difference of two points.
 struct Vector {
   /// Components in the caller's unit.
   double dx = 0;

@@ -1,10 +1,11 @@
 #pragma once
 
 /// @file Rect.h
-/// Rects: an origin and a size, either of whose extents may be negative.
+/// Rects: an origin and a size. Extents may be negative.
 ///
-/// Every function here standardises its arguments first unless it says otherwise, allocates
-/// nothing, may be called on any thread and never fails. "Raw" means the fields as they stand.
+/// Every function here standardises its arguments first unless documented otherwise. None of them
+/// allocates or fails; all may be called on any thread. "Raw" means the fields without
+/// standardisation.
 
 #include <limits>
 #include <type_traits>
@@ -13,46 +14,46 @@
 
 namespace tq {
 
-/// An area parallel to the axes, as its fields say ("raw"). See above for what is done to them.
+/// An area parallel to the axes. The fields are raw; the functions below standardise them.
 struct Rect {
-  /// One corner: the least coordinates, where the extents are not negative.
+  /// One corner: the smallest coordinates if the extents are not negative.
   Point origin;
-  /// From `origin` to the opposite corner.
+  /// The distance from `origin` to the opposite corner on each axis.
   Size size;
 
   constexpr Rect() noexcept = default;
-  /// The fields as given, not standardised.
+  /// Stores the fields as given, without standardisation.
   constexpr Rect(Point rectOrigin, Size rectSize) noexcept : origin(rectOrigin), size(rectSize) {}
   constexpr Rect(double x, double y, double width, double height) noexcept
       : origin{x, y}, size{width, height} {}
 };
 static_assert(std::is_trivially_copyable_v<Rect> && sizeof(Rect) == 32, "boxed by its bytes");
 
-/// All four fields 0. A point at the origin, not the null rect.
+/// The rect whose four fields are 0. It is a point at the origin, not the null rect.
 inline constexpr Rect RectZero{};
 
-/// The rect that is nowhere: what disjoint rects have in common.
+/// The rect that contains nothing: the intersection of disjoint rects.
 inline constexpr Rect RectNull{std::numeric_limits<double>::infinity(),
                                std::numeric_limits<double>::infinity(), 0, 0};
 
-/// The rect that meets every rect which reaches into ±DBL_MAX / 2, where its edges are; beyond them
-/// rects are closed as everywhere.
+/// The rect with edges at ±DBL_MAX / 2. It intersects every rect that reaches into that range; its
+/// edges are closed, as for every rect.
 inline constexpr Rect RectInfinite{
     -std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
     std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
 
-/// True when x or y is +infinity, whatever the size.
+/// Returns true if x or y is +infinity, for any size.
 [[nodiscard]] constexpr bool RectIsNull(const Rect& rect) noexcept {
   return rect.origin.x == std::numeric_limits<double>::infinity() ||
          rect.origin.y == std::numeric_limits<double>::infinity();
 }
 
-/// True for the null rect and for a rect without width or without height.
+/// Returns true for the null rect and for a rect of width 0 or height 0.
 [[nodiscard]] constexpr bool RectIsEmpty(const Rect& rect) noexcept {
   return RectIsNull(rect) || rect.size.width == 0 || rect.size.height == 0;
 }
 
-/// The same area with extents of 0 or more; the null rect for every null rect.
+/// Returns the same area with extents of 0 or more, and the null rect for every null rect.
 [[nodiscard]] constexpr Rect RectStandardize(const Rect& rect) noexcept {
   if (RectIsNull(rect)) return RectNull;
   Rect result = rect;
@@ -67,51 +68,52 @@ inline constexpr Rect RectInfinite{
   return result;
 }
 
-/// The least x.
+/// Returns the smallest x.
 [[nodiscard]] constexpr double RectGetMinX(const Rect& rect) noexcept {
   return RectStandardize(rect).origin.x;
 }
 
-/// min + extent / 2, which differs from (min + max) / 2 in the last bit.
+/// Returns min + extent / 2, which can differ from (min + max) / 2 in the last bit.
 [[nodiscard]] constexpr double RectGetMidX(const Rect& rect) noexcept {
   const Rect standard = RectStandardize(rect);
   return standard.origin.x + standard.size.width / 2;
 }
 
-/// min + extent.
+/// Returns min + extent.
 [[nodiscard]] constexpr double RectGetMaxX(const Rect& rect) noexcept {
   const Rect standard = RectStandardize(rect);
   return standard.origin.x + standard.size.width;
 }
 
-/// The least y.
+/// Returns the smallest y.
 [[nodiscard]] constexpr double RectGetMinY(const Rect& rect) noexcept {
   return RectStandardize(rect).origin.y;
 }
 
-/// min + extent / 2, which differs from (min + max) / 2 in the last bit.
+/// Returns min + extent / 2, which can differ from (min + max) / 2 in the last bit.
 [[nodiscard]] constexpr double RectGetMidY(const Rect& rect) noexcept {
   const Rect standard = RectStandardize(rect);
   return standard.origin.y + standard.size.height / 2;
 }
 
-/// min + extent.
+/// Returns min + extent.
 [[nodiscard]] constexpr double RectGetMaxY(const Rect& rect) noexcept {
   const Rect standard = RectStandardize(rect);
   return standard.origin.y + standard.size.height;
 }
 
-/// The magnitude, which is +0 for either zero.
+/// Returns the magnitude; +0 for +0 and -0.
 [[nodiscard]] constexpr double RectGetWidth(const Rect& rect) noexcept {
   return rect.size.width > 0 ? rect.size.width : 0 - rect.size.width;
 }
 
-/// The magnitude, which is +0 for either zero.
+/// Returns the magnitude; +0 for +0 and -0.
 [[nodiscard]] constexpr double RectGetHeight(const Rect& rect) noexcept {
   return rect.size.height > 0 ? rect.size.height : 0 - rect.size.height;
 }
 
-/// Both null, or the same four fields once standardised. NaN anywhere makes it false.
+/// Returns true if both are null, or if their standardised fields are equal. Any NaN makes it
+/// false.
 [[nodiscard]] constexpr bool RectEqualToRect(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a) || RectIsNull(b)) return RectIsNull(a) && RectIsNull(b);
   const Rect one = RectStandardize(a);
@@ -126,8 +128,8 @@ inline constexpr Rect RectInfinite{
 
 namespace detail {
 
-/// From the least minimum to the greatest maximum on each axis, null rects not excepted. Where a
-/// bound of `a` is NaN, that of `b` is taken.
+/// Returns the range from the smaller minimum to the larger maximum on each axis, for null rects
+/// too. If a bound of `a` is NaN, the bound of `b` is used.
 [[nodiscard]] constexpr Rect boundsOfBoth(const Rect& a, const Rect& b) noexcept {
   const Rect one = RectStandardize(a);
   const Rect other = RectStandardize(b);
@@ -144,10 +146,10 @@ namespace detail {
 
 }  // namespace detail
 
-/// Smallest rect that holds both. A null rect adds nothing: the other one is then answered raw.
-/// A rect of size 0 counts as a point. Where a coordinate of either is NaN, the one of `b` is
-/// taken. The extent is max - min, so the maximum read back from the result may be one unit in the
-/// last place below the true one.
+/// Returns the smallest rect that contains both. If one is null, the other one is returned raw. A
+/// rect of size 0 counts as a point. If a coordinate of either is NaN, the coordinate of `b` is
+/// used. The extent is max - min, so the maximum of the result may be one unit in the last place
+/// too small.
 [[nodiscard]] constexpr Rect RectUnion(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a)) return b;
   if (RectIsNull(b)) return a;
@@ -156,14 +158,14 @@ namespace detail {
 
 namespace detail {
 
-/// Where two closed intervals overlap. `met` is false for disjoint ones and wherever a NaN is.
+/// The overlap of two closed intervals. `met` is false if they are disjoint or if any bound is NaN.
 struct Overlap {
   double origin = 0;
   double extent = 0;
   bool met = false;
 };
 
-/// An interval inside the other keeps its own extent, so that no rounding creeps in.
+/// If one interval is inside the other, its own extent is returned, without rounding.
 [[nodiscard]] constexpr Overlap overlap(double aMin, double aExtent, double bMin,
                                         double bExtent) noexcept {
   const double aMax = aMin + aExtent;
@@ -178,8 +180,9 @@ struct Overlap {
 
 }  // namespace detail
 
-/// What both rects hold; the null rect when they are disjoint, when either is null, and when a
-/// coordinate is NaN. Rects are closed: a shared edge or corner is an intersection without area.
+/// Returns the area that both rects contain; the null rect if they are disjoint, if either is null,
+/// or if a coordinate is NaN. Rects are closed: a shared edge or corner is an intersection without
+/// area.
 [[nodiscard]] constexpr Rect RectIntersection(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a) || RectIsNull(b)) return RectNull;
   const Rect one = RectStandardize(a);
@@ -192,7 +195,7 @@ struct Overlap {
   return {x.origin, y.origin, x.extent, y.extent};
 }
 
-/// True when the intersection is not the null rect: rects that only touch intersect.
+/// Returns true if the intersection is not the null rect. Rects that only touch intersect.
 [[nodiscard]] constexpr bool RectIntersectsRect(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a) || RectIsNull(b)) return false;
   const Rect one = RectStandardize(a);
@@ -203,8 +206,8 @@ struct Overlap {
          other.origin.y <= one.origin.y + one.size.height;
 }
 
-/// Half open: the minimum edges belong to the rect, the maximum edges do not. An empty rect holds
-/// no point.
+/// Returns true if the rect contains the point. The minimum edges belong to the rect, the maximum
+/// edges do not. An empty rect contains no point.
 [[nodiscard]] constexpr bool RectContainsPoint(const Rect& rect, Point point) noexcept {
   if (RectIsEmpty(rect)) return false;
   const Rect standard = RectStandardize(rect);
@@ -212,8 +215,8 @@ struct Overlap {
          standard.origin.y <= point.y && point.y < standard.origin.y + standard.size.height;
 }
 
-/// True when the union of both equals `rect`: the null rect is inside everything. Rounding of
-/// max - min can make it false for a rect that is truly inside.
+/// Returns true if the union of both equals `rect`. Every rect contains the null rect. Rounding of
+/// max - min can make the result false for a rect that lies inside.
 [[nodiscard]] constexpr bool RectContainsRect(const Rect& rect, const Rect& inner) noexcept {
   return RectEqualToRect(RectUnion(rect, inner), rect);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQAssert.h
-/// Broken preconditions stop the process, in every build.
+/// Assertions that stop the process, in every build.
 
 #include <TQFoundation/base/TQExport.h>
 
@@ -11,16 +11,16 @@ namespace tq {
 ///
 ///     Assertion failed: (<condition>), function <function>, file Modules/…/<family>, line <line>.
 ///
-/// @param function   the function whose precondition is broken
-/// @param file       path of the source; only its stem, the family's name, is printed
-/// @param condition  the text of the condition that did not hold
-/// Any thread. Allocates nothing, so it also works when memory is exhausted.
+/// @param function   the function whose precondition does not hold
+/// @param file       path of the source file; only the name without extension is printed
+/// @param condition  source text of the condition Any thread. It allocates nothing, so it also
+/// works when memory is exhausted.
 [[noreturn]] TQ_EXPORT void assertionFailed(const char* function, const char* file, int line,
                                             const char* condition) noexcept;
 
 }  // namespace tq
 
-/// Stops the process when `condition` is false. Stays active in release builds.
+/// Stops the process if `condition` is false, in release builds too.
 #define TQ_ASSERT(condition)                         \
   (__builtin_expect(static_cast<bool>(condition), 1) \
        ? static_cast<void>(0)                        \

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQExport.h
-/// What leaves the shared library. Everything else is hidden.
+/// Export macro of the shared library. Symbols without it are hidden.
 
-/// Marks a class or function that hosts may link against.
+/// Marks a class or function that programs may link against.
 #define TQ_EXPORT __attribute__((visibility("default")))

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQMemory.h
-/// The one door through which objects get their memory. The platform room stands behind it.
+/// Allocation of objects. Defined in platform/memory, above the library's own heap.
 
 #include <cstddef>
 
@@ -9,11 +9,11 @@
 
 namespace tq {
 
-/// Memory for one object, aligned for every scalar type. Any thread.
-/// @throws std::bad_alloc when there is none left
+/// Returns memory for one object, aligned for every scalar type. Any thread.
+/// @throws std::bad_alloc when memory is exhausted
 [[nodiscard]] TQ_EXPORT void* allocateObjectMemory(std::size_t byteCount);
 
-/// Gives back what allocateObjectMemory() lent. Any thread; null is ignored.
+/// Frees memory that allocateObjectMemory() returned. Any thread; null is ignored.
 TQ_EXPORT void freeObjectMemory(void* memory) noexcept;
 
 }  // namespace tq
