@@ -25,7 +25,7 @@ Ref<Array> arrayOf(std::vector<Ref<Object>>&& objects) {
   return Array::arrayWithObjects(std::move(objects));
 }
 
-/// The elements that `keep` chooses, shared.
+/// Returns the elements for which `keep` returns true.
 template <class Keep>
 Ref<Array> elementsThat(const Array& array, const Keep& keep) {
   std::vector<Ref<Object>> kept;

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file ArrayConveniences.h
-/// What is done to whole arrays. Each function goes over the elements once, in order, and leaves
-/// its argument alone. Blocks run on the caller's thread; what they throw passes through.
+/// Map, filter, search and reverse for arrays. Each function visits the elements once, in order,
+/// and does not change its argument. Blocks run on the caller's thread; their exceptions propagate.
 
 #include <functional>
 
@@ -12,42 +12,44 @@
 
 namespace tq {
 
-/// Answers what takes an element's place.
+/// Returns the replacement of an element.
 using ArrayMapBlock = std::function<Ref<Object>(Object&)>;
-/// Answers whether an element is meant.
+/// Returns whether an element matches.
 using ArrayPredicate = std::function<bool(Object&)>;
 
-/// The answers of the block, one for each element.
-/// @throws Exception (InvalidArgumentException) when the block answers none
+/// Returns the results of the block, one for each element.
+/// @throws Exception (InvalidArgumentException) if the block returns null
 [[nodiscard]] TQ_EXPORT Ref<Array> map(const Array& array, const ArrayMapBlock& block);
 
-/// The same without the answers that are none or the Null object.
+/// The same without results that are null or the Null object.
 [[nodiscard]] TQ_EXPORT Ref<Array> compactMap(const Array& array, const ArrayMapBlock& block);
 
-/// The elements of the arrays that the block answers, one array after another; none adds nothing.
+/// Returns the elements of all arrays that the block returns, in order; null counts as empty.
 [[nodiscard]] TQ_EXPORT Ref<Array> flatMap(const Array& array,
                                            const std::function<Ref<Array>(Object&)>& block);
 
-/// The elements for which the predicate holds.
+/// Returns the elements for which the predicate is true.
 [[nodiscard]] TQ_EXPORT Ref<Array> filter(const Array& array, const ArrayPredicate& predicate);
 
-/// The first element for which the predicate holds, lent; null when there is none. Stops there.
+/// Returns the first element for which the predicate is true, or null. The array owns it. Later
+/// elements are not visited.
 [[nodiscard]] TQ_EXPORT Object* firstObjectPassing(const Array& array,
                                                    const ArrayPredicate& predicate);
 
-/// The elements that are not the Null object.
+/// Returns the elements that are not the Null object.
 [[nodiscard]] TQ_EXPORT Ref<Array> arrayByRemovingNull(const Array& array);
 
-/// The elements that are not equal to `object`.
+/// Returns the elements that are not equal to `object`.
 [[nodiscard]] TQ_EXPORT Ref<Array> arrayByRemovingObject(const Array& array, const Object& object);
 
-/// Each element once, where it is first met, by equality and hash.
+/// Returns the elements without later ones that are equal to an earlier one, by isEqual() and
+/// hash().
 [[nodiscard]] TQ_EXPORT Ref<Array> arrayByRemovingDuplicates(const Array& array);
 
-/// The elements from the last to the first.
+/// Returns the elements in reverse order.
 [[nodiscard]] TQ_EXPORT Ref<Array> reversedArray(const Array& array);
 
-/// True when the array holds an element equal to `object`.
+/// Returns true if an element equals `object`.
 [[nodiscard]] TQ_EXPORT bool containsObject(const Array& array, const Object& object);
 
 }  // namespace tq

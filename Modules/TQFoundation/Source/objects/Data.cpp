@@ -29,14 +29,14 @@ void Data::reserveBytes(std::size_t capacity) {
   void* grown = std::realloc(bytes_, capacity + kReadablePadding);
   if (grown == nullptr) throw std::bad_alloc();
   bytes_ = static_cast<std::byte*>(grown);
-  // The padding must be defined to be readable, though it means nothing.
+  // The padding must be initialised, because reading indeterminate bytes is undefined.
   std::memset(bytes_ + capacity, 0, kReadablePadding);
   capacity_ = capacity;
 }
 
 namespace {
 
-/// Gives Data's making functions a constructor to call.
+/// Gives Data's construction functions a constructor to call.
 class FixedData final : public Data {
  public:
   FixedData() noexcept = default;
@@ -58,7 +58,7 @@ Ref<Data> Data::dataWithBytes(std::string_view bytes) { return dataWithBytes(byt
 Ref<Data> Data::dataByTakingBytes(MutableData& buffer) {
   Ref<Data> data = makeRef<FixedData>();
   if (buffer.bytes_ != nullptr) {
-    // A block that cannot be made smaller stays as it is.
+    // If shrinking fails, the larger block is kept.
     if (void* cut = std::realloc(buffer.bytes_, buffer.length_ + kReadablePadding)) {
       buffer.bytes_ = static_cast<std::byte*>(cut);
       buffer.capacity_ = buffer.length_;

@@ -11,14 +11,14 @@ namespace {
 
 constexpr std::int64_t kCorruptData = 3840;
 
-/// What a domain says of its code; empty for one that it does not know.
+/// Returns the domain's text for its code; empty for an unknown code.
 std::string_view textOf(std::string_view domain, std::int64_t code) {
   if (domain == CocoaErrorDomain && code == kCorruptData) {
     return "The data couldn’t be read because it isn’t in the correct format.";
   }
   const int number = static_cast<int>(code);
   if (domain != POSIXErrorDomain || number != code || number <= 0) return {};
-  const char* const text = strerrordesc_np(number);  // never by locale
+  const char* const text = strerrordesc_np(number);  // independent of the locale
   return text != nullptr ? text : "";
 }
 
@@ -36,8 +36,8 @@ Ref<Error> Error::errorWithDomain(std::string_view domain, std::int64_t code,
 
 Ref<Error> Error::errorWithDomain(std::string_view domain, std::int64_t code,
                                   std::string_view description) {
-  // A description comes from anywhere, an exception of the host's say; it is not lost for a bad
-  // byte.
+  // The description may come from anywhere, for example from a host's exception. Malformed bytes
+  // are repaired so that the text is not lost.
   Ref<String> text = String::stringWithUTF8Repaired(description);
   return errorWithDomain(domain, code,
                          Dictionary::dictionaryWithEntries({{LocalizedDescriptionKey, text}}));

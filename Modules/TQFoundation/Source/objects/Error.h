@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Error.h
-/// What went wrong, for programs and for people.
+/// Error descriptions: domain, code and text.
 
 #include <cstdint>
 #include <string>
@@ -13,43 +13,43 @@
 
 namespace tq {
 
-/// Domains of errors that the platform room reports.
+/// Error domains of the library.
 inline constexpr std::string_view CocoaErrorDomain = "NSCocoaErrorDomain";
 inline constexpr std::string_view POSIXErrorDomain = "NSPOSIXErrorDomain";
 
-/// Keys of an error's user info.
+/// Keys of Error::userInfo().
 inline constexpr std::string_view LocalizedDescriptionKey = "NSLocalizedDescription";
 inline constexpr std::string_view DebugDescriptionKey = "NSDebugDescription";
 inline constexpr std::string_view UnderlyingErrorKey = "NSUnderlyingError";
 inline constexpr std::string_view FilePathKey = "NSFilePath";
 
-/// A domain, a code and more where there is more. Threads: any; immutable.
+/// A domain, a code and optional details. Threads: any; immutable.
 class TQ_EXPORT Error final : public Subclass<Error> {
  public:
   static constexpr std::string_view className = "Error";
   static constexpr std::string_view codingName = "NSError";
 
-  /// @param domain  whose codes these are, such as POSIXErrorDomain
-  /// @param userInfo  what else there is to say, under the keys above; may be none
+  /// @param domain  the namespace of the code, such as POSIXErrorDomain
+  /// @param userInfo  details under the keys above; may be null
   [[nodiscard]] static Ref<Error> errorWithDomain(std::string_view domain, std::int64_t code,
                                                   Ref<Dictionary> userInfo = nullptr);
-  /// With `description` as its localized description.
+  /// Creates an error with `description` as its localized description.
   [[nodiscard]] static Ref<Error> errorWithDomain(std::string_view domain, std::int64_t code,
                                                   std::string_view description);
 
-  /// Whose code it is.
+  /// The namespace of the code.
   [[nodiscard]] const std::string& domain() const noexcept { return domain_; }
-  /// Means something within its domain only.
+  /// Meaningful only within its domain.
   [[nodiscard]] std::int64_t code() const noexcept { return code_; }
   /// Never null.
   [[nodiscard]] const Dictionary& userInfo() const noexcept { return *userInfo_; }
 
-  /// The user info's text (a String; anything else is none), else the domain's own for a code that
-  /// it knows (the system's for POSIX, of Cocoa's that of malformed data, 3840), else "The
-  /// operation couldn’t be completed. (DOMAIN error CODE.)".
+  /// Returns the text of the user info if it is a String, else the domain's text for a known code
+  /// (the system's text for POSIX; for Cocoa only 3840, malformed data), else "The operation
+  /// couldn’t be completed. (DOMAIN error CODE.)".
   [[nodiscard]] std::string localizedDescription() const;
 
-  /// Same domain, code and user info.
+  /// Returns true if domain, code and user info are equal.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
 
@@ -64,7 +64,7 @@ class TQ_EXPORT Error final : public Subclass<Error> {
   Ref<Dictionary> userInfo_;
 };
 
-/// Stores `error` where the caller asked for it; a null `out` asks for nothing.
+/// Stores `error` in `*out`, unless `out` is null.
 inline void setOutError(Ref<Error>* out, Ref<Error> error) noexcept {
   if (out != nullptr) *out = std::move(error);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Exception.h
-/// What is thrown for a request that cannot be met.
+/// Exceptions for invalid arguments and failed operations.
 
 #include <exception>
 #include <string>
@@ -11,15 +11,15 @@
 
 namespace tq {
 
-/// Names that the library throws under.
+/// Names of the library's exceptions.
 inline constexpr const char* InvalidArgumentException = "NSInvalidArgumentException";
 inline constexpr const char* RangeException = "NSRangeException";
 
-/// A name for programs and a reason for people.
+/// An exception with a name for programs and a reason for people.
 class TQ_EXPORT Exception : public std::exception {
  public:
   /// @param name  for programs, such as RangeException
-  /// @param reason  for people, a sentence
+  /// @param reason  a sentence for people
   Exception(std::string name, std::string reason)
       : name_(std::move(name)), reason_(std::move(reason)) {}
   /// Copies share nothing.
@@ -32,7 +32,7 @@ class TQ_EXPORT Exception : public std::exception {
   /// For people; may be empty.
   [[nodiscard]] const std::string& reason() const noexcept { return reason_; }
 
-  /// The reason; the name where there is none.
+  /// Returns the reason, or the name if the reason is empty.
   [[nodiscard]] const char* what() const noexcept override;
 
  private:

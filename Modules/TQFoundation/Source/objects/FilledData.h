@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file FilledData.h
-/// Fixed buffers that are written in place.
+/// Fixed data that is written in place.
 
 #include <cstddef>
 #include <span>
@@ -11,17 +11,17 @@
 
 namespace tq::detail {
 
-/// A fixed buffer that its maker fills before anyone else sees it.
+/// Fixed data that its creator fills before passing it on.
 class FilledData final : public Data {
  public:
   explicit FilledData(std::size_t capacity) { reserveBytes(capacity); }
 
-  /// All the room there is, what is filled included.
+  /// The whole capacity, including the bytes already written.
   [[nodiscard]] std::span<std::byte> room() noexcept { return {bytes_, capacity_}; }
 
   void grow(std::size_t capacity) { reserveBytes(capacity); }
 
-  /// The first `length` bytes of the room are the buffer's content.
+  /// Makes the first `length` bytes of room() the content.
   void setLength(std::size_t length) noexcept {
     TQ_ASSERT(length <= capacity_);
     length_ = length;

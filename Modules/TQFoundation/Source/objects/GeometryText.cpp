@@ -21,7 +21,7 @@ std::string pair(double a, double b) {
   return text += "}";
 }
 
-/// Fills `numbers` from the text; what is missing stays as it is.
+/// Fills `numbers` from the text. Elements without a number in the text are unchanged.
 void scanNumbers(std::string_view text, std::span<double> numbers) noexcept {
   const char* at = text.data();
   const char* const end = at + text.size();

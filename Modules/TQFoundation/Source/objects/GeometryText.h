@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file GeometryText.h
-/// Points, sizes and rects as text, in the form that archives use.
+/// Text of points, sizes and rects, in the form that archives use.
 
 #include <string>
 #include <string_view>
@@ -12,17 +12,17 @@
 
 namespace tq {
 
-/// `{x, y}` with 17 significant digits, which read back as the same doubles. Infinities and NaN are
-/// written as words, which are no numbers to the reading below.
+/// Returns `{x, y}` with 17 significant digits. Reading it returns the same doubles. Infinities and
+/// NaN are written as words, which the functions below do not read as numbers.
 [[nodiscard]] TQ_EXPORT std::string textFromPoint(Point point);
-/// `{width, height}`
+/// Returns `{width, height}`.
 [[nodiscard]] TQ_EXPORT std::string textFromSize(Size size);
-/// `{{x, y}, {width, height}}`, raw fields
+/// Returns `{{x, y}, {width, height}}` of the raw fields.
 [[nodiscard]] TQ_EXPORT std::string textFromRect(const Rect& rect);
 
-/// The numbers of `text` in order, whatever stands between them; missing ones are 0. Each is a
-/// whole decimal: the exponent of `1e+20` belongs to it. `{{1, 2}, {3, 4}}` and `{1, 2, 3, 4}` are
-/// one rect. Never by locale, no error, no allocation.
+/// Reads the numbers of `text` in order and ignores all other characters. Missing numbers are 0.
+/// Numbers may have an exponent, such as `1e+20`. `{{1, 2}, {3, 4}}` and `{1, 2, 3, 4}` are the
+/// same rect. Independent of the locale; no errors, no allocation.
 [[nodiscard]] TQ_EXPORT Point pointFromText(std::string_view text) noexcept;
 [[nodiscard]] TQ_EXPORT Size sizeFromText(std::string_view text) noexcept;
 [[nodiscard]] TQ_EXPORT Rect rectFromText(std::string_view text) noexcept;

@@ -12,7 +12,7 @@
 namespace tq::detail {
 namespace {
 
-/// Drawn once a process.
+/// Drawn once per process.
 std::uint64_t secret() noexcept {
   static const std::uint64_t drawn = [] {
     std::random_device random;
@@ -25,7 +25,7 @@ constexpr std::uint64_t kGolden = 0x9E3779B97F4A7C15u;
 
 __extension__ using Wide = unsigned __int128;
 
-/// Both halves of the product, folded into one.
+/// Combines both halves of the 128-bit product.
 std::uint64_t folded(std::uint64_t a, std::uint64_t b) noexcept {
   const Wide product = static_cast<Wide>(a) * b;
   return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);

@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file Hash.h
-/// Hashes that depend on a secret of the process: who does not know it cannot make values that
-/// collide.
+/// Hash functions keyed with a random secret of the process, so that input from outside cannot be
+/// chosen to collide.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,16 +16,16 @@ namespace tq::detail {
 
 [[nodiscard]] std::size_t hashOfWord(std::uint64_t word) noexcept;
 
-/// Zeros of both signs hash alike, and so does every NaN.
+/// +0 and -0 have the same hash, and so has every NaN.
 [[nodiscard]] std::size_t hashOfDouble(double value) noexcept;
 
-/// A hash of what `hash` stands for and `next` behind it.
+/// Combines the hash of a sequence with the hash of its next element.
 [[nodiscard]] inline std::size_t hashJoined(std::size_t hash, std::size_t next) noexcept {
   return hashOfWord(hash) + next;
 }
 
-/// What an object gives to the hash of the container that holds it: its own hash, or of a container
-/// its kind and count alone, so that no hash goes deep.
+/// Returns the contribution of an element to the hash of its container: the element's hash, or for
+/// a container only its kind and count, so that hashing never recurses.
 [[nodiscard]] std::size_t hashOfElement(const Object& element);
 
 }  // namespace tq::detail

@@ -3,7 +3,7 @@
 namespace tq {
 
 Ref<Null> Null::null() {
-  static Null& instance = *new Null;  // its own reference keeps it for good
+  static Null& instance = *new Null;  // this reference is never released
   return Ref<Null>(&instance);
 }
 

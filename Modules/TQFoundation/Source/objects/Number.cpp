@@ -13,14 +13,13 @@ bool NumberValue::isEqual(NumberValue other) const noexcept {
     const double b = other.doubleValue();
     return a == b || (std::isnan(a) && std::isnan(b));
   }
-  // A value above 2^63 - 1 has the kind uint64 and no other, so equal bits of unequal signedness
-  // never meet.
+  // Equal bits with different signedness are different values: uint64 is used only above 2^63 - 1.
   return bits_ == other.bits_ &&
          (kind_ == NumberKind::uint64) == (other.kind_ == NumberKind::uint64);
 }
 
 std::size_t NumberValue::hash() const noexcept {
-  return detail::hashOfDouble(doubleValue());  // what numbers of different kinds are compared by
+  return detail::hashOfDouble(doubleValue());  // numbers of different kinds are compared as doubles
 }
 
 std::string NumberValue::text() const {

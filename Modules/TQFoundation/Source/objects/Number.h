@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Number.h
-/// Numbers, boxed and unboxed, that remember what they were made from.
+/// Numbers with a kind, boxed and unboxed.
 
 #include <bit>
 #include <concepts>
@@ -15,9 +15,9 @@
 
 namespace tq {
 
-/// How a number is stored: its bits, and for messages the letter that type signatures use.
+/// How a number is stored. The letter is the one that type signatures use.
 enum class NumberKind : std::uint8_t {
-  boolean,  ///< 'c'; told from int8 so that stores can give a boolean back as one
+  boolean,  ///< 'c'; separate from int8, so that a stored boolean is read as a boolean
   int8,     ///< 'c'
   int16,    ///< 's'
   int32,    ///< 'i'
@@ -27,17 +27,17 @@ enum class NumberKind : std::uint8_t {
   float64,  ///< 'd'
 };
 
-/// A number by value: 16 bytes, trivially copyable. The unboxed twin of Number.
+/// An unboxed number: 16 bytes, trivially copyable. Number is the boxed form.
 ///
-/// The kind follows the type it is made from; unsigned types go one kind up, so that every value of
-/// theirs fits: unsigned char and short are int16, unsigned short and int are int32, unsigned int
-/// and long are int64, and unsigned long is int64 as far as that reaches, uint64 beyond.
+/// The kind follows the C++ type. Unsigned types use the next larger signed kind, so that every
+/// value fits: unsigned char and short are int16, unsigned short and int are int32, unsigned int
+/// and long are int64. Unsigned long is int64 if the value fits, else uint64.
 class NumberValue {
  public:
   constexpr NumberValue() noexcept : NumberValue(std::int64_t{0}) {}
 
-  /// Keeps the smallest signed kind that holds every value of T: an 8-bit unsigned integer becomes
-  /// an int16. Of the 64-bit unsigned ones only those beyond int64 are kept as uint64.
+  /// Uses the smallest signed kind that holds every value of T: an 8-bit unsigned integer becomes
+  /// an int16. A 64-bit unsigned integer becomes uint64 only if it does not fit int64.
   template <class T>
   requires std::is_arithmetic_v<T>
   constexpr NumberValue(T value) noexcept  // NOLINT: a number is a number
@@ -45,7 +45,7 @@ class NumberValue {
         bits_(std::floating_point<T> ? std::bit_cast<std::uint64_t>(static_cast<double>(value))
                                      : static_cast<std::uint64_t>(value)) {}
 
-  /// Any integral value under a kind of one's choice, as stores and packed arrays need it.
+  /// Creates a number of the given kind from its bits, for stores and packed arrays.
   [[nodiscard]] static constexpr NumberValue withKind(NumberKind kind,
                                                       std::uint64_t bits) noexcept {
     NumberValue value;
@@ -54,7 +54,7 @@ class NumberValue {
     return value;
   }
 
-  /// The kind that it was made with.
+  /// The kind of the number.
   [[nodiscard]] constexpr NumberKind kind() const noexcept { return kind_; }
 
   /// The letter of the kind: c s i q Q f d.
@@ -62,20 +62,20 @@ class NumberValue {
     return "ccsiqQfd"[static_cast<std::size_t>(kind_)];
   }
 
-  /// Made from a bool.
+  /// True if it was created from a bool.
   [[nodiscard]] constexpr bool isBoolean() const noexcept { return kind_ == NumberKind::boolean; }
-  /// A float or a double.
+  /// True for a float or a double.
   [[nodiscard]] constexpr bool isFloating() const noexcept { return kind_ >= NumberKind::float32; }
 
-  /// Integers in two's complement, floating kinds as the bits of a double.
+  /// Returns integers in two's complement, floating kinds as the bits of a double.
   [[nodiscard]] constexpr std::uint64_t bits() const noexcept { return bits_; }
 
-  /// True for everything but 0; 0.5 and NaN are true.
+  /// Returns false for 0, true for everything else, also for 0.5 and NaN.
   [[nodiscard]] constexpr bool boolValue() const noexcept {
     return isFloating() ? floating() != 0 : bits_ != 0;
   }
 
-  /// Truncated toward zero; saturates at the ends of the range; NaN is 0.
+  /// Returns the value truncated toward zero and clamped to the range; NaN is 0.
   [[nodiscard]] constexpr std::int64_t integerValue() const noexcept {
     if (kind_ == NumberKind::uint64) return std::numeric_limits<std::int64_t>::max();
     if (!isFloating()) return static_cast<std::int64_t>(bits_);
@@ -86,26 +86,27 @@ class NumberValue {
     return static_cast<std::int64_t>(value);
   }
 
-  /// The nearest double.
+  /// Returns the nearest double.
   [[nodiscard]] constexpr double doubleValue() const noexcept {
     if (isFloating()) return floating();
     return kind_ == NumberKind::uint64 ? static_cast<double>(bits_)
                                        : static_cast<double>(static_cast<std::int64_t>(bits_));
   }
 
-  /// By value across kinds. Integers compare exactly, an integer and a floating number as doubles,
-  /// NaN equals NaN.
+  /// Compares by value across kinds. Two integers are compared exactly, an integer and a floating
+  /// number as doubles. NaN equals NaN.
   [[nodiscard]] TQ_EXPORT bool isEqual(NumberValue other) const noexcept;
 
   /// Equal numbers have equal hashes.
   [[nodiscard]] TQ_EXPORT std::size_t hash() const noexcept;
 
-  /// Decimal text: integers plain, float with 7 significant digits, double with 16, as %g forms
-  /// them; "nan", "inf", "-inf". Never by locale. 0.56 is 0.5600000000000001, 100.0 is 100, -0.0 is
+  /// Returns decimal text: integers plain, float with 7 significant digits, double with 16, in the
+  /// form of %g; "nan", "inf", "-inf". Independent of the locale. 0.56 is 0.5600000000000001, 100.0
+  /// is 100, -0.0 is
   /// -0.
   [[nodiscard]] TQ_EXPORT std::string text() const;
 
-  /// The same into room for kNumberTextCapacity characters. @return its end
+  /// Writes the same into a buffer of kNumberTextCapacity characters. @return the end of the text
   TQ_EXPORT char* writeText(char* to) const noexcept;
 
  private:
@@ -137,14 +138,14 @@ class TQ_EXPORT Number final : public Subclass<Number> {
   static constexpr std::string_view className = "Number";
   static constexpr std::string_view codingName = "NSNumber";
 
-  /// A new box. Equal numbers have boxes of their own: compare with isEqual().
+  /// Creates an object. Equal numbers can be different objects: compare with isEqual().
   [[nodiscard]] static Ref<Number> numberWith(NumberValue value);
 
-  /// The number with its kind.
+  /// Returns the unboxed number.
   [[nodiscard]] NumberValue value() const noexcept {
     return NumberValue::withKind(static_cast<NumberKind>(headerDetail()), bits_);
   }
-  /// The value's, converted as NumberValue says.
+  /// Converted as documented at NumberValue.
   [[nodiscard]] bool boolValue() const noexcept { return value().boolValue(); }
   [[nodiscard]] std::int64_t integerValue() const noexcept { return value().integerValue(); }
   [[nodiscard]] double doubleValue() const noexcept { return value().doubleValue(); }

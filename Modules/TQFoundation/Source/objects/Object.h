@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Object.h
-/// The root of everything that is shared by reference.
+/// Object, the reference-counted root of all classes.
 
 #include <atomic>
 #include <cstddef>
@@ -25,7 +25,7 @@ struct WeakBlock;
 [[nodiscard]] TQ_EXPORT bool retainIfAlive(const WeakBlock& block) noexcept;
 }  // namespace detail
 
-/// What an object is, as far as the library's own code asks without a virtual call.
+/// The value classes, for fast tests without a virtual call.
 enum class ObjectKind : std::uint8_t {
   other,
   string,
@@ -38,68 +38,70 @@ enum class ObjectKind : std::uint8_t {
   dictionary,
 };
 
-/// An object counted by its references. Made on the heap by makeRef() or by a class's own
-/// constructing functions, never on the stack; a new object starts with a count of 1.
+/// A reference-counted object. It lives on the heap, created by makeRef() or by construction
+/// functions of its class, never on the stack. A new object has a count of 1.
 ///
-/// Threads:   the count may be changed on any thread; the last release destroys the object on the
-///            thread that makes it. Everything else is up to the class.
+/// Threads:   the count may be changed on any thread. The last release destroys the object on the
+///            thread that calls it. Everything else depends on the class.
 /// Layout:    16 bytes: the virtual table, the count, and 4 bytes for the value classes.
-/// Deep nests: releasing a chain or a nest of any depth takes bounded stack. Beyond a depth of
-///            kDirectReleaseDepth an object is destroyed after the release that would have
-///            destroyed it has returned, still before the outermost release on that thread returns.
+/// Deep nests: releasing a chain or a nest of any depth takes bounded stack. At a depth of
+///            kDirectReleaseDepth, destruction is deferred: it then happens after the release that
+///            caused it has returned, but before the outermost release on that thread returns.
 class TQ_EXPORT Object {
  public:
   Object(const Object&) = delete;
   Object& operator=(const Object&) = delete;
   virtual ~Object();
 
-  /// How deep destructors may nest on the stack before the rest is put off.
+  /// How deep destructors may nest on the stack before further ones are deferred.
   static constexpr int kDirectReleaseDepth = 64;
 
-  /// The record of this object's class.
+  /// Returns the record of this object's class.
   [[nodiscard]] virtual const Class& objectClass() const noexcept;
 
-  /// The record under which archives know this object: the public class of a family of
+  /// Returns the class that archives write for this object: the public class of a family of
   /// implementations, else objectClass().
   [[nodiscard]] const Class& classForCoder() const noexcept;
 
-  /// Equality of value. By default an object equals itself alone.
+  /// Returns true if both have the same value. By default an object equals only itself.
   [[nodiscard]] virtual bool isEqual(const Object& other) const;
 
-  /// Equal objects have equal hashes. Differs from process to process: never store it.
+  /// Returns the hash. Equal objects have equal hashes. It differs from process to process: never
+  /// store it.
   [[nodiscard]] virtual std::size_t hash() const;
 
-  /// An immutable object of the same value: this object itself, but for mutable containers.
+  /// Returns an immutable object of the same value: this object itself, or a fixed copy of a
+  /// mutable container.
   [[nodiscard]] virtual Ref<Object> copy() const;
 
-  /// Text for logs and messages; "<Shape: 0x…>" by default.
+  /// Returns text for logs and messages; "<Shape: 0x…>" by default.
   [[nodiscard]] virtual std::string description() const;
 
-  /// Which value class it is, if any: cheaper to ask than objectClass().
+  /// Returns the value class of the object, if it is one. Cheaper than objectClass().
   [[nodiscard]] ObjectKind kind() const noexcept { return kind_; }
 
-  /// Adds a reference. Prefer Ref, which does both halves.
+  /// Adds a reference. Prefer Ref, which also releases.
   void retain() const noexcept { references_.fetch_add(kReference, std::memory_order_relaxed); }
 
-  /// Drops a reference; the last one destroys the object.
+  /// Releases a reference. The last release destroys the object.
   void release() const noexcept {
-    // Acquire and release: what every holder wrote is seen by the destructor.
+    // Acquire and release: the destructor sees what every holder wrote.
     const std::uint32_t before = references_.fetch_sub(kReference, std::memory_order_acq_rel);
     if (before < 2 * kReference) lastReleased(before);
   }
 
-  /// References held at this moment; for tests and messages only.
+  /// Returns the current number of references; for tests and messages only.
   [[nodiscard]] std::uint32_t referenceCount() const noexcept {
     return references_.load(std::memory_order_relaxed) / kReference;
   }
 
-  /// Room behind an object for contents whose size is known when it is made.
+  /// Memory behind an object, for contents whose size is known at construction.
   struct Trailing {
-    /// Bytes behind the object's own.
+    /// Number of bytes after the object's own.
     std::size_t byteCount;
   };
 
-  /// Objects live in the library's own heap; see TQMemory.h.
+  /// Objects are allocated from the library's own heap; see TQMemory.h.
   static void* operator new(std::size_t size) { return allocateObjectMemory(size); }
   static void* operator new(std::size_t size, Trailing trailing) {
     return allocateObjectMemory(size + trailing.byteCount);
@@ -109,18 +111,18 @@ class TQ_EXPORT Object {
 
  protected:
   Object() noexcept : Object(ObjectKind::other) {}
-  /// For the value classes, which have kinds of their own and a byte to use.
+  /// For value classes: sets the kind and the class's own byte.
   explicit Object(ObjectKind kind, std::uint8_t detail = 0) noexcept
       : references_(kReference), kind_(kind), detail_(detail) {}
 
-  /// A byte of a value class's own, in the header's spare room.
+  /// The value class's own byte, stored in spare bits of the header.
   [[nodiscard]] std::uint8_t headerDetail() const noexcept { return detail_; }
 
  private:
   friend detail::WeakBlock* detail::weakBlockFor(const Object&);
   friend bool detail::retainIfAlive(const detail::WeakBlock&) noexcept;
 
-  // The count is kept in steps of 2; bit 0 says that weak references exist.
+  // The count is stored in steps of 2. Bit 0 is set when weak references exist.
   static constexpr std::uint32_t kWeaklyHeld = 1;
   static constexpr std::uint32_t kReference = 2;
 

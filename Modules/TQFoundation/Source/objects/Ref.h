@@ -12,39 +12,40 @@
 
 namespace tq {
 
-/// Owns one reference to an object, or none. Copying costs an atomic increment, moving nothing:
-/// pass `const T&` or `T*` where a function only looks, Ref<T> where it keeps.
+/// Owns one reference to an object, or is null. Copying costs an atomic increment; moving costs
+/// nothing. Pass `const T&` or `T*` to functions that only read, and Ref<T> to functions that keep
+/// the object.
 ///
-/// Threads: like a plain pointer; the object's count is safe on any thread, the Ref itself is not.
+/// Threads: like a plain pointer: the object's count is thread-safe, the Ref itself is not.
 template <class T>
 class Ref {
  public:
   constexpr Ref() noexcept = default;
-  /// Holds none.
-  constexpr Ref(std::nullptr_t) noexcept {}  // NOLINT: none converts
+  /// A null reference.
+  constexpr Ref(std::nullptr_t) noexcept {}  // NOLINT: nullptr converts
 
-  /// Shares `object` (adds a reference); null gives none.
+  /// Shares `object` (adds a reference). Null makes a null reference.
   explicit Ref(T* object) noexcept : object_(object) {
     if (object_ != nullptr) object_->retain();
   }
 
-  /// Takes over the reference that the caller holds.
+  /// Takes over the reference that the caller owns.
   [[nodiscard]] static Ref adopt(T* object) noexcept {
     Ref ref;
     ref.object_ = object;
     return ref;
   }
 
-  /// Copying adds a reference; moving leaves none behind.
+  /// Copying adds a reference. Moving leaves null behind.
   Ref(const Ref& other) noexcept : Ref(other.object_) {}
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
 
-  /// Shares what a reference to a derived class, or to a mutable one, holds.
+  /// Shares the object of a reference to a derived or to a mutable class.
   template <class U>
   requires std::convertible_to<U*, T*> Ref(const Ref<U>& other)
   noexcept : Ref(static_cast<T*>(other.get())) {}
 
-  /// Takes that over.
+  /// Takes over the object of such a reference.
   template <class U>
   requires std::convertible_to<U*, T*> Ref(Ref<U>&& other)
   noexcept : object_(other.leak()) {}
@@ -53,23 +54,23 @@ class Ref {
     if (object_ != nullptr) object_->release();
   }
 
-  /// Lets go of what was held, after the new object is held: safe for itself.
+  /// Releases the old object after the new one is retained, so self-assignment is safe.
   Ref& operator=(Ref other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }
 
-  /// The object, lent while the reference holds it; null for none.
+  /// Returns the object or null. Valid while this reference owns the object.
   [[nodiscard]] T* get() const noexcept { return object_; }
   T* operator->() const noexcept { return object_; }
   T& operator*() const noexcept { return *object_; }
-  /// True when it holds an object.
+  /// True if not null.
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  /// Hands the reference over to the caller, who must release it.
+  /// Returns the object and becomes null. The caller must release the object.
   [[nodiscard]] T* leak() noexcept { return std::exchange(object_, nullptr); }
 
-  /// Identity, not value: use isEqual() for that.
+  /// Compares identity. Use isEqual() to compare values.
   friend bool operator==(const Ref& a, const Ref& b) noexcept { return a.object_ == b.object_; }
   friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
 
@@ -77,32 +78,32 @@ class Ref {
   T* object_ = nullptr;
 };
 
-/// A new object of type T with a reference to it.
-/// @throws std::bad_alloc, and what T's constructor throws; nothing is leaked then
+/// Creates an object of type T.
+/// @throws std::bad_alloc, and what T's constructor throws; without a leak
 template <class T, class... Arguments>
 [[nodiscard]] Ref<T> makeRef(Arguments&&... arguments) {
   return Ref<T>::adopt(new T(std::forward<Arguments>(arguments)...));
 }
 
-/// `object` shared as a Ref; its type is deduced.
+/// Returns a new reference to `object`.
 template <class T>
 [[nodiscard]] Ref<T> share(T& object) noexcept {
   return Ref<T>(&object);
 }
 
-/// `object` as a T when it is one (or none when null or of another type).
+/// Returns `object` as a T, or null if it is null or of another class.
 template <class T>
 [[nodiscard]] T* objectCast(Object* object) noexcept {
   return dynamic_cast<T*>(object);
 }
 
-/// The object as a T when its class is T or derives from it; else null. Lent.
+/// Returns the object as a T if its class is T or derives from T, else null. Adds no reference.
 template <class T>
 [[nodiscard]] const T* objectCast(const Object* object) noexcept {
   return dynamic_cast<const T*>(object);
 }
 
-/// The same for references: a further reference, or none.
+/// The same for references: returns a new reference, or null.
 template <class T, class U>
 [[nodiscard]] Ref<T> refCast(const Ref<U>& object) noexcept {
   return Ref<T>(dynamic_cast<T*>(object.get()));

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file TextWords.h
-/// Bytes of texts as numbers, for hashing: by loads of fixed size, each a single instruction.
+/// Loads of text bytes as integers, for hashing. Each load has a fixed size and is a single
+/// instruction.
 
 #include <cstdint>
 #include <cstring>
@@ -16,7 +17,8 @@ std::uint64_t loadedWord(const char* at) noexcept {
   return word;
 }
 
-/// All bytes of a text of 1 to 8, in one number: those of 4 and more in two words that overlap.
+/// Returns all bytes of a text of 1 to 8 bytes as one integer. Texts of 4 and more are read as two
+/// words that may overlap.
 inline std::uint64_t packedWord(std::string_view text) noexcept {
   const char* const end = text.data() + text.size();
   if (text.size() >= 4) {

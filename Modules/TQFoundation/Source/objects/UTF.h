@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file UTF.h
-/// UTF-8 and UTF-16, with unpaired surrogates allowed where it says "generalised".
+/// Conversion between UTF-8 and UTF-16. "Generalised" UTF-8 may contain unpaired surrogates.
 
 #include <cstddef>
 #include <optional>
@@ -10,23 +10,24 @@
 
 namespace tq::detail {
 
-/// A code point and the bytes that it took; 0 bytes when the text does not start with a whole one.
+/// A code point and its length in bytes; 0 bytes if the text does not start with a complete code
+/// point.
 struct DecodedPoint {
   char32_t value = 0;
   std::size_t byteCount = 0;
   [[nodiscard]] bool isSurrogate() const noexcept { return value >= 0xD800 && value <= 0xDFFF; }
 };
 
-/// The code point that `text` starts with: shortest form, at most U+10FFFF, surrogates let through.
+/// Returns the first code point of `text`: shortest form, at most U+10FFFF, surrogates allowed.
 [[nodiscard]] DecodedPoint decodePoint(std::string_view text) noexcept;
 
-/// Offset of the first byte that does not belong to well-formed UTF-8, or none.
+/// Returns the offset of the first byte that is not part of well-formed UTF-8, or nullopt.
 [[nodiscard]] std::optional<std::size_t> firstMalformedByte(std::string_view bytes) noexcept;
 
 void appendPoint(std::string& text, char32_t point);
 void appendUnits(std::u16string& units, char32_t point);
 
-/// Generalised UTF-8 of the units; `wellFormed` says whether it is plain UTF-8.
+/// Returns generalised UTF-8 of the units. Sets `wellFormed` to whether it is plain UTF-8.
 [[nodiscard]] std::string utf8FromUnits(std::u16string_view units, bool& wellFormed);
 
 }  // namespace tq::detail

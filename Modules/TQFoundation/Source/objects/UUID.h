@@ -14,26 +14,26 @@
 
 namespace tq {
 
-/// 16 bytes that name one thing everywhere (RFC 4122). Threads: any; immutable.
+/// A 16-byte identifier (RFC 4122). Threads: any; immutable.
 class TQ_EXPORT UUID final : public Subclass<UUID> {
  public:
   static constexpr std::string_view className = "UUID";
   static constexpr std::string_view codingName = "NSUUID";
 
-  /// In the order in which they are written.
+  /// The bytes in the order of the text.
   using Bytes = std::array<std::uint8_t, 16>;
 
-  /// These bytes, whatever they are.
+  /// Creates an identifier of any 16 bytes.
   [[nodiscard]] static Ref<UUID> UUIDWithBytes(const Bytes& bytes);
 
-  /// From "68753A44-4D6F-1226-9C60-0050E4C00067", letters of either case.
-  /// @return none for text of any other form
+  /// Parses text such as "68753A44-4D6F-1226-9C60-0050E4C00067"; upper and lower case.
+  /// @return null for text of any other form
   [[nodiscard]] static Ref<UUID> UUIDWithString(std::string_view text);
 
-  /// In the order of the text.
+  /// The bytes in the order of the text.
   [[nodiscard]] const Bytes& bytes() const noexcept { return bytes_; }
 
-  /// 36 characters, letters in upper case.
+  /// Returns 36 characters, letters in upper case.
   [[nodiscard]] std::string UUIDString() const;
 
   [[nodiscard]] bool isEqual(const Object& other) const override;

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Value.h
-/// Plain structures, boxed.
+/// Boxed plain structures: points, sizes, rects, ranges.
 
 #include <cstddef>
 #include <cstdint>
@@ -19,33 +19,34 @@
 
 namespace tq {
 
-/// A stretch of indexes: the first one and how many.
+/// A range of indexes: the first one and their number.
 struct Range {
-  std::uint64_t location = 0;  ///< the first place
-  std::uint64_t length = 0;    ///< how many places
+  std::uint64_t location = 0;  ///< the first index
+  std::uint64_t length = 0;    ///< the number of indexes
 
   friend constexpr bool operator==(Range, Range) noexcept = default;
 };
 
-/// The bytes of a plain structure with its type signature. Threads: any; immutable.
+/// A boxed plain structure: its bytes and its type signature. Threads: any; immutable.
 class TQ_EXPORT Value final : public Subclass<Value> {
  public:
   static constexpr std::string_view className = "Value";
   static constexpr std::string_view codingName = "NSValue";
 
-  /// The signatures that the structures below are boxed under.
+  /// The type signatures of the structures below.
   static constexpr std::string_view kPointType = "{CGPoint=dd}";
   static constexpr std::string_view kSizeType = "{CGSize=dd}";
   static constexpr std::string_view kRectType = "{CGRect={CGPoint=dd}{CGSize=dd}}";
   static constexpr std::string_view kRangeType = "{_NSRange=QQ}";
 
-  /// Boxes the structure as it is.
+  /// Boxes the structure unchanged.
   [[nodiscard]] static Ref<Value> valueWithPoint(Point point);
   [[nodiscard]] static Ref<Value> valueWithSize(Size size);
   [[nodiscard]] static Ref<Value> valueWithRect(const Rect& rect);
   [[nodiscard]] static Ref<Value> valueWithRange(Range range);
 
-  /// Any plain structure by its bytes. An empty signature without bytes is a value without content.
+  /// Boxes the bytes of any plain structure. An empty signature without bytes makes a value without
+  /// content.
   [[nodiscard]] static Ref<Value> valueWithBytes(std::string_view typeSignature,
                                                  std::span<const std::byte> bytes);
 
@@ -60,12 +61,12 @@ class TQ_EXPORT Value final : public Subclass<Value> {
   /// other type a value without signature and content.
   [[nodiscard]] static Ref<Value> initWithJSONDecoder(TQJSONDecoder& decoder);
 
-  /// Names the structure's fields; empty for a value without content.
+  /// Returns the type signature; empty for a value without content.
   [[nodiscard]] const std::string& typeSignature() const noexcept { return type_; }
-  /// The structure, lent.
+  /// Returns the bytes of the structure. The value owns them.
   [[nodiscard]] std::span<const std::byte> bytes() const noexcept { return bytes_; }
 
-  /// The structure, when the signature and the size are the ones asked for; else none.
+  /// Returns the structure if signature and size match, else nullopt.
   template <class T>
   requires std::is_trivially_copyable_v<T>
   [[nodiscard]] std::optional<T> as(std::string_view typeSignature) const noexcept {
@@ -74,18 +75,18 @@ class TQ_EXPORT Value final : public Subclass<Value> {
     return structure;
   }
 
-  /// The structure, when it is one of this kind; else none.
+  /// Returns the structure if it is of this type, else nullopt.
   [[nodiscard]] std::optional<Point> pointValue() const noexcept { return as<Point>(kPointType); }
   [[nodiscard]] std::optional<Size> sizeValue() const noexcept { return as<Size>(kSizeType); }
   [[nodiscard]] std::optional<Rect> rectValue() const noexcept { return as<Rect>(kRectType); }
   [[nodiscard]] std::optional<Range> rangeValue() const noexcept { return as<Range>(kRangeType); }
 
-  /// Same signature and same bytes: +0 and -0 differ, and rects are not standardised.
+  /// Compares signatures and bytes: +0 and -0 differ, and rects are not standardised.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
 
-  /// Points, sizes and rects as `{x, y}`, `{w, h}` and `{{x, y}, {w, h}}`; else the signature and
-  /// the byte count.
+  /// Returns `{x, y}`, `{w, h}` and `{{x, y}, {w, h}}` for points, sizes and rects, else the
+  /// signature and the byte count.
   [[nodiscard]] std::string description() const override;
 
  private:

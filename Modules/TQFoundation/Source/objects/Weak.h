@@ -16,39 +16,39 @@
 namespace tq {
 namespace detail {
 
-/// The block that all weak references to one object share. It outlives the object.
+/// The block that all weak references to one object share. It can outlive the object.
 TQ_EXPORT void retainBlock(WeakBlock& block) noexcept;
 TQ_EXPORT void releaseBlock(WeakBlock& block) noexcept;
 
-/// The object observed by `block`; only for a caller that holds it.
+/// Returns the object of `block`. The caller must own a reference to it.
 [[nodiscard]] TQ_EXPORT Object* objectOf(const WeakBlock& block) noexcept;
 
-/// Whether the block's object is `object`, which the caller holds; whether it is gone.
+/// Returns whether the block's object is `object`, which the caller must own; whether it is gone.
 [[nodiscard]] TQ_EXPORT bool observes(const WeakBlock& block, const Object& object) noexcept;
 [[nodiscard]] TQ_EXPORT bool isGone(const WeakBlock& block) noexcept;
 
-/// Weakly held objects that have gone so far, in the whole process: while it stays, no Weak has
-/// lost its object.
+/// Returns how many weakly held objects the process has destroyed so far. While the number is the
+/// same, no Weak has lost its object.
 [[nodiscard]] std::uint64_t weakLossCount() noexcept;
 
-/// The object's weak references read none from now on. Called once, before its destructor runs.
+/// Makes all weak references to the object read null. Called once, before its destructor runs.
 void forgetWeakly(const Object& object) noexcept;
 
 }  // namespace detail
 
-/// A strong hold on an object, seen through an interface that is not itself an Object.
+/// A strong reference to an object, seen through an interface that does not derive from Object.
 template <class T>
 class Held {
  public:
   Held() noexcept = default;
-  /// Holds `owner` and shows `view`, which must be a part of it.
+  /// Retains `owner` and refers to `view`, which must be a part of it.
   Held(Ref<Object> owner, T* view) noexcept : owner_(std::move(owner)), view_(view) {}
 
-  /// The interface, lent while this holds its object; null for none.
+  /// Returns the interface or null. Valid while this owns its object.
   [[nodiscard]] T* get() const noexcept { return view_; }
   T* operator->() const noexcept { return view_; }
   T& operator*() const noexcept { return *view_; }
-  /// True when it holds an object.
+  /// True if not null.
   explicit operator bool() const noexcept { return view_ != nullptr; }
 
  private:
@@ -56,8 +56,8 @@ class Held {
   T* view_ = nullptr;
 };
 
-/// Observes an object through its class T, or through an interface T that the object implements.
-/// Reads none from the moment the object's last reference is dropped, before its destructor starts.
+/// Observes an object through its class T, or through an interface T that the object implements. It
+/// reads null as soon as the object's last reference is released, before its destructor starts.
 ///
 /// Threads: lock() is safe against the last release on another thread. The Weak itself is used by
 ///          one thread at a time, like a plain pointer; copies are independent.
@@ -67,11 +67,11 @@ template <class T>
 class Weak {
  public:
   constexpr Weak() noexcept = default;
-  /// Observes none.
-  constexpr Weak(std::nullptr_t) noexcept {}  // NOLINT: none converts
+  /// Observes no object.
+  constexpr Weak(std::nullptr_t) noexcept {}  // NOLINT: nullptr converts
 
-  /// Observes `object`, which the caller must hold: in the object's own destructor this stops the
-  /// process. Null observes none. @throws std::bad_alloc
+  /// Observes `object`, which the caller must own; calling this in the object's own destructor
+  /// stops the process. Null observes no object. @throws std::bad_alloc
   template <class U>
   requires std::derived_from<U, Object> && std::convertible_to<U*, T*>
   explicit Weak(U* object)
@@ -80,9 +80,9 @@ class Weak {
   /// The same for a reference.
   template <class U>
   requires std::derived_from<U, Object> && std::convertible_to<U*, T*> Weak(const Ref<U>& object)
-      : Weak(object.get()) {}  // NOLINT: observing what is held converts
+      : Weak(object.get()) {}  // NOLINT: a strong reference converts
 
-  /// Copies observe the same object; a Weak that was moved from observes none.
+  /// Copies observe the same object. A moved-from Weak observes no object.
   Weak(const Weak& other) noexcept : view_(other.view_), block_(other.block_) {
     if (block_ != nullptr) detail::retainBlock(*block_);
   }
@@ -93,16 +93,17 @@ class Weak {
     if (block_ != nullptr) detail::releaseBlock(*block_);
   }
 
-  /// Observes what the other one does, in place of what it observed.
+  /// Observes the other one's object instead.
   Weak& operator=(Weak other) noexcept {
     std::swap(view_, other.view_);
     std::swap(block_, other.block_);
     return *this;
   }
 
-  /// The object, held strongly for as long as the answer lives: Ref<T> for a class, Held<T> for an
-  /// interface; none when it is gone.
-  // Deduced, so that a class may have a Weak to its own kind as a member, where T is incomplete.
+  /// Returns a strong reference to the object, or null if it is gone: a Ref<T> for a class, a
+  /// Held<T> for an interface.
+  // The type is deduced, so that a class may have a Weak to itself as a member, where T is
+  // incomplete.
   [[nodiscard]] auto lock() const noexcept {
     const bool isHeld = block_ != nullptr && detail::retainIfAlive(*block_);
     if constexpr (std::derived_from<T, Object>) {
@@ -112,22 +113,22 @@ class Weak {
     }
   }
 
-  /// True once the object is gone, and for a Weak that never observed one.
+  /// Returns true if the object is gone or if there never was one.
   [[nodiscard]] bool expired() const noexcept { return !lock(); }
 
-  /// True when it observes `object`, which the caller holds. Never true for a new object at the
-  /// address of one that is gone. One atomic load; any number of threads at once.
+  /// Returns true if it observes `object`, which the caller must own. Never true for a new object
+  /// at the address of one that is gone. One atomic load; any number of threads at once.
   [[nodiscard]] bool observes(const Object& object) const noexcept {
     return block_ != nullptr && detail::observes(*block_, object);
   }
 
-  /// True once the object is gone, like expired(), without holding it: one atomic load.
+  /// Like expired(): true if the object is gone. One atomic load.
   [[nodiscard]] bool isGone() const noexcept {
     return block_ == nullptr || detail::isGone(*block_);
   }
 
-  /// Same object observed (or both none), also after it is gone: a new object at the old address is
-  /// another one.
+  /// Returns true if both observe the same object, or none. This holds after the object is gone
+  /// too: a new object at the old address is a different one.
   friend bool operator==(const Weak& a, const Weak& b) noexcept { return a.block_ == b.block_; }
 
  private:
