@@ -9,7 +9,7 @@
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/detail/Describe.h>
 
-// A fixed array keeps its contents behind its own header:
+// A fixed array stores its contents after the object:
 //   objects:            count × Ref<Object>
 //   integers, doubles:  count × 8 bytes of payload
 //   numbers:            count × 8 bytes of payload, then count × 1 byte of kind
@@ -48,7 +48,7 @@ Ref<Array> Array::makeUnfilled(std::size_t count) {
   return array;
 }
 
-/// The elements inside this object; none for an array that keeps them elsewhere.
+/// Returns the elements inside this object; empty if they are stored elsewhere.
 std::span<Ref<Object>> Array::slots() noexcept {
   auto* first = reinterpret_cast<Ref<Object>*>(this + 1);
   if (elements_.load(std::memory_order_relaxed) != first) return {};
@@ -112,7 +112,7 @@ Object& Array::objectAtIndex(std::size_t index) const {
   return *elements()[index];
 }
 
-/// Threads that box at the same time each make boxes; the first to publish wins.
+/// Threads that box at the same time each create objects; the first to publish wins.
 const Ref<Object>* Array::box() const {
   auto boxes = std::make_unique<Ref<Object>[]>(count_);
   for (std::size_t i = 0; i < count_; ++i) boxes[i] = Number::numberWith(numberAtIndex(i));
@@ -138,7 +138,7 @@ bool Array::isEqual(const Object& other) const {
                     [](const Object& a, const Object& b) { return a.isEqual(b); });
 }
 
-/// By count and three elements, as far as a packed array tells them without boxing.
+/// Uses the count and three elements. A packed array is not boxed for this.
 std::size_t Array::hash() const {
   if (count_ == 0) return 0;
   std::size_t hash = count_;
@@ -188,7 +188,7 @@ void MutableArray::insertObject(Ref<Object> object, std::size_t atIndex) {
   changed();
 }
 
-// What is taken out is released last: its destructor may come back here.
+// The removed object is released last, because its destructor may call this array.
 void MutableArray::removeObjectAtIndex(std::size_t index) {
   if (index >= count_) raiseRange(index, count_);
   const auto at = objects_.begin() + static_cast<std::ptrdiff_t>(index);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Class.h
-/// What the library knows of a type: its names and what it can do, found at compile time.
+/// Class records: the names and capabilities of a type, found at compile time.
 
 #include <concepts>
 #include <string_view>
@@ -13,41 +13,45 @@
 
 namespace tq {
 
+// Classes of rooms above. A record only has pointers to functions that take them; each class that
+// has such functions includes what it needs.
 class KeyedArchiver;
 class KeyedUnarchiver;
 class TQJSONDecoder;
 class TQJSONEncoder;
 
-/// A type's own part in the JSON archive. A null entry means the default form.
+/// The functions of a class for JSON archives. A null entry means the default behaviour.
 struct JSONCoding {
-  /// Makes an object of what the decoder reads.
+  /// Creates an object from what the decoder reads.
   Ref<Object> (*initWithJSONDecoder)(TQJSONDecoder&) = nullptr;
-  /// Answers what is written in the object's place.
+  /// Returns the object to write instead of this one.
   Ref<Object> (*replacementObject)(const Object&, TQJSONEncoder&) = nullptr;
   /// Writes the members of a structured object.
   void (*encodeAsJSON)(const Object&, TQJSONEncoder&) = nullptr;
-  /// Opens and closes what stands around the members.
+  /// Write what precedes and follows the members.
   void (*startEncodingObject)(const Object&, TQJSONEncoder&) = nullptr;
   void (*finishEncodingObject)(const Object&, TQJSONEncoder&) = nullptr;
   /// Writes the member that names the class.
   void (*encodeClassInfo)(const Object&, TQJSONEncoder&) = nullptr;
   /// Writes the object as an archive within the archive.
   void (*encodeAsRAWArchive)(const Object&, TQJSONEncoder&) = nullptr;
-  /// Writes the object where a key is expected.
+  /// Writes the object as a key.
   void (*encodeAsKey)(const Object&, TQJSONEncoder&) = nullptr;
 };
 
-/// A type's own part in keyed archives: both or neither.
+/// The functions of a class for keyed archives. All or none are null.
 struct KeyedCoding {
-  /// Puts the object's members into the archiver.
+  /// Writes the object's members to the archiver.
   void (*encodeWithCoder)(const Object&, KeyedArchiver&) = nullptr;
-  Ref<Object> (*make)() = nullptr;                             ///< an empty object, to be filled
-  bool (*initWithCoder)(Object&, KeyedUnarchiver&) = nullptr;  ///< false: the bytes make no sense
+  /// Creates an object without content.
+  Ref<Object> (*make)() = nullptr;
+  /// Reads the members; returns false if they are invalid.
+  bool (*initWithCoder)(Object&, KeyedUnarchiver&) = nullptr;
 };
 
 /// The record of one class. There is one per type; compare records by address.
 ///
-/// What a type can do follows from the members that it has:
+/// The members of a type T determine what it can do:
 ///
 /// | member of T | what it gives |
 /// |---|---|
@@ -60,21 +64,20 @@ struct KeyedCoding {
 /// | one of [3], each `(TQJSONEncoder&) const` | its own form of that step of an archive |
 /// | a default constructor and both of [4] | it can be kept in keyed archives |
 ///
-/// [1] `static Ref<T> initWithJSONDecoder(TQJSONDecoder&)`, which may answer none.
-/// [2] None stands for the object itself.
+/// [1] `static Ref<T> initWithJSONDecoder(TQJSONDecoder&)`, which may return null.
+/// [2] Null stands for the object itself.
 /// [3] `startEncodingObject`, `finishEncodingObject`, `encodeClassInfoForJSON`,
 ///     `encodeAsRAWArchive`, `encodeAsKey`.
 /// [4] `void encodeWithCoder(KeyedArchiver&) const`, `bool initWithCoder(KeyedUnarchiver&)`.
 ///
-/// A derived class inherits what it does not define, but for construction, which is each class's
-/// own.
+/// A derived class inherits what it does not define, except construction from an archive.
 class TQ_EXPORT Class {
  public:
-  /// The record of T below Parent, by the members that T has.
+  /// Makes the record of T below Parent from the members of T.
   template <class T, class Parent>
   [[nodiscard]] static constexpr Class make() noexcept;
 
-  /// The record of Object itself.
+  /// Makes the record of Object.
   [[nodiscard]] static constexpr Class makeRoot() noexcept {
     Class root;
     root.name_ = root.codingName_ = "Object";
@@ -87,16 +90,15 @@ class TQ_EXPORT Class {
   /// The name by which archives and the registry know the class.
   [[nodiscard]] constexpr std::string_view codingName() const noexcept { return codingName_; }
 
-  /// None for Object.
+  /// The record of the parent class; null for Object.
   [[nodiscard]] constexpr const Class* parent() const noexcept { return parent_; }
 
-  /// The record that archives know it under: that of CodingClass where the class names one, else
-  /// this one.
+  /// The record that archives use: the one of CodingClass if the class defines it, else this one.
   [[nodiscard]] constexpr const Class& classForCoder() const noexcept {
     return codingClass_ != nullptr ? *codingClass_ : *this;
   }
 
-  /// True for the class itself too.
+  /// True if `ancestor` is this class or one above it.
   [[nodiscard]] constexpr bool isSubclassOf(const Class& ancestor) const noexcept {
     for (const Class* c = this; c != nullptr; c = c->parent_) {
       if (c == &ancestor) return true;
@@ -104,23 +106,23 @@ class TQ_EXPORT Class {
     return false;
   }
 
-  /// What the class does in JSON archives, inherited entries included.
+  /// The functions for JSON archives, including inherited ones.
   [[nodiscard]] constexpr const JSONCoding& json() const noexcept { return json_; }
-  /// What the class does in keyed archives, inherited entries included.
+  /// The functions for keyed archives, including inherited ones.
   [[nodiscard]] constexpr const KeyedCoding& keyed() const noexcept { return keyed_; }
 
-  /// True when its objects can be kept in keyed archives.
+  /// True if keyed archives can store objects of the class.
   [[nodiscard]] constexpr bool supportsKeyedCoding() const noexcept {
     return keyed_.encodeWithCoder != nullptr;
   }
 
-  /// Makes T findable by its coding name. A name registered again names the later class.
-  /// Any thread, though start-up is the time for it: what is read before does not know the class.
+  /// Registers T under its coding name, so that archives can find it. If a name is registered
+  /// twice, the later class is used. Any thread; register at start-up, before archives are read.
   template <class T>
   static void registerClass();
 
-  /// The class registered under `codingName`, or null. Exact and case-sensitive. Any thread.
-  /// The library's own classes ("NSValue", "NSArray", …) need no registering.
+  /// Returns the class registered under `codingName`, or null. Case-sensitive. Any thread. The
+  /// library's own classes ("NSValue", "NSArray", …) are always registered.
   [[nodiscard]] static const Class* classNamed(std::string_view codingName);
 
  private:
@@ -149,7 +151,7 @@ struct RecordOf<Object> {
 
 }  // namespace detail
 
-/// The record of T. Exported, so that the library and its users see one record of each class.
+/// The record of T. Exported, so that the library and its users share one record per class.
 template <class T>
 TQ_EXPORT inline constexpr Class classOf = detail::RecordOf<T>::make();
 
@@ -159,8 +161,8 @@ constexpr Class Class::make() noexcept {
   record.name_ = T::className;
   record.parent_ = &classOf<Parent>;
 
-  // A name that T merely inherits is not its own. Texts are compared, for under sanitizers GCC does
-  // not take a comparison of addresses for a constant.
+  // An inherited name does not count. The texts are compared, because with sanitizers GCC does not
+  // accept a comparison of addresses as a constant.
   if constexpr (requires { Parent::className; }) {
     static_assert(T::className != Parent::className, "the class lacks a className of its own");
   }
@@ -189,7 +191,7 @@ constexpr Class Class::make() noexcept {
   } else {
     record.json_.initWithJSONDecoder = nullptr;
   }
-/// Fills an entry when T has the member.
+/// Sets an entry if T has the member.
 #define TQ_JSON_STEP(entry, function, Result)                                         \
   if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {          \
     record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result { \
@@ -226,12 +228,12 @@ void Class::registerClass() {
   registerRecord(classOf<T>);
 }
 
-/// Base of every class of objects: `class Shape final : public tq::Subclass<Shape>`, or
+/// Base of all object classes: `class Shape final : public tq::Subclass<Shape>`, or
 /// `Subclass<Circle, Shape>` below another class.
 template <class Derived, class Parent = Object>
 class TQ_EXPORT Subclass : public Parent {
  public:
-  /// The class that this one derives from, for records and constructors.
+  /// The class that this one derives from.
   using ParentClass = Parent;
 
   /// The record of Derived.

@@ -32,7 +32,7 @@ Ref<Dictionary> Dictionary::makeUnfilled(Ref<DictionaryKeys> keys) {
   return dictionary;
 }
 
-/// The values inside this object; none for a dictionary that keeps them elsewhere.
+/// Returns the values inside this object; empty if they are stored elsewhere.
 std::span<Ref<Object>> Dictionary::slots() noexcept {
   auto* first = reinterpret_cast<Ref<Object>*>(this + 1);
   if (values_ != first) return {};
@@ -84,7 +84,7 @@ bool Dictionary::isEqual(const Object& other) const {
   return true;
 }
 
-/// A sum, for equal dictionaries may have their entries in any order.
+/// A sum, because equal dictionaries may have their entries in different orders.
 std::size_t Dictionary::hash() const {
   std::size_t hash = count();
   for (const Entry entry : *this) {
@@ -143,7 +143,7 @@ void MutableDictionary::removeObjectForKey(const Object& key) {
   const auto index = keys_->find(key);
   if (!index) return;
   const auto at = held_.begin() + static_cast<std::ptrdiff_t>(*index);
-  const Ref<Object> removed = std::move(*at);  // released last: its destructor may come back here
+  const Ref<Object> removed = std::move(*at);  // released last: its destructor may call this
   held_.erase(at);
   keys_->removeAt(*index);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Dictionary.h
-/// Objects found by a key, in the order they were put in.
+/// Dictionaries, fixed and growable, in insertion order.
 
 #include <cstddef>
 #include <initializer_list>
@@ -21,26 +21,26 @@ struct Construction;
 class DictionaryKeys;
 }  // namespace detail
 
-/// An immutable dictionary. Keeps the order in which entries were given; finds keys by equality, so
-/// that true, 1 and 1.0 are one key. Holds keys (copied, see Object::copy) and values strongly;
-/// neither is none.
+/// An immutable dictionary in insertion order. Keys are compared with isEqual(), so true, 1 and 1.0
+/// are the same key. It retains copies of the keys (see Object::copy) and the values; neither is
+/// null.
 ///
-/// Cost: up to 8 keys are searched one by one, more are hashed. Dictionaries read from one archive
-/// that have the same keys share one set of them, and then cost 8 bytes an entry.
-/// Threads: any; a MutableDictionary one at a time.
+/// Cost: up to 8 keys are searched linearly, more are hashed. Dictionaries of one archive with the
+/// same keys share these keys and then need 8 bytes per entry.
+/// Threads: any. MutableDictionary: one at a time.
 class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
  public:
   static constexpr std::string_view className = "Dictionary";
   static constexpr std::string_view codingName = "NSDictionary";
 
-  /// A key and its value, lent by the dictionary.
+  /// A key and its value. The dictionary owns them.
   struct Entry {
-    /// Equal to no other key of the dictionary.
+    /// Differs from all other keys of the dictionary.
     Object& key;
-    Object& value;  ///< never none
+    Object& value;  ///< never null
   };
 
-  /// Goes over the entries in their order.
+  /// Iterates over the entries in their order.
   class Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -49,7 +49,7 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     using reference = Entry;
 
     Iterator() noexcept = default;
-    /// At a key and the value that goes with it.
+    /// Points to a key and its value.
     Iterator(const Ref<Object>* key, const Ref<Object>* value) noexcept
         : key_(key), value_(value) {}
 
@@ -63,10 +63,10 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     const Ref<Object>* value_ = nullptr;
   };
 
-  /// A dictionary without entries.
+  /// Returns an empty dictionary.
   [[nodiscard]] static Ref<Dictionary> dictionary();
-  /// A key that comes again replaces the value and keeps its place.
-  /// @throws Exception (InvalidArgumentException) when a key or a value is none
+  /// A repeated key replaces the value and keeps the position of the first one.
+  /// @throws Exception (InvalidArgumentException) if a key or a value is null
   [[nodiscard]] static Ref<Dictionary> dictionaryWithEntries(
       std::span<const std::pair<Ref<Object>, Ref<Object>>> entries);
   [[nodiscard]] static Ref<Dictionary> dictionaryWithEntries(
@@ -80,13 +80,13 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
 
   [[nodiscard]] std::size_t count() const noexcept;
 
-  /// The value of an equal key, lent; null when there is none.
+  /// Returns the value of an equal key, or null. The dictionary owns it.
   [[nodiscard]] Object* objectForKey(const Object& key) const;
-  /// The value of a string key of this text, without making a string.
+  /// The same for a key that is a String of this text, without creating a String.
   [[nodiscard]] Object* objectForKey(std::string_view key) const;
 
-  /// In insertion order, the key and the value of an entry at one index. Lent; good while the
-  /// dictionary lives and, if it is mutable, stays as it is.
+  /// The keys and the values in insertion order; an entry has the same index in both. Valid while
+  /// the dictionary exists and is not changed.
   [[nodiscard]] std::span<const Ref<Object>> keys() const noexcept;
   [[nodiscard]] std::span<const Ref<Object>> values() const noexcept { return {values_, count()}; }
   [[nodiscard]] Iterator begin() const noexcept { return {keys().data(), values_}; }
@@ -94,53 +94,53 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     return {keys().data() + count(), values_ + count()};
   }
 
-  /// Same keys with equal values, in any order, fixed or mutable.
+  /// Returns true if both have equal keys with equal values, in any order, fixed or mutable.
   [[nodiscard]] bool isEqual(const Object& other) const override;
-  /// Of all entries, of containers among them the count alone. Cost: linear.
+  /// Combines all entries; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;
-  /// "{key = value; …}", 32 levels deep at the most.
+  /// Returns "{key = value; …}", at most 32 levels deep.
   [[nodiscard]] std::string description() const override;
 
  protected:
-  /// A dictionary that its maker fills.
+  /// A dictionary that its creator fills.
   explicit Dictionary(Ref<detail::DictionaryKeys> keys) noexcept;
 
   /// The keys, which dictionaries of one archive may share.
   Ref<detail::DictionaryKeys> keys_;
-  /// The values by their keys' indices; null when there are none.
+  /// The values, at the indices of their keys; null if there are none.
   const Ref<Object>* values_ = nullptr;
 
  private:
   friend struct detail::Construction;
   friend class MutableDictionary;
 
-  /// A fixed dictionary over these keys, whose values are none until the maker has filled them in.
+  /// A fixed dictionary of these keys with null values. The creator must fill all of them.
   [[nodiscard]] static Ref<Dictionary> makeUnfilled(Ref<detail::DictionaryKeys> keys);
   [[nodiscard]] std::span<Ref<Object>> slots() noexcept;
 };
 
-/// A dictionary that can change. Threads: one at a time; never while it is being gone over.
+/// A growable dictionary. Threads: one at a time. It must not change during iteration.
 class TQ_EXPORT MutableDictionary final : public Subclass<MutableDictionary, Dictionary> {
  public:
   static constexpr std::string_view className = "MutableDictionary";
   static constexpr std::string_view codingName = "NSMutableDictionary";
 
-  /// A dictionary without entries.
+  /// Returns an empty dictionary.
   [[nodiscard]] static Ref<MutableDictionary> dictionary();
-  /// A growable dictionary of the same entries; keys and values are shared.
+  /// Creates a dictionary of the same keys and values.
   [[nodiscard]] static Ref<MutableDictionary> dictionaryWithDictionary(const Dictionary& other);
 
-  /// Replaces the value of an equal key, or puts a new entry last.
-  /// @throws Exception (InvalidArgumentException) when either is none
+  /// Replaces the value of an equal key, or appends a new entry.
+  /// @throws Exception (InvalidArgumentException) if either is null
   void setObject(Ref<Object> value, Ref<Object> forKey);
   void setObject(Ref<Object> value, std::string_view forKey);
 
-  /// An absent key is no fault. Cost: linear, since the others keep their order.
+  /// Removes the entry of an equal key, if there is one. Cost: linear, because the order is kept.
   void removeObjectForKey(const Object& key);
-  /// Drops every entry.
+  /// Removes all entries.
   void removeAllObjects();
 
-  /// A fixed dictionary of the same entries.
+  /// Returns a fixed dictionary of the same entries.
   [[nodiscard]] Ref<Object> copy() const override;
 
  private:

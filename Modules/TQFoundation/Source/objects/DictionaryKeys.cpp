@@ -28,7 +28,7 @@ std::optional<std::size_t> DictionaryKeys::find(std::string_view key) const {
   return std::nullopt;
 }
 
-// An index that is there is kept, also when few keys are left: find() asks nothing else then.
+// An existing index is kept even if few keys are left, because find() then uses only the index.
 void DictionaryKeys::append(Ref<Object> key) {
   keys_.push_back(std::move(key));
   if (index_.capacity() == 0 && keys_.size() <= kSearched) return;

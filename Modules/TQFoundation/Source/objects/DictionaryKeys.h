@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file DictionaryKeys.h
-/// The keys of a dictionary, which dictionaries with the same keys share.
+/// Keys of dictionaries. Dictionaries with the same keys can share them.
 
 #include <optional>
 #include <span>
@@ -14,9 +14,8 @@
 
 namespace tq::detail {
 
-/// Distinct keys in order, with an index over them once there have been more than a search is good
-/// for.
-/// Changed only by an owner that has it to itself.
+/// Distinct keys in order. They are hashed as soon as there are more than kSearched. Only an owner
+/// that does not share them may change them.
 class DictionaryKeys final : public Object {
  public:
   DictionaryKeys() noexcept = default;
@@ -27,10 +26,10 @@ class DictionaryKeys final : public Object {
   [[nodiscard]] std::optional<std::size_t> find(const Object& key) const;
   [[nodiscard]] std::optional<std::size_t> find(std::string_view key) const;
 
-  /// Puts a key last that is not there yet. Strong guarantee.
+  /// Appends a key that is not in it yet. Strong guarantee.
   void append(Ref<Object> key);
 
-  /// Takes out the key at `index`; those behind it move up. Allocates nothing.
+  /// Removes the key at `index`. Later keys move forward. Allocates nothing.
   void removeAt(std::size_t index);
 
  private:
@@ -39,7 +38,7 @@ class DictionaryKeys final : public Object {
   void fillIndex();
 
   std::vector<Ref<Object>> keys_;
-  HashIndex index_;  // without room while keys are searched for one after the other
+  HashIndex index_;  // empty while keys are searched linearly
 };
 
 }  // namespace tq::detail

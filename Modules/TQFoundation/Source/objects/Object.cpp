@@ -10,20 +10,21 @@
 namespace tq {
 namespace {
 
-// Objects whose destruction has been put off, most recent first. Each leads to the next one by what
-// nobody needs of its header any more, so that nothing is allocated in a release.
+// Objects whose destruction is deferred, most recent first. The links are stored in header fields
+// that are no longer needed, so that a release allocates nothing.
 struct PutOff {
   int depth = 0;
   const Object* first = nullptr;
 };
-// Reached by every destruction, so without the call that a library's thread-local variables take.
+// Every destruction reads this, so it must not need the function call of a library's thread-local
+// variables.
 [[gnu::tls_model("initial-exec")]] thread_local constinit PutOff putOff;
 
 constexpr int kAlignmentBits = 4;  // an object starts at a multiple of 16
 
 }  // namespace
 
-// Marked still: a constructor has thrown, and nobody has released the object.
+// Still marked: a constructor has thrown, so the object was never released.
 Object::~Object() {
   if ((references_.load(std::memory_order_relaxed) & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
 }
@@ -47,8 +48,8 @@ std::string Object::description() const {
   return text;
 }
 
-// The link takes the 48 bits of count and spare room: an address of up to 52 bits without the four
-// that are always 0. Kind and detail stay, because destructors read them.
+// The link uses the 48 bits of the count and the spare bits: an address of up to 52 bits without
+// its four low bits, which are 0. Kind and detail are kept, because destructors read them.
 void Object::setNextPutOff(const Object* object) const noexcept {
   const auto link = reinterpret_cast<std::uintptr_t>(object) >> kAlignmentBits;
   references_.store(static_cast<std::uint32_t>(link), std::memory_order_relaxed);
@@ -60,8 +61,8 @@ const Object* Object::nextPutOff() const noexcept {
   return reinterpret_cast<const Object*>((std::uintptr_t{linkHigh_} << 32 | low) << kAlignmentBits);
 }
 
-// Invariant: at depth 0 the list is empty. The outermost destruction drains it, one object at a
-// time, each with the whole depth to itself again; total work is one step an object.
+// Invariant: at depth 0 the list is empty. The outermost destruction empties it, one object at a
+// time, and each object may use the full depth again. The work is one step per object.
 void Object::lastReleased(std::uint32_t before) const noexcept {
   if ((before & kWeaklyHeld) != 0) {
     detail::forgetWeakly(*this);
@@ -78,7 +79,7 @@ void Object::lastReleased(std::uint32_t before) const noexcept {
     while (putOff.first != nullptr) {
       const Object* object = putOff.first;
       putOff.first = object->nextPutOff();
-      object->setNextPutOff(nullptr);  // a count of 0 again, as every destructor finds it
+      object->setNextPutOff(nullptr);  // a count of 0 again, as destructors expect
       delete object;
     }
   }

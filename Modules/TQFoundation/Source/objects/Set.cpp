@@ -49,7 +49,7 @@ bool Set::isEqual(const Object& other) const {
          std::all_of(begin(), end(), [set](const Object& o) { return set->containsObject(o); });
 }
 
-/// A sum, for equal sets may have their members in any order.
+/// A sum, because equal sets may have their members in different orders.
 std::size_t Set::hash() const {
   std::size_t hash = count();
   for (const Object& object : *this) hash += detail::hashOfElement(object);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Set.h
-/// Distinct objects.
+/// Sets of distinct objects, in insertion order.
 
 #include <cstddef>
 #include <initializer_list>
@@ -19,20 +19,20 @@ namespace detail {
 class DictionaryKeys;
 }
 
-/// An immutable set. Holds its members strongly, none of them null and no two of them equal, in the
-/// order in which they were given. Members must not change in what makes them equal.
+/// An immutable set in insertion order. It retains its members; none is null and no two are equal.
+/// A member must not change in a way that affects isEqual().
 ///
-/// Cost: up to 8 members are searched one by one, more are hashed.
+/// Cost: up to 8 members are searched linearly, more are hashed.
 /// Threads: any.
 class TQ_EXPORT Set final : public Subclass<Set> {
  public:
   static constexpr std::string_view className = "Set";
   static constexpr std::string_view codingName = "NSSet";
 
-  /// A set without elements.
+  /// Returns an empty set.
   [[nodiscard]] static Ref<Set> set();
-  /// Of equal objects the first is kept.
-  /// @throws Exception (InvalidArgumentException) when one is none
+  /// Keeps the first of equal objects.
+  /// @throws Exception (InvalidArgumentException) if one is null
   [[nodiscard]] static Ref<Set> setWithObjects(std::span<const Ref<Object>> objects);
   [[nodiscard]] static Ref<Set> setWithObjects(std::initializer_list<Ref<Object>> objects);
 
@@ -40,24 +40,24 @@ class TQ_EXPORT Set final : public Subclass<Set> {
 
   [[nodiscard]] std::size_t count() const noexcept;
 
-  /// The member that equals `object`, lent; null when there is none.
+  /// Returns the member that equals `object`, or null. The set owns it.
   [[nodiscard]] Object* member(const Object& object) const;
   [[nodiscard]] bool containsObject(const Object& object) const {
     return member(object) != nullptr;
   }
 
-  /// The elements in the order in which they came. Lent; good while the set lives.
+  /// The members in insertion order. Valid while the set exists.
   [[nodiscard]] std::span<const Ref<Object>> allObjects() const noexcept;
   [[nodiscard]] Array::Iterator begin() const noexcept;
   [[nodiscard]] Array::Iterator end() const noexcept {
     return Array::Iterator(allObjects().data() + count());
   }
 
-  /// Same members, in any order.
+  /// Returns true if both have equal members, in any order.
   [[nodiscard]] bool isEqual(const Object& other) const override;
-  /// Of all members, of containers among them the count alone. Cost: linear.
+  /// Combines all members; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;
-  /// "{(a, b)}", 32 levels deep at the most.
+  /// Returns "{(a, b)}", at most 32 levels deep.
   [[nodiscard]] std::string description() const override;
 
  private:

@@ -118,8 +118,8 @@ const char* skipDigits(const char* at, const char* end) noexcept {
   return at;
 }
 
-/// Where the number starting at `begin` ends: sign, digits, "." digits, exponent with a digit.
-/// `begin` itself when no digit is in it.
+/// Returns the end of the number at `begin`: sign, digits, "." digits, exponent with a digit.
+/// Returns `begin` if it has no digit.
 const char* endOfDecimal(const char* begin, const char* end) noexcept {
   const char* at = begin;
   if (at != end && (*at == '+' || *at == '-')) ++at;
@@ -141,8 +141,8 @@ const char* endOfDecimal(const char* begin, const char* end) noexcept {
   return at;
 }
 
-/// The value of a decimal beyond the range of doubles: infinity or 0, told apart by where its first
-/// digit other than 0 stands. std::from_chars does not tell.
+/// Returns the value of a decimal outside the range of doubles: infinity or 0, depending on the
+/// position of its first digit other than 0. std::from_chars does not distinguish the two.
 double outOfRange(const char* begin, const char* end) noexcept {
   const char* exponentMark = begin;
   while (exponentMark != end && *exponentMark != 'e' && *exponentMark != 'E') ++exponentMark;

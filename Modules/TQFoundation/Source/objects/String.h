@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file String.h
-/// Immutable text.
+/// Immutable Unicode strings, and lenient reading of numbers.
 
 #include <cstddef>
 #include <cstdint>
@@ -17,12 +17,11 @@ namespace detail {
 struct Construction;
 }
 
-/// A sequence of UTF-16 code units, held as UTF-8 in the object's own block.
+/// An immutable string, stored as UTF-8 in the object's own memory block.
 ///
-/// A sequence with an unpaired surrogate has no UTF-8 form. It is kept all the same, each unpaired
-/// surrogate as the three bytes that its value would take (ED A0 80 … ED BF BF), and isWellFormed()
-/// says no. Equality and hash are by code units: nothing is normalised. U+0000 is a character like
-/// any other; there is no terminator.
+/// A string may contain unpaired surrogates, which have no UTF-8 form. Each is stored in three
+/// bytes (ED A0 80 … ED BF BF), and isWellFormed() is false. Equality and hash compare code units,
+/// without normalisation. U+0000 is an ordinary character; there is no terminator.
 ///
 /// Threads: any; immutable.
 class TQ_EXPORT String final : public Subclass<String> {
@@ -30,54 +29,55 @@ class TQ_EXPORT String final : public Subclass<String> {
   static constexpr std::string_view className = "String";
   static constexpr std::string_view codingName = "NSString";
 
-  /// The text of these bytes; none when they are not well-formed UTF-8 (overlong forms, surrogates,
-  /// truncated sequences and values above U+10FFFF are not).
+  /// Creates a string of UTF-8. Returns null if the bytes are not well-formed (overlong forms,
+  /// surrogates, truncated sequences, values above U+10FFFF).
   [[nodiscard]] static Ref<String> stringWithUTF8(std::string_view bytes);
 
-  /// The text of these bytes, each byte that is not well-formed UTF-8 read as U+FFFD. Never none.
+  /// Creates a string of UTF-8. Each byte that is not well-formed becomes U+FFFD. Never null.
   [[nodiscard]] static Ref<String> stringWithUTF8Repaired(std::string_view bytes);
 
-  /// The text of bytes in the form of view(): UTF-8 in which unpaired surrogates may stand. None
-  /// for anything else, a pair of surrogates written as two among it.
+  /// Creates a string of bytes in the form of view(): UTF-8 that may contain unpaired surrogates.
+  /// Returns null for anything else, also for a surrogate pair encoded as two surrogates.
   [[nodiscard]] static Ref<String> stringWithGeneralisedUTF8(std::string_view bytes);
 
-  /// The text of these code units, unpaired surrogates kept. Never none.
+  /// Creates a string of UTF-16. Unpaired surrogates are kept. Never null.
   [[nodiscard]] static Ref<String> stringWithUTF16(std::u16string_view units);
 
-  /// For text that is known to be well-formed, such as a literal; stops the process otherwise.
+  /// Creates a string of well-formed UTF-8, such as a literal. Stops the process if it is
+  /// malformed.
   [[nodiscard]] static Ref<String> of(std::string_view text);
 
-  /// The bytes: UTF-8 when isWellFormed(), else with surrogates as described above.
+  /// The bytes: UTF-8 if isWellFormed(), else with surrogates as described above.
   [[nodiscard]] std::string_view view() const noexcept {
     return {reinterpret_cast<const char*>(this) + sizeof(String), byteCount_};
   }
 
-  /// False when an unpaired surrogate is in it.
+  /// False if the string contains an unpaired surrogate.
   [[nodiscard]] bool isWellFormed() const noexcept { return headerDetail() != kIllFormed; }
 
-  /// UTF-16 code units. Cost: one pass.
+  /// The number of UTF-16 code units. Cost: linear.
   [[nodiscard]] std::size_t length() const noexcept;
 
-  /// As UTF-16, unpaired surrogates as they are.
+  /// Returns UTF-16, with unpaired surrogates.
   [[nodiscard]] std::u16string utf16() const;
 
-  /// The lenient readings of text as a number: white space is skipped, then a sign and as many
-  /// characters as fit are taken; text that does not begin with a number is 0. ASCII digits only,
-  /// never by locale, no hexadecimal, no "inf" or "nan".
+  /// Reads the number at the start of the text, after white space and with an optional sign. The
+  /// rest is ignored; without a number the result is 0. ASCII digits only, independent of the
+  /// locale; no hexadecimal, no "inf" or "nan".
   [[nodiscard]] std::int64_t integerValue() const noexcept;  ///< saturates
   [[nodiscard]] double doubleValue() const noexcept;         ///< overflow is ±infinity
 
-  /// True for text that starts with t, T, y or Y, or with an optional sign, any zeros and then a
-  /// digit 1 to 9.
+  /// True if the text starts with t, T, y or Y, or with an optional sign, any zeros and then a
+  /// digit 1 to 9. White space before it is skipped.
   [[nodiscard]] bool boolValue() const noexcept;
 
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override { return hashOf(view()); }
 
-  /// The text itself (unpaired surrogates as U+FFFD).
+  /// Returns the text, with U+FFFD for each unpaired surrogate.
   [[nodiscard]] std::string description() const override;
 
-  /// The hash of a string of this text, without the string.
+  /// Returns the hash of a String of this text without creating it.
   [[nodiscard]] static std::size_t hashOf(std::string_view text) noexcept;
 
  private:
@@ -93,18 +93,18 @@ class TQ_EXPORT String final : public Subclass<String> {
   std::uint32_t byteCount_;
 };
 
-/// The number that a text starts with, read leniently as described at String.
+/// Reads the number at the start of a text, as described at String.
 [[nodiscard]] TQ_EXPORT std::int64_t lenientInteger(std::string_view text) noexcept;
 [[nodiscard]] TQ_EXPORT double lenientDouble(std::string_view text) noexcept;
 [[nodiscard]] TQ_EXPORT bool lenientBool(std::string_view text) noexcept;
 
-/// As lenientDouble(), and where the number's text ends. `end` is the start of `text` when there is
-/// no number; white space before it is not skipped.
+/// A number and the end of its text.
 struct ScannedDouble {
-  double value = 0;           ///< what the digits say
-  const char* end = nullptr;  ///< behind the number, or the beginning when there is none
+  double value = 0;           ///< the number; 0 if there is none
+  const char* end = nullptr;  ///< after the number, or the start of the text if there is none
 };
-/// The number that the text from `begin` to `end` starts with. Never by locale.
+/// Reads the number at the start of the text from `begin` to `end`, like lenientDouble(), but white
+/// space is not skipped. Independent of the locale.
 [[nodiscard]] TQ_EXPORT ScannedDouble scanDouble(const char* begin, const char* end) noexcept;
 
 }  // namespace tq

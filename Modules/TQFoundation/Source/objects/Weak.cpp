@@ -6,13 +6,13 @@
 
 #include <TQFoundation/base/TQAssert.h>
 
-// An object's weak block lies in a side table keyed by its address. Protocol:
-//   - whoever makes a block holds the object, so its count cannot reach 0 meanwhile; in its own
-//   destructor nobody holds it, and a block made there would outlive it unnoticed;
-//   - the last release sees the mark in the count and comes to forgetWeakly() before the
-//   destructor;
-//   - locking a block reads the object's count only under the shard's lock and only while the block
-//     still points at it, so the memory is there; a count of 0 is never raised again.
+// The weak block of an object is in a side table, keyed by the object's address. Protocol:
+//   - The caller that creates a block owns a reference, so the count cannot become 0 meanwhile. In
+//     the object's own destructor there is no owner; a block created there would outlive the
+//     object.
+//   - The last release sees the mark in the count and calls forgetWeakly() before the destructor.
+//   - Locking a block reads the object's count only under the shard's lock and only while the block
+//     still refers to the object, so the memory is valid. A count of 0 is never raised again.
 
 namespace tq::detail {
 
@@ -20,8 +20,8 @@ struct WeakBlock {
   explicit WeakBlock(const Object& observed) noexcept : object(&observed), address(&observed) {}
 
   std::atomic<std::uint32_t> references{1};
-  std::atomic<const Object*> object;  // written under the shard's lock; null once it is gone
-  const Object* const address;        // names the shard for good
+  std::atomic<const Object*> object;  // written under the shard's lock; null when gone
+  const Object* const address;        // selects the shard, also later
 };
 
 namespace {
@@ -64,9 +64,9 @@ void forgetWeakly(const Object& object) noexcept {
   Shard& shard = shardOf(&object);
   const std::scoped_lock guard(shard.lock);
   const auto entry = shard.blocks.find(&object);
-  if (entry == shard.blocks.end()) return;  // every Weak has gone in the meantime
+  if (entry == shard.blocks.end()) return;  // every Weak is gone in the meantime
   entry->second->object.store(nullptr, std::memory_order_relaxed);
-  losses.fetch_add(1, std::memory_order_release);  // whoever sees it counted sees it gone
+  losses.fetch_add(1, std::memory_order_release);  // a thread that sees the count sees null
   shard.blocks.erase(entry);
 }
 
@@ -77,7 +77,7 @@ bool retainIfAlive(const WeakBlock& block) noexcept {
   auto& references = object->references_;
   std::uint32_t count = references.load(std::memory_order_relaxed);
   do {
-    if (count < Object::kReference) return false;  // its last release is on the way here
+    if (count < Object::kReference) return false;  // the last release comes here next
   } while (!references.compare_exchange_weak(count, count + Object::kReference,
                                              std::memory_order_relaxed));
   return true;
@@ -90,7 +90,7 @@ void retainBlock(WeakBlock& block) noexcept {
 void releaseBlock(WeakBlock& block) noexcept {
   Shard& shard = shardOf(block.address);
   {
-    // Under the lock, so that weakBlockFor() cannot hand out a block that is being dropped.
+    // Under the lock, so that weakBlockFor() cannot return a block that is being freed.
     const std::scoped_lock guard(shard.lock);
     if (block.references.fetch_sub(1, std::memory_order_relaxed) != 1) return;
     if (block.object.load(std::memory_order_relaxed) != nullptr) shard.blocks.erase(block.address);
@@ -98,8 +98,8 @@ void releaseBlock(WeakBlock& block) noexcept {
   delete &block;
 }
 
-// Relaxed: the caller's hold on `object` came after its birth, and that after the death of whatever
-// lay at its address before, so a block of the dead one is already seen as null.
+// Relaxed: the caller owns `object`, which was created after any earlier object at its address was
+// destroyed. So the block of an earlier object is already seen as null.
 bool observes(const WeakBlock& block, const Object& object) noexcept {
   return block.object.load(std::memory_order_relaxed) == &object;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
 /// @file Describe.h
-/// How deep a description goes into nested containers.
+/// Limit of the depth of nested descriptions.
 
 namespace tq::detail {
 
-/// One level of nesting on this thread, for as long as it lives.
+/// Counts one level of nesting on this thread during its lifetime.
 class DescriptionLevel {
  public:
   DescriptionLevel() noexcept { ++depth_; }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file HashIndex.h
-/// Finds positions of a list by hash.
+/// A hash index over the positions of a list.
 
 #include <algorithm>
 #include <bit>
@@ -12,15 +12,15 @@
 
 namespace tq::detail {
 
-/// Where the elements of a list stand, by their hashes; the list is its owner's. Open addressing
-/// with linear probing, at most half full.
+/// Maps hashes to positions in a list that its owner keeps. Open addressing with linear probing, at
+/// most half full.
 class HashIndex {
  public:
-  /// How many positions there is room for.
+  /// The number of positions that fit.
   [[nodiscard]] std::size_t capacity() const noexcept { return slots_.size() / 2; }
 
-  /// The first position put in under `hash` for which `matches(position)` holds; positions put in
-  /// under other hashes may be asked about.
+  /// Returns the first position inserted under `hash` for which `matches(position)` is true.
+  /// `matches` may also be called for positions of other hashes.
   template <class Matches>
   [[nodiscard]] std::optional<std::size_t> find(std::size_t hash, Matches&& matches) const {
     if (slots_.empty()) return std::nullopt;
@@ -32,7 +32,7 @@ class HashIndex {
     return std::nullopt;
   }
 
-  /// There must be room.
+  /// Inserts a position. There must be free capacity.
   void insert(std::size_t hash, std::size_t position) noexcept {
     const std::size_t mask = slots_.size() - 1;
     std::size_t at = spread(hash) & mask;
@@ -40,23 +40,23 @@ class HashIndex {
     slots_[at] = static_cast<std::uint32_t>(position + 1);
   }
 
-  /// Forgets all positions and keeps the room.
+  /// Removes all positions and keeps the capacity.
   void clear() noexcept { std::ranges::fill(slots_, 0u); }
 
-  /// Forgets all positions and makes room for twice `count`. Strong guarantee.
+  /// Removes all positions and reserves capacity for at least twice `count`. Strong guarantee.
   void reset(std::size_t count) {
     std::vector<std::uint32_t> slots(std::bit_ceil(4 * count));
     slots_.swap(slots);
   }
 
  private:
-  /// Hashes of small numbers and of addresses differ in a few bits alone.
+  /// Hashes of small numbers and of addresses differ in only a few bits.
   [[nodiscard]] static std::size_t spread(std::size_t hash) noexcept {
     hash *= 0x9E3779B97F4A7C15u;
     return hash ^ (hash >> 32);
   }
 
-  std::vector<std::uint32_t> slots_;  // a power of two of them; position + 1, 0 is empty
+  std::vector<std::uint32_t> slots_;  // size is a power of two; position + 1, or 0 for empty
 };
 
 }  // namespace tq::detail
