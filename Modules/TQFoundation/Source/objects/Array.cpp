@@ -25,7 +25,7 @@ static_assert(sizeof(Array) % alignof(std::uint64_t) == 0);
 }
 
 void requireObject(const Ref<Object>& object) {
-  if (!object) throw Exception(InvalidArgumentException, "An array cannot hold none.");
+  if (!object) throw Exception(InvalidArgumentException, "An array cannot hold null.");
 }
 
 }  // namespace

@@ -38,28 +38,28 @@ Ref<Array> elementsThat(const Array& array, const Keep& keep) {
 }  // namespace
 
 Ref<Array> map(const Array& array, const ArrayMapBlock& block) {
-  std::vector<Ref<Object>> answers;
-  answers.reserve(array.count());
-  for (Object& object : array) answers.push_back(block(object));
-  return arrayOf(std::move(answers));
+  std::vector<Ref<Object>> results;
+  results.reserve(array.count());
+  for (Object& object : array) results.push_back(block(object));
+  return arrayOf(std::move(results));
 }
 
 Ref<Array> compactMap(const Array& array, const ArrayMapBlock& block) {
-  std::vector<Ref<Object>> answers;
+  std::vector<Ref<Object>> results;
   for (Object& object : array) {
-    Ref<Object> answer = block(object);
-    if (!isNull(answer)) answers.push_back(std::move(answer));
+    Ref<Object> result = block(object);
+    if (!isNull(result)) results.push_back(std::move(result));
   }
-  return arrayOf(std::move(answers));
+  return arrayOf(std::move(results));
 }
 
 Ref<Array> flatMap(const Array& array, const std::function<Ref<Array>(Object&)>& block) {
-  std::vector<Ref<Object>> answers;
+  std::vector<Ref<Object>> results;
   for (Object& object : array) {
     if (const Ref<Array> some = block(object))
-      std::ranges::copy(some->objects(), std::back_inserter(answers));
+      std::ranges::copy(some->objects(), std::back_inserter(results));
   }
-  return arrayOf(std::move(answers));
+  return arrayOf(std::move(results));
 }
 
 Ref<Array> filter(const Array& array, const ArrayPredicate& predicate) {

@@ -122,8 +122,7 @@ Ref<MutableDictionary> MutableDictionary::dictionaryWithDictionary(const Diction
 
 void MutableDictionary::setObject(Ref<Object> value, Ref<Object> forKey) {
   if (!value || !forKey) {
-    throw Exception(InvalidArgumentException,
-                    "A dictionary holds neither keys nor values of none.");
+    throw Exception(InvalidArgumentException, "A dictionary cannot hold null keys or values.");
   }
   if (const auto index = keys_->find(*forKey)) {
     std::swap(held_[*index], value);

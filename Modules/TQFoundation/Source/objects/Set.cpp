@@ -21,7 +21,7 @@ Ref<Set> Set::set() { return setWithObjects(std::span<const Ref<Object>>()); }
 Ref<Set> Set::setWithObjects(std::span<const Ref<Object>> objects) {
   Ref<DictionaryKeys> members = makeRef<DictionaryKeys>();
   for (const Ref<Object>& object : objects) {
-    if (!object) throw Exception(InvalidArgumentException, "A set cannot hold none.");
+    if (!object) throw Exception(InvalidArgumentException, "A set cannot hold null.");
     if (!members->find(*object)) members->append(object);
   }
   return Ref<Set>::adopt(new Set(std::move(members)));
