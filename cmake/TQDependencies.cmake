@@ -1,6 +1,6 @@
-# The libraries behind the platform room. Each is used by the .cpp files of that room alone.
-# What is found through pkg-config carries our prefix, PkgConfig::TQ_zlib, so that a project that
-# builds this one inside itself may look for the same library in its own way.
+# The third-party libraries. Only .cpp files of the platform room use them. Targets found through
+# pkg-config have our prefix (PkgConfig::TQ_zlib), so that a project that contains this one can look
+# for the same library in its own way.
 
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)

@@ -1,6 +1,6 @@
-# What `cmake --install` puts where, in three components: Runtime is the shared library, Development
-# what a compiler and a linker need besides, Tools the programs. No installed file knows where it
-# lies: the tree may be moved as a whole.
+# Installation, in three components: Runtime is the shared library, Development is what compilers
+# and linkers need in addition, Tools are the programs. No installed file contains its own path, so
+# the installed tree can be moved.
 
 include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/TQFoundation")
@@ -8,7 +8,7 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/TQFoundation")
 install(TARGETS TQFoundation EXPORT TQFoundationTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Runtime NAMELINK_COMPONENT Development)
 
-# The public headers, and of the rooms' own ones those that they include.
+# The public headers and the detail headers that they include.
 get_property(headers GLOBAL PROPERTY TQ_PUBLIC_HEADERS)
 list(APPEND headers TQFoundation.h)
 set(source_dir "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Source")
@@ -27,7 +27,7 @@ while(headers)
   list(APPEND headers ${includes})
 endwhile()
 
-# find_package(TQFoundation). Any version of the series that is asked for will do.
+# find_package(TQFoundation) accepts any version of the requested series.
 install(EXPORT TQFoundationTargets NAMESPACE TQFoundation:: DESTINATION "${package_dir}"
   COMPONENT Development)
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/TQFoundationConfig.cmake.in"
@@ -38,14 +38,14 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/TQFoundationConfig.cmake"
               "${CMAKE_CURRENT_BINARY_DIR}/TQFoundationConfigVersion.cmake"
   DESTINATION "${package_dir}" COMPONENT Development)
 
-# pkg-config: the prefix is where the file lies, some folders up.
+# pkg-config: the prefix is relative to the folder of the .pc file.
 file(RELATIVE_PATH up_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 string(REGEX REPLACE "/$" "" up_to_prefix "${up_to_prefix}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/TQFoundation.pc.in" TQFoundation.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/TQFoundation.pc" COMPONENT Development
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-# gdb takes its printers from a folder of its own, below it where the library lies.
+# gdb loads printers from its auto-load folder, under the path of the library.
 install(CODE "
   file(INSTALL \"${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Debugging/tqfoundation_gdb.py\"
     DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\"

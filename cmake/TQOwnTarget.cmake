@@ -1,4 +1,4 @@
-# Settings of the targets that this project builds for itself; none of them reaches a consumer.
+# Compiler settings of this project's own targets. Consumers do not inherit them.
 
 find_program(TQ_CCACHE ccache)
 if(TQ_CCACHE AND PROJECT_IS_TOP_LEVEL AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
@@ -19,10 +19,10 @@ function(tq_own_target target)
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion
     $<$<BOOL:${TQ_WARNINGS_AS_ERRORS}>:-Werror>
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
-    # GCC 12 takes std::string's own copying for overlapping (its bug 105329).
+    # GCC 12 reports overlapping copies inside std::string (its bug 105329).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     -ffp-contract=off
-    # Nobody asks errno how a square root went; without it the roots are single instructions.
+    # No code reads errno after a square root. Without errno a root is a single instruction.
     -fno-math-errno
     "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
   if(TQ_SANITIZE)
@@ -38,7 +38,7 @@ function(tq_own_target target)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(TQ_COVERAGE)
-    # Counted by many threads at once.
+    # Many threads count at the same time.
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
     target_link_options(${target} PRIVATE --coverage)
   endif()

@@ -1,4 +1,4 @@
-# Debian packages, one a component: `cpack` makes them in the build tree's folder packages.
+# Debian packages, one per component. `cpack` writes them to the folder packages of the build tree.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tqfoundation)
@@ -12,8 +12,8 @@ set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
-# The distribution's packages that the libraries behind ours come from are found out by looking; on
-# ours the others depend in just this version.
+# dpkg-shlibdeps finds the packages that our shared library needs. The other two packages depend on
+# exactly this version of it.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 get_target_property(library_dir TQFoundation BINARY_DIR)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${library_dir}")

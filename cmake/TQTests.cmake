@@ -1,5 +1,5 @@
-# One executable per room, one CTest entry per test case, labelled by the suite's name:
-# *Stress, *Fault, and everything else is quick.
+# One executable per room, one CTest entry per test case. The suite's name gives the label: stress
+# for *Stress, fault for *Fault, quick for everything else.
 
 find_package(GTest REQUIRED)
 include(GoogleTest)

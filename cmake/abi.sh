@@ -1,8 +1,8 @@
 #!/bin/sh
-# abi.sh [TAG]: what hosts built against the last release find changed in the library of today.
-# Builds both with debug information and has abidiff compare them. Leaves with 1 when a change may
-# break such a host and the version does not say so: before 1.0 a new minor version does, later a
-# new major one.
+# abi.sh [TAG]: compares the binary interface of this tree with the last release's. Builds both with
+# debug information and runs abidiff. The exit code is 1 if a change may break programs built
+# against the release and the version does not allow it: before 1.0 a new minor version allows it,
+# later a new major version.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -10,11 +10,11 @@ say() { printf '== %s\n' "$*"; }
 
 tag="${1:-$(git describe --tags --abbrev=0 --match 'v[0-9]*' 2>/dev/null || true)}"
 if [ -z "$tag" ]; then
-  say "no release is tagged yet (v1.2.3): there is nothing to compare with"
+  say "no release is tagged yet (v1.2.3); nothing to compare"
   exit 0
 fi
 
-# series SOURCE: the part of its version within which nothing may break.
+# series SOURCE: prints the part of its version within which the interface must stay compatible.
 series() {
   sed -n 's/^project(TQFoundation VERSION \([0-9]*\)\.\([0-9]*\).*/\1 \2/p' "$1/CMakeLists.txt" |
     awk '{ print $1 == 0 ? $1 "." $2 : $1 }'
@@ -38,29 +38,29 @@ if [ ! -d "$old/source" ]; then
 fi
 say "building $tag"
 make "$old/source" "$old"
-say "building what is here"
+say "building this tree"
 make "$PWD" "$work/now"
 
-# compare OPTIONS...: abidiff's report and exit code.
+# compare OPTIONS...: prints abidiff's report and returns its exit code.
 compare() {
   abidiff "$@" --headers-dir1 "$old/installed/include" --headers-dir2 "$work/now/installed/include" \
     "$old/installed/lib/libTQFoundation.so" "$work/now/installed/lib/libTQFoundation.so"
 }
 
-say "abidiff: $tag, and what is here"
+say "abidiff: $tag and this tree"
 status=0
 compare || status=$?
-[ $((status & 3)) = 0 ] || { say "abidiff could not compare them"; exit 2; }
+[ $((status & 3)) = 0 ] || { say "abidiff failed"; exit 2; }
 
 status=0
-compare --no-added-syms >/dev/null || status=$?  # additions break nobody
+compare --no-added-syms >/dev/null || status=$?  # additions are compatible
 before="$(series "$old/source")"
 now="$(series .)"
 if [ $status = 0 ]; then
-  say "hosts built against $tag run with what is here"
+  say "programs built against $tag run with this tree"
 elif [ "$before" != "$now" ]; then
-  say "hosts built against $tag must be built again, as the step from $before to $now says"
+  say "programs built against $tag must be rebuilt; the version changes from $before to $now"
 else
-  say "hosts built against $tag may break, and the version is still of the series $now"
+  say "programs built against $tag may break, but the series is still $now"
   exit 1
 fi

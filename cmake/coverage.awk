@@ -1,6 +1,6 @@
-# gcovr's CSV of files in, a table of rooms out: lines and branches covered, then the files that are
-# below the bar. Leaves with 1 when the total is below it.
 # awk -f coverage.awk -v lineBar=95 -v branchBar=85
+# Reads gcovr's CSV of files. Prints a table of rooms with covered lines and branches, then the
+# files below the bar. The exit code is 1 if the total is below it.
 BEGIN { FS = "," }
 NR == 1 {
   for (i = 1; i <= NF; ++i) column[$i] = i

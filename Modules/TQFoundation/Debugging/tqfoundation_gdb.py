@@ -1,16 +1,16 @@
-"""What gdb shows of the library's types: their values instead of their fields.
+"""gdb pretty-printers for the library's types: they show values instead of fields.
 
     (gdb) source tqfoundation_gdb.py        # unless gdb has loaded it together with the library
     (gdb) print dictionary
     $1 = {"name": "Poster", "size": {210, 297}, "layers": ["back", "front"]}
 
 `print/r` shows the fields as they are. Output is bounded however large or entangled the objects are:
-by gdb's own `print elements` for each text and for all elements together, and by kDepthLimit. Whatever
-is not in order (null, freed, not initialised) is said to be so, and never stops gdb.
+by gdb's own `print elements` for each text and for all elements together, and by kDepthLimit. Invalid
+objects (null, freed, not initialised) are shown as such and never stop gdb.
 
-Objects are read by offset: compilers describe a class in full only where its virtual functions are, which
-is the library, and that may have come without debugging information. The offsets are those of a 64-bit
-system with libstdc++; the test debugging.printers holds them against the library.
+Objects are read by offset, because compilers describe a class in full only in the library that defines its
+virtual functions, and that library may have no debugging information. The offsets are those of a 64-bit
+system with libstdc++; the test debugging.printers checks them against the library.
 """
 
 import datetime
@@ -26,7 +26,7 @@ kReferenceDate = datetime.datetime(2001, 1, 1)
 
 
 class Unreadable(Exception):
-    """What was to be shown is no object; the text says why."""
+    """The address is not a valid object; the text gives the reason."""
 
 
 # Memory.
@@ -49,7 +49,7 @@ def element_limit():
 
 
 def quoted(data, length=None):
-    """Text of UTF-8 bytes, of which there may be more than were read."""
+    """Text of UTF-8 bytes, which may be cut off."""
     text = data.decode("utf-8", "surrogatepass" if is_generalised(data) else "replace")
     text = text.replace("\\", "\\\\").replace('"', '\\"').replace("\n", "\\n")
     text = "".join(c if c.isprintable() else f"\\u{ord(c):04x}" for c in text)
@@ -65,7 +65,7 @@ def is_generalised(data):
 
 
 def string_at(address):
-    """The text of a std::string."""
+    """Returns the text of a std::string."""
     length = word(address + 8)
     return memory(word(address), min(length, element_limit())).decode("utf-8", "replace")
 
@@ -107,7 +107,7 @@ def transform(*numbers):
 
 
 def doubles(value, *paths):
-    """The doubles at these dotted paths."""
+    """Returns the doubles at these dotted paths."""
     for path in paths:
         field = value
         for name in path.split("."):
@@ -119,13 +119,13 @@ def doubles_at(address, count):
     return struct.unpack(f"<{count}d", memory(address, 8 * count))
 
 
-# Objects. Each function takes the address of one.
+# Objects. Each function takes the address of an object.
 
-kCount, kKind, kDetail, kOwn = 8, 12, 13, 16  # the header's fields, and the first of a class's own
+kCount, kKind, kDetail, kOwn = 8, 12, 13, 16  # offsets of the header's fields and of a class's first field
 
 
 class Budget:
-    """How many elements may still be shown, and how deep, in one text."""
+    """The number of elements and levels that one text may still show."""
 
     def __init__(self):
         self.elements = element_limit()
@@ -133,7 +133,7 @@ class Budget:
 
 
 def listed(items, brackets, budget):
-    """Texts of items, which are functions of nothing, as far as the budget goes."""
+    """Texts of items (functions without arguments), limited by the budget."""
     if budget.depth >= kDepthLimit:
         return f"{brackets[0]}…{brackets[1]}"
     budget.depth += 1
@@ -153,7 +153,7 @@ def listed(items, brackets, budget):
 
 
 def referred(address, index, budget):
-    """What an array of references has at an index."""
+    """Returns the object at an index of an array of references."""
     return object_text(word(address + 8 * index), budget)
 
 
@@ -173,7 +173,7 @@ def array_text(address, budget):
 
 
 def keys_at(address):
-    """Where a dictionary's or a set's keys have their references, and how many."""
+    """Returns the address and the number of the key references of a dictionary or set."""
     begin, end = word(address + kOwn), word(address + kOwn + 8)
     if end < begin or (end - begin) % 8:
         raise Unreadable("<keys are not in order>")
@@ -242,7 +242,7 @@ def error_text(address, _):
     return f"Error {string_at(address + kOwn)} {code}"
 
 
-# By what the header says; "other" goes by the class.
+# By the kind in the header; "other" is decided by the class.
 kTextsByKind = [None, string_text, number_object_text, lambda *_: "null", data_text, date_text, boxed_text,
                 array_text, dictionary_text]
 kTextsByClass = {
@@ -254,7 +254,7 @@ kTextsByClass = {
 
 
 def class_of(address):
-    """The class's name, as the symbol of its virtual table has it."""
+    """Returns the class name from the symbol of the virtual table."""
     symbol = gdb.execute(f"info symbol {word(address):#x}", to_string=True)
     if not symbol.startswith("vtable for "):
         raise Unreadable(f"<no object of a known class at {address:#x}>")
@@ -282,7 +282,7 @@ def weakly(block, budget):
 
 
 class Printer:
-    """One value, told by a function of (value, budget)."""
+    """A printer that calls a function of (value, budget)."""
 
     def __init__(self, value, text):
         self.value = value
