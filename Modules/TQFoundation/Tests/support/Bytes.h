@@ -40,7 +40,7 @@ inline std::string randomBytes(std::size_t count) {
   return bytes;
 }
 
-/// Text like an archive of a drawing's.
+/// Returns text that resembles the archive of a drawing.
 inline std::string documentText(std::size_t count) {
   std::mt19937 random(1);
   std::string text;

@@ -9,7 +9,7 @@
 
 namespace tq::test {
 
-/// Collects what is logged while it lives, then puts the earlier sink back.
+/// Collects log messages during its lifetime, then restores the previous sink.
 class CapturedLog {
  public:
   CapturedLog()

@@ -1,7 +1,7 @@
 #pragma once
 
-// Allocations that fail on demand. Included once in an executable: it stands before the C++
-// library's allocation and the library's own door for objects.
+// Allocations that fail on demand. Include it once per executable: it replaces the allocation
+// functions of the C++ library and those of objects.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +18,7 @@
 
 namespace {
 
-// The allocation that fails, counted down; none while negative.
+// Number of allocations until the failing one; negative means that none fails.
 std::atomic<long> allocationsToGo = -1;
 std::atomic<long> allocationsHeld = 0;
 
@@ -56,21 +56,22 @@ void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(m
 
 namespace tq {
 
-// Objects get their memory here.
+// The allocation of objects.
 void* allocateObjectMemory(std::size_t byteCount) { return allocateOrThrow(byteCount); }
 void freeObjectMemory(void* memory) noexcept { release(memory); }
 
 namespace test {
 
-/// Lets the tables of weak references grow to what they keep for good.
+/// Grows the tables of weak references to their permanent size.
 inline void warmUpWeakReferences() {
   std::vector<Ref<Object>> objects;
   std::vector<Weak<Object>> links;
   for (int i = 0; i < 5000; ++i) links.emplace_back(objects.emplace_back(String::of("x")));
 }
 
-/// Calls `operation` with the n-th allocation failing, for every n. It must answer true when all is
-/// well, answer false or throw std::bad_alloc when not, and hold nothing afterwards.
+/// Calls `operation` with the n-th allocation failing, for n = 1, 2, 3 … until it succeeds. It must
+/// return true on success, return false or throw std::bad_alloc on failure, and own nothing
+/// afterwards.
 inline void failEachAllocation(const std::function<bool()>& operation) {
   ASSERT_TRUE(operation());  // what is made on first use is made
   const long before = allocationsHeld;

@@ -9,7 +9,7 @@
 
 namespace tq::test {
 
-/// The numbers from 0 to `count - 1`.
+/// Returns the numbers from 0 to `count - 1`.
 inline Ref<Array> numbers(int count) {
   std::vector<Ref<Object>> all;
   for (int i = 0; i < count; ++i) all.push_back(Number::numberWith(i));

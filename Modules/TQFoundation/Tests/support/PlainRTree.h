@@ -13,8 +13,8 @@
 
 namespace tq::test {
 
-/// An R-tree of numbered elements in its plainest form: every step recomputes all it needs with the
-/// rect functions, nothing is kept. Slow; RTree must build the same nodes entry for entry.
+/// A literal R-tree of numbered elements, as an oracle: each step recomputes everything with the
+/// rect functions and stores no bounds. Slow. RTree must build the same nodes, entry for entry.
 class PlainRTree {
  public:
   struct Node {

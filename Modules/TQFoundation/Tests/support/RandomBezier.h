@@ -9,7 +9,7 @@
 
 namespace tq::test {
 
-/// Random numbers and segments from a seed, which a failing assertion prints.
+/// Random numbers and Bézier segments from a seed. A failing assertion prints the seed.
 class RandomBezier {
  public:
   explicit RandomBezier(std::uint64_t seed)

@@ -21,13 +21,14 @@
 
 namespace tq::test {
 
-/// Random graphs of everything that archives can hold.
+/// Random object graphs of all classes that archives can store.
 class RandomGraphs {
  public:
-  /// Makes an object of the host's own around another, or around none.
+  /// Creates an object of a host's class around another object, or around null.
   using Host = std::function<Ref<Object>(double real, std::int64_t whole, Ref<Object> child)>;
 
-  /// @param isKeyed  for keyed archives: parts may be shared, keys may be anything, sets are made
+  /// @param isKeyed  for keyed archives: parts may be shared, keys may be of any class, sets are
+  /// included
   RandomGraphs(unsigned seed, Host host, bool isKeyed = false)
       : random_(seed), host_(std::move(host)), isKeyed_(isKeyed) {}
 
@@ -48,7 +49,7 @@ class RandomGraphs {
       case 1:
         return string();
       case 2:
-        // Now and then more than is turned into text at once.
+        // Sometimes longer than the block that is encoded at once.
         return Data::dataWithBytes(
             std::string(below(50) == 0 ? 20'000 : below(40), static_cast<char>(random_())));
       case 3:
@@ -72,7 +73,7 @@ class RandomGraphs {
     }
   }
 
-  /// Without powers of ten: 1e23 and some others are written differently the second time.
+  /// Without powers of ten: the second encoding of 1e23 and of some others differs from the first.
   double real() {
     const auto bits = random_();
     const double reals[] = {

@@ -8,7 +8,7 @@
 
 namespace tq::test {
 
-/// Kinds of input that an index meets.
+/// Typical distributions of rects in an index.
 enum class RectKind {
   uniform,     ///< small rects anywhere, fractional
   clustered,   ///< near one of eight centres

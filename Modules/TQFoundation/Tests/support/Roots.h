@@ -6,7 +6,7 @@
 
 namespace tq::test {
 
-/// The roots in use, as matchers want them.
+/// Returns the roots as a vector, for matchers.
 inline std::vector<double> used(const TQPolynomialRoots& roots) {
   return {roots.begin(), roots.end()};
 }

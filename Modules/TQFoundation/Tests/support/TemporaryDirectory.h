@@ -12,7 +12,7 @@
 
 namespace tq::test {
 
-/// A directory of a test's own, removed with everything in it.
+/// A temporary directory for a test. The destructor removes it with its content.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
@@ -29,7 +29,7 @@ class TemporaryDirectory {
 
   [[nodiscard]] std::string path(std::string_view name) const { return path_ / name; }
 
-  /// Makes a file of this content. @return its path
+  /// Creates a file with this content. @return its path
   std::string write(std::string_view name, std::string_view content) const {
     std::ofstream(path(name), std::ios::binary) << content;
     return path(name);

@@ -10,18 +10,17 @@
 
 namespace tq::test {
 
-/// Walks through every interleaving of a few threads that share Cells, in one real thread.
+/// Explores every interleaving of a few threads that share Cells, on one real thread.
 ///
-/// A thread here is a closure that decides only by what its operations on cells answer. So it can
-/// be stopped by an exception at any operation and brought back to the same place by running it
-/// from the start against the log of its earlier answers. States (cells, logs, who sleeps) met
-/// before are pruned. Steps are sequentially consistent: what a weaker order allows is beyond the
-/// model.
+/// A thread is a closure whose decisions depend only on the results of its operations on cells. So
+/// an exception can stop it at any operation, and running it again with the log of its earlier
+/// results returns it to the same place. States (cells, logs, sleepers) that were explored before
+/// are pruned. Steps are sequentially consistent: the model does not cover weaker memory orders.
 class ThreadModel {
  public:
   using Thread = std::function<void()>;
 
-  /// A check inside a thread that did not hold.
+  /// A check inside a thread that failed.
   struct Violation : std::runtime_error {
     using std::runtime_error::runtime_error;
   };
@@ -41,9 +40,8 @@ class ThreadModel {
     return start_.cells.size() - 1;
   }
 
-  /// @param atEnd  checks the cells once all threads have ended; it may use them like a thread
-  /// @return what went wrong first: a violation, or threads that sleep for ever; "" when nothing
-  /// did
+  /// @param atEnd  checks the cells after all threads have ended; it may use them like a thread
+  /// @return the first fault: a violation, or threads that sleep for ever; "" if there is none
   std::string explore(
       const std::vector<Thread>& threads, const Thread& atEnd = [] {}) {
     outside_ = nullptr;
@@ -88,8 +86,8 @@ class ThreadModel {
 
   [[nodiscard]] std::size_t stateCount() const { return seen_.size(); }
 
-  /// One operation of the running thread: its answer now, or as it was logged. Before and after the
-  /// exploration operations simply happen.
+  /// Performs one operation of the running thread and returns its result, or the logged result.
+  /// Before and after the exploration, operations are performed directly.
   template <class Operation>
   std::uint64_t step(Operation&& operation) {
     if (outside_ != nullptr) return static_cast<std::uint64_t>(operation(*outside_));
@@ -119,7 +117,7 @@ class ThreadModel {
     throw Pause();
   }
 
-  /// Wakes one sleeper, each in turn in a branch of its own, or all.
+  /// Wakes all sleepers, or one; each choice of the one is a branch.
   void wake(std::size_t cell, bool everybody) {
     step([&](auto&) {
       std::vector<ThreadState*> sleepers;
@@ -190,7 +188,7 @@ class ThreadModel {
   std::vector<std::uint64_t>* outside_ = &start_.cells;  ///< where no thread runs: before and after
 };
 
-/// Stands for std::atomic<T> in the model.
+/// The model's std::atomic<T>.
 template <class T>
 class ModelCell {
  public:
@@ -244,7 +242,7 @@ class ModelCell {
   std::size_t index_;
 };
 
-/// Stands for the system under the hand-made locks.
+/// The model's system calls, for our own locks.
 struct ModelSystem {
   using Word = ModelCell<std::uint32_t>;
   using Word64 = ModelCell<std::uint64_t>;

@@ -7,7 +7,8 @@
 
 namespace tq::test {
 
-/// Calls `body`, with the numbers from 0 if it takes one, on so many threads, and waits for them.
+/// Calls `body` on `count` threads and waits for them. If `body` takes a number, the threads pass
+/// 0, 1, 2 …
 template <class Body>
 void onThreads(int count, const Body& body) {
   std::vector<std::jthread> threads;
