@@ -9,7 +9,7 @@ namespace {
 
 constexpr Point kPoint{3, 4};
 
-TEST(AffineTransform, TheOperationAddedLastActsOnThePointFirst) {
+TEST(AffineTransform, TheOperationAddedLastIsAppliedFirst) {
   const AffineTransform scaled = AffineTransformScale(AffineTransformIdentity, 2, 3);
   EXPECT_EQ(PointApplyAffineTransform(kPoint, AffineTransformTranslate(scaled, 10, 20)),
             (Point{26, 72}));
@@ -32,7 +32,7 @@ TEST(AffineTransform, RotationTurnsTheXAxisTowardsTheYAxis) {
   EXPECT_NEAR(turned.y, 1, 1e-15);
 }
 
-TEST(AffineTransform, InverseUndoesAndASingularTransformStays) {
+TEST(AffineTransform, InverseUndoesAndASingularTransformIsReturned) {
   const AffineTransform transform{2, 1, -1, 3, 10, -20};
   const Point back = PointApplyAffineTransform(PointApplyAffineTransform(kPoint, transform),
                                                AffineTransformInvert(transform));

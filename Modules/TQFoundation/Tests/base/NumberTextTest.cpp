@@ -52,7 +52,7 @@ TEST(NumberText, AgreesWithTheCLibraryAroundPowersOfTenAndTwo) {
   }
   for (int e = -1074; e < 1024; ++e) expectAsPrinted(std::ldexp(1, e));
   for (int e = -60; e < 60; ++e) {
-    for (int m = 1; m < 1000; m += 2) expectAsPrinted(std::ldexp(m, e));  // exact ties live here
+    for (int m = 1; m < 1000; m += 2) expectAsPrinted(std::ldexp(m, e));  // exact ties
   }
 }
 

@@ -19,7 +19,7 @@ void expectRaw(const Rect& actual, const Rect& expected) {
   EXPECT_EQ(actual.size.height, expected.size.height);
 }
 
-TEST(Rect, NullIsToldByAnOriginAtPlusInfinityAlone) {
+TEST(Rect, IsNullOnlyWithAnOriginAtPlusInfinity) {
   EXPECT_TRUE(RectIsNull({kInf, 0, 5, 5}));
   EXPECT_TRUE(RectIsNull({0, kInf, 5, 5}));
   EXPECT_FALSE(RectIsNull({-kInf, -kInf, 0, 0}));
@@ -35,14 +35,14 @@ TEST(Rect, EqualityStandardisesFirst) {
   EXPECT_FALSE(RectEqualToRect({kNaN, 0, 1, 1}, {kNaN, 0, 1, 1}));
 }
 
-TEST(Rect, UnionKeepsTheOtherRectRawBesideANullOne) {
+TEST(Rect, UnionWithANullRectReturnsTheOtherRectRaw) {
   const Rect raw{5, 5, -2, -3};
   expectRaw(RectUnion(RectNull, raw), raw);
   expectRaw(RectUnion(raw, RectNull), raw);
   expectRaw(RectUnion(raw, {10, 10, 0, 0}), {3, 2, 7, 8});  // a rect of size 0 counts as a point
 }
 
-TEST(Rect, UnionTakesTheSecondRectWhereOneIsNaN) {
+TEST(Rect, UnionUsesTheSecondRectWhereOneIsNaN) {
   EXPECT_EQ(RectUnion({kNaN, 0, 1, 1}, {1, 0, 1, 1}).origin.x, 1);
   EXPECT_TRUE(std::isnan(RectUnion({1, 0, 1, 1}, {kNaN, 0, 1, 1}).origin.x));
 }
@@ -70,7 +70,7 @@ TEST(Rect, IntersectionIsClosedAndKeepsTheExtentOfARectInside) {
   }
 }
 
-TEST(Rect, HoldsPointsHalfOpenAndRectsByTheirUnion) {
+TEST(Rect, ContainsPointsHalfOpenAndRectsByTheirUnion) {
   EXPECT_TRUE(RectContainsPoint(kUnit, {0, 0}));
   EXPECT_FALSE(RectContainsPoint(kUnit, {10, 0}));
   EXPECT_TRUE(RectContainsPoint({10, 10, -10, -10}, {0, 9}));

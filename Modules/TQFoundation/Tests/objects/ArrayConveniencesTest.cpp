@@ -18,7 +18,7 @@ double valueOf(const Object& object) { return objectCast<Number>(&object)->doubl
 bool isOdd(Object& object) { return static_cast<int>(valueOf(object)) % 2 != 0; }
 std::string textOf(const Ref<Array>& array) { return array->description(); }
 
-TEST(ArrayConveniences, MapAnswersOneObjectForEachElement) {
+TEST(ArrayConveniences, MapReturnsOneObjectForEachElement) {
   const auto doubled = [](Object& object) -> Ref<Object> {
     return Number::numberWith(NumberValue(valueOf(object) * 2));
   };
@@ -28,7 +28,7 @@ TEST(ArrayConveniences, MapAnswersOneObjectForEachElement) {
   EXPECT_THROW(static_cast<void>(map(*numbers({1}), none)), Exception);
 }
 
-TEST(ArrayConveniences, CompactMapDropsNoneAndNull) {
+TEST(ArrayConveniences, CompactMapDropsNullAndTheNullObject) {
   const auto oddOnly = [](Object& object) -> Ref<Object> {
     if (isOdd(object)) return share(object);
     return valueOf(object) > 3 ? Ref<Object>(Null::null()) : nullptr;
@@ -36,7 +36,7 @@ TEST(ArrayConveniences, CompactMapDropsNoneAndNull) {
   EXPECT_EQ(textOf(compactMap(*numbers({1, 2, 3, 4, 5}), oddOnly)), "(1, 3, 5)");
 }
 
-TEST(ArrayConveniences, ElementsAreChosenInOrder) {
+TEST(ArrayConveniences, FunctionsKeepTheOrderOfElements) {
   const Ref<Array> some = numbers({3, 1, 3, 2, 1});
   EXPECT_EQ(textOf(filter(*some, isOdd)), "(3, 1, 3, 1)");
   EXPECT_EQ(textOf(arrayByRemovingDuplicates(*some)), "(3, 1, 2)");
@@ -50,7 +50,7 @@ TEST(ArrayConveniences, ElementsAreChosenInOrder) {
   EXPECT_EQ(firstObjectPassing(*Array::array(), isTwo), nullptr);
 }
 
-TEST(ArrayConveniences, NullIsRemovedAndArraysAreJoined) {
+TEST(ArrayConveniences, RemoveNullAndJoinArrays) {
   const Ref<Object> null = Null::null();
   const Ref<Array> mixed = Array::arrayWithObjects({null, numbers({1, 2}), null});
   const Ref<Array> rest = arrayByRemovingNull(*mixed);

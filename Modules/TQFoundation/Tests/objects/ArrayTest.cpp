@@ -62,7 +62,7 @@ TEST(Array, BoxesOnceAndForAllThreads) {
   }
 }
 
-TEST(MutableArray, ChangesInPlaceAndRefusesWhatDoesNotFit) {
+TEST(MutableArray, ChangesInPlaceAndRefusesInvalidArguments) {
   const Ref<MutableArray> array = MutableArray::array();
   EXPECT_EQ(array->firstObject(), nullptr);
   array->addObject(String::of("b"));
@@ -76,6 +76,7 @@ TEST(MutableArray, ChangesInPlaceAndRefusesWhatDoesNotFit) {
   EXPECT_EQ(fixed->description(), "(a, b, c)");
   EXPECT_EQ(fixed->copy(), fixed);
 
+  const std::vector<Ref<Object>> withNull{Null::null(), nullptr};
   const std::pair<std::function<void()>, const char*> faults[] = {
       {[&] { array->addObject(nullptr); }, InvalidArgumentException},
       {[&] { array->insertObject(nullptr, 0); }, InvalidArgumentException},
@@ -85,10 +86,7 @@ TEST(MutableArray, ChangesInPlaceAndRefusesWhatDoesNotFit) {
       {[&] { array->removeObjectAtIndex(2); }, RangeException},
       {[&] { (void)array->objectAtIndex(2); }, RangeException},
       {[&] { (void)Array::array()->objectAtIndex(0); }, RangeException},
-      {[&] {
-         (void)Array::arrayWithObjects({Null::null(), nullptr});
-       },
-       InvalidArgumentException},
+      {[&] { (void)Array::arrayWithObjects(withNull); }, InvalidArgumentException},
   };
   for (const auto& [act, name] : faults) EXPECT_EQ(exceptionOf(act), name);
   EXPECT_EQ(array->description(), "(a, c)");
@@ -96,7 +94,7 @@ TEST(MutableArray, ChangesInPlaceAndRefusesWhatDoesNotFit) {
   EXPECT_EQ(array->count(), 0u);
 }
 
-/// Looks at the array that it is in when it goes.
+/// Reads the array that contains it from its destructor.
 struct Looker final : Subclass<Looker> {
   static constexpr std::string_view className = "Looker";
   Looker(const MutableArray& array, std::size_t& seen) : array_(array), seen_(seen) {}
@@ -107,7 +105,7 @@ struct Looker final : Subclass<Looker> {
   std::size_t& seen_;
 };
 
-TEST(MutableArray, IsWholeWhenWhatItDropsLooksBack) {
+TEST(MutableArray, IsConsistentWhenARemovedElementReadsIt) {
   const Ref<MutableArray> array = MutableArray::array();
   std::size_t seen = 99;
   const auto fill = [&] {

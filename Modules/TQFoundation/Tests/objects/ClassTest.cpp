@@ -5,7 +5,7 @@
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Value.h>
 
-// Stand-ins: the real ones belong to rooms above.
+// Fakes: the real classes belong to rooms above.
 namespace tq {
 
 struct Bare : Subclass<Bare> {
@@ -35,7 +35,7 @@ struct Structured : Subclass<Structured> {
   Structured() = default;
 };
 
-/// Inherits how it is written, not how it is made.
+/// Inherits encoding, but not construction.
 struct Derived final : Subclass<Derived, Structured> {
   static constexpr std::string_view className = "Derived";
   void startEncodingObject(TQJSONEncoder&) const {}
@@ -64,7 +64,7 @@ struct NotEmpty final : Subclass<NotEmpty, Keyed> {
 
 namespace {
 
-/// Which parts of the JSON archive a class has of its own, as letters.
+/// Returns a letter for each JSON function that the class has.
 std::string jsonParts(const Class& record) {
   const JSONCoding& json = record.json();
   std::string parts;
@@ -107,15 +107,15 @@ TEST(Class, KnowsAtCompileTimeWhatATypeCanDo) {
   EXPECT_EQ(classOf<Object>.parent(), nullptr);
 }
 
-TEST(Class, IsOneRecordWhoeverAsks) {
-  // The library made the array; this program names its class.
+TEST(Class, HasOneRecordInLibraryAndProgram) {
+  // The library created the array; this program names its class.
   EXPECT_EQ(&Array::array()->objectClass(), &classOf<Array>);
   EXPECT_EQ(&Value::valueWithPoint({})->classForCoder(), &classOf<Value>);
   EXPECT_EQ(&makeRef<Posing>()->classForCoder(), &classOf<Bare>);
   EXPECT_EQ(&makeRef<Derived>()->classForCoder(), &classOf<Derived>);
 }
 
-TEST(Class, IsFoundByItsCodingNameOnceRegistered) {
+TEST(Class, IsFoundByItsCodingNameAfterRegistration) {
   EXPECT_EQ(Class::classNamed("S"), nullptr);
   Class::registerClass<Structured>();
   EXPECT_EQ(Class::classNamed("S"), &classOf<Structured>);

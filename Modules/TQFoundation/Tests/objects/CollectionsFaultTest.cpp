@@ -13,7 +13,7 @@
 namespace tq {
 namespace {
 
-/// Calls `change`, and passes on its failure when the collection is what it was.
+/// Calls `change`. If it fails, checks that the collection is unchanged and rethrows.
 template <class Collection, class Change>
 void allOrNothing(Collection& collection, Change change) {
   const Ref<Object> before = collection.copy();
@@ -25,7 +25,7 @@ void allOrNothing(Collection& collection, Change change) {
   }
 }
 
-TEST(CollectionsFault, ArraysChangeWholeOrNotAtAll) {
+TEST(CollectionsFault, ArraysChangeCompletelyOrNotAtAll) {
   test::failEachAllocation([] {
     const Ref<MutableArray> array = MutableArray::array();
     for (int i = 0; i < 6; ++i) {
@@ -37,8 +37,8 @@ TEST(CollectionsFault, ArraysChangeWholeOrNotAtAll) {
   });
 }
 
-// Long enough for an index over the keys.
-TEST(CollectionsFault, DictionariesChangeWholeOrNotAtAll) {
+// Enough entries for a hash index.
+TEST(CollectionsFault, DictionariesChangeCompletelyOrNotAtAll) {
   test::failEachAllocation([] {
     const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
     const Ref<String> value = String::of("value");
@@ -53,7 +53,7 @@ TEST(CollectionsFault, DictionariesChangeWholeOrNotAtAll) {
   });
 }
 
-TEST(CollectionsFault, WhatIsMadeIsMadeWhole) {
+TEST(CollectionsFault, NewObjectsAreComplete) {
   const Ref<Array> words = Array::arrayWithObjects({String::of("ein"), String::of("zwei")});
   const double numbers[] = {1, 2, 3};
   test::failEachAllocation([&] {

@@ -43,7 +43,7 @@ TEST(Number, IsEqualByValueAcrossKinds) {
       {kNaN, -kNaN, std::nanf("1")},
       {kInfinity},
       {0.1},
-      {0.1f},  // not the double of that text
+      {0.1f},  // not the double 0.1
       {kBeyond, 0x1p63},
       {kSmallest, -0x1p63},
   };
@@ -59,7 +59,8 @@ TEST(Number, IsEqualByValueAcrossKinds) {
       }
     }
   }
-  // Integers are told apart where doubles no longer are; with a double they compare as doubles.
+  // Integers beyond 2^53 differ although their doubles are equal; compared with a double they are
+  // doubles.
   const std::int64_t large = std::int64_t{1} << 53;
   EXPECT_FALSE(NumberValue(large).isEqual(large + 1));
   EXPECT_TRUE(NumberValue(large + 1).isEqual(static_cast<double>(large)));

@@ -65,7 +65,7 @@ TEST(Object, ReleasesAMillionInAChain) {
   EXPECT_EQ(alive, 0);
 }
 
-// Each kind of container is met where destruction is put off, as one of several.
+// Destruction is deferred inside each kind of container, for one of several elements.
 TEST(Object, ReleasesDeepNestsOfOneContainer) {
   int alive = 0;
   Ref<Object> arrays = makeRef<Counted>(alive);
@@ -96,7 +96,7 @@ TEST(Object, ReleasesAMillionNestedContainers) {
     dictionary->setObject(growing, "k");
     nest = dictionary;
   }
-  EXPECT_FALSE(nest->description().empty());  // which stops at its own depth
+  EXPECT_FALSE(nest->description().empty());  // limited in depth
   nest = nullptr;
   EXPECT_EQ(alive, 0);
 }

@@ -24,7 +24,7 @@
 namespace tq {
 namespace {
 
-TEST(Value, GivesTheStructureBackForItsSignatureAlone) {
+TEST(Value, ReturnsTheStructureOnlyForItsSignature) {
   const Ref<Value> point = Value::valueWithPoint({1, 2});
   EXPECT_EQ(point->pointValue()->y, 2);
   EXPECT_FALSE(point->sizeValue());
@@ -41,7 +41,7 @@ TEST(Value, GivesTheStructureBackForItsSignatureAlone) {
   EXPECT_EQ(Value::valueWith("{X=c}", 'x')->description(), "<{X=c}, 1 bytes>");
 }
 
-TEST(Hash, CannotBeForeseenOutsideTheProcess) {
+TEST(Hash, IsKeyedWithASecretOfTheProcess) {
   const std::hash<std::string_view> plain;
   const std::string zeros(16, '\0');
   const std::pair<Ref<Object>, std::size_t> cases[] = {
@@ -56,13 +56,13 @@ TEST(Hash, CannotBeForeseenOutsideTheProcess) {
   for (const auto& [object, foreseen] : cases) {
     EXPECT_NE(object->hash(), foreseen) << object->description();
   }
-  // A signature does not make up for the bytes.
+  // The hash covers signature and bytes separately.
   const std::string_view text = "ab";
   EXPECT_NE(Value::valueWithBytes(text, std::as_bytes(std::span(text)))->hash(),
             Value::valueWithBytes("", {})->hash());
 }
 
-TEST(Hash, TellsRecordsApartAndNoOrderOfTheirMembers) {
+TEST(Hash, DistinguishesRecordsButNotTheirOrder) {
   const auto number = [](int value) -> Ref<Object> { return Number::numberWith(value); };
   const auto record = [&](int a, int b) -> Ref<Object> {
     return Dictionary::dictionaryWithEntries({{"a", number(a)}, {"b", number(b)}});
@@ -86,7 +86,7 @@ TEST(Hash, TellsRecordsApartAndNoOrderOfTheirMembers) {
   EXPECT_EQ(nest->hash(), Array::arrayWithObjects({Array::arrayWithObjects({nest})})->hash());
 }
 
-TEST(GeometryText, ReadsTheNumbersWhateverStandsBetweenThem) {
+TEST(GeometryText, ReadsNumbersAndIgnoresOtherCharacters) {
   const struct {
     std::string_view text;
     Rect rect;
@@ -116,7 +116,7 @@ TEST(GeometryText, ReadsTheNumbersWhateverStandsBetweenThem) {
   EXPECT_EQ(rectFromText(textFromRect(exact)).origin.y, exact.origin.y);
 }
 
-TEST(Data, GrowsCutsAndFillsUp) {
+TEST(Data, GrowsShrinksAndFillsWithZeros) {
   const Ref<MutableData> data = MutableData::data();
   std::string expected;
   for (int i = 0; i < 1'000; ++i) {
@@ -145,13 +145,6 @@ TEST(Data, GrowsCutsAndFillsUp) {
   EXPECT_EQ(Data::dataWithBytes("")->length(), 0u);
 }
 
-TEST(Date, EqualsItselfWhateverItsSeconds) {
-  for (const double seconds : {0.5, std::nan("")}) {
-    const auto date = Date::dateWithTimeIntervalSinceReferenceDate(seconds);
-    EXPECT_TRUE(date->isEqual(*Date::dateWithTimeIntervalSinceReferenceDate(seconds)));
-  }
-}
-
 TEST(UUID, ReadsAndWritesItsText) {
   const Ref<UUID> uuid = UUID::UUIDWithString("68753a44-4d6f-1226-9c60-0050E4C00067");
   ASSERT_TRUE(uuid);
@@ -167,7 +160,7 @@ TEST(UUID, ReadsAndWritesItsText) {
   }
 }
 
-TEST(Error, DescribesItselfToPeopleAndToProgrammers) {
+TEST(Error, HasTextForPeopleAndForProgrammers) {
   const Ref<Error> plain = Error::errorWithDomain("domain", 7);
   EXPECT_EQ(plain->localizedDescription(),
             "The operation couldn’t be completed. (domain error 7.)");
@@ -196,7 +189,11 @@ TEST(Error, DescribesItselfToPeopleAndToProgrammers) {
   setOutError(nullptr, error);
 }
 
-TEST(Null, IsOneObject) {
+TEST(DateAndNull, AreEqualByValueAndByIdentity) {
+  for (const double seconds : {0.5, std::nan("")}) {
+    const auto date = Date::dateWithTimeIntervalSinceReferenceDate(seconds);
+    EXPECT_TRUE(date->isEqual(*Date::dateWithTimeIntervalSinceReferenceDate(seconds)));
+  }
   EXPECT_EQ(Null::null(), Null::null());
   EXPECT_FALSE(Null::null()->isEqual(*Number::numberWith(0)));
 }

@@ -36,7 +36,7 @@ struct Watched final : Subclass<Watched>, Delegate {
   bool observesLate = false;
 };
 
-TEST(Weak, ReadsNoneFromTheLastReleaseOn) {
+TEST(Weak, ReadsNullFromTheLastReleaseOn) {
   Ref<Watched> object = makeRef<Watched>();
   bool seen = true;
   object->seenFromDestructor = &seen;
@@ -67,7 +67,7 @@ TEST(Weak, HoldsAnInterfaceAndKeepsItsObjectWhileLocked) {
   EXPECT_FALSE(weak.lock());
 }
 
-TEST(Weak, TellsANewObjectAtAnOldAddressApart) {
+TEST(Weak, DiffersFromANewObjectAtTheOldAddress) {
   Ref<Watched> object = makeRef<Watched>();
   const void* address = object.get();
   const Weak<Watched> old = object;
@@ -83,7 +83,7 @@ TEST(Weak, TellsANewObjectAtAnOldAddressApart) {
 }
 
 TEST(Weak, IsRefusedInTheDestructor) {
-  for (const int depth : {0, Object::kDirectReleaseDepth - 1}) {  // at once, and put off
+  for (const int depth : {0, Object::kDirectReleaseDepth - 1}) {  // immediate, and deferred
     const Ref<Watched> late = makeRef<Watched>();
     Ref<Object> nest = Array::arrayWithObjects({makeRef<Watched>(), late, makeRef<Watched>()});
     for (int i = 0; i < depth; ++i) nest = Array::arrayWithObjects({nest});
@@ -104,14 +104,14 @@ struct Unmade final : Subclass<Unmade> {
   }
 };
 
-TEST(Weak, ReadsNoneOfWhatItsConstructorGaveUp) {
+TEST(Weak, ReadsNullAfterItsConstructorThrew) {
   Weak<Unmade> seen;
   EXPECT_THROW(static_cast<void>(makeRef<Unmade>(seen)), std::runtime_error);
   EXPECT_TRUE(seen.isGone());
   EXPECT_FALSE(seen.lock());
 }
 
-/// Threads lock what another one is just letting go of. Each answer is the whole object or none.
+/// Threads lock an object while another one releases it. Each result is the whole object or null.
 TEST(WeakStress, LocksAgainstTheLastRelease) {
 #ifdef TQ_SANITIZED
   constexpr int kRounds = 100'000;
