@@ -72,10 +72,6 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   [[nodiscard]] static Ref<Dictionary> dictionaryWithEntries(
       std::initializer_list<std::pair<std::string_view, Ref<Object>>> entries);
 
-  /// Every member of the object being decoded, each decoded; those that decode to none are left
-  /// out.
-  [[nodiscard]] static Ref<Dictionary> initWithJSONDecoder(TQJSONDecoder& decoder);
-
   ~Dictionary() override;
 
   [[nodiscard]] std::size_t count() const noexcept;

@@ -57,10 +57,6 @@ class TQ_EXPORT Value final : public Subclass<Value> {
     return valueWithBytes(typeSignature, std::as_bytes(std::span(&structure, 1)));
   }
 
-  /// A point, size or rect by the members "type" and "value" of the object being decoded; for any
-  /// other type a value without signature and content.
-  [[nodiscard]] static Ref<Value> initWithJSONDecoder(TQJSONDecoder& decoder);
-
   /// Returns the type signature; empty for a value without content.
   [[nodiscard]] const std::string& typeSignature() const noexcept { return type_; }
   /// Returns the bytes of the structure. The value owns them.

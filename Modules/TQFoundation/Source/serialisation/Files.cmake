@@ -1,4 +1,5 @@
 tq_room(serialisation
+  JSONValueForms.cpp
   TQCompression.cpp TQCompression.h
   TQDigests.cpp TQDigests.h
   TQFNV1aBuilder.cpp TQFNV1aBuilder.h
@@ -7,4 +8,5 @@ tq_room(serialisation
   TQJSONDecoder.cpp TQJSONDecoder.h
   TQJSONEncoder.cpp TQJSONEncoder.h
   TQJSONFileEncoder.cpp TQJSONFileEncoder.h
-  TQJSONURLEncoder.cpp TQJSONURLEncoder.h)
+  TQJSONURLEncoder.cpp TQJSONURLEncoder.h
+  detail/JSONValueForms.h)

@@ -12,12 +12,12 @@
 #include <TQFoundation/objects/GeometryText.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 #include <TQFoundation/platform/files/FileReading.h>
 #include <TQFoundation/platform/json/JSONObjectBuilder.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/text/Base64.h>
+#include <TQFoundation/serialisation/detail/JSONValueForms.h>
 
 namespace tq {
 namespace {
@@ -263,14 +263,14 @@ struct TQJSONDecoder::Walk {
 
   /// The reserved keys are asked for in this order; the first present decides.
   [[nodiscard]] Ref<Object> decodeEntered() {
-    if (!frames.back().shape->isMarked()) return Dictionary::initWithJSONDecoder(decoder);
+    if (!frames.back().shape->isMarked()) return decodeMembers();
     if (const auto archive = find(TQJSONRawNSArchiveKey)) return decodeArchive(*archive);
     if (const auto name = find(TQJSONClassKey)) return decodeStructured(name->text());
     if (const auto data = find(TQJSONRawDataKey)) {
       const auto text = data->text();
       return text ? dataFromBase64(*text) : nullptr;
     }
-    return Dictionary::initWithJSONDecoder(decoder);
+    return decodeMembers();
   }
 
   [[nodiscard]] Ref<Object> decodeArchive(const Member& archive) {
@@ -286,7 +286,9 @@ struct TQJSONDecoder::Walk {
   [[nodiscard]] Ref<Object> decodeStructured(std::optional<std::string_view> name) {
     const Class* named = name ? decoder.classFromClassName(*name) : nullptr;
     if (named == nullptr) return nullptr;
-    if (const auto construct = named->json().initWithJSONDecoder) {
+    auto construct = named->json().initWithJSONDecoder;
+    if (construct == nullptr) construct = detail::jsonFormOf(*named).initWithJSONDecoder;
+    if (construct != nullptr) {
       frames.back().hint = 1;  // "_class" is the first member, the object's own follow
       return construct(decoder);
     }
@@ -438,18 +440,7 @@ Rect TQJSONDecoder::decodeRectForKey(std::string_view key, const Rect& withDefau
   return member ? rectFromText(member->text().value_or("")) : withDefault;
 }
 
-Ref<Dictionary> Dictionary::initWithJSONDecoder(TQJSONDecoder& decoder) {
-  return decoder.walk_->decodeMembers();
-}
-
-Ref<Value> Value::initWithJSONDecoder(TQJSONDecoder& decoder) {
-  const Ref<String> type = refCast<String>(decoder.decodeObjectForKey("type"));
-  const std::string_view name = type ? type->view() : "";
-  if (name == "point") return valueWithPoint(decoder.decodePointForKey("value"));
-  if (name == "size") return valueWithSize(decoder.decodeSizeForKey("value"));
-  if (name == "rect") return valueWithRect(decoder.decodeRectForKey("value"));
-  return valueWithBytes({}, {});
-}
+Ref<Dictionary> TQJSONDecoder::decodeMembers() { return walk_->decodeMembers(); }
 
 // MARK: classes
 

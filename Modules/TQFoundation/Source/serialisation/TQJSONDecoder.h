@@ -103,6 +103,10 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] Size decodeSizeForKey(std::string_view key, Size withDefault = {}) const;
   [[nodiscard]] Rect decodeRectForKey(std::string_view key, const Rect& withDefault = {}) const;
 
+  /// Returns a dictionary of all members of the object being decoded, each decoded. Members that
+  /// decode to null are left out. Empty outside of an object. Archives of `Dictionary` are read
+  /// this way.
+  [[nodiscard]] Ref<Dictionary> decodeMembers();
   /// The parsed members of the object being decoded; none outside of one.
   [[nodiscard]] Ref<Dictionary> currentObjectDict();
   /// The parsed tree, or none.
@@ -140,7 +144,6 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   void setError(Ref<Error> error);
 
  private:
-  friend class Dictionary;
   struct Walk;
 
   TQJSONDecoder();
