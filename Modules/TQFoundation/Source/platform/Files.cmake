@@ -22,8 +22,6 @@ tq_room(platform
   files/FileReading.cpp files/FileReading.h
   files/FileServices.cpp files/FileServices.h
   json/JSONDocument.cpp json/JSONDocument.h
-  json/JSONFault.cpp
-  json/detail/JSONFault.h
   log/LogChannel.cpp log/LogChannel.h
   log/PlainLog.cpp log/PlainLog.h
   log/detail/SinkSlot.h
@@ -83,6 +81,7 @@ tq_room(platform
   files/SafeFile.cpp files/SafeFile.h
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONShape.cpp json/JSONShape.h
+  json/JSONText.cpp json/JSONText.h
   memory/AddressRange.cpp memory/AddressRange.h
   threads/MonitorCount.h
   threads/ThreadSystem.h

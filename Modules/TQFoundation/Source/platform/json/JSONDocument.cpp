@@ -3,7 +3,6 @@
 #include <simdjson.h>
 #include <sys/mman.h>
 
-#include <charconv>
 #include <new>
 #include <string>
 
@@ -11,7 +10,7 @@
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/UTF.h>
-#include <TQFoundation/platform/json/detail/JSONFault.h>
+#include <TQFoundation/platform/json/JSONText.h>
 
 namespace tq {
 
@@ -27,8 +26,8 @@ std::string_view viewOf(std::span<const std::byte> bytes) noexcept {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-/// Asks for large pages below the parser's buffers, most of whose cost for a large text is the
-/// system's handing over of small ones. Only a request: nothing depends on it.
+/// Advises the kernel to back the parser's buffers with large pages: for a large text, page faults
+/// are most of their cost. A failure is ignored.
 void preferLargePages(const void* memory, std::size_t byteCount) noexcept {
   constexpr std::uintptr_t kLargePage = std::uintptr_t{2} << 20;
   const auto begin = reinterpret_cast<std::uintptr_t>(memory);
@@ -37,100 +36,60 @@ void preferLargePages(const void* memory, std::size_t byteCount) noexcept {
   if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
 }
 
-/// Counts brackets outside of strings; text that is not JSON gives some answer.
-bool isWithinDepthLimit(std::string_view text) noexcept {
-  std::size_t depth = 0;
-  bool inString = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (c == '"') inString = !inString;
-    if (inString) {
-      if (c == '\\') ++i;
-    } else if (c == '[' || c == '{') {
-      if (++depth > JSONDocument::kDepthLimit) return false;
-    } else if ((c == ']' || c == '}') && depth != 0) {
-      --depth;
-    }
-  }
-  return true;
-}
-
+/// Parses `text` into the parser's tape.
+///
+/// The parser counts only containers that hold something, and accepts one level fewer than
+/// `parserDepth`. An empty container at the innermost level is not counted.
 simdjson::error_code parseInto(simdjson::dom::parser& parser, std::string_view text,
-                               std::size_t readablePadding) {
+                               std::size_t readablePadding, std::size_t parserDepth) {
   if (text.empty()) return simdjson::EMPTY;
   const bool copies = readablePadding < simdjson::SIMDJSON_PADDING;
-  const auto parseWithin = [&](std::size_t depth) {
-    if (const auto error = parser.allocate(text.size(), depth)) return error;
-    if (const auto error = parser.doc.allocate(text.size())) return error;
+  simdjson::error_code error = parser.allocate(text.size(), parserDepth);
+  if (!error) error = parser.doc.allocate(text.size());
+  if (!error) {
     preferLargePages(parser.doc.tape.get(), text.size() * sizeof(std::uint64_t));
     preferLargePages(parser.doc.string_buf.get(), text.size());
     preferLargePages(parser.implementation->structural_indexes.get(),
                      text.size() * sizeof(std::uint32_t));
-    return parser.parse(text.data(), text.size(), copies).error();
-  };
-  // The parser counts containers that hold something, and takes one fewer of them than it is told;
-  // an empty one it does not count. So the innermost level needs a second look.
-  const auto error = parseWithin(JSONDocument::kDepthLimit);
-  if (error != simdjson::DEPTH_ERROR || !isWithinDepthLimit(text)) return error;
-  return parseWithin(JSONDocument::kDepthLimit + 1);
-}
-
-/// Where the digits of the integer literal at `at` end, or `at` for any other number or character.
-std::size_t endOfInteger(std::string_view text, std::size_t at) noexcept {
-  std::size_t end = at + (text[at] == '-' ? 1 : 0);
-  const std::size_t firstDigit = end;
-  while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
-  const bool goesOn =
-      end < text.size() && (text[end] == '.' || text[end] == 'e' || text[end] == 'E');
-  return end == firstDigit || goesOn ? at : end;
-}
-
-bool fitsIn64Bits(std::string_view literal) noexcept {
-  std::int64_t integer;
-  std::uint64_t natural;
-  const char* end = literal.data() + literal.size();
-  return std::from_chars(literal.data(), end, integer).ec == std::errc() ||
-         std::from_chars(literal.data(), end, natural).ec == std::errc();
-}
-
-/// The text with ".0" behind every integer beyond 64 bits, which the parser refuses as an integer
-/// but reads as a double; none when there is no such integer.
-std::optional<std::string> withWideIntegersAsDoubles(std::string_view text) {
-  std::string result;
-  std::size_t copied = 0;
-  for (std::size_t i = 0; i < text.size();) {
-    if (text[i] == '"') {
-      for (++i; i < text.size() && text[i] != '"'; ++i) {
-        if (text[i] == '\\') ++i;
-      }
-      ++i;
-      continue;
-    }
-    const bool startsNumber = text[i] == '-' || (text[i] >= '0' && text[i] <= '9');
-    if (!startsNumber) {
-      ++i;
-      continue;
-    }
-    const std::size_t end = endOfInteger(text, i);
-    if (end != i && !fitsIn64Bits(text.substr(i, end - i))) {
-      result.append(text.substr(copied, end - copied)).append(".0");
-      copied = end;
-    }
-    i = end == i ? text.find_first_not_of("0123456789+-.eE", i) : end;
+    error = parser.parse(text.data(), text.size(), copies).error();
   }
-  if (copied == 0) return std::nullopt;
+  if (error == simdjson::MEMALLOC) throw std::bad_alloc();
+  return error;
+}
+
+/// Returns the text with ".0" inserted at each of the offsets `ends`.
+std::string withDecimals(std::string_view text, std::span<const std::size_t> ends) {
+  std::string result;
+  result.reserve(text.size() + 2 * ends.size());
+  std::size_t copied = 0;
+  for (const std::size_t end : ends) {
+    result.append(text.substr(copied, end - copied)).append(".0");
+    copied = end;
+  }
   return result.append(text.substr(copied));
 }
 
-Ref<Error> errorFor(std::string_view text, std::size_t textOffset) {
-  detail::JSONFault fault = detail::findJSONFault(text, JSONDocument::kDepthLimit);
+/// Parses text that the grammar allows, but the parser refused: its innermost containers are at the
+/// depth limit, or it holds integers beyond 64 bits, which the parser reads only as doubles.
+simdjson::error_code parseAgain(simdjson::dom::parser& parser, std::string_view text,
+                                std::size_t readablePadding,
+                                std::span<const std::size_t> wideIntegerEnds) {
+  constexpr std::size_t kDepth = JSONDocument::kDepthLimit + 1;
+  if (wideIntegerEnds.empty()) return parseInto(parser, text, readablePadding, kDepth);
+  return parseInto(parser, withDecimals(text, wideIntegerEnds), 0, kDepth);
+}
+
+Ref<Error> errorFor(std::string_view text, std::optional<detail::JSONFault> found,
+                    std::size_t textOffset) {
+  detail::JSONFault fault = found.value_or(detail::JSONFault{"Invalid value", 0});
   if (const auto malformed = detail::firstMalformedByte(text)) {
     if (fault.index >= *malformed || fault.message == "Invalid value") {
       fault = {"Malformed UTF-8", *malformed};
     }
   }
   const std::size_t index = fault.index + textOffset;
-  const std::string debugText = fault.message + " around character " + std::to_string(index) + ".";
+  const std::string debugText =
+      std::string(fault.message) + " around character " + std::to_string(index) + ".";
   return Error::errorWithDomain(
       CocoaErrorDomain, 3840,
       Dictionary::dictionaryWithEntries(
@@ -152,24 +111,24 @@ std::optional<JSONDocument> JSONDocument::parse(std::span<const std::byte> bytes
   text.remove_prefix(mark);
 
   auto parser = std::make_unique<Parser>();
-  simdjson::error_code fault = parseInto(parser->parser, text, readablePadding);
-  if (fault == simdjson::NUMBER_ERROR) {
-    if (const auto widened = withWideIntegersAsDoubles(text)) {
-      fault = parseInto(parser->parser, *widened, 0);
-    }
+  simdjson::error_code code = parseInto(parser->parser, text, readablePadding, kDepthLimit);
+  if (code == simdjson::SUCCESS) return JSONDocument(std::move(parser));
+
+  const bool mayBeJSON = code == simdjson::NUMBER_ERROR || code == simdjson::DEPTH_ERROR;
+  if (!mayBeJSON && error == nullptr) return std::nullopt;
+  const detail::JSONScan scan = detail::scanJSON(text, kDepthLimit);
+  if (mayBeJSON && !scan.fault) {
+    code = parseAgain(parser->parser, text, readablePadding, scan.wideIntegerEnds);
+    if (code == simdjson::SUCCESS) return JSONDocument(std::move(parser));
   }
-  if (fault == simdjson::MEMALLOC) throw std::bad_alloc();
-  if (fault != simdjson::SUCCESS) {
-    setOutError(error, errorFor(text, mark));
-    return std::nullopt;
-  }
-  return JSONDocument(std::move(parser));
+  if (error != nullptr) *error = errorFor(text, scan.fault, mark);
+  return std::nullopt;
 }
 
 JSONNode JSONDocument::root() const noexcept {
   const simdjson::dom::document& document = parser_->parser.doc;
   const std::uint64_t* tape = document.tape.get();
-  return {tape, tape + 1, document.string_buf.get()};  // word 0 stands for the document
+  return {tape, tape + 1, document.string_buf.get()};  // word 0 is the document itself
 }
 
 }  // namespace tq

@@ -1,4 +1,8 @@
-#include <TQFoundation/platform/json/detail/JSONFault.h>
+#include <TQFoundation/platform/json/JSONText.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
 
 #include <TQFoundation/objects/String.h>
 
@@ -15,23 +19,35 @@ constexpr bool isOneOf(char c, std::string_view set) noexcept {
   return set.find(c) != std::string_view::npos;
 }
 
-/// Goes over the text as a parser would, until something does not fit.
-class Search {
- public:
-  Search(std::string_view text, std::size_t depthLimit) : text_(text), depthLimit_(depthLimit) {}
+constexpr bool isControlCharacter(char c) noexcept { return static_cast<unsigned char>(c) < 0x20; }
 
-  JSONFault run() {
+bool fitsIn64Bits(std::string_view literal) noexcept {
+  if (literal.size() <= 18) return true;
+  std::int64_t integer;
+  std::uint64_t natural;
+  const char* end = literal.data() + literal.size();
+  return std::from_chars(literal.data(), end, integer).ec == std::errc() ||
+         std::from_chars(literal.data(), end, natural).ec == std::errc();
+}
+
+/// A recursive-descent recogniser. Each function moves past what it is named after, and returns
+/// false at the first fault.
+class Scanner {
+ public:
+  Scanner(std::string_view text, std::size_t depthLimit) : text_(text), depthLimit_(depthLimit) {}
+
+  JSONScan run() {
     skipSpace();
     if (value(0)) {
       skipSpace();
       if (at_ != text_.size()) fail("Garbage at end");
     }
-    return fault_;
+    return std::move(scan_);
   }
 
  private:
   bool fail(std::string_view message) {
-    fault_ = {std::string(message), at_};
+    scan_.fault = JSONFault{message, at_};
     return false;
   }
 
@@ -89,13 +105,13 @@ class Search {
     for (++at_; at_ < text_.size(); ++at_) {
       const char c = text_[at_];
       if (c == '"') return ++at_, true;
-      if (static_cast<unsigned char>(c) < 0x20) return fail("Unescaped control character");
+      if (isControlCharacter(c)) return fail("Unescaped control character");
       if (c == '\\' && !escape()) return false;
     }
     return fail("Unterminated string");
   }
 
-  /// At a backslash; leaves the position on the last character of the escape.
+  /// Starts at a backslash and stops on the last character of the escape.
   bool escape() {
     const std::size_t start = at_++;
     if (peek() != 'u') {
@@ -141,17 +157,21 @@ class Search {
       if (isDigit(peek())) return fail("Number with a leading zero");
     }
     while (isDigit(peek())) ++at_;
+    const std::size_t endOfInteger = at_;
     if (peek() == '.') {
       ++at_;
       if (!digits()) return fail("Number with no digit after '.'");
     }
-    if (peek() == 'e' || peek() == 'E') {
+    const bool hasExponent = peek() == 'e' || peek() == 'E';
+    if (hasExponent) {
       ++at_;
       if (peek() == '+' || peek() == '-') ++at_;
       if (!digits()) return fail("Number with no digit in its exponent");
     }
-    const double value = lenientDouble(text_.substr(start, at_ - start));
-    if (value - value != 0) {
+    const std::string_view literal = text_.substr(start, at_ - start);
+    if (at_ == endOfInteger && !fitsIn64Bits(literal)) scan_.wideIntegerEnds.push_back(at_);
+    const bool mayOverflow = hasExponent || literal.size() > 308;
+    if (mayOverflow && !std::isfinite(lenientDouble(literal))) {
       at_ = start;
       return fail("Number beyond the range of doubles");
     }
@@ -167,14 +187,24 @@ class Search {
   std::string_view text_;
   std::size_t depthLimit_;
   std::size_t at_ = 0;
-  bool afterHigh_ = false;  // the last escape was the first half of a pair
-  JSONFault fault_{"Invalid value", 0};
+  bool afterHigh_ = false;  // the last escape was a high surrogate
+  JSONScan scan_;
 };
 
 }  // namespace
 
-JSONFault findJSONFault(std::string_view text, std::size_t depthLimit) {
-  return Search(text, depthLimit).run();
+JSONScan scanJSON(std::string_view text, std::size_t depthLimit) {
+  return Scanner(text, depthLimit).run();
+}
+
+void replaceControlCharacters(std::span<std::byte> text,
+                              const std::function<void(unsigned byte, std::size_t index)>& report) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = static_cast<char>(text[i]);
+    if (c == '\0' || !isControlCharacter(c)) continue;
+    report(static_cast<unsigned char>(c), i);
+    text[i] = std::byte{'?'};
+  }
 }
 
 }  // namespace tq::detail
