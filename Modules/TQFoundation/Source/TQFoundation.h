@@ -121,7 +121,6 @@
 #include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/platform/files/FileReading.h>
 #include <TQFoundation/platform/files/FileServices.h>
-#include <TQFoundation/platform/json/JSONDocument.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/loops/RunLoop.h>

@@ -21,7 +21,6 @@ tq_room(platform
   files/FileHandle.cpp files/FileHandle.h
   files/FileReading.cpp files/FileReading.h
   files/FileServices.cpp files/FileServices.h
-  json/JSONDocument.cpp json/JSONDocument.h
   log/LogChannel.cpp log/LogChannel.h
   log/PlainLog.cpp log/PlainLog.h
   log/detail/SinkSlot.h
@@ -79,6 +78,7 @@ tq_room(platform
   files/FileError.cpp files/FileError.h
   files/RegularFile.h
   files/SafeFile.cpp files/SafeFile.h
+  json/JSONDocument.cpp json/JSONDocument.h
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONShape.cpp json/JSONShape.h
   json/JSONText.cpp json/JSONText.h

@@ -1,5 +1,6 @@
 tq_room(serialisation
   JSONValueForms.cpp
+  JSONWalk.cpp
   TQCompression.cpp TQCompression.h
   TQDigests.cpp TQDigests.h
   TQFNV1aBuilder.cpp TQFNV1aBuilder.h
@@ -9,4 +10,5 @@ tq_room(serialisation
   TQJSONEncoder.cpp TQJSONEncoder.h
   TQJSONFileEncoder.cpp TQJSONFileEncoder.h
   TQJSONURLEncoder.cpp TQJSONURLEncoder.h
-  detail/JSONValueForms.h)
+  detail/JSONValueForms.h
+  detail/JSONWalk.h)

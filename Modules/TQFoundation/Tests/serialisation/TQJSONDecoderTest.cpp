@@ -237,7 +237,7 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
   Ref<Error> error;
   EXPECT_FALSE(decoded(text, &error));
   ASSERT_TRUE(error);
-  EXPECT_EQ(error->userInfo().objectForKey(JSONDocument::kErrorIndexKey)->description(), "8");
+  EXPECT_EQ(error->userInfo().objectForKey(TQJSONDecoder::kErrorIndexKey)->description(), "8");
   EXPECT_EQ(log_.messages(), (std::vector<std::string>{
                                  "Strange \\x9 character at 3\n", "Strange \\x1f character at 5\n",
                                  "Strange \\x1 character at 8\n", error->description()}));

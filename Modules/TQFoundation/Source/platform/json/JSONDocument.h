@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file JSONDocument.h
-/// JSON text, parsed once into a flat tape that is then walked without building anything.
+/// Parsed JSON text: a flat tape of values, from which objects are made later.
 
 #include <bit>
 #include <cstddef>
@@ -12,21 +12,22 @@
 #include <span>
 #include <string_view>
 
-#include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Ref.h>
 
 namespace tq {
 
-/// A value of a parsed document. Two pointers, valid while the document lives. Trivially copyable.
+/// A value of a parsed document: three pointers, valid while the document lives. Trivially
+/// copyable.
 ///
-/// The tape: one 64-bit word a value, its kind in the top 8 bits. A number's value is the next
-/// word. A container's word holds the index of the word behind it in its low 32 bits. A string's
-/// word holds where its length (32 bits) and its bytes lie.
+/// The tape has one 64-bit word for each value, with its kind in the top 8 bits. The value of a
+/// number is in the next word. The word of a container holds, in its low 32 bits, the index of the
+/// word behind the container. The word of a string holds the offset of its length (32 bits) and its
+/// bytes in the string buffer.
 class JSONNode {
  public:
-  /// What a value is; "yes" and "no" are true and false.
+  /// The kind of a value; `yes` and `no` are true and false.
   enum class Kind : std::uint8_t {
     null = 'n',
     yes = 't',
@@ -40,14 +41,14 @@ class JSONNode {
   };
 
   JSONNode() noexcept = default;
-  /// A value at its word of the tape.
+  /// The value at `word` of the tape.
   JSONNode(const std::uint64_t* tape, const std::uint64_t* word,
            const std::uint8_t* strings) noexcept
       : tape_(tape), word_(word), strings_(strings) {}
 
-  /// What it is.
+  /// Returns the kind of the value.
   [[nodiscard]] Kind kind() const noexcept { return static_cast<Kind>(*word_ >> 56); }
-  /// True for numbers, true and false.
+  /// Returns whether the value is a number, true or false.
   [[nodiscard]] bool isNumber() const noexcept {
     switch (kind()) {
       case Kind::yes:
@@ -61,7 +62,7 @@ class JSONNode {
     }
   }
 
-  /// The number; for a node that isNumber(). true and false are booleans.
+  /// Returns the number; true and false are booleans. Only if isNumber().
   [[nodiscard]] NumberValue number() const noexcept {
     switch (kind()) {
       case Kind::integer:
@@ -75,7 +76,7 @@ class JSONNode {
     }
   }
 
-  /// Well-formed UTF-8; for a string.
+  /// Returns the text, which is well-formed UTF-8. Only for a string.
   [[nodiscard]] std::string_view text() const noexcept {
     const std::uint8_t* at = strings_ + (*word_ & 0x00FF'FFFF'FFFF'FFFFu);
     std::uint32_t length;
@@ -83,7 +84,7 @@ class JSONNode {
     return {reinterpret_cast<const char*>(at) + sizeof length, length};
   }
 
-  /// The node behind this one and all that is in it: the next element, or the value after a key.
+  /// Returns the node behind this one and its content: the next element, or the value of a key.
   [[nodiscard]] JSONNode next() const noexcept {
     switch (kind()) {
       case Kind::array:
@@ -98,26 +99,25 @@ class JSONNode {
     }
   }
 
-  /// A container's first element, or an object's first key; for an empty one this is end().
+  /// Returns the first element of an array or the first key of an object; end() if it is empty.
   [[nodiscard]] JSONNode first() const noexcept { return at(word_ + 1); }
-  /// Where a container's elements end.
+  /// Returns the end of a container's elements.
   [[nodiscard]] JSONNode end() const noexcept {
     return at(tape_ + static_cast<std::uint32_t>(*word_) - 1);
   }
 
-  /// The node's place on the tape, from which place() makes it again.
+  /// Returns the node's word on the tape.
   [[nodiscard]] const std::uint64_t* word() const noexcept { return word_; }
-  [[nodiscard]] JSONNode place(const std::uint64_t* word) const noexcept { return at(word); }
+  /// Returns the node of another word on the same tape.
+  [[nodiscard]] JSONNode at(const std::uint64_t* word) const noexcept {
+    return {tape_, word, strings_};
+  }
 
   friend bool operator==(const JSONNode& a, const JSONNode& b) noexcept {
     return a.word_ == b.word_;
   }
 
  private:
-  [[nodiscard]] JSONNode at(const std::uint64_t* word) const noexcept {
-    return {tape_, word, strings_};
-  }
-
   const std::uint64_t* tape_ = nullptr;
   const std::uint64_t* word_ = nullptr;
   const std::uint8_t* strings_ = nullptr;
@@ -125,36 +125,40 @@ class JSONNode {
 
 /// Parsed JSON text. Move-only; one thread at a time.
 ///
-/// Grammar: RFC 8259, any value at the top, and no more: no comments, no trailing commas, no NaN. A
-/// UTF-8 byte-order mark is skipped. Containers nest kDepthLimit deep at the most. Integers beyond
-/// 64 bits are doubles; a number beyond the range of doubles is an error, one below it is 0. Of an
-/// object's equal keys all are kept, in order.
-/// Memory: at the most 16 bytes a byte of text while parsing, about 10 afterwards, of which only
-/// what values need is touched.
-class TQ_EXPORT JSONDocument {
+/// Grammar: RFC 8259 with any value at the top. Comments, trailing commas and NaN are errors. A
+/// UTF-8 byte-order mark is skipped. Containers may nest kDepthLimit deep. Integers outside of 64
+/// bits become doubles. A number outside of the range of doubles is an error; one too close to zero
+/// is 0. Equal keys of an object are all kept, in order.
+/// Memory: at most 16 bytes for each byte of text while parsing, about 10 afterwards; only what
+/// values need is touched.
+class JSONDocument {
  public:
-  /// How deep arrays and objects may nest.
+  /// The maximum depth of nested arrays and objects.
   static constexpr std::size_t kDepthLimit = 512;
 
-  /// Key of an error's user info: the byte offset of the fault, a number.
+  /// The key of the byte offset of the fault, a number, in an error's user info.
   static constexpr std::string_view kErrorIndexKey = "NSJSONSerializationErrorIndex";
 
-  /// Parses `text`, of which `readablePadding` further bytes may be read (see Data); with fewer
-  /// than Data::kReadablePadding of them the text is copied first.
-  /// @param error  domain NSCocoaErrorDomain, code 3840, with the fault and its place in the debug
-  ///               description, and the place alone under kErrorIndexKey
-  /// @return none for text that is not JSON
+  /// Parses `text`.
+  ///
+  /// @param readablePadding  number of bytes behind `text` that may be read (see Data); if less
+  /// than
+  ///                         Data::kReadablePadding, the text is copied
+  /// @param error  receives domain NSCocoaErrorDomain, code 3840, with the fault and its offset in
+  ///               the debug description, and the offset under kErrorIndexKey. Null skips the
+  ///               search for the fault.
+  /// @return no value if the text is not JSON
   [[nodiscard]] static std::optional<JSONDocument> parse(std::span<const std::byte> text,
                                                          std::size_t readablePadding,
                                                          Ref<Error>* error);
 
-  /// A moved document keeps its nodes good; what is left behind is only to be assigned or
-  /// destroyed.
+  /// Nodes stay valid when their document is moved. A document that was moved from may only be
+  /// assigned to or destroyed.
   JSONDocument(JSONDocument&&) noexcept;
   JSONDocument& operator=(JSONDocument&&) noexcept;
   ~JSONDocument();
 
-  /// The one value of the text.
+  /// Returns the top value of the text.
   [[nodiscard]] JSONNode root() const noexcept;
 
  private:

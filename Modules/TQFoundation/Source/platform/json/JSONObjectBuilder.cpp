@@ -11,7 +11,7 @@ namespace tq::detail {
 
 Ref<Object> JSONObjectBuilder::scalarOf(JSONNode node) {
   if (node.kind() == JSONNode::Kind::string) {
-    return Construction::stringWithCheckedUTF8(node.text());  // the parser has checked it
+    return Construction::stringWithCheckedUTF8(node.text());  // checked by the parser
   }
   if (node.isNumber()) return Number::numberWith(node.number());
   return Null::null();
@@ -70,7 +70,8 @@ Ref<Dictionary> JSONObjectBuilder::dictionaryOf(const JSONShape& shape,
   return dictionary;
 }
 
-Ref<JSONShape> JSONObjectBuilder::shapeOf(JSONNode object, std::vector<const void*>& members) {
+Ref<JSONShape> JSONObjectBuilder::shapeOf(JSONNode object,
+                                          std::vector<const std::uint64_t*>& members) {
   keys_.clear();
   const JSONNode end = object.end();
   for (JSONNode key = object.first(); !(key == end);) {
@@ -82,7 +83,7 @@ Ref<JSONShape> JSONObjectBuilder::shapeOf(JSONNode object, std::vector<const voi
   return shapes_.shapeOf(keys_);
 }
 
-// Recursion is bounded by the depth that the parser lets through.
+// Recursion is bounded by JSONDocument::kDepthLimit.
 Ref<Object> JSONObjectBuilder::objectOf(JSONNode node) {
   const std::size_t firstValue = values_.size();
   const auto built = [&] { return std::span(values_).subspan(firstValue); };
@@ -101,8 +102,7 @@ Ref<Object> JSONObjectBuilder::objectOf(JSONNode node) {
   const std::size_t firstMember = members_.size();
   const Ref<JSONShape> shape = shapeOf(node, members_);
   for (std::size_t i = 0; i < shape->distinctKeys()->count(); ++i) {
-    const void* member = members_[firstMember + shape->memberOfDistinctKey(i)];
-    Ref<Object> object = objectOf(node.place(static_cast<const std::uint64_t*>(member)));
+    Ref<Object> object = objectOf(node.at(members_[firstMember + shape->memberOfDistinctKey(i)]));
     values_.push_back(std::move(object));
   }
   Ref<Dictionary> dictionary = dictionaryOf(*shape, built());

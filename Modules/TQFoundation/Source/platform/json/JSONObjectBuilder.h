@@ -1,9 +1,10 @@
 #pragma once
 
 /// @file JSONObjectBuilder.h
-/// Parsed JSON to objects.
+/// Makes objects of parsed JSON.
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -16,38 +17,39 @@
 
 namespace tq::detail {
 
-/// Makes objects of the nodes of one document after another. Dictionaries with the same keys share
-/// them, arrays of numbers are packed.
+/// Makes objects of the nodes of any number of documents. Dictionaries with equal keys share the
+/// keys. Arrays of numbers are packed.
 class JSONObjectBuilder {
  public:
-  /// The node as it is: containers of strings, numbers and nulls.
+  /// Returns the node as a tree of arrays, dictionaries, strings, numbers and nulls.
   [[nodiscard]] Ref<Object> objectOf(JSONNode node);
 
-  /// A string, number or null.
+  /// Returns a string, number or null. Not for containers.
   [[nodiscard]] static Ref<Object> scalarOf(JSONNode node);
 
-  /// A packed array, or none when something else than numbers is in it or nothing at all.
+  /// Returns a packed array, or null if the array is empty or holds something other than numbers.
   [[nodiscard]] static Ref<Array> numbersOf(JSONNode array);
 
-  /// An array that takes over `elements`.
+  /// Returns an array of `elements`, which are moved out.
   [[nodiscard]] static Ref<Array> arrayOf(std::span<Ref<Object>> elements);
 
-  /// A dictionary with a shape's distinct keys that takes over `values`, one for each. Those that
-  /// are none are left out, with their keys.
+  /// Returns a dictionary of the distinct keys of `shape` and `values`, one for each key, which are
+  /// moved out. Null values are left out together with their keys.
   [[nodiscard]] static Ref<Dictionary> dictionaryOf(const JSONShape& shape,
                                                     std::span<Ref<Object>> values);
 
-  /// The shape of an object, after its members' places have been put behind `members`.
-  [[nodiscard]] Ref<JSONShape> shapeOf(JSONNode object, std::vector<const void*>& members);
+  /// Returns the shape of `object`, and appends the word of each of its values to `members`.
+  [[nodiscard]] Ref<JSONShape> shapeOf(JSONNode object, std::vector<const std::uint64_t*>& members);
+  /// Returns the shape of an object with these keys.
   [[nodiscard]] Ref<JSONShape> shapeOf(std::span<const std::string_view> keys) {
     return shapes_.shapeOf(keys);
   }
 
  private:
   JSONShapes shapes_;
-  std::vector<std::string_view> keys_;  // of the object being looked at
-  std::vector<const void*> members_;    // of the objects being built, innermost last
-  std::vector<Ref<Object>> values_;     // likewise
+  std::vector<std::string_view> keys_;         // of the last object; reused
+  std::vector<const std::uint64_t*> members_;  // of the objects being built, innermost last
+  std::vector<Ref<Object>> values_;            // likewise
 };
 
 }  // namespace tq::detail

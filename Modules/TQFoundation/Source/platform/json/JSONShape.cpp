@@ -8,14 +8,14 @@
 namespace tq::detail {
 namespace {
 
-/// The first and the last bytes of a key in one word.
+/// Mixes the first and the last bytes of a key into one word.
 std::uint64_t digest(std::string_view key) noexcept {
   if (key.size() < 8) return key.empty() ? 0 : packedWord(key);
   return loadedWord<std::uint64_t>(key.data()) +
          (loadedWord<std::uint64_t>(key.data() + key.size() - 8) << 7);
 }
 
-/// What tells shapes apart well enough; a shape found by it is compared in full.
+/// Returns a quick hash. Shapes found by it are compared in full.
 std::size_t hashOf(std::span<const std::string_view> keys, std::size_t seed) noexcept {
   std::size_t hash = seed ^ keys.size();
   for (const std::string_view key : keys) {
@@ -77,7 +77,8 @@ Ref<JSONShape> JSONShapes::shapeOf(std::span<const std::string_view> keys) {
 Ref<String> JSONShapes::keyOf(std::string_view text) {
   const auto found = keys_.find(text);
   if (found != keys_.end()) return found->second;
-  Ref<String> key = String::stringWithGeneralisedUTF8(text);  // parsed trees may hold any
+  Ref<String> key =
+      String::stringWithGeneralisedUTF8(text);  // keys of parsed trees may be ill-formed
   if (keys_.size() < kMostKeys) keys_.emplace(key->view(), key);
   return key;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file JSONShape.h
-/// The keys of JSON objects: objects of one kind share them.
+/// The key sequences of JSON objects, shared by objects with equal keys.
 
 #include <cstddef>
 #include <cstdint>
@@ -19,23 +19,26 @@
 
 namespace tq::detail {
 
-/// The sequence of keys of an object, and what is asked about it again and again. Of equal keys the
-/// first counts. Immutable.
+/// The sequence of keys of an object, indexed for searching. Of equal keys, the first one is found.
+/// Immutable.
 class JSONShape final : public Object {
  public:
   JSONShape(std::vector<Ref<String>> keys);
 
+  /// Returns the number of keys, equal ones included.
   [[nodiscard]] std::size_t count() const noexcept { return keys_.size(); }
+  /// Returns whether the shape has exactly these keys in this order.
   [[nodiscard]] bool isOf(std::span<const std::string_view> keys) const noexcept;
 
-  /// The member called `key`. `hint` is where the search starts, and afterwards where the next
-  /// member stands: members are mostly read in the order in which they were written.
+  /// Returns the index of the member `key`.
+  /// @param hint  the index to try first. Receives the index behind the member that was found,
+  ///              because members are mostly read in the order in which they were written.
   [[nodiscard]] std::optional<std::size_t> find(std::string_view key, std::size_t& hint) const;
 
-  /// True when a key starts with "_", as those do that mean something to the archive format.
+  /// Returns whether a key starts with "_", as all keys that the archive format reserves do.
   [[nodiscard]] bool isMarked() const noexcept { return isMarked_; }
 
-  /// The keys without repetitions, and for each of them its member.
+  /// Returns the keys without repetitions, and the index of the member of each of them.
   [[nodiscard]] const Ref<DictionaryKeys>& distinctKeys() const noexcept { return distinct_; }
   [[nodiscard]] std::size_t memberOfDistinctKey(std::size_t index) const noexcept {
     return members_.empty() ? index : members_[index];
@@ -45,15 +48,16 @@ class JSONShape final : public Object {
   std::vector<Ref<String>> keys_;
   Ref<DictionaryKeys> distinct_;
   bool isMarked_ = false;
-  std::vector<std::uint32_t> members_;  // empty when no key repeats: then they are the indexes
+  std::vector<std::uint32_t> members_;  // by distinct key; empty if no key repeats
 };
 
-/// Finds the shape of an object again, and gives equal keys of all shapes one string.
+/// A cache of shapes. Equal keys of all shapes share one string.
 ///
-/// Bounds: at most kMostShapes shapes and kMostKeys keys are remembered, and none of an object of
-/// more than kWidest members, so that hostile text cannot make it hold many times its own size.
+/// Bounds: at most kMostShapes shapes and kMostKeys keys are cached, and no shape of more than
+/// kWidest members. Hostile text cannot make the cache grow to many times the size of the text.
 class JSONShapes {
  public:
+  /// Returns the shape with these keys.
   [[nodiscard]] Ref<JSONShape> shapeOf(std::span<const std::string_view> keys);
 
  private:
@@ -61,7 +65,8 @@ class JSONShapes {
   static constexpr std::size_t kMostKeys = 16384;
   static constexpr std::size_t kWidest = 64;
 
-  /// By a secret, for texts choose their keys. Not noexcept, so that the table keeps the hashes.
+  /// Seeded with a secret, because the text chooses the keys. Not noexcept, so that the table
+  /// stores the hashes.
   struct HashOfKey {
     std::size_t operator()(std::string_view text) const { return String::hashOf(text); }
   };
@@ -69,8 +74,8 @@ class JSONShapes {
   [[nodiscard]] Ref<String> keyOf(std::string_view text);
 
   const std::size_t seed_ = String::hashOf({});
-  std::unordered_map<std::size_t, Ref<JSONShape>> shapes_;             // by the hash of their keys
-  std::unordered_map<std::string_view, Ref<String>, HashOfKey> keys_;  // by the string's own text
+  std::unordered_map<std::size_t, Ref<JSONShape>> shapes_;             // by hash of the keys
+  std::unordered_map<std::string_view, Ref<String>, HashOfKey> keys_;  // by the string's text
 };
 
 }  // namespace tq::detail

@@ -1,0 +1,228 @@
+#include <TQFoundation/serialisation/detail/JSONWalk.h>
+
+#include <span>
+#include <string>
+#include <utility>
+
+#include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/platform/archive/KeyedUnarchiver.h>
+#include <TQFoundation/platform/text/Base64.h>
+#include <TQFoundation/serialisation/TQJSONDecoder.h>
+#include <TQFoundation/serialisation/detail/JSONValueForms.h>
+
+namespace tq::detail {
+
+/// Makes the members of an object the current ones during its lifetime.
+class JSONWalk::Entered {
+ public:
+  Entered(JSONWalk& walk, JSONNode object) : Entered(walk) {
+    Ref<JSONShape> shape = walk.builder_.shapeOf(object, walk.words_);
+    walk.frames_.emplace_back(TextFrame{object, std::move(shape), firstWord_});
+  }
+  Entered(JSONWalk& walk, const Dictionary& parsed) : Entered(walk) {
+    walk.frames_.emplace_back(&parsed);
+  }
+  ~Entered() {
+    if (walk_.frames_.size() > frameCount_) walk_.frames_.pop_back();
+    walk_.words_.resize(firstWord_);
+  }
+  Entered(const Entered&) = delete;
+  Entered& operator=(const Entered&) = delete;
+
+ private:
+  explicit Entered(JSONWalk& walk) noexcept
+      : walk_(walk), frameCount_(walk.frames_.size()), firstWord_(walk.words_.size()) {}
+
+  JSONWalk& walk_;
+  std::size_t frameCount_;
+  std::size_t firstWord_;
+};
+
+/// Collects the decoded content of one container on a stack that all containers share.
+class JSONWalk::Gathered {
+ public:
+  explicit Gathered(JSONWalk& walk) : stack_(walk.gathered_), first_(stack_.size()) {}
+  ~Gathered() { stack_.resize(first_); }
+  Gathered(const Gathered&) = delete;
+  Gathered& operator=(const Gathered&) = delete;
+  void add(Ref<Object> object) { stack_.push_back(std::move(object)); }
+  [[nodiscard]] std::span<Ref<Object>> all() { return std::span(stack_).subspan(first_); }
+
+ private:
+  std::vector<Ref<Object>>& stack_;
+  std::size_t first_;
+};
+
+/// One level of containers of a parsed tree. (The parser limits the depth of text.)
+class JSONWalk::Level {
+ public:
+  explicit Level(JSONWalk& walk) : walk_(walk) {
+    if (walk_.depth_ == JSONDocument::kDepthLimit && !walk_.isRefused_) {
+      walk_.decoder_.setError(Error::errorWithDomain(
+          TQJSONDecoderError, 1,
+          std::string_view("The parsed tree is cyclic, or nested deeper than 512 containers.")));
+      walk_.isRefused_ = true;
+    }
+    ++walk_.depth_;
+  }
+  ~Level() {
+    if (--walk_.depth_ == 0) walk_.isRefused_ = false;
+  }
+  Level(const Level&) = delete;
+  Level& operator=(const Level&) = delete;
+  /// Returns true from the first container that is too deep until the whole tree is left. Otherwise
+  /// a tree that contains itself several times would be walked for ever.
+  [[nodiscard]] bool isTooDeep() const noexcept { return walk_.isRefused_; }
+
+ private:
+  JSONWalk& walk_;
+};
+
+Ref<Error> invalidClassError(std::string_view className) {
+  std::string text = "Invalid object class ";
+  text.append(className).append(" found in archive");
+  return Error::errorWithDomain(TQJSONDecoderError, 0, std::string_view(text));
+}
+
+// MARK: root
+
+void JSONWalk::setRoot(JSONDocument document) {
+  root_ = std::make_shared<const JSONDocument>(std::move(document));
+}
+
+Ref<Object> JSONWalk::parsedRoot() {
+  if (const auto* tree = std::get_if<Ref<Object>>(&root_)) return *tree;
+  return builder_.objectOf((*std::get_if<Text>(&root_))->root());
+}
+
+Ref<Object> JSONWalk::decodeRoot() {
+  const auto held = root_;  // an object that is being decoded may replace the root
+  if (const Text* text = std::get_if<Text>(&held)) return decode((*text)->root());
+  const auto& tree = *std::get_if<Ref<Object>>(&held);
+  return tree ? decode(*tree) : nullptr;
+}
+
+// MARK: values
+
+Ref<Object> JSONWalk::decode(const JSONMember& member) {
+  return member.node() != nullptr ? decode(*member.node()) : decode(member.object());
+}
+
+Ref<Object> JSONWalk::decode(JSONNode node) {
+  if (node.kind() == JSONNode::Kind::object) {
+    const Entered entered(*this, node);
+    return decodeEntered();
+  }
+  if (node.kind() != JSONNode::Kind::array) return JSONObjectBuilder::scalarOf(node);
+  if (Ref<Array> numbers = JSONObjectBuilder::numbersOf(node)) return numbers;
+  Gathered elements(*this);
+  for (JSONNode element = node.first(); !(element == node.end()); element = element.next()) {
+    if (Ref<Object> object = decode(element)) elements.add(std::move(object));
+  }
+  return JSONObjectBuilder::arrayOf(elements.all());
+}
+
+Ref<Object> JSONWalk::decode(const Object& parsed) {
+  switch (parsed.kind()) {
+    case ObjectKind::dictionary:
+      return decode(static_cast<const Dictionary&>(parsed));
+    case ObjectKind::array:
+      return decode(static_cast<const Array&>(parsed));
+    default:
+      return Ref<Object>(const_cast<Object*>(&parsed));
+  }
+}
+
+Ref<Object> JSONWalk::decode(const Dictionary& parsed) {
+  const Level level(*this);
+  if (level.isTooDeep()) return nullptr;
+  const Entered entered(*this, parsed);
+  return decodeEntered();
+}
+
+Ref<Array> JSONWalk::decode(const Array& parsed) {
+  const Level level(*this);
+  if (level.isTooDeep()) return nullptr;
+  if (parsed.isPacked()) return Ref<Array>(const_cast<Array*>(&parsed));
+  Gathered elements(*this);
+  for (const Object& element : parsed) {
+    if (Ref<Object> object = decode(element)) elements.add(std::move(object));
+  }
+  return JSONObjectBuilder::arrayOf(elements.all());
+}
+
+// MARK: the current object
+
+/// Decodes the object that was entered last. The reserved keys are looked up in a fixed order; the
+/// first one present decides.
+Ref<Object> JSONWalk::decodeEntered() {
+  const auto* frame = std::get_if<TextFrame>(&frames_.back());
+  if (frame != nullptr && !frame->shape->isMarked()) return decodeMembers();
+  if (const auto archive = find(TQJSONRawNSArchiveKey)) return decodeArchive(*archive);
+  if (const auto name = find(TQJSONClassKey)) return decodeStructured(name->text());
+  if (const auto data = find(TQJSONRawDataKey)) {
+    const auto text = data->text();
+    return text ? dataFromBase64(*text) : nullptr;
+  }
+  return decodeMembers();
+}
+
+Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
+  const auto text = archive.text();
+  const Ref<Data> bytes = text ? dataFromBase64(*text) : nullptr;
+  if (!bytes) return nullptr;
+  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes());
+  if (!object) return nullptr;
+  const std::string_view name = object->objectClass().codingName();
+  return decoder_.classFromClassName(name) != nullptr ? object : nullptr;
+}
+
+Ref<Object> JSONWalk::decodeStructured(std::optional<std::string_view> className) {
+  const Class* named = className ? decoder_.classFromClassName(*className) : nullptr;
+  if (named == nullptr) return nullptr;
+  auto construct = named->json().initWithJSONDecoder;
+  if (construct == nullptr) construct = jsonFormOf(*named).initWithJSONDecoder;
+  if (construct == nullptr) {
+    decoder_.setError(invalidClassError(*className));
+    return currentObject();
+  }
+  // "_class" is the first member; the object's own members follow.
+  if (auto* frame = std::get_if<TextFrame>(&frames_.back())) frame->hint = 1;
+  return construct(decoder_);
+}
+
+Ref<Dictionary> JSONWalk::decodeMembers() {
+  if (frames_.empty()) return Dictionary::dictionary();
+  const std::size_t index = frames_.size() - 1;
+  const auto frame = [&] { return std::get_if<TextFrame>(&frames_[index]); };  // frames_ grows
+  if (frame() == nullptr) return decodeMembersOfTree(**std::get_if<TreeFrame>(&frames_[index]));
+  const Ref<JSONShape> shape = frame()->shape;
+  const std::size_t count = shape->distinctKeys()->count();
+  Gathered values(*this);
+  for (std::size_t i = 0; i < count; ++i) {
+    values.add(decode(memberAt(*frame(), shape->memberOfDistinctKey(i))));
+  }
+  return JSONObjectBuilder::dictionaryOf(*shape, values.all());
+}
+
+/// The keys of a tree may be any objects.
+Ref<Dictionary> JSONWalk::decodeMembersOfTree(const Dictionary& parsed) {
+  std::vector<std::pair<Ref<Object>, Ref<Object>>> entries;
+  for (const Dictionary::Entry entry : parsed) {
+    Ref<Object> object = decode(entry.value);
+    if (object) entries.emplace_back(share(entry.key), std::move(object));
+  }
+  return Dictionary::dictionaryWithEntries(entries);
+}
+
+Ref<Dictionary> JSONWalk::currentObject() {
+  if (frames_.empty()) return nullptr;
+  if (const auto* frame = std::get_if<TextFrame>(&frames_.back())) {
+    return refCast<Dictionary>(builder_.objectOf(frame->object));
+  }
+  return Ref<Dictionary>(const_cast<Dictionary*>(*std::get_if<TreeFrame>(&frames_.back())));
+}
+
+}  // namespace tq::detail
