@@ -151,6 +151,7 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
+#include <TQFoundation/serialisation/TQJSONFormat.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
 #include <TQFoundation/spatial/BreakpointTable.h>
 #include <TQFoundation/spatial/Collectable.h>

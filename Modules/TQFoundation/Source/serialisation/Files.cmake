@@ -9,6 +9,7 @@ tq_room(serialisation
   TQJSONDecoder.cpp TQJSONDecoder.h
   TQJSONEncoder.cpp TQJSONEncoder.h
   TQJSONFileEncoder.cpp TQJSONFileEncoder.h
+  TQJSONFormat.cpp TQJSONFormat.h
   TQJSONURLEncoder.cpp TQJSONURLEncoder.h
   detail/JSONValueForms.h
   detail/JSONWalk.h)

@@ -1,14 +1,102 @@
 #include <TQFoundation/serialisation/detail/JSONValueForms.h>
 
+#include <algorithm>
+#include <span>
+#include <string>
+
+#include <TQFoundation/base/NumberText.h>
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Value.h>
+#include <TQFoundation/platform/archive/KeyedArchiver.h>
+#include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 
 namespace tq::detail {
 namespace {
 
-Ref<Object> decodeDictionary(TQJSONDecoder& decoder) { return decoder.decodeMembers(); }
+/// Writes `{"key":"base64"}`.
+void encodeBase64Record(std::string_view key, std::span<const std::byte> bytes,
+                        TQJSONEncoder& encoder) {
+  constexpr std::size_t kChunk = std::size_t{3} * 4096;  // a multiple of 3 needs no padding
+  encoder.write("{\"");
+  encoder.write(key);
+  encoder.write("\":\"");
+  std::string text;
+  while (!bytes.empty()) {
+    const auto chunk = bytes.first(std::min(kChunk, bytes.size()));
+    bytes = bytes.subspan(chunk.size());
+    text = base64FromBytes(chunk);
+    for (std::string_view rest = text; !rest.empty();) {
+      const std::size_t slash = std::min(rest.find('/'), rest.size());
+      encoder.write(rest.substr(0, slash));
+      if (slash != rest.size()) encoder.write("\\/");
+      rest.remove_prefix(std::min(slash + 1, rest.size()));
+    }
+  }
+  encoder.write("\"}");
+}
+
+// MARK: strings, numbers, null
+
+void encodeAtomOrArchive(const Object& object, TQJSONEncoder& encoder) {
+  if (!encodeAtom(object, encoder)) encodeKeyedArchive(object, encoder);
+}
+
+/// An ill-formed string is written as a keyed archive, which is not a valid key. The error discards
+/// the text.
+void encodeStringKey(const Object& object, TQJSONEncoder& encoder) {
+  encoder.encodeObject(object);
+  if (!static_cast<const String&>(object).isWellFormed()) refuseAsKey(object, encoder);
+}
+
+void encodeNumberKey(const Object& object, TQJSONEncoder& encoder) {
+  encoder.encodeText(static_cast<const Number&>(object).value().text());
+}
+
+// MARK: data
+
+void encodeData(const Object& object, TQJSONEncoder& encoder) {
+  encodeBase64Record(TQJSONRawDataKey, static_cast<const Data&>(object).bytes(), encoder);
+}
+
+// MARK: boxed values
+
+/// Writes `{<class record>,"type":"<type>","value":"{a, b…}"}`.
+void encodeBoxedNumbers(const Value& value, std::string_view type, std::span<const double> numbers,
+                        TQJSONEncoder& encoder) {
+  startEncodingObject(value, encoder);
+  encoder.write(",\"type\":\"");
+  encoder.write(type);
+  encoder.write("\",\"value\":\"");
+  std::string_view separator = "{";
+  for (const double number : numbers) {
+    char text[kNumberTextCapacity];
+    const char* end = writeDouble16(text, TQJSONClampedDouble(number));
+    encoder.write(separator);
+    encoder.write({text, end});
+    separator = ", ";
+  }
+  encoder.write("}\"");
+  finishEncodingObject(value, encoder);
+}
+
+void encodeBoxedValue(const Object& object, TQJSONEncoder& encoder) {
+  const auto& value = static_cast<const Value&>(object);
+  if (const auto point = value.pointValue()) {
+    encodeBoxedNumbers(value, "point", {{point->x, point->y}}, encoder);
+  } else if (const auto size = value.sizeValue()) {
+    encodeBoxedNumbers(value, "size", {{size->width, size->height}}, encoder);
+  } else if (const auto rect = value.rectValue()) {
+    const double fields[] = {rect->origin.x, rect->origin.y, rect->size.width, rect->size.height};
+    encodeBoxedNumbers(value, "rect", fields, encoder);
+  } else {
+    encodeKeyedArchive(value, encoder);
+  }
+}
 
 Ref<Object> decodeBoxedValue(TQJSONDecoder& decoder) {
   const Ref<String> type = refCast<String>(decoder.decodeObjectForKey("type"));
@@ -19,23 +107,106 @@ Ref<Object> decodeBoxedValue(TQJSONDecoder& decoder) {
   return Value::valueWithBytes({}, {});
 }
 
-constexpr struct {
+// MARK: arrays
+
+void startArray(const Object&, TQJSONEncoder& encoder) { encoder.write("["); }
+void finishArray(const Object&, TQJSONEncoder& encoder) { encoder.write("]"); }
+
+void encodeArray(const Object& object, TQJSONEncoder& encoder) {
+  const auto& array = static_cast<const Array&>(object);
+  startEncodingObject(array, encoder);
+  const std::size_t count = array.count();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i != 0) encoder.write(",");
+    if (array.isPacked()) {
+      encoder.encodeNumber(array.numberAtIndex(i));
+    } else {
+      encoder.encodeObject(array.objectAtIndex(i));
+    }
+  }
+  finishEncodingObject(array, encoder);
+}
+
+// MARK: dictionaries
+
+void encodeDictionary(const Object& object, TQJSONEncoder& encoder) {
+  const auto& dictionary = static_cast<const Dictionary&>(object);
+  std::string_view separator = "{";
+  for (const Dictionary::Entry entry : dictionary) {
+    encoder.write(separator);
+    encodeAsKey(entry.key, encoder);
+    encoder.write(":");
+    encoder.encodeObject(entry.value);
+    separator = ",";
+  }
+  encoder.write(dictionary.count() == 0 ? "{}" : "}");
+}
+
+Ref<Object> decodeDictionary(TQJSONDecoder& decoder) { return decoder.decodeMembers(); }
+
+// MARK: table
+
+struct JSONValueForm {
+  ObjectKind kind;
   const Class* theClass;
-  JSONCoding form;
-} kForms[] = {
-    {&classOf<Dictionary>, {.initWithJSONDecoder = decodeDictionary}},
-    {&classOf<Value>, {.initWithJSONDecoder = decodeBoxedValue}},
+  JSONCoding steps;
 };
 
-constexpr JSONCoding kNoForm;
+constexpr JSONValueForm kForms[] = {
+    {ObjectKind::other, nullptr, {}},
+    {ObjectKind::string,
+     &classOf<String>,
+     {.encodeAsRAWArchive = encodeAtomOrArchive, .encodeAsKey = encodeStringKey}},
+    {ObjectKind::number,
+     &classOf<Number>,
+     {.encodeAsRAWArchive = encodeAtomOrArchive, .encodeAsKey = encodeNumberKey}},
+    {ObjectKind::null, &classOf<Null>, {.encodeAsRAWArchive = encodeAtomOrArchive}},
+    {ObjectKind::data, &classOf<Data>, {.encodeAsRAWArchive = encodeData}},
+    {ObjectKind::date, &classOf<Date>, {}},
+    {ObjectKind::value,
+     &classOf<Value>,
+     {.initWithJSONDecoder = decodeBoxedValue, .encodeAsRAWArchive = encodeBoxedValue}},
+    {ObjectKind::array,
+     &classOf<Array>,
+     {.startEncodingObject = startArray,
+      .finishEncodingObject = finishArray,
+      .encodeAsRAWArchive = encodeArray}},
+    {ObjectKind::dictionary,
+     &classOf<Dictionary>,
+     {.initWithJSONDecoder = decodeDictionary, .encodeAsRAWArchive = encodeDictionary}},
+};
+static_assert(std::ranges::is_sorted(kForms, {}, &JSONValueForm::kind) &&
+                  std::size(kForms) == static_cast<std::size_t>(ObjectKind::dictionary) + 1,
+              "the table is indexed by kind");
 
 }  // namespace
 
+const JSONCoding& jsonFormOf(ObjectKind kind) noexcept {
+  return kForms[static_cast<std::size_t>(kind)].steps;
+}
+
 const JSONCoding& jsonFormOf(const Class& theClass) noexcept {
-  for (const auto& [formClass, form] : kForms) {
-    if (formClass == &theClass) return form;
+  for (const JSONValueForm& form : kForms) {
+    if (form.theClass == &theClass) return form.steps;
   }
-  return kNoForm;
+  return kForms[0].steps;
+}
+
+void encodeKeyedArchive(const Object& object, TQJSONEncoder& encoder) {
+  if (!KeyedArchiver::supportsKeyedCoding(object)) {
+    encoder.setError(
+        TQJSONEncoderError, 1,
+        "Error - can't encode object of class " + std::string(object.objectClass().name()));
+    return;
+  }
+  const Ref<Data> archive = KeyedArchiver::archivedDataWithRootObject(object);
+  encodeBase64Record(TQJSONRawNSArchiveKey, archive->bytes(), encoder);
+}
+
+void refuseAsKey(const Object& object, TQJSONEncoder& encoder) {
+  encoder.setError(TQJSONEncoderError, 2,
+                   "Don't know how to encode objects of class " +
+                       std::string(object.objectClass().name()) + " as keys");
 }
 
 }  // namespace tq::detail

@@ -12,7 +12,7 @@ TQJSONDataEncoder::TQJSONDataEncoder(Ref<MutableData> data) : data_(std::move(da
   if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
 }
 
-/// Takes what was written into the buffer again, however the encoding ends.
+/// Commits the written text to the buffer, also when an exception ends the encoding.
 class TQJSONDataEncoder::Window {
  public:
   explicit Window(TQJSONDataEncoder& encoder) : encoder_(encoder) { encoder_.openWindow(0); }
@@ -24,7 +24,7 @@ class TQJSONDataEncoder::Window {
   TQJSONDataEncoder& encoder_;
 };
 
-// One that is open, in an encoding around this one, is closed with what was written into it.
+// An open window belongs to an enclosing encoding. Its text is committed first.
 void TQJSONDataEncoder::openWindow(std::size_t room) {
   closeWindow();
   const std::span<std::byte> spare = data_->spareRoom(room);

@@ -12,12 +12,13 @@
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
 #include <TQFoundation/serialisation/detail/JSONEscape.h>
+#include <TQFoundation/serialisation/detail/JSONValueForms.h>
 
 namespace tq {
 namespace {
 
 constexpr std::string_view kUncheckedText =
-    "The archive is not well-formed UTF-8: a string that is not was written without a check.";
+    "The archive is not well-formed UTF-8: an ill-formed string was written without a check.";
 
 /// Aliases by coding class.
 std::map<const Class*, std::string>& TQJSONEncoderClassMap() {
@@ -25,7 +26,7 @@ std::map<const Class*, std::string>& TQJSONEncoderClassMap() {
   return map;
 }
 
-/// One container deeper, for as long as it lives.
+/// One level of nested containers during its lifetime.
 class Level {
  public:
   explicit Level(int& depth) : depth_(depth) {
@@ -53,7 +54,7 @@ char* writeClamped17(char* to, double value) noexcept {
   return writeDouble17(to, TQJSONClampedDouble(value));
 }
 
-/// "{a, b}"
+/// Writes "{a, b}".
 char* writePair17(char* to, double a, double b) noexcept {
   *to++ = '{';
   to = copyText(writeClamped17(to, a), ", ");
@@ -69,7 +70,7 @@ bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
     try {
       encodeObject(object);
     } catch (const abi::__forced_unwind&) {
-      throw;  // the thread is being cancelled
+      throw;  // thread cancellation
     } catch (const std::exception& exception) {
       setError(TQJSONEncoderError, 0, exception.what());
     } catch (...) {
@@ -91,7 +92,7 @@ void TQJSONEncoder::setError(std::string_view domain, std::int64_t code,
 
 void TQJSONEncoder::writeData(const void*, std::size_t) {}
 
-/// Lets `write` put up to `capacity` characters into the window, or else into a scratch area.
+/// Calls `write` to write up to `capacity` characters, into the window or, if too small, a buffer.
 template <std::size_t capacity, class Write>
 void TQJSONEncoder::writeShort(Write&& write) {
   if (static_cast<std::size_t>(windowEnd_ - cursor_) >= capacity) {
@@ -107,41 +108,20 @@ void TQJSONEncoder::writeShort(Write&& write) {
 
 void TQJSONEncoder::encodeObject(LentObject lent) {
   const Object* object = lent.get();
-  if (object == nullptr) return;
-  if (encodeAtom(*object)) return;
+  if (object == nullptr || detail::encodeAtom(*object, *this)) return;
   Ref<Object> replacement;
   if (const auto replace = object->objectClass().json().replacementObject) {
     replacement = replace(*object, *this);
-    if (replacement && encodeAtom(*replacement)) return;
+    if (replacement && detail::encodeAtom(*replacement, *this)) return;
+    if (replacement) object = replacement.get();
   }
-  const Object& encoded = replacement ? *replacement : *object;
   const Level level(depth_);
-  if (const auto encodeAsJSON = encoded.objectClass().json().encodeAsJSON) {
-    startEncodingObject(encoded, *this);
-    encodeAsJSON(encoded, *this);
-    finishEncodingObject(encoded, *this);
+  if (const auto encodeAsJSON = object->objectClass().json().encodeAsJSON) {
+    startEncodingObject(*object, *this);
+    encodeAsJSON(*object, *this);
+    finishEncodingObject(*object, *this);
   } else {
-    encodeAsRAWArchive(encoded, *this);
-  }
-}
-
-/// A value without a container, if it is one.
-bool TQJSONEncoder::encodeAtom(const Object& object) {
-  switch (object.kind()) {
-    case ObjectKind::string: {
-      const auto& string = static_cast<const String&>(object);
-      if (!string.isWellFormed()) return false;
-      encodeText(string.view());
-      return true;
-    }
-    case ObjectKind::number:
-      encodeNumber(static_cast<const Number&>(object).value());
-      return true;
-    case ObjectKind::null:
-      write("null");
-      return true;
-    default:
-      return false;
+    encodeAsRAWArchive(*object, *this);
   }
 }
 
@@ -264,7 +244,7 @@ void TQJSONEncoder::setAliasName(std::string_view name, const Class& forClass) {
   TQJSONEncoderClassMap().insert_or_assign(&forClass.classForCoder(), std::string(name));
 }
 
-// Objects of one class come in runs, so the last answer is often the next.
+// Objects of one class often follow each other, so the last result is cached.
 std::string_view TQJSONEncoder::archiveNameOf(const Class& codingClass) {
   if (namedClass_ != &codingClass) {
     const auto& aliases = TQJSONEncoderClassMap();

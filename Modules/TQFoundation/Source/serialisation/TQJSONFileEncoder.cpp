@@ -22,16 +22,16 @@ TQJSONFileEncoder::TQJSONFileEncoder(Ref<FileHandle> file)
   lendWindow(buffer_.get(), buffer_.get() + kBufferSize);
 }
 
-// Called for text that does not fit the rest of the buffer, and by whoever writes bytes of his own.
+// Called for text that does not fit the rest of the buffer, and by users for their own bytes.
 void TQJSONFileEncoder::writeData(const void* bytes, std::size_t length) {
   if (!buffer_) return;
   const char* from = static_cast<const char*>(bytes);
   for (;;) {
     const auto room = static_cast<std::size_t>(windowEnd() - windowCursor());
     const std::size_t fitting = std::min(length, room);
-    std::char_traits<char>::copy(windowCursor(), from, fitting);  // takes null for nothing
+    std::char_traits<char>::copy(windowCursor(), from, fitting);  // null is allowed if empty
     lendWindow(windowCursor() + fitting, windowEnd());
-    if (fitting == length) return;  // a buffer that is just full waits for the next byte
+    if (fitting == length) return;  // a full buffer is written when the next byte comes
     writeOut(kBufferSize);
     lendWindow(buffer_.get(), windowEnd());
     from += fitting;
@@ -56,7 +56,7 @@ bool TQJSONFileEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   try {
     finishWriting();
   } catch (const abi::__forced_unwind&) {
-    throw;  // the thread is being cancelled
+    throw;  // thread cancellation
   } catch (const std::exception& exception) {
     setError(TQJSONFileEncoderError, 1, exception.what());
   } catch (...) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQJSONFileEncoder.h
-/// The sink that writes to an open file.
+/// Writes JSON archives to open files.
 
 #include <cstddef>
 #include <memory>
@@ -12,39 +12,40 @@
 
 namespace tq {
 
-/// Gathers the archive in a fixed buffer of 4096 bytes and writes the buffer when the next byte
-/// would not fit, with one system call each time and one more at the end. A write that takes fewer
-/// bytes than it was given is not tried again: it is the error "Archive write failed" with the
-/// system's error number (0 after a short write), and writing goes on. A failed encoding leaves a
-/// partly written file. The file stays open.
+/// Collects the archive in a buffer of 4096 bytes. The buffer is written with one system call when
+/// the next byte does not fit, and once more at the end. A write of fewer bytes than the buffer
+/// holds is not retried: it is the error "Archive write failed" with the system's error number (0
+/// after a short write), and writing goes on. A failed encoding leaves a partly written file. The
+/// file stays open.
 class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEncoder> {
  public:
   static constexpr std::string_view className = "TQJSONFileEncoder";
-  /// Bytes that are collected before they are written.
+  /// The size of the buffer in bytes.
   static constexpr std::size_t kBufferSize = 4096;
 
-  /// Writes from the file's current place on.
+  /// Returns an encoder that writes at the file's current position.
   [[nodiscard]] static Ref<TQJSONFileEncoder> initWithFile(Ref<FileHandle> file);
   explicit TQJSONFileEncoder(Ref<FileHandle> file);
 
-  /// The file; to be set before anything is encoded.
+  /// The file. Must be set before anything is encoded.
   [[nodiscard]] const Ref<FileHandle>& output() const noexcept { return output_; }
   void setOutput(Ref<FileHandle> output) noexcept { output_ = std::move(output); }
 
-  /// Writes what the buffer holds, with one system call. The buffer is left as it is: called again,
-  /// it writes the same bytes again.
+  /// Writes the content of the buffer with one system call. The buffer is not emptied: a second
+  /// call writes the same bytes again.
   void finishWriting();
 
-  /// As every encoder does, then finishWriting(), whether or not it succeeded.
+  /// Writes an archive and calls finishWriting(), whether or not the encoding succeeded.
   bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr) override;
-  /// Adds to the buffer, which is written whenever it is full.
+  /// Appends to the buffer.
   void writeData(const void* bytes, std::size_t length) final;
 
  private:
   void writeOut(std::size_t count);
 
   Ref<FileHandle> output_;
-  std::unique_ptr<char[]> buffer_;  // also the encoder's window; its cursor is how far it is full
+  std::unique_ptr<char[]>
+      buffer_;  // also the encoder's window; the cursor is the end of its content
 };
 
 }  // namespace tq

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQJSONURLEncoder.h
-/// The sink that writes to a location.
+/// Writes JSON archives to existing files by location.
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/URL.h>
@@ -9,15 +9,15 @@
 
 namespace tq {
 
-/// Opens an existing file and writes the archive over it from its start: the file is neither made
-/// nor cut, so the tail of a longer one stays behind the archive. A location that cannot be opened
-/// is the encoder's error from the start, and nothing is encoded. Closes the file when it is
-/// destroyed.
+/// Opens an existing file and writes the archive over it from its start. The file is neither
+/// created nor truncated: if it was longer, its end remains behind the archive. If the file cannot
+/// be opened, the encoder has that error from the start and encodes nothing. The destructor closes
+/// the file.
 class TQ_EXPORT TQJSONURLEncoder final : public Subclass<TQJSONURLEncoder, TQJSONFileEncoder> {
  public:
   static constexpr std::string_view className = "TQJSONURLEncoder";
 
-  /// Opens the existing file at `url`, to be written over from its start.
+  /// Opens the existing file at `url` for writing.
   [[nodiscard]] static Ref<TQJSONURLEncoder> initWithURL(const URL& url);
   explicit TQJSONURLEncoder(const URL& url);
   ~TQJSONURLEncoder() override;

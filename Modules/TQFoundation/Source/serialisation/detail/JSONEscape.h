@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file JSONEscape.h
-/// Strings as JSON writes them.
+/// Escapes strings for JSON.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,11 +10,11 @@
 
 namespace tq::detail {
 
-/// The most bytes that escaping makes of one.
+/// The maximum length of the escape of one byte.
 inline constexpr std::size_t kLongestEscape = 6;
 
-/// What stands for an escaped byte: the character behind the backslash, 'u' for a \u00 escape, 0
-/// for a byte that stands for itself.
+/// Returns the character behind the backslash in the escape of `byte`: 'u' for a \u00 escape, 0 if
+/// the byte needs no escape.
 constexpr char jsonEscape(unsigned char byte) noexcept {
   switch (byte) {
     case '"':
@@ -36,8 +36,8 @@ constexpr char jsonEscape(unsigned char byte) noexcept {
   }
 }
 
-/// True when one of eight bytes needs an escape. A byte behind one that does may be taken for one,
-/// too.
+/// Returns whether one of eight bytes needs an escape. Exact as a whole, although the borrow of the
+/// subtraction can mark bytes behind one that needs an escape.
 constexpr bool needsEscape(std::uint64_t eightBytes) noexcept {
   constexpr std::uint64_t kOnes = 0x0101010101010101u;
   constexpr std::uint64_t kHighs = 0x8080808080808080u;
@@ -47,7 +47,7 @@ constexpr bool needsEscape(std::uint64_t eightBytes) noexcept {
           zero(eightBytes ^ (kOnes * '/'))) != 0;
 }
 
-/// How many bytes at the start of `text` stand for themselves.
+/// Returns the number of bytes at the start of `text` that need no escape.
 inline std::size_t unescapedPrefix(std::string_view text) noexcept {
   std::size_t i = 0;
   for (; i + 8 <= text.size(); i += 8) {
@@ -59,8 +59,8 @@ inline std::size_t unescapedPrefix(std::string_view text) noexcept {
   return i;
 }
 
-/// Copies `text`, when all of it stands for itself. @return false,
-/// with whatever copied, when an escape is needed
+/// Copies `text` if it needs no escape.
+/// @return false if it does; `to` then holds arbitrary bytes
 inline bool copyUnescaped(char* to, std::string_view text) noexcept {
   const auto copyWord = [&](std::size_t at) {
     std::uint64_t word;
@@ -82,7 +82,7 @@ inline bool copyUnescaped(char* to, std::string_view text) noexcept {
   return true;
 }
 
-/// Writes the escape of `byte`, which needs one. @return its end
+/// Writes the escape of `byte`, which must need one. Returns its end.
 inline char* writeEscape(char* to, unsigned char byte) noexcept {
   const char escape = jsonEscape(byte);
   *to++ = '\\';
