@@ -25,7 +25,7 @@ constexpr std::size_t kOldLengthOffset = 4;
 constexpr const char* kCannotCompress =
     "The data could not be compressed to a gzip file because it would not become smaller.";
 
-/// None for what stores or is unknown.
+/// Returns null for stored bytes and unknown algorithms.
 const Codec* codecFor(TQCompressionAlgorithm algorithm) noexcept {
   switch (algorithm) {
     case TQCompressionAlgorithm::lz4:
@@ -58,7 +58,7 @@ Integer littleEndianAt(std::span<const std::byte> bytes, std::size_t offset) noe
   return value;
 }
 
-/// Whether a stream of `payloadSize` bytes can stand for so many plain ones at all.
+/// Returns whether a stream of `payloadSize` bytes can expand to `uncompressedSize` bytes.
 bool isWithinReach(std::uint64_t uncompressedSize, std::size_t payloadSize, const Codec& codec) {
   return uncompressedSize / codec.largestExpansion <= payloadSize;
 }

@@ -1,19 +1,19 @@
 #pragma once
 
 /// @file TQCompression.h
-/// A small self-describing container for compressed bytes; for deflate it is a gzip file.
+/// Compresses bytes into a self-describing container, which for deflate is a gzip file.
 ///
-/// All integers are little-endian, N is the length of the plain bytes:
+/// All integers are little-endian. N is the number of plain bytes.
 ///
 ///     0       8  deflate: 1F 8B 08 00 00 00 00 00; otherwise the algorithm (32 bits), 00 00 00 00
 ///     8       2  00 03
-///     10      M  the compressed stream, or the plain bytes themselves when it would be longer
+///     10      M  the compressed stream, or the plain bytes if the stream would be longer
 ///     10 + M  4  CRC-32 of the plain bytes
-///     14 + M  4  N, its low 32 bits
+///     14 + M  4  the low 32 bits of N
 ///
-/// Every function may be called on any thread. Bytes that are only looked at are borrowed for the
-/// call. What is read may come from anywhere: lengths are believed only as far as the payload could
-/// unpack to them, and no more memory is touched than is really produced.
+/// Every function may be called on any thread. Arguments are borrowed for the call. Containers may
+/// come from untrusted sources: a length is accepted only if the payload can expand to it, and only
+/// memory that receives plain bytes is touched.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,8 +26,8 @@
 
 namespace tq {
 
-/// Identifiers as they stand in a container. Any 32-bit value may be asked for; only these name an
-/// algorithm.
+/// The identifiers of algorithms in containers. Functions accept any 32-bit value; only these name
+/// an algorithm.
 enum class TQCompressionAlgorithm : std::uint32_t {
   stored = 0,
   lz4 = 256,
@@ -37,27 +37,29 @@ enum class TQCompressionAlgorithm : std::uint32_t {
   lzfse = 2049,
 };
 
-/// The container of `bytes`: at most 18 bytes longer than they are. They are stored as they are
-/// when the algorithm does not make them shorter or equal, or is none of those above. Plains beyond
-/// 4 GiB are written, but only stored ones can be read back: the container keeps 32 bits of N.
+/// Returns the container of `bytes`, at most 18 bytes longer than they are. The bytes are stored
+/// unchanged if the stream would be longer or the algorithm is unknown. More than 4 GiB can be
+/// written, but can be read back only if they were stored: the container keeps 32 bits of N.
 ///
-/// Cost:   one block of N + 18 bytes, cut to the result; the codec's state while it runs (LZMA: 93
-///         MiB, the others less than 2 MiB).
-/// @return none when there is no memory for that block
+/// Cost:   one block of N + 18 bytes, truncated to the result; the codec's state while it runs
+///         (LZMA: 93 MiB, the others less than 2 MiB).
+/// @return null if the block cannot be allocated
 [[nodiscard]] TQ_EXPORT Ref<Data> dataByCompressingWithAlgorithm_tq(
     std::span<const std::byte> bytes, TQCompressionAlgorithm algorithm);
 [[nodiscard]] TQ_EXPORT Ref<Data> dataByCompressingWithAlgorithm_tq(
     const Data& data, TQCompressionAlgorithm algorithm);
 
-/// Unpacks what lies between the first `headerSize` and the last `footerSize` bytes.
+/// Decompresses the bytes between the first `headerSize` and the last `footerSize` bytes.
 ///
-/// Stored bytes are returned whatever length was expected. Everything else must be a well-formed
-/// stream of exactly `uncompressedSize` plain bytes; bytes behind the stream's own end are ignored.
+/// Stored bytes are returned whatever their number. Otherwise the bytes must be a well-formed
+/// stream of exactly `uncompressedSize` plain bytes; bytes behind the end of the stream are
+/// ignored.
 ///
-/// Cost:   one block of `uncompressedSize` bytes, and that only when the payload is long enough to
-///         unpack to so many; a fixed codec state.
-/// @return none when the buffer is shorter than header and footer, the stream is damaged or of
-///         another length, the algorithm is unknown, or there is no memory
+/// Cost:   one block of `uncompressedSize` bytes, only if the payload can expand to as many; a
+/// fixed
+///         codec state.
+/// @return null if the buffer is shorter than header and footer, the stream is damaged or has
+///         another length, the algorithm is unknown, or memory cannot be allocated
 [[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressingWithAlgorithm(std::span<const std::byte> bytes,
                                                                    TQCompressionAlgorithm algorithm,
                                                                    std::size_t headerSize,
@@ -69,35 +71,35 @@ enum class TQCompressionAlgorithm : std::uint32_t {
                                                                    std::size_t footerSize,
                                                                    std::uint64_t uncompressedSize);
 
-/// The plain bytes of a container; none when it is not one or is damaged. The CRC is not checked:
-/// damage that leaves a well-formed stream of the right length goes unnoticed.
+/// Returns the plain bytes of a container, or null if it is not one or is damaged. The CRC is not
+/// checked: damage that leaves a well-formed stream of the right length is not detected.
 ///
-/// An older layout is read too, for LZFSE: the algorithm (32 bits), N (64 bits), the stream.
+/// An older layout is also read, for LZFSE: the algorithm (32 bits), N (64 bits), the stream.
 [[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressing_tq(const Data& data);
 
-/// At least 18 bytes that begin with 1F 8B.
+/// Returns whether there are at least 18 bytes and they begin with 1F 8B.
 [[nodiscard]] TQ_EXPORT bool isGzipped_tq(std::span<const std::byte> bytes) noexcept;
 [[nodiscard]] TQ_EXPORT bool isGzipped_tq(const Data& data) noexcept;
 
-/// Bytes that could not be made a gzip file: they would not get shorter or equal (the shortest and
-/// random ones never do), or there was no memory.
+/// Thrown when bytes cannot be compressed to a gzip file: the stream would be longer, as for very
+/// few or random bytes, or memory cannot be allocated.
 class TQ_EXPORT gzip_tqError final : public Exception {
  public:
   gzip_tqError();
   ~gzip_tqError() override;
 };
 
-/// Domain and code of the same failure as an error object.
+/// The domain and the code of the same failure as an error.
 inline constexpr std::string_view gzip_tqErrorDomain = "com.korvan.gzip_tq";
 inline constexpr std::int64_t gzip_tqErrorCannotCompress = 1;
 
-/// A gzip file of `bytes`: their deflate container, when deflate makes them shorter or equal.
+/// Returns a gzip file of `bytes`, which is their deflate container.
 /// @throws gzip_tqError
 [[nodiscard]] TQ_EXPORT Ref<Data> gzipped_tq(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<Data> gzipped_tq(const Data& data);
 
-/// The same; none, and an error in gzip_tqErrorDomain, instead of an exception.
+/// Does the same, but returns null and an error in gzip_tqErrorDomain instead of throwing.
 [[nodiscard]] TQ_EXPORT Ref<Data> gzipped_tqAndReturnError(std::span<const std::byte> bytes,
                                                            Ref<Error>* error);
 [[nodiscard]] TQ_EXPORT Ref<Data> gzipped_tqAndReturnError(const Data& data, Ref<Error>* error);

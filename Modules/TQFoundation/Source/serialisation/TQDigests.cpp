@@ -9,7 +9,7 @@
 namespace tq {
 namespace {
 
-/// Both names as callers of the archived interface know them.
+/// The names are those of the former interface.
 void warnOfOldName(std::string_view used, std::string_view instead) {
   std::string line = "WARNING: `";
   line.append(used).append(

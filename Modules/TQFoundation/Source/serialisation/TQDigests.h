@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQDigests.h
-/// SHA-1 of byte buffers. Any thread.
+/// SHA-1 digests. Any thread.
 
 #include <cstddef>
 #include <span>
@@ -12,21 +12,20 @@
 
 namespace tq {
 
-/// The digest, 20 bytes; none only where the system forbids SHA-1.
+/// Returns the digest, 20 bytes; null only if the system forbids SHA-1.
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1Data_tq(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1Data_tq(const Data& data);
 
-/// The digest as 40 lower-case hexadecimal digits; the empty string when there is no digest.
+/// Returns the digest as 40 lower-case hexadecimal digits; an empty string if there is no digest.
 [[nodiscard]] TQ_EXPORT Ref<String> sha1String_tq(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<String> sha1String_tq(const Data& data);
 
-/// Older name of sha1Data_tq(); every call first logs a warning at error level,
-/// to the channel “digests” of com.korvan.serialisation.
+/// The older name of sha1Data_tq(). Each call first logs a warning at error level to the channel
+/// “digests” of com.korvan.serialisation.
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1(const Data& data);
 
-/// Older name of sha1String_tq(); every call first logs a warning at error level,
-/// to the channel “digests” of com.korvan.serialisation.
+/// The older name of sha1String_tq(). Each call logs a warning likewise.
 [[nodiscard]] TQ_EXPORT Ref<String> sha1AsString(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<String> sha1AsString(const Data& data);
 

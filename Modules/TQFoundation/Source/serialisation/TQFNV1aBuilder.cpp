@@ -8,8 +8,8 @@ namespace tq {
 //
 //   state * prime = state * 315 + (low half << 24) in the high half
 //
-// and only one product needs its upper word. The low half, on which the next byte waits, is one
-// short multiplication away.
+// and only one product needs its upper word. The low half, which the next byte depends on, takes
+// one short multiplication.
 void TQFNV1aBuilder::addData(std::span<const std::byte> bytes) noexcept {
   __extension__ using Wide = unsigned __int128;
   constexpr std::uint64_t kFactor = 315;

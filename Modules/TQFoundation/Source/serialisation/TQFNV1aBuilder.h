@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file TQFNV1aBuilder.h
-/// A 128-bit checksum that is built up piece by piece.
+/// Incremental FNV-1a checksums of 128 bits.
 
 #include <cstddef>
 #include <cstdint>
@@ -13,8 +13,9 @@
 
 namespace tq {
 
-/// FNV-1a with 128 bits: tells versions of the same thing apart, not forgeries. Only the sequence
-/// of bytes counts, not how it was cut into calls. A value: a copy goes on from the same state.
+/// Computes FNV-1a with 128 bits. Suitable to distinguish versions of the same data, not to detect
+/// forgeries. The checksum depends on the sequence of bytes, not on how calls divide it. A copy
+/// continues from the same state.
 /// Threads: one at a time.
 ///
 /// Source: Fowler, Noll, Vo and Eastlake, The FNV Non-Cryptographic Hash Algorithm (IETF draft).
@@ -22,22 +23,22 @@ class TQ_EXPORT TQFNV1aBuilder {
  public:
   TQFNV1aBuilder() noexcept = default;
 
-  /// Goes on with these bytes: pieces give the digest of the whole.
+  /// Appends the bytes.
   void addData(std::span<const std::byte> bytes) noexcept;
   void addData(const Data& data) noexcept { addData(data.bytes()); }
-  /// Nothing changes for none.
+  /// Null changes nothing.
   void addData(const Data* data) noexcept;
 
-  /// The text's UTF-8 bytes. A string with unpaired surrogates has none and changes nothing.
+  /// Appends the string's UTF-8 bytes. A string with unpaired surrogates changes nothing.
   void addString(const String& string) noexcept;
-  /// Nothing changes for none.
+  /// Null changes nothing.
   void addString(const String* string) noexcept;
 
-  /// 32 upper-case hexadecimal digits, most significant first.
+  /// Returns 32 upper-case hexadecimal digits, most significant first.
   [[nodiscard]] Ref<String> checksum() const;
 
  private:
-  // The offset basis.
+  // Initially the offset basis.
   std::uint64_t high_ = 0x6c62272e07bb0142;
   std::uint64_t low_ = 0x62b821756295c58d;
 };

@@ -56,7 +56,8 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///           with a partial result. An object of an unknown or banned class decodes to null without
 ///           an error, and is left out of arrays and dictionaries.
 /// Depth:    containers may nest TQJSONEncoder::kDepthLimit deep, in text and in parsed trees.
-/// Memory:   while parsing at most 16 bytes for each byte of text, then about 10.
+/// Memory:   the flat form takes at most 16 bytes for each byte of text while parsing, then about
+///           10.
 /// Threads:  one at a time. Decoders on different threads are independent.
 class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
  public:
