@@ -2,15 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 #include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/UTF.h>
+#include <TQFoundation/platform/json/JSONText.h>
 
 namespace tq {
 namespace {
 
 std::optional<JSONDocument> parsed(std::string_view text, Ref<Error>* error = nullptr) {
   return JSONDocument::parse(std::as_bytes(std::span(text)), 0, error);
+}
+
+std::string nested(std::string text, int depth, const char* close = "]") {
+  for (int i = 0; i < depth; ++i) text = "[" + text + close;
+  return text;
 }
 
 /// The tree as text, numbers with the letter of their kind.
@@ -25,121 +33,101 @@ std::string outline(JSONNode node) {
 }
 
 TEST(JSONDocument, ReadsTheGrammar) {
-  const struct {
-    std::string text;
-    std::string outline;
-  } cases[] = {
+  const std::pair<std::string, std::string> cases[] = {
       {" \t\r\nnull \n", "null"},
       {"\xEF\xBB\xBFtrue", "c1"},
-      {R"("")", "''"},
-      {R"("\"\\\/\b\f\n\r\t\u00e9\u00E9\uD83D\uDE00")", "'\"\\/\b\f\n\r\téé\U0001F600'"},
-      {R"("\u0000")", std::string("'\0'", 3)},
-      {"\"\x7F\u2028\"", "'\x7F\u2028'"},
-      {"[]", "[]"},
-      {"[ 1 , [ ] , { } ]", "[q1 [] {} ]"},
-      {R"({"a":1,"b":[true,null],"a":{"c":"x"}})", "{'a' q1 'b' [c1 null ] 'a' {'c' 'x' } }"},
-      {"-0", "q0"},
-      {"-0.0", "d-0"},
-      {"9223372036854775808", "Q9223372036854775808"},
-      {"18446744073709551615", "Q18446744073709551615"},
+      {R"(["\"\\\/\b\f\n\r\t\u00e9\u00E9\uD83D\uDE00",""])", "['\"\\/\b\f\n\r\téé\U0001F600' '' ]"},
+      {"\"\\u0000\x7F\u2028\"", std::string("'\0\x7F\u2028'", 7)},
+      {R"({"a":1,"b":[true,null, [ ] , { }],"a":{"c":"x"}})",
+       "{'a' q1 'b' [c1 null [] {} ] 'a' {'c' 'x' } }"},
+      {"[-0,-0.0,9223372036854775808,18446744073709551615,1e2,1E-2,1e-400]",
+       "[q0 d-0 Q9223372036854775808 Q18446744073709551615 d100 d0.01 d0 ]"},
+      {"[0.1000000000000000055511151231257827021181583404541015625,1.7976931348623157e308,"
+       "2.4703282292062328e-324]",
+       "[d0.1 d1.797693134862316e+308 d4.940656458412465e-324 ]"},
       {"18446744073709551616", "d1.844674407370955e+19"},
-      {"-9223372036854775809", "d-9.223372036854776e+18"},
-      {R"(["1\"99999999999999999999",-123456789012345678901234567890,{"a":1}])",
-       "['1\"99999999999999999999' d-1.234567890123457e+29 {'a' q1 } ]"},
-      {"1e2", "d100"},
-      {"1E-2", "d0.01"},
-      {"0.1000000000000000055511151231257827021181583404541015625", "d0.1"},
-      {"1.7976931348623157e308", "d1.797693134862316e+308"},
-      {"1e-400", "d0"},
-      {"2.4703282292062328e-324", "d4.940656458412465e-324"},
-      {std::string(300, '1'), "d1.111111111111111e+299"},
-      {std::string(512, '[') + R"("\"[")" + std::string(512, ']'),
-       [] {
-         std::string text = "'\"['";
-         for (int i = 0; i < 512; ++i) text = "[" + text + " ]";
-         return text;
-       }()},
+      {R"(["1\"99999999999999999999",-9223372036854775809,-123456789012345678901234567890,)" +
+           std::string(300, '1') + R"(,{"a":1}])",
+       "['1\"99999999999999999999' d-9.223372036854776e+18 d-1.234567890123457e+29 "
+       "d1.111111111111111e+299 {'a' q1 } ]"},
+      {nested(R"("\"[")", 512), nested("'\"['", 512, " ]")},
+      {nested("1,-9223372036854775809", 512), nested("q1 d-9.223372036854776e+18", 512, " ]")},
   };
-  for (const auto& c : cases) {
+  for (const auto& [text, expected] : cases) {
     Ref<Error> error;
-    const auto document = parsed(c.text, &error);
-    ASSERT_TRUE(document) << c.text;
+    const auto document = parsed(text, &error);
+    ASSERT_TRUE(document) << text;
     EXPECT_FALSE(error);
-    EXPECT_EQ(outline(document->root()), c.outline);
+    EXPECT_EQ(outline(document->root()), expected);
+    EXPECT_FALSE(detail::scanJSON(text.substr(text[0] == '\xEF' ? 3 : 0), 512).fault) << text;
   }
 }
 
 TEST(JSONDocument, RefusesEverythingElseAndSaysWhere) {
-  const std::string tooDeep = std::string(513, '[');
+  const std::string nul(1, '\0');
   const struct {
-    std::string text;
-    const char* debug;
+    std::string message;
+    std::vector<std::pair<std::string, int>> faults;
   } cases[] = {
-      {"", "Unexpected end of text around character 0."},
-      {" \n", "Unexpected end of text around character 2."},
-      {"1 2", "Garbage at end around character 2."},
-      {"nul", "Invalid value around character 0."},
-      {"[1,]", "Invalid value around character 3."},
-      {R"({"a":1,})", "No string key for a value in an object around character 7."},
-      {R"({"a" 1})", "No ':' after a key around character 5."},
-      {"[1", "Unexpected end of text around character 2."},
-      {"[1 2]", "Badly formed container around character 3."},
-      {"[1}", "Badly formed container around character 2."},
-      {"\"a", "Unterminated string around character 2."},
-      {"\"a\tb\"", "Unescaped control character around character 2."},
-      {"\xEF\xBB\xBF\"\x1F\"", "Unescaped control character around character 4."},
-      {R"("\x")", "Invalid escape sequence around character 1."},
-      {R"("\u12G4")", "Invalid escape sequence around character 5."},
-      {R"("\uD800")", "Unpaired surrogate in an escape sequence around character 1."},
-      {R"("\uDBFF")", "Unpaired surrogate in an escape sequence around character 1."},
-      {R"("\uDC00")", "Unpaired surrogate in an escape sequence around character 1."},
-      {R"("\uD800\u0041")", "Unpaired surrogate in an escape sequence around character 7."},
-      {R"("\uD800\uD800\uDC00")", "Unpaired surrogate in an escape sequence around character 7."},
-      {"+1", "Invalid value around character 0."},
-      {"01", "Number with a leading zero around character 1."},
-      {"-", "Invalid value around character 0."},
-      {"1.", "Number with no digit after '.' around character 2."},
-      {"1e+", "Number with no digit in its exponent around character 3."},
-      {"[1e400]", "Number beyond the range of doubles around character 1."},
-      {std::string(400, '9'), "Number beyond the range of doubles around character 0."},
-      {"NaN", "Invalid value around character 0."},
-      {"[1]//x", "Garbage at end around character 3."},
-      {"\"\xFF\"", "Malformed UTF-8 around character 1."},
-      {"\"\xC0\xAF\"", "Malformed UTF-8 around character 1."},
-      {"\"\xED\xA0\x80\"", "Malformed UTF-8 around character 1."},
-      {"\"a\xC3", "Malformed UTF-8 around character 2."},
-      {std::string("\"\0\"", 3), "Unescaped control character around character 1."},
-      {std::string("1\0", 2), "Garbage at end around character 1."},
-      {tooDeep + std::string(513, ']'), "Too many nested containers around character 512."},
-      {std::string(512, '[') + "{}" + std::string(512, ']'),
-       "Too many nested containers around character 512."},
-      {std::string(100'000, '['), "Too many nested containers around character 512."},
+      {"Unexpected end of text", {{"", 0}, {" \n", 2}, {"[1", 2}}},
+      {"Garbage at end", {{"1 2", 2}, {"[1]//x", 3}, {"1" + nul, 1}}},
+      {"Invalid value", {{"nul", 0}, {"+1", 0}, {"-", 0}, {"[1,]", 3}}},
+      {"No string key for a value in an object", {{R"({"a":1,})", 7}}},
+      {"No ':' after a key", {{R"({"a" 1})", 5}}},
+      {"Badly formed container", {{"[1}", 2}}},
+      {"Unterminated string", {{"\"a", 2}}},
+      {"Unescaped control character",
+       {{"\"a\tb\"", 2}, {"\xEF\xBB\xBF\"\x1F\"", 4}, {"\"" + nul + "\"", 1}}},
+      {"Invalid escape sequence", {{R"("\x")", 1}, {R"("\u12G4")", 5}}},
+      {"Unpaired surrogate in an escape sequence",
+       {{R"("\uD800")", 1},
+        {R"("\uDBFF")", 1},
+        {R"("\uDC00")", 1},
+        {R"("\uD800\u0041")", 7},
+        {R"("\uD800\uD800\uDC00")", 7}}},
+      {"Number with a leading zero", {{"01", 1}}},
+      {"Number with no digit after '.'", {{"1.", 2}}},
+      {"Number with no digit in its exponent", {{"1e+", 3}}},
+      {"Number beyond the range of doubles", {{"[1e400]", 1}, {std::string(400, '9'), 0}}},
+      {"Malformed UTF-8", {{"\"\xFF\"", 1}, {"\"\xED\xA0\x80\"", 1}, {"\"a\xC3", 2}}},
+      {"Too many nested containers",
+       {{nested("", 513), 512}, {nested("{}", 512), 512}, {std::string(100'000, '['), 512}}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text.substr(0, 40));
-    Ref<Error> error;
-    EXPECT_FALSE(parsed(c.text));
-    EXPECT_FALSE(parsed(c.text, &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), CocoaErrorDomain);
-    EXPECT_EQ(error->code(), 3840);
-    EXPECT_EQ(error->localizedDescription(),
-              "The data couldn’t be read because it isn’t in the correct format.");
-    EXPECT_EQ(error->userInfo().objectForKey(DebugDescriptionKey)->description(), c.debug);
-    const std::string index =
-        error->userInfo().objectForKey(JSONDocument::kErrorIndexKey)->description();
-    EXPECT_TRUE(std::string_view(c.debug).ends_with(" " + index + "."));
+  for (const auto& [message, faults] : cases) {
+    for (const auto& [text, place] : faults) {
+      SCOPED_TRACE(text.substr(0, 40));
+      Ref<Error> error;
+      EXPECT_FALSE(parsed(text));
+      EXPECT_FALSE(parsed(text, &error));
+      ASSERT_TRUE(error && error->domain() == CocoaErrorDomain && error->code() == 3840);
+      EXPECT_EQ(error->localizedDescription(),
+                "The data couldn’t be read because it isn’t in the correct format.");
+      const std::string index = std::to_string(place);
+      EXPECT_EQ(error->userInfo().objectForKey(DebugDescriptionKey)->description(),
+                message + " around character " + index + ".");
+      EXPECT_EQ(error->userInfo().objectForKey(JSONDocument::kErrorIndexKey)->description(), index);
+    }
+  }
+}
+
+TEST(JSONScan, FindsAFaultInWhatTheParserRefusesAndInNothingElse) {
+  const std::string whole = R"({"a":[1,-0.5e3,true,"x\u00e9\n"],"b":{"":null,"c":[]}})";
+  std::mt19937 random(7);
+  for (int i = 0; i < 20'000; ++i) {
+    std::string text = whole;
+    for (auto n = 1 + random() % 2; n > 0; --n) {
+      text[random() % text.size()] = "\"\\[]{},:019.eE+-ut \t"[random() % 20];
+    }
+    ASSERT_EQ(!detail::scanJSON(text, 512).fault, parsed(text).has_value()) << text;
   }
 }
 
 TEST(JSONDocument, ReadsPaddedAndUnpaddedTextAlike) {
   for (std::size_t size = 1; size < 200; ++size) {
-    const std::string text = "\"" + std::string(size, 'x') + "\"";
-    const std::string exact(text.begin(), text.end());
-    const Ref<Data> padded = Data::dataWithBytes(text);
-    Ref<Error> error;
-    auto a = parsed(exact, &error);
-    auto b = JSONDocument::parse(padded->bytes(), Data::kReadablePadding, &error);
+    const std::string exact = "\"" + std::string(size, 'x') + "\"";
+    const Ref<Data> padded = Data::dataWithBytes(exact);
+    auto a = parsed(std::string(exact.begin(), exact.end()));
+    auto b = JSONDocument::parse(padded->bytes(), Data::kReadablePadding, nullptr);
     ASSERT_TRUE(a && b);
     a = std::move(b);
     EXPECT_EQ(a->root().text(), std::string(size, 'x'));
