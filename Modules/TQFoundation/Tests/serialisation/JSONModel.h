@@ -9,6 +9,8 @@
 
 #include <TQFoundation/TQFoundation.h>
 
+#include "support/RandomGraphs.h"
+
 namespace tq::test {
 
 inline Ref<String> str(std::string_view text) { return String::of(text); }
@@ -37,12 +39,37 @@ struct Scripted : Subclass<Scripted> {
   Encode encode_;
 };
 
+inline std::string described(const Ref<Object>& object) {
+  return object ? object->description() : "(null)";
+}
+
+/// Its construction may return null.
+struct Choosy final : Subclass<Choosy> {
+  static constexpr std::string_view className = "Choosy";
+  static Ref<Choosy> initWithJSONDecoder(TQJSONDecoder& decoder) {
+    return decoder.containsValueForKey("good") ? makeRef<Choosy>() : nullptr;
+  }
+};
+
+/// A dictionary with this key and another one.
+inline Ref<Object> keyed(Ref<Object> key) {
+  const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},
+                                                         {str("z"), num(1)}};
+  return Dictionary::dictionaryWithEntries(entries);
+}
+
+/// `depth` arrays around `innermost`.
+inline Ref<Object> nested(int depth, Ref<Object> innermost) {
+  for (int i = 0; i < depth; ++i) innermost = Array::arrayWithObjects({innermost});
+  return innermost;
+}
+
 /// An object without any archive form.
 struct Opaque final : Subclass<Opaque> {
   static constexpr std::string_view className = "Opaque";
 };
 
-/// A sink that lends no window: every fragment comes through writeData().
+/// A sink without a window: every fragment comes through writeData().
 struct TextSink final : Subclass<TextSink, TQJSONEncoder> {
   static constexpr std::string_view className = "TextSink";
   void writeData(const void* bytes, std::size_t length) override {
@@ -68,6 +95,43 @@ inline std::string membersOf(Scripted::Encode encode, Ref<Error>* error = nullpt
   constexpr std::string_view kStart = "{\"_class\":\"Scripted\"";
   EXPECT_TRUE(text.starts_with(kStart) && text.ends_with('}')) << text;
   return text.substr(kStart.size(), text.size() - kStart.size() - 1);
+}
+
+/// A structured object with a member of every kind.
+struct Record final : Subclass<Record> {
+  static constexpr std::string_view className = "Record";
+  Record(double real, std::int64_t whole, Ref<Object> object)
+      : rect{real, -real, real / 3, 0.1}, number(real), integer(whole), child(std::move(object)) {}
+  explicit Record(TQJSONDecoder& d)
+      : rect(d.decodeRectForKey("rect")),
+        point(d.decodePointForKey("point")),
+        number(d.decodeDoubleForKey("number", -1)),
+        integer(d.decodeIntegerForKey("integer", -1)),
+        flag(d.decodeBoolForKey("flag", false)),
+        child(d.decodeObjectForKey("child")) {}
+
+  void encodeAsJSON(TQJSONEncoder& e) const {
+    e.encodeDouble(number, "number");
+    e.encodeBool(flag, "flag");
+    e.encodeObject(child, "child");
+    e.encodeInteger(integer, "integer");
+    e.encodeRect(rect, "rect");
+    e.encodePoint(point, "point");
+    e.encodeSize(rect.size, "size");
+  }
+
+ private:
+  Rect rect;
+  Point point = rect.origin;
+  double number;
+  std::int64_t integer;
+  bool flag = integer % 2 == 0;
+  Ref<Object> child;
+};
+
+/// A random graph with records in it.
+inline Ref<Object> graphOf(unsigned seed, int depth) {
+  return RandomGraphs(seed, makeRef<Record, double, std::int64_t, Ref<Object>>).object(depth);
 }
 
 inline Ref<Object> decoded(std::string_view text, Ref<Error>* error = nullptr) {

@@ -6,7 +6,7 @@
 
 #include <TQFoundation/serialisation/TQFNV1aBuilder.h>
 
-#include "serialisation/CompressionSupport.h"
+#include "support/Bytes.h"
 #include "support/CapturedLog.h"
 
 namespace tq {

@@ -11,11 +11,7 @@ namespace {
 
 using namespace test;
 
-std::string described(const Ref<Object>& object) {
-  return object ? object->description() : "(null)";
-}
-
-/// A class that takes nothing from an archive, only its place.
+/// A class that archives cannot construct.
 struct Plain final : Subclass<Plain> {
   static constexpr std::string_view className = "Plain";
 };
@@ -23,14 +19,6 @@ struct Plain final : Subclass<Plain> {
 struct Throwing final : Subclass<Throwing> {
   static constexpr std::string_view className = "Throwing";
   explicit Throwing(TQJSONDecoder&) { throw std::runtime_error("thrown"); }
-};
-
-/// Answers none now and then, as a class may.
-struct Choosy final : Subclass<Choosy> {
-  static constexpr std::string_view className = "Choosy";
-  static Ref<Choosy> initWithJSONDecoder(TQJSONDecoder& decoder) {
-    return decoder.containsValueForKey("good") ? makeRef<Choosy>() : nullptr;
-  }
 };
 
 class TQJSONDecoderTest : public testing::Test {
@@ -52,58 +40,26 @@ class TQJSONDecoderTest : public testing::Test {
     EXPECT_TRUE(decoder->decode());
     EXPECT_TRUE(decoder->decodeDictionary(refCast<Dictionary>(decoder->root()), nullptr));
     EXPECT_EQ(calls, 2);
-    Scripted::onDecode() = [](TQJSONDecoder&) {};
   }
 
   CapturedLog log_;
 };
 
-TEST_F(TQJSONDecoderTest, ReadsWhateverIsAtTheTopAndDropsWhatDecodesToNone) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"null", "<null>"},
-      {"\xEF\xBB\xBF-2.5", "-2.5"},
-      {R"("a\/b\u00e9")", "a/bé"},
-      {R"([1,["x"],null])", "(1, (x), <null>)"},
-      {R"({"b":1,"a":{"c":[]}})", "{b = 1; a = {c = ();};}"},
-      {R"({"_data":"AAEC"})", "<3 bytes: 000102>"},
-      {R"([{"_class":"NSValue","type":"rect"}])", "({{0, 0}, {0, 0}})"},
-      {R"({"_class":"NSValue","type":"size","value":"{1, 2}"})", "{1, 2}"},
-      {R"({"_class":"Unknown","a":1})", "(null)"},
-      {R"([1,{"_class":"Unknown"},2])", "(1, 2)"},
-      {R"([{"_class":"Choosy"},{"_class":5},{"_class":null},{"_class":[]}])", "()"},
-      {R"([{"_data":[]},{"_data":5},{"_data":"A"},{"_data":"AA\n="},{"_data":""}])",
-       "(<0 bytes: >)"},
-      {R"([{"_archive":"x"},{"_archive":{}},{"_archive":""},{"_archive":"AAAA"}])", "()"},
-      {R"({"_archive":"x","_class":"NSValue","_data":"AAAA"})", "(null)"},
-  };
-  for (const auto& [text, description] : cases) {
-    Ref<Error> error = Error::errorWithDomain("old", 1, "old");
-    EXPECT_EQ(described(decoded(text, &error)), description) << text;
-    EXPECT_FALSE(error) << text;  // always written
-    const Ref<Object> tree = TQJSONDecoder::initWithData(*data(text))->root();
-    EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()), description);
-  }
-  EXPECT_FALSE(TQJSONDecoder::init()->decode());
-  EXPECT_FALSE(TQJSONDecoder::init()->containsValueForKey("x"));
-  EXPECT_TRUE(log_.messages().empty());
-}
-
 TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
   const std::string archive = archiveOf(illFormed());
   const std::string text = R"([{"_class":"Scripted"},{"_class":"Alias"},)" +
-                           archive.substr(0, archive.size() - 1) +
-                           R"(,"_class":"Unknown"}])";  // an archive's own class is judged
+                           archive.substr(0, archive.size() - 1) + R"(,"_class":"Unknown"}])";
   const struct {
     const Class* set;
     const char* name;
     std::size_t decodedCount;
   } steps[] = {
       {&classOf<Scripted>, "Alias", 3},
-      {nullptr, "NSString", 2},
+      {nullptr, "NSString", 2},  // the archived class
       {&classOf<String>, "NSString", 3},
       {nullptr, "Scripted", 2},
-      {&classOf<Choosy>, "Scripted", 2},    // answers none
-      {&classOf<Scripted>, "Scripted", 3},  // removes what was set
+      {&classOf<Choosy>, "Scripted", 2},    // constructs null
+      {&classOf<Scripted>, "Scripted", 3},  // removes the entry
       {nullptr, "Alias", 2},
   };
   for (const auto& step : steps) {
@@ -117,25 +73,24 @@ TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
 struct Judge final : Subclass<Judge>, TQJSONDecoderDelegate {
   static constexpr std::string_view className = "Judge";
   bool shouldInstantiateObjectOfClass(TQJSONDecoder&, const Class& objectClass) override {
-    asked.emplace_back(objectClass.name());
+    asked += std::string(objectClass.name()) + " ";
     return &objectClass != &classOf<Scripted>;
   }
-  std::vector<std::string> asked;
+  std::string asked;
 };
 
 TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
-  const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithData(
-      *data(R"([{"_class":"Scripted"},{"_class":"Unknown"},{"_class":"NSValue"},)"
-            R"({"_class":"Scripted"}])"));
+  const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithData(*data(
+      R"([{"_class":"Scripted"},{"_class":"Unknown"},{"_class":"NSValue"},{"_class":"Scripted"}])"));
   Ref<Judge> judge = makeRef<Judge>();
   decoder->setDelegate(Weak<TQJSONDecoderDelegate>(judge));
   Ref<Error> error;
   EXPECT_EQ(refCast<Array>(decoder->decode(&error))->count(), 1u);
   expectError(error, TQJSONDecoderError, 0, "Invalid object class Scripted found in archive");
-  EXPECT_EQ(judge->asked, (std::vector<std::string>{"Scripted", "Value", "Scripted"}));
+  EXPECT_EQ(judge->asked, "Scripted Value Scripted ");
   decoder->setError(Error::errorWithDomain("later", 2, "second"));
-  EXPECT_EQ(decoder->error(), error);  // the first; but each is logged
-  EXPECT_EQ(log_.messages().size(), 3u);
+  EXPECT_EQ(decoder->error(), error);
+  EXPECT_EQ(log_.messages().size(), 3u);  // all are logged
   EXPECT_EQ(log_.messages()[1], error->description());
   judge = nullptr;
   EXPECT_EQ(refCast<Array>(decoder->decode())->count(), 3u);
@@ -153,7 +108,6 @@ TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
       {"true", 1, true, 1, {}},
       {"-2.9", -2.9, true, -2, {}},
       {"0.5", 0.5, true, 0, {}},
-      {"1e300", 1e300, true, kLargest, {}},
       {"18446744073709551615", 18446744073709551615.0, true, kLargest, {}},
       {R"(" -12.5e1x")", -125, true, -12, {-125, 0, 0, 0}},
       {R"("0x10")", 0, false, 0, {0, 10, 0, 0}},
@@ -173,63 +127,51 @@ TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
       EXPECT_EQ(decoder.decodePointForKey("k", {9, 9}), origin);
       EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("k", {9, 9})),
                 textFromSize({origin.x, origin.y}));
+      // An absent member is the default.
+      EXPECT_FALSE(decoder.containsValueForKey("K") || decoder.decodeObjectForKey("K"));
+      EXPECT_EQ(decoder.decodeDoubleForKey("K", 9), 9);
+      EXPECT_TRUE(decoder.decodeBoolForKey("K", true));
+      EXPECT_EQ(decoder.decodeIntegerForKey("K", -9), -9);
+      EXPECT_EQ(decoder.decodePointForKey("K", {9, 8}), (Point{9, 8}));
+      EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("K", {9, 8})), "{9, 8}");
+      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("K", {9, 8, 7, 6})), "{{9, 8}, {7, 6}}");
     });
   }
-  reading("\"k\":1", [&](TQJSONDecoder& decoder) {
-    EXPECT_FALSE(decoder.containsValueForKey("K"));
-    EXPECT_FALSE(decoder.decodeObjectForKey("K"));
-    EXPECT_EQ(decoder.decodeDoubleForKey("K", 9), 9);
-    EXPECT_TRUE(decoder.decodeBoolForKey("K", true));
-    EXPECT_EQ(decoder.decodeIntegerForKey("K", -9), -9);
-    EXPECT_EQ(decoder.decodePointForKey("K", {9, 8}), (Point{9, 8}));
-    EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("K", {9, 8})), "{9, 8}");
-    EXPECT_EQ(textFromRect(decoder.decodeRectForKey("K", {9, 8, 7, 6})), "{{9, 8}, {7, 6}}");
-  });
 }
 
 TEST_F(TQJSONDecoderTest, EachObjectReadsItsOwnMembers) {
-  reading(R"("a":1,"c":{"_class":"Choosy","good":1},"t":["stale",{"_class":"Throwing"}],)"
-          R"("p":{"_class":"Plain","x":{"_data":"AAAA"}},"d":{"a":2},"a":3)",
-          [](TQJSONDecoder& decoder) {
-            const std::int64_t a = decoder.decodeIntegerForKey("a", 0);
-            EXPECT_TRUE(decoder.decodeObjectForKey("c"));
-            EXPECT_THROW(static_cast<void>(decoder.decodeObjectForKey("t")), std::runtime_error);
-            EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "{a = 2;}");
-            EXPECT_FALSE(decoder.decodeObjectForKey("d") == decoder.decodeObjectForKey("d"));
-            EXPECT_EQ(decoder.decodeIntegerForKey("a", 0), a);
-            EXPECT_EQ(described(share(*decoder.currentObjectDict()->objectForKey("_class"))),
-                      "Scripted");
-            // A class that cannot be read leaves its dictionary, and an error.
-            EXPECT_EQ(described(decoder.decodeObjectForKey("p")),
-                      "{_class = Plain; x = {_data = AAAA;};}");
-            expectError(decoder.error(), TQJSONDecoderError, 0,
-                        "Invalid object class Plain found in archive");
-          });
-}
-
-TEST_F(TQJSONDecoderTest, WhatAThrowingConstructorLeftIsInNoOtherContainer) {
-  Scripted::onDecode() = [](TQJSONDecoder& decoder) {
-    EXPECT_THROW(static_cast<void>(decoder.decodeObjectForKey("k")), std::runtime_error);
-  };
-  const Ref<Array> array = refCast<Array>(decoded(
-      R"([{"_class":"Scripted","k":{"a":"stale","t":["stale",{"_class":"Throwing"}]}},"x"])"));
-  EXPECT_TRUE(array->count() == 2 && array->lastObject()->isEqual(*str("x")));
+  reading(
+      R"("a":1,"c":{"_class":"Choosy","good":1},"t":{"s":"stale","t":["stale",{"_class":"Throwing"}]},)"
+      R"("p":{"_class":"Plain","x":{"_data":"AAAA"}},"d":{"a":2},"a":3)",
+      [](TQJSONDecoder& decoder) {
+        const std::int64_t a = decoder.decodeIntegerForKey("a", 0);
+        EXPECT_TRUE(decoder.decodeObjectForKey("c"));
+        EXPECT_THROW((void)decoder.decodeObjectForKey("t"), std::runtime_error);
+        EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "{a = 2;}");
+        EXPECT_FALSE(decoder.decodeObjectForKey("d") == decoder.decodeObjectForKey("d"));
+        EXPECT_EQ(decoder.decodeIntegerForKey("a", 0), a);
+        EXPECT_EQ(described(share(*decoder.currentObjectDict()->objectForKey("_class"))),
+                  "Scripted");
+        // A class that cannot be read leaves its dictionary, and an error.
+        EXPECT_EQ(described(decoder.decodeObjectForKey("p")),
+                  "{_class = Plain; x = {_data = AAAA;};}");
+        expectError(decoder.error(), TQJSONDecoderError, 0,
+                    "Invalid object class Plain found in archive");
+      });
 }
 
 TEST_F(TQJSONDecoderTest, AnObjectMayDecodeAnotherRootOnItsWay) {
   Scripted::onDecode() = [](TQJSONDecoder& decoder) {
-    const Ref<Data> text = test::data(R"([{"a":7}])");
-    EXPECT_EQ(described(decoder.decodeDataError(*text, nullptr)), "({a = 7;})");
-    const Ref<Dictionary> tree = Dictionary::dictionaryWithEntries({{"a", num(8)}});
+    EXPECT_EQ(described(decoder.decodeDataError(*data(R"([{"a":7}])"), nullptr)), "({a = 7;})");
+    const auto tree = Dictionary::dictionaryWithEntries({{"a", num(8)}});
     EXPECT_EQ(described(decoder.decodeDictionary(tree, nullptr)), "{a = 8;}");
-    EXPECT_EQ(described(decoder.root()), "{a = 8;}");
+    EXPECT_EQ(decoder.root(), tree);
     EXPECT_EQ(decoder.decodeIntegerForKey("a", 0), 1);
     EXPECT_EQ(described(decoder.decodeObjectForKey("d")), "({b = long enough to be kept apart;})");
   };
   const std::string object =
       R"({"_class":"Scripted","a":1,"d":[{"b":"long enough to be kept apart"}]})";
-  const auto both = refCast<Array>(decoded("[" + object + "," + object + "]"));
-  EXPECT_EQ(both->count(), 2u);
+  EXPECT_EQ(refCast<Array>(decoded("[" + object + "," + object + "]"))->count(), 2u);
 }
 
 TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
@@ -244,7 +186,7 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
 
   const std::pair<std::string_view, const char*> cases[] = {
       {"\"a\tb\nc\"", "a?b?c"},
-      {"[\n\"a\tb\"\n]", "(null)"},  // pretty-printed text does not survive
+      {"[\n\"a\tb\"\n]", "(null)"},  // line feeds between tokens are replaced, too
       {"[\n\"a\"\n]", "(a)"},
       {std::string_view("\"a\0b\"", 5), "(null)"},  // NUL stays
       {"", "(null)"},
@@ -265,16 +207,15 @@ TEST_F(TQJSONDecoderTest, ReadsParsedTreesOfEveryShape) {
   EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()),
             "{1 = one; " + keysAsTheyWere + " = <3 bytes: 000000>;}");
   EXPECT_EQ(described(TQJSONDecoder::init()->decodeMembers()), "{}");
+  EXPECT_FALSE(TQJSONDecoder::init()->decode());
+  EXPECT_FALSE(TQJSONDecoder::init()->containsValueForKey("x"));
 }
 
 TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {
-  Ref<Object> deep = str("x");
-  for (int i = 0; i < 512; ++i) deep = Array::arrayWithObjects({deep});
-  EXPECT_TRUE(TQJSONDecoder::initWithRootObject(deep)->decode());
-  deep = Array::arrayWithObjects({deep});
+  EXPECT_TRUE(TQJSONDecoder::initWithRootObject(nested(512, str("x")))->decode());
   const Ref<MutableArray> cycle = MutableArray::array();
   for (int i = 0; i < 3; ++i) cycle->addObject(cycle);  // 3^512 ways down
-  for (const Ref<Object>& root : {deep, Ref<Object>(cycle)}) {
+  for (const Ref<Object>& root : {nested(513, str("x")), Ref<Object>(cycle)}) {
     const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithRootObject(root);
     Ref<Error> error;
     static_cast<void>(decoder->decode(&error));

@@ -14,51 +14,10 @@ using namespace test;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-Ref<Object> keyed(Ref<Object> key) {
-  const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},
-                                                         {str("z"), num(1)}};
-  return Dictionary::dictionaryWithEntries(entries);
-}
-
-TEST(TQJSONEncoder, WritesEveryKindOfValueInItsForm) {
-  const Ref<Null> null = Null::null();
-  const NumberValue mixed[] = {true, 2.5, 3, std::uint64_t{1} << 63};
-  const std::pair<Ref<Object>, const char*> cases[] = {
-      {null, "null"},
-      {str("a/b"), R"("a\/b")"},
-      {num(true), "1"},
-      {num(std::int8_t{-128}), "-128"},
-      {num(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808"},
-      {num(std::numeric_limits<std::uint64_t>::max()), "18446744073709551615"},
-      {num(0.1f), "0.1"},
-      {num(16777216.f), "1.677722e+07"},
-      {num(0.56), "0.5600000000000001"},
-      {Array::arrayWithObjects({null, Array::array(), str("x")}), R"([null,[],"x"])"},
-      {Array::arrayWithNumbers(mixed), "[1,2.5,3,9223372036854775808]"},
-      {Dictionary::dictionary(), "{}"},
-      {Dictionary::dictionaryWithEntries({{"z", null}, {"a", Dictionary::dictionary()}}),
-       R"({"z":null,"a":{}})"},
-      {test::data("\xff\xff\xfe"), R"({"_data":"\/\/\/+"})"},
-      {Value::valueWithPoint({0.1, -2}),
-       R"({"_class":"NSValue","type":"point","value":"{0.1, -2}"})"},
-      {Value::valueWithSize({kInfinity, kNaN}),
-       R"({"_class":"NSValue","type":"size","value":"{3.402823466385289e+38, 0}"})"},
-      {Value::valueWithRect({1, 2, -3, 0.56}),
-       R"({"_class":"NSValue","type":"rect","value":"{1, 2, -3, 0.5600000000000001}"})"},
-      {keyed(str("a/\n")), R"({"a\/\n":null,"z":1})"},
-      {keyed(num(std::numeric_limits<std::uint64_t>::max())),
-       R"({"18446744073709551615":null,"z":1})"},
-      {keyed(num(kNaN)), R"({"nan":null,"z":1})"},
-  };
-  for (const auto& [object, text] : cases) EXPECT_EQ(archiveOf(object), text);
-}
-
 TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
   const Ref<String> raw = str("a/b");
   const auto members = [&](TQJSONEncoder& e) {
-    e.encodeBool(false, "b");
     e.encodeInteger(std::numeric_limits<std::int64_t>::min(), "i");
-    e.encodePoint({0.1, -2}, "p");
     e.encodeSize({0.1, -0.0}, "s");
     e.encodeRect({kInfinity, -kInfinity, kNaN, 1e-320}, "r");
     e.encodeObject(num(true), "o");
@@ -72,8 +31,7 @@ TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
     e.encodeStringWithoutCheckingFormat(*raw, true);
   };
   EXPECT_EQ(membersOf(members),
-            R"(,"b":false,"i":-9223372036854775808,"p":"{0.10000000000000001, -2}",)"
-            R"("s":"{0.10000000000000001, 0}",)"
+            R"(,"i":-9223372036854775808,"s":"{0.10000000000000001, 0}",)"
             R"("r":"{{3.4028234663852886e+38, -3.4028234663852886e+38}, {0, 0}}","o":1,)"
             R"("t":"a/b"|"o":"a\/b""t":"a/b"a/b"a/b")");
 }
@@ -91,27 +49,22 @@ TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
       {std::nextafter(kSmallest, 0), "0", "0"},
       {kSmallest, "1.175494350822288e-38", "1.1754943508222875e-38"},
       {kLargest, "3.402823466385289e+38", "3.4028234663852886e+38"},
-      {std::nextafter(kLargest, 0), "3.402823466385288e+38", "3.4028234663852882e+38"},
       {std::nextafter(kLargest, kInfinity), "3.402823466385289e+38", "3.4028234663852886e+38"},
       {-kInfinity, "-3.402823466385289e+38", "-3.4028234663852886e+38"},
       {12345678.9, "12345678.9", "12345678.9"},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.text17);
-    const std::string keyed = std::string(",\"k\":") + c.text16;
-    EXPECT_EQ(membersOf([&](TQJSONEncoder& e) { e.encodeDouble(c.value, "k"); }), keyed);
+    const auto members = [&](TQJSONEncoder& e) {
+      e.encodeDouble(c.value, "d");
+      e.encodePoint({c.value, 1}, "p");
+    };
+    EXPECT_EQ(membersOf(members),
+              std::string(",\"d\":") + c.text16 + ",\"p\":\"{" + c.text17 + ", 1}\"");
     EXPECT_EQ(archiveOf(num(c.value)), c.text16);
-    const std::string pair = std::string(",\"k\":\"{") + c.text17 + ", 1}\"";
-    EXPECT_EQ(membersOf([&](TQJSONEncoder& e) { e.encodePoint({c.value, 1}, "k"); }), pair);
   }
   EXPECT_EQ(archiveOf(num(std::numeric_limits<float>::infinity())), "3.402823e+38");
   EXPECT_EQ(archiveOf(num(-std::numeric_limits<float>::quiet_NaN())), "0");
-}
-
-/// `depth` arrays around `innermost`.
-Ref<Object> nested(int depth, Ref<Object> innermost) {
-  for (int i = 0; i < depth; ++i) innermost = Array::arrayWithObjects({innermost});
-  return innermost;
 }
 
 Ref<Object> raising(std::function<void()> raise) {
@@ -121,7 +74,7 @@ Ref<Object> raising(std::function<void()> raise) {
   });
 }
 
-TEST(TQJSONEncoder, TellsOfEveryFailureAndWritesAsDeepAsTheDecoderReads) {
+TEST(TQJSONEncoder, ReportsEveryFailureAndWritesAsDeepAsTheDecoderReads) {
   constexpr int kLimit = TQJSONEncoder::kDepthLimit;
   EXPECT_TRUE(decoded(archiveOf(nested(kLimit, str("x")))));
   EXPECT_TRUE(decoded(archiveOf(nested(kLimit - 1, Value::valueWithPoint({})))));
@@ -147,7 +100,6 @@ TEST(TQJSONEncoder, TellsOfEveryFailureAndWritesAsDeepAsTheDecoderReads) {
       {raising([] { throw 7; }), 0, "unknown exception"},
       {nested(kLimit + 1, str("x")), 0, tooDeep},
       {nested(kLimit, Value::valueWithPoint({})), 0, tooDeep},
-      {nested(100'000, num(1)), 0, tooDeep},
       {cycle, 0, tooDeep},
   };
   for (const auto& c : cases) {
@@ -173,7 +125,7 @@ TEST(TQJSONEncoder, KeepsTheFirstErrorAndEncodesNothingWithOneFromBefore) {
   expectError(error, "mine", 7, "first");
   EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(makeRef<Opaque>()));
   EXPECT_EQ(TQJSONEncoder::encodeObjectAsString(str("é"), &error)->view(), "\"é\"");
-  EXPECT_TRUE(error);  // left alone on success
+  EXPECT_TRUE(error);  // unchanged by a success
   const auto unchecked = makeRef<Scripted>(
       [](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(illFormed().get(), "k", true); });
   EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(unchecked, &error));
@@ -181,11 +133,10 @@ TEST(TQJSONEncoder, KeepsTheFirstErrorAndEncodesNothingWithOneFromBefore) {
 
   EXPECT_EQ(membersOf([](TQJSONEncoder& e) {
               e.encodeBool(true, "a");
-              e.encodeRootObject(Null::null());  // lost no text of the encoding around it
+              e.encodeRootObject(Null::null());  // keeps the text of the enclosing encoding
               e.encodeBool(false, "b");
             }),
             R"(,"a":truenull,"b":false)");
-
   const auto sink = makeRef<TextSink>();
   sink->setError(error);
   EXPECT_FALSE(sink->encodeRootObject(num(1)));
