@@ -1,2 +1,2 @@
-// The one place where the header-only peer is compiled.
+// Compiles the header-only peer.
 #include <boost/json/src.hpp>

@@ -19,7 +19,7 @@ namespace {
 using enum TQCompressionAlgorithm;
 using bench::versus;
 
-/// The shapes of a drawing as an archive has them: keys again and again, numbers never.
+/// Returns archive text of shapes: the keys repeat, the numbers do not.
 const std::string& document(std::size_t size) {
   static auto& documents = *new std::map<std::size_t, std::string>;
   std::string& text = documents[size];
@@ -42,7 +42,7 @@ std::span<const std::byte> bytesOf(const std::string& text) {
   return std::as_bytes(std::span(text));
 }
 
-/// What a user would write by hand for a container: one block, the stream, the sum, the cut.
+/// A container as a user would write it by hand: one block, the stream, the checksum, truncation.
 template <class Encode>
 void packByHand(const std::string& plain, Encode encode) {
   auto* block = static_cast<char*>(std::malloc(plain.size() + 18));
@@ -103,7 +103,8 @@ std::string packedWithZlib(const std::string& plain) {
   return packed;
 }
 
-/// Times the whole container; "ratio" is its part of the plain, "peer_ratio" the peer's stream's.
+/// Times the whole container. "ratio" is its size relative to the plain bytes, "peer_ratio" that of
+/// the peer's stream.
 template <class Encode>
 void compress(benchmark::State& state, TQCompressionAlgorithm algorithm, Encode peer) {
   const std::string& plain = document(static_cast<std::size_t>(state.range(0)));
@@ -118,7 +119,7 @@ void compress(benchmark::State& state, TQCompressionAlgorithm algorithm, Encode 
   state.counters["peer_ratio"] = static_cast<double>(theirs) / size;
 }
 
-/// Times reading the whole container against unpacking `packed` into a fresh block.
+/// Times reading the whole container against decompressing `packed` into a new block.
 template <class Decode>
 void decompress(benchmark::State& state, TQCompressionAlgorithm algorithm, Decode peer) {
   const std::string& plain = document(static_cast<std::size_t>(state.range(0)));
@@ -177,7 +178,7 @@ void BM_LZFSE_DecompressVsZlib(benchmark::State& state) {
              [&](std::string_view, char* out) { inflateWithZlib(packed, size, out); });
 }
 
-/// From 64 KiB to 50 MB: what is linear keeps its speed.
+/// From 64 KiB to 50 MB, to show that the cost is linear.
 void sizes(benchmark::internal::Benchmark* benchmark) {
   benchmark->ArgName("bytes")->Arg(1 << 16)->Arg(1 << 20)->Arg(50'000'000);
   benchmark->UseManualTime()->Unit(benchmark::kMillisecond);

@@ -35,7 +35,7 @@ void BM_SHA1_DataVsOpenSSL(benchmark::State& state) {
       });
 }
 
-/// The definition as it reads: exclusive or, then one 128-bit product.
+/// The literal definition: exclusive or, then one 128-bit product.
 __extension__ using Wide = unsigned __int128;
 
 Wide plainFNV1a(std::string_view text) {

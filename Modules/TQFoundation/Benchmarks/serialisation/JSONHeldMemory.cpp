@@ -1,7 +1,6 @@
-// Memory held by a parsed tree. Each library runs in a process of its own; the result is the growth of
-// that process while it holds several trees.
+// Memory held by a parsed tree. Each library runs in a process of its own; the result is the growth
+// of that process while it holds several trees.
 
-#include <rapidjson/document.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,7 +30,7 @@ double bytesPerValue(Parse&& parse) {
   const Ref<Data> text = TQJSONEncoder::encodeObjectAsData(treeOf(makeShapes(kShapes)));
   constexpr int kCopies = 4;
   std::vector<decltype(parse(*text))> trees;
-  trees.push_back(parse(*text));  // takes up what the process had to spare
+  trees.push_back(parse(*text));  // uses up the spare memory of the process
   const double before = residentBytes();
   for (int i = 0; i < kCopies; ++i) trees.push_back(parse(*text));
   return (residentBytes() - before) / kCopies / static_cast<double>(kShapes * kValuesPerShape);
@@ -42,11 +41,7 @@ double measure(std::string_view who) {
     return bytesPerValue([](const Data& text) { return TQJSONDecoder::decodeData(text, nullptr); });
   }
   if (who == "RapidJSON") {
-    return bytesPerValue([](const Data& text) {
-      rapidjson::Document document;
-      document.Parse<rapidjson::kParseFullPrecisionFlag>(text.view().data(), text.length());
-      return document;
-    });
+    return bytesPerValue(parseRapid);
   }
   if (who == "BoostJSON") {
     return bytesPerValue([](const Data& text) { return boost::json::parse(text.view()); });

@@ -1,10 +1,9 @@
-// A host's own model classes: written by encodeAsJSON and read by their constructors.
+// Times archives of a host's model classes, which encodeAsJSON() writes and constructors read.
 //
-// The peers write and read the same structs by hand, through their writers and documents.
+// The peers write and read the same structures by hand, through their writers and documents.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
-#include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <unistd.h>
@@ -15,7 +14,8 @@
 
 #include <TQFoundation/TQFoundation.h>
 
-#include "serialisation/Workload.h"
+#include "serialisation/JSONWork.h"
+#include "serialisation/Tree.h"
 
 namespace tq::bench {
 namespace {
@@ -82,13 +82,8 @@ const Data& modelText(std::size_t shapes) {
   return *text;
 }
 
-void countWork(benchmark::State& state) {
-  const auto shapes = static_cast<std::size_t>(state.range(0));
-  state.SetBytesProcessed(state.iterations() *
-                          static_cast<std::int64_t>(modelText(shapes).length()));
-  state.counters["per_value"] = benchmark::Counter(
-      static_cast<double>(shapes * kValuesPerShape),
-      benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+const Data& modelText(const benchmark::State& state) {
+  return modelText(static_cast<std::size_t>(state.range(0)));
 }
 
 // MARK: writing
@@ -96,7 +91,7 @@ void countWork(benchmark::State& state) {
 void BM_ModelEncode_TQ(benchmark::State& state) {
   const Ref<Array> model = makeModel(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) benchmark::DoNotOptimize(TQJSONEncoder::encodeObjectAsData(model));
-  countWork(state);
+  countWork(state, modelText(state));
 }
 
 template <class Writer>
@@ -149,18 +144,18 @@ void BM_ModelEncode_RapidJSONByHand(benchmark::State& state) {
     writer.EndArray();
     benchmark::DoNotOptimize(buffer.GetString());
   }
-  countWork(state);
+  countWork(state, modelText(state));
 }
 
 // MARK: reading
 
 void BM_ModelDecode_TQ(benchmark::State& state) {
-  const Data& text = modelText(static_cast<std::size_t>(state.range(0)));
+  const Data& text = modelText(state);
   for (auto _ : state) benchmark::DoNotOptimize(TQJSONDecoder::decodeData(text, nullptr));
-  countWork(state);
+  countWork(state, modelText(state));
 }
 
-/// The same class's members, made by hand from a parsed document.
+/// Makes the members of the same class by hand from a parsed document.
 struct HandMadeShape {
   virtual ~HandMadeShape() = default;
   std::string name;
@@ -175,10 +170,9 @@ struct HandMadeShape {
 };
 
 void BM_ModelDecode_RapidJSONByHand(benchmark::State& state) {
-  const Data& text = modelText(static_cast<std::size_t>(state.range(0)));
+  const Data& text = modelText(state);
   for (auto _ : state) {
-    rapidjson::Document document;
-    document.Parse<rapidjson::kParseFullPrecisionFlag>(text.view().data(), text.length());
+    const rapidjson::Document document = parseRapid(text);
     std::vector<std::unique_ptr<HandMadeShape>> shapes;
     for (const auto& node : document.GetArray()) {
       auto shape = std::make_unique<HandMadeShape>();
@@ -199,7 +193,7 @@ void BM_ModelDecode_RapidJSONByHand(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(shapes);
   }
-  countWork(state);
+  countWork(state, modelText(state));
 }
 
 void from_json(const nlohmann::json& json, HandMadeShape& shape) {
@@ -217,17 +211,17 @@ void from_json(const nlohmann::json& json, HandMadeShape& shape) {
 }
 
 void BM_ModelDecode_nlohmann(benchmark::State& state) {
-  const Data& text = modelText(static_cast<std::size_t>(state.range(0)));
+  const Data& text = modelText(state);
   for (auto _ : state) {
     const auto shapes = nlohmann::json::parse(text.view()).get<std::vector<HandMadeShape>>();
     benchmark::DoNotOptimize(shapes.data());
   }
-  countWork(state);
+  countWork(state, modelText(state));
 }
 
 // MARK: files
 
-/// A file of its own that is gone when the process is.
+/// A temporary file that is removed with the process.
 int scratchFile() {
   const int descriptor = ::open("/tmp", O_TMPFILE | O_RDWR, 0600);
   if (descriptor < 0) std::abort();
@@ -242,7 +236,7 @@ void BM_FileSink_TQ(benchmark::State& state) {
     ::lseek(descriptor, 0, SEEK_SET);
     if (!TQJSONEncoder::encodeObject(model, file, nullptr)) state.SkipWithError("write failed");
   }
-  countWork(state);
+  countWork(state, modelText(state));
 }
 
 /// Encodes into memory, then writes the bytes in pieces of 4096.
@@ -259,12 +253,7 @@ void BM_FileSink_FromMemory(benchmark::State& state) {
     }
   }
   ::close(descriptor);
-  countWork(state);
-}
-
-void sizes(benchmark::internal::Benchmark* benchmark) {
-  benchmark->ArgName("shapes")->Unit(benchmark::kMillisecond);
-  for (const int shapes : {1'000, 10'000, 30'000, 100'000}) benchmark->Arg(shapes);
+  countWork(state, modelText(state));
 }
 
 BENCHMARK(BM_ModelEncode_TQ)->Apply(sizes);

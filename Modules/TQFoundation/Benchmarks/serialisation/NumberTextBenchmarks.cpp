@@ -1,5 +1,5 @@
-// One double to text with 16 significant digits, on the numbers of a document and on random
-// fractions.
+// Times writing of a double with 16 significant digits, for the numbers of a document and for
+// random fractions.
 
 #include <benchmark/benchmark.h>
 

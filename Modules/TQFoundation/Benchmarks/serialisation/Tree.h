@@ -1,7 +1,9 @@
 #pragma once
 
 /// @file Tree.h
-/// The document as library objects without classes of their own.
+/// The benchmark document as generic values: ours, and those of a peer.
+
+#include <rapidjson/document.h>
 
 #include <string>
 #include <vector>
@@ -33,6 +35,13 @@ inline Ref<Object> treeOf(const std::vector<ShapeRecord>& shapes) {
          {"points", Array::arrayWithNumbers(s.points)}}));
   }
   return Array::arrayWithObjects(std::move(list));
+}
+
+/// Parses the text as our decoder does, with correctly rounded numbers.
+inline rapidjson::Document parseRapid(const Data& text) {
+  rapidjson::Document document;
+  document.Parse<rapidjson::kParseFullPrecisionFlag>(text.view().data(), text.length());
+  return document;
 }
 
 }  // namespace tq::bench

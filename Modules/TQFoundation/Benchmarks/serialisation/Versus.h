@@ -8,16 +8,17 @@
 
 namespace tq::bench {
 
-/// What the calling thread has used, so that other work on the machine does not count.
+/// Returns the processor time of the calling thread, which other work on the machine does not
+/// affect.
 inline double processorSeconds() {
   timespec time{};
   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
   return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-/// Runs ours and the peer in turns, so that both see the same machine, and times each. The time
-/// printed is ours; "peer_MB/s" is the peer's and "speedup" the ratio of the medians, above 1 when
-/// ours is faster.
+/// Runs ours and the peer in turns, so that both run under the same conditions, and times each. The
+/// printed time is ours; "peer_MB/s" is the peer's and "speedup" the ratio of the medians, above 1
+/// if ours is faster.
 template <class Ours, class Peer>
 void versus(benchmark::State& state, std::size_t bytes, Ours ours, Peer peer) {
   std::vector<double> ourTimes;
@@ -27,10 +28,10 @@ void versus(benchmark::State& state, std::size_t bytes, Ours ours, Peer peer) {
     call();
     return processorSeconds() - start;
   };
-  ours();  // both find their pages and caches as the loop will leave them
+  ours();  // warm up pages and caches
   peer();
   for ([[maybe_unused]] auto _ : state) {
-    // Whoever comes second finds the caches warmed by the first.
+    // The second one finds the caches warmed by the first.
     if (ourTimes.size() % 2 == 0) peerTimes.push_back(seconds(peer));
     ourTimes.push_back(seconds(ours));
     if (peerTimes.size() < ourTimes.size()) peerTimes.push_back(seconds(peer));

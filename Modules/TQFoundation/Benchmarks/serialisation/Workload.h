@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Workload.h
-/// A vector document: shapes of 33 values and about 450 bytes of text each.
+/// A vector document for benchmarks: shapes of 33 values and about 450 bytes of text each.
 
 #include <cstddef>
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace tq::bench {
 
 inline constexpr std::size_t kValuesPerShape = 33;
 
-/// A shape as plain data, from which every library's form of the document is made.
+/// A shape as plain data. The document of each library is made from it.
 struct ShapeRecord {
   std::string name;
   std::int64_t identifier = 0;

@@ -10,7 +10,7 @@ void require(bool condition) {
   if (!condition) std::abort();
 }
 
-/// What was read must be what a container written again gives back.
+/// Compresses and decompresses the plain bytes, which must be unchanged.
 void checkRoundTrip(const tq::Data& plain, tq::TQCompressionAlgorithm algorithm) {
   const tq::Ref<tq::Data> container = tq::dataByCompressingWithAlgorithm_tq(plain, algorithm);
   require(container->length() <= plain.length() + 18);
@@ -20,7 +20,7 @@ void checkRoundTrip(const tq::Data& plain, tq::TQCompressionAlgorithm algorithm)
 
 }  // namespace
 
-// The whole input is a container that comes from anywhere.
+// The input is a container from an untrusted source.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using enum tq::TQCompressionAlgorithm;
   const auto bytes = std::as_bytes(std::span(data, size));

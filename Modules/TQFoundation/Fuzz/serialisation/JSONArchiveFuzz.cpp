@@ -1,4 +1,4 @@
-// Archive text to objects and back: what was written reads again, and is the same text again.
+// Decodes any text. What was decoded must be writable, readable and give the same text again.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace tq;
 
-/// Reads members of every kind, whatever the archive has under those keys.
+/// Reads members of every kind.
 class Record final : public Subclass<Record> {
  public:
   static constexpr std::string_view className = "Record";
@@ -56,8 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const Ref<Object> object = TQJSONDecoder::initWithData(text)->decode();
   if (!object) return 0;
   const Ref<Data> first = TQJSONEncoder::encodeObjectAsData(object);
-  if (!first) return 0;  // an archive inside may hold what has no place in one
-  const Ref<Data> second = writtenAgain(*first);  // a power of ten may slip once
+  if (!first) return 0;  // a keyed archive inside may hold what a JSON archive cannot
+  const Ref<Data> second = writtenAgain(*first);  // a power of ten may change once
   if (!writtenAgain(*second)->isEqual(*second)) std::abort();
   return 0;
 }
