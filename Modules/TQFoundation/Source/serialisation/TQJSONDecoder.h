@@ -83,7 +83,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] static Ref<Object> decodeData(const Data& data, Ref<Error>* error);
   [[nodiscard]] static Ref<Object> decodeFileAtURL(const URL& url, Ref<Error>* error);
 
-  /// Returns the object that the root stands for, or null without a root. `error`, if given, always
+  /// Returns the object that the root represents, or null without a root. `error`, if given, always
   /// receives the first error, or null.
   [[nodiscard]] Ref<Object> decode(Ref<Error>* error = nullptr);
   /// Replaces the root by these bytes, parsed, and calls decode(). May be called while an object is
@@ -124,7 +124,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
 
   // For classes that handle parsed values themselves.
 
-  /// Returns what a parsed value stands for.
+  /// Returns the object that a parsed value represents.
   [[nodiscard]] Ref<Object> decodeObject(const Object& parsed);
   [[nodiscard]] Ref<Array> decodeArray(const Array& parsed);
   [[nodiscard]] Ref<Object> decodeDictionary(const Dictionary& parsed);

@@ -131,7 +131,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   void encodeObject(LentObject object);
   /// Writes the string unescaped, in quotation marks if `includeQuotes`. It must be well formed.
   void encodeStringWithoutCheckingFormat(const String& string, bool includeQuotes);
-  /// Writes a number.
+  /// Writes a number without quotation marks.
   void encodeNumber(NumberValue number);
   /// Writes a well-formed string, escaped and in quotation marks.
   void encodeText(std::string_view utf8);
@@ -158,8 +158,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   void setError(Ref<Error> error);
   void setError(std::string_view domain, std::int64_t code, std::string_view description);
 
-  /// Makes archives call objects of the coding class of `forClass` `name`; subclasses are not
-  /// affected. Must be called at start-up, before anything is encoded: the table has no lock.
+  /// Sets the name in archives of the coding class of `forClass`, but not of its subclasses. Must
+  /// be called at start-up, before anything is encoded: the table has no lock.
   static void setAliasName(std::string_view name, const Class& forClass);
 
   /// Returns the name of a coding class in archives: its alias, else its own name.

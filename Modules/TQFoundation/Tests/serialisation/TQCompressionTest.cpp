@@ -73,26 +73,6 @@ TEST(CompressionContainer, HasTheLayoutByteForByte) {
   }
 }
 
-TEST(CompressionContainer, GivesBackWhatWasPutIn) {
-  const std::string document = documentText(300'000);
-  const std::string plains[] = {
-      "",
-      document.substr(0, 65537),  // an LZ4 block and one byte
-      std::string(1'000'000, 'x'),
-      randomBytes(30'000) + document + randomBytes(90'000) + document,
-      document.substr(0, 3000) + randomBytes(259'000) + document.substr(0, 3000),
-  };
-  for (const std::string& plain : plains) {
-    for (const auto& [name, algorithm] : kAlgorithms) {
-      SCOPED_TRACE(std::string(name) + ", " + std::to_string(plain.size()));
-      const Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytesOf(plain), algorithm);
-      ASSERT_NE(container, nullptr);
-      EXPECT_LE(container->length(), plain.size() + 18);
-      EXPECT_EQ(textOf(dataByDecompressing_tq(*container)), plain);
-    }
-  }
-}
-
 TEST(CompressionContainer, AcceptsAStreamAsLongAsThePlainBytes) {
   // Between random bytes, which are stored, and repetition, which shrinks.
   const std::string noise = randomBytes(40);
@@ -188,12 +168,19 @@ std::string frameOf(std::string_view stream) {
   return frame + littleEndian(0, 4);
 }
 
-TEST(CompressionTools, ReadOursAndWeReadTheirs) {
+TEST(CompressionTools, ReadOurContainersAsWeDoAndWeReadTheirs) {
   const std::string document = documentText(300'000);
   // The tool's old format is a magic word, the size of a raw block, and the block.
   const std::string magic = fromHex("02214c18");
-  for (const std::string& plain : {document.substr(0, 500), std::string(200'000, 'x'),
-                                   document + randomBytes(70'000) + document}) {
+  for (const std::string& plain :
+       {document.substr(0, 65537),  // an LZ4 block and one byte
+        std::string(1'000'000, 'x'), document + randomBytes(90'000) + document,
+        document.substr(0, 3000) + randomBytes(259'000) + document.substr(0, 3000)}) {
+    for (const auto& [name, algorithm] : kAlgorithms) {
+      const Ref<Data> container = dataByCompressingWithAlgorithm_tq(bytesOf(plain), algorithm);
+      EXPECT_LE(container->length(), plain.size() + 18) << name;
+      EXPECT_EQ(textOf(dataByDecompressing_tq(*container)), plain) << name;
+    }
     const std::string block = payloadOf(plain, lz4Raw);
     const std::pair<const char*, std::string> ours[] = {
         {"gzip -dc", std::string(gzipped_tq(bytesOf(plain))->view())},

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -79,10 +80,10 @@ class JSONWalk {
   void setRoot(Ref<Object> tree) noexcept { root_ = std::move(tree); }
   /// Returns the archive as a parsed tree; null if there is none.
   [[nodiscard]] Ref<Object> parsedRoot();
-  /// Returns the object that the archive stands for; null if there is none.
+  /// Returns the object that the archive represents; null if there is none.
   [[nodiscard]] Ref<Object> decodeRoot();
 
-  /// Returns what a parsed value stands for.
+  /// Returns the object that a parsed value represents.
   [[nodiscard]] Ref<Object> decode(const JSONMember& member);
   [[nodiscard]] Ref<Object> decode(const Object& parsed);
   [[nodiscard]] Ref<Object> decode(const Dictionary& parsed);
