@@ -78,7 +78,7 @@ struct TextSink final : Subclass<TextSink, TQJSONEncoder> {
   std::string text;
 };
 
-/// What is written for `object`, by a sink with and by one without a window.
+/// Returns the archive of `object`, which must be the same with and without a window.
 inline std::string archiveOf(LentObject object, Ref<Error>* error = nullptr) {
   const Ref<TextSink> sink = makeRef<TextSink>();
   const bool succeeded = sink->encodeRootObject(object, error);
@@ -89,7 +89,7 @@ inline std::string archiveOf(LentObject object, Ref<Error>* error = nullptr) {
   return sink->text;
 }
 
-/// The members that `encode` writes, without the class record.
+/// Returns the members that `encode` writes, without the class record.
 inline std::string membersOf(Scripted::Encode encode, Ref<Error>* error = nullptr) {
   std::string text = archiveOf(makeRef<Scripted>(std::move(encode)), error);
   constexpr std::string_view kStart = "{\"_class\":\"Scripted\"";

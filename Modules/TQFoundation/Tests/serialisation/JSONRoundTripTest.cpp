@@ -29,7 +29,7 @@ TEST(JSONRoundTrip, WhatIsReadIsWrittenAgainToTheByteStress) {
   EXPECT_TRUE(log.messages().empty());
 }
 
-/// Whatever is read of hostile text can be written and read again. No crash, no hang.
+/// Objects that are read from hostile text can be written and read again. No crash, no hang.
 TEST(JSONRoundTrip, HostileTextIsReadOrRefusedStress) {
   Class::registerClass<Record>();
   const CapturedLog log;  // of thousands of repairs

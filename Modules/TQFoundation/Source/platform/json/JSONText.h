@@ -18,7 +18,7 @@ struct JSONFault {
   std::size_t index = 0;     ///< byte offset
 };
 
-/// What a scan found.
+/// The result of a scan.
 struct JSONScan {
   std::optional<JSONFault> fault;  ///< the first one; UTF-8 is not checked
   /// Byte offset of the end of each integer that fits neither int64 nor uint64. Ascending, and
