@@ -10,7 +10,7 @@
 
 #include <TQFoundation/spatial/LazyPruneTree.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 #include "support/PlainRTree.h"
 #include "support/RandomRects.h"
 

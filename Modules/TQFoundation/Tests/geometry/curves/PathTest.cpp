@@ -7,7 +7,7 @@
 #include <TQFoundation/geometry/curves/CGContext+TQFoundation.h>
 #include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {

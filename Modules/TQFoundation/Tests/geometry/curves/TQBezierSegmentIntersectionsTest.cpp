@@ -6,7 +6,7 @@
 
 #include <TQFoundation/geometry/curves/TQBezierSegment.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 #include "support/RandomBezier.h"
 
 namespace tq {

@@ -10,7 +10,7 @@
 #include <TQFoundation/geometry/rects/TQRectFitting.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 #include "support/RandomBezier.h"
 #include "support/Roots.h"
 

@@ -6,7 +6,7 @@
 
 #include <TQFoundation/objects/Number.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 #include "support/RandomBezier.h"
 #include "support/Roots.h"
 

@@ -7,7 +7,7 @@
 #include <TQFoundation/geometry/lines/TQOrthogonalLine.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 #include "support/RandomBezier.h"
 
 namespace tq {

@@ -3,7 +3,7 @@
 
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {

@@ -1,7 +1,7 @@
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/values/AspectRatio.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {

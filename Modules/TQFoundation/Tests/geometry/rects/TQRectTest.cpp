@@ -1,8 +1,8 @@
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/rects/TQRect.h>
 
-#include "geometry/Expectations.h"
 #include "support/CapturedLog.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {

@@ -8,7 +8,7 @@
 #include <TQFoundation/geometry/values/TQRounder.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
-#include "geometry/Expectations.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {
