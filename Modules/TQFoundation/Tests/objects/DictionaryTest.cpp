@@ -1,12 +1,12 @@
-#include <TQFoundation/objects/Dictionary.h>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <random>
 
 #include <TQFoundation/objects/Data.h>
+#include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/MapTable.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Set.h>
@@ -17,20 +17,15 @@ namespace {
 
 Ref<Object> number(NumberValue value) { return Number::numberWith(value); }
 
-TEST(Dictionary, KeepsTheOrderOfItsEntriesAndReplacesInPlace) {
+TEST(Dictionary, KeepsTheLastOfEqualKeysAndItsCopiesStayAsTheyAre) {
   const Ref<Dictionary> dictionary =
       Dictionary::dictionaryWithEntries({{"b", number(1)}, {"a", number(2)}, {"b", number(3)}});
-  EXPECT_EQ(dictionary->description(), "{b = 3; a = 2;}");
   const Ref<MutableDictionary> growing = MutableDictionary::dictionaryWithDictionary(*dictionary);
   growing->setObject(number(4), "c");
-  growing->setObject(number(5), "a");
-  EXPECT_EQ(growing->description(), "{b = 3; a = 5; c = 4;}");
   const Ref<Object> fixed = growing->copy();
-  growing->removeObjectForKey(*String::of("b"));
-  growing->removeObjectForKey(*String::of("absent"));
-  EXPECT_EQ(growing->description(), "{a = 5; c = 4;}");
-  EXPECT_EQ(fixed->description(), "{b = 3; a = 5; c = 4;}");
   growing->removeAllObjects();
+  EXPECT_EQ(dictionary->description(), "{b = 3; a = 2;}");
+  EXPECT_EQ(fixed->description(), "{b = 3; a = 2; c = 4;}");
   EXPECT_EQ(growing->description(), "{}");
   EXPECT_TRUE(growing->isEqual(*Dictionary::dictionary()));
 }
@@ -119,6 +114,43 @@ TEST(Set, KeepsTheFirstOfEqualObjects) {
   EXPECT_EQ(large->count(), 50u);
   EXPECT_TRUE(large->containsObject(*number(49)));
   EXPECT_FALSE(large->containsObject(*number(50)));
+}
+
+TEST(MapTable, FindsByEqualityAndDropsDestroyedKeys) {
+  for (const auto& table :
+       {MapTable::weakToStrongObjectsMapTable(), MapTable::strongToStrongObjectsMapTable()}) {
+    auto key = String::of("key");
+    const auto other = String::of("other"), value = String::of("value");
+    table->setObject(value, *key);
+    table->setObjectForKeyedSubscript(other, *other);
+    EXPECT_EQ(table->objectForKeyedSubscript(*String::of("key")), value.get());
+    EXPECT_EQ(table->setObject(other, *String::of("key")).size(), 1u) << "the replaced value";
+    EXPECT_EQ(table->count(), 2u);
+
+    int calls = 0;
+    table->enumerateKeysAndObjectsUsingBlock([&](Object&, Object&, bool& stop) {
+      stop = true;
+      ++calls;
+      table->removeObjectForKey(*String::of("absent"));
+    });
+    table->enumerateKeysUsingBlock([&](Object&, bool&) { ++calls; });
+    table->enumerateObjectsUsingBlock([&](Object& object, bool&) {
+      EXPECT_EQ(&object, other.get());
+      ++calls;
+    });
+    EXPECT_EQ(calls, 1 + 2 + 2);
+
+    const auto kept = table->filter([&](Object& k, Object&) { return &k == key.get(); });
+    EXPECT_EQ(kept->count(), 1u);
+    EXPECT_EQ(table->count(), 2u);
+    const bool isWeak = key->referenceCount() == 1;
+    key = nullptr;
+    EXPECT_EQ(kept->count(), isWeak ? 0u : 1u);
+    EXPECT_EQ(kept->objectForKey(*String::of("key")), isWeak ? nullptr : other.get());
+    EXPECT_EQ(kept->purge().size(), isWeak ? 1u : 0u);
+    EXPECT_EQ(table->setObject(nullptr, *other).size(), isWeak ? 2u : 1u);
+    EXPECT_EQ(table->removeAllObjects().size(), isWeak ? 0u : 1u);
+  }
 }
 
 }  // namespace

@@ -1,13 +1,10 @@
 tq_add_room_tests(TQObjects
-  ${CMAKE_CURRENT_LIST_DIR}/ArrayConveniencesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ArrayTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ClassTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/DictionaryTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/MapTableTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NumberTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ObjectTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StringTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/URLTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ValueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WeakTest.cpp)
 # An executable of its own, for it replaces the allocation functions.

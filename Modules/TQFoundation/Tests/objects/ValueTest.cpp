@@ -1,8 +1,7 @@
-#include <TQFoundation/objects/Value.h>
-
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <span>
 #include <string>
@@ -19,7 +18,11 @@
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
+#include <TQFoundation/objects/Value.h>
+
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {
@@ -87,10 +90,7 @@ TEST(Hash, DistinguishesRecordsButNotTheirOrder) {
 }
 
 TEST(GeometryText, ReadsNumbersAndIgnoresOtherCharacters) {
-  const struct {
-    std::string_view text;
-    Rect rect;
-  } cases[] = {
+  const test::Rows<std::string_view, Rect> cases{
       {"", {0, 0, 0, 0}},
       {"{{1, 2}, {3, 4}}", {1, 2, 3, 4}},
       {"{1, 2, 3, 4}", {1, 2, 3, 4}},
@@ -101,19 +101,14 @@ TEST(GeometryText, ReadsNumbersAndIgnoresOtherCharacters) {
       {"1e2e3", {100, 3, 0, 0}},
       {"{nan, inf}", {0, 0, 0, 0}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const Rect rect = rectFromText(c.text);
-    EXPECT_EQ(rect.origin.x, c.rect.origin.x);
-    EXPECT_EQ(rect.origin.y, c.rect.origin.y);
-    EXPECT_EQ(rect.size.width, c.rect.size.width);
-    EXPECT_EQ(rect.size.height, c.rect.size.height);
-    EXPECT_EQ(pointFromText(c.text).y, rect.origin.y);
-    EXPECT_EQ(sizeFromText(c.text).width, rect.origin.x);
+  for (const auto& [text, rect] : cases) {
+    SCOPED_TRACE(text);
+    test::expectFields(rectFromText(text), rect);
+    EXPECT_EQ(pointFromText(text).y, rect.origin.y);
+    EXPECT_EQ(sizeFromText(text).width, rect.origin.x);
   }
   const Rect exact{0.1, -1.0 / 3, 5e-324, 1.7976931348623157e308};
-  EXPECT_EQ(rectFromText(textFromRect(exact)).size.height, exact.size.height);
-  EXPECT_EQ(rectFromText(textFromRect(exact)).origin.y, exact.origin.y);
+  test::expectFields(rectFromText(textFromRect(exact)), exact);
 }
 
 TEST(Data, GrowsShrinksAndFillsWithZeros) {
@@ -196,6 +191,41 @@ TEST(DateAndNull, AreEqualByValueAndByIdentity) {
   }
   EXPECT_EQ(Null::null(), Null::null());
   EXPECT_FALSE(Null::null()->isEqual(*Number::numberWith(0)));
+}
+
+TEST(URL, KeepsPathsAndDecodesFileURLs) {
+  const test::Rows<std::string_view, std::string_view, std::string_view, std::string_view> cases{
+      {"/a/b c.txt", "/a/b c.txt", "b c.txt", "file:///a/b%20c.txt"},
+      {"/a%20b", "/a%20b", "a%20b", "file:///a%2520b"},
+      {"file:///a%20b/%C3%A9", "/a b/\xC3\xA9", "\xC3\xA9", "file:///a%20b/%C3%A9"},
+      {"FILE://localhost/x", "/x", "x", "file:///x"},
+      {"file:/x/y/", "/x/y/", "y", "file:///x/y/"},
+      {"/", "/", "/", "file:///"},
+      {"/\xFF?#", "/\xFF?#", "\xFF?#", "file:///%FF%3F%23"},
+      {"", "", "", "file://"},
+      {"https://example.org/a%20b", "", "a%20b", "https://example.org/a%20b"},
+  };
+  for (const auto& [text, path, last, absolute] : cases) {
+    SCOPED_TRACE(text);
+    const Ref<URL> url = URL::URLWithString(text);
+    ASSERT_TRUE(url);
+    EXPECT_EQ(url->path(), path);
+    EXPECT_EQ(url->lastPathComponent(), last);
+    EXPECT_EQ(url->absoluteString(), absolute);
+    const Ref<URL> again = URL::URLWithString(url->absoluteString());
+    EXPECT_TRUE(url->isEqual(*again));
+    EXPECT_EQ(url->hash(), again->hash());
+  }
+  for (const char* text :
+       {"file://elsewhere/x", "file:///%", "file:///%2", "file:///%zz", "file:///a%00b"}) {
+    EXPECT_FALSE(URL::URLWithString(text)) << text;
+  }
+}
+
+TEST(URL, AppendsRelativePathsToTheWorkingDirectory) {
+  const Ref<URL> url = URL::fileURLWithPath("a:b");
+  EXPECT_EQ(url->path(), (std::filesystem::current_path() / "a:b").string());
+  EXPECT_TRUE(URL::URLWithString(url->absoluteString())->isEqual(*url));
 }
 
 }  // namespace
