@@ -7,7 +7,6 @@
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -21,8 +20,6 @@ namespace {
 
 using test::letters;
 
-// A literal implementation of the edit script search, with a record for every snake.
-
 using PlainComparator = std::function<bool(std::size_t, std::size_t)>;
 
 /// An edit. `partner` is the position of the other half of a move in the list of edits.
@@ -32,94 +29,61 @@ struct PlainEdit {
   std::optional<std::size_t> partner;
   friend bool operator==(const PlainEdit&, const PlainEdit&) = default;
 };
+using PlainEdits = std::vector<PlainEdit>;
 
-class PlainDifference {
- public:
-  PlainDifference(std::size_t oldCount, std::size_t newCount, PlainComparator comparator)
-      : oldCount_(oldCount), newCount_(newCount), comparator_(std::move(comparator)) {}
-
-  [[nodiscard]] std::optional<std::vector<PlainEdit>> editSequence(bool inferringMoves) {
-    const std::size_t start = follow(0, 0);
-    if (start == oldCount_ && start == newCount_) return std::nullopt;
-    std::vector<std::vector<Snake>> levels{{Snake{start, start, 0}}};
-    std::optional<std::size_t> last;
-    while (!last) last = fill(levels);
-    std::vector<PlainEdit> edits = backTrace(levels, *last);
-    if (inferringMoves) inferMoves(edits);
-    return edits;
-  }
-
- private:
-  struct Snake {
-    std::size_t x, y, previous;
+/// A literal search for the edit script, in which every path holds its own edits: the index of an
+/// insertion, or ~index of a removal.
+std::vector<long> plainSearch(std::size_t oldCount, std::size_t newCount,
+                              const PlainComparator& matches) {
+  struct Path {
+    std::size_t x, y;
+    std::vector<long> edits;
   };
-
-  [[nodiscard]] std::size_t follow(long long diagonal, std::size_t x) const {
-    for (;; ++x) {
-      const std::size_t y = x - static_cast<std::size_t>(diagonal);
-      if (y >= newCount_ || x >= oldCount_ || !comparator_(x, y)) return x;
+  const auto follow = [&](Path path) {
+    while (path.y < newCount && path.x < oldCount && matches(path.x, path.y)) ++path.x, ++path.y;
+    return path;
+  };
+  std::vector<Path> paths{follow({0, 0, {}})};
+  if (paths[0].x == oldCount && paths[0].y == newCount) return {};
+  for (;;) {
+    const std::vector<Path> before = std::exchange(paths, {});
+    for (std::size_t i = 0; i <= before.size(); ++i) {
+      const bool down = i == 0 || (i < before.size() && before[i - 1].x < before[i].x);
+      Path path = before[down ? i : i - 1];
+      path.edits.push_back(down ? static_cast<long>(path.y++) : ~static_cast<long>(path.x++));
+      paths.push_back(follow(std::move(path)));
+      if (paths.back().x >= oldCount && paths.back().y >= newCount) return paths.back().edits;
     }
   }
+}
 
-  [[nodiscard]] std::optional<std::size_t> fill(std::vector<std::vector<Snake>>& levels) const {
-    const std::size_t d = levels.size();
-    const std::vector<Snake> before = levels.back();
-    levels.emplace_back();
-    for (std::size_t i = 0; i <= d; ++i) {
-      const auto diagonal = -static_cast<long long>(d) + 2 * static_cast<long long>(i);
-      const bool down = i == 0 || (i < d && before[i - 1].x < before[i].x);
-      const std::size_t previous = down ? i : i - 1;
-      const std::size_t x = follow(diagonal, before[previous].x + (down ? 0 : 1));
-      const std::size_t y = x - static_cast<std::size_t>(diagonal);
-      levels.back().push_back({x, y, previous});
-      if (x >= oldCount_ && y >= newCount_) return i;
-    }
-    return std::nullopt;
-  }
-
-  [[nodiscard]] static std::vector<PlainEdit> backTrace(
-      const std::vector<std::vector<Snake>>& levels, std::size_t last) {
-    std::vector<PlainEdit> edits;
-    for (std::size_t d = levels.size() - 1; d > 0; --d) {
-      const Snake& s = levels[d][last];
-      const Snake& p = levels[d - 1][s.previous];
-      const bool isRemoval = s.x - p.x > s.y - p.y;
-      edits.push_back({!isRemoval, isRemoval ? p.x : p.y, {}});
-      last = s.previous;
-    }
-    std::ranges::stable_sort(edits, [](const PlainEdit& a, const PlainEdit& b) {
-      if (a.isInsertion != b.isInsertion) return b.isInsertion;
-      return a.isInsertion ? a.index < b.index : a.index > b.index;
-    });
-    return edits;
-  }
-
-  void inferMoves(std::vector<PlainEdit>& edits) const {
-    std::vector<std::size_t> pool;
-    std::size_t at = 0;
-    for (; at < edits.size() && !edits[at].isInsertion; ++at) pool.push_back(at);
-    for (; at < edits.size(); ++at) {
-      for (std::size_t p = 0; p < pool.size(); ++p) {
-        if (!comparator_(edits[pool[p]].index, edits[at].index)) continue;
-        edits[at].partner = pool[p];
-        edits[pool[p]].partner = at;
-        pool.erase(pool.begin() + static_cast<std::ptrdiff_t>(p));
-        break;
-      }
+std::optional<PlainEdits> plainEdits(std::size_t oldCount, std::size_t newCount,
+                                     bool inferringMoves, const PlainComparator& matches) {
+  std::vector<long> found = plainSearch(oldCount, newCount, matches);
+  if (found.empty()) return std::nullopt;
+  std::ranges::sort(found);  // removals from the highest index, then insertions from the lowest
+  PlainEdits edits;
+  for (const long i : found)
+    edits.push_back({i >= 0, static_cast<std::size_t>(i < 0 ? ~i : i), {}});
+  if (!inferringMoves) return edits;
+  for (std::size_t added = 0; added < edits.size(); ++added) {
+    for (std::size_t removed = 0; edits[added].isInsertion && removed < added; ++removed) {
+      const bool isFree = !edits[removed].isInsertion && !edits[removed].partner;
+      if (!isFree || !matches(edits[removed].index, edits[added].index)) continue;
+      edits[removed].partner = added;
+      edits[added].partner = removed;
+      break;
     }
   }
-
-  std::size_t oldCount_;
-  std::size_t newCount_;
-  PlainComparator comparator_;
-};
+  return edits;
+}
 
 /// Converts changes to plain edits.
-std::optional<std::vector<PlainEdit>> plain(const std::optional<TQArrayChanges>& changes) {
+std::optional<PlainEdits> plain(const std::optional<TQArrayChanges>& changes) {
   if (!changes) return std::nullopt;
   std::map<const TQComparisonArrayChange*, std::size_t> places;
   for (const auto& change : *changes) places.emplace(change.get(), places.size());
-  std::vector<PlainEdit> edits;
+  PlainEdits edits;
   for (const auto& change : *changes) {
     const auto partner = change->associatedChange();
     edits.push_back({change->isInsertion(), static_cast<std::size_t>(change->index()), {}});
@@ -137,7 +101,7 @@ std::string randomText(std::mt19937& random) {
 
 TEST(ArrayComparison, EqualsThePlainAlgorithmOnRandomArrays) {
   using Calls = std::vector<std::pair<std::size_t, std::size_t>>;
-  for (unsigned seed = 0; seed < 3000; ++seed) {
+  for (unsigned seed = 0; seed < 1500; ++seed) {
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     const std::string before = randomText(random);
@@ -150,11 +114,11 @@ TEST(ArrayComparison, EqualsThePlainAlgorithmOnRandomArrays) {
     };
 
     Calls expectedCalls;
-    PlainDifference twin(before.size(), after.size(), [&](std::size_t x, std::size_t y) {
-      expectedCalls.emplace_back(x, y);
-      return says(expectedCalls, x, y);
-    });
-    const auto expected = twin.editSequence(infers);
+    const auto expected =
+        plainEdits(before.size(), after.size(), infers, [&](std::size_t x, std::size_t y) {
+          expectedCalls.emplace_back(x, y);
+          return says(expectedCalls, x, y);
+        });
 
     Calls calls;
     const Ref<Array> olds = letters(before);
@@ -167,32 +131,12 @@ TEST(ArrayComparison, EqualsThePlainAlgorithmOnRandomArrays) {
         });
     ASSERT_EQ(plain(changes), expected);
     ASSERT_EQ(calls, expectedCalls);
-    ASSERT_TRUE(isFickle || changes.has_value() == (before != after));
-  }
-}
-
-TEST(ArrayComparison, ReturnsEditsInTheOrderOfTheirApplication) {
-  const struct {
-    std::string before, after, edits;
-  } cases[] = {
-      {"", "", "none"},
-      {"abc", "abc", "none"},
-      {"", "xy", "+x0 +y1"},
-      {"xy", "", "-y1 -x0"},
-      {"abxa", "xb", "-a3 -b1> -a0 +b1>"},
-      {"qzz", "zzq", "-q0> +q2>"},
-      {"aab", "ba", "-a1> -a0 +a1>"},  // of two removals, the one with the higher index
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.before + " to " + c.after);
-    const auto changes = editSequenceTo(*letters(c.before), *letters(c.after), true);
-    std::string edits = changes ? "" : "none";
     for (const auto& change : changes.value_or(TQArrayChanges())) {
-      edits += std::string(edits.empty() ? "" : " ") + (change->isInsertion() ? "+" : "-") +
-               change->object()->description() + std::to_string(change->index()) +
-               (change->isMove() ? ">" : "");
+      const Array& array = change->isInsertion() ? *news : *olds;
+      ASSERT_EQ(change->object(), &array.objectAtIndex(static_cast<std::size_t>(change->index())));
+      ASSERT_EQ(change->isMove(), change->associatedChange() != nullptr);
     }
-    EXPECT_EQ(edits, c.edits);
+    ASSERT_TRUE(isFickle || changes.has_value() == (before != after));
   }
 }
 

@@ -10,6 +10,8 @@
 
 #include "comparison/Letters.h"
 
+#include "support/Expectations.h"
+
 namespace tq {
 namespace {
 
@@ -58,25 +60,22 @@ TEST(ArrayConsolidation, KeepsMatchesAndMovesItems) {
 TEST(ArrayConsolidation, UpdatesMatchesThatTheEditScriptDoesNotUse) {
   // The calls from ab to pqr: 1 a-p, 2 a-q, 3 b-r, 4 b-p. The search then ends on the path of call
   // 4, which removes a. Inferring moves calls 5 a-q and 6 a-r.
-  const struct {
-    std::vector<int> yes;
-    Log log;
-    std::string result;
-  } cases[] = {
+  const test::Rows<std::vector<int>, Log, std::string> cases{
       {{2, 4}, {"update aq", "update bp", "removed a", "create q", "create r"}, "bqr"},
       {{2, 4, 6}, {"update ar", "update bp", "create q"}, "bqa"},  // the last match of a counts
   };
-  for (const auto& c : cases) {
+  for (const auto& [matching, expected, result] : cases) {
     Log log;
     TQArrayConsolidator consolidator = loggingConsolidator(log);
     int calls = 0;
-    consolidator.setComparisonBlock([&](Object&, std::size_t, Object&, std::size_t) {
-      return std::ranges::count(c.yes, ++calls) != 0;
-    });
+    consolidator.setComparisonBlock(
+        [&, &yes = matching](Object&, std::size_t, Object&, std::size_t) {
+          return std::ranges::count(yes, ++calls) != 0;
+        });
     const Ref<MutableArray> array = MutableArray::arrayWithArray(*letters("ab"));
     EXPECT_TRUE(consolidateAgainst(*array, *letters("pqr"), consolidator));
-    EXPECT_EQ(log, c.log);
-    EXPECT_EQ(textOf(*array), c.result);
+    EXPECT_EQ(log, expected);
+    EXPECT_EQ(textOf(*array), result);
   }
 }
 

@@ -8,6 +8,7 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
 
+#include "support/Expectations.h"
 #include "support/OnDestruction.h"
 
 namespace tq {
@@ -32,19 +33,18 @@ TEST(TQRangeMap, FindsTheLastRangeThatStartsAtOrBeforeALocation) {
   map.setObject(String::of("inner"), {110, 5});
   map.setObject(String::of("empty"), {300, 0});
   map.setObject(String::of("end"), {kLast, UINT64_MAX});
-  const struct {
-    std::uint64_t location;
-    const char* expected;
-  } cases[] = {{1, "none"},
-               {4, "a2"},
-               {5, "none"},
-               {109, "long100"},
-               {110, "inner110"},
-               {150, "none"},  // in "long", which does not start last
-               {300, "none"},
-               {kLast, "end9223372036854775806"},
-               {UINT64_MAX, "end9223372036854775806"}};
-  for (const auto& c : cases) EXPECT_EQ(found(map, c.location), c.expected) << c.location;
+  const test::Rows<std::uint64_t, const char*> cases{
+      {1, "none"},
+      {4, "a2"},
+      {5, "none"},
+      {109, "long100"},
+      {110, "inner110"},
+      {150, "none"},  // in "long", which does not start last
+      {300, "none"},
+      {kLast, "end9223372036854775806"},
+      {UINT64_MAX, "end9223372036854775806"},
+  };
+  for (const auto& [at, name] : cases) EXPECT_EQ(found(map, at), name) << at;
 }
 
 TEST(TQRangeMap, ReplacesByStartAndRemovesFromALocationOn) {

@@ -8,6 +8,8 @@
 
 #include <TQFoundation/objects/Null.h>
 
+#include "support/Expectations.h"
+
 namespace tq {
 namespace {
 
@@ -37,10 +39,7 @@ std::string text(const TQSortableTreeItems& items) {
 }
 
 TEST(TQSortableTreeItem, SortsAndCompressesNamesWithGroups) {
-  const struct {
-    std::vector<std::string> names;
-    std::string nested, compressed;
-  } cases[] = {
+  const test::Rows<std::vector<std::string>, std::string, std::string> cases{
       {{}, "", ""},
       {{"A / C", "A/B"}, "A{B* C*}", "A / B* A / C*"},
       {{"A/B/C"}, "A{B{C*}}", "A / B / C*"},
@@ -51,11 +50,10 @@ TEST(TQSortableTreeItem, SortsAndCompressesNamesWithGroups) {
       {{"a/b/1", "a/c/2", "a/c/3"}, "a{b{1*} c{2* 3*}}", "a / b / 1* a / c{2* 3*}"},
       {{"p/q", "r/s/t", "r/s/u"}, "p{q*} r{s{t* u*}}", "p / q* r / s{t* u*}"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.nested);
-    EXPECT_EQ(text(TQObjectSorting::sortObjectsWithNesting(*named(c.names))), c.nested);
-    EXPECT_EQ(text(TQObjectSorting::sortObjectsWithCompressedNesting(*named(c.names))),
-              c.compressed);
+  for (const auto& [names, nested, compressed] : cases) {
+    SCOPED_TRACE(nested);
+    EXPECT_EQ(text(TQObjectSorting::sortObjectsWithNesting(*named(names))), nested);
+    EXPECT_EQ(text(TQObjectSorting::sortObjectsWithCompressedNesting(*named(names))), compressed);
   }
 }
 

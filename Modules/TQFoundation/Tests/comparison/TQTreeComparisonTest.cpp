@@ -185,10 +185,10 @@ TEST(TQTreeComparison, ThrowsForTreesThatAreTooDeepAtEachCall) {
 }
 
 /// Collects the nodes of a tree.
-void collect(const Ref<Thing>& root, std::vector<Thing*>& all) {
-  all.push_back(root.get());
-  for (std::size_t r = 0; r < 2; ++r) {
-    for (Object& each : *root->arrays[r]) collect(share(thing(each)), all);
+void collect(Thing& root, std::vector<Thing*>& all) {
+  all.push_back(&root);
+  for (const auto& array : root.arrays) {
+    for (Object& each : *array) collect(thing(each), all);
   }
 }
 
@@ -207,7 +207,7 @@ class Trees {
   void change(const Ref<Thing>& root) {
     for (int n = pick(8); n > 0; --n) {
       std::vector<Thing*> all;
-      collect(root, all);
+      collect(*root, all);
       Thing& node = *all[static_cast<std::size_t>(pick(static_cast<int>(all.size())))];
       MutableArray& array = *node.arrays[static_cast<std::size_t>(pick(2))];
       const auto place = [&] {
@@ -220,16 +220,12 @@ class Trees {
         case 1:
           array.insertObject(grow(1), place());
           break;
-        case 2:
-          if (array.count() != 0) array.removeObjectAtIndex(place() % array.count());
-          break;
         default:
-          if (array.count() != 0) {
-            const std::size_t from = place() % array.count();
-            Ref<Object> moved = share(array.objectAtIndex(from));
-            array.removeObjectAtIndex(from);
-            array.insertObject(std::move(moved), place());
-          }
+          if (array.count() == 0) break;
+          const std::size_t from = place() % array.count();
+          Ref<Object> taken = share(array.objectAtIndex(from));
+          array.removeObjectAtIndex(from);
+          if (pick(2) == 0) array.insertObject(std::move(taken), place());
       }
     }
   }
