@@ -1,9 +1,6 @@
 tq_add_room_tests(TQPlatform
-  ${CMAKE_CURRENT_LIST_DIR}/text/Base64Test.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/text/CharacterCategoryTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/text/TextTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/bytes/CodecTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/text/CollationTest.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/text/URLResolutionTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/operations/OperationTest.cpp

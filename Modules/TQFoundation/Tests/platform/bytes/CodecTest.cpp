@@ -10,6 +10,7 @@
 #include <TQFoundation/platform/bytes/Digest.h>
 
 #include "support/Bytes.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {
@@ -28,45 +29,41 @@ std::optional<std::string> unpacked(const Codec& codec, std::string_view stream,
   return plain;
 }
 
-// Streams from the format's reference encoder, and streams made to use every form at its limits.
+// Streams from the format's reference encoder (true), and streams made to use every form at its
+// limits.
 TEST(LZFSEStream, ReadsStreamsOfOtherEncoders) {
-  const struct {
-    const char* name;
-    std::size_t plainSize;
-    const char* sha1;
-    bool isReferenceEncoding = true;
-  } cases[] = {
-      {"empty", 0, "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
-      {"one", 1, "c3156e00d3c2588c639e0d3cf6821258b05761c7"},
-      {"seven", 7, "de69b8a4a5604d0486e6420db81e39eb464a17b2"},
-      {"text100", 100, "cb94d43dae6a7dc31c15b22e540d280d426dc61b"},
-      {"rand2000", 2000, "537e1806134cdb5035f0c9a035766f87dcb84198"},
-      {"rep4096", 4096, "21f71fef581769bfa5d3d8dd9dfa15d8e3c8dd9e"},
-      {"text3000", 3000, "a3da84ac0250f200b86bba7ca64fda356c963de0"},
-      {"rep4095", 4095, "f454aa587cf3c3b9059ede530a27a727259df32b"},
-      {"rand4096", 4096, "31066b9a480e63dd724022aac577353646a555bd"},
-      {"rand4096.stored", 4096, "31066b9a480e63dd724022aac577353646a555bd"},
-      {"zeros5000", 5000, "044ef48af264fd3e304ab9e64f9656f37af763a6"},
-      {"text64k", 65536, "9d733add752c2d8f8978c10dafa7653bd3a0c12f"},
-      {"text64k.v1", 65536, "9d733add752c2d8f8978c10dafa7653bd3a0c12f"},
-      {"mixed300k", 307200, "8f03165d057e1c8687e6a44bf9144fb89c04a03a"},
+  const Rows<const char*, std::size_t, const char*, bool> cases{
+      {"empty", 0, "da39a3ee5e6b4b0d3255bfef95601890afd80709", true},
+      {"one", 1, "c3156e00d3c2588c639e0d3cf6821258b05761c7", true},
+      {"seven", 7, "de69b8a4a5604d0486e6420db81e39eb464a17b2", true},
+      {"text100", 100, "cb94d43dae6a7dc31c15b22e540d280d426dc61b", true},
+      {"rand2000", 2000, "537e1806134cdb5035f0c9a035766f87dcb84198", true},
+      {"rep4096", 4096, "21f71fef581769bfa5d3d8dd9dfa15d8e3c8dd9e", true},
+      {"text3000", 3000, "a3da84ac0250f200b86bba7ca64fda356c963de0", true},
+      {"rep4095", 4095, "f454aa587cf3c3b9059ede530a27a727259df32b", true},
+      {"rand4096", 4096, "31066b9a480e63dd724022aac577353646a555bd", true},
+      {"rand4096.stored", 4096, "31066b9a480e63dd724022aac577353646a555bd", true},
+      {"zeros5000", 5000, "044ef48af264fd3e304ab9e64f9656f37af763a6", true},
+      {"text64k", 65536, "9d733add752c2d8f8978c10dafa7653bd3a0c12f", true},
+      {"text64k.v1", 65536, "9d733add752c2d8f8978c10dafa7653bd3a0c12f", true},
+      {"mixed300k", 307200, "8f03165d057e1c8687e6a44bf9144fb89c04a03a", true},
       {"lzvn-ops", 68302, "5e3411120f1b0fd64d92d232f713e057aa5cd7b9", false},
       {"chain", 15429, "82d5eb8dc50c04db684883576a3e5cd0b1caece0", false},
       {"limits", 270914, "9c406e719e6887950031de998c9d3947bb48cbff", false},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const std::string stream = fileContents(TQ_TEST_DATA "/" + std::string(c.name) + ".lzfse");
+  for (const auto& [name, plainSize, sha1, isReferenceEncoding] : cases) {
+    SCOPED_TRACE(name);
+    const std::string stream = fileContents(TQ_TEST_DATA "/" + std::string(name) + ".lzfse");
     ASSERT_FALSE(stream.empty());
-    const auto plain = unpacked(lzfseCodec, stream, c.plainSize);
+    const auto plain = unpacked(lzfseCodec, stream, plainSize);
     ASSERT_TRUE(plain);
-    EXPECT_TRUE(std::ranges::equal(*sha1Digest(bytesOf(*plain)), bytesOf(fromHex(c.sha1))));
-    EXPECT_FALSE(unpacked(lzfseCodec, stream, c.plainSize + 1));
-    EXPECT_TRUE(c.plainSize == 0 || !unpacked(lzfseCodec, stream, c.plainSize - 1));
+    EXPECT_TRUE(std::ranges::equal(*sha1Digest(bytesOf(*plain)), bytesOf(fromHex(sha1))));
+    EXPECT_FALSE(unpacked(lzfseCodec, stream, plainSize + 1));
+    EXPECT_TRUE(plainSize == 0 || !unpacked(lzfseCodec, stream, plainSize - 1));
 
-    const std::string ours = packed(lzfseCodec, *plain, c.plainSize + 700);
-    EXPECT_EQ(unpacked(lzfseCodec, ours, c.plainSize), plain);
-    EXPECT_TRUE(!c.isReferenceEncoding || ours.size() <= stream.size());
+    const std::string ours = packed(lzfseCodec, *plain, plainSize + 700);
+    EXPECT_EQ(unpacked(lzfseCodec, ours, plainSize), plain);
+    EXPECT_TRUE(!isReferenceEncoding || ours.size() <= stream.size());
   }
 }
 
@@ -74,30 +71,27 @@ TEST(Stream, KnownAnswers) {
   std::string tests;
   for (int i = 0; i < 16; ++i) tests += "test ";
   const std::string zero(1, '\0');
-  const struct {
-    const char* name;
-    const Codec& codec;
-    std::string plain, stream;
-    bool isOurs = true;  ///< our encoder writes the same stream
-  } cases[] = {
-      {"LZ4 of a byte", lz4Codec, zero, fromHex("6276342d 01000000 00 62763424")},
-      {"LZ4 stored", lz4Codec, tests, fromHex("6276342d 50000000") + tests + fromHex("62763424"),
+  // True: our encoder writes the same stream.
+  const Rows<const char*, const Codec*, std::string, std::string, bool> cases{
+      {"LZ4 of a byte", &lz4Codec, zero, fromHex("6276342d 01000000 00 62763424"), true},
+      {"LZ4 stored", &lz4Codec, tests, fromHex("6276342d 50000000") + tests + fromHex("62763424"),
        false},
-      {"LZ4 raw, literals", lz4RawCodec, tests, fromHex("f041") + tests, false},
-      {"LZMA of nothing", lzmaCodec, "",
-       fromHex("fd377a585a000000ff12d941 00000000 1cdf4421 06729e7a 0100000000 00595a")},
-      {"LZMA of a byte", lzmaCodec, zero,
+      {"LZ4 raw, literals", &lz4RawCodec, tests, fromHex("f041") + tests, false},
+      {"LZMA of nothing", &lzmaCodec, "",
+       fromHex("fd377a585a000000ff12d941 00000000 1cdf4421 06729e7a 0100000000 00595a"), true},
+      {"LZMA of a byte", &lzmaCodec, zero,
        fromHex("fd377a585a000000ff12d941 02c005012101160027e86383 0100000000000000"
-               "00011101ada65804 06729e7a0100000000 00595a")},
-      {"LZVN", lzfseCodec, tests,
+               "00011101ada65804 06729e7a0100000000 00595a"),
+       true},
+      {"LZVN", &lzfseCodec, tests,
        fromHex("6276786e 50000000 15000000 e57465737420 3805 f02f e27420 0600000000000000"
                "62767824"),
        false},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(unpacked(c.codec, c.stream, c.plain.size()), c.plain);
-    EXPECT_TRUE(!c.isOurs || packed(c.codec, c.plain, 100) == c.stream);
+  for (const auto& [name, codec, plain, stream, isOurs] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(unpacked(*codec, stream, plain.size()), plain);
+    EXPECT_TRUE(!isOurs || packed(*codec, plain, 100) == stream);
   }
 }
 

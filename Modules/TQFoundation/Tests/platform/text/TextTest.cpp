@@ -1,0 +1,185 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iomanip>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <TQFoundation/platform/text/Base64.h>
+#include <TQFoundation/platform/text/CharacterCategory.h>
+#include <TQFoundation/platform/text/Collation.h>
+#include <TQFoundation/platform/text/URLResolution.h>
+
+#include "support/Bytes.h"
+#include "support/Expectations.h"
+
+namespace tq {
+namespace {
+
+using test::bytesOf;
+
+TEST(Base64, MatchesTheVectorsOfTheStandard) {
+  // RFC 4648, section 10, and the characters "+" and "/".
+  const std::pair<std::string_view, std::string_view> cases[] = {
+      {"", ""},
+      {"f", "Zg=="},
+      {"fo", "Zm8="},
+      {"foo", "Zm9v"},
+      {"foob", "Zm9vYg=="},
+      {"fooba", "Zm9vYmE="},
+      {"foobar", "Zm9vYmFy"},
+      {"\xFB\xFF\xFE", "+//+"},
+  };
+  for (const auto& [bytes, text] : cases) {
+    EXPECT_EQ(base64FromBytes(bytesOf(bytes)), text);
+    const Ref<Data> decoded = dataFromBase64(text);
+    ASSERT_TRUE(decoded) << text;
+    EXPECT_EQ(decoded->view(), bytes);
+  }
+  std::string text = "before:";
+  appendBase64(text, bytesOf("foo"));
+  appendBase64(text, bytesOf("fo"));
+  EXPECT_EQ(text, "before:Zm9vZm8=");
+}
+
+TEST(Base64, RefusesAnyOtherText) {
+  for (const char* text :
+       {"Z",      "Zg",     "Zg=",   "Zg==Zg==", "Z===",      "====",      "=",
+        "Zg==\n", "\nZg==", " Zm9v", "Zm9v ",    "Zm\n9vZm9", "Zm9v\n   ", "Zm9-",
+        "Zm9_",   "Zm=v",   "Z=9v",  "=m9v",     "Zm9vZ=g=",  "Zm9\xC3"}) {
+    EXPECT_FALSE(dataFromBase64(text)) << text;
+  }
+  EXPECT_FALSE(dataFromBase64(std::string_view("Zm\09", 4)));
+  // Unused bits of the last character are ignored.
+  EXPECT_EQ(dataFromBase64("Zh==")->view(), "f");
+  EXPECT_EQ(dataFromBase64("Zm9=")->view(), "fo");
+}
+
+TEST(Base64, RoundTripsEveryLength) {
+  std::mt19937 random(7);
+  std::string bytes;
+  for (int length = 0; length < 400; ++length) {
+    const std::string text = base64FromBytes(bytesOf(bytes));
+    EXPECT_EQ(text.size(), (bytes.size() + 2) / 3 * 4);
+    EXPECT_EQ(dataFromBase64(text)->view(), bytes);
+    bytes += static_cast<char>(random());
+  }
+}
+
+TEST(CharacterCategory, RecognisesControlAndFormatCharacters) {
+  for (char32_t c = 0; c < 0x100; ++c) {
+    const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
+    EXPECT_EQ(isControlOrFormatCharacter(c), isControl || c == 0xAD) << std::uint32_t(c);
+  }
+  for (const char32_t c : {0x061Cu, 0x200Bu, 0x200Fu, 0x2060u, 0xFEFFu, 0x110BDu, 0xE007Fu}) {
+    EXPECT_TRUE(isControlOrFormatCharacter(c)) << std::uint32_t(c);
+  }
+  for (const char32_t c : {0x2028u, 0x3000u, 0xD800u, 0xE000u, 0x1F600u, 0x110000u, 0xFFFFFFFFu}) {
+    EXPECT_FALSE(isControlOrFormatCharacter(c)) << std::uint32_t(c);
+  }
+}
+
+TEST(CharacterCategory, BlankEndsAreTabsAndSpacesOfEveryWidth) {
+  const test::Rows<std::string_view, std::string_view> cases{
+      {"", ""},
+      {" \t ", ""},
+      {"\xE3\x80\x80 a\xC2\xA0 b\xE2\x80\x8A\t", "a\xC2\xA0 b"},
+      {" \na\n ", "\na\n"},
+      {"\xE2\x80\x8B", "\xE2\x80\x8B"},  // zero width: a format character
+      {" \xA0 \xE2\x80 ", "\xA0 \xE2\x80"},
+  };
+  for (const auto& [text, rest] : cases) EXPECT_EQ(withoutBlankEnds(text), rest);
+}
+
+TEST(Collation, SortsInNaturalOrder) {
+  std::vector<std::string> sorted;
+  std::istringstream names(
+      "| |_|-|,|(|#|~|0|1|01|1a|2|10|18446744073709551616|18446744073709551617|a|A|a b|a-b|a1b2|"
+      "a1b02|a01b2|ab|é|É|f|file2|File2|file10|File10|strasse|straße|z|z\xFF|z\xFF\xFF");
+  for (std::string name; std::getline(names, name, '|');) sorted.push_back(name);
+  auto shuffled = sorted;
+  std::ranges::shuffle(shuffled, std::mt19937(1));
+  std::ranges::sort(shuffled, [](const std::string& a, const std::string& b) {
+    return localizedStandardCompare(a, b) < 0;
+  });
+  EXPECT_EQ(shuffled, sorted);
+  for (const std::string& a : sorted) {
+    for (const std::string& b : sorted) {
+      EXPECT_EQ(localizedStandardCompare(a, b), -localizedStandardCompare(b, a)) << a << ' ' << b;
+      EXPECT_EQ(localizedStandardCompare(a, b) == 0, a == b) << a << ' ' << b;
+    }
+  }
+}
+
+TEST(Collation, FollowsTheLocaleThatTheHostSets) {
+  const char* const accented = "\xC3\xB6";  // o with diaeresis: a letter after z in Swedish
+  EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
+  ASSERT_TRUE(setCollationLocale("sv_SE"));
+  EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
+  EXPECT_FALSE(setCollationLocale("there is no such place"));
+  EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
+  EXPECT_TRUE(setCollationLocale("en"));  // same order as the root locale
+  EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
+  EXPECT_TRUE(setCollationLocale(""));
+  EXPECT_LT(localizedStandardCompare("file9", "file10"), 0);
+}
+
+std::string resolved(std::string_view base, std::string_view text) {
+  const Ref<URL> url = URLWithString(text, URL::URLWithString(base).get());
+  return url ? url->absoluteString() : "(null)";
+}
+
+// RFC 3986, sections 5.4.1 and 5.4.2, in their order.
+TEST(URLResolution, FollowsEveryExampleOfTheStandard) {
+  std::istringstream examples(R"(
+      g:h  g:h               g  http://a/b/c/g        ./g      http://a/b/c/g
+      g/   http://a/b/c/g/   /g http://a/g            //g      http://g
+      ?y   http://a/b/c/d;p?y        g?y     http://a/b/c/g?y
+      #s   http://a/b/c/d;p?q#s      g#s     http://a/b/c/g#s      g?y#s    http://a/b/c/g?y#s
+      ;x   http://a/b/c/;x           g;x     http://a/b/c/g;x      g;x?y#s  http://a/b/c/g;x?y#s
+      ""   http://a/b/c/d;p?q        .       http://a/b/c/         ./       http://a/b/c/
+      ..   http://a/b/               ../     http://a/b/           ../g     http://a/b/g
+      ../..  http://a/               ../../  http://a/             ../../g  http://a/g
+      ../../../g  http://a/g         ../../../../g  http://a/g
+      /./g   http://a/g              /../g   http://a/g
+      g.     http://a/b/c/g.         .g      http://a/b/c/.g
+      g..    http://a/b/c/g..        ..g     http://a/b/c/..g
+      ./../g       http://a/b/g      ./g/.   http://a/b/c/g/
+      g/./h        http://a/b/c/g/h  g/../h  http://a/b/c/h
+      g;x=1/./y    http://a/b/c/g;x=1/y      g;x=1/../y  http://a/b/c/y
+      g?y/./x      http://a/b/c/g?y/./x      g?y/../x    http://a/b/c/g?y/../x
+      g#s/./x      http://a/b/c/g#s/./x      g#s/../x    http://a/b/c/g#s/../x      http:g  http:g)");
+  std::string reference, expected;
+  int count = 0;
+  for (; examples >> std::quoted(reference) >> expected; ++count) {
+    EXPECT_EQ(resolved("http://a/b/c/d;p?q", reference), expected) << reference;
+  }
+  EXPECT_EQ(count, 42);
+}
+
+TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
+  const test::Rows<std::string_view, std::string_view, std::string_view> cases{
+      {"file:///a/b/", "c%20d", "file:///a/b/c%20d"},
+      {"/a/b", "../c", "file:///c"},
+      {"/a/b%3F?", "c?q=/#f", "file:///a/c"},
+      {"", "c", "file:///c"},
+      {"http://h?x=/y", "c", "http://h/c"},
+      {"http://h/a%2Fb/%zz", " c%2F d\té\n", "http://h/a%2Fb/c%2F%20d%C3%A9"},
+      {"http://h/a", "https://g/a/../b", "https://g/b"},
+      {"http://é.org/a", "b", "http://xn--9ca.org/b"},
+      {"/a", "//elsewhere/c", "(null)"},
+      {"http://h:99999/a", "b", "(null)"},
+      {"http://h/a", std::string_view("b\0c", 3), "(null)"},
+      {std::string_view("http://h/a\0/", 12), "b", "(null)"},
+  };
+  for (const auto& [base, text, expected] : cases) {
+    EXPECT_EQ(resolved(base, text), expected) << base << ' ' << text;
+  }
+  constexpr std::string_view kUntouched = " http://h:99999/a/../b c";
+  EXPECT_EQ(URLWithString(kUntouched.substr(1), nullptr)->absoluteString(), kUntouched.substr(1));
+}
+
+}  // namespace
+}  // namespace tq
