@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <sstream>
 
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/platform/archive/PropertyList.h>
@@ -198,26 +199,11 @@ std::string listOf(std::initializer_list<std::string> objects) {
 }
 
 TEST(BinaryPropertyList, RefusesIncompleteObjects) {
-  for (const char* hex : {"00",
-                          "0F",
-                          "10",
-                          "1300",
-                          "15",
-                          "240000",
-                          "2200",
-                          "437A7A",
-                          "4F",
-                          "4F50",
-                          "4F13FFFFFFFFFFFFFFFF",
-                          "5F1400",
-                          "617A",
-                          "6F138000000000000000",
-                          "8300",
-                          "88000000000000000000",
-                          "A200",
-                          "D100",
-                          "E0",
-                          "1400000000000000010000000000000000"}) {
+  std::istringstream objects(
+      "00 0F 10 1300 15 240000 2200 437A7A 4F 4F50 4F13FFFFFFFFFFFFFFFF 5F1400 617A "
+      "6F138000000000000000 8300 88000000000000000000 A200 D100 E0 "
+      "1400000000000000010000000000000000");
+  for (std::string hex; objects >> hex;) {
     const std::string list = listOf({test::fromHex(hex)});
     auto reader = Reader::open(bytesOf(list), 4);
     ASSERT_TRUE(reader);

@@ -16,6 +16,7 @@
 
 #include "platform/archive/Host.h"
 #include "support/Bytes.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {
@@ -53,31 +54,28 @@ class ByHand {
   Node node(std::string_view text) {
     const std::string_view rest = text.substr(1);
     const std::string_view inside = rest.substr(0, rest.size() - !rest.empty());
-    std::vector<Node> elements;
-    std::vector<std::pair<Node, Node>> members;
-    switch (text.front()) {
-      case '\'':
-        return list_.string(inside);
-      case '<':
-        return list_.data(bytesOf(inside));
-      case '#':
-        return rest.find('.') != rest.npos ? list_.number(std::stod(std::string(rest)))
-                                           : list_.number(std::stoll(std::string(rest)));
-      case '@':
-        return node("{$classname='" + std::string(rest) + "' $classes=['" + std::string(rest) +
-                    "','NSObject'] $classhints=['X']}");
-      case '[':
-        for (const std::string_view each : split(inside, ',')) elements.push_back(node(each));
-        return list_.array(elements);
-      case '{':
-        for (const std::string_view member : split(inside, ' ')) {
-          const std::size_t key = member.find('=');
-          members.emplace_back(list_.string(member.substr(0, key)), node(member.substr(key + 1)));
-        }
-        return list_.dictionary(members);
-      default:
-        return list_.uid(std::stoull(std::string(text)));
+    const char kind = text.front();
+    if (kind == '\'') return list_.string(inside);
+    if (kind == '<') return list_.data(bytesOf(inside));
+    if (kind == '#' && rest.find('.') != rest.npos)
+      return list_.number(std::stod(std::string(rest)));
+    if (kind == '#') return list_.number(std::stoll(std::string(rest)));
+    if (kind == '@') {
+      return node("{$classname='" + std::string(rest) + "' $classes=['" + std::string(rest) +
+                  "','NSObject'] $classhints=['X']}");
     }
+    if (kind == '[') {
+      std::vector<Node> elements;
+      for (const std::string_view each : split(inside, ',')) elements.push_back(node(each));
+      return list_.array(elements);
+    }
+    if (kind != '{') return list_.uid(std::stoull(std::string(text)));
+    std::vector<std::pair<Node, Node>> members;
+    for (const std::string_view member : split(inside, ' ')) {
+      const std::size_t key = member.find('=');
+      members.emplace_back(list_.string(member.substr(0, key)), node(member.substr(key + 1)));
+    }
+    return list_.dictionary(members);
   }
 
   Ref<Object> read(std::string_view archiver = "NSKeyedArchiver", std::int64_t version = 100000) {
@@ -178,9 +176,7 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
   EXPECT_FALSE(unarchive("{\"_class\":\"X\"}"));
   Class::registerClass<Host>();
   // Object 1 is the record, 2 its class, 3 a string, 4 an empty array.
-  const struct {
-    const char *fault, *className, *record;
-  } cases[] = {
+  const test::Rows<const char*, const char*, const char*> cases{
       {"unknown class", "Elsewhere", "{$class=2}"},
       {"no class", "NSNull", "{}"},
       {"class is none", "NSNull", "{$class=0}"},
@@ -205,10 +201,10 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
       {"a UID", "NSNull", "3"},
       {"an array", "NSNull", "[3]"},
   };
-  for (const auto& c : cases) {
-    ByHand archive = {c.record, std::string("@") + c.className, "'x'", "{NS.objects=[] $class=5}",
+  for (const auto& [fault, className, record] : cases) {
+    ByHand archive = {record, std::string("@") + className, "'x'", "{NS.objects=[] $class=5}",
                       "@NSArray"};
-    EXPECT_FALSE(archive.read()) << c.fault;
+    EXPECT_FALSE(archive.read()) << fault;
   }
 }
 
@@ -246,10 +242,7 @@ Ref<Object> readThousandOf(const std::string& record, const std::string& classNa
 
 TEST(KeyedUnarchiver, PaysForSharedRecordsEachTime) {
   const std::string large = "file:///" + std::string(100'000, 'x');
-  const struct {
-    const char* className;
-    std::string record;
-  } cases[] = {
+  const test::Rows<const char*, std::string> cases{
       {"NSMutableData", "{NS.data=<" + large + "> $class=3}"},
       {"NSError", "{NSDomain=4 NSCode=#1 $class=3}"},
       {"NSValue", "{TQ.type=4 TQ.bytes=<ab> $class=3}"},
@@ -257,8 +250,8 @@ TEST(KeyedUnarchiver, PaysForSharedRecordsEachTime) {
       {"NSURL", "{NS.base=5 NS.relative=7 $class=3}"},
       {"NSDictionary", "{NS.keys=[4] NS.objects=[4] $class=3}"},
   };
-  for (const auto& c : cases) {
-    EXPECT_FALSE(readThousandOf(c.record, c.className, large)) << c.record.substr(0, 50);
+  for (const auto& [className, record] : cases) {
+    EXPECT_FALSE(readThousandOf(record, className, large)) << record.substr(0, 50);
   }
   // Keys as long as paths are common.
   EXPECT_TRUE(readThousandOf("{NS.keys=[4] NS.objects=[4] $class=3}", "NSDictionary",

@@ -9,6 +9,8 @@
 #include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/platform/json/JSONText.h>
 
+#include "support/Expectations.h"
+
 namespace tq {
 namespace {
 
@@ -65,10 +67,7 @@ TEST(JSONDocument, ReadsTheGrammar) {
 
 TEST(JSONDocument, RefusesEverythingElseAndSaysWhere) {
   const std::string nul(1, '\0');
-  const struct {
-    std::string message;
-    std::vector<std::pair<std::string, int>> faults;
-  } cases[] = {
+  const test::Rows<std::string, std::vector<std::pair<std::string, int>>> cases{
       {"Unexpected end of text", {{"", 0}, {" \n", 2}, {"[1", 2}}},
       {"Garbage at end", {{"1 2", 2}, {"[1]//x", 3}, {"1" + nul, 1}}},
       {"Invalid value", {{"nul", 0}, {"+1", 0}, {"-", 0}, {"[1,]", 3}}},

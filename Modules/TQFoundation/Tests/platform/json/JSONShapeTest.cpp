@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "support/Expectations.h"
+
 namespace tq::detail {
 namespace {
 
@@ -26,22 +28,18 @@ TEST(JSONShape, ObjectsOfTheSameKeysShareOne) {
 }
 
 TEST(JSONShape, FindsTheFirstOfEqualKeysFromAnyHint) {
-  const struct {
-    Keys keys;
-    std::vector<std::pair<std::string_view, int>> places;
-    std::size_t distinct;
-  } cases[] = {
+  const test::Rows<Keys, std::vector<std::pair<std::string_view, int>>, std::size_t> cases{
       {{}, {{"", -1}}, 0},
       {{"a", "b", "c"}, {{"a", 0}, {"b", 1}, {"c", 2}, {"d", -1}}, 3},
       {{"a", "b", "a", "c", "b"}, {{"a", 0}, {"b", 1}, {"c", 3}}, 3},
       {{"", ""}, {{"", 0}}, 1},
   };
-  for (const auto& c : cases) {
+  for (const auto& [keys, places, distinct] : cases) {
     JSONShapes shapes;
-    const auto shape = shapes.shapeOf(c.keys);
-    EXPECT_EQ(shape->distinctKeys()->count(), c.distinct);
+    const auto shape = shapes.shapeOf(keys);
+    EXPECT_EQ(shape->distinctKeys()->count(), distinct);
     for (std::size_t start = 0; start < 7; ++start) {
-      for (const auto& [key, place] : c.places) {
+      for (const auto& [key, place] : places) {
         std::size_t hint = start;
         const auto found = shape->find(key, hint);
         EXPECT_EQ(found ? static_cast<int>(*found) : -1, place);
