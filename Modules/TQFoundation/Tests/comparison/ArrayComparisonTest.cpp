@@ -101,7 +101,7 @@ std::string randomText(std::mt19937& random) {
 
 TEST(ArrayComparison, EqualsThePlainAlgorithmOnRandomArrays) {
   using Calls = std::vector<std::pair<std::size_t, std::size_t>>;
-  for (unsigned seed = 0; seed < 1500; ++seed) {
+  for (unsigned seed = 0; seed < 3000; ++seed) {
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     const std::string before = randomText(random);
