@@ -45,6 +45,7 @@ class RecentsList {
   /// `element` is discarded, even if the two differ in ways that `isSame` ignores.
   template <std::predicate<const Element&, const Element&> Predicate>
   void insert(Element element, Predicate isSame) {
+    TQ_ASSERT(capacity_ >= 0);
     const auto same = std::ranges::find_if(
         storage_, [&](const Element& stored) { return std::invoke(isSame, stored, element); });
     if (same == storage_.end()) {
@@ -81,7 +82,6 @@ class RecentsList {
 
  private:
   void trim() {
-    TQ_ASSERT(capacity_ >= 0);
     const auto limit = static_cast<std::size_t>(capacity_);
     if (count() > limit) {
       storage_.erase(storage_.begin() + static_cast<std::ptrdiff_t>(limit), storage_.end());

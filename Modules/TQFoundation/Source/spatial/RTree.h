@@ -46,7 +46,9 @@ class RTree final : public Object {
   ///                             the memory of a full node is allocated at once. 8 to 32 suit most
   ///                             uses.
   explicit RTree(std::int64_t maxNumberOfChildren)
-      : core_(emptyRoot(maxNumberOfChildren), maxNumberOfChildren) {}
+      : core_((TQ_ASSERT(maxNumberOfChildren >= 2),
+               Node::make(Node::Kind::leaf, maxNumberOfChildren)),
+              maxNumberOfChildren) {}
 
   /// The argument of the constructor.
   [[nodiscard]] std::int64_t maxNumberOfChildren() const noexcept { return core_.capacity(); }
@@ -104,11 +106,6 @@ class RTree final : public Object {
   [[nodiscard]] static std::default_sentinel_t end() noexcept { return {}; }
 
  private:
-  static Ref<Node> emptyRoot(std::int64_t maxNumberOfChildren) {
-    TQ_ASSERT(maxNumberOfChildren >= 2);
-    return Node::make(Node::Kind::leaf, maxNumberOfChildren);
-  }
-
   detail::RTreeCore core_;
 };
 

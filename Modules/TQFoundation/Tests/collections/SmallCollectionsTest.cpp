@@ -133,7 +133,7 @@ TEST(RecentsList, TruncatesASequenceButKeepsItsDuplicates) {
 }
 
 TEST(RecentsList, StopsAtInvalidCapacitiesAndIndexes) {
-  EXPECT_DEATH(RecentsList<int>(-1).insert(1), "capacity_ >= 0");
+  EXPECT_DEATH(RecentsList<int>(-1).insert(1), "capacity_ >= 0.*function insert");
   EXPECT_DEATH(RecentsList<int>(std::vector{1}, -1), "capacity >= 0");
   EXPECT_DEATH(static_cast<void>(RecentsList<int>(3)[0]), "index < count");
 }
