@@ -9,4 +9,5 @@ tq_room(spatial
   detail/RTreeCore.h
   detail/RTreeNodeCore.h
   detail/RTreePair.h
+  detail/RTreeRange.h
   detail/RTreeSplitter.h)

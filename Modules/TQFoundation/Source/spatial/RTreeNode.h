@@ -17,6 +17,7 @@
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/objects/Ref.h>
 #include <TQFoundation/spatial/detail/RTreeNodeCore.h>
+#include <TQFoundation/spatial/detail/RTreeRange.h>
 
 namespace tq {
 
@@ -77,8 +78,9 @@ class RTreeElement {
 
 /// A node of an R-tree: a leaf, which holds elements, or a directory, which holds child nodes.
 /// Nodes are shared by reference; two nodes are equal if they are the same object. Only the tree
-/// changes its nodes. A node keeps its identity and its kind when it is split. Pointers, references
-/// and ranges that the functions below return are valid until the next insertion.
+/// changes its nodes. A node keeps its identity and its kind when it is split. Pointers,
+/// references, ranges and iterators that the functions below return are valid until the next
+/// insertion; iterators also without the range that they came from.
 ///
 /// Threads: as for the tree.
 template <class Element>
@@ -86,57 +88,58 @@ class RTreeNode final : public detail::RTreeNodeCore {
  public:
   /// Returns the entry of a leaf at an index.
   struct LeafEntryAt {
-    const RTreeNode* node;  ///< whose entries these are
+    const RTreeNode* node = nullptr;  ///< whose entries these are
     /// Returns the entry. The node owns its element.
-    [[nodiscard]] RTreeLeafEntry<Element> operator()(std::uint32_t index) const noexcept {
-      return {node->rects()[index], node->elements_[index].get()};
+    [[nodiscard]] RTreeLeafEntry<Element> operator()(std::ptrdiff_t index) const noexcept {
+      const auto i = static_cast<std::size_t>(index);
+      return {node->rects()[i], node->elements_[i].get()};
     }
   };
   /// Returns the entry of a directory at an index.
   struct DirectoryEntryAt {
-    const RTreeNode* node;  ///< whose entries these are
+    const RTreeNode* node = nullptr;  ///< whose entries these are
     /// Returns the entry. It shares the ownership of the child.
-    [[nodiscard]] RTreeDirectoryEntry<Element> operator()(std::uint32_t index) const noexcept {
-      return {node->rects()[index], Ref<RTreeNode>(childOf(node->childArray()[index]))};
+    [[nodiscard]] RTreeDirectoryEntry<Element> operator()(std::ptrdiff_t index) const noexcept {
+      const auto i = static_cast<std::size_t>(index);
+      return {node->rects()[i], Ref<RTreeNode>(childOf(node->childArray()[i]))};
     }
   };
   /// Converts the stored child pointers of a directory.
-  struct ChildOf {
+  struct ChildAt {
     /// Returns the child. The directory owns it.
-    [[nodiscard]] const RTreeNode* operator()(detail::RTreeNodeCore* child) const noexcept {
-      return childOf(child);
+    [[nodiscard]] const RTreeNode* operator()(detail::RTreeNodeCore* const* slot) const noexcept {
+      return childOf(*slot);
     }
   };
 
-  /// The indices of the entries.
-  using Positions = std::ranges::iota_view<std::uint32_t, std::uint32_t>;
-
   /// Random-access ranges over the entries, in entry order. They create each entry when it is read.
-  using Leaf = std::ranges::transform_view<Positions, LeafEntryAt>;
-  using Directory = std::ranges::transform_view<Positions, DirectoryEntryAt>;
-  using Children = std::ranges::transform_view<std::span<RTreeNodeCore* const>, ChildOf>;
+  using Leaf = detail::RTreeEntries<LeafEntryAt>;
+  using Directory = detail::RTreeEntries<DirectoryEntryAt>;
+  using ChildIterator = detail::RTreeIterator<detail::RTreeNodeCore* const*, ChildAt>;
+  using Children = std::ranges::subrange<ChildIterator>;
 
   /// The entries of a leaf or those of a directory.
   using Storage = std::variant<Leaf, Directory>;
 
-  /// Returns the entries, according to the kind of the node.
-  [[nodiscard]] Storage storage() const noexcept {
-    if (isLeaf()) return Storage(std::in_place_index<0>, leafEntries());
-    return Storage(std::in_place_index<1>, directoryEntries());
-  }
+  /// Returns the entries, according to the kind of the node. The variant belongs to the node, so
+  /// `for (const auto entry : std::get<0>(node->storage()))` is safe.
+  [[nodiscard]] const Storage& storage() const noexcept { return storage_; }
 
   /// Returns the elements of a leaf with their rects. Empty for a directory.
   [[nodiscard]] Leaf leafEntries() const noexcept {
-    return Leaf(positions(isLeaf()), LeafEntryAt{this});
+    return Leaf(LeafEntryAt{isLeaf() ? this : nullptr});
   }
 
   /// Returns the children of a directory with their rects. Empty for a leaf.
   [[nodiscard]] Directory directoryEntries() const noexcept {
-    return Directory(positions(!isLeaf()), DirectoryEntryAt{this});
+    return Directory(DirectoryEntryAt{isLeaf() ? nullptr : this});
   }
 
   /// Returns the child nodes of a directory in entry order. Empty for a leaf.
-  [[nodiscard]] Children children() const noexcept { return Children(childArray(), ChildOf{}); }
+  [[nodiscard]] Children children() const noexcept {
+    const auto all = childArray();
+    return {ChildIterator(all.data(), {}), ChildIterator(all.data() + all.size(), {})};
+  }
 
   /// Returns the child of a directory at `index`, which must be below count().
   [[nodiscard]] const RTreeNode* child(std::size_t index) const noexcept {
@@ -152,11 +155,13 @@ class RTreeNode final : public detail::RTreeNodeCore {
   friend class RTree<Element>;
   using Kind = detail::RTreeNodeCore::Kind;
 
-  [[nodiscard]] Positions positions(bool any) const noexcept {
-    return {0, any ? static_cast<std::uint32_t>(count()) : 0};
+  RTreeNode(Kind kind, std::int64_t capacity) : RTreeNodeCore(kind, capacity) {
+    if (isLeaf()) {
+      storage_.template emplace<0>(LeafEntryAt{this});
+    } else {
+      storage_.template emplace<1>(DirectoryEntryAt{this});
+    }
   }
-
-  RTreeNode(Kind kind, std::int64_t capacity) : RTreeNodeCore(kind, capacity) {}
 
   [[nodiscard]] static Ref<RTreeNode> make(Kind kind, std::int64_t capacity) {
     static_assert(sizeof(RTreeNode) == kHeaderBytes);
@@ -198,6 +203,7 @@ class RTreeNode final : public detail::RTreeNodeCore {
 
   using Elements = std::vector<detail::RTreeElement<Element>>;
   Elements elements_;
+  Storage storage_;
 };
 
 }  // namespace tq

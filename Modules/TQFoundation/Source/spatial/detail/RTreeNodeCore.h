@@ -65,7 +65,7 @@ class TQ_EXPORT RTreeNodeCore : public Object {
 
  protected:
   /// The offset of the arrays if they are stored behind the node.
-  static constexpr std::size_t kHeaderBytes = 64;
+  static constexpr std::size_t kHeaderBytes = 80;
 
   /// Up to this capacity the arrays are stored behind the node, with space for all entries. The
   /// arrays of larger nodes are allocated separately and grow with their contents.
