@@ -3,10 +3,12 @@ tq_room(spatial
   Collectable.h
   LazyPruneTree.h
   RTree.cpp RTree.h
+  RTreeIndex.cpp
   RTreeNode.cpp RTreeNode.h
   RTreeSplitStrategy.h
   RTreeSplitter.cpp
   detail/RTreeCore.h
+  detail/RTreeIndex.h
   detail/RTreeNodeCore.h
   detail/RTreePair.h
   detail/RTreeRange.h

@@ -1,15 +1,33 @@
 #include <TQFoundation/spatial/RTree.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <memory>
+#include <new>
 #include <utility>
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/spatial/detail/RTreeCore.h>
+#include <TQFoundation/spatial/detail/RTreeIndex.h>
 
 // An insertion descends along the chosen entries. It allocates every node that splitting will need
 // while the tree is still unchanged. Then it ascends, and no step of this can fail. Nothing is
 // recursive, because a tree of small nodes can be very high.
+//
+// A query goes through the nodes until such queries have cost as much as building an index. Then
+// the index answers, and the nodes only what it is not sure of. Work is counted in units of one
+// bucket of the index that is scanned, some 5 ns:
+//
+//   state                         a query adds           the index is built when the work reaches
+//   no index                      4 for each node        its cost, without an insertion meanwhile;
+//                                                        else 8 times its cost
+//   index with unpacked elements  1 for each bucket      the cost of packing them
+//   index                         0
+//
+// So a tree that is only queried pays at most twice, and one that changes between queries loses an
+// eighth at most. An insertion adds to an index that exists. If more are inserted than queries pay
+// for, it drops the index.
 
 namespace tq::detail {
 namespace {
@@ -18,6 +36,19 @@ using Kind = RTreeNodeCore::Kind;
 
 /// Searching a tree up to this height allocates nothing.
 constexpr std::size_t kOrdinaryHeight = 64;
+
+/// Smaller trees are searched without an index.
+constexpr std::size_t kSmallestIndexed = 64;
+
+constexpr std::uint64_t kNodeWork = 4;
+constexpr std::uint64_t kBuildWork = 16;  // for each element
+constexpr std::uint64_t kPatience = 8;
+
+/// Returns how many elements may be outside the packed part of the index, and how many a query may
+/// pack again. It limits the memory of indexes that are replaced but not released yet.
+constexpr std::size_t looseLimit(std::size_t elementCount) noexcept {
+  return std::max<std::size_t>(512, elementCount / 32);
+}
 
 }  // namespace
 
@@ -31,6 +62,8 @@ struct RTreeCore::Frame {
 
 RTreeCore::RTreeCore(Ref<RTreeNodeCore> root, std::int64_t capacity)
     : root_(std::move(root)), capacity_(capacity) {}
+
+RTreeCore::~RTreeCore() { delete index_.load(); }
 
 bool RTreeCore::isFull(const RTreeNodeCore& node) const noexcept {
   return node.entryCount() >= static_cast<std::size_t>(capacity_);
@@ -50,6 +83,29 @@ void RTreeCore::insert(const Rect& rect, void* element) {
     const Step& parent = path_.back();
     ascend(RectUnion(parent.directory->rects()[parent.index], rect), nullptr);
   }
+  ++elementCount_;
+  keepIndexed(rect);
+}
+
+/// Adds a new rect to the index, if there is one. Like all of an insertion, this runs alone.
+void RTreeCore::keepIndexed(const Rect& rect) noexcept {
+  workBefore_ = work_.load(std::memory_order_relaxed);
+  std::unique_ptr<RTreeIndex> index(index_.load(std::memory_order_relaxed));
+  if (index == nullptr) return;
+  index->replaced = nullptr;
+  try {
+    index->append(rect);
+    if (index->tailCount() > 0 && workBefore_ >= kBuildWork * index->tailCount()) {
+      index = index->packed(elementCount_);
+      work_.store(0, std::memory_order_relaxed);
+      workBefore_ = 0;
+    } else if (index->tailCount() > looseLimit(elementCount_)) {
+      index = nullptr;
+    }
+  } catch (const std::bad_alloc&) {
+    index = nullptr;
+  }
+  index_.store(index.release(), std::memory_order_relaxed);
 }
 
 /// Returns the leaf for `rect` and stores the path to it in path_.
@@ -145,19 +201,73 @@ void RTreeCore::ascend(Rect childRect, Ref<RTreeNodeCore> sibling) noexcept {
 
 bool RTreeCore::intersects(const Rect& rect) const {
   const RTreeBounds bounds = RTreeBounds::of(rect);
-  if (root_->isLeaf()) return root_->anyHit(bounds);
+  std::uint64_t work = 0;
+  if (elementCount_ < kSmallestIndexed) return searchNodes(bounds, work);
+  // acquire: the index was complete before its pointer was published
+  const RTreeIndex* const index = index_.load(std::memory_order_acquire);
+  if (index == nullptr) {
+    const bool found = searchNodes(bounds, work);
+    addWork(work, elementCount_);
+    return found;
+  }
+  const auto entries = static_cast<std::size_t>(
+      std::min(static_cast<std::uint64_t>(capacity_), std::uint64_t{elementCount_}));
+  const RTreeFinding finding = index->find(bounds, height_, entries);
+  if (index->tailCount() != 0) addWork(index->tailBuckets(), index->tailCount());
+  if (finding != RTreeFinding::unsure) return finding == RTreeFinding::found;
+  return searchNodes(bounds, work);
+}
+
+/// Counts the work of a query. Builds the index when that was enough for `unindexed` elements.
+void RTreeCore::addWork(std::uint64_t work, std::size_t unindexed) const noexcept {
+  // relaxed: a count only; an addition that another thread overwrites is no loss
+  const std::uint64_t sum = work_.load(std::memory_order_relaxed) + work;
+  work_.store(sum, std::memory_order_relaxed);
+  const std::uint64_t cost = kBuildWork * unindexed;
+  const std::uint64_t recent = sum - std::min(sum, workBefore_);
+  if (recent >= cost || sum >= kPatience * cost) buildIndex();
+}
+
+/// Builds the index, or packs it again. Queries on other threads go on with what there is. Without
+/// memory everything stays as it is.
+void RTreeCore::buildIndex() const noexcept {
+  if (isBuilding_.exchange(true)) return;
+  RTreeIndex* const old = index_.load();
+  // Another thread may have built it since this one looked.
+  if (old == nullptr || old->tailCount() != 0) {
+    try {
+      std::unique_ptr<RTreeIndex> built = old == nullptr ? std::make_unique<RTreeIndex>(*root_)
+                                                         : old->packed(looseLimit(elementCount_));
+      built->replaced.reset(old);  // other threads may use it until the next insertion
+      // release: a thread that sees the pointer sees the index
+      index_.store(built.release(), std::memory_order_release);
+    } catch (const std::bad_alloc&) {  // the nodes answer
+    }
+    work_.store(0, std::memory_order_relaxed);
+  }
+  isBuilding_.store(false);
+}
+
+/// Searches through the nodes.
+/// @param work  increased by what the search costs
+bool RTreeCore::searchNodes(const RTreeBounds& bounds, std::uint64_t& work) const {
+  if (root_->isLeaf()) {
+    work += root_->entryCount() / 8;
+    return root_->anyHit(bounds);
+  }
   if (height_ <= kOrdinaryHeight) {
     std::array<Frame, kOrdinaryHeight> frames;
-    return search(bounds, frames.data());
+    return search(bounds, frames.data(), work);
   }
   std::vector<Frame> frames(height_);
-  return search(bounds, frames.data());
+  return search(bounds, frames.data(), work);
 }
 
 /// Searches depth first, in the order of the entries. `frames` must have space for one frame for
 /// each level. All children of a directory that will be visited are known before the first one is
 /// visited, so they are prefetched.
-bool RTreeCore::search(const RTreeBounds& bounds, Frame* frames) const noexcept {
+bool RTreeCore::search(const RTreeBounds& bounds, Frame* frames,
+                       std::uint64_t& work) const noexcept {
   Frame* top = frames;
   *top = {root_.get(), 0, root_->hits(bounds, 0)};
   top->directory->prefetchChildren(0, top->untried);
@@ -167,6 +277,7 @@ bool RTreeCore::search(const RTreeBounds& bounds, Frame* frames) const noexcept 
       const auto offset = static_cast<std::size_t>(std::countr_zero(top->untried));
       top->untried &= top->untried - 1;
       const RTreeNodeCore* child = top->directory->childSlots()[top->from + offset];
+      work += kNodeWork;
       if (top == lowest) {
         if (child->anyHit(bounds)) return true;
       } else {

@@ -33,6 +33,12 @@ namespace tq {
 /// Edges:    rects are closed. The rects of directories are stored as origin and extent. Their sum
 ///           may be below the true edge by one unit in the last place, so a query that only
 ///           touches exactly that edge may miss it.
+/// Speed:    queries search the nodes until they have cost about as much as an index of all rects.
+///           Then one of them builds it: up to 40 bytes an element, and the time of a third of the
+///           insertions. Later insertions extend it. Results are the same with and without it.
+///           Rects near ±1e300 or with infinite or NaN fields make queries that find something
+///           slow, because the nodes must be searched; so does a single very large coordinate for
+///           queries that only overlap by its rounding error.
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.
@@ -75,8 +81,8 @@ class RTree final : public Object {
   }
 
   /// Returns whether at least one stored rect intersects `rect`, as defined by
-  /// RectIntersectsRect(): rects that only touch do. Always false for a null rect. Allocates
-  /// nothing in trees of up to 64 levels.
+  /// RectIntersectsRect(): rects that only touch do. Always false for a null rect. Needs no
+  /// memory in trees of up to 64 levels: without memory for the index the nodes are searched.
   [[nodiscard]] bool intersects(const Rect& rect) const { return core_.intersects(rect); }
 
   /// Returns whether no node has more entries than the maximum, and the rect of each directory

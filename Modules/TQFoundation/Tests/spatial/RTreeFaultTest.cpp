@@ -54,5 +54,25 @@ TEST(RTreeFault, AnInsertionWithoutMemoryLeavesTheTreeAsItWas) {
   }
 }
 
+TEST(RTreeFault, AQueryWithoutMemoryForTheIndexIsAnsweredByTheNodes) {
+  test::failEachAllocation([] {
+    const auto tree = makeRef<RTree<int>>(4);
+    bool isRight = true;
+    for (int i = 0; i < 80; ++i) {
+      tree->insert(i, Rect{2.0 * i, 0, 1, 1});
+      try {
+        for (int n = i < 70 ? 0 : 400; n >= 0; --n) {
+          isRight = isRight && tree->intersects({2.0 * i + 1, 0, 0, 0}) &&
+                    !tree->intersects({2.0 * i + 1.5, 0, 0, 0});
+        }
+      } catch (const std::bad_alloc&) {
+        ADD_FAILURE() << "a query needs no memory";
+      }
+    }
+    EXPECT_TRUE(isRight);
+    return isRight;
+  });
+}
+
 }  // namespace
 }  // namespace tq
