@@ -1,22 +1,22 @@
 // Compares the R-tree with Boost.Geometry's quadratic R-tree of the same capacity, on the same
 // rects. `place` is 0 for uniform rects and 1 for clusters. `hit` is 1 for queries that usually
-// find something. `visited` is the number of nodes visited per query: the splits determine the
-// shape of the tree, so compare times per node.
+// find something.
 
 #include <benchmark/benchmark.h>
 
 #include <boost/geometry.hpp>
-#include <boost/geometry/index/detail/rtree/utilities/view.hpp>
 #include <boost/geometry/index/rtree.hpp>
 
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <random>
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/spatial/LazyPruneTree.h>
 #include <TQFoundation/spatial/RTree.h>
 
 namespace {
@@ -87,66 +87,6 @@ tq::Ref<Tree> treeOf(const std::vector<Rect>& rects, std::int64_t capacity) {
   return tree;
 }
 
-/// Returns the number of nodes visited until the first hit, including the leaf with the hit.
-bool countVisited(const Tree::Node* node, const Rect& query, std::size_t& visited) {
-  ++visited;
-  for (std::size_t i = 0; i < node->count(); ++i) {
-    if (!tq::RectIntersectsRect(node->rects()[i], query)) continue;
-    if (node->isLeaf()) return true;
-    if (countVisited(node->child(i), query, visited)) return true;
-  }
-  return false;
-}
-
-/// The same for the peer, through its visitor interface.
-template <class Members>
-struct PeerVisits
-    : bgi::detail::rtree::visitor<typename Members::value_type, typename Members::parameters_type,
-                                  typename Members::box_type, typename Members::allocators_type,
-                                  typename Members::node_tag, true>::type {
-  using Internal = typename bgi::detail::rtree::internal_node<
-      typename Members::value_type, typename Members::parameters_type, typename Members::box_type,
-      typename Members::allocators_type, typename Members::node_tag>::type;
-  using Leaf = typename bgi::detail::rtree::leaf<
-      typename Members::value_type, typename Members::parameters_type, typename Members::box_type,
-      typename Members::allocators_type, typename Members::node_tag>::type;
-
-  explicit PeerVisits(const Box& wanted) : query(wanted) {}
-
-  void operator()(const Internal& node) {
-    ++visited;
-    for (const auto& [box, child] : bgi::detail::rtree::elements(node)) {
-      if (found) return;
-      if (bg::intersects(box, query)) bgi::detail::rtree::apply_visitor(*this, *child);
-    }
-  }
-  void operator()(const Leaf& node) {
-    ++visited;
-    for (const auto& value : bgi::detail::rtree::elements(node)) {
-      found = found || bg::intersects(value.first, query);
-    }
-  }
-
-  Box query;
-  std::size_t visited = 0;
-  bool found = false;
-};
-
-template <class Queries, class Visits>
-double visitedPerQuery(const Queries& queries, const Visits& visits) {
-  std::size_t sum = 0;
-  for (const auto& query : queries) sum += visits(query);
-  return static_cast<double>(sum) / static_cast<double>(queries.size());
-}
-
-/// Reports the time per visited node and the number of visited nodes.
-void report(benchmark::State& state, double visited) {
-  state.SetItemsProcessed(state.iterations());
-  state.counters["visited"] = visited;
-  state.counters["perNode"] = benchmark::Counter(
-      visited, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
-
 /// Several sets of rects, used in turn: with a single small set the branch predictor would learn
 /// all branches.
 std::vector<std::vector<Rect>> rectSets(const benchmark::State& state) {
@@ -198,58 +138,187 @@ struct Fixture {
   std::vector<Rect> rects = someRects(count, clustered);
   tq::Ref<Tree> tree = treeOf(rects, static_cast<std::int64_t>(capacity));
   Peer<capacity> peer;
+  Peer<capacity> bulkLoaded;
 
-  Fixture(std::size_t rectCount, bool inClusters) : count(rectCount), clustered(inClusters) {
+  Fixture(std::size_t rectCount, bool inClusters)
+      : count(rectCount), clustered(inClusters), bulkLoaded(valuesOf(rects)) {
     for (const Value& value : valuesOf(rects)) peer.insert(value);
   }
 
-  static const Fixture& of(const benchmark::State& state) {
+  static const Fixture& of(std::int64_t count, bool clustered) {
     static std::unique_ptr<Fixture> last;
-    const auto count = static_cast<std::size_t>(state.range(1));
-    const bool clustered = state.range(2) != 0;
-    if (last == nullptr || last->count != count || last->clustered != clustered) {
+    const auto rectCount = static_cast<std::size_t>(count);
+    if (last == nullptr || last->count != rectCount || last->clustered != clustered) {
       last = nullptr;
-      last = std::make_unique<Fixture>(count, clustered);
+      last = std::make_unique<Fixture>(rectCount, clustered);
     }
     return *last;
   }
+  static const Fixture& of(const benchmark::State& state) {
+    return of(state.range(1), state.range(2) != 0);
+  }
 };
 
-// Tests whether any rect intersects a query.
+std::vector<Box> boxesOf(const std::vector<Rect>& rects) {
+  std::vector<Box> boxes;
+  for (const Rect& rect : rects) boxes.push_back(boxOf(rect));
+  return boxes;
+}
+
+// Tests whether any rect intersects a query. The queries before the measured ones build the index.
 template <std::size_t capacity>
 void BM_RTreeIntersects_TQ(benchmark::State& state) {
   const auto& fixture = Fixture<capacity>::of(state);
   const std::vector<Rect> queries = someQueries(*fixture.tree, fixture.rects, state.range(0) != 0);
+  for (const Rect& query : queries) benchmark::DoNotOptimize(fixture.tree->intersects(query));
   std::size_t next = 0;
   for ([[maybe_unused]] auto _ : state) {
     benchmark::DoNotOptimize(fixture.tree->intersects(queries[next++ % queries.size()]));
   }
-  report(state, visitedPerQuery(queries, [&](const Rect& query) {
-           std::size_t visited = 0;
-           countVisited(fixture.tree->root(), query, visited);
-           return visited;
-         }));
+  state.SetItemsProcessed(state.iterations());
 }
 
 // The peer's fastest solution: test whether its query iterator has a first value.
-template <std::size_t capacity>
-void BM_RTreeIntersects_Boost(benchmark::State& state) {
-  const auto& fixture = Fixture<capacity>::of(state);
-  std::vector<Box> queries;
-  for (const Rect& query : someQueries(*fixture.tree, fixture.rects, state.range(0) != 0)) {
-    queries.push_back(boxOf(query));
-  }
+template <class Tested>
+void intersectsPeer(benchmark::State& state, const Tested& peer, const std::vector<Rect>& rects) {
+  const std::vector<Box> queries = boxesOf(rects);
   std::size_t next = 0;
   for ([[maybe_unused]] auto _ : state) {
     const Box& query = queries[next++ % queries.size()];
-    benchmark::DoNotOptimize(fixture.peer.qbegin(bgi::intersects(query)) != fixture.peer.qend());
+    benchmark::DoNotOptimize(peer.qbegin(bgi::intersects(query)) != peer.qend());
   }
-  using View = bgi::detail::rtree::utilities::view<Peer<capacity>>;
-  report(state, visitedPerQuery(queries, [&](const Box& query) {
-           PeerVisits<typename View::members_holder> visits(query);
-           View(fixture.peer).apply_visitor(visits);
-           return visits.visited;
-         }));
+  state.SetItemsProcessed(state.iterations());
+}
+
+template <std::size_t capacity>
+void BM_RTreeIntersects_Boost(benchmark::State& state) {
+  const auto& fixture = Fixture<capacity>::of(state);
+  intersectsPeer(state, fixture.peer,
+                 someQueries(*fixture.tree, fixture.rects, state.range(0) != 0));
+}
+
+// The peer's tree packed from all rects at once. It is never changed by an insertion.
+template <std::size_t capacity>
+void BM_RTreeIntersects_BoostBulk(benchmark::State& state) {
+  const auto& fixture = Fixture<capacity>::of(state);
+  intersectsPeer(state, fixture.bulkLoaded,
+                 someQueries(*fixture.tree, fixture.rects, state.range(0) != 0));
+}
+
+/// Points for the queries of a growing tree.
+std::vector<Rect> somePoints() {
+  std::vector<Rect> points = someRects(4096, false, 77);
+  for (Rect& point : points) point.size = {};
+  return points;
+}
+
+// Builds a tree with a number of queries after each insertion. Its destruction is not timed.
+void BM_RTreeGrowAndQuery_TQ(benchmark::State& state) {
+  const auto sets = rectSets(state);
+  const std::vector<Rect> queries = somePoints();
+  std::size_t set = 0, next = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    auto tree = tq::makeRef<Tree>(8);
+    for (std::uint64_t i = 0; const Rect& rect : sets[set++ % sets.size()]) {
+      tree->insert(i++, rect);
+      for (std::int64_t n = state.range(2); n > 0; --n) {
+        benchmark::DoNotOptimize(tree->intersects(queries[next++ % queries.size()]));
+      }
+    }
+    state.PauseTiming();
+    tree = nullptr;
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_RTreeGrowAndQuery_Boost(benchmark::State& state) {
+  std::vector<std::vector<Value>> sets;
+  for (const auto& rects : rectSets(state)) sets.push_back(valuesOf(rects));
+  const std::vector<Box> queries = boxesOf(somePoints());
+  std::size_t set = 0, next = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    Peer<8> tree;
+    for (const Value& value : sets[set++ % sets.size()]) {
+      tree.insert(value);
+      for (std::int64_t n = state.range(2); n > 0; --n) {
+        const Box& query = queries[next++ % queries.size()];
+        benchmark::DoNotOptimize(tree.qbegin(bgi::intersects(query)) != tree.qend());
+      }
+    }
+    state.PauseTiming();
+    tree.clear();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+/// Windows that hold some ten rects.
+std::vector<Rect> someWindows(const std::vector<Rect>& rects) {
+  const double side = kSide * std::sqrt(10 / static_cast<double>(rects.size()));
+  std::vector<Rect> windows = someRects(1024, false, 78);
+  for (Rect& window : windows) window.size = {side, side};
+  return windows;
+}
+
+// Collects the elements in a window: the leaf entries of the tree, pruned by the window.
+void BM_RTreeCollect_TQ(benchmark::State& state) {
+  const auto& fixture = Fixture<16>::of(state.range(0), false);
+  const std::vector<Rect> windows = someWindows(fixture.rects);
+  std::vector<std::uint64_t> elements;
+  std::size_t next = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    elements.clear();
+    const Rect& window = windows[next++ % windows.size()];
+    const auto meets = [&](const Tree::Node* node) { return node->hasEntryIntersecting(window); };
+    for (const Tree::Node* node : tq::depthFirst(tq::prune(fixture.tree, meets))) {
+      for (const auto entry : node->leafEntries()) {
+        if (tq::RectIntersectsRect(entry.rect, window)) elements.push_back(entry.element);
+      }
+    }
+    benchmark::DoNotOptimize(elements.data());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+// The same with a recursive function that compares the rects of directory entries.
+void collectBelow(const Tree::Node* node, const Rect& window,
+                  std::vector<std::uint64_t>& elements) {
+  for (std::size_t i = 0; i < node->count(); ++i) {
+    if (!tq::RectIntersectsRect(node->rects()[i], window)) continue;
+    if (node->isLeaf()) {
+      elements.push_back(node->leafEntries()[static_cast<std::ptrdiff_t>(i)].element);
+    } else {
+      collectBelow(node->child(i), window, elements);
+    }
+  }
+}
+
+void BM_RTreeCollect_Recursion(benchmark::State& state) {
+  const auto& fixture = Fixture<16>::of(state.range(0), false);
+  const std::vector<Rect> windows = someWindows(fixture.rects);
+  std::vector<std::uint64_t> elements;
+  std::size_t next = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    elements.clear();
+    collectBelow(fixture.tree->root(), windows[next++ % windows.size()], elements);
+    benchmark::DoNotOptimize(elements.data());
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
+void BM_RTreeCollect_Boost(benchmark::State& state) {
+  const auto& fixture = Fixture<16>::of(state.range(0), false);
+  const std::vector<Box> windows = boxesOf(someWindows(fixture.rects));
+  std::vector<Value> values;
+  std::size_t next = 0;
+  for ([[maybe_unused]] auto _ : state) {
+    values.clear();
+    fixture.peer.query(bgi::intersects(windows[next++ % windows.size()]),
+                       std::back_inserter(values));
+    benchmark::DoNotOptimize(values.data());
+  }
+  state.SetItemsProcessed(state.iterations());
 }
 
 // Visits every node once and adds up what a host would read of it.
@@ -297,14 +366,27 @@ void queries(benchmark::internal::Benchmark* benchmark) {
       ->ArgsProduct({{0, 1}, {1'000, 10'000, 100'000, 1'000'000}, {0, 1}});
 }
 
+void growth(benchmark::internal::Benchmark* benchmark) {
+  benchmark->ArgNames({"rects", "place", "queries"})
+      ->ArgsProduct({{1'000, 10'000, 100'000}, {0}, {1, 10}})
+      ->Unit(benchmark::kMillisecond);
+}
+
 BENCHMARK(BM_RTreeInsert_TQ<8>)->Apply(insertions);
 BENCHMARK(BM_RTreeInsert_Boost<8>)->Apply(insertions);
 BENCHMARK(BM_RTreeInsert_TQ<16>)->Apply(insertions);
 BENCHMARK(BM_RTreeInsert_Boost<16>)->Apply(insertions);
 BENCHMARK(BM_RTreeIntersects_TQ<8>)->Apply(queries);
 BENCHMARK(BM_RTreeIntersects_Boost<8>)->Apply(queries);
+BENCHMARK(BM_RTreeIntersects_BoostBulk<8>)->Apply(queries);
 BENCHMARK(BM_RTreeIntersects_TQ<16>)->Apply(queries);
 BENCHMARK(BM_RTreeIntersects_Boost<16>)->Apply(queries);
+BENCHMARK(BM_RTreeIntersects_BoostBulk<16>)->Apply(queries);
+BENCHMARK(BM_RTreeGrowAndQuery_TQ)->Apply(growth);
+BENCHMARK(BM_RTreeGrowAndQuery_Boost)->Apply(growth);
+BENCHMARK(BM_RTreeCollect_TQ)->ArgName("rects")->Arg(10'000)->Arg(1'000'000);
+BENCHMARK(BM_RTreeCollect_Recursion)->ArgName("rects")->Arg(10'000)->Arg(1'000'000);
+BENCHMARK(BM_RTreeCollect_Boost)->ArgName("rects")->Arg(10'000)->Arg(1'000'000);
 BENCHMARK(BM_Traverse_TQ)->ArgName("rects")->Arg(100'000)->Arg(1'000'000);
 BENCHMARK(BM_Traverse_Recursion)->ArgName("rects")->Arg(100'000)->Arg(1'000'000);
 

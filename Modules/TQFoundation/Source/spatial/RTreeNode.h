@@ -149,7 +149,7 @@ class RTreeNode final : public detail::RTreeNodeCore {
   /// The number of entries.
   [[nodiscard]] std::size_t count() const noexcept { return entryCount(); }
 
-  // isLeaf(), rects() and boundingRect() are inherited.
+  // isLeaf(), rects(), boundingRect() and hasEntryIntersecting() are inherited.
 
  private:
   friend class RTree<Element>;
