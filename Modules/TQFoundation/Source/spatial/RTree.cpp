@@ -71,7 +71,7 @@ bool RTreeCore::isFull(const RTreeNodeCore& node) const noexcept {
 
 void RTreeCore::insert(const Rect& rect, void* element) {
   RTreeNodeCore& leaf = descend(rect);
-  prepare(leaf);
+  prepare(leaf, rect);
   const bool overflows = isFull(leaf);
   leaf.append(rect);
   leaf.appendElement(element);
@@ -121,43 +121,51 @@ RTreeNodeCore& RTreeCore::descend(const Rect& rect) {
   return *node;
 }
 
-/// Allocates all memory that the insertion into `leaf` needs.
-void RTreeCore::prepare(RTreeNodeCore& leaf) {
+/// Allocates all memory that the insertion of `rect` into `leaf` needs. Plans the split, if any.
+void RTreeCore::prepare(RTreeNodeCore& leaf, const Rect& rect) {
   spares_.clear();
-  leaf.reserve(leaf.entryCount() + 1);
-  leaf.reserveElements(leaf.entryCount() + 1);
+  const std::size_t count = leaf.entryCount() + 1;
+  leaf.reserve(count, entryLimit());
+  leaf.reserveElements(count, entryLimit());
   if (!isFull(leaf)) return;
 
-  const std::size_t count = leaf.entryCount() + 1;
-  if (!workspace_) workspace_ = root_->makeNode(Kind::leaf, capacity_);
-  workspace_->reserveElements(count);
+  if (!workspace_) workspace_ = root_->makeNode(Kind::leaf, capacity_, 0);
+  workspace_->reserveElements(count, count);
   splitter_.reserve(count);
-  Ref<RTreeNodeCore> sibling = root_->makeNode(Kind::leaf, capacity_);
-  sibling->reserve(count);
-  sibling->reserveElements(count);
+  leaf.append(rect);
+  splitter_.plan(leaf);
+  leaf.truncate(count - 1);
+
+  const std::size_t moved = count - splitter_.firstGroupCount();
+  Ref<RTreeNodeCore> sibling = root_->makeNode(Kind::leaf, capacity_, moved);
+  sibling->reserve(moved, entryLimit());
+  const bool isSmall = sibling->slotCount() < count;
+  sibling->reserveElements(isSmall ? moved : count, entryLimit());
 
   spares_.reserve(height_ + 2);
   std::size_t level = path_.size();
+  const auto full = static_cast<std::size_t>(capacity_);
   while (level > 0 && isFull(*path_[level - 1].directory)) {
-    spares_.push_back(root_->makeNode(Kind::directory, capacity_));
-    spares_.back()->reserve(path_[level - 1].directory->entryCount() + 1);
-    path_[level - 1].directory->reserve(path_[level - 1].directory->entryCount() + 1);
+    spares_.push_back(root_->makeNode(Kind::directory, capacity_, full));
+    RTreeNodeCore& directory = *path_[level - 1].directory;
+    spares_.back()->reserve(directory.entryCount() + 1, entryLimit());
+    directory.reserve(directory.entryCount() + 1, entryLimit());
     --level;
   }
   if (level == 0) {
-    spares_.push_back(root_->makeNode(Kind::directory, capacity_));
+    spares_.push_back(root_->makeNode(Kind::directory, capacity_, full));
   } else {
-    path_[level - 1].directory->reserve(path_[level - 1].directory->entryCount() + 1);
+    RTreeNodeCore& directory = *path_[level - 1].directory;
+    directory.reserve(directory.entryCount() + 1, entryLimit());
   }
   std::ranges::reverse(spares_);
   spares_.push_back(std::move(sibling));
 }
 
-/// Keeps the first group in `leaf`. Returns a new leaf with the second group.
+/// Keeps the first group of the planned split in `leaf`. Returns a new leaf with the second group.
 Ref<RTreeNodeCore> RTreeCore::splitLeaf(RTreeNodeCore& leaf) noexcept {
   Ref<RTreeNodeCore> sibling = std::move(spares_.back());
   spares_.pop_back();
-  splitter_.plan(leaf);
   const std::span<const std::uint32_t> order = splitter_.order();
   const std::size_t kept = splitter_.firstGroupCount();
   leaf.divideElements(order, kept, *workspace_, *sibling);

@@ -51,11 +51,15 @@ class RTree final : public Object {
   using Node = RTreeNode<Element>;
 
   /// @param maxNumberOfChildren  the maximum number of entries of a node, at least 2. Up to 127,
-  ///                             the memory of a full node is allocated at once. 8 to 32 suit most
-  ///                             uses.
+  ///                             most nodes have the memory of a full node from the beginning;
+  ///                             nodes that a split leaves almost empty have less. 8 to 32 suit
+  ///                             most uses. With 2, input that is sorted along a line may
+  ///                             add a level with each rect, and each operation then visits as
+  ///                             many nodes.
   explicit RTree(std::int64_t maxNumberOfChildren)
       : core_((TQ_ASSERT(maxNumberOfChildren >= 2),
-               Node::make(Node::Kind::leaf, maxNumberOfChildren)),
+               Node::make(Node::Kind::leaf, maxNumberOfChildren,
+                          static_cast<std::size_t>(maxNumberOfChildren))),
               maxNumberOfChildren) {}
 
   /// The argument of the constructor.

@@ -21,6 +21,13 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr std::size_t kFirstSlots = 128;
 
+/// The largest capacity of a node that has space for all its entries behind it.
+constexpr std::int64_t kLargestInlineCapacity = 127;
+
+/// A node that holds less than this part of its capacity at first may never fill up. Splits of
+/// rects that are equal or flat leave many nodes with a single entry.
+constexpr std::size_t kSmallPart = 8;
+
 /// The number of entries whose growths chooseSubtree() stores at the same time.
 constexpr std::size_t kMostCompared = 64;
 
@@ -31,11 +38,6 @@ constexpr std::size_t doublesPerSlot(RTreeNodeCore::Kind kind) noexcept {
 }
 
 constexpr std::size_t roundUpToFour(std::size_t count) noexcept { return (count + 3) / 4 * 4; }
-
-/// Includes space for the entry that makes a node overflow.
-constexpr std::size_t inlineSlots(std::int64_t capacity) noexcept {
-  return roundUpToFour(static_cast<std::size_t>(capacity) + 1);
-}
 
 /// One axis of a union under construction. After each step the maximum is computed from minimum and
 /// extent, as it would be for a rect.
@@ -53,17 +55,28 @@ struct Span {
 
 }  // namespace
 
-std::size_t RTreeNodeCore::trailingBytes(Kind kind, std::int64_t capacity) noexcept {
-  if (capacity > kLargestInlineCapacity) return 0;
-  return inlineSlots(capacity) * doublesPerSlot(kind) * sizeof(double);
+std::size_t RTreeNodeCore::inlineSlots(std::int64_t capacity, std::size_t entries) noexcept {
+  const auto most = static_cast<std::size_t>(capacity);
+  if (entries <= most / kSmallPart) return roundUpToFour(std::clamp<std::size_t>(entries, 1, 16));
+  // With space for the entry that makes a node overflow.
+  return capacity <= kLargestInlineCapacity ? roundUpToFour(most + 1) : 0;
 }
 
-RTreeNodeCore::RTreeNodeCore(Kind kind, std::int64_t capacity)
-    : Object(ObjectKind::other, static_cast<std::uint8_t>(kind)) {
-  if (capacity > kLargestInlineCapacity) {
-    reserve(kFirstSlots);
+/// The slots are rounded up for the bounds. The rects, which are last, need no more than the
+/// entries that there can be.
+std::size_t RTreeNodeCore::trailingBytes(Kind kind, std::size_t inlineSlots,
+                                         std::int64_t capacity) noexcept {
+  const std::size_t rects = std::min(inlineSlots, static_cast<std::size_t>(capacity) + 1);
+  return inlineSlots * (doublesPerSlot(kind) * sizeof(double) - sizeof(Rect)) +
+         rects * sizeof(Rect);
+}
+
+RTreeNodeCore::RTreeNodeCore(Kind kind, std::size_t inlineSlots)
+    : Object(ObjectKind::other, static_cast<std::uint8_t>(kind)),
+      slots_(static_cast<std::uint32_t>(inlineSlots)) {
+  if (inlineSlots == 0) {
+    reserve(kFirstSlots, kFirstSlots);
   } else {
-    slots_ = static_cast<std::uint32_t>(inlineSlots(capacity));
     clearBoundsFrom(0);
   }
 }
@@ -74,22 +87,24 @@ RTreeNodeCore::~RTreeNodeCore() {
   if (external_ != nullptr) freeObjectMemory(external_);
 }
 
-/// Reserves space for `slots` entries. Only the arrays of large nodes ever grow.
-void RTreeNodeCore::reserve(std::size_t slots) {
+/// Reserves space for `slots` entries of at most `limit` that there will ever be. The arrays move
+/// out of a node that has no space behind it; the node stays where it is.
+void RTreeNodeCore::reserve(std::size_t slots, std::size_t limit) {
   if (slots <= slots_) return;
-  slots = std::max(roundUpToFour(slots), std::size_t{2} * slots_);
+  limit = roundUpToFour(limit);
+  slots = std::max(roundUpToFour(slots), std::size_t{slots_ < 16 ? 4U : 2U} * slots_);
+  if (slots > limit / 2) slots = std::max(roundUpToFour(slots_ + 1), limit);
   TQ_ASSERT(slots <= std::numeric_limits<std::uint32_t>::max());
   const std::size_t doubles = doublesPerSlot(nodeKind());
   auto* grown = static_cast<double*>(allocateObjectMemory(slots * doubles * sizeof(double)));
-  if (external_ != nullptr) {
-    std::memcpy(grown, external_, slots_ * sizeof(RTreeBounds));
-    const std::size_t rects = doubles - 4;
-    for (std::size_t array = 4; array < rects; ++array) {
-      std::memcpy(grown + array * slots, external_ + array * slots_, count_ * sizeof(double));
-    }
-    std::memcpy(grown + rects * slots, external_ + rects * slots_, count_ * sizeof(Rect));
-    freeObjectMemory(external_);
+  const double* const before = base();
+  std::memcpy(grown, before, slots_ * sizeof(RTreeBounds));
+  const std::size_t rects = doubles - 4;
+  for (std::size_t array = 4; array < rects; ++array) {
+    std::memcpy(grown + array * slots, before + array * slots_, count_ * sizeof(double));
   }
+  std::memcpy(grown + rects * slots, before + rects * slots_, count_ * sizeof(Rect));
+  if (external_ != nullptr) freeObjectMemory(external_);
   external_ = grown;
   slots_ = static_cast<std::uint32_t>(slots);
   clearBoundsFrom(count_);

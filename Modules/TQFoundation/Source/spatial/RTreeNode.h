@@ -155,7 +155,7 @@ class RTreeNode final : public detail::RTreeNodeCore {
   friend class RTree<Element>;
   using Kind = detail::RTreeNodeCore::Kind;
 
-  RTreeNode(Kind kind, std::int64_t capacity) : RTreeNodeCore(kind, capacity) {
+  RTreeNode(Kind kind, std::size_t inlineSlots) : RTreeNodeCore(kind, inlineSlots) {
     if (isLeaf()) {
       storage_.template emplace<0>(LeafEntryAt{this});
     } else {
@@ -163,23 +163,25 @@ class RTreeNode final : public detail::RTreeNodeCore {
     }
   }
 
-  [[nodiscard]] static Ref<RTreeNode> make(Kind kind, std::int64_t capacity) {
+  [[nodiscard]] static Ref<RTreeNode> make(Kind kind, std::int64_t capacity, std::size_t entries) {
     static_assert(sizeof(RTreeNode) == kHeaderBytes);
-    return Ref<RTreeNode>::adopt(new (Trailing{trailingBytes(kind, capacity)})
-                                     RTreeNode(kind, capacity));
+    const std::size_t slots = inlineSlots(capacity, entries);
+    return Ref<RTreeNode>::adopt(new (Trailing{trailingBytes(kind, slots, capacity)})
+                                     RTreeNode(kind, slots));
   }
 
   [[nodiscard]] static RTreeNode* childOf(RTreeNodeCore* child) noexcept {
     return static_cast<RTreeNode*>(child);
   }
 
-  [[nodiscard]] Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity) const override {
-    return make(kind, capacity);
+  [[nodiscard]] Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity,
+                                            std::size_t entries) const override {
+    return make(kind, capacity, entries);
   }
 
-  void reserveElements(std::size_t count) override {
+  void reserveElements(std::size_t count, std::size_t limit) override {
     if (count > elements_.capacity()) {
-      elements_.reserve(std::max(count, 2 * elements_.capacity()));
+      elements_.reserve(std::max(count, std::min(2 * elements_.capacity(), limit)));
     }
   }
 

@@ -43,8 +43,12 @@ class TQ_EXPORT RTreeCore {
   struct Frame;
 
   [[nodiscard]] RTreeNodeCore& descend(const Rect& rect);
-  void prepare(RTreeNodeCore& leaf);
+  void prepare(RTreeNodeCore& leaf, const Rect& rect);
   [[nodiscard]] bool isFull(const RTreeNodeCore& node) const noexcept;
+  /// The maximum number of entries of a node during an insertion.
+  [[nodiscard]] std::size_t entryLimit() const noexcept {
+    return static_cast<std::size_t>(capacity_) + 1;
+  }
   [[nodiscard]] Ref<RTreeNodeCore> splitLeaf(RTreeNodeCore& leaf) noexcept;
   [[nodiscard]] Ref<RTreeNodeCore> splitDirectory(RTreeNodeCore& directory) noexcept;
   void ascend(Rect childRect, Ref<RTreeNodeCore> sibling) noexcept;

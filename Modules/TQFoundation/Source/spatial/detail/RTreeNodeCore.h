@@ -73,14 +73,16 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   /// The offset of the arrays if they are stored behind the node.
   static constexpr std::size_t kHeaderBytes = 80;
 
-  /// Up to this capacity the arrays are stored behind the node, with space for all entries. The
-  /// arrays of larger nodes are allocated separately and grow with their contents.
-  static constexpr std::int64_t kLargestInlineCapacity = 127;
+  /// Returns for how many entries a new node, which will hold `entries` at first, has space behind
+  /// it. That is space for a full node, if the capacity is not large, and if the node is likely to
+  /// fill up. Further arrays are allocated separately and grow with their contents.
+  [[nodiscard]] static std::size_t inlineSlots(std::int64_t capacity, std::size_t entries) noexcept;
 
-  /// Returns the number of bytes that a node needs behind it.
-  [[nodiscard]] static std::size_t trailingBytes(Kind kind, std::int64_t capacity) noexcept;
+  /// Returns the number of bytes behind a node.
+  [[nodiscard]] static std::size_t trailingBytes(Kind kind, std::size_t inlineSlots,
+                                                 std::int64_t capacity) noexcept;
 
-  RTreeNodeCore(Kind kind, std::int64_t capacity);
+  RTreeNodeCore(Kind kind, std::size_t inlineSlots);
 
  private:
   friend class RTreeCore;
@@ -122,7 +124,8 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   }
   void clearBoundsFrom(std::size_t index) noexcept;
 
-  void reserve(std::size_t slots);
+  void reserve(std::size_t slots, std::size_t limit);
+  [[nodiscard]] std::size_t slotCount() const noexcept { return slots_; }
   void store(std::size_t index, const Rect& rect) noexcept;
   void append(const Rect& rect) noexcept { store(count_++, rect); }
   void append(const Rect& rect, Ref<RTreeNodeCore> child) noexcept;
@@ -136,10 +139,11 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] bool anyHit(const RTreeBounds& bounds) const noexcept;
   void prefetchChildren(std::size_t from, std::uint64_t which) const noexcept;
 
-  /// Returns an empty node of the same element type.
-  [[nodiscard]] virtual Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity) const = 0;
-  /// Reserves space for `count` elements.
-  virtual void reserveElements(std::size_t count) = 0;
+  /// Returns an empty node of the same element type, which will hold `entries` at first.
+  [[nodiscard]] virtual Ref<RTreeNodeCore> makeNode(Kind kind, std::int64_t capacity,
+                                                    std::size_t entries) const = 0;
+  /// Reserves space for `count` elements of at most `limit` that there will ever be.
+  virtual void reserveElements(std::size_t count, std::size_t limit) = 0;
   /// Appends the element at `element`, which is moved from. Space must be reserved.
   virtual void appendElement(void* element) noexcept = 0;
   /// Keeps the elements at the first `kept` positions of `order`, in that order, and moves the
