@@ -31,7 +31,8 @@ void Operation::start() {
   try {
     main();
   } catch (...) {
-    finish();
+    // On a queue, the exception stops the process. Until then nothing may see the operation finish.
+    if (!detail::OperationScheduler::isRunning(*this)) finish();
     throw;
   }
   finish();

@@ -50,7 +50,8 @@ enum class OperationQueuePriority : int {
 ///
 /// Threads:    any. Observers, main() and completion blocks run with no lock held.
 /// Exceptions: an exception from main() passes through start() after the operation has finished. On
-///             a queue it stops the process.
+///             a queue it stops the process, and the operation never finishes: no dependent starts,
+///             and no waiting thread continues.
 class TQ_EXPORT Operation : public Subclass<Operation> {
  public:
   static constexpr std::string_view className = "Operation";

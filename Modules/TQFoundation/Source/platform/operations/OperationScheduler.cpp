@@ -17,6 +17,10 @@ std::size_t OperationScheduler::defaultLimit() noexcept {
   return std::max<std::size_t>(4, std::size_t{2} * std::thread::hardware_concurrency());
 }
 
+bool OperationScheduler::isRunning(const Operation& operation) noexcept {
+  return startedHere == &operation;
+}
+
 void OperationScheduler::add(Operation& operation) {
   OperationScheduler* nobody = nullptr;
   if (operation.isExecuting() || operation.isFinished() ||

@@ -332,8 +332,13 @@ TEST(OperationQueueDeathTest, ExitIsCleanAndExceptionsStopTheProcess) {
   EXPECT_DEATH(
       {
         const auto queue = OperationQueue::init();
-        queue->addOperationWithBlock([] { throw 1; });
-        std::latch(1).wait();
+        const auto throwing = block([] { throw 1; });
+        const auto dependent = block([] { std::_Exit(0); });
+        dependent->addDependency(*throwing);
+        throwing->setCompletionBlock([] { std::_Exit(0); });
+        for (const auto& each : {throwing, dependent}) queue->addOperation(each);
+        queue->waitUntilAllOperationsAreFinished();  // nothing learns that it has finished
+        std::_Exit(0);
       },
       "terminate");
 }

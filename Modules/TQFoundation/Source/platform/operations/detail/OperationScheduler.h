@@ -41,6 +41,8 @@ class OperationScheduler final : public Object {
   void abandon();
 
   [[nodiscard]] static std::size_t defaultLimit() noexcept;
+  /// Returns whether a runner on the calling thread has started this operation.
+  [[nodiscard]] static bool isRunning(const Operation& operation) noexcept;
 
  private:
   static constexpr std::size_t kPriorities = 5;
