@@ -1,9 +1,11 @@
 tq_room(concurrency
+  caches/FairSharedLock.cpp
   caches/TQCache.cpp caches/TQCache.h
   caches/TQCacheDeferredCreation.cpp caches/TQCacheDeferredCreation.h
   caches/TQObjectPool.cpp caches/TQObjectPool.h
   caches/TQSingleton.cpp caches/TQSingleton.h
   caches/ValueCache.h
+  caches/detail/FairSharedLock.h
   locks/Atomic.h
   locks/Lockable.h
   locks/ObjectSynchronizer.h

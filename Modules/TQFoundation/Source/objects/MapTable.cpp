@@ -52,6 +52,7 @@ void MapTable::makeRoom() {
   if (slots_.size() < index_.capacity()) return;
   index_.reset(count_ + 1);
   std::erase_if(slots_, [](const Slot& slot) { return slot.value == nullptr; });
+  sweepPosition_ = 0;  // slots have moved: the sweep begins anew
   for (std::size_t i = 0; i < slots_.size(); ++i) index_.insert(slots_[i].hash, i);
 }
 
@@ -70,6 +71,31 @@ MapTable::Removed MapTable::purge() {
     if (isGone(slot)) removed.push_back(takeOut(slot));
   }
   lossesSeen_ = losses;
+  sweepPosition_ = 0;
+  return removed;
+}
+
+// A sweep visits each slot once, over many calls. After it, all keys are removed that were lost
+// before it began.
+MapTable::Removed MapTable::purgeSome() {
+  constexpr std::size_t kAtOnce = 4;  // more than a change adds, so that sweeps catch up
+  Removed removed;
+  if (keys_ == Keys::strong) return removed;
+  const std::uint64_t losses = detail::weakLossCount();
+  for (std::size_t i = 0; i < kAtOnce && losses != lossesSeen_; ++i) {
+    if (sweepPosition_ == 0) sweepLosses_ = losses;
+    if (sweepPosition_ < slots_.size()) {
+      Slot& slot = slots_[sweepPosition_];
+      if (slot.value != nullptr && slot.weakKey.isGone()) {
+        removed.reserve(kAtOnce);
+        removed.push_back(takeOut(slot));
+      }
+      ++sweepPosition_;
+    }
+    if (sweepPosition_ < slots_.size()) continue;
+    sweepPosition_ = 0;
+    lossesSeen_ = sweepLosses_;
+  }
   return removed;
 }
 
@@ -81,7 +107,7 @@ std::size_t MapTable::count() const {
 
 MapTable::Removed MapTable::setObject(Ref<Object> value, Object& forKey) {
   if (value == nullptr) return removeObjectForKey(forKey);
-  Removed removed = purge();
+  Removed removed = purgeSome();
   const std::size_t hash = hashOf(forKey);
   if (const auto found = find(hash, forKey)) {
     removed.reserve(removed.size() + 1);
@@ -102,7 +128,7 @@ MapTable::Removed MapTable::setObject(Ref<Object> value, Object& forKey) {
 }
 
 MapTable::Removed MapTable::removeObjectForKey(const Object& key) {
-  Removed removed = purge();
+  Removed removed = purgeSome();
   if (const auto found = find(hashOf(key), key)) {
     removed.reserve(removed.size() + 1);
     removed.push_back(takeOut(slots_[*found]));
@@ -117,6 +143,7 @@ MapTable::Removed MapTable::removeAllObjects() {
     if (slot.value != nullptr) removed.push_back(takeOut(slot));
   }
   slots_.clear();
+  sweepPosition_ = 0;
   index_ = {};
   return removed;
 }

@@ -18,8 +18,8 @@
 namespace tq {
 
 /// A hash table whose keys are held weakly or strongly. Values are held strongly. An entry whose
-/// weak key has been destroyed is no longer found, counted or enumerated; its value is released by
-/// the next change of the table or by purge().
+/// weak key has been destroyed is no longer found, counted or enumerated. Its value is released by
+/// later changes of the table, each of which examines a few entries, or by purge().
 ///
 /// Threads: one at a time. Several threads may call objectForKey() while no thread changes the
 ///          table.
@@ -58,16 +58,20 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
   [[nodiscard]] Object* objectForKey(const Object& key) const;
   /// Sets the value of the key. If an equal key is in the table, that key stays. A null value
   /// removes the entry.
-  /// @return the replaced or removed entry, and all entries whose keys have been destroyed
+  /// @return the replaced or removed entry, and the result of purgeSome()
   Removed setObject(Ref<Object> value, Object& forKey);
   /// Removes the entry of the key, if there is one.
-  /// @return the removed entry, and all entries whose keys have been destroyed
+  /// @return the removed entry, and the result of purgeSome()
   Removed removeObjectForKey(const Object& key);
   /// Removes all entries and returns them.
   Removed removeAllObjects();
   /// Removes the entries whose keys have been destroyed and returns them. O(n), but O(1) if no
   /// weakly held object of the process has been destroyed since the last purge.
   Removed purge();
+  /// Examines the next few entries in turn, and removes and returns those whose keys have been
+  /// destroyed. O(1). A table that calls it for each change holds at most about half as many
+  /// entries of destroyed keys as it held entries when they were destroyed.
+  Removed purgeSome();
 
   /// The same as objectForKey() and setObject().
   [[nodiscard]] Object* objectForKeyedSubscript(const Object& key) const {
@@ -111,8 +115,10 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
 
   const Keys keys_;
   const Matching matching_;
-  std::uint64_t lossesSeen_ = 0;
-  std::size_t count_ = 0;  // slots with a value
+  std::uint64_t lossesSeen_ = 0;   // every key that was lost by then has been removed
+  std::uint64_t sweepLosses_ = 0;  // the losses when the running sweep began
+  std::size_t sweepPosition_ = 0;  // the slot that the sweep examines next
+  std::size_t count_ = 0;          // slots with a value
   std::vector<Slot> slots_;
   detail::HashIndex index_;
 };

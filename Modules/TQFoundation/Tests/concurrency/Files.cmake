@@ -12,5 +12,7 @@ tq_add_room_tests(TQConcurrency
 target_compile_options(TQConcurrencyTests PRIVATE
   $<$<CXX_COMPILER_ID:Clang>:-Wno-thread-safety-analysis>)
 # A separate executable, because it replaces the allocation functions.
+tq_add_internal_tests(TQConcurrency
+  ${CMAKE_CURRENT_LIST_DIR}/caches/FairSharedLockTest.cpp)
 tq_add_room_tests(TQConcurrencyFault
   ${CMAKE_CURRENT_LIST_DIR}/ConcurrencyFaultTest.cpp)

@@ -1,6 +1,6 @@
 #include <TQFoundation/concurrency/caches/TQCache.h>
 
-#include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
@@ -12,6 +12,21 @@
 // allocation fails.
 
 namespace tq {
+namespace {
+
+bool isPlaceholder(const Object& object) noexcept {
+  return &object.objectClass() == &classOf<TQCacheDeferredCreation>;  // the class is final
+}
+
+}  // namespace
+
+/// Keeps what a call uses after a block, which may release the last reference to all of it.
+struct TQCache::Holding {
+  Holding(const TQCache& usedCache, const Object& usedOwner, const Object& usedKey) noexcept
+      : cache(share(usedCache)), owner(share(usedOwner)), key(share(usedKey)) {}
+  const Ref<const TQCache> cache;
+  const Ref<const Object> owner, key;
+};
 
 TQCache::TQCache(MapTable::Keys owners)
     : cachedObjectsByOwner_(MapTable::mapTable(owners, MapTable::Matching::identity)) {}
@@ -26,7 +41,7 @@ MapTable* TQCache::entriesOf(const Object& owner) const {
 }
 
 Ref<Object> TQCache::rawObjectForOwner(const Object& owner, const Object& andKey) const {
-  const ReadLocked guard(*locker_);
+  const detail::FairReadLocked guard(locker_);
   const MapTable* const entries = entriesOf(owner);
   return Ref<Object>(entries != nullptr ? entries->objectForKey(andKey) : nullptr);
 }
@@ -45,61 +60,78 @@ MapTable::Removed TQCache::store(const Ref<Object>& object, Object& owner, Objec
 void TQCache::setCachedObject(Ref<Object> object, Object& forOwner, const Object& andKey) {
   const Ref<Object> key = andKey.copy();
   MapTable::Removed gone, displaced;
-  const WriteLocked guard(*locker_);
-  gone = cachedObjectsByOwner_->purge();
+  const detail::FairWriteLocked guard(locker_);
+  gone = cachedObjectsByOwner_->purgeSome();
   displaced = store(object, forOwner, *key);
 }
 
-// If the entry has changed by the time the monitor is held, the loop starts again. A new
-// placeholder is then resolved without the monitor, because its creation may need the monitor for
-// another key.
+// If the entry has changed by the time the monitor is held, the loop starts again. A placeholder is
+// resolved without the monitor, because its creation may need the monitor for another key. If it
+// resolves to null, its creation has failed, or is running on this thread: this caller creates.
 Ref<Object> TQCache::blockingCachedObjectForOwner(Object& owner, const Object& andKey,
                                                   const CreationBlock& orCreateWithBlock) {
-  for (;;) {
-    const Ref<Object> stored = rawObjectForOwner(owner, andKey);
+  Ref<Object> stored = rawObjectForOwner(owner, andKey);
+  if (stored != nullptr && !isPlaceholder(*stored)) return stored;  // found, at the least cost
+  const Holding held(*this, owner, andKey);
+  for (;; stored = rawObjectForOwner(owner, andKey)) {
     if (Ref<Object> found = TQCache_selfOrDeferredObject(stored)) return found;
     ObjectSynchronizer monitor(share(owner));
     const Locked guard(monitor);
     if (rawObjectForOwner(owner, andKey) != stored) continue;
-    Ref<Object> created = orCreateWithBlock();
+    const CreationBlock block = orCreateWithBlock;  // the call may destroy the caller's
+    Ref<Object> created = block();
     setCachedObject(created, owner, andKey);
     return created;
   }
 }
 
+// The placeholder is reserved for this thread before others can see it, so that a block only runs
+// on the thread of its own caller.
 Ref<Object> TQCache::cachedObjectForOwner(Object& owner, const Object& andKey,
                                           const CreationBlock& orCreateWithBlock) {
-  const Ref<Object> stored = blockingCachedObjectForOwner(owner, andKey, [&]() -> Ref<Object> {
-    return TQCacheDeferredCreation::createWithBlock(orCreateWithBlock);
-  });
-  return resolve(stored, owner, andKey);
+  Ref<Object> stored = rawObjectForOwner(owner, andKey);
+  if (stored != nullptr && !isPlaceholder(*stored)) return stored;
+  const Holding held(*this, owner, andKey);
+  for (;; stored = rawObjectForOwner(owner, andKey)) {
+    if (Ref<Object> found = TQCache_selfOrDeferredObject(stored)) return found;
+    if (const auto mine = reserve(stored, owner, andKey, orCreateWithBlock)) {
+      return create(mine, owner, andKey);
+    }
+  }
 }
 
 void TQCache::populateCacheForObjectWithOwner(Object& owner, const Object& andKey,
                                               const CreationBlock& creationBlock) {
   if (rawObjectForOwner(owner, andKey) != nullptr) return;
-  Ref<Object> placeholder;
-  {
-    ObjectSynchronizer monitor(share(owner));
-    const Locked guard(monitor);
-    if (rawObjectForOwner(owner, andKey) != nullptr) return;
-    placeholder = TQCacheDeferredCreation::createWithBlock(creationBlock);
-    setCachedObject(placeholder, owner, andKey);
-  }
-  resolve(placeholder, owner, andKey);
+  const Holding held(*this, owner, andKey);
+  const auto mine = reserve(nullptr, owner, andKey, creationBlock);
+  if (mine != nullptr) create(mine, owner, andKey);
 }
 
-// If the creation throws, the placeholder is removed. It would return null for ever.
-Ref<Object> TQCache::resolve(const Ref<Object>& placeholder, Object& owner, const Object& key) {
-  Ref<Object> resolved;
+// Stores a new placeholder for this thread, unless the entry is no longer `stored`: then returns
+// null.
+Ref<TQCacheDeferredCreation> TQCache::reserve(const Ref<Object>& stored, Object& owner,
+                                              const Object& key, const CreationBlock& block) {
+  ObjectSynchronizer monitor(share(owner));
+  const Locked guard(monitor);
+  if (rawObjectForOwner(owner, key) != stored) return nullptr;
+  auto placeholder = TQCacheDeferredCreation::reserveWithBlock(block);
+  setCachedObject(placeholder, owner, key);
+  return placeholder;
+}
+
+// If the creation throws or returns null, the placeholder is removed. It would be null for ever.
+Ref<Object> TQCache::create(const Ref<TQCacheDeferredCreation>& placeholder, Object& owner,
+                            const Object& key) {
+  Ref<Object> created;
   try {
-    resolved = TQCache_selfOrDeferredObject(placeholder);
+    created = placeholder->create();
   } catch (...) {
     replace(placeholder, nullptr, owner, key);
     throw;
   }
-  if (resolved != placeholder) replace(placeholder, resolved, owner, key);
-  return resolved;
+  replace(placeholder, created, owner, key);
+  return created;
 }
 
 // Replaces the placeholder by the object. The object is also stored if the key was removed during
@@ -109,8 +141,8 @@ void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object,
                       const Object& key) {
   const Ref<Object> copied = key.copy();
   MapTable::Removed gone, displaced;
-  const WriteLocked guard(*locker_);
-  gone = cachedObjectsByOwner_->purge();
+  const detail::FairWriteLocked guard(locker_);
+  gone = cachedObjectsByOwner_->purgeSome();
   const MapTable* const entries = entriesOf(owner);
   const Object* const now = entries != nullptr ? entries->objectForKey(key) : nullptr;
   if (now == object.get() || (now != nullptr && now != placeholder.get())) return;
@@ -119,48 +151,46 @@ void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object,
 
 void TQCache::removeCachedObjectForOwner(const Object& owner, const Object& andKey) {
   MapTable::Removed gone, removed;
-  const WriteLocked guard(*locker_);
-  gone = cachedObjectsByOwner_->purge();
+  const detail::FairWriteLocked guard(locker_);
+  gone = cachedObjectsByOwner_->purgeSome();
   if (MapTable* const entries = entriesOf(owner)) removed = entries->removeObjectForKey(andKey);
 }
 
 void TQCache::removeCachedObjectsForOwner(const Object& owner) {
   MapTable::Removed gone, removed;
-  const WriteLocked guard(*locker_);
-  gone = cachedObjectsByOwner_->purge();
+  const detail::FairWriteLocked guard(locker_);
+  gone = cachedObjectsByOwner_->purgeSome();
   removed = cachedObjectsByOwner_->removeObjectForKey(owner);
 }
 
 void TQCache::removeCachedObjectsExceptForOwners(std::span<const Ref<Object>> ownersToKeep) {
   const std::vector<Ref<Object>> owners = allOwners();
+  std::unordered_set<const Object*> kept;
+  for (const Ref<Object>& owner : ownersToKeep) kept.insert(owner.get());
   std::vector<MapTable::Removed> removed;
   removed.reserve(owners.size());
-  const WriteLocked guard(*locker_);
+  const detail::FairWriteLocked guard(locker_);
   for (const Ref<Object>& owner : owners) {
-    if (std::find(ownersToKeep.begin(), ownersToKeep.end(), owner) != ownersToKeep.end()) continue;
+    if (kept.contains(owner.get())) continue;
     removed.push_back(cachedObjectsByOwner_->removeObjectForKey(*owner));
   }
 }
 
 void TQCache::removeAllCachedObjects() {
   MapTable::Removed removed;
-  const WriteLocked guard(*locker_);
+  const detail::FairWriteLocked guard(locker_);
   removed = cachedObjectsByOwner_->removeAllObjects();
 }
 
 std::size_t TQCache::count() const {
-  MapTable::Removed gone;
-  const WriteLocked guard(*locker_);
-  gone = cachedObjectsByOwner_->purge();
+  const detail::FairReadLocked guard(locker_);
   return cachedObjectsByOwner_->count();
 }
 
 std::vector<Ref<Object>> TQCache::allOwners() const {
-  MapTable::Removed gone;
-  std::vector<MapTable::Entry> entries;
+  std::vector<MapTable::Entry> entries;  // the last references may be among them
   {
-    const WriteLocked guard(*locker_);
-    gone = cachedObjectsByOwner_->purge();
+    const detail::FairReadLocked guard(locker_);
     entries = cachedObjectsByOwner_->entries();
   }
   std::vector<Ref<Object>> owners;

@@ -12,10 +12,12 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/base/TQThreadSafety.h>
-#include <TQFoundation/concurrency/locks/ReadWriteLock.h>
+#include <TQFoundation/concurrency/caches/detail/FairSharedLock.h>
 #include <TQFoundation/objects/MapTable.h>
 
 namespace tq {
+
+class TQCacheDeferredCreation;
 
 /// Cached objects by owner, then by key.
 ///
@@ -24,10 +26,12 @@ namespace tq {
 ///         caller must hold the owner; an owner's destructor must not use the cache for it.
 /// Keys:   copied, and compared by equality. Their isEqual() and hash() run with the cache's lock
 ///         held and must not call the cache.
-/// Threads: any. Creation blocks, and destructors of removed objects, run without the cache's lock
-///          and may call the cache. Lock order: the owner's monitor, then the cache's lock.
-/// Memory:  the entries of a destroyed owner are released at the next change, count() or
-///          allOwners().
+/// Threads: any. Creation blocks, and destructors of removed objects, run without the cache's lock.
+///          They may call the cache, and release the last reference to it and to the owner. Lock
+///          order: the owner's monitor, then the cache's lock. A writer waits only for the readers
+///          before it.
+/// Memory:  the entries of a destroyed owner are released by later changes. Each change examines a
+///          few owners, so its cost does not depend on their number.
 class TQ_EXPORT TQCache final : public Subclass<TQCache> {
  public:
   static constexpr std::string_view className = "TQCache";
@@ -55,10 +59,10 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
                                            const CreationBlock& orCreateWithBlock);
 
   /// Returns the cached object. If there is none, runs the block without the monitor and stores its
-  /// result. Creations for different keys run concurrently; for one key a single block runs and the
-  /// other callers wait. If the block throws, its own caller gets the exception, and one of the
-  /// waiting callers runs its own block. An object that another thread has stored under the key in
-  /// the meantime is kept.
+  /// result. Creations for different keys run concurrently; for one key a single block runs, on the
+  /// thread of its caller, and the other callers wait. If the block throws or returns null, only
+  /// its own caller gets the exception or null, and one of the waiting callers runs its own block.
+  /// An object that another thread has stored under the key in the meantime is kept.
   Ref<Object> cachedObjectForOwner(Object& owner, const Object& andKey,
                                    const CreationBlock& orCreateWithBlock);
 
@@ -69,12 +73,12 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   /// Remove one entry of the owner, or all of them. Missing entries are ignored.
   void removeCachedObjectForOwner(const Object& owner, const Object& andKey);
   void removeCachedObjectsForOwner(const Object& owner);
-  /// Removes the entries of all other owners. Owners that are added during the call stay.
+  /// Removes the entries of all other owners. Owners that are added during the call stay. O(n).
   void removeCachedObjectsExceptForOwners(std::span<const Ref<Object>> ownersToKeep);
   /// Removes all entries of all owners.
   void removeAllCachedObjects();
 
-  /// Returns the number of living owners in the cache.
+  /// Returns the number of living owners in the cache. O(n) if owners may have been destroyed.
   [[nodiscard]] std::size_t count() const;
   /// Returns all living owners, each once, in no particular order.
   [[nodiscard]] std::vector<Ref<Object>> allOwners() const;
@@ -82,15 +86,19 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
  private:
   explicit TQCache(MapTable::Keys owners);
 
-  [[nodiscard]] MapTable* entriesOf(const Object& owner) const TQ_REQUIRES_SHARED(*locker_);
+  struct Holding;
+  [[nodiscard]] MapTable* entriesOf(const Object& owner) const TQ_REQUIRES_SHARED(locker_);
   MapTable::Removed store(const Ref<Object>& object, Object& owner, Object& key)
-      TQ_REQUIRES(*locker_);
+      TQ_REQUIRES(locker_);
   void replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
                const Object& key);
-  Ref<Object> resolve(const Ref<Object>& placeholder, Object& owner, const Object& key);
+  Ref<TQCacheDeferredCreation> reserve(const Ref<Object>& stored, Object& owner, const Object& key,
+                                       const CreationBlock& block);
+  Ref<Object> create(const Ref<TQCacheDeferredCreation>& placeholder, Object& owner,
+                     const Object& key);
 
-  const Ref<ReadWriteLock> locker_ = makeRef<ReadWriteLock>();
-  const Ref<MapTable> cachedObjectsByOwner_ TQ_PT_GUARDED_BY(*locker_);
+  mutable detail::FairSharedLock locker_;
+  const Ref<MapTable> cachedObjectsByOwner_ TQ_PT_GUARDED_BY(locker_);
 };
 
 }  // namespace tq

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <TQFoundation/platform/threads/Thread.h>
+
 namespace tq {
 namespace {
 
@@ -15,34 +17,64 @@ TQCacheDeferredCreation* placeholderIn(const Ref<Object>& object) noexcept {
 
 }  // namespace
 
-TQCacheDeferredCreation::TQCacheDeferredCreation(CreationBlock block) noexcept
+TQCacheDeferredCreation::TQCacheDeferredCreation(CreationBlock block)
     : creationBlock_(std::move(block)) {}
 
 Ref<TQCacheDeferredCreation> TQCacheDeferredCreation::initWithBlock(CreationBlock block) {
   return Ref<TQCacheDeferredCreation>::adopt(new TQCacheDeferredCreation(std::move(block)));
 }
 
-Ref<Object> TQCacheDeferredCreation::resolve() {
-  // Cleared before the call, because the block may call resolve() again.
-  if (const CreationBlock block = std::exchange(creationBlock_, nullptr)) {
-    calculatedObject_ = block();
+Ref<TQCacheDeferredCreation> TQCacheDeferredCreation::reserveWithBlock(CreationBlock block) {
+  auto reserved = initWithBlock(std::move(block));
+  const Locked guard(reserved->lock_);
+  reserved->creator_ = currentThreadNumber();
+  return reserved;
+}
+
+// The placeholder ends in every case, so that no thread waits for ever. A thread that waits takes
+// part in no lock order: the lock is not held while the block runs.
+Ref<Object> TQCacheDeferredCreation::create() {
+  const auto self = share(*this);
+  CreationBlock block;
+  {
+    const Locked guard(lock_);
+    block = std::exchange(creationBlock_, nullptr);  // once
   }
-  return calculatedObject_;
+  Ref<Object> created;
+  struct Ending {
+    ~Ending() {
+      const Locked guard(placeholder.lock_);
+      placeholder.calculatedObject_ = created;
+      placeholder.creator_ = 0;
+      placeholder.hasEnded_.notify_all();
+    }
+    TQCacheDeferredCreation& placeholder;
+    const Ref<Object>& created;
+  };
+  {
+    const Ending ending{*this, created};
+    if (block) created = block();
+  }
+  return created;
 }
 
-Ref<Object> TQCacheDeferredCreation::selfOrDeferredObject() {
-  const Locked guard(lock_);
-  return resolve();
+Ref<Object> TQCacheDeferredCreation::resolve(bool mayWait) {
+  const auto self = share(*this);  // its last reference may be released meanwhile
+  {
+    const Locked guard(lock_);
+    while (creator_ != 0 && creator_ != currentThreadNumber()) {
+      if (!mayWait) return nullptr;
+      hasEnded_.wait(lock_);
+    }
+    if (creator_ != 0 || creationBlock_ == nullptr) return calculatedObject_;
+    creator_ = currentThreadNumber();
+  }
+  return create();
 }
 
-Ref<Object> TQCacheDeferredCreation::unblockingSelfOrDeferredObject() TQ_NO_THREAD_SAFETY_ANALYSIS {
-  if (!lock_.tryLock()) return nullptr;
-  struct Unlock {
-    ~Unlock() TQ_NO_THREAD_SAFETY_ANALYSIS { lock.unlock(); }
-    RecursiveLock& lock;
-  } const unlock{lock_};
-  return resolve();
-}
+Ref<Object> TQCacheDeferredCreation::selfOrDeferredObject() { return resolve(true); }
+
+Ref<Object> TQCacheDeferredCreation::unblockingSelfOrDeferredObject() { return resolve(false); }
 
 Ref<Object> TQCache_selfOrDeferredObject(Ref<Object> object) {
   TQCacheDeferredCreation* const placeholder = placeholderIn(object);

@@ -3,6 +3,8 @@
 /// @file TQCacheDeferredCreation.h
 /// Placeholders for objects that are created at their first use.
 
+#include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <string_view>
 
@@ -18,7 +20,10 @@ namespace tq {
 /// The block runs at most once, on the first thread that resolves the placeholder. Other threads
 /// wait and then get its result. If the block returns null or throws, the result is null for good;
 /// the exception propagates to the thread that ran the block. A block that resolves its own
-/// placeholder gets null. Threads: any.
+/// placeholder gets null.
+///
+/// Threads: any. The block runs, and is destroyed, with no lock held. It may release the last
+///          reference to the placeholder.
 class TQ_EXPORT TQCacheDeferredCreation final : public Subclass<TQCacheDeferredCreation> {
  public:
   static constexpr std::string_view className = "TQCacheDeferredCreation";
@@ -37,10 +42,19 @@ class TQ_EXPORT TQCacheDeferredCreation final : public Subclass<TQCacheDeferredC
   [[nodiscard]] Ref<Object> unblockingSelfOrDeferredObject();
 
  private:
-  explicit TQCacheDeferredCreation(CreationBlock block) noexcept;
-  [[nodiscard]] Ref<Object> resolve() TQ_REQUIRES(lock_);
+  friend class TQCache;
 
-  RecursiveLock lock_;
+  explicit TQCacheDeferredCreation(CreationBlock block);
+
+  /// Creates a placeholder that only the calling thread resolves, by create(). Others wait for it.
+  [[nodiscard]] static Ref<TQCacheDeferredCreation> reserveWithBlock(CreationBlock block);
+  /// Runs the block of a placeholder that is reserved for this thread.
+  Ref<Object> create();
+  [[nodiscard]] Ref<Object> resolve(bool mayWait);
+
+  Lock lock_;
+  std::condition_variable_any hasEnded_;
+  std::uint32_t creator_ TQ_GUARDED_BY(lock_) = 0;  // the thread that creates the object, or 0
   Ref<Object> calculatedObject_ TQ_GUARDED_BY(lock_);
   CreationBlock creationBlock_ TQ_GUARDED_BY(lock_);
 };

@@ -61,10 +61,30 @@ TEST(TQCache, EntriesEndWithTheirOwners) {
     EXPECT_EQ(released, i) << "the next change releases the entry of the previous owner";
   }
   EXPECT_EQ(weak->count(), 0u);
+  weak->removeAllCachedObjects();
+  EXPECT_EQ(released, 100);
+
+  // Each change looks at a few owners, so that its cost does not depend on their number.
+  std::vector<Ref<String>> owners;
+  const auto living = text("living");
+  weak->setCachedObject(key, *living, *key);
+  for (int i = 0; i < 1000; ++i) owners.push_back(text(std::to_string(i)));
+  for (const auto& owner : owners) {
+    weak->setCachedObject(makeRef<test::OnDestruction>([&] { ++released; }), *owner, *key);
+  }
+  owners.clear();
+  EXPECT_EQ(weak->count(), 1u);
+  EXPECT_THAT(weak->allOwners(), testing::ElementsAre(living));
+  for (int changes = 1; released < 1100; ++changes) {
+    ASSERT_LE(changes, 1000);
+    const int before = released;
+    weak->setCachedObject(key, *living, *key);
+    EXPECT_LE(released, before + 8);
+  }
+
   const auto strong = TQCache::initWithOwnerRetentionPolicy(1);
   for (int i = 0; i < 100; ++i) strong->setCachedObject(key, *text("owner"), *key);
   EXPECT_EQ(strong->count(), 100u);
-  EXPECT_EQ(released, 100);
 }
 
 TEST(TQCache, CreationsMayReturnNullThrowAndCallBack) {
@@ -153,6 +173,37 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
   for (std::size_t r = 0; r < kRounds; ++r) EXPECT_EQ(runs[r], r % 4 == 1 ? 2 : 1) << r;
 }
 
+// Each thread's block throws the thread's number or makes an object. Each caller gets its own
+// block's exception, or an object.
+TEST(TQCacheStress, FailuresReachTheCallerOfTheirBlockAndNoOther) {
+  constexpr int kThreads = 6, kRounds = 300;
+  const auto cache = TQCache::init();
+  const auto owner = text("owner"), key = text("key");
+  std::barrier round(kThreads);
+  test::onThreads(kThreads, [&](int thread) {
+    for (int r = 0; r < kRounds; ++r) {
+      round.arrive_and_wait();
+      if (thread == 0) cache->removeAllCachedObjects();
+      round.arrive_and_wait();
+      const bool fails = (thread + r) % 2 == 0;
+      bool hasThrown = false;
+      try {
+        const auto made = cache->cachedObjectForOwner(*owner, *key, [&]() -> Ref<Object> {
+          std::this_thread::yield();
+          if (!fails) return text("made");
+          hasThrown = true;
+          throw thread;
+        });
+        EXPECT_NE(made, nullptr);
+        EXPECT_FALSE(hasThrown);
+      } catch (int thrower) {
+        EXPECT_EQ(thrower, thread);
+        EXPECT_TRUE(hasThrown);
+      }
+    }
+  });
+}
+
 TEST(TQCacheStress, OwnersAreDestroyedWhileOtherThreadsUseTheCache) {
   const auto cache = TQCache::init();
   const auto key = text("k");
@@ -167,6 +218,7 @@ TEST(TQCacheStress, OwnersAreDestroyedWhileOtherThreadsUseTheCache) {
     }
   });
   EXPECT_EQ(cache->count(), 0u);
+  cache->removeAllCachedObjects();
   EXPECT_EQ(living, 0);
 }
 
