@@ -24,6 +24,7 @@ Ref<Object> TQObjectPool::vendObject() {
     const WriteLocked guard(*lock_);
     if (!pool_.empty()) return std::move(pool_.extract(pool_.begin()).value());
   }
+  const auto self = share(*this);  // the block may release the pool
   return creatorBlock_();
 }
 

@@ -44,11 +44,11 @@ class AnyValueCache {
       : box_(std::make_shared<BoxOf<C>>(std::move(cache))) {}
 
   /// Call store() and retrieve() of the wrapped cache.
-  void store(std::optional<T> value) { box_->store(std::move(value)); }
-  [[nodiscard]] std::optional<T> retrieve() { return box_->retrieve(); }
+  void store(std::optional<T> value) { share()->store(std::move(value)); }
+  [[nodiscard]] std::optional<T> retrieve() { return share()->retrieve(); }
   /// Calls retrieve(creator) of the wrapped cache if it has one, otherwise tq::retrieve().
   T retrieve(const std::function<T()>& createIfNeededUsing) {
-    return box_->retrieve(createIfNeededUsing);
+    return share()->retrieve(createIfNeededUsing);
   }
 
  private:
@@ -72,6 +72,9 @@ class AnyValueCache {
     }
     C cache;
   };
+
+  /// Keeps the wrapped cache during a call, which may destroy this object.
+  [[nodiscard]] std::shared_ptr<Box> share() const noexcept { return box_; }
 
   std::shared_ptr<Box> box_;
 };

@@ -34,6 +34,7 @@ bool isNull(const Ref<Object>& object) { return !object || object->kind() == Obj
 
 Ref<Array> concurrentMapWithCompact(const Array& array, bool compact, const ArrayMapBlock& block) {
   requireBlock(block, __func__);
+  const auto held = share(array);  // the block may release it
   const std::span<const Ref<Object>> objects = array.objects();
   std::vector<Ref<Object>> results(objects.size());  // null until the block has returned
   const auto call = [&block, objects, compact, into = results.data()](std::size_t i) {
@@ -72,6 +73,7 @@ Ref<Array> compactMapWithOptions(const Array& array, EnumerationOptions options,
 
 std::size_t applyBlockConcurrentlyAndCountSuccess(const Array& array, const ArrayPredicate& block) {
   requireBlock(block, __func__);
+  const auto held = share(array);  // the block may release it
   const std::span<const Ref<Object>> objects = array.objects();
   std::vector<unsigned char> results(objects.size(), 0);
   groupApply(objects.size(), [&](std::size_t i) { results[i] = block(*objects[i]) ? 1 : 0; });

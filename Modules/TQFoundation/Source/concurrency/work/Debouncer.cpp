@@ -16,9 +16,12 @@ Debouncer::Debouncer(double interval, Action actionToPerform)
     : interval_(interval), actionToPerform_(std::move(actionToPerform)) {}
 
 void Debouncer::schedulePerformAction() {
-  if (const Ref<Timer> pending = timer_.lock()) pending->invalidate();
-  timer_ = scheduledTimerWithTimeInterval(
-      interval_, false, [self = share(*this)](Timer&) { self->actionToPerform_(); });
+  const auto self = share(*this);  // the pending timer may hold the last reference
+  const auto next = scheduledTimerWithTimeInterval(interval_, false,
+                                                   [self](Timer&) { self->actionToPerform_(); });
+  const Ref<Timer> pending = timer_.lock();
+  timer_ = next;  // from here on, nothing fails: the earlier request is replaced, never lost
+  if (pending != nullptr) pending->invalidate();
 }
 
 }  // namespace tq

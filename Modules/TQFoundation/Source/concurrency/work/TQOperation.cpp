@@ -19,12 +19,26 @@ class Inside {
 
 }  // namespace
 
+// Dependents and waiting threads learn of the end after the monitor is left, because they run
+// observers of other operations. An observer may change the state again: then the outermost change
+// tells them.
 void TQOperation::change(bool TQOperation::*flag, bool value, std::string_view key) {
-  const Inside monitor(*this);
-  if (this->*flag == value) return;
-  willChangeValueForKey(key);
-  this->*flag = value;
-  didChangeValueForKey(key);
+  const Ref<Operation> self = hold();
+  bool isOver = false;
+  {
+    const Inside monitor(*this);
+    if (this->*flag == value) return;
+    struct Depth {
+      explicit Depth(unsigned& all) : count(++all) {}
+      ~Depth() { --count; }
+      unsigned& count;
+    } const depth(changes_);
+    willChangeValueForKey(key);
+    this->*flag = value;
+    notify(key, Change::did);
+    isOver = depth.count == 1 && finished_;
+  }
+  if (isOver && isFinished()) noticeFinished();
 }
 
 bool TQOperation::read(bool TQOperation::*flag) const {

@@ -14,7 +14,8 @@ namespace tq {
 /// does not call the setters never finishes.
 ///
 /// Threads: any. The object's monitor guards the state. It is held while observers are notified:
-///          they may read the state, but must not wait for another thread that does.
+///          they may read the state, but must not wait for another thread that does. Dependents,
+///          waiting threads and the queue learn of the end after the monitor is left.
 class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
  public:
   static constexpr std::string_view className = "TQOperation";
@@ -36,9 +37,10 @@ class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
   void change(bool TQOperation::*flag, bool value, std::string_view key);
   [[nodiscard]] bool read(bool TQOperation::*flag) const;
 
-  bool finished_ = false;  // these three are guarded by this object's monitor
+  bool finished_ = false;  // these are guarded by this object's monitor
   bool executing_ = false;
   bool cancelled_ = false;
+  unsigned changes_ = 0;  // that are being announced
 };
 
 }  // namespace tq

@@ -50,6 +50,7 @@ void TQRateLimiter::updateIfNeeded() {
 }
 
 void TQRateLimiter::update() {
+  const auto self = share(*this);   // the target may release it
   atomicNeedsUpdate_.store(false);  // before the call, so that the target may request again
   const Ref<Object> target = target_.lock();
   const ActionInvocation invocation = actionInvocation();

@@ -365,10 +365,12 @@ void RunLoop::stop() noexcept {
 void RunLoop::appendToMainQueue(Block block) {
   TQ_ASSERT(block != nullptr);
   bool wasEmpty = false;
+  Performed added{std::move(block),
+                  RunLoopMode::common};  // if not added, destroyed without the lock
   {
     const Locked guard(state_->lock);
     wasEmpty = state_->mainQueue.empty();
-    state_->mainQueue.push_back({std::move(block), RunLoopMode::common});
+    state_->mainQueue.push_back(std::move(added));
   }
   if (wasEmpty) wakeUp();  // otherwise an earlier caller has woken it
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <TQFoundation/base/MakeRoom.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/operations/WorkerPool.h>
 #include <TQFoundation/platform/operations/detail/OperationScheduler.h>
@@ -15,6 +16,11 @@ Operation::Operation() = default;
 
 Operation::~Operation() {
   if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->release();
+}
+
+// In a destructor no reference is left; the caller of the destructor keeps the memory.
+Ref<Operation> Operation::hold() noexcept {
+  return referenceCount() != 0 ? share(*this) : Ref<Operation>();
 }
 
 void Operation::start() {
@@ -50,6 +56,7 @@ void Operation::finish() {
 }
 
 void Operation::cancel() {
+  const Ref<Operation> self = hold();
   if (phase_ == Phase::finished || isMarkedCancelled_) return;
   willChangeValueForKey(isCancelledKey);
   const bool wasMarked = isMarkedCancelled_.exchange(true);
@@ -66,6 +73,10 @@ bool Operation::isAsynchronous() const { return false; }
 // Both operations record an unfinished dependency, so the shorter list is searched.
 void Operation::addDependency(Operation& operation) {
   if (isDependentOn(operation)) return;
+  {
+    const Locked guard(lock_);
+    detail::makeRoom(dependencies_, 1);  // so that nothing fails half-way
+  }
   {
     const Locked guard(operation.lock_);
     if (!operation.hasNoticedFinish_) {
@@ -96,7 +107,7 @@ bool Operation::isDependentOn(Operation& operation) const {
 }
 
 void Operation::removeDependency(Operation& operation) {
-  const Ref<Operation> held = share(operation);
+  const Ref<Operation> self = hold(), held = share(operation);
   {
     const Locked guard(lock_);
     if (std::erase(dependencies_, held) == 0) return;
@@ -120,6 +131,7 @@ void Operation::dependencyFinished() {
 }
 
 void Operation::noticeReady() {
+  const Ref<Operation> self = hold();
   willChangeValueForKey(isReadyKey);
   didChangeValueForKey(isReadyKey);
 }
@@ -130,7 +142,7 @@ void Operation::setCompletionBlock(std::function<void()> block) {
 }
 
 void Operation::noticeFinished() {
-  const Ref<Operation> self = share(*this);
+  const Ref<Operation> self = hold();
   std::vector<Weak<Operation>> dependents;
   std::vector<Ref<Operation>> dependencies;
   std::function<void()> completion;
@@ -156,27 +168,31 @@ void Operation::waitUntilFinished() {
   }
 }
 
+// Observers are shared, so that none is copied or destroyed with the lock held.
 void Operation::addObserver(Observer observer) {
+  const auto added = std::make_shared<const Observer>(std::move(observer));
   const Locked guard(lock_);
-  auto all = observers_ == nullptr ? std::vector<Observer>() : *observers_;
-  all.push_back(std::move(observer));
-  observers_ = std::make_shared<const std::vector<Observer>>(std::move(all));
+  auto all = observers_ == nullptr ? Observers() : *observers_;
+  all.push_back(added);
+  observers_ = std::make_shared<const Observers>(std::move(all));
   hasObservers_ = true;
 }
 
 void Operation::notify(std::string_view key, Change change) {
   if (!hasObservers_) return;
-  std::shared_ptr<const std::vector<Observer>> observers;
+  const Ref<Operation> self = hold();
+  std::shared_ptr<const Observers> observers;
   {
     const Locked guard(lock_);
     observers = observers_;
   }
-  for (const Observer& each : *observers) each(*this, key, change);
+  for (const auto& each : *observers) (*each)(*this, key, change);
 }
 
 void Operation::willChangeValueForKey(std::string_view key) { notify(key, Change::will); }
 
 void Operation::didChangeValueForKey(std::string_view key) {
+  const Ref<Operation> self = hold();
   notify(key, Change::did);
   if (key == isFinishedKey && isFinished()) return noticeFinished();
   detail::OperationScheduler* const scheduler = scheduler_;

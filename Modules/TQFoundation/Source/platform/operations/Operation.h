@@ -18,6 +18,7 @@
 
 namespace tq {
 
+class TQOperation;
 namespace detail {
 class OperationScheduler;
 }
@@ -48,7 +49,8 @@ enum class OperationQueuePriority : int {
 /// start(), isExecuting() and isFinished(), and announces each change of the latter two
 /// (TQOperation does this). Waiting threads check isFinished() when "isFinished" is announced.
 ///
-/// Threads:    any. Observers, main() and completion blocks run with no lock held.
+/// Threads:    any. Observers, main() and completion blocks run with no lock held. They may release
+///             the last reference to the operation.
 /// Exceptions: an exception from main() passes through start() after the operation has finished. On
 ///             a queue it stops the process, and the operation never finishes: no dependent starts,
 ///             and no waiting thread continues.
@@ -120,9 +122,12 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
 
  private:
   friend class detail::OperationScheduler;
+  friend class TQOperation;
 
   enum class Phase : std::uint8_t { unstarted, executing, finished };
 
+  /// Holds the operation during a call that runs foreign code. Returns null in its destructor.
+  [[nodiscard]] Ref<Operation> hold() noexcept;
   void notify(std::string_view key, Change change);
   void finish();
   [[nodiscard]] bool isDependentOn(Operation& operation) const;
@@ -142,7 +147,8 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   std::vector<Ref<Operation>> dependencies_ TQ_GUARDED_BY(lock_);
   std::vector<Weak<Operation>> dependents_ TQ_GUARDED_BY(lock_);  // until this one has finished
   std::function<void()> completionBlock_ TQ_GUARDED_BY(lock_);
-  std::shared_ptr<const std::vector<Observer>> observers_ TQ_GUARDED_BY(lock_);
+  using Observers = std::vector<std::shared_ptr<const Observer>>;
+  std::shared_ptr<const Observers> observers_ TQ_GUARDED_BY(lock_);
   std::atomic<bool> hasObservers_{false};
 
   // Used by the queue, and guarded by its lock once `scheduler_` is set, which happens once.
