@@ -1,8 +1,10 @@
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 
+#include <pthread.h>
+
 #include <array>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <unordered_map>
 #include <utility>
 
@@ -19,9 +21,24 @@ thread_local constinit HeldMonitor* innermostMonitor = nullptr;
 
 namespace {
 
+// Monitors are reused for other objects. The system's mutex is destroyed and made anew in between:
+// tools that watch the order of locks would otherwise take the two objects for one lock.
+class MonitorLock {
+ public:
+  MonitorLock() noexcept { ::pthread_mutex_init(&mutex_, nullptr); }
+  ~MonitorLock() { ::pthread_mutex_destroy(&mutex_); }
+  MonitorLock(const MonitorLock&) = delete;
+  MonitorLock& operator=(const MonitorLock&) = delete;
+  void lock() noexcept { ::pthread_mutex_lock(&mutex_); }
+  void unlock() noexcept { ::pthread_mutex_unlock(&mutex_); }
+
+ private:
+  pthread_mutex_t mutex_;
+};
+
 struct Monitor : HeldMonitor {
-  std::mutex lock;
-  std::size_t users = 0;  // guarded by the shard's lock
+  std::optional<MonitorLock> lock;  // while a thread uses the monitor
+  std::size_t users = 0;            // guarded by the shard's lock
 };
 
 struct Shard {
@@ -32,12 +49,12 @@ struct Shard {
 
 using Shards = std::array<Shard, 64>;
 
-Shards& shards() noexcept {
+Shards& shards() {
   static auto& all = *new Shards;  // never destroyed: threads may outlive main
   return all;
 }
 
-Shard& shardOf(const Object* object) noexcept {
+Shard& shardOf(const Object* object) {
   const auto bits = reinterpret_cast<std::uintptr_t>(object) >> 4;
   return shards()[(bits ^ (bits >> 6) ^ (bits >> 12)) % std::tuple_size_v<Shards>];
 }
@@ -59,6 +76,7 @@ Monitor& use(Shard& shard, const Object* object) {
       shard.monitors.erase(object);
       throw;
     }
+    monitor->lock.emplace();
   }
   ++monitor->users;
   return *monitor;
@@ -68,6 +86,7 @@ void disuse(Shard& shard, const Object* object) noexcept {
   const Locked guard(shard.lock);
   const auto entry = shard.monitors.find(object);
   if (--entry->second->users != 0) return;
+  entry->second->lock.reset();
   shard.spare = std::move(entry->second);
   shard.monitors.erase(entry);
 }
@@ -81,7 +100,7 @@ int enterMonitor(const Object* object) {
     return 0;
   }
   Monitor& monitor = use(shardOf(object), object);
-  monitor.lock.lock();
+  monitor.lock->lock();
   monitor.object = object;
   monitor.depth = 1;
   monitor.outer = std::exchange(innermostMonitor, &monitor);
@@ -95,7 +114,7 @@ int exitMonitor(const Object* object) noexcept {
   if (--(*link)->depth != 0) return 0;
   auto& monitor = static_cast<Monitor&>(**link);
   *link = monitor.outer;
-  monitor.lock.unlock();
+  monitor.lock->unlock();
   disuse(shardOf(object), object);
   return 0;
 }
