@@ -18,8 +18,8 @@ namespace tq {
 ///
 /// Threads:   any. The thread that locked must unlock.
 /// Recursion: a reader may lock for reading again. A reader must not lock for writing: it would
-///            wait for itself. A writer must not lock again at all; debug builds stop the process
-///            then.
+///            wait for itself. A writer must not lock again at all; that stops the process.
+/// Lifetime:  releasing the last reference while a thread holds the lock stops the process.
 /// Fairness:  the operating system's; readers are preferred.
 class TQ_EXPORT TQ_CAPABILITY("reader-writer lock") ReadWriteLock final
     : public Subclass<ReadWriteLock> {

@@ -14,9 +14,10 @@ pthread_rwlock_t* systemLock(std::byte* storage) noexcept {
   return std::launder(reinterpret_cast<pthread_rwlock_t*>(storage));
 }
 
-// Without this, a refused lock would take nothing, and its unlock would release the outer hold.
+// Without this, a refused lock would take nothing, and its unlock would release another hold.
 void requireTaken(int result) noexcept {
   TQ_ASSERT(result != EDEADLK && "this thread holds the lock for writing already");
+  TQ_ASSERT(result == 0 && "too many threads hold the lock for reading");
 }
 
 }  // namespace
@@ -27,7 +28,11 @@ SharedLock::SharedLock() noexcept {
   ::pthread_rwlock_init(new (storage_) pthread_rwlock_t, nullptr);
 }
 
-SharedLock::~SharedLock() { ::pthread_rwlock_destroy(systemLock(storage_)); }
+SharedLock::~SharedLock() {
+  TQ_ASSERT(::pthread_rwlock_trywrlock(systemLock(storage_)) == 0 && "the lock is not held");
+  ::pthread_rwlock_unlock(systemLock(storage_));
+  ::pthread_rwlock_destroy(systemLock(storage_));
+}
 
 void SharedLock::lockForRead() noexcept {
   requireTaken(::pthread_rwlock_rdlock(systemLock(storage_)));

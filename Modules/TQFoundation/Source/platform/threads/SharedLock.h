@@ -16,6 +16,7 @@ namespace tq {
 /// Recursion: a thread that reads may lock for reading again. A thread that writes must not lock
 ///            again; that stops the process. A thread that reads must not lock for writing; that
 ///            deadlocks.
+/// Lifetime:  destroying the lock while a thread holds it stops the process.
 /// Fairness:  readers are preferred. A writer may wait for as long as new readers arrive.
 class TQ_EXPORT TQ_CAPABILITY("shared lock") SharedLock {
  public:
