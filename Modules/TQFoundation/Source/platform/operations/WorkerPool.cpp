@@ -5,7 +5,10 @@
 #include <tbb/task_arena.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <thread>
+#include <vector>
 
 // In builds with the thread sanitizer, this file alone is compiled without it (see CMakeLists.txt):
 // oneTBB passes tasks between threads in a library that is not instrumented, but reads them in
@@ -48,17 +51,48 @@ void remember(ApplyCost* cost, std::int64_t elapsed, std::size_t count) noexcept
       std::memory_order_relaxed);
 }
 
-/// Keeps oneTBB initialised for ever: our threads may outlive main(), which ends oneTBB's.
-void keepWorkers() {
-  static auto& kept = *new tbb::task_arena;
-  static const bool isUp = (kept.initialize(), true);
-  static_cast<void>(isUp);
+std::size_t coreCount() noexcept {
+  static const std::size_t count = std::max(std::thread::hardware_concurrency(), 1U);
+  return count;
 }
 
-/// Runs the loop on the workers. @param grain  the smallest number of calls in a range
+/// Whether the system can start as many threads as there are workers.
+bool threadsCanStart() {
+  std::vector<std::thread> trials;
+  std::atomic<bool> mayEnd{false};
+  bool canStart = true;
+  try {
+    trials.reserve(coreCount());
+    while (trials.size() + 1 < coreCount()) trials.emplace_back([&mayEnd] { mayEnd.wait(false); });
+  } catch (...) {
+    canStart = false;
+  }
+  mayEnd = true;
+  mayEnd.notify_all();
+  for (std::thread& each : trials) each.join();
+  return canStart;
+}
+
+/// Whether there are workers. oneTBB creates them at its first loop, which fails half-way if the
+/// system has no threads; so this is tried before. They are kept for ever: our threads may outlive
+/// main(), which ends oneTBB's.
+bool hasWorkers() {
+  static std::atomic<bool> areUp{false};
+  if (areUp.load(std::memory_order_acquire)) return true;
+  if (!threadsCanStart()) return false;
+  static auto& kept = *new tbb::task_arena;
+  static const bool isUp = (kept.initialize(), true);
+  areUp.store(isUp, std::memory_order_release);
+  return true;
+}
+
+/// Runs the loop on the workers; on this thread if there are none. @param grain  the smallest
+/// number of calls in a range, unless the workers would get too few ranges: the calls may be dearer
+/// than expected
 void share(std::size_t begin, std::size_t end, std::size_t grain, const void* body,
            ApplyRange range) {
-  keepWorkers();
+  if (!hasWorkers()) return range(body, begin, end);
+  grain = std::clamp<std::size_t>((end - begin) / (2 * coreCount()), 1, grain);
   char handedOut = 0;
   char handedBack = 0;
   struct Acquiring {  // at the end of the scope, also after an exception
@@ -82,21 +116,35 @@ void share(std::size_t begin, std::size_t end, std::size_t grain, const void* bo
       [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end, grain), run); });
 }
 
-/// Runs the loop on this thread until it has ended or takes longer than expected. The clock is read
-/// after the first call, after a range's worth of calls, and whenever their number has doubled.
+/// Reads a counter that is faster than the clock: less than a nanosecond for each tick on x86, up
+/// to a few on other processors.
+std::uint64_t ticks() noexcept {
+#if defined(__x86_64__) || defined(__i386__)
+  return __builtin_ia32_rdtsc();
+#else
+  return static_cast<std::uint64_t>(now().time_since_epoch().count());
+#endif
+}
+
+/// Runs the loop on this thread until it has ended or takes longer than expected. The time is
+/// checked after the first call, whenever their number has doubled, and at least every few calls:
+/// any of them may be dear, whatever the earlier ones were.
 /// @return the number of calls made
-std::size_t runAlone(std::size_t count, std::size_t grain, const void* body, ApplyRange range,
-                     ApplyCost& cost) {
-  const Time begin = now();
-  for (std::size_t done = 0, next = 1;; next = std::max(2 * done, grain)) {
-    const std::size_t end = std::min(next, count);
+std::size_t runAlone(std::size_t count, const void* body, ApplyRange range) {
+  constexpr std::uint64_t kPatience = 20'000;  // ticks
+  constexpr std::size_t kFew = 16;
+  const std::uint64_t begin = ticks();
+  for (std::size_t done = 0;;) {
+    const std::size_t end = std::min(done + std::clamp<std::size_t>(done, 1, kFew), count);
     range(body, done, end);
     done = end;
-    const std::int64_t elapsed = picosecondsSince(begin);
-    if (done < count && elapsed <= kWorthSharing) continue;
-    remember(&cost, elapsed, done);
-    return done;
+    if (done == count || ticks() - begin > kPatience) return done;
   }
+}
+
+/// Returns the number of calls that are worth passing to a thread.
+std::size_t grainOf(std::uint32_t picoseconds) noexcept {
+  return picoseconds == 0 ? 1 : std::max(kWorthARange / picoseconds, 1U);
 }
 
 /// Whether a loop of one range may skip reading the clock, which can take as long as its calls. It
@@ -114,12 +162,15 @@ void parallelApply(std::size_t count, const void* body, ApplyRange range, ApplyC
   if (count == 1) return range(body, 0, 1);
   if (cost == nullptr) return share(0, count, 1, body, range);
   const std::uint32_t expected = cost->picoseconds.load(std::memory_order_relaxed);
-  const std::size_t grain = expected == 0 ? 1 : std::max(kWorthARange / expected, 1U);
+  std::size_t grain = grainOf(expected);
   std::size_t done = 0;
   if (expected != 0 && static_cast<double>(expected) * static_cast<double>(count) < kWorthSharing) {
-    if (count <= grain && isUnmeasured(*cost)) return range(body, 0, count);
-    done = runAlone(count, grain, body, range, *cost);
+    const bool isMeasured = count > grain || !isUnmeasured(*cost);
+    const Time begin = isMeasured ? now() : Time();
+    done = runAlone(count, body, range);
+    if (isMeasured) remember(cost, picosecondsSince(begin), done);
     if (done == count) return;
+    grain = 1;  // the calls have turned out to be dear
   }
   const Time begin = now();
   share(done, count, grain, body, range);

@@ -202,6 +202,36 @@ TEST(ConcurrentMapStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
   EXPECT_GE(cost.picoseconds, 50'000'000u / 2);  // two at once take half of it each
 }
 
+// Loops whose calls were cheap so far are shared as soon as calls turn out to be dear, wherever in
+// the loop that is, and whether the loop is measured or not.
+TEST(ConcurrentMapStress, SharesLoopsThatBecomeExpensive) {
+  if (std::thread::hardware_concurrency() < 2) GTEST_SKIP() << "needs two cores";
+  for (const std::size_t cheap : {0u, 1u, 100u, 400u}) {
+    for (const std::uint32_t unmeasured : {0u, 31u}) {
+      ApplyCost cost;
+      cost.picoseconds = 500;
+      cost.unmeasured = unmeasured;
+      const auto caller = std::this_thread::get_id();
+      const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+      std::atomic<bool> isShared{false};
+      parallelApply(
+          cheap + 60,
+          [&](std::size_t i) {
+            if (i < cheap) return;
+            if (std::this_thread::get_id() != caller) isShared = true;
+            const auto dear = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+            auto now = dear;
+            do {  // until another thread takes part
+              std::this_thread::yield();
+              now = std::chrono::steady_clock::now();
+            } while (!isShared && now < dear && now < end);
+          },
+          &cost);
+      EXPECT_TRUE(isShared) << cheap << " cheap calls";
+    }
+  }
+}
+
 TEST(ConcurrentMapDeathTest, ExitWithWorkersAliveIsClean) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
