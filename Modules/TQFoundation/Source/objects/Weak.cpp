@@ -33,7 +33,7 @@ struct Shard {
   std::unordered_map<const Object*, WeakBlock*> blocks;  // guarded by lock
 };
 
-Shard& shardOf(const Object* address) noexcept {
+Shard& shardOf(const Object* address) {
   static auto& shards = *new std::array<Shard, 64>;  // never destroyed: threads may outlive main
   const auto bits = reinterpret_cast<std::uintptr_t>(address) >> 4;
   return shards[(bits ^ (bits >> 6) ^ (bits >> 12)) % shards.size()];

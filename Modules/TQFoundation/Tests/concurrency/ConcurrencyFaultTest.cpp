@@ -1,5 +1,10 @@
+#include <dlfcn.h>
+#include <errno.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
+#include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <new>
 #include <string>
@@ -9,17 +14,114 @@
 #include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQObjectPool.h>
 #include <TQFoundation/concurrency/work/ConcurrentMap.h>
+#include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
 #include <TQFoundation/concurrency/work/TQRateLimiter.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 
 #include "support/FailingAllocations.h"
 #include "support/OnDestruction.h"
+
+// The program's own definition replaces the system's, so that the system may be out of threads. A
+// sanitizer's definition is used if there is one.
+namespace {
+std::atomic<bool> hasThreads = true;
+using Create = int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
+}  // namespace
+extern "C" __attribute__((weak)) Create __interceptor_pthread_create;
+extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
+                                                                     const pthread_attr_t* how,
+                                                                     void* (*run)(void*),
+                                                                     void* argument) noexcept {
+  static Create* const real = __interceptor_pthread_create != nullptr
+                                  ? __interceptor_pthread_create
+                                  : reinterpret_cast<Create*>(dlsym(RTLD_NEXT, "pthread_create"));
+  return hasThreads ? real(thread, how, run, argument) : EAGAIN;
+}
 
 namespace tq {
 namespace {
 
 using test::failEachAllocation;
+
+Ref<BlockOperation> block(std::function<void()> run) {
+  return BlockOperation::blockOperationWithBlock(std::move(run));
+}
+
+// All of it runs on this thread, and every waiting ends.
+void workWithoutThreads() {
+  hasThreads = false;
+  const auto queue = OperationQueue::init();
+  int runs = 0;
+  // A long chain, whose operations start one another, does not use up the stack.
+  auto last = block([&] { ++runs; });
+  const auto first = last;
+  queue->setSuspended(true);
+  queue->addOperation(first);
+  for (int i = 1; i < 20'000; ++i) {
+    const auto next = block([&] { ++runs; });
+    next->addDependency(*last);
+    queue->addOperation(next);
+    last = next;
+  }
+  last->setCompletionBlock([&] { ++runs; });
+  queue->setSuspended(false);
+  last->waitUntilFinished();
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(runs, 20'001);
+
+  // An operation waits for another one that it adds.
+  queue->addOperationWithBlock([&] {
+    const auto inner = block([&] { ++runs; });
+    queue->addOperation(inner);
+    inner->waitUntilFinished();
+  });
+  EXPECT_EQ(runs, 20'002);
+
+  const Ref<Array> words = Array::arrayWithObjects({String::of("a"), String::of("b")});
+  EXPECT_EQ(applyBlockConcurrentlyAndCountSuccess(*words, [](Object&) { return true; }), 2u);
+  EXPECT_EQ(concurrentMap(*words, [](Object& each) { return share(each); })->count(), 2u);
+  std::size_t mapped = 0;
+  mapWithMaxConcurrencyCount(
+      *words, 0, [](Object& each) { return share(each); },
+      [&](Ref<Array> results) { mapped = results->count(); });
+  EXPECT_EQ(mapped, 2u);
+
+  // Out of memory, too: an operation is added and runs, or is not added.
+  test::warmUpWeakReferences();
+  failEachAllocation([] {
+    const auto small = OperationQueue::init();
+    int done = 0;
+    small->setSuspended(true);
+    const auto before = block([&] { ++done; });
+    for (int i = 0; i < 3; ++i) {
+      const std::size_t count = small->operationCount();
+      try {
+        const auto after = block([&] { ++done; });
+        after->addDependency(*before);
+        small->addOperation(after);
+      } catch (const std::bad_alloc&) {
+        EXPECT_EQ(small->operationCount(), count);
+        throw;
+      }
+    }
+    small->addOperation(before);
+    small->setSuspended(false);
+    small->waitUntilAllOperationsAreFinished();
+    return done == 4;
+  });
+}
+
+TEST(ConcurrencyFaultDeathTest, WithoutThreadsWorkRunsOnTheCaller) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        workWithoutThreads();
+        std::_Exit(testing::Test::HasFailure() ? 1 : 0);
+      },
+      testing::ExitedWithCode(0), "");
+}
 
 TEST(ConcurrencyFault, ACacheStoresCompletelyOrNotAtAll) {
   test::warmUpWeakReferences();

@@ -61,8 +61,11 @@ void mapWithMaxConcurrencyCount(const Array& array, std::ptrdiff_t maximum,
   const auto completing = BlockOperation::blockOperationWithBlock(
       [operations, completion = std::move(completionBlock)] { complete(operations, completion); });
   for (const auto& each : operations) completing->addDependency(*each);
+  // Suspended until all are added: if adding fails, the queue ends without calling any block.
+  queue->setSuspended(true);
   for (const auto& each : operations) queue->addOperation(*each);
   queue->addOperation(*completing);
+  queue->setSuspended(false);
 }
 
 void mapWithMaxConcurrencyCount(const Array& array, std::ptrdiff_t maximum,

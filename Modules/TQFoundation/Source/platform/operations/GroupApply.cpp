@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <exception>
 #include <memory>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -23,10 +24,16 @@ struct Group {
   Group(std::size_t callCount, const std::function<void(std::size_t)>& call)
       : count(callCount), body(call) {}
 
-  /// Adds a thread. @throws std::bad_alloc, with no thread added
-  static void addThread(const std::shared_ptr<Group>& group) TQ_REQUIRES(group->lock) {
-    detail::runOnPoolThread([group] { group->makeCalls(); });
+  /// Adds a thread. Returns false if there is none.
+  static bool addThread(const std::shared_ptr<Group>& group) TQ_REQUIRES(group->lock) {
+    try {
+      std::function<void()> calls = [group] { group->makeCalls(); };
+      if (!detail::runOnPoolThread(calls)) return false;
+    } catch (const std::bad_alloc&) {
+      return false;
+    }
     ++group->threads;
+    return true;
   }
 
   void makeCalls() noexcept {
@@ -62,19 +69,19 @@ void groupApply(std::size_t count, const std::function<void(std::size_t)>& body)
   std::exception_ptr failure;
   {
     const Locked guard(group->lock);
-    const auto addThread = [&]() TQ_REQUIRES(group->lock) {
-      try {
-        Group::addThread(group);
-      } catch (...) {
-        if (group->threads == 0) throw;  // fewer threads suffice
-      }
-    };
-    for (std::size_t i = 0; i < std::min(count, cores); ++i) addThread();
+    for (std::size_t i = 0; i < std::min(count, cores) && Group::addThread(group); ++i) {
+    }
+    if (group->threads == 0) {
+      ++group->threads;  // this one
+      group->lock.unlock();
+      group->makeCalls();
+      group->lock.lock();
+    }
     for (std::size_t seen = 0; group->threads > 0;) {
       if (group->allLeft.wait_for(group->lock, kAWhile) == std::cv_status::no_timeout) continue;
       const std::size_t ended = group->ended;
       const bool isStuck = ended == seen && group->next < count;
-      if (isStuck && group->threads < kMostThreads) addThread();
+      if (isStuck && group->threads < kMostThreads) Group::addThread(group);
       seen = ended;
     }
     failure = std::exchange(group->failure, nullptr);

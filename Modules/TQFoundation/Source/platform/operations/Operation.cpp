@@ -158,7 +158,9 @@ void Operation::noticeFinished() {
   }
   if (finishWord_.exchange(2) == 1) wakeOnWord(&finishWord_, INT32_MAX);
   if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->finished(*this);
-  if (completion) detail::runOnPoolThread(std::move(completion));
+  if (completion && !detail::runOnPoolThread(completion)) {
+    [&]() noexcept { completion(); }();  // like on a thread of its own
+  }
 }
 
 void Operation::waitUntilFinished() {

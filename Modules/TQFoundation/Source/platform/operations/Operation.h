@@ -103,8 +103,8 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   void setQueuePriority(OperationQueuePriority priority) noexcept { priority_ = priority; }
   [[nodiscard]] OperationQueuePriority queuePriority() const noexcept { return priority_; }
 
-  /// Sets a block that runs once on another thread, soon after the operation has finished. A block
-  /// that is set later does not run.
+  /// Sets a block that runs once on another thread, soon after the operation has finished; if no
+  /// thread can be created, on the thread that finished it. A block that is set later does not run.
   void setCompletionBlock(std::function<void()> block);
 
   /// Blocks until the operation has finished. The operation itself must not call it.

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -52,21 +53,28 @@ void OperationScheduler::add(Operation& operation) {
 }
 
 void OperationScheduler::becameReady(Operation& operation) {
+  const auto self = share(*this);
   const int urgency = std::clamp(static_cast<int>(operation.queuePriority()), -8, 8);
   ReadyList& list = ready_[static_cast<std::size_t>((8 - urgency) / 4)];
-  const Locked guard(lock_);
-  if (operation.place_ != Operation::Place::held) return;
-  operation.place_ = Operation::Place::ready;
-  (list.last != nullptr ? list.last->nextReady_ : list.first) = &operation;
-  list.last = &operation;
-  ++readyCount_;
-  callRunners();
+  bool runsHere = false;
+  {
+    const Locked guard(lock_);
+    if (operation.place_ != Operation::Place::held) return;
+    operation.place_ = Operation::Place::ready;
+    (list.last != nullptr ? list.last->nextReady_ : list.first) = &operation;
+    list.last = &operation;
+    ++readyCount_;
+    runsHere = callRunners();
+  }
+  if (runsHere) run();
 }
 
 void OperationScheduler::finished(Operation& operation) {
+  const auto self = share(*this);
   // The runner that started it takes the next operation when start() returns, which may be long
   // after an asynchronous operation has finished.
   const bool mayStillRun = startedHere != &operation || operation.isAsynchronous();
+  bool runsHere = false;
   {
     const Locked guard(lock_);
     const auto place = std::exchange(operation.place_, Operation::Place::gone);
@@ -76,9 +84,10 @@ void OperationScheduler::finished(Operation& operation) {
     if (count_ == 0) emptied_.notify_all();
     if (place == Operation::Place::ready) return;  // a runner will find and release it
     if (place == Operation::Place::started) --startedCount_;
-    if (mayStillRun) callRunners();
+    if (mayStillRun) runsHere = callRunners();
   }
   operation.release();
+  if (runsHere) run();
 }
 
 void OperationScheduler::unlink(Operation& operation) {
@@ -99,11 +108,28 @@ Operation* OperationScheduler::takeReady() {
   return nullptr;
 }
 
-void OperationScheduler::callRunners() {
+bool OperationScheduler::startRunner() noexcept {
+  try {
+    std::function<void()> runner = [self = share(*this)] { self->run(); };
+    return runOnPoolThread(runner);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+bool OperationScheduler::callRunners() noexcept {
   while (!isSuspended_ && seekingCount_ < readyCount_ && startedCount_ + seekingCount_ < limit_) {
-    runOnPoolThread([self = share(*this)] { self->run(); });
+    if (!startRunner()) {
+      // If this thread's own operation has just finished, its runner takes the next one. To nest
+      // here would use up the stack for a long chain of dependencies.
+      const bool returnsSoon = startedHere != nullptr && startedHere->scheduler_ == this &&
+                               startedHere->phase_ == Operation::Phase::finished;
+      if (!returnsSoon) ++seekingCount_;
+      return !returnsSoon;
+    }
     ++seekingCount_;
   }
+  return false;
 }
 
 void OperationScheduler::run() noexcept {
@@ -129,24 +155,32 @@ void OperationScheduler::run() noexcept {
       continue;
     }
     const Ref<Operation> held(operation);
-    startedHere = operation;
+    const Operation* const outer = std::exchange(startedHere, operation);
     operation->start();
-    startedHere = nullptr;
+    startedHere = outer;
     const Locked guard(lock_);
     ++seekingCount_;
   }
 }
 
 void OperationScheduler::setLimit(std::size_t limit) {
-  const Locked guard(lock_);
-  limit_ = limit;
-  callRunners();
+  change([&]() TQ_REQUIRES(lock_) { limit_ = limit; });
 }
 
 void OperationScheduler::setSuspended(bool isSuspended) {
-  const Locked guard(lock_);
-  isSuspended_ = isSuspended;
-  callRunners();
+  change([&]() TQ_REQUIRES(lock_) { isSuspended_ = isSuspended; });
+}
+
+template <class Change>
+void OperationScheduler::change(const Change& change) {
+  const auto self = share(*this);
+  bool runsHere = false;
+  {
+    const Locked guard(lock_);
+    change();
+    runsHere = callRunners();
+  }
+  if (runsHere) run();
 }
 
 bool OperationScheduler::isSuspended() const {
@@ -178,10 +212,10 @@ void OperationScheduler::abandon() {
     if (!isSuspended_ && limit_ != 0) return;
   }
   for (const Ref<Operation>& each : operations()) each->cancel();
-  const Locked guard(lock_);
-  isSuspended_ = false;
-  if (limit_ == 0) limit_ = defaultLimit();
-  callRunners();
+  change([&]() TQ_REQUIRES(lock_) {
+    isSuspended_ = false;
+    if (limit_ == 0) limit_ = defaultLimit();
+  });
 }
 
 }  // namespace tq::detail

@@ -1,52 +1,90 @@
-#include <glib.h>
+#include <TQFoundation/platform/operations/detail/PoolThreads.h>
 
-#include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <deque>
-#include <exception>
-#include <memory>
+#include <list>
 #include <thread>
 #include <utility>
 
-#include <TQFoundation/platform/operations/WorkerPool.h>
-#include <TQFoundation/platform/operations/detail/PoolThreads.h>
 #include <TQFoundation/platform/threads/Lock.h>
+
+// A pool of our own, because those that we know stop the process, or keep the work for ever, if the
+// system has no thread to give.
 
 namespace tq::detail {
 namespace {
 
-// Work passes between threads here, under our own lock; GLib only signals that there is some.
-struct Waiting {
+using Work = std::list<std::function<void()>>;  // lists pass their nodes without allocation
+
+constexpr std::chrono::seconds kIdleTime(15);
+
+/// Invariant: there are at least as many idle threads as pieces of work that wait for one.
+struct Pool {
   Lock lock;
-  std::deque<std::function<void()>> work TQ_GUARDED_BY(lock);
+  std::condition_variable_any hasWork;
+  Work waiting TQ_GUARDED_BY(lock);
+  std::size_t idle TQ_GUARDED_BY(lock) = 0;
+
+  void serve() noexcept;
+  bool take(Work& into) TQ_REQUIRES(lock);
 };
 
-Waiting& waiting() {
-  static auto& all = *new Waiting;  // never destroyed: threads may outlive main
-  return all;
+// A thread is counted as idle from its creation on. Returns false if the thread should end.
+bool Pool::take(Work& into) {
+  const auto end = std::chrono::steady_clock::now() + kIdleTime;
+  while (waiting.empty()) {
+    if (hasWork.wait_until(lock, end) == std::cv_status::timeout && waiting.empty()) break;
+  }
+  --idle;
+  if (waiting.empty()) return false;
+  into.splice(into.begin(), waiting, waiting.begin());
+  return true;
 }
 
-void runOne(gpointer, gpointer) noexcept {
-  std::function<void()> work;
-  {
-    const Locked guard(waiting().lock);
-    work = std::move(waiting().work.front());
-    waiting().work.pop_front();
+void Pool::serve() noexcept {
+  for (;;) {
+    Work taken;
+    {
+      const Locked guard(lock);
+      if (!take(taken)) return;
+    }
+    taken.front()();
+    taken.clear();  // its destructor is foreign code
+    const Locked guard(lock);
+    ++idle;
   }
-  work();
+}
+
+Pool& pool() {
+  static auto& all = *new Pool;  // never destroyed: threads may outlive main
+  return all;
 }
 
 }  // namespace
 
-void runOnPoolThread(std::function<void()> work) {
-  static GThreadPool* const pool = g_thread_pool_new(runOne, nullptr, -1, FALSE, nullptr);
-  {
-    const Locked guard(waiting().lock);
-    waiting().work.push_back(std::move(work));
+bool runOnPoolThread(std::function<void()>& work) noexcept {
+  Work added;
+  try {
+    Pool& threads = pool();
+    added.push_back(std::move(work));
+    bool isIdle = false;
+    {
+      const Locked guard(threads.lock);
+      isIdle = threads.idle > threads.waiting.size();
+      if (isIdle) threads.waiting.splice(threads.waiting.end(), added);
+    }
+    if (!isIdle) {
+      std::thread([&threads] { threads.serve(); }).detach();
+      const Locked guard(threads.lock);
+      ++threads.idle;
+      threads.waiting.splice(threads.waiting.end(), added);
+    }
+    threads.hasWork.notify_one();
+    return true;
+  } catch (...) {  // no memory, or no thread
+    if (!added.empty()) work = std::move(added.front());
+    return false;
   }
-  g_thread_pool_push(pool, &waiting(), nullptr);
 }
 
 }  // namespace tq::detail

@@ -24,7 +24,8 @@ namespace tq::detail {
 ///
 /// Runners are threads that take ready operations one after another. A runner ends when no
 /// operation is ready or no slot is free. A new runner is requested when there are more ready
-/// operations than runners that look for one.
+/// operations than runners that look for one. If there is no thread for it, the thread that made
+/// the request is the runner.
 class OperationScheduler final : public Object {
  public:
   void add(Operation& operation);
@@ -51,7 +52,12 @@ class OperationScheduler final : public Object {
     Operation* last = nullptr;
   };
 
-  void callRunners() TQ_REQUIRES(lock_);
+  template <class Change>
+  void change(const Change& change);
+  [[nodiscard]] bool startRunner() noexcept;
+  /// Starts the runners that are needed. Returns true if there is no thread for one: the caller is
+  /// the runner then, and must call run() after it has released the lock.
+  [[nodiscard]] bool callRunners() noexcept TQ_REQUIRES(lock_);
   void run() noexcept;
   [[nodiscard]] Operation* takeReady() TQ_REQUIRES(lock_);
   void unlink(Operation& operation) TQ_REQUIRES(lock_);

@@ -1,15 +1,15 @@
 #pragma once
 
 /// @file PoolThreads.h
-/// A pool of threads for work that may block. It grows without limit; idle threads are kept a
-/// while.
+/// Threads for work that may block.
 
 #include <functional>
 
 namespace tq::detail {
 
-/// Runs `work` on an idle thread or a new one. An exception from `work` stops the process. Any
-/// thread.
-void runOnPoolThread(std::function<void()> work);
+/// Runs `work` once on a thread of its own, which is created unless one is idle, and leaves it
+/// empty. Exceptions that leave the work stop the process. Any thread.
+/// @return false, with `work` unchanged, if there is no thread or no memory
+[[nodiscard]] bool runOnPoolThread(std::function<void()>& work) noexcept;
 
 }  // namespace tq::detail
