@@ -32,12 +32,14 @@
 #include <TQFoundation/comparison/TQRangeMap.h>
 #include <TQFoundation/comparison/TQSortableTreeItem.h>
 #include <TQFoundation/comparison/TQTreeComparison.h>
+#include <TQFoundation/concurrency/caches/Cache.h>
 #include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 #include <TQFoundation/concurrency/caches/TQObjectPool.h>
 #include <TQFoundation/concurrency/caches/TQSingleton.h>
 #include <TQFoundation/concurrency/caches/ValueCache.h>
 #include <TQFoundation/concurrency/locks/Atomic.h>
+#include <TQFoundation/concurrency/locks/LazyObject.h>
 #include <TQFoundation/concurrency/locks/Lockable.h>
 #include <TQFoundation/concurrency/locks/ObjectSynchronizer.h>
 #include <TQFoundation/concurrency/locks/ReadWriteLock.h>

@@ -1,4 +1,5 @@
 tq_room(concurrency
+  caches/Cache.h
   caches/FairSharedLock.cpp
   caches/TQCache.cpp caches/TQCache.h
   caches/TQCacheDeferredCreation.cpp caches/TQCacheDeferredCreation.h
@@ -7,6 +8,7 @@ tq_room(concurrency
   caches/ValueCache.h
   caches/detail/FairSharedLock.h
   locks/Atomic.h
+  locks/LazyObject.h
   locks/Lockable.h
   locks/ObjectSynchronizer.h
   locks/ReadWriteLock.h

@@ -13,7 +13,21 @@ auto& registry() {
 
 }  // namespace
 
+constinit TQSingleton::Making* TQSingleton::Making::innermost = nullptr;
+
+TQSingleton::Making::Making(std::string_view name) : name_(name), outer_(innermost) {
+  for (const Making* each = outer_; each != nullptr; each = each->outer_) {
+    TQ_ASSERT(each->name_ != name && "the shared instance is requested while it is made");
+  }
+  innermost = this;
+}
+
+TQSingleton::Making::~Making() { innermost = outer_; }
+
 void TQSingleton::awakeFromNib() {
+  if (const Ref<TQSingleton> known = registered(objectClass().name())) {
+    TQ_ASSERT(&known->objectClass() == &objectClass() && "another class has this name");
+  }
   // Swapped, so that the earlier instance is released after the registry has changed.
   Ref<TQSingleton> earlier(this);
   std::swap(registry()[std::string(objectClass().name())], earlier);

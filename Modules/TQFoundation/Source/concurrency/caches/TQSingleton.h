@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
 
@@ -17,6 +18,8 @@ namespace tq {
 ///
 /// Threads:  the main thread only; the registry has no lock.
 /// Lifetime: an instance lives until it is replaced.
+/// Misuse:   these stop the process: a constructor that requests the shared instance of its own
+///           class, and two classes of the same name.
 class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
  public:
   static constexpr std::string_view className = "TQSingleton";
@@ -25,7 +28,8 @@ class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
   /// constructor.
   template <class T>
   [[nodiscard]] static Ref<T> sharedInstance() {
-    if (Ref<T> known = refCast<T>(registered(T::className)); known != nullptr) return known;
+    if (const Ref<TQSingleton> known = registered(T::className)) return requireClass<T>(known);
+    const Making making(T::className);
     return init<T>();
   }
 
@@ -37,7 +41,7 @@ class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
     return instance;
   }
 
-  /// Registers this instance under its class's name. It replaces an earlier instance.
+  /// Registers this instance under its class's name. It replaces an earlier instance of this class.
   void awakeFromNib();
 
   /// Unregisters the instance of T, so that the next use creates another. For tests.
@@ -47,6 +51,26 @@ class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
   }
 
  private:
+  /// Marks that the instance of a name is being created. Stops the process if it is already.
+  class TQ_EXPORT Making {
+   public:
+    explicit Making(std::string_view name);
+    ~Making();
+    Making(const Making&) = delete;
+    Making& operator=(const Making&) = delete;
+
+   private:
+    static Making* innermost;
+    const std::string_view name_;
+    Making* const outer_;
+  };
+
+  template <class T>
+  static Ref<T> requireClass(const Ref<TQSingleton>& known) {
+    Ref<T> cast = refCast<T>(known);
+    TQ_ASSERT(cast != nullptr && "another class has this name");
+    return cast;
+  }
   [[nodiscard]] static Ref<TQSingleton> registered(std::string_view name);
   static void unregister(std::string_view name);
 };

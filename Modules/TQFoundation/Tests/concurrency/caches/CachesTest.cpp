@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include <TQFoundation/concurrency/caches/Cache.h>
 #include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQCacheDeferredCreation.h>
 #include <TQFoundation/concurrency/caches/TQObjectPool.h>
@@ -298,6 +299,39 @@ TEST(TQSingleton, IsSharedUntilReplacedOrReset) {
   EXPECT_EQ(first->referenceCount(), 1u);
   EXPECT_NE(TQSingleton::sharedInstance<Palette>(), first);
   TQSingleton::PrivateAPIForTestingOnly_resetSharedController<Palette>();
+}
+
+struct Impostor final : Subclass<Impostor, TQSingleton> {
+  static constexpr std::string_view className = "TestPalette";
+};
+
+struct Impatient final : Subclass<Impatient, TQSingleton> {
+  static constexpr std::string_view className = "TestImpatient";
+  Impatient() { static_cast<void>(TQSingleton::sharedInstance<Impatient>()); }
+};
+
+TEST(TQSingletonDeathTest, RecursionAndEqualNamesStopTheProcess) {
+  EXPECT_DEATH(static_cast<void>(TQSingleton::sharedInstance<Impatient>()), "while it is made");
+  const auto palette = TQSingleton::sharedInstance<Palette>();
+  EXPECT_DEATH(static_cast<void>(TQSingleton::sharedInstance<Impostor>()), "another class");
+  EXPECT_DEATH(static_cast<void>(TQSingleton::init<Impostor>()), "another class");
+  TQSingleton::PrivateAPIForTestingOnly_resetSharedController<Palette>();
+}
+
+TEST(TypedCaches, NeedNoCasts) {
+  Cache<String, String, String> cache;
+  const auto owner = text("owner"), key = text("key");
+  EXPECT_EQ(cache.find(*owner, *key), nullptr);
+  const Ref<String> made = cache.findOrCreate(*owner, *key, [] { return text("made"); });
+  EXPECT_EQ(cache.findOrCreate(*owner, *key, [] { return text("again"); }), made);
+  EXPECT_EQ(cache.ownerCount(), 1u);
+  cache.remove(*owner, *key);
+  EXPECT_EQ(cache.find(*owner, *key), nullptr);
+
+  ObjectPool<String> pool([] { return text("new"); });
+  const Ref<String> vended = pool.vend();
+  pool.recycle(vended);
+  EXPECT_EQ(pool.vend(), vended);
 }
 
 }  // namespace

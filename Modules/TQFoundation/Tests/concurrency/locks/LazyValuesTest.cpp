@@ -11,8 +11,10 @@
 #include <thread>
 #include <vector>
 
+#include <TQFoundation/concurrency/locks/LazyObject.h>
 #include <TQFoundation/concurrency/locks/ResettableLazy.h>
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
+#include <TQFoundation/objects/String.h>
 
 #include "support/Threads.h"
 
@@ -112,6 +114,19 @@ TEST(TQLazyVarStress, OneOfManyComputes) {
     }
   });
   for (std::size_t r = 0; r < kRounds; ++r) EXPECT_EQ(runs[r], r % 3 == 0 ? 2 : 1);
+}
+
+TEST(LazyObject, OwnsItsObject) {
+  const auto object = String::of("lazy");
+  {
+    LazyObject<String> lazy;
+    EXPECT_EQ(lazy.get(), nullptr);
+    EXPECT_EQ(lazy.getOrCreate([] { return Ref<String>(); }), nullptr);
+    EXPECT_EQ(lazy.getOrCreate([&] { return object; }), object);
+    EXPECT_EQ(lazy.get(), object);
+    EXPECT_EQ(object->referenceCount(), 2u);
+  }
+  EXPECT_EQ(object->referenceCount(), 1u);
 }
 
 }  // namespace
