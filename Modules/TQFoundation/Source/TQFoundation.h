@@ -47,6 +47,7 @@
 #include <TQFoundation/concurrency/locks/TQAtomicStack.h>
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/concurrency/locks/UnfairLock.h>
+#include <TQFoundation/concurrency/work/AsynchronousOperation.h>
 #include <TQFoundation/concurrency/work/ConcurrentMap.h>
 #include <TQFoundation/concurrency/work/Debouncer.h>
 #include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>

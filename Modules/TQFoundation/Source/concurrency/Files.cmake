@@ -20,6 +20,7 @@ tq_room(concurrency
   locks/detail/StackNodes.h
   locks/detail/TaggedStack.h
   locks/detail/UnfairWord.h
+  work/AsynchronousOperation.cpp work/AsynchronousOperation.h
   work/ConcurrentMap.cpp work/ConcurrentMap.h
   work/Debouncer.cpp work/Debouncer.h
   work/TQConcurrentMapOperation.cpp work/TQConcurrentMapOperation.h

@@ -38,13 +38,17 @@ void Operation::start() {
     main();
   } catch (...) {
     // On a queue, the exception stops the process. Until then nothing may see the operation finish.
-    if (!detail::OperationScheduler::isRunning(*this)) finish();
+    if (!isRunByQueue()) finish();
     throw;
   }
   finish();
 }
 
 void Operation::main() {}
+
+bool Operation::isRunByQueue() const noexcept {
+  return detail::OperationScheduler::isRunning(*this);
+}
 
 void Operation::finish() {
   const bool wasExecuting = phase_ == Phase::executing;

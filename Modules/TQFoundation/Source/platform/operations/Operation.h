@@ -120,6 +120,10 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   void willChangeValueForKey(std::string_view key);
   void didChangeValueForKey(std::string_view key);
 
+  /// Returns whether a queue has started this operation on the calling thread, so that an exception
+  /// will stop the process.
+  [[nodiscard]] bool isRunByQueue() const noexcept;
+
  private:
   friend class detail::OperationScheduler;
   friend class TQOperation;

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/concurrency/work/AsynchronousOperation.h>
 #include <TQFoundation/concurrency/work/TQOperation.h>
 #include <TQFoundation/concurrency/work/TQURLOperation.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
@@ -114,6 +115,67 @@ TEST(TQOperation, KeepsItsSlotUntilSetFinished) {
   mayEnd.count_down();
   queue->waitUntilAllOperationsAreFinished();
   EXPECT_TRUE(hasRun);
+}
+
+// The observer of the dependent waits for a thread that reads the state of the first operation.
+TEST(TQOperation, ReleasesDependentsOutsideItsMonitor) {
+  const auto operation = makeRef<TQOperation>();
+  const auto dependent = makeRef<Operation>();
+  dependent->addDependency(*operation);
+  bool isRead = false;
+  dependent->addObserver([&](Operation&, std::string_view, Operation::Change) {
+    std::thread([&] { isRead = operation->isFinished(); }).join();
+  });
+  operation->addObserver([&](Operation&, std::string_view key, Operation::Change) {
+    if (key == "isExecuting") operation->setFinished(true);  // nested in another change
+  });
+  operation->setExecuting(true);
+  EXPECT_TRUE(isRead);
+}
+
+struct Job final : Subclass<Job, AsynchronousOperation> {
+  static constexpr std::string_view className = "Job";
+  explicit Job(std::function<Progress(Job&)> work) : work_(std::move(work)) {}
+  Progress run() override { return work_(*this); }
+  void cancel() override {
+    AsynchronousOperation::cancel();
+    if (finishesOnCancel) finish();
+  }
+  using AsynchronousOperation::finish;
+  bool finishesOnCancel = false;
+
+ private:
+  const std::function<Progress(Job&)> work_;
+};
+
+TEST(AsynchronousOperation, FinishesByReturningByFinishAndByCancel) {
+  using Progress = Job::Progress;
+  const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(1);
+  queue->setSuspended(true);
+  std::atomic<int> runs{0};
+  const auto returns = makeRef<Job>([&](Job&) { return ++runs, Progress::finished; });
+  const auto continues = makeRef<Job>([&](Job& self) {
+    std::thread([&, job = share(self)] { ++runs, job->finish(); }).detach();
+    return Progress::continues;
+  });
+  const auto cancelled = makeRef<Job>([&](Job&) { return ++runs, Progress::finished; });
+  const auto finished = makeRef<Job>([&](Job&) { return ++runs, Progress::finished; });
+  finished->finishesOnCancel = true;
+  for (const auto& each : {returns, continues, cancelled, finished}) queue->addOperation(each);
+  cancelled->cancel();
+  finished->cancel();
+  EXPECT_TRUE(finished->isFinished());
+  queue->setSuspended(false);
+  queue->waitUntilAllOperationsAreFinished();
+  EXPECT_EQ(runs, 2);
+  for (const auto& each : {returns, continues, cancelled, finished}) {
+    EXPECT_TRUE(each->isFinished() && !each->isExecuting());
+    EXPECT_EQ(each->isCancelled(), each == cancelled || each == finished);
+  }
+  const auto fails = makeRef<Job>([](Job&) -> Progress { throw 1; });
+  EXPECT_THROW(fails->start(), int);
+  EXPECT_TRUE(fails->isFinished());
 }
 
 TEST(TQURLOperation, SharesOneSession) {

@@ -1,0 +1,36 @@
+#include <TQFoundation/concurrency/work/AsynchronousOperation.h>
+
+#include <TQFoundation/objects/Exception.h>
+
+namespace tq {
+
+void AsynchronousOperation::start() {
+  const auto self = share(*this);
+  if (isFinished()) return;
+  if (!isReady()) throw Exception(InvalidArgumentException, "start: the operation is not ready");
+  if (hasStarted_.exchange(true)) {
+    throw Exception(InvalidArgumentException, "start: the operation was started before");
+  }
+  if (isCancelled()) return finish();
+  setExecuting(true);
+  if (isFinished()) return setExecuting(false);  // meanwhile, on another thread
+  try {
+    if (run() == Progress::finished) finish();
+  } catch (...) {
+    if (!isRunByQueue())
+      finish();  // on a queue, nothing may see it finish before the process stops
+    throw;
+  }
+}
+
+bool AsynchronousOperation::isCancelled() const {
+  return Operation::isCancelled() || TQOperation::isCancelled();
+}
+
+void AsynchronousOperation::finish() {
+  const auto self = share(*this);  // an observer may release it
+  setExecuting(false);
+  setFinished(true);
+}
+
+}  // namespace tq
