@@ -1,5 +1,5 @@
-// Cache hits: one look-up among 100 owners with 10 keys each. One read of a computed lazy value.
-// One object vended by a pool and recycled.
+// Cache hits: one look-up among 100 owners with 10 keys each. Stores among 100 and 100,000 owners.
+// One read of a computed lazy value. One object vended by a pool and recycled.
 
 #include <benchmark/benchmark.h>
 
@@ -73,6 +73,48 @@ void BM_CacheHit_SharedMutexMap(benchmark::State& state) {
 }
 BENCHMARK(BM_CacheHit_SharedMutexMap)->ThreadRange(1, 2)->UseRealTime();
 BENCHMARK(BM_CacheHit_TQ)->ThreadRange(1, 2)->UseRealTime();
+
+// Stores under one key of one owner among many. With loss:1, an unrelated object that was held
+// weakly is destroyed before each store; the peer does the same.
+void lose(benchmark::State& state) {
+  if (state.range(1) == 0) return;
+  const Ref<String> lost = String::stringWithUTF8("lost");
+  const Weak<String> weak = lost;
+  benchmark::DoNotOptimize(weak.isGone());
+}
+
+void BM_CacheStore_TQ(benchmark::State& state) {
+  const auto cache = TQCache::init();
+  const auto key = String::stringWithUTF8("key");
+  std::vector<Ref<String>> owners;
+  for (std::int64_t i = 0; i < state.range(0); ++i) {
+    owners.push_back(String::stringWithUTF8("owner " + std::to_string(i)));
+    cache->setCachedObject(key, *owners.back(), *key);
+  }
+  for (auto _ : state) {
+    lose(state);
+    cache->setCachedObject(key, *owners[0], *key);
+  }
+}
+void BM_CacheStore_SharedMutexMap(benchmark::State& state) {
+  std::shared_mutex mutex;
+  std::unordered_map<const Object*, std::unordered_map<std::string, Ref<Object>>> map;
+  const Ref<Object> object = String::stringWithUTF8("object");
+  std::vector<Ref<String>> owners;
+  for (std::int64_t i = 0; i < state.range(0); ++i) {
+    owners.push_back(String::stringWithUTF8("owner " + std::to_string(i)));
+    map[owners.back().get()]["key"] = object;
+  }
+  for (auto _ : state) {
+    lose(state);
+    const std::unique_lock guard(mutex);
+    map[owners[0].get()]["key"] = object;
+  }
+}
+BENCHMARK(BM_CacheStore_SharedMutexMap)
+    ->ArgNames({"owners", "loss"})
+    ->ArgsProduct({{100, 100'000}, {0, 1}});
+BENCHMARK(BM_CacheStore_TQ)->ArgNames({"owners", "loss"})->ArgsProduct({{100, 100'000}, {0, 1}});
 
 int result = 0;
 
