@@ -28,12 +28,14 @@ tq_room(platform
   loops/Timer.cpp loops/Timer.h
   loops/detail/TimerHeap.h
   memory/ObjectMemory.cpp
+  network/ContentDecoder.cpp
   network/FileDownload.cpp network/FileDownload.h
   network/Keychain.cpp network/Keychain.h
   network/PartialFile.cpp
   network/URLSession.cpp network/URLSession.h
   network/URLSessionEngine.cpp
   network/URLTransfer.cpp
+  network/detail/ContentDecoder.h
   network/detail/PartialFile.h
   network/detail/URLSessionEngine.h
   network/detail/URLTransfer.h

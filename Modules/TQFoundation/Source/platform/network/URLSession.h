@@ -162,7 +162,11 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 /// after
 ///   303 every method but HEAD does. Other methods are kept, with their body. Credentials for one
 ///   host are not sent to another.
-/// - Every content coding that the network library supports is decoded.
+/// - The content codings "gzip" and "deflate" are requested and decoded, unless the request has a
+///   header Accept-Encoding or Range. A damaged or truncated one, and any other coding, fail with
+///   URLErrorBadServerResponse.
+/// - A body has the length that the server announced. Two different lengths, and one that is not a
+///   number, fail with URLErrorBadServerResponse.
 /// - Servers with an invalid certificate are refused.
 /// - More than 300 000 bytes or 2 000 lines of headers and trailers, including those of redirects,
 ///   fail with URLErrorBadServerResponse.

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include <TQFoundation/objects/Dictionary.h>
@@ -117,14 +118,49 @@ std::string_view trimmed(std::string_view text) noexcept {
   return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
+constexpr std::int64_t kUnknownLength = -1;
+
+/// Returns the length of the body in its transferred form, which may be kUnknownLength; nothing if
+/// the lengths of the response contradict each other or are not numbers (RFC 9112, 6.3).
+std::optional<std::int64_t> announcedLength(const URLResponse& response) {
+  if (holds(response.allHeaderFields, "Transfer-Encoding")) return kUnknownLength;
+  std::int64_t announced = kUnknownLength;
+  for (const auto& [name, value] : response.allHeaderFields) {
+    if (!detail::isSameHeader(name, "Content-Length")) continue;
+    for (std::string_view rest = value; !rest.empty();) {
+      const std::string_view text = trimmed(rest.substr(0, rest.find(',')));
+      rest.remove_prefix(std::min(rest.find(','), rest.size() - 1) + 1);
+      std::int64_t length = kUnknownLength;
+      const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), length);
+      if (fault != std::errc() || end != text.data() + text.size() || length < 0) {
+        return std::nullopt;
+      }
+      if (announced != kUnknownLength && announced != length) return std::nullopt;
+      announced = length;
+    }
+  }
+  return announced;
+}
+
+/// Returns a sentence about a URL, or the redirect from it, that has an unsupported scheme.
+std::string unsupportedScheme(std::string_view url) {
+  const std::string_view scheme = url.substr(0, url.find(':'));
+  if (detail::isSameHeader(scheme, "http") || detail::isSameHeader(scheme, "https")) {
+    return "The server redirects to a URL whose scheme is not supported.";
+  }
+  return "The scheme “" + std::string(scheme) + "” is not supported.";
+}
+
 }  // namespace
 
-Ref<Error> detail::urlError(std::int64_t code, std::string_view details) {
-  if (details.empty()) return Error::errorWithDomain(URLErrorDomain, code, sentenceOf(code));
+Ref<Error> detail::urlError(std::int64_t code, std::string_view details,
+                            std::string_view sentence) {
+  const std::string_view description = sentence.empty() ? sentenceOf(code) : sentence;
+  if (details.empty()) return Error::errorWithDomain(URLErrorDomain, code, description);
   return Error::errorWithDomain(
       URLErrorDomain, code,
       Dictionary::dictionaryWithEntries(
-          {{LocalizedDescriptionKey, String::stringWithUTF8(sentenceOf(code))},
+          {{LocalizedDescriptionKey, String::stringWithUTF8Repaired(description)},
            {DebugDescriptionKey, String::stringWithUTF8Repaired(details)}}));
 }
 
@@ -206,9 +242,10 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
   }
   // Parts of a body, and codings that the caller asked for, are passed on without decoding.
   const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
-  if (!holds(own, "Accept-Encoding") && !holds(own, "Range")) {
-    curl.set(CURLOPT_ACCEPT_ENCODING, "");
-  }
+  // Others are decoded here, because libcurl accepts a coded body that is truncated.
+  curl.set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
+  decodes_ = !holds(own, "Accept-Encoding") && !holds(own, "Range");
+  if (decodes_) curl.set(CURLOPT_ACCEPT_ENCODING, ContentDecoder::kCodings);
   prepareMethod();
 }
 
@@ -295,7 +332,7 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
   transfer.touch();
   transfer.headerBytes_ += size * count;
   if (transfer.headerBytes_ > kMostHeaderBytes || ++transfer.headerLines_ > kMostHeaderLines) {
-    transfer.ownError_ = URLErrorBadServerResponse;
+    transfer.fail(URLErrorBadServerResponse, "The server’s headers are too long.");
     return 0;
   }
   const bool isLast = *bytes == '\r' || *bytes == '\n';  // the empty line after the headers
@@ -336,23 +373,35 @@ void URLTransfer::readResponse() {
     response_.allHeaderFields.emplace_back(header->name, header->value);
   }
   // libcurl sets its own length only after it has handled the last header line.
-  const std::string_view length = response_.valueForHTTPHeaderField("Content-Length");
-  if (!length.empty() && !holds(response_.allHeaderFields, "Content-Encoding") &&
-      !holds(response_.allHeaderFields, "Transfer-Encoding")) {
-    std::int64_t expected = -1;
-    std::from_chars(length.data(), length.data() + length.size(), expected);
-    response_.expectedContentLength = std::max<std::int64_t>(expected, -1);
+  if (!holds(response_.allHeaderFields, "Content-Encoding")) {
+    response_.expectedContentLength = announcedLength(response_).value_or(kUnknownLength);
   }
+}
+
+bool URLTransfer::fail(std::int64_t code, std::string sentence) {
+  ownError_ = code;
+  ownSentence_ = std::move(sentence);
+  return false;
 }
 
 bool URLTransfer::tellResponse() {
   isResponseTold_ = true;
   readResponse();
+  if (!announcedLength(response_)) {
+    return fail(URLErrorBadServerResponse, "The server announced an invalid length of the body.");
+  }
+  const std::string_view coding = response_.valueForHTTPHeaderField("Content-Encoding");
+  if (decodes_ && !coding.empty() && !detail::isSameHeader(coding, "identity")) {
+    decoder_ = ContentDecoder::decoderForCoding(coding);
+    if (decoder_ == nullptr) {
+      return fail(URLErrorBadServerResponse, "The server returned a body in the unknown coding “" +
+                                                 std::string(coding) + "”.");
+    }
+  }
   task_->expected_ = response_.expectedContentLength;
   const auto& tell = task_->handler_.didReceiveResponse;
   if (!tell || tell(*task_, response_)) return true;
-  ownError_ = URLErrorCancelled;
-  return false;
+  return fail(URLErrorCancelled);
 }
 
 std::size_t URLTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
@@ -366,11 +415,29 @@ std::size_t URLTransfer::onBody(char* bytes, std::size_t size, std::size_t count
 bool URLTransfer::receive(std::span<const std::byte> bytes) {
   if (isCancelled()) return false;
   if (!isResponseTold_ && !tellResponse()) return false;
+  if (decoder_ == nullptr) return pass(bytes);
+  const auto take = [this](std::span<const std::byte> decoded) { return pass(decoded); };
+  if (decoder_->decode(bytes, take)) return true;
+  return ownError_ ? false
+                   : fail(URLErrorBadServerResponse, "The encoded body could not be decoded.");
+}
+
+bool URLTransfer::pass(std::span<const std::byte> bytes) {
+  if (isCancelled()) return false;
   task_->received_ += static_cast<std::int64_t>(bytes.size());
   const auto& take = task_->handler_.didReceiveData;
   if (!take || take(*task_, bytes)) return true;
-  ownError_ = URLErrorCannotWriteToFile;
-  return false;
+  return fail(URLErrorCannotWriteToFile);
+}
+
+// Responses that have no body may name a coding all the same, and an empty body may lack its frame.
+bool URLTransfer::hasTruncatedCoding() const {
+  constexpr int kNoContent = 204;
+  constexpr int kNotModified = 304;
+  if (decoder_ == nullptr || decoder_->isComplete()) return false;
+  return task_->request_.HTTPMethod != "HEAD" && response_.statusCode != kNoContent &&
+         response_.statusCode != kNotModified &&
+         (decoder_->hasBegun() || announcedLength(response_) != 0);
 }
 
 int URLTransfer::onProgress(void* self, std::int64_t, std::int64_t, std::int64_t,
@@ -385,15 +452,23 @@ void URLTransfer::completeWithResult(int result) noexcept {
   if (result != CURLE_OK) {
     const auto code = static_cast<CURLcode>(result);
     const char* const message = library_->message.data();
+    if (code == CURLE_UNSUPPORTED_PROTOCOL && !ownError_) {
+      fail(URLErrorUnsupportedURL, unsupportedScheme(task_->request_.url->absoluteString()));
+    }
     return complete(detail::urlError(ownError_.value_or(errorCodeOf(code)),
-                                     *message != '\0' ? message : curl_easy_strerror(code)));
+                                     *message != '\0' ? message : curl_easy_strerror(code),
+                                     ownSentence_));
   }
   if (!isResponseTold_ && !tellResponse()) return completeWithError(URLErrorCancelled);
+  if (hasTruncatedCoding()) {
+    fail(URLErrorBadServerResponse, "The encoded body is truncated.");
+    return completeWithError(URLErrorBadServerResponse);
+  }
   complete(nullptr);
 }
 
 void URLTransfer::completeWithError(std::int64_t code) noexcept {
-  complete(detail::urlError(ownError_.value_or(code), {}));
+  complete(detail::urlError(ownError_.value_or(code), {}, ownSentence_));
 }
 
 void URLTransfer::complete(Ref<Error> error) noexcept {

@@ -16,8 +16,11 @@ namespace tq {
 
 namespace detail {
 [[nodiscard]] bool isSameHeader(std::string_view a, std::string_view b) noexcept;
-/// Returns an error of URLErrorDomain with a description for users, and the details for developers.
-[[nodiscard]] Ref<Error> urlError(std::int64_t code, std::string_view details);
+/// Returns an error of URLErrorDomain.
+/// @param details   for developers; may be empty
+/// @param sentence  the description for users; if empty, that of the code
+[[nodiscard]] Ref<Error> urlError(std::int64_t code, std::string_view details,
+                                  std::string_view sentence = {});
 }  // namespace detail
 
 class URLTransfer;

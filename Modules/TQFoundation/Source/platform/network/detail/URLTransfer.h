@@ -11,6 +11,7 @@
 #include <string>
 
 #include <TQFoundation/platform/network/URLSession.h>
+#include <TQFoundation/platform/network/detail/ContentDecoder.h>
 
 namespace tq {
 
@@ -48,7 +49,13 @@ class URLTransfer {
   [[nodiscard]] long statusCode() const;
   void readResponse();
   bool tellResponse();
+  /// Decodes a piece of the body.
   bool receive(std::span<const std::byte> bytes);
+  /// Passes decoded bytes to the handler.
+  bool pass(std::span<const std::byte> bytes);
+  [[nodiscard]] bool hasTruncatedCoding() const;
+  /// Sets the error that the task ends with. @return false
+  bool fail(std::int64_t code, std::string sentence = {});
   void complete(Ref<Error> error) noexcept;
   void touch() noexcept { lastActivity_ = std::chrono::steady_clock::now(); }
 
@@ -76,7 +83,10 @@ class URLTransfer {
   std::size_t headerLines_ = 0;
   bool isUnderWay_ = false;  // no longer waits for a connection
   bool isResponseTold_ = false;
-  std::optional<std::int64_t> ownError_;  // the reason if one of our callbacks ended it
+  bool decodes_ = false;                     // content codings
+  std::unique_ptr<ContentDecoder> decoder_;  // null if the body is not coded
+  std::optional<std::int64_t> ownError_;     // the reason if one of our callbacks ended it
+  std::string ownSentence_;                  // its description; if empty, that of the code
 };
 
 }  // namespace tq
