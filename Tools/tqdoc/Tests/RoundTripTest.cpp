@@ -100,7 +100,8 @@ TEST_F(Drawings, AreReplacedCompletelyOrNotAtAll) {
   const auto document = openDrawing(data("shapes.svg"), nullptr).document;
   tq::Ref<tq::Error> error;
   EXPECT_FALSE(saveArchive(*document, directory_.path("no/a.tqdoc"), Packing::none, &error));
-  EXPECT_THAT(error->localizedDescription(), HasSubstr("no/a.tqdoc: The file"));
+  EXPECT_THAT(error->localizedDescription(),
+              HasSubstr("no/a.tqdoc: The folder “no” doesn’t exist."));
 
   for (const Packing packing : {Packing::none, Packing::gzip}) {
     directory_.write("old.tqdoc", "old");

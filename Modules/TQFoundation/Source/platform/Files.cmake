@@ -77,6 +77,7 @@ tq_room(platform
   bytes/lzfse/LZVN.h
   bytes/lzfse/MatchFinder.h
   bytes/lzfse/Output.h
+  files/FileAttributes.cpp files/FileAttributes.h
   files/FileError.cpp files/FileError.h
   files/RegularFile.h
   files/SafeFile.cpp files/SafeFile.h

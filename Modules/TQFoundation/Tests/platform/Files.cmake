@@ -35,6 +35,7 @@ include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/files/ExternalToolTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/network/FileDownloadTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/files/FileReplacementTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileServicesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/network/KeychainTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/preferences/UserDefaultsFaultTest.cpp

@@ -21,6 +21,12 @@ TQ_FAILING_CALL(fdatasync, int, (int fd), (fd))
 TQ_FAILING_CALL(ftruncate, int, (int fd, off_t length), (fd, length))
 TQ_FAILING_CALL(ftruncate64, int, (int fd, off64_t length), (fd, length))
 TQ_FAILING_CALL(rename, int, (const char* from, const char* to), (from, to))
+TQ_FAILING_CALL(linkat, int,
+                (int fromFolder, const char* from, int toFolder, const char* to, int flags),
+                (fromFolder, from, toFolder, to, flags))
+TQ_FAILING_CALL(fsetxattr, int,
+                (int fd, const char* name, const void* value, size_t size, int flags),
+                (fd, name, value, size, flags))
 #undef TQ_FAILING_CALL
 
 extern "C" __attribute__((visibility("default"))) ssize_t write(int fd, const void* bytes,

@@ -37,14 +37,15 @@ int codeOf(FileUse use, int errorNumber) noexcept {
   return use == FileUse::reading ? kReadUnknown : kWriteUnknown;
 }
 
-std::string textOf(int code, const URL& url) {
+std::string textOf(FileUse use, int code, const URL& url) {
   const std::string name = "“" + std::string(url.lastPathComponent()) + "”";
   const std::string parent = url.path().substr(0, url.path().find_last_not_of('/') + 1);
   const Ref<URL> folder = URL::fileURLWithPath(parent.substr(0, parent.rfind('/') + 1));
   const std::string folderName = "“" + std::string(folder->lastPathComponent()) + "”";
   switch (code) {
     case 4:
-      return "The file " + name + " doesn’t exist.";
+      return use == FileUse::creating ? "The folder " + folderName + " doesn’t exist."
+                                      : "The file " + name + " doesn’t exist.";
     case 257:
       return "The file " + name +
              " couldn’t be opened because you don’t have permission to view it.";
@@ -75,7 +76,7 @@ std::string textOf(int code, const URL& url) {
 }  // namespace
 
 Ref<Error> fileError(FileUse use, const URL& url, int errorNumber) {
-  return fileError(use, url, errorNumber, textOf(codeOf(use, errorNumber), url));
+  return fileError(use, url, errorNumber, textOf(use, codeOf(use, errorNumber), url));
 }
 
 Ref<Error> fileError(FileUse use, const URL& url, int errorNumber, std::string_view description) {

@@ -8,7 +8,8 @@
 
 namespace tq::detail {
 
-enum class FileUse { reading, writing };
+/// `creating` also writes, but needs no existing file: what is missing is the folder.
+enum class FileUse { reading, writing, creating };
 
 /// Returns an error of CocoaErrorDomain with the code and the text for `errorNumber`. Its
 /// UnderlyingErrorKey is an error of POSIXErrorDomain with this number.

@@ -2,10 +2,10 @@
 
 #include <errno.h>
 #include <stdlib.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -23,7 +23,7 @@ using detail::hasPath;
 constexpr int kMostTries = 10'000;  // limit for names that exist already
 
 bool fail(Ref<Error>* error, const URL& url, int errorNumber) {
-  setOutError(error, fileError(FileUse::writing, url, errorNumber));
+  setOutError(error, fileError(FileUse::creating, url, errorNumber));
   return false;
 }
 
@@ -32,8 +32,8 @@ bool fail(Ref<Error>* error, const URL& url, int errorNumber) {
 bool replaceFile(const URL& url, std::span<const std::byte> bytes, Ref<Error>* error) {
   if (!hasPath(url)) return fail(error, url, EINVAL);
   const std::string path = detail::resolvedPath(url.path());
-  struct stat before {};
-  int failure = detail::lookAtPredecessor(path, before);
+  std::optional<detail::FileAttributes> before;
+  int failure = detail::readAttributes(path, before);
   if (failure == 0) failure = detail::writeInPlace(path, bytes, before);
   return failure == 0 || fail(error, url, failure);
 }

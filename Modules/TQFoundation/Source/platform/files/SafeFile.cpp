@@ -4,9 +4,11 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <memory>
+#include <utility>
 
 #include <TQFoundation/platform/files/FileHandle.h>
 #include <TQFoundation/platform/threads/Random.h>
@@ -16,20 +18,52 @@ namespace {
 
 constexpr int kMostTries = 10'000;  // limit for names that exist already
 
-/// A new file in the same folder, removed again unless it replaces the old one.
+/// A complete file has this name for the moment between getting a name and being renamed. A file
+/// that has it while we hold the lock of the folder was left by a process killed at that moment.
+constexpr const char* kPassingName = ".tq-replacement";
+
+std::string randomName() { return ".tq-" + std::to_string(uniformRandom(~std::uint32_t{0})); }
+
+/// Locks a folder against other replacements in it. Does not wait: another program may hold it.
+class FolderLock {
+ public:
+  explicit FolderLock(const std::string& folder)
+      : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    isLocked_ = descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+  }
+  ~FolderLock() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  FolderLock(const FolderLock&) = delete;
+  FolderLock& operator=(const FolderLock&) = delete;
+
+  [[nodiscard]] bool isLocked() const { return isLocked_; }
+
+ private:
+  int descriptor_;
+  bool isLocked_;
+};
+
+/// A new file in the folder of the one that it replaces, removed again if it does not. It has no
+/// name until it is complete, if the file system supports that.
 class Successor {
  public:
-  Successor(const std::string& path, mode_t mode) {
-    for (int tries = 0; tries < kMostTries; ++tries) {
-      path_ = folderOfPath(path) + ".tq-" + std::to_string(uniformRandom(~std::uint32_t{0}));
+  Successor(const std::string& path, mode_t mode) : folder_(folderOfPath(path)) {
+    descriptor_ = ::open(folder_.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
+    ownPath_ = "/proc/self/fd/" + std::to_string(descriptor_);
+    if (descriptor_ >= 0 && ::access(ownPath_.c_str(), F_OK) != 0) {
+      ::close(std::exchange(descriptor_, -1));  // it could not get a name
+    }
+    for (int tries = 0; descriptor_ < 0 && tries < kMostTries; ++tries) {
+      path_ = besidePath(randomName());
       descriptor_ = makeFile(path_, mode);
-      if (descriptor_ >= 0 || errno != EEXIST) break;
+      if (errno != EEXIST) break;
     }
   }
   ~Successor() {
     if (descriptor_ < 0) return;
-    ::close(descriptor_);
     if (!path_.empty()) ::unlink(path_.c_str());
+    ::close(descriptor_);
   }
   Successor(const Successor&) = delete;
   Successor& operator=(const Successor&) = delete;
@@ -38,15 +72,47 @@ class Successor {
 
   [[nodiscard]] int descriptor() const { return descriptor_; }
 
-  /// Renames the file to `place`. @return 0 or the system's error number
+  /// Flushes the file to the disk and renames it to `place`.
   int take(const std::string& place) {
-    const int failure = moveIntoPlace(descriptor_, path_, place);
-    if (failure == 0) path_.clear();
-    return failure;
+    if (::fsync(descriptor_) != 0) return errno;
+    const FolderLock lock(folder_);
+    if (path_.empty() && !getName(lock.isLocked())) return errno;
+    if (::rename(path_.c_str(), place.c_str()) != 0) return errno;
+    path_.clear();
+    return 0;
   }
 
  private:
-  std::string path_;
+  [[nodiscard]] std::string besidePath(const std::string& name) const {
+    return folder_.ends_with('/') ? folder_ + name : folder_ + "/" + name;
+  }
+
+  [[nodiscard]] bool link(const std::string& name) {
+    const std::string path = besidePath(name);
+    if (::linkat(AT_FDCWD, ownPath_.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+      return false;
+    }
+    path_ = path;
+    return true;
+  }
+
+  /// @return false, with errno set, on failure
+  [[nodiscard]] bool getName(bool isLocked) {
+    if (isLocked) {
+      ::unlink(besidePath(kPassingName).c_str());
+      if (link(kPassingName)) return true;
+      if (errno != EEXIST) return false;
+    }
+    for (int tries = 0; tries < kMostTries; ++tries) {
+      if (link(randomName())) return true;
+      if (errno != EEXIST) return false;
+    }
+    return false;
+  }
+
+  const std::string folder_;
+  std::string ownPath_;  // of the file while it has no name
+  std::string path_;     // empty while it has none
   int descriptor_ = -1;
 };
 
@@ -80,30 +146,17 @@ int writeAll(int descriptor, std::span<const std::byte> bytes) {
   return 0;
 }
 
-int lookAtPredecessor(const std::string& path, struct stat& before) {
-  before = {};
-  if (::lstat(path.c_str(), &before) != 0) return errno == ENOENT ? 0 : errno;
-  if (S_ISDIR(before.st_mode)) return EISDIR;
-  return S_ISREG(before.st_mode) ? 0 : EINVAL;
-}
-
-int takeAfter(int descriptor, const struct stat& before) {
-  if (before.st_nlink == 0) return 0;
-  // Fails for another user's file in our folder: we own the new file then.
-  [[maybe_unused]] const int refused = ::fchown(descriptor, before.st_uid, before.st_gid);
-  return ::fchmod(descriptor, before.st_mode & 07777) == 0 ? 0 : errno;
-}
-
 int moveIntoPlace(int descriptor, const std::string& from, const std::string& to) {
   return ::fsync(descriptor) == 0 && ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
+// Only the owner can read it until it has the old file's permissions.
 int writeInPlace(const std::string& path, std::span<const std::byte> bytes,
-                 const struct stat& before) {
-  Successor successor(path, before.st_nlink != 0 ? kOwnersOnly : kByUmask);
+                 const std::optional<FileAttributes>& before, mode_t mode) {
+  Successor successor(path, before ? kOwnersOnly : mode);
   if (!successor.isOpen()) return errno;
   int failure = writeAll(successor.descriptor(), bytes);
-  if (failure == 0) failure = takeAfter(successor.descriptor(), before);
+  if (failure == 0 && before) failure = takeAttributes(successor.descriptor(), *before);
   if (failure == 0) failure = successor.take(path);
   return failure == 0 ? bringFolderToDisk(folderOfPath(path)) : failure;
 }

@@ -4,13 +4,12 @@
 /// The steps of an atomic file replacement. Functions that return an int return 0 or the system's
 /// error number, unless stated otherwise.
 
-#include <sys/stat.h>
-
 #include <cstddef>
 #include <span>
 #include <string>
 
 #include <TQFoundation/objects/URL.h>
+#include <TQFoundation/platform/files/FileAttributes.h>
 
 namespace tq::detail {
 
@@ -33,22 +32,16 @@ inline constexpr mode_t kOwnersOnly = 0600;
 /// Writes all bytes, with writeOnce().
 [[nodiscard]] int writeAll(int descriptor, std::span<const std::byte> bytes);
 
-/// Checks the file that is to be replaced.
-/// @param before  receives its status; st_nlink is 0 if it does not exist
-/// @return 0 if it is a regular file or does not exist, otherwise an error number
-[[nodiscard]] int lookAtPredecessor(const std::string& path, struct stat& before);
-
-/// Gives the file the owner and the permissions of the old file, if that exists.
-[[nodiscard]] int takeAfter(int descriptor, const struct stat& before);
-
 /// Flushes the file to the disk and renames it.
 [[nodiscard]] int moveIntoPlace(int descriptor, const std::string& from, const std::string& to);
 
 /// Writes the bytes to a new file in the path's folder, flushes it to the disk and renames it to
-/// `path`. A link at `path` is replaced, not followed. If an old file exists, only the owner can
-/// read the new one until it has the old one's permissions, so that private content stays private.
+/// `path`. A link at `path` is replaced, not followed. Before it gets a name, it takes the
+/// attributes of the old file, if there is one. A killed process leaves nothing behind, unless the
+/// file system does not support files without a name.
+/// @param mode  the permissions of the new file without an old one
 [[nodiscard]] int writeInPlace(const std::string& path, std::span<const std::byte> bytes,
-                               const struct stat& before);
+                               const std::optional<FileAttributes>& before, mode_t mode = kByUmask);
 
 /// Flushes the entries of the folder to the disk. File systems that do not support this count as
 /// successful.

@@ -63,11 +63,15 @@ std::string_view validatorOf(const URLResponse& response) {
   return now.empty() || changed == now ? std::string_view() : changed;
 }
 
-/// Returns true if the response has another validator of the same kind as `validator`.
-bool isOfAnotherVersion(const URLResponse& response, std::string_view validator) {
-  const bool isTag = validator.starts_with('"');
-  const std::string_view name = response.valueForHTTPHeaderField(isTag ? "ETag" : "Last-Modified");
-  return !name.empty() && name != validator;
+/// Returns the response's validator of the same kind as `validator`; empty if it has none.
+std::string_view counterpartOf(std::string_view validator, const URLResponse& response) {
+  return response.valueForHTTPHeaderField(validator.starts_with('"') ? "ETag" : "Last-Modified");
+}
+
+/// Returns whether the body is encoded, although "identity" was requested.
+bool isCoded(const URLResponse& response) {
+  const std::string_view coding = response.valueForHTTPHeaderField("Content-Encoding");
+  return !coding.empty() && !detail::isSameHeader(coding, "identity");
 }
 
 /// Returns true for headers that the download sets itself.
@@ -143,37 +147,86 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     isCancelled_ ? task_->cancel() : task_->resume();
   }
 
-  bool take(const URLResponse& response) {
+  /// What a response means for the bytes that are here already.
+  enum class Meaning : std::uint8_t {
+    whole,           ///< a body from its start
+    rest,            ///< what follows our bytes, of the same version
+    nothingMissing,  ///< our bytes are all of it
+    anotherVersion,  ///< cannot be combined with our bytes: the download starts again
+    status,          ///< no body of the file
+    anotherPart,     ///< not the requested part
+    coded,           ///< not the bytes of the file
+  };
+
+  // A part counts only with the validator and the total length of the first response. A server that
+  // ignores If-Range sends a part of another version.
+  Meaning meaningOf(const URLResponse& response) const {
     constexpr int kWhole = 200;
     constexpr int kPart = 206;
     constexpr int kNoSuchPart = 416;
+    const int status = response.statusCode;
+    if (status == kWhole) return isCoded(response) ? Meaning::coded : Meaning::whole;
+    if (asked_ == 0 || (status != kPart && status != kNoSuchPart)) return Meaning::status;
+
+    const std::string_view validator = counterpartOf(partial_->validator(), response);
+    const std::int64_t total = partial_->total();
+    const auto isTotal = [&](std::int64_t length) { return total < 0 || length == total; };
     const std::string_view field = response.valueForHTTPHeaderField("Content-Range");
+    if (status == kNoSuchPart) {
+      const bool isSame = validator.empty() || validator == partial_->validator();
+      return isSame && unsatisfiedLength(field) == asked_ && isTotal(asked_)
+                 ? Meaning::nothingMissing
+                 : Meaning::anotherVersion;
+    }
+    if (isCoded(response)) return Meaning::coded;
     const auto range = contentRange(field);
-    const bool isOther = isOfAnotherVersion(response, partial_->validator());
-    if (response.statusCode == kWhole) {
-      expected = response.expectedContentLength;
-      if (!keep(partial_->beginAnew(isGet(request_) ? validatorOf(response) : ""))) return false;
-    } else if (response.statusCode == kPart && !isOther && asked_ > 0 && range &&
-               range->first == asked_) {
-      expected = range->total;
-    } else if (asked_ > 0 &&
-               (response.statusCode == kNoSuchPart || (response.statusCode == kPart && isOther))) {
-      // Either all of this version is here already, or the server has another one. A server that
-      // ignores If-Range sends a part of another version.
-      isWhole_ = !isOther && unsatisfiedLength(field) == asked_;
-      beginsAnew_ = !isWhole_ && keep(partial_->beginAnew({}));
-      return false;
-    } else {
-      keep(detail::urlError(URLErrorBadServerResponse,
-                            "HTTP status " + std::to_string(response.statusCode)));
-      return false;
+    if (!range) return Meaning::anotherPart;
+    if (validator != partial_->validator() || range->total < 0 || !isTotal(range->total)) {
+      return Meaning::anotherVersion;
+    }
+    return range->first == asked_ ? Meaning::rest : Meaning::anotherPart;
+  }
+
+  bool take(const URLResponse& response) {
+    switch (meaningOf(response)) {
+      case Meaning::whole:
+        end_ = expected = response.expectedContentLength;
+        if (!keep(partial_->beginAnew(isGet(request_) ? validatorOf(response) : "", expected))) {
+          return false;
+        }
+        break;
+      case Meaning::rest: {
+        const auto range = contentRange(response.valueForHTTPHeaderField("Content-Range"));
+        expected = range->total;
+        partial_->setTotal(expected);
+        end_ = range->last + 1;
+        break;
+      }
+      case Meaning::nothingMissing:
+        isWhole_ = true;
+        return false;
+      case Meaning::anotherVersion:
+        beginsAnew_ = keep(partial_->beginAnew({}, -1));
+        return false;
+      case Meaning::status:
+        return refuse("The server returned status " + std::to_string(response.statusCode) +
+                      " instead of the file.");
+      case Meaning::anotherPart:
+        return refuse("The server returned another part of the file than the requested one.");
+      case Meaning::coded:
+        return refuse("The server returned an encoded body, which was not requested.");
     }
     received = partial_->length();
     tell();
     return true;
   }
 
+  // Once more bytes than announced have come, those before them cannot be trusted either.
   bool take(std::span<const std::byte> bytes) {
+    if (end_ >= 0 && static_cast<std::int64_t>(bytes.size()) > end_ - partial_->length()) {
+      return keep(partial_->beginAnew({}, -1)) &&
+             refuse("The server returned more bytes than announced.");
+    }
     if (!keep(partial_->append(bytes))) return false;
     received = partial_->length();
     tell();
@@ -189,8 +242,8 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     if (isWhole_) error = nullptr;
     if (ownError_ != nullptr) error = std::exchange(ownError_, nullptr);
     if (error == nullptr && expected >= 0 && partial_->length() != expected) {
-      error = detail::urlError(URLErrorBadServerResponse,
-                               "the body does not have the announced length");
+      error = detail::urlError(URLErrorBadServerResponse, {},
+                               "The server returned fewer bytes than announced.");
     }
     if (error == nullptr) error = partial_->finish();
     partial_ = nullptr;  // another download may resume from here
@@ -199,6 +252,11 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
 
   void tell() const {
     if (handler_.didWriteData) handler_.didWriteData(received, expected);
+  }
+
+  /// @return false
+  bool refuse(const std::string& sentence) {
+    return keep(detail::urlError(URLErrorBadServerResponse, {}, sentence));
   }
 
   /// @return whether there was no error to keep
@@ -214,6 +272,7 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
   // Used only by the session's thread after the start.
   std::unique_ptr<detail::PartialFile> partial_;
   std::int64_t asked_ = 0;  // start of the requested part; 0: the whole body
+  std::int64_t end_ = -1;   // where the bytes of this response end; -1: unknown
   bool beginsAnew_ = false;
   bool isWhole_ = false;  // together with the bytes of earlier attempts
   Ref<Error> ownError_;   // the reason if one of our callbacks ended the task

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <optional>
 #include <utility>
 
 #include <TQFoundation/platform/bytes/Digest.h>
@@ -21,7 +22,8 @@ namespace {
 constexpr std::int64_t kNoteEvery = std::int64_t{16}
                                     << 20;                  // most bytes that a power failure loses
 constexpr std::size_t kLongestNote = std::size_t{1} << 17;  // header lines are shorter
-constexpr std::string_view kHeading = "partial download 1";
+constexpr int kMostTries = 100;                             // for a name that others keep changing
+constexpr std::string_view kHeading = "partial download 2";
 
 /// Removes the next line from `rest` and returns it, without the line break.
 std::string_view nextLine(std::string_view& rest) {
@@ -30,16 +32,33 @@ std::string_view nextLine(std::string_view& rest) {
   return line;
 }
 
+/// The same for a line that is a number.
+std::optional<std::int64_t> nextNumber(std::string_view& rest) {
+  const std::string_view line = nextLine(rest);
+  std::int64_t number = 0;
+  const auto [end, fault] = std::from_chars(line.data(), line.data() + line.size(), number);
+  if (fault != std::errc() || end != line.data() + line.size()) return std::nullopt;
+  return number;
+}
+
 bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Returns the note; empty if there is none. A link is not followed: it may lead to another's file.
+/// Returns whether the file is regular, this user's, and has this name alone. Somebody else may
+/// have planted any other file, or may change it at any time.
+bool isOursAlone(const struct stat& status) {
+  return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
+}
+
+/// Returns the note; empty if there is none, or if it was planted.
 std::string textOfNote(const std::string& path) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0) return {};
+  struct stat status {};
   std::string text(kLongestNote, '\0');
-  const ssize_t count = ::read(descriptor, text.data(), text.size());
+  const bool isNote = ::fstat(descriptor, &status) == 0 && isOursAlone(status);
+  const ssize_t count = isNote ? ::read(descriptor, text.data(), text.size()) : 0;
   ::close(descriptor);
   text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
   return text;
@@ -62,13 +81,13 @@ PartialFile::PartialFile(const URL& file, std::string_view source)
 std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view source,
                                                Ref<Error>* error) {
   if (!hasPath(file)) {
-    setOutError(error, fileError(FileUse::writing, file, EINVAL));
+    setOutError(error, fileError(FileUse::creating, file, EINVAL));
     return nullptr;
   }
   std::unique_ptr<PartialFile> partial(new PartialFile(file, source));
-  struct stat before {};
-  int failure = lookAtPredecessor(partial->place_, before);
-  if (failure == 0) failure = partial->openLocked(before);
+  std::optional<FileAttributes> before;
+  int failure = readAttributes(partial->place_, before);
+  if (failure == 0) failure = partial->openLocked(before.has_value());
   if (failure == 0) failure = partial->readNote();
   if (failure == 0) return partial;
   setOutError(error, partial->failure(failure));
@@ -76,13 +95,18 @@ std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view
 }
 
 // The previous holder of the lock may have moved the file to its target. Then the name refers to
-// another file, or to none, when we get the lock, and we try again. The replacement of a private
-// file is private from its first byte on. It stays writable even if the target is not.
-int PartialFile::openLocked(struct stat before) {
-  before.st_mode = (before.st_mode & 0777) | kOwnersOnly;
-  for (;;) {
-    descriptor_ = ::open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
-                         before.st_nlink != 0 ? kOwnersOnly : kByUmask);
+// another file, or to none, when we get the lock, and we try again. A regular file that is not ours
+// alone is not written to: it loses the name, unless its owner has it open. The replacement of a
+// file is private from its first byte on.
+int PartialFile::openLocked(bool isReplacement) {
+  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  for (int tries = 0; tries < kMostTries; ++tries) {
+    const mode_t mode = isReplacement ? kOwnersOnly : kByUmask;
+    descriptor_ = ::open(path_.c_str(), kFlags);
+    if (descriptor_ < 0 && errno == ENOENT) {
+      descriptor_ = ::open(path_.c_str(), kFlags | O_CREAT | O_EXCL, mode);
+      if (descriptor_ < 0 && errno == EEXIST) continue;
+    }
     if (descriptor_ < 0) return errno;
     struct stat opened {};
     struct stat named {};
@@ -90,12 +114,18 @@ int PartialFile::openLocked(struct stat before) {
     if (failure == 0 && ::fstat(descriptor_, &opened) != 0) failure = errno;
     if (failure == 0 && !S_ISREG(opened.st_mode)) failure = EINVAL;
     if (failure == 0 && ::lstat(path_.c_str(), &named) == 0 && isSameFile(opened, named)) {
-      failure = takeAfter(descriptor_, before);
-      if (failure == 0) return 0;
+      if (!isOursAlone(named)) {
+        failure = ::unlink(path_.c_str()) == 0 ? 0 : errno;
+      } else if (!isReplacement || ::fchmod(descriptor_, kOwnersOnly) == 0) {
+        return 0;
+      } else {
+        failure = errno;
+      }
     }
     ::close(std::exchange(descriptor_, -1));
     if (failure != 0) return failure;
   }
+  return EBUSY;
 }
 
 int PartialFile::readNote() {
@@ -103,15 +133,17 @@ int PartialFile::readNote() {
   std::string_view rest = note;
   const bool isOurs = nextLine(rest) == kHeading && nextLine(rest) == source_ && !source_.empty();
   const std::string_view validator = nextLine(rest);
-  const std::string_view digits = nextLine(rest);
-  std::int64_t noted = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), noted);
+  const auto total = nextNumber(rest);
+  const auto noted = nextNumber(rest);
   struct stat status {};
   if (::fstat(descriptor_, &status) != 0) return errno;
-  if (!isOurs || validator.empty() || noted <= 0 || noted > status.st_size) return cut(0);
+  const bool isValid = isOurs && !validator.empty() && total && noted && *noted > 0 &&
+                       *noted <= status.st_size && (*total < 0 || *noted <= *total);
+  if (!isValid) return cut(0);
   validator_ = validator;
-  noted_ = noted;
-  return cut(noted);
+  total_ = *total;
+  noted_ = *noted;
+  return cut(noted_);
 }
 
 int PartialFile::cut(std::int64_t length) {
@@ -124,16 +156,16 @@ int PartialFile::cut(std::int64_t length) {
 
 int PartialFile::writeNote() {
   const std::string note = std::string(kHeading) + '\n' + source_ + '\n' + validator_ + '\n' +
-                           std::to_string(length_) + '\n';
-  struct stat ours {};
-  if (::fdatasync(descriptor_) != 0 || ::fstat(descriptor_, &ours) != 0) return errno;
-  const int failed = writeInPlace(note_, std::as_bytes(std::span(note)), ours);
+                           std::to_string(total_) + '\n' + std::to_string(length_) + '\n';
+  if (::fdatasync(descriptor_) != 0) return errno;
+  const int failed = writeInPlace(note_, std::as_bytes(std::span(note)), std::nullopt, kOwnersOnly);
   if (failed == 0) noted_ = length_;
   return failed;
 }
 
-Ref<Error> PartialFile::beginAnew(std::string_view validator) {
+Ref<Error> PartialFile::beginAnew(std::string_view validator, std::int64_t total) {
   validator_ = validator;
+  total_ = total;
   int failed = cut(0);
   if (failed == 0) failed = validator_.empty() ? removeNote() : writeNote();
   return failed != 0 ? failure(failed) : nullptr;
@@ -158,9 +190,9 @@ Ref<Error> PartialFile::append(std::span<const std::byte> bytes) {
 }
 
 Ref<Error> PartialFile::finish() {
-  struct stat before {};
-  int failed = lookAtPredecessor(place_, before);
-  if (failed == 0) failed = takeAfter(descriptor_, before);
+  std::optional<FileAttributes> before;
+  int failed = readAttributes(place_, before);
+  if (failed == 0 && before) failed = takeAttributes(descriptor_, *before);
   if (failed == 0) failed = moveIntoPlace(descriptor_, path_, place_);
   if (failed != 0) return failure(failed);
   ::unlink(note_.c_str());
@@ -181,7 +213,7 @@ PartialFile::~PartialFile() {
 }
 
 Ref<Error> PartialFile::failure(int errorNumber) const {
-  return fileError(FileUse::writing, *file_, errorNumber);
+  return fileError(FileUse::creating, *file_, errorNumber);
 }
 
 }  // namespace tq::detail

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <support/FailingSystemCalls.h>
 #include <support/LoopbackServer.h>
@@ -80,6 +81,7 @@ struct FileDownloadTest : testing::Test, Served {
   std::mutex mutex;
   Served served;                   // guarded by the mutex
   std::vector<std::string> asked;  // guarded by the mutex: the requested ranges
+  std::string lie;                 // guarded by the mutex: the response to requests of a part
 
   LoopbackServer server{
       {{"/", [this](const Socket& socket, const LoopbackServer::Request& request) {
@@ -88,6 +90,10 @@ struct FileDownloadTest : testing::Test, Served {
             const std::scoped_lock guard(mutex);
             asked.push_back(request.header("Range"));
             now = served;
+            if (!lie.empty() && !asked.back().empty()) {
+              socket.send(lie);
+              return;
+            }
           }
           EXPECT_EQ(request.header("Accept-Encoding"), "identity");
           now.answer(socket, request);
@@ -100,6 +106,7 @@ struct FileDownloadTest : testing::Test, Served {
 
   struct Outcome {
     std::int64_t code = 0;
+    std::string text = {};
     std::int64_t first = -1;  ///< reported progress
     std::int64_t last = -1;
     std::int64_t expected = -1;
@@ -128,11 +135,12 @@ struct FileDownloadTest : testing::Test, Served {
     };
     handler.didComplete = [&](const URLResponse&, const Ref<Error>& error) {
       outcome.code = error != nullptr ? error->code() : 0;
+      if (error != nullptr) outcome.text = error->localizedDescription();
       done.set_value();
     };
     Ref<Error> error;
     download = FileDownload::downloadWithRequest(*session, request, *file, handler, &error);
-    if (download == nullptr) return {error->code()};
+    if (download == nullptr) return {error->code(), std::string(error->localizedDescription())};
     download->resume();
     download->resume();
     done.get_future().wait();
@@ -160,8 +168,8 @@ TEST_F(FileDownloadTest, CompleteBodiesReplaceTheFile) {
   directory.write("plan.svg.download", "planted");  // readable by all
   fs::permissions(directory.path("plan.svg"), fs::perms(0440));
   watch = [&](std::int64_t) {
-    EXPECT_EQ(permissionsOf("plan.svg.download"), fs::perms(0640));
-    EXPECT_EQ(permissionsOf("plan.svg.download-note"), fs::perms(0640));
+    EXPECT_EQ(permissionsOf("plan.svg.download"), fs::perms(0600));
+    EXPECT_EQ(permissionsOf("plan.svg.download-note"), fs::perms(0600));
   };
   const Outcome outcome = download();
   EXPECT_EQ(outcome.code, 0);
@@ -281,6 +289,109 @@ TEST_F(FileDownloadTest, RefusedResponsesKeepTheFileAndThePart) {
   EXPECT_TRUE(holds('a'));
 }
 
+// After a third of version "a", the server has version "b". Its response to the request of the rest
+// must not complete the file with bytes of "b".
+TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
+  const std::string part = "206 Partial Content";
+  const std::string rest = "Content-Range: bytes 1000000-2999999/3000000\r\n";
+  const std::string tag = "ETag: \"a\"\r\n";
+  const std::string refusal = "416 Range Not Satisfiable";
+  const char* const otherPart =
+      "The server returned another part of the file than the requested one.";
+  const char* const coded = "The server returned an encoded body, which was not requested.";
+  const char* const tooMuch = "The server returned more bytes than announced.";
+  const struct {
+    const char* name;
+    std::string status, headers;
+    std::size_t bytes;  // of the body
+    const char* text;   // of the error; null if the download starts again and succeeds
+  } cases[] = {
+      {"no validator", part, rest, 2'000'000, nullptr},
+      {"another validator", part, rest + "ETag: \"b\"\r\n", 2'000'000, nullptr},
+      {"a weak validator", part, rest + "ETag: W/\"a\"\r\n", 2'000'000, nullptr},
+      {"another kind of validator", part, rest + "Last-Modified: \"a\"\r\n", 2'000'000, nullptr},
+      {"another total", part, "Content-Range: bytes 1000000-2999999/3000001\r\n" + tag, 2'000'000,
+       nullptr},
+      {"a smaller total", part, "Content-Range: bytes 1000000-1999999/2000000\r\n" + tag, 1'000'000,
+       nullptr},
+      {"no total", part, "Content-Range: bytes 1000000-2999999/*\r\n" + tag, 2'000'000, nullptr},
+      {"no range", part, tag, 2'000'000, otherPart},
+      {"another range", part, "Content-Range: bytes 500000-2999999/3000000\r\n" + tag, 2'500'000,
+       otherPart},
+      {"a coded part", part, rest + tag + "Content-Encoding: gzip\r\n", 2'000'000, coded},
+      {"a coded whole", "200 OK", "Content-Encoding: gzip\r\n", 3'000'000, coded},
+      {"more than the range", part, "Content-Range: bytes 1000000-1999999/3000000\r\n" + tag,
+       2'000'000, tooMuch},
+      {"more than the total", part, rest + tag, 2'000'001, tooMuch},
+      {"less than the total", part, rest + tag, 1'000'000,
+       "The server returned fewer bytes than announced."},
+      {"our length as the total", refusal, "Content-Range: bytes */1000000\r\n" + tag, 0, nullptr},
+      {"another length", refusal, "Content-Range: bytes */3000000\r\n" + tag, 0, nullptr},
+      {"no length", refusal, "", 0, nullptr},
+      {"no such file", "404 Not Found", "", 10,
+       "The server returned status 404 instead of the file."},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    directory.write("plan.svg", "old");
+    version = 'a';
+    cutsAfter = 1'000'000;
+    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+    version = 'b';
+    cutsAfter = length;
+    lie = LoopbackServer::page(c.status, bodyOf(c.bytes, 'b'), c.headers);
+    const Outcome second = download();
+    EXPECT_EQ(second.text, c.text != nullptr ? c.text : "");
+    EXPECT_EQ(second.code, c.text != nullptr ? std::int64_t{URLErrorBadServerResponse} : 0);
+    EXPECT_TRUE(c.text != nullptr ? directory.read("plan.svg") == "old" : holds('b'));
+    lie.clear();
+    EXPECT_TRUE(c.text == nullptr || download().code == 0);
+    EXPECT_TRUE(holds('b'));
+    EXPECT_EQ(entries(), 1);
+  }
+}
+
+// Each file is planted after a third of the body has come. None is written to or read from.
+TEST_F(FileDownloadTest, PlantedFilesAreNotAdopted) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root, to give files to another user";
+  constexpr uid_t kStranger = 1009;
+  const std::string body = directory.path("plan.svg.download");
+  const std::string note = body + "-note";
+  const std::string precious = directory.path("precious");
+  const struct {
+    const char* name;
+    std::function<void()> plant;
+    std::int64_t code = 0;
+  } cases[] = {
+      {"another user's body", [&] { ASSERT_EQ(::chown(body.c_str(), kStranger, 0), 0); }},
+      {"another user's note", [&] { ASSERT_EQ(::chown(note.c_str(), kStranger, 0), 0); }},
+      {"a body with two names", [&] { fs::create_hard_link(body, precious); }},
+      {"a note with two names", [&] { fs::create_hard_link(note, precious); }},
+      {"a link", [&] { fs::rename(body, precious), fs::create_symlink(precious, body); }, 512},
+      {"a pipe", [&] { fs::remove(body), ::mkfifo(body.c_str(), 0666); }, 512},
+      {"a folder", [&] { fs::remove(body), fs::create_directory(body); }, 512},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    cutsAfter = 1'000'000;
+    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+    c.plant();
+    const std::string before = directory.read("precious");
+    takeAsked();
+    cutsAfter = length;
+    EXPECT_EQ(download().code, c.code);
+    EXPECT_EQ(directory.read("precious"), before);
+    if (c.code == 0) {
+      EXPECT_TRUE(holds('a'));
+      EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
+    }
+    for (const char* const each :
+         {"plan.svg", "plan.svg.download", "plan.svg.download-note", "precious"}) {
+      fs::remove(directory.path(each));
+    }
+  }
+}
+
 TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
   URLRequest request;
   request.url = URL::URLWithString(server.url("/"));
@@ -303,7 +414,7 @@ TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
               nullptr);
     return error->code();
   };
-  EXPECT_EQ(refusal(directory.path("none/plan.svg")), 4);
+  EXPECT_EQ(refusal(directory.path("none/plan.svg")), 4);  // the folder
   EXPECT_EQ(refusal(directory.path("")), 512);
   EXPECT_EQ(refusal(""), 512);
   EXPECT_EQ(refusal(directory.path(std::string(250, 'x'))), 514);
