@@ -26,9 +26,11 @@ tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/threads/ObjectMonitorTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/threads/SerialQueueTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
-# An executable of its own, for it replaces the allocation functions.
+# Executables of their own, for they replace the allocation functions.
 tq_add_room_tests(TQPlatformFault
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverFaultTest.cpp)
+tq_add_room_tests(TQFilesFault
+  ${CMAKE_CURRENT_LIST_DIR}/files/FilesFaultTest.cpp)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
 # Services of the system, with its writes made to fail, beside the database's own view of its files.

@@ -26,24 +26,42 @@ using Code = ExternalToolErrorCode;
 
 constexpr std::size_t kReadSize = std::size_t{1} << 16;
 
+/// Owns a descriptor. Unlike a FileHandle, it needs no memory.
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) noexcept : number_(number) {}
+  ~Descriptor() { close(); }
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+
+  [[nodiscard]] int get() const noexcept { return number_; }
+  void close() noexcept {
+    if (number_ >= 0) ::close(std::exchange(number_, -1));
+  }
+
+ private:
+  int number_;
+};
+
 /// The two ends of a pipe. Child processes do not inherit them.
 struct Pipe {
-  Ref<FileHandle> reading;
-  Ref<FileHandle> writing;
+  Descriptor reading;
+  Descriptor writing;
 
-  static std::optional<Pipe> make() {
+  /// @return 0 or the system's error number
+  int open() noexcept {
     int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) return std::nullopt;
-    Pipe pipe;
-    pipe.reading = FileHandle::fileHandleWithFileDescriptor(ends[0], true);
-    pipe.writing = FileHandle::fileHandleWithFileDescriptor(ends[1], true);
-    return pipe;
+    if (::pipe2(ends, O_CLOEXEC) != 0) return errno;
+    reading = Descriptor(ends[0]);
+    writing = Descriptor(ends[1]);
+    return 0;
   }
 };
 
-void makeNonBlocking(const FileHandle& file) {
-  ::fcntl(file.fileDescriptor(), F_SETFL, O_NONBLOCK);
-}
+void makeNonBlocking(const Descriptor& file) { ::fcntl(file.get(), F_SETFL, O_NONBLOCK); }
 
 /// Keeps SIGPIPE from ending the process while this thread writes: blocks the signal, and removes
 /// it if it arrived.
@@ -79,23 +97,24 @@ class SpawnSetup {
  public:
   SpawnSetup(const std::string& folder, const Pipe& input, const Pipe& output,
              const Pipe& errorOutput) {
-    ::posix_spawn_file_actions_init(&actions_);
-    ::posix_spawnattr_init(&attributes_);
-    const int streams[] = {input.reading->fileDescriptor(), output.writing->fileDescriptor(),
-                           errorOutput.writing->fileDescriptor()};
+    keep(::posix_spawn_file_actions_init(&actions_));
+    keep(::posix_spawnattr_init(&attributes_));
+    const int streams[] = {input.reading.get(), output.writing.get(), errorOutput.writing.get()};
     for (int stream = 0; stream < 3; ++stream) {
-      ::posix_spawn_file_actions_adddup2(&actions_, streams[stream], stream);
+      keep(::posix_spawn_file_actions_adddup2(&actions_, streams[stream], stream));
     }
-    ::posix_spawn_file_actions_addclosefrom_np(&actions_, 3);
-    if (!folder.empty()) ::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str());
+    keep(::posix_spawn_file_actions_addclosefrom_np(&actions_, 3));
+    if (!folder.empty()) {
+      keep(::posix_spawn_file_actions_addchdir_np(&actions_, folder.c_str()));
+    }
     sigset_t signals;
     ::sigemptyset(&signals);
-    ::posix_spawnattr_setsigmask(&attributes_, &signals);
+    keep(::posix_spawnattr_setsigmask(&attributes_, &signals));
     ::sigfillset(&signals);
-    ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-    ::posix_spawnattr_setpgroup(&attributes_, 0);
-    ::posix_spawnattr_setflags(
-        &attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
+    keep(::posix_spawnattr_setsigdefault(&attributes_, &signals));
+    keep(::posix_spawnattr_setpgroup(&attributes_, 0));
+    keep(::posix_spawnattr_setflags(
+        &attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP));
   }
   ~SpawnSetup() {
     ::posix_spawnattr_destroy(&attributes_);
@@ -106,6 +125,7 @@ class SpawnSetup {
 
   /// @return 0 or the system's error number
   int spawn(const ExternalTool& tool, pid_t& child) const {
+    if (failure_ != 0) return failure_;
     std::vector<char*> arguments{const_cast<char*>(tool.program.c_str())};
     for (const std::string& argument : tool.arguments) {
       arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -116,31 +136,53 @@ class SpawnSetup {
   }
 
  private:
-  posix_spawn_file_actions_t actions_;
-  posix_spawnattr_t attributes_;
+  void keep(int failure) noexcept {
+    if (failure_ == 0) failure_ = failure;
+  }
+
+  posix_spawn_file_actions_t actions_{};
+  posix_spawnattr_t attributes_{};
+  int failure_ = 0;  // the first: a step that is missing must not go unnoticed
 };
 
-/// A started tool. The destructor kills its group and waits for it, unless it has ended.
+/// A tool. All that can fail is made before it is started. The destructor kills its group and waits
+/// for it, unless it has ended.
 class Run {
  public:
-  Run(const ExternalTool& tool, Pipe input, Pipe output, Pipe errorOutput, pid_t child)
-      : tool_(tool), child_(child), input_(std::move(input.writing)) {
+  explicit Run(const ExternalTool& tool) : tool_(tool) {}
+
+  /// @return 0 or the system's error number
+  int start() {
+    Pipe input;
+    Pipe output;
+    Pipe errorOutput;
+    for (Pipe* const pipe : {&input, &output, &errorOutput}) {
+      if (const int failure = pipe->open(); failure != 0) return failure;
+    }
+    pid_t child = -1;
+    const int failure =
+        SpawnSetup(tool_.workingFolder, input, output, errorOutput).spawn(tool_, child);
+    if (failure != 0) return failure;
+    child_ = child;
+
+    // Only the child holds its own ends from here on.
+    input_ = std::move(input.writing);
     streams_[0].file = std::move(output.reading);
     streams_[1].file = std::move(errorOutput.reading);
-    makeNonBlocking(*input_);
-    for (Stream& stream : streams_) makeNonBlocking(*stream.file);
-    if (tool.input.empty()) input_->closeFile();
-    const double seconds = tool.timeoutSeconds;
+    makeNonBlocking(input_);
+    for (Stream& stream : streams_) makeNonBlocking(stream.file);
+    if (tool_.input.empty()) input_.close();
+    const double seconds = tool_.timeoutSeconds;
     constexpr double kLongest = 1e9;  // about 31 years
     if (seconds > 0 && seconds < kLongest) {
       deadline_ = Clock::now() + std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
     }
     // Without support in the kernel, the end is polled for.
-    const auto end = static_cast<int>(::syscall(SYS_pidfd_open, child, 0));
-    end_ = FileHandle::fileHandleWithFileDescriptor(end, end >= 0);
+    end_ = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child_, 0)));
+    return 0;
   }
   ~Run() {
-    if (hasEnded_) return;
+    if (child_ < 0 || hasEnded_) return;
     ::kill(-child_, SIGKILL);
     ::kill(child_, SIGKILL);  // it may have moved to another group
     while (::waitpid(child_, &status_, 0) < 0 && errno == EINTR) {
@@ -180,34 +222,34 @@ class Run {
 
  private:
   struct Stream {
-    Ref<FileHandle> file;
+    Descriptor file;
     Ref<MutableData> bytes = MutableData::data();
   };
 
   void writeInput() {
-    while (input_->fileDescriptor() >= 0) {
+    while (input_.get() >= 0) {
       const std::span<const std::byte> rest = tool_.input.subspan(written_);
       const WriteResult result =
-          rest.empty() ? WriteResult{-1, EPIPE} : writeOnce(input_->fileDescriptor(), rest);
+          rest.empty() ? WriteResult{-1, EPIPE} : writeOnce(input_.get(), rest);
       if (result.count > 0) {
         written_ += static_cast<std::size_t>(result.count);
       } else if (result.errorNumber == EAGAIN) {
         return;
       } else if (result.errorNumber != EINTR) {
-        input_->closeFile();  // all is written, or the reader is gone
+        input_.close();  // all is written, or the reader is gone
       }
     }
   }
 
   /// Reads the available output. @return false if it exceeds the limit
   bool readOutput(Stream& stream) const {
-    while (stream.file->fileDescriptor() >= 0) {
+    while (stream.file.get() >= 0) {
       const std::span<std::byte> space = stream.bytes->spareRoom(kReadSize);
-      const ssize_t count = ::read(stream.file->fileDescriptor(), space.data(), space.size());
+      const ssize_t count = ::read(stream.file.get(), space.data(), space.size());
       if (count < 0 && errno == EINTR) continue;
       if (count < 0 && errno == EAGAIN) return true;
       if (count <= 0) {
-        stream.file->closeFile();
+        stream.file.close();
         return true;
       }
       stream.bytes->commit(static_cast<std::size_t>(count));
@@ -221,19 +263,19 @@ class Run {
     using namespace std::chrono;
     constexpr milliseconds kPollInterval(20);
     constexpr milliseconds kLong(60'000);
-    std::array<pollfd, 4> events{{{input_->fileDescriptor(), POLLOUT, 0},
-                                  {streams_[0].file->fileDescriptor(), POLLIN, 0},
-                                  {streams_[1].file->fileDescriptor(), POLLIN, 0},
-                                  {end_->fileDescriptor(), POLLIN, 0}}};
-    milliseconds wait = end_->fileDescriptor() >= 0 ? kLong : kPollInterval;
+    std::array<pollfd, 4> events{{{input_.get(), POLLOUT, 0},
+                                  {streams_[0].file.get(), POLLIN, 0},
+                                  {streams_[1].file.get(), POLLIN, 0},
+                                  {end_.get(), POLLIN, 0}}};
+    milliseconds wait = end_.get() >= 0 ? kLong : kPollInterval;
     if (deadline_) wait = std::min(wait, ceil<milliseconds>(*deadline_ - Clock::now()));
     ::poll(events.data(), events.size(), static_cast<int>(std::max<std::int64_t>(wait.count(), 0)));
   }
 
   const ExternalTool& tool_;
-  const pid_t child_;
-  Ref<FileHandle> input_;
-  Ref<FileHandle> end_;
+  pid_t child_ = -1;
+  Descriptor input_;
+  Descriptor end_;  // readable when the tool has ended; not open if it must be polled for
   std::array<Stream, 2> streams_;
   std::optional<Clock::time_point> deadline_;
   std::size_t written_ = 0;
@@ -269,20 +311,9 @@ std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<
                 "could not be started: " + std::string(::strerrordesc_np(errorNumber)));
   };
   if (holdsNul(tool)) return cannotStart(EINVAL);  // it would end the C string
-  auto input = Pipe::make();
-  auto output = Pipe::make();
-  auto errorOutput = Pipe::make();
-  if (!input || !output || !errorOutput) return cannotStart(errno);
-  pid_t child = -1;
-  const int failure =
-      SpawnSetup(tool.workingFolder, *input, *output, *errorOutput).spawn(tool, child);
-  if (failure != 0) return cannotStart(failure);
-
-  input->reading->closeFile();  // the child's ends: from here on, only the child holds them
-  output->writing->closeFile();
-  errorOutput->writing->closeFile();
   const BlockedSigPipe blocked;
-  Run run(tool, *std::move(input), *std::move(output), *std::move(errorOutput), child);
+  Run run(tool);
+  if (const int failure = run.start(); failure != 0) return cannotStart(failure);
   const std::optional<Code> fault = run.waitForEnd();
   if (!fault) return run.result();
   return fail(error, tool, *fault, sentenceOf(*fault));

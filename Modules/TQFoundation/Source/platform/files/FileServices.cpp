@@ -4,7 +4,9 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -71,11 +73,19 @@ Ref<TemporaryFolder> TemporaryFolder::temporaryFolder(Ref<Error>* error) {
 }
 
 TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(url_->path(), ignored);
+  try {
+    std::error_code ignored;
+    std::filesystem::remove_all(url_->path(), ignored);
+  } catch (const std::bad_alloc&) {  // the rest of the folder stays
+  }
 }
 
 Ref<URL> TemporaryFolder::urlForName(std::string_view name) const {
+  const std::filesystem::path path(name);
+  const bool staysInside = !name.empty() && !path.is_absolute() &&
+                           name.find('\0') == std::string_view::npos &&
+                           std::ranges::find(path, "..") == path.end();
+  if (!staysInside) return nullptr;
   return URL::fileURLWithPath(url_->path() + "/" + std::string(name));
 }
 

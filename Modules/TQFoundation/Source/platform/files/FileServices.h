@@ -45,7 +45,8 @@ namespace tq {
 [[nodiscard]] TQ_EXPORT Ref<URL> makeUniqueFile(const URL& wanted, Ref<Error>* error = nullptr);
 
 /// A temporary folder in $TMPDIR, or in /tmp, that only its owner can access. The destructor
-/// removes the folder and its content. Links in it are removed, not followed.
+/// removes the folder and its content, as far as the system permits. Links in it are removed, not
+/// followed.
 ///
 /// Threads: one at a time.
 class TQ_EXPORT TemporaryFolder final : public Subclass<TemporaryFolder> {
@@ -58,7 +59,10 @@ class TQ_EXPORT TemporaryFolder final : public Subclass<TemporaryFolder> {
 
   /// The location of the folder.
   [[nodiscard]] const URL& url() const noexcept { return *url_; }
-  /// Returns the location of an entry of the folder.
+  /// Returns the location of an entry of the folder, or of one of its subfolders: "a/b". Links are
+  /// not looked at.
+  /// @return null if the name would leave the folder: it is empty or absolute, or contains ".." as
+  ///         a component, or a NUL
   [[nodiscard]] Ref<URL> urlForName(std::string_view name) const;
 
  private:

@@ -115,6 +115,12 @@ TEST_F(FileServices, TemporaryFoldersAreRemovedWithTheirContent) {
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(0700));
     fs::create_directories(path + "/a/b");
     fs::create_symlink(directory.path(""), path + "/a/link");
+    const std::string_view outside[] = {"",     "/",         "/etc", "..",
+                                        "../x", "a/../../x", "a/..", {"a\0b", 3}};
+    for (const std::string_view name : outside) {
+      EXPECT_EQ(folder->urlForName(name), nullptr) << name;
+    }
+    EXPECT_EQ(folder->urlForName("..a/b..")->path(), path + "/..a/b..");
     EXPECT_TRUE(replaceFile(*folder->urlForName("a/b/file"), bytesOf("x"), &error));
   }
   EXPECT_FALSE(fs::exists(path));
