@@ -63,7 +63,15 @@ void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readable
   if (!parsed) {
     const Ref<MutableData> text = MutableData::dataWithLength(0);
     text->append(bytes);
-    detail::replaceControlCharacters(text->mutableBytes(), logRepair);
+    // The log must not become much larger than the text.
+    constexpr std::size_t kMostLines = 100;
+    std::size_t count = 0;
+    detail::replaceControlCharacters(text->mutableBytes(), [&](unsigned byte, std::size_t index) {
+      if (++count <= kMostLines) logRepair(byte, index);
+    });
+    if (count > kMostLines) {
+      plainLog(std::to_string(count - kMostLines) + " more strange characters\n");
+    }
     parsed = JSONDocument::parse(text->bytes(), Data::kReadablePadding, &error);
   }
   if (parsed) return walk_->setRoot(*std::move(parsed));

@@ -184,6 +184,11 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
                                  "Strange \\x9 character at 3\n", "Strange \\x1f character at 5\n",
                                  "Strange \\x1 character at 8\n", error->description()}));
 
+  EXPECT_EQ(described(decoded('"' + std::string(1'000'000, '\t') + '"')),
+            std::string(1'000'000, '?'));
+  EXPECT_EQ(log_.messages().size(), 4u + 101u);
+  EXPECT_EQ(log_.messages().back(), "999900 more strange characters\n");
+
   const std::pair<std::string_view, const char*> cases[] = {
       {"\"a\tb\nc\"", "a?b?c"},
       {"[\n\"a\tb\"\n]", "(null)"},  // line feeds between tokens are replaced, too

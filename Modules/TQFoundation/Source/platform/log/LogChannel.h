@@ -43,7 +43,8 @@ using LogSink = std::function<void(const LogMessage&)>;
 TQ_EXPORT LogSink setLogSink(LogSink sink);
 
 /// An argument of a message: a number, a boolean, a character, a text, or an object, which is
-/// formatted as its description. Pointers are not accepted.
+/// formatted as its description. A null C string is formatted as "(null)". Other pointers are not
+/// accepted.
 class LogArgument {
  public:
   /// The types that arguments are stored as.
@@ -56,7 +57,7 @@ class LogArgument {
   LogArgument(std::floating_point auto value) noexcept  // NOLINT
       : held_(static_cast<Kept<decltype(value)>>(value)) {}
   LogArgument(std::convertible_to<std::string_view> auto const& text) noexcept  // NOLINT
-      : held_(std::string_view(text)) {}
+      : held_(viewOf(text)) {}
   LogArgument(const Object& object) noexcept : held_(&object) {}  // NOLINT
 
   /// Returns the stored value.
@@ -71,6 +72,16 @@ class LogArgument {
   using Kept = std::conditional_t<isAnyOf<T, bool, char, float>, T,
                                   std::conditional_t<std::integral<T>, Integer<T>, double>>;
 
+  template <class Text>
+  static std::string_view viewOf(const Text& text) noexcept {
+    if constexpr (std::convertible_to<const Text&, const char*>) {
+      const char* const start = text;
+      return start != nullptr ? std::string_view(start) : "(null)";
+    } else {
+      return std::string_view(text);
+    }
+  }
+
   Held held_;
 };
 
@@ -79,8 +90,9 @@ class LogArgument {
 ///
 /// A message that passes the channel's level goes to the host's sink (setLogSink()). Without a
 /// sink, it goes to the system's journal if standard error is connected to the journal, with the
-/// fields SUBSYSTEM, CATEGORY and PRIORITY to filter on; otherwise to plainLog(), as one line. The
-/// connection of standard error is checked once, at the first message without a sink.
+/// fields SUBSYSTEM, CATEGORY and PRIORITY to filter on; otherwise to plainLog(), as one line with
+/// control characters escaped. The connection of standard error is checked once, at the first
+/// message without a sink.
 ///
 /// Threads: any.
 /// Cost:    one relaxed load if the level is disabled.
@@ -112,6 +124,10 @@ class TQ_EXPORT LogChannel {
   /// Logs the text unchanged.
   void log(LogLevel level, std::string_view text) const {
     if (isEnabled(level)) write(level, text);
+  }
+  /// The same. A null pointer is logged as "(null)".
+  void log(LogLevel level, const char* text) const {
+    log(level, std::string_view(text != nullptr ? text : "(null)"));
   }
 
   /// Logs `format` with its "{}" replaced, like std::format. A format that does not fit its

@@ -3,9 +3,13 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <support/CapturedLog.h>
 #include <support/HandMovedClock.h>
 
 #include <string>
+#include <utility>
+
+#include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {
 namespace {
@@ -21,6 +25,36 @@ TEST(PlainLog, WritesWholeLinesWithTimeAndThread) {
                            std::to_string(::getpid()) + ":" + std::to_string(::gettid()) +
                            "\\] message\n";
   EXPECT_THAT(text, testing::MatchesRegex("(" + line + "){2}"));
+}
+
+TEST(PlainLog, TextFromOutsideCannotLeaveItsLine) {
+  const std::pair<std::string_view, const char*> cases[] = {
+      {"plain \\ text\n", "plain \\ text\n"},
+      {"a\nb\r\tc\n\n", "a\\nb\\r\\tc\\n\n"},
+      {"\x1b[2J\x7f", "\\x1b[2J\\x7f"},
+      {std::string_view("a\0b", 3), "a\\x00b"},
+      {"Größe “5” 📐", "Größe “5” 📐"},
+      {"\xC2\x9B\u2028\u202E\u2069", "\\u009b\\u2028\\u202e\\u2069"},
+      {"\x9B\xE2\x80\xED\xA0\x80", "\\x9b\\xe2\\x80\\ud800"},
+      {"\n", "\n"},
+      {"", ""},
+  };
+  const test::CapturedLog log;
+  for (const auto& [message, line] : cases) {
+    plainLog(message);
+    EXPECT_EQ(log.messages().back(), line);
+  }
+}
+
+TEST(PlainLog, NullStringsArePrintedAsSuch) {
+  const test::CapturedLog log;
+  const char* const none = nullptr;
+  plainLog(none);
+  const LogChannel& channel = LogChannel::channel("s", "c");
+  channel.log(LogLevel::error, none);
+  channel.log(LogLevel::error, "{} {}", none, 7);
+  EXPECT_THAT(log.messages(),
+              testing::ElementsAre("(null)", "[s:c] error: (null)", "[s:c] error: (null) 7"));
 }
 
 }  // namespace
