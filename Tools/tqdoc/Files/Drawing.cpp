@@ -39,6 +39,14 @@ namespace {
   return length;
 }
 
+/// Returns whether the path is a device or a pipe, which cannot be replaced.
+[[nodiscard]] bool isStream(const std::string& path) {
+  using enum std::filesystem::file_type;
+  std::error_code ignored;
+  const auto type = std::filesystem::status(path, ignored).type();
+  return type == character || type == fifo;
+}
+
 }  // namespace
 
 SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
@@ -76,6 +84,13 @@ tq::Ref<Document> openArchive(const tq::Data& bytes, const std::string& path,
 bool saveArchive(const Document& document, const std::string& path, Packing packing,
                  tq::Ref<tq::Error>* error) {
   tq::Ref<tq::Error> reason;
+  if (packing == Packing::none && !isStream(path)) {
+    if (tq::TQJSONEncoder::saveObject(document, *tq::URL::fileURLWithPath(path), &reason)) {
+      return true;
+    }
+    tq::setOutError(error, errorWith(path + ": " + reason->localizedDescription()));
+    return false;
+  }
   tq::Ref<const tq::Data> bytes = tq::TQJSONEncoder::encodeObjectAsData(document, &reason);
   if (bytes && packing == Packing::gzip) {
     bytes = tq::dataByCompressingWithAlgorithm_tq(*bytes, tq::TQCompressionAlgorithm::deflate);
@@ -88,10 +103,7 @@ bool saveArchive(const Document& document, const std::string& path, Packing pack
 
 bool saveFile(const std::string& path, std::span<const std::byte> bytes,
               tq::Ref<tq::Error>* error) {
-  using enum std::filesystem::file_type;
-  std::error_code ignored;
-  const auto type = std::filesystem::status(path, ignored).type();
-  if (type == character || type == fifo) {
+  if (isStream(path)) {
     std::ofstream stream(path, std::ios::binary);
     stream.write(reinterpret_cast<const char*>(bytes.data()),
                  static_cast<std::streamsize>(bytes.size()));

@@ -8,6 +8,7 @@
 
 #include <TQFoundation/base/NumberText.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/files/FileServices.h>
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
@@ -278,6 +279,11 @@ Ref<String> TQJSONEncoder::encodeObjectAsString(LentObject object, Ref<Error>* e
 
 bool TQJSONEncoder::encodeObject(LentObject object, Ref<FileHandle> toFile, Ref<Error>* error) {
   return encoderForWritingToFile(std::move(toFile))->encodeRootObject(object, error);
+}
+
+bool TQJSONEncoder::saveObject(LentObject object, const URL& toURL, Ref<Error>* error) {
+  const Ref<Data> data = encodeObjectAsData(object, error);
+  return data && replaceFile(toURL, data->bytes(), error);
 }
 
 bool TQJSONEncoder::encodeObject(LentObject object, const URL& toURL, Ref<Error>* error) {

@@ -88,8 +88,15 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] static Ref<String> encodeObjectAsString(LentObject object,
                                                         Ref<Error>* error = nullptr);
   static bool encodeObject(LentObject object, Ref<FileHandle> toFile, Ref<Error>* error);
+  /// Saves the archive of `object` to a file: the call to use for documents. The whole archive is
+  /// encoded first, and then replaces the file in one step, or creates it, as with replaceFile():
+  /// the file keeps its owner, group, permissions, ACL and extended attributes.
+  /// @return false, with the error of the encoder or of the file, if it was not saved. The old file
+  ///         is unchanged then.
+  [[nodiscard]] static bool saveObject(LentObject object, const URL& toURL,
+                                       Ref<Error>* error = nullptr);
   /// Writes over an existing file from its start. The file is neither created nor truncated, and
-  /// not written atomically.
+  /// not written atomically: a failure leaves it damaged. See saveObject().
   static bool encodeObject(LentObject object, const URL& toURL, Ref<Error>* error);
 
   /// Returns an encoder that writes to memory, to an open file, or to the file at a location.

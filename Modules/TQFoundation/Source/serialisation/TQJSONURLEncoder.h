@@ -12,7 +12,7 @@ namespace tq {
 /// Opens an existing file and writes the archive over it from its start. The file is neither
 /// created nor truncated: if it was longer, its end remains behind the archive. If the file cannot
 /// be opened, the encoder has that error from the start and encodes nothing. The destructor closes
-/// the file.
+/// the file. To save a document, use TQJSONEncoder::saveObject().
 class TQ_EXPORT TQJSONURLEncoder final : public Subclass<TQJSONURLEncoder, TQJSONFileEncoder> {
  public:
   static constexpr std::string_view className = "TQJSONURLEncoder";
