@@ -12,7 +12,7 @@ namespace tq::test {
 /// Makes the n-th system call that changes files fail, counted from arm(), in programs that
 /// FailingSystemCalls.cpp is part of.
 struct FailingSystemCalls {
-  enum class How { not_at_all, fails, stays_failed, kills };
+  enum class How { not_at_all, fails, stays_failed, kills, stops };
   static inline std::atomic<How> how = How::not_at_all;
   static inline std::atomic<int> left = 0;
 
@@ -35,6 +35,7 @@ struct FailingSystemCalls {
     const int before = left.fetch_sub(1);
     if (before > 1 || (before < 1 && how != How::stays_failed)) return false;
     if (how == How::kills) ::raise(SIGKILL);
+    if (how == How::stops) ::raise(SIGSTOP);
     errno = ENOSPC;
     return true;
   }

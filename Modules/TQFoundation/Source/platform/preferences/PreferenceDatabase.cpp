@@ -1,6 +1,9 @@
 #include <TQFoundation/platform/preferences/detail/PreferenceDatabase.h>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -29,14 +32,119 @@ std::string_view column(sqlite3_stmt* statement, int index) {
   return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, index))};
 }
 
+/// Closing the database will not write the log into it.
+void keepLog(sqlite3* database) {
+  sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+constexpr mode_t kOwnerOnly = 0600;
+constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
+constexpr off_t kHeaderSize = 32;
+constexpr off_t kLogIndexSize = 32768;  // of its first part, which is always mapped
+
+/// The URI of a file.
+std::string uriOf(const std::string& path) {
+  std::string uri = "file:";
+  for (const char c : path) {
+    const char* const escaped = c == '%' ? "%25" : c == '?' ? "%3f" : c == '#' ? "%23" : nullptr;
+    escaped != nullptr ? uri.append(escaped) : uri.append(1, c);
+  }
+  return uri;
+}
+
+/// What changes with each change of a file by another program.
+struct FileStamp {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = -1;  ///< -1: there is no file
+  std::int64_t seconds = 0;
+  std::int64_t nanoseconds = 0;
+
+  static FileStamp of(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return {};
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+            status.st_mtim.tv_nsec};
+  }
+  bool operator==(const FileStamp&) const = default;
+};
+using FileStamps = std::array<FileStamp, 2>;
+
+FileStamps stampsOf(const std::string& path) {
+  return {FileStamp::of(path), FileStamp::of(path + "-wal")};
+}
+
+/// A handle that only asks for the status of a file. Closing it keeps the process's locks on the
+/// file, unlike closing any other descriptor of it.
+class Watched {
+ public:
+  explicit Watched(const std::string& path)
+      : descriptor_(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC)) {}
+  ~Watched() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+  }
+  Watched(const Watched&) = delete;
+  Watched& operator=(const Watched&) = delete;
+
+  /// Returns false if the file was removed, replaced, or is shorter than `least`.
+  [[nodiscard]] bool isAtLeast(off_t least) const noexcept {
+    struct stat status {};
+    return descriptor_ < 0 ||
+           (::fstat(descriptor_, &status) == 0 && status.st_nlink != 0 && status.st_size >= least);
+  }
+  /// Returns false if the file was removed, replaced or truncated. A new one is empty at first; the
+  /// database itself makes it empty never again.
+  [[nodiscard]] bool isWhole() noexcept {
+    hadHeader_ = hadHeader_ || isAtLeast(kHeaderSize);
+    return isAtLeast(hadHeader_ ? kHeaderSize : 0);
+  }
+
+ private:
+  int descriptor_;
+  bool hadHeader_ = false;
+};
+
+/// Creates the file, or forbids others to use it if it is ours. An existing file is not opened:
+/// closing it would release locks.
+void keepToOwner(const std::string& path) {
+  const int made = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
+  if (made >= 0) {
+    struct stat folder {};
+    const std::string name = path.substr(0, path.rfind('/') + 1);
+    const bool isForUser = ::geteuid() == 0 && ::stat(name.c_str(), &folder) == 0;
+    // The superuser may run this with a user's home. The log gets the owner of the database.
+    if (isForUser) static_cast<void>(!::fchown(made, folder.st_uid, folder.st_gid));
+    ::fchmod(made, kOwnerOnly);  // whatever the mask of the process
+    ::close(made);
+    return;
+  }
+  for (const char* const suffix : {"", "-wal", "-shm"}) {
+    struct stat status {};
+    const std::string file = path + suffix;
+    if (::lstat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+        (status.st_mode & kOthers) != 0) {
+      ::chmod(file.c_str(), status.st_mode & S_IRWXU);
+    }
+  }
+}
+
 }  // namespace
 
 // Keys are stored as blobs, because the database's texts end at a NUL.
 struct PreferenceDatabase::Connection {
+  std::string path;
   std::unique_ptr<sqlite3, Closer> database;  // first, so that statements are destroyed before it
   Statement select;
+  Statement version;
   Statement store;
   Statement remove;
+  std::unique_ptr<Watched> file;
+  std::unique_ptr<Watched> log;
+  std::unique_ptr<Watched> logIndex;
+  bool takesLocks = true;
+  bool isWritable = false;
+  std::int64_t versionRead = -1;  ///< the data version of the last read; -1: none
+  FileStamps stampsRead;          ///< the same, if no locks are taken
 
   int execute(const char* statements) {
     return sqlite3_exec(database.get(), statements, nullptr, nullptr, nullptr);
@@ -50,29 +158,93 @@ struct PreferenceDatabase::Connection {
     return code;
   }
 
-  int open(const std::string& path, bool mayCreate) {
+  int connect(const std::string& name, int flags, const char* system) {
     sqlite3* made = nullptr;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX;
-    int code = sqlite3_open_v2(path.c_str(), &made, mayCreate ? flags | SQLITE_OPEN_CREATE : flags,
-                               nullptr);
+    const int code =
+        sqlite3_open_v2(name.c_str(), &made, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI, system);
     database.reset(made);
     if (code != SQLITE_OK) return code;
     sqlite3_busy_timeout(made, kBusyMilliseconds);
-    code = execute("PRAGMA synchronous = NORMAL");
-    if (code == SQLITE_OK && mayCreate) {
+    // The file is not trusted: it may carry anything.
+    sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
+    sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+    sqlite3_db_config(made, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(made, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    if (!takesLocks) return execute("PRAGMA locking_mode = EXCLUSIVE");  // before anything is read
+    return execute(
+        "PRAGMA synchronous = NORMAL; PRAGMA mmap_size = 0; PRAGMA journal_size_limit = 1048576");
+  }
+
+  int prepareToRead() {
+    int code = prepare(select, "SELECT key, value FROM preference");
+    if (code == SQLITE_OK) code = prepare(version, "PRAGMA data_version");
+    std::int64_t ignored = 0;
+    return code == SQLITE_OK ? dataVersion(ignored) : code;  // opens the log
+  }
+
+  int prepareToWrite() {
+    const int code = prepare(store,
+                             "INSERT INTO preference VALUES (?1, ?2)"
+                             " ON CONFLICT (key) DO UPDATE SET value = excluded.value");
+    return code == SQLITE_OK ? prepare(remove, "DELETE FROM preference WHERE key = ?1") : code;
+  }
+
+  void watch() {
+    file = std::make_unique<Watched>(path);
+    log = std::make_unique<Watched>(path + "-wal");
+    logIndex = std::make_unique<Watched>(path + "-shm");
+  }
+
+  int openToWrite() {
+    keepToOwner(path);
+    int code = connect(uriOf(path), SQLITE_OPEN_READWRITE, nullptr);
+    if (code == SQLITE_OK) {
       code = execute(
           "PRAGMA journal_mode = WAL;"
           "CREATE TABLE IF NOT EXISTS preference (key BLOB PRIMARY KEY, value BLOB NOT NULL)"
           " WITHOUT ROWID");
     }
+    if (code == SQLITE_OK) code = prepareToRead();
+    if (code == SQLITE_OK) code = prepareToWrite();
     if (code != SQLITE_OK) return code;
-    code = prepare(select, "SELECT key, value FROM preference");
+    isWritable = true;
+    watch();
+    return code;
+  }
+
+  int openToRead() {
+    int code = connect(uriOf(path), SQLITE_OPEN_READWRITE, nullptr);
+    if (code == SQLITE_OK) code = prepareToRead();
     if (code == SQLITE_OK) {
-      code = prepare(store,
-                     "INSERT INTO preference VALUES (?1, ?2)"
-                     " ON CONFLICT (key) DO UPDATE SET value = excluded.value");
+      isWritable =
+          sqlite3_db_readonly(database.get(), nullptr) == 0 && prepareToWrite() == SQLITE_OK;
+      watch();
     }
-    return code == SQLITE_OK ? prepare(remove, "DELETE FROM preference WHERE key = ?1") : code;
+    return code;
+  }
+
+  // The index of the write-ahead log cannot be made, or not be locked. Then no other process uses
+  // the database, unless it has failed in the same way, and the files are read without locks, with
+  // the index in memory. Whoever writes meanwhile changes a stamp, and the read is repeated.
+  int openWithoutLocks() {
+    takesLocks = false;
+    stampsRead = stampsOf(path);
+    const bool usesLog = stampsRead[1].size > 0;
+    const int code = connect(uriOf(path) + (usesLog ? "" : "?immutable=1"), SQLITE_OPEN_READONLY,
+                             usesLog ? "unix-none" : nullptr);
+    if (code != SQLITE_OK) return code;
+    keepLog(database.get());
+    return prepareToRead();
+  }
+
+  int dataVersion(std::int64_t& number) {
+    int code = sqlite3_step(version.get());
+    if (code == SQLITE_ROW) {
+      number = sqlite3_column_int64(version.get(), 0);
+      code = SQLITE_OK;
+    }
+    sqlite3_reset(version.get());
+    return code;
   }
 
   int writeOne(const std::string& key, const Ref<Data>& value) {
@@ -90,31 +262,100 @@ PreferenceDatabase::PreferenceDatabase() = default;
 PreferenceDatabase::~PreferenceDatabase() = default;
 
 bool PreferenceDatabase::isOpen() const noexcept { return connection_ != nullptr; }
-void PreferenceDatabase::close() noexcept { connection_.reset(); }
+bool PreferenceDatabase::isWritable() const noexcept { return connection_->isWritable; }
 
-// A table with other columns makes our statements fail, which also counts as damage.
+void PreferenceDatabase::close() noexcept {
+  if (isOpen() && !isLogIndexWhole()) return closeUnchanged();
+  connection_.reset();
+}
+
+void PreferenceDatabase::closeUnchanged() noexcept {
+  if (isOpen()) keepLog(connection_->database.get());
+  connection_.reset();
+}
+
+// A table with other columns or conditions makes our statements fail, which also counts as damage.
+// So does a file that may be written, but says of itself that it may not.
 PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   if (code == SQLITE_OK) return Result::done;
   sqlite3* const database = connection_->database.get();
   fault_ = database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(code);
-  const int kind = code & 0xFF;
-  const bool isDamaged = kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_ERROR;
-  if (isDamaged && database != nullptr) {
-    // A damaged file is set aside unchanged: its log is not written into it.
-    sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  const int extended = database != nullptr ? sqlite3_extended_errcode(database) : code;
+  switch (code & 0xFF) {
+    case SQLITE_FULL:
+    case SQLITE_TOOBIG:
+      return Result::full;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_ERROR:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+      break;
+    case SQLITE_IOERR:
+      if (extended != SQLITE_IOERR_SHORT_READ) return Result::failed;
+      break;
+    case SQLITE_READONLY:
+      if (extended != SQLITE_READONLY || !connection_->takesLocks ||
+          ::euidaccess(connection_->path.c_str(), W_OK) != 0) {
+        return Result::failed;
+      }
+      break;
+    default:
+      return Result::failed;
   }
-  return isDamaged ? Result::damaged : Result::failed;
+  if (database != nullptr) keepLog(database);  // a damaged file is set aside unchanged
+  return Result::damaged;
 }
 
-bool PreferenceDatabase::isInPlace() const noexcept {
+PreferenceDatabase::Files PreferenceDatabase::files() const noexcept {
+  const Connection& connection = *connection_;
+  if (!connection.takesLocks) return Files::inPlace;
   int hasMoved = 0;
-  sqlite3_file_control(connection_->database.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
-  return hasMoved == 0;
+  sqlite3_file_control(connection.database.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+  if (hasMoved != 0) return Files::moved;
+  return isLogWhole() && connection.file->isWhole() ? Files::inPlace : Files::cut;
 }
 
-PreferenceDatabase::Result PreferenceDatabase::open(const std::string& path, bool mayCreate) {
+bool PreferenceDatabase::isLogWhole() const noexcept {
+  return connection_->log == nullptr || connection_->log->isWhole();
+}
+
+bool PreferenceDatabase::isUsable() const noexcept {
+  return connection_->takesLocks && isLogIndexWhole();
+}
+
+bool PreferenceDatabase::isLogIndexWhole() const noexcept {
+  return connection_->logIndex == nullptr || connection_->logIndex->isAtLeast(kLogIndexSize);
+}
+
+bool PreferenceDatabase::hasChanged() noexcept {
+  if (!isOpen()) return true;
+  Connection& connection = *connection_;
+  if (!connection.takesLocks) return connection.stampsRead != stampsOf(connection.path);
+  std::int64_t now = 0;
+  return !isLogIndexWhole() || connection.dataVersion(now) != SQLITE_OK ||
+         now != connection.versionRead;
+}
+
+PreferenceDatabase::Result PreferenceDatabase::openToWrite(const std::string& path) {
   connection_ = std::make_unique<Connection>();
-  const Result result = resultOf(connection_->open(path, mayCreate));
+  connection_->path = path;
+  const Result result = resultOf(connection_->openToWrite());
+  if (result != Result::done) close();
+  return result;
+}
+
+PreferenceDatabase::Result PreferenceDatabase::openToRead(const std::string& path) {
+  connection_ = std::make_unique<Connection>();
+  connection_->path = path;
+  Result result = resultOf(connection_->openToRead());
+  if (result == Result::failed || result == Result::full) {
+    const std::string fault = fault_;
+    connection_ = std::make_unique<Connection>();
+    connection_->path = path;
+    if (resultOf(connection_->openWithoutLocks()) == Result::done) return Result::done;
+    fault_ = fault;
+  }
   if (result != Result::done) close();
   return result;
 }
@@ -122,7 +363,9 @@ PreferenceDatabase::Result PreferenceDatabase::open(const std::string& path, boo
 PreferenceDatabase::Result PreferenceDatabase::read(
     const std::function<void(std::string_view, std::span<const std::byte>)>& each) {
   sqlite3_stmt* const select = connection_->select.get();
-  int code;
+  // Before the entries: a change in between is found by the next hasChanged().
+  int code = connection_->dataVersion(connection_->versionRead);
+  if (code != SQLITE_OK) return resultOf(code);
   try {
     while ((code = sqlite3_step(select)) == SQLITE_ROW) {
       each(column(select, 0), std::as_bytes(std::span(column(select, 1))));
@@ -132,6 +375,11 @@ PreferenceDatabase::Result PreferenceDatabase::read(
     throw;
   }
   sqlite3_reset(select);
+  if (!connection_->takesLocks && connection_->stampsRead != stampsOf(connection_->path)) {
+    connection_->versionRead = -1;
+    fault_ = "the file was changed while it was read";
+    return Result::failed;
+  }
   return resultOf(code == SQLITE_DONE ? SQLITE_OK : code);
 }
 
@@ -147,6 +395,10 @@ PreferenceDatabase::Result PreferenceDatabase::write(const PreferenceChanges& ch
   const Result result = resultOf(code);
   if (result != Result::done) connection_->execute("ROLLBACK");
   return result;
+}
+
+void PreferenceDatabase::releaseSpace() noexcept {
+  connection_->execute("PRAGMA wal_checkpoint(RESTART)");
 }
 
 }  // namespace tq::detail

@@ -4,10 +4,10 @@
 #include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <system_error>
+#include <algorithm>
 #include <utility>
 
 #include <TQFoundation/objects/String.h>
@@ -21,6 +21,7 @@ using Result = PreferenceDatabase::Result;
 constexpr std::string_view kErrorDomain = "com.korvan.UserDefaults";
 constexpr std::int64_t kCannotSave = 1;
 constexpr std::chrono::seconds kBetweenLooks(1);
+constexpr mode_t kOwnerOnly = 0700;
 
 /// Returns 1, 2, 3 …; 0 means no edition.
 std::uint64_t nextEdition() {
@@ -44,19 +45,21 @@ void put(MutableDictionary& entries, std::string_view key, const Ref<Object>& va
 
 std::string databasePath(const std::string& path) { return path + ".sqlite"; }
 
-/// Holds the lock that processes share, and marks the generation as being written.
+/// Holds the lock that processes share, and marks the generation as being written. Without shared
+/// words, the locks of the database must do.
 class Writing {
  public:
-  explicit Writing(SharedGeneration& shared) : shared_(shared), isLocked_(shared.lock()) {
-    if (!isLocked_) return;
-    auto& generation = shared_.words().generation;
+  explicit Writing(SharedGeneration* shared)
+      : shared_(shared), isLocked_(shared == nullptr || shared->lock()) {
+    if (shared_ == nullptr || !isLocked_) return;
+    auto& generation = shared_->words().generation;
     before_ = generation.load();
     if (before_ % 2 != 0) ++before_;  // marked by a writer that died
   }
   ~Writing() {
-    if (!isLocked_) return;
-    if (isMarked_) shared_.words().generation.store(after());
-    shared_.unlock();
+    if (shared_ == nullptr || !isLocked_) return;
+    if (isMarked_) shared_->words().generation.store(after());
+    shared_->unlock();
   }
   Writing(const Writing&) = delete;
   Writing& operator=(const Writing&) = delete;
@@ -65,12 +68,13 @@ class Writing {
   [[nodiscard]] std::uint64_t before() const { return before_; }
   [[nodiscard]] std::uint64_t after() const { return before_ + 2; }
   void mark() {
-    shared_.words().generation.store(before_ + 1);
+    if (shared_ == nullptr) return;
+    shared_->words().generation.store(before_ + 1);
     isMarked_ = true;
   }
 
  private:
-  SharedGeneration& shared_;
+  SharedGeneration* const shared_;
   const bool isLocked_;
   bool isMarked_ = false;
   std::uint64_t before_ = 0;
@@ -115,14 +119,22 @@ std::shared_ptr<PreferenceStore> PreferenceStore::at(const std::string& path) {
 PreferenceStore::PreferenceStore(std::string path)
     : slot_(nextSlot(kSlots)),
       path_(std::move(path)),
+      folder_(path_.substr(0, path_.rfind('/') + 1)),
       words_(&ownWords_),
       edition_(nextEdition()),
       entries_(MutableDictionary::dictionary()) {
+  if (path_.empty()) return;
   const Locked guard(lock_);
-  static_cast<void>(mapGeneration());  // the first call reports a failure
+  ownWords_.generation.store(1);
+  if (makeFolder()) shareGeneration();  // the first call reports a failure
 }
 
-PreferenceStore::~PreferenceStore() = default;
+PreferenceStore::~PreferenceStore() {
+  const Locked guard(lock_);
+  if (!database_.isOpen() || database_.files() != PreferenceDatabase::Files::cut) return;
+  look();  // closing would write a broken log into the database
+  static_cast<void>(flush());
+}
 
 const Dictionary& PreferenceStore::refresh() {
   Slot fresh;
@@ -130,6 +142,7 @@ const Dictionary& PreferenceStore::refresh() {
   std::vector<Message> messages;
   {
     const Locked guard(lock_);
+    if (shared_ != nullptr && shared_->words().isRetired.load() != 0) stopSharing();
     const std::uint64_t generation = settledGeneration();
     if (generation != entriesGeneration_) load(generation);
     if (snapshot_ == nullptr) snapshot_ = merged();
@@ -164,14 +177,32 @@ std::uint64_t PreferenceStore::settledGeneration() {
 }
 
 void PreferenceStore::load(std::uint64_t generation) {
-  snapshot_ = nullptr;
-  entriesGeneration_ = kUnknown;
-  if (shared_ == nullptr) {
-    entriesGeneration_ = generation;  // all entries are in memory
+  if (path_.empty()) {
+    entriesGeneration_ = generation;
     return;
   }
+  if (shared_ == nullptr && !database_.hasChanged()) return;
+  snapshot_ = nullptr;
+  entriesGeneration_ = kUnknown;
   closeFormerDatabase();
   if (!database_.isOpen() && !openToRead()) return;
+  const Result result = readEntries();
+  if (result == Result::damaged) {
+    Writing writing(shared_.get());
+    if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno));
+    const bool isFirst = words_.load()->incarnation.load() == incarnation_;
+    if (isFirst && setAside(database_.fault())) writing.mark();
+    return;  // the next read opens a new database
+  }
+  if (result != Result::done) {
+    complain("read", database_.fault());
+    return database_.close();
+  }
+  if (generation % 2 == 0) entriesGeneration_ = generation;
+}
+
+/// Reads the open database, or nothing if there is none. On failure, the entries stay.
+PreferenceDatabase::Result PreferenceStore::readEntries() {
   auto entries = MutableDictionary::dictionary();
   std::size_t invalid = 0;
   const auto keep = [&](std::string_view key, std::span<const std::byte> bytes) {
@@ -184,22 +215,14 @@ void PreferenceStore::load(std::uint64_t generation) {
     }
   };
   const Result result = database_.isOpen() ? database_.read(keep) : Result::done;
-  if (result == Result::damaged) {
-    const Writing writing(*shared_);
-    if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno));
-    if (words_.load()->incarnation.load() == incarnation_ && setAside()) {
-      words_.load()->generation.store(writing.after());
-    }
-    return;  // the next read opens a new database
-  }
-  if (result == Result::failed) return complain("read", database_.fault());
+  if (result != Result::done) return result;
   if (invalid != 0) {
     messages_.push_back({LogLevel::error, "Ignored " + std::to_string(invalid) +
                                               " invalid entries of the preferences " + path_ +
                                               "."});
   }
   entries_ = std::move(entries);
-  if (generation % 2 == 0) entriesGeneration_ = generation;
+  return result;
 }
 
 void PreferenceStore::set(std::string_view key, Ref<Object> value, Ref<Data> bytes) {
@@ -241,63 +264,132 @@ bool PreferenceStore::synchronize(Ref<Error>* error) {
 /// Closes files that were removed or replaced. The next change creates them again, with the changes
 /// since the last check.
 void PreferenceStore::look() {
-  const bool isMapped = shared_ != nullptr && shared_->isAt(path_ + ".generation");
-  const bool isInPlace = !database_.isOpen() || database_.isInPlace();
-  if (shared_ != nullptr && !isMapped) former_.push_back(std::move(shared_));
-  if (!isInPlace) {
-    database_.close();
+  using Files = PreferenceDatabase::Files;
+  const bool isSameFolder = shared_ == nullptr || shared_->isOf(folder_);
+  const Files files = database_.isOpen() ? database_.files() : Files::inPlace;
+  if (!isSameFolder || files == Files::moved) unsaved_.merge(recent_);
+  if (files == Files::cut) {
+    Writing writing(shared_.get());
+    database_.closeUnchanged();
+    const bool isFirst = words_.load()->incarnation.load() == incarnation_;
+    if (writing.isLocked() && isFirst && setAside("another program has truncated it")) {
+      writing.mark();
+    }
+    entriesGeneration_ = kUnknown;
+  } else if (files == Files::moved) {
+    database_.closeUnchanged();
     entriesGeneration_ = kUnknown;
     words_.load()->incarnation.fetch_add(1);  // so that other processes stop using it, too
   }
-  if (!isMapped || !isInPlace) unsaved_.merge(recent_);
+  if (!isSameFolder) stopSharing();
   recent_.clear();
   looked_ = Clock::now();
 }
 
 bool PreferenceStore::flush() {
   if (unsaved_.empty()) return true;
-  if (Clock::now() - looked_ >= kBetweenLooks) look();
-  if (!mapGeneration()) return false;
-  Writing writing(*shared_);
+  const bool isLogWhole = !database_.isOpen() || database_.isLogWhole();
+  if (!isLogWhole || Clock::now() - looked_ >= kBetweenLooks) look();
+  if (shared_ == nullptr) {
+    if (!makeFolder()) return false;
+    shareGeneration();
+  }
+  Writing writing(shared_.get());
   if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno)), false;
   closeFormerDatabase();
   writing.mark();
-  if (!database_.isOpen() && !openToWrite()) return false;
-  Result result = database_.write(unsaved_);
-  if (result == Result::damaged && setAside() && openToWrite()) {
-    result = database_.write(unsaved_);
-  }
-  if (result != Result::done) return complain("save", database_.fault()), false;
-  const bool isWhole = entriesGeneration_ == writing.before();
+  if ((!database_.isOpen() || !database_.isWritable()) && !openToWrite()) return false;
+  const bool isWhole = shared_ != nullptr && entriesGeneration_ == writing.before();
   entriesGeneration_ = kUnknown;  // in case memory runs out from here on
-  snapshot_ = nullptr;
-  for (const auto& [key, change] : unsaved_) put(*entries_, key, change.value);
-  while (!unsaved_.empty()) {  // without allocation, because all is saved already
-    auto saved = recent_.insert(unsaved_.extract(unsaved_.begin()));
-    if (!saved.inserted) saved.position->second = std::move(saved.node.mapped());
-  }
-  complaint_.clear();
+  Result result = save();
+  if (result == Result::damaged && setAside(database_.fault()) && openToWrite()) result = save();
   if (isWhole) entriesGeneration_ = writing.after();
+  if (result != Result::done) return complain("save", database_.fault()), false;
+  complaint_.clear();
   return true;
 }
 
-bool PreferenceStore::mapGeneration() {
-  if (shared_ != nullptr) return true;
-  if (path_.empty()) return false;
-  std::error_code failure;
-  std::filesystem::create_directories(std::filesystem::path(path_).parent_path(), failure);
-  shared_ = SharedGeneration::open(path_ + ".generation");
-  if (shared_ == nullptr) return complain("open", strerrordesc_np(errno)), false;
+/// Saves the changes together. If they do not fit, saves as many as possible: a value that is too
+/// large does not prevent that others are saved.
+PreferenceDatabase::Result PreferenceStore::save() {
+  const Result result = database_.write(unsaved_);
+  if (result == Result::full) {
+    database_.releaseSpace();
+    return unsaved_.size() == 1 ? result : saveWhatFits();
+  }
+  if (result == Result::done) keepSaved(unsaved_);
+  return result;
+}
+
+/// Saves one change after the other, from the smallest, until one does not fit.
+PreferenceDatabase::Result PreferenceStore::saveWhatFits() {
+  const auto sizeOf = [](const auto& change) {
+    return change.second.bytes != nullptr ? change.second.bytes->length() : 0;
+  };
+  while (!unsaved_.empty()) {
+    const auto smallest = std::ranges::min_element(unsaved_, {}, sizeOf);
+    PreferenceChanges one;
+    one.insert(unsaved_.extract(smallest));
+    const Result result = database_.write(one);
+    if (result == Result::done) {
+      keepSaved(one);
+      continue;
+    }
+    unsaved_.merge(one);
+    if (result == Result::full) database_.releaseSpace();
+    return result;
+  }
+  return Result::done;
+}
+
+/// Moves the changes into the entries.
+void PreferenceStore::keepSaved(PreferenceChanges& saved) {
+  snapshot_ = nullptr;
+  for (const auto& [key, change] : saved) put(*entries_, key, change.value);
+  while (!saved.empty()) {  // without allocation, because all is saved already
+    auto kept = recent_.insert(saved.extract(saved.begin()));
+    if (!kept.inserted) kept.position->second = std::move(kept.node.mapped());
+  }
+}
+
+bool PreferenceStore::makeFolder() {
+  for (auto end = folder_.find('/', 1); end != std::string::npos;
+       end = folder_.find('/', end + 1)) {
+    const std::string folder = folder_.substr(0, end);
+    if (::mkdir(folder.c_str(), kOwnerOnly) == 0) continue;
+    const int failure = errno;
+    if (::access(folder.c_str(), F_OK) == 0) continue;
+    return complain("open", strerrordesc_np(failure)), false;
+  }
+  struct stat status {};
+  if (::stat(folder_.c_str(), &status) == 0) return true;
+  return complain("open", strerrordesc_np(errno)), false;
+}
+
+/// Shares the generation with other processes if that is possible.
+void PreferenceStore::shareGeneration() {
+  shared_ = SharedGeneration::open(folder_, path_.substr(folder_.size()));
+  if (shared_ == nullptr) return;
   database_.close();
   words_.store(&shared_->words());
   entriesGeneration_ = kUnknown;
-  edition_.store(nextEdition());  // the old generations belong to another file
-  return true;
+  edition_.store(nextEdition());  // the former generations belong to other words
+}
+
+/// Other processes use other words from now on.
+void PreferenceStore::stopSharing() {
+  words_.store(&ownWords_);
+  edition_.store(nextEdition());
+  former_.push_back(std::move(shared_));
+  entriesGeneration_ = kUnknown;
+  shareGeneration();
 }
 
 /// Closes the database if another process has renamed it or found it removed.
 void PreferenceStore::closeFormerDatabase() {
-  if (database_.isOpen() && words_.load()->incarnation.load() != incarnation_) database_.close();
+  if (!database_.isOpen()) return;
+  const bool isFormer = words_.load()->incarnation.load() != incarnation_;
+  if (isFormer || !database_.isUsable()) database_.close();
 }
 
 /// Does not take the shared lock if the database is valid, so that a reader does not wait for a
@@ -305,11 +397,11 @@ void PreferenceStore::closeFormerDatabase() {
 bool PreferenceStore::openToRead() {
   const std::string path = databasePath(path_);
   incarnation_ = words_.load()->incarnation.load();
-  if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT) return true;
-  const Result result = database_.open(path, false);
-  if (result == Result::failed) complain("open", database_.fault());
-  if (result != Result::damaged) return result == Result::done;
-  const Writing writing(*shared_);
+  if (::access(path.c_str(), F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR)) return true;
+  const Result result = database_.openToRead(path);
+  if (result == Result::done) return true;
+  if (result != Result::damaged) return complain("open", database_.fault()), false;
+  const Writing writing(shared_.get());
   if (!writing.isLocked()) return complain("lock", strerrordesc_np(errno)), false;
   return openToWrite();
 }
@@ -318,18 +410,22 @@ bool PreferenceStore::openToRead() {
 bool PreferenceStore::openToWrite() {
   const std::string path = databasePath(path_);
   incarnation_ = words_.load()->incarnation.load();
-  Result result = database_.open(path, true);
-  if (result == Result::damaged && setAside()) result = database_.open(path, true);
+  Result result = database_.openToWrite(path);
+  if (result == Result::damaged && setAside(database_.fault()))
+    result = database_.openToWrite(path);
   if (result != Result::done) complain("open", database_.fault());
   return result == Result::done;
 }
 
-/// Renames the damaged database and its log. The entries that this process knows are saved again
-/// with the next change.
-bool PreferenceStore::setAside() {
+/// Renames the damaged database and its log. The entries that can still be read, or otherwise those
+/// that this process knows, are saved again with the next change.
+bool PreferenceStore::setAside(const std::string& reason) {
   const std::string path = databasePath(path_);
-  const std::string fault = database_.fault();
-  database_.close();
+  const std::string fault = reason;  // the database's own one changes
+  database_.closeUnchanged();
+  const bool isCurrent = shared_ != nullptr && entriesGeneration_ == words_.load()->generation;
+  if (!isCurrent && database_.openToRead(path) == Result::done) static_cast<void>(readEntries());
+  database_.closeUnchanged();
   std::string aside = path + ".damaged";
   for (int number = 2;
        ::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, aside.c_str(), RENAME_NOREPLACE) != 0;
@@ -342,12 +438,17 @@ bool PreferenceStore::setAside() {
   incarnation_ = words_.load()->incarnation.fetch_add(1) + 1;
   messages_.push_back({LogLevel::fault, "The preferences " + path + " are damaged (" + fault +
                                             ") and were renamed to " + aside + "."});
+  saveAllAgain();
+  return true;
+}
+
+/// Adds the known entries to the changes that must be saved.
+void PreferenceStore::saveAllAgain() {
   for (const auto& [key, value] : *entries_) {
     std::string ignored;
     unsaved_.try_emplace(std::string(static_cast<const String&>(key).view()),
                          PreferenceChange{share(value), bytesFromPropertyList(value, ignored)});
   }
-  return true;
 }
 
 /// Records an error for the log, unless it equals the previous one.

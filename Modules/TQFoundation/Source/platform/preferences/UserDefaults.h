@@ -34,8 +34,16 @@ class PreferenceStore;
 /// Each domain is a database in the user's configuration folder ($XDG_CONFIG_HOME/korvan, or
 /// ~/.config/korvan). A change is visible immediately to all threads of the process and to the next
 /// read of every other process, and survives a crash of the process. A change that cannot be saved
-/// is kept in memory, saved with the next change if possible, and reported to the log. A damaged
-/// database is renamed, never overwritten.
+/// is kept in memory, saved with the next change if possible, and reported to the log. If a value
+/// does not fit on the disk, smaller ones are saved all the same. A damaged or truncated database
+/// is renamed, never overwritten; the values that can be read or are known are saved in a new one.
+///
+/// A database that cannot be written, because it is read-only, another user's or on a full disk, is
+/// read with everything that was saved in it. New files are readable by their owner only, in a
+/// folder of mode 0700; an existing folder keeps its mode. If others may write in it, or it belongs
+/// to another user, each read asks the database, which takes about as long as SQLite's own check.
+/// Processes in another IPC namespace (containers) see changes at their next change or
+/// synchronize() that comes a second or more after the last one.
 ///
 /// Values are property lists: String, Number, Date, Data, and Array and Dictionary (with string
 /// keys) of these, up to 512 levels deep and about 256 MiB, including 64 bytes for each value. They

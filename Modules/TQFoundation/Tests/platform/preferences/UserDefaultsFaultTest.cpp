@@ -1,16 +1,15 @@
 #include <support/FailingSystemCalls.h>
 
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <support/CapturedLog.h>
+#include <support/Child.h>
 #include <support/TemporaryDirectory.h>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <random>
 #include <thread>
@@ -21,6 +20,7 @@
 namespace tq {
 namespace {
 
+using test::Child;
 using test::FailingSystemCalls;
 using How = FailingSystemCalls::How;
 
@@ -35,32 +35,6 @@ struct UserDefaultsFault : testing::Test {
   void startAnew() { directory = std::make_unique<test::TemporaryDirectory>(); }
 };
 using UserDefaultsStress = UserDefaultsFault;
-
-/// A child process, forked before it or its parent has opened a store of the test.
-class Child {
- public:
-  explicit Child(const std::function<void()>& run) : id_(::fork()) {
-    if (id_ != 0) return;
-    run();
-    ::_exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  ~Child() {
-    if (id_ > 0) end(SIGKILL);
-  }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
-
-  int end(int signal = 0) {
-    if (signal != 0) ::kill(id_, signal);
-    int status = 0;
-    ::waitpid(id_, &status, 0);
-    id_ = -1;
-    return status;
-  }
-
- private:
-  pid_t id_;
-};
 
 using SharedInteger = std::atomic<std::int64_t>;
 
@@ -163,26 +137,33 @@ TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
   EXPECT_TRUE(log.messages().empty());
 }
 
+// If others may write in the folder, no words are shared, and each read asks the database.
 TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
-  constexpr int kRounds = 200;
-  SharedInteger& turn = sharedInteger();
-  Child child([&] {
+  for (const mode_t mode : {0700, 0777}) {
+    SCOPED_TRACE(mode);
+    startAnew();
+    ASSERT_EQ(::mkdir(directory->path("folder").c_str(), mode), 0);
+    ASSERT_EQ(::chmod(directory->path("folder").c_str(), mode), 0);
+    constexpr int kRounds = 200;
+    SharedInteger& turn = sharedInteger();
+    Child child([&] {
+      const Ref<UserDefaults> defaults = open();
+      for (int round = 1; round <= kRounds; ++round) {
+        waitFor(turn, 2 * round - 1);
+        ASSERT_EQ(defaults->integerForKey("parent's"), round);
+        defaults->setInteger(round, "child's");
+        turn = 2 * round;
+      }
+    });
     const Ref<UserDefaults> defaults = open();
     for (int round = 1; round <= kRounds; ++round) {
-      waitFor(turn, 2 * round - 1);
-      ASSERT_EQ(defaults->integerForKey("parent's"), round);
-      defaults->setInteger(round, "child's");
-      turn = 2 * round;
+      defaults->setInteger(round, "parent's");
+      turn = 2 * round - 1;
+      waitFor(turn, 2 * round);
+      ASSERT_EQ(defaults->integerForKey("child's"), round);
     }
-  });
-  const Ref<UserDefaults> defaults = open();
-  for (int round = 1; round <= kRounds; ++round) {
-    defaults->setInteger(round, "parent's");
-    turn = 2 * round - 1;
-    waitFor(turn, 2 * round);
-    ASSERT_EQ(defaults->integerForKey("child's"), round);
+    EXPECT_EQ(child.end(), 0);
   }
-  EXPECT_EQ(child.end(), 0);
 }
 
 TEST_F(UserDefaultsStress, ProcessesWriteSideBySideAndLoseNothing) {

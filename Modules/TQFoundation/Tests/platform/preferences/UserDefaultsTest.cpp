@@ -1,13 +1,12 @@
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <signal.h>
 #include <sqlite3.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <support/CapturedLog.h>
+#include <support/Child.h>
+#include <support/FailingSystemCalls.h>
 #include <support/TemporaryDirectory.h>
 #include <support/Threads.h>
 
@@ -30,6 +29,7 @@
 namespace tq {
 namespace {
 
+using test::FailingSystemCalls;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -279,22 +279,26 @@ TEST_F(UserDefaultsTest, KeepsValuesInMemoryIfTheFolderCannotBeUsed) {
 
 // Each wait for the lock takes two seconds.
 TEST_F(UserDefaultsLockStress, AStoppedWriterBlocksOthersForALimitedTime) {
-  open()->setInteger(1, "key");
-  const int stopped = ::open(directory.path("folder/suite.generation").c_str(), O_RDWR);
-  ASSERT_EQ(::flock(stopped, LOCK_EX), 0);
+  test::Child stopped([&] {
+    const Ref<UserDefaults> defaults = open();
+    defaults->setInteger(1, "key");
+    FailingSystemCalls::arm(1, FailingSystemCalls::How::stops);
+    defaults->setInteger(5, "key");
+  });
+  stopped.waitUntilStopped();
   const Ref<UserDefaults> defaults = open();
   EXPECT_EQ(defaults->integerForKey("key"), 1);
   defaults->setInteger(2, "key");
   EXPECT_EQ(defaults->integerForKey("key"), 2);
   EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Cannot lock the preferences")));
-  ::close(stopped);
+  stopped.end(SIGKILL);
   EXPECT_TRUE(defaults->synchronize());
   EXPECT_EQ(savedCount(), 1);
 }
 
 TEST_F(UserDefaultsTest, CreatesRemovedFilesAgain) {
   const Ref<UserDefaults> defaults = open();
-  for (const char* removed : {"folder", "folder/suite.sqlite", "folder/suite.generation"}) {
+  for (const char* removed : {"folder", "folder/suite.sqlite"}) {
     SCOPED_TRACE(removed);
     defaults->setInteger(1, "before");
     EXPECT_EQ(defaults->integerForKey("before"), 1);
@@ -303,21 +307,9 @@ TEST_F(UserDefaultsTest, CreatesRemovedFilesAgain) {
     defaults->setInteger(2, "after");
     EXPECT_TRUE(defaults->synchronize());
     EXPECT_EQ(defaults->integerForKey("after"), 2);
-    const bool isKept = removed == std::string("folder/suite.generation");
-    EXPECT_EQ(defaults->integerForKey("before"), isKept);
-    EXPECT_EQ(savedCount(), 1 + isKept);
+    EXPECT_EQ(defaults->objectForKey("before"), nullptr);
+    EXPECT_EQ(savedCount(), 1);
   }
-}
-
-// Writing to a hole in the mapped file would stop the process on a full disk.
-TEST_F(UserDefaultsTest, AllocatesTheSharedWordsOnTheDisk) {
-  std::filesystem::create_directory(directory.path("folder"));
-  const std::string path = directory.write("folder/suite.generation", "");
-  std::filesystem::resize_file(path, 4096);
-  const Ref<UserDefaults> defaults = open();
-  struct stat status {};
-  ASSERT_EQ(::stat(path.c_str(), &status), 0);
-  EXPECT_GT(status.st_blocks, 0);
 }
 
 TEST_F(UserDefaultsTest, LogSinksMayReadPreferences) {

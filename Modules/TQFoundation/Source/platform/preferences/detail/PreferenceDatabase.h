@@ -23,7 +23,8 @@ struct PreferenceChange {
 using PreferenceChanges = std::map<std::string, PreferenceChange, std::less<>>;
 
 /// A table of byte strings in a database with a write-ahead log: a change is saved completely or
-/// not at all, however its writer ends.
+/// not at all, however its writer ends. Its files are readable by their owner only. A trigger or a
+/// view that somebody put into the file has no effect.
 ///
 /// Threads: one at a time.
 class PreferenceDatabase {
@@ -31,25 +32,50 @@ class PreferenceDatabase {
   enum class Result {
     done,
     damaged,  ///< the file is not a valid database
-    failed,   ///< full disk, no permission, locked by another process
+    full,     ///< the change does not fit: full disk, value too large
+    failed,   ///< no permission, locked by another process, out of memory
   };
 
   PreferenceDatabase();
   ~PreferenceDatabase();
 
-  /// Opens or reopens the database. With `mayCreate`, creates the file and its table if they do not
-  /// exist. Without it, a missing file cannot be opened, and a missing table counts as damage.
-  [[nodiscard]] Result open(const std::string& path, bool mayCreate);
+  /// Opens or reopens an existing database. One that cannot be written is read with its write-ahead
+  /// log all the same; write() fails then. A missing table counts as damage.
+  [[nodiscard]] Result openToRead(const std::string& path);
+  /// Opens or reopens the database. Creates the file and its table if they do not exist.
+  [[nodiscard]] Result openToWrite(const std::string& path);
   void close() noexcept;
+  /// Closes the database without writing the log into it.
+  void closeUnchanged() noexcept;
   [[nodiscard]] bool isOpen() const noexcept;
-  /// Returns false if the file of the open database was removed or replaced.
-  [[nodiscard]] bool isInPlace() const noexcept;
+  /// Returns false for a database that openToRead() could open for reading only.
+  [[nodiscard]] bool isWritable() const noexcept;
+
+  /// What has happened to the files of the open database.
+  enum class Files {
+    inPlace,
+    cut,    ///< the database or its log was truncated, or its log removed or replaced
+    moved,  ///< the database was removed or replaced
+  };
+  [[nodiscard]] Files files() const noexcept;
+  /// Returns false if the write-ahead log was removed, replaced or truncated. Faster than files().
+  [[nodiscard]] bool isLogWhole() const noexcept;
+  /// Returns false if the database must be closed before the next transaction: it was read without
+  /// locks, or its log's index was truncated, which it maps, so that a transaction would stop the
+  /// process.
+  [[nodiscard]] bool isUsable() const noexcept;
+
+  /// Returns whether others have changed the database since the last read(), or there was none.
+  [[nodiscard]] bool hasChanged() noexcept;
 
   [[nodiscard]] Result read(
       const std::function<void(std::string_view key, std::span<const std::byte> value)>& each);
 
   /// Saves all changes or none.
   [[nodiscard]] Result write(const PreferenceChanges& changes);
+
+  /// Lets the next write reuse the log from its start, and shorten it to 1 MiB.
+  void releaseSpace() noexcept;
 
   /// The text of the last error.
   [[nodiscard]] const std::string& fault() const noexcept { return fault_; }
@@ -58,6 +84,7 @@ class PreferenceDatabase {
   struct Connection;
 
   [[nodiscard]] Result resultOf(int code);
+  [[nodiscard]] bool isLogIndexWhole() const noexcept;
 
   std::unique_ptr<Connection> connection_;
   std::string fault_;

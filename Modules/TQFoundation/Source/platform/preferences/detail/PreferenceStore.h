@@ -22,8 +22,8 @@
 
 namespace tq::detail {
 
-/// The entries of a domain. Every change increments a generation number that all processes share
-/// through a mapped file beside the database:
+/// The entries of a domain. Every change increments a generation number that the processes of the
+/// user share:
 ///
 /// | generation | meaning |
 /// |---|---|
@@ -32,13 +32,18 @@ namespace tq::detail {
 /// | odd, and the lock is held | a process writes: read the database, but do not keep the copy |
 /// | odd, and the lock is free | a writer died: the first process that sees it makes it even |
 ///
+/// If there is nothing to share (see SharedGeneration), the number is odd for ever, and each read
+/// asks the database whether it has changed, which takes about 50 times as long.
+///
 /// Each thread retains the last copy that it has seen, so a read takes no lock and does not retain
 /// anything: it compares the generation and searches the copy. The first read after a change makes
 /// a new copy, which takes a pointer for each entry.
 ///
-/// Removed files are noticed at the first change that comes a second or more after the last check,
-/// and by synchronize(). They are created again with the changes since that check; older entries
-/// are lost. A check at each change would cost a fifth of a commit.
+/// Removed and replaced files are noticed at the first change that comes a second or more after the
+/// last check, and by synchronize(). A removed database is created again, and one that was replaced
+/// by an older copy is used, with the changes since that check; older entries are lost. A
+/// truncated or lost file counts as damage: all entries that this process knows are saved again. A
+/// check at each change would cost a fifth of a commit.
 ///
 /// Threads: any. A forked child must not use its parent's stores.
 class PreferenceStore {
@@ -94,11 +99,18 @@ class PreferenceStore {
   void load(std::uint64_t generation) TQ_REQUIRES(lock_);
   void look() TQ_REQUIRES(lock_);
   [[nodiscard]] bool flush() TQ_REQUIRES(lock_);
-  [[nodiscard]] bool mapGeneration() TQ_REQUIRES(lock_);
+  [[nodiscard]] PreferenceDatabase::Result save() TQ_REQUIRES(lock_);
+  [[nodiscard]] PreferenceDatabase::Result saveWhatFits() TQ_REQUIRES(lock_);
+  void keepSaved(PreferenceChanges& saved) TQ_REQUIRES(lock_);
+  [[nodiscard]] PreferenceDatabase::Result readEntries() TQ_REQUIRES(lock_);
+  void shareGeneration() TQ_REQUIRES(lock_);
+  void stopSharing() TQ_REQUIRES(lock_);
+  [[nodiscard]] bool makeFolder() TQ_REQUIRES(lock_);
   void closeFormerDatabase() TQ_REQUIRES(lock_);
   [[nodiscard]] bool openToRead() TQ_REQUIRES(lock_);
   [[nodiscard]] bool openToWrite() TQ_REQUIRES(lock_);
-  [[nodiscard]] bool setAside() TQ_REQUIRES(lock_);
+  [[nodiscard]] bool setAside(const std::string& reason) TQ_REQUIRES(lock_);
+  void saveAllAgain() TQ_REQUIRES(lock_);
   void complain(std::string_view what, std::string_view why) TQ_REQUIRES(lock_);
 
   struct Message {
@@ -109,7 +121,8 @@ class PreferenceStore {
 
   const std::size_t slot_;
   const std::string path_;
-  GenerationWords ownWords_{};  ///< always 0; used until the shared words are mapped
+  const std::string folder_;
+  GenerationWords ownWords_{};  ///< used while no words are shared: even in memory, else odd
   std::atomic<GenerationWords*> words_;
   /// A number that changes with each state that the generation does not cover. No two stores ever
   /// have the same edition.
@@ -117,7 +130,7 @@ class PreferenceStore {
 
   Lock lock_;
   std::unique_ptr<SharedGeneration> shared_ TQ_GUARDED_BY(lock_);
-  /// Mappings of removed files: a thread may still read their words.
+  /// Words of removed folders: a thread may still read them.
   std::vector<std::unique_ptr<SharedGeneration>> former_ TQ_GUARDED_BY(lock_);
   PreferenceDatabase database_ TQ_GUARDED_BY(lock_);
   std::uint64_t incarnation_ TQ_GUARDED_BY(lock_) = 0;  ///< of the open database

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file SharedGeneration.h
-/// Two counters that processes share through a mapped file, with a lock for writers.
+/// Counters that the processes of a user share, with a lock for writers.
 
 #include <sys/types.h>
 
@@ -12,50 +12,64 @@
 
 namespace tq::detail {
 
-/// The content of the mapped file. Any bytes are valid.
+/// The shared counters. Any values are valid.
 struct GenerationWords {
   std::atomic<std::uint64_t> generation;   ///< odd while a process writes, or died while writing
   std::atomic<std::uint64_t> incarnation;  ///< the number of times the database was replaced
+  std::atomic<std::uint64_t> isRetired;    ///< not 0: new processes use another segment
 };
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words lie in shared memory");
 
-/// A mapped file of GenerationWords, whose disk space is allocated in advance. If another program
-/// truncates the file while it is mapped, processes that access it stop with SIGBUS; only reading
-/// without a mapping would avoid that. The lock is released if its holder dies.
+/// A System V shared memory segment with GenerationWords, found by the folder's device and inode.
+///
+/// The words do not lie in a mapped file, because a process that reads a mapped file after another
+/// program has truncated it stops with SIGBUS. The kernel has no call that shortens a segment; if
+/// it is removed, it lives on for those who have attached it. It needs no place on a disk, no
+/// right to write in the folder, and no descriptor. The last process that closes it removes it; if
+/// processes end without that, it stays for the next one, 4 KiB until the user's session ends.
+///
+/// Only the owner of the folder and the superuser share words, and only if nobody else can write in
+/// the folder. Processes in another IPC namespace have other words.
 ///
 /// Threads: one at a time; the words from any.
 class SharedGeneration {
  public:
-  /// Opens the file, or creates it. @return null on failure, with errno set
-  [[nodiscard]] static std::unique_ptr<SharedGeneration> open(const std::string& path);
+  /// Opens the words of the store `name` in `folder`, or creates them.
+  /// @return null on failure, with errno set
+  [[nodiscard]] static std::unique_ptr<SharedGeneration> open(const std::string& folder,
+                                                              const std::string& name);
   ~SharedGeneration();
   SharedGeneration(const SharedGeneration&) = delete;
   SharedGeneration& operator=(const SharedGeneration&) = delete;
 
-  [[nodiscard]] GenerationWords& words() const noexcept { return *words_; }
+  [[nodiscard]] GenerationWords& words() const noexcept;
 
-  /// Waits for the lock, at most 2 s.
-  /// @return false, with errno set, if another process still holds it, or there are no locks
+  /// Waits for the lock, at most 2 s. The lock is released if its holder dies.
+  /// @return false, with errno set, if another process still holds it
   [[nodiscard]] bool lock() noexcept;
   /// Locks without waiting. @return false on failure, as lock()
   [[nodiscard]] bool tryLock() noexcept;
   void unlock() noexcept;
 
-  /// Returns false if the file was removed or replaced.
-  [[nodiscard]] bool isAt(const std::string& path) const noexcept;
+  /// Returns false if a new process would open other words for this folder.
+  [[nodiscard]] bool isOf(const std::string& folder) const noexcept;
 
  private:
-  struct File {
-    dev_t device;
-    ino_t inode;
-    bool operator==(const File&) const = default;
+  struct Segment;
+  /// The store that the words belong to.
+  struct Identity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    std::uint64_t name = 0;
+    bool operator==(const Identity&) const = default;
   };
-  SharedGeneration(int descriptor, File file, GenerationWords* words) noexcept
-      : descriptor_(descriptor), file_(file), words_(words) {}
+  SharedGeneration(int id, Segment* segment) noexcept : id_(id), segment_(segment) {}
 
-  int descriptor_;
-  const File file_;
-  GenerationWords* words_;
+  [[nodiscard]] static std::unique_ptr<SharedGeneration> attach(int id, const Identity& identity,
+                                                                bool isNew);
+
+  const int id_;
+  Segment* const segment_;
 };
 
 }  // namespace tq::detail
