@@ -280,6 +280,10 @@ void PreferenceStore::look() {
     database_.closeUnchanged();
     entriesGeneration_ = kUnknown;
     words_.load()->incarnation.fetch_add(1);  // so that other processes stop using it, too
+  } else if (!database_.isOpen() || database_.hasChanged()) {  // perhaps by one with other words
+    snapshot_ = nullptr;
+    entriesGeneration_ = kUnknown;
+    edition_.store(nextEdition());
   }
   if (!isSameFolder) stopSharing();
   recent_.clear();

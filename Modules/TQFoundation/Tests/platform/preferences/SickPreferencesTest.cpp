@@ -154,6 +154,16 @@ TEST_F(SickPreferences, FilesMayChangeUnderARunningProcess) {
   }
 }
 
+// Such as a process in another container, which has other shared words.
+TEST_F(SickPreferences, OtherProgramsChangesAreSeenAfterSynchronizing) {
+  const Ref<UserDefaults> defaults = open();
+  defaults->setInteger(2, "old");
+  EXPECT_EQ(defaults->integerForKey("old"), 2);
+  execute("DELETE FROM preference");
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_EQ(defaults->objectForKey("old"), nullptr);
+}
+
 TEST_F(SickPreferences, FilesMayBeCutBetweenRuns) {
   const struct {
     const char* suffix;
