@@ -1,11 +1,13 @@
 #include <TQFoundation/objects/Class.h>
 
+#include <algorithm>
 #include <functional>
 #include <mutex>
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>
@@ -80,7 +82,20 @@ Registry& registry() {
 void Class::registerRecord(const Class& record) {
   Registry& all = registry();
   const std::unique_lock guard(all.lock);
-  all.classes.insert_or_assign(std::string(record.codingName()), &record);
+  const auto [entry, isNew] = all.classes.try_emplace(std::string(record.codingName()), &record);
+  const bool isNameFree = isNew || entry->second == &record;
+  TQ_ASSERT(isNameFree && "another class is registered under the coding name");
+}
+
+void Class::unregisterRecord(const Class& record) {
+  Registry& all = registry();
+  const std::unique_lock guard(all.lock);
+  const auto entry = all.classes.find(record.codingName());
+  if (entry != all.classes.end() && entry->second == &record) all.classes.erase(entry);
+}
+
+bool Class::isLibraryClass() const noexcept {
+  return std::ranges::find(kLibraryClasses, this, &NamedClass::record) != std::end(kLibraryClasses);
 }
 
 const Class* Class::classNamed(std::string_view codingName) {

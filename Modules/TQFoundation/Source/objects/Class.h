@@ -71,6 +71,9 @@ struct KeyedCoding {
 /// [4] `void encodeWithCoder(KeyedArchiver&) const`, `bool initWithCoder(KeyedUnarchiver&)`.
 ///
 /// A derived class inherits what it does not define, except construction from an archive.
+///
+/// What would lose data does not compile: a step that is not const, or not public where a parent
+/// has one; a class without a name of its own; a name that is not plain (see isPlainName()).
 class TQ_EXPORT Class {
  public:
   /// Makes the record of T below Parent from the members of T.
@@ -111,15 +114,33 @@ class TQ_EXPORT Class {
   /// The functions for keyed archives, including inherited ones.
   [[nodiscard]] constexpr const KeyedCoding& keyed() const noexcept { return keyed_; }
 
+  /// True for the value classes of the library, which archives may name without registration.
+  [[nodiscard]] bool isLibraryClass() const noexcept;
+
+  /// True if archives can hold the name: it is not empty, and has no quotation mark, backslash or
+  /// control character.
+  [[nodiscard]] static constexpr bool isPlainName(std::string_view name) noexcept {
+    for (const char c : name) {
+      if (c == '"' || c == '\\' || (c >= 0 && c < ' ')) return false;
+    }
+    return !name.empty();
+  }
+
   /// True if keyed archives can store objects of the class.
   [[nodiscard]] constexpr bool supportsKeyedCoding() const noexcept {
     return keyed_.encodeWithCoder != nullptr;
   }
 
-  /// Registers T under its coding name, so that archives can find it. If a name is registered
-  /// twice, the later class is used. Any thread; register at start-up, before archives are read.
+  /// Registers T under its coding name, so that archives can find it. Registering T again has no
+  /// effect; a name that belongs to another class, or to one of the library, stops the process. Any
+  /// thread; register at start-up, before archives are read.
   template <class T>
   static void registerClass();
+
+  /// Removes T from the registry, if it is registered: archives no longer find it. For plug-ins
+  /// that unload; see "Unloading a plug-in" in docs/Objects.md. Any thread.
+  template <class T>
+  static void unregisterClass();
 
   /// Returns the class registered under `codingName`, or null. Case-sensitive. Any thread. The
   /// library's own classes ("NSValue", "NSArray", …) are always registered.
@@ -128,6 +149,7 @@ class TQ_EXPORT Class {
  private:
   constexpr Class() noexcept = default;
   static void registerRecord(const Class& record);
+  static void unregisterRecord(const Class& record);
 
   std::string_view name_;
   std::string_view codingName_;
@@ -172,6 +194,12 @@ constexpr Class Class::make() noexcept {
   } else if constexpr (requires { T::codingName; }) {
     record.codingName_ = T::codingName;
   }
+  static_assert(isPlainName(T::className),
+                "className must be plain: no quotation mark, backslash or control character");
+  if constexpr (requires { T::codingName; }) {
+    static_assert(isPlainName(T::codingName),
+                  "codingName must be plain: no quotation mark, backslash or control character");
+  }
   if constexpr (requires { typename T::CodingClass; }) {
     record.codingClass_ = &classOf<typename T::CodingClass>;
   }
@@ -191,12 +219,18 @@ constexpr Class Class::make() noexcept {
   } else {
     record.json_.initWithJSONDecoder = nullptr;
   }
-/// Sets an entry if T has the member.
-#define TQ_JSON_STEP(entry, function, Result)                                         \
-  if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {          \
-    record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result { \
-      return static_cast<const T&>(object).function(encoder);                         \
-    };                                                                                \
+/// Sets an entry if T has the member. A member that cannot be called is a mistake: the parent's
+/// would be used instead of it.
+#define TQ_JSON_STEP(entry, function, Result)                                              \
+  if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {               \
+    record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result {      \
+      return static_cast<const T&>(object).function(encoder);                              \
+    };                                                                                     \
+  } else {                                                                                 \
+    static_assert(                                                                         \
+        !requires(T & t, TQJSONEncoder & e) { t.function(e); } &&                          \
+            !requires(const Parent& p, TQJSONEncoder& e) { p.function(e); },               \
+        "write it public and const: " #Result " " #function "(tq::TQJSONEncoder&) const"); \
   }
   TQ_JSON_STEP(replacementObject, replacementObjectForJSONEncoder, Ref<Object>)
   TQ_JSON_STEP(encodeAsJSON, encodeAsJSON, void)
@@ -219,13 +253,24 @@ constexpr Class Class::make() noexcept {
     record.keyed_.initWithCoder = [](Object& object, KeyedUnarchiver& unarchiver) {
       return static_cast<T&>(object).initWithCoder(unarchiver);
     };
+  } else if constexpr (requires(T & t, KeyedArchiver & archiver) { t.encodeWithCoder(archiver); }) {
+    static_assert(
+        requires(const T& t, KeyedArchiver& archiver) { t.encodeWithCoder(archiver); },
+        "write it public and const: void encodeWithCoder(tq::KeyedArchiver&) const");
   }
   return record;
 }
 
 template <class T>
 void Class::registerClass() {
+  static_assert(std::same_as<T, typename T::ThisClass>,
+                "derive the class from Subclass: class T : public tq::Subclass<T, Parent>");
   registerRecord(classOf<T>);
+}
+
+template <class T>
+void Class::unregisterClass() {
+  unregisterRecord(classOf<T>);
 }
 
 /// Base of all object classes: `class Shape final : public tq::Subclass<Shape>`, or
@@ -233,6 +278,8 @@ void Class::registerClass() {
 template <class Derived, class Parent = Object>
 class TQ_EXPORT Subclass : public Parent {
  public:
+  /// The class itself. A class derived from it without Subclass keeps its record, and so its name.
+  using ThisClass = Derived;
   /// The class that this one derives from.
   using ParentClass = Parent;
 

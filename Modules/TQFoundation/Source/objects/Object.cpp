@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Weak.h>
 
@@ -24,9 +25,13 @@ constexpr int kAlignmentBits = 4;  // an object starts at a multiple of 16
 
 }  // namespace
 
-// Still marked: a constructor has thrown, so the object was never released.
+// An object whose constructor has thrown was never released. It may still be marked as weakly held.
 Object::~Object() {
-  if ((references_.load(std::memory_order_relaxed) & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
+  const std::uint32_t references = references_.load(std::memory_order_relaxed);
+  if (references == kBeingDestroyed) return;
+  const bool isKeptByItsDestructor = (references & kBeingDestroyed) != 0;
+  TQ_ASSERT(!isKeptByItsDestructor);
+  if ((references & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
 }
 
 const Class& Object::objectClass() const noexcept { return classOf<Object>; }
@@ -64,26 +69,27 @@ const Object* Object::nextPutOff() const noexcept {
 // Invariant: at depth 0 the list is empty. The outermost destruction empties it, one object at a
 // time, and each object may use the full depth again. The work is one step per object.
 void Object::lastReleased(std::uint32_t before) const noexcept {
-  if ((before & kWeaklyHeld) != 0) {
-    detail::forgetWeakly(*this);
-    references_.store(0, std::memory_order_relaxed);
-  }
+  if ((before & kWeaklyHeld) != 0) detail::forgetWeakly(*this);
   if (putOff.depth == kDirectReleaseDepth) {
     setNextPutOff(putOff.first);
     putOff.first = this;
     return;
   }
   ++putOff.depth;
-  delete this;
+  destroy();
   if (putOff.depth == 1) {
     while (putOff.first != nullptr) {
       const Object* object = putOff.first;
       putOff.first = object->nextPutOff();
-      object->setNextPutOff(nullptr);  // a count of 0 again, as destructors expect
-      delete object;
+      object->destroy();
     }
   }
   --putOff.depth;
+}
+
+void Object::destroy() const noexcept {
+  references_.store(kBeingDestroyed, std::memory_order_relaxed);
+  delete this;
 }
 
 }  // namespace tq

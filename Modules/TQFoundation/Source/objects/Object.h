@@ -47,6 +47,9 @@ enum class ObjectKind : std::uint8_t {
 /// Deep nests: releasing a chain or a nest of any depth takes bounded stack. At a depth of
 ///            kDirectReleaseDepth, destruction is deferred: it then happens after the release that
 ///            caused it has returned, but before the outermost release on that thread returns.
+/// Destructors: may make references to the object and release them again, for example by passing it
+///            to a function of the library. A reference that still exists when the destructor has
+///            finished stops the process, and so does a Weak that is made in the destructor.
 class TQ_EXPORT Object {
  public:
   Object(const Object&) = delete;
@@ -92,7 +95,12 @@ class TQ_EXPORT Object {
 
   /// Returns the current number of references; for tests and messages only.
   [[nodiscard]] std::uint32_t referenceCount() const noexcept {
-    return references_.load(std::memory_order_relaxed) / kReference;
+    return (references_.load(std::memory_order_relaxed) & ~kBeingDestroyed) / kReference;
+  }
+
+  /// Returns true while the destructor runs. Only for the thread that destroys the object.
+  [[nodiscard]] bool isBeingDestroyed() const noexcept {
+    return (references_.load(std::memory_order_relaxed) & kBeingDestroyed) != 0;
   }
 
   /// Memory behind an object, for contents whose size is known at construction.
@@ -122,11 +130,14 @@ class TQ_EXPORT Object {
   friend detail::WeakBlock* detail::weakBlockFor(const Object&);
   friend bool detail::retainIfAlive(const detail::WeakBlock&) noexcept;
 
-  // The count is stored in steps of 2. Bit 0 is set when weak references exist.
+  // The count is stored in steps of 2. Bit 0 is set when weak references exist. The highest bit is
+  // set while the destructor runs, so that no release in it reaches 0 again.
+  static constexpr std::uint32_t kBeingDestroyed = 0x8000'0000;
   static constexpr std::uint32_t kWeaklyHeld = 1;
   static constexpr std::uint32_t kReference = 2;
 
   void lastReleased(std::uint32_t before) const noexcept;
+  void destroy() const noexcept;
   void setNextPutOff(const Object* object) const noexcept;
   [[nodiscard]] const Object* nextPutOff() const noexcept;
 

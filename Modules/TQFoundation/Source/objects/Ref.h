@@ -3,8 +3,10 @@
 /// @file Ref.h
 /// Owning references.
 
+#include <compare>
 #include <concepts>
 #include <cstddef>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -70,8 +72,13 @@ class Ref {
   /// Returns the object and becomes null. The caller must release the object.
   [[nodiscard]] T* leak() noexcept { return std::exchange(object_, nullptr); }
 
-  /// Compares identity. Use isEqual() to compare values.
+  /// Compares identity. Use isEqual() to compare values. The order is the one of the addresses: it
+  /// serves ordered containers, and differs from run to run.
   friend bool operator==(const Ref& a, const Ref& b) noexcept { return a.object_ == b.object_; }
+  friend bool operator==(const Ref& a, const T* b) noexcept { return a.object_ == b; }
+  friend std::strong_ordering operator<=>(const Ref& a, const Ref& b) noexcept {
+    return std::compare_three_way()(a.object_, b.object_);
+  }
   friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a.object_ == nullptr; }
 
  private:
@@ -82,6 +89,10 @@ class Ref {
 /// @throws std::bad_alloc, and what T's constructor throws; without a leak
 template <class T, class... Arguments>
 [[nodiscard]] Ref<T> makeRef(Arguments&&... arguments) {
+  if constexpr (requires { T::className, T::ThisClass::className; }) {
+    static_assert(std::same_as<T, typename T::ThisClass> || T::className == T::ThisClass::className,
+                  "derive the class from Subclass: class T : public tq::Subclass<T, Parent>");
+  }
   return Ref<T>::adopt(new T(std::forward<Arguments>(arguments)...));
 }
 
@@ -110,3 +121,11 @@ template <class T, class U>
 }
 
 }  // namespace tq
+
+/// Hashes identity, for hashed containers of references.
+template <class T>
+struct std::hash<tq::Ref<T>> {
+  std::size_t operator()(const tq::Ref<T>& object) const noexcept {
+    return std::hash<T*>()(object.get());
+  }
+};

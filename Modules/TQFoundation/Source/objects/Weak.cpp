@@ -42,7 +42,7 @@ Shard& shardOf(const Object* address) {
 }  // namespace
 
 WeakBlock* weakBlockFor(const Object& object) {
-  TQ_ASSERT(object.referenceCount() > 0);
+  TQ_ASSERT(!object.isBeingDestroyed());
   Shard& shard = shardOf(&object);
   const std::scoped_lock guard(shard.lock);
   auto [entry, isNew] = shard.blocks.try_emplace(&object, nullptr);

@@ -41,6 +41,14 @@ struct Derived final : Subclass<Derived, Structured> {
   void startEncodingObject(TQJSONEncoder&) const {}
 };
 
+/// Take the names of another class and of a library class.
+struct Usurper final : Subclass<Usurper> {
+  static constexpr std::string_view className = "S";
+};
+struct Impostor final : Subclass<Impostor> {
+  static constexpr std::string_view className = "NSArray";
+};
+
 struct Posing final : Subclass<Posing> {
   static constexpr std::string_view className = "Posing";
   using CodingClass = Bare;
@@ -121,6 +129,15 @@ TEST(Class, IsFoundByItsCodingNameAfterRegistration) {
   EXPECT_EQ(Class::classNamed("S"), &classOf<Structured>);
   EXPECT_EQ(Class::classNamed("Structured"), nullptr);
   EXPECT_EQ(Class::classNamed("s"), nullptr);
+  Class::registerClass<Structured>();
+  EXPECT_DEATH(Class::registerClass<Usurper>(), "another class is registered");
+  EXPECT_DEATH(Class::registerClass<Impostor>(), "another class is registered");
+  Class::unregisterClass<Usurper>();  // has no effect: the name is another class's
+  EXPECT_EQ(Class::classNamed("S"), &classOf<Structured>);
+  Class::unregisterClass<Structured>();
+  EXPECT_EQ(Class::classNamed("S"), nullptr);
+  Class::registerClass<Usurper>();
+  EXPECT_EQ(Class::classNamed("S"), &classOf<Usurper>);
 }
 
 TEST(Class, DescribesObjectsByNameAndAddress) {

@@ -10,3 +10,4 @@ tq_add_room_tests(TQObjects
 # An executable of its own, for it replaces the allocation functions.
 tq_add_room_tests(TQObjectsFault
   ${CMAKE_CURRENT_LIST_DIR}/CollectionsFaultTest.cpp)
+include("${CMAKE_CURRENT_LIST_DIR}/Mistakes.cmake")

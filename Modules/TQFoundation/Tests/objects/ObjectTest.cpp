@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
+#include <unordered_set>
 
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Weak.h>
 
 namespace tq {
 namespace {
@@ -99,6 +102,49 @@ TEST(Object, ReleasesAMillionNestedContainers) {
   EXPECT_FALSE(nest->description().empty());  // limited in depth
   nest = nullptr;
   EXPECT_EQ(alive, 0);
+}
+
+/// Passes itself to other code from its destructor.
+struct Farewell final : Subclass<Farewell> {
+  static constexpr std::string_view className = "Farewell";
+  ~Farewell() override {
+    const Ref<Farewell> self(this);
+    EXPECT_TRUE(isBeingDestroyed());
+    if (last != nullptr) last(self);
+    ++destroyed;
+  }
+  Ref<Object> child;
+  static inline int destroyed = 0;
+  static inline void (*last)(const Ref<Farewell>&) = nullptr;
+};
+
+TEST(Object, MayBeReferredToInItsDestructorButNotKept) {
+  constexpr int kCount = 3 * Object::kDirectReleaseDepth;  // destroyed directly, and deferred
+  Farewell::destroyed = 0;
+  Ref<Farewell> chain;
+  for (int i = 0; i < kCount; ++i) {
+    const Ref<Farewell> next = makeRef<Farewell>();
+    next->child = std::move(chain);
+    chain = next;
+  }
+  chain = nullptr;
+  EXPECT_EQ(Farewell::destroyed, kCount);
+  const auto destroyWith = [](void (*last)(const Ref<Farewell>&)) {
+    Farewell::last = last;
+    static_cast<void>(makeRef<Farewell>());
+  };
+  EXPECT_DEATH(destroyWith([](const Ref<Farewell>& self) { (new Ref<Object>(self)); }),
+               "isKeptByItsDestructor");
+  EXPECT_DEATH(destroyWith([](const Ref<Farewell>& self) { Weak<Object>{self}; }),
+               "isBeingDestroyed");
+}
+
+TEST(Ref, IsAKeyOfContainersAndComparesWithPointers) {
+  const Ref<Farewell> one = makeRef<Farewell>();
+  const Ref<Farewell> other = makeRef<Farewell>();
+  EXPECT_TRUE(one == one.get() && other.get() == other && one != other.get() && !(one == nullptr));
+  EXPECT_EQ((std::set<Ref<Farewell>>{one, other, one}).size(), 2u);
+  EXPECT_EQ((std::unordered_set<Ref<Farewell>>{one, other, one}).count(other), 1u);
 }
 
 }  // namespace
