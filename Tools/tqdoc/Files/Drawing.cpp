@@ -73,7 +73,7 @@ tq::Ref<Document> openArchive(const tq::Data& bytes, const std::string& path,
   const auto text = archiveText(tq::Ref<const tq::Data>(&bytes), path, error);
   if (!text) return nullptr;
   tq::Ref<tq::Error> reason;
-  auto document = tq::refCast<Document>(tq::TQJSONDecoder::decodeData(*text, &reason));
+  auto document = tq::refCast<Document>(tq::TQJSONDecoder::decodeDataError(*text, &reason));
   if (document && !reason) return document;
   tq::setOutError(
       error, errorWith(path + ": " +

@@ -148,7 +148,7 @@ TEST(Archivable, NumbersAreUnchangedInArchives) {
     const auto data = tq::TQJSONEncoder::encodeObjectAsData(
         tq::Array::arrayWithNumbers(std::vector<double>{kept}));
     tq::Ref<tq::Error> error;
-    const auto back = tq::refCast<tq::Array>(tq::TQJSONDecoder::decodeData(*data, &error));
+    const auto back = tq::refCast<tq::Array>(tq::TQJSONDecoder::decodeDataError(*data, &error));
     EXPECT_EQ(numbersOf(*back)->front(), kept);
   }
 }

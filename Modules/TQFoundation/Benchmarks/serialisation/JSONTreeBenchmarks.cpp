@@ -31,7 +31,7 @@ const Data& textOf(const benchmark::State& state) {
   return textOf(static_cast<std::size_t>(state.range(0)));
 }
 
-Ref<Object> parseOurs(const Data& text) { return TQJSONDecoder::decodeData(text, nullptr); }
+Ref<Object> parseOurs(const Data& text) { return TQJSONDecoder::decodeDataError(text, nullptr); }
 
 // MARK: text to values and their release
 

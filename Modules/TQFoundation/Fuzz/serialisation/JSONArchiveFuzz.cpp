@@ -37,7 +37,7 @@ class Record final : public Subclass<Record> {
 };
 
 Ref<Data> writtenAgain(const Data& archive) {
-  const Ref<Object> object = TQJSONDecoder::decodeData(archive, nullptr);
+  const Ref<Object> object = TQJSONDecoder::decodeDataError(archive, nullptr);
   Ref<Data> written = object ? TQJSONEncoder::encodeObjectAsData(object) : nullptr;
   if (!written) std::abort();
   return written;

@@ -9,10 +9,12 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/text/Base64.h>
+#include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 
 namespace tq::detail {
@@ -40,6 +42,13 @@ void encodeBase64Record(std::string_view key, std::span<const std::byte> bytes,
   encoder.write("\"}");
 }
 
+/// Must hold after each call of the host while a container is being written.
+void requireUnchanged(bool isUnchanged) {
+  if (!isUnchanged) {
+    throw Exception(InvalidArgumentException, "A container was changed while it was encoded.");
+  }
+}
+
 // MARK: strings, numbers, null
 
 void encodeAtomOrArchive(const Object& object, TQJSONEncoder& encoder) {
@@ -60,6 +69,11 @@ void encodeNumberKey(const Object& object, TQJSONEncoder& encoder) {
 // MARK: data
 
 void encodeData(const Object& object, TQJSONEncoder& encoder) {
+  const auto* sink = objectCast<TQJSONDataEncoder>(&encoder);
+  if (sink != nullptr && sink->data().get() == &object) {
+    throw Exception(InvalidArgumentException,
+                    "The archive cannot contain the data it is written to.");
+  }
   encodeBase64Record(TQJSONRawDataKey, static_cast<const Data&>(object).bytes(), encoder);
 }
 
@@ -122,6 +136,7 @@ void encodeArray(const Object& object, TQJSONEncoder& encoder) {
       encoder.encodeNumber(array.numberAtIndex(i));
     } else {
       encoder.encodeObject(array.objectAtIndex(i));
+      requireUnchanged(array.count() == count);
     }
   }
   finishEncodingObject(array, encoder);
@@ -131,15 +146,18 @@ void encodeArray(const Object& object, TQJSONEncoder& encoder) {
 
 void encodeDictionary(const Object& object, TQJSONEncoder& encoder) {
   const auto& dictionary = static_cast<const Dictionary&>(object);
-  std::string_view separator = "{";
-  for (const Dictionary::Entry entry : dictionary) {
-    encoder.write(separator);
-    encodeAsKey(entry.key, encoder);
+  const std::span<const Ref<Object>> keys = dictionary.keys();
+  const std::span<const Ref<Object>> values = dictionary.values();
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    encoder.write(i == 0 ? "{" : ",");
+    encodeAsKey(*keys[i], encoder);
     encoder.write(":");
-    encoder.encodeObject(entry.value);
-    separator = ",";
+    if (encodeAtom(*values[i], encoder)) continue;
+    encoder.encodeObject(values[i]);
+    requireUnchanged(dictionary.count() == keys.size() && dictionary.keys().data() == keys.data() &&
+                     dictionary.values().data() == values.data());
   }
-  encoder.write(dictionary.count() == 0 ? "{}" : "}");
+  encoder.write(keys.empty() ? "{}" : "}");
 }
 
 Ref<Object> decodeDictionary(TQJSONDecoder& decoder) { return decoder.decodeMembers(); }

@@ -1,5 +1,7 @@
 #include <TQFoundation/serialisation/detail/JSONWalk.h>
 
+#include <algorithm>
+#include <functional>
 #include <span>
 #include <string>
 #include <utility>
@@ -173,10 +175,16 @@ Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
   const auto text = archive.text();
   const Ref<Data> bytes = text ? dataFromBase64(*text) : nullptr;
   if (!bytes) return nullptr;
-  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes());
-  if (!object) return nullptr;
-  const std::string_view name = object->objectClass().codingName();
-  return decoder_.classFromClassName(name) != nullptr ? object : nullptr;
+  // The decoder is asked once for each class.
+  std::vector<std::pair<const Class*, bool>> known;
+  const auto mayInstantiate = [&](const Class& named) {
+    const auto found = std::ranges::find(known, &named, &std::pair<const Class*, bool>::first);
+    if (found != known.end()) return found->second;
+    return known.emplace_back(&named, decoder_.mayUnarchive(named)).second;
+  };
+  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes(), mayInstantiate);
+  // An archive of a string, a number or data names no class.
+  return object && mayInstantiate(object->objectClass()) ? object : nullptr;
 }
 
 Ref<Object> JSONWalk::decodeStructured(std::optional<std::string_view> className) {

@@ -1,7 +1,11 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 
+#include <cxxabi.h>
+
 #include <charconv>
+#include <exception>
 #include <map>
+#include <new>
 #include <optional>
 
 #include <TQFoundation/objects/GeometryText.h>
@@ -80,12 +84,26 @@ void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readable
 }
 
 Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
-  Ref<Object> object = walk_->decodeRoot();
+  Ref<Object> object;
+  const auto recordThrown = [this](std::string_view text) {
+    setError(Error::errorWithDomain(TQJSONDecoderError, kConstructorThrew, text));
+  };
+  try {
+    object = walk_->decodeRoot();
+  } catch (const abi::__forced_unwind&) {
+    throw;  // thread cancellation
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception& exception) {
+    recordThrown(exception.what());
+  } catch (...) {
+    recordThrown("unknown exception");
+  }
   setOutError(error, error_);
   return object;
 }
 
-Ref<Object> TQJSONDecoder::decodeDataError(const Data& data, Ref<Error>* error) {
+Ref<Object> TQJSONDecoder::decodeData(const Data& data, Ref<Error>* error) {
   parse(data.bytes(), Data::kReadablePadding);
   return decode(error);
 }
@@ -95,13 +113,13 @@ Ref<Object> TQJSONDecoder::decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* 
   return decode(error);
 }
 
-Ref<Object> TQJSONDecoder::decodeData(const Data& data, Ref<Error>* error) {
+Ref<Object> TQJSONDecoder::decodeDataError(const Data& data, Ref<Error>* error) {
   return initWithData(data)->decode(error);
 }
 
 Ref<Object> TQJSONDecoder::decodeFileAtURL(const URL& url, Ref<Error>* error) {
   const Ref<Data> data = dataWithContentsOfURL(url, error);
-  return data ? decodeData(*data, error) : nullptr;
+  return data ? decodeDataError(*data, error) : nullptr;
 }
 
 void TQJSONDecoder::setError(Ref<Error> error) {
@@ -127,6 +145,13 @@ bool TQJSONDecoder::containsValueForKey(std::string_view key) const {
 Ref<Object> TQJSONDecoder::decodeObjectForKey(std::string_view key) {
   const auto member = walk_->find(key);
   return member ? walk_->decode(*member) : nullptr;
+}
+
+void TQJSONDecoder::refuseKind(std::string_view key, const Class& wanted, const Object& found) {
+  std::string text = "The member \"";
+  text.append(key).append("\" is an object of class ").append(found.objectClass().name());
+  text.append(", not ").append(wanted.name()).append(".");
+  setError(Error::errorWithDomain(TQJSONDecoderError, kWrongKind, std::string_view(text)));
 }
 
 double TQJSONDecoder::decodeDoubleForKey(std::string_view key, double withDefault) const {
@@ -192,6 +217,14 @@ const Class* TQJSONDecoder::classFromClassName(std::string_view name) {
     }
   }
   return named;
+}
+
+bool TQJSONDecoder::mayUnarchive(const Class& named) {
+  const std::string_view name = named.codingName();
+  if (!named.isLibraryClass()) return classFromClassName(name) != nullptr;
+  const auto& map = TQJSONDecoderClassMap();
+  const auto set = map.find(name);
+  return set == map.end() || set->second != nullptr;
 }
 
 void TQJSONDecoder::setClass(const Class* theClass, std::string_view forClassName) {

@@ -35,8 +35,11 @@ class JSONWalk;
 /// Decides which classes a decoder may construct. Implemented by any object.
 class TQ_EXPORT TQJSONDecoderDelegate {
  public:
-  /// Called before an object is constructed.
-  /// @return false to refuse: error 0 is recorded and the object decodes to null
+  /// Called before an object is constructed. For a keyed archive in the archive ("_archive"),
+  /// called once for each class in it that the host has registered, never for the library's value
+  /// classes.
+  /// @return false to refuse: error 0 is recorded and the object, or the whole keyed archive,
+  ///         decodes to null
   virtual bool shouldInstantiateObjectOfClass(TQJSONDecoder& decoder, const Class& objectClass) = 0;
 
  protected:
@@ -47,14 +50,15 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///
 ///     explicit Shape(tq::TQJSONDecoder& decoder)
 ///         : opacity_(decoder.decodeDoubleForKey("opacity", 1)),
-///           name_(tq::refCast<tq::String>(decoder.decodeObjectForKey("name"))) {}
+///           name_(decoder.decodeObjectForKey<tq::String>("name")) {}
 ///
 /// The text is parsed once into a flat form. Only the members that are read become objects.
 ///
 /// Failures: only the first error is kept, each is logged, and reading goes on, so an error may
-/// come
-///           with a partial result. An object of an unknown or banned class decodes to null without
-///           an error, and is left out of arrays and dictionaries.
+///           come with a partial result. An object of an unknown or banned class decodes to null
+///           without an error, and is left out of arrays and dictionaries. An exception that a
+///           constructor throws ends decode(): the result is null, and the exception's text is
+///           error kConstructorThrew. std::bad_alloc is passed on.
 /// Depth:    containers may nest TQJSONEncoder::kDepthLimit deep, in text and in parsed trees.
 /// Memory:   the flat form takes at most 16 bytes for each byte of text while parsing, then about
 ///           10.
@@ -66,21 +70,27 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   /// The key of the byte offset of the fault, a number, in the user info of the parser's errors.
   static constexpr std::string_view kErrorIndexKey = "NSJSONSerializationErrorIndex";
 
+  /// Codes of errors in the domain TQJSONDecoderError, beside 0 (a class was refused, or cannot be
+  /// constructed) and 1 (the parsed tree is too deep).
+  static constexpr std::int64_t kConstructorThrew = 2;
+  static constexpr std::int64_t kWrongKind = 3;
+
   /// Parses the bytes. If that fails, replaces control characters by "?", logs a line for each, and
   /// parses once more; the error of the second attempt is recorded.
   [[nodiscard]] static Ref<TQJSONDecoder> initWithData(const Data& data);
   [[nodiscard]] static Ref<TQJSONDecoder> initWithData(std::span<const std::byte> bytes);
   /// Reads a tree that is already parsed.
   [[nodiscard]] static Ref<TQJSONDecoder> initWithRootObject(Ref<Object> root);
-  /// Returns a decoder without a root; decodeDataError() and decodeDictionary() set one.
+  /// Returns a decoder without a root; decodeData() and decodeDictionary() set one.
   [[nodiscard]] static Ref<TQJSONDecoder> init() { return initWithRootObject(nullptr); }
 
   ~TQJSONDecoder() override;
 
   // Conveniences. `error` always receives the first error, or null.
 
-  /// Returns the root object of an archive, or null if it cannot be read.
-  [[nodiscard]] static Ref<Object> decodeData(const Data& data, Ref<Error>* error);
+  /// Returns the root object of an archive, or null if it cannot be read. Uses a decoder of its
+  /// own, without delegate and userInfo; to decode with this decoder, call decodeData().
+  [[nodiscard]] static Ref<Object> decodeDataError(const Data& data, Ref<Error>* error);
   [[nodiscard]] static Ref<Object> decodeFileAtURL(const URL& url, Ref<Error>* error);
 
   /// Returns the object that the root represents, or null without a root. `error`, if given, always
@@ -88,7 +98,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] Ref<Object> decode(Ref<Error>* error = nullptr);
   /// Replaces the root by these bytes, parsed, and calls decode(). May be called while an object is
   /// being decoded; its members stay the current ones.
-  [[nodiscard]] Ref<Object> decodeDataError(const Data& data, Ref<Error>* error);
+  [[nodiscard]] Ref<Object> decodeData(const Data& data, Ref<Error>* error);
   /// Replaces the root by this parsed dictionary and calls decode(). May be called likewise.
   [[nodiscard]] Ref<Object> decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* error);
 
@@ -99,6 +109,15 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
   /// Returns the member, decoded, or null if it is absent. Each call makes a new object.
   [[nodiscard]] Ref<Object> decodeObjectForKey(std::string_view key);
+  /// Returns the member as a T, or null if it is absent. A member that decodes to an object of
+  /// another class is error kWrongKind, which names the key and both classes.
+  template <class T>
+  [[nodiscard]] Ref<T> decodeObjectForKey(std::string_view key) {
+    const Ref<Object> object = decodeObjectForKey(key);
+    Ref<T> typed = refCast<T>(object);
+    if (object && !typed) refuseKind(key, classOf<T>, *object);
+    return typed;
+  }
   /// Returns a number, or the number at the start of a string; 0 for null, arrays and dictionaries;
   /// the default if the member is absent.
   [[nodiscard]] double decodeDoubleForKey(std::string_view key, double withDefault) const;
@@ -155,8 +174,13 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   void setError(Ref<Error> error);
 
  private:
+  friend class detail::JSONWalk;
+
   TQJSONDecoder();
   void parse(std::span<const std::byte> bytes, std::size_t readablePadding);
+  /// Returns whether keyed archives in the archive may contain the class.
+  [[nodiscard]] bool mayUnarchive(const Class& named);
+  void refuseKind(std::string_view key, const Class& wanted, const Object& found);
 
   std::unique_ptr<detail::JSONWalk> walk_;
   std::vector<std::pair<std::string, const Class*>> namedClasses_;  // that were looked up before

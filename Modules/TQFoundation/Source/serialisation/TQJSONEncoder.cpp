@@ -3,12 +3,16 @@
 #include <cxxabi.h>
 
 #include <map>
+#include <mutex>
+#include <set>
 #include <string>
 #include <utility>
 
 #include <TQFoundation/base/NumberText.h>
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/files/FileServices.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
@@ -46,6 +50,19 @@ class Level {
   int& depth_;
 };
 
+/// Logs, once for each class, that its objects can be written but not read.
+void logWriteOnly(const Class& written) {
+  static auto& lock = *new std::mutex;
+  static auto& logged = *new std::set<const Class*>;
+  {
+    const std::scoped_lock guard(lock);
+    if (!logged.insert(&written).second) return;
+  }
+  const std::string name(written.name());
+  plainLog("Objects of class " + name + " are archived but cannot be read back: there is no " +
+           "public constructor " + name + "(tq::TQJSONDecoder&).\n");
+}
+
 char* copyText(char* to, std::string_view text) noexcept {
   std::char_traits<char>::copy(to, text.data(), text.size());
   return to + text.size();
@@ -67,6 +84,9 @@ char* writePair17(char* to, double a, double b) noexcept {
 }  // namespace
 
 bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  if (depth_ == 0 && std::exchange(isUsed_, true)) {
+    setError(TQJSONEncoderError, 0, "The encoder has been used before. It writes one archive.");
+  }
   if (!error_) {
     try {
       encodeObject(object);
@@ -117,7 +137,10 @@ void TQJSONEncoder::encodeObject(LentObject lent) {
     if (replacement) object = replacement.get();
   }
   const Level level(depth_);
-  if (const auto encodeAsJSON = object->objectClass().json().encodeAsJSON) {
+  const Ref<Object> kept(const_cast<Object*>(object));  // the host may release all other references
+  const Class& written = object->objectClass();
+  if (const auto encodeAsJSON = written.json().encodeAsJSON) {
+    if (written.classForCoder().json().initWithJSONDecoder == nullptr) logWriteOnly(written);
     startEncodingObject(*object, *this);
     encodeAsJSON(*object, *this);
     finishEncodingObject(*object, *this);
@@ -175,11 +198,18 @@ void TQJSONEncoder::writeKey(std::string_view key, bool includeSeparator) {
     char* to = cursor_;
     if (includeSeparator) *to++ = ',';
     *to++ = '"';
-    to = copyText(to, key);
-    *to++ = '"';
-    *to++ = ':';
-    cursor_ = to;
-    return;
+    if (detail::copyUnescaped(to, key)) {
+      to += key.size();
+      *to++ = '"';
+      *to++ = ':';
+      cursor_ = to;
+      return;
+    }
+  }
+  if (!key.empty() && !Class::isPlainName(key)) {
+    setError(TQJSONEncoderError, 0,
+             "The key \"" + std::string(key) +
+                 "\" has a quotation mark, a backslash or a control character.");
   }
   write(includeSeparator ? ",\"" : "\"");
   write(key);
@@ -242,7 +272,17 @@ void TQJSONEncoder::encodeRect(const Rect& rect, std::string_view forKey) {
 // MARK: class names
 
 void TQJSONEncoder::setAliasName(std::string_view name, const Class& forClass) {
-  TQJSONEncoderClassMap().insert_or_assign(&forClass.classForCoder(), std::string(name));
+  TQ_ASSERT(Class::isPlainName(name));
+  const Class& named = forClass.classForCoder();
+  const Class* other = Class::classNamed(name);
+  for (const auto& [aliased, alias] : TQJSONEncoderClassMap()) {
+    if (alias == name && aliased != &named) other = aliased;
+  }
+  if (other != nullptr && other != &named) {
+    plainLog("The classes " + std::string(other->name()) + " and " + std::string(named.name()) +
+             " have the same name in archives, " + std::string(name) + ".\n");
+  }
+  TQJSONEncoderClassMap().insert_or_assign(&named, std::string(name));
 }
 
 // Objects of one class often follow each other, so the last result is cached.

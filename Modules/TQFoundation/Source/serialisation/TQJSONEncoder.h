@@ -65,8 +65,12 @@ class LentObject {
 ///   9.999999999999999.
 ///
 /// Keys and class names are written unchanged. They must be plain identifiers, without quotation
-/// marks, backslashes and control characters.
+/// marks, backslashes and control characters. Any other key is error 0. Objects of a class without
+/// a constructor that takes a decoder are written, but cannot be read back: the log gets a line for
+/// each such class.
 ///
+/// Changes: encodeAsJSON() may release the object itself and what contains it. An array or a
+///          dictionary that it changes while the container is being written is error 0.
 /// Depth:   containers may nest kDepthLimit deep, as in the decoder. A deeper graph is error 0; so
 ///          is a cyclic one.
 /// Threads: one at a time, and one archive for each encoder. Encoders on different threads are
@@ -105,7 +109,9 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] static Ref<TQJSONEncoder> encoderForWritingToURL(const URL& url);
 
   /// Writes an archive. An exception that an object throws is caught and becomes error 0 with the
-  /// exception's text; nothing is written after the failed object.
+  /// exception's text; nothing is written after the failed object. Null succeeds and writes
+  /// nothing; a decoder cannot read the empty text. A second call is error 0 and writes
+  /// nothing, unless it comes from an object that is being encoded: then it writes a value.
   /// @return false if an error was recorded; `error` then receives it
   virtual bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr);
 
@@ -166,7 +172,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   void setError(std::string_view domain, std::int64_t code, std::string_view description);
 
   /// Sets the name in archives of the coding class of `forClass`, but not of its subclasses. Must
-  /// be called at start-up, before anything is encoded: the table has no lock.
+  /// be called at start-up, before anything is encoded: the table has no lock. A name that is not
+  /// plain (see Class::isPlainName) stops the process; the name of another class is logged.
   static void setAliasName(std::string_view name, const Class& forClass);
 
   /// Returns the name of a coding class in archives: its alias, else its own name.
@@ -186,6 +193,9 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] char* windowCursor() const noexcept { return cursor_; }
   [[nodiscard]] char* windowEnd() const noexcept { return windowEnd_; }
 
+  /// True if encodeRootObject() has been called. An encoder writes one archive.
+  [[nodiscard]] bool isUsed() const noexcept { return isUsed_; }
+
  private:
   template <std::size_t capacity, class Write>
   void writeShort(Write&& write);
@@ -194,6 +204,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   char* cursor_ = nullptr;
   char* windowEnd_ = nullptr;
   int depth_ = 0;
+  bool isUsed_ = false;
   const Class* namedClass_ = nullptr;  // the argument of the last archiveNameOf(), and its result
   std::string_view archiveName_;
   Weak<Object> userInfo_;

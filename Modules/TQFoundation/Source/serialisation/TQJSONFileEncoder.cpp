@@ -52,7 +52,9 @@ void TQJSONFileEncoder::writeOut(std::size_t count) {
 }
 
 bool TQJSONFileEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  const bool wasUsed = isUsed();
   const bool encoded = TQJSONEncoder::encodeRootObject(object, error);
+  if (wasUsed) return encoded;  // the buffer still has the end of the first archive
   try {
     finishWriting();
   } catch (const abi::__forced_unwind&) {

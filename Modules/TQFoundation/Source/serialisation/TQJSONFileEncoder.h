@@ -33,9 +33,10 @@ class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEnc
 
   /// Writes the content of the buffer with one system call. The buffer is not emptied: a second
   /// call writes the same bytes again.
-  void finishWriting();
+  virtual void finishWriting();
 
-  /// Writes an archive and calls finishWriting(), whether or not the encoding succeeded.
+  /// Writes an archive and calls finishWriting(), whether or not the encoding succeeded. What
+  /// finishWriting() of a derived class throws is error 1.
   bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr) override;
   /// Appends to the buffer.
   void writeData(const void* bytes, std::size_t length) final;

@@ -55,11 +55,11 @@ TEST(JSONFault, DecodingSurvivesEveryFailedAllocation) {
   };
   const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithData(*archive);
   const Ref<Object> tree = decoder->root();
-  failEachAllocation([&] { return isWhole(TQJSONDecoder::decodeData(*archive, nullptr)); });
+  failEachAllocation([&] { return isWhole(TQJSONDecoder::decodeDataError(*archive, nullptr)); });
   failEachAllocation([&] { return isWhole(TQJSONDecoder::initWithRootObject(tree)->decode()); });
   failEachAllocation([&] {
     Ref<Error> error;
-    return !TQJSONDecoder::decodeData(*test::data("[1,\"\\x\""), &error) && error;
+    return !TQJSONDecoder::decodeDataError(*test::data("[1,\"\\x\""), &error) && error;
   });
   for (long n = 0; n < 200; ++n) {  // a decoder that failed can decode again
     allocationsToGo = n;

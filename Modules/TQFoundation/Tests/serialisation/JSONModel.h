@@ -136,7 +136,7 @@ inline Ref<Object> graphOf(unsigned seed, int depth) {
 
 inline Ref<Object> decoded(std::string_view text, Ref<Error>* error = nullptr) {
   Ref<Error> unasked;
-  return TQJSONDecoder::decodeData(*data(text), error != nullptr ? error : &unasked);
+  return TQJSONDecoder::decodeDataError(*data(text), error != nullptr ? error : &unasked);
 }
 
 inline void expectError(const Ref<Error>& error, std::string_view domain, std::int64_t code,

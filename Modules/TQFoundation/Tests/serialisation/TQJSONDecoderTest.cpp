@@ -96,6 +96,77 @@ TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
   EXPECT_EQ(refCast<Array>(decoder->decode())->count(), 3u);
 }
 
+/// Exists only in keyed archives. Counts its instances by level: the root is 0.
+struct Hosted final : Subclass<Hosted> {
+  static constexpr std::string_view className = "Hosted";
+  Hosted() { ++made; }
+  void encodeWithCoder(KeyedArchiver& archiver) const { archiver.encodeObject(child, "child"); }
+  bool initWithCoder(KeyedUnarchiver& unarchiver) {
+    child = unarchiver.decodeObjectForKey("child");
+    return true;
+  }
+  Ref<Object> child;
+  static inline int made = 0;
+};
+
+struct Refusing final : Subclass<Refusing>, TQJSONDecoderDelegate {
+  static constexpr std::string_view className = "Refusing";
+  bool shouldInstantiateObjectOfClass(TQJSONDecoder&, const Class& objectClass) override {
+    asked += std::string(objectClass.name()) + " ";
+    return allowed;
+  }
+  std::string asked;
+  bool allowed = false;
+};
+
+TEST_F(TQJSONDecoderTest, RefusesClassesOfKeyedArchivesBeforeConstruction) {
+  Class::registerClass<Hosted>();
+  const Ref<Hosted> root = makeRef<Hosted>();
+  root->child = Set::setWithObjects({makeRef<Hosted>(), URL::fileURLWithPath("/a")});
+  const Ref<Data> one = TQJSONEncoder::encodeObjectAsData(root);
+  const Ref<Data> inSet = TQJSONEncoder::encodeObjectAsData(root->child);
+  const Ref<Refusing> judge = makeRef<Refusing>();
+  for (const Ref<Data>& archive : {one, inSet}) {
+    const auto read = [&](bool allowed, Ref<Error>* error) {
+      const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithData(*archive);
+      decoder->setDelegate(Weak<TQJSONDecoderDelegate>(judge));
+      judge->asked.clear();
+      judge->allowed = allowed;
+      Hosted::made = 0;
+      return bool(decoder->decode(error));
+    };
+    Ref<Error> error;
+    EXPECT_FALSE(read(false, &error));
+    EXPECT_EQ(Hosted::made, 0);
+    EXPECT_EQ(judge->asked, "Hosted ");
+    expectError(error, TQJSONDecoderError, 0, "Invalid object class Hosted found in archive");
+    EXPECT_TRUE(read(true, &error));
+    EXPECT_EQ(judge->asked, "Hosted ");
+    for (const char* banned : {"Hosted", "NSSet"}) {
+      TQJSONDecoder::setClass(nullptr, banned);
+      EXPECT_FALSE(read(true, &error));
+      EXPECT_FALSE(error);
+      EXPECT_TRUE(banned != Hosted::className || Hosted::made == 0);
+      TQJSONDecoder::setClass(Class::classNamed(banned), banned);
+    }
+  }
+}
+
+TEST_F(TQJSONDecoderTest, RecordsWhatConstructorsThrowAndMembersOfAnotherKind) {
+  Ref<Error> error;
+  EXPECT_FALSE(decoded(R"([1,{"_class":"Throwing"}])", &error));
+  expectError(error, TQJSONDecoderError, TQJSONDecoder::kConstructorThrew, "thrown");
+  reading(R"("s":"text","n":1,"u":{"_class":"Unknown"})", [](TQJSONDecoder& decoder) {
+    EXPECT_EQ(described(decoder.decodeObjectForKey<String>("s")), "text");
+    EXPECT_FALSE(decoder.decodeObjectForKey<String>("absent"));
+    EXPECT_FALSE(decoder.decodeObjectForKey<String>("u"));
+    EXPECT_FALSE(decoder.error() && decoder.error()->code() != TQJSONDecoder::kWrongKind);
+    EXPECT_FALSE(decoder.decodeObjectForKey<Array>("n"));
+    expectError(decoder.error(), TQJSONDecoderError, TQJSONDecoder::kWrongKind,
+                "The member \"n\" is an object of class Number, not Array.");
+  });
+}
+
 TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
   constexpr auto kLargest = std::numeric_limits<std::int64_t>::max();
   const struct {
@@ -162,7 +233,7 @@ TEST_F(TQJSONDecoderTest, EachObjectReadsItsOwnMembers) {
 
 TEST_F(TQJSONDecoderTest, AnObjectMayDecodeAnotherRootOnItsWay) {
   Scripted::onDecode() = [](TQJSONDecoder& decoder) {
-    EXPECT_EQ(described(decoder.decodeDataError(*data(R"([{"a":7}])"), nullptr)), "({a = 7;})");
+    EXPECT_EQ(described(decoder.decodeData(*data(R"([{"a":7}])"), nullptr)), "({a = 7;})");
     const auto tree = Dictionary::dictionaryWithEntries({{"a", num(8)}});
     EXPECT_EQ(described(decoder.decodeDictionary(tree, nullptr)), "{a = 8;}");
     EXPECT_EQ(decoder.root(), tree);
@@ -226,7 +297,7 @@ TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {
     static_cast<void>(decoder->decode(&error));
     expectError(error, TQJSONDecoderError, 1,
                 "The parsed tree is cyclic, or nested deeper than 512 containers.");
-    EXPECT_EQ(described(decoder->decodeDataError(*data("[[7]]"), nullptr)), "((7))");
+    EXPECT_EQ(described(decoder->decodeData(*data("[[7]]"), nullptr)), "((7))");
     EXPECT_EQ(described(decoder->decodeObject(*Array::arrayWithObjects({str("y")}))), "(y)");
   }
   cycle->removeAllObjects();
@@ -245,9 +316,9 @@ TEST_F(TQJSONDecoderTest, ReadsFilesAndOneTextAfterAnother) {
 
   const auto decoder = TQJSONDecoder::initWithData(std::as_bytes(std::span("[1]", 3)));
   for (int i = 0; i < 2; ++i) EXPECT_EQ(described(decoder->decode()), "(1)");
-  EXPECT_FALSE(decoder->decodeDataError(*data("["), &error));
+  EXPECT_FALSE(decoder->decodeData(*data("["), &error));
   const Ref<Error> first = error;
-  EXPECT_EQ(described(decoder->decodeDataError(*data("[3]"), &error)), "(3)");
+  EXPECT_EQ(described(decoder->decodeData(*data("[3]"), &error)), "(3)");
   EXPECT_EQ(error, first);
 }
 

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "serialisation/JSONModel.h"
+#include "support/CapturedLog.h"
 
 namespace tq {
 namespace {
@@ -141,6 +142,68 @@ TEST(TQJSONEncoder, KeepsTheFirstErrorAndEncodesNothingWithOneFromBefore) {
   sink->setError(error);
   EXPECT_FALSE(sink->encodeRootObject(num(1)));
   EXPECT_EQ(sink->text, "");
+}
+
+TEST(TQJSONEncoder, ReportsWhatTheHostChangesMeanwhile) {
+  const Ref<MutableArray> array = MutableArray::array();
+  const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+  const std::function<void()> changes[] = {
+      [&] { array->removeAllObjects(), dictionary->removeAllObjects(); },
+      [&] { array->addObject(num(1)), dictionary->setObject(num(1), "new"); },
+  };
+  for (const auto& change : changes) {
+    for (const Ref<Object>& container : {Ref<Object>(array), Ref<Object>(dictionary)}) {
+      array->removeAllObjects();
+      dictionary->removeAllObjects();
+      for (const char* key : {"a", "b"}) {  // the containers have the only references
+        const auto element = makeRef<Scripted>([&](TQJSONEncoder&) { change(); });
+        array->addObject(element);
+        dictionary->setObject(element, key);
+      }
+      Ref<Error> error;
+      EXPECT_FALSE(TQJSONEncoder::encodeObjectAsData(container, &error));
+      expectError(error, TQJSONEncoderError, 0, "A container was changed while it was encoded.");
+    }
+  }
+  const Ref<MutableData> buffer = MutableData::data();
+  Ref<Error> error;
+  EXPECT_FALSE(TQJSONDataEncoder::initWithData(buffer)->encodeRootObject(
+      Array::arrayWithObjects({buffer}), &error));
+  expectError(error, TQJSONEncoderError, 0,
+              "The archive cannot contain the data it is written to.");
+}
+
+struct WriteOnly final : Subclass<WriteOnly> {
+  static constexpr std::string_view className = "WriteOnly";
+  void encodeAsJSON(TQJSONEncoder&) const {}
+};
+
+TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
+  const CapturedLog log;
+  for (int i = 0; i < 2; ++i) archiveOf(Array::arrayWithObjects({makeRef<WriteOnly>()}));
+  ASSERT_EQ(log.messages().size(), 1u);
+  EXPECT_TRUE(log.messages()[0].starts_with("Objects of class WriteOnly are archived but cannot"));
+  TQJSONEncoder::setAliasName("NSArray", classOf<WriteOnly>);
+  EXPECT_EQ(log.messages().back(),
+            "The classes Array and WriteOnly have the same name in archives, NSArray.\n");
+
+  const std::pair<std::string_view, bool> keys[] = {{"", true},     {"a/b", true},
+                                                    {"é", true},    {"a\"b", false},
+                                                    {"a\\", false}, {"long key\x1f", false}};
+  for (const auto& [key, isPlain] : keys) {
+    Ref<Error> error;
+    membersOf([&, key = key](TQJSONEncoder& e) { e.encodeBool(true, key); }, &error);
+    EXPECT_EQ(!error, isPlain) << key;
+    EXPECT_TRUE(!error || error->localizedDescription().find(key) != std::string_view::npos);
+  }
+  const auto sink = makeRef<TextSink>();
+  Ref<Error> error;
+  EXPECT_TRUE(sink->encodeRootObject(num(1)));
+  EXPECT_FALSE(sink->encodeRootObject(num(2), &error));
+  EXPECT_EQ(sink->text, "1");
+  expectError(error, TQJSONEncoderError, 0,
+              "The encoder has been used before. It writes one archive.");
+  EXPECT_EQ(archiveOf(nullptr), "");
 }
 
 }  // namespace

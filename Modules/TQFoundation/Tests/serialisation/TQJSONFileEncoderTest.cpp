@@ -109,6 +109,23 @@ TEST(TQJSONFileEncoder, ReportsTheFirstFailedWriteAndGoesOn) {
   EXPECT_EQ(Writes::text, "[]");
 }
 
+struct ThrowingSink final : Subclass<ThrowingSink, TQJSONFileEncoder> {
+  static constexpr std::string_view className = "ThrowingSink";
+  ThrowingSink() : Subclass(anyFile) {}
+  void finishWriting() override { throw std::runtime_error("no flush"); }
+};
+
+TEST(TQJSONFileEncoder, WritesOneArchiveAndReportsWhatTheFlushThrows) {
+  const Writes writes;
+  Ref<Error> error;
+  EXPECT_FALSE(makeRef<ThrowingSink>()->encodeRootObject(num(1), &error));
+  expectError(error, TQJSONFileEncoderError, 1, "no flush");
+  const Ref<TQJSONFileEncoder> sink = TQJSONFileEncoder::initWithFile(anyFile);
+  EXPECT_TRUE(sink->encodeRootObject(num(1)));
+  EXPECT_FALSE(sink->encodeRootObject(num(2), &error));
+  EXPECT_EQ(Writes::text, "1");  // not twice
+}
+
 TEST(TQJSONURLEncoder, WritesOverAnExistingFileAndCreatesNone) {
   const TemporaryDirectory directory;
   const Ref<URL> url = URL::fileURLWithPath(directory.write("x", "0123456789"));

@@ -156,7 +156,9 @@ const Class* KeyedUnarchiver::Reader::classAt(const std::optional<Node>& referen
   const auto members = record(list_.node(list_.reference(objects_, uid)));
   const auto name = members ? value(*members, kClassNameKey) : std::nullopt;
   const Ref<String> text = name ? detail::stringFromNode(*name) : nullptr;
-  return entry->second = text ? Class::classNamed(text->view()) : nullptr;
+  const Class* named = text ? Class::classNamed(text->view()) : nullptr;
+  if (named != nullptr && mayInstantiate_ && !mayInstantiate_(*named)) named = nullptr;
+  return entry->second = named;
 }
 
 Ref<Object> KeyedUnarchiver::Reader::makeFromRecord(Slot& slot, const Node& node) {
@@ -318,11 +320,12 @@ Ref<Object> KeyedUnarchiver::Reader::readMutableDictionary() {
   }
   return dictionary;
 }
-Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> archive) {
+Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> archive,
+                                                 const ClassFilter& mayInstantiate) {
   const auto list = detail::BinaryPropertyListReader::open(archive, kMostReadings);
   if (!list) return nullptr;
   try {
-    return Reader(*list).readRoot();
+    return Reader(*list, mayInstantiate).readRoot();
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const abi::__forced_unwind&) {

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -41,12 +42,19 @@ class TQ_EXPORT KeyedUnarchiver {
   /// How many times each byte of an archive may be read.
   static constexpr std::size_t kMostReadings = 16;
 
+  /// Returns whether objects of a class may be created. May throw.
+  using ClassFilter = std::function<bool(const Class&)>;
+
   /// Returns the object with the key "root".
+  /// @param mayInstantiate  if not empty, called for each class that the archive names, before an
+  ///         object of it is created; false makes the result null. It may be called more than once
+  ///         for a class.
   /// @return null if the bytes are not an archive, contain an unknown class or an invalid object,
   /// or
   ///         if an initWithCoder returns false or throws
   /// @throws std::bad_alloc
-  [[nodiscard]] static Ref<Object> unarchiveRootObject(std::span<const std::byte> archive);
+  [[nodiscard]] static Ref<Object> unarchiveRootObject(std::span<const std::byte> archive,
+                                                       const ClassFilter& mayInstantiate = {});
 
   KeyedUnarchiver(const KeyedUnarchiver&) = delete;
   KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;

@@ -19,7 +19,7 @@ struct Dot final : tq::Subclass<Dot> {
 int main() {
   tq::Class::registerClass<Dot>();
   const auto archive = tq::TQJSONEncoder::encodeObjectAsData(tq::makeRef<Dot>(tq::Point{3, 4}));
-  const auto dot = tq::refCast<Dot>(tq::TQJSONDecoder::decodeData(*archive, nullptr));
+  const auto dot = tq::refCast<Dot>(tq::TQJSONDecoder::decodeDataError(*archive, nullptr));
   const bool isEqual = dot && dot->at_ == tq::Point{3, 4};
   std::puts(isEqual ? "the object is unchanged" : "the object has changed");
   return isEqual ? 0 : 1;

@@ -28,7 +28,8 @@ class KeyedUnarchiver::Reader {
   using Kind = detail::BinaryPropertyListReader::Kind;
   using UID = std::uint64_t;
 
-  explicit Reader(detail::BinaryPropertyListReader list) noexcept : list_(list) {}
+  Reader(detail::BinaryPropertyListReader list, const ClassFilter& mayInstantiate) noexcept
+      : list_(list), mayInstantiate_(mayInstantiate) {}
 
   Ref<Object> readRoot();
 
@@ -79,6 +80,7 @@ class KeyedUnarchiver::Reader {
   std::optional<std::pair<Keys, std::vector<UID>>> entries();
 
   detail::BinaryPropertyListReader list_;
+  const ClassFilter& mayInstantiate_;
   Node objects_{};
   std::vector<Slot> slots_;  // by UID
   std::unordered_map<UID, const Class*> classes_;
