@@ -30,11 +30,11 @@ Document::Document(tq::Ref<tq::String> title, Page page, tq::Ref<Group> root,
 }
 
 Document::Document(tq::TQJSONDecoder& decoder)
-    : title_(tq::refCast<tq::String>(decoder.decodeObjectForKey("title"))),
+    : title_(decoder.decodeObjectForKey<tq::String>("title")),
       page_{decoder.decodeSizeForKey("size"), decoder.decodeRectForKey("viewBox"),
-            tq::refCast<tq::String>(decoder.decodeObjectForKey("fit"))},
-      root_(tq::refCast<Group>(decoder.decodeObjectForKey("root"))),
-      unsupported_(tq::refCast<tq::Dictionary>(decoder.decodeObjectForKey("unsupported"))) {
+            decoder.decodeObjectForKey<tq::String>("fit")},
+      root_(decoder.decodeObjectForKey<Group>("root")),
+      unsupported_(decoder.decodeObjectForKey<tq::Dictionary>("unsupported")) {
   if (!page_.fit) page_.fit = tq::String::of("");
   if (!unsupported_) unsupported_ = tq::Dictionary::dictionary();
   if (!root_) {

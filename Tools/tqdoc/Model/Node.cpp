@@ -8,13 +8,15 @@
 namespace tqdoc {
 namespace {
 
-/// Decodes the member `key`. Returns `otherwise` if it is absent or, with an error, not a T.
+/// Decodes the member `key`. Returns `otherwise` if it is absent or, with an error, not a T. An
+/// object of an unknown class is an error too: it would be lost when the drawing is saved.
 template <class T>
 [[nodiscard]] tq::Ref<T> decodeAs(tq::TQJSONDecoder& decoder, std::string_view key,
                                   tq::Ref<T> otherwise) {
-  if (!decoder.containsValueForKey(key)) return otherwise;
-  if (auto object = tq::refCast<T>(decoder.decodeObjectForKey(key))) return object;
-  refuse(decoder, "the member \"" + std::string(key) + "\" is of the wrong kind");
+  if (auto object = decoder.decodeObjectForKey<T>(key)) return object;
+  if (decoder.containsValueForKey(key)) {
+    refuse(decoder, "the member \"" + std::string(key) + "\" is of the wrong kind");
+  }
   return otherwise;
 }
 

@@ -20,7 +20,7 @@ namespace {
 }  // namespace
 
 PathData::PathData(tq::TQJSONDecoder& decoder) {
-  const auto steps = tq::refCast<tq::String>(decoder.decodeObjectForKey("steps"));
+  const auto steps = decoder.decodeObjectForKey<tq::String>("steps");
   auto coordinates = decodeNumbers(decoder, "coordinates");
   if (!steps || !coordinates || !fits(steps->view(), coordinates->size())) {
     refuse(decoder, "a path's steps and coordinates do not fit each other");
