@@ -8,6 +8,7 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/detail/Describe.h>
+#include <TQFoundation/objects/detail/Equality.h>
 
 // A fixed array stores its contents after the object:
 //   objects:            count × Ref<Object>
@@ -125,17 +126,7 @@ const Ref<Object>* Array::box() const {
 
 bool Array::isEqual(const Object& other) const {
   if (this == &other) return true;
-  if (other.kind() != ObjectKind::array) return false;
-  const auto& array = static_cast<const Array&>(other);
-  if (count_ != array.count_) return false;
-  if (isPacked() && array.isPacked()) {
-    for (std::size_t i = 0; i < count_; ++i) {
-      if (!numberAtIndex(i).isEqual(array.numberAtIndex(i))) return false;
-    }
-    return true;
-  }
-  return std::equal(begin(), end(), array.begin(),
-                    [](const Object& a, const Object& b) { return a.isEqual(b); });
+  return other.kind() == ObjectKind::array && detail::haveEqualContents(*this, other);
 }
 
 /// Uses the count and three elements. A packed array is not boxed for this.
@@ -150,14 +141,16 @@ std::size_t Array::hash() const {
 }
 
 std::string Array::description() const {
-  const detail::DescriptionLevel level;
-  if (level.isTooDeep()) return "(…)";
-  std::string text = "(";
-  for (std::size_t i = 0; i < count_; ++i) {
-    if (i != 0) text += ", ";
-    text += isPacked() ? numberAtIndex(i).text() : elements()[i]->description();
+  detail::ContainerDescription text("(");
+  for (std::size_t i = 0; i < count_ && !text.isFull(); ++i) {
+    if (i != 0) text.add(", ");
+    if (isPacked()) {
+      text.add(numberAtIndex(i).text());
+    } else {
+      text.add(*elements()[i]);
+    }
   }
-  return text += ")";
+  return text.finish(")");
 }
 
 Ref<MutableArray> MutableArray::array() { return Ref<MutableArray>::adopt(new MutableArray); }

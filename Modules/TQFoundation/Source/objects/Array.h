@@ -114,11 +114,13 @@ class TQ_EXPORT Array : public Subclass<Array> {
   }
 
   /// Returns true if the counts and the elements at each index are equal, for packed, boxed and
-  /// mutable arrays.
+  /// mutable arrays. Arrays, dictionaries and sets may nest to any depth. Cost: linear in the
+  /// containers that exist, however often they are shared.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines the count and the hashes of the first, middle and last element.
   [[nodiscard]] std::size_t hash() const override;
-  /// Returns "(a, b)" of the elements' descriptions, at most 32 levels deep.
+  /// Returns "(a, b)" of the elements' descriptions. What is more than 32 levels deep, or beyond
+  /// 1 MiB in total, is replaced by "…".
   [[nodiscard]] std::string description() const override;
 
  protected:

@@ -9,6 +9,7 @@
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/detail/Describe.h>
+#include <TQFoundation/objects/detail/Equality.h>
 
 namespace tq {
 
@@ -74,14 +75,7 @@ Object* Dictionary::objectForKey(std::string_view key) const {
 
 bool Dictionary::isEqual(const Object& other) const {
   if (this == &other) return true;
-  if (other.kind() != ObjectKind::dictionary) return false;
-  const auto& dictionary = static_cast<const Dictionary&>(other);
-  if (count() != dictionary.count()) return false;
-  for (const Entry entry : *this) {
-    const Object* counterpart = dictionary.objectForKey(entry.key);
-    if (counterpart == nullptr || !entry.value.isEqual(*counterpart)) return false;
-  }
-  return true;
+  return other.kind() == ObjectKind::dictionary && detail::haveEqualContents(*this, other);
 }
 
 /// A sum, because equal dictionaries may have their entries in different orders.
@@ -95,17 +89,18 @@ std::size_t Dictionary::hash() const {
 }
 
 std::string Dictionary::description() const {
-  const detail::DescriptionLevel level;
-  if (level.isTooDeep()) return "{…}";
-  std::string text = "{";
+  detail::ContainerDescription text("{");
+  std::string_view separator;
   for (const Entry entry : *this) {
-    text.append(entry.key.description())
-        .append(" = ")
-        .append(entry.value.description())
-        .append("; ");
+    if (text.isFull()) break;
+    text.add(separator);
+    text.add(entry.key);
+    text.add(" = ");
+    text.add(entry.value);
+    text.add(";");
+    separator = " ";
   }
-  if (text.size() > 1) text.pop_back();
-  return text += "}";
+  return text.finish("}");
 }
 
 MutableDictionary::MutableDictionary() : Subclass(makeRef<DictionaryKeys>()) {}

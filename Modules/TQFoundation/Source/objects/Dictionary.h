@@ -94,7 +94,7 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines all entries; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;
-  /// Returns "{key = value; …}", at most 32 levels deep.
+  /// Returns "{key = value; …}", with the limits of Array::description().
   [[nodiscard]] std::string description() const override;
 
  protected:

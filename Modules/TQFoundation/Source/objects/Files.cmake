@@ -22,6 +22,7 @@ tq_room(objects
   INTERNAL
   Construction.h
   DictionaryKeys.cpp DictionaryKeys.h
+  Equality.cpp
   FilledData.h
   Hash.cpp Hash.h
   TextWords.h

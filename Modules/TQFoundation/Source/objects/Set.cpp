@@ -1,12 +1,12 @@
 #include <TQFoundation/objects/Set.h>
 
-#include <algorithm>
 #include <utility>
 
 #include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/detail/Describe.h>
+#include <TQFoundation/objects/detail/Equality.h>
 
 namespace tq {
 
@@ -44,9 +44,7 @@ Array::Iterator Set::begin() const noexcept { return Array::Iterator(allObjects(
 
 bool Set::isEqual(const Object& other) const {
   if (this == &other) return true;
-  const auto* set = objectCast<Set>(&other);
-  return set != nullptr && count() == set->count() &&
-         std::all_of(begin(), end(), [set](const Object& o) { return set->containsObject(o); });
+  return objectCast<Set>(&other) != nullptr && detail::haveEqualContents(*this, other);
 }
 
 /// A sum, because equal sets may have their members in different orders.
@@ -57,14 +55,15 @@ std::size_t Set::hash() const {
 }
 
 std::string Set::description() const {
-  const detail::DescriptionLevel level;
-  if (level.isTooDeep()) return "{(…)}";
-  std::string text = "{(";
+  detail::ContainerDescription text("{(");
+  std::string_view separator;
   for (const Object& object : *this) {
-    if (text.size() > 2) text += ", ";
-    text += object.description();
+    if (text.isFull()) break;
+    text.add(separator);
+    text.add(object);
+    separator = ", ";
   }
-  return text += ")}";
+  return text.finish(")}");
 }
 
 }  // namespace tq

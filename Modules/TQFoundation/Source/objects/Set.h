@@ -57,7 +57,7 @@ class TQ_EXPORT Set final : public Subclass<Set> {
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines all members; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;
-  /// Returns "{(a, b)}", at most 32 levels deep.
+  /// Returns "{(a, b)}", with the limits of Array::description().
   [[nodiscard]] std::string description() const override;
 
  private:

@@ -4,6 +4,7 @@ tq_add_room_tests(TQObjects
   ${CMAKE_CURRENT_LIST_DIR}/DictionaryTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NumberTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ObjectTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/SharedContainersTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/StringTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ValueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WeakTest.cpp)

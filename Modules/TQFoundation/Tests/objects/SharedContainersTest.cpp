@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/String.h>
+
+namespace tq {
+namespace {
+
+Ref<Object> arrayOf(Ref<Object> a, Ref<Object> b) {
+  return Array::arrayWithObjects({std::move(a), std::move(b)});
+}
+
+Ref<Object> growingOf(Ref<Object> a, Ref<Object> b) {
+  Ref<MutableArray> array = MutableArray::array();
+  array->addObject(std::move(a));
+  array->addObject(std::move(b));
+  return array;
+}
+
+Ref<Object> dictionaryOf(Ref<Object> a, Ref<Object> b) {
+  return Dictionary::dictionaryWithEntries({{"a", std::move(a)}, {"b", std::move(b)}});
+}
+
+constexpr Ref<Object> (*kPairs[])(Ref<Object>, Ref<Object>) = {arrayOf, growingOf, dictionaryOf};
+
+/// A container of 2^60 paths to one leaf.
+Ref<Object> doubled(Ref<Object> (*pair)(Ref<Object>, Ref<Object>), std::string_view leaf) {
+  Ref<Object> object = String::of(leaf);
+  for (int i = 0; i < 60; ++i) object = pair(object, object);
+  return object;
+}
+
+Ref<Object> nest(int form, Ref<Object> object) {
+  if (form == 0) return growingOf(std::move(object), Null::null());
+  if (form == 1) return Set::setWithObjects({std::move(object)});
+  return Dictionary::dictionaryWithEntries({{"key", std::move(object)}});
+}
+
+/// A million containers, one inside of the other.
+Ref<Object> deep(int form) {
+  Ref<Object> object = String::of("leaf");
+  for (int i = 0; i < 1'000'000; ++i) object = nest(form, std::move(object));
+  return object;
+}
+
+void expectUsable(const Ref<Object>& a, const Ref<Object>& same, const Ref<Object>& other) {
+  EXPECT_TRUE(a->isEqual(*same));
+  EXPECT_FALSE(a->isEqual(*other));
+  EXPECT_EQ(a->hash(), same->hash());
+  EXPECT_TRUE(a->copy()->isEqual(*a));
+  EXPECT_LT(a->description().size(), std::size_t{2} << 20);
+}
+
+// Each path by itself would take years.
+TEST(SharedContainers, AreComparedOnce) {
+  for (const auto pair : kPairs) {
+    expectUsable(doubled(pair, "a"), doubled(pair, "a"), doubled(pair, "b"));
+  }
+  // Each part of one graph corresponds to several parts of the other one.
+  Ref<Object> a = String::of("leaf");
+  Ref<Object> b = String::of("leaf");
+  for (int i = 0; i < 60; ++i) {
+    const Ref<Object> next = arrayOf(b, a);
+    b = arrayOf(a, b);
+    a = next;
+  }
+  EXPECT_TRUE(a->isEqual(*b));
+  // A wide container that is shared often.
+  const auto wide = [](std::string_view last) {
+    std::vector<Ref<Object>> leaves(30'000, String::of("leaf"));
+    leaves.back() = String::of(last);
+    std::vector<Ref<Object>> uses(30'000, Array::arrayWithObjects(leaves));
+    return Array::arrayWithObjects(uses);
+  };
+  EXPECT_TRUE(wide("a")->isEqual(*wide("a")));
+  EXPECT_FALSE(wide("a")->isEqual(*wide("b")));
+}
+
+TEST(SharedContainers, MayBeAMillionDeep) {
+  for (int form = 0; form < 3; ++form) {
+    SCOPED_TRACE(form);
+    const Ref<Object> same = deep(form);
+    expectUsable(deep(form), same, nest(form, same));
+  }
+}
+
+TEST(SharedContainers, HaveDescriptionsOfLimitedLength) {
+  constexpr std::size_t kMiB = std::size_t{1} << 20;
+  const Ref<Object> longText = String::of(std::string(700'000, 'x') + "é");
+  const std::string text = arrayOf(longText, longText)->description();
+  EXPECT_EQ(text.substr(0, 3), "(xx");
+  EXPECT_TRUE(text.ends_with("x…)")) << text.substr(text.size() - 20);
+  EXPECT_LT(text.size(), kMiB + 10);
+  std::string characters;
+  for (int i = 0; i < 600'000; ++i) characters += "é";
+  const std::string cut = arrayOf(String::of(characters), longText)->description();
+  EXPECT_TRUE(String::stringWithUTF8(cut)) << "cut inside of a character";
+  EXPECT_TRUE(cut.ends_with("é…)"));
+  EXPECT_EQ(arrayOf(String::of("a"), dictionaryOf(String::of("b"), longText->copy()))
+                ->description()
+                .substr(0, 14),
+            "(a, {a = b; b ");
+}
+
+}  // namespace
+}  // namespace tq
