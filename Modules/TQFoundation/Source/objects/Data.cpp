@@ -124,7 +124,9 @@ std::span<std::byte> MutableData::spareRoom(std::size_t wanted) {
 
 void MutableData::commit(std::size_t count) {
   TQ_ASSERT(count <= capacity_ - length_);
+  if (count == 0) return;
   length_ += count;
+  std::memset(bytes_ + length_, 0, kReadablePadding);  // see reserveBytes()
 }
 
 Ref<Object> MutableData::copy() const { return dataWithBytes(bytes()); }

@@ -4,6 +4,7 @@
 /// Fixed data that is written in place.
 
 #include <cstddef>
+#include <cstring>
 #include <span>
 
 #include <TQFoundation/base/TQAssert.h>
@@ -25,6 +26,7 @@ class FilledData final : public Data {
   void setLength(std::size_t length) noexcept {
     TQ_ASSERT(length <= capacity_);
     length_ = length;
+    if (bytes_ != nullptr) std::memset(bytes_ + length, 0, kReadablePadding);
   }
 };
 
