@@ -108,6 +108,7 @@
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Object.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/Ref.h>
 #include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>

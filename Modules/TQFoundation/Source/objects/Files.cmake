@@ -12,6 +12,7 @@ tq_room(objects
   Null.cpp Null.h
   Number.cpp Number.h
   Object.cpp Object.h
+  ReadingLimits.cpp ReadingLimits.h
   Ref.h
   Set.cpp Set.h
   String.cpp String.h

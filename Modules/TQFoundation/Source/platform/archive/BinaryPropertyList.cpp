@@ -356,6 +356,7 @@ std::optional<BinaryPropertyListReader::Node> BinaryPropertyListReader::node(
 bool BinaryPropertyListReader::pay(std::size_t byteCount) noexcept {
   const bool isEnough = byteCount <= readingsLeft_;
   readingsLeft_ -= isEnough ? byteCount : readingsLeft_;
+  isExhausted_ |= !isEnough;
   return isEnough;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <optional>
@@ -24,9 +25,42 @@ using namespace detail::keyed;  // NOLINT: the format's vocabulary
 using Node = detail::BinaryPropertyListReader::Node;
 using UID = std::uint64_t;
 
+namespace {
+
+constexpr std::uint64_t kUnfoldedBits = (std::uint64_t{1} << 56) - 1;  // of a slot
+
+/// Returns how much an archive may unfold to. The sum of two such numbers fits into a slot.
+std::uint64_t mostUnfolded(std::uint64_t byteCount, std::uint64_t perByte) noexcept {
+  constexpr std::uint64_t kMost = kUnfoldedBits / 2;
+  return byteCount == 0 || perByte <= kMost / byteCount ? byteCount * perByte : kMost;
+}
+
+}  // namespace
+
+KeyedUnarchiver::Reader::Reader(detail::BinaryPropertyListReader list, std::size_t byteCount,
+                                const ReadingLimits& limits,
+                                const ClassFilter& mayInstantiate) noexcept
+    : list_(list),
+      mayInstantiate_(mayInstantiate),
+      mostUnfolded_(mostUnfolded(byteCount, limits.unfoldedPerByte)),
+      mostValues_(limits.values),
+      mostDepth_(std::clamp(limits.depth, 1, int{KeyedArchiver::kMaximumDepth})) {}
+
 Ref<Object> KeyedUnarchiver::Reader::fail() noexcept {
   failed_ = true;
   return nullptr;
+}
+
+Ref<Object> KeyedUnarchiver::Reader::fail(ReadingLimit limit) noexcept {
+  if (!failed_) exceeded_ = limit;
+  return fail();
+}
+
+bool KeyedUnarchiver::Reader::unfold(std::uint64_t amount) noexcept {
+  unfolded_ += std::min(amount, mostUnfolded_ + 1);
+  if (unfolded_ <= mostUnfolded_) return true;
+  fail(ReadingLimit::unfoldedPerByte);
+  return false;
 }
 
 Ref<Object> KeyedUnarchiver::Reader::readRoot() {
@@ -42,6 +76,7 @@ Ref<Object> KeyedUnarchiver::Reader::readRoot() {
     return nullptr;
   }
   objects_ = *objects;
+  if (objects_.value > mostValues_) return fail(ReadingLimit::values);
   slots_.resize(objects_.value);
   Ref<Object> root = object(value(*top, kRootKey));
   if (thrown_) std::rethrow_exception(thrown_);
@@ -67,8 +102,22 @@ std::optional<Node> KeyedUnarchiver::Reader::value(const Node& record, std::stri
   return std::nullopt;
 }
 
+namespace {
+
+/// Returns the number of bytes that a value of the list has as text or data.
+std::size_t contentSize(const Node& node) noexcept {
+  using Kind = detail::BinaryPropertyListReader::Kind;
+  const bool isContent =
+      node.kind == Kind::data || node.kind == Kind::ascii || node.kind == Kind::utf16;
+  return isContent ? node.content.size() : 0;
+}
+
+}  // namespace
+
 std::optional<Node> KeyedUnarchiver::Reader::member(std::string_view key) {
-  return failed_ ? std::nullopt : value(*record_, key);
+  if (failed_) return std::nullopt;
+  const auto node = value(*record_, key);
+  return node && unfold(contentSize(*node)) ? node : std::nullopt;
 }
 
 NumberValue KeyedUnarchiver::Reader::number(std::string_view key) {
@@ -107,7 +156,7 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
   if (uid == 0 || failed_) return nullptr;
   if (uid >= slots_.size()) return fail();
   Slot& slot = slots_[uid];
-  if (slot.state == State::read) return slot.object;
+  if (slot.state == State::read) return unfold(slot.unfolded) ? slot.object : nullptr;
   if (slot.state == State::open) {
     if (!evenUnfinished || !slot.object) return fail();
     if (auto* array = objectCast<Array>(slot.object.get()))
@@ -117,6 +166,7 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
     return slot.object;
   }
   slot.state = State::open;
+  const std::uint64_t outer = std::exchange(unfolded_, 1);
   try {
     slot.object = make(slot, uid);
   } catch (...) {
@@ -126,12 +176,14 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
     throw;
   }
   slot.state = State::read;
-  return failed_ || !slot.object ? fail() : slot.object;
+  if (failed_ || !slot.object) return fail();
+  slot.unfolded = std::exchange(unfolded_, outer) & kUnfoldedBits;
+  return unfold(slot.unfolded) ? slot.object : nullptr;
 }
 
 Ref<Object> KeyedUnarchiver::Reader::make(Slot& slot, UID uid) {
   const auto node = list_.node(list_.reference(objects_, uid));
-  if (!node) return nullptr;
+  if (!node || !unfold(contentSize(*node))) return nullptr;
   switch (node->kind) {
     case Kind::ascii:
     case Kind::utf16:
@@ -162,7 +214,7 @@ const Class* KeyedUnarchiver::Reader::classAt(const std::optional<Node>& referen
 }
 
 Ref<Object> KeyedUnarchiver::Reader::makeFromRecord(Slot& slot, const Node& node) {
-  if (depth_ == KeyedArchiver::kMaximumDepth) return nullptr;
+  if (depth_ >= mostDepth_) return fail(ReadingLimit::depth);
   const auto members = record(node);
   const Class* found = members ? classAt(value(*members, kClassKey)) : nullptr;
   if (found == nullptr) return nullptr;
@@ -214,7 +266,7 @@ Ref<Array> KeyedUnarchiver::Reader::packedArray(const std::vector<UID>& uids) {
     if (!node || node->kind != Kind::number) return nullptr;
     numbers.push_back(node->number);
   }
-  return numbers.empty() ? nullptr : Array::arrayWithNumbers(numbers);
+  return numbers.empty() || !unfold(numbers.size()) ? nullptr : Array::arrayWithNumbers(numbers);
 }
 
 Ref<Object> KeyedUnarchiver::Reader::readArray() {
@@ -320,12 +372,18 @@ Ref<Object> KeyedUnarchiver::Reader::readMutableDictionary() {
   }
   return dictionary;
 }
+
 Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> archive,
+                                                 Ref<Error>* error, const ReadingLimits& limits,
                                                  const ClassFilter& mayInstantiate) {
+  setOutError(error, nullptr);
   const auto list = detail::BinaryPropertyListReader::open(archive, kMostReadings);
   if (!list) return nullptr;
   try {
-    return Reader(*list, mayInstantiate).readRoot();
+    Reader reader(*list, archive.size(), limits, mayInstantiate);
+    Ref<Object> root = reader.readRoot();
+    if (reader.exceeded()) setOutError(error, readingLimitError(*reader.exceeded()));
+    return root;
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const abi::__forced_unwind&) {

@@ -11,6 +11,8 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
+#include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/Weak.h>
 
 namespace tq {
@@ -30,11 +32,13 @@ struct ValueRecord;
 /// - Each byte is read at most kMostReadings times, however often the file shares its parts, and
 ///   takes at most about 200 bytes of memory, without host objects. Comparing 16 bytes of a key or
 ///   of a member of a set counts as reading one.
+/// - What the objects unfold to is counted while they are read. Beyond
+///   ReadingLimits::unfoldedPerByte the archive is refused, so everything that follows all
+///   references, such as encoding the objects as JSON, is bounded by the size of the archive too.
 /// - Only decodeWeakObjectForKey() returns an object that is still being read, so a file cannot
 ///   create a cycle of strong references.
 /// - After an error in the archive, or an exception while an object is read, every key is treated
-/// as
-///   absent, and the result is null, even if the host continues.
+///   as absent, and the result is null, even if the host continues.
 ///
 /// Created by unarchiveRootObject(), which passes it to initWithCoder. One thread.
 class TQ_EXPORT KeyedUnarchiver {
@@ -46,14 +50,17 @@ class TQ_EXPORT KeyedUnarchiver {
   using ClassFilter = std::function<bool(const Class&)>;
 
   /// Returns the object with the key "root".
+  /// @param error  receives null, or the error if a limit was exceeded (see ReadingLimits). The
+  ///               other failures have no error.
   /// @param mayInstantiate  if not empty, called for each class that the archive names, before an
   ///         object of it is created; false makes the result null. It may be called more than once
   ///         for a class.
   /// @return null if the bytes are not an archive, contain an unknown class or an invalid object,
-  /// or
-  ///         if an initWithCoder returns false or throws
+  ///         or exceed a limit, or if an initWithCoder returns false or throws
   /// @throws std::bad_alloc
   [[nodiscard]] static Ref<Object> unarchiveRootObject(std::span<const std::byte> archive,
+                                                       Ref<Error>* error = nullptr,
+                                                       const ReadingLimits& limits = {},
                                                        const ClassFilter& mayInstantiate = {});
 
   KeyedUnarchiver(const KeyedUnarchiver&) = delete;

@@ -4,6 +4,7 @@
 #include <plist/plist.h>
 
 #include <algorithm>
+#include <optional>
 
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
@@ -208,17 +209,77 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
   }
 }
 
-TEST(KeyedUnarchiver, NestsToItsLimit) {
-  // Object 2 is the class, so the first array refers to 3, and so on. Each refers twice to the
-  // next: 2^512 leaves, shared in memory as in the file.
-  for (const int depth : {512, 513}) {
-    ByHand archive = {"{NS.objects=[3,3] $class=2}", "@NSArray"};
-    for (int i = 2; i <= depth; ++i) {
-      const std::string next = std::to_string(i + 2);
-      archive.add("{NS.objects=[" + next + "," + next + "] $class=2}");
-    }
-    archive.add("'x'");
-    EXPECT_EQ(archive.read() != nullptr, depth == 512) << depth;
+/// Arrays that each refer `times` times to the next one. The innermost one refers to the string
+/// "leaf". Object 2 is the class, so the first array refers to 3, and so on.
+ByHand nestedArrays(int depth, int times) {
+  ByHand archive;
+  for (int i = 1; i <= depth; ++i) {
+    std::string references;
+    for (int j = 0; j < times; ++j) references += std::to_string(i == 1 ? 3 : i + 2) + ",";
+    archive.add("{NS.objects=[" + references + "] $class=2}");
+    if (i == 1) archive.add("@NSArray");
+  }
+  archive.add("'leaf'");
+  return archive;
+}
+
+TEST(KeyedUnarchiver, RefusesWhatExceedsALimitWithAnError) {
+  Class::registerClass<Host>();
+  // Hosts and arrays in turns; each array holds the next host twice. 2 is a name, 3 and 4 classes.
+  ByHand hosts = {"{name=2 content=5 $class=3}", "'n'", "@Host", "@NSArray"};
+  for (int i = 5; i < 65; i += 2) {
+    const std::string next = std::to_string(i + 1);
+    hosts.add("{NS.objects=[" + next + "," + next + "] $class=4}");
+    hosts.add("{name=2 content=" + std::to_string(i + 2) + " $class=3}");
+  }
+  hosts.add("'leaf'");
+  ByHand longText = {"{NS.objects=[" +
+                         [] {
+                           std::string references;
+                           for (int i = 0; i < 1000; ++i) references += "3,";
+                           return references;
+                         }() +
+                         "] $class=2}",
+                     "@NSArray", "'" + std::string(1000, 'x') + "'"};
+  const struct {
+    const char* name;
+    ByHand archive;
+    ReadingLimits limits;
+    std::optional<ReadingLimit> exceeded;
+  } cases[] = {
+      {"depth", nestedArrays(512, 1), {}, {}},
+      {"too deep", nestedArrays(513, 1), {}, ReadingLimit::depth},
+      {"too deep for the host", nestedArrays(4, 1), {.depth = 3}, ReadingLimit::depth},
+      {"2^10 uses", nestedArrays(10, 2), {}, {}},
+      {"2^30 uses", nestedArrays(30, 2), {}, ReadingLimit::unfoldedPerByte},
+      {"2^512 uses", nestedArrays(512, 2), {}, ReadingLimit::unfoldedPerByte},
+      {"2^30 uses by hosts", hosts, {}, ReadingLimit::unfoldedPerByte},
+      {"2^30 uses allowed", nestedArrays(30, 2), {.unfoldedPerByte = ~std::uint64_t{0}}, {}},
+      {"2^10 uses refused",
+       nestedArrays(10, 2),
+       {.unfoldedPerByte = 8},
+       ReadingLimit::unfoldedPerByte},
+      {"a million characters", longText, {}, {}},
+      {"a million characters refused",
+       longText,
+       {.unfoldedPerByte = 100},
+       ReadingLimit::unfoldedPerByte},
+      {"values", nestedArrays(10, 1), {.values = 13}, {}},
+      {"too many values", nestedArrays(10, 1), {.values = 12}, ReadingLimit::values},
+      {"no archive", ByHand({"[3]"}), {}, {}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    ByHand archive = c.archive;
+    (void)archive.read();
+    Ref<Error> error = Error::errorWithDomain("old", 1);
+    const auto object =
+        KeyedUnarchiver::unarchiveRootObject(archive.bytes->bytes(), &error, c.limits);
+    EXPECT_EQ(object == nullptr, c.exceeded.has_value() || c.name == std::string("no archive"));
+    ASSERT_EQ(error != nullptr, c.exceeded.has_value());
+    if (!error) continue;
+    EXPECT_EQ(error->domain(), ReadingLimitsError);
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(*c.exceeded)) << error->description();
   }
 }
 

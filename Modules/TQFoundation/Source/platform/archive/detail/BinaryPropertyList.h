@@ -90,6 +90,9 @@ class BinaryPropertyListReader {
   /// exceeded.
   [[nodiscard]] bool pay(std::size_t byteCount) noexcept;
 
+  /// Returns true if node() or pay() refused because the limit is exceeded.
+  [[nodiscard]] bool isExhausted() const noexcept { return isExhausted_; }
+
   /// Returns the number of the object at `index` of a container. An array has `value` references, a
   /// dictionary `value` keys and then `value` values.
   [[nodiscard]] std::uint64_t reference(const Node& container, std::uint64_t index) const noexcept;
@@ -102,6 +105,7 @@ class BinaryPropertyListReader {
   std::uint64_t count_ = 0;
   std::uint64_t top_ = 0;
   std::size_t readingsLeft_ = 0;
+  bool isExhausted_ = false;
 };
 
 /// Returns the text of a node of kind ascii or utf16; null for another kind, and if the bytes of an

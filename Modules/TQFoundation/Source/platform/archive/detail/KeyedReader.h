@@ -14,6 +14,7 @@
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/DictionaryKeys.h>
 #include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 #include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
@@ -28,10 +29,15 @@ class KeyedUnarchiver::Reader {
   using Kind = detail::BinaryPropertyListReader::Kind;
   using UID = std::uint64_t;
 
-  Reader(detail::BinaryPropertyListReader list, const ClassFilter& mayInstantiate) noexcept
-      : list_(list), mayInstantiate_(mayInstantiate) {}
+  Reader(detail::BinaryPropertyListReader list, std::size_t byteCount, const ReadingLimits& limits,
+         const ClassFilter& mayInstantiate) noexcept;
 
   Ref<Object> readRoot();
+  /// Returns the limit that was exceeded, if any.
+  [[nodiscard]] std::optional<ReadingLimit> exceeded() const noexcept {
+    if (!exceeded_ && list_.isExhausted()) return ReadingLimit::unfoldedPerByte;
+    return exceeded_;
+  }
 
   // Members of the record that is being read. After a failure each returns what it returns for an
   // absent key: null, 0 or nothing.
@@ -64,11 +70,18 @@ class KeyedUnarchiver::Reader {
 
   enum class State : std::uint8_t { unread, open, read };
   struct Slot {
-    Ref<Object> object;  // while open: the object that weak references get
-    State state = State::unread;
+    Ref<Object> object;               // while open: the object that weak references get
+    std::uint64_t unfolded : 56 = 0;  // when read: what it unfolds to, see unfold()
+    State state : 8 = State::unread;
   };
 
+  static_assert(sizeof(Slot) == 16);
+
   Ref<Object> fail() noexcept;
+  Ref<Object> fail(ReadingLimit limit) noexcept;
+  /// Adds to what the object being read unfolds to: values, and bytes of text and data. Returns
+  /// false if the limit is exceeded.
+  [[nodiscard]] bool unfold(std::uint64_t amount) noexcept;
   std::optional<Node> record(const std::optional<Node>& node);
   std::optional<Node> value(const Node& record, std::string_view key);
   Ref<Object> resolve(UID uid, bool evenUnfinished);
@@ -86,8 +99,13 @@ class KeyedUnarchiver::Reader {
   std::unordered_map<UID, const Class*> classes_;
   const Node* record_ = nullptr;  // of the object being read; must not be used after a failure
   Slot* slot_ = nullptr;          // of the object being read
+  std::uint64_t unfolded_ = 0;    // what the object being read unfolds to, so far
+  const std::uint64_t mostUnfolded_;
+  const std::uint64_t mostValues_;
+  const int mostDepth_;
   int depth_ = 0;
   bool failed_ = false;
+  std::optional<ReadingLimit> exceeded_;
   std::exception_ptr thrown_;  // by an initWithCoder, or because memory is exhausted
 };
 
