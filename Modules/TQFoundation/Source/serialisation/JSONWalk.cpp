@@ -182,7 +182,10 @@ Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
     if (found != known.end()) return found->second;
     return known.emplace_back(&named, decoder_.mayUnarchive(named)).second;
   };
-  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes(), nullptr, {}, mayInstantiate);
+  Ref<Error> exceededLimit;
+  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes(), &exceededLimit,
+                                                            decoder_.limits(), mayInstantiate);
+  decoder_.setError(std::move(exceededLimit));
   // An archive of a string, a number or data names no class.
   return object && mayInstantiate(object->objectClass()) ? object : nullptr;
 }

@@ -1,5 +1,6 @@
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace tq {
@@ -24,12 +25,18 @@ class TQJSONDataEncoder::Window {
   TQJSONDataEncoder& encoder_;
 };
 
+/// The host may have shortened the buffer.
+std::uint64_t TQJSONDataEncoder::archiveLength() const noexcept {
+  return data_->length() - std::min(first_, data_->length());
+}
+
 // An open window belongs to an enclosing encoding. Its text is committed first.
 void TQJSONDataEncoder::openWindow(std::size_t room) {
   closeWindow();
   const std::span<std::byte> spare = data_->spareRoom(room);
   auto* begin = reinterpret_cast<char*>(spare.data());
-  lendWindow(begin, begin + spare.size());
+  const std::uint64_t allowed = longestArchive() - std::min(longestArchive(), archiveLength());
+  lendWindow(begin, begin + std::min<std::uint64_t>(spare.size(), allowed));
   isOpen_ = true;
 }
 
@@ -44,6 +51,7 @@ void TQJSONDataEncoder::closeWindow() noexcept {
 bool TQJSONDataEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
   if (this->error()) return TQJSONEncoder::encodeRootObject(object, error);
+  if (!isOpen_) first_ = data_->length();
   const Window window(*this);
   return TQJSONEncoder::encodeRootObject(object, error);
 }
@@ -51,10 +59,11 @@ bool TQJSONDataEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
 void TQJSONDataEncoder::writeData(const void* bytes, std::size_t length) {
   if (!data_) return;
   const std::span added(static_cast<const std::byte*>(bytes), length);
-  if (!isOpen_) return data_->append(added);
+  const bool wasOpen = isOpen_;
   closeWindow();
+  requireLength(archiveLength() + length);
   data_->append(added);
-  openWindow(0);
+  if (wasOpen) openWindow(0);
 }
 
 }  // namespace tq

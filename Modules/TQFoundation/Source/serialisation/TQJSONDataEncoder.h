@@ -3,6 +3,9 @@
 /// @file TQJSONDataEncoder.h
 /// Writes JSON archives to memory.
 
+#include <cstddef>
+#include <cstdint>
+
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
@@ -32,9 +35,11 @@ class TQ_EXPORT TQJSONDataEncoder : public Subclass<TQJSONDataEncoder, TQJSONEnc
   class Window;
   void openWindow(std::size_t room);
   void closeWindow() noexcept;
+  [[nodiscard]] std::uint64_t archiveLength() const noexcept;
 
   Ref<MutableData> data_;
-  bool isOpen_ = false;  // the window is the buffer's spare capacity
+  std::size_t first_ = 0;  // where the archive starts in the buffer
+  bool isOpen_ = false;    // the window is the buffer's spare capacity
 };
 
 }  // namespace tq

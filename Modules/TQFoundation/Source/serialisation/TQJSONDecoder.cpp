@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <algorithm>
 #include <charconv>
 #include <exception>
 #include <map>
@@ -49,21 +50,33 @@ Ref<TQJSONDecoder> TQJSONDecoder::initWithRootObject(Ref<Object> root) {
   return decoder;
 }
 
-Ref<TQJSONDecoder> TQJSONDecoder::initWithData(const Data& data) {
+Ref<TQJSONDecoder> TQJSONDecoder::initWithData(const Data& data, const ReadingLimits& limits) {
   Ref<TQJSONDecoder> decoder = init();
+  decoder->setLimits(limits);
   decoder->parse(data.bytes(), Data::kReadablePadding);
   return decoder;
 }
 
-Ref<TQJSONDecoder> TQJSONDecoder::initWithData(std::span<const std::byte> bytes) {
+Ref<TQJSONDecoder> TQJSONDecoder::initWithData(std::span<const std::byte> bytes,
+                                               const ReadingLimits& limits) {
   Ref<TQJSONDecoder> decoder = init();
+  decoder->setLimits(limits);
   decoder->parse(bytes, 0);
   return decoder;
 }
 
-void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readablePadding) {
-  Ref<Error> error;
-  std::optional<JSONDocument> parsed = JSONDocument::parse(bytes, readablePadding, nullptr);
+namespace {
+
+std::optional<JSONDocument> parseOrRepair(std::span<const std::byte> bytes,
+                                          std::size_t readablePadding, const ReadingLimits& limits,
+                                          Ref<Error>* error) {
+  if (bytes.size() > std::min(limits.textBytes, ReadingLimits::kLongestText)) {
+    *error = readingLimitError(ReadingLimit::textBytes);
+    return std::nullopt;
+  }
+  const auto depth = static_cast<std::size_t>(
+      std::clamp(limits.depth, 1, static_cast<int>(JSONDocument::kDepthLimit)));
+  std::optional<JSONDocument> parsed = JSONDocument::parse(bytes, readablePadding, nullptr, depth);
   if (!parsed) {
     const Ref<MutableData> text = MutableData::dataWithLength(0);
     text->append(bytes);
@@ -76,8 +89,18 @@ void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readable
     if (count > kMostLines) {
       plainLog(std::to_string(count - kMostLines) + " more strange characters\n");
     }
-    parsed = JSONDocument::parse(text->bytes(), Data::kReadablePadding, &error);
+    parsed = JSONDocument::parse(text->bytes(), Data::kReadablePadding, error, depth);
   }
+  if (!parsed || !parsed->hasMoreValuesThan(limits.values)) return parsed;
+  *error = readingLimitError(ReadingLimit::values);
+  return std::nullopt;
+}
+
+}  // namespace
+
+void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readablePadding) {
+  Ref<Error> error;
+  std::optional<JSONDocument> parsed = parseOrRepair(bytes, readablePadding, limits_, &error);
   if (parsed) return walk_->setRoot(*std::move(parsed));
   walk_->setRoot(nullptr);
   setError(std::move(error));
@@ -113,13 +136,15 @@ Ref<Object> TQJSONDecoder::decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* 
   return decode(error);
 }
 
-Ref<Object> TQJSONDecoder::decodeDataError(const Data& data, Ref<Error>* error) {
-  return initWithData(data)->decode(error);
+Ref<Object> TQJSONDecoder::decodeDataError(const Data& data, Ref<Error>* error,
+                                           const ReadingLimits& limits) {
+  return initWithData(data, limits)->decode(error);
 }
 
-Ref<Object> TQJSONDecoder::decodeFileAtURL(const URL& url, Ref<Error>* error) {
+Ref<Object> TQJSONDecoder::decodeFileAtURL(const URL& url, Ref<Error>* error,
+                                           const ReadingLimits& limits) {
   const Ref<Data> data = dataWithContentsOfURL(url, error);
-  return data ? decodeDataError(*data, error) : nullptr;
+  return data ? decodeDataError(*data, error, limits) : nullptr;
 }
 
 void TQJSONDecoder::setError(Ref<Error> error) {

@@ -20,6 +20,7 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
@@ -61,7 +62,11 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///           error kConstructorThrew. std::bad_alloc is passed on.
 /// Depth:    containers may nest TQJSONEncoder::kDepthLimit deep, in text and in parsed trees.
 /// Memory:   the flat form takes at most 16 bytes for each byte of text while parsing, then about
-///           10.
+///           10. With the objects of the result, the peak is at most 31 times the text, measured for
+///           texts of 20 MB: 16 times for "[],", 24 for "\"\",", 29 for "[1]," and 31 for "null,1,2,",
+///           each repeated.
+/// Limits:   see ReadingLimits. What exceeds them is an error, and decodes to null; an archive under
+///           "_archive" that does is left out like an object of an unknown class.
 /// Threads:  one at a time. Decoders on different threads are independent.
 class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
  public:
@@ -77,8 +82,10 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
 
   /// Parses the bytes. If that fails, replaces control characters by "?", logs a line for each, and
   /// parses once more; the error of the second attempt is recorded.
-  [[nodiscard]] static Ref<TQJSONDecoder> initWithData(const Data& data);
-  [[nodiscard]] static Ref<TQJSONDecoder> initWithData(std::span<const std::byte> bytes);
+  [[nodiscard]] static Ref<TQJSONDecoder> initWithData(const Data& data,
+                                                       const ReadingLimits& limits = {});
+  [[nodiscard]] static Ref<TQJSONDecoder> initWithData(std::span<const std::byte> bytes,
+                                                       const ReadingLimits& limits = {});
   /// Reads a tree that is already parsed.
   [[nodiscard]] static Ref<TQJSONDecoder> initWithRootObject(Ref<Object> root);
   /// Returns a decoder without a root; decodeData() and decodeDictionary() set one.
@@ -90,8 +97,10 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
 
   /// Returns the root object of an archive, or null if it cannot be read. Uses a decoder of its
   /// own, without delegate and userInfo; to decode with this decoder, call decodeData().
-  [[nodiscard]] static Ref<Object> decodeDataError(const Data& data, Ref<Error>* error);
-  [[nodiscard]] static Ref<Object> decodeFileAtURL(const URL& url, Ref<Error>* error);
+  [[nodiscard]] static Ref<Object> decodeDataError(const Data& data, Ref<Error>* error,
+                                                   const ReadingLimits& limits = {});
+  [[nodiscard]] static Ref<Object> decodeFileAtURL(const URL& url, Ref<Error>* error,
+                                                   const ReadingLimits& limits = {});
 
   /// Returns the object that the root represents, or null without a root. `error`, if given, always
   /// receives the first error, or null.
@@ -168,6 +177,10 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   }
   [[nodiscard]] Held<TQJSONDecoderDelegate> delegate() const noexcept { return delegate_.lock(); }
 
+  /// The limits of what is decoded from now on, keyed archives in it included.
+  [[nodiscard]] const ReadingLimits& limits() const noexcept { return limits_; }
+  void setLimits(const ReadingLimits& limits) noexcept { limits_ = limits; }
+
   /// Returns the first error so far, or null.
   [[nodiscard]] const Ref<Error>& error() const noexcept { return error_; }
   /// Logs the error, and keeps it if it is the first one.
@@ -187,6 +200,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   Weak<Object> userInfo_;
   Weak<TQJSONDecoderDelegate> delegate_;
   Ref<Error> error_;
+  ReadingLimits limits_;
 };
 
 }  // namespace tq

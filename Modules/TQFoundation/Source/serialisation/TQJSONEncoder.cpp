@@ -102,6 +102,13 @@ bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   return !error_;
 }
 
+void TQJSONEncoder::requireLength(std::uint64_t byteCount) const {
+  if (byteCount <= longestArchive_) return;
+  throw Exception(RangeException, "The archive would be longer than " +
+                                      std::to_string(longestArchive_) +
+                                      " bytes. Objects that are shared are written each time.");
+}
+
 void TQJSONEncoder::setError(Ref<Error> error) {
   if (!error_) error_ = std::move(error);
 }

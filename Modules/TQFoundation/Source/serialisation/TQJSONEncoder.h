@@ -16,6 +16,7 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/Weak.h>
@@ -73,6 +74,8 @@ class LentObject {
 ///          dictionary that it changes while the container is being written is error 0.
 /// Depth:   containers may nest kDepthLimit deep, as in the decoder. A deeper graph is error 0; so
 ///          is a cyclic one.
+/// Length:  an archive longer than longestArchive() is error 0. An object that is shared is written
+///          at each reference, so a small graph can have an endless archive.
 /// Threads: one at a time, and one archive for each encoder. Encoders on different threads are
 ///          independent.
 class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
@@ -165,6 +168,12 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] Ref<Object> userInfo() const noexcept { return userInfo_.lock(); }
   void setUserInfo(const Ref<Object>& userInfo) { userInfo_ = userInfo; }
 
+  /// The most bytes of an archive that a sink of the library takes; kLongestArchive, the most that
+  /// the decoder reads, unless the host sets less. A file may get up to one buffer more.
+  static constexpr std::uint64_t kLongestArchive = ReadingLimits::kLongestText;
+  [[nodiscard]] std::uint64_t longestArchive() const noexcept { return longestArchive_; }
+  void setLongestArchive(std::uint64_t byteCount) noexcept { longestArchive_ = byteCount; }
+
   /// Returns the first error of this encoding, or null.
   [[nodiscard]] const Ref<Error>& error() const noexcept { return error_; }
   /// Keeps the error if it is the first one.
@@ -191,6 +200,9 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
     windowEnd_ = end;
   }
   [[nodiscard]] char* windowCursor() const noexcept { return cursor_; }
+  /// For sinks: must be called before the archive reaches `byteCount` bytes.
+  /// @throws Exception (RangeException) if it may not be that long; encodeRootObject() catches it
+  void requireLength(std::uint64_t byteCount) const;
   [[nodiscard]] char* windowEnd() const noexcept { return windowEnd_; }
 
   /// True if encodeRootObject() has been called. An encoder writes one archive.
@@ -205,6 +217,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   char* windowEnd_ = nullptr;
   int depth_ = 0;
   bool isUsed_ = false;
+  std::uint64_t longestArchive_ = kLongestArchive;
   const Class* namedClass_ = nullptr;  // the argument of the last archiveNameOf(), and its result
   std::string_view archiveName_;
   Weak<Object> userInfo_;

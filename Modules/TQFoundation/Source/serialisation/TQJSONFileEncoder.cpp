@@ -32,7 +32,9 @@ void TQJSONFileEncoder::writeData(const void* bytes, std::size_t length) {
     std::char_traits<char>::copy(windowCursor(), from, fitting);  // null is allowed if empty
     lendWindow(windowCursor() + fitting, windowEnd());
     if (fitting == length) return;  // a full buffer is written when the next byte comes
+    requireLength(written_ + kBufferSize + 1);
     writeOut(kBufferSize);
+    written_ += kBufferSize;
     lendWindow(buffer_.get(), windowEnd());
     from += fitting;
     length -= fitting;

@@ -4,6 +4,7 @@
 /// Writes JSON archives to open files.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include <TQFoundation/base/TQExport.h>
@@ -45,6 +46,7 @@ class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEnc
   void writeOut(std::size_t count);
 
   Ref<FileHandle> output_;
+  std::uint64_t written_ = 0;  // bytes of the archive that have left the buffer
   std::unique_ptr<char[]>
       buffer_;  // also the encoder's window; the cursor is the end of its content
 };

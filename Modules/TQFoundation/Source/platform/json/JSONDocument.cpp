@@ -6,6 +6,7 @@
 #include <new>
 #include <string>
 
+#include <TQFoundation/base/NumberText.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
@@ -57,26 +58,30 @@ simdjson::error_code parseInto(simdjson::dom::parser& parser, std::string_view t
   return error;
 }
 
-/// Returns the text with ".0" inserted at each of the offsets `ends`.
-std::string withDecimals(std::string_view text, std::span<const std::size_t> ends) {
+/// Returns the text with each of these numbers replaced by seventeen digits of its double, which
+/// the parser reads as the same double.
+std::string withShortNumbers(std::string_view text, std::span<const detail::JSONLiteral> numbers) {
   std::string result;
-  result.reserve(text.size() + 2 * ends.size());
   std::size_t copied = 0;
-  for (const std::size_t end : ends) {
-    result.append(text.substr(copied, end - copied)).append(".0");
+  for (const auto [begin, end] : numbers) {
+    result.append(text.substr(copied, begin - copied));
+    char digits[kNumberTextCapacity];
+    const char* last = writeDouble17(digits, lenientDouble(text.substr(begin, end - begin)));
+    const std::string_view number(digits, last);
+    result.append(number);
+    if (number.find_first_of(".e") == number.npos) result.append(".0");  // or it is an integer
     copied = end;
   }
   return result.append(text.substr(copied));
 }
 
 /// Parses text that the grammar allows, but the parser refused: its innermost containers are at the
-/// depth limit, or it holds integers beyond 64 bits, which the parser reads only as doubles.
+/// depth limit, or it holds numbers that the parser does not read.
 simdjson::error_code parseAgain(simdjson::dom::parser& parser, std::string_view text,
-                                std::size_t readablePadding,
-                                std::span<const std::size_t> wideIntegerEnds) {
-  constexpr std::size_t kDepth = JSONDocument::kDepthLimit + 1;
-  if (wideIntegerEnds.empty()) return parseInto(parser, text, readablePadding, kDepth);
-  return parseInto(parser, withDecimals(text, wideIntegerEnds), 0, kDepth);
+                                std::size_t readablePadding, std::size_t depth,
+                                std::span<const detail::JSONLiteral> longNumbers) {
+  if (longNumbers.empty()) return parseInto(parser, text, readablePadding, depth + 1);
+  return parseInto(parser, withShortNumbers(text, longNumbers), 0, depth + 1);
 }
 
 Ref<Error> errorFor(std::string_view text, std::optional<detail::JSONFault> found,
@@ -105,24 +110,38 @@ JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
 JSONDocument::~JSONDocument() = default;
 
 std::optional<JSONDocument> JSONDocument::parse(std::span<const std::byte> bytes,
-                                                std::size_t readablePadding, Ref<Error>* error) {
+                                                std::size_t readablePadding, Ref<Error>* error,
+                                                std::size_t depth) {
   std::string_view text = viewOf(bytes);
   const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   text.remove_prefix(mark);
 
   auto parser = std::make_unique<Parser>();
-  simdjson::error_code code = parseInto(parser->parser, text, readablePadding, kDepthLimit);
+  simdjson::error_code code = parseInto(parser->parser, text, readablePadding, depth);
   if (code == simdjson::SUCCESS) return JSONDocument(std::move(parser));
 
   const bool mayBeJSON = code == simdjson::NUMBER_ERROR || code == simdjson::DEPTH_ERROR;
   if (!mayBeJSON && error == nullptr) return std::nullopt;
-  const detail::JSONScan scan = detail::scanJSON(text, kDepthLimit);
+  const detail::JSONScan scan = detail::scanJSON(text, depth);
   if (mayBeJSON && !scan.fault) {
-    code = parseAgain(parser->parser, text, readablePadding, scan.wideIntegerEnds);
+    code = parseAgain(parser->parser, text, readablePadding, depth, scan.longNumbers);
     if (code == simdjson::SUCCESS) return JSONDocument(std::move(parser));
   }
   if (error != nullptr) *error = errorFor(text, scan.fault, mark);
   return std::nullopt;
+}
+
+bool JSONDocument::hasMoreValuesThan(std::uint64_t count) const noexcept {
+  const std::uint64_t* const tape = parser_->parser.doc.tape.get();
+  const auto* const end = tape + static_cast<std::uint32_t>(*tape) - 1;  // the document's last word
+  if (static_cast<std::uint64_t>(end - tape) <= count) return false;     // each value has a word
+  for (const std::uint64_t* word = tape + 1; word != end; ++word) {
+    const char kind = static_cast<char>(*word >> 56);
+    if (kind == ']' || kind == '}') continue;
+    if (kind == 'l' || kind == 'u' || kind == 'd') ++word;  // the number follows
+    if (count-- == 0) return true;
+  }
+  return false;
 }
 
 JSONNode JSONDocument::root() const noexcept {

@@ -14,6 +14,7 @@
 
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/Ref.h>
 
 namespace tq {
@@ -147,10 +148,17 @@ class JSONDocument {
   /// @param error  receives domain NSCocoaErrorDomain, code 3840, with the fault and its offset in
   ///               the debug description, and the offset under kErrorIndexKey. Null skips the
   ///               search for the fault.
-  /// @return no value if the text is not JSON
+  /// @param depth  the maximum depth, at most kDepthLimit
+  /// @return no value if the text is not JSON, or if it is longer than kLongestText, which the
+  ///         caller checks first
   [[nodiscard]] static std::optional<JSONDocument> parse(std::span<const std::byte> text,
                                                          std::size_t readablePadding,
-                                                         Ref<Error>* error);
+                                                         Ref<Error>* error,
+                                                         std::size_t depth = kDepthLimit);
+
+  /// Returns whether the text has more values than `count`; each key is one of them. Cost: constant
+  /// if the text has fewer bytes.
+  [[nodiscard]] bool hasMoreValuesThan(std::uint64_t count) const noexcept;
 
   /// Nodes stay valid when their document is moved. A document that was moved from may only be
   /// assigned to or destroyed.

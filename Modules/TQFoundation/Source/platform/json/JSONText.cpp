@@ -170,8 +170,10 @@ class Scanner {
       if (!digits()) return fail("Number with no digit in its exponent");
     }
     const std::string_view literal = text_.substr(start, at_ - start);
-    if (at_ == endOfInteger && !fitsIn64Bits(literal)) scan_.wideIntegerEnds.push_back(at_);
-    const bool mayOverflow = hasExponent || literal.size() > 308;
+    const bool isLong = literal.size() > 308;
+    const bool isWide = at_ == endOfInteger && !fitsIn64Bits(literal);
+    if (isWide || (isLong && hasExponent)) scan_.longNumbers.push_back({start, at_});
+    const bool mayOverflow = hasExponent || isLong;
     if (mayOverflow && !std::isfinite(lenientDouble(literal))) {
       at_ = start;
       return fail("Number beyond the range of doubles");

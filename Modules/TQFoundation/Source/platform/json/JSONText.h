@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file JSONText.h
-/// Scans JSON text that the parser refused: the first fault, wide integers, control characters.
+/// Scans JSON text that the parser refused: the first fault, long numbers, control characters.
 
 #include <cstddef>
 #include <functional>
@@ -18,12 +18,18 @@ struct JSONFault {
   std::size_t index = 0;     ///< byte offset
 };
 
+/// The bytes of a literal: from `begin` to before `end`.
+struct JSONLiteral {
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
 /// The result of a scan.
 struct JSONScan {
   std::optional<JSONFault> fault;  ///< the first one; UTF-8 is not checked
-  /// Byte offset of the end of each integer that fits neither int64 nor uint64. Ascending, and
-  /// complete up to the fault.
-  std::vector<std::size_t> wideIntegerEnds;
+  /// Numbers that the parser may refuse although they are doubles: integers that fit neither int64
+  /// nor uint64, and hundreds of digits with an exponent. Ascending, and complete up to the fault.
+  std::vector<JSONLiteral> longNumbers;
 };
 
 /// Checks `text` against the grammar (RFC 8259). Containers may nest `depthLimit` deep. A number
