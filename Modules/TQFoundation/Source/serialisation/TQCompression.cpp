@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include <TQFoundation/platform/bytes/Checksum.h>
 #include <TQFoundation/platform/bytes/Codec.h>
@@ -105,31 +106,43 @@ Ref<Data> dataByCompressingWithAlgorithm_tq(std::span<const std::byte> bytes,
 
 Ref<Data> dataByDecompressingWithAlgorithm(std::span<const std::byte> bytes,
                                            TQCompressionAlgorithm algorithm, std::size_t headerSize,
-                                           std::size_t footerSize,
-                                           std::uint64_t uncompressedSize) try {
+                                           std::size_t footerSize, std::uint64_t uncompressedSize,
+                                           const ReadingLimits& limits, Ref<Error>* error) try {
+  setOutError(error, nullptr);
   if (headerSize > bytes.size() || footerSize > bytes.size() - headerSize) return nullptr;
   const auto payload = bytes.subspan(headerSize, bytes.size() - headerSize - footerSize);
-  if (algorithm == TQCompressionAlgorithm::stored) return Data::dataWithBytes(payload);
+  const bool isStored = algorithm == TQCompressionAlgorithm::stored;
   const Codec* const codec = codecFor(algorithm);
-  return codec != nullptr ? unpack(payload, *codec, uncompressedSize) : nullptr;
+  if (!isStored && codec == nullptr) return nullptr;
+  if ((isStored ? payload.size() : uncompressedSize) > limits.decompressedBytes) {
+    setOutError(error, readingLimitError(ReadingLimit::decompressedBytes));
+    return nullptr;
+  }
+  return isStored ? Data::dataWithBytes(payload) : unpack(payload, *codec, uncompressedSize);
 } catch (const std::bad_alloc&) {
   return nullptr;
 }
 
-Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes) {
+Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes, const ReadingLimits& limits,
+                                 Ref<Error>* error) {
+  setOutError(error, nullptr);
   if (bytes.size() < kContainerSize) return nullptr;
   const auto algorithm =
       isGzipped_tq(bytes)
           ? TQCompressionAlgorithm::deflate
           : static_cast<TQCompressionAlgorithm>(littleEndianAt<std::uint32_t>(bytes, 0));
-  Ref<Data> plain =
-      dataByDecompressingWithAlgorithm(bytes, algorithm, kHeaderSize, kFooterSize,
-                                       littleEndianAt<std::uint32_t>(bytes, bytes.size() - 4));
+  Ref<Error> exceeded;
+  Ref<Data> plain = dataByDecompressingWithAlgorithm(
+      bytes, algorithm, kHeaderSize, kFooterSize,
+      littleEndianAt<std::uint32_t>(bytes, bytes.size() - 4), limits, &exceeded);
   if (plain == nullptr && algorithm == TQCompressionAlgorithm::lzfse) {
-    plain =
-        dataByDecompressingWithAlgorithm(bytes, algorithm, kOldHeaderSize, 0,
-                                         littleEndianAt<std::uint64_t>(bytes, kOldLengthOffset));
+    Ref<Error> older;  // the last bytes of this layout are no length
+    plain = dataByDecompressingWithAlgorithm(bytes, algorithm, kOldHeaderSize, 0,
+                                             littleEndianAt<std::uint64_t>(bytes, kOldLengthOffset),
+                                             limits, &older);
+    if (older != nullptr) exceeded = std::move(older);
   }
+  setOutError(error, plain == nullptr ? std::move(exceeded) : nullptr);
   return plain;
 }
 
@@ -162,12 +175,15 @@ Ref<Data> dataByCompressingWithAlgorithm_tq(const Data& data, TQCompressionAlgor
 
 Ref<Data> dataByDecompressingWithAlgorithm(const Data& data, TQCompressionAlgorithm algorithm,
                                            std::size_t headerSize, std::size_t footerSize,
-                                           std::uint64_t uncompressedSize) {
+                                           std::uint64_t uncompressedSize,
+                                           const ReadingLimits& limits, Ref<Error>* error) {
   return dataByDecompressingWithAlgorithm(data.bytes(), algorithm, headerSize, footerSize,
-                                          uncompressedSize);
+                                          uncompressedSize, limits, error);
 }
 
-Ref<Data> dataByDecompressing_tq(const Data& data) { return dataByDecompressing_tq(data.bytes()); }
+Ref<Data> dataByDecompressing_tq(const Data& data, const ReadingLimits& limits, Ref<Error>* error) {
+  return dataByDecompressing_tq(data.bytes(), limits, error);
+}
 
 bool isGzipped_tq(const Data& data) noexcept { return isGzipped_tq(data.bytes()); }
 

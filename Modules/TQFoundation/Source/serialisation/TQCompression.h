@@ -23,6 +23,7 @@
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 
 namespace tq {
 
@@ -58,25 +59,34 @@ enum class TQCompressionAlgorithm : std::uint32_t {
 /// Cost:   one block of `uncompressedSize` bytes, only if the payload can expand to as many; a
 /// fixed
 ///         codec state.
+/// @param error  receives null, or the error if more plain bytes than
+///               `limits.decompressedBytes` are stated, which is checked first. The other
+///               failures have no error.
 /// @return null if the buffer is shorter than header and footer, the stream is damaged or has
-///         another length, the algorithm is unknown, or memory cannot be allocated
-[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressingWithAlgorithm(std::span<const std::byte> bytes,
-                                                                   TQCompressionAlgorithm algorithm,
-                                                                   std::size_t headerSize,
-                                                                   std::size_t footerSize,
-                                                                   std::uint64_t uncompressedSize);
-[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressingWithAlgorithm(const Data& data,
-                                                                   TQCompressionAlgorithm algorithm,
-                                                                   std::size_t headerSize,
-                                                                   std::size_t footerSize,
-                                                                   std::uint64_t uncompressedSize);
+///         another length, the algorithm is unknown, the limit is exceeded, or memory cannot be
+///         allocated
+[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressingWithAlgorithm(
+    std::span<const std::byte> bytes, TQCompressionAlgorithm algorithm, std::size_t headerSize,
+    std::size_t footerSize, std::uint64_t uncompressedSize, const ReadingLimits& limits = {},
+    Ref<Error>* error = nullptr);
+[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressingWithAlgorithm(
+    const Data& data, TQCompressionAlgorithm algorithm, std::size_t headerSize,
+    std::size_t footerSize, std::uint64_t uncompressedSize, const ReadingLimits& limits = {},
+    Ref<Error>* error = nullptr);
 
 /// Returns the plain bytes of a container, or null if it is not one or is damaged. The CRC is not
 /// checked: damage that leaves a well-formed stream of the right length is not detected.
 ///
 /// An older layout is also read, for LZFSE: the algorithm (32 bits), N (64 bits), the stream.
-[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes);
-[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressing_tq(const Data& data);
+///
+/// A container of 625 KB can expand to 4 GiB: for data from outside, set a limit. `limits` and
+/// `error` are those of dataByDecompressingWithAlgorithm().
+[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes,
+                                                         const ReadingLimits& limits = {},
+                                                         Ref<Error>* error = nullptr);
+[[nodiscard]] TQ_EXPORT Ref<Data> dataByDecompressing_tq(const Data& data,
+                                                         const ReadingLimits& limits = {},
+                                                         Ref<Error>* error = nullptr);
 
 /// Returns whether there are at least 18 bytes and they begin with 1F 8B.
 [[nodiscard]] TQ_EXPORT bool isGzipped_tq(std::span<const std::byte> bytes) noexcept;

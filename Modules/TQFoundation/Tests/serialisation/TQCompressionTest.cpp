@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 #include "support/Bytes.h"
 
@@ -259,6 +260,31 @@ TEST(CompressionDamage, FalseLengthsTouchNoMemory) {
   const std::string block = "bv41" + littleEndian(0xffffffff, 4) + littleEndian(4, 4) + "bv4$";
   EXPECT_EQ(unpacked(TQCompressionAlgorithm::lz4, block, 1000), nullptr);
   EXPECT_LT(peakBytes() - before, std::size_t{200} << 20) << "xz may take 128 MiB for its state";
+}
+
+TEST(CompressionDamage, MoreBytesThanTheHostAcceptsAreAnError) {
+  const std::string plain(1 << 20, 'x');
+  std::vector<std::string> containers = {containerOf(plain, stored)};
+  for (const auto& [name, algorithm] : kAlgorithms) {
+    containers.push_back(containerOf(plain, algorithm));
+  }
+  containers.push_back(fromHex("01080000") + littleEndian(plain.size(), 8) +
+                       payloadOf(plain, lzfse));
+  for (const std::string& container : containers) {
+    Ref<Error> error = Error::errorWithDomain("old", 1);
+    EXPECT_EQ(textOf(dataByDecompressing_tq(bytesOf(container), {.decompressedBytes = plain.size()},
+                                            &error)),
+              plain);
+    EXPECT_EQ(error, nullptr);
+    EXPECT_EQ(
+        dataByDecompressing_tq(bytesOf(container), {.decompressedBytes = plain.size() - 1}, &error),
+        nullptr);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->domain(), ReadingLimitsError);
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(ReadingLimit::decompressedBytes));
+    EXPECT_EQ(dataByDecompressing_tq(bytesOf(container.substr(0, 17)), {}, &error), nullptr);
+    EXPECT_EQ(error, nullptr) << "damage is no error";
+  }
 }
 
 #ifndef TQ_SANITIZED  // sanitizers reserve more than the limit, and fill sparse pages
