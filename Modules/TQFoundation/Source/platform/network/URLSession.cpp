@@ -14,10 +14,11 @@ char lowered(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(
 /// Collects a body in memory.
 class Collector {
  public:
-  explicit Collector(URLSession::Completion completion) : completion_(std::move(completion)) {}
+  Collector(URLSession::Completion completion, std::uint64_t mostBytes)
+      : completion_(std::move(completion)), mostBytes_(mostBytes) {}
 
   bool append(std::span<const std::byte> bytes) {
-    isTooLong_ = bytes.size() > URLSession::kLargestCollectedBody - body_->length();
+    isTooLong_ = bytes.size() > mostBytes_ - body_->length();
     if (isTooLong_) return false;
     try {
       body_->append(bytes);
@@ -38,6 +39,7 @@ class Collector {
 
  private:
   const URLSession::Completion completion_;
+  const std::uint64_t mostBytes_;
   const Ref<MutableData> body_ = MutableData::data();
   bool isTooLong_ = false;
 };
@@ -95,7 +97,9 @@ Ref<URLSessionDataTask> URLSession::dataTaskWithRequest(URLRequest request,
 
 Ref<URLSessionDataTask> URLSession::dataTaskWithRequest(URLRequest request,
                                                         Completion completionHandler) {
-  const auto collector = std::make_shared<Collector>(std::move(completionHandler));
+  const std::uint64_t mostBytes = std::min(std::uint64_t{kLargestCollectedBody},
+                                           configuration_.readingLimits.decompressedBytes);
+  const auto collector = std::make_shared<Collector>(std::move(completionHandler), mostBytes);
   URLSessionTaskHandler handler;
   handler.didReceiveData = [collector](URLSessionDataTask&, std::span<const std::byte> bytes) {
     return collector->append(bytes);

@@ -17,6 +17,7 @@
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Error.h>
+#include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/URL.h>
 
 namespace tq {
@@ -62,6 +63,7 @@ struct URLSessionConfiguration {
   double timeoutIntervalForResource = 604800;
   int HTTPMaximumConnectionsPerHost = 6;  ///< limit of simultaneous connections to one server
   int HTTPMaximumRedirects = 20;          ///< more fail with URLErrorHTTPTooManyRedirects
+  ReadingLimits readingLimits;            ///< its decompressedBytes limit the collected bodies
   bool HTTPShouldUsePipelining = false;   ///< no effect: the protocol decides
   bool HTTPShouldSetCookies = true;       ///< cookies are kept in memory for the session's lifetime
   /// `never` accepts no cookies; the other two mean the same.
@@ -182,7 +184,8 @@ class TQ_EXPORT URLSession final : public Subclass<URLSession> {
   /// null.
   using Completion =
       std::function<void(Ref<Data> data, const URLResponse& response, Ref<Error> error)>;
-  /// Maximum size of a body that is collected in memory.
+  /// Maximum size of a body that is collected in memory, after decoding. The configuration can set
+  /// a lower one: a few kilobytes may decode to gigabytes.
   static constexpr std::size_t kLargestCollectedBody = std::size_t{1} << 31;
 
   /// Returns a new session, with its own connections and cookies.
@@ -199,7 +202,8 @@ class TQ_EXPORT URLSession final : public Subclass<URLSession> {
   [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithRequest(URLRequest request,
                                                             URLSessionTaskHandler handler);
   /// Returns a task that collects the body in memory. A body that is larger than
-  /// kLargestCollectedBody ends with URLErrorDataLengthExceedsMaximum.
+  /// kLargestCollectedBody or `configuration().readingLimits.decompressedBytes` ends with
+  /// URLErrorDataLengthExceedsMaximum.
   [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithRequest(URLRequest request,
                                                             Completion completionHandler);
   [[nodiscard]] Ref<URLSessionDataTask> dataTaskWithURL(Ref<URL> url, Completion completionHandler);
