@@ -29,16 +29,6 @@ namespace {
   return bytes.length() >= kSmallest && bytes.bytes()[4] == std::byte{0};
 }
 
-/// The decompressed size that the container states.
-[[nodiscard]] std::uint32_t unpackedLength(const tq::Data& bytes) {
-  std::uint32_t length = 0;
-  for (std::size_t i = 0; i < 4; ++i) {
-    const auto byte = std::to_integer<std::uint32_t>(bytes.bytes()[bytes.length() - 4 + i]);
-    length |= byte << (8 * i);
-  }
-  return length;
-}
-
 /// Returns whether the path is a device or a pipe, which cannot be replaced.
 [[nodiscard]] bool isStream(const std::string& path) {
   using enum std::filesystem::file_type;
@@ -59,12 +49,13 @@ SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
 tq::Ref<const tq::Data> archiveText(tq::Ref<const tq::Data> bytes, const std::string& path,
                                     tq::Ref<tq::Error>* error) {
   if (!isContainer(*bytes)) return bytes;
-  if (unpackedLength(*bytes) > kFileLimit) {
-    tq::setOutError(error, errorWith(path + ": decompresses to more than 256 MiB"));
-    return nullptr;
+  tq::Ref<tq::Error> exceeded;
+  tq::Ref<const tq::Data> text =
+      tq::dataByDecompressing_tq(*bytes, {.decompressedBytes = kFileLimit}, &exceeded);
+  if (!text) {
+    tq::setOutError(error, errorWith(path + (exceeded ? ": decompresses to more than 256 MiB"
+                                                      : ": damaged, cannot be decompressed")));
   }
-  tq::Ref<const tq::Data> text = tq::dataByDecompressing_tq(*bytes);
-  if (!text) tq::setOutError(error, errorWith(path + ": damaged, cannot be decompressed"));
   return text;
 }
 

@@ -30,6 +30,16 @@ ends 0 '' options --reset width
 ends 0 '' options --reset
 "$tqdoc" options | grep -q '^recent *10 ' || fail "--reset did not reset all options"
 
+# A kilobyte whose shared parts unfold to 2^40 values.
+unfolds="$data/unfolds.tqdoc"
+for words in "show $unfolds" "check $unfolds" "diff $unfolds $data/face.svg"; do
+  ended=0
+  # shellcheck disable=SC2086  # words
+  (ulimit -v 2000000; ulimit -t 20; exec "$tqdoc" $words) >"$work/out" 2>&1 || ended=$?
+  [ "$ended" = 2 ] || fail "exit status $ended: $words"
+  grep -qF "$unfolds: The archive refers to its objects too often" "$work/out" || fail "no reason: $words"
+done
+
 for words in --help options "show $data/face.svg" "diff $data/face.svg $data/face-changed.svg"; do
   ended=0
   # shellcheck disable=SC2086  # words
