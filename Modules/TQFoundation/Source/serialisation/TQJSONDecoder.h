@@ -62,10 +62,11 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///           error kConstructorThrew. std::bad_alloc is passed on.
 /// Depth:    containers may nest TQJSONEncoder::kDepthLimit deep, in text and in parsed trees.
 /// Memory:   the flat form takes at most 16 bytes for each byte of text while parsing, then about
-///           10. With the objects of the result, the peak is at most 31 times the text, measured for
-///           texts of 20 MB: 16 times for "[],", 24 for "\"\",", 29 for "[1]," and 31 for "null,1,2,",
-///           each repeated.
-/// Limits:   see ReadingLimits. What exceeds them is an error, and decodes to null; an archive under
+///           10. The peak with the result's objects, measured for 20 MB of one element repeated: 16
+///           bytes for each byte of text for "[]", 24 for empty strings, 29 for "[1]", 31 for boxed
+///           digits.
+/// Limits:   see ReadingLimits. What exceeds them is an error, and decodes to null; an archive
+/// under
 ///           "_archive" that does is left out like an object of an unknown class.
 /// Threads:  one at a time. Decoders on different threads are independent.
 class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
