@@ -38,7 +38,8 @@ double bytesPerValue(Parse&& parse) {
 
 double measure(std::string_view who) {
   if (who == "TQ") {
-    return bytesPerValue([](const Data& text) { return TQJSONDecoder::decodeDataError(text, nullptr); });
+    return bytesPerValue(
+        [](const Data& text) { return TQJSONDecoder::decodeDataError(text, nullptr); });
   }
   if (who == "RapidJSON") {
     return bytesPerValue(parseRapid);

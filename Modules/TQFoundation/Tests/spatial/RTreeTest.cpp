@@ -193,9 +193,7 @@ TEST(RTree, IsARangeOfItsNodesAndCanBePruned) {
 
   const Rect wanted{200, 200, 50, 80};
   std::size_t found = 0, expected = 0;
-  const auto meets = [&](const Tree::Node* node) {
-    return node->hasEntryIntersecting(wanted);
-  };
+  const auto meets = [&](const Tree::Node* node) { return node->hasEntryIntersecting(wanted); };
   for (const Tree::Node* node : depthFirst(prune(tree, meets))) {
     if (!node->isLeaf()) continue;
     found += static_cast<std::size_t>(std::ranges::count_if(

@@ -34,8 +34,8 @@ void appendBase64(std::string& text, std::span<const std::byte> bytes) {
   text.resize(at + (bytes.size() + 2) / 3 * 4);
   while (!bytes.empty()) {
     const auto piece = bytes.first(std::min(bytes.size(), kBytesAtOnce));
-    // libcrypto writes a NUL after each piece. The next piece overwrites it; the last one falls on the
-    // string's own NUL.
+    // libcrypto writes a NUL after each piece. The next piece overwrites it; the last one falls on
+    // the string's own NUL.
     auto* to = reinterpret_cast<unsigned char*>(text.data() + at);
     at += static_cast<std::size_t>(
         EVP_EncodeBlock(to, unsignedBytes(piece.data()), static_cast<int>(piece.size())));

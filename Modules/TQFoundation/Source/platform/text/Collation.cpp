@@ -38,8 +38,8 @@ UCollator* openCollator(const std::string& locale) {
   return collator;
 }
 
-/// Returns the collator of a locale, or null. Collators are opened once and kept: another thread may
-/// still compare with one that is replaced.
+/// Returns the collator of a locale, or null. Collators are opened once and kept: another thread
+/// may still compare with one that is replaced.
 const UCollator* collatorFor(std::string_view locale) {
   struct Collators {
     Lock lock;
