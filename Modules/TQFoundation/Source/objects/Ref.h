@@ -122,10 +122,12 @@ template <class T, class U>
 
 }  // namespace tq
 
+namespace std {
+
 /// Hashes identity, for hashed containers of references.
 template <class T>
-struct std::hash<tq::Ref<T>> {
-  std::size_t operator()(const tq::Ref<T>& object) const noexcept {
-    return std::hash<T*>()(object.get());
-  }
+struct hash<tq::Ref<T>> {
+  size_t operator()(const tq::Ref<T>& object) const noexcept { return hash<T*>()(object.get()); }
 };
+
+}  // namespace std
