@@ -92,7 +92,7 @@ TEST(Weak, IsRefusedInTheDestructor) {
       late->release();
       nest = nullptr;
     };
-    EXPECT_EXIT(destroy(), testing::KilledBySignal(SIGABRT), "referenceCount") << depth;
+    EXPECT_EXIT(destroy(), testing::KilledBySignal(SIGABRT), "isBeingDestroyed") << depth;
   }
 }
 
