@@ -257,7 +257,7 @@ TEST_F(URLSessionTest, ReportsFailuresByCode) {
   URLRequest request = requestFor(server.url("/"));
   request.HTTPMethod = "GET / HTTP/1.1\r\nX-B: 2\r\n";
   EXPECT_EQ(fetch(request).code(), URLErrorBadURL);
-  for (const std::uint64_t mostBytes : {4, 5}) {
+  for (const std::uint64_t mostBytes : {4U, 5U}) {
     configuration.readingLimits.decompressedBytes = mostBytes;
     configureAgain();
     EXPECT_EQ(fetch("/").code(), mostBytes == 5 ? 0 : int{URLErrorDataLengthExceedsMaximum});
