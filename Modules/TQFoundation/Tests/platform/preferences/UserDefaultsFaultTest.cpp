@@ -139,7 +139,7 @@ TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
 
 // If others may write in the folder, no words are shared, and each read asks the database.
 TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
-  for (const mode_t mode : {0700, 0777}) {
+  for (const mode_t mode : {0700U, 0777U}) {
     SCOPED_TRACE(mode);
     startAnew();
     ASSERT_EQ(::mkdir(directory->path("folder").c_str(), mode), 0);
