@@ -37,6 +37,12 @@ std::array<Point, 4> corners(const Rect& standard) noexcept {
           Point{standard.origin.x, maxY}};
 }
 
+/// Returns the line's x at y. Unlike TQLineGetXForY(), it finds x = c/a of a vertical line at any
+/// y, even if y is infinite or NaN.
+double crossingAt(const TQLine& line, double y) noexcept {
+  return line.a != 0 && line.b == 0 ? line.c / line.a : TQLineGetXForY(line, y);
+}
+
 /// Returns the signed distance from the line; positive on the side that the normal points to.
 double signedDistance(const TQLine& line, Point from) noexcept {
   return (line.a * from.x + line.b * from.y - line.c) / std::hypot(line.a, line.b);
@@ -173,7 +179,7 @@ double TQLineGetYForX(const TQLine& line, double x) noexcept {
 
 double TQLineGetXForY(const TQLine& line, double y) noexcept {
   if (line.a == 0) return kNaN;
-  return line.b == 0 ? line.c / line.a : (line.c - line.b * y) / line.a;
+  return (line.c - line.b * y) / line.a;
 }
 
 bool TQLineEqualToLine(const TQLine& l1, const TQLine& l2) noexcept {
@@ -237,8 +243,8 @@ bool TQLineIntersectsRect(const TQLine& line, const Rect& rect) noexcept {
   // If b is 0 the y are NaN, if a is 0 the x are NaN. NaN is not within any range.
   return isWithin(TQLineGetYForX(line, minX), minY, maxY) ||
          isWithin(TQLineGetYForX(line, maxX), minY, maxY) ||
-         isWithin(TQLineGetXForY(line, minY), minX, maxX) ||
-         isWithin(TQLineGetXForY(line, maxY), minX, maxX);
+         isWithin(crossingAt(line, minY), minX, maxX) ||
+         isWithin(crossingAt(line, maxY), minX, maxX);
 }
 
 TQLineSegment TQLineSegmentInRect(const TQLine& line, const Rect& rect) noexcept {

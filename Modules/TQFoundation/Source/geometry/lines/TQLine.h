@@ -125,18 +125,20 @@ struct TQLineSegment {
 static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegment) == sizeof(Rect),
               "stored like a rect");
 
-/// Returns the line's y at x, or NaN if b = 0.
+/// Returns the line's y at x, (c - a·x)/b, or NaN if b = 0. If a = 0, it is c/b for any x, even if
+/// x is infinite or NaN.
 [[nodiscard]] TQ_EXPORT double TQLineGetYForX(const TQLine& line, double x) noexcept;
 
-/// Returns the line's x at y, or NaN if a = 0.
+/// Returns the line's x at y, (c - b·y)/a, or NaN if a = 0. The product is computed even if b = 0:
+/// the x of a vertical line is NaN if y is infinite or NaN.
 [[nodiscard]] TQ_EXPORT double TQLineGetXForY(const TQLine& line, double y) noexcept;
 
-/// Returns the line's point with this x. Its y is NaN if b = 0.
+/// Returns the line's point with this x; see TQLineGetYForX() for its y.
 [[nodiscard]] inline Point TQLineGetPointForX(const TQLine& line, double x) noexcept {
   return {x, TQLineGetYForX(line, x)};
 }
 
-/// Returns the line's point with this y. Its x is NaN if a = 0.
+/// Returns the line's point with this y; see TQLineGetXForY() for its x.
 [[nodiscard]] inline Point TQLineGetPointForY(const TQLine& line, double y) noexcept {
   return {TQLineGetXForY(line, y), y};
 }

@@ -22,7 +22,12 @@ TQLineSegment between(Point from, Point to) { return {from, {to.x - from.x, to.y
 TEST(Line, CoordinatesFollowTheEquation) {
   EXPECT_EQ(TQLineGetPointForX({2, 4, 8}, 1), (Point{1, 1.5}));
   EXPECT_EQ(TQLineGetYForX({0, 2, 8}, kInf), 4);  // 0 · ∞ is not computed
-  EXPECT_EQ(TQLineGetXForY({2, 0, 8}, kNaN), 4);
+  EXPECT_EQ(TQLineGetXForY({2, 0, 8}, 3), 4);
+  for (const double y : {kInf, -kInf, kNaN}) {  // but 0 · ∞ is, for x
+    EXPECT_TRUE(std::isnan(TQLineGetXForY({2, 0, 8}, y)));
+    EXPECT_TRUE(std::isnan(TQLineGetPointForY({2, 0, 8}, y).x));
+  }
+  EXPECT_TRUE(TQLineIntersectsRect({2, 0, 8}, {0, -kInf, 10, 5}));  // x = 4, without the product
   EXPECT_TRUE(std::isnan(TQLineGetYForX({1, 0, 5}, 1)));
 }
 
