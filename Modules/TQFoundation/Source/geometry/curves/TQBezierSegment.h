@@ -91,12 +91,14 @@ TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQ
 /// Returns whether all points in use are equal.
 [[nodiscard]] TQ_EXPORT bool TQBezierSegmentIsPoint(const TQBezierSegment& segment) noexcept;
 
-/// Returns the bounds of the points in use. They contain the segment, but are seldom tight.
+/// Returns the bounds of the points in use. They contain the segment, but are seldom tight. A
+/// maximum, computed as origin + extent, is never below the greatest coordinate: the extent is
+/// rounded up by one unit in the last place where necessary.
 [[nodiscard]] TQ_EXPORT Rect
 TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 
 /// Returns the tight bounds of the segment. A maximum, computed as origin + extent, is never below
-/// the true one: the extent is rounded up by one unit in the last place where necessary.
+/// the true one: the extent is rounded up in the same way.
 ///
 /// Accuracy: the segment touches each edge within a few units in the last place of the largest
 /// coordinate. Coordinates near the limits of double return the bounds of the control points.

@@ -121,6 +121,7 @@ double TQLine::distance(const Rect& from) const noexcept {
 }
 
 std::optional<TQLineSegment> TQLineSegment::clipped(const Rect& to) const noexcept {
+  if (!std::isfinite(delta.dx) || !std::isfinite(delta.dy)) return std::nullopt;
   Clip clip;
   if (!clip.narrow(*this, to)) return std::nullopt;
   const Point from{start.x + clip.entry * delta.dx, start.y + clip.entry * delta.dy};

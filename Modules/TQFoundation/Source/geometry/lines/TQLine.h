@@ -102,7 +102,8 @@ struct TQLineSegment {
   [[nodiscard]] std::optional<Point> intersection(const TQLine& with) const noexcept;
   [[nodiscard]] std::optional<Point> intersection(const TQLineSegment& with) const noexcept;
   /// Returns the part of the segment inside the rect, in the segment's direction. If the segment
-  /// only touches the border, the result has length 0.
+  /// only touches the border, the result has length 0. Returns nullopt if nothing is inside, and if
+  /// the delta is infinite or NaN: the points of such a segment are unknown.
   [[nodiscard]] TQ_EXPORT std::optional<TQLineSegment> clipped(const Rect& to) const noexcept;
   /// Returns the nearest point of the segment. It is an end if the foot of the perpendicular lies
   /// outside.

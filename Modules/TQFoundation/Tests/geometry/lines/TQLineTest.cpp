@@ -144,6 +144,9 @@ TEST(LineSegment, TouchesAndDegenerateOnesFollowTheClosedRect) {
   for (const auto& [name, segment, rect, meets] : cases) {
     EXPECT_EQ(TQLineSegmentIntersectsRect(segment, rect), meets) << name;
   }
+  for (const Vector delta : {Vector{kInf, 0}, {-kInf, 1}, {1, kInf}, {0, -kInf}, {kNaN, 1}}) {
+    EXPECT_FALSE(TQLineSegment({5, 5}, delta).clipped(kRect).has_value());
+  }
 }
 
 TEST(Line, TransformIsAMotionThatBringsItOntoTheXAxis) {
