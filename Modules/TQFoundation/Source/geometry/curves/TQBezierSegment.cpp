@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 
 #include <TQFoundation/base/TQAssert.h>
@@ -145,6 +146,64 @@ double adaptiveLength(const Velocity& velocity, double from, double to, double w
          adaptiveLength(velocity, middle, to, right, tolerance / 2, depth - 1);
 }
 
+/// The bend B' × B'' of a cubic, scaled so that the largest coefficient is 1 or -1: p·s² + q·s·t +
+/// r·t² with s = 1 - t. It is computed from the legs d of the control polygon: p = d0 × d1, q = d0
+/// × d2, r = d1 × d2. Reversing the curve swaps p and r and changes all signs, without any
+/// rounding. And a bend of 0 at an end is exact: there p or r is 0. In powers of t, a rounding
+/// error of the coefficients moves a double root at 1 to about 1 - 1e-8.
+struct Bend {
+  double p = 0;
+  double q = 0;
+  double r = 0;
+  double rounding = 0;  ///< of the discriminant q² - 4·p·r of a cusp
+};
+
+/// Returns the bend, or 0 for a straight cubic and if a coordinate is NaN or infinite.
+Bend bendOf(const TQBezierSegment& cubic) noexcept {
+  const auto& points = cubic.points;
+  double reach = 0;
+  for (const Point point : points) {
+    reach = std::max({reach, std::fabs(point.x), std::fabs(point.y)});
+  }
+  std::array<Vector, 3> leg;
+  std::array<double, 3> length;
+  for (std::size_t i = 0; i < 3; ++i) {
+    leg[i] = points[i + 1] - points[i];
+    length[i] = std::fabs(leg[i].dx) + std::fabs(leg[i].dy);
+  }
+  // Returns 0 for legs that are parallel within the rounding of the points and of the product.
+  const auto product = [&](std::size_t i, std::size_t k) {
+    const double bend = VectorCrossProduct(leg[i], leg[k]);
+    const double noise = 4 * std::numeric_limits<double>::epsilon() * reach;
+    return std::fabs(bend) <= noise * (length[i] + length[k]) ? 0 : bend;
+  };
+  const double p = product(0, 1);
+  const double q = product(0, 2);
+  const double r = product(1, 2);
+  // Values that are small compared with the control polygon are rounding errors.
+  const double largest = std::max({std::fabs(p), std::fabs(q), std::fabs(r)});
+  if (!(largest > 1e-12 * TQBezierSegmentControlSplineLengthSquared(cubic))) return {};
+  // A cubic that misses a cusp by so little is treated as having one. Each coefficient has the
+  // error of its two legs, so that a short leg does not hide what is near its end.
+  const auto error = [&](std::size_t i, std::size_t k) { return length[i] * length[k] / largest; };
+  Bend bend{p / largest, q / largest, r / largest};
+  bend.rounding = 1e-12 * (std::fabs(bend.q) * error(0, 2) + std::fabs(bend.p) * error(1, 2) +
+                           std::fabs(bend.r) * error(0, 1));
+  return bend;
+}
+
+/// Returns the offsets t of the points (s : t) with s + t = 1, ascending, if s and t are positive
+/// after rounding. 2^-53 is the distance of 1 to the next smaller number.
+TQPolynomialRoots offsetsInside(std::initializer_list<std::array<double, 2>> ratios) noexcept {
+  constexpr double kLeast = std::numeric_limits<double>::epsilon() / 2;
+  TQPolynomialRoots offsets;
+  for (const auto& [s, t] : ratios) {
+    const double offset = t / (s + t);
+    if (s * t > 0 && offset >= kLeast && offset < 1) offsets.roots[offsets.count++] = offset;
+  }
+  return TQPolynomialRootsSort(offsets);
+}
+
 }  // namespace
 
 Point TQBezierSegmentBezierWithPoints(double t, unsigned degree, const Point* points, Point* left,
@@ -274,19 +333,15 @@ AffineTransform TQBezierSegmentTransformForAligningToXAxis(
 
 TQPolynomialRoots TQBezierSegmentInflectionOffsets(const TQBezierSegment& segment) noexcept {
   if (segment.degree != TQBezierDegree::cubic) return {};
-  const auto [a, b, c] = velocityOf(segment);
-  const TQPolynomial bend{0, VectorCrossProduct(a, b), VectorCrossProduct(a, c),
-                          VectorCrossProduct(b, c)};  // B' × B'' up to a factor
-  // Values that are small compared with the control polygon are rounding errors. A straight cubic
-  // has no inflection, and a cubic that misses a cusp by so little is treated as having one.
-  const double rounding = 1e-12 * TQBezierSegmentControlSplineLengthSquared(segment);
-  const double largest = std::max({std::fabs(bend.b), std::fabs(bend.c), std::fabs(bend.d)});
-  if (!(largest > rounding)) return {};
-  const double discriminant = bend.c * bend.c - 4 * bend.b * bend.d;
-  if (std::fabs(bend.b) > rounding && std::fabs(discriminant) <= rounding * largest) {
-    return TQPolynomialRootsFilter({{-bend.c / (2 * bend.b), 0, 0}, 1}, 0, 1, 0);
+  const auto [p, q, r, rounding] = bendOf(segment);
+  const double discriminant = q * q - 4 * p * r;
+  if (p * r > 0 && p * q < 0 && std::fabs(discriminant) <= rounding) {
+    return offsetsInside({{2 * r - q, 2 * p - q}});  // the mean of (2·r : -q) and (-q : 2·p)
   }
-  return rootsInside(bend);
+  if (!(discriminant >= 0)) return {};
+  // The sum of q and the root never cancels.
+  const double sum = (q + std::copysign(std::sqrt(discriminant), q)) / -2;
+  return offsetsInside({{r, sum}, {sum, p}});
 }
 
 }  // namespace tq

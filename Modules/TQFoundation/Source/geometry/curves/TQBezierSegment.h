@@ -134,7 +134,9 @@ TQBezierSegmentTransformForAligningToXAxis(const TQBezierSegment& segment) noexc
 
 /// Returns the offsets of a cubic's inflections, where its curvature changes sign: 0, 1 or 2 of
 /// them, ascending and strictly between 0 and 1. A cusp is returned once, and so is what rounding
-/// cannot distinguish from a cusp. Other degrees and straight cubics have none.
+/// cannot distinguish from a cusp. Other degrees and straight cubics have none. The end of a curve
+/// is no inflection, not even if its last two points are equal or its last three lie on a line
+/// within rounding. The reversed curve has the mirrored offsets 1 - t, within 1e-15.
 ///
 /// Source: the roots of B' × B''; Stone and DeRose, A Geometric Characterization of Parametric
 /// Cubic Curves, ACM TOG 8 (1989).

@@ -218,6 +218,30 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
   }
 }
 
+// The exact bend is P·s² + Q·s·t + R·t² with P = d0 × d1, Q = d0 × d2 and R = d1 × d2. If the last
+// two points are equal, only P·s² is left, which never changes its sign. If the last three lie on a
+// line, R is 0 and the bend changes its sign inside if P and Q differ in sign.
+TEST(BezierSegment, InflectionsMirrorWhenTheCurveIsReversed) {
+  constexpr int kEqualEnd = 1, kAlignedEnd = 2;
+  RandomBezier random(23);
+  for (int i = 0; i < 30'000; ++i) {
+    const int kind = i % 3;
+    auto cubic = random.segment(TQBezierDegree::cubic, i % 2 == 0 ? 100 : 1e-3);
+    auto& [p0, p1, p2, p3] = cubic.points;
+    if (kind == kEqualEnd) p2 = p3;
+    if (kind == kAlignedEnd) p2 = p1 + random.number(-1, 2) * (p3 - p1);
+    const auto found = TQBezierSegmentInflectionOffsets(cubic);
+    const auto reversed = TQBezierSegmentInflectionOffsets(TQBezierSegment::cubic(p3, p2, p1, p0));
+    ASSERT_EQ(found.count, reversed.count) << i;
+    for (int k = 0; k < found.count; ++k) {
+      ASSERT_NEAR(found.roots[k], 1 - reversed.roots[found.count - 1 - k], 1e-15) << i;
+    }
+    const double changes =
+        VectorCrossProduct(p1 - p0, p2 - p1) * VectorCrossProduct(p1 - p0, p3 - p2);
+    ASSERT_TRUE(kind == 0 || found.count == (kind == kAlignedEnd && changes < 0 ? 1 : 0)) << i;
+  }
+}
+
 TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
   RandomBezier random(18);
   for (const TQBezierSegment& segment : segments(19, 500)) {
