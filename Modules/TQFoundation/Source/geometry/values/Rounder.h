@@ -4,6 +4,7 @@
 /// Rounds values, points, sizes and vectors to a grid.
 
 #include <concepts>
+#include <type_traits>
 
 #include <TQFoundation/base/Axis.h>
 #include <TQFoundation/base/Point.h>
@@ -116,9 +117,10 @@ extern template class TQ_EXPORT Rounder<float>;
 extern template class TQ_EXPORT Rounder<double>;
 extern template class TQ_EXPORT Rounder<long double>;
 
-/// Returns the value rounded to multiples of `toNearest`, with the grid.
+/// Returns the value rounded to multiples of `toNearest`, with the grid. `toNearest` is converted
+/// to the type of the value: `rounded(2.4, 1)` has the value 2.
 template <std::floating_point Value>
-[[nodiscard]] Rounded<Value> rounded(Value value, Value toNearest) noexcept {
+[[nodiscard]] Rounded<Value> rounded(Value value, std::type_identity_t<Value> toNearest) noexcept {
   return Rounder<Value>(toNearest).rounded(value);
 }
 

@@ -204,6 +204,7 @@ TEST(Rounder, MasksChooseComponentsAndTheObjectFollowsItsRounder) {
 
 TEST(Rounder, RoundedEqualsByGridAndHashesBothZerosAlike) {
   EXPECT_NE(rounded(2.0, 2.0), rounded(2.0, 1.0));
+  EXPECT_EQ(rounded(2.4, 1), rounded(2.4, 1.0));
   EXPECT_EQ(rounded(-0.1, 2.0), rounded(0.1, 2.0));
   const std::hash<Rounded<double>> hash;
   EXPECT_EQ(hash(rounded(-0.1, 2.0)), hash(rounded(0.1, 2.0)));
