@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <ranges>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -39,6 +41,10 @@ class RecentsList {
       if (count() == static_cast<std::size_t>(capacity)) break;  // do not read further elements
     }
   }
+
+  /// The same for a list in braces: `RecentsList<int>({1, 2, 3}, 3)`.
+  RecentsList(std::initializer_list<Element> elements, std::int64_t capacity)
+      : RecentsList(std::span(elements.begin(), elements.size()), capacity) {}
 
   /// Records a use of `element`. It becomes the most recent one and replaces the first stored
   /// element with `isSame(stored, element)`. If that is already the most recent one, it stays and
@@ -79,6 +85,9 @@ class RecentsList {
 
   [[nodiscard]] const_iterator begin() const noexcept { return storage_.begin(); }
   [[nodiscard]] const_iterator end() const noexcept { return storage_.end(); }
+
+  /// Returns whether the elements, their order and the capacities are equal.
+  friend bool operator==(const RecentsList&, const RecentsList&) = default;
 
  private:
   void trim() {

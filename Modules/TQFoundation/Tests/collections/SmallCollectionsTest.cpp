@@ -125,6 +125,9 @@ TEST(RecentsList, TruncatesASequenceButKeepsItsDuplicates) {
   list.insert(9);
   EXPECT_THAT(list, ElementsAre(9, 2, 1, 1));
   EXPECT_THAT(copy, ElementsAre(2, 1, 1, 1));
+  EXPECT_EQ(copy, RecentsList<int>({2, 1, 1, 1, 7}, 4));
+  EXPECT_NE(copy, list);
+  EXPECT_NE(copy, RecentsList<int>({2, 1, 1, 1}, 5));
 
   std::istringstream numbers("1 2 3");
   EXPECT_EQ(RecentsList<int>(std::views::istream<int>(numbers), 2).count(), 2u);
