@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <functional>
 #include <initializer_list>
+#include <ranges>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -33,9 +35,19 @@ class BreakpointTable {
   /// breakpoint.
   BreakpointTable(std::initializer_list<std::pair<Key, Value>> pairs) requires
       std::totally_ordered<Key> && std::constructible_from<Value, int>
+      : BreakpointTable(std::span(pairs.begin(), pairs.size())) {}
+
+  /// The same for pairs that are known at run time: a vector, a map, a view.
+  template <std::ranges::input_range Pairs>
+  requires std::totally_ordered<Key> && std::constructible_from<Value, int> &&
+      std::convertible_to<std::ranges::range_reference_t<Pairs>, std::pair<Key, Value>>
+  explicit BreakpointTable(Pairs&& pairs)
       : BreakpointTable(Value(0),
                         [](const Key& key, const Key& breakpoint) { return key >= breakpoint; }) {
-    for (const auto& [key, value] : pairs) store(key, value);
+    for (auto&& each : pairs) {
+      std::pair<Key, Value> pair(std::forward<decltype(each)>(each));
+      store(std::move(pair.first), std::move(pair.second));
+    }
   }
 
   /// The result of a lookup if no entry matches.
@@ -89,6 +101,29 @@ class BreakpointTable {
     }
     Slot& operator/=(const Value& by) {
       return modify([&](Value& value) { value /= by; });
+    }
+    /// Stores the value of the key plus or minus one. The postfix forms return the value before.
+    Slot& operator++() {
+      return modify([](Value& value) { ++value; });
+    }
+    Slot& operator--() {
+      return modify([](Value& value) { --value; });
+    }
+    Value operator++(int) {
+      Value before = table_.lookUp(key_);
+      ++*this;
+      return before;
+    }
+    Value operator--(int) {
+      Value before = table_.lookUp(key_);
+      --*this;
+      return before;
+    }
+    /// Prints the value of the key.
+    template <class Stream>
+    friend auto operator<<(Stream& out, const Slot& slot)
+        -> decltype(out << std::declval<const Value&>()) {
+      return out << static_cast<const Value&>(slot);
     }
     Slot(const Slot&) = delete;
     /// Stores the value that the other slot looks up.

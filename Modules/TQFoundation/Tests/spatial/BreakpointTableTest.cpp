@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
+#include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <TQFoundation/spatial/Collectable.h>
 
@@ -12,7 +17,9 @@ namespace {
 TEST(BreakpointTable, ALiteralAnswersTheGreatestBreakpointNotAboveTheKey) {
   for (const BreakpointTable<int, double>& table :
        {BreakpointTable<int, double>{{0, 1}, {10, 2}, {20, 3}},
-        BreakpointTable<int, double>{{20, 3}, {0, 1}, {10, 2}}}) {
+        BreakpointTable<int, double>{{20, 3}, {0, 1}, {10, 2}},
+        BreakpointTable<int, double>(std::vector<std::pair<int, double>>{{10, 2}, {20, 3}, {0, 1}}),
+        BreakpointTable<int, double>(std::map<int, float>{{0, 1}, {10, 2}, {20, 3}})}) {
     EXPECT_EQ(table[15], 2);
     EXPECT_EQ(table[10], 2);
     EXPECT_EQ(table[25], 3);
@@ -32,6 +39,17 @@ TEST(BreakpointTable, StoringAKeyAgainPutsTheNewerValueFirst) {
   EXPECT_EQ(table.entryCount(), 4U);
   table[20] = table[10];
   EXPECT_EQ(std::as_const(table)[20], 7);
+  EXPECT_EQ(table[11]++, 10);
+  EXPECT_EQ(--table[20], 6);
+  EXPECT_EQ(table[12]--, 5);
+  EXPECT_EQ(++table[3], 1);  // below the least breakpoint
+  EXPECT_EQ(table.lookUp(11), 11);
+  EXPECT_EQ(table.lookUp(12), 4);
+  BreakpointTable<int, std::string> names("none", std::greater_equal<>());
+  names[3] = "three";
+  std::ostringstream text;
+  text << names[4] << ' ' << names[2];
+  EXPECT_EQ(text.str(), "three none");
 }
 
 TEST(BreakpointTable, ObeysItsPredicateAndHandsItTheKeyFirst) {
