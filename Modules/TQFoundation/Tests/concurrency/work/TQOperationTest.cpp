@@ -52,7 +52,7 @@ TEST(TQOperation, LeavesTheQueueAtSetFinished) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(1);
   const auto next = BlockOperation::blockOperationWithBlock([] {});
-  queue->addOperation(makeRef<Starting>([&](Starting& lingering) {
+  queue->addOperation(makeRef<Starting>([next](Starting& lingering) {
     lingering.setFinished(true);
     next->waitUntilFinished();
   }));
