@@ -108,7 +108,7 @@ class SubTree {
 
   /// Returns the whole tree.
   [[nodiscard]] const Base& base() const noexcept { return base_; }
-  /// Returns the root of this part.
+  /// Returns the root of the subtree.
   [[nodiscard]] TreeNode<Base> root() const { return root_.get(); }
   /// Returns the children of `node` in the whole tree.
   [[nodiscard]] decltype(auto) children(TreeNodeArgument<Base> node) const {

@@ -65,7 +65,7 @@ struct KeyedCoding {
 /// | a default constructor and both of [4] | it can be kept in keyed archives |
 ///
 /// [1] `static Ref<T> initWithJSONDecoder(TQJSONDecoder&)`, which may return null.
-/// [2] Null stands for the object itself.
+/// [2] Null means the object itself.
 /// [3] `startEncodingObject`, `finishEncodingObject`, `encodeClassInfoForJSON`,
 ///     `encodeAsRAWArchive`, `encodeAsKey`.
 /// [4] `void encodeWithCoder(KeyedArchiver&) const`, `bool initWithCoder(KeyedUnarchiver&)`.

@@ -26,7 +26,7 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   /// empty and names no file.
   [[nodiscard]] static Ref<URL> fileURLWithPath(std::string_view path);
 
-  /// Returns the URL that `text` stands for: a plain path as above, a "file:" URL, or a URL of
+  /// Parses a URL. `text` is a plain path as above, a "file:" URL, or a URL of
   /// another scheme. A "file:" URL has its escapes decoded, and its query and fragment removed; its
   /// host must be empty or "localhost". The text of another scheme is kept byte by byte, and the
   /// URL has no path. URLResolution.h resolves references that are relative to a base.

@@ -24,7 +24,7 @@ constexpr std::size_t kFirstSlots = 128;
 /// The largest capacity of a node that has space for all its entries behind it.
 constexpr std::int64_t kLargestInlineCapacity = 127;
 
-/// A node that holds less than this part of its capacity at first may never fill up. Splits of
+/// A node that holds less than an eighth of its capacity at first may never fill up. Splits of
 /// rects that are equal or flat leave many nodes with a single entry.
 constexpr std::size_t kSmallPart = 8;
 

@@ -12,7 +12,7 @@
 namespace tq {
 namespace {
 
-// The lock of a serial queue, which tells how many threads wait.
+// The lock of a serial queue, which reports the number of waiting threads.
 TEST(SerialQueue, ServesThreadsInTheOrderOfTheirArrival) {
   detail::FifoLock<detail::ThreadSystem> lock;
   std::vector<int> order;

@@ -9,7 +9,7 @@
 
 // An archive is a property list:
 //   {$version, $archiver, $top: {root: UID}, $objects: ["$null", …]}
-// A UID is an index into $objects; 0 stands for null. Strings, numbers and data are values there.
+// A UID is an index into $objects; 0 means null. Strings, numbers and data are values there.
 // Any other object is a record {key: value…, $class: UID}, and a class is a record
 // {$classname, $classes: [name, parent…, "NSObject"]}.
 
