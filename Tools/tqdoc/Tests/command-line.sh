@@ -1,4 +1,5 @@
-# Messages and exit status for invalid command lines and for output that cannot be written.
+# command-line.sh VERSION MEMORY: messages and exit status for invalid command lines and for output
+# that cannot be written. MEMORY is a limit in kilobytes.
 set -eu
 . "$(dirname "$0")/support.sh"
 
@@ -35,7 +36,7 @@ unfolds="$data/unfolds.tqdoc"
 for words in "show $unfolds" "check $unfolds" "diff $unfolds $data/face.svg"; do
   ended=0
   # shellcheck disable=SC2086  # words
-  (ulimit -v 2000000; ulimit -t 20; exec "$tqdoc" $words) >"$work/out" 2>&1 || ended=$?
+  (ulimit -v "$2"; ulimit -t 20; exec "$tqdoc" $words) >"$work/out" 2>&1 || ended=$?
   [ "$ended" = 2 ] || fail "exit status $ended: $words"
   grep -qF "$unfolds: The archive refers to its objects too often" "$work/out" || fail "no reason: $words"
 done
