@@ -4,14 +4,17 @@ the tests do not notice.
 
     Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]...
 
-Works in a copy of the committed tree in build/mutate. Changes that do not compile are not counted.
+Works in copies of the committed tree in build/mutate, one for each processor. Changes that do not compile are not counted.
 A change that makes the tests hang counts as noticed. The tests of the room run first, then all
 others, then the stress and fault suites of the room. The exit status is 0, even if changes survive.
 """
 
 import argparse
 import collections
+import concurrent.futures
+import os
 import pathlib
+import queue
 import random
 import re
 import shutil
@@ -20,8 +23,6 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORK = ROOT / "build/mutate"
-TREE = WORK / "tree"
-BUILD = WORK / "build"
 MODULE = pathlib.Path("Modules/TQFoundation")
 SECONDS = 120  # limit for a test program
 LONG = "*Stress*:*Fault*"  # long suites, run last
@@ -67,58 +68,73 @@ def mutants_of(line):
             yield "condition", changed(begin, end, f"!({line[begin:end]})")
 
 
-def all_mutants(rooms):
-    for room in rooms:
-        for path in sorted((TREE / MODULE / "Source" / room).rglob("*.cpp")):
-            for number, line in enumerate(path.read_text().splitlines()):
-                for kind, after in mutants_of(line):
-                    yield Mutant(path, number, kind, line, after)
+class Copy:
+    """A copy of the tree with a build of its own, in which one change is tried at a time."""
 
+    def __init__(self, number):
+        self.tree = WORK / f"tree{number}"
+        self.build = WORK / f"build{number}"
+        self.source = self.tree / MODULE / "Source"
+        shutil.rmtree(self.tree, ignore_errors=True)
+        self.tree.mkdir(parents=True)
+        archive = subprocess.Popen(["git", "-C", ROOT, "archive", "HEAD"], stdout=subprocess.PIPE)
+        subprocess.run(["tar", "-x", "-m", "-C", self.tree], stdin=archive.stdout, check=True)
+        options = ["BUILD_TYPE=Debug", "CXX_FLAGS_DEBUG=-O1", "LINK_DEPENDS_NO_SHARED=ON"]
+        subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja",
+                        *("-DCMAKE_" + option for option in options), "-DTQ_BUILD_TOOLS=OFF",
+                        "-DTQ_INSTALL=OFF", "-DTQ_WARNINGS_AS_ERRORS=OFF"],
+                       check=True, stdout=subprocess.DEVNULL)
+        self.programs = {room: self.programs_of(room) for room in self.rooms()}
 
-def run(*command, seconds=None):
-    """Returns True if the command succeeds within the time limit."""
-    try:
-        return subprocess.run(command, cwd=TREE, timeout=seconds, stdout=subprocess.DEVNULL,
-                              stderr=subprocess.DEVNULL).returncode == 0
-    except subprocess.TimeoutExpired:
-        return False
+    def rooms(self):
+        return sorted(p.name for p in self.source.iterdir() if p.is_dir())
 
+    def programs_of(self, room):
+        """Returns the targets of the room's test programs."""
+        made = re.compile(r"tq_add_(room|internal)_tests\((\w+)")
+        files = (self.tree / MODULE / "Tests" / room).glob("*.cmake")
+        return [name + ("InternalTests" if kind == "internal" else "Tests")
+                for file in sorted(files) for kind, name in made.findall(file.read_text())]
 
-def prepare():
-    shutil.rmtree(TREE, ignore_errors=True)
-    TREE.mkdir(parents=True)
-    archive = subprocess.Popen(["git", "-C", ROOT, "archive", "HEAD"], stdout=subprocess.PIPE)
-    subprocess.run(["tar", "-x", "-m", "-C", TREE], stdin=archive.stdout, check=True)
-    subprocess.run(["cmake", "-S", TREE, "-B", BUILD, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                    "-DCMAKE_CXX_FLAGS_DEBUG=-O1", "-DTQ_BUILD_TOOLS=OFF", "-DTQ_INSTALL=OFF",
-                    "-DTQ_WARNINGS_AS_ERRORS=OFF"], check=True, stdout=subprocess.DEVNULL)
+    def all_programs(self):
+        return [name for names in self.programs.values() for name in names]
 
+    def mutants(self, rooms):
+        """Yields each single change. Its file is relative to the source folder."""
+        for room in rooms:
+            for path in sorted((self.source / room).rglob("*.cpp")):
+                for number, line in enumerate(path.read_text().splitlines()):
+                    for kind, after in mutants_of(line):
+                        yield Mutant(path.relative_to(self.source), number, kind, line, after)
 
-def programs_of(room):
-    """Returns the targets of the room's test programs."""
-    made = re.compile(r"tq_add_(room|internal)_tests\((\w+)")
-    files = (TREE / MODULE / "Tests" / room).glob("*.cmake")
-    return [name + ("InternalTests" if kind == "internal" else "Tests")
-            for file in sorted(files) for kind, name in made.findall(file.read_text())]
+    def run(self, *command, seconds=None):
+        """Returns True if the command succeeds within the time limit."""
+        try:
+            return subprocess.run(command, cwd=self.tree, timeout=seconds,
+                                  stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL).returncode == 0
+        except subprocess.TimeoutExpired:
+            return False
 
+    def passes(self, programs, suites="-" + LONG):
+        """Builds and runs the suites. Returns True if they pass, None if they do not compile."""
+        if not self.run("cmake", "--build", self.build, "--target", *programs):
+            return None
+        return all(self.run(self.build / MODULE / program, "--gtest_brief=1", "--gtest_fail_fast",
+                            f"--gtest_filter={suites}", seconds=SECONDS) for program in programs)
 
-def passes(programs, suites="-" + LONG):
-    """Builds and runs the suites. Returns True if they pass, None if they do not compile."""
-    if not run("cmake", "--build", BUILD, "--target", *programs):
-        return None
-    return all(run(BUILD / MODULE / program, "--gtest_brief=1", "--gtest_fail_fast",
-                   f"--gtest_filter={suites}", seconds=SECONDS) for program in programs)
-
-
-def survives(mutant, own, others):
-    original = mutant.file.read_text()
-    lines = original.split("\n")
-    lines[mutant.line] = mutant.after
-    mutant.file.write_text("\n".join(lines))
-    try:
-        return passes(own) and passes(others) and passes(own, LONG)
-    finally:
-        mutant.file.write_text(original)
+    def survives(self, mutant):
+        own = self.programs[mutant.file.parts[0]]
+        others = [name for name in self.all_programs() if name not in own]
+        path = self.source / mutant.file
+        original = path.read_text()
+        lines = original.split("\n")
+        lines[mutant.line] = mutant.after
+        path.write_text("\n".join(lines))
+        try:
+            return self.passes(own) and self.passes(others) and self.passes(own, LONG)
+        finally:
+            path.write_text(original)
 
 
 def main():
@@ -129,26 +145,32 @@ def main():
     parser.add_argument("--room", action="append", help="change only this room (may be repeated)")
     options = parser.parse_args()
 
-    prepare()
-    folders = sorted(p.name for p in (TREE / MODULE / "Source").iterdir() if p.is_dir())
-    programs = {room: programs_of(room) for room in folders}
-    everything = [name for names in programs.values() for name in names]
-    if not passes(everything) or not passes(everything, LONG):
-        sys.exit("the tests fail without a change")
+    copies = [Copy(number) for number in range(os.cpu_count())]
+    for copy in copies:
+        if not copy.passes(copy.all_programs()) or not copy.passes(copy.all_programs(), LONG):
+            sys.exit("the tests fail without a change")
+    free = queue.SimpleQueue()
+    for copy in copies:
+        free.put(copy)
 
-    candidates = list(all_mutants(options.room or folders))
+    def verdict_on(mutant):
+        copy = free.get()
+        try:
+            return copy.survives(mutant)
+        finally:
+            free.put(copy)
+
+    candidates = list(copies[0].mutants(options.room or copies[0].rooms()))
     chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
     tally = collections.Counter()
-    for number, mutant in enumerate(chosen, 1):
-        room = mutant.file.relative_to(TREE / MODULE / "Source").parts[0]
-        others = [name for name in everything if name not in programs[room]]
-        verdict = survives(mutant, programs[room], others)
-        outcome = {None: "does not compile", True: "survived", False: "noticed"}[verdict]
-        tally[outcome] += 1
-        place = f"{mutant.file.relative_to(TREE / MODULE / 'Source')}:{mutant.line + 1}"
-        print(f"{number}/{len(chosen)} {outcome}: {place} {mutant.kind}", flush=True)
-        if verdict:
-            print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
+    with concurrent.futures.ThreadPoolExecutor(len(copies)) as pool:
+        for number, (mutant, verdict) in enumerate(zip(chosen, pool.map(verdict_on, chosen)), 1):
+            outcome = {None: "does not compile", True: "survived", False: "noticed"}[verdict]
+            tally[outcome] += 1
+            place = f"{mutant.file}:{mutant.line + 1}"
+            print(f"{number}/{len(chosen)} {outcome}: {place} {mutant.kind}", flush=True)
+            if verdict:
+                print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
     tried = tally["noticed"] + tally["survived"]
     print(f"{len(candidates)} possible changes, {tried} tried: {tally['noticed']} noticed, "
           f"{tally['survived']} survived ({100 * tally['noticed'] / max(tried, 1):.0f} % noticed); "
