@@ -112,8 +112,8 @@ inline constexpr Rect RectInfinite{
   return rect.size.height > 0 ? rect.size.height : 0 - rect.size.height;
 }
 
-/// Returns true if both are null, or if their standardised fields are equal. Any NaN makes it
-/// false.
+/// Returns true if both are null, or if their standardised fields are equal; false if a field is
+/// NaN.
 [[nodiscard]] constexpr bool RectEqualToRect(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a) || RectIsNull(b)) return RectIsNull(a) && RectIsNull(b);
   const Rect one = RectStandardize(a);
@@ -216,7 +216,7 @@ struct Overlap {
 }
 
 /// Returns true if the union of both equals `rect`. Every rect contains the null rect. Rounding of
-/// max - min can make the result false for a rect that lies inside.
+/// max - min can make the result false for a rect that is inside.
 [[nodiscard]] constexpr bool RectContainsRect(const Rect& rect, const Rect& inner) noexcept {
   return RectEqualToRect(RectUnion(rect, inner), rect);
 }

@@ -13,8 +13,9 @@ namespace tq {
 ///
 /// @param function   the function whose precondition does not hold
 /// @param file       path of the source file; only the name without extension is printed
-/// @param condition  source text of the condition Any thread. It allocates nothing, so it also
-/// works when memory is exhausted.
+/// @param condition  source text of the condition
+///
+/// Any thread. It allocates nothing, so it also works when memory is exhausted.
 [[noreturn]] TQ_EXPORT void assertionFailed(const char* function, const char* file, int line,
                                             const char* condition) noexcept;
 

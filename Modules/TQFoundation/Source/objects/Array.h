@@ -21,7 +21,7 @@ namespace detail {
 struct Construction;
 }
 
-/// An immutable array. It retains its elements; none of them is null.
+/// An immutable array. It retains its elements, which are never null.
 ///
 /// An array created from numbers stores them packed, in 8 or 9 bytes each. The first access to an
 /// element as an object boxes all of them, once. numberAtIndex() never boxes.
@@ -47,7 +47,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
     using reference = Object&;
 
     Iterator() noexcept = default;
-    /// Points to an element of an array of references, none of which is null.
+    /// Points to an element of an array of references that are not null.
     explicit Iterator(const Ref<Object>* at) noexcept : at_(at) {}
 
     reference operator*() const noexcept { return **at_; }
@@ -119,8 +119,8 @@ class TQ_EXPORT Array : public Subclass<Array> {
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines the count and the hashes of the first, middle and last element.
   [[nodiscard]] std::size_t hash() const override;
-  /// Returns "(a, b)" of the elements' descriptions. What is more than 32 levels deep, or beyond
-  /// 1 MiB in total, is replaced by "…".
+  /// Returns "(a, b)" of the elements' descriptions. Content more than 32 levels deep, or beyond 1
+  /// MiB in total, is replaced by "…".
   [[nodiscard]] std::string description() const override;
 
  protected:

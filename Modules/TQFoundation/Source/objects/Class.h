@@ -13,8 +13,8 @@
 
 namespace tq {
 
-// Classes of rooms above. A record only has pointers to functions that take them; each class that
-// has such functions includes what it needs.
+// Classes of higher rooms. A record only has pointers to functions that take them; a class that has
+// such functions includes their headers.
 class KeyedArchiver;
 class KeyedUnarchiver;
 class TQJSONDecoder;
@@ -53,16 +53,16 @@ struct KeyedCoding {
 ///
 /// The members of a type T determine what it can do:
 ///
-/// | member of T | what it gives |
+/// | member of T | effect |
 /// |---|---|
 /// | `static constexpr std::string_view className` | its name (required) |
-/// | `static constexpr std::string_view codingName` | its name in archives, where it differs |
+/// | `static constexpr std::string_view codingName` | its name in archives, if it differs |
 /// | `using CodingClass = U` | archives know it as a U |
 /// | `explicit T(TQJSONDecoder&)`, or [1] | it can be read from a JSON archive |
 /// | `void encodeAsJSON(TQJSONEncoder&) const` | it is a structured object of a JSON archive |
-/// | `Ref<Object> replacementObjectForJSONEncoder(TQJSONEncoder&) const` | what is written [2] |
-/// | one of [3], each `(TQJSONEncoder&) const` | its own form of that step of an archive |
-/// | a default constructor and both of [4] | it can be kept in keyed archives |
+/// | `Ref<Object> replacementObjectForJSONEncoder(TQJSONEncoder&) const` | written instead [2] |
+/// | one of [3], each `(TQJSONEncoder&) const` | replaces that step of writing an archive |
+/// | a default constructor and both of [4] | it can be stored in keyed archives |
 ///
 /// [1] `static Ref<T> initWithJSONDecoder(TQJSONDecoder&)`, which may return null.
 /// [2] Null means the object itself.
@@ -72,8 +72,9 @@ struct KeyedCoding {
 ///
 /// A derived class inherits what it does not define, except construction from an archive.
 ///
-/// What would lose data does not compile: a step that is not const, or not public where a parent
-/// has one; a class without a name of its own; a name that is not plain (see isPlainName()).
+/// Mistakes that would lose data do not compile: a step that is not const, or that is not public
+/// although a parent has one; a class that does not define its own name; a name that is not plain
+/// (see isPlainName()).
 class TQ_EXPORT Class {
  public:
   /// Makes the record of T below Parent from the members of T.
@@ -219,8 +220,8 @@ constexpr Class Class::make() noexcept {
   } else {
     record.json_.initWithJSONDecoder = nullptr;
   }
-/// Sets an entry if T has the member. A member that cannot be called is a mistake: the parent's
-/// would be used instead of it.
+/// Sets an entry if T has the member. A member that cannot be called does not compile, because the
+/// parent's would be used instead of it.
 #define TQ_JSON_STEP(entry, function, Result)                                              \
   if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {               \
     record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result {      \

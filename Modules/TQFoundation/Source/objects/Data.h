@@ -74,8 +74,8 @@ class TQ_EXPORT MutableData final : public Subclass<MutableData, Data> {
   /// Creates `length` bytes of 0.
   [[nodiscard]] static Ref<MutableData> dataWithLength(std::size_t length);
 
-  /// Appends a copy of `bytes`, which must not lie in this buffer. Capacity at least doubles when
-  /// it is exceeded. @throws std::bad_alloc, with the buffer unchanged
+  /// Appends a copy of `bytes`, which must not be part of this buffer. Capacity at least doubles
+  /// when it is exceeded. @throws std::bad_alloc, with the buffer unchanged
   void append(std::span<const std::byte> bytes);
   void append(std::string_view bytes);
 

@@ -39,9 +39,9 @@ class TQ_EXPORT Error final : public Subclass<Error> {
 
   /// The namespace of the code.
   [[nodiscard]] const std::string& domain() const noexcept { return domain_; }
-  /// Meaningful only within its domain.
+  /// The code. It is meaningful only within its domain.
   [[nodiscard]] std::int64_t code() const noexcept { return code_; }
-  /// Never null.
+  /// The details. Never null.
   [[nodiscard]] const Dictionary& userInfo() const noexcept { return *userInfo_; }
 
   /// Returns the text of the user info if it is a String, else the domain's text for a known code

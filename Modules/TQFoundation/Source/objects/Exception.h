@@ -27,9 +27,9 @@ class TQ_EXPORT Exception : public std::exception {
   Exception& operator=(const Exception&) = default;
   ~Exception() override;
 
-  /// For programs.
+  /// The name, for programs.
   [[nodiscard]] const std::string& name() const noexcept { return name_; }
-  /// For people; may be empty.
+  /// The reason, for people. May be empty.
   [[nodiscard]] const std::string& reason() const noexcept { return reason_; }
 
   /// Returns the reason, or the name if the reason is empty.

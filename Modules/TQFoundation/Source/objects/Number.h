@@ -101,9 +101,8 @@ class NumberValue {
   [[nodiscard]] TQ_EXPORT std::size_t hash() const noexcept;
 
   /// Returns decimal text: integers plain, float with 7 significant digits, double with 16, in the
-  /// form of %g; "nan", "inf", "-inf". Independent of the locale. 0.56 is 0.5600000000000001, 100.0
-  /// is 100, -0.0 is
-  /// -0.
+  /// form of %g; "nan", "inf", "-inf". Independent of the locale. Examples: "0.5600000000000001"
+  /// for 0.56, "100" for 100.0, "-0" for -0.0.
   [[nodiscard]] TQ_EXPORT std::string text() const;
 
   /// Writes the same into a buffer of kNumberTextCapacity characters. @return the end of the text

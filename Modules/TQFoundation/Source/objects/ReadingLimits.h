@@ -25,14 +25,14 @@ struct ReadingLimits {
   /// Values of a JSON text: containers, strings (each key too), numbers, true, false and null. For
   /// a keyed archive: entries of its table of objects.
   std::uint64_t values = std::numeric_limits<std::uint64_t>::max();
-  /// Nested containers; values below 1 and above 512 have no effect. A JSON text that is too deep
-  /// is the parser's error.
+  /// Nested containers; values below 1 and above 512 have no effect. For a JSON text that is too
+  /// deep, the error is the parser's.
   int depth = 512;
-  /// A keyed archive can refer to an object many times. Whoever follows the references, such as an
-  /// encoder, meets the object each time. This is how many values, and bytes of their text and
-  /// data, may be met in this way for each byte of the archive.
+  /// A keyed archive can refer to an object many times, and code that follows the references, such
+  /// as an encoder, visits the object each time. This is the largest number of values, and of bytes
+  /// of their text and data, that such a walk may visit for each byte of the archive.
   ///
-  /// The default, 256, is 1000 uses of an object that takes a quarter of its archive.
+  /// The default, 256, permits 1000 uses of an object that takes a quarter of its archive.
   std::uint64_t unfoldedPerByte = 256;
   /// Bytes that compressed bytes expand to, and bytes of the body of an HTTP response that a task
   /// collects in memory.

@@ -72,8 +72,8 @@ class Ref {
   /// Returns the object and becomes null. The caller must release the object.
   [[nodiscard]] T* leak() noexcept { return std::exchange(object_, nullptr); }
 
-  /// Compares identity. Use isEqual() to compare values. The order is the one of the addresses: it
-  /// serves ordered containers, and differs from run to run.
+  /// Compares identity; use isEqual() to compare values. The order is that of the addresses: it is
+  /// suitable for ordered containers, and differs from run to run.
   friend bool operator==(const Ref& a, const Ref& b) noexcept { return a.object_ == b.object_; }
   friend bool operator==(const Ref& a, const T* b) noexcept { return a.object_ == b; }
   friend std::strong_ordering operator<=>(const Ref& a, const Ref& b) noexcept {

@@ -19,7 +19,7 @@ namespace detail {
 class DictionaryKeys;
 }
 
-/// An immutable set in insertion order. It retains its members; none is null and no two are equal.
+/// An immutable set in insertion order. It retains its members, which are distinct and never null.
 /// A member must not change in a way that affects isEqual().
 ///
 /// Cost: up to 8 members are searched linearly, more are hashed.
@@ -31,7 +31,7 @@ class TQ_EXPORT Set final : public Subclass<Set> {
 
   /// Returns an empty set.
   [[nodiscard]] static Ref<Set> set();
-  /// Keeps the first of equal objects.
+  /// Creates a set. Of equal objects, it contains the first.
   /// @throws Exception (InvalidArgumentException) if one is null
   [[nodiscard]] static Ref<Set> setWithObjects(std::span<const Ref<Object>> objects);
   [[nodiscard]] static Ref<Set> setWithObjects(std::initializer_list<Ref<Object>> objects);

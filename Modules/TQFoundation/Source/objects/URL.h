@@ -26,10 +26,10 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   /// empty and names no file.
   [[nodiscard]] static Ref<URL> fileURLWithPath(std::string_view path);
 
-  /// Parses a URL. `text` is a plain path as above, a "file:" URL, or a URL of
-  /// another scheme. A "file:" URL has its escapes decoded, and its query and fragment removed; its
-  /// host must be empty or "localhost". The text of another scheme is kept byte by byte, and the
-  /// URL has no path. URLResolution.h resolves references that are relative to a base.
+  /// Parses a URL. `text` is a plain path as above, a "file:" URL, or a URL of another scheme. A
+  /// "file:" URL has its escapes decoded, and its query and fragment removed; its host must be
+  /// empty or "localhost". The text of another scheme is kept byte by byte, and the URL has no
+  /// path. URLResolution.h resolves references that are relative to a base.
   /// @return null for a "file:" URL with another host, an invalid escape or an escaped NUL
   [[nodiscard]] static Ref<URL> URLWithString(std::string_view text);
 

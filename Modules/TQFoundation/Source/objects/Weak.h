@@ -23,7 +23,8 @@ TQ_EXPORT void releaseBlock(WeakBlock& block) noexcept;
 /// Returns the object of `block`. The caller must own a reference to it.
 [[nodiscard]] TQ_EXPORT Object* objectOf(const WeakBlock& block) noexcept;
 
-/// Returns whether the block's object is `object`, which the caller must own; whether it is gone.
+/// observes() returns whether the block's object is `object`, which the caller must own; isGone()
+/// returns whether the object is gone.
 [[nodiscard]] TQ_EXPORT bool observes(const WeakBlock& block, const Object& object) noexcept;
 [[nodiscard]] TQ_EXPORT bool isGone(const WeakBlock& block) noexcept;
 

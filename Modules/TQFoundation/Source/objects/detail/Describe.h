@@ -13,8 +13,8 @@
 namespace tq::detail {
 
 /// Collects the description of a container. Nested containers count against the same limits: those
-/// of the outermost container that is being described on this thread. What exceeds them is replaced
-/// by "…".
+/// of the outermost container that is being described on this thread. Content beyond them is
+/// replaced by "…".
 class ContainerDescription {
  public:
   explicit ContainerDescription(std::string_view open) : text_(open) {
@@ -42,7 +42,7 @@ class ContainerDescription {
   void add(const Object& element) {
     const std::size_t room = room_;
     const std::string text = element.description();
-    room_ = room;  // the text includes what containers in it have added
+    room_ = room;  // the text includes what nested containers have added
     add(text);
   }
 
