@@ -22,13 +22,14 @@ struct ValueRecord;
 ///
 /// Supported are String (also ill-formed text), Number, Data, MutableData, Array, MutableArray,
 /// Dictionary, MutableDictionary, Set, Null, Date, Value, Error, UUID and URL, in the platform's
-/// own records (boxed structures that the platform refuses have a record of ours). Objects of a
-/// class with `encodeWithCoder` and `initWithCoder` are supported as these functions write and read
-/// them.
+/// own records. Boxed structures that the platform refuses have a record defined by this library.
+/// Objects of a class with `encodeWithCoder` and `initWithCoder` are written and read by these
+/// functions.
 ///
 /// - An object is written once, and so is each number value. A number is read back as a boolean, a
 ///   64-bit integer, a float or a double that is equal to it.
-/// - The same graph always gives the same bytes; so does the graph that KeyedUnarchiver reads back.
+/// - The same graph always produces the same bytes, and so does the graph that KeyedUnarchiver
+///   reads.
 /// - A cycle must pass through an object of a host class that reads its reference with
 ///   KeyedUnarchiver::decodeWeakObjectForKey(). A cycle of containers alone could never be released
 ///   and is refused.

@@ -32,9 +32,9 @@ struct ValueRecord;
 /// - Each byte is read at most kMostReadings times, however often the file shares its parts, and
 ///   takes at most about 200 bytes of memory, without host objects. Comparing 16 bytes of a key or
 ///   of a member of a set counts as reading one.
-/// - What the objects unfold to is counted while they are read. Beyond
-///   ReadingLimits::unfoldedPerByte the archive is refused, so everything that follows all
-///   references, such as encoding the objects as JSON, is bounded by the size of the archive too.
+/// - The values and bytes that code following all references would visit are counted while they are
+///   read. Beyond ReadingLimits::unfoldedPerByte the archive is refused. So the cost of such code,
+///   for example of encoding the objects as JSON, is bounded by the size of the archive too.
 /// - Only decodeWeakObjectForKey() returns an object that is still being read, so a file cannot
 ///   create a cycle of strong references.
 /// - After an error in the archive, or an exception while an object is read, every key is treated

@@ -17,14 +17,14 @@ namespace tq {
 /// The bytes of the digest, in order.
 using SHA1Digest = std::array<std::byte, 20>;
 
-/// Returns the SHA-1 (FIPS 180-4) of the bytes; nothing if the system forbids the algorithm or is
+/// Returns the SHA-1 (FIPS 180-4) of the bytes; nullopt if the system forbids the algorithm or is
 /// out of memory. Any thread.
 [[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1Digest(
     std::span<const std::byte> bytes) noexcept;
 
 /// Returns the SHA-1 of a file's content, which is read piece by piece. Only regular files are
 /// read. Any thread.
-/// @return nothing, with an error, on failure
+/// @return nullopt, with an error, on failure
 [[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1DigestOfFile(const URL& url,
                                                                    Ref<Error>* error = nullptr);
 

@@ -15,7 +15,8 @@ namespace tq::detail {
 /// The attributes of a file that is to be replaced.
 struct FileAttributes {
   struct stat status {};
-  std::optional<std::string> accessList;  ///< the POSIX ACL in the kernel's format; none if minimal
+  std::optional<std::string> accessList;  ///< the POSIX ACL in the kernel's format; nullopt if
+                                          ///< minimal
   std::vector<std::pair<std::string, std::string>> extended;  ///< all others: name and value
 };
 
@@ -25,8 +26,8 @@ struct FileAttributes {
 [[nodiscard]] int readAttributes(const std::string& path,
                                  std::optional<FileAttributes>& attributes);
 
-/// Gives an open file that this process owns the attributes of another one, so that nobody gains
-/// access who had none:
+/// Gives an open file that this process owns the attributes of another one, without granting access
+/// to users who had none:
 ///
 /// - The owner and the group are kept if the system permits it. Without the group, the group and
 ///   all others get only what both had: 0640 becomes 0600, 0664 becomes 0644.

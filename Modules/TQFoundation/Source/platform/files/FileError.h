@@ -8,7 +8,7 @@
 
 namespace tq::detail {
 
-/// `creating` also writes, but needs no existing file: what is missing is the folder.
+/// `creating` also writes, but needs no existing file: a missing file is then a missing folder.
 enum class FileUse { reading, writing, creating };
 
 /// Returns an error of CocoaErrorDomain with the code and the text for `errorNumber`. Its

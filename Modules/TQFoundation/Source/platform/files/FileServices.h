@@ -15,7 +15,7 @@
 
 namespace tq {
 
-/// Replaces the content of a file by `bytes`, or creates the file.
+/// Replaces the content of a file with `bytes`, or creates the file.
 ///
 /// The bytes are written to a new file in the same folder, flushed to the disk, and renamed over
 /// the old file. A reader finds either the old or the new content, complete, even after a power
@@ -24,9 +24,9 @@ namespace tq {
 ///
 /// The new file keeps the old one's owner, group, permissions, ACL and extended attributes, and has
 /// them before it gets its name. An owner or a group that this process may not set is not kept, and
-/// neither are attributes that it may not read or set; nobody gains access by that. Without the
-/// group, the group and all others get only what both had: 0640 becomes 0600, 0664 becomes 0644.
-/// Set-id bits are kept only if owner and group are.
+/// neither are attributes that it may not read or set. This never grants access to users who had
+/// none: without the group, the group and all others get only what both had, so 0640 becomes 0600,
+/// and 0664 becomes 0644. Set-id bits are kept only if owner and group are.
 ///
 /// A killed process leaves no file behind, unless the file system does not support files without a
 /// name (network file systems). ".tq-replacement" is a reserved name: a file of that name is
@@ -59,8 +59,8 @@ class TQ_EXPORT TemporaryFolder final : public Subclass<TemporaryFolder> {
 
   /// The location of the folder.
   [[nodiscard]] const URL& url() const noexcept { return *url_; }
-  /// Returns the location of an entry of the folder, or of one of its subfolders: "a/b". Links are
-  /// not looked at.
+  /// Returns the location of an entry of the folder, or of one of its subfolders: "a/b". Symbolic
+  /// links are not resolved.
   /// @return null if the name would leave the folder: it is empty or absolute, or contains ".." as
   ///         a component, or a NUL
   [[nodiscard]] Ref<URL> urlForName(std::string_view name) const;

@@ -36,8 +36,8 @@ inline constexpr mode_t kOwnersOnly = 0600;
 [[nodiscard]] int moveIntoPlace(int descriptor, const std::string& from, const std::string& to);
 
 /// Writes the bytes to a new file in the path's folder, flushes it to the disk and renames it to
-/// `path`. A link at `path` is replaced, not followed. Before it gets a name, it takes the
-/// attributes of the old file, if there is one. A killed process leaves nothing behind, unless the
+/// `path`. A link at `path` is replaced, not followed. The new file takes the attributes of the old
+/// one, if there is one, before it gets a name. A killed process leaves no file behind, unless the
 /// file system does not support files without a name.
 /// @param mode  the permissions of the new file without an old one
 [[nodiscard]] int writeInPlace(const std::string& path, std::span<const std::byte> bytes,

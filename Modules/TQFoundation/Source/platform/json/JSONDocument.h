@@ -24,7 +24,7 @@ namespace tq {
 ///
 /// The tape has one 64-bit word for each value, with its kind in the top 8 bits. The value of a
 /// number is in the next word. The word of a container holds, in its low 32 bits, the index of the
-/// word behind the container. The word of a string holds the offset of its length (32 bits) and its
+/// word after the container. The word of a string holds the offset of its length (32 bits) and its
 /// bytes in the string buffer.
 class JSONNode {
  public:
@@ -85,7 +85,7 @@ class JSONNode {
     return {reinterpret_cast<const char*>(at) + sizeof length, length};
   }
 
-  /// Returns the node behind this one and its content: the next element, or the value of a key.
+  /// Returns the node after this one and its content: the next element, or the value of a key.
   [[nodiscard]] JSONNode next() const noexcept {
     switch (kind()) {
       case Kind::array:
@@ -130,8 +130,8 @@ class JSONNode {
 /// UTF-8 byte-order mark is skipped. Containers may nest kDepthLimit deep. Integers outside of 64
 /// bits become doubles. A number outside of the range of doubles is an error; one too close to zero
 /// is 0. Equal keys of an object are all kept, in order.
-/// Memory: at most 16 bytes for each byte of text while parsing, about 10 afterwards; only what
-/// values need is touched.
+/// Memory: at most 16 bytes for each byte of text while parsing, about 10 afterwards; only the part
+/// that the values need is touched.
 class JSONDocument {
  public:
   /// The maximum depth of nested arrays and objects.
@@ -142,15 +142,15 @@ class JSONDocument {
 
   /// Parses `text`.
   ///
-  /// @param readablePadding  number of bytes behind `text` that may be read (see Data); if less
-  /// than
-  ///                         Data::kReadablePadding, the text is copied
-  /// @param error  receives domain NSCocoaErrorDomain, code 3840, with the fault and its offset in
+  /// @param readablePadding  number of bytes after `text` that may be read (see Data). If it is
+  /// less
+  ///                         than Data::kReadablePadding, the text is copied.
   ///               the debug description, and the offset under kErrorIndexKey. Null skips the
   ///               search for the fault.
   /// @param depth  the maximum depth, at most kDepthLimit
-  /// @return no value if the text is not JSON, or if it is longer than kLongestText, which the
-  ///         caller checks first
+  /// @return nullopt if the text is not JSON, or if it is longer than kLongestText, which the
+  /// caller
+  ///         checks first
   [[nodiscard]] static std::optional<JSONDocument> parse(std::span<const std::byte> text,
                                                          std::size_t readablePadding,
                                                          Ref<Error>* error,

@@ -31,7 +31,7 @@ class JSONShape final : public Object {
   [[nodiscard]] bool isOf(std::span<const std::string_view> keys) const noexcept;
 
   /// Returns the index of the member `key`.
-  /// @param hint  the index to try first. Receives the index behind the member that was found,
+  /// @param hint  the index to try first. Receives the index after the member that was found,
   ///              because members are mostly read in the order in which they were written.
   [[nodiscard]] std::optional<std::size_t> find(std::string_view key, std::size_t& hint) const;
 

@@ -71,8 +71,8 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   /// Makes passes until stop() is called.
   void run();
 
-  /// Makes the innermost run() or runFor() return after its pass. If none runs, the next one
-  /// returns at once.
+  /// Makes the innermost run() or runFor() return after its pass. If neither is running, the next
+  /// one returns at once.
   void stop() noexcept;
 
   /// Returns whether this is the calling thread's loop.

@@ -42,8 +42,8 @@ struct FileDownloadHandler {
 /// URLErrorBadServerResponse; the bytes received before stay. More bytes than announced end it too,
 /// and none stay. Memory use is constant.
 ///
-/// A "<file>.download" that another user owns, or that is also known by another name, is not
-/// written to: its name is removed. If that fails, or if it is a link, the download is an error.
+/// A "<file>.download" that another user owns, or that has a second hard link, is not written to:
+/// its name is removed. If that fails, or if it is a symbolic link, the download is an error.
 ///
 /// Threads:  any.
 /// Lifetime: its session keeps it alive while it runs.

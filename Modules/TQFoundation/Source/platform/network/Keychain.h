@@ -29,7 +29,7 @@ struct TQ_EXPORT KeychainItem {
   std::string service;  ///< "com.korvan.cloud"
   std::string account;  ///< "ada@example.org"
 
-  /// Returns the secret; nothing, without an error, if there is no such item; nothing, with an
+  /// Returns the secret; nullopt, without an error, if there is no such item; nullopt, with an
   /// error, on failure.
   [[nodiscard]] std::optional<std::string> secret(Ref<Error>* error = nullptr) const;
   /// Stores the secret, and replaces an earlier one. @return false on failure, with an error

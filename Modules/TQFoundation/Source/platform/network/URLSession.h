@@ -43,7 +43,7 @@ enum URLErrorCode : std::int64_t {
   URLErrorCannotWriteToFile = -3003,
 };
 
-/// Names are compared without regard to case.
+/// Names and values. Names are compared without regard to case.
 using HTTPHeaders = std::vector<std::pair<std::string, std::string>>;
 
 /// Which cookies are accepted.
@@ -53,7 +53,7 @@ enum class URLRequestCachePolicy : std::uint8_t { useProtocolCachePolicy, reload
 
 /// How a session behaves. These are the values of the default configuration.
 struct URLSessionConfiguration {
-  /// The values below.
+  /// Returns the default values, listed below.
   [[nodiscard]] static URLSessionConfiguration defaultSessionConfiguration() { return {}; }
 
   /// Most seconds without any data, also while connecting. Waiting for a connection that other
@@ -161,22 +161,20 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 /// Runs tasks that share connections, cookies and a thread for their callbacks.
 ///
 /// - Redirects are followed within HTTP and HTTPS. After 301 and 302 a POST becomes a GET, and
-/// after
-///   303 every method but HEAD does. Other methods are kept, with their body. Credentials for one
-///   host are not sent to another.
+///   after 303 every method but HEAD does. Other methods are kept, with their body. Credentials for
+///   one host are not sent to another.
 /// - The content codings "gzip" and "deflate" are requested and decoded, unless the request has a
-///   header Accept-Encoding or Range. A damaged or truncated one, and any other coding, fail with
+///   header Accept-Encoding or Range. A damaged or truncated body, and any other coding, fail with
 ///   URLErrorBadServerResponse.
-/// - A body has the length that the server announced. Two different lengths, and one that is not a
-///   number, fail with URLErrorBadServerResponse.
+/// - A body has the length that the server announced. Two different lengths, and a length that is
+///   not a number, fail with URLErrorBadServerResponse.
 /// - Servers with an invalid certificate are refused.
 /// - More than 300 000 bytes or 2 000 lines of headers and trailers, including those of redirects,
 ///   fail with URLErrorBadServerResponse.
 ///
 /// Threads:  any.
 /// Lifetime: running tasks keep the session alive. Its thread ends some time after the last
-/// reference
-///           is released. A process may exit while sessions exist.
+///           reference is released. A process may exit while sessions exist.
 class TQ_EXPORT URLSession final : public Subclass<URLSession> {
  public:
   static constexpr std::string_view className = "URLSession";

@@ -130,7 +130,7 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
 
   enum class Phase : std::uint8_t { unstarted, executing, finished };
 
-  /// Holds the operation during a call that runs foreign code. Returns null in its destructor.
+  /// Holds the operation during a call that runs host code. Returns null in its destructor.
   [[nodiscard]] Ref<Operation> hold() noexcept;
   void notify(std::string_view key, Change change);
   void finish();

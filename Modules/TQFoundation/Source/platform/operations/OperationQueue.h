@@ -22,8 +22,9 @@ namespace tq {
 /// pool. The queue retains each operation until it has finished. An operation counts as running
 /// until it announces "isFinished" and isFinished() returns true.
 ///
-/// Threads:    any. If no thread can be created, for want of threads or memory, operations run on
-///             the thread that makes them ready: the one that adds them, finishes their last
+/// Threads:    any. If no thread can be created (too many threads, no memory), operations run on
+/// the
+///             thread that makes them ready: the one that adds them, finishes their last
 ///             dependency, or resumes the queue.
 /// Lifetime:   added operations run even if the queue is destroyed first. If the queue is suspended
 ///             or its maximum is 0 at that time, they are cancelled and finish without their work,
@@ -55,7 +56,7 @@ class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
   void setSuspended(bool isSuspended);
   [[nodiscard]] bool isSuspended() const;
 
-  /// Adds an operation. Allocates nothing that it could fail without.
+  /// Adds an operation. Does not fail when memory is exhausted.
   /// @throws Exception (InvalidArgumentException) if it was added to a queue before, runs or has
   ///         finished
   void addOperation(Operation& operation);

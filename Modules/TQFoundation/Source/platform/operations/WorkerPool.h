@@ -53,7 +53,7 @@ void parallelApply(std::size_t count, const Body& body, ApplyCost* cost = nullpt
 /// block. Returns when all calls have ended.
 ///
 /// Calls may wait for each other: about one for each core runs at first, and one more is started
-/// whenever none has ended for a while, up to 64. If no thread can be created, the calls run one
+/// whenever no call has ended for a while, up to 64. If no thread can be created, the calls run one
 /// after another on the calling thread, and must not wait for each other.
 ///
 /// @throws the first exception that leaves the body, after all running calls have ended; calls that

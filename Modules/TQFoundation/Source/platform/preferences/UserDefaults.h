@@ -21,27 +21,26 @@ namespace detail {
 class PreferenceStore;
 }
 
-/// A store of preferences. A key is searched in
+/// A store of preferences. A key is searched in these places, and the first value found is used:
 ///
-/// 1. the arguments of this run (setArguments()), never saved,
-/// 2. the store's own domain, to which all changes are written,
-/// 3. the domain "global" of the same folder, shared by all applications,
-/// 4. the defaults registered in this process, never saved;
+/// 1. the arguments of this run (setArguments()), never saved;
+/// 2. the store's own domain, to which all changes are written;
+/// 3. the domain "global" of the same folder, shared by all applications;
+/// 4. the defaults registered in this process, never saved.
 ///
-/// the first value found is used. After an entry is removed, its registered default is visible
-/// again.
+/// After an entry is removed, its registered default is visible again.
 ///
 /// Each domain is a database in the user's configuration folder ($XDG_CONFIG_HOME/korvan, or
 /// ~/.config/korvan). A change is visible immediately to all threads of the process and to the next
 /// read of every other process, and survives a crash of the process. A change that cannot be saved
 /// is kept in memory, saved with the next change if possible, and reported to the log. If a value
-/// does not fit on the disk, smaller ones are saved all the same. A damaged or truncated database
-/// is renamed, never overwritten; the values that can be read or are known are saved in a new one.
+/// does not fit on the disk, smaller ones are still saved. A damaged or truncated database is
+/// renamed, never overwritten; the values that can be read or are known are saved in a new one.
 ///
-/// A database that cannot be written, because it is read-only, another user's or on a full disk, is
-/// read with everything that was saved in it. New files are readable by their owner only, in a
-/// folder of mode 0700; an existing folder keeps its mode. If others may write in it, or it belongs
-/// to another user, each read asks the database, which takes about as long as SQLite's own check.
+/// A database that cannot be written (read-only, owned by another user, or on a full disk) can
+/// still be read completely. New files are readable by their owner only, in a folder of mode 0700;
+/// an existing folder keeps its mode. If other users may write in it, or it belongs to another
+/// user, each read asks the database, which takes about as long as SQLite's own check.
 /// Processes in another IPC namespace (containers) see changes at their next change or
 /// synchronize() that comes a second or more after the last one.
 ///

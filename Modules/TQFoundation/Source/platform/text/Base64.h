@@ -13,8 +13,8 @@
 
 namespace tq {
 
-/// Returns the bytes as base64: standard alphabet, padded with "=", without line breaks. Empty
-/// bytes give empty text. Any thread.
+/// Returns the bytes as base64: standard alphabet, padded with "=", without line breaks. The text
+/// of no bytes is empty. Any thread.
 [[nodiscard]] TQ_EXPORT std::string base64FromBytes(std::span<const std::byte> bytes);
 
 /// Appends the bytes to `text` as base64.

@@ -7,7 +7,7 @@
 
 namespace tq::detail {
 
-/// Returns the number of objects whose monitor a thread is inside of or waits for. Any thread.
+/// Returns the number of objects whose monitor a thread has entered or waits for. Any thread.
 [[nodiscard]] std::size_t monitorCount();
 
 }  // namespace tq::detail

@@ -12,7 +12,7 @@ namespace tq {
 
 namespace detail {
 
-/// A monitor that a thread is inside of. Only that thread reads and writes it.
+/// A monitor that a thread has entered. Only that thread reads and writes it.
 struct HeldMonitor {
   const Object* object = nullptr;
   std::uint32_t depth = 0;

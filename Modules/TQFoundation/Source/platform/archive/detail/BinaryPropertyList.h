@@ -70,8 +70,8 @@ class BinaryPropertyListReader {
     std::span<const std::byte> content;  ///< bytes, characters or references, as in the list
   };
 
-  /// Returns nothing if the bytes are not a list. They must outlive the reader. node() returns
-  /// nothing after `readingsPerByte` times as many bytes were read as the list has.
+  /// Returns nullopt if the bytes are not a list. They must outlive the reader. node() returns
+  /// nullopt after `readingsPerByte` times as many bytes were read as the list has.
   [[nodiscard]] static std::optional<BinaryPropertyListReader> open(
       std::span<const std::byte> bytes, std::size_t readingsPerByte);
 
@@ -80,7 +80,7 @@ class BinaryPropertyListReader {
   /// Objects are numbered from 0. A list has at most as many objects as bytes.
   [[nodiscard]] std::uint64_t objectCount() const noexcept { return count_; }
 
-  /// Returns the object with this number; nothing if it is not completely within the list.
+  /// Returns the object with this number; nullopt if it is not completely within the list.
   [[nodiscard]] std::optional<Node> node(std::uint64_t number) noexcept;
 
   /// The same for an object that was paid for before, without a price.

@@ -39,8 +39,8 @@ class KeyedUnarchiver::Reader {
     return exceeded_;
   }
 
-  // Members of the record that is being read. After a failure each returns what it returns for an
-  // absent key: null, 0 or nothing.
+  // Members of the record that is being read. After a failure each returns the same as for an
+  // absent key: null, 0 or an empty result.
 
   [[nodiscard]] std::optional<Node> member(std::string_view key);
   [[nodiscard]] NumberValue number(std::string_view key);
@@ -48,7 +48,7 @@ class KeyedUnarchiver::Reader {
   /// Returns a text that the caller copies or parses, at the price of its length.
   [[nodiscard]] Ref<String> text(std::string_view key);
   Ref<Object> object(const std::optional<Node>& reference, bool evenUnfinished = false);
-  /// Returns the UIDs of an array; nothing if one of them is null or out of range.
+  /// Returns the UIDs of an array; nullopt if one of them is null or out of range.
   [[nodiscard]] std::optional<std::vector<UID>> uids(std::string_view key);
 
   // Containers. Each returns null for an invalid record.

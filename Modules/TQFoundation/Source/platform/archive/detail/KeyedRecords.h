@@ -9,18 +9,18 @@
 
 namespace tq::detail::keyed {
 
-/// How keyed archives keep one of the library's value classes.
+/// How keyed archives store one of the library's value classes.
 struct ValueRecord {
   using Writer = KeyedArchiver::Writer;
   using Reader = KeyedUnarchiver::Reader;
   using List = BinaryPropertyListWriter;
 
   const Class* valueClass;
-  bool isContainer;  ///< whether equality depends on other objects
+  bool isContainer;  ///< true if equality depends on other objects
 
-  /// Writes an object that is a value of the list. Null: it is a record, or a number.
+  /// Writes an object that is a value of the list. Null: the object is a record or a number.
   List::Node (*writeValue)(List&, const Object&);
-  /// Writes the members of the object's record. Null: it has none.
+  /// Writes the members of the object's record. Null: the record has no members.
   void (*writeMembers)(Writer&, const Object&);
   /// Returns the object of the record that is being read, or null if the record is invalid. Null:
   /// the class has no records.

@@ -34,8 +34,8 @@ class KeyedArchiver::Writer {
 
   Node reference(UID uid);
 
-  /// Puts a host's value under its key. If this throws, the archive may be incomplete: it is not
-  /// touched again, and later calls throw the same exception even if the host caught it.
+  /// Adds a host's value under its key. If this throws, the archive may be incomplete: it is not
+  /// changed again, and later calls throw the same exception even if the host caught it.
   template <class MakeNode>
   void putForHost(std::string_view key, MakeNode&& makeNode);
 
@@ -44,7 +44,8 @@ class KeyedArchiver::Writer {
   void putObject(std::string_view key, const Object& object) {
     put(key, reference(encode(object)));
   }
-  /// Adds a text that belongs to the object but is no object: the archive makes it a string.
+  /// Adds a text that belongs to the object but is not an object. In the archive it becomes a
+  /// string.
   /// @param what  names the text in the exception for one that is not UTF-8
   void putText(std::string_view key, std::string_view text, std::string_view what);
   /// Adds an array of objects.
@@ -74,7 +75,7 @@ class KeyedArchiver::Writer {
     int hostsAbove = 0;
     State state = State::open;
   };
-  /// Documents choose their numbers, perhaps to make them collide.
+  /// The document chooses the numbers; hostile ones could be chosen to collide.
   struct HashOfBits {
     std::size_t operator()(std::uint64_t bits) const noexcept { return detail::hashOfWord(bits); }
   };

@@ -8,7 +8,7 @@
 
 namespace tq::lzfse {
 
-/// Data that is shorter than this is encoded as LZVN: headers of LZFSE blocks would not pay.
+/// Shorter data is encoded as LZVN, because the header of an LZFSE block would cost too much.
 inline constexpr std::size_t kFewestBlockPlain = 4096;
 
 /// Compresses `plain` into LZFSE blocks, without the end mark. @return their size in bytes; 0 if

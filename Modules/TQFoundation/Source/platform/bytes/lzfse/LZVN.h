@@ -9,12 +9,12 @@
 ///     LLMMM111 d d       L literals, M+3 bytes from d back
 ///     LLMMM110           L literals, M+3 bytes from the previous distance
 ///     101LLMMM mmdddddd  L literals, 4·M+m+3 bytes from d back (16 bits: d·4+m)
-///     1110LLLL           L literals, 1...15;  with LLLL 0, a byte follows: that many and 16
+///     1110LLLL           L literals, 1...15; if LLLL is 0, a byte b follows, and L = b + 16
 ///     1111MMMM           M bytes from the previous distance, 1...15; likewise
-///     00001110 00010110  nothing
+///     00001110 00010110  no effect
 ///     00000110 0×7       the end
 ///
-/// Bit patterns that would mean L = 3 with M > 1 and the like are other opcodes, or invalid.
+/// Bit patterns that would mean, for example, L = 3 with M > 1 are other opcodes or invalid.
 
 #include <cstddef>
 #include <span>

@@ -50,7 +50,7 @@ struct Match {
 }
 
 /// A hash table of positions in the plain data, keyed by the four bytes there, or by six where
-/// short matches do not pay. Each bucket has the latest four positions with that hash, and their
+/// short matches save no bits. Each bucket has the latest four positions with that hash, and their
 /// bytes, so that most false candidates are rejected without reading the plain data. Positions are
 /// stored modulo 2^32; an entry that is too old is rejected because its bytes differ.
 class MatchFinder {
@@ -118,7 +118,7 @@ class MatchFinder {
   static constexpr std::size_t kAlwaysWorthwhile = 8;
   static constexpr unsigned kLongKey = 6;
   // Measured on documents, source code and prose: the bits of a match without its distance, and the
-  // limit above which the average cost of literals says nothing.
+  // limit above which the average cost of literals is not meaningful.
   static constexpr double kMatchBits = 8;
   static constexpr double kCheapLiteralBits = 5;
   static constexpr std::uint64_t kMultiplier = 0x9e3779b97f4a7c15;  // 2^64 over the golden ratio
@@ -161,7 +161,8 @@ class MatchFinder {
 
   const std::byte* plain_;
   std::size_t size_;
-  /// Returns the shortest match that pays at a distance of so many binary digits.
+  /// Returns the length of the shortest match that saves bits at a distance of so many binary
+  /// digits.
   std::array<std::uint8_t, std::bit_width(kMostDistance) + 1> shortest_;
   unsigned shift_;
   unsigned keyBytes_ = kShortest;

@@ -11,7 +11,7 @@
 
 namespace tq {
 
-/// Decodes a body that comes in pieces, and knows whether it is complete.
+/// Decodes a body that arrives in pieces, and detects whether it is complete.
 ///
 /// Threads: one at a time.
 class ContentDecoder {
@@ -26,11 +26,12 @@ class ContentDecoder {
   ContentDecoder& operator=(const ContentDecoder&) = delete;
 
   /// Passes the decoded bytes to `take`, in pieces of bounded size.
-  /// @return false if the body is damaged, without memory, or as soon as `take` returns false
+  /// @return false if the body is damaged or memory is exhausted, or as soon as `take` returns
+  /// false
   [[nodiscard]] bool decode(std::span<const std::byte> bytes,
                             const std::function<bool(std::span<const std::byte>)>& take);
 
-  /// Returns whether any byte has come.
+  /// Returns whether any byte has arrived.
   [[nodiscard]] bool hasBegun() const noexcept { return hasBegun_; }
   /// Returns whether the body may end here.
   [[nodiscard]] bool isComplete() const noexcept { return isComplete_; }

@@ -20,7 +20,7 @@ namespace tq::detail {
 /// body), its total length, and the number of bytes that are known to be on the disk; only these
 /// are resumed. The note is written before the first byte, so bytes are never mistaken for those of
 /// another body. Only the owner can read the note, and the file if it is to replace another one. A
-/// file or note of another user, or with a second name, is not adopted.
+/// file or note of another user, or with a second hard link, is not resumed.
 ///
 /// The file is locked while it is open: only one process has it at a time. Threads: one at a time.
 class PartialFile {
@@ -29,7 +29,7 @@ class PartialFile {
   /// @return null, with an error of CocoaErrorDomain, on failure, and while another one is open
   [[nodiscard]] static std::unique_ptr<PartialFile> open(const URL& file, std::string_view source,
                                                          Ref<Error>* error);
-  /// Keeps the bytes if they can be resumed, and else removes the file.
+  /// Keeps the bytes if they can be resumed, otherwise removes the file.
   ~PartialFile();
   PartialFile(const PartialFile&) = delete;
   PartialFile& operator=(const PartialFile&) = delete;
@@ -42,12 +42,11 @@ class PartialFile {
   [[nodiscard]] std::int64_t total() const noexcept { return total_; }
   void setTotal(std::int64_t total) noexcept { total_ = total; }
 
-  /// Each returns null, or the error.
+  /// Each returns null or the error.
   [[nodiscard]] Ref<Error> beginAnew(std::string_view validator, std::int64_t total);
   [[nodiscard]] Ref<Error> append(std::span<const std::byte> bytes);
-  /// Replaces the target with this file. The target keeps its attributes as with
-  /// replaceFile(), and a symbolic link stays one.
-  /// Must be the last call.
+  /// Replaces the target with this file. The target keeps its attributes as with replaceFile(), and
+  /// a symbolic link is kept. Must be the last call.
   [[nodiscard]] Ref<Error> finish();
 
  private:

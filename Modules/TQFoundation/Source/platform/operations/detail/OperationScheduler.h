@@ -56,7 +56,7 @@ class OperationScheduler final : public Object {
   void change(const Change& change);
   [[nodiscard]] bool startRunner() noexcept;
   /// Starts the runners that are needed. Returns true if there is no thread for one: the caller is
-  /// the runner then, and must call run() after it has released the lock.
+  /// then the runner, and must call run() after it has released the lock.
   [[nodiscard]] bool callRunners() noexcept TQ_REQUIRES(lock_);
   void run() noexcept;
   [[nodiscard]] Operation* takeReady() TQ_REQUIRES(lock_);

@@ -23,8 +23,8 @@ struct PreferenceChange {
 using PreferenceChanges = std::map<std::string, PreferenceChange, std::less<>>;
 
 /// A table of byte strings in a database with a write-ahead log: a change is saved completely or
-/// not at all, however its writer ends. Its files are readable by their owner only. A trigger or a
-/// view that somebody put into the file has no effect.
+/// not at all, even if its writer is killed. Its files are readable by their owner only. Triggers
+/// and views in the file have no effect.
 ///
 /// Threads: one at a time.
 class PreferenceDatabase {
@@ -39,8 +39,8 @@ class PreferenceDatabase {
   PreferenceDatabase();
   ~PreferenceDatabase();
 
-  /// Opens or reopens an existing database. One that cannot be written is read with its write-ahead
-  /// log all the same; write() fails then. A missing table counts as damage.
+  /// Opens or reopens an existing database. One that cannot be written can still be read, with its
+  /// write-ahead log; write() then fails. A missing table counts as damage.
   [[nodiscard]] Result openToRead(const std::string& path);
   /// Opens or reopens the database. Creates the file and its table if they do not exist.
   [[nodiscard]] Result openToWrite(const std::string& path);

@@ -32,12 +32,12 @@ namespace tq::detail {
 /// | odd, and the lock is held | a process writes: read the database, but do not keep the copy |
 /// | odd, and the lock is free | a writer died: the first process that sees it makes it even |
 ///
-/// If there is nothing to share (see SharedGeneration), the number is odd for ever, and each read
-/// asks the database whether it has changed, which takes about 50 times as long.
+/// If there is nothing to share (see SharedGeneration), the number stays odd, and each read asks
+/// the database whether it has changed, which takes about 50 times as long.
 ///
-/// Each thread retains the last copy that it has seen, so a read takes no lock and does not retain
-/// anything: it compares the generation and searches the copy. The first read after a change makes
-/// a new copy, which takes a pointer for each entry.
+/// Each thread retains the last copy that it has seen. So a read takes no lock and retains nothing:
+/// it compares the generation and searches the copy. The first read after a change makes a new
+/// copy, which takes a pointer for each entry.
 ///
 /// Removed and replaced files are noticed at the first change that comes a second or more after the
 /// last check, and by synchronize(). A removed database is created again, and one that was replaced
@@ -122,7 +122,8 @@ class PreferenceStore {
   const std::size_t slot_;
   const std::string path_;
   const std::string folder_;
-  GenerationWords ownWords_{};  ///< used while no words are shared: even in memory, else odd
+  GenerationWords
+      ownWords_{};  ///< used while no words are shared; odd, but even for a store in memory
   std::atomic<GenerationWords*> words_;
   /// A number that changes with each state that the generation does not cover. No two stores ever
   /// have the same edition.

@@ -22,14 +22,15 @@ static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words lie in
 
 /// A System V shared memory segment with GenerationWords, found by the folder's device and inode.
 ///
-/// The words do not lie in a mapped file, because a process that reads a mapped file after another
-/// program has truncated it stops with SIGBUS. The kernel has no call that shortens a segment; if
-/// it is removed, it lives on for those who have attached it. It needs no place on a disk, no
-/// right to write in the folder, and no descriptor. The last process that closes it removes it; if
-/// processes end without that, it stays for the next one, 4 KiB until the user's session ends.
+/// The words are not in a mapped file, because a process that reads a mapped file after another
+/// program has truncated it is killed by SIGBUS. The kernel has no call that shortens a segment,
+/// and a removed segment stays valid for the processes that have attached it. A segment needs no
+/// disk space, no permission to write in the folder, and no descriptor. The last process that
+/// closes it removes it. If processes end without closing it, it stays for the next one: 4 KiB
+/// until the user's session ends.
 ///
-/// Only the owner of the folder and the superuser share words, and only if nobody else can write in
-/// the folder. Processes in another IPC namespace have other words.
+/// Only the owner of the folder and the superuser share words, and only if no other user can write
+/// in the folder. Processes in another IPC namespace have other words.
 ///
 /// Threads: one at a time; the words from any.
 class SharedGeneration {
