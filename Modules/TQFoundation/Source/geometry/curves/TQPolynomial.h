@@ -28,7 +28,7 @@ struct TQPolynomial {
 };
 
 /// Up to three real numbers. The first `count` are in use; the others are 0. A range-based for loop
-/// visits those in use. A count outside 0...3 means that none is in use.
+/// visits those in use. If the count is outside 0...3, no number is in use.
 struct TQPolynomialRoots {
   double roots[3] = {0, 0, 0};  ///< the first `count` are in use
   std::int32_t count = 0;       ///< 0...3
@@ -72,7 +72,7 @@ static_assert(std::is_trivially_copyable_v<TQPolynomialRoots>, "travels by value
 /// @return one, two (a simple root, then a double root) or three. Three roots are in the order of
 /// the cosine formula: the smallest, the largest, the middle one.
 /// Accuracy: that of the closed form, without refinement; about half the digits near a double root,
-/// and rounding may take such a pair for complex.
+/// where rounding may also lose the pair as complex.
 /// Source: Press et al., Numerical Recipes, 3rd ed. (2007), section 5.6.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots TQSolveP3(double a, double b, double c) noexcept;
 

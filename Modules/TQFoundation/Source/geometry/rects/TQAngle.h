@@ -29,8 +29,8 @@ inline constexpr double TQNormalizeRadiansStepLimit = 1 << 24;
 /// Returns degrees × π / 180.
 [[nodiscard]] TQ_EXPORT double TQDegreesToRadians(double angleDegrees) noexcept;
 
-/// Returns the nearest multiple of π/4 in [-π, π]. An odd multiple of π/8 lies half way between two
-/// of them and goes to the one further from zero.
+/// Returns the nearest multiple of π/4 in [-π, π]. An odd multiple of π/8 is half way between two
+/// of them and is rounded to the one further from zero.
 ///
 /// 0 and angles between -π/8 and 0 return -0.0; angles above 0 that are nearest to 0 return +0.0.
 /// So the sign of the zero shows from which side the angle came. Angles of 9π/8 or more in

@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file TQPrimitiveFunctions.h
-/// Includes all free functions on numbers, points, sizes and rects. Also writes them to the log.
+/// Includes all functions on numbers, points, sizes and rects, and declares functions that log
+/// them.
 ///
 /// All these functions are pure and may be called on any thread. Except for the log functions they
 /// allocate nothing. Small ones are inline. A function that adds to a product is compiled in the

@@ -44,8 +44,8 @@ class TQ_EXPORT TQRect final : public Subclass<TQRect> {
   void setOrigin(Point origin) noexcept { rect_.origin = origin; }
   void setSize(Size size) noexcept { rect_.size = size; }
 
-  /// The values of the standardised rect. For a null rect they are what RectGetMinX() and its like
-  /// return.
+  /// The values of the standardised rect. For a null rect they are the results of RectGetMinX() and
+  /// the similar functions.
   [[nodiscard]] double minX() const noexcept { return RectGetMinX(rect_); }
   [[nodiscard]] double midX() const noexcept { return RectGetMidX(rect_); }
   [[nodiscard]] double maxX() const noexcept { return RectGetMaxX(rect_); }

@@ -118,7 +118,7 @@ namespace detail {
 [[nodiscard]] TQ_EXPORT bool TQRectIntersectsOrAbutsRectOnAxis(Axis axis, const Rect& a,
                                                                const Rect& b) noexcept;
 
-/// Returns whether `b` lies within `a` on the axis, bounds included: a rect contains itself. False
+/// Returns whether `b` is within `a` on the axis, bounds included: a rect contains itself. False
 /// for NaN and for an unknown axis value.
 [[nodiscard]] TQ_EXPORT bool TQRectContainsRectOnAxis(Axis axis, const Rect& a,
                                                       const Rect& b) noexcept;

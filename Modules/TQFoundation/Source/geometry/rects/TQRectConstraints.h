@@ -26,7 +26,8 @@ enum class TQRectConstraints : unsigned {
   return static_cast<TQRectConstraints>(static_cast<unsigned>(a) | static_cast<unsigned>(b));
 }
 
-/// Returns where `rect` lies after its area, (0, 0) to `fromSize`, has become (0, 0) to `toSize`.
+/// Returns the new place of `rect` when its area changes from (0, 0, `fromSize`) to (0, 0,
+/// `toSize`).
 ///
 /// Each axis has three parts: the distance before the rect, its extent, the distance after it.
 /// In the table, the parts that "share" divide the rest of the axis among them.
@@ -52,7 +53,7 @@ enum class TQRectConstraints : unsigned {
 
 /// Returns the smallest area size that leaves every pinned part unchanged and no flexible part
 /// negative: the sum of the pinned parts, but at least 0. Returns (0, 0) for a null rect.
-/// @param fromSize  the present size of the area
+/// @param fromSize  the current size of the area
 [[nodiscard]] TQ_EXPORT Size TQMinumumSizeForRectWithConstraints(
     const Rect& rect, Size fromSize, TQRectConstraints constraints) noexcept;
 

@@ -29,7 +29,7 @@ namespace tq {
                                                              TQCornerMask cornerMask,
                                                              const Rect& rect) noexcept;
 
-/// Returns the rect whose named corner lies at `point`. Its extents are the magnitudes of those of
+/// Returns the rect whose named corner is at `point`. Its extents are the magnitudes of those of
 /// `size`. An unknown corner returns the null rect.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithCornerAtPoint(Size size, Point point,
                                                      TQCorner corner) noexcept;

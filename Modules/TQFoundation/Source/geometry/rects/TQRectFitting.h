@@ -9,11 +9,11 @@
 
 namespace tq {
 
-/// Returns the largest rect with the proportions of `size` that lies in `rect`, centred. Uses raw
+/// Returns the largest rect with the proportions of `size` that fits in `rect`, centred. Uses raw
 /// fields, for extents of 0 or more.
 ///
-/// Equal proportions fill the whole height. If a width is 0, the result has width 0 and lies in the
-/// middle: with the full height if the width of `size` is 0, with height 0 if only that of `rect`
+/// Equal proportions fill the whole height. If a width is 0, the result has width 0 and is in the
+/// middle. It has the full height if the width of `size` is 0, and height 0 if only that of `rect`
 /// is. A height of 0 is treated in the same way.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithSizeProportionallyInRect(Size size,
                                                                 const Rect& rect) noexcept;

@@ -23,8 +23,8 @@ struct TQEdgePaddings {
   return a.top == b.top && a.left == b.left && a.bottom == b.bottom && a.right == b.right;
 }
 
-/// Returns the paddings of `inner` in `outer`. All four are positive if the inner rect lies
-/// strictly inside the outer one.
+/// Returns the paddings of `inner` in `outer`. All four are positive if the inner rect is strictly
+/// inside the outer one.
 [[nodiscard]] constexpr TQEdgePaddings TQEdgePaddingsMakeWithRects(const Rect& inner,
                                                                    const Rect& outer) noexcept {
   return {RectGetMaxY(outer) - RectGetMaxY(inner), RectGetMinX(inner) - RectGetMinX(outer),

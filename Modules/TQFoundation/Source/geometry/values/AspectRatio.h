@@ -23,8 +23,8 @@ struct AspectRatio {
   /// Returns width / height.
   [[nodiscard]] constexpr double value() const noexcept { return width / height; }
 
-  /// Returns whether both numbers are finite and above 0. If not, the functions below
-  /// return meaningless numbers.
+  /// Returns whether both numbers are finite and above 0. If not, the functions below return
+  /// meaningless numbers.
   [[nodiscard]] constexpr bool isValid() const noexcept {
     return width > 0 && height > 0 && width - width == 0 && height - height == 0;
   }

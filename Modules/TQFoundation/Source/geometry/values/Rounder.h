@@ -65,7 +65,7 @@ class Rounder {
     value = align(value, to, minimumMagnitude);
   }
 
-  /// round() of each component in the mask; the others stay as they are.
+  /// Applies round() to each component in the mask; the others are kept.
   [[nodiscard]] Point round(Point point, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     return {contains(mask, Axis::horizontal) ? round(point.x) : point.x,
@@ -89,14 +89,14 @@ class Rounder {
     point = align(point, to, mask);
   }
 
-  /// round() of each component in the mask; the others stay as they are.
+  /// Applies round() to each component in the mask; the others are kept.
   [[nodiscard]] Size round(Size size, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     return {contains(mask, Axis::horizontal) ? round(size.width) : size.width,
             contains(mask, Axis::vertical) ? round(size.height) : size.height};
   }
 
-  /// round() of each component in the mask; the others stay as they are.
+  /// Applies round() to each component in the mask; the others are kept.
   [[nodiscard]] Vector round(Vector vector, AxisMask mask = AxisMask::both)
       const noexcept requires std::same_as<Value, double> {
     return {contains(mask, Axis::horizontal) ? round(vector.dx) : vector.dx,
