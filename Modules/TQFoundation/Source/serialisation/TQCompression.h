@@ -52,16 +52,13 @@ enum class TQCompressionAlgorithm : std::uint32_t {
 
 /// Decompresses the bytes between the first `headerSize` and the last `footerSize` bytes.
 ///
-/// Stored bytes are returned whatever their number. Otherwise the bytes must be a well-formed
-/// stream of exactly `uncompressedSize` plain bytes; bytes behind the end of the stream are
-/// ignored.
+/// Stored bytes are returned, whatever their length. Otherwise the bytes must be a well-formed
+/// stream of exactly `uncompressedSize` plain bytes; bytes after the end of the stream are ignored.
 ///
 /// Cost:   one block of `uncompressedSize` bytes, only if the payload can expand to as many; a
-/// fixed
-///         codec state.
-/// @param error  receives null, or the error if more plain bytes than
-///               `limits.decompressedBytes` are stated, which is checked first. The other
-///               failures have no error.
+///         codec state of fixed size.
+/// @param error  receives null, or the error if `uncompressedSize` exceeds
+///               `limits.decompressedBytes`, which is checked first. Other failures have no error.
 /// @return null if the buffer is shorter than header and footer, the stream is damaged or has
 ///         another length, the algorithm is unknown, the limit is exceeded, or memory cannot be
 ///         allocated

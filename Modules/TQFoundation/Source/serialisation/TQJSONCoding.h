@@ -4,7 +4,7 @@
 /// The steps in which an object is written to a JSON archive.
 ///
 /// Each step calls the object's class if the class has a member function of the step's name (see
-/// Class). Otherwise it uses the form of the value class, and at last the default.
+/// Class). Otherwise it uses the form of the value class if there is one, else the default.
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Object.h>

@@ -55,7 +55,7 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///
 /// The text is parsed once into a flat form. Only the members that are read become objects.
 ///
-/// Failures: only the first error is kept, each is logged, and reading goes on, so an error may
+/// Failures: only the first error is kept, each is logged, and reading continues, so an error may
 ///           come with a partial result. An object of an unknown or banned class decodes to null
 ///           without an error, and is left out of arrays and dictionaries. An exception that a
 ///           constructor throws ends decode(): the result is null, and the exception's text is
@@ -65,9 +65,9 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///           10. The peak with the result's objects, measured for 20 MB of one element repeated: 16
 ///           bytes for each byte of text for "[]", 24 for empty strings, 29 for "[1]", 31 for boxed
 ///           digits.
-/// Limits:   see ReadingLimits. What exceeds them is an error, and decodes to null; an archive
-/// under
-///           "_archive" that does is left out like an object of an unknown class.
+/// Limits:   see ReadingLimits. Content that exceeds one is an error, and decodes to null. A keyed
+///           archive under "_archive" that exceeds one is left out like an object of an unknown
+///           class.
 /// Threads:  one at a time. Decoders on different threads are independent.
 class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
  public:
@@ -76,7 +76,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   /// The key of the byte offset of the fault, a number, in the user info of the parser's errors.
   static constexpr std::string_view kErrorIndexKey = "NSJSONSerializationErrorIndex";
 
-  /// Codes of errors in the domain TQJSONDecoderError, beside 0 (a class was refused, or cannot be
+  /// Codes of errors in the domain TQJSONDecoderError, besides 0 (a class was refused, or cannot be
   /// constructed) and 1 (the parsed tree is too deep).
   static constexpr std::int64_t kConstructorThrew = 2;
   static constexpr std::int64_t kWrongKind = 3;
@@ -109,7 +109,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   /// Replaces the root by these bytes, parsed, and calls decode(). May be called while an object is
   /// being decoded; its members stay the current ones.
   [[nodiscard]] Ref<Object> decodeData(const Data& data, Ref<Error>* error);
-  /// Replaces the root by this parsed dictionary and calls decode(). May be called likewise.
+  /// Replaces the root by this parsed dictionary and calls decode(); like decodeData().
   [[nodiscard]] Ref<Object> decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* error);
 
   // For constructors: the members of the object being decoded. Reading numbers and geometry does
@@ -163,9 +163,9 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   /// (which records error 0).
   [[nodiscard]] const Class* classFromClassName(std::string_view name);
 
-  /// Makes `forClassName` in archives mean `theClass`. Null bans the name: its objects decode to
-  /// null. The class's own name removes the entry. Must be called at start-up, before anything is
-  /// decoded: the table has no lock.
+  /// Maps the name `forClassName` in archives to `theClass`. Null bans the name: its objects decode
+  /// to null. The class's own name removes the entry. Must be called at start-up, before anything
+  /// is decoded: the table has no lock.
   static void setClass(const Class* theClass, std::string_view forClassName);
 
   /// An object for model classes to read while they decode. Held weakly.

@@ -55,12 +55,13 @@ class LentObject {
 ///
 /// The objects that TQJSONDecoder reads from the archive are equal to those that were written, and
 /// written again they give the same bytes. Exceptions:
-/// - A dictionary with the key "_class", "_archive" or "_data" reads as what that key stands for.
-/// - A number used as a key reads as a string. Of two keys with the same text, such as 1 and "1",
+/// - A dictionary with the key "_class", "_archive" or "_data" is read as the form that this key
+///   marks.
+/// - A number used as a key is read as a string. Of two keys with the same text, such as 1 and "1",
 ///   the first is read.
 /// - Doubles keep sixteen digits (seventeen in points, sizes and rects given by key), and are
 ///   clamped to the range of single precision (see TQJSONClampedDouble).
-/// - A float32 is written with seven digits. They read as a double, which is written with sixteen.
+/// - A float32 is written with seven digits and read as a double, which is written with sixteen.
 /// - Eleven powers of ten (1e-36, -34, -29, -24, -21, -20, -11, 23, 29, 33, 34) are written for
 ///   doubles near them. They read as the nearest double, whose sixteen digits are
 ///   9.999999999999999.
@@ -168,8 +169,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] Ref<Object> userInfo() const noexcept { return userInfo_.lock(); }
   void setUserInfo(const Ref<Object>& userInfo) { userInfo_ = userInfo; }
 
-  /// The most bytes of an archive that a sink of the library takes; kLongestArchive, the most that
-  /// the decoder reads, unless the host sets less. A file may get up to one buffer more.
+  /// The maximum length in bytes of an archive that a sink of the library writes. By default it is
+  /// kLongestArchive, the maximum that the decoder reads. A file may get up to one buffer more.
   static constexpr std::uint64_t kLongestArchive = ReadingLimits::kLongestText;
   [[nodiscard]] std::uint64_t longestArchive() const noexcept { return longestArchive_; }
   void setLongestArchive(std::uint64_t byteCount) noexcept { longestArchive_ = byteCount; }
@@ -188,7 +189,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   /// Returns the name of a coding class in archives: its alias, else its own name.
   [[nodiscard]] std::string_view archiveNameOf(const Class& codingClass);
 
-  /// Prepares what all encoders share. Not required: the first encoder does it. Any thread.
+  /// Prepares the data that all encoders share. Optional: the first encoder does it. Any thread.
   static void initialize();
 
  protected:

@@ -16,7 +16,7 @@ namespace tq {
 /// Collects the archive in a buffer of 4096 bytes. The buffer is written with one system call when
 /// the next byte does not fit, and once more at the end. A write of fewer bytes than the buffer
 /// holds is not retried: it is the error "Archive write failed" with the system's error number (0
-/// after a short write), and writing goes on. A failed encoding leaves a partly written file. The
+/// after a short write), and writing continues. A failed encoding leaves a partly written file. The
 /// file stays open.
 class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEncoder> {
  public:
@@ -36,8 +36,8 @@ class TQ_EXPORT TQJSONFileEncoder : public Subclass<TQJSONFileEncoder, TQJSONEnc
   /// call writes the same bytes again.
   virtual void finishWriting();
 
-  /// Writes an archive and calls finishWriting(), whether or not the encoding succeeded. What
-  /// finishWriting() of a derived class throws is error 1.
+  /// Writes an archive and calls finishWriting(), whether or not the encoding succeeded. An
+  /// exception from finishWriting() of a derived class is error 1.
   bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr) override;
   /// Appends to the buffer.
   void writeData(const void* bytes, std::size_t length) final;

@@ -41,8 +41,8 @@ inline constexpr std::string_view TQJSONDecoderError = "com.korvan.TQJSONDecoder
 /// Unpaired surrogates are unchanged.
 [[nodiscard]] TQ_EXPORT Ref<String> safeJSONValue(const String& string);
 
-/// The characters that send a string through escaping: the general categories Cc and Cf, and the
-/// eight in "\"\\/\n\b\f\r\t". Those of Cf need no escape and are unchanged.
+/// The characters whose presence causes a string to be escaped: the general categories Cc and Cf,
+/// and the eight in "\"\\/\n\b\f\r\t". Those of Cf need no escape and are unchanged.
 struct TQJSONAwkwardCharacters {
   /// Returns whether the character is in the set.
   [[nodiscard]] TQ_EXPORT static bool contains(char32_t character) noexcept;

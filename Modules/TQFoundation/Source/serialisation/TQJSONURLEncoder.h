@@ -10,7 +10,7 @@
 namespace tq {
 
 /// Opens an existing file and writes the archive over it from its start. The file is neither
-/// created nor truncated: if it was longer, its end remains behind the archive. If the file cannot
+/// created nor truncated: if it was longer, its end remains after the archive. If the file cannot
 /// be opened, the encoder has that error from the start and encodes nothing. The destructor closes
 /// the file. To save a document, use TQJSONEncoder::saveObject().
 class TQ_EXPORT TQJSONURLEncoder final : public Subclass<TQJSONURLEncoder, TQJSONFileEncoder> {

@@ -13,7 +13,7 @@ namespace tq::detail {
 /// The maximum length of the escape of one byte.
 inline constexpr std::size_t kLongestEscape = 6;
 
-/// Returns the character behind the backslash in the escape of `byte`: 'u' for a \u00 escape, 0 if
+/// Returns the character after the backslash in the escape of `byte`: 'u' for a \u00 escape, 0 if
 /// the byte needs no escape.
 constexpr char jsonEscape(unsigned char byte) noexcept {
   switch (byte) {
@@ -37,7 +37,7 @@ constexpr char jsonEscape(unsigned char byte) noexcept {
 }
 
 /// Returns whether one of eight bytes needs an escape. Exact as a whole, although the borrow of the
-/// subtraction can mark bytes behind one that needs an escape.
+/// subtraction can also mark bytes after one that needs an escape.
 constexpr bool needsEscape(std::uint64_t eightBytes) noexcept {
   constexpr std::uint64_t kOnes = 0x0101010101010101u;
   constexpr std::uint64_t kHighs = 0x8080808080808080u;
