@@ -101,10 +101,10 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
   /// Adds the flags of `newMember`. Stores a new object in `set`, unless it contained them all.
   static Insertion insert(Ref<LRVariant>& set, const Ref<LRVariant>& newMember);
   /// Removes the flags of `member`.
-  /// @return those of its flags that were in the set, or null if none were
+  /// @return those of its flags that were in the set, or null if there were none
   static Ref<LRVariant> remove(Ref<LRVariant>& set, const LRVariant& member);
   /// Adds the flags of `newMember`.
-  /// @return those of its flags that were in the set before, or null if none were
+  /// @return those of its flags that were in the set before, or null if there were none
   static Ref<LRVariant> update(Ref<LRVariant>& set, const LRVariant& newMember);
   /// In-place forms of union_(), intersection(), symmetricDifference() and subtracting().
   static void formUnion(Ref<LRVariant>& set, const LRVariant& other);

@@ -28,7 +28,7 @@ namespace detail {
 template <class T, class... Types>
 concept OneOf = (std::same_as<T, Types> || ...);
 
-/// bool, long and long long.
+/// The types bool, long and long long.
 template <class T>
 concept ReadLeniently = std::same_as<T, bool> ||
     (std::signed_integral<T> && sizeof(T) == sizeof(std::int64_t));

@@ -29,7 +29,7 @@ class TQ_EXPORT TQKorvanInfo {
  public:
   TQKorvanInfo() = delete;
 
-  /// Sets the information. Initially there is none.
+  /// Sets the information, which is empty initially.
   static void setInfoDictionary(const Dictionary& info);
   /// Returns the value of the key, or null.
   [[nodiscard]] static Ref<Object> objectForInfoKey(std::string_view key);

@@ -14,7 +14,7 @@
 namespace tq {
 
 /// Cached objects of class T, by owner and key. See TQCache, which does the work; copies share one
-/// cache. Only this front should store into its cache: then every object in it is a T.
+/// cache. Objects should be stored only through this class: then every object in the cache is a T.
 template <class Owner, class Key, class T>
 class Cache {
  public:
@@ -55,7 +55,7 @@ class Cache {
 template <class T>
 class ObjectPool {
  public:
-  /// @param create  returns a new object, not null; called when none is idle
+  /// @param create  returns a new object, not null; called when no object is idle
   explicit ObjectPool(std::function<Ref<T>()> create)
       : pool_(TQObjectPool::initWithObjectCreatorBlock(
             [create = std::move(create)]() -> Ref<Object> { return create(); })) {}

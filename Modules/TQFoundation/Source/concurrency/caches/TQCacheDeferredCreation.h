@@ -18,9 +18,9 @@ namespace tq {
 /// A placeholder in a cache for an object that is not created yet.
 ///
 /// The block runs at most once, on the first thread that resolves the placeholder. Other threads
-/// wait and then get its result. If the block returns null or throws, the result is null for good;
-/// the exception propagates to the thread that ran the block. A block that resolves its own
-/// placeholder gets null.
+/// wait and then get its result. If the block returns null or throws, the result stays null; the
+/// exception propagates to the thread that ran the block. A block that resolves its own placeholder
+/// gets null.
 ///
 /// Threads: any. The block runs, and is destroyed, with no lock held. It may release the last
 ///          reference to the placeholder.

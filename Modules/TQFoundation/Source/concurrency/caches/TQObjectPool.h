@@ -16,15 +16,15 @@
 
 namespace tq {
 
-/// Idle objects, and a block that creates new ones. The pool owns its idle objects and holds each
-/// once, by identity.
+/// Idle objects, and a block that creates new ones. The pool owns its idle objects. It contains
+/// each at most once, by identity.
 ///
 /// Threads: any. The creator, the block of allObjectsWithBlock() and the destructors of released
 ///          objects run with no lock held.
 class TQ_EXPORT TQObjectPool final : public Subclass<TQObjectPool> {
  public:
   static constexpr std::string_view className = "TQObjectPool";
-  /// Creates an object. Called when none is idle; must not return null.
+  /// Creates an object. Called when no object is idle; must not return null.
   using CreatorBlock = std::function<Ref<Object>()>;
 
   /// Creates an empty pool without a limit. An empty `creatorBlock` stops the process.

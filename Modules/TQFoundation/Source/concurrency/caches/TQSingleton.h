@@ -51,7 +51,7 @@ class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
   }
 
  private:
-  /// Marks that the instance of a name is being created. Stops the process if it is already.
+  /// Marks that the instance of a name is being created. Stops the process if it already is.
   class TQ_EXPORT Making {
    public:
     explicit Making(std::string_view name);

@@ -18,13 +18,13 @@ namespace tq {
 ///          process-wide list, which takes a lock at most once in 32 calls.
 /// Memory:  writes before a push are visible after its pop; both are full barriers.
 /// Cost:    allocates only when the process needs more nodes at once than ever before. Nodes take
-///          16 bytes each and are reused until the process ends. They lie in 1 GiB of address
-///          space, so all stacks together hold at most 67 million elements.
+///          16 bytes each and are reused until the process ends. They share 1 GiB of address space,
+///          so all stacks together hold at most 67 million elements.
 class TQ_EXPORT TQAtomicStack {
  public:
   /// @throws std::bad_alloc
   TQAtomicStack();
-  /// Returns the nodes of the remaining elements. The elements themselves are not touched.
+  /// Returns the nodes of the remaining elements. The elements themselves are not accessed.
   ~TQAtomicStack();
   TQAtomicStack(const TQAtomicStack&) = delete;
   TQAtomicStack& operator=(const TQAtomicStack&) = delete;

@@ -50,7 +50,7 @@ TQ_EXPORT void* lazyVarWait(TQLazyVar& var, int timeoutSeconds);
 ///
 /// The block runs with no lock held, on one thread at a time; other threads wait for it. If it
 /// returns null or throws, the variable stays not computed: the waiting threads get null, and the
-/// next call computes again. A block that requests its own variable waits for itself for ever.
+/// next call computes again. A block that requests its own variable deadlocks.
 ///
 /// @param timeout  whole seconds to wait for another thread, measured by the real-time clock. 0 or
 ///                 less waits without limit. The computing thread itself is never interrupted.

@@ -22,9 +22,9 @@ namespace tq {
 /// Memory:     writes before unlock() are visible after the next lock().
 /// Lifetime:   must not be destroyed while a thread holds it or waits for it.
 /// Waiting:    spins for a short time, then sleeps in the kernel.
-/// Priority:   not inherited, on purpose. The kernel inherits priorities only between real-time
-///             threads, which a desktop program does not have. In return it would hand the lock
-///             over itself at every contended unlock, with a thread switch each time.
+/// Priority:   not inherited, on purpose. The kernel passes on priorities only between real-time
+///             threads, which a desktop program does not have. It would then also hand over the
+///             lock itself at every contended unlock, with a thread switch each time.
 class TQ_EXPORT TQ_CAPABILITY("lock") UnfairLock {
  public:
   UnfairLock() noexcept { detail::lockMade(this); }
@@ -32,7 +32,7 @@ class TQ_EXPORT TQ_CAPABILITY("lock") UnfairLock {
   UnfairLock(const UnfairLock&) = delete;
   UnfairLock& operator=(const UnfairLock&) = delete;
 
-  /// Waits until the lock is free and takes it.
+  /// Blocks until the lock is free and acquires it.
   void lock() noexcept TQ_ACQUIRE() TQ_NO_THREAD_SAFETY_ANALYSIS {
     detail::willLock(this);
     const std::uint32_t self = currentThreadNumber();

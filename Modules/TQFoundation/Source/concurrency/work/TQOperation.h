@@ -15,7 +15,7 @@ namespace tq {
 ///
 /// Threads: any. The object's monitor guards the state. It is held while observers are notified:
 ///          they may read the state, but must not wait for another thread that does. Dependents,
-///          waiting threads and the queue learn of the end after the monitor is left.
+///          waiting threads and the queue are notified of the end after the monitor is left.
 class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
  public:
   static constexpr std::string_view className = "TQOperation";
