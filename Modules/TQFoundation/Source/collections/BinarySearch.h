@@ -19,7 +19,7 @@ struct BinarySearchResult {
 
 /// Searches `elements` for `key`. O(log n) calls of `keyOf` and `before`.
 /// @param elements  must be sorted by their keys, ascending in the order of `before`; otherwise the
-///                  result is any index
+///                  returned index is unspecified
 /// @param keyOf     returns the key of an element: a function or a pointer to a member
 template <std::ranges::random_access_range Elements, class Key, class KeyOf = std::identity,
           class Before = std::ranges::less>

@@ -71,8 +71,8 @@ void linkMoves(const TQArrayChanges& changes, Comparator& comparator) {
 /// levels are filled in ascending order of the diagonals, until one reaches the end of both arrays.
 ///
 /// Cost:     O((N + M) · D) calls of the comparator for D edits. Memory: a quarter of a byte for
-///           each of the up to D² / 2 furthest points, and 8 bytes for each of them that lies
-///           behind matching elements.
+///           each of the up to D² / 2 furthest points, and 8 bytes for each of them that follows
+///           matching elements.
 /// Errors:   exceptions of the comparator and std::bad_alloc propagate; changes() may be called
 ///           again.
 /// Threads:  one at a time.

@@ -33,12 +33,12 @@ namespace tq {
 /// Edges:    rects are closed. The rects of directories are stored as origin and extent. Their sum
 ///           may be below the true edge by one unit in the last place, so a query that only
 ///           touches exactly that edge may miss it.
-/// Speed:    queries search the nodes until they have cost about as much as an index of all rects.
-///           Then one of them builds it: up to 40 bytes an element, and the time of a third of the
-///           insertions. Later insertions extend it. Results are the same with and without it.
-///           Rects near ±1e300 or with infinite or NaN fields make queries that find something
-///           slow, because the nodes must be searched; so does a single very large coordinate for
-///           queries that only overlap by its rounding error.
+/// Speed:    queries search the nodes at first. When they have taken about as long as building an
+///           index of all rects takes, one of them builds it: up to 40 bytes for each element, and
+///           a third of the time of the insertions. Later insertions extend it. Results are the
+///           same with and without it. Rects near ±1e300 or with infinite or NaN fields make
+///           queries slow that find an element, because the nodes must be searched. A single very
+///           large coordinate does the same for queries that overlap only by its rounding error.
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.
@@ -75,7 +75,7 @@ class RTree final : public Object {
   /// @throws std::bad_alloc, or what moving the element throws; then the tree is unchanged
   void insert(Element element, const Rect& boundingRect,
               RTreeSplitStrategy splitStrategy = RTreeSplitStrategy::quadratic) {
-    static_cast<void>(splitStrategy);  // there is one
+    static_cast<void>(splitStrategy);  // there is only one
     detail::RTreeElement<Element> kept(std::move(element));
     core_.insert(boundingRect, &kept);
   }

@@ -64,21 +64,21 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] Rect boundingRect() const noexcept;
 
   /// Returns whether the rect of at least one entry intersects `rect`. As a predicate of prune() it
-  /// leaves the nodes that intersects() would search, and is faster than a test of boundingRect().
+  /// keeps the nodes that intersects() would search, and is faster than a test of boundingRect().
   [[nodiscard]] bool hasEntryIntersecting(const Rect& rect) const noexcept {
     return anyHit(RTreeBounds::of(rect));
   }
 
  protected:
-  /// The offset of the arrays if they are stored behind the node.
+  /// The offset of the arrays if they are stored after the node.
   static constexpr std::size_t kHeaderBytes = 80;
 
-  /// Returns for how many entries a new node, which will hold `entries` at first, has space behind
+  /// Returns for how many entries a new node, which will hold `entries` at first, has space after
   /// it. That is space for a full node, if the capacity is not large, and if the node is likely to
   /// fill up. Further arrays are allocated separately and grow with their contents.
   [[nodiscard]] static std::size_t inlineSlots(std::int64_t capacity, std::size_t entries) noexcept;
 
-  /// Returns the number of bytes behind a node.
+  /// Returns the number of bytes after a node.
   [[nodiscard]] static std::size_t trailingBytes(Kind kind, std::size_t inlineSlots,
                                                  std::int64_t capacity) noexcept;
 

@@ -10,8 +10,8 @@
 
 namespace tq::detail {
 
-/// A random-access iterator that creates its value on reading: `at(position)`. It refers to nothing
-/// but the node, so it stays valid when the range that it came from is gone.
+/// A random-access iterator that creates its value on reading: `at(position)`. It refers only to
+/// the node, so it stays valid after the range that it came from is destroyed.
 ///
 /// @tparam Position  an index or a pointer
 /// @tparam At        a copyable function object that takes a position
