@@ -36,7 +36,7 @@ constexpr std::uint64_t powerOf10(int exponent) {
   return power;
 }
 
-/// The eight decimal digits of a number below 10^8, one a byte, the first in the lowest.
+/// The eight decimal digits of a number below 10^8, one in each byte, the first in the lowest byte.
 ///
 /// Divides in parallel: by 10^4 into two lanes, each by 100 into two, each by 10 into two. The
 /// factors are reciprocals that are exact for the lanes' ranges (x · 10486 >> 20 = x / 100 below
@@ -77,7 +77,7 @@ constexpr double kPowersOf10[] = {1e-11, 1e-10, 1e-9, 1e-8, 1e-7, 1e-6, 1e-5, 1e
                                   1e-1,  1e0,   1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,
                                   1e9,   1e10,  1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17};
 
-/// Requires 1e-11 < value < 10^Digits and a fraction. (The double 1e-11 itself lies below 10^-11.)
+/// Requires 1e-11 < value < 10^Digits and a fraction. (The double 1e-11 itself is below 10^-11.)
 template <int Digits>
 Scaled scale(double value) noexcept {
   const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
@@ -85,10 +85,9 @@ Scaled scale(double value) noexcept {
   const int binaryExponent = static_cast<int>(bits >> 52) - 1075;  // value = mantissa · 2^this
 
   // floor(log10(2^(binaryExponent + 52))) is the exponent of ten or one too small. The comparison
-  // mends that but where a negative power of ten is itself rounded up; then the loop does.
+  // corrects that, except where a negative power of ten is itself rounded up; there the loop does.
   int exponent = ((binaryExponent + 52) * 78913) >> 18;
-  exponent +=
-      value > kPowersOf10[exponent + 12] ? 1 : 0;  // a power of ten itself is left to the loop
+  exponent += value > kPowersOf10[exponent + 12] ? 1 : 0;  // the loop handles a power of ten itself
   for (;; ++exponent) {
     const int power = Digits - 1 - exponent;
     const Wide product = static_cast<Wide>(mantissa) * kPowersOf5.of[power];
@@ -106,11 +105,12 @@ Scaled scale(double value) noexcept {
   }
 }
 
-/// Lays out d.ddd · 10^exponent in the form that %g chooses. The last of the `count` digits is not
-/// 0; behind them 24 more bytes may be read, and copies of fixed size may run past what is kept.
+/// Writes d.ddd · 10^exponent in the form that %g chooses. The last of the `count` digits is not 0.
+/// 24 more bytes after them must be readable, and copies of fixed size may write past the end of
+/// the text.
 template <int Digits>
 char* layOut(char* to, const char* digits, int count, int exponent) noexcept {
-  if (exponent < -4) {  // whole numbers never come here, so no exponent is large
+  if (exponent < -4) {  // whole numbers are handled elsewhere, so no exponent is large
     *to = digits[0];
     to[1] = '.';
     std::memcpy(to + 2, digits + 1, 16);

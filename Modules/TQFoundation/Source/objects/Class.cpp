@@ -34,7 +34,7 @@ constexpr NamedClass named() noexcept {
   return {classOf<T>.codingName(), &classOf<T>};
 }
 
-/// The classes that archives may name without a host having registered them.
+/// The classes that archives may name although no host has registered them.
 constexpr NamedClass kLibraryClasses[] = {
     named<Array>(),
     named<Data>(),

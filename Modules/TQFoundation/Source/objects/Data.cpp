@@ -36,7 +36,7 @@ void Data::reserveBytes(std::size_t capacity) {
 
 namespace {
 
-/// Gives Data's construction functions a constructor to call.
+/// Makes a constructor accessible to Data's construction functions.
 class FixedData final : public Data {
  public:
   FixedData() noexcept = default;
@@ -58,7 +58,7 @@ Ref<Data> Data::dataWithBytes(std::string_view bytes) { return dataWithBytes(byt
 Ref<Data> Data::dataByTakingBytes(MutableData& buffer) {
   Ref<Data> data = makeRef<FixedData>();
   if (buffer.bytes_ != nullptr) {
-    // If shrinking fails, the larger block is kept.
+    // If shrinking fails, the larger block stays.
     if (void* cut = std::realloc(buffer.bytes_, buffer.length_ + kReadablePadding)) {
       buffer.bytes_ = static_cast<std::byte*>(cut);
       buffer.capacity_ = buffer.length_;

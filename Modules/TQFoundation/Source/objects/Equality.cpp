@@ -13,11 +13,11 @@
 // Two graphs are equal if all pairs of corresponding objects are. The order in which the pairs are
 // compared does not matter, so pairs that are too deep for the stack can wait in a list.
 //
-// Two arrays of 50 levels, each of which holds the next one twice, have 2^50 pairs. So a pair is
-// remembered and assumed to be equal when it is met again: if it is not, its first comparison makes
-// the whole result false. As equality is transitive, it is enough to remember classes of equal
-// objects: n objects are joined at most n - 1 times. Remembering costs more than comparing, so it
-// starts when more elements were compared than most documents have.
+// Two arrays of 50 levels, each of which contains the next one twice, have 2^50 pairs. So a pair is
+// remembered, and assumed to be equal when it is found again: if it is not, its first comparison
+// makes the whole result false. As equality is transitive, it is enough to remember classes of
+// equal objects: n objects are joined at most n - 1 times. Remembering costs more than comparing,
+// so it starts when more elements were compared than most documents have.
 
 namespace tq::detail {
 namespace {

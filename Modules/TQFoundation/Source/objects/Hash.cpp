@@ -12,7 +12,7 @@
 namespace tq::detail {
 namespace {
 
-/// Drawn once per process.
+/// Created once per process.
 std::uint64_t secret() noexcept {
   static const std::uint64_t drawn = [] {
     std::random_device random;

@@ -52,7 +52,7 @@ void MapTable::makeRoom() {
   if (slots_.size() < index_.capacity()) return;
   index_.reset(count_ + 1);
   std::erase_if(slots_, [](const Slot& slot) { return slot.value == nullptr; });
-  sweepPosition_ = 0;  // slots have moved: the sweep begins anew
+  sweepPosition_ = 0;  // slots have moved, so the sweep starts again
   for (std::size_t i = 0; i < slots_.size(); ++i) index_.insert(slots_[i].hash, i);
 }
 

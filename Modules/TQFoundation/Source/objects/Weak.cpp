@@ -21,7 +21,7 @@ struct WeakBlock {
 
   std::atomic<std::uint32_t> references{1};
   std::atomic<const Object*> object;  // written under the shard's lock; null when gone
-  const Object* const address;        // selects the shard, also later
+  const Object* const address;        // selects the shard, also after the object is gone
 };
 
 namespace {
@@ -64,7 +64,7 @@ void forgetWeakly(const Object& object) noexcept {
   Shard& shard = shardOf(&object);
   const std::scoped_lock guard(shard.lock);
   const auto entry = shard.blocks.find(&object);
-  if (entry == shard.blocks.end()) return;  // every Weak is gone in the meantime
+  if (entry == shard.blocks.end()) return;  // every Weak has been destroyed meanwhile
   entry->second->object.store(nullptr, std::memory_order_relaxed);
   losses.fetch_add(1, std::memory_order_release);  // a thread that sees the count sees null
   shard.blocks.erase(entry);
@@ -77,7 +77,7 @@ bool retainIfAlive(const WeakBlock& block) noexcept {
   auto& references = object->references_;
   std::uint32_t count = references.load(std::memory_order_relaxed);
   do {
-    if (count < Object::kReference) return false;  // the last release comes here next
+    if (count < Object::kReference) return false;  // the last release calls forgetWeakly() next
   } while (!references.compare_exchange_weak(count, count + Object::kReference,
                                              std::memory_order_relaxed));
   return true;
