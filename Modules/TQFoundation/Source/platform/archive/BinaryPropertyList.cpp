@@ -19,8 +19,8 @@
 // | 8n          | UID of n + 1 bytes                                                           |
 // | An, Dn      | n references; n references to keys, then n to values                         |
 //
-// n = F: the real n follows as an integer. All numbers are big-endian. After the objects come the
-// table of their offsets and a trailer of 32 bytes:
+// If n is F, the real n follows as an integer. All numbers are big-endian. After the objects come
+// the table of their offsets and a trailer of 32 bytes:
 //   0 × 6, offset size, reference size, then 8 bytes each: object count, top object, table offset.
 
 namespace tq::detail {
@@ -43,7 +43,7 @@ constexpr unsigned kArray = 0xA0;
 constexpr unsigned kDictionary = 0xD0;
 constexpr unsigned kCountFollows = 0x0F;
 
-/// The smallest of 1, 2, 4 and 8 bytes that holds `value`.
+/// Returns the smallest of 1, 2, 4 and 8 bytes that can hold `value`.
 constexpr std::size_t widthFor(std::uint64_t value) noexcept {
   return value <= 0xFF ? 1 : value <= 0xFFFF ? 2 : value <= 0xFFFF'FFFF ? 4 : 8;
 }
@@ -249,7 +249,7 @@ namespace {
 
 using Reader = BinaryPropertyListReader;
 
-/// Returns an integer of 2^n bytes; nothing for one of 16 bytes that does not fit into 64 bits.
+/// Returns an integer of 2^n bytes; nullopt for one of 16 bytes that does not fit into 64 bits.
 std::optional<NumberValue> integerFrom(std::span<const std::byte> content) noexcept {
   if (content.size() < 8) return NumberValue(bigEndian(content));
   if (content.size() == 8) return NumberValue(static_cast<std::int64_t>(bigEndian(content)));
@@ -262,7 +262,7 @@ std::optional<NumberValue> integerFrom(std::span<const std::byte> content) noexc
   return std::nullopt;
 }
 
-/// Removes the first `count` bytes from `rest` and returns them; nothing if there are fewer.
+/// Removes the first `count` bytes from `rest` and returns them; nullopt if there are fewer.
 std::optional<std::span<const std::byte>> take(std::span<const std::byte>& rest,
                                                std::uint64_t count) noexcept {
   if (count > rest.size()) return std::nullopt;
@@ -271,7 +271,7 @@ std::optional<std::span<const std::byte>> take(std::span<const std::byte>& rest,
   return taken;
 }
 
-/// Returns the number, date or UID after a marker; nothing for another marker.
+/// Returns the number, date or UID after a marker; nullopt for another marker.
 std::optional<Reader::Node> scalarFrom(unsigned marker, std::span<const std::byte> rest) noexcept {
   using Kind = Reader::Kind;
   if (marker == kFalse || marker == kTrue)

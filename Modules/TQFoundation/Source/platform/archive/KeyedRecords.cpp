@@ -21,7 +21,7 @@
 #include <TQFoundation/platform/archive/detail/KeyedWriter.h>
 #include <TQFoundation/platform/text/URLResolution.h>
 
-// Each class's writer and reader stand side by side. The table at the end lists them all.
+// The writer and the reader of a class are next to each other. The table at the end lists them all.
 
 namespace tq::detail::keyed {
 namespace {
@@ -116,7 +116,7 @@ bool isFinite(Size size) noexcept {
   return std::isfinite(size.width) && std::isfinite(size.height);
 }
 
-// Infinite and NaN coordinates have no text that every reader takes: they are kept as bytes.
+// Infinite and NaN coordinates have no text that every reader accepts, so they are stored as bytes.
 void writeValue(Writer& writer, const Object& object) {
   const auto& value = static_cast<const Value&>(object);
   const auto putForm = [&](ValueForm form) {

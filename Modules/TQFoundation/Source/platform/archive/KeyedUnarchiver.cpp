@@ -170,7 +170,7 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
   try {
     slot.object = make(slot, uid);
   } catch (...) {
-    // The host that asked may catch this, but the archive has failed.
+    // The host that requested the object may catch this, but the archive has failed.
     failed_ = true;
     thrown_ = std::current_exception();
     throw;
@@ -298,8 +298,8 @@ Ref<Object> KeyedUnarchiver::Reader::readMutableArray() {
 
 namespace {
 
-/// Bytes of a key that may be compared for the price of reading one: comparing is that much faster,
-/// and files may well repeat long keys.
+/// Bytes of a key that may be compared for the price of reading one. Comparing is that much faster,
+/// and valid files may repeat long keys.
 constexpr std::size_t kComparedPerReading = 16;
 
 /// Returns how many bytes are compared when `key` is compared with other keys.

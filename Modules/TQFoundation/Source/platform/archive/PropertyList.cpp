@@ -18,13 +18,13 @@ constexpr std::size_t kNodeCost = 64;         // about the memory that the write
 constexpr std::size_t kReadingsPerByte = 16;  // lists from other writers share objects
 
 // The price of creating a container, in bytes read. A container takes about 200 bytes of memory,
-// but may take only 3 bytes of a list: marker, offset and reference. A list that shares nothing can
-// pay.
+// but may take only 3 bytes of a list: marker, offset and reference. A list without shared objects
+// can pay this price.
 constexpr std::size_t kContainerPrice = 32;
 static_assert(kContainerPrice + 3 < 3 * kReadingsPerByte);
 
 /// Writes children before their parents. Shared objects are written again at each reference, so the
-/// size limit applies to what is written.
+/// size limit applies to the output.
 class Writer {
  public:
   using Node = BinaryPropertyListWriter::Node;

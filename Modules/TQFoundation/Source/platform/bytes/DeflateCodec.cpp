@@ -9,7 +9,7 @@
 namespace tq {
 namespace {
 
-/// Streams are smaller than those of zlib's level 5, at about twice its speed.
+/// Streams are smaller than those of zlib at level 5, and are written at about twice its speed.
 constexpr int kLevel = 5;
 
 /// Up to this size libdeflate stores data uncompressed at that level; zlib compresses it.

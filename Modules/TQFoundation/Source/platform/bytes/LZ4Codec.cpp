@@ -85,7 +85,7 @@ std::size_t encodeBlock(LZ4_stream_t& stream, std::span<const std::byte> plain,
   putWord(room.data(), kStoredMagic);
   putWord(room.data() + kWordSize, plainSize);
   std::memcpy(room.data() + kStoredHeader, plain.data(), plain.size());
-  // Some readers do not keep stored bytes as history, so the next block starts without any.
+  // Some readers do not keep stored bytes as history, so the next block starts without history.
   LZ4_initStream(&stream, sizeof stream);
   return kStoredHeader + plain.size();
 }

@@ -142,11 +142,11 @@ class SpawnSetup {
 
   posix_spawn_file_actions_t actions_{};
   posix_spawnattr_t attributes_{};
-  int failure_ = 0;  // the first: a step that is missing must not go unnoticed
+  int failure_ = 0;  // the first error; a step that failed must be reported
 };
 
-/// A tool. All that can fail is made before it is started. The destructor kills its group and waits
-/// for it, unless it has ended.
+/// A tool. Everything that can fail is allocated before it is started. The destructor kills its
+/// group and waits for it, unless it has ended.
 class Run {
  public:
   explicit Run(const ExternalTool& tool) : tool_(tool) {}
@@ -177,7 +177,7 @@ class Run {
     if (seconds > 0 && seconds < kLongest) {
       deadline_ = Clock::now() + std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9));
     }
-    // Without support in the kernel, the end is polled for.
+    // Without support in the kernel, the end is detected by polling.
     end_ = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child_, 0)));
     return 0;
   }
@@ -236,7 +236,7 @@ class Run {
       } else if (result.errorNumber == EAGAIN) {
         return;
       } else if (result.errorNumber != EINTR) {
-        input_.close();  // all is written, or the reader is gone
+        input_.close();  // all is written, or the reader has closed its end
       }
     }
   }
@@ -310,7 +310,7 @@ std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<
     return fail(error, tool, Code::cannotStart,
                 "could not be started: " + std::string(::strerrordesc_np(errorNumber)));
   };
-  if (holdsNul(tool)) return cannotStart(EINVAL);  // it would end the C string
+  if (holdsNul(tool)) return cannotStart(EINVAL);  // a NUL would end the C string
   const BlockedSigPipe blocked;
   Run run(tool);
   if (const int failure = run.start(); failure != 0) return cannotStart(failure);

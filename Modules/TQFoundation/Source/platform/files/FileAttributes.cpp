@@ -29,8 +29,9 @@ bool isRefusal(int errorNumber) {
   return std::ranges::find(kRefusals, errorNumber) != std::end(kRefusals);
 }
 
-/// Calls a function of the system that fills a buffer, or returns the necessary size for none.
-/// @return the bytes; nothing, with errno set, on failure
+/// Calls a function of the system that fills a buffer, or returns the necessary size if there is
+/// none.
+/// @return the bytes; nullopt, with errno set, on failure
 template <class Fill>
 std::optional<std::string> filled(const Fill& fill) {
   for (;;) {
@@ -103,7 +104,7 @@ mode_t withoutGroup(mode_t mode) {
   return (mode & ~(kGroupBits | kOtherBits)) | common << kGroupShift | common;
 }
 
-/// Sets the ACL, or removes an inherited one, whose mask the permissions of the group would become.
+/// Sets the ACL, or removes an inherited one: its mask would take the permissions of the group.
 int takeAccessList(int descriptor, const std::optional<std::string>& list) {
   if (list) {
     return ::fsetxattr(descriptor, kAccessList, list->data(), list->size(), 0) == 0 ? 0 : errno;
@@ -126,10 +127,10 @@ int readAttributes(const std::string& path, std::optional<FileAttributes>& attri
 }
 
 // The owner comes first, because changing it clears the set-id bits. The extended attributes come
-// before the permissions, which may take the right to set them.
+// before the permissions, because these may remove the right to set attributes.
 int takeAttributes(int descriptor, const FileAttributes& attributes) {
   const struct stat& before = attributes.status;
-  // These fail for another user's file, and for a group that we are not in.
+  // These fail for a file of another user, and for a group that this user is not in.
   const bool keepsOwner = ::fchown(descriptor, before.st_uid, before.st_gid) == 0;
   const bool keepsGroup = keepsOwner || ::fchown(descriptor, ~uid_t{0}, before.st_gid) == 0;
 
@@ -146,7 +147,7 @@ int takeAttributes(int descriptor, const FileAttributes& attributes) {
   if (const int failure = takeAccessList(descriptor, list); failure != 0) return failure;
 
   mode_t mode = before.st_mode & 07777;
-  if (list) {  // it has set the permissions
+  if (list) {  // the list has set the permissions
     struct stat now {};
     if (::fstat(descriptor, &now) != 0) return errno;
     mode = (mode & kSpecialBits) | (now.st_mode & 0777);

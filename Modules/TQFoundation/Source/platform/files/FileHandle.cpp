@@ -38,8 +38,8 @@ FileHandle::~FileHandle() {
   if (closeOnDealloc_) closeFile();
 }
 
-// Closed once, whatever close() returns: on Linux the descriptor is released even after EINTR, and
-// a second attempt could close another thread's file.
+// Closed once, even if close() fails: on Linux the descriptor is released even after EINTR, and a
+// second attempt could close another thread's file.
 void FileHandle::closeFile() noexcept {
   if (descriptor_ >= 0) ::close(descriptor_);
   descriptor_ = -1;

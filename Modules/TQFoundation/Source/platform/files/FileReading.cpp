@@ -45,7 +45,7 @@ Ref<FileHandle> detail::openRegularFile(const URL& url, std::size_t& size, Ref<E
     setOutError(error, fileError(FileUse::reading, url, errorNumber));
     return nullptr;
   };
-  if (url.path().find('\0') != std::string::npos) return fail(EINVAL);  // it would end the path
+  if (url.path().find('\0') != std::string::npos) return fail(EINVAL);  // a NUL would end the path
   // Non-blocking: a pipe without a writer is an error.
   const int descriptor = ::open(url.path().c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (descriptor < 0) return fail(errno);

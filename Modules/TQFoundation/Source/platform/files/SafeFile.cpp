@@ -18,8 +18,9 @@ namespace {
 
 constexpr int kMostTries = 10'000;  // limit for names that exist already
 
-/// A complete file has this name for the moment between getting a name and being renamed. A file
-/// that has it while we hold the lock of the folder was left by a process killed at that moment.
+/// A complete file has this name for the moment between getting a name and being renamed. If a file
+/// has it while this process holds the lock of the folder, it was left by a process killed at that
+/// moment.
 constexpr const char* kPassingName = ".tq-replacement";
 
 std::string randomName() { return ".tq-" + std::to_string(uniformRandom(~std::uint32_t{0})); }
@@ -44,8 +45,8 @@ class FolderLock {
   bool isLocked_;
 };
 
-/// A new file in the folder of the one that it replaces, removed again if it does not. It has no
-/// name until it is complete, if the file system supports that.
+/// A new file in the folder of the one that it replaces. It is removed unless it replaces that
+/// file. It has no name until it is complete, if the file system supports that.
 class Successor {
  public:
   Successor(const std::string& path, mode_t mode) : folder_(folderOfPath(path)) {
@@ -112,7 +113,7 @@ class Successor {
 
   const std::string folder_;
   std::string ownPath_;  // of the file while it has no name
-  std::string path_;     // empty while it has none
+  std::string path_;     // empty while it has no name
   int descriptor_ = -1;
 };
 

@@ -39,7 +39,7 @@ void preferLargePages(const void* memory, std::size_t byteCount) noexcept {
 
 /// Parses `text` into the parser's tape.
 ///
-/// The parser counts only containers that hold something, and accepts one level fewer than
+/// The parser counts only containers that are not empty, and accepts one level fewer than
 /// `parserDepth`. An empty container at the innermost level is not counted.
 simdjson::error_code parseInto(simdjson::dom::parser& parser, std::string_view text,
                                std::size_t readablePadding, std::size_t parserDepth) {
@@ -69,14 +69,14 @@ std::string withShortNumbers(std::string_view text, std::span<const detail::JSON
     const char* last = writeDouble17(digits, lenientDouble(text.substr(begin, end - begin)));
     const std::string_view number(digits, last);
     result.append(number);
-    if (number.find_first_of(".e") == number.npos) result.append(".0");  // or it is an integer
+    if (number.find_first_of(".e") == number.npos) result.append(".0");  // not an integer
     copied = end;
   }
   return result.append(text.substr(copied));
 }
 
 /// Parses text that the grammar allows, but the parser refused: its innermost containers are at the
-/// depth limit, or it holds numbers that the parser does not read.
+/// depth limit, or it contains numbers that the parser does not read.
 simdjson::error_code parseAgain(simdjson::dom::parser& parser, std::string_view text,
                                 std::size_t readablePadding, std::size_t depth,
                                 std::span<const detail::JSONLiteral> longNumbers) {

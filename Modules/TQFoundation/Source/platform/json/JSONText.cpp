@@ -31,8 +31,8 @@ bool fitsIn64Bits(std::string_view literal) noexcept {
          std::from_chars(literal.data(), end, natural).ec == std::errc();
 }
 
-/// A recursive-descent recogniser. Each function moves past what it is named after, and returns
-/// false at the first fault.
+/// A recursive-descent recogniser. Each function moves past the construct that it is named after,
+/// and returns false at the first fault.
 class Scanner {
  public:
   Scanner(std::string_view text, std::size_t depthLimit) : text_(text), depthLimit_(depthLimit) {}

@@ -37,7 +37,7 @@ std::string timestamp() {
   return std::string(text, length) + "." + fraction.substr(1);
 }
 
-/// Returns whether a character could break the line, control the terminal, or make text look like
+/// Returns whether a character could break the line, control the terminal, or make a text look like
 /// another one.
 bool isDisruptive(char32_t point) noexcept {
   const auto isBetween = [point](char32_t first, char32_t last) {

@@ -20,8 +20,9 @@
 #include <TQFoundation/platform/threads/Thread.h>
 
 // A loop adds two sources to its context (three on the main thread). They have no descriptors: GLib
-// calls them before and after the context sleeps. Blocks pass between threads under our own locks,
-// so that the thread sanitizer sees the synchronisation, although it does not see into GLib.
+// calls them before and after the context sleeps. Blocks are passed between threads under locks of
+// this library, so that the thread sanitizer sees the synchronisation, although it does not see
+// inside GLib.
 
 namespace tq {
 namespace {
@@ -77,8 +78,8 @@ struct RunLoop::State {
   static gboolean mainQueueAfter(GSource* source);
   static gboolean runMainQueue(GSource* source, GSourceFunc, gpointer);
 
-  /// Whether runOnce() iterates the context, and not a loop of the host, which may also run inside
-  /// one of our callbacks.
+  /// Whether the current iteration was started by runOnce(), and not by a loop of the host, which
+  /// may also run inside a callback of this loop.
   [[nodiscard]] bool isOwnIteration() const noexcept { return g_main_depth() == ownDepth; }
   [[nodiscard]] RunLoopMode runningMode() const noexcept {
     return isOwnIteration() ? ownMode : RunLoopMode::standard;

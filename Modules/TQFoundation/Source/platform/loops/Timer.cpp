@@ -46,10 +46,11 @@ void Timer::invalidate() {
   }
 }
 
-// A timer that fires is not in the loop's heap, so a loop that its action runs does not fire it.
+// A timer that is firing is not in the loop's heap, so a loop that its action runs does not fire
+// it.
 void Timer::fire() noexcept {
   if (isValid()) action_(*this);
-  if (!isValid()) return letGo();  // also if another thread has just asked the loop to do it
+  if (!isValid()) return letGo();  // also if another thread has just requested this from the loop
   if (repeats_) {
     loop_->scheduleTimer(*this);
   } else if (isValid_.exchange(false)) {

@@ -10,7 +10,7 @@ namespace tq {
 
 struct ContentDecoder::Stream : z_stream {
   Stream() : z_stream{} {}
-  ~Stream() { inflateEnd(this); }  // does nothing if it was not begun
+  ~Stream() { inflateEnd(this); }  // no effect if inflateInit2() was not called
   Stream(const Stream&) = delete;
   Stream& operator=(const Stream&) = delete;
 };
@@ -27,8 +27,8 @@ std::unique_ptr<ContentDecoder> ContentDecoder::decoderForCoding(std::string_vie
   return std::unique_ptr<ContentDecoder>(new ContentDecoder(isGzip));
 }
 
-// "deflate" means the format of zlib, but some servers send it without its header. Such a stream
-// does not begin with the byte of a header: it would be a stored block with padding other than 0.
+// "deflate" means the zlib format, but some servers send it without its header. Such a stream
+// cannot begin with the byte of a header: that would be a stored block with padding other than 0.
 bool ContentDecoder::begin(std::byte first) {
   constexpr int kGzip = 16;  // added to the size of the window
   constexpr unsigned kMethod = 0x0f;
@@ -49,7 +49,7 @@ bool ContentDecoder::decode(std::span<const std::byte> bytes,
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<std::byte*>(bytes.data()));
   stream.avail_in = static_cast<uInt>(bytes.size());
   do {
-    // A file of gzip may have several members. Nothing may follow the other formats.
+    // A gzip file may have several members. Nothing may follow the other formats.
     if (isComplete_ && (!isGzip_ || inflateReset(&stream) != Z_OK)) return false;
     stream.next_out = reinterpret_cast<Bytef*>(piece.data());
     stream.avail_out = kPiece;

@@ -147,12 +147,12 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     isCancelled_ ? task_->cancel() : task_->resume();
   }
 
-  /// What a response means for the bytes that are here already.
+  /// What a response means for the bytes that have been received already.
   enum class Meaning : std::uint8_t {
     whole,           ///< a body from its start
-    rest,            ///< what follows our bytes, of the same version
-    nothingMissing,  ///< our bytes are all of it
-    anotherVersion,  ///< cannot be combined with our bytes: the download starts again
+    rest,            ///< the bytes that follow the received ones, of the same version
+    nothingMissing,  ///< the received bytes are the whole body
+    anotherVersion,  ///< cannot be combined with the received bytes: the download starts again
     status,          ///< no body of the file
     anotherPart,     ///< not the requested part
     coded,           ///< not the bytes of the file
@@ -221,7 +221,7 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     return true;
   }
 
-  // Once more bytes than announced have come, those before them cannot be trusted either.
+  // If more bytes than announced have arrived, those before them cannot be trusted either.
   bool take(std::span<const std::byte> bytes) {
     if (end_ >= 0 && static_cast<std::int64_t>(bytes.size()) > end_ - partial_->length()) {
       return keep(partial_->beginAnew({}, -1)) &&
@@ -259,7 +259,7 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     return keep(detail::urlError(URLErrorBadServerResponse, {}, sentence));
   }
 
-  /// @return whether there was no error to keep
+  /// @return whether there was no error before, so that this one is stored
   bool keep(Ref<Error> error) {
     ownError_ = std::move(error);
     return ownError_ == nullptr;

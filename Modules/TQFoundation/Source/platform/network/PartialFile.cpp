@@ -45,13 +45,13 @@ bool isSameFile(const struct stat& a, const struct stat& b) {
   return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Returns whether the file is regular, this user's, and has this name alone. Somebody else may
-/// have planted any other file, or may change it at any time.
+/// Returns whether the file is regular, belongs to this user, and has only this name. Any other
+/// file may have been planted, or may be changed by another user at any time.
 bool isOursAlone(const struct stat& status) {
   return S_ISREG(status.st_mode) && status.st_uid == ::geteuid() && status.st_nlink == 1;
 }
 
-/// Returns the note; empty if there is none, or if it was planted.
+/// Returns the note; empty if there is none or if it was planted.
 std::string textOfNote(const std::string& path) {
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
   if (descriptor < 0) return {};
@@ -95,9 +95,9 @@ std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view
 }
 
 // The previous holder of the lock may have moved the file to its target. Then the name refers to
-// another file, or to none, when we get the lock, and we try again. A regular file that is not ours
-// alone is not written to: it loses the name, unless its owner has it open. The replacement of a
-// file is private from its first byte on.
+// another file, or to no file, when the lock is acquired, and the loop tries again. A regular file
+// that is not only ours is not written to: its name is removed, unless its owner has it open. The
+// replacement of a file is private from its first byte on.
 int PartialFile::openLocked(bool isReplacement) {
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
   for (int tries = 0; tries < kMostTries; ++tries) {
@@ -179,7 +179,7 @@ int PartialFile::removeNote() {
 
 Ref<Error> PartialFile::append(std::span<const std::byte> bytes) {
   if (const int failed = writeAll(descriptor_, bytes); failed != 0) {
-    // The part of the piece that was written does not count, and is removed.
+    // The partly written piece does not count, and is removed.
     [[maybe_unused]] const int ignored = cut(length_);
     return failure(failed);
   }

@@ -11,7 +11,7 @@
 #include <TQFoundation/platform/network/detail/URLTransfer.h>
 
 // Only the session's thread uses libcurl, except for the call that wakes it. Tasks are passed to
-// the thread under our own lock; they are cancelled through an atomic flag.
+// the thread under a lock of this library; they are cancelled through an atomic flag.
 
 namespace tq {
 namespace {
@@ -97,7 +97,7 @@ void URLSession::Engine::run() noexcept {
     }
     for (Ref<URLSessionDataTask>& task : submitted) begin(std::move(task));
     submitted.clear();
-    // Data that came during a slow callback is not late: it is processed before time-outs are
+    // Data that arrived during a slow callback is not late: it is processed before time-outs are
     // checked.
     const Clock::time_point now = Clock::now();
     int running = 0;
@@ -149,7 +149,7 @@ void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
 }
 
 int URLSession::Engine::pollTimeout() const {
-  constexpr std::chrono::milliseconds kLongest(60'000);  // then it wakes without need
+  constexpr std::chrono::milliseconds kLongest(60'000);  // then it wakes without a reason
   auto wait = kLongest;
   const Clock::time_point now = Clock::now();
   for (const std::unique_ptr<URLTransfer>& each : transfers_) {

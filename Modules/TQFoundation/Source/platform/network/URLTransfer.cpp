@@ -120,7 +120,7 @@ std::string_view trimmed(std::string_view text) noexcept {
 
 constexpr std::int64_t kUnknownLength = -1;
 
-/// Returns the length of the body in its transferred form, which may be kUnknownLength; nothing if
+/// Returns the length of the body in its transferred form, which may be kUnknownLength; nullopt if
 /// the lengths of the response contradict each other or are not numbers (RFC 9112, 6.3).
 std::optional<std::int64_t> announcedLength(const URLResponse& response) {
   if (holds(response.allHeaderFields, "Transfer-Encoding")) return kUnknownLength;
@@ -214,7 +214,7 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
   curl.set(CURLOPT_FOLLOWLOCATION, 1L);
   curl.set(CURLOPT_MAXREDIRS, static_cast<long>(configuration.HTTPMaximumRedirects));
   curl.set(CURLOPT_NOSIGNAL, 1L);
-  curl.set(CURLOPT_BUFFERSIZE, 32L * 1024);  // stays in the fastest cache
+  curl.set(CURLOPT_BUFFERSIZE, 32L * 1024);  // fits in the fastest cache
   curl.set(CURLOPT_ERRORBUFFER, curl.message.data());
   curl.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl.set(CURLOPT_HEADERFUNCTION, onHeader);
@@ -347,7 +347,7 @@ bool URLTransfer::headersEnded() {
   const bool isRedirect = code >= 300 && code < 400 &&
                           curl_easy_header(library_->easy, "Location", 0, CURLH_HEADER,
                                            kLastResponse, &location) == CURLHE_OK;
-  // "See other" asks for a GET, whatever the method was (RFC 9110, 15.4.4).
+  // "See other" requests a GET for any method (RFC 9110, 15.4.4).
   constexpr long kSeeOther = 303;
   if (isRedirect && code == kSeeOther) {
     library_->set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
@@ -430,7 +430,7 @@ bool URLTransfer::pass(std::span<const std::byte> bytes) {
   return fail(URLErrorCannotWriteToFile);
 }
 
-// Responses that have no body may name a coding all the same, and an empty body may lack its frame.
+// Responses that have no body may still name a coding, and an empty body may lack its frame.
 bool URLTransfer::hasTruncatedCoding() const {
   constexpr int kNoContent = 204;
   constexpr int kNotModified = 304;

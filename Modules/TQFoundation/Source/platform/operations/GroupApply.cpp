@@ -19,12 +19,12 @@ constexpr std::size_t kMostThreads = 64;
 constexpr std::chrono::milliseconds kAWhile(5);
 
 /// The state of one loop, owned by the threads that make its calls. The body belongs to the caller,
-/// which waits for them.
+/// which waits for these threads.
 struct Group {
   Group(std::size_t callCount, const std::function<void(std::size_t)>& call)
       : count(callCount), body(call) {}
 
-  /// Adds a thread. Returns false if there is none.
+  /// Adds a thread. Returns false if no thread can be created.
   static bool addThread(const std::shared_ptr<Group>& group) TQ_REQUIRES(group->lock) {
     try {
       std::function<void()> calls = [group] { group->makeCalls(); };
@@ -54,7 +54,7 @@ struct Group {
   const std::size_t count;
   const std::function<void(std::size_t)>& body;
   std::atomic<std::size_t> next{0};   // the next call to start
-  std::atomic<std::size_t> ended{0};  // calls
+  std::atomic<std::size_t> ended{0};  // calls that have ended
   Lock lock;
   std::condition_variable_any allLeft;
   std::size_t threads TQ_GUARDED_BY(lock) = 0;
@@ -72,7 +72,7 @@ void groupApply(std::size_t count, const std::function<void(std::size_t)>& body)
     for (std::size_t i = 0; i < std::min(count, cores) && Group::addThread(group); ++i) {
     }
     if (group->threads == 0) {
-      ++group->threads;  // this one
+      ++group->threads;  // this thread
       group->lock.unlock();
       group->makeCalls();
       group->lock.lock();

@@ -18,7 +18,8 @@ Operation::~Operation() {
   if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->release();
 }
 
-// In a destructor no reference is left; the caller of the destructor keeps the memory.
+// In a destructor no reference is left, so null is returned; the caller of the destructor keeps the
+// memory.
 Ref<Operation> Operation::hold() noexcept {
   return referenceCount() != 0 ? share(*this) : Ref<Operation>();
 }
@@ -37,7 +38,8 @@ void Operation::start() {
   try {
     main();
   } catch (...) {
-    // On a queue, the exception stops the process. Until then nothing may see the operation finish.
+    // On a queue, the exception stops the process. Until then no thread may see the operation
+    // finish.
     if (!isRunByQueue()) finish();
     throw;
   }
@@ -79,7 +81,7 @@ void Operation::addDependency(Operation& operation) {
   if (isDependentOn(operation)) return;
   {
     const Locked guard(lock_);
-    detail::makeRoom(dependencies_, 1);  // so that nothing fails half-way
+    detail::makeRoom(dependencies_, 1);  // so that nothing fails halfway
   }
   {
     const Locked guard(operation.lock_);
@@ -163,7 +165,7 @@ void Operation::noticeFinished() {
   if (finishWord_.exchange(2) == 1) wakeOnWord(&finishWord_, INT32_MAX);
   if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->finished(*this);
   if (completion && !detail::runOnPoolThread(completion)) {
-    [&]() noexcept { completion(); }();  // like on a thread of its own
+    [&]() noexcept { completion(); }();  // as on a thread of its own
   }
 }
 

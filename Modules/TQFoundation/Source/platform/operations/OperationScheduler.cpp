@@ -29,7 +29,7 @@ void OperationScheduler::add(Operation& operation) {
     throw Exception(InvalidArgumentException,
                     "addOperation: the operation runs, has finished or was added before");
   }
-  retain();  // by the operation, until it is destroyed
+  retain();  // the operation holds this until it is destroyed
   operation.retain();
   {
     const Locked guard(lock_);
@@ -43,7 +43,7 @@ void OperationScheduler::add(Operation& operation) {
     last_ = &operation;
     ++count_;
   }
-  bool hasFinished;  // on another thread, before it had this queue
+  bool hasFinished;  // finished on another thread, before it had this queue
   {
     const Locked guard(operation.lock_);
     hasFinished = operation.hasNoticedFinish_;
@@ -120,8 +120,8 @@ bool OperationScheduler::startRunner() noexcept {
 bool OperationScheduler::callRunners() noexcept {
   while (!isSuspended_ && seekingCount_ < readyCount_ && startedCount_ + seekingCount_ < limit_) {
     if (!startRunner()) {
-      // If this thread's own operation has just finished, its runner takes the next one. To nest
-      // here would use up the stack for a long chain of dependencies.
+      // If this thread's own operation has just finished, its runner takes the next one. Nesting
+      // here would exhaust the stack for a long chain of dependencies.
       const bool returnsSoon = startedHere != nullptr && startedHere->scheduler_ == this &&
                                startedHere->phase_ == Operation::Phase::finished;
       if (!returnsSoon) ++seekingCount_;

@@ -8,8 +8,8 @@
 
 #include <TQFoundation/platform/threads/Lock.h>
 
-// A pool of our own, because those that we know stop the process, or keep the work for ever, if the
-// system has no thread to give.
+// This pool is our own: the known libraries stop the process, or keep the work forever, if the
+// system cannot create a thread.
 
 namespace tq::detail {
 namespace {
@@ -49,7 +49,7 @@ void Pool::serve() noexcept {
       if (!take(taken)) return;
     }
     taken.front()();
-    taken.clear();  // its destructor is foreign code
+    taken.clear();  // its destructor is host code
     const Locked guard(lock);
     ++idle;
   }
@@ -81,7 +81,7 @@ bool runOnPoolThread(std::function<void()>& work) noexcept {
     }
     threads.hasWork.notify_one();
     return true;
-  } catch (...) {  // no memory, or no thread
+  } catch (...) {  // no memory, or no thread can be created
     if (!added.empty()) work = std::move(added.front());
     return false;
   }

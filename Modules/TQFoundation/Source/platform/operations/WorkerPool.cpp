@@ -12,9 +12,9 @@
 
 // In builds with the thread sanitizer, this file alone is compiled without it (see CMakeLists.txt):
 // oneTBB passes tasks between threads in a library that is not instrumented, but reads them in
-// templates that are compiled here. Instead, the sanitizer is given what the library guarantees:
-// all writes from before the loop are visible to every range, and all writes of the ranges are
-// visible after the loop.
+// templates that are compiled here. Instead, the annotations in this file state what oneTBB
+// guarantees: all writes from before the loop are visible to every range, and all writes of the
+// ranges are visible after the loop.
 
 #if defined(TQ_SANITIZED_THREAD)
 extern "C" {
@@ -73,9 +73,9 @@ bool threadsCanStart() {
   return canStart;
 }
 
-/// Whether there are workers. oneTBB creates them at its first loop, which fails half-way if the
-/// system has no threads; so this is tried before. They are kept for ever: our threads may outlive
-/// main(), which ends oneTBB's.
+/// Returns whether there are workers. oneTBB creates them at its first loop, which fails halfway if
+/// the system cannot create threads; so this is tried before. The workers are never destroyed:
+/// threads of this library may outlive main(), which ends oneTBB's.
 bool hasWorkers() {
   static std::atomic<bool> areUp{false};
   if (areUp.load(std::memory_order_acquire)) return true;
@@ -87,8 +87,8 @@ bool hasWorkers() {
 }
 
 /// Runs the loop on the workers; on this thread if there are none. @param grain  the smallest
-/// number of calls in a range, unless the workers would get too few ranges: the calls may be dearer
-/// than expected
+/// number of calls in a range, unless the workers would get too few ranges: the calls may be more
+/// expensive than expected
 void share(std::size_t begin, std::size_t end, std::size_t grain, const void* body,
            ApplyRange range) {
   if (!hasWorkers()) return range(body, begin, end);
@@ -110,8 +110,8 @@ void share(std::size_t begin, std::size_t end, std::size_t grain, const void* bo
     const Releasing result{&handedBack};
     range(body, part.begin(), part.end());
   };
-  // Isolated: a thread that waits for the last ranges runs none of another loop, whose body might
-  // need a lock that this thread holds.
+  // Isolated: a thread that waits for the last ranges does not run ranges of another loop, whose
+  // body might need a lock that this thread holds.
   tbb::this_task_arena::isolate(
       [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end, grain), run); });
 }
@@ -127,8 +127,8 @@ std::uint64_t ticks() noexcept {
 }
 
 /// Runs the loop on this thread until it has ended or takes longer than expected. The time is
-/// checked after the first call, whenever their number has doubled, and at least every few calls:
-/// any of them may be dear, whatever the earlier ones were.
+/// checked after the first call, whenever their number has doubled, and at least every few calls,
+/// because any of them may be expensive even if the earlier ones were not.
 /// @return the number of calls made
 std::size_t runAlone(std::size_t count, const void* body, ApplyRange range) {
   constexpr std::uint64_t kPatience = 20'000;  // ticks
@@ -148,7 +148,7 @@ std::size_t grainOf(std::uint32_t picoseconds) noexcept {
 }
 
 /// Whether a loop of one range may skip reading the clock, which can take as long as its calls. It
-/// is still read now and then, because calls may become slower.
+/// is still read from time to time, because calls may become slower.
 bool isUnmeasured(ApplyCost& cost) noexcept {
   const std::uint32_t before = cost.unmeasured.load(std::memory_order_relaxed);  // a hint, too
   cost.unmeasured.store((before + 1) % kMostUnmeasured, std::memory_order_relaxed);
@@ -170,7 +170,7 @@ void parallelApply(std::size_t count, const void* body, ApplyRange range, ApplyC
     done = runAlone(count, body, range);
     if (isMeasured) remember(cost, picosecondsSince(begin), done);
     if (done == count) return;
-    grain = 1;  // the calls have turned out to be dear
+    grain = 1;  // the calls have turned out to be expensive
   }
   const Time begin = now();
   share(done, count, grain, body, range);

@@ -32,7 +32,7 @@ std::string_view column(sqlite3_stmt* statement, int index) {
   return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, index))};
 }
 
-/// Closing the database will not write the log into it.
+/// Prevents that closing the database writes the log into it.
 void keepLog(sqlite3* database) {
   sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
@@ -52,7 +52,7 @@ std::string uriOf(const std::string& path) {
   return uri;
 }
 
-/// What changes with each change of a file by another program.
+/// The fields that change with each change of a file by another program.
 struct FileStamp {
   dev_t device = 0;
   ino_t inode = 0;
@@ -104,8 +104,8 @@ class Watched {
   bool hadHeader_ = false;
 };
 
-/// Creates the file, or forbids others to use it if it is ours. An existing file is not opened:
-/// closing it would release locks.
+/// Creates the file, or removes the permissions of others if it belongs to this user. An existing
+/// file is not opened: closing it would release locks.
 void keepToOwner(const std::string& path) {
   const int made = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
   if (made >= 0) {
@@ -114,7 +114,7 @@ void keepToOwner(const std::string& path) {
     const bool isForUser = ::geteuid() == 0 && ::stat(name.c_str(), &folder) == 0;
     // The superuser may run this with a user's home. The log gets the owner of the database.
     if (isForUser) static_cast<void>(!::fchown(made, folder.st_uid, folder.st_gid));
-    ::fchmod(made, kOwnerOnly);  // whatever the mask of the process
+    ::fchmod(made, kOwnerOnly);  // the process's mask has no effect
     ::close(made);
     return;
   }
@@ -165,7 +165,7 @@ struct PreferenceDatabase::Connection {
     database.reset(made);
     if (code != SQLITE_OK) return code;
     sqlite3_busy_timeout(made, kBusyMilliseconds);
-    // The file is not trusted: it may carry anything.
+    // The file is not trusted: it may contain any statements.
     sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(made, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
     sqlite3_db_config(made, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
@@ -223,9 +223,9 @@ struct PreferenceDatabase::Connection {
     return code;
   }
 
-  // The index of the write-ahead log cannot be made, or not be locked. Then no other process uses
-  // the database, unless it has failed in the same way, and the files are read without locks, with
-  // the index in memory. Whoever writes meanwhile changes a stamp, and the read is repeated.
+  // The index of the write-ahead log cannot be created or locked. Then no other process uses the
+  // database, unless it has failed in the same way, and the files are read without locks, with the
+  // index in memory. A process that writes meanwhile changes a stamp, and the read is repeated.
   int openWithoutLocks() {
     takesLocks = false;
     stampsRead = stampsOf(path);
@@ -275,7 +275,7 @@ void PreferenceDatabase::closeUnchanged() noexcept {
 }
 
 // A table with other columns or conditions makes our statements fail, which also counts as damage.
-// So does a file that may be written, but says of itself that it may not.
+// So does a file that is writable, but is marked as not writable in its header.
 PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   if (code == SQLITE_OK) return Result::done;
   sqlite3* const database = connection_->database.get();

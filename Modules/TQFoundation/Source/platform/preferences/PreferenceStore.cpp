@@ -46,7 +46,7 @@ void put(MutableDictionary& entries, std::string_view key, const Ref<Object>& va
 std::string databasePath(const std::string& path) { return path + ".sqlite"; }
 
 /// Holds the lock that processes share, and marks the generation as being written. Without shared
-/// words, the locks of the database must do.
+/// words, only the locks of the database are used.
 class Writing {
  public:
   explicit Writing(SharedGeneration* shared)
@@ -54,7 +54,7 @@ class Writing {
     if (shared_ == nullptr || !isLocked_) return;
     auto& generation = shared_->words().generation;
     before_ = generation.load();
-    if (before_ % 2 != 0) ++before_;  // marked by a writer that died
+    if (before_ % 2 != 0) ++before_;  // marked by a writer that was killed
   }
   ~Writing() {
     if (shared_ == nullptr || !isLocked_) return;
@@ -126,13 +126,13 @@ PreferenceStore::PreferenceStore(std::string path)
   if (path_.empty()) return;
   const Locked guard(lock_);
   ownWords_.generation.store(1);
-  if (makeFolder()) shareGeneration();  // the first call reports a failure
+  if (makeFolder()) shareGeneration();  // the first call will report a failure
 }
 
 PreferenceStore::~PreferenceStore() {
   const Locked guard(lock_);
   if (!database_.isOpen() || database_.files() != PreferenceDatabase::Files::cut) return;
-  look();  // closing would write a broken log into the database
+  look();  // closing would otherwise write a broken log into the database
   static_cast<void>(flush());
 }
 
@@ -171,7 +171,7 @@ std::uint64_t PreferenceStore::settledGeneration() {
   std::uint64_t now = generation.load();
   if (now % 2 == 0 || shared_ == nullptr || !shared_->tryLock()) return now;
   now = generation.load();
-  if (now % 2 != 0) generation.store(++now);  // the lock was free, so the writer is dead
+  if (now % 2 != 0) generation.store(++now);  // the lock was free, so the writer was killed
   shared_->unlock();
   return now;
 }
@@ -280,7 +280,7 @@ void PreferenceStore::look() {
     database_.closeUnchanged();
     entriesGeneration_ = kUnknown;
     words_.load()->incarnation.fetch_add(1);  // so that other processes stop using it, too
-  } else if (!database_.isOpen() || database_.hasChanged()) {  // perhaps by one with other words
+  } else if (!database_.isOpen() || database_.hasChanged()) {  // perhaps with other words
     snapshot_ = nullptr;
     entriesGeneration_ = kUnknown;
     edition_.store(nextEdition());
@@ -314,7 +314,7 @@ bool PreferenceStore::flush() {
 }
 
 /// Saves the changes together. If they do not fit, saves as many as possible: a value that is too
-/// large does not prevent that others are saved.
+/// large does not prevent others from being saved.
 PreferenceDatabase::Result PreferenceStore::save() {
   const Result result = database_.write(unsaved_);
   if (result == Result::full) {

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kOwnerOnly = 0600;
 constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
-constexpr int kAttempts = 16;  // keys that may belong to other programs, or segments that just end
+constexpr int kAttempts = 16;  // keys of other programs, and segments that are just being removed
 
 constexpr auto kPatience = std::chrono::seconds(2);  // the limit for a stopped holder
 constexpr auto kLongestNap = std::chrono::milliseconds(1);
@@ -111,7 +111,8 @@ std::unique_ptr<SharedGeneration> SharedGeneration::attach(int id, const Identit
     pthread_mutexattr_destroy(&attributes);
     segment->isReady.store(1);
   }
-  // A creator that died leaves a segment that is never ready. A stopped one finds it retired.
+  // A creator that was killed leaves a segment that is never ready. A suspended one finds it
+  // retired.
   if (!waitUntil([&] { return segment->isReady.load() != 0; })) segment->words.isRetired.store(1);
   const bool isOver = segment->words.isRetired.load() != 0;
   if (!isOver && segment->identity == identity) {

@@ -12,7 +12,7 @@
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/MonitorCount.h>
 
-// A table holds the monitors that threads are inside of or wait for, each with the number of these
+// A table holds the monitors that threads have entered or wait for, each with the number of these
 // threads. The key is the object's address, which is unique: the callers keep the object alive.
 
 namespace tq::detail {
@@ -21,8 +21,8 @@ thread_local constinit HeldMonitor* innermostMonitor = nullptr;
 
 namespace {
 
-// Monitors are reused for other objects. The system's mutex is destroyed and made anew in between:
-// tools that watch the order of locks would otherwise take the two objects for one lock.
+// Monitors are reused for other objects. The system's mutex is destroyed and created again in
+// between: tools that check the order of locks would otherwise take the two objects for one lock.
 class MonitorLock {
  public:
   MonitorLock() noexcept { ::pthread_mutex_init(&mutex_, nullptr); }

@@ -14,7 +14,7 @@ pthread_rwlock_t* systemLock(std::byte* storage) noexcept {
   return std::launder(reinterpret_cast<pthread_rwlock_t*>(storage));
 }
 
-// Without this, a refused lock would take nothing, and its unlock would release another hold.
+// Without this, a refused lock would not be held, and its unlock would release another hold.
 void requireTaken(int result) noexcept {
   TQ_ASSERT(result != EDEADLK && "this thread holds the lock for writing already");
   TQ_ASSERT(result == 0 && "too many threads hold the lock for reading");

@@ -60,9 +60,10 @@ bool BlockDecoder::readLiterals(const BlockHeader& header,
   return true;
 }
 
-// Each triple is checked before anything is copied, against the literals and the plain bytes left
+// Each triple is checked before anything is copied: against the literals and the plain bytes left
 // in the block and the bytes produced so far. The distance is checked even if the match is empty,
-// because a later triple may reuse it. Distance 0 means none, which only the start of a block has.
+// because a later triple may reuse it. Distance 0 means that there is none yet, which is only
+// possible at the start of a block.
 bool BlockDecoder::runTriples(const BlockHeader& header, std::span<const std::byte> payload,
                               Output& output) noexcept {
   BitReader bits;

@@ -54,7 +54,7 @@ bool BlockEncoder::add(std::span<const std::byte> literals, std::size_t length,
   std::copy(literals.begin(), literals.end(), literals_.begin() + literalCount_);
   literalCount_ += literals.size();
   plainSize_ += literals.size() + length;
-  // A run of literals without a match still needs a distance: the smallest.
+  // A run of literals without a match still needs a distance, so the smallest is used.
   std::size_t run = literals.size();
   for (; run > kMostLiteralRun; run -= kMostLiteralRun) push(kMostLiteralRun, 0, 1);
   for (; length > kMostMatchLength; length -= kMostMatchLength, run = 0) {
@@ -109,7 +109,8 @@ Weights BlockEncoder::weights() const noexcept {
 }
 
 /// Writes header, literal payload and triple payload. The header depends on the payloads, so these
-/// are written first, after the space for the header, whose weights are known by then.
+/// are written first, after the space for the header. The size of the header is known from the
+/// weights.
 bool BlockEncoder::writeBlock() noexcept {
   useRepeatedDistances();
   while (literalCount_ % kLiteralGroup != 0) literals_[literalCount_++] = std::byte{0};
@@ -122,7 +123,7 @@ bool BlockEncoder::writeBlock() noexcept {
   if (headerSize == 0) return false;
   std::span<std::byte> room = room_.subspan(headerSize);
   if (!writeLiterals(room, header) || !writeTriples(room, header)) return false;
-  static_cast<void>(writeHeader(header, room_));  // fits as before: its size is in the weights
+  static_cast<void>(writeHeader(header, room_));  // fits: the weights determine its size
   room_ = room;
   literalBits_ = literalCount_ * kTellingShare < plainSize_
                      ? kAnyLiteralBits

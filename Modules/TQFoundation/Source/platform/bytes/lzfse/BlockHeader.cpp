@@ -126,7 +126,7 @@ std::size_t readPlain(std::span<const std::byte> bytes, BlockHeader& header) noe
   return kPlainSize;
 }
 
-/// Weights must add up to all states, or to none if no symbol is coded.
+/// Weights must add up to all states, or to 0 if no symbol is coded.
 template <std::size_t symbols>
 bool areWeightsWhole(const std::array<std::uint16_t, symbols>& weights, unsigned stateBits,
                      bool used) noexcept {

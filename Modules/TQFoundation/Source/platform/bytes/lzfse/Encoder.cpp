@@ -16,7 +16,7 @@ constexpr std::size_t kGoodLength = 40;
 /// Longest match; it fits into one block.
 constexpr std::size_t kMostLength = 100 * std::size_t{kMostMatchLength};
 
-/// So many literals may wait for a match that begins among them.
+/// The maximum number of literals that may wait for a match that begins among them.
 constexpr std::size_t kMostWaiting = 8 * std::size_t{kMostLiteralRun};
 
 /// Scans the plain data. A match is held until the next one is known, because a longer match may

@@ -43,7 +43,7 @@ class OpcodeWriter {
     }
   }
 
-  /// At most three of the literals go into the opcode of the match.
+  /// At most three of the literals are written into the opcode of the match.
   void match(std::span<const std::byte> run, std::size_t length, std::size_t distance) noexcept {
     if (run.size() > 3) {
       const std::size_t alone = run.size() <= kShortCount ? run.size() : aloneOf(run.size());
@@ -126,8 +126,7 @@ class OpcodeWriter {
   bool overflowed_ = false;
 };
 
-/// A hash table of positions by their three bytes. An empty entry is position 0, which does no
-/// harm.
+/// A hash table of positions by their three bytes. An empty entry is position 0, which is harmless.
 class ShortFinder {
  public:
   explicit ShortFinder(std::span<const std::byte> plain) noexcept : plain_(plain) {}

@@ -122,8 +122,8 @@ class PreferenceStore {
   const std::size_t slot_;
   const std::string path_;
   const std::string folder_;
-  GenerationWords
-      ownWords_{};  ///< used while no words are shared; odd, but even for a store in memory
+  /// Used while no words are shared. Even for a store in memory, otherwise odd.
+  GenerationWords ownWords_{};
   std::atomic<GenerationWords*> words_;
   /// A number that changes with each state that the generation does not cover. No two stores ever
   /// have the same edition.
