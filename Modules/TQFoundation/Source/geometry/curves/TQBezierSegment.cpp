@@ -135,7 +135,7 @@ double gaussLength(const Velocity& velocity, double from, double to) noexcept {
 }
 
 /// Halves the interval until both halves together agree with the whole. The speed must be monotone
-/// in the interval: otherwise a corner could lie between the nodes of the whole and of both halves.
+/// in the interval: otherwise a corner could be between the nodes of the whole and of both halves.
 double adaptiveLength(const Velocity& velocity, double from, double to, double whole,
                       double tolerance, int depth) noexcept {
   const double middle = (from + to) / 2;
@@ -184,7 +184,7 @@ Bend bendOf(const TQBezierSegment& cubic) noexcept {
   const double largest = std::max({std::fabs(p), std::fabs(q), std::fabs(r)});
   if (!(largest > 1e-12 * TQBezierSegmentControlSplineLengthSquared(cubic))) return {};
   // A cubic that misses a cusp by so little is treated as having one. Each coefficient has the
-  // error of its two legs, so that a short leg does not hide what is near its end.
+  // error of its two legs, so that a short leg does not hide turns near its end.
   const auto error = [&](std::size_t i, std::size_t k) { return length[i] * length[k] / largest; };
   Bend bend{p / largest, q / largest, r / largest};
   bend.rounding = 1e-12 * (std::fabs(bend.q) * error(0, 2) + std::fabs(bend.p) * error(1, 2) +

@@ -21,7 +21,7 @@ constexpr double kLeaf = 0x1p-14;  // pieces of this length in t are not halved
 constexpr double kSamePoint = 2.220446049250313e-16;
 constexpr std::size_t kMostPairs = 1 << 20;
 constexpr std::size_t kMostCrossings = 64;
-constexpr double kReach = 0x1p-8;      // greatest distance of reports of one meeting
+constexpr double kReach = 0x1p-8;      // greatest distance of reports of one intersection
 constexpr double kSharp = 0x1p-24;     // least sine of an angle, greatest last step
 constexpr std::size_t kMostSharp = 9;  // crossings of two cubics that do not overlap (Bézout)
 
@@ -184,7 +184,7 @@ class Crossings {
       }
       report.include(found_[i]);
       found_[i] = found_[--count_];
-      i = 0;  // the group covers more now
+      i = 0;  // the group is larger now
     }
     if (count_ == kMostCrossings) tell({&found_[--count_], 1});
     found_[count_++] = report;

@@ -62,7 +62,7 @@ struct Clip {
   double exit = 1;
 
   /// Narrows the part to one side of the rect, where p·t <= q inside. Returns false if nothing is
-  /// left. The comparisons are written so that NaN leaves nothing.
+  /// left. The comparisons are written so that NaN results in an empty part.
   bool narrow(double p, double q) noexcept {
     if (p == 0) return q >= 0;
     const double t = q / p;

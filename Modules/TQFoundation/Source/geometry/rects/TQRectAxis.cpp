@@ -13,7 +13,7 @@ Span rawSpan(Axis axis, const Rect& rect) noexcept {
   return {detail::originOn(axis, rect), detail::extentOn(axis, rect)};
 }
 
-// Returns how much of `later` lies before the end of `earlier`, which starts at the same place or
+// Returns how much of `later` is before the end of `earlier`, which starts at the same place or
 // before.
 double overlapInOrder(Span earlier, Span later) noexcept {
   const double end = earlier.end();

@@ -19,7 +19,7 @@ Value Rounder<Value>::align(Value value, Value to, Value minimumMagnitude) const
   if (increment_ == 0) return bound + increment_;
   for (int steps = 0; minimumMagnitude > std::fabs(result); ++steps) {
     if (steps == kStepLimit) {
-      // With a negative increment the bound lies on the other side.
+      // With a negative increment the bound is on the other side.
       const Value ahead = increment_ < 0 ? -bound : bound;
       if (ahead + step == ahead) return ahead;
       const Value landing = result + std::ceil((ahead - result) / step) * step;
