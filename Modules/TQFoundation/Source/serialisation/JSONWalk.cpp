@@ -75,7 +75,7 @@ class JSONWalk::Level {
   Level(const Level&) = delete;
   Level& operator=(const Level&) = delete;
   /// Returns true from the first container that is too deep until the whole tree is left. Otherwise
-  /// a tree that contains itself several times would be walked for ever.
+  /// a tree that contains itself several times would take endless time.
   [[nodiscard]] bool isTooDeep() const noexcept { return walk_.isRefused_; }
 
  private:
@@ -175,7 +175,7 @@ Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
   const auto text = archive.text();
   const Ref<Data> bytes = text ? dataFromBase64(*text) : nullptr;
   if (!bytes) return nullptr;
-  // The decoder is asked once for each class.
+  // The delegate is called once for each class.
   std::vector<std::pair<const Class*, bool>> known;
   const auto mayInstantiate = [&](const Class& named) {
     const auto found = std::ranges::find(known, &named, &std::pair<const Class*, bool>::first);

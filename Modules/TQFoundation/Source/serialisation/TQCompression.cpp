@@ -136,7 +136,7 @@ Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes, const Reading
       bytes, algorithm, kHeaderSize, kFooterSize,
       littleEndianAt<std::uint32_t>(bytes, bytes.size() - 4), limits, &exceeded);
   if (plain == nullptr && algorithm == TQCompressionAlgorithm::lzfse) {
-    Ref<Error> older;  // the last bytes of this layout are no length
+    Ref<Error> older;  // the last bytes of this layout are not a length
     plain = dataByDecompressingWithAlgorithm(bytes, algorithm, kOldHeaderSize, 0,
                                              littleEndianAt<std::uint64_t>(bytes, kOldLengthOffset),
                                              limits, &older);

@@ -7,7 +7,7 @@
 namespace tq {
 namespace {
 
-/// The steps of objects whose class has none of its own.
+/// The steps of objects whose class does not define them.
 constexpr JSONCoding kDefaults = {
     .replacementObject = [](const Object& object,
                             TQJSONEncoder&) { return Ref<Object>(const_cast<Object*>(&object)); },

@@ -31,7 +31,7 @@ void TQJSONFileEncoder::writeData(const void* bytes, std::size_t length) {
     const std::size_t fitting = std::min(length, room);
     std::char_traits<char>::copy(windowCursor(), from, fitting);  // null is allowed if empty
     lendWindow(windowCursor() + fitting, windowEnd());
-    if (fitting == length) return;  // a full buffer is written when the next byte comes
+    if (fitting == length) return;  // a full buffer is written when the next byte arrives
     requireLength(written_ + kBufferSize + 1);
     writeOut(kBufferSize);
     written_ += kBufferSize;
