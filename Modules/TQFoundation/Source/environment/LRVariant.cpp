@@ -51,7 +51,7 @@ TQ_VARIANT(all, 255)
 #undef TQ_VARIANT
 
 Ref<LRVariant> LRVariant::current() {
-  const DelegateSlot asked = delegateSlot();  // a copy: the call may replace the delegate
+  const DelegateSlot asked = delegateSlot();  // a copy, because the call may replace the delegate
   if (asked.delegate == nullptr) return final();
   Ref<LRVariant> answer = asked.delegate->currentVariant();
   TQ_ASSERT(answer != nullptr);

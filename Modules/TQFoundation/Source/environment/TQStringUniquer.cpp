@@ -52,7 +52,7 @@ std::string TQStringUniquer::uniqueCopyName(std::string_view original) {
 }
 
 // Each run grows by the taken numbers that are found, and merges with the next run when it reaches
-// it. So each number is looked up once, however many calls start below it.
+// it. So each number is looked up once, even if many calls start below it.
 std::string TQStringUniquer::firstFree(std::string_view stem, std::uint64_t number) {
   Runs& runs = runs_[std::string(stem)];
   auto run = runs.upper_bound(number);

@@ -3,12 +3,12 @@
 namespace tq::detail {
 namespace {
 
-thread_local constinit unsigned readsHere = 0;  // of all locks, by this thread
+thread_local constinit unsigned readsHere = 0;  // by this thread, of all locks
 
 }  // namespace
 
 void FairSharedLock::lockForRead() TQ_NO_THREAD_SAFETY_ANALYSIS {
-  // Relaxed: a reader that misses a new writer only comes before it.
+  // Relaxed: a reader that misses a new writer counts as having come before it.
   if (readsHere == 0 && waitingWriters_.load(std::memory_order_relaxed) != 0) {
     const Locked behindTheWriter(gate_);
   }

@@ -20,7 +20,7 @@ bool isPlaceholder(const Object& object) noexcept {
 
 }  // namespace
 
-/// Keeps what a call uses after a block, which may release the last reference to all of it.
+/// Holds what a call uses after a block, which may release the last references.
 struct TQCache::Holding {
   Holding(const TQCache& usedCache, const Object& usedOwner, const Object& usedKey) noexcept
       : cache(share(usedCache)), owner(share(usedOwner)), key(share(usedKey)) {}
@@ -120,7 +120,7 @@ Ref<TQCacheDeferredCreation> TQCache::reserve(const Ref<Object>& stored, Object&
   return placeholder;
 }
 
-// If the creation throws or returns null, the placeholder is removed. It would be null for ever.
+// If the creation throws or returns null, the placeholder is removed: it would stay null.
 Ref<Object> TQCache::create(const Ref<TQCacheDeferredCreation>& placeholder, Object& owner,
                             const Object& key) {
   Ref<Object> created;

@@ -31,14 +31,14 @@ Ref<TQCacheDeferredCreation> TQCacheDeferredCreation::reserveWithBlock(CreationB
   return reserved;
 }
 
-// The placeholder ends in every case, so that no thread waits for ever. A thread that waits takes
-// part in no lock order: the lock is not held while the block runs.
+// The placeholder is resolved in every case, so that no thread waits forever. Waiting cannot
+// violate a lock order, because the lock is not held while the block runs.
 Ref<Object> TQCacheDeferredCreation::create() {
   const auto self = share(*this);
   CreationBlock block;
   {
     const Locked guard(lock_);
-    block = std::exchange(creationBlock_, nullptr);  // once
+    block = std::exchange(creationBlock_, nullptr);  // so that it runs once
   }
   Ref<Object> created;
   struct Ending {

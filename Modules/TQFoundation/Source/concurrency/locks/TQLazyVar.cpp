@@ -10,8 +10,8 @@ void TQLazyVarFree(TQLazyVar* var) noexcept { delete var; }
 
 namespace detail {
 
-// Both hold the mutex: otherwise a waiting thread could check the value, miss the notification, and
-// then sleep for ever.
+// Both hold the mutex. Otherwise a waiting thread could check the value, miss the notification, and
+// then sleep forever.
 void lazyVarFinish(TQLazyVar& var, void* result) noexcept {
   const std::scoped_lock guard(var.mutex);
   var.value.exchange(result, std::memory_order_acq_rel);

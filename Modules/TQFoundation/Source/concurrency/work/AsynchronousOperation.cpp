@@ -13,12 +13,12 @@ void AsynchronousOperation::start() {
   }
   if (isCancelled()) return finish();
   setExecuting(true);
-  if (isFinished()) return setExecuting(false);  // meanwhile, on another thread
+  if (isFinished()) return setExecuting(false);  // it was finished meanwhile on another thread
   try {
     if (run() == Progress::finished) finish();
   } catch (...) {
     if (!isRunByQueue())
-      finish();  // on a queue, nothing may see it finish before the process stops
+      finish();  // on a queue, no thread may see it finish before the process stops
     throw;
   }
 }

@@ -20,7 +20,7 @@ void Debouncer::schedulePerformAction() {
   const auto next = scheduledTimerWithTimeInterval(interval_, false,
                                                    [self](Timer&) { self->actionToPerform_(); });
   const Ref<Timer> pending = timer_.lock();
-  timer_ = next;  // from here on, nothing fails: the earlier request is replaced, never lost
+  timer_ = next;  // nothing can fail from here on: the earlier request is replaced, never lost
   if (pending != nullptr) pending->invalidate();
 }
 

@@ -19,8 +19,9 @@ class Inside {
 
 }  // namespace
 
-// Dependents and waiting threads learn of the end after the monitor is left, because they run
-// observers of other operations. An observer may change the state again: then the outermost change
+// Dependents and waiting threads are notified of the end after the monitor is left, because they
+// run observers of other operations. An observer may change the state again: then the outermost
+// change notifies them.
 // tells them.
 void TQOperation::change(bool TQOperation::*flag, bool value, std::string_view key) {
   const Ref<Operation> self = hold();

@@ -20,7 +20,7 @@ void TQRateLimiter::requireMethod(bool hasMethod) {
   }
 }
 
-// Two threads that get here at the same time schedule one block each. The second block finds
+// Two threads that arrive here at the same time schedule one block each. The second block finds
 // nothing to do. The flag is set before the block can run, and cleared if scheduling fails.
 void TQRateLimiter::schedule() {
   hasScheduledBlock_.store(true);
