@@ -54,8 +54,8 @@ void TQTreeComparison::computeChanges() {
   walking_ = nullptr;
 }
 
-/// Enters a pair one level deeper, and leaves it in the destructor: the delegate may catch an
-/// exception that passes through.
+/// Enters a pair one level deeper, and leaves it in the destructor, because the delegate may catch
+/// an exception that passes through.
 class TQTreeComparison::Descent {
  public:
   Descent(TQTreeComparison& comparison, Place& place)

@@ -15,9 +15,9 @@
 // while the tree is still unchanged. Then it ascends, and no step of this can fail. Nothing is
 // recursive, because a tree of small nodes can be very high.
 //
-// A query goes through the nodes until such queries have cost as much as building an index. Then
-// the index answers, and the nodes only what it is not sure of. Work is counted in units of one
-// bucket of the index that is scanned, some 5 ns:
+// A query searches the nodes until such queries have cost as much as building an index. From then
+// on queries use the index, and search the nodes only where the index is not sure. Work is counted
+// in units of one bucket of the index that is scanned, about 5 ns:
 //
 //   state                         a query adds           the index is built when the work reaches
 //   no index                      4 for each node        its cost, without an insertion meanwhile;
@@ -25,9 +25,9 @@
 //   index with unpacked elements  1 for each bucket      the cost of packing them
 //   index                         0
 //
-// So a tree that is only queried pays at most twice, and one that changes between queries loses an
-// eighth at most. An insertion adds to an index that exists. If more are inserted than queries pay
-// for, it drops the index.
+// So a tree that is only queried pays at most twice, and one that changes between queries loses at
+// most an eighth. An insertion extends the index if there is one. If more elements are inserted
+// than the queries pay for, the insertion drops the index.
 
 namespace tq::detail {
 namespace {
@@ -87,7 +87,7 @@ void RTreeCore::insert(const Rect& rect, void* element) {
   keepIndexed(rect);
 }
 
-/// Adds a new rect to the index, if there is one. Like all of an insertion, this runs alone.
+/// Adds a new rect to the index, if there is one. Like the whole insertion, this runs alone.
 void RTreeCore::keepIndexed(const Rect& rect) noexcept {
   workBefore_ = work_.load(std::memory_order_relaxed);
   std::unique_ptr<RTreeIndex> index(index_.load(std::memory_order_relaxed));
@@ -228,7 +228,7 @@ bool RTreeCore::intersects(const Rect& rect) const {
 
 /// Counts the work of a query. Builds the index when that was enough for `unindexed` elements.
 void RTreeCore::addWork(std::uint64_t work, std::size_t unindexed) const noexcept {
-  // relaxed: a count only; an addition that another thread overwrites is no loss
+  // relaxed: only a count; an addition that another thread overwrites does no harm
   const std::uint64_t sum = work_.load(std::memory_order_relaxed) + work;
   work_.store(sum, std::memory_order_relaxed);
   const std::uint64_t cost = kBuildWork * unindexed;
@@ -236,8 +236,8 @@ void RTreeCore::addWork(std::uint64_t work, std::size_t unindexed) const noexcep
   if (recent >= cost || sum >= kPatience * cost) buildIndex();
 }
 
-/// Builds the index, or packs it again. Queries on other threads go on with what there is. Without
-/// memory everything stays as it is.
+/// Builds the index, or packs it again. Queries on other threads continue with the existing one. If
+/// memory is exhausted, nothing changes.
 void RTreeCore::buildIndex() const noexcept {
   if (isBuilding_.exchange(true)) return;
   RTreeIndex* const old = index_.load();
@@ -249,7 +249,7 @@ void RTreeCore::buildIndex() const noexcept {
       built->replaced.reset(old);  // other threads may use it until the next insertion
       // release: a thread that sees the pointer sees the index
       index_.store(built.release(), std::memory_order_release);
-    } catch (const std::bad_alloc&) {  // the nodes answer
+    } catch (const std::bad_alloc&) {  // the nodes are searched instead
     }
     work_.store(0, std::memory_order_relaxed);
   }

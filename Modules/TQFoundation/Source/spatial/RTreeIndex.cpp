@@ -9,10 +9,9 @@
 
 #include <TQFoundation/spatial/detail/RTreePair.h>
 
-// The tree answers a query by recursion through its nodes. Its directories are split by position,
-// so they overlap, and the recursion visits many. An index stores the bounds of the elements alone,
-// packed by place. A query must get the recursion's answer, which is not always that of a scan:
-//
+// The tree searches its nodes recursively. Its directories are split by position, so they overlap,
+// and the recursion visits many. An index stores the bounds of the elements alone, packed by place.
+// A query must return the result of the recursion, which is not always that of a scan:
 // - Nothing intersects. The recursion compares the rects of leaf entries exactly as the index does,
 //   so it finds nothing either. This holds for any input.
 // - An element e intersects the query q. The recursion finds e if q also intersects every directory
@@ -25,17 +24,17 @@
 //   below is 4 u C n h; the rest covers the rounding of q.min + margin, and C growing by less than
 //   a part in 10^9. Hence e is found if e.max >= q.min + margin on both axes.
 // - Bounds that are whole multiples of 2^-10 up to 2^41 have exact sums and differences: no margin.
-// - Everything else is unsure: only the recursion knows. With NaN, with infinite bounds, and with
-//   bounds so large that an extent may overflow, no margin is enough.
+// - Everything else is unsure: only the recursion can decide. With NaN, with infinite bounds, and
+//   with bounds so large that an extent may overflow, no margin is enough.
 //
 // A run is packed by sort-tile-recursive (Leutenegger, Lopez, Edgington, "STR: A Simple and
 // Efficient Algorithm for R-Tree Packing", 1997). Inner bounds are single precision. They need not
 // be rounded outwards: subtracting the origin, clamping and rounding are monotonic functions, and
-// the query goes through the same ones, so what intersects still does.
+// they are applied to the query too, so bounds that intersect still do.
 //
 //   level 2   inner          16 children
 //   level 1   inner inner …  16 buckets each
-//             bucket bucket bucket …   8 elements each, in double precision: 32 bytes an element
+//               bucket bucket bucket …   8 elements each, in double precision: 32 bytes for each
 
 namespace tq::detail {
 namespace {
@@ -194,7 +193,7 @@ RTreeRun::RTreeRun(std::vector<RTreeBounds> bounds) : count_(bounds.size()) {
   for (std::size_t from = 0; from < count_; from += slice) {
     std::ranges::sort(std::span(bounds).subspan(from, std::min(slice, count_ - from)), byY);
   }
-  // An origin among the elements: an outlier costs single precision for itself alone.
+  // The origin is one of the elements, so an outlier loses precision for itself alone.
   const RTreeBounds& middle = bounds[count_ / 2];
   if (std::fabs(middle.minX) < kLargestTame) originX_ = middle.minX;
   if (std::fabs(middle.minY) < kLargestTame) originY_ = middle.minY;

@@ -21,7 +21,7 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr std::size_t kFirstSlots = 128;
 
-/// The largest capacity of a node that has space for all its entries behind it.
+/// The largest capacity of a node that has space for all its entries after it.
 constexpr std::int64_t kLargestInlineCapacity = 127;
 
 /// A node that holds less than an eighth of its capacity at first may never fill up. Splits of
@@ -62,8 +62,8 @@ std::size_t RTreeNodeCore::inlineSlots(std::int64_t capacity, std::size_t entrie
   return capacity <= kLargestInlineCapacity ? roundUpToFour(most + 1) : 0;
 }
 
-/// The slots are rounded up for the bounds. The rects, which are last, need no more than the
-/// entries that there can be.
+/// The slots are rounded up for the bounds. The rects, which are last, need space only for the
+/// possible entries.
 std::size_t RTreeNodeCore::trailingBytes(Kind kind, std::size_t inlineSlots,
                                          std::int64_t capacity) noexcept {
   const std::size_t rects = std::min(inlineSlots, static_cast<std::size_t>(capacity) + 1);
@@ -88,7 +88,7 @@ RTreeNodeCore::~RTreeNodeCore() {
 }
 
 /// Reserves space for `slots` entries of at most `limit` that there will ever be. The arrays move
-/// out of a node that has no space behind it; the node stays where it is.
+/// out of a node that has no space after it; the node itself does not move.
 void RTreeNodeCore::reserve(std::size_t slots, std::size_t limit) {
   if (slots <= slots_) return;
   limit = roundUpToFour(limit);
@@ -194,8 +194,8 @@ std::size_t RTreeNodeCore::chooseSubtree(const Rect& rect) const noexcept {
   }
   least = lesser(both(least[1]), both(least[0]));
 
-  // Usually a single entry has the least growth. A least growth of NaN belongs to the first entry
-  // and equals none.
+  // Usually a single entry has the least growth. If the least growth is NaN, it is that of the
+  // first entry and equals no other.
   std::uint64_t equals = 0;
   for (std::size_t i = 0; i < count_; i += 2) {
     equals |= std::uint64_t{laneBits(increases[i / 2] == least)} << i;

@@ -59,9 +59,9 @@ void RTreeSplitter::plan(const RTreeNodeCore& leaf) noexcept {
 }
 
 /// Returns the pair (i, j) whose union wastes the most area. Rounding can make the waste of (j, i)
-/// different, so each row is scanned in full. The earliest row with the greatest waste wins, and in
-/// it the earliest column. An area of infinity excludes the pair of an entry with itself, and the
-/// empty slot after an odd count.
+/// different, so each row is scanned in full. The earliest row with the greatest waste is chosen,
+/// and in it the earliest column. An area of infinity excludes the pair of an entry with itself,
+/// and the empty slot after an odd count.
 RTreeSplitter::Seeds RTreeSplitter::chooseSeeds(const RTreeNodeCore& leaf) noexcept {
   if (!std::ranges::all_of(rects_, isTame)) return chooseSeedsLiterally();
   areas_.assign(rects_.size() + 1, kInf);
