@@ -31,7 +31,7 @@ struct PlainEdit {
 };
 using PlainEdits = std::vector<PlainEdit>;
 
-/// A literal search for the edit script, in which every path holds its own edits: the index of an
+/// A literal search for the edit script, in which every path stores its own edits: the index of an
 /// insertion, or ~index of a removal.
 std::vector<long> plainSearch(std::size_t oldCount, std::size_t newCount,
                               const PlainComparator& matches) {

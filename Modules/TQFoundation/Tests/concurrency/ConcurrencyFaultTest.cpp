@@ -23,8 +23,8 @@
 #include "support/FailingAllocations.h"
 #include "support/OnDestruction.h"
 
-// The program's own definition replaces the system's, so that the system may be out of threads. A
-// sanitizer's definition is used if there is one.
+// This definition replaces the system's, so that the system can be out of threads. If there is a
+// sanitizer, its definition is used.
 namespace {
 std::atomic<bool> hasThreads = true;
 using Create = int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
@@ -49,12 +49,12 @@ Ref<BlockOperation> block(std::function<void()> run) {
   return BlockOperation::blockOperationWithBlock(std::move(run));
 }
 
-// All of it runs on this thread, and every waiting ends.
+// All of it runs on this thread, and every wait ends.
 void workWithoutThreads() {
   hasThreads = false;
   const auto queue = OperationQueue::init();
   int runs = 0;
-  // A long chain, whose operations start one another, does not use up the stack.
+  // A long chain of operations that start one another does not exhaust the stack.
   auto last = block([&] { ++runs; });
   const auto first = last;
   queue->setSuspended(true);
@@ -88,7 +88,7 @@ void workWithoutThreads() {
       [&](Ref<Array> results) { mapped = results->count(); });
   EXPECT_EQ(mapped, 2u);
 
-  // Out of memory, too: an operation is added and runs, or is not added.
+  // Without memory as well, an operation is added and runs, or is not added.
   test::warmUpWeakReferences();
   failEachAllocation([] {
     const auto small = OperationQueue::init();

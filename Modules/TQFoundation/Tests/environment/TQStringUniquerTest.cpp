@@ -38,7 +38,7 @@ TEST(StringUniquer, ContinuesTheNumbersOfTakenNames) {
   }
 }
 
-// Each call must be fast, however many names are taken.
+// Each call must be fast for any number of taken names.
 TEST(StringUniquer, GeneratesManyNamesWithoutDuplicates) {
   TQStringUniquer uniquer(std::vector<std::string>{"Oval copy 50000"});
   std::set<std::string> generated{"Oval copy 50000"};

@@ -5,7 +5,7 @@
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Value.h>
 
-// Fakes: the real classes belong to rooms above.
+// Fakes: the real classes belong to higher rooms.
 namespace tq {
 
 struct Bare : Subclass<Bare> {
@@ -41,7 +41,7 @@ struct Derived final : Subclass<Derived, Structured> {
   void startEncodingObject(TQJSONEncoder&) const {}
 };
 
-/// Take the names of another class and of a library class.
+/// These take the names of another class and of a library class.
 struct Usurper final : Subclass<Usurper> {
   static constexpr std::string_view className = "S";
 };

@@ -14,7 +14,7 @@ struct Shape : tq::Subclass<Shape> {
   void encodeAsJSON(tq::TQJSONEncoder&) const {}
 };
 
-/// Has no steps of its own.
+/// Has no steps itself.
 struct Square final : tq::Subclass<Square, Shape> {
   static constexpr std::string_view className = "Square";
 };

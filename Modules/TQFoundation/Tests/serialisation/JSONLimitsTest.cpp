@@ -134,7 +134,7 @@ TEST(JSONLimits, AnArchiveMayBeExactlyAsLongAsAllowed) {
   }
 }
 
-// Found by a tool that knows which bytes were written: the parser reads some bytes behind the text.
+// A memory checker found this: the parser reads some bytes after the text.
 TEST(JSONLimits, BytesBehindAnArchiveAreZero) {
   const Ref<MutableData> written = MutableData::data();
   written->reserve(1000);

@@ -20,7 +20,7 @@ inline Ref<String> illFormed(std::u16string_view text = u"a\xD800z") {
 }
 inline Ref<Data> data(std::string_view bytes) { return Data::dataWithBytes(bytes); }
 
-/// A structured object whose members a test writes and reads by functions of its own.
+/// A structured object whose members a test writes and reads by the functions that it sets.
 struct Scripted : Subclass<Scripted> {
   static constexpr std::string_view className = "Scripted";
   using Encode = std::function<void(TQJSONEncoder&)>;
@@ -69,7 +69,7 @@ struct Opaque final : Subclass<Opaque> {
   static constexpr std::string_view className = "Opaque";
 };
 
-/// A sink without a window: every fragment comes through writeData().
+/// A sink without a window: every fragment is passed to writeData().
 struct TextSink final : Subclass<TextSink, TQJSONEncoder> {
   static constexpr std::string_view className = "TextSink";
   void writeData(const void* bytes, std::size_t length) override {

@@ -153,8 +153,8 @@ std::string filtered(const std::string& command, std::string_view input) {
   return output;
 }
 
-// The tool's frames hold the same linked blocks of 64 KiB with other headers: a size whose top bit
-// is set for stored bytes, and 0 at the end.
+// The tool's frames contain the same linked blocks of 64 KiB with other headers: a size whose top
+// bit is set for stored bytes, and 0 at the end.
 std::string frameOf(std::string_view stream) {
   std::string frame = fromHex("04224d18 4040c0");
   while (!stream.starts_with("bv4$")) {

@@ -13,7 +13,7 @@ namespace {
 
 using namespace test;
 
-/// Writes every step in a form of its own.
+/// Writes every step in its own form.
 struct Stepwise : Subclass<Stepwise> {
   static constexpr std::string_view className = "Stepwise";
   void startEncodingObject(TQJSONEncoder& encoder) const {
@@ -26,7 +26,7 @@ struct Stepwise : Subclass<Stepwise> {
   void encodeAsKey(TQJSONEncoder& encoder) const { encoder.write("\"key\""); }
 };
 
-/// Inherits its steps but for one.
+/// Inherits all steps except one.
 struct Inheriting final : Subclass<Inheriting, Stepwise> {
   static constexpr std::string_view className = "Inheriting";
   void encodeClassInfoForJSON(TQJSONEncoder& encoder) const { encoder.write("heir"); }
@@ -49,7 +49,7 @@ struct Replaced final : Subclass<Replaced> {
   Ref<Object> other_;
 };
 
-/// A class with an alias, and one that archives know as it.
+/// A class with an alias, and a class that archives store as the first one.
 struct Base : Subclass<Base> {
   static constexpr std::string_view className = "Base";
   void encodeAsJSON(TQJSONEncoder&) const {}

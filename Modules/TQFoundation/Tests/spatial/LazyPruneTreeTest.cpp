@@ -69,8 +69,7 @@ TEST(LazyPruneTree, PrunesEveryTreeOfAForest) {
   EXPECT_EQ(pruned.count(), 3U);
 }
 
-/// The slow solution: returns the nodes that pass and whose ancestors all pass, from the whole
-/// tree.
+/// The slow solution: returns the nodes of the whole tree that pass and whose ancestors all pass.
 std::vector<int> filtered(const Ternary& tree, const std::vector<bool>& keeps) {
   std::vector<int> nodes;
   for (const int node : depthFirst(tree)) {

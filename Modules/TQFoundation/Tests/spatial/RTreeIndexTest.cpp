@@ -11,8 +11,8 @@
 #include "support/RandomRects.h"
 #include "support/Threads.h"
 
-// Queries are answered by an index beside the nodes, or by the nodes. Here each answer is compared
-// with the recursion through the nodes, written with the rect functions.
+// Queries use an index beside the nodes, or the nodes. Here each result is compared with the
+// recursion through the nodes, written with the rect functions.
 
 namespace tq {
 namespace {
@@ -104,8 +104,8 @@ class Place {
   std::vector<Rect> rects_;
 };
 
-/// Queries a tree that grows: often and seldom, so that it answers with an index, with one that has
-/// a tail, with several runs, and without an index.
+/// Queries a tree that grows, often and seldom, so that it uses an index, an index with a tail, an
+/// index with several runs, and no index.
 void compareWithTheRecursion(const char* kind, std::int64_t capacity, int queries, unsigned seed) {
   SCOPED_TRACE(testing::Message() << kind << ", capacity " << capacity << ", seed " << seed);
   Place place(kind, seed);
@@ -139,7 +139,7 @@ TEST(RTreeIndexStress, AnswersAsTheRecursion) {
   }
 }
 
-// The first queries build the index while the others go on.
+// The first queries build the index while the others continue.
 TEST(RTreeIndex, QueriesRunSideBySideWhileOneBuilds) {
   Place place("uniform", 9);
   const Ref<Tree> tree = makeRef<Tree>(8);

@@ -108,7 +108,7 @@ TEST(RTree, EqualRectsSplitIntoTheFirstAndTheThirdAgainstTheSecond) {
 }
 
 TEST(RTree, AGroupIsJoinedInOrderOfItsSeedsIncrease) {
-  // The seeds are the far corners 0 and 4; the others lie nearer to 0, the nearest one last.
+  // The seeds are the far corners 0 and 4; the others are nearer to 0, the nearest one last.
   const Ref<Tree> tree =
       treeOf(4, {{0, 0, 1, 1}, {3, 3, 1, 1}, {2, 2, 1, 1}, {1, 1, 1, 1}, {100, 100, 1, 1}});
   EXPECT_EQ(elementsOf(tree->root()->child(0)), (std::vector{0, 3, 2, 1}));
@@ -205,7 +205,7 @@ TEST(RTree, IsARangeOfItsNodesAndCanBePruned) {
   EXPECT_GT(found, 0U);
 }
 
-// Both loops read freed memory when a range was part of what the function returned.
+// Both loops read freed memory when a range was part of the function's result.
 TEST(RTree, IteratorsOutliveTheRangesThatTheyCameFrom) {
   using Node = Tree::Node;
   static_assert(std::ranges::borrowed_range<Node::Leaf>);

@@ -73,7 +73,7 @@ inline void warmUpWeakReferences() {
 /// return true on success, return false or throw std::bad_alloc on failure, and own nothing
 /// afterwards.
 inline void failEachAllocation(const std::function<bool()>& operation) {
-  ASSERT_TRUE(operation());  // what is made on first use is made
+  ASSERT_TRUE(operation());  // everything that is created on first use exists now
   const long before = allocationsHeld;
   for (long n = 0;; ++n) {
     bool succeeded = false;

@@ -21,7 +21,7 @@ class PlainRTree {
     struct Entry {
       Rect rect;
       int element = 0;
-      std::shared_ptr<Node> child;  // none in a leaf
+      std::shared_ptr<Node> child;  // null in a leaf
     };
     bool isLeaf = true;
     std::vector<Entry> entries;

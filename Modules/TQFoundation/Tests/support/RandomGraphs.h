@@ -28,7 +28,7 @@ class RandomGraphs {
   using Host = std::function<Ref<Object>(double real, std::int64_t whole, Ref<Object> child)>;
 
   /// @param isKeyed  for keyed archives: parts may be shared, keys may be of any class, sets are
-  /// included
+  ///                included
   RandomGraphs(unsigned seed, Host host, bool isKeyed = false)
       : random_(seed), host_(std::move(host)), isKeyed_(isKeyed) {}
 
@@ -94,7 +94,7 @@ class RandomGraphs {
         static_cast<std::int32_t>(bits),
         static_cast<std::int64_t>(bits),
         bits,
-        static_cast<float>(bits % 10'000) / 4,  // others come back as doubles of more digits
+        static_cast<float>(bits % 10'000) / 4,  // others are read as doubles with more digits
         real()};
     return numbers[below(8)];
   }

@@ -41,7 +41,7 @@ class ThreadModel {
   }
 
   /// @param atEnd  checks the cells after all threads have ended; it may use them like a thread
-  /// @return the first fault: a violation, or threads that sleep for ever; "" if there is none
+  /// @return the first fault: a violation, or threads that sleep forever; "" if there is none
   std::string explore(
       const std::vector<Thread>& threads, const Thread& atEnd = [] {}) {
     outside_ = nullptr;
@@ -113,7 +113,7 @@ class ThreadModel {
       ++position_;
       return;
     }
-    now_.threads[self_].sleepsOn = cell;  // whoever wakes it adds to its log
+    now_.threads[self_].sleepsOn = cell;  // the thread that wakes it adds to its log
     throw Pause();
   }
 
@@ -242,7 +242,7 @@ class ModelCell {
   std::size_t index_;
 };
 
-/// The model's system calls, for our own locks.
+/// The model's system calls, for the locks of this library.
 struct ModelSystem {
   using Word = ModelCell<std::uint32_t>;
   using Word64 = ModelCell<std::uint64_t>;

@@ -65,7 +65,7 @@ TEST(TQCache, EntriesEndWithTheirOwners) {
   weak->removeAllCachedObjects();
   EXPECT_EQ(released, 100);
 
-  // Each change looks at a few owners, so that its cost does not depend on their number.
+  // Each change examines a few owners, so that its cost does not depend on their number.
   std::vector<Ref<String>> owners;
   const auto living = text("living");
   weak->setCachedObject(key, *living, *key);

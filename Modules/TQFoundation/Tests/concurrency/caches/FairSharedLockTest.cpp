@@ -8,8 +8,8 @@
 namespace tq::detail {
 namespace {
 
-// The reader that came first may read again, although a writer waits. A later reader comes after
-// the writer.
+// The reader that came first may read again, although a writer waits. A later reader waits for the
+// writer.
 TEST(FairSharedLock, WritersWaitOnlyForTheReadersBeforeThem) {
   FairSharedLock lock;
   std::vector<int> order;  // guarded by the lock; the two threads append
@@ -25,7 +25,7 @@ TEST(FairSharedLock, WritersWaitOnlyForTheReadersBeforeThem) {
       const FairReadLocked guard(lock);
       order.push_back(2);
     });
-    for (int i = 0; i < 100; ++i) std::this_thread::yield();  // gives it time for a mistake
+    for (int i = 0; i < 100; ++i) std::this_thread::yield();  // gives it time to fail
     const auto readAgain = [&] {
       const FairReadLocked inner(lock);
       EXPECT_TRUE(order.empty());

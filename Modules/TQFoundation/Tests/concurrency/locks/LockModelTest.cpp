@@ -93,7 +93,7 @@ struct StackModelSystem : ModelSystem {
   static Word& link(std::uint32_t node) { return *links[node]; }
 };
 
-// The same, with a head without a tag.
+// The same, with a head that has no tag.
 struct UntaggedSystem : StackModelSystem {
   struct Word64 {
     Word64(std::uint64_t value) : cell(value) {}

@@ -193,7 +193,7 @@ TEST(ConcurrentMapStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
   }
   EXPECT_NE(cost.picoseconds, 0u);
 
-  // Very short loops are timed only now and then. Calls that become expensive are still noticed.
+  // Very short loops are timed only occasionally. Calls that become expensive are still detected.
   cost.picoseconds = 1;
   const auto sleep = [](std::size_t) {
     std::this_thread::sleep_for(std::chrono::microseconds(50));
@@ -202,8 +202,8 @@ TEST(ConcurrentMapStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
   EXPECT_GE(cost.picoseconds, 50'000'000u / 2);  // two at once take half of it each
 }
 
-// Loops whose calls were cheap so far are shared as soon as calls turn out to be dear, wherever in
-// the loop that is, and whether the loop is measured or not.
+// Loops whose calls were cheap so far are shared as soon as calls turn out to be expensive, at any
+// place in the loop, and whether the loop is measured or not.
 TEST(ConcurrentMapStress, SharesLoopsThatBecomeExpensive) {
   if (std::thread::hardware_concurrency() < 2) GTEST_SKIP() << "needs two cores";
   for (const std::size_t cheap : {0u, 1u, 100u, 400u}) {

@@ -108,7 +108,7 @@ TEST(TQOperation, KeepsItsSlotUntilSetFinished) {
   queue->addOperation(elsewhere);
   queue->addOperationWithBlock([&] { hasRun = true; });
   hasStarted.wait();
-  const auto other = OperationQueue::init();  // gives the first queue time for a mistake
+  const auto other = OperationQueue::init();  // gives the first queue time to fail
   other->addOperationWithBlock([] {});
   other->waitUntilAllOperationsAreFinished();
   EXPECT_FALSE(hasRun);

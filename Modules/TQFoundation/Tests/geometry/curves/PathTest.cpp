@@ -95,7 +95,7 @@ TEST(PathDeathTest, DrawingNeedsACurrentPoint) {
 }
 
 TEST(RoundedRect, HasTenElementsInTheDocumentedOrder) {
-  // The controls lie 0.5522847498 · 10 beyond the ends of the sides.
+  // The controls are 0.5522847498 · 10 beyond the ends of the sides.
   const double k = 5.522847498;
   using enum PathElementType;
   const std::vector<Element> expected{

@@ -219,7 +219,7 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
 }
 
 // The exact bend is P·s² + Q·s·t + R·t² with P = d0 × d1, Q = d0 × d2 and R = d1 × d2. If the last
-// two points are equal, only P·s² is left, which never changes its sign. If the last three lie on a
+// two points are equal, only P·s² is left, which never changes its sign. If the last three are on a
 // line, R is 0 and the bend changes its sign inside if P and Q differ in sign.
 TEST(BezierSegment, InflectionsMirrorWhenTheCurveIsReversed) {
   constexpr int kEqualEnd = 1, kAlignedEnd = 2;

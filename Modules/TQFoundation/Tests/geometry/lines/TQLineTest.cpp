@@ -86,7 +86,7 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
       {"horizontal", {0, 2, 6}, true, {{0, 3}, {10, 0}}},
       {"falling, leaves the rect", {1, 1, 5}, true, {{5, 0}, {5, -5}}},
       {"steep", {2, -1, 5}, true, {{2.5, 0}, {5, 10}}},
-      // Both ends are put on a side, and neither lies inside.
+      // Both ends are put on a side, and neither is inside.
       {"beside", {1, 1, -5}, false, {{0, -5}, {10, -10}}},
       {"above", {0, 1, 10.5}, false, {{0, 10.5}, {10, 0}}},
   };

@@ -13,7 +13,8 @@
 
 #include "support/Bytes.h"
 
-// libplist reads our lists and writes lists for us to read, as far as it handles the format.
+// libplist reads the lists of this library and writes lists for it, as far as it supports the
+// format.
 
 namespace tq::detail {
 namespace {
@@ -47,8 +48,8 @@ class Foreign {
   plist_t node_ = nullptr;
 };
 
-/// Checks the element of a list with this one element twice: as we write the list, and as libplist
-/// writes it again.
+/// Checks the element of a list that contains it twice: as this library writes the list, and as
+/// libplist writes it again.
 void expectElement(Writer& writer, Writer::Node element,
                    const std::function<void(const Reader::Node&)>& check) {
   writer.array(std::vector{element});

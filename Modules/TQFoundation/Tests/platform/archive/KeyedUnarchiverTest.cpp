@@ -225,7 +225,8 @@ ByHand nestedArrays(int depth, int times) {
 
 TEST(KeyedUnarchiver, RefusesWhatExceedsALimitWithAnError) {
   Class::registerClass<Host>();
-  // Hosts and arrays in turns; each array holds the next host twice. 2 is a name, 3 and 4 classes.
+  // Hosts and arrays in turns; each array contains the next host twice. 2 is a name, 3 and 4
+  // classes.
   ByHand hosts = {"{name=2 content=5 $class=3}", "'n'", "@Host", "@NSArray"};
   for (int i = 5; i < 65; i += 2) {
     const std::string next = std::to_string(i + 1);
@@ -314,7 +315,7 @@ TEST(KeyedUnarchiver, PaysForSharedRecordsEachTime) {
   for (const auto& [className, record] : cases) {
     EXPECT_FALSE(readThousandOf(record, className, large)) << record.substr(0, 50);
   }
-  // Keys as long as paths are common.
+  // Keys of the length that paths usually have.
   EXPECT_TRUE(readThousandOf("{NS.keys=[4] NS.objects=[4] $class=3}", "NSDictionary",
                              std::string(500, 'x')));
 }

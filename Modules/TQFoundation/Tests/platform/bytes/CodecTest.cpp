@@ -71,7 +71,7 @@ TEST(Stream, KnownAnswers) {
   std::string tests;
   for (int i = 0; i < 16; ++i) tests += "test ";
   const std::string zero(1, '\0');
-  // True: our encoder writes the same stream.
+  // True: this library's encoder writes the same stream.
   const Rows<const char*, const Codec*, std::string, std::string, bool> cases{
       {"LZ4 of a byte", &lz4Codec, zero, fromHex("6276342d 01000000 00 62763424"), true},
       {"LZ4 stored", &lz4Codec, tests, fromHex("6276342d 50000000") + tests + fromHex("62763424"),

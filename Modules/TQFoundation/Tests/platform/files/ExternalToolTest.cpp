@@ -127,7 +127,7 @@ TEST(ExternalToolStress, RunsSideBySide) {
     for (int i = 0; i < 10; ++i) {
       const auto result = runExternalTool(shell("cat", input));
       ASSERT_TRUE(result && result->output->view() == input);
-      ASSERT_TRUE(runExternalTool(shell("true", input)));  // SIGPIPE concerns its thread alone
+      ASSERT_TRUE(runExternalTool(shell("true", input)));  // SIGPIPE affects only its thread
     }
   });
 }

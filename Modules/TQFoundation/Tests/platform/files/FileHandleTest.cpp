@@ -76,7 +76,7 @@ TEST(FileErrors, TellWhyAFileCannotBeWrittenOrRead) {
   // Larger than the limit; its hole takes no space on the disk.
   ASSERT_EQ(::truncate(directory.write("huge", "").c_str(), (off_t{1} << 36) + 1), 0);
   const char* const notRegular = "” couldn’t be opened because it is not a regular file.";
-  const bool isRoot = ::geteuid() == 0;  // permissions do not hold root back
+  const bool isRoot = ::geteuid() == 0;  // root is not bound by permissions
   const struct {
     std::string path;
     int number;

@@ -1,5 +1,5 @@
-// Who may access a file before and after its replacement, by several users. The kernel is the
-// oracle: each user tries it.
+// Checks which users may access a file before and after its replacement. The kernel is the oracle:
+// each user tries it.
 
 #include <fcntl.h>
 #include <grp.h>
@@ -100,7 +100,7 @@ TEST(FileReplacement, GivesAccessToNobodyWhoHadNone) {
   const test::TemporaryDirectory directory;
   const std::string path = directory.path("file");
   fs::permissions(directory.path(""), fs::perms(0777));
-  // What new files inherit must not last.
+  // Inherited attributes of new files must not remain.
   const std::string inherited =
       listOf({{user, 7}, {namedUser, 7, 1003}, {group, 7}, {mask, 7}, {other, 7}});
   if (!set(directory.path("."), "system.posix_acl_default", inherited)) {
@@ -227,7 +227,7 @@ TEST(FileReplacementFault, KilledWritersLeaveNothingBehind) {
   EXPECT_LE(leftFiles, 1);
 }
 
-// The reserved name is that of a folder.
+// A folder has the reserved name.
 TEST(FileReplacement, WorksWhereItsNameIsTaken) {
   const test::TemporaryDirectory directory;
   fs::create_directories(directory.path(".tq-replacement/full"));

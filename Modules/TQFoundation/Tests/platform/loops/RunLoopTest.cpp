@@ -142,7 +142,7 @@ TEST(RunLoop, HostsMayRunTheContextThemselves) {
   EXPECT_EQ(again, 2);
   EXPECT_THAT(trace.take(), ElementsAre("later"));
 
-  // A host's loop inside one of our blocks performs blocks as well.
+  // A host's loop inside a block of this loop performs blocks as well.
   performAgain = [] {};
   loop.runOnce();
   loop.performBlock([&] {

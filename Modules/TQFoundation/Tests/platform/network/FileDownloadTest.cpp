@@ -38,7 +38,7 @@ struct Served {
   Names names = Names::tag;
   Ranges ranges = Ranges::known;
   std::size_t cutsAfter = ~std::size_t{0};  // bytes of each response's body
-  std::string lie = {};                     // sent for a part instead of the truth
+  std::string lie = {};                     // sent for a part instead of the true content
 
   void answer(const Socket& socket, const LoopbackServer::Request& request) const;
 };
@@ -286,8 +286,8 @@ TEST_F(FileDownloadTest, RefusedResponsesKeepTheFileAndThePart) {
   EXPECT_TRUE(holds('a'));
 }
 
-// After a third of version "a", the server has version "b". Its response to the request of the rest
-// must not complete the file with bytes of "b".
+// After a third of version "a", the server has version "b". Its response to the request for the
+// rest must not complete the file with bytes of "b".
 TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
   const std::string part = "206 Partial Content";
   const std::string rest = "Content-Range: bytes 1000000-2999999/3000000\r\n";
@@ -348,7 +348,8 @@ TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
   }
 }
 
-// Each file is planted after a third of the body has come. None is written to or read from.
+// Each file is planted after a third of the body has been received. No planted file is written to
+// or read from.
 TEST_F(FileDownloadTest, PlantedFilesAreNotAdopted) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs root, to give files to another user";
   constexpr uid_t kStranger = 1009;

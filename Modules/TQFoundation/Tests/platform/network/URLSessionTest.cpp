@@ -375,7 +375,7 @@ TEST_F(URLSessionTest, TimesOutWithoutDataAndAfterTheWholeTime) {
 }
 
 // The first of three tasks gets its pieces in time while the callback of the second blocks the
-// thread, and the third waits for a connection. Each takes longer than the limit in all.
+// thread, and the third waits for a connection. Each takes longer than the limit in total.
 TEST_F(URLSessionStress, PiecesCallbacksAndQueuesRestartTheTimeout) {
   configuration.HTTPMaximumConnectionsPerHost = 2;
   configuration.timeoutIntervalForRequest = 1.5;

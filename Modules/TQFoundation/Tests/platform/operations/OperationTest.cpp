@@ -161,7 +161,7 @@ TEST(BlockOperation, RunsAllItsBlocks) {
   EXPECT_EQ(runs, 11);
   block(nullptr)->start();
 
-  std::barrier<> all(5);  // more of them than there are workers
+  std::barrier<> all(5);  // more blocks than there are workers
   const auto meeting = block([&] { all.arrive_and_wait(); });
   for (int i = 1; i < 5; ++i) meeting->addExecutionBlock([&] { all.arrive_and_wait(); });
   meeting->start();
@@ -231,7 +231,7 @@ TEST(OperationQueue, ReleasesAnOperationThatFinishesWhileItIsAdded) {
   queue->waitUntilAllOperationsAreFinished();
 }
 
-// Three operations meet each time, so fewer than three would deadlock.
+// Three operations wait for each other each time, so fewer than three would deadlock.
 TEST(OperationQueue, RunsAsManyAsTheMaximumAtOnceAndNoneAtZero) {
   const auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(0);

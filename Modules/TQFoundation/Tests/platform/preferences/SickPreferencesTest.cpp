@@ -1,5 +1,5 @@
-// Preferences on a machine whose files are cut, replaced, removed, owned by others, or on a disk
-// that is full or may only be read.
+// Preferences on a machine whose files are truncated, replaced, removed or owned by others, or
+// whose disk is full or read-only.
 
 #include <gmock/gmock.h>
 #include <sched.h>
@@ -48,7 +48,7 @@ struct SickPreferences : testing::Test {
         << sqlite3_errmsg(connection);
     sqlite3_close(connection);
   }
-  /// A process writes `old` and is killed: the value is in the write-ahead log alone.
+  /// A process writes `old` and is killed: the value is only in the write-ahead log.
   void leaveUncheckpointed(std::int64_t old) const {
     Child writer([&] {
       open()->synchronize();
@@ -59,7 +59,7 @@ struct SickPreferences : testing::Test {
     EXPECT_TRUE(WIFSIGNALED(writer.end()));
     EXPECT_GT(fs::file_size(database + "-wal"), 0u);
   }
-  /// Reads `old`, and fails to write. What was written is visible all the same.
+  /// Reads `old`, and fails to write. The values that were written are still visible.
   void readsAndCannotWrite(std::int64_t old) const {
     const Ref<UserDefaults> defaults = open();
     EXPECT_EQ(defaults->integerForKey("old"), old) << testing::PrintToString(log.messages());
@@ -107,8 +107,8 @@ TEST_F(SickPreferences, FilesMayChangeUnderARunningProcess) {
       {"-wal", Trouble::cut, 2},      {"-wal", Trouble::older, 2}, {"-wal", Trouble::removed, 2},
       {"-shm", Trouble::cut, 2},      {"-shm", Trouble::older, 2}, {"-shm", Trouble::removed, 2},
       {"words", Trouble::removed, 2},
-      // An older database is completed by its log, which still has the value.
-      // The kernel has no call that cuts shared words or puts others in their place.
+      // An older database is completed by its log, which still has the value. The kernel has no
+      // call that truncates shared words or replaces them.
   };
   for (const auto& cell : cells) {
     for (const bool isNoticedBefore : {true, false}) {
@@ -154,7 +154,7 @@ TEST_F(SickPreferences, FilesMayChangeUnderARunningProcess) {
   }
 }
 
-// Such as a process in another container, which has other shared words.
+// For example, a process in another container, which has other shared words.
 TEST_F(SickPreferences, OtherProgramsChangesAreSeenAfterSynchronizing) {
   const Ref<UserDefaults> defaults = open();
   defaults->setInteger(2, "old");

@@ -81,7 +81,7 @@ TEST_F(UserDefaultsFault, AFailedWriteIsKeptAndSavedLater) {
   }
 }
 
-// The parent has the store open meanwhile: it must notice that the writer is dead.
+// The parent has the store open meanwhile: it must detect that the writer was killed.
 TEST_F(UserDefaultsFault, AWriterMayDieInAnyCall) {
   int status = SIGKILL;
   for (int n = 1; WIFSIGNALED(status); ++n) {
@@ -137,7 +137,7 @@ TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
   EXPECT_TRUE(log.messages().empty());
 }
 
-// If others may write in the folder, no words are shared, and each read asks the database.
+// If other users may write in the folder, no words are shared, and each read asks the database.
 TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
   for (const mode_t mode : {0700U, 0777U}) {
     SCOPED_TRACE(mode);

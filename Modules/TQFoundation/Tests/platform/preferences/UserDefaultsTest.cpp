@@ -316,7 +316,7 @@ TEST_F(UserDefaultsTest, LogSinksMayReadPreferences) {
   directory.write("folder", "a file");
   int messages = 0;
   const LogSink before = setLogSink([&](const LogMessage&) {
-    if (messages++ > 0) return;  // reading logs, too
+    if (messages++ > 0) return;  // reading also logs
     EXPECT_EQ(open()->integerForKey("key"), 1);
   });
   open()->setInteger(1, "key");
