@@ -12,7 +12,7 @@
 
 namespace tqdoc {
 
-/// The paint before the first stop and after the last one.
+/// The paint before the first stop and after the last.
 enum class Spread : std::uint8_t { pad, reflect, repeat };
 
 /// A colour at an offset. All five values are within 0...1; colours are not premultiplied.

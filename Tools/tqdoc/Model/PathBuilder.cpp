@@ -66,7 +66,7 @@ void PathBuilder::arcTo(tq::Size radii, double rotationDegrees, bool largeArc, b
     ry *= stretch;
   }
 
-  // The centre, on the unit circle: u = (x1/rx, y1/ry) is the start, and the centre lies at a right
+  // The centre, on the unit circle: u = (x1/rx, y1/ry) is the start, and the centre is at a right
   // angle to it.
   const double ux = x1 / rx;
   const double uy = y1 / ry;

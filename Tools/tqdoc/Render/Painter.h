@@ -29,7 +29,7 @@ class Painter {
 
   cairo_t* cr_;
   int layers_ = 0;
-  bool silhouette_ = false;  // for clipping: outlines are filled, whatever their style
+  bool silhouette_ = false;  // for clipping: outlines are filled and their style is ignored
 };
 
 /// Makes `path` the current path, in the current coordinates.

@@ -65,8 +65,8 @@ std::optional<double> Scanner::takeNumber() noexcept {
   const auto [after, fault] = std::from_chars(begin, end, value);
   if (fault == std::errc::invalid_argument) return std::nullopt;
   if (fault == std::errc::result_out_of_range) {
-    // Out of range. The sign of the exponent, or else the first digit, tells too large from too
-    // small.
+    // Out of range. The sign of the exponent, or else the first digit, distinguishes too large from
+    // too small.
     const std::string_view text(begin, static_cast<std::size_t>(after - begin));
     const std::size_t exponent = text.find_first_of("eE");
     const bool tiny = exponent != text.npos ? text.find('-', exponent) != text.npos

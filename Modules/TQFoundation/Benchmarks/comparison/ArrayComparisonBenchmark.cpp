@@ -1,6 +1,6 @@
-// Array differences, compared with dtl. Our elements are objects compared by identity, the peer's
-// are the addresses of the same objects. `changes` is the number of random changes; a third of them
-// are replacements, which take two edits.
+// Array differences, compared with dtl. Elements are objects compared by identity; the peer's
+// elements are the addresses of the same objects. `changes` is the number of random changes; a
+// third of them are replacements, which take two edits.
 
 #include <benchmark/benchmark.h>
 

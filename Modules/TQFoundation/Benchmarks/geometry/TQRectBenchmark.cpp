@@ -7,8 +7,8 @@
 #include <vector>
 
 // Rect functions over an array of rects; the time is per rect. Compared are: the inline functions;
-// the same functions through a call that cannot be inlined, like an exported function; code written
-// by hand on four doubles for rects that are known to be standardised; and the rects of a geometry
+// the same functions through a call that cannot be inlined, like an exported function; handwritten
+// code on four doubles for rects that are known to be standardised; and the rects of a geometry
 // library.
 
 namespace tq {

@@ -42,7 +42,7 @@ std::span<const std::byte> bytesOf(const std::string& text) {
   return std::as_bytes(std::span(text));
 }
 
-/// A container as a user would write it by hand: one block, the stream, the checksum, truncation.
+/// A handwritten container: one block, the stream, the checksum, truncation.
 template <class Encode>
 void packByHand(const std::string& plain, Encode encode) {
   auto* block = static_cast<char*>(std::malloc(plain.size() + 18));

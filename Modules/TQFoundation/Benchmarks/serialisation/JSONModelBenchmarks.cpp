@@ -1,6 +1,7 @@
 // Times archives of a host's model classes, which encodeAsJSON() writes and constructors read.
 //
-// The peers write and read the same structures by hand, through their writers and documents.
+// The peers write and read the same structures with handwritten code for their writers and
+// documents.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -155,7 +156,7 @@ void BM_ModelDecode_TQ(benchmark::State& state) {
   countWork(state, modelText(state));
 }
 
-/// Makes the members of the same class by hand from a parsed document.
+/// Makes the members of the same class from a parsed document, with handwritten code.
 struct HandMadeShape {
   virtual ~HandMadeShape() = default;
   std::string name;

@@ -1,6 +1,7 @@
 // Times parsing of text into generic values, their release, and writing them.
 //
-// All libraries read the same text. Ours makes Dictionary, Array, String and Number objects.
+// All libraries read the same text. This library makes Dictionary, Array, String and Number
+// objects.
 
 #include <benchmark/benchmark.h>
 #include <rapidjson/stringbuffer.h>

@@ -54,7 +54,7 @@ std::vector<Rect> someRects(std::size_t count, bool clustered, std::uint32_t see
   return rects;
 }
 
-/// Returns positions of the rects themselves, or points between them where nothing lies.
+/// Returns positions of the rects themselves, or points between them where there is no rect.
 std::vector<Rect> someQueries(const Tree& tree, const std::vector<Rect>& rects, bool hit) {
   std::mt19937 random(3);
   std::uniform_real_distribution<double> aside(-kSide / 300, kSide / 300);
@@ -253,7 +253,7 @@ void BM_RTreeGrowAndQuery_Boost(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-/// Windows that hold some ten rects.
+/// Windows that contain about ten rects.
 std::vector<Rect> someWindows(const std::vector<Rect>& rects) {
   const double side = kSide * std::sqrt(10 / static_cast<double>(rects.size()));
   std::vector<Rect> windows = someRects(1024, false, 78);

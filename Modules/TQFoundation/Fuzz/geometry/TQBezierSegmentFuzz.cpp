@@ -7,9 +7,9 @@
 
 #include "../support/Bytes.h"
 
-// Interprets any bytes as two segments, an offset and a polynomial. Nothing may trap or loop for
-// ever. Where the numbers are of ordinary size, splits must join, bounds must contain the curve,
-// and intersections must lie on the line.
+// Interprets any bytes as two segments, an offset and a polynomial. No operation may trap or loop
+// forever. For numbers of ordinary size, splits must join, bounds must contain the curve, and
+// intersections must be on the line.
 
 namespace {
 

@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   try {
     archive = tq::KeyedArchiver::archivedDataWithRootObject(*object);
   } catch (const tq::Exception&) {
-    return 0;  // the order of references in a file may be one that the writer refuses
+    return 0;  // the writer may refuse the order of references in a file
   }
   const tq::Ref<tq::Object> again = tq::KeyedUnarchiver::unarchiveRootObject(archive->bytes());
   if (again && tq::KeyedArchiver::archivedDataWithRootObject(*again)->view() != archive->view()) {

@@ -1,4 +1,4 @@
-// Decodes any text. What was decoded must be writable, readable and give the same text again.
+// Decodes any text. Decoded objects must be writable and readable, and give the same text again.
 
 #include <cstddef>
 #include <cstdint>
@@ -56,9 +56,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const Ref<Object> object = TQJSONDecoder::initWithData(text)->decode();
   if (!object) return 0;
   const Ref<Data> first = TQJSONEncoder::encodeObjectAsData(object);
-  // A value in an archive inside is met at most 256 times for each byte, and takes about 24 bytes.
+  // A value in a nested archive is visited at most 256 times for each byte, and takes about 24
+  // bytes.
   if (first && first->length() > std::size_t{8192} * (size + 1)) std::abort();
-  if (!first) return 0;  // a keyed archive inside may hold what a JSON archive cannot
+  if (!first) return 0;  // a nested keyed archive may contain what a JSON archive cannot
   const Ref<Data> second = writtenAgain(*first);  // a power of ten may change once
   if (!writtenAgain(*second)->isEqual(*second)) std::abort();
   return 0;
