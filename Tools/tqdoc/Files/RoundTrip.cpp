@@ -12,7 +12,7 @@ namespace {
 [[nodiscard]] std::string byteDifference(std::string_view a, std::string_view b) {
   const auto [at, other] = std::ranges::mismatch(a, b);
   return "archives of " + std::to_string(a.size()) + " and " + std::to_string(b.size()) +
-         " bytes part at byte " + std::to_string(at - a.begin());
+         " bytes differ from byte " + std::to_string(at - a.begin()) + " on";
 }
 
 }  // namespace

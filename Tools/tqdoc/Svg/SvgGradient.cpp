@@ -32,7 +32,7 @@ class GradientReader {
       chain_.push_back(node);
       const std::string_view href = hrefOf(node);
       node = context_.find(localReference(href));
-      if (!href.empty() && !node) context_.leaveOut("gradient missing behind href", gradient);
+      if (!href.empty() && !node) context_.leaveOut("gradient href without a target", gradient);
     }
   }
 
@@ -146,7 +146,7 @@ ModelPaint readPaint(SvgContext& context, SvgStyleSheet& sheet, const Paint& pai
     GradientReader reader(context, sheet, server, viewport);
     if (reader.isGradient(server)) return reader.read(bounds);
     context.leaveOut(server ? "paint by " + std::string(context.nameOf(server))
-                            : std::string("paint that leads nowhere"),
+                            : std::string("paint without a target"),
                      user);
   }
   if (paint.currentColor) return plain(style.color);

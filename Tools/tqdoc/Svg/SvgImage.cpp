@@ -10,7 +10,7 @@ namespace tqdoc {
 EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node) {
   Scanner scanner(trimmed(hrefOf(node)));
   if (!scanner.take("data:")) {
-    context.leaveOut("image outside the file", node);
+    context.leaveOut("external image", node);
     return {};
   }
   std::string_view type = scanner.takeUntil(',');
@@ -28,7 +28,7 @@ EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node) {
   }
   auto bytes = tq::dataFromBase64(text);
   if (!bytes) {
-    context.leaveOut("unreadable base64 of image", node);
+    context.leaveOut("invalid base64 of image", node);
     return {};
   }
   if (type != "image/png") context.leaveOut("drawing of " + std::string(type), node);

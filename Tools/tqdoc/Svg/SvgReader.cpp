@@ -69,9 +69,8 @@ class Reader::Following {
  public:
   Following(Reader& reader, pugi::xml_node target, pugi::xml_node from) : reader_(reader) {
     if (std::ranges::find(reader.followed_, target) != reader.followed_.end()) {
-      throw SvgFault(
-          "the reference to #" + std::string(attributeOf(target, "id")) + " leads back to itself",
-          from.offset_debug());
+      throw SvgFault("the reference to #" + std::string(attributeOf(target, "id")) + " is circular",
+                     from.offset_debug());
     }
     reader.followed_.push_back(target);
   }
@@ -125,8 +124,9 @@ tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
   }
   if (name == "switch") context_.leaveOut("choice of <switch>", node);
   if (depth_ == SvgContext::kDepthLimit) {
-    throw SvgFault("elements nest more than " + std::to_string(SvgContext::kDepthLimit) + " deep",
-                   node.offset_debug());
+    throw SvgFault(
+        "elements are nested more than " + std::to_string(SvgContext::kDepthLimit) + " deep",
+        node.offset_debug());
   }
   ++depth_;
   Place place{sheet_.styleOf(node, parent.style, parent.viewport), parent.viewport};
@@ -171,7 +171,7 @@ tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
   auto image = readEmbeddedImage(context_, node);
   if (!image.bytes) return nullptr;
   if (tq::RectIsEmpty(frame)) {
-    context_.leaveOut("image without a size of its own", node);
+    context_.leaveOut("image without a size", node);
     return nullptr;
   }
   return tq::makeRef<Picture>(
@@ -184,7 +184,7 @@ tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
 tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
   const pugi::xml_node target = context_.find(localReference(hrefOf(node)));
   if (!target) {
-    context_.leaveOut("use that leads nowhere", node);
+    context_.leaveOut("use without a target", node);
     return nullptr;
   }
   const Following following(*this, target, node);
@@ -233,7 +233,7 @@ tq::Ref<Node> Reader::readClip(pugi::xml_node user, const Style& style, const Bo
   if (style.clipPath.empty()) return nullptr;
   const pugi::xml_node node = context_.find(style.clipPath);
   if (context_.nameOf(node) != "clipPath") {
-    context_.leaveOut("clip-path that leads nowhere", user);
+    context_.leaveOut("clip-path without a target", user);
     return nullptr;
   }
   const Following following(*this, node, user);
