@@ -56,7 +56,7 @@ std::string told(const TQBezierSegment& segment, const TQPolynomialRoots& inflec
   if (inflections.count == 0) return "no inflection";
   const bool isCusp =
       VectorGetLength(TQBezierSegmentDerivative(segment, inflections.roots[0])) < 1e-6;
-  std::string words = isCusp                   ? "turns round at t = "
+  std::string words = isCusp                   ? "cusp at t = "
                       : inflections.count == 1 ? "inflection at t = "
                                                : "inflections at t = ";
   const char* separator = "";

@@ -79,7 +79,7 @@ void drawWay(Drawing& drawing, const TQArrayChanges& changes) {
 
 void drawScript(Drawing& drawing, const TQArrayChanges& changes) {
   Point place{500, 96};
-  drawing.text(std::to_string(changes.size()) + " changes, in their order", place,
+  drawing.text(std::to_string(changes.size()) + " changes, in order", place,
                {.anchor = "start", .isBold = true});
   place.y += 30;
   for (const Ref<TQComparisonArrayChange>& change : changes) {
@@ -95,14 +95,14 @@ void drawScript(Drawing& drawing, const TQArrayChanges& changes) {
   drawing.text("in both, kept", place + Vector{38, 8}, {.anchor = "start"});
   place.y += 34;
   drawing.line(place, place + Vector{24, 16}, {.stroke = ink::quiet, .width = 1, .dash = "3 4"});
-  drawing.text("equal, not on the way", place + Vector{38, 8}, {.anchor = "start"});
+  drawing.text("equal, not on the path", place + Vector{38, 8}, {.anchor = "start"});
 }
 
 }  // namespace
 
 std::string editGraph() {
   const auto changes = editSequenceTo(*arrayOfLetters(kOld), *arrayOfLetters(kNew), false);
-  Drawing drawing({720, 420}, "The edit graph of two arrays and the shortest way through it");
+  Drawing drawing({720, 420}, "The edit graph of two arrays and the shortest path through it");
   drawGrid(drawing);
   drawWay(drawing, *changes);
   drawScript(drawing, *changes);

@@ -75,7 +75,8 @@ void drawPanel(Drawing& drawing, int count, Vector by) {
 }  // namespace
 
 std::string rtree() {
-  Drawing drawing({860, 370}, "An R-tree with four entries a node, after 5, 12 and 24 insertions");
+  Drawing drawing({860, 370},
+                  "An R-tree with four entries per node, after 5, 12 and 24 insertions");
   drawPanel(drawing, 5, {40, 60});
   drawPanel(drawing, 12, {320, 60});
   drawPanel(drawing, 24, {600, 60});
