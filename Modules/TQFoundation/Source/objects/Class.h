@@ -187,7 +187,7 @@ constexpr Class Class::make() noexcept {
   // An inherited name does not count. The texts are compared, because with sanitizers GCC does not
   // accept a comparison of addresses as a constant.
   if constexpr (requires { Parent::className; }) {
-    static_assert(T::className != Parent::className, "the class lacks a className of its own");
+    static_assert(T::className != Parent::className, "the class must define its own className");
   }
   record.codingName_ = T::className;
   if constexpr (requires { Parent::codingName; }) {
@@ -222,16 +222,16 @@ constexpr Class Class::make() noexcept {
   }
 /// Sets an entry if T has the member. A member that cannot be called does not compile, because the
 /// parent's would be used instead of it.
-#define TQ_JSON_STEP(entry, function, Result)                                              \
-  if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {               \
-    record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result {      \
-      return static_cast<const T&>(object).function(encoder);                              \
-    };                                                                                     \
-  } else {                                                                                 \
-    static_assert(                                                                         \
-        !requires(T & t, TQJSONEncoder & e) { t.function(e); } &&                          \
-            !requires(const Parent& p, TQJSONEncoder& e) { p.function(e); },               \
-        "write it public and const: " #Result " " #function "(tq::TQJSONEncoder&) const"); \
+#define TQ_JSON_STEP(entry, function, Result)                                                \
+  if constexpr (requires(const T& t, TQJSONEncoder& e) { t.function(e); }) {                 \
+    record.json_.entry = [](const Object& object, TQJSONEncoder& encoder) -> Result {        \
+      return static_cast<const T&>(object).function(encoder);                                \
+    };                                                                                       \
+  } else {                                                                                   \
+    static_assert(                                                                           \
+        !requires(T & t, TQJSONEncoder & e) { t.function(e); } &&                            \
+            !requires(const Parent& p, TQJSONEncoder& e) { p.function(e); },                 \
+        "declare it public and const: " #Result " " #function "(tq::TQJSONEncoder&) const"); \
   }
   TQ_JSON_STEP(replacementObject, replacementObjectForJSONEncoder, Ref<Object>)
   TQ_JSON_STEP(encodeAsJSON, encodeAsJSON, void)
@@ -257,7 +257,7 @@ constexpr Class Class::make() noexcept {
   } else if constexpr (requires(T & t, KeyedArchiver & archiver) { t.encodeWithCoder(archiver); }) {
     static_assert(
         requires(const T& t, KeyedArchiver& archiver) { t.encodeWithCoder(archiver); },
-        "write it public and const: void encodeWithCoder(tq::KeyedArchiver&) const");
+        "declare it public and const: void encodeWithCoder(tq::KeyedArchiver&) const");
   }
   return record;
 }

@@ -17,7 +17,7 @@ constinit TQSingleton::Making* TQSingleton::Making::innermost = nullptr;
 
 TQSingleton::Making::Making(std::string_view name) : name_(name), outer_(innermost) {
   for (const Making* each = outer_; each != nullptr; each = each->outer_) {
-    TQ_ASSERT(each->name_ != name && "the shared instance is requested while it is made");
+    TQ_ASSERT(each->name_ != name && "the shared instance is requested while it is created");
   }
   innermost = this;
 }

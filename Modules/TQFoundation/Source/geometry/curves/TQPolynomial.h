@@ -41,7 +41,7 @@ struct TQPolynomialRoots {
   friend constexpr bool operator==(const TQPolynomialRoots&,
                                    const TQPolynomialRoots&) noexcept = default;
 };
-static_assert(std::is_trivially_copyable_v<TQPolynomialRoots>, "travels by value");
+static_assert(std::is_trivially_copyable_v<TQPolynomialRoots>, "passed by value");
 
 /// Returns the polynomial with these coefficients.
 [[nodiscard]] constexpr TQPolynomial TQPolynomialMake(double a, double b, double c,

@@ -122,7 +122,7 @@ template <class WriteMembers>
 Node KeyedArchiver::Writer::writeRecord(const Object& object, Known& known,
                                         WriteMembers&& writeMembers) {
   if (depth_ == kMaximumDepth) {
-    refuse("Objects that nest more than " + std::to_string(kMaximumDepth) +
+    refuse("Objects that are nested more than " + std::to_string(kMaximumDepth) +
            " deep cannot be archived.");
   }
   Record record;

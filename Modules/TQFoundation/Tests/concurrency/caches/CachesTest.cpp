@@ -311,7 +311,7 @@ struct Impatient final : Subclass<Impatient, TQSingleton> {
 };
 
 TEST(TQSingletonDeathTest, RecursionAndEqualNamesStopTheProcess) {
-  EXPECT_DEATH(static_cast<void>(TQSingleton::sharedInstance<Impatient>()), "while it is made");
+  EXPECT_DEATH(static_cast<void>(TQSingleton::sharedInstance<Impatient>()), "while it is created");
   const auto palette = TQSingleton::sharedInstance<Palette>();
   EXPECT_DEATH(static_cast<void>(TQSingleton::sharedInstance<Impostor>()), "another class");
   EXPECT_DEATH(static_cast<void>(TQSingleton::init<Impostor>()), "another class");

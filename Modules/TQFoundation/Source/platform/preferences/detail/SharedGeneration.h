@@ -18,7 +18,7 @@ struct GenerationWords {
   std::atomic<std::uint64_t> incarnation;  ///< the number of times the database was replaced
   std::atomic<std::uint64_t> isRetired;    ///< not 0: new processes use another segment
 };
-static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words lie in shared memory");
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free, "the words are in shared memory");
 
 /// A System V shared memory segment with GenerationWords, found by the folder's device and inode.
 ///
