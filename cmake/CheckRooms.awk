@@ -1,8 +1,8 @@
-# Checks that the rooms of the library know of each other only what Rooms.list says.
+# Checks that the rooms of the library use each other only as Rooms.list permits.
 #
 #   awk -f CheckRooms.awk Rooms.list facts
 #
-# CheckRooms.sh collects the facts, one a line; files are named from the folder Source:
+# CheckRooms.sh collects the facts, one on each line; paths are relative to the folder Source:
 #   internal <header>                for headers that other folders use but that are not installed
 #   include <file> <line of source>  for each #include
 #   symbol <file> <name> <type>      for each symbol of an object file, with the type that nm prints
@@ -11,13 +11,13 @@
 
 $1 == "knows" {
   room = $2
-  if (room in isRoom) fault("Rooms.list: " room " stands there twice")
+  if (room in isRoom) fault("Rooms.list: " room " is listed twice")
   isRoom[room] = 1
   group = room
   if (sub(/\/.*/, "", group)) members[group] = members[group] " " room
   below = ""
   for (i = 3; i <= NF; ++i) {
-    if (!($i in isRoom) && !($i in members)) {  # what comes later is above: so there is no circle
+    if (!($i in isRoom) && !($i in members)) {  # later rooms are higher, so there is no cycle
       fault("Rooms.list: " room " knows " $i ", which is not a room listed before it")
     }
     below = below " " ($i in members ? members[$i] : $i)
@@ -65,10 +65,10 @@ $1 == "include" {
     }
     owner = header
     if (sub(/\/detail\/.*/, "", owner) && folderOf(file) != owner) {
-      fault(file ": " owner "/detail serves " owner " alone: " line)
+      fault(file ": " owner "/detail is only for " owner ": " line)
     }
   } else if (line ~ /[<"][a-z0-9_\/]+[>"]$/ || line ~ /<(errno|cxxabi|emmintrin|immintrin)\.h>/) {
-    # the C++ library, or what the compiler brings with it
+    # headers of the C++ library or of the compiler
   } else if (line ~ /<((sys|linux|netinet|arpa)\/[a-z0-9_]+|fcntl|unistd|pthread|signal|poll)\.h>/) {
     if (room !~ /^platform\//) fault(file ": only platform may call the system: " line)
   } else if (room !~ /^platform\// || file !~ /\.cpp$/) {
@@ -98,7 +98,7 @@ END {
     if (file ~ /\.h$/ && !(file in isInternal) && file !~ /\/detail\//) requireInstalled(file)
   }
   for (i = 1; i <= calls; ++i) {
-    if (!(callees[i] in definers)) continue  # another library's
+    if (!(callees[i] in definers)) continue  # defined by another library
     if (!isCallAllowed(callers[i], definers[callees[i]])) {
       fault(callers[i] ": " roomOf(callers[i]) " may not call what" definers[callees[i]] \
             " defines: " callees[i])
@@ -107,7 +107,7 @@ END {
   for (pair in isExcepted) {
     if (calls > 0 && !(pair in isUsed)) {
       split(pair, ends, SUBSEP)
-      fault("Rooms.list: " ends[1] " calls nothing of " ends[2] "; the exception can go")
+      fault("Rooms.list: " ends[1] " calls nothing of " ends[2] "; remove the exception")
     }
   }
   if (faults > 0) exit 1
@@ -128,7 +128,7 @@ function roomOf(file,    parts, count) {
   return parts[1]
 }
 
-# The folder of a file; a folder `detail` counts as the folder that it lies in.
+# The folder of a file; a folder `detail` counts as its parent.
 function folderOf(file) {
   sub(/\/[^\/]*$/, "", file)
   sub(/\/detail$/, "", file)
@@ -149,8 +149,8 @@ function requireInstalled(file,    headers, count, i) {
   }
 }
 
-# A name that several files define is an inline function or a template: one that may be known is
-# enough.
+# A name that several files define is an inline function or a template. It is enough if one of these
+# files is permitted.
 function isCallAllowed(caller, definedIn,    files, count, i) {
   count = split(definedIn, files, " ")
   for (i = 1; i <= count; ++i) {

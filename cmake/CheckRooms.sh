@@ -1,7 +1,7 @@
 #!/bin/sh
 # CheckRooms.sh <TQFoundation module> <list of internal headers> [<list of object files> <nm>]
 # Fails when a file includes, or an object file calls, what Rooms.list does not allow. Without object
-# files only the includes are checked. The lists have one path a line.
+# files only the includes are checked. The lists have one path on each line.
 set -eu
 
 module=$1

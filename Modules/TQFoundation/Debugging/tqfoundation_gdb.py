@@ -4,7 +4,7 @@
     (gdb) print dictionary
     $1 = {"name": "Poster", "size": {210, 297}, "layers": ["back", "front"]}
 
-`print/r` shows the fields as they are. Output is bounded however large or entangled the objects are:
+`print/r` shows the fields as they are. Output is bounded, also for large or cyclic objects:
 by gdb's own `print elements` for each text and for all elements together, and by kDepthLimit. Invalid
 objects (null, freed, not initialised) are shown as such and never stop gdb.
 

@@ -1,4 +1,4 @@
-# Colours of diff: on terminals that support them, and as the option and the environment say.
+# Colours of diff: on terminals that support them, and as set by the option and the environment.
 set -eu
 . "$(dirname "$0")/support.sh"
 needs script

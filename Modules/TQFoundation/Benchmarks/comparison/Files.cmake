@@ -1,4 +1,4 @@
-find_path(TQ_DTL_INCLUDE_DIR dtl/dtl.hpp REQUIRED)  # headers alone
+find_path(TQ_DTL_INCLUDE_DIR dtl/dtl.hpp REQUIRED)  # headers only
 add_library(TQPeerDtl INTERFACE)
 target_include_directories(TQPeerDtl SYSTEM INTERFACE "${TQ_DTL_INCLUDE_DIR}")
 

@@ -17,7 +17,7 @@ target_include_directories(TQJSONMemoryBenchmarks PRIVATE
 target_link_libraries(TQJSONMemoryBenchmarks PRIVATE
   TQFoundation Boost::headers nlohmann_json::nlohmann_json)
 
-# The peers' headers are not held to our warnings.
+# The project's warnings do not apply to the peers' headers.
 foreach(target TQJSONBenchmarks TQJSONMemoryBenchmarks)
   target_compile_options(${target} PRIVATE -w)
 endforeach()

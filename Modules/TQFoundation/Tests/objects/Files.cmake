@@ -8,7 +8,7 @@ tq_add_room_tests(TQObjects
   ${CMAKE_CURRENT_LIST_DIR}/StringTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ValueTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/WeakTest.cpp)
-# An executable of its own, for it replaces the allocation functions.
+# A separate executable, because it replaces the allocation functions.
 tq_add_room_tests(TQObjectsFault
   ${CMAKE_CURRENT_LIST_DIR}/CollectionsFaultTest.cpp)
 include("${CMAKE_CURRENT_LIST_DIR}/Mistakes.cmake")

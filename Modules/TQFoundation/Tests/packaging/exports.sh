@@ -1,6 +1,6 @@
 # exports.sh [--write]: checks that the library exports the symbols of Exports.list, and of
 # tq::detail only what DetailExports.list gives a reason for. With --write, as `./run exports` calls
-# it, Exports.list is written anew. A constructor or destructor is listed once, although a compiler
+# it, Exports.list is rewritten. A constructor or destructor is listed once, although a compiler
 # makes two or three symbols of it.
 . "$(dirname "$0")/support.sh"
 

@@ -12,7 +12,7 @@ tq_add_room_tests(TQPlatform
 target_compile_definitions(TQPlatformTests PRIVATE
   "TQ_TEST_DATA=\"${CMAKE_CURRENT_LIST_DIR}/bytes/data\"")
 
-# A host whose toolkit runs the process's default main context is played by GLib itself.
+# GLib itself acts as a host whose toolkit runs the process's default main context.
 # An HTTPS server needs OpenSSL.
 pkg_check_modules(libssl REQUIRED IMPORTED_TARGET libssl)
 target_link_libraries(TQPlatformTests PRIVATE
@@ -26,14 +26,14 @@ tq_add_internal_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/threads/ObjectMonitorTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/threads/SerialQueueTest.cpp)
 target_link_libraries(TQPlatformInternalTests PRIVATE PkgConfig::libplist)
-# Executables of their own, for they replace the allocation functions.
+# Separate executables, because they replace the allocation functions.
 tq_add_room_tests(TQPlatformFault
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverFaultTest.cpp)
 tq_add_room_tests(TQFilesFault
   ${CMAKE_CURRENT_LIST_DIR}/files/FilesFaultTest.cpp)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
-# Services of the system, with its writes made to fail, beside the database's own view of its files.
+# Services of the system. Some tests make its writes fail, or access the database directly.
 tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/files/ExternalToolTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/network/FileDownloadTest.cpp
@@ -46,7 +46,7 @@ tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)
 target_link_libraries(TQServicesTests PRIVATE PkgConfig::TQ_sqlite3)
 
-# A session of its own with a service that keeps secrets, beside whatever the user's session has.
+# A separate D-Bus session with its own keychain service, independent of the user's session.
 find_program(DBUS_RUN_SESSION dbus-run-session)
 find_program(GNOME_KEYRING gnome-keyring-daemon)
 if(DBUS_RUN_SESSION AND GNOME_KEYRING AND NOT TQ_SANITIZE MATCHES thread)

@@ -6,6 +6,6 @@ tq_add_room_tests(TQSerialisation
   ${CMAKE_CURRENT_LIST_DIR}/TQJSONEncoderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQJSONFileEncoderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp)
-# An executable of its own, for it replaces the allocation functions.
+# A separate executable, because it replaces the allocation functions.
 tq_add_room_tests(TQSerialisationFault
   ${CMAKE_CURRENT_LIST_DIR}/JSONFaultTest.cpp)
