@@ -1,7 +1,7 @@
 // Maps over an array, in wall-clock time. On the worker pool, compared with tbb::parallel_for over
 // the same block into the same kind of array, and with a plain loop. On an operation queue,
-// compared with a GLib thread pool that gets one element at a time. With dear = 0 the block returns
-// its element; with dear = 1 it computes for about a microsecond.
+// compared with a GLib thread pool that gets one element at a time. With expensive = 0 the block
+// returns its element; with expensive = 1 it computes for about a microsecond.
 
 #include <benchmark/benchmark.h>
 #include <glib.h>
@@ -64,9 +64,9 @@ void BM_ParallelMap_TBB(benchmark::State& state) {
 }
 
 const std::vector<std::vector<std::int64_t>> kMaps = {{10, 1'000, 100'000}, {0, 1}};
-BENCHMARK(BM_ParallelMap_Loop)->ArgNames({"n", "dear"})->ArgsProduct(kMaps)->UseRealTime();
-BENCHMARK(BM_ParallelMap_TBB)->ArgNames({"n", "dear"})->ArgsProduct(kMaps)->UseRealTime();
-BENCHMARK(BM_ParallelMap_TQ)->ArgNames({"n", "dear"})->ArgsProduct(kMaps)->UseRealTime();
+BENCHMARK(BM_ParallelMap_Loop)->ArgNames({"n", "expensive"})->ArgsProduct(kMaps)->UseRealTime();
+BENCHMARK(BM_ParallelMap_TBB)->ArgNames({"n", "expensive"})->ArgsProduct(kMaps)->UseRealTime();
+BENCHMARK(BM_ParallelMap_TQ)->ArgNames({"n", "expensive"})->ArgsProduct(kMaps)->UseRealTime();
 
 /// Waits for the end of an asynchronous map.
 class Done {
@@ -133,7 +133,10 @@ void BM_BoundedMap_GThreadPool(benchmark::State& state) {
 }
 
 const std::vector<std::vector<std::int64_t>> kBounded = {{10'000}, {0, 1}};
-BENCHMARK(BM_BoundedMap_GThreadPool)->ArgNames({"n", "dear"})->ArgsProduct(kBounded)->UseRealTime();
-BENCHMARK(BM_BoundedMap_TQ)->ArgNames({"n", "dear"})->ArgsProduct(kBounded)->UseRealTime();
+BENCHMARK(BM_BoundedMap_GThreadPool)
+    ->ArgNames({"n", "expensive"})
+    ->ArgsProduct(kBounded)
+    ->UseRealTime();
+BENCHMARK(BM_BoundedMap_TQ)->ArgNames({"n", "expensive"})->ArgsProduct(kBounded)->UseRealTime();
 
 }  // namespace
