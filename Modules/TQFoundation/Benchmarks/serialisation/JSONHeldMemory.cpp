@@ -1,4 +1,4 @@
-// Memory held by a parsed tree. Each library runs in a process of its own; the result is the growth
+// Memory held by a parsed tree. Each library runs in a separate process; the result is the growth
 // of that process while it holds several trees.
 
 #include <sys/wait.h>

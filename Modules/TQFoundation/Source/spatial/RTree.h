@@ -36,9 +36,9 @@ namespace tq {
 /// Speed:    queries search the nodes at first. When they have taken about as long as building an
 ///           index of all rects takes, one of them builds it: up to 40 bytes for each element, and
 ///           a third of the time of the insertions. Later insertions extend it. Results are the
-///           same with and without it. Rects near ±1e300 or with infinite or NaN fields make
-///           queries slow that find an element, because the nodes must be searched. A single very
-///           large coordinate does the same for queries that overlap only by its rounding error.
+///           same with and without it. With rects near ±1e300, or with infinite or NaN fields,
+///           queries that find an element are slow, because the nodes must be searched. With a
+///           single very large coordinate, queries that overlap only by its rounding error are too.
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.

@@ -43,7 +43,7 @@ struct RTreeLeafEntry {
 
 namespace detail {
 
-/// An element in a leaf. If moving it may throw, it is stored in a heap block of its own, so that a
+/// An element in a leaf. If moving it may throw, it is stored in a separate heap block, so that a
 /// split cannot fail halfway.
 template <class Element>
 class RTreeElement {

@@ -13,7 +13,7 @@ Ref<TQComparisonPathItem> path(const Ref<TQComparisonItem>& parent, std::string 
   return TQComparisonPathItem::pathItemWithParent(parent, nullptr, nullptr, std::move(name), index);
 }
 
-/// An item with a path of its own.
+/// An item with its own path.
 struct Place final : Subclass<Place, TQComparisonItem> {
   static constexpr std::string_view className = "Place";
   Place() : Subclass(nullptr, nullptr, nullptr) {}

@@ -29,7 +29,7 @@ TEST_F(PerformanceTimer, MeasuresInTicksOfTheClock) {
   EXPECT_EQ(TQDurationBetween(5, 3), ~std::uint64_t{0} - 1);  // wraps if the clock goes back
 }
 
-// The next tests run in processes of their own, because the timebase is read only once.
+// The next tests run in separate processes, because the timebase is read only once.
 TEST_F(PerformanceTimer, StopsWithoutATimebase) {
   EXPECT_EXIT(static_cast<void>(TQTimeIntervalsForDuration(1)), testing::KilledBySignal(SIGABRT),
               "Assertion failed: \\(sTimebaseInfo.denom != 0\\), function "

@@ -11,7 +11,7 @@
 
 namespace tq {
 
-/// A value whose accesses all run on a serial queue of its own. Reads and writes take place one at
+/// A value whose accesses all run on its own serial queue. Reads and writes take place one at
 /// a time, in order of arrival.
 ///
 /// mutate(), increment() and decrement() are atomic. A read followed by a write is not, and neither

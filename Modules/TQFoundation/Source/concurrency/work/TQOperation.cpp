@@ -22,7 +22,6 @@ class Inside {
 // Dependents and waiting threads are notified of the end after the monitor is left, because they
 // run observers of other operations. An observer may change the state again: then the outermost
 // change notifies them.
-// tells them.
 void TQOperation::change(bool TQOperation::*flag, bool value, std::string_view key) {
   const Ref<Operation> self = hold();
   bool isOver = false;

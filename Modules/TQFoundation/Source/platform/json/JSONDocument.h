@@ -142,15 +142,14 @@ class JSONDocument {
 
   /// Parses `text`.
   ///
-  /// @param readablePadding  number of bytes after `text` that may be read (see Data). If it is
-  /// less
-  ///                         than Data::kReadablePadding, the text is copied.
+  /// @param readablePadding  number of bytes after `text` that may be read (see Data); if it is
+  ///                         less than Data::kReadablePadding, the text is copied
+  /// @param error  receives domain NSCocoaErrorDomain, code 3840, with the fault and its offset in
   ///               the debug description, and the offset under kErrorIndexKey. Null skips the
   ///               search for the fault.
   /// @param depth  the maximum depth, at most kDepthLimit
   /// @return nullopt if the text is not JSON, or if it is longer than kLongestText, which the
-  /// caller
-  ///         checks first
+  ///         caller checks first
   [[nodiscard]] static std::optional<JSONDocument> parse(std::span<const std::byte> text,
                                                          std::size_t readablePadding,
                                                          Ref<Error>* error,

@@ -176,7 +176,7 @@ void Operation::waitUntilFinished() {
   }
 }
 
-// Observers are shared, so that none is copied or destroyed with the lock held.
+// Observers are shared, so that they are not copied or destroyed with the lock held.
 void Operation::addObserver(Observer observer) {
   const auto added = std::make_shared<const Observer>(std::move(observer));
   const Locked guard(lock_);

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file OperationQueue.h
-/// Operation queues: run operations on threads of their own.
+/// Operation queues: run operations on separate threads.
 
 #include <atomic>
 #include <cstddef>
@@ -18,13 +18,12 @@ namespace tq {
 
 /// Starts ready operations by priority, then in the order in which they became ready.
 ///
-/// Operations run on threads of their own, so that blocking operations do not starve the worker
+/// Operations run on separate threads, so that blocking operations do not starve the worker
 /// pool. The queue retains each operation until it has finished. An operation counts as running
 /// until it announces "isFinished" and isFinished() returns true.
 ///
 /// Threads:    any. If no thread can be created (too many threads, no memory), operations run on
-/// the
-///             thread that makes them ready: the one that adds them, finishes their last
+///             the thread that makes them ready: the one that adds them, finishes their last
 ///             dependency, or resumes the queue.
 /// Lifetime:   added operations run even if the queue is destroyed first. If the queue is suspended
 ///             or its maximum is 0 at that time, they are cancelled and finish without their work,

@@ -1,9 +1,9 @@
 #pragma once
 
 /// @file ThreadSystem.h
-/// The primitives of our own locks: the processor's atomics and the system's blocking on a word.
-/// The locks take them as a template parameter, so that a test can use a model instead and explore
-/// every interleaving of a few threads.
+/// The primitives of this library's locks: the processor's atomics and the system's blocking on a
+/// word. The locks take them as a template parameter, so that a test can use a model instead and
+/// explore every interleaving of a few threads.
 
 #include <atomic>
 #include <cstdint>

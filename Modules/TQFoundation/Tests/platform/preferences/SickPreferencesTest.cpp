@@ -217,7 +217,7 @@ TEST_F(SickPreferences, WhatCannotBeWrittenIsRead) {
   }
 }
 
-/// Runs `check` in a process with a small file system of its own at `folder`.
+/// Runs `check` in a process with its own small file system at `folder`.
 /// @return false if that is not permitted
 bool onSmallDisk(const std::string& folder, const std::function<void()>& check) {
   fs::create_directory(folder);

@@ -19,7 +19,7 @@
 
 namespace tq {
 
-/// Numbers objects in the order in which they are met. The objects that a record refers to come
+/// Numbers objects in the order in which they are found. The objects that a record refers to come
 /// before the record of its class, as on the platform.
 class KeyedArchiver::Writer {
  public:

@@ -27,7 +27,7 @@ class ContentDecoder {
 
   /// Passes the decoded bytes to `take`, in pieces of bounded size.
   /// @return false if the body is damaged or memory is exhausted, or as soon as `take` returns
-  /// false
+  ///         false
   [[nodiscard]] bool decode(std::span<const std::byte> bytes,
                             const std::function<bool(std::span<const std::byte>)>& take);
 
