@@ -112,8 +112,8 @@ inline constexpr Rect RectInfinite{
   return rect.size.height > 0 ? rect.size.height : 0 - rect.size.height;
 }
 
-/// Returns true if both are null, or if their standardised fields are equal; false if a field is
-/// NaN.
+/// Returns true if both are null, or if their standardised fields are equal, where NaN equals
+/// nothing.
 [[nodiscard]] constexpr bool RectEqualToRect(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a) || RectIsNull(b)) return RectIsNull(a) && RectIsNull(b);
   const Rect one = RectStandardize(a);

@@ -169,8 +169,9 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] Ref<Object> userInfo() const noexcept { return userInfo_.lock(); }
   void setUserInfo(const Ref<Object>& userInfo) { userInfo_ = userInfo; }
 
-  /// The maximum length in bytes of an archive that a sink of the library writes. By default it is
-  /// kLongestArchive, the maximum that the decoder reads. A file may get up to one buffer more.
+  /// The maximum length in bytes of an archive that a sink of the library writes. It is
+  /// kLongestArchive, the maximum that the decoder reads, unless the host sets less. A file may get
+  /// up to one buffer more.
   static constexpr std::uint64_t kLongestArchive = ReadingLimits::kLongestText;
   [[nodiscard]] std::uint64_t longestArchive() const noexcept { return longestArchive_; }
   void setLongestArchive(std::uint64_t byteCount) noexcept { longestArchive_ = byteCount; }

@@ -72,7 +72,7 @@ static_assert(std::is_trivially_copyable_v<TQPolynomialRoots>, "passed by value"
 /// @return one, two (a simple root, then a double root) or three. Three roots are in the order of
 /// the cosine formula: the smallest, the largest, the middle one.
 /// Accuracy: that of the closed form, without refinement; about half the digits near a double root,
-/// where rounding may also lose the pair as complex.
+/// where rounding may also turn the two roots into a complex pair, which is not returned.
 /// Source: Press et al., Numerical Recipes, 3rd ed. (2007), section 5.6.
 [[nodiscard]] TQ_EXPORT TQPolynomialRoots TQSolveP3(double a, double b, double c) noexcept;
 

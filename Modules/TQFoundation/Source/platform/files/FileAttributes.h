@@ -15,8 +15,7 @@ namespace tq::detail {
 /// The attributes of a file that is to be replaced.
 struct FileAttributes {
   struct stat status {};
-  std::optional<std::string> accessList;  ///< the POSIX ACL in the kernel's format; nullopt if
-                                          ///< minimal
+  std::optional<std::string> accessList;  ///< POSIX ACL in the kernel's format; nullopt if minimal
   std::vector<std::pair<std::string, std::string>> extended;  ///< all others: name and value
 };
 
