@@ -4,9 +4,10 @@ the tests do not notice.
 
     Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]...
 
-Works in copies of the committed tree in build/mutate, one for each processor. Changes that do not compile are not counted.
-A change that makes the tests hang counts as noticed. The tests of the room run first, then all
-others, then the stress and fault suites of the room. The exit status is 0, even if changes survive.
+Works in copies of the committed tree in build/mutate, one for each processor. Changes that do not
+compile are not counted. A change that makes the tests hang counts as noticed. The tests of the room
+run first, then all others, then the stress and fault suites of the room. The exit status is 0, even
+if changes survive.
 """
 
 import argparse
