@@ -179,7 +179,7 @@ struct WalkOf<Tree, TraversalOrder::breadthFirst> {
 /// that was passed as a temporary. The tree must not change during an iteration.
 ///
 /// Memory:  depth first, one frame for each level above the current node; breadth first, one node
-///          handle for each node of two levels. Never recursive, however deep the tree is.
+///          handle for each node of two levels. Never recursive, for trees of any depth.
 /// Cost:    the children of each node are requested once, when the traversal moves past the node.
 template <ChildTraversable Tree, TraversalOrder order>
 class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, order>> {

@@ -37,8 +37,8 @@ TQ_EXPORT void TQPerformanceTimingInitialise();
 /// NaN.
 [[nodiscard]] TQ_EXPORT double TQTimeRandomInterval(double base, double jitter) noexcept;
 
-/// TQTimeRandomInterval() in nanoseconds, truncated. Saturates at the limits of the type. NaN gives
-/// 0.
+/// TQTimeRandomInterval() in nanoseconds, truncated. Saturates at the limits of the type; 0 for
+/// NaN.
 [[nodiscard]] TQ_EXPORT std::int64_t TQTimeRandomDispatchTimeDelta(double base,
                                                                    double jitter) noexcept;
 

@@ -115,7 +115,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
 
   /// Returns true if the counts and the elements at each index are equal, for packed, boxed and
   /// mutable arrays. Arrays, dictionaries and sets may nest to any depth. Cost: linear in the
-  /// containers that exist, however often they are shared.
+  /// containers that exist, even if they are shared often.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines the count and the hashes of the first, middle and last element.
   [[nodiscard]] std::size_t hash() const override;

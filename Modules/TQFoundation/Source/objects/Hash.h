@@ -16,7 +16,7 @@ namespace tq::detail {
 
 [[nodiscard]] std::size_t hashOfWord(std::uint64_t word) noexcept;
 
-/// +0 and -0 have the same hash, and so has every NaN.
+/// +0 and -0 have equal hashes, and so have all NaN.
 [[nodiscard]] std::size_t hashOfDouble(double value) noexcept;
 
 /// Combines the hash of a sequence with the hash of its next element.

@@ -38,7 +38,8 @@ namespace tq {
 ///           a third of the time of the insertions. Later insertions extend it. Results are the
 ///           same with and without it. With rects near ±1e300, or with infinite or NaN fields,
 ///           queries that find an element are slow, because the nodes must be searched. With a
-///           single very large coordinate, queries that overlap only by its rounding error are too.
+///           single very large coordinate, queries that overlap only by its rounding error are
+///           slow.
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.

@@ -9,9 +9,9 @@ namespace tq::detail {
 
 /// Returns whether two arrays, two dictionaries or two sets have equal contents.
 ///
-/// Stack: containers of any depth, except members of sets and keys of dictionaries that have more
-///        than one of them, and containers inside of other objects.
-/// Cost:  linear in the elements of the containers that exist, however often they are shared, with
+/// Stack: bounded for containers of any depth. Exceptions: members of a set that has several,
+///        keys of a dictionary that has several, and containers inside other objects.
+/// Cost:  linear in the elements of the containers that exist, even if they are shared often, with
 ///        the same exceptions.
 [[nodiscard]] bool haveEqualContents(const Object& a, const Object& b);
 

@@ -29,8 +29,8 @@ struct ValueRecord;
 ///
 /// The bytes are never trusted:
 /// - All offsets and counts are checked. Objects nest at most KeyedArchiver::kMaximumDepth deep.
-/// - Each byte is read at most kMostReadings times, however often the file shares its parts, and
-///   takes at most about 200 bytes of memory, without host objects. Comparing 16 bytes of a key or
+/// - Each byte is read at most kMostReadings times, even if the file shares its parts, and takes
+///   at most about 200 bytes of memory, without host objects. Comparing 16 bytes of a key or
 ///   of a member of a set counts as reading one.
 /// - The values and bytes that code following all references would visit are counted while they are
 ///   read. Beyond ReadingLimits::unfoldedPerByte the archive is refused. So the cost of such code,

@@ -23,7 +23,7 @@ struct Codec {
   /// amount for the codec's state.
   bool (*decode)(std::span<const std::byte> packed, std::span<std::byte> plain);
 
-  /// A stream of n bytes holds at most n times as many plain bytes.
+  /// A stream of n bytes expands to at most n · largestExpansion plain bytes.
   std::size_t largestExpansion;
 
   /// Extra bytes that `packed` needs for encode() to succeed whenever the stream itself would fit.

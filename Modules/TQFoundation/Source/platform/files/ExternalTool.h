@@ -22,7 +22,7 @@ enum class ExternalToolErrorCode : std::int64_t {
   cannotStart = 1,    ///< no such program, no permission, or no new process
   timedOut = 2,       ///< killed at its time-out
   tooMuchOutput = 3,  ///< killed because its output exceeded the limit
-  unknownEnd = 4,     ///< ended, but another part of this process took its exit status
+  unknownEnd = 4,     ///< ended, but another part of this process collected its exit status
 };
 
 /// A program to run, with its arguments, its input and its limits.

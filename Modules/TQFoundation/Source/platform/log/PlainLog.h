@@ -16,10 +16,10 @@ using PlainLogSink = std::function<void(std::string_view message)>;
 /// Writes "date time process[pid:thread] message" to standard error with one write, and a line feed
 /// unless the message ends in one. If a sink is set, it receives the message instead. Any thread.
 ///
-/// A message stays one line, whatever text it contains: control characters, line and paragraph
-/// separators, characters that reverse the direction of text, and bytes that are not UTF-8 are
-/// escaped: "\n", "\x1b", "\u202e". A line feed at the end of the message is not escaped, and
-/// neither are backslashes.
+/// A message with any text stays one line: control characters, line and paragraph separators,
+/// characters that reverse the direction of text, and bytes that are not UTF-8 are escaped: "\n",
+/// "\x1b", "\u202e". A line feed at the end of the message is not escaped, and neither are
+/// backslashes.
 TQ_EXPORT void plainLog(std::string_view message);
 
 /// The same. A null pointer is written as "(null)".

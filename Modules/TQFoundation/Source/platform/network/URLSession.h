@@ -56,10 +56,11 @@ struct URLSessionConfiguration {
   /// Returns the default values, listed below.
   [[nodiscard]] static URLSessionConfiguration defaultSessionConfiguration() { return {}; }
 
-  /// Most seconds without any data, also while connecting. Waiting for a connection that other
-  /// tasks use does not count, and neither does a running callback. 0, negative or NaN: no limit.
+  /// Maximum number of seconds without data, also while connecting. Waiting for a connection that
+  /// other tasks use does not count, and neither does a running callback. 0, negative or NaN: no
+  /// limit.
   double timeoutIntervalForRequest = 60;
-  /// Most seconds for a whole task; 0, negative or NaN: no limit.
+  /// Maximum number of seconds for a whole task; 0, negative or NaN: no limit.
   double timeoutIntervalForResource = 604800;
   int HTTPMaximumConnectionsPerHost = 6;  ///< limit of simultaneous connections to one server
   int HTTPMaximumRedirects = 20;          ///< more fail with URLErrorHTTPTooManyRedirects
@@ -112,7 +113,7 @@ struct URLSessionTaskHandler {
   /// Called with each piece of the body, which is valid during the call. If it returns false, the
   /// task ends with URLErrorCannotWriteToFile.
   std::function<bool(URLSessionDataTask&, std::span<const std::byte>)> didReceiveData;
-  /// Called once, last. Without an error the body is complete, whatever the status code is.
+  /// Called once, last. Without an error the body is complete, for any status code.
   std::function<void(URLSessionDataTask&, const URLResponse&, Ref<Error>)> didComplete;
 };
 

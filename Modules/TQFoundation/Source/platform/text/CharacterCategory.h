@@ -13,8 +13,7 @@ namespace tq {
 [[nodiscard]] TQ_EXPORT bool isControlOrFormatCharacter(char32_t character) noexcept;
 
 /// Returns UTF-8 text without the tabs and spaces (general category Zs) at both of its ends.
-/// Newlines stay, and so do bytes that are not UTF-8. A part of `text`, valid as long as it.
-/// Any thread.
+/// Newlines stay, and so do bytes that are not UTF-8. The result is a part of `text`. Any thread.
 [[nodiscard]] TQ_EXPORT std::string_view withoutBlankEnds(std::string_view text) noexcept;
 
 }  // namespace tq
