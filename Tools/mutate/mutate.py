@@ -70,7 +70,7 @@ def mutants_of(line):
 
 
 class Copy:
-    """A copy of the tree with a build of its own, in which one change is tried at a time."""
+    """A copy of the tree with its own build, in which one change is tried at a time."""
 
     def __init__(self, number):
         self.tree = WORK / f"tree{number}"
