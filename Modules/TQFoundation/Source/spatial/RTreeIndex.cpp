@@ -12,6 +12,7 @@
 // The tree searches its nodes recursively. Its directories are split by position, so they overlap,
 // and the recursion visits many. An index stores the bounds of the elements alone, packed by place.
 // A query must return the result of the recursion, which is not always that of a scan:
+//
 // - Nothing intersects. The recursion compares the rects of leaf entries exactly as the index does,
 //   so it finds nothing either. This holds for any input.
 // - An element e intersects the query q. The recursion finds e if q also intersects every directory
@@ -34,7 +35,7 @@
 //
 //   level 2   inner          16 children
 //   level 1   inner inner …  16 buckets each
-//               bucket bucket bucket …   8 elements each, in double precision: 32 bytes for each
+//             bucket bucket bucket …   8 elements each, in double precision: 32 bytes for each
 
 namespace tq::detail {
 namespace {

@@ -145,7 +145,7 @@ class SpawnSetup {
   int failure_ = 0;  // the first error; a step that failed must be reported
 };
 
-/// A tool. Everything that can fail is allocated before it is started. The destructor kills its
+/// A tool. Everything that can fail is done before it is started. The destructor kills its
 /// group and waits for it, unless it has ended.
 class Run {
  public:

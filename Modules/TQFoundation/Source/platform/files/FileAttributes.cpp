@@ -104,7 +104,8 @@ mode_t withoutGroup(mode_t mode) {
   return (mode & ~(kGroupBits | kOtherBits)) | common << kGroupShift | common;
 }
 
-/// Sets the ACL, or removes an inherited one: its mask would take the permissions of the group.
+/// Sets the ACL. If there is none, removes an inherited one: otherwise the permissions of the group
+/// would become its mask.
 int takeAccessList(int descriptor, const std::optional<std::string>& list) {
   if (list) {
     return ::fsetxattr(descriptor, kAccessList, list->data(), list->size(), 0) == 0 ? 0 : errno;

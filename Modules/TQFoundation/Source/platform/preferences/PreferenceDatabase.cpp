@@ -32,7 +32,7 @@ std::string_view column(sqlite3_stmt* statement, int index) {
   return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement, index))};
 }
 
-/// Prevents that closing the database writes the log into it.
+/// Prevents the log from being written into the database when it is closed.
 void keepLog(sqlite3* database) {
   sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
