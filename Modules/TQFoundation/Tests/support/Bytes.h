@@ -1,13 +1,9 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
 #include <fstream>
 #include <iterator>
-#include <random>
-#include <span>
-#include <string>
-#include <string_view>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

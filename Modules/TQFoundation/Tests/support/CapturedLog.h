@@ -1,11 +1,8 @@
 #pragma once
 
-#include <mutex>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <TQFoundation/platform/log/PlainLog.h>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

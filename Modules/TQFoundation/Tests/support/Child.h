@@ -1,11 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -3,18 +3,10 @@
 // Allocations that fail on demand. Include it once per executable: it replaces the allocation
 // functions of the C++ library and those of objects.
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cstddef>
-#include <cstdlib>
-#include <functional>
-#include <new>
-#include <vector>
-
 #include <TQFoundation/base/TQMemory.h>
-#include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/Weak.h>
+
+#include "support/Objects.h"
+#include "support/Test.h"
 
 namespace {
 

@@ -1,11 +1,7 @@
 #pragma once
 
-#include <cstdint>
-#include <utility>
-#include <vector>
-
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Number.h>
+#include "support/Objects.h"
+#include "support/Test.h"
 
 namespace tq::test {
 

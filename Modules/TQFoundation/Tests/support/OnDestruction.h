@@ -1,10 +1,8 @@
 #pragma once
 
-#include <functional>
-#include <string_view>
-#include <utility>
-
 #include <TQFoundation/objects/Class.h>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

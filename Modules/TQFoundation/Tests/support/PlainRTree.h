@@ -1,15 +1,8 @@
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <set>
-#include <utility>
-#include <vector>
-
 #include <TQFoundation/base/Rect.h>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -1,11 +1,8 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <random>
-
 #include <TQFoundation/geometry/curves/TQBezierSegment.h>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

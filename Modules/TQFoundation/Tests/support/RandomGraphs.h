@@ -1,23 +1,9 @@
 #pragma once
 
 #include <bit>
-#include <cmath>
-#include <functional>
-#include <limits>
-#include <random>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Data.h>
-#include <TQFoundation/objects/Date.h>
-#include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Number.h>
-#include <TQFoundation/objects/Set.h>
-#include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/Value.h>
+#include "support/Objects.h"
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <cmath>
-#include <limits>
-#include <random>
-
 #include <TQFoundation/base/Rect.h>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -1,14 +1,11 @@
 #pragma once
 
 #include <unistd.h>
-
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
-#include <string>
-#include <string_view>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

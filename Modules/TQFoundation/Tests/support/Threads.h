@@ -1,9 +1,8 @@
 #pragma once
 
-#include <functional>
-#include <thread>
 #include <type_traits>
-#include <vector>
+
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -1,0 +1,45 @@
+#pragma once
+
+// The first header of a test: the test framework, the standard headers that tests use most, and
+// the tables and numbers of Expectations.h.
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <functional>
+#include <limits>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <numbers>
+#include <optional>
+#include <random>
+#include <set>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "support/Expectations.h"
+
+namespace tq::test {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+}  // namespace tq::test
+
+using namespace tq;  // tests are written like programs that use the library
