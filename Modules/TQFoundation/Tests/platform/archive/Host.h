@@ -1,13 +1,10 @@
 #pragma once
 
-#include <string>
-
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Class.h>
-#include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
+
+#include "support/Objects.h"
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -1,16 +1,10 @@
-#include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Error.h>
-#include <TQFoundation/objects/Set.h>
-
 #include "platform/archive/Host.h"
 #include "support/FailingAllocations.h"
+#include "support/Objects.h"
 
-namespace tq {
 namespace {
 
-using test::failEachAllocation;
-using test::Host;
-using test::makeHost;
+using namespace test;
 
 TEST(KeyedArchiverFault, EveryAllocationMayFail) {
   test::warmUpWeakReferences();
@@ -36,4 +30,3 @@ TEST(KeyedArchiverFault, EveryAllocationMayFail) {
 }
 
 }  // namespace
-}  // namespace tq

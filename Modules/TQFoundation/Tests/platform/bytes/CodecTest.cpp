@@ -1,18 +1,10 @@
 #include <TQFoundation/platform/bytes/Codec.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include <TQFoundation/platform/bytes/Digest.h>
 
 #include "support/Bytes.h"
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -123,4 +115,3 @@ TEST(LZ4Stream, MatchesReachIntoEarlierBlocks) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -2,22 +2,20 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
 #include <filesystem>
 
 #include <TQFoundation/platform/files/FileReading.h>
-#include "platform/files/ExpectFileError.h"
-#include "support/Bytes.h"
-#include "support/TemporaryDirectory.h"
 
-namespace tq {
+#include "support/Bytes.h"
+#include "support/Errors.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+
 namespace {
 
-using test::bytesOf;
-using test::expectFileError;
+using namespace test;
 
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
 
@@ -77,14 +75,8 @@ TEST(FileErrors, TellWhyAFileCannotBeWrittenOrRead) {
   ASSERT_EQ(::truncate(directory.write("huge", "").c_str(), (off_t{1} << 36) + 1), 0);
   const char* const notRegular = "” couldn’t be opened because it is not a regular file.";
   const bool isRoot = ::geteuid() == 0;  // root is not bound by permissions
-  const struct {
-    std::string path;
-    int number;
-    std::int64_t writingCode;  // 0: not tried, because it would succeed or block
-    std::string writingText;
-    std::int64_t readingCode;
-    std::string readingText;
-  } cases[] = {
+  // The system's error number, then code and text when writing and when reading; 0: not tried.
+  const Rows<std::string, int, std::int64_t, std::string, std::int64_t, std::string> cases{
       {directory.path("none"), ENOENT, 4, "The file “none” doesn’t exist.", 260,
        "The file “none” couldn’t be opened because there is no such file."},
       {directory.path("folder"), EISDIR, 512, "The file “folder" + inFolder, 256,
@@ -105,18 +97,18 @@ TEST(FileErrors, TellWhyAFileCannotBeWrittenOrRead) {
       {directory.path("huge"), EFBIG, 0, "", 263,
        "The file “huge” couldn’t be opened because it is too large."},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.path);
-    const Ref<URL> url = URL::fileURLWithPath(c.path);
+  for (const auto& [path, number, writingCode, writingText, readingCode, readingText] : cases) {
+    SCOPED_TRACE(path);
+    const Ref<URL> url = URL::fileURLWithPath(path);
     Ref<Error> error;
-    if (c.writingCode != 0) {
+    if (writingCode != 0) {
       EXPECT_FALSE(FileHandle::fileHandleForWritingToURL(*url));
       EXPECT_FALSE(FileHandle::fileHandleForWritingToURL(*url, &error));
-      expectFileError(error, c.writingCode, c.number, c.writingText);
+      expectFileError(error, writingCode, number, writingText);
     }
-    if (c.readingCode == 0) continue;
+    if (readingCode == 0) continue;
     EXPECT_FALSE(dataWithContentsOfURL(*url, &error));
-    expectFileError(error, c.readingCode, c.number, c.readingText);
+    expectFileError(error, readingCode, number, readingText);
   }
   EXPECT_FALSE(std::filesystem::exists(directory.path("none")));
 }
@@ -143,4 +135,3 @@ TEST(FileHandle, OneWriteReturnsItsCountAndTheErrorNumber) {
 }
 
 }  // namespace
-}  // namespace tq

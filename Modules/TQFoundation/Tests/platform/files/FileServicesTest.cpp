@@ -1,26 +1,21 @@
 #include <TQFoundation/platform/files/FileServices.h>
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <support/Bytes.h>
-#include <support/FailingSystemCalls.h>
-#include <support/TemporaryDirectory.h>
-
 #include <filesystem>
-#include <utility>
 
 #include <TQFoundation/platform/bytes/Digest.h>
 
-namespace tq {
+#include "support/Bytes.h"
+#include "support/Errors.h"
+#include "support/FailingSystemCalls.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+
 namespace {
 
-using test::bytesOf;
-using test::FailingSystemCalls;
+using namespace test;
 namespace fs = std::filesystem;
-
-std::int64_t codeOf(const Ref<Error>& error) { return error != nullptr ? error->code() : 0; }
 
 struct FileServices : testing::Test {
   test::TemporaryDirectory directory;
@@ -149,4 +144,3 @@ TEST_F(FileServicesFault, AFailedReplacementLeavesTheOldOrTheNewContent) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,14 +1,13 @@
 #include <errno.h>
-#include <gtest/gtest.h>
 #include <sys/wait.h>
-
-#include <support/FailingAllocations.h>
-#include <support/TemporaryDirectory.h>
 
 #include <TQFoundation/platform/files/ExternalTool.h>
 #include <TQFoundation/platform/files/FileServices.h>
 
-namespace tq {
+#include "support/FailingAllocations.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+
 namespace {
 
 TEST(TemporaryFolderFault, EveryAllocationMayFailAlsoInItsDestructor) {
@@ -41,4 +40,3 @@ TEST(ExternalToolFault, EveryAllocationMayFailAndNoChildIsLeft) {
 }
 
 }  // namespace
-}  // namespace tq

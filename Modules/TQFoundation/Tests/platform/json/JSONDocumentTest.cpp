@@ -1,17 +1,11 @@
 #include <TQFoundation/platform/json/JSONDocument.h>
 
-#include <gtest/gtest.h>
-
-#include <random>
-#include <string>
-
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/platform/json/JSONText.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 std::optional<JSONDocument> parsed(std::string_view text, Ref<Error>* error = nullptr) {
@@ -134,4 +128,3 @@ TEST(JSONDocument, ReadsPaddedAndUnpaddedTextAlike) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,14 +1,8 @@
 #include <TQFoundation/platform/json/JSONShape.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <ctime>
-#include <functional>
-#include <string>
-#include <vector>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
 namespace tq::detail {
 namespace {

@@ -1,17 +1,13 @@
 #include <TQFoundation/platform/log/PlainLog.h>
 
-#include <gmock/gmock.h>
 #include <unistd.h>
-
-#include <support/CapturedLog.h>
-#include <support/HandMovedClock.h>
-
-#include <string>
-#include <utility>
 
 #include <TQFoundation/platform/log/LogChannel.h>
 
-namespace tq {
+#include "support/CapturedLog.h"
+#include "support/HandMovedClock.h"
+#include "support/Test.h"
+
 namespace {
 
 TEST(PlainLog, WritesWholeLinesWithTimeAndThread) {
@@ -46,7 +42,7 @@ TEST(PlainLog, TextFromOutsideCannotLeaveItsLine) {
   }
 }
 
-TEST(PlainLog, NullStringsArePrintedAsSuch) {
+TEST(PlainLog, PrintsNullStringsAsSuch) {
   const test::CapturedLog log;
   const char* const none = nullptr;
   plainLog(none);
@@ -58,4 +54,3 @@ TEST(PlainLog, NullStringsArePrintedAsSuch) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,17 +1,12 @@
 #include <TQFoundation/platform/loops/RunLoop.h>
 
 #include <glib.h>
-#include <gmock/gmock.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include <TQFoundation/platform/loops/Timer.h>
 
-namespace tq {
+#include "support/Test.h"
+#include "support/Threads.h"
+
 namespace {
 
 using testing::ElementsAre;
@@ -193,23 +188,21 @@ TEST(RunLoopStress, KeepsTheOrderOfEachThreadsBlocks) {
   constexpr int kThreads = 4, kBlocks = 5'000;
   std::vector<int> seen(kThreads, 0);
   int total = 0;
-  std::vector<std::jthread> threads;
-  for (std::size_t t = 0; t < kThreads; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < kBlocks; ++i) {
-        const auto block = [&, t, i] {
-          ++total;
-          EXPECT_EQ(seen[t]++, i);
-        };
-        t % 2 == 0 ? mainQueueAsync(block) : RunLoop::main().performBlock(block);
-      }
-      RunLoop::main().wakeUp();
-    });
-  }
+  const auto send = [&](int t) {
+    for (int i = 0; i < kBlocks; ++i) {
+      const auto block = [&, t, i] {
+        ++total;
+        EXPECT_EQ(seen[static_cast<std::size_t>(t)]++, i);
+      };
+      t % 2 == 0 ? mainQueueAsync(block) : RunLoop::main().performBlock(block);
+    }
+    RunLoop::main().wakeUp();
+  };
+  std::jthread senders([&] { test::onThreads(kThreads, send); });
   while (total < kThreads * kBlocks) RunLoop::main().runOnce(60);
 }
 
-TEST(RunLoopDeathTest, MisuseStopsTheProcess) {
+TEST(RunLoopDeathTest, MisuseStopsTheProcessAndExitIsClean) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(RunLoop::main().performBlock(nullptr), "block != nullptr");
   EXPECT_DEATH(mainQueueAsync(nullptr), "block != nullptr");
@@ -220,12 +213,7 @@ TEST(RunLoopDeathTest, MisuseStopsTheProcess) {
         RunLoop::main().runOnce();
       },
       "terminate");
-}
-
-// The process exits while all of these are pending.
-TEST(RunLoopDeathTest, ExitIsClean) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
+  EXPECT_EXIT(  // while all of these are pending
       {
         Timer::scheduledTimerWithTimeInterval(
             1, [](Timer&) {}, share(RunLoop::main()), true);
@@ -238,4 +226,3 @@ TEST(RunLoopDeathTest, ExitIsClean) {
 }
 
 }  // namespace
-}  // namespace tq

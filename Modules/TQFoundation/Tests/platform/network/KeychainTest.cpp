@@ -1,10 +1,7 @@
 #include <TQFoundation/platform/network/Keychain.h>
 
-#include <gmock/gmock.h>
+#include "support/Errors.h"
 
-#include <cstdlib>
-
-namespace tq {
 namespace {
 
 TEST(Keychain, SaysClearlyThatNoServiceRuns) {
@@ -18,15 +15,13 @@ TEST(Keychain, SaysClearlyThatNoServiceRuns) {
   EXPECT_FALSE(item.setSecret("secret", &errors[1]));
   EXPECT_FALSE(item.remove(&errors[2]));
   for (const Ref<Error>& error : errors) {
-    ASSERT_NE(error, nullptr);
-    EXPECT_EQ(error->domain(), KeychainErrorDomain);
-    EXPECT_EQ(error->code(), static_cast<std::int64_t>(KeychainErrorCode::noService));
+    test::expectError(error, KeychainErrorDomain, KeychainErrorCode::noService);
     EXPECT_THAT(error->localizedDescription(),
                 testing::HasSubstr("No keychain service runs in this session"));
   }
   for (const KeychainItem& bad : {KeychainItem{"a\xFF", "b"}, {"a", std::string("b\0c", 3)}}) {
     EXPECT_FALSE(bad.setSecret("secret", &errors[0]));
-    EXPECT_EQ(errors[0]->code(), static_cast<std::int64_t>(KeychainErrorCode::badText));
+    test::expectError(errors[0], KeychainErrorDomain, KeychainErrorCode::badText);
   }
 }
 
@@ -51,4 +46,3 @@ TEST(KeychainService, KeepsSecretsAndForgetsThem) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,30 +1,20 @@
 #include <TQFoundation/platform/network/URLSession.h>
 
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cmath>
-#include <cstdlib>
 #include <future>
 #include <latch>
-#include <map>
-#include <string>
-#include <thread>
 
+#include "support/Errors.h"
 #include "support/LoopbackServer.h"
 #include "support/SelfSigned.h"
 #include "support/TemporaryDirectory.h"
+#include "support/Test.h"
 #include "support/Threads.h"
 
-namespace tq {
 namespace {
 
 using namespace std::chrono_literals;
-using test::LoopbackServer;
-using test::Socket;
+using namespace test;
 using Request = LoopbackServer::Request;
-
-std::int64_t codeOf(const Ref<Error>& error) { return error == nullptr ? 0 : error->code(); }
 
 struct Outcome {
   Ref<Data> data;
@@ -37,9 +27,12 @@ struct Outcome {
   }
 };
 
-URLRequest requestFor(const std::string& url) {
+URLRequest requestFor(const std::string& url, std::string method = "GET",
+                      const char* body = nullptr) {
   URLRequest request;
   request.url = URL::URLWithString(url);
+  request.HTTPMethod = std::move(method);
+  if (body != nullptr) request.HTTPBody = Data::dataWithBytes(body);
   return request;
 }
 
@@ -175,19 +168,12 @@ TEST_F(URLSessionTest, SendsMethodsBodiesHeadersAndCookies) {
   EXPECT_EQ(head.find("X-Both"), std::string::npos);
 
   session = first;
-  request = requestFor(server.url("/echo"));
-  request.HTTPBody = Data::dataWithBytes("body");
-  const struct {
-    const char* method;
-    const char* answer;
-  } cases[] = {{"POST", "POST body "}, {"PUT", "PUT body taste=sweet"}, {"HEAD", ""}};
-  for (const auto& c : cases) {
-    request.HTTPMethod = c.method;
-    EXPECT_EQ(fetch(request).body(), c.answer);
+  const test::Rows<const char*, const char*> cases{
+      {"POST", "POST body "}, {"PUT", "PUT body taste=sweet"}, {"HEAD", ""}};
+  for (const auto& [method, answer] : cases) {
+    EXPECT_EQ(fetch(requestFor(server.url("/echo"), method, "body")).body(), answer);
   }
-  request.HTTPMethod = "DELETE";
-  request.HTTPBody = nullptr;
-  EXPECT_EQ(fetch(request).body(), "DELETE  taste=sweet");
+  EXPECT_EQ(fetch(requestFor(server.url("/echo"), "DELETE")).body(), "DELETE  taste=sweet");
   configuration.HTTPShouldSetCookies = false;
   configuration.HTTPAdditionalHeaders.clear();
   configureAgain();
@@ -199,18 +185,15 @@ TEST_F(URLSessionTest, FollowsRedirectsWithinLimits) {
   const Outcome there = fetch("/there");
   EXPECT_EQ(there.body(), "GET  ");
   EXPECT_EQ(there.response.url, server.url("/echo"));
-  const struct {
-    const char *path, *method, *body, *answer;
-  } cases[] = {{"/there", "POST", "body", "GET  taste=sweet"},
-               {"/there", "PUT", "body", "PUT body taste=sweet"},
-               {"/other", "PUT", "body", "GET  taste=sweet"},
-               {"/other", "DELETE", nullptr, "GET  taste=sweet"},
-               {"/other", "HEAD", nullptr, ""}};
-  for (const auto& c : cases) {
-    URLRequest request = requestFor(server.url(c.path));
-    request.HTTPMethod = c.method;
-    if (c.body != nullptr) request.HTTPBody = Data::dataWithBytes(c.body);
-    EXPECT_EQ(fetch(request).body(), c.answer) << c.path << ' ' << c.method;
+  const Rows<const char*, const char*, const char*, const char*> cases{
+      {"/there", "POST", "body", "GET  taste=sweet"},
+      {"/there", "PUT", "body", "PUT body taste=sweet"},
+      {"/other", "PUT", "body", "GET  taste=sweet"},
+      {"/other", "DELETE", nullptr, "GET  taste=sweet"},
+      {"/other", "HEAD", nullptr, ""},
+  };
+  for (const auto& [path, method, body, answer] : cases) {
+    EXPECT_EQ(fetch(requestFor(server.url(path), method, body)).body(), answer) << path << method;
   }
   const Outcome round = fetch("/round");
   EXPECT_EQ(round.code(), URLErrorHTTPTooManyRedirects);
@@ -220,32 +203,29 @@ TEST_F(URLSessionTest, FollowsRedirectsWithinLimits) {
 TEST_F(URLSessionTest, ReportsFailuresByCode) {
   std::uint16_t closedPort = 0;
   { closedPort = LoopbackServer({}).port(); }
-  const struct {
-    std::string url;
-    std::int64_t code;
-    std::string_view text = {};
-  } cases[] = {
-      {server.url("/cut"), URLErrorNetworkConnectionLost},
-      {server.url("/cutchunk"), URLErrorNetworkConnectionLost},
-      {server.url("/gone"), URLErrorNetworkConnectionLost},
-      {server.url("/trailers"), URLErrorBadServerResponse},
-      {server.url("/manyheaders"), URLErrorBadServerResponse},
-      {"http://127.0.0.1:" + std::to_string(closedPort) + "/", URLErrorCannotConnectToHost},
+  const Rows<std::string, std::int64_t, std::string_view> cases{
+      {server.url("/cut"), URLErrorNetworkConnectionLost, ""},
+      {server.url("/cutchunk"), URLErrorNetworkConnectionLost, ""},
+      {server.url("/gone"), URLErrorNetworkConnectionLost, ""},
+      {server.url("/trailers"), URLErrorBadServerResponse, ""},
+      {server.url("/manyheaders"), URLErrorBadServerResponse, ""},
+      {"http://127.0.0.1:" + std::to_string(closedPort) + "/", URLErrorCannotConnectToHost, ""},
       {"ftp://127.0.0.1/", URLErrorUnsupportedURL, "The scheme “ftp” is not supported."},
       {server.url("/file"), URLErrorUnsupportedURL,
        "The server redirects to a URL whose scheme is not supported."},
-      {"file:///etc/passwd", URLErrorUnsupportedURL},
-      {"http://", URLErrorBadURL},
-      {server.url(std::string_view("/\0x", 3)), URLErrorBadURL},
+      {"file:///etc/passwd", URLErrorUnsupportedURL, ""},
+      {"http://", URLErrorBadURL, ""},
+      {server.url(std::string_view("/\0x", 3)), URLErrorBadURL, ""},
   };
-  for (const auto& c : cases) {
-    const Outcome outcome = fetch(requestFor(c.url));
-    EXPECT_EQ(outcome.code(), c.code) << c.url << ' ' << outcome.error->description();
+  for (const auto& [url, code, text] : cases) {
+    SCOPED_TRACE(url);
+    const Outcome outcome = fetch(requestFor(url));
+    EXPECT_EQ(outcome.code(), code) << outcome.error->description();
     EXPECT_EQ(outcome.body(), "(null)");
     EXPECT_EQ(outcome.error->domain(), URLErrorDomain);
-    EXPECT_FALSE(outcome.error->localizedDescription().starts_with("The operation couldn"))
-        << c.url;
-    EXPECT_TRUE(c.text.empty() || outcome.error->localizedDescription() == c.text) << c.text;
+    const std::string found = outcome.error->localizedDescription();
+    EXPECT_FALSE(found.starts_with("The operation couldn"));
+    EXPECT_TRUE(text.empty() || found == text) << found;
   }
   EXPECT_NE(fetch("/garbage").code(), 0);
   EXPECT_EQ(fetch(URLRequest()).code(), URLErrorBadURL);
@@ -254,9 +234,8 @@ TEST_F(URLSessionTest, ReportsFailuresByCode) {
     request.HTTPHeaderFields = {header};
     EXPECT_EQ(fetch(request).code(), URLErrorBadURL) << "a value that adds a header";
   }
-  URLRequest request = requestFor(server.url("/"));
-  request.HTTPMethod = "GET / HTTP/1.1\r\nX-B: 2\r\n";
-  EXPECT_EQ(fetch(request).code(), URLErrorBadURL);
+  const char* const twoLines = "GET / HTTP/1.1\r\nX-B: 2\r\n";
+  EXPECT_EQ(fetch(requestFor(server.url("/"), twoLines)).code(), URLErrorBadURL);
   for (const std::uint64_t mostBytes : {4U, 5U}) {
     configuration.readingLimits.decompressedBytes = mostBytes;
     configureAgain();
@@ -286,12 +265,7 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
   const char* const badLength = "The server announced an invalid length of the body.";
   std::string damaged = gzip;
   damaged[damaged.size() - 6] ^= 1;  // its checksum
-  const struct {
-    const char* name;
-    std::string answer;
-    const char* body;
-    const char* text;
-  } cases[] = {
+  const test::Rows<const char*, std::string, const char*, const char*> cases{
       {"gzip", coded(gzip, "gzip"), "hello", ""},
       {"two members", coded(gzip + gzip, "x-gzip"), "hellohello", ""},
       {"zlib", coded(zlib, "deflate"), "hello", ""},
@@ -320,17 +294,16 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
       {"longer", announced("Content-Length: 6"), nullptr, "The network connection was lost."},
   };
   std::map<std::string, LoopbackServer::Page> pages;
-  for (const auto& c : cases) pages.emplace("/" + std::to_string(pages.size()), says(c.answer));
+  for (const auto& [name, answer, body, text] : cases)
+    pages.emplace("/" + std::to_string(pages.size()), says(answer));
   const LoopbackServer liar(std::move(pages));
-  for (std::size_t i = 0; i < std::size(cases); ++i) {
-    SCOPED_TRACE(cases[i].name);
-    const Outcome outcome = fetch(requestFor(liar.url("/" + std::to_string(i))));
-    EXPECT_EQ(outcome.body(), cases[i].body != nullptr ? cases[i].body : "(null)");
-    EXPECT_EQ(outcome.error != nullptr ? outcome.error->localizedDescription() : "", cases[i].text);
+  for (int i = 0; const auto& [name, answer, body, text] : cases) {
+    SCOPED_TRACE(name);
+    const Outcome outcome = fetch(requestFor(liar.url("/" + std::to_string(i++))));
+    EXPECT_EQ(outcome.body(), body != nullptr ? body : "(null)");
+    EXPECT_EQ(outcome.error != nullptr ? outcome.error->localizedDescription() : "", text);
   }
-  URLRequest head = requestFor(liar.url("/0"));
-  head.HTTPMethod = "HEAD";
-  EXPECT_EQ(fetch(head).code(), 0) << "it has no body";
+  EXPECT_EQ(fetch(requestFor(liar.url("/0"), "HEAD")).code(), 0) << "it has no body";
 }
 
 TEST_F(URLSessionTest, RefusesInvalidCertificates) {
@@ -338,25 +311,23 @@ TEST_F(URLSessionTest, RefusesInvalidCertificates) {
   LoopbackServer secure({}, [&](const Socket& socket) {
     identity.answer(socket, LoopbackServer::page("200 OK", "secret"));
   });
-  const std::string port = std::to_string(secure.port());
-  EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + port)).code(),
-            URLErrorServerCertificateUntrusted);
-  const test::TemporaryDirectory directory;
+  const auto fetchFrom = [&](const std::string& host, const LoopbackServer& from) {
+    return fetch(requestFor("https://" + host + ":" + std::to_string(from.port())));
+  };
+  EXPECT_EQ(fetchFrom("127.0.0.1", secure).code(), URLErrorServerCertificateUntrusted);
+  const TemporaryDirectory directory;
   configuration.certificateAuthorities = directory.path("own.pem");
   identity.writeTo(configuration.certificateAuthorities);
   configureAgain();
-  EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + port)).body(), "secret")
-      << "once it is trusted";
+  EXPECT_EQ(fetchFrom("127.0.0.1", secure).body(), "secret") << "once it is trusted";
   ::setenv("no_proxy", "127.0.0.1,localhost", 1);
-  EXPECT_EQ(fetch(requestFor("https://localhost:" + port)).code(),
-            URLErrorServerCertificateUntrusted)
+  EXPECT_EQ(fetchFrom("localhost", secure).code(), URLErrorServerCertificateUntrusted)
       << "for another name";
   LoopbackServer plain({}, [](const Socket& socket) {
     static_cast<void>(socket.receive());
     socket.send("HTTP/1.1 400 Bad Request\r\n\r\n");
   });
-  EXPECT_EQ(fetch(requestFor("https://127.0.0.1:" + std::to_string(plain.port()))).code(),
-            URLErrorSecureConnectionFailed);
+  EXPECT_EQ(fetchFrom("127.0.0.1", plain).code(), URLErrorSecureConnectionFailed);
 }
 
 TEST_F(URLSessionTest, TimesOutWithoutDataAndAfterTheWholeTime) {
@@ -487,4 +458,3 @@ TEST(URLSessionDeathTest, ExitIsClean) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,24 +1,14 @@
 #include <TQFoundation/platform/operations/Operation.h>
 
-#include <gmock/gmock.h>
-
-#include <support/Threads.h>
-
-#include <atomic>
 #include <barrier>
-#include <cstdlib>
 #include <latch>
-#include <random>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
-namespace tq {
+#include "support/Test.h"
+#include "support/Threads.h"
+
 namespace {
 
 using testing::ElementsAre;
@@ -130,14 +120,11 @@ TEST(Operation, DependenciesMayBeRemovedAndDropped) {
   EXPECT_TRUE(late->dependencies().empty());
 }
 
-TEST(Operation, ExceptionsPassThroughAfterItHasFinished) {
-  const auto work = makeRef<Work>([](Work&) { throw std::runtime_error("main"); });
-  EXPECT_THROW(work->start(), std::runtime_error);
-  EXPECT_EQ(stateOf(*work), "ready finished ");
-  work->start();
-}
-
-TEST(Operation, RunsItsCompletionBlockAndWakesWaitingThreads) {
+TEST(Operation, ItsEndPassesExceptionsOnRunsTheCompletionBlockAndWakesThreads) {
+  const auto throwing = makeRef<Work>([](Work&) { throw std::runtime_error("main"); });
+  EXPECT_THROW(throwing->start(), std::runtime_error);
+  EXPECT_EQ(stateOf(*throwing), "ready finished ");
+  throwing->start();
   std::atomic<int> completed{0};
   const auto work = makeRef<Work>([](Work&) { std::this_thread::yield(); });
   work->setCompletionBlock([&] { ++completed; });
@@ -344,4 +331,3 @@ TEST(OperationQueueDeathTest, ExitIsCleanAndExceptionsStopTheProcess) {
 }
 
 }  // namespace
-}  // namespace tq

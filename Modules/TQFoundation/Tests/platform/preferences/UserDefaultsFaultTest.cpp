@@ -1,27 +1,18 @@
-#include <support/FailingSystemCalls.h>
-
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <support/CapturedLog.h>
-#include <support/Child.h>
-#include <support/TemporaryDirectory.h>
-
-#include <chrono>
-#include <memory>
-#include <random>
-#include <thread>
-#include <vector>
-
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
-namespace tq {
+#include "support/CapturedLog.h"
+#include "support/Child.h"
+#include "support/FailingSystemCalls.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+
 namespace {
 
-using test::Child;
-using test::FailingSystemCalls;
+using namespace test;
 using How = FailingSystemCalls::How;
 
 struct UserDefaultsFault : testing::Test {
@@ -189,4 +180,3 @@ TEST_F(UserDefaultsStress, ProcessesWriteSideBySideAndLoseNothing) {
 }
 
 }  // namespace
-}  // namespace tq

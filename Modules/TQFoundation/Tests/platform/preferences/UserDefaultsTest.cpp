@@ -1,37 +1,22 @@
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sqlite3.h>
-
-#include <support/CapturedLog.h>
-#include <support/Child.h>
-#include <support/FailingSystemCalls.h>
-#include <support/TemporaryDirectory.h>
-#include <support/Threads.h>
-
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <limits>
-#include <random>
-#include <tuple>
 
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Data.h>
-#include <TQFoundation/objects/Date.h>
-#include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Number.h>
-#include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/log/LogChannel.h>
 
-namespace tq {
+#include "support/CapturedLog.h"
+#include "support/Child.h"
+#include "support/FailingSystemCalls.h"
+#include "support/Objects.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+#include "support/Threads.h"
+
 namespace {
 
-using test::FailingSystemCalls;
-using testing::ElementsAre;
-using testing::HasSubstr;
+using namespace test;
 
 struct UserDefaultsTest : testing::Test {
   test::TemporaryDirectory directory;
@@ -180,10 +165,7 @@ TEST_F(UserDefaultsTest, RefusesValuesThatAreNoPropertyLists) {
   cyclic->addObject(cyclic);
   Ref<Object> doubled = Number::numberWith(1);  // 2^64 numbers when written out
   for (int i = 0; i < 64; ++i) doubled = Array::arrayWithObjects({doubled, doubled});
-  const struct {
-    Ref<Object> value;
-    const char* reason;
-  } cases[] = {
+  const test::Rows<Ref<Object>, const char*> cases{
       {Null::null(), "Attempt to insert non-property list object of class Null for key key"},
       {Array::arrayWithObjects({Value::valueWithPoint({1, 2})}), "object of class Value"},
       {Dictionary::dictionaryWithEntries(
@@ -194,13 +176,13 @@ TEST_F(UserDefaultsTest, RefusesValuesThatAreNoPropertyLists) {
       {doubled, "too large"},
       {MutableData::dataWithLength(std::size_t{1} << 28), "too large"},
   };
-  for (const auto& c : cases) {
+  for (const auto& [value, reason] : cases) {
     try {
-      defaults->setObject(c.value, "key");
-      ADD_FAILURE() << c.reason;
+      defaults->setObject(value, "key");
+      ADD_FAILURE() << reason;
     } catch (const Exception& exception) {
       EXPECT_EQ(exception.name(), InvalidArgumentException);
-      EXPECT_THAT(exception.what(), HasSubstr(c.reason));
+      EXPECT_THAT(exception.what(), HasSubstr(reason));
     }
   }
   EXPECT_THROW(defaults->setInteger(2, "\xFF"), Exception);
@@ -239,23 +221,18 @@ TEST_F(UserDefaultsTest, RenamesADamagedDatabase) {
   EXPECT_TRUE(std::filesystem::exists(path + ".damaged-4"));
 }
 
-TEST_F(UserDefaultsTest, DamageInUseKeepsTheKnownEntries) {
+TEST_F(UserDefaultsTest, IgnoresInvalidEntriesAndDamageInUseKeepsTheOthers) {
   const Ref<UserDefaults> defaults = open();
   defaults->setInteger(1, "known");
+  execute("INSERT INTO preference VALUES (x'61', x'00'), (x'FF', x'00'), ('text', 'text')");
+  EXPECT_EQ(count(), 1u);
+  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Ignored 3 invalid entries")));
   EXPECT_EQ(defaults->integerForKey("known"), 1);
   execute("DROP TABLE preference");
   defaults->setInteger(2, "later");
   EXPECT_EQ(defaults->integerForKey("known"), 1);
   EXPECT_EQ(defaults->integerForKey("later"), 2);
   EXPECT_EQ(savedCount(), 2);
-  EXPECT_EQ(log.messages().size(), 1u);
-}
-
-TEST_F(UserDefaultsTest, IgnoresInvalidEntries) {
-  open()->setInteger(1, "key");
-  execute("INSERT INTO preference VALUES (x'61', x'00'), (x'FF', x'00'), ('text', 'text')");
-  EXPECT_EQ(count(), 1u);
-  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Ignored 3 invalid entries")));
 }
 
 TEST_F(UserDefaultsTest, KeepsValuesInMemoryIfTheFolderCannotBeUsed) {
@@ -342,4 +319,3 @@ TEST(UserDefaultsThreadStress, ThreadsSeeEachOthersChangesAtOnce) {
 }
 
 }  // namespace
-}  // namespace tq

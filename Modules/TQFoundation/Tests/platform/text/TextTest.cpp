@@ -1,11 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <iomanip>
-#include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
@@ -13,9 +7,8 @@
 #include <TQFoundation/platform/text/URLResolution.h>
 
 #include "support/Bytes.h"
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using test::bytesOf;
@@ -38,10 +31,9 @@ TEST(Base64, MatchesTheVectorsOfTheStandard) {
     ASSERT_TRUE(decoded) << text;
     EXPECT_EQ(decoded->view(), bytes);
   }
-  std::string text = "before:";
-  appendBase64(text, bytesOf("foo"));
+  std::string text = "Zg==";
   appendBase64(text, bytesOf("fo"));
-  EXPECT_EQ(text, "before:Zm9vZm8=");
+  EXPECT_EQ(text, "Zg==Zm8=");
 }
 
 TEST(Base64, RefusesAnyOtherText) {
@@ -120,10 +112,10 @@ TEST(Collation, FollowsTheLocaleThatTheHostSets) {
   EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
   EXPECT_FALSE(setCollationLocale("there is no such place"));
   EXPECT_GT(localizedStandardCompare(accented, "z"), 0);
-  EXPECT_TRUE(setCollationLocale("en"));  // same order as the root locale
-  EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
-  EXPECT_TRUE(setCollationLocale(""));
-  EXPECT_LT(localizedStandardCompare("file9", "file10"), 0);
+  for (const char* locale : {"en", ""}) {  // "en" has the order of the root locale
+    EXPECT_TRUE(setCollationLocale(locale));
+    EXPECT_LT(localizedStandardCompare(accented, "z"), 0);
+  }
 }
 
 std::string resolved(std::string_view base, std::string_view text) {
@@ -182,4 +174,3 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
 }
 
 }  // namespace
-}  // namespace tq

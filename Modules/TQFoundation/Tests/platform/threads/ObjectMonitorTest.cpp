@@ -1,15 +1,11 @@
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 
-#include <gtest/gtest.h>
-
-#include <support/Threads.h>
-
-#include <array>
-
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/MonitorCount.h>
 
-namespace tq {
+#include "support/Test.h"
+#include "support/Threads.h"
+
 namespace {
 
 using detail::monitorCount;
@@ -44,4 +40,3 @@ TEST(ObjectMonitorStress, NoneIsLeftAndTotalsAddUp) {
 }
 
 }  // namespace
-}  // namespace tq

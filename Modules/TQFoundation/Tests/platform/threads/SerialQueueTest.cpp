@@ -1,15 +1,10 @@
 #include <TQFoundation/platform/threads/SerialQueue.h>
 
-#include <gtest/gtest.h>
-
-#include <mutex>
-#include <thread>
-#include <vector>
-
 #include <TQFoundation/platform/threads/ThreadSystem.h>
 #include <TQFoundation/platform/threads/detail/FifoLock.h>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
 // The lock of a serial queue, which reports the number of waiting threads.
@@ -33,4 +28,3 @@ TEST(SerialQueue, ServesThreadsInTheOrderOfTheirArrival) {
 }
 
 }  // namespace
-}  // namespace tq
