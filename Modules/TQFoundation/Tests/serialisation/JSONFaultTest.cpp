@@ -6,7 +6,6 @@
 #include "serialisation/JSONModel.h"
 #include "support/FailingAllocations.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -74,4 +73,3 @@ TEST(JSONFault, DecodingSurvivesEveryFailedAllocation) {
 }
 
 }  // namespace
-}  // namespace tq

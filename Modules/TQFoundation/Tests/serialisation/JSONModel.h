@@ -1,15 +1,10 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <string_view>
-#include <utility>
-
 #include <TQFoundation/TQFoundation.h>
 
+#include "support/Errors.h"
 #include "support/RandomGraphs.h"
+#include "support/Test.h"
 
 namespace tq::test {
 
@@ -137,14 +132,6 @@ inline Ref<Object> graphOf(unsigned seed, int depth) {
 inline Ref<Object> decoded(std::string_view text, Ref<Error>* error = nullptr) {
   Ref<Error> unasked;
   return TQJSONDecoder::decodeDataError(*data(text), error != nullptr ? error : &unasked);
-}
-
-inline void expectError(const Ref<Error>& error, std::string_view domain, std::int64_t code,
-                        std::string_view text) {
-  ASSERT_TRUE(error);
-  EXPECT_EQ(error->domain(), domain);
-  EXPECT_EQ(error->code(), code);
-  EXPECT_EQ(error->localizedDescription(), text);
 }
 
 }  // namespace tq::test

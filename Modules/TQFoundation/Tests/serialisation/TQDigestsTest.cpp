@@ -1,15 +1,11 @@
 #include <TQFoundation/serialisation/TQDigests.h>
 
-#include <gmock/gmock.h>
-
-#include <string>
-
 #include <TQFoundation/serialisation/TQFNV1aBuilder.h>
 
 #include "support/Bytes.h"
 #include "support/CapturedLog.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -62,4 +58,3 @@ TEST(FNV1a, OfKnownTextsBuiltUpPieceByPiece) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,14 +1,10 @@
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
-#include <limits>
-#include <map>
 
 #include "serialisation/JSONModel.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -181,4 +177,3 @@ TEST(TQJSONCoding, KnowsTheAwkwardCharacters) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,12 +1,10 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 
-#include <stdexcept>
-
 #include "serialisation/JSONModel.h"
 #include "support/CapturedLog.h"
 #include "support/TemporaryDirectory.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -49,11 +47,7 @@ TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
   const std::string archive = archiveOf(illFormed());
   const std::string text = R"([{"_class":"Scripted"},{"_class":"Alias"},)" +
                            archive.substr(0, archive.size() - 1) + R"(,"_class":"Unknown"}])";
-  const struct {
-    const Class* set;
-    const char* name;
-    std::size_t decodedCount;
-  } steps[] = {
+  const Rows<const Class*, const char*, std::size_t> steps{
       {&classOf<Scripted>, "Alias", 3},
       {nullptr, "NSString", 2},  // the archived class
       {&classOf<String>, "NSString", 3},
@@ -62,9 +56,9 @@ TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
       {&classOf<Scripted>, "Scripted", 3},  // removes the entry
       {nullptr, "Alias", 2},
   };
-  for (const auto& step : steps) {
-    TQJSONDecoder::setClass(step.set, step.name);
-    EXPECT_EQ(refCast<Array>(decoded(text))->count(), step.decodedCount) << step.name;
+  for (const auto& [set, name, decodedCount] : steps) {
+    TQJSONDecoder::setClass(set, name);
+    EXPECT_EQ(refCast<Array>(decoded(text))->count(), decodedCount) << name;
   }
   EXPECT_TRUE(refCast<Array>(decoded(text))->lastObject()->isEqual(*illFormed()));
   EXPECT_EQ(TQJSONDecoder::init()->classFromClassName(""), nullptr);
@@ -74,9 +68,10 @@ struct Judge final : Subclass<Judge>, TQJSONDecoderDelegate {
   static constexpr std::string_view className = "Judge";
   bool shouldInstantiateObjectOfClass(TQJSONDecoder&, const Class& objectClass) override {
     asked += std::string(objectClass.name()) + " ";
-    return &objectClass != &classOf<Scripted>;
+    return &objectClass != refused;
   }
   std::string asked;
+  const Class* refused = &classOf<Scripted>;
 };
 
 TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
@@ -109,29 +104,19 @@ struct Hosted final : Subclass<Hosted> {
   static inline int made = 0;
 };
 
-struct Refusing final : Subclass<Refusing>, TQJSONDecoderDelegate {
-  static constexpr std::string_view className = "Refusing";
-  bool shouldInstantiateObjectOfClass(TQJSONDecoder&, const Class& objectClass) override {
-    asked += std::string(objectClass.name()) + " ";
-    return allowed;
-  }
-  std::string asked;
-  bool allowed = false;
-};
-
 TEST_F(TQJSONDecoderTest, RefusesClassesOfKeyedArchivesBeforeConstruction) {
   Class::registerClass<Hosted>();
   const Ref<Hosted> root = makeRef<Hosted>();
   root->child = Set::setWithObjects({makeRef<Hosted>(), URL::fileURLWithPath("/a")});
   const Ref<Data> one = TQJSONEncoder::encodeObjectAsData(root);
   const Ref<Data> inSet = TQJSONEncoder::encodeObjectAsData(root->child);
-  const Ref<Refusing> judge = makeRef<Refusing>();
+  const Ref<Judge> judge = makeRef<Judge>();
   for (const Ref<Data>& archive : {one, inSet}) {
     const auto read = [&](bool allowed, Ref<Error>* error) {
       const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithData(*archive);
       decoder->setDelegate(Weak<TQJSONDecoderDelegate>(judge));
       judge->asked.clear();
-      judge->allowed = allowed;
+      judge->refused = allowed ? nullptr : &classOf<Hosted>;
       Hosted::made = 0;
       return bool(decoder->decode(error));
     };
@@ -169,13 +154,7 @@ TEST_F(TQJSONDecoderTest, RecordsWhatConstructorsThrowAndMembersOfAnotherKind) {
 
 TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
   constexpr auto kLargest = std::numeric_limits<std::int64_t>::max();
-  const struct {
-    const char* json;
-    double asDouble;
-    bool asBool;
-    std::int64_t asInteger;
-    Rect asRect;
-  } cases[] = {
+  const Rows<const char*, double, bool, std::int64_t, Rect> cases{
       {"true", 1, true, 1, {}},
       {"-2.9", -2.9, true, -2, {}},
       {"0.5", 0.5, true, 0, {}},
@@ -186,15 +165,15 @@ TEST_F(TQJSONDecoderTest, ReadsMembersLeniently) {
       {R"("-0.6a5.4das-105.7bfh24.3")", -0.6, false, 0, {-0.6, 5.4, -105.7, 24.3}},
       {"null", 0, false, 0, {}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.json);
-    reading(std::string("\"k\":") + c.json, [&](TQJSONDecoder& decoder) {
-      const Point origin = c.asRect.origin;
+  for (const auto& [json, asDouble, asBool, asInteger, asRect] : cases) {
+    SCOPED_TRACE(json);
+    reading(std::string("\"k\":") + json, [&](TQJSONDecoder& decoder) {
+      const Point origin = asRect.origin;
       EXPECT_TRUE(decoder.containsValueForKey("k"));
-      EXPECT_EQ(decoder.decodeDoubleForKey("k", 9), c.asDouble);
-      EXPECT_EQ(decoder.decodeBoolForKey("k", !c.asBool), c.asBool);
-      EXPECT_EQ(decoder.decodeIntegerForKey("k", 9), c.asInteger);
-      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("k", {9, 9, 9, 9})), textFromRect(c.asRect));
+      EXPECT_EQ(decoder.decodeDoubleForKey("k", 9), asDouble);
+      EXPECT_EQ(decoder.decodeBoolForKey("k", !asBool), asBool);
+      EXPECT_EQ(decoder.decodeIntegerForKey("k", 9), asInteger);
+      EXPECT_EQ(textFromRect(decoder.decodeRectForKey("k", {9, 9, 9, 9})), textFromRect(asRect));
       EXPECT_EQ(decoder.decodePointForKey("k", {9, 9}), origin);
       EXPECT_EQ(textFromSize(decoder.decodeSizeForKey("k", {9, 9})),
                 textFromSize({origin.x, origin.y}));
@@ -323,4 +302,3 @@ TEST_F(TQJSONDecoderTest, ReadsFilesAndOneTextAfterAnother) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,26 +1,19 @@
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
 
-#include <cmath>
-#include <limits>
-#include <stdexcept>
-
 #include "serialisation/JSONModel.h"
 #include "support/CapturedLog.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
   const Ref<String> raw = str("a/b");
   const auto members = [&](TQJSONEncoder& e) {
     e.encodeInteger(std::numeric_limits<std::int64_t>::min(), "i");
     e.encodeSize({0.1, -0.0}, "s");
-    e.encodeRect({kInfinity, -kInfinity, kNaN, 1e-320}, "r");
+    e.encodeRect({kInf, -kInf, kNaN, 1e-320}, "r");
     e.encodeObject(num(true), "o");
     e.encodeObject(nullptr, "none");
     e.encodeStringWithoutCheckingFormat(raw.get(), "t", true);
@@ -40,29 +33,25 @@ TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
 TEST(TQJSONEncoder, ClampsEveryDoubleToTheRangeOfSinglePrecision) {
   constexpr double kSmallest = 1.1754943508222875e-38;
   constexpr double kLargest = 3.4028234663852886e+38;
-  const struct {
-    double value;
-    const char* text16;
-    const char* text17;
-  } cases[] = {
+  const Rows<double, const char*, const char*> cases{
       {-0.0, "0", "0"},
       {kNaN, "0", "0"},
       {std::nextafter(kSmallest, 0), "0", "0"},
       {kSmallest, "1.175494350822288e-38", "1.1754943508222875e-38"},
       {kLargest, "3.402823466385289e+38", "3.4028234663852886e+38"},
-      {std::nextafter(kLargest, kInfinity), "3.402823466385289e+38", "3.4028234663852886e+38"},
-      {-kInfinity, "-3.402823466385289e+38", "-3.4028234663852886e+38"},
+      {std::nextafter(kLargest, kInf), "3.402823466385289e+38", "3.4028234663852886e+38"},
+      {-kInf, "-3.402823466385289e+38", "-3.4028234663852886e+38"},
       {12345678.9, "12345678.9", "12345678.9"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text17);
+  for (const auto& [value, text16, text17] : cases) {
+    SCOPED_TRACE(text17);
     const auto members = [&](TQJSONEncoder& e) {
-      e.encodeDouble(c.value, "d");
-      e.encodePoint({c.value, 1}, "p");
+      e.encodeDouble(value, "d");
+      e.encodePoint({value, 1}, "p");
     };
     EXPECT_EQ(membersOf(members),
-              std::string(",\"d\":") + c.text16 + ",\"p\":\"{" + c.text17 + ", 1}\"");
-    EXPECT_EQ(archiveOf(num(c.value)), c.text16);
+              std::string(",\"d\":") + text16 + ",\"p\":\"{" + text17 + ", 1}\"");
+    EXPECT_EQ(archiveOf(num(value)), text16);
   }
   EXPECT_EQ(archiveOf(num(std::numeric_limits<float>::infinity())), "3.402823e+38");
   EXPECT_EQ(archiveOf(num(-std::numeric_limits<float>::quiet_NaN())), "0");
@@ -84,30 +73,26 @@ TEST(TQJSONEncoder, ReportsEveryFailureAndWritesAsDeepAsTheDecoderReads) {
   cycle->addObject(cycle);
   const char* tooDeep =
       "The graph is cyclic, or nested deeper than the 512 containers that an archive may hold.";
-  const struct {
-    Ref<Object> object;
-    std::int64_t code;
-    const char* error;
-    const char* text = nullptr;
-  } cases[] = {
+  const char* any = nullptr;
+  const Rows<Ref<Object>, int, const char*, const char*> cases{
       {keyed(Null::null()), 2, "Don't know how to encode objects of class Null as keys",
        R"({:null,"z":1})"},
-      {keyed(illFormed()), 2, "Don't know how to encode objects of class String as keys"},
+      {keyed(illFormed()), 2, "Don't know how to encode objects of class String as keys", any},
       {Array::arrayWithObjects({num(1), makeRef<Opaque>(), str("x")}), 1,
        "Error - can't encode object of class Opaque", R"([1,,"x"])"},
       {Array::arrayWithObjects({raising([] { throw Exception("Name", "the reason"); }), num(1)}), 0,
        "the reason", R"([{"_class":"Scripted","b":true)"},
-      {raising([] { throw std::runtime_error("bad \xff byte"); }), 0, "bad \uFFFD byte"},
-      {raising([] { throw 7; }), 0, "unknown exception"},
-      {nested(kLimit + 1, str("x")), 0, tooDeep},
-      {nested(kLimit, Value::valueWithPoint({})), 0, tooDeep},
-      {cycle, 0, tooDeep},
+      {raising([] { throw std::runtime_error("bad \xff byte"); }), 0, "bad \uFFFD byte", any},
+      {raising([] { throw 7; }), 0, "unknown exception", any},
+      {nested(kLimit + 1, str("x")), 0, tooDeep, any},
+      {nested(kLimit, Value::valueWithPoint({})), 0, tooDeep, any},
+      {cycle, 0, tooDeep, any},
   };
-  for (const auto& c : cases) {
+  for (const auto& [object, code, message, expected] : cases) {
     Ref<Error> error;
-    const std::string text = archiveOf(c.object, &error);
-    EXPECT_EQ(text, c.text != nullptr ? c.text : text);
-    expectError(error, TQJSONEncoderError, c.code, c.error);
+    const std::string text = archiveOf(object, &error);
+    EXPECT_EQ(text, expected != nullptr ? expected : text);
+    expectError(error, TQJSONEncoderError, code, message);
   }
   cycle->removeAllObjects();
 }
@@ -207,4 +192,3 @@ TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -7,12 +7,10 @@
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
 
-#include "platform/files/ExpectFileError.h"
 #include "serialisation/JSONModel.h"
 #include "support/FailingSystemCalls.h"
 #include "support/TemporaryDirectory.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -84,20 +82,17 @@ TEST(TQJSONFileEncoder, ReportsTheFirstFailedWriteAndGoesOn) {
   const Ref<String> text = str(std::string(3 * kBuffer, 'x'));
   const Sizes all = {kBuffer, kBuffer, kBuffer, 2};
   const WriteResult full = {kBuffer, 0};
-  const struct {
-    std::vector<WriteResult> results;
-    std::int64_t code;
-  } cases[] = {
+  const Rows<std::vector<WriteResult>, std::int64_t> cases{
       {{{-1, EIO}}, EIO},
       {{{100, 0}}, 0},
       {{full, {-1, EINTR}, {-1, ENOSPC}}, EINTR},
       {{full, full, full, {1, 0}}, 0},
   };
-  for (const auto& c : cases) {
-    const Writes writes(c.results);
+  for (const auto& [results, code] : cases) {
+    const Writes writes(results);
     Ref<Error> error;
     EXPECT_FALSE(TQJSONEncoder::encodeObject(text, anyFile, &error));
-    expectError(error, TQJSONFileEncoderError, c.code, "Archive write failed");
+    expectError(error, TQJSONFileEncoderError, code, "Archive write failed");
     EXPECT_EQ(Writes::sizes, all);
     EXPECT_EQ(Writes::text, archiveOf(text));
   }
@@ -183,4 +178,3 @@ TEST(TQJSONDataEncoder, AppendsToItsBufferAndRequiresOne) {
 }
 
 }  // namespace
-}  // namespace tq
