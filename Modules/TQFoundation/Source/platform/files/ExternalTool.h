@@ -30,12 +30,12 @@ struct ExternalTool {
   /// A path, or a name that is searched in $PATH.
   std::string program;
   /// The arguments, passed exactly as given: no shell interprets them.
-  std::vector<std::string> arguments;
+  std::vector<std::string> arguments = {};
   /// Its standard input. Must stay valid until runExternalTool() returns. A tool may end or close
   /// its input before it has read all of it.
-  std::span<const std::byte> input;
+  std::span<const std::byte> input = {};
   /// Its working directory. If empty, that of this process.
-  std::string workingFolder;
+  std::string workingFolder = {};
   /// No time-out if 0, negative or NaN.
   double timeoutSeconds = 0;
   /// The limit for each of its two output streams.

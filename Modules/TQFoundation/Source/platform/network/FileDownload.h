@@ -21,9 +21,9 @@ namespace tq {
 struct FileDownloadHandler {
   /// Progress: the bytes on disk, including those of earlier attempts, and the expected total, -1
   /// if it is unknown. Called at the start and for each piece, many times a second.
-  std::function<void(std::int64_t received, std::int64_t expected)> didWriteData;
+  std::function<void(std::int64_t received, std::int64_t expected)> didWriteData = nullptr;
   /// Called once, last. Without an error the file is complete and in its place.
-  std::function<void(const URLResponse&, Ref<Error>)> didComplete;
+  std::function<void(const URLResponse&, Ref<Error>)> didComplete = nullptr;
 };
 
 /// The download of one file. Suspended until resume() is called.

@@ -64,28 +64,30 @@ struct URLSessionConfiguration {
   double timeoutIntervalForResource = 604800;
   int HTTPMaximumConnectionsPerHost = 6;  ///< limit of simultaneous connections to one server
   int HTTPMaximumRedirects = 20;          ///< more fail with URLErrorHTTPTooManyRedirects
-  ReadingLimits readingLimits;            ///< its decompressedBytes limit the collected bodies
+  ReadingLimits readingLimits = {};       ///< its decompressedBytes limit the collected bodies
   bool HTTPShouldUsePipelining = false;   ///< no effect: the protocol decides
   bool HTTPShouldSetCookies = true;       ///< cookies are kept in memory for the session's lifetime
   /// `never` accepts no cookies; the other two mean the same.
   HTTPCookieAcceptPolicy cookieAcceptPolicy = HTTPCookieAcceptPolicy::onlyFromMainDocumentDomain;
   /// No effect: a session has no cache.
   URLRequestCachePolicy requestCachePolicy = URLRequestCachePolicy::useProtocolCachePolicy;
-  bool allowsCellularAccess = true;    ///< no effect on a desktop
-  bool discretionary = false;          ///< no effect: every task starts at once
-  HTTPHeaders HTTPAdditionalHeaders;   ///< added to each request that does not set the same header
-  std::string certificateAuthorities;  ///< path of a PEM file trusted instead of the system's
+  bool allowsCellularAccess = true;  ///< no effect on a desktop
+  bool discretionary = false;        ///< no effect: every task starts at once
+  /// Added to each request that does not set the same header.
+  HTTPHeaders HTTPAdditionalHeaders = {};
+  /// The path of a PEM file that is trusted instead of the system's.
+  std::string certificateAuthorities = {};
 };
 
 /// A request.
 struct URLRequest {
   /// The URL; null fails with URLErrorBadURL.
-  Ref<URL> url;
+  Ref<URL> url = nullptr;
   /// The method, sent unchanged.
   std::string HTTPMethod = "GET";
   /// Headers; they take precedence over the session's.
-  HTTPHeaders HTTPHeaderFields;
-  Ref<Data> HTTPBody;  ///< sent with POST, PUT and similar methods; may be null
+  HTTPHeaders HTTPHeaderFields = {};
+  Ref<Data> HTTPBody = nullptr;  ///< sent with POST, PUT and similar methods; may be null
   /// Replaces the session's timeoutIntervalForRequest; 0, negative or NaN: the session's value.
   double timeoutInterval = 0;
 };
@@ -109,12 +111,12 @@ class URLSessionDataTask;
 /// They must not throw: an exception stops the process. Each may be empty.
 struct URLSessionTaskHandler {
   /// Called before the body. If it returns false, the task is cancelled.
-  std::function<bool(URLSessionDataTask&, const URLResponse&)> didReceiveResponse;
+  std::function<bool(URLSessionDataTask&, const URLResponse&)> didReceiveResponse = nullptr;
   /// Called with each piece of the body, which is valid during the call. If it returns false, the
   /// task ends with URLErrorCannotWriteToFile.
-  std::function<bool(URLSessionDataTask&, std::span<const std::byte>)> didReceiveData;
+  std::function<bool(URLSessionDataTask&, std::span<const std::byte>)> didReceiveData = nullptr;
   /// Called once, last. Without an error the body is complete, for any status code.
-  std::function<void(URLSessionDataTask&, const URLResponse&, Ref<Error>)> didComplete;
+  std::function<void(URLSessionDataTask&, const URLResponse&, Ref<Error>)> didComplete = nullptr;
 };
 
 /// A request of a session. Suspended until resume() is called.
