@@ -1,7 +1,7 @@
 # awk -v page=docs/Objects.md -f samples.awk docs/Objects.md
-# Prints the ```cpp blocks of a page as one program, in order. A block that defines a class or a
-# function is put at namespace scope, so that later blocks can use it. Any other block is the body of
-# a function, which is called. An `int main()` is called, too, and must return 0.
+# Prints the ```cpp blocks of a page as one program, in order. A block that defines a class, a name or
+# a function is put at namespace scope, so that later blocks can use it. Any other block is the body
+# of a function, which is called. An `int main()` is called, too, and must return 0.
 
 function finish() {
   place = "#line " start " \"" page "\"\n"
@@ -31,7 +31,8 @@ function finish() {
   includes = includes $0 "\n"
   $0 = ""
 }
-/^(struct|class|enum|template|namespace) / || (/^[A-Za-z].*\)( const)?( noexcept)? [{]/ && !/^(if|for|while|switch|auto|const auto) /) {
+/^(struct|class|enum|template|namespace|using|extern) / ||
+    (/^[A-Za-z].*\)( const)?( noexcept)? [{]/ && !/^(if|for|while|switch) / && !/\[.*\]\(/) {
   isAtNamespaceScope = 1
 }
 /^int main\(\)/ {
