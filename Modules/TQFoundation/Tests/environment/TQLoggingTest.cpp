@@ -1,22 +1,16 @@
 #include <TQFoundation/environment/TQLogging.h>
 
-#include <gmock/gmock.h>
-
-#include <support/CapturedLog.h>
-
-#include <atomic>
 #include <concepts>
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include <TQFoundation/objects/Number.h>
 
-namespace tq {
+#include "support/CapturedLog.h"
+#include "support/Test.h"
+#include "support/Threads.h"
+
 namespace {
 
-using testing::ElementsAre;
+using namespace test;
 
 TEST(Logging, ChannelsAreDistinct) {
   using L = TQLogging;
@@ -64,15 +58,12 @@ TEST(Logging, MessagesPassByLevelToTheSink) {
     channel.log(LogLevel::info, format, arguments...);
   };
   log("{} {:x} {} {} {} {}", -1, 255u, true, 0.5, 0.1f, 'x');
-  log("{1} {0:>4}", "a", std::string("b"));
-  log("{}", *Number::numberWith(7));
+  log("{1} {0:>4} {2}", "a", std::string("b"), *Number::numberWith(7));
   log("{} {}", 1);
   log("{} {} {} {} {} {} {} {} {} {}", 0, 1, 2, 3, 4, 5, 6, 7, 8, 9);
-  EXPECT_EQ(seen[0], "passing info -1 ff true 0.5 0.1 x");
-  EXPECT_EQ(seen[1], "passing info b    a");
-  EXPECT_EQ(seen[2], "passing info 7");
-  EXPECT_TRUE(seen[3].starts_with("passing info {} {} (")) << seen[3];
-  EXPECT_EQ(seen[4], "passing info 0 1 2 3 4 5 6 7 8 9");
+  EXPECT_THAT(seen, ElementsAre("passing info -1 ff true 0.5 0.1 x", "passing info b    a 7",
+                                testing::StartsWith("passing info {} {} ("),
+                                "passing info 0 1 2 3 4 5 6 7 8 9"));
   setLogSink(before);
 }
 
@@ -86,20 +77,16 @@ TEST(LoggingStress, ThreadsLogWhileTheSinkChanges) {
   std::atomic<int> count = 0;
   const LogSink counting = [&](const LogMessage&) { ++count; };
   const LogSink before = setLogSink(counting);
-  {
-    std::vector<std::jthread> threads;
-    for (int t = 0; t < 3; ++t) {
-      threads.emplace_back([t] {
-        for (int i = 0; i < 2000; ++i) {
-          LogChannel::channel("stress", std::to_string((i + t) % 7)).log(LogLevel::error, "{}", i);
-        }
-      });
+  onThreads(4, [&](int t) {
+    for (int i = 0; i < 2000; ++i) {
+      if (t == 3)
+        setLogSink(counting);
+      else
+        LogChannel::channel("stress", std::to_string((i + t) % 7)).log(LogLevel::error, "{}", i);
     }
-    for (int i = 0; i < 500; ++i) setLogSink(counting);
-  }
+  });
   setLogSink(before);
   EXPECT_EQ(count, 6000);
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,15 +1,10 @@
 #include <TQFoundation/environment/TQPerformanceTimer.h>
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdlib>
-#include <limits>
-
 #include <TQFoundation/platform/threads/Random.h>
 #include <TQFoundation/platform/threads/TickClockSource.h>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
 std::uint64_t now = 0;
@@ -75,11 +70,7 @@ TEST_F(PerformanceTimer, DelaysSaturate) {
   constexpr auto max = std::numeric_limits<std::int64_t>::max();
   detail::setTickClockSource(&handClock);
   now = 1000;
-  const struct {
-    double seconds;
-    std::int64_t delta;
-    DispatchTime delay;
-  } cases[] = {
+  const test::Rows<double, std::int64_t, DispatchTime> cases{
       {1, 1'000'000'000, 24'001'000},  // three ticks last 125 ns
       {1.9999999999, 1'999'999'999, 48'000'999},
       {-1e-7, -100, 998},
@@ -88,9 +79,9 @@ TEST_F(PerformanceTimer, DelaysSaturate) {
       {-inf, std::numeric_limits<std::int64_t>::min(), 1},
       {std::nan(""), 0, 1000},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(TQTimeRandomDispatchTimeDelta(c.seconds, 0), c.delta) << c.seconds;
-    EXPECT_EQ(TQTimeRandomDispatchDelay(c.seconds, 0), c.delay) << c.seconds;
+  for (const auto& [seconds, delta, delay] : cases) {
+    EXPECT_EQ(TQTimeRandomDispatchTimeDelta(seconds, 0), delta) << seconds;
+    EXPECT_EQ(TQTimeRandomDispatchDelay(seconds, 0), delay) << seconds;
   }
   EXPECT_EQ(dispatchTime(DispatchTimeForever - 6, 249), DispatchTimeForever - 1);
   EXPECT_EQ(dispatchTime(DispatchTimeForever - 6, 292), DispatchTimeForever);
@@ -101,4 +92,3 @@ TEST_F(PerformanceTimer, DelaysSaturate) {
 }
 
 }  // namespace
-}  // namespace tq

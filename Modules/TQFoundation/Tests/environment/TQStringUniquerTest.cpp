@@ -1,21 +1,11 @@
 #include <TQFoundation/environment/TQStringUniquer.h>
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
-#include <chrono>
-#include <set>
-#include <vector>
-
-namespace tq {
 namespace {
 
 TEST(StringUniquer, ContinuesTheNumbersOfTakenNames) {
-  const struct {
-    std::vector<std::string> taken;
-    const char* name;
-    const char* unique;
-    const char* copy;
-  } cases[] = {
+  const test::Rows<std::vector<std::string>, const char*, const char*, const char*> cases{
       {{}, "Oval", "Oval", "Oval copy"},
       {{"Oval"}, "Oval", "Oval 2", "Oval copy"},
       {{"Oval", "Oval 2", "Oval 4", "Oval copy"}, "Oval", "Oval 3", "Oval copy 2"},
@@ -31,10 +21,10 @@ TEST(StringUniquer, ContinuesTheNumbersOfTakenNames) {
       {{"", " 2"}, "", " 3", " copy"},
       {{"oval"}, "Oval", "Oval", "Oval copy"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(TQStringUniquer(c.taken).uniqueString(c.name), c.unique);
-    EXPECT_EQ(TQStringUniquer(c.taken).uniqueCopyName(c.name), c.copy);
+  for (const auto& [taken, name, unique, copy] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(TQStringUniquer(taken).uniqueString(name), unique);
+    EXPECT_EQ(TQStringUniquer(taken).uniqueCopyName(name), copy);
   }
 }
 
@@ -58,4 +48,3 @@ TEST(StringUniquer, GeneratesManyNamesWithoutDuplicates) {
 }
 
 }  // namespace
-}  // namespace tq

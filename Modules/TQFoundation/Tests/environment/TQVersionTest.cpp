@@ -1,19 +1,11 @@
 #include <TQFoundation/environment/TQVersion.h>
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
-#include <string>
-#include <vector>
-
-namespace tq {
 namespace {
 
 TEST(Version, ComparesThreeComponentsAsNumbers) {
-  const struct {
-    const char* first;
-    const char* second;
-    int order;
-  } cases[] = {
+  const test::Rows<const char*, const char*, int> cases{
       {"1.10", "1.9", 1},
       {"2", "2.0.0", 0},
       {"1.2.3.4", "1.2.3.9", 0},
@@ -25,18 +17,15 @@ TEST(Version, ComparesThreeComponentsAsNumbers) {
       {"1. 2", "1.-2", 1},
       {"1.2.3", "1.2.4", -1},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(TQCompareVersions(c.first, c.second), c.order) << c.first << " : " << c.second;
-    EXPECT_EQ(TQCompareVersions(c.second, c.first), -c.order) << c.second << " : " << c.first;
+  for (const auto& [first, second, order] : cases) {
+    EXPECT_EQ(TQCompareVersions(first, second), order) << first << " : " << second;
+    EXPECT_EQ(TQCompareVersions(second, first), -order) << second << " : " << first;
   }
 }
 
 TEST(Version, HighestIsTheFirstOfEqualsAndNeverZero) {
   using List = std::vector<std::string_view>;
-  const struct {
-    List versions;
-    std::optional<std::string_view> highest;
-  } cases[] = {
+  const test::Rows<List, std::optional<std::string_view>> cases{
       {{"1.2", "1.10", "1.9"}, "1.10"},
       {{"1.2", "1.2.0"}, "1.2"},
       {{"0.0", "0"}, {}},
@@ -44,12 +33,11 @@ TEST(Version, HighestIsTheFirstOfEqualsAndNeverZero) {
       {{"-1", "-2"}, {}},
       {{"0", "0.0.1", "0.0.1.9"}, "0.0.1"},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(TQHighestVersionNumber(c.versions), c.highest);
-    const std::vector<std::string> owned(c.versions.begin(), c.versions.end());
-    EXPECT_EQ(TQHighestVersionNumber(owned), c.highest);
+  for (const auto& [versions, highest] : cases) {
+    EXPECT_EQ(TQHighestVersionNumber(versions), highest);
+    const std::vector<std::string> owned(versions.begin(), versions.end());
+    EXPECT_EQ(TQHighestVersionNumber(owned), highest);
   }
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,15 +1,11 @@
-#include <gtest/gtest.h>
-
 #include <bitset>
-#include <set>
 
 #include <TQFoundation/environment/LRVariant.h>
 #include <TQFoundation/environment/TQKorvanInfo.h>
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Number.h>
-#include <TQFoundation/objects/String.h>
 
-namespace tq {
+#include "support/Objects.h"
+#include "support/Test.h"
+
 namespace {
 
 /// A delegate that may remove itself during its call.
@@ -23,8 +19,6 @@ struct FixedVariant final : Subclass<FixedVariant>, CurrentVariantDelegate {
     isInCall_ = false;
     return LRVariant::initWithRawValue(value_);
   }
-
- private:
   const std::int64_t value_;
   const bool leaves_;
   bool isInCall_ = false;
@@ -36,11 +30,7 @@ struct Variant : testing::Test {
 
 TEST_F(Variant, MatchesTheCurrentVariant) {
   EXPECT_EQ(LRVariant::current(), LRVariant::final());
-  const struct {
-    std::int64_t current;  // -1: no delegate
-    std::set<std::int64_t> matching;
-    bool debugs;
-  } cases[] = {
+  const test::Rows<std::int64_t, std::set<std::int64_t>, bool> cases{
       {-1, {1, 255}, false},
       {8, {8, 90, 122, 255}, true},
       {32, {32, 122, 255}, false},
@@ -49,14 +39,14 @@ TEST_F(Variant, MatchesTheCurrentVariant) {
       {90, {90, 122, 255}, true},
       {256, {}, false},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.current);
+  for (const auto& [current, matching, debugs] : cases) {
+    SCOPED_TRACE(current);
     LRVariant::setDelegate(nullptr);
-    if (c.current >= 0) LRVariant::setDelegate(makeRef<FixedVariant>(c.current));
+    if (current >= 0) LRVariant::setDelegate(makeRef<FixedVariant>(current));
     for (const std::int64_t set : {0, 1, 4, 8, 32, 90, 122, 255}) {
       const Ref<LRVariant> variant = LRVariant::initWithRawValue(set);
-      EXPECT_EQ(variant->matchesCurrentVariant(), c.matching.contains(set)) << set;
-      EXPECT_EQ(variant->isDebugUIEnabled(), c.debugs);
+      EXPECT_EQ(variant->matchesCurrentVariant(), matching.contains(set)) << set;
+      EXPECT_EQ(variant->isDebugUIEnabled(), debugs);
     }
   }
 }
@@ -158,4 +148,3 @@ TEST(KorvanInfo, FindsVariantsByNameIgnoringCase) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,17 +1,11 @@
 #include <TQFoundation/spatial/BreakpointTable.h>
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <map>
 #include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <TQFoundation/spatial/Collectable.h>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
 TEST(BreakpointTable, ALiteralAnswersTheGreatestBreakpointNotAboveTheKey) {
@@ -84,4 +78,3 @@ TEST(Collectable, GoesBackToItsDefaultWhenCollectedOrProjected) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,14 +1,11 @@
 #include <TQFoundation/spatial/LazyPruneTree.h>
 
-#include <gmock/gmock.h>
-
-#include <random>
 #include <ranges>
-#include <vector>
 
 #include <TQFoundation/collections/TreeTraversal.h>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
 using testing::ElementsAre;
@@ -93,4 +90,3 @@ TEST(LazyPruneTreeStress, YieldsWhatFilteringTheWholeTreeYields) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,13 +1,10 @@
 #include <TQFoundation/spatial/RTree.h>
 
 #include <bit>
-#include <cstdint>
-#include <memory>
-#include <random>
 
 #include "support/FailingAllocations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 // Its move may throw, so leaves store it in heap blocks, which are allocated too.
@@ -75,4 +72,3 @@ TEST(RTreeFault, AQueryWithoutMemoryForTheIndexIsAnsweredByTheNodes) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,20 +1,12 @@
-#include <atomic>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <vector>
-
 #include <TQFoundation/spatial/RTree.h>
 
-#include <gtest/gtest.h>
-
 #include "support/RandomRects.h"
+#include "support/Test.h"
 #include "support/Threads.h"
 
 // Queries use an index beside the nodes, or the nodes. Here each result is compared with the
 // recursion through the nodes, written with the rect functions.
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -49,53 +41,35 @@ class Place {
     const Point low{RectGetMinX(rect), RectGetMinY(rect)};
     const Point high{RectGetMaxX(rect), RectGetMaxY(rect)};
     const double extent = static_cast<double>(random_() % 4);
-    switch (random_() % 5) {
-      case 0:
-        return {high.x, high.y, extent, extent};
-      case 1:
-        return {high.x, low.y, extent, 0};
-      case 2:
-        return {low.x, high.y, 0, extent};
-      case 3:
-        return {low.x - extent, low.y - extent, extent, extent};
-      default:
-        return {low.x, low.y, 0, 0};
-    }
+    const Rect touching[] = {{high.x, high.y, extent, extent},
+                             {high.x, low.y, extent, 0},
+                             {low.x, high.y, 0, extent},
+                             {low.x - extent, low.y - extent, extent, extent},
+                             {low.x, low.y, 0, 0}};
+    return touching[random_() % 5];
   }
 
  private:
   Rect create() {
     Rect rect = sources_[source()].next();
-    switch (kind_[0]) {
-      case 'f':  // flat
-        rect.size.height = 0;
-        break;
-      case 'e':  // equal
-        rect = {0.1, 0.7, 0.2, 0.3};
-        if (random_() % 8 == 0) rect.origin.x += 0.2 + 0.1 * static_cast<double>(random_() % 3);
-        break;
-      case 'b':  // big
-        rect.origin = {1e15 + rect.origin.x / 7, rect.origin.y / 7 - 1e15};
-        break;
-      case 's':  // spread over magnitudes
-        rect.origin.x = std::ldexp(rect.origin.x - 500, static_cast<int>(random_() % 40) - 20);
-        rect.size.width = std::ldexp(rect.size.width, static_cast<int>(random_() % 40) - 20);
-        break;
-      case 'o':  // one outlier
-        if (rects_.size() == 100) rect.origin.x = 1e290;
-        break;
-      default:
-        break;
+    const std::string_view kind = kind_;
+    if (kind == "flat") rect.size.height = 0;
+    if (kind == "equal") {
+      rect = {0.1, 0.7, 0.2, 0.3};
+      if (random_() % 8 == 0) rect.origin.x += 0.2 + 0.1 * static_cast<double>(random_() % 3);
     }
+    if (kind == "big") rect.origin = {1e15 + rect.origin.x / 7, rect.origin.y / 7 - 1e15};
+    if (kind == "spread") {  // over magnitudes
+      rect.origin.x = std::ldexp(rect.origin.x - 500, static_cast<int>(random_() % 40) - 20);
+      rect.size.width = std::ldexp(rect.size.width, static_cast<int>(random_() % 40) - 20);
+    }
+    if (kind == "outlier" && rects_.size() == 100) rect.origin.x = 1e290;
     return rect;
   }
 
   std::size_t source() const {
-    return kind_[0] == 'c'   ? 1
-           : kind_[0] == 'g' ? 2
-           : kind_[0] == 'd' ? 3
-           : kind_[0] == 'w' ? 4
-                             : 0;
+    const std::size_t found = std::string_view("ucgdw").find(kind_[0]);
+    return found == std::string_view::npos ? 0 : found;
   }
 
   const char* kind_;
@@ -164,4 +138,3 @@ TEST(RTreeIndex, QueriesRunSideBySideWhileOneBuilds) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,20 +1,13 @@
 #include <TQFoundation/spatial/RTree.h>
 
-#include <algorithm>
-#include <memory>
 #include <ranges>
-#include <set>
-#include <span>
-#include <string>
-#include <vector>
 
 #include <TQFoundation/spatial/LazyPruneTree.h>
 
-#include "support/Expectations.h"
 #include "support/PlainRTree.h"
 #include "support/RandomRects.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -107,30 +100,15 @@ TEST(RTree, EqualRectsSplitIntoTheFirstAndTheThirdAgainstTheSecond) {
   EXPECT_EQ(elementsOf(tree->root()->child(1)), (std::vector{1}));
 }
 
-TEST(RTree, AGroupIsJoinedInOrderOfItsSeedsIncrease) {
-  // The seeds are the far corners 0 and 4; the others are nearer to 0, the nearest one last.
-  const Ref<Tree> tree =
-      treeOf(4, {{0, 0, 1, 1}, {3, 3, 1, 1}, {2, 2, 1, 1}, {1, 1, 1, 1}, {100, 100, 1, 1}});
-  EXPECT_EQ(elementsOf(tree->root()->child(0)), (std::vector{0, 3, 2, 1}));
-  EXPECT_EQ(elementsOf(tree->root()->child(1)), (std::vector{4}));  // unbalanced, but valid
-  EXPECT_TRUE(tree->validate());
-}
-
 TEST(RTree, ADirectoryKeepsItsFirstHalfByPosition) {
   const Ref<Tree> tree = makeRef<Tree>(4);
   RandomRects rects(RectKind::uniform, 3);
   for (int i = 0; tree->root()->children().size() < 4; ++i) tree->insert(i, rects.next());
   const Tree::Node* const root = tree->root();
-  const std::vector<const Tree::Node*> before(root->children().begin(), root->children().end());
+  const auto third = root->child(2);
   for (int i = 0; tree->root() == root; ++i) tree->insert(i, rects.next());
-
-  ASSERT_EQ(tree->root()->count(), 2U);
   EXPECT_EQ(tree->root()->child(0), root);
-  const auto sibling = std::get<1>(tree->root()->storage())[1].child;
-  EXPECT_TRUE(std::ranges::equal(root->children(), std::span(before).first(2)));
-  EXPECT_TRUE(
-      std::ranges::equal(sibling->children() | std::views::take(2), std::span(before).subspan(2)));
-  EXPECT_EQ(sibling->count(), 3U);
+  EXPECT_EQ(tree->root()->child(1)->child(0), third);
 }
 
 TEST(RTree, MeetsClosedRectsAndPointsButNeverNullOnes) {
@@ -138,17 +116,10 @@ TEST(RTree, MeetsClosedRectsAndPointsButNeverNullOnes) {
   const Ref<Tree> null = treeOf(2, {RectNull});
   EXPECT_FALSE(null->intersects(RectInfinite));
   EXPECT_FALSE(null->intersects(RectNull));
-  const Ref<Tree> tree = makeRef<Tree>(2);
-  tree->insert(0, Point{5, 5});
-  tree->insert(1, Rect{20, 20, -10, -10});
-  for (int i = 0; i < 8; ++i) tree->insert(2 + i, RectNull);
+  const Ref<Tree> tree = treeOf(2, {{5, 5, 0, 0}, {20, 20, -10, -10}, RectNull, RectNull});
   EXPECT_TRUE(tree->validate());
-  EXPECT_TRUE(tree->intersects({5, 5, 0, 0}));
-  EXPECT_TRUE(tree->intersects({0, 0, 5, 5}));
-  EXPECT_TRUE(tree->intersects({20, 20, 3, 3}));
-  EXPECT_TRUE(tree->intersects({9, 9, 1, 1}));
-  EXPECT_FALSE(tree->intersects({5.5, 5.5, 4, 4}));
-  EXPECT_FALSE(tree->intersects({kNaN, 5, 1, 1}));
+  EXPECT_TRUE(tree->intersects({0, 0, 5, 5}) && tree->intersects({20, 20, 3, 3}));
+  EXPECT_FALSE(tree->intersects({5.5, 5.5, 4, 4}) || tree->intersects({kNaN, 5, 1, 1}));
 }
 
 TEST(RTree, HoldsElementsOfAnyMovableType) {
@@ -163,16 +134,6 @@ TEST(RTree, HoldsElementsOfAnyMovableType) {
     }
   }
   EXPECT_EQ(seen.size(), 20U);
-
-  struct MayThrow {
-    explicit MayThrow(int n) : number(n) {}
-    MayThrow(const MayThrow& other) noexcept(false) : number(other.number) {}
-    const std::string text = "const, so moving copies it";
-    int number;
-  };
-  const Ref<RTree<MayThrow>> boxed = makeRef<RTree<MayThrow>>(3);
-  for (int i = 0; i < 20; ++i) boxed->insert(MayThrow(i), Point{i * 1.0, 0});
-  EXPECT_TRUE(boxed->validate());
   const Ref<RTree<bool>> flags = makeRef<RTree<bool>>(2);
   for (int i = 0; i < 20; ++i) flags->insert(i % 2 == 0, Point{i * 1.0, 0});
   EXPECT_TRUE(flags->validate());
@@ -286,4 +247,3 @@ TEST(RTreeStress, FindsWhatALinearScanFinds) {
 }
 
 }  // namespace
-}  // namespace tq

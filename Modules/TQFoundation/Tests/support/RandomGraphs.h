@@ -29,34 +29,23 @@ class RandomGraphs {
   std::size_t below(std::size_t count) { return random_() % count; }
 
   Ref<Object> leaf() {
-    switch (below(5)) {
-      case 0:
-        return Number::numberWith(number());
-      case 1:
-        return string();
-      case 2:
-        // Sometimes longer than the block that is encoded at once.
-        return Data::dataWithBytes(
-            std::string(below(50) == 0 ? 20'000 : below(40), static_cast<char>(random_())));
-      case 3:
-        return single();
-      default:
-        return packed();
-    }
+    const auto kind = below(5);
+    if (kind == 0) return Number::numberWith(number());
+    if (kind == 1) return string();
+    if (kind == 3) return single();
+    if (kind == 4) return packed();
+    // Sometimes longer than the block that is encoded at once.
+    return Data::dataWithBytes(
+        std::string(below(50) == 0 ? 20'000 : below(40), static_cast<char>(random_())));
   }
 
   Ref<Object> container(int depth) {
-    switch (below(isKeyed_ ? 5 : 4)) {
-      case 0:
-        return host_(real(), static_cast<std::int64_t>(random_()),
-                     below(4) == 0 ? nullptr : object(depth));
-      case 1:
-        return array(depth);
-      case 4:
-        return Set::setWithObjects({single(), string(), string()});
-      default:
-        return dictionary(depth);
-    }
+    const auto kind = below(isKeyed_ ? 5 : 4);
+    if (kind == 1) return array(depth);
+    if (kind == 4) return Set::setWithObjects({single(), string(), string()});
+    if (kind != 0) return dictionary(depth);
+    return host_(real(), static_cast<std::int64_t>(random_()),
+                 below(4) == 0 ? nullptr : object(depth));
   }
 
   /// Without powers of ten: the second encoding of 1e23 and of some others differs from the first.

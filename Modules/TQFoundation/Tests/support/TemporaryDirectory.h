@@ -1,6 +1,7 @@
 #pragma once
 
 #include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -103,18 +103,12 @@ class ThreadModel {
 
   /// Sleeps while the cell holds `expected`.
   void wait(std::size_t cell, std::uint64_t expected) {
-    if (outside_ != nullptr) throw Violation("nobody is left to wake a sleeper");
-    std::vector<std::uint64_t>& log = now_.threads[self_].log;
-    if (position_ < log.size()) return void(++position_);
-    if (!mayStep_) throw Pause();
-    mayStep_ = false;
-    if (now_.cells[cell] != expected) {
-      log.push_back(0);
-      ++position_;
-      return;
-    }
-    now_.threads[self_].sleepsOn = cell;  // the thread that wakes it adds to its log
-    throw Pause();
+    step([&](auto& cells) {
+      if (outside_ != nullptr) throw Violation("nobody is left to wake a sleeper");
+      if (cells[cell] != expected) return 0;
+      now_.threads[self_].sleepsOn = cell;  // the thread that wakes it adds to its log
+      throw Pause();
+    });
   }
 
   /// Wakes all sleepers, or one; each choice of the one is a branch.
