@@ -1,13 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <numbers>
-
 #include <TQFoundation/base/AffineTransform.h>
 #include <TQFoundation/base/Rect.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -124,4 +119,3 @@ TEST(Rect, MiddleIsMinimumPlusHalfTheExtent) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,15 +1,10 @@
 #include <TQFoundation/base/NumberText.h>
 
-#include <gtest/gtest.h>
-
 #include <bit>
-#include <cmath>
 #include <cstdio>
-#include <limits>
-#include <random>
-#include <string>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
 template <char* (*write)(char*, double) noexcept>
@@ -69,4 +64,3 @@ TEST(NumberText, WritesTheSpecialValues) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,8 +1,7 @@
 #include <TQFoundation/base/TQAssert.h>
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 void requirePositive(int value) { TQ_ASSERT(value > 0); }
@@ -15,4 +14,3 @@ TEST(TQAssert, NamesFunctionSourceLineAndConditionThenAborts) {
 }
 
 }  // namespace
-}  // namespace tq
