@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
 #include <plist/plist.h>
+
 #include <sstream>
 
 #include <TQFoundation/objects/Array.h>

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
 #include <filesystem>
 
 #include <TQFoundation/platform/files/FileReading.h>

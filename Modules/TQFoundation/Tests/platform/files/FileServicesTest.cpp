@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 #include <unistd.h>
+
 #include <filesystem>
 
 #include <TQFoundation/platform/bytes/Digest.h>

@@ -439,22 +439,4 @@ TEST_F(URLSessionTest, RunsTasksOfManyThreads) {
   completed.wait();
 }
 
-TEST(URLSessionDeathTest, ExitIsClean) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(
-      {
-        std::promise<void> asked;
-        LoopbackServer server({{"/", [&](const Socket& socket, const Request&) {
-                                  asked.set_value();
-                                  static_cast<void>(socket.receive());
-                                }}});
-        const auto session = URLSession::sessionWithConfiguration({});
-        const auto task = session->dataTaskWithURL(URL::URLWithString(server.url("/")), nullptr);
-        task->resume();
-        asked.get_future().wait();
-        std::exit(0);
-      },
-      testing::ExitedWithCode(0), "^$");
-}
-
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <sqlite3.h>
+
 #include <filesystem>
 
 #include <TQFoundation/platform/log/LogChannel.h>
