@@ -29,8 +29,6 @@ struct Scripted : Subclass<Scripted> {
     static Decode decode;
     return decode;
   }
-
- private:
   Encode encode_;
 };
 
@@ -114,8 +112,6 @@ struct Record final : Subclass<Record> {
     e.encodePoint(point, "point");
     e.encodeSize(rect.size, "size");
   }
-
- private:
   Rect rect;
   Point point = rect.origin;
   double number;

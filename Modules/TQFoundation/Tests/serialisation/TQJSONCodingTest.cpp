@@ -40,8 +40,6 @@ struct Replaced final : Subclass<Replaced> {
   explicit Replaced(Ref<Object> other) : other_(std::move(other)) {}
   Ref<Object> replacementObjectForJSONEncoder(TQJSONEncoder&) const { return other_; }
   void encodeAsJSON(TQJSONEncoder& encoder) const { encoder.encodeBool(true, "itself"); }
-
- private:
   Ref<Object> other_;
 };
 
