@@ -1,17 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <new>
-#include <string>
-#include <vector>
-
 #include <TQFoundation/collections/Multiset.h>
 #include <TQFoundation/collections/Queue.h>
 #include <TQFoundation/collections/RecentsList.h>
 
 #include "support/FailingAllocations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 /// A string that is long enough to need an allocation.
@@ -49,4 +42,3 @@ TEST(SmallCollectionsFault, ChangesAreCompleteOrHaveNoEffect) {
 }
 
 }  // namespace
-}  // namespace tq

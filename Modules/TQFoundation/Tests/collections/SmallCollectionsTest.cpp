@@ -1,15 +1,5 @@
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <cmath>
-#include <functional>
-#include <memory>
 #include <ranges>
 #include <sstream>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include <TQFoundation/collections/BinarySearch.h>
 #include <TQFoundation/collections/Multiset.h>
@@ -20,10 +10,11 @@
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/collections/Stack.h>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
-using testing::ElementsAre;
+using namespace test;
 
 std::string textOf(const Multiset<std::string>& set) {
   std::string text;
@@ -198,12 +189,9 @@ TEST(BinarySearch, FindsTheKeyOrItsInsertionPosition) {
     int age;
   };
   const std::vector<Person> people = {{"a", 10}, {"b", 20}, {"c", 20}, {"d", 40}};
-  const struct {
-    int key;
-    BinarySearchResult expected;
-  } cases[] = {{5, {0, false}},  {10, {0, true}}, {20, {1, true}},
-               {30, {3, false}}, {40, {3, true}}, {50, {4, false}}};
-  for (const auto& c : cases) EXPECT_EQ(binarySearch(people, c.key, &Person::age), c.expected);
+  const Rows<int, BinarySearchResult> cases{{5, {0, false}},  {10, {0, true}}, {20, {1, true}},
+                                            {30, {3, false}}, {40, {3, true}}, {50, {4, false}}};
+  for (const auto& [key, found] : cases) EXPECT_EQ(binarySearch(people, key, &Person::age), found);
   EXPECT_EQ(binarySearch(std::vector{9, 7, 5}, 7, {}, std::greater<>()),
             (BinarySearchResult{1, true}));
   EXPECT_EQ(binarySearch(std::vector<int>(), 1), (BinarySearchResult{0, false}));
@@ -222,4 +210,3 @@ TEST(NearestNeighbour, ReturnsTheFirstOfTheNearestInReach) {
 }
 
 }  // namespace
-}  // namespace tq

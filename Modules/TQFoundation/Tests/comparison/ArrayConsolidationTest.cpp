@@ -1,24 +1,12 @@
-#include <gmock/gmock.h>
-
-#include <algorithm>
-#include <stdexcept>
-#include <string>
-#include <vector>
-
 #include <TQFoundation/comparison/TQArrayConsolidator.h>
 #include <TQFoundation/comparison/TQArrayCrossReferenceHandler.h>
 
 #include "comparison/Letters.h"
+#include "support/Test.h"
 
-#include "support/Expectations.h"
-
-namespace tq {
 namespace {
 
-using test::letters;
-using test::textOf;
-using testing::ElementsAre;
-using testing::UnorderedElementsAre;
+using namespace test;
 using Log = std::vector<std::string>;
 
 bool areEqual(const Object& a, std::size_t, const Object& b, std::size_t) { return a.isEqual(b); }
@@ -134,4 +122,3 @@ TEST(CrossReference, ReportsMatchesThenRemovalsThenAdditions) {
 }
 
 }  // namespace
-}  // namespace tq

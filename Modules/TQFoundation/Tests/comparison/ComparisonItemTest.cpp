@@ -1,11 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include <TQFoundation/comparison/TQComparisonArrayChange.h>
 #include <TQFoundation/objects/String.h>
 
-namespace tq {
+#include "support/Test.h"
+
 namespace {
 
 Ref<TQComparisonPathItem> path(const Ref<TQComparisonItem>& parent, std::string name,
@@ -100,4 +97,3 @@ TEST(ComparisonItem, LinkingUnlinksTheOwnPartnerButNotTheOthers) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,11 +1,7 @@
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <vector>
-
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/String.h>
+#include "support/Objects.h"
+#include "support/Test.h"
 
 namespace tq::test {
 

@@ -1,17 +1,9 @@
 #include <TQFoundation/comparison/TQRangeMap.h>
 
-#include <gmock/gmock.h>
-
-#include <string>
-#include <vector>
-
-#include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/String.h>
-
-#include "support/Expectations.h"
+#include "support/Objects.h"
 #include "support/OnDestruction.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using testing::ElementsAre;
@@ -80,4 +72,3 @@ TEST(TQRangeMap, ReplacesByStartAndRemovesFromALocationOn) {
 }
 
 }  // namespace
-}  // namespace tq

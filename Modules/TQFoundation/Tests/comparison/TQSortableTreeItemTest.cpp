@@ -1,24 +1,15 @@
 #include <TQFoundation/comparison/TQSortableTreeItem.h>
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <TQFoundation/objects/Null.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 struct Named final : Subclass<Named>, TQSortable {
   static constexpr std::string_view className = "Named";
   explicit Named(std::string name) : name_(std::move(name)) {}
   [[nodiscard]] std::string name() const override { return name_; }
-
- private:
   std::string name_;
 };
 
@@ -87,4 +78,3 @@ TEST(TQSortableTreeItem, DeepNamesDoNotRecurse) {
 }
 
 }  // namespace
-}  // namespace tq
