@@ -1,14 +1,6 @@
 #include <dlfcn.h>
 #include <errno.h>
-#include <gtest/gtest.h>
 #include <pthread.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <functional>
-#include <new>
-#include <string>
-#include <vector>
 
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/concurrency/caches/TQCache.h>
@@ -22,6 +14,7 @@
 
 #include "support/FailingAllocations.h"
 #include "support/OnDestruction.h"
+#include "support/Test.h"
 
 // This definition replaces the system's, so that the system can be out of threads. If there is a
 // sanitizer, its definition is used.
@@ -40,7 +33,6 @@ extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* 
   return hasThreads ? real(thread, how, run, argument) : EAGAIN;
 }
 
-namespace tq {
 namespace {
 
 using test::failEachAllocation;
@@ -177,26 +169,19 @@ TEST(ConcurrencyFault, APoolLosesNoObjects) {
     const Ref<TQObjectPool> pool =
         TQObjectPool::initWithObjectCreatorBlock([]() -> Ref<Object> { return String::of("new"); });
     const ScopedValue isOpen(open, pool.get());
-    std::size_t idle = 0;
-    const auto count = [&] {
-      std::size_t found = 0;
-      pool->allObjectsWithBlock([&](std::span<const Ref<Object>> all) { found = all.size(); });
-      return found;
-    };
-    for (; idle < 30; ++idle) pool->recycleObject(makeRef<test::OnDestruction>(callBack));
+    for (int i = 0; i < 30; ++i) pool->recycleObject(makeRef<test::OnDestruction>(callBack));
     try {
       pool->setMaximumPoolCount(10);
     } catch (const std::bad_alloc&) {
       EXPECT_EQ(pool->maximumPoolCount(), 0u);
-      EXPECT_EQ(count(), idle);
+      pool->allObjectsWithBlock([](auto all) { EXPECT_EQ(all.size(), 30u); });
       throw;
     }
     return pool->removeAllObjects().size() == 10;
   });
 }
 
-class Target final : public Subclass<Target> {
- public:
+struct Target final : Subclass<Target> {
   static constexpr std::string_view className = "Target";
   void update() { ++updates; }
   int updates = 0;
@@ -237,4 +222,3 @@ TEST(ConcurrencyFault, AMapReturnsAllResultsOrThrows) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,9 +1,6 @@
 #include <TQFoundation/concurrency/caches/detail/FairSharedLock.h>
 
-#include <gtest/gtest.h>
-
-#include <thread>
-#include <vector>
+#include "support/Test.h"
 
 namespace tq::detail {
 namespace {

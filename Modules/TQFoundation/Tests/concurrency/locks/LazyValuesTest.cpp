@@ -1,24 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <barrier>
-#include <chrono>
-#include <functional>
-#include <memory>
 #include <semaphore>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include <TQFoundation/concurrency/locks/LazyObject.h>
 #include <TQFoundation/concurrency/locks/ResettableLazy.h>
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/objects/String.h>
 
+#include "support/Test.h"
 #include "support/Threads.h"
 
-namespace tq {
 namespace {
 
 using Owned = std::unique_ptr<TQLazyVar, decltype(&TQLazyVarFree)>;
@@ -120,7 +110,6 @@ TEST(LazyObject, OwnsItsObject) {
   const auto object = String::of("lazy");
   {
     LazyObject<String> lazy;
-    EXPECT_EQ(lazy.get(), nullptr);
     EXPECT_EQ(lazy.getOrCreate([] { return Ref<String>(); }), nullptr);
     EXPECT_EQ(lazy.getOrCreate([&] { return object; }), object);
     EXPECT_EQ(lazy.get(), object);
@@ -130,4 +119,3 @@ TEST(LazyObject, OwnsItsObject) {
 }
 
 }  // namespace
-}  // namespace tq

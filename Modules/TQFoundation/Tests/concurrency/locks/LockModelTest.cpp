@@ -1,23 +1,15 @@
 // Explores every interleaving of two or three threads in the locks and the lock-free stack.
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include <TQFoundation/concurrency/locks/detail/TaggedStack.h>
 #include <TQFoundation/concurrency/locks/detail/UnfairWord.h>
 #include <TQFoundation/platform/threads/detail/FifoLock.h>
 
+#include "support/Test.h"
 #include "support/ThreadModel.h"
 
-namespace tq {
 namespace {
 
-using test::ModelSystem;
-using test::ThreadModel;
+using namespace test;
 
 void require(bool condition, const char* what) {
   if (!condition) throw ThreadModel::Violation(what);
@@ -150,4 +142,3 @@ TEST(LockModel, TaggedStackNeitherLosesNorDuplicatesNodes) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,29 +1,23 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <barrier>
-#include <cmath>
-#include <cstdlib>
 #include <future>
-#include <mutex>
-#include <stdexcept>
-#include <string>
-#include <thread>
+#include <latch>
 
 #include <TQFoundation/concurrency/work/ConcurrentMap.h>
 #include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
-#include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/Null.h>
+#include <TQFoundation/platform/loops/Timer.h>
+#include <TQFoundation/platform/network/URLSession.h>
+#include <TQFoundation/platform/operations/OperationQueue.h>
 #include <TQFoundation/platform/operations/WorkerPool.h>
 
+#include "support/LoopbackServer.h"
 #include "support/Numbers.h"
+#include "support/Objects.h"
+#include "support/Test.h"
 #include "support/Threads.h"
 
-namespace tq {
 namespace {
 
-using test::numbers;
-using test::valueOf;
+using namespace test;
 
 Ref<Object> squared(Object& object) {
   return Number::numberWith(valueOf(object) * valueOf(object));
@@ -78,13 +72,9 @@ TEST(ConcurrentMap, ExceptionsOfBlocksReachTheCaller) {
   EXPECT_THROW(static_cast<void>(applyBlockConcurrentlyAndCountSuccess(*none, nullptr)), Exception);
 }
 
-struct Outcome {
-  Ref<Array> results;
-  std::exception_ptr failure;
-};
-
-Outcome mapped(const Array& array, std::ptrdiff_t maximum, const ArrayMapBlock& block) {
-  std::promise<Outcome> promise;
+std::pair<Ref<Array>, std::exception_ptr> mapped(const Array& array, std::ptrdiff_t maximum,
+                                                 const ArrayMapBlock& block) {
+  std::promise<std::pair<Ref<Array>, std::exception_ptr>> promise;
   mapWithMaxConcurrencyCount(array, maximum, block,
                              [&](Ref<Array> results, std::exception_ptr failure) {
                                promise.set_value({std::move(results), std::move(failure)});
@@ -114,18 +104,18 @@ TEST(TQConcurrentMapOperation, CompletesOnceWithTheResultsInOrder) {
 
 TEST(TQConcurrentMapOperation, FailuresReachTheCompletion) {
   const auto array = numbers(100);
-  const auto thrown = mapped(*array, 4, [](Object& object) -> Ref<Object> {
-    if (valueOf(object) >= 40) throw std::runtime_error(std::to_string(valueOf(object)));
+  const auto [none, failure] = mapped(*array, 4, [](Object& object) -> Ref<Object> {
+    if (valueOf(object) >= 40) throw valueOf(object);
     return squared(object);
   });
-  EXPECT_EQ(thrown.results, nullptr);
+  EXPECT_EQ(none, nullptr);
   try {
-    std::rethrow_exception(thrown.failure);
-  } catch (const std::runtime_error& error) {
-    EXPECT_STREQ(error.what(), "40") << "the first failure in order";
+    std::rethrow_exception(failure);
+  } catch (std::int64_t thrown) {
+    EXPECT_EQ(thrown, 40) << "the first failure in order";
   }
-  const auto none = mapped(*array, 4, [](Object&) { return nullptr; });
-  EXPECT_THROW(std::rethrow_exception(none.failure), Exception);
+  const auto nulls = mapped(*array, 4, [](Object&) { return nullptr; });
+  EXPECT_THROW(std::rethrow_exception(nulls.second), Exception);
   const auto ignore = [](Ref<Array>) {};
   EXPECT_THROW(mapWithMaxConcurrencyCount(*array, 1, nullptr, ignore), Exception);
   EXPECT_THROW(mapWithMaxConcurrencyCount(*array, 1, squared, ArrayMapCompletion()), Exception);
@@ -220,11 +210,9 @@ TEST(ConcurrentMapStress, SharesLoopsThatBecomeExpensive) {
             if (i < cheap) return;
             if (std::this_thread::get_id() != caller) isShared = true;
             const auto dear = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
-            auto now = dear;
-            do {  // until another thread takes part
-              std::this_thread::yield();
-              now = std::chrono::steady_clock::now();
-            } while (!isShared && now < dear && now < end);
+            while (!isShared && std::chrono::steady_clock::now() < std::min(dear, end)) {
+              std::this_thread::yield();  // until another thread takes part
+            }
           },
           &cost);
       EXPECT_TRUE(isShared) << cheap << " cheap calls";
@@ -232,7 +220,8 @@ TEST(ConcurrentMapStress, SharesLoopsThatBecomeExpensive) {
   }
 }
 
-TEST(ConcurrentMapDeathTest, ExitWithWorkersAliveIsClean) {
+// The process exits while all of this is pending.
+TEST(ConcurrencyDeathTest, ExitIsClean) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
@@ -240,10 +229,26 @@ TEST(ConcurrentMapDeathTest, ExitWithWorkersAliveIsClean) {
         std::thread([] {
           for (;;) parallelApply(1'000, [](std::size_t) { std::this_thread::yield(); });
         }).detach();
+        std::promise<void> asked;
+        LoopbackServer server({{"/", [&](const Socket& socket, const LoopbackServer::Request&) {
+                                  asked.set_value();
+                                  static_cast<void>(socket.receive());
+                                }}});
+        const auto session = URLSession::sessionWithConfiguration({});
+        session->dataTaskWithURL(URL::URLWithString(server.url("/")), nullptr)->resume();
+        asked.get_future().wait();
+        RunLoop& loop = RunLoop::main();
+        Timer::scheduledTimerWithTimeInterval(
+            1, [](Timer&) {}, share(loop), true);
+        loop.performBlock([] {});
+        mainQueueAsync([] {});
+        std::thread([] { RunLoop::current().run(); }).detach();
+        static std::latch never(1);
+        const auto queue = OperationQueue::init();
+        for (int i = 0; i < 100; ++i) queue->addOperationWithBlock([] { never.wait(); });
         std::exit(0);
       },
       testing::ExitedWithCode(0), "^$");
 }
 
 }  // namespace
-}  // namespace tq

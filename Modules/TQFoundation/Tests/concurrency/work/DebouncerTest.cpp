@@ -1,17 +1,13 @@
 #include <TQFoundation/concurrency/work/Debouncer.h>
 
-#include <gtest/gtest.h>
-
-#include <chrono>
 #include <latch>
-#include <thread>
 
 #include <TQFoundation/concurrency/work/TimerBlock.h>
-#include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/String.h>
-#include "support/HandMovedClock.h"
 
-namespace tq {
+#include "support/HandMovedClock.h"
+#include "support/Objects.h"
+#include "support/Test.h"
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -36,16 +32,12 @@ TEST(Debouncer, RunsItsActionOnceAfterTheLastRequestOfABurst) {
 }
 
 TEST(Debouncer, ActionMayRequestAgainAndReleaseTheLastReference) {
+  EXPECT_DEATH(static_cast<void>(Debouncer::init(1, nullptr)), "actionToPerform != nullptr");
   HandMovedClock clock;
   int runs = 0;
   Ref<LRDebouncer> debouncer;
-  debouncer = LRDebouncer::init(0.1, [&] {
-    if (++runs == 1) {
-      debouncer->schedulePerformAction();
-    } else {
-      debouncer = nullptr;
-    }
-  });
+  debouncer = LRDebouncer::init(
+      0.1, [&] { ++runs == 1 ? debouncer->schedulePerformAction() : void(debouncer = nullptr); });
   debouncer->schedulePerformAction();
   for (const int expected : {1, 2, 2}) {
     clock.pass(100ms);
@@ -109,9 +101,4 @@ TEST(TimerBlock, RunsItsBlockUntilTheBlockInvalidatesIt) {
   TQExecuteSimpleBlock(*foreign);
 }
 
-TEST(DebouncerDeathTest, NeedsAnAction) {
-  EXPECT_DEATH(static_cast<void>(Debouncer::init(1, nullptr)), "actionToPerform != nullptr");
-}
-
 }  // namespace
-}  // namespace tq

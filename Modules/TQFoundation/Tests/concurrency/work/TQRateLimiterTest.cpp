@@ -1,16 +1,11 @@
 #include <TQFoundation/concurrency/work/TQRateLimiter.h>
 
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <thread>
-#include <vector>
-
-#include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
 
-namespace tq {
+#include "support/Objects.h"
+#include "support/Test.h"
+#include "support/Threads.h"
+
 namespace {
 
 struct View final : Subclass<View> {
@@ -69,7 +64,7 @@ TEST_P(RateLimiting, ManyRequestsMakeOneUpdate) {
   EXPECT_EQ(view->redrawn, 3) << "through the block that was scheduled before";
 }
 
-TEST_P(RateLimiting, ARequestDuringTheUpdateMakesAnother) {
+TEST_P(RateLimiting, ARequestDuringTheUpdateMakesAnotherAndKeepsTheLimiterButNotTheTarget) {
   view->then = [&] {
     if (view->redrawn == 1) limiter->setNeedsUpdate(true);
     EXPECT_EQ(limiter->needsUpdate(), view->redrawn == 1);
@@ -78,9 +73,6 @@ TEST_P(RateLimiting, ARequestDuringTheUpdateMakesAnother) {
   pass();
   pass();
   EXPECT_EQ(view->redrawn, 2);
-}
-
-TEST_P(RateLimiting, TheBlockKeepsTheLimiterAliveButNotTheTarget) {
   const Weak<TQRateLimiter> weakLimiter = limiter;
   limiter->setNeedsUpdate(true);
   view = nullptr;
@@ -93,12 +85,10 @@ TEST_P(RateLimiting, TheBlockKeepsTheLimiterAliveButNotTheTarget) {
 
 TEST_P(RateLimiting, RequestsOfManyThreadsAreNeverLost) {
   for (int round = 0; round < 300; ++round) {
-    int before = view->redrawn;
-    std::jthread one([&] { limiter->setNeedsUpdate(true); });
-    std::jthread two([&] { limiter->setNeedsUpdate(true); });
+    const int before = view->redrawn;
+    std::jthread requests([&] { test::onThreads(2, [&] { limiter->setNeedsUpdate(true); }); });
     pass();
-    one.join();
-    two.join();
+    requests.join();
     pass();
     EXPECT_GT(view->redrawn, before);
     EXPECT_FALSE(limiter->needsUpdate());
@@ -154,4 +144,3 @@ TEST(TQRateLimiter, PassesTheArgumentsOfTheMethod) {
 }
 
 }  // namespace
-}  // namespace tq
