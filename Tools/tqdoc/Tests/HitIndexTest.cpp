@@ -1,15 +1,9 @@
 #include "Model/HitIndex.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <string>
-#include <vector>
-
 #include "Model/Crossings.h"
 #include "Render/Canvas.h"
 #include "Support.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 namespace {

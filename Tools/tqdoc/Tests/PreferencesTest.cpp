@@ -1,10 +1,7 @@
 #include "Preferences/Preferences.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-
-#include <support/TemporaryDirectory.h>
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 namespace {

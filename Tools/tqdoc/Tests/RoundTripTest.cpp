@@ -1,16 +1,7 @@
 #include "Files/RoundTrip.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cerrno>
-#include <cmath>
 #include <filesystem>
-#include <string>
-
-#include <support/CapturedLog.h>
-#include <support/FailingSystemCalls.h>
-#include <support/TemporaryDirectory.h>
 
 #include "Files/FileList.h"
 #include "Model/Compare.h"
@@ -18,6 +9,10 @@
 #include "Model/Numbers.h"
 #include "Render/Canvas.h"
 #include "Support.h"
+#include "support/CapturedLog.h"
+#include "support/FailingSystemCalls.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
@@ -37,26 +32,22 @@ class Drawings : public testing::Test {
 
 TEST_F(Drawings, ThatDifferAreReported) {
   const auto one = drawingOf("<g id='g'><path id='p' d='M0 0h9v9' fill='red'/></g>");
-  const struct {
-    const char* inside;
-    const char* difference;
-    bool looksTheSame = false;
-  } cases[] = {
-      {"<g id='g'><path id='p' d='M0 0h9v8' fill='red'/></g>", "root/0/0 (p): the paths differ"},
+  const tq::test::Rows<const char*, const char*, bool> cases{
+      {"<g id='g'><path id='p' d='M0 0h9v8' fill='red'/></g>", "root/0/0 (p): the paths differ",
+       false},
       {"<g id='g'><path id='p' d='M0 0h9v9' fill='#fe0000'/></g>",
-       "root/0/0 (p): the styles differ"},
+       "root/0/0 (p): the styles differ", false},
       {"<g id='h'><path id='p' d='M0 0h9v9' fill='red'/></g>", "root/0 (g): the names differ",
        true},
-      {"<g id='g'/>", "root/0: the numbers of children differ"},
-      {"<path id='g' d='M0 0'/>", "root/0 (g): the kinds differ"},
+      {"<g id='g'/>", "root/0: the numbers of children differ", false},
+      {"<path id='g' d='M0 0'/>", "root/0 (g): the kinds differ", false},
       {"<g id='g' opacity='.5'><path id='p' d='M0 0h9v9' fill='red'/></g>",
-       "root/0 (g): the opacities differ"},
+       "root/0 (g): the opacities differ", false},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.inside);
-    const auto other = drawingOf(c.inside);
-    EXPECT_EQ(firstDifference(*one, *other), c.difference);
-    EXPECT_EQ(looksTheSame(*one, *other, 90), c.looksTheSame);
+  for (const auto& [inside, difference, isAlike] : cases) {
+    const auto other = drawingOf(inside);
+    EXPECT_EQ(firstDifference(*one, *other), difference) << inside;
+    EXPECT_EQ(looksTheSame(*one, *other, 90), isAlike) << inside;
   }
   EXPECT_EQ(firstDifference(*one, *one), std::nullopt);
 }

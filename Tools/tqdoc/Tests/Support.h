@@ -3,12 +3,8 @@
 /// @file Support.h
 /// Shared by the tests of tqdoc.
 
-#include <gtest/gtest.h>
-
-#include <span>
-#include <string>
-
 #include "Svg/SvgReader.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 

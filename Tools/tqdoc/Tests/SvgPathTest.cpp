@@ -1,13 +1,7 @@
 #include "Svg/SvgPath.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <string>
-
 #include "Support.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
@@ -31,11 +25,7 @@ struct Parsed {
 }
 
 TEST(SvgPath, ReadsEveryCommandUpToTheFirstError) {
-  const struct {
-    std::string data;
-    const char* text;
-    std::size_t fault = std::string_view::npos;
-  } cases[] = {
+  const tq::test::Rows<std::string, const char*> whole{
       {"", ""},
       {"M1 2L3 4", "M1,2 L3,4 "},
       {" M 1,2 , 3 , 4 ", "M1,2 L3,4 "},
@@ -56,6 +46,13 @@ TEST(SvgPath, ReadsEveryCommandUpToTheFirstError) {
       {"M0 0A0 5 0 0 1 3 4", "M0,0 L3,4 "},
       {"M2 2A5 5 0 0 1 2 2L3 3", "M2,2 L3,3 "},
       {"M1e999-1e999 1e-999 0", "M1000000000000,-1000000000000 L0,0 "},
+  };
+  for (const auto& [data, text] : whole) {
+    const Parsed parsed = parse(data);
+    EXPECT_EQ(parsed.text, text) << data;
+    EXPECT_EQ(parsed.fault, std::string_view::npos) << data;
+  }
+  const tq::test::Rows<std::string, const char*, std::size_t> faulty{
       {"M0 0" + std::string(400, '9') + " 1", "M0,1000000000000 ", 0},
       {"L1 1", "", 0},
       {"M1 1 2", "M1,1 ", 0},
@@ -65,11 +62,10 @@ TEST(SvgPath, ReadsEveryCommandUpToTheFirstError) {
       {"M1 1C1 1 2 2", "M1,1 ", 4},
       {"M1 1A1 1 0 2 0 3 3", "M1,1 ", 4},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.data);
-    const Parsed parsed = parse(c.data);
-    EXPECT_EQ(parsed.text, c.text);
-    EXPECT_EQ(parsed.fault, c.fault);
+  for (const auto& [data, text, fault] : faulty) {
+    const Parsed parsed = parse(data);
+    EXPECT_EQ(parsed.text, text) << data;
+    EXPECT_EQ(parsed.fault, fault) << data;
   }
 }
 
@@ -92,13 +88,7 @@ TEST(SvgPath, ReadsEveryCommandUpToTheFirstError) {
 }
 
 TEST(SvgPath, ArcsFollowTheirEllipse) {
-  const struct {
-    const char* data;
-    tq::Point centre;
-    tq::Size radii;
-    double degrees;
-    int cubics;
-  } cases[] = {
+  const tq::test::Rows<const char*, tq::Point, tq::Size, double, int> cases{
       {"M10 0A10 10 0 0 1 0 10", {0, 0}, {10, 10}, 0, 1},
       {"M10 0A10 10 0 1 0 0 10", {0, 0}, {10, 10}, 0, 3},
       {"M10 0A10 10 0 0 0 0 10", {10, 10}, {10, 10}, 0, 1},
@@ -108,33 +98,29 @@ TEST(SvgPath, ArcsFollowTheirEllipse) {
       {"M0-20A20 5 90 1 1 0 20", {0, 0}, {20, 5}, 90, 2},
       {"M10 0A10 10 0 000 10", {10, 10}, {10, 10}, 0, 1},  // flags without separators
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.data);
+  for (const auto& [data, centre, radii, degrees, cubics] : cases) {
+    SCOPED_TRACE(data);
     PathBuilder builder;
-    EXPECT_EQ(parsePath(c.data, builder), std::string_view::npos);
+    EXPECT_EQ(parsePath(data, builder), std::string_view::npos);
     const auto path = builder.take();
-    EXPECT_EQ(std::ranges::count(path->steps(), 'C'), c.cubics);
-    EXPECT_LT(strayFromEllipse(*path, c.centre, c.radii, c.degrees), 3e-4);
+    EXPECT_EQ(std::ranges::count(path->steps(), 'C'), cubics);
+    EXPECT_LT(strayFromEllipse(*path, centre, radii, degrees), 3e-4);
   }
 }
 
 TEST(PathData, BoundsAreTight) {
-  const struct {
-    const char* data;
-    tq::AffineTransform transform;
-    tq::Rect bounds;
-  } cases[] = {
+  const tq::test::Rows<const char*, tq::AffineTransform, tq::Rect> cases{
       {"", {}, tq::RectNull},
       {"M3 4", {}, tq::RectNull},
       {"M0 0C0 4 4 4 4 0", {}, {0, 0, 4, 3}},
       {"M0 0Q2 4 4 0", {2, 0, 0, -1, 1, 0}, {1, -2, 8, 2}},
       {"M0 0C9-6-7-6 2 0", {}, {-0.852026, -4.5, 3.704052, 4.5}},  // x from a million samples
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.data);
+  for (const auto& [data, transform, bounds] : cases) {
+    SCOPED_TRACE(data);
     PathBuilder builder;
-    parsePath(c.data, builder);
-    expectNear(builder.take()->tightBounds(c.transform), c.bounds, 1e-6);
+    parsePath(data, builder);
+    expectNear(builder.take()->tightBounds(transform), bounds, 1e-6);
   }
 }
 

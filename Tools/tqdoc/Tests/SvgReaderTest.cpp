@@ -1,12 +1,8 @@
 #include "Svg/SvgReader.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "Model/Gradient.h"
 #include "Support.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
@@ -40,10 +36,7 @@ struct Outcome {
 }
 
 TEST(SvgReader, PlacesEveryElement) {
-  const struct {
-    const char* inside;
-    tq::Rect bounds;
-  } cases[] = {
+  const tq::test::Rows<const char*, tq::Rect> cases{
       {"<rect x='1' y='2' width='3' height='4'/>", {1, 2, 3, 4}},
       {"<rect width='50%' height='50%' rx='3'/>", {0, 0, 20, 10}},
       {"<circle cx='5' cy='6' r='2'/>", {3, 4, 4, 4}},
@@ -62,21 +55,17 @@ TEST(SvgReader, PlacesEveryElement) {
        {0, 0, 2, 2}},
       {"<image width='3' height='2' href='data:image/png;base64,AA ==\n'/>", {0, 0, 3, 2}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.inside);
-    const Outcome outcome = read(c.inside);
+  for (const auto& [inside, bounds] : cases) {
+    SCOPED_TRACE(inside);
+    const Outcome outcome = read(inside);
     ASSERT_EQ(outcome.error, "");
-    expectNear(tightBounds(outcome.root()), c.bounds, 1e-9);
+    expectNear(tightBounds(outcome.root()), bounds, 1e-9);
     EXPECT_TRUE(outcome.drawing.leftOut.empty());
   }
 }
 
 TEST(SvgReader, ReadsTheSizeOfThePage) {
-  const struct {
-    const char* root;
-    tq::Size size;
-    tq::Rect viewBox;
-  } cases[] = {
+  const tq::test::Rows<const char*, tq::Size, tq::Rect> cases{
       {"<svg/>", {300, 150}, {0, 0, 300, 150}},
       {"<svg width='1in' height='2in'/>", {96, 192}, {0, 0, 96, 192}},
       {"<svg viewBox='1 2 30 40'/>", {30, 40}, {1, 2, 30, 40}},
@@ -84,12 +73,12 @@ TEST(SvgReader, ReadsTheSizeOfThePage) {
       {"<svg viewBox='0 0 -1 5' width='-1'/>", {300, 150}, {0, 0, 300, 150}},
       {"<s:svg xmlns:s='x' width='9' height='8'><s:path d='M0 0'/></s:svg>", {9, 8}, {0, 0, 9, 8}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.root);
-    const Outcome outcome = readFile(c.root);
+  for (const auto& [root, size, viewBox] : cases) {
+    SCOPED_TRACE(root);
+    const Outcome outcome = readFile(root);
     ASSERT_EQ(outcome.error, "");
-    EXPECT_EQ(outcome.drawing.document->page().size, c.size);
-    expectNear(outcome.drawing.document->page().viewBox, c.viewBox, 1e-9);
+    EXPECT_EQ(outcome.drawing.document->page().size, size);
+    expectNear(outcome.drawing.document->page().viewBox, viewBox, 1e-9);
   }
 }
 
@@ -116,12 +105,8 @@ TEST(SvgReader, ResolvesGradientsToTheShapesCoordinates) {
 
 TEST(SvgReader, FindsPaintForEveryFill) {
   const std::string stops = "<stop stop-color='red'/><stop offset='1' stop-color='blue'/>";
-  const struct {
-    const char* name;
-    std::string defs;
-    const char* fill;
-    const char* paint;  ///< the style's "fill"; empty if not painted
-  } cases[] = {
+  // The definitions, the fill, and the style's "fill", which is empty if nothing is painted.
+  const tq::test::Rows<const char*, std::string, const char*, const char*> cases{
       {"none", "", "none", ""},
       {"current colour", "", "currentColor", "#00ff00"},
       {"one stop", "<linearGradient id='g'><stop stop-color='red'/></linearGradient>", "url(#g)",
@@ -132,12 +117,10 @@ TEST(SvgReader, FindsPaintForEveryFill) {
       {"pattern", "<pattern id='g'/>", "url(#g) red", "#ff0000"},
       {"missing", "", "url('#g')", ""},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Outcome outcome =
-        read(c.defs + "<path color='lime' fill=\"" + c.fill + "\" d='M0 0h1v1'/>");
-    const tq::Object* paint = onlyShape(outcome).style().objectForKey("fill");
-    EXPECT_EQ(paint != nullptr ? paint->description() : "", c.paint);
+  for (const auto& [name, defs, fill, paint] : cases) {
+    const Outcome outcome = read(defs + "<path color='lime' fill=\"" + fill + "\" d='M0 0h1v1'/>");
+    const tq::Object* found = onlyShape(outcome).style().objectForKey("fill");
+    EXPECT_EQ(found != nullptr ? found->description() : "", paint) << name;
   }
 }
 
@@ -185,12 +168,7 @@ TEST(SvgReaderFault, ReportsHostileDrawingsWithThePosition) {
     bomb += "<g id='l" + std::to_string(i) + "'>" +
             repeated("<use href='#l" + std::to_string(i - 1) + "'/>", 10) + "</g>";
   }
-  const struct {
-    const char* name;
-    std::string text;
-    const char* start;
-    const char* reason;
-  } cases[] = {
+  const tq::test::Rows<const char*, std::string, const char*, const char*> cases{
       {"empty", "", "a.svg:1:1: ", ""},
       {"not XML", "hello", "a.svg:1:", ""},
       {"truncated", "<svg>\n<g><path d='M0", "a.svg:2:", ""},
@@ -209,11 +187,11 @@ TEST(SvgReaderFault, ReportsHostileDrawingsWithThePosition) {
        "a.svg:1:", "#c"},
       {"bomb", "<svg>" + bomb + "</svg>", "a.svg:1:", "too large"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const Outcome outcome = readFile(c.text);
-    EXPECT_THAT(outcome.error, StartsWith(c.start));
-    EXPECT_THAT(outcome.error, HasSubstr(c.reason));
+  for (const auto& [name, text, start, reason] : cases) {
+    SCOPED_TRACE(name);
+    const Outcome outcome = readFile(text);
+    EXPECT_THAT(outcome.error, StartsWith(start));
+    EXPECT_THAT(outcome.error, HasSubstr(reason));
   }
 }
 

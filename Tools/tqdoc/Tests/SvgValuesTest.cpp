@@ -1,24 +1,16 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <optional>
-
 #include "Svg/Scanner.h"
 #include "Svg/SvgColor.h"
 #include "Svg/SvgStyle.h"
 #include "Svg/SvgStyleSheet.h"
 #include "Svg/SvgTransform.h"
+#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
 
 TEST(SvgLength, ReadsUnitsAndPercentages) {
   const Viewport viewport{200, 100, 10};
-  const struct {
-    const char* text;
-    Extent extent;
-    std::optional<double> pixels;
-  } cases[] = {
+  const tq::test::Rows<const char*, Extent, std::optional<double>> cases{
       {"12", Extent::diagonal, 12},       {" 12px ", Extent::diagonal, 12},
       {"1in", Extent::diagonal, 96},      {"72pt", Extent::diagonal, 96},
       {"2.54cm", Extent::diagonal, 96},   {"25.4mm", Extent::diagonal, 96},
@@ -30,19 +22,16 @@ TEST(SvgLength, ReadsUnitsAndPercentages) {
       {"1furlong", Extent::diagonal, {}}, {"0x10", Extent::diagonal, {}},
       {"1e400", Extent::diagonal, 1e12},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const auto pixels = parseLength(c.text, viewport, c.extent);
-    ASSERT_EQ(pixels.has_value(), c.pixels.has_value());
-    EXPECT_NEAR(pixels.value_or(0), c.pixels.value_or(0), 1e-9);
+  for (const auto& [text, extent, pixels] : cases) {
+    SCOPED_TRACE(text);
+    const auto read = parseLength(text, viewport, extent);
+    ASSERT_EQ(read.has_value(), pixels.has_value());
+    EXPECT_NEAR(read.value_or(0), pixels.value_or(0), 1e-9);
   }
 }
 
 TEST(SvgTransform, CombinesListsFromTheLeft) {
-  const struct {
-    const char* text;
-    tq::Point seenFrom12;  ///< the image of the point (1, 2)
-  } cases[] = {
+  const tq::test::Rows<const char*, tq::Point> cases{
       {"", {1, 2}},
       {"matrix(1 2 3 4 5 6)", {12, 16}},
       {"translate(10)", {11, 2}},
@@ -53,13 +42,13 @@ TEST(SvgTransform, CombinesListsFromTheLeft) {
       {"skewX(45)", {3, 2}},
       {"skewY(45)", {1, 3}},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const auto transform = parseTransform(c.text);
+  for (const auto& [text, seenFrom12] : cases) {
+    SCOPED_TRACE(text);
+    const auto transform = parseTransform(text);
     ASSERT_TRUE(transform);
     const tq::Point seen = tq::PointApplyAffineTransform({1, 2}, *transform);
-    EXPECT_NEAR(seen.x, c.seenFrom12.x, 1e-12);
-    EXPECT_NEAR(seen.y, c.seenFrom12.y, 1e-12);
+    EXPECT_NEAR(seen.x, seenFrom12.x, 1e-12);
+    EXPECT_NEAR(seen.y, seenFrom12.y, 1e-12);
   }
   for (const char* text : {"rotate", "rotate(", "scale()", "scale(1 2 3)", "matrix(1 2 3)",
                            "translate(a)", "turn(3)", "scale(1) x"}) {
@@ -68,11 +57,7 @@ TEST(SvgTransform, CombinesListsFromTheLeft) {
 }
 
 TEST(SvgColor, ReadsAllForms) {
-  const struct {
-    const char* text;
-    const char* hex;
-    double alpha;
-  } cases[] = {
+  const tq::test::Rows<const char*, const char*, double> cases{
       {"#fA0", "#ffaa00", 1},
       {"#12345678", "#123456", 0x78 / 255.0},
       {"#f008", "#ff0000", 0x88 / 255.0},
@@ -86,12 +71,12 @@ TEST(SvgColor, ReadsAllForms) {
       {"transparent", "#000000", 0},
       {"#fff icc-color(x, 1)", "#ffffff", 1},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const auto color = parseColor(c.text);
+  for (const auto& [text, hex, alpha] : cases) {
+    SCOPED_TRACE(text);
+    const auto color = parseColor(text);
     ASSERT_TRUE(color);
-    EXPECT_EQ(colorText(*color), c.hex);
-    EXPECT_DOUBLE_EQ(color->alpha, c.alpha);
+    EXPECT_EQ(colorText(*color), hex);
+    EXPECT_DOUBLE_EQ(color->alpha, alpha);
   }
   for (const char* text : {"", "#", "#12345", "#ggg", "#-12", "nocolor", "rgb(1,2)", "rgb(1,2,3"}) {
     EXPECT_FALSE(parseColor(text)) << text;
@@ -109,12 +94,7 @@ TEST(SvgStyle, SplitsDeclarationsOutsideQuotesAndParentheses) {
 }
 
 TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
-  const struct {
-    const char* name;
-    const char* sheet;
-    const char* element;
-    const char* fill;
-  } cases[] = {
+  const tq::test::Rows<const char*, std::string, const char*, const char*> cases{
       {"nothing", "", "<path/>", "#000000"},
       {"attribute", "", "<path fill='red'/>", "#ff0000"},
       {"rule over attribute", "path{fill:blue}", "<path fill='red'/>", "#0000ff"},
@@ -132,17 +112,16 @@ TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
       {"at-rule ignored", "@media x{path{fill:red}}@import y;*{fill:blue}", "<path/>", "#0000ff"},
       {"invalid value", "", "<path fill='red' style='fill:nonsense'/>", "#ff0000"},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const std::string text =
-        "<svg><style>" + std::string(c.sheet) + "</style>" + c.element + "</svg>";
+  for (const auto& [name, rules, element, fill] : cases) {
+    SCOPED_TRACE(name);
+    const std::string text = "<svg><style>" + rules + "</style>" + element + "</svg>";
     pugi::xml_document xml;
     ASSERT_TRUE(xml.load_string(text.c_str()));
     SvgContext context(xml, text.size());
     SvgStyleSheet sheet(context);
     const Style style = sheet.styleOf(context.root().last_child(), Style(), {});
     ASSERT_TRUE(style.fill.color);
-    EXPECT_EQ(colorText(*style.fill.color), c.fill);
+    EXPECT_EQ(colorText(*style.fill.color), fill);
   }
 }
 

@@ -1,12 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <new>
-
 #include <TQFoundation/geometry/curves/Path.h>
 
 #include "support/FailingAllocations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 TEST(PathFault, AnElementWithoutMemoryLeavesThePathAsItWas) {
@@ -34,4 +30,3 @@ TEST(PathFault, AnElementWithoutMemoryLeavesThePathAsItWas) {
 }
 
 }  // namespace
-}  // namespace tq

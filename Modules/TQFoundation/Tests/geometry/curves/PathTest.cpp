@@ -1,15 +1,10 @@
 #include <TQFoundation/geometry/curves/Path.h>
 
-#include <gmock/gmock.h>
-
-#include <vector>
-
 #include <TQFoundation/geometry/curves/CGContext+TQFoundation.h>
 #include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -130,4 +125,3 @@ TEST(RoundedRect, LimitsItsRadiiToHalfTheRect) {
 }
 
 }  // namespace
-}  // namespace tq

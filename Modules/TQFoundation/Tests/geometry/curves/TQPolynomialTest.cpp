@@ -1,16 +1,11 @@
 #include <TQFoundation/geometry/curves/TQPolynomial.h>
 
-#include <gmock/gmock.h>
-
-#include <vector>
-
 #include <TQFoundation/objects/Number.h>
 
-#include "support/Expectations.h"
 #include "support/RandomBezier.h"
 #include "support/Roots.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -101,4 +96,3 @@ TEST(PolynomialRoots, SortAndSetTakeTheUsedOnesOnly) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,16 +1,11 @@
 #include <TQFoundation/geometry/lines/TQLine.h>
 
-#include <gmock/gmock.h>
-
-#include <vector>
-
 #include <TQFoundation/geometry/lines/TQOrthogonalLine.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
-#include "support/Expectations.h"
 #include "support/RandomBezier.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -236,4 +231,3 @@ TEST(Straight, AllThreeAnswerAlike) {
 }
 
 }  // namespace
-}  // namespace tq

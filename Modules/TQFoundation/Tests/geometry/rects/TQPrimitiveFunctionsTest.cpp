@@ -1,11 +1,9 @@
 #include <climits>
-#include <string>
 
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -269,4 +267,3 @@ TEST(RectCorners, APlacedRectHasItsCornerThere) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,9 +1,8 @@
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/values/AspectRatio.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -176,4 +175,3 @@ TEST(RectConstraints, AxesAreApartDegenerateAreasShareEquallyAndExtentsStopAtZer
 }
 
 }  // namespace
-}  // namespace tq

@@ -2,9 +2,8 @@
 #include <TQFoundation/geometry/rects/TQRect.h>
 
 #include "support/CapturedLog.h"
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -142,4 +141,3 @@ TEST(RectOrder, OptionsReadAGridFromEachCornerByRowsOrColumns) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,5 +1,3 @@
-#include <random>
-
 #include <TQFoundation/geometry/values/AnchoredRect.h>
 #include <TQFoundation/geometry/values/AspectRatio.h>
 #include <TQFoundation/geometry/values/GeometrySystem.h>
@@ -8,9 +6,8 @@
 #include <TQFoundation/geometry/values/TQRounder.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
-#include "support/Expectations.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -211,4 +208,3 @@ TEST(Rounder, RoundedEqualsByGridAndHashesBothZerosAlike) {
 }
 
 }  // namespace
-}  // namespace tq
