@@ -1,18 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <thread>
-#include <vector>
-
-#include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/ArrayConveniences.h>
-#include <TQFoundation/objects/Exception.h>
-#include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Number.h>
-#include <TQFoundation/objects/String.h>
 
-namespace tq {
+#include "support/Objects.h"
+#include "support/Test.h"
+
 namespace {
 
 std::string exceptionOf(const std::function<void()>& act) {
@@ -102,8 +92,6 @@ struct Looker final : Subclass<Looker> {
   static constexpr std::string_view className = "Looker";
   Looker(const MutableArray& array, std::size_t& seen) : array_(array), seen_(seen) {}
   ~Looker() override { seen_ = array_.count(); }
-
- private:
   const MutableArray& array_;
   std::size_t& seen_;
 };
@@ -174,4 +162,3 @@ TEST(ArrayConveniences, RemoveNullAndJoinArrays) {
 }
 
 }  // namespace
-}  // namespace tq

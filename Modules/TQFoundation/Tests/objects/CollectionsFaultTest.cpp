@@ -1,16 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <new>
-#include <string>
-
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Set.h>
-#include <TQFoundation/objects/String.h>
-
 #include "support/FailingAllocations.h"
+#include "support/Objects.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 /// Calls `change`. If it fails, checks that the collection is unchanged and rethrows.
@@ -66,4 +57,3 @@ TEST(CollectionsFault, NewObjectsAreComplete) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -1,18 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <random>
-
-#include <TQFoundation/objects/Data.h>
-#include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/MapTable.h>
-#include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Number.h>
-#include <TQFoundation/objects/Set.h>
-#include <TQFoundation/objects/String.h>
 
-namespace tq {
+#include "support/Objects.h"
+#include "support/Test.h"
+
 namespace {
 
 Ref<Object> number(NumberValue value) { return Number::numberWith(value); }
@@ -154,4 +144,3 @@ TEST(MapTable, FindsByEqualityAndDropsDestroyedKeys) {
 }
 
 }  // namespace
-}  // namespace tq

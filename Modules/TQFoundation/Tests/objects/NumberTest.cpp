@@ -1,16 +1,11 @@
 #include <TQFoundation/objects/Number.h>
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
-#include <cmath>
-
-#include "support/Expectations.h"
-
-namespace tq {
 namespace {
 
-using test::kInf;
-using test::kNaN;
+using namespace test;
+
 constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
 constexpr std::uint64_t kBeyond = std::uint64_t{1} << 63;
@@ -104,4 +99,3 @@ TEST(Number, ConvertsWithoutUndefinedBehaviour) {
 }
 
 }  // namespace
-}  // namespace tq

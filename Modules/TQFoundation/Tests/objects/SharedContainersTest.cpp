@@ -1,16 +1,6 @@
-#include <gtest/gtest.h>
+#include "support/Objects.h"
+#include "support/Test.h"
 
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Set.h>
-#include <TQFoundation/objects/String.h>
-
-namespace tq {
 namespace {
 
 Ref<Object> arrayOf(Ref<Object> a, Ref<Object> b) {
@@ -110,4 +100,3 @@ TEST(SharedContainers, HaveDescriptionsOfLimitedLength) {
 }
 
 }  // namespace
-}  // namespace tq

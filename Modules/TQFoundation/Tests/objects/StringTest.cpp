@@ -1,13 +1,7 @@
 #include <TQFoundation/objects/String.h>
 
-#include <gtest/gtest.h>
+#include "support/Test.h"
 
-#include <cstdlib>
-#include <random>
-
-#include "support/Expectations.h"
-
-namespace tq {
 namespace {
 
 using namespace std::string_view_literals;
@@ -127,4 +121,3 @@ TEST(LenientReading, ReadsABoolean) {
 }
 
 }  // namespace
-}  // namespace tq

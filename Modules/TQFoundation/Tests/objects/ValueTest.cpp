@@ -1,30 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <filesystem>
-#include <functional>
-#include <span>
-#include <string>
 #include <unordered_set>
-#include <vector>
 
-#include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/Data.h>
-#include <TQFoundation/objects/Date.h>
-#include <TQFoundation/objects/Dictionary.h>
-#include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/GeometryText.h>
-#include <TQFoundation/objects/Null.h>
-#include <TQFoundation/objects/Number.h>
-#include <TQFoundation/objects/Set.h>
-#include <TQFoundation/objects/String.h>
-#include <TQFoundation/objects/URL.h>
-#include <TQFoundation/objects/UUID.h>
-#include <TQFoundation/objects/Value.h>
 
-#include "support/Expectations.h"
+#include "support/Objects.h"
+#include "support/Test.h"
 
-namespace tq {
 namespace {
 
 TEST(Value, ReturnsTheStructureOnlyForItsSignature) {
@@ -229,4 +210,3 @@ TEST(URL, AppendsRelativePathsToTheWorkingDirectory) {
 }
 
 }  // namespace
-}  // namespace tq
