@@ -194,7 +194,8 @@ std::string listOf(std::initializer_list<std::string> objects) {
 
 TEST(BinaryPropertyList, RefusesIncompleteObjects) {
   std::istringstream objects(
-      "00 0F 10 1300 15 240000 2200 437A7A 4F 4F50 4F13FFFFFFFFFFFFFFFF 5F1400 617A "
+      "00 0F 10 1300 1500000000000000000000000000000000000000000000000000000000000000000001 240000 "
+      "2200 437A7A 4F 4F50 4F13FFFFFFFFFFFFFFFF 5F1400 617A "
       "6F138000000000000000 8300 88000000000000000000 A200 D100 E0 "
       "1400000000000000010000000000000000");
   for (std::string hex; objects >> hex;) {
@@ -218,7 +219,7 @@ TEST(BinaryPropertyList, RefusesInvalidTrailers) {
   const std::pair<std::size_t, char> faults[] = {
       {0, 'B'},          {6, 'X'},           {trailer + 6, 0},       {trailer + 6, 9},
       {trailer + 7, 0},  {trailer + 7, 16},  {trailer + 8, 1},       {trailer + 15, 2},
-      {trailer + 31, 7}, {trailer + 31, 99}, {trailer + 24, '\xFF'},
+      {trailer + 31, 7}, {trailer + 31, 11}, {trailer + 24, '\xFF'},
   };
   for (const auto& [at, value] : faults) {
     std::string bad = good;
@@ -228,6 +229,9 @@ TEST(BinaryPropertyList, RefusesInvalidTrailers) {
   for (std::size_t length = 0; length < 40; ++length) {
     EXPECT_FALSE(Reader::open(bytesOf(good).first(length), 4));
   }
+  std::string beyond = good;  // the only object's offset
+  beyond[9] = static_cast<char>(good.size());
+  EXPECT_FALSE(Reader::open(bytesOf(beyond), 4)->node(0));
 }
 
 TEST(BinaryPropertyList, StopsAtTheReadingLimit) {
