@@ -43,7 +43,7 @@ class ThreadModel {
   /// @param atEnd  checks the cells after all threads have ended; it may use them like a thread
   /// @return the first fault: a violation, or threads that sleep forever; "" if there is none
   std::string explore(
-      const std::vector<Thread>& threads, const Thread& atEnd = [] {}) {
+      const std::vector<Thread>& threads, const Thread& atEnd = [] {}) try {
     outside_ = nullptr;
     start_.threads.assign(threads.size(), {});
     std::vector<State> open{start_};
@@ -60,28 +60,22 @@ class ThreadModel {
         for (std::size_t choice = 0; choice < choices_; ++choice) {
           now_ = state;
           choice_ = choice;
-          try {
-            run(threads[t], t);
-          } catch (const Violation& violation) {
-            return violation.what();
-          }
+          run(threads[t], t);
           if (seen_.insert(key(now_)).second) open.push_back(std::move(now_));
         }
       }
       if (everyoneEnded) {
         now_ = state;
         outside_ = &now_.cells;
-        try {
-          atEnd();
-        } catch (const Violation& violation) {
-          return violation.what();
-        }
+        atEnd();
         outside_ = nullptr;
       } else if (!anyoneRuns) {
         return "threads sleep for ever";
       }
     }
     return {};
+  } catch (const Violation& violation) {
+    return violation.what();
   }
 
   [[nodiscard]] std::size_t stateCount() const { return seen_.size(); }
