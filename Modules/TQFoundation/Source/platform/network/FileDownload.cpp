@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -102,26 +103,33 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
                                            "identity");  // so that ranges refer to the file
   }
 
+  // The task is started without the lock held, because it may complete at once.
   void resume() {
-    const Locked guard(lock_);
-    if (isBegun_) return;
-    begin();
+    Ref<URLSessionDataTask> task;
+    {
+      const Locked guard(lock_);
+      if (isBegun_) return;
+      task = begin();
+    }
+    task->resume();
   }
 
   void cancel() {
-    const Locked guard(lock_);
-    isCancelled_ = true;
-    if (!isBegun_) return begin();
-    if (task_ != nullptr) task_->cancel();
+    Ref<URLSessionDataTask> task;
+    {
+      const Locked guard(lock_);
+      isCancelled_ = true;
+      task = isBegun_ ? task_ : begin();
+    }
+    if (task != nullptr) task->cancel();
   }
 
   std::atomic<std::int64_t> received;
   std::atomic<std::int64_t> expected{-1};
 
  private:
-  /// Requests the body, or the rest of it.
-  void begin() TQ_REQUIRES(lock_) {
-    isBegun_ = true;
+  /// Returns a new task that requests the body, or the rest of it.
+  Ref<URLSessionDataTask> begin() TQ_REQUIRES(lock_) {
     URLRequest request = request_;
     const bool goesOn = isGet(request_) && !partial_->validator().empty() && partial_->length() > 0;
     if (goesOn) {
@@ -144,7 +152,32 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
       self->complete(response, std::move(error));
     };
     task_ = session_->dataTaskWithRequest(std::move(request), std::move(handler));
-    isCancelled_ ? task_->cancel() : task_->resume();
+    isBegun_ = true;
+    return task_;
+  }
+
+  /// Starts again if another version was found. @return whether it does
+  bool beginsAgain() {
+    Ref<URLSessionDataTask> task;
+    {
+      const Locked guard(lock_);
+      task_ = nullptr;
+      if (!std::exchange(beginsAnew_, false) || isCancelled_) return false;
+      task = begin();
+    }
+    task->resume();
+    return true;
+  }
+
+  /// Returns the error that the download ends with. Without one, the file is in its place.
+  Ref<Error> endOf(Ref<Error> error) {
+    if (isWhole_) error = nullptr;
+    if (ownError_ != nullptr) error = std::exchange(ownError_, nullptr);
+    if (error == nullptr && expected >= 0 && partial_->length() != expected) {
+      error = detail::urlError(URLErrorBadServerResponse, {},
+                               "The server returned fewer bytes than announced.");
+    }
+    return error == nullptr ? partial_->finish() : error;
   }
 
   /// What a response means for the bytes that have been received already.
@@ -234,18 +267,12 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
   }
 
   void complete(const URLResponse& response, Ref<Error> error) {
-    {
-      const Locked guard(lock_);
-      task_ = nullptr;
-      if (std::exchange(beginsAnew_, false) && !isCancelled_) return begin();
+    try {
+      if (beginsAgain()) return;
+      error = endOf(std::move(error));
+    } catch (const std::bad_alloc&) {
+      error = detail::exhaustedError();
     }
-    if (isWhole_) error = nullptr;
-    if (ownError_ != nullptr) error = std::exchange(ownError_, nullptr);
-    if (error == nullptr && expected >= 0 && partial_->length() != expected) {
-      error = detail::urlError(URLErrorBadServerResponse, {},
-                               "The server returned fewer bytes than announced.");
-    }
-    if (error == nullptr) error = partial_->finish();
     partial_ = nullptr;  // another download may resume from here
     if (handler_.didComplete) handler_.didComplete(response, std::move(error));
   }

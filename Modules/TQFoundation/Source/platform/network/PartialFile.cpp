@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -207,7 +208,10 @@ PartialFile::~PartialFile() {
     ::unlink(note_.c_str());
     ::unlink(path_.c_str());
   } else if (noted_ != length_) {
-    [[maybe_unused]] const int ignored = writeNote();  // then the older note stays valid
+    try {
+      [[maybe_unused]] const int ignored = writeNote();
+    } catch (const std::bad_alloc&) {  // the older note stays valid, as after any failure
+    }
   }
   ::close(descriptor_);
 }

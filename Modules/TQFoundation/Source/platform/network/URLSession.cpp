@@ -30,10 +30,14 @@ class Collector {
   }
 
   void complete(const URLResponse& response, Ref<Error> error) {
-    if (isTooLong_) error = detail::urlError(URLErrorDataLengthExceedsMaximum, {});
     if (!completion_) return;
     Ref<Data> body;
-    if (error == nullptr) body = Data::dataByTakingBytes(*body_);
+    try {
+      if (isTooLong_) error = detail::urlError(URLErrorDataLengthExceedsMaximum, {});
+      if (error == nullptr) body = Data::dataByTakingBytes(*body_);
+    } catch (const std::bad_alloc&) {
+      error = detail::exhaustedError();
+    }
     completion_(std::move(body), response, std::move(error));
   }
 

@@ -108,7 +108,8 @@ class URLSessionDataTask;
 
 /// Callbacks of a task. They are called on the session's thread, one at a time for all tasks of the
 /// session. A slow callback slows down the sender, so a body of any size takes constant memory.
-/// They must not throw: an exception stops the process. Each may be empty.
+/// They must not throw: an exception stops the process. std::bad_alloc that leaves one of the first
+/// two ends the task with an error. Each may be empty.
 struct URLSessionTaskHandler {
   /// Called before the body. If it returns false, the task is cancelled.
   std::function<bool(URLSessionDataTask&, const URLResponse&)> didReceiveResponse = nullptr;
@@ -120,6 +121,9 @@ struct URLSessionTaskHandler {
 };
 
 /// A request of a session. Suspended until resume() is called.
+///
+/// If there is no memory for the task, or no thread for its session, it ends with URLErrorUnknown.
+/// If it could not be passed to the session's thread, resume() or cancel() calls didComplete.
 ///
 /// Threads:  any.
 /// Lifetime: its session keeps it alive from resume() until it has completed.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <new>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -20,6 +21,7 @@ void prepareLibrary() {
   static const bool isPrepared = [] {
     // Sessions may exist when the process exits, so OpenSSL must not be shut down then.
     OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+    static_cast<void>(detail::exhaustedError());
     return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
   }();
   if (!isPrepared) throw std::bad_alloc();
@@ -37,6 +39,7 @@ struct URLSession::Engine::Library {
       throw std::bad_alloc();
     }
     curl_share_setopt(cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    canWake = curl_multi_wakeup(multi) == CURLM_OK;
   }
   ~Library() { release(); }
 
@@ -47,6 +50,7 @@ struct URLSession::Engine::Library {
 
   CURLM* multi = nullptr;
   CURLSH* cookies = nullptr;
+  bool canWake = false;  // it had a descriptor for it
 };
 
 URLSession::Engine::Engine(const URLSessionConfiguration& configuration)
@@ -57,12 +61,16 @@ URLSession::Engine::Engine(const URLSessionConfiguration& configuration)
 
 URLSession::Engine::~Engine() = default;
 
-void URLSession::Engine::submit(Ref<URLSessionDataTask> task) {
-  {
+void URLSession::Engine::submit(Ref<URLSessionDataTask> task) noexcept {
+  try {
     const Locked guard(lock_);
-    submitted_.push_back(std::move(task));
     if (!isRunning_) std::thread([this] { run(); }).detach();
     isRunning_ = true;
+    submitted_.push_back(task);
+  } catch (const std::bad_alloc&) {
+    return URLTransfer::completeExhausted(*task);
+  } catch (const std::system_error&) {  // no thread
+    return URLTransfer::completeExhausted(*task);
   }
   wake();
 }
@@ -95,7 +103,7 @@ void URLSession::Engine::run() noexcept {
       if (isClosing_) break;  // then there are no tasks: each keeps the session alive
       submitted.swap(submitted_);
     }
-    for (Ref<URLSessionDataTask>& task : submitted) begin(std::move(task));
+    for (Ref<URLSessionDataTask>& task : submitted) begin(std::exchange(task, nullptr));
     submitted.clear();
     // Data that arrived during a slow callback is not late: it is processed before time-outs are
     // checked.
@@ -109,15 +117,25 @@ void URLSession::Engine::run() noexcept {
   delete this;
 }
 
-void URLSession::Engine::begin(Ref<URLSessionDataTask> task) {
+void URLSession::Engine::begin(const Ref<URLSessionDataTask>& task) noexcept {
   const bool wantsCookies = configuration_.HTTPShouldSetCookies &&
                             configuration_.cookieAcceptPolicy != HTTPCookieAcceptPolicy::never;
-  auto transfer = std::make_unique<URLTransfer>(std::move(task), configuration_,
-                                                wantsCookies ? library_->cookies : nullptr);
-  if (transfer->handle() == nullptr) return transfer->completeWithError(URLErrorBadURL);
-  if (transfer->isCancelled()) return transfer->completeWithError(URLErrorCancelled);
-  curl_multi_add_handle(library_->multi, transfer->handle());
-  transfers_.push_back(std::move(transfer));
+  try {
+    transfers_.push_back(std::make_unique<URLTransfer>(task, configuration_,
+                                                       wantsCookies ? library_->cookies : nullptr));
+  } catch (const std::bad_alloc&) {
+    return URLTransfer::completeExhausted(*task);
+  }
+  URLTransfer& transfer = *transfers_.back();
+  std::int64_t code = URLErrorBadURL;
+  if (transfer.handle() != nullptr) {
+    code = transfer.isCancelled() ? URLErrorCancelled : URLErrorUnknown;
+    const bool isWanted = code == URLErrorUnknown;
+    if (isWanted && curl_multi_add_handle(library_->multi, transfer.handle()) == CURLM_OK) return;
+  }
+  const std::unique_ptr<URLTransfer> ended = std::move(transfers_.back());
+  transfers_.pop_back();
+  ended->completeWithError(code);
 }
 
 void URLSession::Engine::finishEnded() {
@@ -135,22 +153,22 @@ void URLSession::Engine::finishEnded() {
 }
 
 void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
-  const auto goesOn = [&](const std::unique_ptr<URLTransfer>& each) {
-    return !each->isCancelled() && each->deadline() > now;
-  };
-  const auto others = std::ranges::stable_partition(transfers_, goesOn);
-  std::vector<std::unique_ptr<URLTransfer>> ending(std::make_move_iterator(others.begin()),
-                                                   std::make_move_iterator(others.end()));
-  transfers_.erase(others.begin(), others.end());
-  for (const std::unique_ptr<URLTransfer>& each : ending) {
-    curl_multi_remove_handle(library_->multi, each->handle());
-    each->completeWithError(each->isCancelled() ? URLErrorCancelled : URLErrorTimedOut);
+  for (auto each = transfers_.begin(); each != transfers_.end();) {
+    if (!(*each)->isCancelled() && (*each)->deadline() > now) {
+      ++each;
+      continue;
+    }
+    const std::unique_ptr<URLTransfer> ending = std::move(*each);
+    each = transfers_.erase(each);
+    curl_multi_remove_handle(library_->multi, ending->handle());
+    ending->completeWithError(ending->isCancelled() ? URLErrorCancelled : URLErrorTimedOut);
   }
 }
 
 int URLSession::Engine::pollTimeout() const {
   constexpr std::chrono::milliseconds kLongest(60'000);  // then it wakes without a reason
-  auto wait = kLongest;
+  constexpr std::chrono::milliseconds kUnlessWoken(100);
+  auto wait = library_->canWake ? kLongest : kUnlessWoken;
   const Clock::time_point now = Clock::now();
   for (const std::unique_ptr<URLTransfer>& each : transfers_) {
     wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(each->deadline() - now));

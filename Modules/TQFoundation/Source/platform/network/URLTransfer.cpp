@@ -164,6 +164,13 @@ Ref<Error> detail::urlError(std::int64_t code, std::string_view details,
            {DebugDescriptionKey, String::stringWithUTF8Repaired(details)}}));
 }
 
+const Ref<Error>& detail::exhaustedError() {
+  static const auto& error = *new Ref<Error>(
+      urlError(URLErrorUnknown, {},
+               "The request failed because the system has no memory or no thread left."));
+  return error;
+}
+
 struct URLTransfer::Library {
   ~Library() {
     curl_easy_cleanup(easy);
@@ -331,14 +338,17 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
   auto& transfer = *static_cast<URLTransfer*>(self);
   transfer.touch();
   transfer.headerBytes_ += size * count;
-  if (transfer.headerBytes_ > kMostHeaderBytes || ++transfer.headerLines_ > kMostHeaderLines) {
-    transfer.fail(URLErrorBadServerResponse, "The server’s headers are too long.");
-    return 0;
-  }
+  const bool isTooLong =
+      transfer.headerBytes_ > kMostHeaderBytes || ++transfer.headerLines_ > kMostHeaderLines;
   const bool isLast = *bytes == '\r' || *bytes == '\n';  // the empty line after the headers
-  if (isLast && !transfer.isResponseTold_ && !transfer.headersEnded()) return 0;
+  const bool goesOn = transfer.withMemory([&] {
+    if (isTooLong) {
+      return transfer.fail(URLErrorBadServerResponse, "The server’s headers are too long.");
+    }
+    return !isLast || transfer.isResponseTold_ || transfer.headersEnded();
+  });
   transfer.touch();
-  return size * count;
+  return goesOn ? size * count : 0;
 }
 
 bool URLTransfer::headersEnded() {
@@ -407,7 +417,9 @@ bool URLTransfer::tellResponse() {
 std::size_t URLTransfer::onBody(char* bytes, std::size_t size, std::size_t count,
                                 void* self) noexcept {
   auto& transfer = *static_cast<URLTransfer*>(self);
-  const bool isTaken = transfer.receive({reinterpret_cast<const std::byte*>(bytes), size * count});
+  const bool isTaken = transfer.withMemory([&] {
+    return transfer.receive({reinterpret_cast<const std::byte*>(bytes), size * count});
+  });
   transfer.touch();
   return isTaken ? size * count : 0;
 }
@@ -447,35 +459,70 @@ int URLTransfer::onProgress(void* self, std::int64_t, std::int64_t, std::int64_t
   return transfer.isCancelled() ? 1 : 0;
 }
 
+/// Returns the error that a transfer with this result ends with, or null.
+Ref<Error> URLTransfer::errorOf(int result) {
+  const auto code = static_cast<CURLcode>(result);
+  const char* const message = library_->message.data();
+  if (code == CURLE_UNSUPPORTED_PROTOCOL && !ownError_) {
+    fail(URLErrorUnsupportedURL, unsupportedScheme(task_->request_.url->absoluteString()));
+  }
+  if (code != CURLE_OK) {
+    return detail::urlError(ownError_.value_or(errorCodeOf(code)),
+                            *message != '\0' ? message : curl_easy_strerror(code), ownSentence_);
+  }
+  const bool isTold = isResponseTold_ || tellResponse();
+  if (isTold && hasTruncatedCoding()) {
+    fail(URLErrorBadServerResponse, "The encoded body is truncated.");
+  } else if (isTold) {
+    return nullptr;
+  }
+  return detail::urlError(ownError_.value_or(URLErrorCancelled), {}, ownSentence_);
+}
+
+/// Runs a step that may need memory. @return its result; false if there is no memory
+template <class Step>
+bool URLTransfer::withMemory(const Step& step) noexcept {
+  try {
+    return step();
+  } catch (const std::bad_alloc&) {
+    isExhausted_ = true;
+    return false;
+  }
+}
+
 void URLTransfer::completeWithResult(int result) noexcept {
   if (isCancelled()) return completeWithError(URLErrorCancelled);
-  if (result != CURLE_OK) {
-    const auto code = static_cast<CURLcode>(result);
-    const char* const message = library_->message.data();
-    if (code == CURLE_UNSUPPORTED_PROTOCOL && !ownError_) {
-      fail(URLErrorUnsupportedURL, unsupportedScheme(task_->request_.url->absoluteString()));
-    }
-    return complete(detail::urlError(ownError_.value_or(errorCodeOf(code)),
-                                     *message != '\0' ? message : curl_easy_strerror(code),
-                                     ownSentence_));
-  }
-  if (!isResponseTold_ && !tellResponse()) return completeWithError(URLErrorCancelled);
-  if (hasTruncatedCoding()) {
-    fail(URLErrorBadServerResponse, "The encoded body is truncated.");
-    return completeWithError(URLErrorBadServerResponse);
-  }
-  complete(nullptr);
+  Ref<Error> error;
+  withMemory([&] { return (error = errorOf(result)) == nullptr; });
+  complete(std::move(error));
 }
 
 void URLTransfer::completeWithError(std::int64_t code) noexcept {
-  complete(detail::urlError(ownError_.value_or(code), {}, ownSentence_));
+  Ref<Error> error;
+  withMemory([&] {
+    error = detail::urlError(ownError_.value_or(code), {}, ownSentence_);
+    return true;
+  });
+  complete(std::move(error));
 }
 
 void URLTransfer::complete(Ref<Error> error) noexcept {
   task_->state_ = URLSessionDataTask::State::completed;
-  if (!isResponseTold_ && library_->easy != nullptr) readResponse();
+  if (!isResponseTold_ && library_->easy != nullptr) {
+    withMemory([this] {
+      readResponse();
+      return true;
+    });
+  }
+  if (isExhausted_) error = detail::exhaustedError();
   const auto& tell = task_->handler_.didComplete;
   if (tell) tell(*task_, response_, std::move(error));
+}
+
+void URLTransfer::completeExhausted(URLSessionDataTask& task) noexcept {
+  task.state_ = URLSessionDataTask::State::completed;
+  const auto& tell = task.handler_.didComplete;
+  if (tell) tell(task, {}, detail::exhaustedError());
 }
 
 }  // namespace tq

@@ -21,6 +21,8 @@ namespace detail {
 /// @param sentence  the description for users; if empty, that of the code
 [[nodiscard]] Ref<Error> urlError(std::int64_t code, std::string_view details,
                                   std::string_view sentence = {});
+/// Returns the error of a task without memory or thread. Allocated with the first session.
+[[nodiscard]] const Ref<Error>& exhaustedError();
 }  // namespace detail
 
 class URLTransfer;
@@ -32,8 +34,9 @@ class URLSession::Engine {
   explicit Engine(const URLSessionConfiguration& configuration);
   ~Engine();
 
-  /// Starts the task, or completes it at once if it is cancelled.
-  void submit(Ref<URLSessionDataTask> task);
+  /// Passes the task to the thread, which starts it, or completes it if it is cancelled. Completes
+  /// it with exhaustedError() if there is no thread or no memory.
+  void submit(Ref<URLSessionDataTask> task) noexcept;
   /// Makes the thread check for cancelled tasks.
   void wake() noexcept;
   /// Must be called once, last. The engine is deleted when its thread has ended.
@@ -44,7 +47,7 @@ class URLSession::Engine {
   using Clock = std::chrono::steady_clock;
 
   void run() noexcept;
-  void begin(Ref<URLSessionDataTask> task);
+  void begin(const Ref<URLSessionDataTask>& task) noexcept;
   void finishEnded();
   /// @param now  a time before received data was last processed
   void finishCancelledAndLate(Clock::time_point now);

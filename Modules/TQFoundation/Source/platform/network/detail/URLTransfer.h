@@ -36,6 +36,8 @@ class URLTransfer {
   /// Reports the end of the task to the handler. @param result  a CURLcode
   void completeWithResult(int result) noexcept;
   void completeWithError(std::int64_t code) noexcept;
+  /// The same with exhaustedError(), for a task that has no transfer. Any thread.
+  static void completeExhausted(URLSessionDataTask& task) noexcept;
 
  private:
   struct Library;
@@ -49,6 +51,7 @@ class URLTransfer {
   [[nodiscard]] long statusCode() const;
   void readResponse();
   bool tellResponse();
+  [[nodiscard]] Ref<Error> errorOf(int result);
   /// Decodes a piece of the body.
   bool receive(std::span<const std::byte> bytes);
   /// Passes decoded bytes to the handler.
@@ -56,6 +59,8 @@ class URLTransfer {
   [[nodiscard]] bool hasTruncatedCoding() const;
   /// Sets the error that the task ends with. @return false
   bool fail(std::int64_t code, std::string sentence = {});
+  template <class Step>
+  bool withMemory(const Step& step) noexcept;
   void complete(Ref<Error> error) noexcept;
   void touch() noexcept { lastActivity_ = std::chrono::steady_clock::now(); }
 
@@ -83,6 +88,7 @@ class URLTransfer {
   std::size_t headerLines_ = 0;
   bool isUnderWay_ = false;  // no longer waits for a connection
   bool isResponseTold_ = false;
+  bool isExhausted_ = false;                 // ran out of memory
   bool decodes_ = false;                     // content codings
   std::unique_ptr<ContentDecoder> decoder_;  // null if the body is not coded
   std::optional<std::int64_t> ownError_;     // the reason if one of our callbacks ended it
