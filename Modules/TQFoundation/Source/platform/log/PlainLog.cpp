@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <ctime>
@@ -81,13 +82,15 @@ std::string escaped(std::string_view message) {
   return line;
 }
 
-void writeAll(std::string_view text) noexcept {
+/// @return the number of bytes that could not be written: standard error is closed, its disk full
+std::size_t writeAll(std::string_view text) noexcept {
   while (!text.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;  // standard error is closed
+    if (written <= 0) break;
     text.remove_prefix(static_cast<std::size_t>(written));
   }
+  return text.size();
 }
 
 }  // namespace
@@ -95,12 +98,15 @@ void writeAll(std::string_view text) noexcept {
 void plainLog(std::string_view given) {
   const std::string message = escaped(given);
   if (sinkSlot().call(message)) return;
-  std::string line = timestamp();
-  line.append(" ").append(program_invocation_short_name);
+  static std::atomic<bool> isCut = false;  // the last line could only be written in part
+  const bool wasCut = isCut.exchange(false);
+  std::string line = wasCut ? "\n" : "";
+  line.append(timestamp()).append(" ").append(program_invocation_short_name);
   line.append("[").append(std::to_string(::getpid()));
   line.append(":").append(std::to_string(::gettid())).append("] ").append(message);
   if (!line.ends_with('\n')) line += '\n';
-  writeAll(line);
+  const std::size_t missing = writeAll(line);
+  if (missing != 0 && (wasCut || missing != line.size())) isCut = true;
 }
 
 PlainLogSink setPlainLogSink(PlainLogSink sink) { return sinkSlot().replace(std::move(sink)); }

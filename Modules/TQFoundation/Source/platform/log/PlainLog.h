@@ -19,7 +19,8 @@ using PlainLogSink = std::function<void(std::string_view message)>;
 /// A message with any text stays one line: control characters, line and paragraph separators,
 /// characters that reverse the direction of text, and bytes that are not UTF-8 are escaped: "\n",
 /// "\x1b", "\u202e". A line feed at the end of the message is not escaped, and neither are
-/// backslashes.
+/// backslashes. After a line that could only be written in part, such as on a full disk, the next
+/// message begins a new line.
 TQ_EXPORT void plainLog(std::string_view message);
 
 /// The same. A null pointer is written as "(null)".
