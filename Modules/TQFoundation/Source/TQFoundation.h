@@ -135,6 +135,7 @@
 #include <TQFoundation/platform/operations/Operation.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 #include <TQFoundation/platform/operations/WorkerPool.h>
+#include <TQFoundation/platform/preferences/PreferenceObservation.h>
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>

@@ -3,10 +3,13 @@
 /// @file Preference.h
 /// Typed access to single preferences.
 
+#include <algorithm>
 #include <concepts>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -183,6 +186,13 @@ class TQ_EXPORT PreferenceEntry {
   void registerObject(const Ref<Object>& value) const {
     if (value != nullptr) userDefaults().registerDefault(*value, key_);
   }
+  /// Calls the handler after the entry has changed.
+  [[nodiscard]] Ref<PreferenceObservation> observeEntry(std::function<void()> handler) const {
+    return userDefaults().observeChanges(
+        [key = key_, handler = std::move(handler)](std::span<const std::string> keys) {
+          if (std::ranges::binary_search(keys, key)) handler();
+        });
+  }
 
  private:
   std::string key_;
@@ -232,6 +242,13 @@ class Preference : public PreferenceEntry {
     raw ? store(detail::RawObject<RawValue>::box(*raw)) : removeValue();
   }
 
+  /// Calls the handler with the new value after this process or another one has changed it, on the
+  /// run loop of the calling thread. See PreferenceObservation.
+  /// @return the observation, which ends when it is released
+  [[nodiscard]] Ref<PreferenceObservation> observe(std::function<void(const T&)> handler) const {
+    return observeEntry([self = *this, handler = std::move(handler)] { handler(self.value()); });
+  }
+
   /// Registers the default with the store, for code that reads the store directly.
   void registerDefault() const {
     registerObject(detail::RawObject<RawValue>::box(RawRepresentable<T>::rawValue(defaultValue_)));
@@ -265,6 +282,13 @@ requires(detail::ReadLeniently<T>) class Preference<T> : public PreferenceEntry 
   void setValue(T value) const { store(Number::numberWith(value)); }
   /// Stores the value. nullopt removes the entry.
   void set(std::optional<T> value) const { value ? setValue(*value) : removeValue(); }
+
+  /// Calls the handler with the new value after this process or another one has changed it, on the
+  /// run loop of the calling thread. See PreferenceObservation.
+  /// @return the observation, which ends when it is released
+  [[nodiscard]] Ref<PreferenceObservation> observe(std::function<void(T)> handler) const {
+    return observeEntry([self = *this, handler = std::move(handler)] { handler(self.value()); });
+  }
 
   /// Registers the default with the store, for code that reads the store directly.
   void registerDefault() const { registerObject(Number::numberWith(defaultValue_)); }

@@ -47,10 +47,13 @@ tq_room(platform
   operations/WorkerPool.cpp operations/WorkerPool.h
   operations/detail/OperationScheduler.h
   operations/detail/PoolThreads.h
+  preferences/FolderMonitor.cpp
   preferences/PreferenceDatabase.cpp
+  preferences/PreferenceObservation.cpp preferences/PreferenceObservation.h
   preferences/PreferenceStore.cpp
   preferences/SharedGeneration.cpp
   preferences/UserDefaults.cpp preferences/UserDefaults.h
+  preferences/detail/FolderMonitor.h
   preferences/detail/PreferenceDatabase.h
   preferences/detail/PreferenceStore.h
   preferences/detail/SharedGeneration.h
@@ -85,6 +88,7 @@ tq_room(platform
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONShape.cpp json/JSONShape.h
   json/JSONText.cpp json/JSONText.h
+  loops/DescriptorSource.cpp loops/DescriptorSource.h
   memory/AddressRange.cpp memory/AddressRange.h
   threads/MonitorCount.h
   threads/ThreadSystem.h

@@ -1,6 +1,7 @@
 #include <TQFoundation/environment/Preference.h>
 
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/platform/loops/RunLoop.h>
 
 #include "support/TemporaryDirectory.h"
 #include "support/Test.h"
@@ -107,6 +108,24 @@ TEST_F(PreferenceTest, RegisteredDefaultsTakePrecedence) {
   EXPECT_EQ(registering.value(), Unit::point);
   other.set(std::nullopt);
   EXPECT_EQ(other.value(), Unit::pixel);
+}
+
+TEST_F(PreferenceTest, ObserversGetTheNewValue) {
+  const Preference<Unit> unit("unit", Unit::pixel, defaults);
+  const Preference<bool> flag("flag", true, defaults);
+  std::vector<Unit> units;
+  bool last = true;
+  const auto observation = unit.observe([&](Unit value) { units.push_back(value); });
+  const auto other = flag.observe([&](bool value) { last = value; });
+  const auto run = [] { RunLoop::current().runFor(0.3); };
+  unit.setValue(Unit::point);
+  run();
+  EXPECT_TRUE(last);
+  flag.setValue(false);
+  unit.removeValue();
+  run();
+  EXPECT_EQ(units, (std::vector{Unit::point, Unit::pixel}));
+  EXPECT_FALSE(last);
 }
 
 TEST_F(PreferenceTest, NumbersConvertExactlyOrNotAtAll) {

@@ -40,6 +40,7 @@ tq_add_room_tests(TQServices
   ${CMAKE_CURRENT_LIST_DIR}/files/FileReplacementTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/files/FileServicesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/network/KeychainTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/preferences/PreferenceObservationTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/preferences/SickPreferencesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/preferences/UserDefaultsFaultTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/preferences/UserDefaultsTest.cpp

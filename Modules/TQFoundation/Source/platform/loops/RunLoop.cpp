@@ -305,6 +305,8 @@ std::int64_t RunLoop::now() {
   return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+void* RunLoop::context() const noexcept { return state_->context; }
+
 void RunLoop::scheduleTimer(Timer& timer) {
   state_->timers.push(timer.nextDue(now()), timer, timer.slot_);
   timer.retain();

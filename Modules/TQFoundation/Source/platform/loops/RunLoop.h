@@ -13,6 +13,9 @@
 namespace tq {
 
 class Timer;
+namespace detail {
+class DescriptorSource;
+}
 
 /// The mode that a loop runs in. A host may use any other number as a mode of its own.
 enum class RunLoopMode : std::uint32_t {
@@ -80,6 +83,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
 
  private:
   friend class Timer;
+  friend class detail::DescriptorSource;
   friend TQ_EXPORT void mainQueueAsync(std::function<void()> block);
   struct [[gnu::visibility("hidden")]] State;
 
@@ -88,6 +92,8 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   static RunLoop& makeCurrent();
 
   [[nodiscard]] static std::int64_t now();
+  /// Returns GLib's context.
+  [[nodiscard, gnu::visibility("hidden")]] void* context() const noexcept;
   void appendToMainQueue(Block block);
   void scheduleTimer(Timer& timer);
   void forgetTimer(Timer& timer) noexcept;

@@ -261,6 +261,19 @@ bool PreferenceStore::synchronize(Ref<Error>* error) {
   return isSaved;
 }
 
+bool PreferenceStore::noticeChanges() {
+  std::vector<Message> messages;
+  bool isSettled;
+  {
+    const Locked guard(lock_);
+    look();
+    isSettled = settledGeneration() % 2 == 0;
+    messages.swap(messages_);
+  }
+  tell(messages);
+  return isSettled;
+}
+
 /// Closes files that were removed or replaced. The next change creates them again, with the changes
 /// since the last check.
 void PreferenceStore::look() {
@@ -285,7 +298,11 @@ void PreferenceStore::look() {
     entriesGeneration_ = kUnknown;
     edition_.store(nextEdition());
   }
-  if (!isSameFolder) stopSharing();
+  if (!isSameFolder) {
+    stopSharing();
+  } else if (shared_ == nullptr) {
+    shareGeneration();  // the folder may be there again
+  }
   recent_.clear();
   looked_ = Clock::now();
 }

@@ -227,6 +227,12 @@ Ref<Dictionary> UserDefaults::dictionaryRepresentation() const {
   return refCast<Dictionary>(all->copy());
 }
 
+/// @return false if a change may be incomplete
+bool UserDefaults::noticeChanges() {
+  const bool isSettled = levels_[kOwn]->noticeChanges();
+  return levels_[kGlobal]->noticeChanges() && isSettled;
+}
+
 bool UserDefaults::synchronize(Ref<Error>* error) { return levels_[kOwn]->synchronize(error); }
 
 }  // namespace tq

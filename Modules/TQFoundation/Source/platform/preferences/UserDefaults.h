@@ -14,6 +14,7 @@
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/preferences/PreferenceObservation.h>
 
 namespace tq {
 
@@ -126,11 +127,18 @@ class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
   /// @return false, with an error that gives the reason, if they cannot be saved
   bool synchronize(Ref<Error>* error = nullptr);
 
+  /// Calls the handler after entries of this store have changed, as objectForKey() returns them, on
+  /// the run loop of the calling thread. See PreferenceObservation for what is reported, and when.
+  /// @return the observation, which ends when it is released. It retains this store.
+  [[nodiscard]] Ref<PreferenceObservation> observeChanges(PreferenceObservation::Handler handler);
+
  private:
+  friend class PreferenceObservation;
   using Store = std::shared_ptr<detail::PreferenceStore>;
   enum Level : std::size_t { kArguments, kOwn, kGlobal, kRegistered, kLevels };
 
   UserDefaults(std::string_view folder, std::string_view name);
+  [[nodiscard]] bool noticeChanges();
   static void setAll(detail::PreferenceStore& store, const Dictionary& entries);
 
   const std::array<Store, kLevels> levels_;

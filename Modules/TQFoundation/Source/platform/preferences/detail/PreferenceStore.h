@@ -75,6 +75,13 @@ class PreferenceStore {
   /// Saves the changes that could not be saved before. @return false if they cannot be saved
   [[nodiscard]] bool synchronize(Ref<Error>* error);
 
+  /// Makes the next read see the changes of all processes, also of those with other shared words.
+  /// @return false if a process may write at this moment
+  [[nodiscard]] bool noticeChanges();
+
+  /// The path of the database, without extension. Empty for a store in memory.
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
+
  private:
   using Clock = std::chrono::steady_clock;
 
