@@ -445,7 +445,10 @@ bool PreferenceStore::setAside(const std::string& reason) {
   const std::string fault = reason;  // the database's own one changes
   database_.closeUnchanged();
   const bool isCurrent = shared_ != nullptr && entriesGeneration_ == words_.load()->generation;
-  if (!isCurrent && database_.openToRead(path) == Result::done) static_cast<void>(readEntries());
+  if (!isCurrent) {
+    if (database_.openToRead(path) == Result::done) static_cast<void>(readEntries());
+    unsaved_.merge(recent_);  // the log that had them may be lost
+  }
   database_.closeUnchanged();
   std::string aside = path + ".damaged";
   for (int number = 2;
