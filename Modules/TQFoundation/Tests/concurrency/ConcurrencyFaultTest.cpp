@@ -1,7 +1,3 @@
-#include <dlfcn.h>
-#include <errno.h>
-#include <pthread.h>
-
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/concurrency/caches/TQCache.h>
 #include <TQFoundation/concurrency/caches/TQObjectPool.h>
@@ -13,25 +9,9 @@
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
 #include "support/FailingAllocations.h"
+#include "support/FailingThreads.h"
 #include "support/OnDestruction.h"
 #include "support/Test.h"
-
-// This definition replaces the system's, so that the system can be out of threads. If there is a
-// sanitizer, its definition is used.
-namespace {
-std::atomic<bool> hasThreads = true;
-using Create = int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-}  // namespace
-extern "C" __attribute__((weak)) Create __interceptor_pthread_create;
-extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
-                                                                     const pthread_attr_t* how,
-                                                                     void* (*run)(void*),
-                                                                     void* argument) noexcept {
-  static Create* const real = __interceptor_pthread_create != nullptr
-                                  ? __interceptor_pthread_create
-                                  : reinterpret_cast<Create*>(dlsym(RTLD_NEXT, "pthread_create"));
-  return hasThreads ? real(thread, how, run, argument) : EAGAIN;
-}
 
 namespace {
 
@@ -43,7 +23,7 @@ Ref<BlockOperation> block(std::function<void()> run) {
 
 // All of it runs on this thread, and every wait ends.
 void workWithoutThreads() {
-  hasThreads = false;
+  test::hasThreads = false;
   const auto queue = OperationQueue::init();
   int runs = 0;
   // A long chain of operations that start one another does not exhaust the stack.
