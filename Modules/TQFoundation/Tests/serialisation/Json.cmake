@@ -9,3 +9,10 @@ tq_add_room_tests(TQSerialisation
 # A separate executable, because it replaces the allocation functions.
 tq_add_room_tests(TQSerialisationFault
   ${CMAKE_CURRENT_LIST_DIR}/JSONFaultTest.cpp)
+# What services of several rooms do on a sick machine. An executable of its own, for the same reason.
+tq_add_room_tests(TQSickMachine
+  ${CMAKE_CURRENT_LIST_DIR}/SickMachineFaultTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/../support/HandMovedClock.cpp)
+target_compile_definitions(TQSickMachineTests PRIVATE
+  "TQ_EVIDENCE=\"${PROJECT_SOURCE_DIR}/docs/Evidence.md\"")

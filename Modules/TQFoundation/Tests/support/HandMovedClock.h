@@ -1,10 +1,15 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 
 #include <TQFoundation/platform/loops/RunLoop.h>
 
 namespace tq::test {
+
+/// Seconds that are added to the system's wall clock in all threads, in the same programs.
+inline std::atomic<std::int64_t> wallClockOffset = 0;
 
 /// Replaces the clocks of the calling thread by one that a test moves, in programs that
 /// HandMovedClock.cpp is part of. The time is an hour at first, for the steady clock and for the

@@ -4,9 +4,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -41,15 +39,6 @@ const Person kStranger{1009, 1009};
 const Person kPeople[] = {kOwner,           kOwnerInGroup,    kMember,
                           kStranger,        {1003, 1003, {}}, {1004, 1004, {2002}},
                           {1005, 1001, {}}, {1006, 1009, {}}};
-
-/// Runs a function in a child process. @return its result; -1 if a signal ended it
-int inChild(const std::function<int()>& act) {
-  const pid_t child = ::fork();
-  if (child == 0) ::_exit(act());
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
 
 /// Runs a function with the rights of this person. @return its result
 bool as(const Person& person, const std::function<bool()>& act) {
@@ -198,33 +187,6 @@ TEST(FileReplacementFault, AttributesAreKeptOrTheOldFileStays) {
   EXPECT_TRUE(FailingSystemCalls::disarm());
   EXPECT_EQ(error->code(), 640);
   EXPECT_EQ(directory.read("file"), "old");
-}
-
-TEST(FileReplacementFault, KilledWritersLeaveNothingBehind) {
-  const test::TemporaryDirectory directory;
-  const std::string path = directory.write("file", "old");
-  const auto replace = [&] {
-    return replaceFile(*URL::fileURLWithPath(path), bytesOf("new")) ? 0 : 1;
-  };
-  const auto entries = [&] {
-    return std::distance(fs::directory_iterator(directory.path("")), {});
-  };
-  int leftFiles = 0;
-  bool wasKilled = true;
-  for (int n = 1; wasKilled; ++n) {
-    SCOPED_TRACE(n);
-    directory.write("file", "old");
-    wasKilled = inChild([&] {
-                  FailingSystemCalls::arm(n, FailingSystemCalls::How::kills);
-                  return replace();
-                }) != 0;
-    EXPECT_EQ(directory.read("file"), wasKilled && n <= 4 ? "old" : "new");
-    if (entries() > 1) ++leftFiles;  // killed between getting a name and being renamed
-    EXPECT_EQ(inChild(replace), 0);
-    EXPECT_EQ(entries(), 1) << "the next replacement in the folder removes it";
-    ASSERT_LT(n, 10);
-  }
-  EXPECT_LE(leftFiles, 1);
 }
 
 // A folder has the reserved name.

@@ -29,7 +29,6 @@ struct FileServices : testing::Test {
     return std::distance(fs::directory_iterator(directory.path("")), {});
   }
 };
-using FileServicesFault = FileServices;
 
 TEST_F(FileServices, ReplaceKeepsPermissionsAndLinks) {
   EXPECT_TRUE(replaceFile(*url("new"), bytesOf("first"), &error));
@@ -121,27 +120,6 @@ TEST_F(FileServices, TemporaryFoldersAreRemovedWithTheirContent) {
   }
   EXPECT_FALSE(fs::exists(path));
   EXPECT_EQ(directory.read("outside"), "stays");
-}
-
-TEST_F(FileServicesFault, AFailedReplacementLeavesTheOldOrTheNewContent) {
-  const std::string before(10'000, 'o');
-  const std::string after(200'000, 'n');
-  bool wasMet = true;
-  for (int n = 1; wasMet; ++n) {
-    SCOPED_TRACE(n);
-    directory.write("file", before);
-    FailingSystemCalls::arm(n, FailingSystemCalls::How::fails);
-    const bool isReplaced = replaceFile(*url("file"), bytesOf(after), &error);
-    wasMet = FailingSystemCalls::disarm();
-    EXPECT_EQ(isReplaced, !wasMet);
-    EXPECT_EQ(codeOf(std::exchange(error, nullptr)), wasMet ? 640 : 0);
-    const std::string found = directory.read("file");
-    EXPECT_TRUE(found == after || (wasMet && found == before));
-    // write, fsync, linkat, rename; the fifth call is the folder's fsync.
-    EXPECT_EQ(found == before, n <= 4);
-    EXPECT_EQ(entries(), 1);
-    ASSERT_LT(n, 10);
-  }
 }
 
 }  // namespace

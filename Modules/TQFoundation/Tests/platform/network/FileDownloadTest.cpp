@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <support/FailingSystemCalls.h>
 #include <support/LoopbackServer.h>
 #include <support/TemporaryDirectory.h>
 
@@ -17,7 +16,6 @@
 namespace tq {
 namespace {
 
-using test::FailingSystemCalls;
 using test::LoopbackServer;
 using test::Socket;
 namespace fs = std::filesystem;
@@ -158,7 +156,6 @@ struct FileDownloadTest : testing::Test, Served {
     return std::distance(fs::directory_iterator(directory.path("")), {});
   }
 };
-using FileDownloadFault = FileDownloadTest;
 
 TEST_F(FileDownloadTest, CompleteBodiesReplaceTheFile) {
   directory.write("plan.svg", "old");
@@ -418,23 +415,6 @@ TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
   EXPECT_EQ(refusal(directory.path(std::string(250, 'x'))), 514);
   ASSERT_EQ(::mkfifo(directory.path("pipe.svg.download").c_str(), 0600), 0);
   EXPECT_EQ(refusal(directory.path("pipe.svg")), 512);
-}
-
-TEST_F(FileDownloadFault, FullDisksKeepTheOldFileAndThePart) {
-  length = 200'000;
-  for (int n = 1;; ++n) {
-    directory.write("plan.svg", "old");
-    FailingSystemCalls::arm(n, FailingSystemCalls::How::fails);
-    const std::int64_t code = download().code;
-    if (!FailingSystemCalls::disarm()) break;
-    // The failure was reported, or the step was optional. The file is new or old, never partial.
-    EXPECT_TRUE(code == 0 || code == 640) << code;
-    EXPECT_TRUE(holds('a') || (code != 0 && directory.read("plan.svg") == "old"));
-    EXPECT_EQ(download().code, 0);
-    EXPECT_TRUE(holds('a'));
-    EXPECT_EQ(entries(), 1);
-    ASSERT_LT(n, 1000);
-  }
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 namespace {
 
 using namespace test;
+using SharedInteger = std::atomic<std::int64_t>;
 using How = FailingSystemCalls::How;
 
 struct UserDefaultsFault : testing::Test {
@@ -26,18 +26,6 @@ struct UserDefaultsFault : testing::Test {
   void startAnew() { directory = std::make_unique<test::TemporaryDirectory>(); }
 };
 using UserDefaultsStress = UserDefaultsFault;
-
-using SharedInteger = std::atomic<std::int64_t>;
-
-/// Returns a new integer that processes share. It is never unmapped.
-SharedInteger& sharedInteger() {
-  return *new (::mmap(nullptr, sizeof(SharedInteger), PROT_READ | PROT_WRITE,
-                      MAP_SHARED | MAP_ANONYMOUS, -1, 0)) SharedInteger(0);
-}
-
-void waitFor(const SharedInteger& number, std::int64_t least) {
-  while (number < least) std::this_thread::yield();
-}
 
 TEST_F(UserDefaultsFault, AFailedWriteIsKeptAndSavedLater) {
   for (const How how : {How::fails, How::stays_failed}) {
@@ -78,7 +66,7 @@ TEST_F(UserDefaultsFault, AWriterMayDieInAnyCall) {
   for (int n = 1; WIFSIGNALED(status); ++n) {
     SCOPED_TRACE(testing::Message() << "call " << n);
     startAnew();
-    SharedInteger& stage = sharedInteger();
+    SharedInteger& stage = shared<SharedInteger>();
     Child child([&] {
       waitFor(stage, 1);
       const Ref<UserDefaults> defaults = open();
@@ -109,7 +97,7 @@ TEST_F(UserDefaultsStress, AWriterMayDieAtAnyMoment) {
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
   std::int64_t last = 0;
-  SharedInteger& acknowledged = sharedInteger();
+  SharedInteger& acknowledged = shared<SharedInteger>();
   for (int round = 0; round < 25; ++round) {
     Child child([&] {
       const Ref<UserDefaults> defaults = open();
@@ -136,7 +124,7 @@ TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
     ASSERT_EQ(::mkdir(directory->path("folder").c_str(), mode), 0);
     ASSERT_EQ(::chmod(directory->path("folder").c_str(), mode), 0);
     constexpr int kRounds = 200;
-    SharedInteger& turn = sharedInteger();
+    SharedInteger& turn = shared<SharedInteger>();
     Child child([&] {
       const Ref<UserDefaults> defaults = open();
       for (int round = 1; round <= kRounds; ++round) {
