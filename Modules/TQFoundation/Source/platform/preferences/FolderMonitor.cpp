@@ -75,7 +75,7 @@ bool FolderMonitor::takeReports() noexcept {
       isOurs = isOurs || isLost || std::ranges::any_of(prefixes_, isPrefix);
     }
   }
-  if (isLost) watch();
+  if (isLost || !isWatching()) watch();
   return isOurs;
 }
 

@@ -171,8 +171,8 @@ struct PreferenceDatabase::Connection {
     sqlite3_db_config(made, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(made, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     if (!takesLocks) return execute("PRAGMA locking_mode = EXCLUSIVE");  // before anything is read
-    // The log keeps the size at which it is written into the database: a write over its blocks costs
-    // less than one that makes it longer.
+    // The log keeps the size at which it is written into the database: a write over its blocks
+    // costs less than one that makes it longer.
     return execute(
         "PRAGMA synchronous = NORMAL; PRAGMA mmap_size = 0; PRAGMA journal_size_limit = 4194304");
   }

@@ -87,6 +87,7 @@ class PreferenceObservation::Watcher final : public Subclass<Watcher> {
     const Ref<Watcher> self = share(*this);
     const std::shared_ptr<const Handler> handler = handler_;
     timer_ = nullptr;
+    if (!monitor_.isWatching()) static_cast<void>(monitor_.takeReports());  // tries to watch again
     std::vector<std::string> keys;
     bool isSettled = false;
     try {

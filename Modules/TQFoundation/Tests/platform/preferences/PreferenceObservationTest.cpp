@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/preferences/PreferenceObservation.h>
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <support/Child.h>
 #include <support/TemporaryDirectory.h>
@@ -85,13 +86,18 @@ TEST_F(PreferenceObservationTest, ReportsWhatAnotherProcessChanges) {
   EXPECT_EQ(defaults->integerForKey("last"), 5);
 }
 
-TEST_F(PreferenceObservationTest, TheHandlerMayDropEverything) {
+TEST_F(PreferenceObservationTest, TheHandlerMayDropEverythingAlsoWithoutDescriptors) {
   Child other([&] {
     test::waitFor(stage, 1);
     for (int i = 0; i < 3; ++i) open()->setInteger(i + 1, "key");
   });
   int calls = 0;
   Ref<UserDefaults> defaults = open();
+  // Without a descriptor for it, the store is read once a second.
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none{0, limit.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
   Ref<PreferenceObservation> observation;
   observation = defaults->observeChanges([&, own = std::string(100, 'x')](auto keys) {
     defaults = nullptr;
@@ -102,6 +108,7 @@ TEST_F(PreferenceObservationTest, TheHandlerMayDropEverything) {
   });
   const Ref<PreferenceObservation> ended = defaults->observeChanges([&](auto) { ADD_FAILURE(); });
   ended->invalidate();
+  ::setrlimit(RLIMIT_NOFILE, &limit);
   next();
   EXPECT_THAT(told(), ElementsAre("key"));
   EXPECT_EQ(other.end(), 0);
