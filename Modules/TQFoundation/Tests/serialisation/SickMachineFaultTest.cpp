@@ -2,34 +2,16 @@
 // each case; the test takes the expected outcomes from there.
 
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <support/Bytes.h>
-#include <support/Child.h>
-#include <support/FailingAllocations.h>
-#include <support/FailingSystemCalls.h>
-#include <support/FailingThreads.h>
-#include <support/HandMovedClock.h>
-#include <support/LoopbackServer.h>
-#include <support/TemporaryDirectory.h>
-
-#include <algorithm>
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <map>
-#include <optional>
-#include <set>
 #include <sstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <TQFoundation/platform/files/FileReading.h>
 #include <TQFoundation/platform/files/FileServices.h>
@@ -39,7 +21,16 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
 
-namespace tq {
+#include "support/Bytes.h"
+#include "support/Child.h"
+#include "support/FailingAllocations.h"
+#include "support/FailingSystemCalls.h"
+#include "support/FailingThreads.h"
+#include "support/HandMovedClock.h"
+#include "support/LoopbackServer.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+
 namespace {
 
 using test::Child;
@@ -523,4 +514,3 @@ INSTANTIATE_TEST_SUITE_P(On, SickMachineFault, testing::ValuesIn(kSicknesses),
                          });
 
 }  // namespace
-}  // namespace tq

@@ -1,19 +1,16 @@
 #include <TQFoundation/platform/preferences/PreferenceObservation.h>
 
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 
-#include <support/Child.h>
-#include <support/TemporaryDirectory.h>
-
 #include <filesystem>
-#include <string>
-#include <vector>
 
 #include <TQFoundation/platform/loops/RunLoop.h>
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
-namespace tq {
+#include "support/Child.h"
+#include "support/TemporaryDirectory.h"
+#include "support/Test.h"
+
 namespace {
 
 using test::Child;
@@ -117,4 +114,3 @@ TEST_F(PreferenceObservationTest, TheHandlerMayDropEverythingAlsoWithoutDescript
 }
 
 }  // namespace
-}  // namespace tq
