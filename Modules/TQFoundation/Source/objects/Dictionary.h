@@ -90,7 +90,8 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     return {keys().data() + count(), values_ + count()};
   }
 
-  /// Returns true if both have equal keys with equal values, in any order, fixed or mutable.
+  /// Returns true if both have equal keys with equal values, in any order, fixed or mutable. Depth
+  /// and cost: see Array::isEqual().
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines all entries; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;

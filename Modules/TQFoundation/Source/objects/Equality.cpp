@@ -1,14 +1,20 @@
 #include <TQFoundation/objects/detail/Equality.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <optional>
+#include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Dictionary.h>
+#include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Ref.h>
 #include <TQFoundation/objects/Set.h>
+#include <TQFoundation/objects/detail/ContainerForm.h>
+#include <TQFoundation/objects/detail/ValueNumbers.h>
 
 // Two graphs are equal if all pairs of corresponding objects are. The order in which the pairs are
 // compared does not matter, so pairs that are too deep for the stack can wait in a list.
@@ -18,6 +24,10 @@
 // makes the whole result false. As equality is transitive, it is enough to remember classes of
 // equal objects: n objects are joined at most n - 1 times. Remembering costs more than comparing,
 // so it starts when more elements were compared than most documents have.
+//
+// The members of two sets correspond to each other only after a search, whose comparisons may fail.
+// If members or keys are containers themselves, the sets or dictionaries are numbered by value
+// instead.
 
 namespace tq::detail {
 namespace {
@@ -64,17 +74,16 @@ class Comparison {
   static constexpr int kDirectDepth = 64;
   static constexpr std::size_t kRemembersAfter = std::size_t{1} << 18;
 
-  static bool isSet(const Object& object) {
-    return object.kind() == ObjectKind::other && &object.objectClass() == &classOf<Set>;
-  }
-  static bool isContainer(const Object& object) {
-    return object.kind() == ObjectKind::array || object.kind() == ObjectKind::dictionary ||
-           isSet(object);
+  static bool areContainers(std::span<const Ref<Object>> objects) {
+    return std::ranges::any_of(objects, [](const Ref<Object>& object) {
+      return containerFormOf(*object) != ContainerForm::none;
+    });
   }
 
   bool areEqual(const Object& a, const Object& b) {
     if (&a == &b) return true;
-    if (a.kind() != b.kind() || !isContainer(a) || isSet(a) != isSet(b)) return a.isEqual(b);
+    const ContainerForm form = containerFormOf(a);
+    if (form == ContainerForm::none || form != containerFormOf(b)) return a.isEqual(b);
     if (elements_ > kRemembersAfter && !equal_.join(a, b)) return true;
     if (depth_ == kDirectDepth) {
       waiting_.emplace_back(&a, &b);
@@ -87,14 +96,16 @@ class Comparison {
   }
 
   bool containersAreEqual(const Object& a, const Object& b) {
-    switch (a.kind()) {
-      case ObjectKind::array:
+    switch (containerFormOf(a)) {
+      case ContainerForm::array:
         return arraysAreEqual(static_cast<const Array&>(a), static_cast<const Array&>(b));
-      case ObjectKind::dictionary:
+      case ContainerForm::dictionary:
         return dictionariesAreEqual(static_cast<const Dictionary&>(a),
                                     static_cast<const Dictionary&>(b));
-      default:
+      case ContainerForm::set:
         return setsAreEqual(static_cast<const Set&>(a), static_cast<const Set&>(b));
+      default:
+        return errorsAreEqual(static_cast<const Error&>(a), static_cast<const Error&>(b));
     }
   }
 
@@ -120,6 +131,7 @@ class Comparison {
   bool dictionariesAreEqual(const Dictionary& a, const Dictionary& b) {
     if (!isSameCount(a.count(), b.count())) return false;
     const bool haveOneKey = a.count() == 1;
+    if (!haveOneKey && areContainers(a.keys())) return haveEqualNumbers(a, b);
     for (const Dictionary::Entry entry : a) {
       const Object* other = nullptr;
       if (!haveOneKey) {
@@ -135,14 +147,26 @@ class Comparison {
   bool setsAreEqual(const Set& a, const Set& b) {
     if (!isSameCount(a.count(), b.count())) return false;
     if (a.count() == 1) return areEqual(*a.begin(), *b.begin());
+    if (areContainers(a.allObjects())) return haveEqualNumbers(a, b);
     for (const Object& member : a) {
       if (!b.containsObject(member)) return false;
     }
     return true;
   }
 
+  bool haveEqualNumbers(const Object& a, const Object& b) {
+    if (!numbers_) numbers_.emplace();
+    return numbers_->of(a) == numbers_->of(b);
+  }
+
+  bool errorsAreEqual(const Error& a, const Error& b) {
+    ++elements_;
+    return a.code() == b.code() && a.domain() == b.domain() && areEqual(a.userInfo(), b.userInfo());
+  }
+
   std::vector<std::pair<Ref<const Object>, Ref<const Object>>> waiting_;
   EqualObjects equal_;
+  std::optional<ValueNumbers> numbers_;
   std::size_t elements_ = 0;  // of the containers that were compared
   int depth_ = 0;
 };

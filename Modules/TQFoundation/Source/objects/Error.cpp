@@ -5,6 +5,7 @@
 
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/detail/Equality.h>
 
 namespace tq {
 namespace {
@@ -52,9 +53,8 @@ std::string Error::localizedDescription() const {
 }
 
 bool Error::isEqual(const Object& other) const {
-  const auto* error = objectCast<Error>(&other);
-  return error != nullptr && domain_ == error->domain_ && code_ == error->code_ &&
-         userInfo_->isEqual(*error->userInfo_);
+  if (this == &other) return true;
+  return objectCast<Error>(&other) != nullptr && detail::haveEqualContents(*this, other);
 }
 
 std::size_t Error::hash() const {

@@ -49,7 +49,8 @@ class TQ_EXPORT Error final : public Subclass<Error> {
   /// couldn’t be completed. (DOMAIN error CODE.)".
   [[nodiscard]] std::string localizedDescription() const;
 
-  /// Returns true if domain, code and user info are equal.
+  /// Returns true if domain, code and user info are equal. Chains of underlying errors may have any
+  /// length.
   [[nodiscard]] bool isEqual(const Object& other) const override;
   [[nodiscard]] std::size_t hash() const override;
 

@@ -27,4 +27,5 @@ tq_room(objects
   FilledData.h
   Hash.cpp Hash.h
   TextWords.h
-  UTF.cpp UTF.h)
+  UTF.cpp UTF.h
+  ValueNumbers.cpp)

@@ -53,7 +53,7 @@ class TQ_EXPORT Set final : public Subclass<Set> {
     return Array::Iterator(allObjects().data() + count());
   }
 
-  /// Returns true if both have equal members, in any order.
+  /// Returns true if both have equal members, in any order. Depth and cost: see Array::isEqual().
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines all members; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;
