@@ -47,7 +47,7 @@ void mapArray(benchmark::State& state, const Map& map) {
 
 void BM_ParallelMap_TQ(benchmark::State& state) { mapArray(state, concurrentMap); }
 
-void BM_ParallelMap_Loop(benchmark::State& state) { mapArray(state, tq::map); }
+void BM_ParallelMap_Loop(benchmark::State& state) { mapArray(state, std::mem_fn(&Array::map)); }
 
 void BM_ParallelMap_TBB(benchmark::State& state) {
   mapArray(state, [](const Array& array, const ArrayMapBlock& block) {

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
 #include <iterator>
 #include <span>
@@ -20,6 +21,11 @@ namespace tq {
 namespace detail {
 struct Construction;
 }
+
+/// Returns the replacement of an element.
+using ArrayMapBlock = std::function<Ref<Object>(Object&)>;
+/// Returns whether an element matches.
+using ArrayPredicate = std::function<bool(Object&)>;
 
 /// An immutable array. It retains its elements, which are never null.
 ///
@@ -113,9 +119,24 @@ class TQ_EXPORT Array : public Subclass<Array> {
     return NumberValue::withKind(kind, packedBits()[index]);
   }
 
+  // Each visits the elements once, in order, on the caller's thread, and does not change the array.
+  // A block may change or release the array; what is visited are the elements at the start. Its
+  // exceptions propagate. More functions on arrays are in ArrayConveniences.h.
+
+  /// Returns the results of the block, one for each element.
+  /// @throws Exception (InvalidArgumentException) if the block returns null
+  [[nodiscard]] Ref<Array> map(const ArrayMapBlock& block) const;
+  /// The same without results that are null or the Null object.
+  [[nodiscard]] Ref<Array> compactMap(const ArrayMapBlock& block) const;
+  /// Returns the elements of all arrays that the block returns, in order; null counts as empty.
+  [[nodiscard]] Ref<Array> flatMap(const std::function<Ref<Array>(Object&)>& block) const;
+  /// Returns the elements for which the predicate is true.
+  [[nodiscard]] Ref<Array> filter(const ArrayPredicate& predicate) const;
+
   /// Returns true if the counts and the elements at each index are equal, for packed, boxed and
-  /// mutable arrays. Arrays, dictionaries and sets may nest to any depth. Cost: linear in the
-  /// containers that exist, even if they are shared often.
+  /// mutable arrays. Arrays, dictionaries, sets and errors may nest to any depth. Cost: linear in
+  /// the containers that exist, however often they are shared; members of sets and keys that are
+  /// containers are also sorted. Objects of the host are compared by their own isEqual().
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines the count and the hashes of the first, middle and last element.
   [[nodiscard]] std::size_t hash() const override;

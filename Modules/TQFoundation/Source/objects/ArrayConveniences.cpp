@@ -1,7 +1,7 @@
 #include <TQFoundation/objects/ArrayConveniences.h>
 
 #include <algorithm>
-#include <ranges>
+#include <iterator>
 #include <span>
 #include <unordered_set>
 #include <utility>
@@ -25,50 +25,57 @@ Ref<Array> arrayOf(std::vector<Ref<Object>>&& objects) {
   return Array::arrayWithObjects(std::move(objects));
 }
 
+/// Returns the elements of an array, which stay what they are while functions of the host run. A
+/// fixed array is its own copy.
+Ref<Array> elementsOf(const Array& array) { return refCast<Array>(array.copy()); }
+
 /// Returns the elements for which `keep` returns true.
 template <class Keep>
 Ref<Array> elementsThat(const Array& array, const Keep& keep) {
+  const Ref<Array> elements = elementsOf(array);
   std::vector<Ref<Object>> kept;
-  for (const Ref<Object>& object : array.objects()) {
-    if (keep(object)) kept.push_back(object);
-  }
+  std::ranges::copy_if(elements->objects(), std::back_inserter(kept), keep);
   return arrayOf(std::move(kept));
 }
 
 }  // namespace
 
-Ref<Array> map(const Array& array, const ArrayMapBlock& block) {
+Ref<Array> Array::map(const ArrayMapBlock& block) const {
+  const Ref<Array> elements = elementsOf(*this);
   std::vector<Ref<Object>> results;
-  results.reserve(array.count());
-  for (Object& object : array) results.push_back(block(object));
+  results.reserve(elements->count());
+  for (Object& object : *elements) results.push_back(block(object));
   return arrayOf(std::move(results));
 }
 
-Ref<Array> compactMap(const Array& array, const ArrayMapBlock& block) {
+Ref<Array> Array::compactMap(const ArrayMapBlock& block) const {
+  const Ref<Array> elements = elementsOf(*this);
   std::vector<Ref<Object>> results;
-  for (Object& object : array) {
+  for (Object& object : *elements) {
     Ref<Object> result = block(object);
     if (!isNull(result)) results.push_back(std::move(result));
   }
   return arrayOf(std::move(results));
 }
 
-Ref<Array> flatMap(const Array& array, const std::function<Ref<Array>(Object&)>& block) {
+Ref<Array> Array::flatMap(const std::function<Ref<Array>(Object&)>& block) const {
+  const Ref<Array> elements = elementsOf(*this);
   std::vector<Ref<Object>> results;
-  for (Object& object : array) {
+  for (Object& object : *elements) {
     if (const Ref<Array> some = block(object))
       std::ranges::copy(some->objects(), std::back_inserter(results));
   }
   return arrayOf(std::move(results));
 }
 
-Ref<Array> filter(const Array& array, const ArrayPredicate& predicate) {
-  return elementsThat(array, [&](const Ref<Object>& object) { return predicate(*object); });
+Ref<Array> Array::filter(const ArrayPredicate& predicate) const {
+  return elementsThat(*this, [&](const Ref<Object>& object) { return predicate(*object); });
 }
 
-Object* firstObjectPassing(const Array& array, const ArrayPredicate& predicate) {
-  for (Object& object : array) {
-    if (predicate(object)) return &object;
+Ref<Object> firstObjectPassing(const Array& array, const ArrayPredicate& predicate) {
+  const Ref<Array> elements = elementsOf(array);
+  for (Object& object : *elements) {
+    if (predicate(object)) return share(object);
   }
   return nullptr;
 }
@@ -93,7 +100,7 @@ Ref<Array> reversedArray(const Array& array) {
 }
 
 bool containsObject(const Array& array, const Object& object) {
-  return std::ranges::any_of(array, [&](const Object& each) { return each.isEqual(object); });
+  return bool(firstObjectPassing(array, [&](const Object& each) { return each.isEqual(object); }));
 }
 
 }  // namespace tq

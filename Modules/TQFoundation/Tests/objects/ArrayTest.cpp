@@ -120,10 +120,10 @@ TEST(ArrayConveniences, MapReturnsOneObjectForEachElement) {
   const auto doubled = [](Object& object) -> Ref<Object> {
     return Number::numberWith(NumberValue(valueOf(object) * 2));
   };
-  EXPECT_EQ(textOf(map(*numbers({1, 2, 3}), doubled)), "(2, 4, 6)");
-  EXPECT_EQ(map(*Array::array(), doubled)->count(), 0U);
+  EXPECT_EQ(textOf(numbers({1, 2, 3})->map(doubled)), "(2, 4, 6)");
+  EXPECT_EQ(Array::array()->map(doubled)->count(), 0U);
   const auto none = [](Object&) { return Ref<Object>(); };
-  EXPECT_THROW(static_cast<void>(map(*numbers({1}), none)), Exception);
+  EXPECT_THROW(static_cast<void>(numbers({1})->map(none)), Exception);
 }
 
 TEST(ArrayConveniences, CompactMapDropsNullAndTheNullObject) {
@@ -131,12 +131,12 @@ TEST(ArrayConveniences, CompactMapDropsNullAndTheNullObject) {
     if (isOdd(object)) return share(object);
     return valueOf(object) > 3 ? Ref<Object>(Null::null()) : nullptr;
   };
-  EXPECT_EQ(textOf(compactMap(*numbers({1, 2, 3, 4, 5}), oddOnly)), "(1, 3, 5)");
+  EXPECT_EQ(textOf(numbers({1, 2, 3, 4, 5})->compactMap(oddOnly)), "(1, 3, 5)");
 }
 
 TEST(ArrayConveniences, FunctionsKeepTheOrderOfElements) {
   const Ref<Array> some = numbers({3, 1, 3, 2, 1});
-  EXPECT_EQ(textOf(filter(*some, isOdd)), "(3, 1, 3, 1)");
+  EXPECT_EQ(textOf(some->filter(isOdd)), "(3, 1, 3, 1)");
   EXPECT_EQ(textOf(arrayByRemovingDuplicates(*some)), "(3, 1, 2)");
   EXPECT_EQ(textOf(reversedArray(*some)), "(1, 2, 3, 1, 3)");
   const Ref<Number> three = Number::numberWith(NumberValue(3.0));
@@ -146,6 +146,41 @@ TEST(ArrayConveniences, FunctionsKeepTheOrderOfElements) {
   const auto isTwo = [](Object& object) { return valueOf(object) == 2; };
   EXPECT_EQ(firstObjectPassing(*some, isTwo), &some->objectAtIndex(3));
   EXPECT_EQ(firstObjectPassing(*Array::array(), isTwo), nullptr);
+}
+
+TEST(ArrayConveniences, BlocksMayChangeAndReleaseTheArray) {
+  using Act = std::function<void()>;
+  std::size_t (*const calls[])(const Array&, const Act&) = {
+      [](const Array& array, const Act& act) {
+        return array.map([&](Object& object) { return act(), share(object); })->count();
+      },
+      [](const Array& array, const Act& act) {
+        return array.compactMap([&](Object& object) { return act(), share(object); })->count();
+      },
+      [](const Array& array, const Act& act) {
+        const auto itself = [&](Object& o) { return act(), Array::arrayWithObjects({share(o)}); };
+        return array.flatMap(itself)->count();
+      },
+      [](const Array& array, const Act& act) {
+        return array.filter([&](Object&) { return act(), true; })->count();
+      },
+      [](const Array& array, const Act& act) {
+        const auto isLast = [&](Object& object) { return act(), valueOf(object) == 99; };
+        return static_cast<std::size_t>(valueOf(*firstObjectPassing(array, isLast))) + 1;
+      },
+  };
+  for (const auto& call : calls) {
+    Ref<MutableArray> array = MutableArray::array();
+    for (int i = 0; i < 100; ++i) array->addObject(Number::numberWith(i));
+    EXPECT_EQ(call(*array,
+                   [&] {
+                     if (!array) return;
+                     array->removeAllObjects();
+                     for (int i = 0; i < 1000; ++i) array->addObject(Null::null());
+                     array = nullptr;
+                   }),
+              100u);
+  }
 }
 
 TEST(ArrayConveniences, RemoveNullAndJoinArrays) {
@@ -158,7 +193,7 @@ TEST(ArrayConveniences, RemoveNullAndJoinArrays) {
                ? Ref<Array>()
                : Array::arrayWithObjects({share(object), share(object)});
   };
-  EXPECT_EQ(textOf(flatMap(*mixed, itselfTwice)), "((1, 2), (1, 2))");
+  EXPECT_EQ(textOf(mixed->flatMap(itselfTwice)), "((1, 2), (1, 2))");
 }
 
 }  // namespace

@@ -19,3 +19,8 @@ tq_mistake_test(subclass-made 5 "derive the class from Subclass")
 tq_mistake_test(subclass-registered 5 "derive the class from Subclass" -DTQ_REGISTER_ONLY)
 tq_mistake_test(class-name 6 "className must be plain")
 tq_mistake_test(coding-name 7 "codingName must be plain")
+
+# Programs may use the names of std and of tq without qualification.
+add_test(NAME mistakes.names-of-std COMMAND "${CMAKE_CURRENT_LIST_DIR}/Names.sh"
+  "${CMAKE_CXX_COMPILER}" "${TQ_INCLUDE_DIR}")
+set_tests_properties(mistakes.names-of-std PROPERTIES LABELS quick)

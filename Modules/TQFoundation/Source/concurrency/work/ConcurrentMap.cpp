@@ -28,14 +28,17 @@ ApplyCost& costOf(const std::type_info& kind) noexcept {
   return costs[kind.hash_code() % costs.size()];
 }
 
+/// Returns the elements of an array, which a block may change or release.
+Ref<Array> elementsOf(const Array& array) { return refCast<Array>(array.copy()); }
+
 bool isNull(const Ref<Object>& object) { return !object || object->kind() == ObjectKind::null; }
 
 }  // namespace
 
 Ref<Array> concurrentMapWithCompact(const Array& array, bool compact, const ArrayMapBlock& block) {
   requireBlock(block, __func__);
-  const auto held = share(array);  // the block may release it
-  const std::span<const Ref<Object>> objects = array.objects();
+  const Ref<Array> held = elementsOf(array);
+  const std::span<const Ref<Object>> objects = held->objects();
   std::vector<Ref<Object>> results(objects.size());  // null until the block has returned
   const auto call = [&block, objects, compact, into = results.data()](std::size_t i) {
     Ref<Object> result = block(*objects[i]);
@@ -61,20 +64,20 @@ Ref<Array> mapWithOptions(const Array& array, EnumerationOptions options,
                           const ArrayMapBlock& usingBlock) {
   if ((options & EnumerationConcurrent) != 0) return concurrentMap(array, usingBlock);
   requireBlock(usingBlock, __func__);
-  return map(array, usingBlock);
+  return array.map(usingBlock);
 }
 
 Ref<Array> compactMapWithOptions(const Array& array, EnumerationOptions options,
                                  const ArrayMapBlock& usingBlock) {
   if ((options & EnumerationConcurrent) != 0) return compactConcurrentMap(array, usingBlock);
   requireBlock(usingBlock, __func__);
-  return compactMap(array, usingBlock);
+  return array.compactMap(usingBlock);
 }
 
 std::size_t applyBlockConcurrentlyAndCountSuccess(const Array& array, const ArrayPredicate& block) {
   requireBlock(block, __func__);
-  const auto held = share(array);  // the block may release it
-  const std::span<const Ref<Object>> objects = array.objects();
+  const Ref<Array> held = elementsOf(array);
+  const std::span<const Ref<Object>> objects = held->objects();
   std::vector<unsigned char> results(objects.size(), 0);
   groupApply(objects.size(), [&](std::size_t i) { results[i] = block(*objects[i]) ? 1 : 0; });
   return results.size() - static_cast<std::size_t>(std::ranges::count(results, 0));

@@ -14,7 +14,6 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/ArrayConveniences.h>
 #include <TQFoundation/objects/Ref.h>
 
 namespace tq {
@@ -39,7 +38,7 @@ inline constexpr EnumerationOptions EnumerationConcurrent = 1;
                                                         const ArrayMapBlock& block);
 
 /// Call the concurrent form above if the options contain EnumerationConcurrent. Otherwise call
-/// map() or compactMap(), which visit the elements one after the other.
+/// Array::map() or Array::compactMap(), which visit the elements one after the other.
 [[nodiscard]] TQ_EXPORT Ref<Array> mapWithOptions(const Array& array, EnumerationOptions options,
                                                   const ArrayMapBlock& usingBlock);
 [[nodiscard]] TQ_EXPORT Ref<Array> compactMapWithOptions(const Array& array,

@@ -10,7 +10,6 @@
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Array.h>
-#include <TQFoundation/objects/ArrayConveniences.h>
 #include <TQFoundation/platform/operations/Operation.h>
 
 namespace tq {
@@ -48,7 +47,7 @@ class TQ_EXPORT TQConcurrentMapOperation final
 using ArrayMapCompletion = std::function<void(Ref<Array> results)>;
 /// Receives the results in the order of the elements. If a block threw, `results` is null and
 /// `failure` is the exception of the first such element. A block that returns null counts as one
-/// that throws Exception (InvalidArgumentException), as in map().
+/// that throws Exception (InvalidArgumentException), as in Array::map().
 using ArrayMapOutcome = std::function<void(Ref<Array> results, std::exception_ptr failure)>;
 
 /// Calls the block for each element on a new operation queue, and returns at once. The block may

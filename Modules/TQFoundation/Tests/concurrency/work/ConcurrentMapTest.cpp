@@ -37,9 +37,9 @@ TEST(ConcurrentMap, ReturnsTheResultsOfTheSequentialMaps) {
         return valueOf(object) % 3 == 0 ? Ref<Object>(Null::null()) : nullptr;
       };
       for (const EnumerationOptions options : {0u, 1u, 2u}) {
-        EXPECT_TRUE(mapWithOptions(*array, options, squared)->isEqual(*map(*array, squared)));
+        EXPECT_TRUE(mapWithOptions(*array, options, squared)->isEqual(*array->map(squared)));
         EXPECT_TRUE(
-            compactMapWithOptions(*array, options, block)->isEqual(*compactMap(*array, block)));
+            compactMapWithOptions(*array, options, block)->isEqual(*array->compactMap(block)));
       }
       const ArrayPredicate even = [&](Object& object) {
         return block(object) != nullptr && valueOf(object) % 2 == 0;
@@ -95,7 +95,7 @@ TEST(TQConcurrentMapOperation, CompletesOnceWithTheResultsInOrder) {
         return result;
       });
       ASSERT_NE(results, nullptr);
-      EXPECT_TRUE(results->isEqual(*map(*array, squared)));
+      EXPECT_TRUE(results->isEqual(*array->map(squared)));
       EXPECT_EQ(failure, nullptr);
       EXPECT_TRUE(maximum <= 0 || most <= maximum) << most;
     }
