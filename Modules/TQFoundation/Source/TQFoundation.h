@@ -114,6 +114,7 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/objects/URL.h>
 #include <TQFoundation/objects/UUID.h>
+#include <TQFoundation/objects/UnreadContent.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>

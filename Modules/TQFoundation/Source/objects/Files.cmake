@@ -18,6 +18,7 @@ tq_room(objects
   String.cpp String.h
   URL.cpp URL.h
   UUID.cpp UUID.h
+  UnreadContent.cpp UnreadContent.h
   Value.cpp Value.h
   Weak.cpp Weak.h
   INTERNAL

@@ -82,6 +82,13 @@ class JSONWalk::Level {
   JSONWalk& walk_;
 };
 
+/// The members that the constructor of an object has asked for.
+struct JSONWalk::Asked {
+  std::vector<bool> members;   // by index in the object; empty if it has no constructor
+  std::size_t frameCount = 0;  // while the object's members are the current ones
+  bool isAll = false;
+};
+
 Ref<Error> invalidClassError(std::string_view className) {
   std::string text = "Invalid object class ";
   text.append(className).append(" found in archive");
@@ -162,16 +169,37 @@ Ref<Array> JSONWalk::decode(const Array& parsed) {
 Ref<Object> JSONWalk::decodeEntered() {
   const auto* frame = std::get_if<TextFrame>(&frames_.back());
   if (frame != nullptr && !frame->shape->isMarked()) return decodeMembers();
-  if (const auto archive = find(TQJSONRawNSArchiveKey)) return decodeArchive(*archive);
-  if (const auto name = find(TQJSONClassKey)) return decodeStructured(name->text());
-  if (const auto data = find(TQJSONRawDataKey)) {
-    const auto text = data->text();
-    return text ? dataFromBase64(*text) : nullptr;
-  }
+  if (const auto archive = lookUp(TQJSONRawNSArchiveKey)) return decodeArchive(*archive);
+  if (const auto name = lookUp(TQJSONClassKey)) return decodeStructured(name->text());
+  if (const auto data = lookUp(TQJSONRawDataKey)) return decodeData(*data);
   return decodeMembers();
 }
 
+Ref<Object> JSONWalk::decodeData(const JSONMember& data) {
+  const auto text = data.text();
+  Ref<Data> bytes = text ? dataFromBase64(*text) : nullptr;
+  if (unread_ != nullptr) {
+    if (!bytes) reportUnread(UnreadContent::Kind::unreadableBytes, {});
+    reportUnasked({}, {});
+  }
+  return bytes;
+}
+
 Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
+  if (unread_ == nullptr) return unarchive(archive, nullptr);
+  UnreadContent inArchive;
+  Ref<Object> object = unarchive(archive, &inArchive);
+  if (!object && inArchive.isEmpty()) reportUnread(UnreadContent::Kind::unreadableBytes, {});
+  for (const UnreadContent::Entry& entry : inArchive.entries()) {
+    unread_->add(
+        entry.kind, entry.className, entry.member, [this] { return pointerToCurrentObject(); },
+        entry.count);
+  }
+  reportUnasked({}, {});
+  return object;
+}
+
+Ref<Object> JSONWalk::unarchive(const JSONMember& archive, UnreadContent* unread) {
   const auto text = archive.text();
   const Ref<Data> bytes = text ? dataFromBase64(*text) : nullptr;
   if (!bytes) return nullptr;
@@ -180,11 +208,16 @@ Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
   const auto mayInstantiate = [&](const Class& named) {
     const auto found = std::ranges::find(known, &named, &std::pair<const Class*, bool>::first);
     if (found != known.end()) return found->second;
-    return known.emplace_back(&named, decoder_.mayUnarchive(named)).second;
+    const bool mayBeMade = decoder_.mayUnarchive(named);
+    if (unread != nullptr && !mayBeMade) {
+      const std::string_view name = named.codingName();
+      unread->add(decoder_.reasonForNoClass(name), name, {}, [] { return std::string(); });
+    }
+    return known.emplace_back(&named, mayBeMade).second;
   };
   Ref<Error> exceededLimit;
-  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(bytes->bytes(), &exceededLimit,
-                                                            decoder_.limits(), mayInstantiate);
+  Ref<Object> object = KeyedUnarchiver::unarchiveRootObject(
+      bytes->bytes(), &exceededLimit, decoder_.limits(), mayInstantiate, unread);
   decoder_.setError(std::move(exceededLimit));
   // An archive of a string, a number or data names no class.
   return object && mayInstantiate(object->objectClass()) ? object : nullptr;
@@ -192,7 +225,11 @@ Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
 
 Ref<Object> JSONWalk::decodeStructured(std::optional<std::string_view> className) {
   const Class* named = className ? decoder_.classFromClassName(*className) : nullptr;
-  if (named == nullptr) return nullptr;
+  if (named == nullptr) {
+    const std::string_view name = className.value_or("");
+    if (unread_ != nullptr) reportUnread(decoder_.reasonForNoClass(name), name);
+    return nullptr;
+  }
   auto construct = named->json().initWithJSONDecoder;
   if (construct == nullptr) construct = jsonFormOf(*named).initWithJSONDecoder;
   if (construct == nullptr) {
@@ -201,11 +238,12 @@ Ref<Object> JSONWalk::decodeStructured(std::optional<std::string_view> className
   }
   // "_class" is the first member; the object's own members follow.
   if (auto* frame = std::get_if<TextFrame>(&frames_.back())) frame->hint = 1;
-  return construct(decoder_);
+  return unread_ == nullptr ? construct(decoder_) : constructAndReport(construct, *className);
 }
 
 Ref<Dictionary> JSONWalk::decodeMembers() {
   if (frames_.empty()) return Dictionary::dictionary();
+  noteAllAsked();
   const std::size_t index = frames_.size() - 1;
   const auto frame = [&] { return std::get_if<TextFrame>(&frames_[index]); };  // frames_ grows
   if (frame() == nullptr) return decodeMembersOfTree(**std::get_if<TreeFrame>(&frames_[index]));
@@ -230,10 +268,76 @@ Ref<Dictionary> JSONWalk::decodeMembersOfTree(const Dictionary& parsed) {
 
 Ref<Dictionary> JSONWalk::currentObject() {
   if (frames_.empty()) return nullptr;
+  noteAllAsked();
   if (const auto* frame = std::get_if<TextFrame>(&frames_.back())) {
     return refCast<Dictionary>(builder_.objectOf(frame->object));
   }
   return Ref<Dictionary>(const_cast<Dictionary*>(*std::get_if<TreeFrame>(&frames_.back())));
+}
+
+// MARK: what was not read
+
+void JSONWalk::noteAsked(std::string_view key) {
+  if (asked_->frameCount != frames_.size()) return;
+  std::size_t index = 0;
+  if (const auto* frame = std::get_if<TextFrame>(&frames_.back())) {
+    index = frame->hint - 1;  // the member was found just now
+  } else {
+    const auto isKey = [key](const Ref<Object>& each) {
+      const auto* text = objectCast<String>(each.get());
+      return text != nullptr && text->view() == key;
+    };
+    const auto keys = (*std::get_if<TreeFrame>(&frames_.back()))->keys();
+    index = static_cast<std::size_t>(std::ranges::find_if(keys, isKey) - keys.begin());
+  }
+  asked_->members[index] = true;
+}
+
+void JSONWalk::noteAllAsked() noexcept {
+  if (asked_ != nullptr && asked_->frameCount == frames_.size()) asked_->isAll = true;
+}
+
+Ref<Object> JSONWalk::constructAndReport(Ref<Object> (*construct)(TQJSONDecoder&),
+                                         std::string_view className) {
+  struct Restored {
+    Asked*& place;
+    Asked* outer;
+    ~Restored() { place = outer; }
+  };
+  const auto* frame = std::get_if<TextFrame>(&frames_.back());
+  const std::size_t count = frame != nullptr ? frame->shape->count()
+                                             : (*std::get_if<TreeFrame>(&frames_.back()))->count();
+  Asked asked{std::vector<bool>(count), frames_.size()};
+  const Restored restored{asked_, std::exchange(asked_, &asked)};
+  Ref<Object> object = construct(decoder_);
+  if (unread_ != nullptr) reportUnasked(className, asked);
+  return object;
+}
+
+/// Reports the members of the current object that were not asked for, but for the reserved ones.
+void JSONWalk::reportUnasked(std::string_view className, const Asked& asked) {
+  if (asked.isAll) return;
+  const auto* frame = std::get_if<TextFrame>(&frames_.back());
+  const auto keys = frame != nullptr ? frame->shape->distinctKeys()->keys()
+                                     : (*std::get_if<TreeFrame>(&frames_.back()))->keys();
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const std::size_t index = frame != nullptr ? frame->shape->memberOfDistinctKey(i) : i;
+    if (!asked.members.empty() && asked.members[index]) continue;
+    const std::string key = keys[i]->description();
+    if (key == TQJSONClassKey || key == TQJSONRawNSArchiveKey || key == TQJSONRawDataKey) continue;
+    unread_->add(UnreadContent::Kind::member, className, key, [&] {
+      return frame != nullptr ? memberAt(*frame, index).pointer() : std::string();
+    });
+  }
+}
+
+void JSONWalk::reportUnread(UnreadContent::Kind kind, std::string_view className) {
+  unread_->add(kind, className, {}, [this] { return pointerToCurrentObject(); });
+}
+
+std::string JSONWalk::pointerToCurrentObject() const {
+  const auto* frame = std::get_if<TextFrame>(&frames_.back());
+  return frame != nullptr ? frame->object.pointer() : std::string();
 }
 
 }  // namespace tq::detail

@@ -153,6 +153,10 @@ void TQJSONDecoder::setError(Ref<Error> error) {
   if (!error_) error_ = std::move(error);
 }
 
+void TQJSONDecoder::setListsUnreadContent(bool lists) noexcept {
+  walk_->setUnread(lists ? &unread_ : nullptr);
+}
+
 Ref<Object> TQJSONDecoder::root() { return walk_->parsedRoot(); }
 Ref<Dictionary> TQJSONDecoder::currentObjectDict() { return walk_->currentObject(); }
 Ref<Object> TQJSONDecoder::decodeObject(const Object& parsed) { return walk_->decode(parsed); }
@@ -250,6 +254,14 @@ bool TQJSONDecoder::mayUnarchive(const Class& named) {
   const auto& map = TQJSONDecoderClassMap();
   const auto set = map.find(name);
   return set == map.end() || set->second != nullptr;
+}
+
+UnreadContent::Kind TQJSONDecoder::reasonForNoClass(std::string_view name) {
+  const auto& map = TQJSONDecoderClassMap();
+  const auto set = map.find(name);
+  if (set != map.end() && set->second == nullptr) return UnreadContent::Kind::bannedClass;
+  return set != map.end() || Class::classNamed(name) != nullptr ? UnreadContent::Kind::refusedClass
+                                                                : UnreadContent::Kind::unknownClass;
 }
 
 void TQJSONDecoder::setClass(const Class* theClass, std::string_view forClassName) {

@@ -22,6 +22,7 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/ReadingLimits.h>
 #include <TQFoundation/objects/URL.h>
+#include <TQFoundation/objects/UnreadContent.h>
 #include <TQFoundation/objects/Weak.h>
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
@@ -182,6 +183,16 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] const ReadingLimits& limits() const noexcept { return limits_; }
   void setLimits(const ReadingLimits& limits) noexcept { limits_ = limits; }
 
+  /// Makes the decoder list what it does not understand, so that a host can warn before it saves
+  /// over the file of a newer version. Off at first, because it costs time for each member.
+  ///
+  /// A member is read if a constructor asked for it, be it with containsValueForKey(), or took all
+  /// members. The reserved keys, and the members of dictionaries, are always read. The content of
+  /// an object of an unknown class is not listed.
+  void setListsUnreadContent(bool lists) noexcept;
+  /// Returns what was listed since the decoder was created.
+  [[nodiscard]] const UnreadContent& unreadContent() const noexcept { return unread_; }
+
   /// Returns the first error so far, or null.
   [[nodiscard]] const Ref<Error>& error() const noexcept { return error_; }
   /// Logs the error, and keeps it if it is the first one.
@@ -194,6 +205,8 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   void parse(std::span<const std::byte> bytes, std::size_t readablePadding);
   /// Returns whether keyed archives in the archive may contain the class.
   [[nodiscard]] bool mayUnarchive(const Class& named);
+  /// Returns why classFromClassName() returned null.
+  [[nodiscard]] static UnreadContent::Kind reasonForNoClass(std::string_view name);
   void refuseKind(std::string_view key, const Class& wanted, const Object& found);
 
   std::unique_ptr<detail::JSONWalk> walk_;
@@ -202,6 +215,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   Weak<TQJSONDecoderDelegate> delegate_;
   Ref<Error> error_;
   ReadingLimits limits_;
+  UnreadContent unread_;
 };
 
 }  // namespace tq

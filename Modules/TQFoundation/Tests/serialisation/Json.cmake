@@ -1,6 +1,7 @@
 tq_add_room_tests(TQSerialisation
   ${CMAKE_CURRENT_LIST_DIR}/JSONLimitsTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONRoundTripTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/JSONUnreadTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQJSONCodingTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQJSONDecoderTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/TQJSONEncoderTest.cpp

@@ -38,10 +38,11 @@ std::uint64_t mostUnfolded(std::uint64_t byteCount, std::uint64_t perByte) noexc
 }  // namespace
 
 KeyedUnarchiver::Reader::Reader(detail::BinaryPropertyListReader list, std::size_t byteCount,
-                                const ReadingLimits& limits,
-                                const ClassFilter& mayInstantiate) noexcept
+                                const ReadingLimits& limits, const ClassFilter& mayInstantiate,
+                                UnreadContent* unread) noexcept
     : list_(list),
       mayInstantiate_(mayInstantiate),
+      unread_(unread),
       mostUnfolded_(mostUnfolded(byteCount, limits.unfoldedPerByte)),
       mostValues_(limits.values),
       mostDepth_(std::clamp(limits.depth, 1, int{KeyedArchiver::kMaximumDepth})) {}
@@ -92,14 +93,22 @@ std::optional<Node> KeyedUnarchiver::Reader::record(const std::optional<Node>& n
   return node;
 }
 
-std::optional<Node> KeyedUnarchiver::Reader::value(const Node& record, std::string_view key) {
+std::optional<std::uint64_t> KeyedUnarchiver::Reader::indexOf(const Node& record,
+                                                              std::string_view key) {
   for (std::uint64_t i = 0; i < record.value; ++i) {
     const auto name = list_.nodeAgain(list_.reference(record, i));
-    if (name && detail::isString(*name, key)) {
-      return list_.node(list_.reference(record, record.value + i));
-    }
+    if (name && detail::isString(*name, key)) return i;
   }
   return std::nullopt;
+}
+
+std::optional<Node> KeyedUnarchiver::Reader::valueAt(const Node& record, std::uint64_t index) {
+  return list_.node(list_.reference(record, record.value + index));
+}
+
+std::optional<Node> KeyedUnarchiver::Reader::value(const Node& record, std::string_view key) {
+  const auto index = indexOf(record, key);
+  return index ? valueAt(record, *index) : std::nullopt;
 }
 
 namespace {
@@ -116,7 +125,10 @@ std::size_t contentSize(const Node& node) noexcept {
 
 std::optional<Node> KeyedUnarchiver::Reader::member(std::string_view key) {
   if (failed_) return std::nullopt;
-  const auto node = value(*record_, key);
+  const auto index = indexOf(*record_, key);
+  if (!index) return std::nullopt;
+  if (asked_ != nullptr) (*asked_)[*index] = true;
+  const auto node = valueAt(*record_, *index);
   return node && unfold(contentSize(*node)) ? node : std::nullopt;
 }
 
@@ -209,6 +221,9 @@ const Class* KeyedUnarchiver::Reader::classAt(const std::optional<Node>& referen
   const auto name = members ? value(*members, kClassNameKey) : std::nullopt;
   const Ref<String> text = name ? detail::stringFromNode(*name) : nullptr;
   const Class* named = text ? Class::classNamed(text->view()) : nullptr;
+  if (unread_ != nullptr && text && named == nullptr) {
+    unread_->add(UnreadContent::Kind::unknownClass, text->view(), {}, [] { return std::string(); });
+  }
   if (named != nullptr && mayInstantiate_ && !mayInstantiate_(*named)) named = nullptr;
   return entry->second = named;
 }
@@ -221,6 +236,7 @@ Ref<Object> KeyedUnarchiver::Reader::makeFromRecord(Slot& slot, const Node& node
 
   const Node* const outerRecord = std::exchange(record_, &*members);
   Slot* const outerSlot = std::exchange(slot_, &slot);
+  std::vector<bool>* const outerAsked = std::exchange(asked_, nullptr);
   ++depth_;
   const ValueRecord* const value = valueRecordOf(*found);
   Ref<Object> object;
@@ -230,6 +246,7 @@ Ref<Object> KeyedUnarchiver::Reader::makeFromRecord(Slot& slot, const Node& node
     object = value->read(*this);
   }
   --depth_;
+  asked_ = outerAsked;
   slot_ = outerSlot;
   record_ = outerRecord;
   return object;
@@ -239,7 +256,27 @@ Ref<Object> KeyedUnarchiver::Reader::makeHost(const Class& hostClass) {
   Ref<Object> object = hostClass.keyed().make();
   slot_->object = object;
   KeyedUnarchiver unarchiver(*this);
-  return hostClass.keyed().initWithCoder(*object, unarchiver) ? object : nullptr;
+  if (unread_ == nullptr) {
+    return hostClass.keyed().initWithCoder(*object, unarchiver) ? object : nullptr;
+  }
+  std::vector<bool> asked(record_->value);
+  asked_ = &asked;
+  if (!hostClass.keyed().initWithCoder(*object, unarchiver)) return nullptr;
+  if (!failed_) reportUnasked(hostClass, asked);
+  return object;
+}
+
+/// Keys with one "$" at the start are those of the format; see escapedKey().
+void KeyedUnarchiver::Reader::reportUnasked(const Class& hostClass,
+                                            const std::vector<bool>& asked) {
+  for (std::size_t i = 0; i < asked.size(); ++i) {
+    const auto name = asked[i] ? std::nullopt : list_.node(list_.reference(*record_, i));
+    const Ref<String> text = name ? detail::stringFromNode(*name) : nullptr;
+    if (!text || (text->view().starts_with('$') && !text->view().starts_with("$$"))) continue;
+    const std::string_view key = text->view().substr(text->view().starts_with('$') ? 1 : 0);
+    unread_->add(UnreadContent::Kind::member, hostClass.codingName(), key,
+                 [] { return std::string(); });
+  }
 }
 
 std::optional<std::vector<UID>> KeyedUnarchiver::Reader::uids(std::string_view key) {
@@ -375,12 +412,13 @@ Ref<Object> KeyedUnarchiver::Reader::readMutableDictionary() {
 
 Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> archive,
                                                  Ref<Error>* error, const ReadingLimits& limits,
-                                                 const ClassFilter& mayInstantiate) {
+                                                 const ClassFilter& mayInstantiate,
+                                                 UnreadContent* unread) {
   setOutError(error, nullptr);
   const auto list = detail::BinaryPropertyListReader::open(archive, kMostReadings);
   if (!list) return nullptr;
   try {
-    Reader reader(*list, archive.size(), limits, mayInstantiate);
+    Reader reader(*list, archive.size(), limits, mayInstantiate, unread);
     Ref<Object> root = reader.readRoot();
     if (reader.exceeded()) setOutError(error, readingLimitError(*reader.exceeded()));
     return root;

@@ -13,6 +13,7 @@
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/ReadingLimits.h>
+#include <TQFoundation/objects/UnreadContent.h>
 #include <TQFoundation/objects/Weak.h>
 
 namespace tq {
@@ -55,13 +56,16 @@ class TQ_EXPORT KeyedUnarchiver {
   /// @param mayInstantiate  if not empty, called for each class that the archive names, before an
   ///         object of it is created; false makes the result null. It may be called more than once
   ///         for a class.
+  /// @param unread  if not null, receives in addition the first unknown class, and the members of
+  ///         host objects that no initWithCoder asked for, without paths
   /// @return null if the bytes are not an archive, contain an unknown class or an invalid object,
   ///         or exceed a limit, or if an initWithCoder returns false or throws
   /// @throws std::bad_alloc
   [[nodiscard]] static Ref<Object> unarchiveRootObject(std::span<const std::byte> archive,
                                                        Ref<Error>* error = nullptr,
                                                        const ReadingLimits& limits = {},
-                                                       const ClassFilter& mayInstantiate = {});
+                                                       const ClassFilter& mayInstantiate = {},
+                                                       UnreadContent* unread = nullptr);
 
   KeyedUnarchiver(const KeyedUnarchiver&) = delete;
   KeyedUnarchiver& operator=(const KeyedUnarchiver&) = delete;

@@ -102,7 +102,40 @@ Ref<Error> errorFor(std::string_view text, std::optional<detail::JSONFault> foun
            {JSONDocument::kErrorIndexKey, Number::numberWith(static_cast<std::int64_t>(index))}}));
 }
 
+void appendEscaped(std::string& pointer, std::string_view key) {
+  for (const char c : key) {
+    if (c == '~' || c == '/') {
+      pointer.append(c == '~' ? "~0" : "~1");
+    } else {
+      pointer.push_back(c);
+    }
+  }
+}
+
 }  // namespace
+
+std::string JSONNode::pointer() const {
+  std::string pointer;
+  JSONNode container = at(tape_ + 1);
+  while (!(container == *this)) {
+    const bool isObject = container.kind() == Kind::object;
+    JSONNode key = container.first();
+    JSONNode value = isObject ? key.next() : key;
+    std::size_t index = 0;
+    for (; value.next().word() <= word_; ++index) {  // the words of a value are adjacent
+      key = value.next();
+      value = isObject ? key.next() : key;
+    }
+    pointer.push_back('/');
+    if (isObject) {
+      appendEscaped(pointer, key.text());
+    } else {
+      pointer.append(std::to_string(index));
+    }
+    container = value;
+  }
+  return pointer;
+}
 
 JSONDocument::JSONDocument(std::unique_ptr<Parser> parser) noexcept : parser_(std::move(parser)) {}
 JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;

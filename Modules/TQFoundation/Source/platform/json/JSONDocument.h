@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include <TQFoundation/objects/Error.h>
@@ -106,6 +107,10 @@ class JSONNode {
   [[nodiscard]] JSONNode end() const noexcept {
     return at(tape_ + static_cast<std::uint32_t>(*word_) - 1);
   }
+
+  /// Returns the JSON Pointer of the value (RFC 6901); empty for the top value. Cost: linear in the
+  /// values before it in the containers that it is in.
+  [[nodiscard]] std::string pointer() const;
 
   /// Returns the node's word on the tape.
   [[nodiscard]] const std::uint64_t* word() const noexcept { return word_; }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <variant>
@@ -17,6 +18,7 @@
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/objects/UnreadContent.h>
 #include <TQFoundation/platform/json/JSONDocument.h>
 #include <TQFoundation/platform/json/JSONObjectBuilder.h>
 #include <TQFoundation/platform/json/JSONShape.h>
@@ -83,6 +85,9 @@ class JSONWalk {
   /// Returns the object that the archive represents; null if there is none.
   [[nodiscard]] Ref<Object> decodeRoot();
 
+  /// Adds to `unread`, from now on, what is not read. Null stops that.
+  void setUnread(UnreadContent* unread) noexcept { unread_ = unread; }
+
   /// Returns the object that a parsed value represents.
   [[nodiscard]] Ref<Object> decode(const JSONMember& member);
   [[nodiscard]] Ref<Object> decode(const Object& parsed);
@@ -91,15 +96,9 @@ class JSONWalk {
 
   /// Returns a member of the current object; no value if it is absent or there is no object.
   [[nodiscard]] std::optional<JSONMember> find(std::string_view key) {
-    if (frames_.empty()) return std::nullopt;
-    if (auto* frame = std::get_if<TextFrame>(&frames_.back())) {
-      const auto index = frame->shape->find(key, frame->hint);
-      if (!index) return std::nullopt;
-      return JSONMember(memberAt(*frame, *index));
-    }
-    const Object* object = (*std::get_if<TreeFrame>(&frames_.back()))->objectForKey(key);
-    if (object == nullptr) return std::nullopt;
-    return JSONMember(*object);
+    const std::optional<JSONMember> member = lookUp(key);
+    if (asked_ != nullptr && member) noteAsked(key);
+    return member;
   }
   /// Returns all members of the current object, decoded. Of equal keys, the first one counts.
   [[nodiscard]] Ref<Dictionary> decodeMembers();
@@ -108,6 +107,7 @@ class JSONWalk {
 
  private:
   using Text = std::shared_ptr<const JSONDocument>;
+  struct Asked;
   class Entered;
   class Gathered;
   class Level;
@@ -126,11 +126,35 @@ class JSONWalk {
     return frame.object.at(words_[frame.firstWord + index]);
   }
 
+  [[nodiscard]] std::optional<JSONMember> lookUp(std::string_view key) {
+    if (frames_.empty()) return std::nullopt;
+    if (auto* frame = std::get_if<TextFrame>(&frames_.back())) {
+      const auto index = frame->shape->find(key, frame->hint);
+      if (!index) return std::nullopt;
+      return JSONMember(memberAt(*frame, *index));
+    }
+    const Object* object = (*std::get_if<TreeFrame>(&frames_.back()))->objectForKey(key);
+    if (object == nullptr) return std::nullopt;
+    return JSONMember(*object);
+  }
+
   [[nodiscard]] Ref<Object> decode(JSONNode node);
   [[nodiscard]] Ref<Object> decodeEntered();
+  [[nodiscard]] Ref<Object> decodeData(const JSONMember& data);
   [[nodiscard]] Ref<Object> decodeArchive(const JSONMember& archive);
+  [[nodiscard]] Ref<Object> unarchive(const JSONMember& archive, UnreadContent* unread);
   [[nodiscard]] Ref<Object> decodeStructured(std::optional<std::string_view> className);
+  [[nodiscard]] Ref<Object> constructAndReport(Ref<Object> (*construct)(TQJSONDecoder&),
+                                               std::string_view className);
   [[nodiscard]] Ref<Dictionary> decodeMembersOfTree(const Dictionary& parsed);
+
+  // What was not read. The functions that report are only for when unread_ is set.
+
+  void noteAsked(std::string_view key);
+  void noteAllAsked() noexcept;
+  void reportUnasked(std::string_view className, const Asked& asked);
+  void reportUnread(UnreadContent::Kind kind, std::string_view className);
+  [[nodiscard]] std::string pointerToCurrentObject() const;
 
   TQJSONDecoder& decoder_;
   std::variant<Ref<Object>, Text> root_;
@@ -140,6 +164,8 @@ class JSONWalk {
   std::vector<Ref<Object>> gathered_;                       // decoded, not yet in their containers
   std::size_t depth_ = 0;   // number of containers of a parsed tree that are entered
   bool isRefused_ = false;  // the parsed tree turned out to be too deep
+  UnreadContent* unread_ = nullptr;
+  Asked* asked_ = nullptr;  // of the innermost object whose constructor runs; null without unread_
 };
 
 }  // namespace tq::detail

@@ -30,7 +30,7 @@ class KeyedUnarchiver::Reader {
   using UID = std::uint64_t;
 
   Reader(detail::BinaryPropertyListReader list, std::size_t byteCount, const ReadingLimits& limits,
-         const ClassFilter& mayInstantiate) noexcept;
+         const ClassFilter& mayInstantiate, UnreadContent* unread) noexcept;
 
   Ref<Object> readRoot();
   /// Returns the limit that was exceeded, if any.
@@ -83,23 +83,30 @@ class KeyedUnarchiver::Reader {
   /// false if the limit is exceeded.
   [[nodiscard]] bool unfold(std::uint64_t amount) noexcept;
   std::optional<Node> record(const std::optional<Node>& node);
+  std::optional<std::uint64_t> indexOf(const Node& record, std::string_view key);
+  std::optional<Node> valueAt(const Node& record, std::uint64_t index);
   std::optional<Node> value(const Node& record, std::string_view key);
   Ref<Object> resolve(UID uid, bool evenUnfinished);
   Ref<Object> make(Slot& slot, UID uid);
   Ref<Object> makeFromRecord(Slot& slot, const Node& node);
   Ref<Object> makeHost(const Class& hostClass);
+  void reportUnasked(const Class& hostClass, const std::vector<bool>& asked);
   const Class* classAt(const std::optional<Node>& reference);
   Ref<Array> packedArray(const std::vector<UID>& uids);
   std::optional<std::pair<Keys, std::vector<UID>>> entries();
 
   detail::BinaryPropertyListReader list_;
   const ClassFilter& mayInstantiate_;
+  UnreadContent* const unread_;
   Node objects_{};
   std::vector<Slot> slots_;  // by UID
   std::unordered_map<UID, const Class*> classes_;
   const Node* record_ = nullptr;  // of the object being read; must not be used after a failure
   Slot* slot_ = nullptr;          // of the object being read
-  std::uint64_t unfolded_ = 0;    // what the object being read unfolds to, so far
+  // The members that the host object being read has asked for, by index; null without unread_, and
+  // for other objects. Must not be used after a failure.
+  std::vector<bool>* asked_ = nullptr;
+  std::uint64_t unfolded_ = 0;  // what the object being read unfolds to, so far
   const std::uint64_t mostUnfolded_;
   const std::uint64_t mostValues_;
   const int mostDepth_;
