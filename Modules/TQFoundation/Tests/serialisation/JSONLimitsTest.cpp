@@ -9,11 +9,12 @@ namespace {
 using namespace test;
 
 /// Arrays that refer twice to the next one: 2^depth paths to one leaf.
-Ref<Object> doubled(int depth) {
-  Ref<Object> object = str("leaf");
+Ref<Object> doubled(int depth, Ref<Object> object = str("leaf")) {
   for (int i = 0; i < depth; ++i) object = Array::arrayWithObjects({object, object});
   return object;
 }
+
+Ref<Object> mebibyte() { return str(std::string(std::size_t{1} << 20, 'x')); }
 
 std::string archived(const Object& object) {
   const auto bytes = KeyedArchiver::archivedDataWithRootObject(object);
@@ -101,6 +102,12 @@ TEST(JSONLimits, EncodingASharedGraphEndsWithAnError) {
     return !encoder->encodeRootObject(*doubled(60), &error) && sink->length() <= 1'000'000 &&
            error->localizedDescription().starts_with("The archive would be longer than 1000000 ");
   });
+  // Without a limit of the host, memory may end before the longest archive is reached.
+  expectWithinLimits([] {
+    Ref<Error> error;
+    return !TQJSONEncoder::encodeObjectAsString(doubled(60, mebibyte()), &error) && error &&
+           error->domain() == TQJSONEncoderError;
+  });
   const TemporaryDirectory directory;
   const auto file = URL::fileURLWithPath(directory.write("file", ""));
   const auto encoder = TQJSONEncoder::encoderForWritingToURL(*file);
@@ -109,6 +116,16 @@ TEST(JSONLimits, EncodingASharedGraphEndsWithAnError) {
   EXPECT_FALSE(encoder->encodeRootObject(*doubled(60), &error));
   expectError(error, TQJSONEncoderError, 0);
   EXPECT_LE(dataWithContentsOfURL(*file, nullptr)->length(), 10'000u + 4096);
+}
+
+// The host shares its objects itself. A file needs no memory.
+TEST(JSONLimits, NoArchiveIsLongerThanTheDecoderReads) {
+  Ref<Error> error;
+  EXPECT_FALSE(TQJSONEncoder::encodeObject(doubled(60, mebibyte()),
+                                           *URL::fileURLWithPath("/dev/null"), &error));
+  expectError(error, TQJSONEncoderError, 0,
+              "The archive would be longer than 4294967295 bytes. Objects that are shared are "
+              "written each time.");
 }
 
 #endif
