@@ -126,11 +126,7 @@ Ref<Object> JSONWalk::decode(JSONNode node) {
   }
   if (node.kind() != JSONNode::Kind::array) return JSONObjectBuilder::scalarOf(node);
   if (Ref<Array> numbers = JSONObjectBuilder::numbersOf(node)) return numbers;
-  Gathered elements(*this);
-  for (JSONNode element = node.first(); !(element == node.end()); element = element.next()) {
-    if (Ref<Object> object = decode(element)) elements.add(std::move(object));
-  }
-  return JSONObjectBuilder::arrayOf(elements.all());
+  return JSONObjectBuilder::arrayOf(node, [this](JSONNode element) { return decode(element); });
 }
 
 Ref<Object> JSONWalk::decode(const Object& parsed) {

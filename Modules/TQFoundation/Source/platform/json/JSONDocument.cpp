@@ -17,8 +17,8 @@ namespace tq {
 
 static_assert(Data::kReadablePadding >= simdjson::SIMDJSON_PADDING);
 
-struct JSONDocument::Parser {
-  simdjson::dom::parser parser;
+struct JSONDocument::Tape {
+  simdjson::dom::document document;
 };
 
 namespace {
@@ -137,7 +137,7 @@ std::string JSONNode::pointer() const {
   return pointer;
 }
 
-JSONDocument::JSONDocument(std::unique_ptr<Parser> parser) noexcept : parser_(std::move(parser)) {}
+JSONDocument::JSONDocument(std::unique_ptr<Tape> tape) noexcept : tape_(std::move(tape)) {}
 JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
 JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
 JSONDocument::~JSONDocument() = default;
@@ -149,23 +149,26 @@ std::optional<JSONDocument> JSONDocument::parse(std::span<const std::byte> bytes
   const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   text.remove_prefix(mark);
 
-  auto parser = std::make_unique<Parser>();
-  simdjson::error_code code = parseInto(parser->parser, text, readablePadding, depth);
-  if (code == simdjson::SUCCESS) return JSONDocument(std::move(parser));
+  simdjson::dom::parser parser;  // has memory that only parsing needs
+  const auto document = [&parser] {
+    return JSONDocument(std::make_unique<Tape>(std::move(parser.doc)));
+  };
+  simdjson::error_code code = parseInto(parser, text, readablePadding, depth);
+  if (code == simdjson::SUCCESS) return document();
 
   const bool mayBeJSON = code == simdjson::NUMBER_ERROR || code == simdjson::DEPTH_ERROR;
   if (!mayBeJSON && error == nullptr) return std::nullopt;
   const detail::JSONScan scan = detail::scanJSON(text, depth);
   if (mayBeJSON && !scan.fault) {
-    code = parseAgain(parser->parser, text, readablePadding, depth, scan.longNumbers);
-    if (code == simdjson::SUCCESS) return JSONDocument(std::move(parser));
+    code = parseAgain(parser, text, readablePadding, depth, scan.longNumbers);
+    if (code == simdjson::SUCCESS) return document();
   }
   if (error != nullptr) *error = errorFor(text, scan.fault, mark);
   return std::nullopt;
 }
 
 bool JSONDocument::hasMoreValuesThan(std::uint64_t count) const noexcept {
-  const std::uint64_t* const tape = parser_->parser.doc.tape.get();
+  const std::uint64_t* const tape = tape_->document.tape.get();
   const auto* const end = tape + static_cast<std::uint32_t>(*tape) - 1;  // the document's last word
   if (static_cast<std::uint64_t>(end - tape) <= count) return false;     // each value has a word
   for (const std::uint64_t* word = tape + 1; word != end; ++word) {
@@ -178,7 +181,7 @@ bool JSONDocument::hasMoreValuesThan(std::uint64_t count) const noexcept {
 }
 
 JSONNode JSONDocument::root() const noexcept {
-  const simdjson::dom::document& document = parser_->parser.doc;
+  const simdjson::dom::document& document = tape_->document;
   const std::uint64_t* tape = document.tape.get();
   return {tape, tape + 1, document.string_buf.get()};  // word 0 is the document itself
 }

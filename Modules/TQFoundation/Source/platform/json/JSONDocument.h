@@ -25,8 +25,8 @@ namespace tq {
 ///
 /// The tape has one 64-bit word for each value, with its kind in the top 8 bits. The value of a
 /// number is in the next word. The word of a container holds, in its low 32 bits, the index of the
-/// word after the container. The word of a string holds the offset of its length (32 bits) and its
-/// bytes in the string buffer.
+/// word after the container, and in the next 24 bits the count, or 0xFFFFFF if it is not smaller. The
+/// word of a string holds the offset of its length (32 bits) and its bytes in the string buffer.
 class JSONNode {
  public:
   /// The kind of a value; `yes` and `no` are true and false.
@@ -108,6 +108,16 @@ class JSONNode {
     return at(tape_ + static_cast<std::uint32_t>(*word_) - 1);
   }
 
+  /// Returns the number of elements of an array. Cost: linear if there are more than 16 million.
+  [[nodiscard]] std::size_t count() const noexcept {
+    constexpr std::size_t kUncounted = 0xFFFFFF;
+    std::size_t count = (*word_ >> 32) & kUncounted;
+    if (count < kUncounted) return count;
+    count = 0;
+    for (JSONNode element = first(); !(element == end()); element = element.next()) ++count;
+    return count;
+  }
+
   /// Returns the JSON Pointer of the value (RFC 6901); empty for the top value. Cost: linear in the
   /// values before it in the containers that it is in.
   [[nodiscard]] std::string pointer() const;
@@ -135,8 +145,8 @@ class JSONNode {
 /// UTF-8 byte-order mark is skipped. Containers may nest kDepthLimit deep. Integers outside of 64
 /// bits become doubles. A number outside of the range of doubles is an error; one too close to zero
 /// is 0. Equal keys of an object are all kept, in order.
-/// Memory: at most 16 bytes for each byte of text while parsing, about 10 afterwards; only the part
-/// that the values need is touched.
+/// Memory: at most 16 bytes for each byte of text while parsing, about 10 afterwards; only what
+/// values need is used: 8 bytes for each value, 8 more for a number, and the texts.
 class JSONDocument {
  public:
   /// The maximum depth of nested arrays and objects.
@@ -174,10 +184,10 @@ class JSONDocument {
   [[nodiscard]] JSONNode root() const noexcept;
 
  private:
-  struct Parser;
-  explicit JSONDocument(std::unique_ptr<Parser> parser) noexcept;
+  struct Tape;
+  explicit JSONDocument(std::unique_ptr<Tape> tape) noexcept;
 
-  std::unique_ptr<Parser> parser_;
+  std::unique_ptr<Tape> tape_;
 };
 
 }  // namespace tq

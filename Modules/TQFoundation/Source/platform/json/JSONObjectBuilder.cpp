@@ -85,27 +85,20 @@ Ref<JSONShape> JSONObjectBuilder::shapeOf(JSONNode object,
 
 // Recursion is bounded by JSONDocument::kDepthLimit.
 Ref<Object> JSONObjectBuilder::objectOf(JSONNode node) {
-  const std::size_t firstValue = values_.size();
-  const auto built = [&] { return std::span(values_).subspan(firstValue); };
   if (node.kind() == JSONNode::Kind::array) {
     if (Ref<Array> numbers = numbersOf(node)) return numbers;
-    for (JSONNode element = node.first(); !(element == node.end()); element = element.next()) {
-      Ref<Object> object = objectOf(element);
-      values_.push_back(std::move(object));
-    }
-    Ref<Array> array = arrayOf(built());
-    values_.resize(firstValue);
-    return array;
+    return arrayOf(node, [this](JSONNode element) { return objectOf(element); });
   }
   if (node.kind() != JSONNode::Kind::object) return scalarOf(node);
 
+  const std::size_t firstValue = values_.size();
   const std::size_t firstMember = members_.size();
   const Ref<JSONShape> shape = shapeOf(node, members_);
   for (std::size_t i = 0; i < shape->distinctKeys()->count(); ++i) {
     Ref<Object> object = objectOf(node.at(members_[firstMember + shape->memberOfDistinctKey(i)]));
     values_.push_back(std::move(object));
   }
-  Ref<Dictionary> dictionary = dictionaryOf(*shape, built());
+  Ref<Dictionary> dictionary = dictionaryOf(*shape, std::span(values_).subspan(firstValue));
   values_.resize(firstValue);
   members_.resize(firstMember);
   return dictionary;

@@ -7,9 +7,11 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Construction.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/json/JSONDocument.h>
@@ -29,6 +31,21 @@ class JSONObjectBuilder {
 
   /// Returns a packed array, or null if the array is empty or holds something other than numbers.
   [[nodiscard]] static Ref<Array> numbersOf(JSONNode array);
+
+  /// Returns an array of what `objectOf` returns for each element; null is left out. Not for
+  /// numbersOf().
+  template <class ObjectOf>
+  [[nodiscard]] static Ref<Array> arrayOf(JSONNode array, const ObjectOf& objectOf) {
+    const std::size_t count = array.count();
+    if (count == 0) return Array::array();
+    Ref<Array> objects = Construction::unfilledArray(count);
+    const std::span<Ref<Object>> slots = Construction::slots(*objects);
+    std::size_t filled = 0;
+    for (JSONNode element = array.first(); !(element == array.end()); element = element.next()) {
+      if (Ref<Object> object = objectOf(element)) slots[filled++] = std::move(object);
+    }
+    return filled == count ? objects : arrayOf(slots.first(filled));
+  }
 
   /// Returns an array of `elements`, which are moved out.
   [[nodiscard]] static Ref<Array> arrayOf(std::span<Ref<Object>> elements);
