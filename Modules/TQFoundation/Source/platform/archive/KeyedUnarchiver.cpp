@@ -57,8 +57,9 @@ Ref<Object> KeyedUnarchiver::Reader::fail(ReadingLimit limit) noexcept {
   return fail();
 }
 
+// The sum cannot overflow: both terms fit into a slot, and nothing is added after a failure.
 bool KeyedUnarchiver::Reader::unfold(std::uint64_t amount) noexcept {
-  unfolded_ += std::min(amount, mostUnfolded_ + 1);
+  unfolded_ += amount;
   if (unfolded_ <= mostUnfolded_) return true;
   fail(ReadingLimit::unfoldedPerByte);
   return false;
@@ -189,20 +190,23 @@ Ref<Object> KeyedUnarchiver::Reader::resolve(UID uid, bool evenUnfinished) {
   }
   slot.state = State::read;
   if (failed_ || !slot.object) return fail();
-  slot.unfolded = std::exchange(unfolded_, outer) & kUnfoldedBits;
-  return unfold(slot.unfolded) ? slot.object : nullptr;
+  const std::uint64_t own = std::exchange(unfolded_, outer);
+  slot.unfolded = own & kUnfoldedBits;
+  return unfold(own) ? slot.object : nullptr;
 }
 
 Ref<Object> KeyedUnarchiver::Reader::make(Slot& slot, UID uid) {
   const auto node = list_.node(list_.reference(objects_, uid));
-  if (!node || !unfold(contentSize(*node))) return nullptr;
+  if (!node) return nullptr;
   switch (node->kind) {
     case Kind::ascii:
     case Kind::utf16:
+      unfolded_ += node->content.size();  // resolve() checks the sum
       return detail::stringFromNode(*node);
     case Kind::number:
       return Number::numberWith(node->number);
     case Kind::data:
+      unfolded_ += node->content.size();
       return Data::dataWithBytes(node->content);
     case Kind::dictionary:
       return makeFromRecord(slot, *node);
