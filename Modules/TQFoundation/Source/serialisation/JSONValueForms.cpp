@@ -1,6 +1,7 @@
 #include <TQFoundation/serialisation/detail/JSONValueForms.h>
 
 #include <algorithm>
+#include <atomic>
 #include <span>
 #include <string>
 
@@ -13,6 +14,7 @@
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Value.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
@@ -58,6 +60,8 @@ void encodeAtomOrArchive(const Object& object, TQJSONEncoder& encoder) {
 /// An ill-formed string is written as a keyed archive, which is not a valid key. The error discards
 /// the text.
 void encodeStringKey(const Object& object, TQJSONEncoder& encoder) {
+  const std::string_view key = static_cast<const String&>(object).view();
+  if (isReservedKey(key)) logReservedKey(key);
   encoder.encodeObject(object);
   if (!static_cast<const String&>(object).isWellFormed()) refuseAsKey(object, encoder);
 }
@@ -219,6 +223,15 @@ void encodeKeyedArchive(const Object& object, TQJSONEncoder& encoder) {
   }
   const Ref<Data> archive = KeyedArchiver::archivedDataWithRootObject(object);
   encodeBase64Record(TQJSONRawNSArchiveKey, archive->bytes(), encoder);
+}
+
+void logReservedKey(std::string_view key) {
+  static std::atomic<bool> isLogged[3];
+  const std::size_t which = key == TQJSONClassKey ? 0 : key == TQJSONRawDataKey ? 1 : 2;
+  if (isLogged[which].exchange(true)) return;
+  std::string line = "The key ";
+  plainLog(line.append(key).append(
+      " is reserved: an object or dictionary with such a member is read as something else.\n"));
 }
 
 void refuseAsKey(const Object& object, TQJSONEncoder& encoder) {

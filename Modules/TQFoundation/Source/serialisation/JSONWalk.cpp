@@ -320,7 +320,7 @@ void JSONWalk::reportUnasked(std::string_view className, const Asked& asked) {
     const std::size_t index = frame != nullptr ? frame->shape->memberOfDistinctKey(i) : i;
     if (!asked.members.empty() && asked.members[index]) continue;
     const std::string key = keys[i]->description();
-    if (key == TQJSONClassKey || key == TQJSONRawNSArchiveKey || key == TQJSONRawDataKey) continue;
+    if (isReservedKey(key)) continue;
     unread_->add(UnreadContent::Kind::member, className, key, [&] {
       return frame != nullptr ? memberAt(*frame, index).pointer() : std::string();
     });

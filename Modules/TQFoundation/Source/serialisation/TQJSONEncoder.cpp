@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <set>
@@ -14,6 +15,7 @@
 #include <TQFoundation/platform/files/FileServices.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
+#include <TQFoundation/serialisation/TQJSONDecoder.h>
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
 #include <TQFoundation/serialisation/TQJSONURLEncoder.h>
 #include <TQFoundation/serialisation/detail/JSONEscape.h>
@@ -51,16 +53,16 @@ class Level {
 };
 
 /// Logs, once for each class, that its objects can be written but not read.
-void logWriteOnly(const Class& written) {
+void logWriteOnly(const Class& written, std::string_view reason) {
   static auto& lock = *new std::mutex;
   static auto& logged = *new std::set<const Class*>;
   {
     const std::scoped_lock guard(lock);
     if (!logged.insert(&written).second) return;
   }
-  const std::string name(written.name());
-  plainLog("Objects of class " + name + " are archived but cannot be read back: there is no " +
-           "public constructor " + name + "(tq::TQJSONDecoder&).\n");
+  std::string line = "Objects of class ";
+  line.append(written.name()).append(" are archived but cannot be read back: ");
+  plainLog(line.append(reason).append(".\n"));
 }
 
 char* copyText(char* to, std::string_view text) noexcept {
@@ -147,12 +149,26 @@ void TQJSONEncoder::encodeObject(LentObject lent) {
   const Ref<Object> kept(const_cast<Object*>(object));  // the host may release all other references
   const Class& written = object->objectClass();
   if (const auto encodeAsJSON = written.json().encodeAsJSON) {
-    if (written.classForCoder().json().initWithJSONDecoder == nullptr) logWriteOnly(written);
+    if (lastWritten_ != &written) noteWritten(written);
     startEncodingObject(*object, *this);
     encodeAsJSON(*object, *this);
     finishEncodingObject(*object, *this);
   } else {
     encodeAsRAWArchive(*object, *this);
+  }
+}
+
+void TQJSONEncoder::noteWritten(const Class& written) {
+  lastWritten_ = &written;
+  if (std::ranges::find(written_, &written) != written_.end()) return;
+  written_.push_back(&written);
+  const Class& coding = written.classForCoder();
+  const std::string name(archiveNameOf(coding));
+  if (coding.json().initWithJSONDecoder == nullptr) {
+    logWriteOnly(written, "there is no public constructor " + std::string(written.name()) +
+                              "(tq::TQJSONDecoder&)");
+  } else if (TQJSONDecoder::init()->classFromClassName(name) == nullptr) {
+    logWriteOnly(written, "no class is registered under the name " + name);
   }
 }
 
@@ -200,6 +216,10 @@ void TQJSONEncoder::encodeStringWithoutCheckingFormat(const String& string, bool
 // MARK: keyed values
 
 void TQJSONEncoder::writeKey(std::string_view key, bool includeSeparator) {
+  // In an object with a class, bytes are an ordinary member.
+  if (includeSeparator && detail::isReservedKey(key) && key != TQJSONRawDataKey) {
+    detail::logReservedKey(key);
+  }
   const std::size_t length = key.size() + 4;
   if (static_cast<std::size_t>(windowEnd_ - cursor_) >= length) {
     char* to = cursor_;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <TQFoundation/base/Point.h>
 #include <TQFoundation/base/Rect.h>
@@ -67,9 +68,9 @@ class LentObject {
 ///   9.999999999999999.
 ///
 /// Keys and class names are written unchanged. They must be plain identifiers, without quotation
-/// marks, backslashes and control characters. Any other key is error 0. Objects of a class without
-/// a constructor that takes a decoder are written, but cannot be read back: the log gets a line for
-/// each such class.
+/// marks, backslashes and control characters. Any other key is error 0. What is written but cannot
+/// be read back is logged, once for each: a class without a constructor that takes a decoder, a
+/// class that is not registered, a reserved key of TQJSONFormat.h as a key of the host.
 ///
 /// Changes: encodeAsJSON() may release the object itself and what contains it. An array or a
 ///          dictionary that it changes while the container is being written is error 0.
@@ -98,7 +99,9 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   static bool encodeObject(LentObject object, Ref<FileHandle> toFile, Ref<Error>* error);
   /// Saves the archive of `object` to a file: the call to use for documents. The whole archive is
   /// encoded first, and then replaces the file in one step, or creates it, as with replaceFile():
-  /// the file keeps its owner, group, permissions, ACL and extended attributes.
+  /// the file keeps its owner, group, permissions, ACL and extended attributes. Before that, the
+  /// text is checked, so that text written without a check, or no object, does not replace a
+  /// document by one that cannot be read: error 0.
   /// @return false, with the error of the encoder or of the file, if it was not saved. The old file
   ///         is unchanged then.
   [[nodiscard]] static bool saveObject(LentObject object, const URL& toURL,
@@ -214,6 +217,7 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   template <std::size_t capacity, class Write>
   void writeShort(Write&& write);
   void writeKey(std::string_view key, bool includeSeparator);
+  void noteWritten(const Class& written);
 
   char* cursor_ = nullptr;
   char* windowEnd_ = nullptr;
@@ -222,6 +226,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   std::uint64_t longestArchive_ = kLongestArchive;
   const Class* namedClass_ = nullptr;  // the argument of the last archiveNameOf(), and its result
   std::string_view archiveName_;
+  const Class* lastWritten_ = nullptr;  // of the last object with encodeAsJSON
+  std::vector<const Class*> written_;   // of all of them
   Weak<Object> userInfo_;
   Ref<Error> error_;
 };

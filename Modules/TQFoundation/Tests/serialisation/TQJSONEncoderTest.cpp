@@ -163,11 +163,27 @@ struct WriteOnly final : Subclass<WriteOnly> {
   void encodeAsJSON(TQJSONEncoder&) const {}
 };
 
+struct Unregistered final : Subclass<Unregistered> {
+  static constexpr std::string_view className = "Unregistered";
+  Unregistered() = default;
+  explicit Unregistered(TQJSONDecoder&) {}
+  void encodeAsJSON(TQJSONEncoder& encoder) const { encoder.encodeBool(true, "_archive"); }
+};
+
 TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
   const CapturedLog log;
   for (int i = 0; i < 2; ++i) archiveOf(Array::arrayWithObjects({makeRef<WriteOnly>()}));
   ASSERT_EQ(log.messages().size(), 1u);
   EXPECT_TRUE(log.messages()[0].starts_with("Objects of class WriteOnly are archived but cannot"));
+  const Ref<Object> reserved = Dictionary::dictionaryWithEntries({{"_class", str("a")}});
+  for (int i = 0; i < 2; ++i)
+    archiveOf(Array::arrayWithObjects({makeRef<Unregistered>(), reserved}));
+  ASSERT_EQ(log.messages().size(), 4u);
+  EXPECT_EQ(log.messages()[1],
+            "Objects of class Unregistered are archived but cannot be read back: no class is "
+            "registered under the name Unregistered.\n");
+  EXPECT_TRUE(log.messages()[2].starts_with("The key _archive is reserved: "));
+  EXPECT_TRUE(log.messages()[3].starts_with("The key _class is reserved: "));
   TQJSONEncoder::setAliasName("NSArray", classOf<WriteOnly>);
   EXPECT_EQ(log.messages().back(),
             "The classes Array and WriteOnly have the same name in archives, NSArray.\n");

@@ -3,11 +3,14 @@
 /// @file JSONValueForms.h
 /// The JSON forms of the value classes.
 
+#include <string_view>
+
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/Object.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
+#include <TQFoundation/serialisation/TQJSONFormat.h>
 
 namespace tq::detail {
 
@@ -24,6 +27,15 @@ void encodeKeyedArchive(const Object& object, TQJSONEncoder& encoder);
 
 /// Records error 2: the object is not a valid key.
 void refuseAsKey(const Object& object, TQJSONEncoder& encoder);
+
+/// Returns whether a member of this name changes what an object is read as.
+[[nodiscard]] inline bool isReservedKey(std::string_view key) noexcept {
+  return key.starts_with('_') &&
+         (key == TQJSONClassKey || key == TQJSONRawNSArchiveKey || key == TQJSONRawDataKey);
+}
+
+/// Logs, once for each reserved key, that the host has written it as a member.
+void logReservedKey(std::string_view key);
 
 /// Writes a well-formed string, a number or null, which is the form of each.
 /// @return false for any other object; nothing is written
