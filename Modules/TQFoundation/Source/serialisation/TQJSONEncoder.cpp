@@ -12,7 +12,9 @@
 #include <TQFoundation/base/NumberText.h>
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
+#include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/platform/files/FileServices.h>
+#include <TQFoundation/platform/json/JSONText.h>
 #include <TQFoundation/platform/log/PlainLog.h>
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
@@ -348,9 +350,31 @@ bool TQJSONEncoder::encodeObject(LentObject object, Ref<FileHandle> toFile, Ref<
   return encoderForWritingToFile(std::move(toFile))->encodeRootObject(object, error);
 }
 
+namespace {
+
+/// Returns why an archive cannot be read back; null if it can. Text that a host writes without a
+/// check can spoil it.
+Ref<Error> faultOf(std::string_view archive) {
+  if (detail::firstMalformedByte(archive)) {
+    return Error::errorWithDomain(TQJSONEncoderError, 0, kUncheckedText);
+  }
+  const auto fault = detail::scanJSON(archive, TQJSONEncoder::kDepthLimit).fault;
+  if (!fault) return nullptr;
+  std::string text = "The archive could not be read back. ";
+  text.append(fault->message).append(" around character ").append(std::to_string(fault->index));
+  return Error::errorWithDomain(TQJSONEncoderError, 0, std::string_view(text.append(".")));
+}
+
+}  // namespace
+
 bool TQJSONEncoder::saveObject(LentObject object, const URL& toURL, Ref<Error>* error) {
   const Ref<Data> data = encodeObjectAsData(object, error);
-  return data && replaceFile(toURL, data->bytes(), error);
+  if (!data) return false;
+  if (Ref<Error> fault = faultOf(data->view())) {
+    setOutError(error, std::move(fault));
+    return false;
+  }
+  return replaceFile(toURL, data->bytes(), error);
 }
 
 bool TQJSONEncoder::encodeObject(LentObject object, const URL& toURL, Ref<Error>* error) {

@@ -153,7 +153,19 @@ TEST(TQJSONEncoder, SavesTheWholeArchiveOrLeavesTheFile) {
   EXPECT_FALSE(TQJSONEncoder::saveObject(Array::arrayWithObjects({str("c"), makeRef<Opaque>()}),
                                          *url, &error));
   EXPECT_EQ(error->domain(), TQJSONEncoderError);
+  const auto unchecked = [](std::string_view text) {
+    return makeRef<Scripted>([text](TQJSONEncoder& e) {
+      e.encodeStringWithoutCheckingFormat(str(text).get(), "key", true);
+    });
+  };
+  constexpr std::string_view kNotRead = "The archive could not be read back. ";
+  EXPECT_FALSE(TQJSONEncoder::saveObject(unchecked("5\" pipe"), *url, &error));
+  expectError(error, TQJSONEncoderError, 0,
+              std::string(kNotRead) + "Badly formed container around character 31.");
+  EXPECT_FALSE(TQJSONEncoder::saveObject(nullptr, *url, &error));
+  EXPECT_TRUE(error->localizedDescription().starts_with(kNotRead));
   EXPECT_EQ(directory.read("x"), "\"ab\"");
+  EXPECT_TRUE(TQJSONEncoder::saveObject(unchecked("5 pipes"), *url));
   const Ref<URL> none = URL::fileURLWithPath(directory.path("none/x"));
   EXPECT_FALSE(TQJSONEncoder::saveObject(str("ab"), *none, &error));
   expectFileError(error, 4, ENOENT, "The folder “none” doesn’t exist.");
