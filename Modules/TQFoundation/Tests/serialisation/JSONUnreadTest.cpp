@@ -1,6 +1,5 @@
 #include "serialisation/JSONModel.h"
 
-namespace tq {
 namespace {
 
 using namespace test;
@@ -166,4 +165,3 @@ TEST_F(JSONUnread, SurvivesConstructorsThatThrowOrReplaceTheRoot) {
 }
 
 }  // namespace
-}  // namespace tq

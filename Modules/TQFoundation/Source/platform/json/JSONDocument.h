@@ -25,8 +25,9 @@ namespace tq {
 ///
 /// The tape has one 64-bit word for each value, with its kind in the top 8 bits. The value of a
 /// number is in the next word. The word of a container holds, in its low 32 bits, the index of the
-/// word after the container, and in the next 24 bits the count, or 0xFFFFFF if it is not smaller. The
-/// word of a string holds the offset of its length (32 bits) and its bytes in the string buffer.
+/// word after the container, and in the next 24 bits the count, or 0xFFFFFF if it is not smaller.
+/// The word of a string holds the offset of its length (32 bits) and its bytes in the string
+/// buffer.
 class JSONNode {
  public:
   /// The kind of a value; `yes` and `no` are true and false.
