@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -23,23 +24,20 @@ Ref<Array> arrayOf(const std::vector<Ref<Object>>& elements) {
 }
 
 void checkApplied(const Array& olds, const Array& news, const TQArrayChanges& changes) {
-  std::vector<Ref<Object>> rebuilt(olds.objects().begin(), olds.objects().end());
   for (const auto& change : changes) {
-    const auto at = static_cast<std::ptrdiff_t>(change->index());
-    if (change->isRemoval()) {
-      require(rebuilt.at(change->index()).get() == change->object());
-      rebuilt.erase(rebuilt.begin() + at);
-    } else {
-      require(change->index() <= rebuilt.size());
-      rebuilt.insert(rebuilt.begin() + at, Ref<Object>(change->object()));
-    }
+    const Array& array = change->isRemoval() ? olds : news;
+    require(&array.objectAtIndex(change->index()) == change->object());
     if (const auto partner = change->associatedChange()) {
       require(partner->associatedChange() == change);
       require(partner->isInsertion() != change->isInsertion());
       require(partner->object()->isEqual(*change->object()));
     }
   }
-  require(arrayOf(rebuilt)->isEqual(news));
+  const Ref<MutableArray> array = MutableArray::arrayWithArray(olds);
+  applyEditSequence(*array, changes);
+  require(array->isEqual(news));
+  revertEditSequence(*array, changes);
+  require(std::ranges::equal(array->objects(), olds.objects()));
 }
 
 }  // namespace

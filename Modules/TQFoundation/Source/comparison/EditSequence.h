@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file EditSequence.h
-/// Edit sequences: the difference of two arrays.
+/// Edit sequences: the difference of two arrays, and how to apply and revert it.
 
 #include <algorithm>
 #include <cstddef>
@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 
+#include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/comparison/TQArrayComparison.h>
 
 namespace tq {
@@ -45,5 +46,21 @@ template <class Comparator>
       oldArray, newArray, inferringMoves,
       [](const Object& a, std::size_t, const Object& b, std::size_t) { return a.isEqual(b); });
 }
+
+/// Applies an edit sequence: turns the old array into the new one, or reverts that. Reverting what
+/// was applied restores the old array, object by object.
+///
+/// Every insertion inserts its own object, also that of a move. Elements that are not named in the
+/// changes stay; if the comparator calls different objects the same, they are those of the array.
+///
+/// @param array    the old array; for revertEditSequence() the new one. Elements to be removed must
+///                 be the objects of the changes or equal to them.
+/// @param changes  in the order of editSequenceTo()
+/// @throws Exception (InvalidArgumentException) if the changes do not fit the array or are in
+///         another order; std::bad_alloc; what isEqual() throws. Then the array is unchanged.
+///
+/// Cost: O(N + D) for N elements and D changes.
+TQ_EXPORT void applyEditSequence(MutableArray& array, const TQArrayChanges& changes);
+TQ_EXPORT void revertEditSequence(MutableArray& array, const TQArrayChanges& changes);
 
 }  // namespace tq

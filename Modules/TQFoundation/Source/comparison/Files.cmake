@@ -1,5 +1,5 @@
 tq_room(comparison
-  EditSequence.h
+  EditSequence.cpp EditSequence.h
   SnakeLevels.cpp
   TQArrayComparison.h
   TQArrayConsolidator.cpp TQArrayConsolidator.h

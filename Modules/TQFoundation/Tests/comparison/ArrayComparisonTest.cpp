@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
+#include <limits>
 #include <map>
 #include <optional>
 #include <random>
@@ -11,9 +13,11 @@
 #include <vector>
 
 #include <TQFoundation/comparison/EditSequence.h>
+#include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/String.h>
 
 #include "comparison/Letters.h"
+#include "support/Expectations.h"
 
 namespace tq {
 namespace {
@@ -137,7 +141,61 @@ TEST(ArrayComparison, EqualsThePlainAlgorithmOnRandomArrays) {
       ASSERT_EQ(change->isMove(), change->associatedChange() != nullptr);
     }
     ASSERT_TRUE(isFickle || changes.has_value() == (before != after));
+
+    const Ref<MutableArray> array = MutableArray::arrayWithArray(*olds);
+    applyEditSequence(*array, changes.value_or(TQArrayChanges()));
+    ASSERT_EQ(array->count(), after.size());
+    ASSERT_TRUE(isFickle || array->isEqual(*news));
+    for (const auto& change : changes.value_or(TQArrayChanges())) {
+      if (change->isInsertion()) {
+        ASSERT_EQ(change->object(), &array->objectAtIndex(change->index()));
+      }
+    }
+    revertEditSequence(*array, changes.value_or(TQArrayChanges()));
+    ASSERT_TRUE(std::ranges::equal(array->objects(), olds->objects()));
   }
+}
+
+TEST(EditSequence, ThatDoesNotFitLeavesTheArrayUnchanged) {
+  const auto insertion = [](const char* text, std::uint64_t at) {
+    return TQComparisonArrayChange::insertionChangeForItem(String::of(text), at);
+  };
+  const auto removal = [](const char* text, std::uint64_t at) {
+    return TQComparisonArrayChange::removalChangeForItem(String::of(text), at);
+  };
+  const auto nothing = TQComparisonArrayChange::initWithNewObject(nullptr, nullptr, 0);
+  constexpr auto kFar = std::numeric_limits<std::uint64_t>::max();
+  const auto apply = applyEditSequence;
+  const auto revert = revertEditSequence;
+  const test::Rows<decltype(apply), TQArrayChanges, const char*> cases{
+      {apply, {removal("b", 0)}, "element at index 0 is another"},
+      {revert, {insertion("b", 0)}, "element at index 0 is another"},
+      {apply, {removal("c", 2), removal("d", 3)}, "index 2 is out of range or out of order"},
+      {apply, {removal("c", 2), removal("c", 2)}, "index 2 is out of"},
+      {apply, {removal("e", 4)}, "index 4 is out of range"},
+      {revert, {removal("e", 5)}, "index 5 is out of range"},
+      {apply, {removal("d", 3), insertion("x", 4)}, "index 4 is out of range"},
+      {apply, {insertion("x", 1), insertion("y", 0)}, "index 0 is out of range or out of order"},
+      {apply, {insertion("x", kFar)}, "index 18446744073709551615 is out of range"},
+      {apply, {insertion("x", 0), removal("a", 0)}, "removal follows an insertion"},
+      {revert, {nullptr}, "null"},
+      {apply, {nothing}, "null"},
+  };
+  const Ref<MutableArray> array = MutableArray::arrayWithArray(*letters("abcd"));
+  const std::vector<Ref<Object>> before(array->objects().begin(), array->objects().end());
+  for (const auto& [edit, changes, reason] : cases) {
+    SCOPED_TRACE(reason);
+    try {
+      edit(*array, changes);
+      ADD_FAILURE();
+    } catch (const Exception& e) {
+      EXPECT_EQ(e.name(), InvalidArgumentException);
+      EXPECT_THAT(e.what(), testing::HasSubstr(reason));
+    }
+    ASSERT_TRUE(std::ranges::equal(array->objects(), before));
+  }
+  applyEditSequence(*array, {removal("d", 3), removal("a", 0), insertion("x", 2)});  // by equality
+  EXPECT_EQ(test::textOf(*array), "bcx");
 }
 
 TEST(ArrayComparison, CanBeRepeatedAfterAnExceptionOfTheComparator) {

@@ -22,6 +22,22 @@ TEST(ComparisonFault, AComparisonReleasesEverythingWhenMemoryRunsOut) {
   failEachAllocation([&] { return editSequenceTo(*olds, *news, true)->size() > 10; });
 }
 
+TEST(ComparisonFault, ApplyingAnEditSequenceChangesAllOrNothing) {
+  test::warmUpWeakReferences();
+  const Ref<Array> olds = letters("abcdefgh");
+  const auto changes = editSequenceTo(*olds, *letters("hxbcydzaklmn"), true);
+  failEachAllocation([&] {
+    const Ref<MutableArray> array = MutableArray::arrayWithArray(*olds);
+    try {
+      applyEditSequence(*array, *changes);
+    } catch (const std::bad_alloc&) {
+      if (!array->isEqual(*olds)) throw std::logic_error("half applied");
+      throw;
+    }
+    return textOf(*array) == "hxbcydzaklmn";
+  });
+}
+
 TEST(ComparisonFault, ConsolidationChangesAllOrNothing) {
   test::warmUpWeakReferences();
   const Ref<Array> olds = letters("abcdefgh");

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/comparison/EditSequence.h>
 #include <TQFoundation/objects/Exception.h>
 
 namespace tq {
@@ -241,7 +242,7 @@ class Trees {
 struct Reported {
   using Pair = std::pair<const Object*, const Object*>;
   std::set<Pair> values;
-  std::map<std::pair<Pair, std::string>, std::vector<TQComparisonArrayChange*>> arrays;
+  std::map<std::pair<Pair, std::string>, TQArrayChanges> arrays;
 };
 
 /// Checks both trees recursively along the pairs that the changes leave matched. Every difference
@@ -251,28 +252,22 @@ void expectComplete(Thing& a, Thing& b, const std::string& path, Reported& repor
   EXPECT_EQ(reported.values.count(pair), a.value != b.value ? 1U : 0U) << path;
   for (std::size_t r = 0; r < 2; ++r) {
     const std::string below = (path.empty() ? "" : path + ".") + kRelationships[r];
-    std::vector<Ref<Object>> kept(a.arrays[r]->objects().begin(), a.arrays[r]->objects().end());
-    std::set<std::size_t> inserted;
-    for (TQComparisonArrayChange* change : reported.arrays[{pair, kRelationships[r]}]) {
+    const TQArrayChanges& edits = reported.arrays[{pair, kRelationships[r]}];
+    for (const auto& change : edits) {
       const auto index = static_cast<std::size_t>(change->index());
       EXPECT_EQ(change->fullPath(), below + "[" + std::to_string(index) + "]");
-      if (change->isRemoval()) {
-        EXPECT_EQ(change->object(), &a.child(r, index));
-        std::erase(kept, share(a.arrays[r]->objectAtIndex(index)));
-      } else {
-        EXPECT_EQ(change->object(), &b.child(r, index));
-        inserted.insert(index);
-      }
+      EXPECT_EQ(change->object(), &(change->isRemoval() ? a : b).child(r, index));
     }
-    std::size_t next = 0;
-    for (std::size_t i = 0; i < b.arrays[r]->count(); ++i) {
-      if (inserted.count(i) != 0) continue;
-      ASSERT_LT(next, kept.size());
-      Thing& old = thing(*kept[next++]);
-      ASSERT_EQ(old.id, b.child(r, i).id);
-      expectComplete(old, b.child(r, i), below + "[" + std::to_string(i) + "]", reported);
+    const Ref<MutableArray> edited = MutableArray::arrayWithArray(*a.arrays[r]);
+    applyEditSequence(*edited, edits);
+    ASSERT_EQ(edited->count(), b.arrays[r]->count());
+    for (std::size_t i = 0; i < edited->count(); ++i) {
+      Thing& old = thing(edited->objectAtIndex(i));
+      Thing& now = b.child(r, i);
+      if (&old == &now) continue;  // inserted
+      ASSERT_EQ(old.id, now.id);
+      expectComplete(old, now, below + "[" + std::to_string(i) + "]", reported);
     }
-    ASSERT_EQ(next, kept.size());
   }
 }
 
@@ -293,7 +288,7 @@ TEST(TQTreeComparison, ReportsExactlyTheDifferencesOfRandomTrees) {
             reported.arrays[{{array.oldObject(), array.updatedObject()}, edit->property()}];
         const bool isRepeated = !edits.empty() && edits.front()->parent() != edit->parent();
         if (isRepeated) edits.clear();
-        edits.push_back(edit);
+        edits.push_back(share(*edit));
       } else {
         EXPECT_NE(thing(*change->oldObject()).value, thing(*change->updatedObject()).value);
         reported.values.emplace(change->oldObject(), change->updatedObject());
