@@ -3,10 +3,15 @@
 /// @file RectangularArray.h
 /// Two-dimensional arrays with views of rows and columns.
 
+#include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <span>
+#include <type_traits>
 #include <utility>
+#include <valarray>
 #include <vector>
 
 #include <TQFoundation/base/TQAssert.h>
@@ -14,9 +19,9 @@
 
 namespace tq {
 
-/// rowCount × columnCount elements, stored row by row in one block. A value type. A position out of
-/// range stops the process. References and views are valid until the array is assigned to, moved
-/// from or destroyed.
+/// rowCount × columnCount elements, stored row by row in one block. A value type. An element of
+/// type bool takes a byte. A position out of range stops the process. References and views are
+/// valid until the array is assigned to, moved from or destroyed.
 template <class Element>
 class RectangularArray {
  public:
@@ -27,7 +32,7 @@ class RectangularArray {
       : rowCount_(rowCount), columnCount_(columnCount) {
     TQ_ASSERT(columnCount == 0 ||
               rowCount <= std::numeric_limits<std::size_t>::max() / columnCount);
-    elements_.assign(rowCount * columnCount, value);
+    elements_.resize(rowCount * columnCount, value);
   }
 
   /// Copies the elements.
@@ -48,10 +53,10 @@ class RectangularArray {
 
   /// Returns an element.
   [[nodiscard]] Element& at(std::size_t row, std::size_t column) {
-    return elements_[position(row, column)];
+    return elements()[position(row, column)];
   }
   [[nodiscard]] const Element& at(std::size_t row, std::size_t column) const {
-    return elements_[position(row, column)];
+    return elements()[position(row, column)];
   }
 
   /// Returns a row, which is contiguous.
@@ -63,10 +68,14 @@ class RectangularArray {
   [[nodiscard]] auto column(std::size_t column) const { return columnOf(*this, column); }
 
   /// Returns all elements, row by row.
-  [[nodiscard]] std::span<Element> elements() noexcept { return elements_; }
-  [[nodiscard]] std::span<const Element> elements() const noexcept { return elements_; }
+  [[nodiscard]] std::span<Element> elements() noexcept { return elementsOf(*this); }
+  [[nodiscard]] std::span<const Element> elements() const noexcept { return elementsOf(*this); }
 
-  friend bool operator==(const RectangularArray&, const RectangularArray&) = default;
+  friend bool operator==(const RectangularArray& a,
+                         const RectangularArray& b) requires std::equality_comparable<Element> {
+    return a.rowCount_ == b.rowCount_ && a.columnCount_ == b.columnCount_ &&
+           std::ranges::equal(a.elements(), b.elements());
+  }
 
  private:
   [[nodiscard]] std::size_t position(std::size_t row, std::size_t column) const {
@@ -75,20 +84,29 @@ class RectangularArray {
   }
 
   template <class Self>
+  static auto elementsOf(Self& self) noexcept {
+    auto* const first = self.elements_.size() != 0 ? std::addressof(self.elements_[0]) : nullptr;
+    return std::span(first, self.elements_.size());
+  }
+
+  template <class Self>
   static auto rowOf(Self& self, std::size_t row) {
     TQ_ASSERT(row < self.rowCount_);
-    return std::span(self.elements_).subspan(row * self.columnCount_, self.columnCount_);
+    return self.elements().subspan(row * self.columnCount_, self.columnCount_);
   }
 
   template <class Self>
   static auto columnOf(Self& self, std::size_t column) {
     TQ_ASSERT(column < self.columnCount_);
-    return detail::Strided(self.elements_.data() + column, self.columnCount_, self.rowCount_);
+    return detail::Strided(self.elements().data() + column, self.columnCount_, self.rowCount_);
   }
 
   std::size_t rowCount_ = 0;
   std::size_t columnCount_ = 0;
-  std::vector<Element> elements_;
+  // A vector of bool stores bits, to which no reference or span can point.
+  using Elements =
+      std::conditional_t<std::is_same_v<Element, bool>, std::valarray<bool>, std::vector<Element>>;
+  Elements elements_;
 };
 
 }  // namespace tq

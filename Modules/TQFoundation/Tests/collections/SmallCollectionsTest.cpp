@@ -146,6 +146,17 @@ TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
   const RectangularArray<int> taken = std::move(table);
   EXPECT_EQ(taken.rowCount(), 2u);
   EXPECT_EQ(table, RectangularArray<int>());  // NOLINT: its state is specified
+
+  RectangularArray<bool> flags(2, 3, true);
+  bool& flag = flags.at(1, 0);
+  flag = false;
+  flags.column(2)[1] = false;
+  EXPECT_THAT(flags.row(1), ElementsAre(false, true, false));
+  RectangularArray<bool> moved(1, 1);
+  moved = std::exchange(flags, RectangularArray<bool>(3, 2));
+  EXPECT_THAT(std::as_const(moved).elements(), ElementsAre(true, true, true, false, true, false));
+  EXPECT_NE(flags, RectangularArray<bool>(2, 3));  // equal elements, another shape
+  EXPECT_EQ(flags, RectangularArray<bool>(3, 2));
 }
 
 TEST(RectangularArray, PositionsOutOfRangeStopTheProcess) {
