@@ -16,7 +16,7 @@ class Search {
   void add(const Piece& piece) {
     const tq::Rect bounds = tq::TQBezierSegmentGetBounds(piece.segment);
     const auto near = tq::prune(tree_, [&bounds](const tq::RTreeNode<Piece>* node) {
-      return tq::RectIntersectsRect(node->boundingRect(), bounds);
+      return node->hasEntryIntersecting(bounds);
     });
     for (const auto* node : tq::depthFirst(near)) {
       for (const auto& entry : node->leafEntries()) {

@@ -181,7 +181,7 @@ HitIndex::HitIndex(const Document& document)
 std::vector<const PlacedNode*> HitIndex::hits(const tq::Rect& area) const {
   std::vector<std::size_t> found;
   const auto candidates = tq::prune(tree_, [&area](const tq::RTreeNode<std::size_t>* node) {
-    return tq::RectIntersectsRect(node->boundingRect(), area);
+    return node->hasEntryIntersecting(area);
   });
   for (const auto* node : tq::depthFirst(candidates)) {
     for (const auto& entry : node->leafEntries()) {
