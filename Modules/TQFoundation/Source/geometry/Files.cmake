@@ -5,8 +5,11 @@ tq_room(geometry
   curves/TQBezierSegmentIntersections.cpp
   curves/TQBezierSegmentIterator.cpp curves/TQBezierSegmentIterator.h
   curves/TQBezierSegmentLineIntersections.cpp
+  curves/TQBezierSegmentOverlap.cpp
   curves/TQPolynomial.cpp curves/TQPolynomial.h
   curves/detail/BezierAxis.h
+  curves/detail/BezierBounds.h
+  curves/detail/BezierOverlap.h
   curves/detail/BezierSplit.h
   lines/Straight.h
   lines/TQLine.cpp lines/TQLine.h

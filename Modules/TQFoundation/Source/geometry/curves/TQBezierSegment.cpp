@@ -2,72 +2,21 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <initializer_list>
 #include <limits>
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/geometry/curves/detail/BezierAxis.h>
+#include <TQFoundation/geometry/curves/detail/BezierBounds.h>
 #include <TQFoundation/geometry/curves/detail/BezierSplit.h>
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 namespace tq {
 namespace {
 
-using detail::Extent;
-
-using detail::Pair;
-Pair smaller(Pair a, Pair b) noexcept { return a < b ? a : b; }
-Pair larger(Pair a, Pair b) noexcept { return a > b ? a : b; }
-
-/// The extents are max - min. Where min + extent would be below max, the extent is one unit in the
-/// last place greater.
-Rect rectOf(Pair minimum, Pair maximum) noexcept {
-  const Pair extent = maximum - minimum;
-  auto isShort = minimum + extent < maximum;  // -1 where true
-  const Pair reaching = std::bit_cast<Pair>(std::bit_cast<decltype(isShort)>(extent) - isShort);
-  return {minimum[0], minimum[1], reaching[0], reaching[1]};
-}
-
-Rect controlPointBounds(const TQBezierSegment& segment) noexcept {
-  const auto extent = [](const auto& p) { return detail::controlExtent(p); };
-  const Extent x = detail::withBezierAxis(segment, Axis::horizontal, 0, Extent{}, extent);
-  const Extent y = detail::withBezierAxis(segment, Axis::vertical, 0, Extent{}, extent);
-  return rectOf(Pair{x.minimum, y.minimum}, Pair{x.maximum, y.maximum});
-}
-
-/// Computes the bounds of the ends and the turning points. If the control points lie between the
-/// ends, as in most pieces of a curve, the curve lies between the ends too.
-template <std::size_t N>
-Rect tightBounds(const TQBezierSegment& segment) noexcept {
-  const auto p = detail::bothAxes<N>(segment);
-  Pair minimum = smaller(p[0], p[N - 1]);
-  Pair maximum = larger(p[0], p[N - 1]);
-  Pair hullMinimum = minimum, hullMaximum = maximum, sum = p[0] + p[N - 1];
-  for (std::size_t i = 1; i + 1 < N; ++i) {
-    hullMinimum = smaller(hullMinimum, p[i]);
-    hullMaximum = larger(hullMaximum, p[i]);
-    sum += p[i];
-  }
-  // NaN or infinite if a coordinate is NaN or an intermediate result would overflow. Then the sums
-  // below would be wrong.
-  const Pair reach = 16.0 * (hullMaximum - hullMinimum) + 0.0 * sum;
-  if (!(reach[0] + reach[1] <= std::numeric_limits<double>::max())) {
-    return controlPointBounds(segment);
-  }
-  if (detail::holdsAnywhere((hullMinimum < minimum) | (hullMaximum > maximum))) {
-    const auto [first, second] = detail::turns<N, Pair>(p);
-    const Pair atFirst = detail::evaluate<N, Pair>(p, first).value;
-    minimum = smaller(minimum, atFirst);
-    maximum = larger(maximum, atFirst);
-    if constexpr (N > 3) {
-      const Pair atSecond = detail::evaluate<N, Pair>(p, second).value;
-      minimum = smaller(minimum, atSecond);
-      maximum = larger(maximum, atSecond);
-    }
-  }
-  return rectOf(minimum, maximum);
+Rect rectOf(const detail::BezierBounds& bounds) noexcept {
+  return {bounds.origin[0], bounds.origin[1], bounds.extent[0], bounds.extent[1]};
 }
 
 double lengthSquared(Vector v) noexcept { return v.dx * v.dx + v.dy * v.dy; }
@@ -248,19 +197,13 @@ bool TQBezierSegmentIsPoint(const TQBezierSegment& segment) noexcept {
 }
 
 Rect TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept {
-  return segment.used().empty() ? RectNull : controlPointBounds(segment);
+  return detail::withBothAxes(segment, RectNull,
+                              [](const auto& p) { return rectOf(detail::controlBounds(p)); });
 }
 
 Rect TQBezierSegmentGetBounds(const TQBezierSegment& segment) noexcept {
-  switch (segment.degree) {
-    case TQBezierDegree::straight:
-      return tightBounds<2>(segment);
-    case TQBezierDegree::quadratic:
-      return tightBounds<3>(segment);
-    case TQBezierDegree::cubic:
-      return tightBounds<4>(segment);
-  }
-  return RectNull;
+  return detail::withBothAxes(segment, RectNull,
+                              [](const auto& p) { return rectOf(detail::tightBounds(p)); });
 }
 
 double TQBezierSegmentFlatness(const TQBezierSegment& segment) noexcept {

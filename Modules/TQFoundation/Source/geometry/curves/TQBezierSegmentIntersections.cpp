@@ -6,50 +6,29 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include <TQFoundation/geometry/curves/detail/BezierAxis.h>
+#include <TQFoundation/geometry/curves/detail/BezierBounds.h>
+#include <TQFoundation/geometry/curves/detail/BezierOverlap.h>
 #include <TQFoundation/geometry/curves/detail/BezierSplit.h>
 
 namespace tq {
 namespace {
 
+using detail::BezierAxis;
+using detail::kBezierLeaf;
+using detail::leafMiddle;
 using detail::Pair;
 
-constexpr double kSmallestLength = 0.0001;
-constexpr double kLeaf = 0x1p-14;  // pieces of this length in t are not halved
-constexpr double kSamePoint = 2.220446049250313e-16;
+constexpr double kSmallestLength = 0.0001;  // pieces of this length in t are not halved
 constexpr std::size_t kMostPairs = 1 << 20;
 constexpr std::size_t kMostCrossings = 64;
 constexpr double kReach = 0x1p-8;      // greatest distance of reports of one intersection
 constexpr double kSharp = 0x1p-24;     // least sine of an angle, greatest last step
 constexpr std::size_t kMostSharp = 9;  // crossings of two cubics that do not overlap (Bézout)
-
-/// A piece of a segment, with its position in the whole segment.
-struct Piece {
-  TQBezierSegment segment;
-  double offset = 0;
-  double length = 1;
-  Rect bounds = TQBezierSegmentGetBounds(segment);
-
-  [[nodiscard]] double last() const noexcept { return offset + length; }
-  [[nodiscard]] double middle() const noexcept { return offset + length / 2; }
-  /// True if the tight bounds have no extent: halving such a piece returns the same piece again.
-  [[nodiscard]] bool isPoint() const noexcept { return bounds.size == Size{}; }
-  [[nodiscard]] bool canBeHalved() const noexcept { return length > kSmallestLength; }
-};
-
-struct Halves {
-  Piece left;
-  Piece right;
-};
-
-Halves halved(const Piece& piece) noexcept {
-  TQBezierSegment left, right;
-  detail::split(piece.segment, 0.5, &left, &right);
-  const double length = piece.length / 2;
-  return {{left, piece.offset, length}, {right, piece.offset + length, length}};
-}
 
 double gapSquared(const TQBezierSegment& a, const TQBezierSegment& b,
                   TQBezierSegmentOffsets at) noexcept {
@@ -59,16 +38,9 @@ double gapSquared(const TQBezierSegment& a, const TQBezierSegment& b,
 }
 
 detail::BezierValue<Pair> evaluated(const TQBezierSegment& segment, double t) noexcept {
-  const Pair both{t, t};
-  switch (segment.degree) {
-    case TQBezierDegree::straight:
-      return detail::evaluate<2, Pair>(detail::bothAxes<2>(segment), both);
-    case TQBezierDegree::quadratic:
-      return detail::evaluate<3, Pair>(detail::bothAxes<3>(segment), both);
-    case TQBezierDegree::cubic:
-      return detail::evaluate<4, Pair>(detail::bothAxes<4>(segment), both);
-  }
-  return {Pair{}, Pair{}};
+  return detail::withBothAxes(segment, detail::BezierValue<Pair>{}, [t](const auto& p) {
+    return detail::evaluate(p, Pair{t, t});
+  });
 }
 
 double cross(Pair u, Pair v) noexcept { return u[0] * v[1] - u[1] * v[0]; }
@@ -120,6 +92,13 @@ bool isSharp(const TQBezierSegment& a, const TQBezierSegment& b,
 struct SharpCrossing {
   TQBezierSegmentOffsets place;
   TQBezierSegmentOffsets report;
+
+  /// Returns the report. Curves that almost coincide may report only a neighbour of the pieces that
+  /// cross; then these pieces' middles.
+  [[nodiscard]] TQBezierSegmentOffsets offsets() const noexcept {
+    if (distance(report, place) <= kBezierLeaf / 2) return report;
+    return {leafMiddle(place.a), leafMiddle(place.b)};
+  }
 };
 
 /// A closed interval of offsets.
@@ -167,6 +146,17 @@ struct Crossing {
   }
 };
 
+/// Calls the callback once for each of the different offsets.
+void tellAscending(std::span<TQBezierSegmentOffsets> offsets,
+                   const TQBezierSegmentIntersectionCallback& callback) {
+  std::ranges::sort(offsets, [](TQBezierSegmentOffsets x, TQBezierSegmentOffsets y) {
+    return x.a != y.a ? x.a < y.a : x.b < y.b;
+  });
+  const auto repeated = std::ranges::unique(offsets);
+  std::for_each(offsets.begin(), repeated.begin(),
+                [&](TQBezierSegmentOffsets at) { callback(at.a, at.b); });
+}
+
 /// Collects the reports of one search of `a` and `b`.
 class Crossings {
  public:
@@ -190,6 +180,8 @@ class Crossings {
     found_[count_++] = report;
   }
 
+  void addCommonEnd(TQBezierSegmentOffsets at) { add({{at.a, at.a}, {at.b, at.b}, at, at, -1}); }
+
   void tellAll() { tell({found_.data(), count_}); }
 
  private:
@@ -207,14 +199,14 @@ class Crossings {
   /// can contain several crossings. Newton's method finds the pieces that contain one.
   void noteSharp(TQBezierSegmentOffsets report) {
     const auto next = newtonStep(a_, b_, report);
-    if (!next || distance(*next, report) > 2 * kLeaf) return;
+    if (!next || distance(*next, report) > 2 * kBezierLeaf) return;
     SharpCrossing* known = sharpNear(*next);
     const auto place = known != nullptr ? known->place : refined(a_, b_, *next);
     if (known == nullptr) known = sharpNear(place);
     if (known != nullptr) {
       const double nearest = distance(known->report, known->place);
       if (distance(report, known->place) < nearest) known->report = report;
-    } else if (distance(report, place) <= 2 * kLeaf && sharpCount_ < kMostSharp &&
+    } else if (distance(report, place) <= 2 * kBezierLeaf && sharpCount_ < kMostSharp &&
                isSharp(a_, b_, place)) {
       sharp_[sharpCount_++] = {place, report};
     }
@@ -224,7 +216,7 @@ class Crossings {
 
   SharpCrossing* sharpNear(TQBezierSegmentOffsets at) noexcept {
     for (SharpCrossing& sharp : sharp()) {
-      if (distance(sharp.place, at) <= kLeaf) return &sharp;
+      if (distance(sharp.place, at) <= kBezierLeaf) return &sharp;
     }
     return nullptr;
   }
@@ -232,13 +224,7 @@ class Crossings {
   void tell(std::span<const Crossing> crossings) {
     Reported reported;
     for (const Crossing& crossing : crossings) gather(crossing, reported);
-    const auto begin = reported.offsets.begin();
-    const auto end = begin + static_cast<std::ptrdiff_t>(reported.count);
-    std::sort(begin, end, [](TQBezierSegmentOffsets x, TQBezierSegmentOffsets y) {
-      return x.a != y.a ? x.a < y.a : x.b < y.b;
-    });
-    std::for_each(begin, std::unique(begin, end),
-                  [this](TQBezierSegmentOffsets at) { callback_(at.a, at.b); });
+    tellAscending({reported.offsets.data(), reported.count}, callback_);
   }
 
   /// Returns the common ends and the sharp crossings elsewhere, or the best report if there are
@@ -254,8 +240,8 @@ class Crossings {
       if (!crossing.contains(sharp.report) || std::exchange(reported.hasSharp[i], true)) continue;
       const bool isCommonEnd =
           crossing.gap < 0 && std::min(distance(sharp.place, crossing.first),
-                                       distance(sharp.place, crossing.last)) <= kLeaf;
-      if (!isCommonEnd) reported.add(sharp.report);
+                                       distance(sharp.place, crossing.last)) <= kBezierLeaf;
+      if (!isCommonEnd) reported.add(sharp.offsets());
     }
     if (reported.count == before) reported.add(crossing.first);
   }
@@ -269,21 +255,82 @@ class Crossings {
   std::size_t sharpCount_ = 0;
 };
 
+/// A piece of a curve, with its position in the whole curve.
+template <std::size_t N>
+struct Piece {
+  BezierAxis<N, Pair> points;
+  double offset;
+  double length;
+  Pair minimum;
+  Pair maximum;
+
+  /// Sets the position and the bounds. The points are set before.
+  void place(double startsAt, double lasts, bool isOrdinary) noexcept {
+    offset = startsAt;
+    length = lasts;
+    const detail::BezierBounds bounds =
+        isOrdinary ? detail::ordinaryBounds(points) : detail::tightBounds(points);
+    minimum = bounds.origin;
+    maximum = bounds.origin + bounds.extent;
+  }
+
+  [[nodiscard]] double last() const noexcept { return offset + length; }
+  [[nodiscard]] double middle() const noexcept { return offset + length / 2; }
+  /// True if the tight bounds have no extent: halving such a piece returns the same piece again.
+  [[nodiscard]] bool isPoint() const noexcept { return !detail::holdsAnywhere(minimum != maximum); }
+  [[nodiscard]] bool canBeHalved() const noexcept { return length > kSmallestLength; }
+};
+
+template <std::size_t N>
+struct Halves {
+  Piece<N> left;
+  Piece<N> right;
+
+  Halves(const Piece<N>& piece, bool isOrdinary) noexcept {
+    detail::halve(piece.points, left.points, right.points);
+    left.place(piece.offset, piece.length / 2, isOrdinary);
+    right.place(piece.middle(), piece.length / 2, isOrdinary);
+  }
+};
+
 /// The recursive search. Pieces whose closed bounds intersect are halved, at most fourteen times;
 /// the depth has no other limit. No crossing is lost, because the halves join exactly and their
 /// bounds contain them.
+template <std::size_t M, std::size_t N>
 class IntersectionSearch {
  public:
   explicit IntersectionSearch(Crossings& crossings) : crossings_(crossings) {}
 
   /// Returns false if the limit of pairs was reached.
-  bool search(const Piece& a, const Piece& b) {
-    if (++pairs_ > kMostPairs) return false;
-    if (!RectIntersectsRect(a.bounds, b.bounds)) {
-      // Their bounds are apart, but within rounding they can still share an end.
-      forCommonEnds(a, b, [this](TQBezierSegmentOffsets at) { reportCommonEnd(at); });
+  [[nodiscard]] bool search(const BezierAxis<M, Pair>& a, const BezierAxis<N, Pair>& b) {
+    Piece<M> one;
+    Piece<N> other;
+    one.points = a;
+    other.points = b;
+    areOrdinary_ = detail::isOrdinary(a) && detail::isOrdinary(b);
+    one.place(0, 1, areOrdinary_);
+    other.place(0, 1, areOrdinary_);
+    if (!detail::isFinite(a) || !detail::isFinite(b)) {
+      reportCommonEnds(one, other);
       return true;
     }
+    return search(one, other);
+  }
+
+ private:
+  // Inline, because most pairs end here.
+  [[nodiscard, gnu::always_inline]] bool search(const Piece<M>& a, const Piece<N>& b) {
+    if (++pairs_ > kMostPairs) return false;
+    const Pair gap = detail::larger(a.minimum - b.maximum, b.minimum - a.maximum);
+    if (detail::holdsAnywhere(!(gap <= Pair{}))) {
+      // Their bounds are apart, but within rounding they can still share an end.
+      if (!detail::holdsAnywhere(gap > detail::kSamePoint)) reportCommonEnds(a, b);
+      return true;
+    }
+    return searchHalves(a, b);
+  }
+
+  [[nodiscard]] bool searchHalves(const Piece<M>& a, const Piece<N>& b) {
     const bool halvesA = a.canBeHalved() && !a.isPoint();
     const bool halvesB = b.canBeHalved() && !b.isPoint();
     const bool isSmall = !a.canBeHalved() || !b.canBeHalved();
@@ -291,65 +338,57 @@ class IntersectionSearch {
       reportMeeting(a, b);
       return true;
     }
-    if (!halvesA)
-      return searchHalves(halved(b), [&](const Piece& half) { return search(a, half); });
-    if (!halvesB)
-      return searchHalves(halved(a), [&](const Piece& half) { return search(half, b); });
-    const Halves ofB = halved(b);
-    return searchHalves(halved(a), [&](const Piece& half) {
-      return search(half, ofB.left) && search(half, ofB.right);
-    });
-  }
-
- private:
-  template <class Search>
-  static bool searchHalves(const Halves& halves, Search&& search) {
-    return search(halves.left) && search(halves.right);
+    if (!halvesA) {
+      const Halves<N> ofB(b, areOrdinary_);
+      return search(a, ofB.left) && search(a, ofB.right);
+    }
+    const Halves<M> ofA(a, areOrdinary_);
+    if (!halvesB) return search(ofA.left, b) && search(ofA.right, b);
+    const Halves<N> ofB(b, areOrdinary_);
+    return search(ofA.left, ofB.left) && search(ofA.left, ofB.right) &&
+           search(ofA.right, ofB.left) && search(ofA.right, ofB.right);
   }
 
   /// Calls `use` for each pair of ends that are the same point.
   template <class Use>
-  static void forCommonEnds(const Piece& a, const Piece& b, Use&& use) {
-    const auto pairUp = [&](Point p, double offsetA, Point q, double offsetB) {
-      if (std::fabs(p.x - q.x) <= kSamePoint && std::fabs(p.y - q.y) <= kSamePoint) {
-        use(TQBezierSegmentOffsets{offsetA, offsetB});
-      }
-    };
-    const Point startA = a.segment.start(), endA = a.segment.end();
-    const Point startB = b.segment.start(), endB = b.segment.end();
-    pairUp(startA, a.offset, startB, b.offset);
-    pairUp(startA, a.offset, endB, b.last());
-    pairUp(endA, a.last(), startB, b.offset);
-    pairUp(endA, a.last(), endB, b.last());
+  static void withCommonEnds(const Piece<M>& a, const Piece<N>& b, Use&& use) {
+    detail::forCommonEnds(
+        a.points.front(), a.points.back(), b.points.front(), b.points.back(),
+        [&](bool isEndA, bool isEndB) {
+          use(TQBezierSegmentOffsets{isEndA ? a.last() : a.offset, isEndB ? b.last() : b.offset});
+        });
   }
 
-  void reportCommonEnd(TQBezierSegmentOffsets at) {
-    crossings_.add({{at.a, at.a}, {at.b, at.b}, at, at, -1});
+  void reportCommonEnds(const Piece<M>& a, const Piece<N>& b) {
+    withCommonEnds(a, b, [this](TQBezierSegmentOffsets at) { crossings_.addCommonEnd(at); });
   }
 
   /// Adds one report: a common end of the whole segments, else of the pieces, else their middles.
-  void reportMeeting(const Piece& a, const Piece& b) {
+  void reportMeeting(const Piece<M>& a, const Piece<N>& b) {
     const auto isEnd = [](double offset) { return offset == 0 || offset == 1; };
     std::optional<TQBezierSegmentOffsets> best;
-    forCommonEnds(a, b, [&](TQBezierSegmentOffsets at) {
+    withCommonEnds(a, b, [&](TQBezierSegmentOffsets at) {
       const bool isOfBoth = isEnd(at.a) && isEnd(at.b);
       if (!best || (isOfBoth && !(isEnd(best->a) && isEnd(best->b)))) best = at;
     });
-    best ? reportCommonEnd(*best) : reportMiddles(a, b);
+    best ? crossings_.addCommonEnd(*best) : reportMiddles(a, b);
   }
 
-  void reportMiddles(const Piece& a, const Piece& b) {
-    const Point p = TQBezierSegmentPointAtOffset(a.segment, 0.5);
-    const Point q = TQBezierSegmentPointAtOffset(b.segment, 0.5);
-    const double dx = p.x - q.x;
-    const double dy = p.y - q.y;
+  void reportMiddles(const Piece<M>& a, const Piece<N>& b) {
+    const Pair half{0.5, 0.5};
+    const Pair between =
+        detail::evaluate(a.points, half).value - detail::evaluate(b.points, half).value;
     const TQBezierSegmentOffsets middles{a.middle(), b.middle()};
-    crossings_.add(
-        {{a.offset, a.last()}, {b.offset, b.last()}, middles, middles, dx * dx + dy * dy});
+    crossings_.add({{a.offset, a.last()},
+                    {b.offset, b.last()},
+                    middles,
+                    middles,
+                    between[0] * between[0] + between[1] * between[1]});
   }
 
   Crossings& crossings_;
   std::size_t pairs_ = 0;
+  bool areOrdinary_ = true;  // no piece can overflow, so that no bounds need a test
 };
 
 }  // namespace
@@ -357,8 +396,18 @@ class IntersectionSearch {
 bool TQBezierSegmentIntersections(const TQBezierSegment& a, const TQBezierSegment& b,
                                   const TQBezierSegmentIntersectionCallback& callback) {
   if (a.used().empty() || b.used().empty()) return true;
+  if (auto places = detail::placesOfOverlap(a, b)) {
+    tellAscending(places->all(), callback);
+    return true;
+  }
   Crossings crossings(a, b, callback);
-  const bool isComplete = IntersectionSearch(crossings).search({a}, {b});
+  const bool isComplete = detail::withBothAxes(a, true, [&](const auto& p) {
+    return detail::withBothAxes(b, true, [&](const auto& q) {
+      constexpr std::size_t kM = std::tuple_size_v<std::decay_t<decltype(p)>>;
+      constexpr std::size_t kN = std::tuple_size_v<std::decay_t<decltype(q)>>;
+      return IntersectionSearch<kM, kN>(crossings).search(p, q);
+    });
+  });
   crossings.tellAll();
   return isComplete;
 }

@@ -55,6 +55,21 @@ template <std::size_t N>
   return p;
 }
 
+/// Calls `use` with both coordinates of the points in use. Returns `otherwise` for an unknown
+/// degree.
+template <class Result, class Use>
+Result withBothAxes(const TQBezierSegment& segment, Result otherwise, Use&& use) {
+  switch (segment.degree) {
+    case TQBezierDegree::straight:
+      return use(bothAxes<2>(segment));
+    case TQBezierDegree::quadratic:
+      return use(bothAxes<3>(segment));
+    case TQBezierDegree::cubic:
+      return use(bothAxes<4>(segment));
+  }
+  return otherwise;
+}
+
 /// A closed interval. NaN if it is unknown.
 struct Extent {
   double minimum = std::numeric_limits<double>::quiet_NaN();

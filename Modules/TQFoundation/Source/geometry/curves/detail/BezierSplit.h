@@ -3,7 +3,11 @@
 /// @file BezierSplit.h
 /// De Casteljau's algorithm, inline for the library's own loops.
 
+#include <array>
+#include <cstddef>
+
 #include <TQFoundation/geometry/curves/TQBezierSegment.h>
+#include <TQFoundation/geometry/curves/detail/BezierAxis.h>
 
 namespace tq::detail {
 
@@ -48,6 +52,33 @@ inline void split(const TQBezierSegment& segment, double t, TQBezierSegment* lef
     }
   }
   give(TQBezierSegment(segment), TQBezierSegment(segment));
+}
+
+/// Halves a curve: the points of split() at 0.5, bit for bit.
+template <std::size_t N>
+inline void halve(const BezierAxis<N, Pair>& p, BezierAxis<N, Pair>& left,
+                  BezierAxis<N, Pair>& right) noexcept {
+  const auto middle = [](Pair a, Pair b) { return 0.5 * a + 0.5 * b; };
+  if constexpr (N == 2) {
+    const Pair m = p[0] + 0.5 * (p[1] - p[0]);
+    left = {p[0], m};
+    right = {m, p[1]};
+  } else if constexpr (N == 3) {
+    const Pair p01 = middle(p[0], p[1]);
+    const Pair p12 = middle(p[1], p[2]);
+    const Pair m = middle(p01, p12);
+    left = {p[0], p01, m};
+    right = {m, p12, p[2]};
+  } else {
+    const Pair p01 = middle(p[0], p[1]);
+    const Pair p12 = middle(p[1], p[2]);
+    const Pair p23 = middle(p[2], p[3]);
+    const Pair p012 = middle(p01, p12);
+    const Pair p123 = middle(p12, p23);
+    const Pair m = middle(p012, p123);
+    left = {p[0], p01, p012, m};
+    right = {m, p123, p23, p[3]};
+  }
 }
 
 }  // namespace tq::detail
