@@ -3,6 +3,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -100,7 +101,23 @@ void BM_Rect_MoveInto_called(benchmark::State& state) {
 }
 TQ_RECT_BENCHMARK(BM_Rect_MoveInto_called);
 
+// For rects with negative extents, too, and for null rects.
 void BM_Rect_MoveInto_byHand(benchmark::State& state) {
+  each(state, makePlain(rectCount(state)), [](Plain r) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const bool isNull = r.x == kInfinity || r.y == kInfinity;
+    const double width = std::fabs(r.w), height = std::fabs(r.h);
+    if (isNull || r.x + (r.w > 0 ? r.w : 0) > 50) r.x = 50 - width;
+    if (r.x < -50) r.x = -50;
+    if (isNull || r.y + (r.h > 0 ? r.h : 0) > 50) r.y = 50 - height;
+    if (r.y < -50) r.y = -50;
+    return r;
+  });
+}
+TQ_RECT_BENCHMARK(BM_Rect_MoveInto_byHand);
+
+// For rects that are known to be standardised.
+void BM_Rect_MoveInto_byHandStandard(benchmark::State& state) {
   each(state, makePlain(rectCount(state)), [](Plain r) {
     if (r.x + r.w > 50) r.x = 50 - r.w;
     if (r.x < -50) r.x = -50;
@@ -109,7 +126,7 @@ void BM_Rect_MoveInto_byHand(benchmark::State& state) {
     return r;
   });
 }
-TQ_RECT_BENCHMARK(BM_Rect_MoveInto_byHand);
+TQ_RECT_BENCHMARK(BM_Rect_MoveInto_byHandStandard);
 
 void BM_Rect_Safe_TQ(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), [](const Rect& r) { return TQRectSafe(r); });
@@ -145,20 +162,35 @@ void BM_Rect_RoundToStep_TQ(benchmark::State& state) {  // in the library, calle
 }
 TQ_RECT_BENCHMARK(BM_Rect_RoundToStep_TQ);
 
-void BM_Rect_Fit_TQ(benchmark::State& state) {  // in the library, called
+void BM_Rect_Fit_TQ(benchmark::State& state) {
   each(state, makeRects(rectCount(state)), [](const Rect& r) {
     return TQRectWithSizeProportionallyInRect({16, 9}, r);
   });
 }
 TQ_RECT_BENCHMARK(BM_Rect_Fit_TQ);
 
+// For rects without extent, too.
 void BM_Rect_Fit_byHand(benchmark::State& state) {
+  each(state, makePlain(rectCount(state)), [](const Plain& r) {
+    if (r.w == 0 || r.h == 0) return Plain{r.x + r.w / 2, r.y + r.h / 2, 0, 0};
+    if (16 / r.w <= 9 / r.h) {
+      const double width = 16 * r.h / 9;
+      return Plain{r.x + (r.w - width) / 2, r.y, width, r.h};
+    }
+    const double height = 9 * r.w / 16;
+    return Plain{r.x, r.y + (r.h - height) / 2, r.w, height};
+  });
+}
+TQ_RECT_BENCHMARK(BM_Rect_Fit_byHand);
+
+// By one factor for both extents, which rounds differently.
+void BM_Rect_Fit_byHandFactor(benchmark::State& state) {
   each(state, makePlain(rectCount(state)), [](const Plain& r) {
     const double scale = std::fmin(r.w / 16, r.h / 9);
     return Plain{r.x + (r.w - 16 * scale) / 2, r.y + (r.h - 9 * scale) / 2, 16 * scale, 9 * scale};
   });
 }
-TQ_RECT_BENCHMARK(BM_Rect_Fit_byHand);
+TQ_RECT_BENCHMARK(BM_Rect_Fit_byHandFactor);
 
 void BM_Rect_FuzzyEqual_TQ(benchmark::State& state) {
   fold(state, makeRects(rectCount(state)), 0,

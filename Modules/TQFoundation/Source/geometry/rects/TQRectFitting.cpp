@@ -10,25 +10,6 @@ double expandedExtent(double extent, double margin) noexcept {
 
 }  // namespace
 
-Rect TQRectWithSizeProportionallyInRect(Size size, const Rect& rect) noexcept {
-  const auto [x, y] = rect.origin;
-  const auto [width, height] = rect.size;
-  if (size.width == 0 || width == 0) {
-    if (size.width == 0) return {x + width / 2, y, 0, height};
-    return {x + width / 2, y + height / 2, 0, 0};
-  }
-  if (size.height == 0 || height == 0) {
-    if (size.height == 0) return {x, y + height / 2, width, 0};
-    return {x + width / 2, y + height / 2, 0, 0};
-  }
-  if (size.width / width <= size.height / height) {
-    const double fitted = size.width * height / size.height;
-    return {x + (width - fitted) / 2, y, fitted, height};
-  }
-  const double fitted = size.height * width / size.width;
-  return {x, y + (height - fitted) / 2, width, fitted};
-}
-
 Rect TQRectWithSizeProportionallyAroundRect(Size size, const Rect& rect) noexcept {
   auto [width, height] = TQRectWithSizeProportionallyInRect(size, rect).size;
   if (width < rect.size.width) {

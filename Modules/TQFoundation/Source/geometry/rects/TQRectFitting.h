@@ -15,8 +15,25 @@ namespace tq {
 /// Equal proportions fill the whole height. If a width is 0, the result has width 0 and is in the
 /// middle. It has the full height if the width of `size` is 0, and height 0 if only that of `rect`
 /// is. A height of 0 is treated in the same way.
-[[nodiscard]] TQ_EXPORT Rect TQRectWithSizeProportionallyInRect(Size size,
-                                                                const Rect& rect) noexcept;
+[[nodiscard]] constexpr Rect TQRectWithSizeProportionallyInRect(Size size,
+                                                                const Rect& rect) noexcept {
+  const auto [x, y] = rect.origin;
+  const auto [width, height] = rect.size;
+  if (size.width == 0 || width == 0) [[unlikely]] {
+    if (size.width == 0) return {x + width / 2, y, 0, height};
+    return {x + width / 2, y + height / 2, 0, 0};
+  }
+  if (size.height == 0 || height == 0) [[unlikely]] {
+    if (size.height == 0) return {x, y + height / 2, width, 0};
+    return {x + width / 2, y + height / 2, 0, 0};
+  }
+  if (size.width / width <= size.height / height) {
+    const double fitted = size.width * height / size.height;
+    return {x + (width - fitted) / 2, y, fitted, height};
+  }
+  const double fitted = size.height * width / size.width;
+  return {x, y + (height - fitted) / 2, width, fitted};
+}
 
 /// Returns the smallest rect with the proportions of `size` that covers `rect`, centred. It is the
 /// fitted rect, scaled up. Uses raw fields, for extents of 0 or more. A size with an extent of 0

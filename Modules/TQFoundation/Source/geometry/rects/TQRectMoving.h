@@ -3,6 +3,8 @@
 /// @file TQRectMoving.h
 /// Moves rects into a container, and measures the paddings between an inner and an outer rect.
 
+#include <limits>
+
 #include <TQFoundation/base/Rect.h>
 
 namespace tq {
@@ -31,19 +33,36 @@ struct TQEdgePaddings {
           RectGetMinY(inner) - RectGetMinY(outer), RectGetMaxX(outer) - RectGetMaxX(inner)};
 }
 
+namespace detail {
+
+/// TQRectMoveIntoRect() on one axis. The far edge is `leastMax` if that is greater. There are no
+/// branches: the processor would mispredict whether a rect is moved.
+[[nodiscard]] constexpr double movedInto(double origin, double extent, double leastMax,
+                                         double containerOrigin, double containerMax) noexcept {
+  const double negated = 0 - extent;
+  const double magnitude = extent > negated ? extent : negated;
+  const double standardMax = (origin + (extent < 0 ? extent : 0)) + magnitude;
+  const double max = standardMax > leastMax ? standardMax : leastMax;
+  const double origins[] = {origin, containerMax - magnitude};
+  const double pulledBack = origins[containerMax < max ? 1 : 0];
+  return pulledBack < containerOrigin ? containerOrigin : pulledBack;
+}
+
+}  // namespace detail
+
 /// Moves the rect so that it does not extend beyond the container. The raw size is kept. A rect
 /// that is larger than the container is aligned to the container's raw origin. For extents of 0 or
 /// more; where the far edge is moved, a negative extent counts by its magnitude.
 [[nodiscard]] constexpr Rect TQRectMoveIntoRect(const Rect& rect, const Rect& container) noexcept {
-  const auto moved = [](double origin, double extent, double max, double containerOrigin,
-                        double containerMax) {
-    const double pulledBack = containerMax < max ? containerMax - extent : origin;
-    return pulledBack < containerOrigin ? containerOrigin : pulledBack;
-  };
-  return {{moved(rect.origin.x, RectGetWidth(rect), RectGetMaxX(rect), container.origin.x,
-                 RectGetMaxX(container)),
-           moved(rect.origin.y, RectGetHeight(rect), RectGetMaxY(rect), container.origin.y,
-                 RectGetMaxY(container))},
+  // Both far edges of a null rect are infinite.
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const double leastMaxX = rect.origin.x == kInfinity ? kInfinity : -kInfinity;
+  const double leastMaxY = rect.origin.y == kInfinity ? kInfinity : -kInfinity;
+  const double leastMax = leastMaxX > leastMaxY ? leastMaxX : leastMaxY;
+  return {{detail::movedInto(rect.origin.x, rect.size.width, leastMax, container.origin.x,
+                             RectGetMaxX(container)),
+           detail::movedInto(rect.origin.y, rect.size.height, leastMax, container.origin.y,
+                             RectGetMaxY(container))},
           rect.size};
 }
 

@@ -1,3 +1,6 @@
+#include <iterator>
+#include <random>
+
 #include <TQFoundation/geometry/rects/TQPrimitiveFunctions.h>
 #include <TQFoundation/geometry/values/AspectRatio.h>
 
@@ -51,6 +54,23 @@ TEST(RectMoving, IntoAContainerTheMinimumSideWins) {
   }
   // The container's minimum is its raw origin.
   expectFields(TQRectMoveIntoRect({10, 0, 5, 5}, {40, 0, -40, 10}), {40, 0, 5, 5});
+
+  // The steps as they are defined, on numbers of every kind.
+  const double numbers[] = {0, -0.0, 1, -1, 0.1, -0.3, 50, kTiny, kMax, -kMax, kInf, -kInf, kNaN};
+  std::mt19937_64 random(4);
+  const auto number = [&] { return numbers[random() % std::size(numbers)]; };
+  for (int i = 0; i < 20'000; ++i) {
+    const Rect rect(number(), number(), number(), number());
+    const Rect into(number(), number(), number(), number());
+    Rect moved = rect;
+    if (RectGetMaxX(into) < RectGetMaxX(rect))
+      moved.origin.x = RectGetMaxX(into) - RectGetWidth(rect);
+    if (moved.origin.x < into.origin.x) moved.origin.x = into.origin.x;
+    if (RectGetMaxY(into) < RectGetMaxY(rect))
+      moved.origin.y = RectGetMaxY(into) - RectGetHeight(rect);
+    if (moved.origin.y < into.origin.y) moved.origin.y = into.origin.y;
+    expectFields(TQRectMoveIntoRect(rect, into), moved);
+  }
 }
 
 TEST(RectMoving, TheMiddleIsKeptInside) {
