@@ -28,6 +28,7 @@ template <class Comparator>
                                                            const Array& newArray,
                                                            bool inferringMoves,
                                                            Comparator&& withBlock) {
+  const auto heldOld = share(oldArray), heldNew = share(newArray);  // the block may release them
   const std::span<const Ref<Object>> olds = oldArray.objects();
   const std::span<const Ref<Object>> news = newArray.objects();
   const std::size_t same = FurthestXOnDiagonal(olds, news, 0, 0, withBlock);

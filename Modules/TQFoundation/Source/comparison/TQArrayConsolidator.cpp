@@ -45,6 +45,7 @@ const TQArrayConsolidator::ComparisonBlock& TQArrayConsolidator::comparisonBlock
 
 bool consolidateAgainst(MutableArray& array, const Array& newArray,
                         TQArrayConsolidator& withConsolidator) {
+  const auto held = share(array);  // a block may release it
   const bool updates = static_cast<bool>(withConsolidator.updateBlock());
   detail::MatchedPairs matched;
   const auto changes = editSequenceTo(
@@ -65,11 +66,11 @@ bool consolidateAgainst(MutableArray& array, const Array& newArray,
 
 Ref<Array> arrayByConsolidatingAgainst(Array& array, const Array& newArray,
                                        TQArrayConsolidator& withConsolidator, bool* hasChanges) {
+  Ref<Array> unchanged = share(array);  // a block may release it
   Ref<MutableArray> copy = MutableArray::arrayWithArray(array);
   const bool changed = consolidateAgainst(*copy, newArray, withConsolidator);
   if (hasChanges != nullptr) *hasChanges = changed;
-  if (!changed) return share(array);
-  return copy;
+  return changed ? copy : unchanged;
 }
 
 }  // namespace tq

@@ -41,9 +41,11 @@ Ref<TQSortableTreeItem> TQSortableTreeItem::initWithObject(Ref<Object> object,
   auto item =
       Ref<TQSortableTreeItem>::adopt(new TQSortableTreeItem(std::move(object), std::move(name)));
   if (parent != nullptr) {
-    parent->internalChildren_ = {item};
+    // What the parent loses is released last: a destructor may release the parent.
+    TQSortableTreeItems children{item};
+    const Ref<Object> lost = std::exchange(parent->object_, nullptr);
+    parent->internalChildren_.swap(children);
     parent->hasChildren_ = true;
-    parent->object_ = nullptr;
   }
   return item;
 }
@@ -51,6 +53,7 @@ Ref<TQSortableTreeItem> TQSortableTreeItem::initWithObject(Ref<Object> object,
 Ref<TQSortableTreeItem> TQSortableTreeItem::sortableTreeItemForObject(Object& object) {
   const auto* const sortable = dynamic_cast<const TQSortable*>(&object);
   if (sortable == nullptr) return nullptr;
+  const auto held = share(object);  // name() may release it
   std::string name = sortable->name();
   Ref<TQSortableTreeItem> first;
   TQSortableTreeItem* last = nullptr;
@@ -63,6 +66,7 @@ Ref<TQSortableTreeItem> TQSortableTreeItem::sortableTreeItemForObject(Object& ob
 }
 
 TQSortableTreeItems TQSortableTreeItem::sortableTreeItemsForSortableObjects(const Array& objects) {
+  const auto held = share(objects);  // name() may release it
   TQSortableTreeItems items;
   for (Object& object : objects) {
     if (Ref<TQSortableTreeItem> item = sortableTreeItemForObject(object)) {
@@ -104,6 +108,7 @@ void TQSortableTreeItem::sortAndCombineTreeItems(TQSortableTreeItems& items) {
 }
 
 void TQSortableTreeItem::compressNesting() {
+  const auto self = share(*this);  // a destructor may release it
   // From the top down, joining each chain as a whole. The result is the same as joining pairs from
   // the bottom up, but names are not copied repeatedly.
   std::vector<TQSortableTreeItem*> nodes{this};

@@ -29,6 +29,7 @@ Ref<TQTreeComparison> TQTreeComparison::initWithRoot1(Ref<Object> root1, Ref<Obj
 }
 
 std::vector<Ref<TQComparisonItem>> TQTreeComparison::changes() {
+  const auto self = share(*this);  // the delegate may release it
   if (!isComputed_) {
     isComputed_ = true;
     try {
@@ -122,6 +123,7 @@ void TQTreeComparison::compareBelow(Object& oldObject, Object& newObject, std::s
 void TQTreeComparison::compareOldObject(Object& oldObject, Object& againstNewObject,
                                         std::string_view withName) {
   TQ_ASSERT(place_ != nullptr);
+  const auto heldOld = share(oldObject), heldNew = share(againstNewObject);
   compareBelow(oldObject, againstNewObject, withName, TQComparisonPathItem::kNoIndex);
 }
 

@@ -66,6 +66,7 @@ void LRVariant::holdDelegate(Ref<Object> object, CurrentVariantDelegate* delegat
 }
 
 bool LRVariant::matchesCurrentVariant() const {
+  const auto self = share(*this);  // the delegate may release it
   const Ref<LRVariant> running = current();
   return intersection(*running)->isEqual(*running);
 }

@@ -221,6 +221,7 @@ void encodeKeyedArchive(const Object& object, TQJSONEncoder& encoder) {
         "Error - can't encode object of class " + std::string(object.objectClass().name()));
     return;
   }
+  const auto held = share(encoder);  // objects that are archived may release it
   const Ref<Data> archive = KeyedArchiver::archivedDataWithRootObject(object);
   encodeBase64Record(TQJSONRawNSArchiveKey, archive->bytes(), encoder);
 }

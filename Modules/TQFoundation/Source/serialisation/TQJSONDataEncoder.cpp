@@ -51,6 +51,7 @@ void TQJSONDataEncoder::closeWindow() noexcept {
 bool TQJSONDataEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
   if (this->error()) return TQJSONEncoder::encodeRootObject(object, error);
+  const auto self = share(*this);  // objects that are encoded may release it
   if (!isOpen_) first_ = data_->length();
   const Window window(*this);
   return TQJSONEncoder::encodeRootObject(object, error);

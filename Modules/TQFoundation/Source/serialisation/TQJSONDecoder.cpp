@@ -98,7 +98,10 @@ std::optional<JSONDocument> parseOrRepair(std::span<const std::byte> bytes,
 
 }  // namespace
 
+// Objects that are decoded, the delegate and the sink of the log may release the decoder.
+
 void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readablePadding) {
+  const auto self = share(*this);
   Ref<Error> error;
   std::optional<JSONDocument> parsed = parseOrRepair(bytes, readablePadding, limits_, &error);
   if (parsed) return walk_->setRoot(*std::move(parsed));
@@ -107,6 +110,7 @@ void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readable
 }
 
 Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
+  const auto self = share(*this);
   Ref<Object> object;
   const auto recordThrown = [this](std::string_view text) {
     setError(Error::errorWithDomain(TQJSONDecoderError, kConstructorThrew, text));
@@ -127,11 +131,13 @@ Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
 }
 
 Ref<Object> TQJSONDecoder::decodeData(const Data& data, Ref<Error>* error) {
+  const auto self = share(*this);
   parse(data.bytes(), Data::kReadablePadding);
   return decode(error);
 }
 
 Ref<Object> TQJSONDecoder::decodeDictionary(Ref<Dictionary> parsed, Ref<Error>* error) {
+  const auto self = share(*this);
   walk_->setRoot(std::move(parsed));
   return decode(error);
 }
@@ -149,6 +155,7 @@ Ref<Object> TQJSONDecoder::decodeFileAtURL(const URL& url, Ref<Error>* error,
 
 void TQJSONDecoder::setError(Ref<Error> error) {
   if (!error) return;
+  const auto self = share(*this);
   plainLog(error->description());
   if (!error_) error_ = std::move(error);
 }
@@ -159,9 +166,22 @@ void TQJSONDecoder::setListsUnreadContent(bool lists) noexcept {
 
 Ref<Object> TQJSONDecoder::root() { return walk_->parsedRoot(); }
 Ref<Dictionary> TQJSONDecoder::currentObjectDict() { return walk_->currentObject(); }
-Ref<Object> TQJSONDecoder::decodeObject(const Object& parsed) { return walk_->decode(parsed); }
-Ref<Array> TQJSONDecoder::decodeArray(const Array& parsed) { return walk_->decode(parsed); }
+
+Ref<Object> TQJSONDecoder::decodeObject(const Object& parsed) {
+  const auto self = share(*this);
+  const auto held = share(parsed);
+  return walk_->decode(parsed);
+}
+
+Ref<Array> TQJSONDecoder::decodeArray(const Array& parsed) {
+  const auto self = share(*this);
+  const auto held = share(parsed);
+  return walk_->decode(parsed);
+}
+
 Ref<Object> TQJSONDecoder::decodeDictionary(const Dictionary& parsed) {
+  const auto self = share(*this);
+  const auto held = share(parsed);
   return walk_->decode(parsed);
 }
 
@@ -240,6 +260,7 @@ const Class* TQJSONDecoder::classFromClassName(std::string_view name) {
   }
   const Class* named = found->second;
   if (const auto judge = delegate_.lock()) {
+    const auto self = share(*this);
     if (!judge->shouldInstantiateObjectOfClass(*this, *named)) {
       setError(detail::invalidClassError(name));
       return nullptr;

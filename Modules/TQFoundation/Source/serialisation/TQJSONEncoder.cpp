@@ -88,6 +88,7 @@ char* writePair17(char* to, double a, double b) noexcept {
 }  // namespace
 
 bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  const auto self = share(*this);  // objects that are encoded may release it
   if (depth_ == 0 && std::exchange(isUsed_, true)) {
     setError(TQJSONEncoderError, 0, "The encoder has been used before. It writes one archive.");
   }
@@ -141,6 +142,7 @@ void TQJSONEncoder::writeShort(Write&& write) {
 void TQJSONEncoder::encodeObject(LentObject lent) {
   const Object* object = lent.get();
   if (object == nullptr || detail::encodeAtom(*object, *this)) return;
+  const Ref<const Object> kept(object);  // the host may release all other references
   Ref<Object> replacement;
   if (const auto replace = object->objectClass().json().replacementObject) {
     replacement = replace(*object, *this);
@@ -148,7 +150,6 @@ void TQJSONEncoder::encodeObject(LentObject lent) {
     if (replacement) object = replacement.get();
   }
   const Level level(depth_);
-  const Ref<Object> kept(const_cast<Object*>(object));  // the host may release all other references
   const Class& written = object->objectClass();
   if (const auto encodeAsJSON = written.json().encodeAsJSON) {
     if (lastWritten_ != &written) noteWritten(written);

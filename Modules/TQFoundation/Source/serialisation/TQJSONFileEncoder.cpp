@@ -54,6 +54,7 @@ void TQJSONFileEncoder::writeOut(std::size_t count) {
 }
 
 bool TQJSONFileEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
+  const auto self = share(*this);  // objects that are encoded may release it
   const bool wasUsed = isUsed();
   const bool encoded = TQJSONEncoder::encodeRootObject(object, error);
   if (wasUsed) return encoded;  // the buffer still has the end of the first archive

@@ -25,7 +25,8 @@ Ref<Timer> scheduledTimerWithTimeInterval(double seconds, bool repeats, TimerBlo
 
 void TQExecuteSimpleBlock(Timer& timer) {
   if (timer.userInfo() == nullptr) return;
-  // Keeps the block alive: it may invalidate the timer, which then releases it.
+  // Keeps both alive: the block may invalidate the timer, which then releases it.
+  const auto held = share(timer);
   const Ref<BoxedBlock> block(objectCast<BoxedBlock>(timer.userInfo()));
   if (block == nullptr) {
     throw Exception(InvalidArgumentException, "TQExecuteSimpleBlock: the user info is not a block");

@@ -67,19 +67,23 @@ URLSessionDataTask::URLSessionDataTask(URLSession& session, URLRequest request,
 
 URLSessionDataTask::~URLSessionDataTask() = default;
 
+// The session, which may be released as soon as the task completes on its thread, is held here.
+
 void URLSessionDataTask::resume() {
+  const Ref<URLSession> session = session_;
   State expected = State::suspended;
   if (!state_.compare_exchange_strong(expected, State::running)) return;
-  session_->engine_->submit(share(*this));
+  session->engine_->submit(share(*this));
 }
 
 void URLSessionDataTask::cancel() {
+  const Ref<URLSession> session = session_;
   State expected = State::suspended;
   if (state_.compare_exchange_strong(expected, State::canceling)) {
-    session_->engine_->submit(share(*this));  // completes on the session's thread, like all others
+    session->engine_->submit(share(*this));  // completes on the session's thread, like all others
   } else if (expected == State::running &&
              state_.compare_exchange_strong(expected, State::canceling)) {
-    session_->engine_->wake();
+    session->engine_->wake();
   }
 }
 

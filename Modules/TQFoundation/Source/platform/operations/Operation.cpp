@@ -170,6 +170,7 @@ void Operation::noticeFinished() {
 }
 
 void Operation::waitUntilFinished() {
+  const Ref<Operation> self = hold();
   for (std::uint32_t word = 0; word != 2; word = finishWord_) {
     if (word == 0) finishWord_.compare_exchange_strong(word, 1);
     waitOnWord(finishWord_, 1);

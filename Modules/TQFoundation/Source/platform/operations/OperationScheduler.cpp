@@ -23,6 +23,7 @@ bool OperationScheduler::isRunning(const Operation& operation) noexcept {
 }
 
 void OperationScheduler::add(Operation& operation) {
+  const auto self = share(*this);
   OperationScheduler* nobody = nullptr;
   if (operation.isExecuting() || operation.isFinished() ||
       !operation.scheduler_.compare_exchange_strong(nobody, this)) {
@@ -202,6 +203,7 @@ std::size_t OperationScheduler::count() const {
 }
 
 void OperationScheduler::waitUntilEmpty() {
+  const auto self = share(*this);  // the last operation may release the queue
   const Locked guard(lock_);
   while (count_ != 0) emptied_.wait(lock_);
 }
