@@ -1,5 +1,4 @@
 tq_add_room_tests(TQConcurrency
-  ${CMAKE_CURRENT_LIST_DIR}/CallbacksTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/caches/CachesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/locks/LazyValuesTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/locks/LockModelTest.cpp
