@@ -94,6 +94,9 @@ TEST(Locks, MisuseStopsWithAClearMessage) {
   EXPECT_EXIT(box.mutate([&](int&) { box.increment(); }), killed, recursion);
   auto readWrite = makeRef<ReadWriteLock>();
   EXPECT_EXIT((readWrite->lockForWrite(), readWrite->lockForRead()), killed, "for writing already");
+  EXPECT_EXIT((readWrite->lockForWrite(), readWrite->lockForWrite()), killed,
+              "for writing already");
+  EXPECT_EXIT((readWrite->lockForRead(), readWrite = nullptr), killed, "the lock is not held");
 }
 
 TEST(Atomic, MutateIsAtomicAndModifyIsTwoAccesses) {
