@@ -1,3 +1,5 @@
+#include <sched.h>
+
 #include <barrier>
 #include <future>
 #include <latch>
@@ -195,7 +197,12 @@ TEST(ConcurrentMapStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
 // Loops whose calls were cheap so far are shared as soon as calls turn out to be expensive, at any
 // place in the loop, and whether the loop is measured or not.
 TEST(ConcurrentMapStress, SharesLoopsThatBecomeExpensive) {
-  if (std::thread::hardware_concurrency() < 2) GTEST_SKIP() << "needs two cores";
+  // On one core no other thread takes part. Then the cost shows that the loop was handed on: it is
+  // the mean of the calls after that, which are all dear, and not of all calls.
+  cpu_set_t cores;
+  ASSERT_EQ(::sched_getaffinity(0, sizeof cores, &cores), 0);
+  const bool isAlone = CPU_COUNT(&cores) < 2;
+  const std::chrono::milliseconds patience(isAlone ? 2 : 50);
   for (const std::size_t cheap : {0u, 1u, 100u, 400u}) {
     for (const std::uint32_t unmeasured : {0u, 31u}) {
       ApplyCost cost;
@@ -209,13 +216,14 @@ TEST(ConcurrentMapStress, SharesLoopsThatBecomeExpensive) {
           [&](std::size_t i) {
             if (i < cheap) return;
             if (std::this_thread::get_id() != caller) isShared = true;
-            const auto dear = std::chrono::steady_clock::now() + std::chrono::milliseconds(50);
+            const auto dear = std::chrono::steady_clock::now() + patience;
             while (!isShared && std::chrono::steady_clock::now() < std::min(dear, end)) {
               std::this_thread::yield();  // until another thread takes part
             }
           },
           &cost);
-      EXPECT_TRUE(isShared) << cheap << " cheap calls";
+      EXPECT_TRUE(isShared || (isAlone && cost.picoseconds > 1'500'000'000))
+          << cheap << " cheap calls, " << cost.picoseconds << " ps";
     }
   }
 }
