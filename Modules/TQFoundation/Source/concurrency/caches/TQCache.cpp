@@ -79,7 +79,7 @@ Ref<Object> TQCache::blockingCachedObjectForOwner(Object& owner, const Object& a
     const Locked guard(monitor);
     if (rawObjectForOwner(owner, andKey) != stored) continue;
     const CreationBlock block = orCreateWithBlock;  // the call may destroy the caller's
-    Ref<Object> created = block();
+    Ref<Object> created = block ? block() : nullptr;
     setCachedObject(created, owner, andKey);
     return created;
   }

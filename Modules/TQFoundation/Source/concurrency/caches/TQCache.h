@@ -35,7 +35,7 @@ class TQCacheDeferredCreation;
 class TQ_EXPORT TQCache final : public Subclass<TQCache> {
  public:
   static constexpr std::string_view className = "TQCache";
-  /// Creates the object to be cached. May return null.
+  /// Creates the object to be cached. May return null, as an empty block does.
   using CreationBlock = std::function<Ref<Object>()>;
 
   /// Creates an empty cache that holds its owners weakly.

@@ -84,6 +84,8 @@ TEST(TQCache, CreationsMayReturnNullThrowAndCallBack) {
   const auto cache = TQCache::init();
   const auto owner = text("owner"), key = text("k"), other = text("l");
   EXPECT_EQ(cache->cachedObjectForOwner(*owner, *key, [] { return Ref<Object>(); }), nullptr);
+  EXPECT_EQ(cache->cachedObjectForOwner(*owner, *key, nullptr), nullptr) << "an empty block";
+  EXPECT_EQ(cache->blockingCachedObjectForOwner(*owner, *key, nullptr), nullptr);
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), nullptr);
   const auto fails = []() -> Ref<Object> { throw std::runtime_error("creation"); };
   EXPECT_THROW(cache->cachedObjectForOwner(*owner, *key, fails), std::runtime_error);
