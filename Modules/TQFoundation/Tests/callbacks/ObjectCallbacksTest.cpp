@@ -101,12 +101,12 @@ TQJSONDecoder& decoder(World& w, bool delegated = false) {
 }
 
 const Callback objects[] = {
-    {"map, compactMap, flatMap, filter, firstObjectPassing",
+    {"Array::map, Array::compactMap, Array::flatMap, Array::filter, firstObjectPassing",
      [](World& w) {
-       EXPECT_EQ(map(w.array(), w.making())->count(), 2u);
-       EXPECT_EQ(compactMap(w.array(), w.making())->count(), 2u);
-       EXPECT_EQ(flatMap(w.array(), w.droppingTo(Array::array()))->count(), 0u);
-       EXPECT_EQ(filter(w.array(), w.droppingTo(true))->count(), 2u);
+       EXPECT_EQ(w.array().map(w.making())->count(), 2u);
+       EXPECT_EQ(w.array().compactMap(w.making())->count(), 2u);
+       EXPECT_EQ(w.array().flatMap(w.droppingTo(Array::array()))->count(), 0u);
+       EXPECT_EQ(w.array().filter(w.droppingTo(true))->count(), 2u);
        EXPECT_EQ(firstObjectPassing(w.array(), w.droppingTo(false)), nullptr);
      }},
     {"Ref::Ref, Ref::~Ref, Array::~Array, Array::arrayWithObjects, Dictionary::~Dictionary, "
