@@ -1,13 +1,12 @@
 #include <TQFoundation/platform/preferences/PreferenceObservation.h>
 
-#include <sys/resource.h>
-
 #include <filesystem>
 
 #include <TQFoundation/platform/loops/RunLoop.h>
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
 #include "support/Child.h"
+#include "support/Descriptors.h"
 #include "support/TemporaryDirectory.h"
 #include "support/Test.h"
 
@@ -91,10 +90,7 @@ TEST_F(PreferenceObservationTest, TheHandlerMayDropEverythingAlsoWithoutDescript
   int calls = 0;
   Ref<UserDefaults> defaults = open();
   // Without a descriptor for it, the store is read once a second.
-  rlimit limit{};
-  ::getrlimit(RLIMIT_NOFILE, &limit);
-  const rlimit none{0, limit.rlim_max};
-  ::setrlimit(RLIMIT_NOFILE, &none);
+  test::allowDescriptors(0);
   Ref<PreferenceObservation> observation;
   observation = defaults->observeChanges([&, own = std::string(100, 'x')](auto keys) {
     defaults = nullptr;
@@ -105,7 +101,7 @@ TEST_F(PreferenceObservationTest, TheHandlerMayDropEverythingAlsoWithoutDescript
   });
   const Ref<PreferenceObservation> ended = defaults->observeChanges([&](auto) { ADD_FAILURE(); });
   ended->invalidate();
-  ::setrlimit(RLIMIT_NOFILE, &limit);
+  test::allowDescriptors(1000);
   next();
   EXPECT_THAT(told(), ElementsAre("key"));
   EXPECT_EQ(other.end(), 0);
