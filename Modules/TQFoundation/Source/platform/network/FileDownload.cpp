@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <TQFoundation/platform/network/detail/PartialFile.h>
 #include <TQFoundation/platform/network/detail/URLSessionEngine.h>
@@ -274,7 +275,8 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
       error = detail::exhaustedError();
     }
     partial_ = nullptr;  // another download may resume from here
-    if (handler_.didComplete) handler_.didComplete(response, std::move(error));
+    const auto last = std::exchange(handler_, {});
+    if (last.didComplete) last.didComplete(response, std::move(error));
   }
 
   void tell() const {
@@ -294,7 +296,7 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
 
   const Ref<URLSession> session_;
   URLRequest request_;
-  const FileDownloadHandler handler_;
+  FileDownloadHandler handler_;  // empty after the end
 
   // Used only by the session's thread after the start.
   std::unique_ptr<detail::PartialFile> partial_;

@@ -17,7 +17,7 @@
 namespace tq {
 
 /// Callbacks of a download, called on the session's thread. Each may be empty. They must not throw:
-/// an exception stops the process.
+/// an exception stops the process. The download releases them at its end, so they may own it.
 struct FileDownloadHandler {
   /// Progress: the bytes on disk, including those of earlier attempts, and the expected total, -1
   /// if it is unknown. Called at the start and for each piece, many times a second.

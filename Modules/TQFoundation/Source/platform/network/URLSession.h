@@ -109,7 +109,8 @@ class URLSessionDataTask;
 /// Callbacks of a task. They are called on the session's thread, one at a time for all tasks of the
 /// session. A slow callback slows down the sender, so a body of any size takes constant memory.
 /// They must not throw: an exception stops the process. std::bad_alloc that leaves one of the first
-/// two ends the task with an error. Each may be empty.
+/// two ends the task with an error. Each may be empty. The task releases all of them at its end, so
+/// they may own the task.
 struct URLSessionTaskHandler {
   /// Called before the body. If it returns false, the task is cancelled.
   std::function<bool(URLSessionDataTask&, const URLResponse&)> didReceiveResponse = nullptr;
@@ -157,7 +158,7 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
   URLSessionDataTask(class URLSession& session, URLRequest request, URLSessionTaskHandler handler);
 
   const URLRequest request_;
-  const URLSessionTaskHandler handler_;
+  URLSessionTaskHandler handler_;  // empty after the end
   const Ref<class URLSession> session_;
   std::atomic<State> state_{State::suspended};
   std::atomic<std::int64_t> received_{0};

@@ -515,14 +515,14 @@ void URLTransfer::complete(Ref<Error> error) noexcept {
     });
   }
   if (isExhausted_) error = detail::exhaustedError();
-  const auto& tell = task_->handler_.didComplete;
-  if (tell) tell(*task_, response_, std::move(error));
+  const auto last = std::exchange(task_->handler_, {});
+  if (last.didComplete) last.didComplete(*task_, response_, std::move(error));
 }
 
 void URLTransfer::completeExhausted(URLSessionDataTask& task) noexcept {
   task.state_ = URLSessionDataTask::State::completed;
-  const auto& tell = task.handler_.didComplete;
-  if (tell) tell(task, {}, detail::exhaustedError());
+  const auto last = std::exchange(task.handler_, {});
+  if (last.didComplete) last.didComplete(task, {}, detail::exhaustedError());
 }
 
 }  // namespace tq

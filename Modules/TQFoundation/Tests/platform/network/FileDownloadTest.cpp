@@ -5,11 +5,13 @@
 #include <unistd.h>
 
 #include <support/LoopbackServer.h>
+#include <support/OnDestruction.h>
 #include <support/TemporaryDirectory.h>
 
 #include <filesystem>
 #include <functional>
 #include <future>
+#include <memory>
 #include <mutex>
 #include <utility>
 
@@ -174,6 +176,20 @@ TEST_F(FileDownloadTest, CompleteBodiesReplaceTheFile) {
   EXPECT_EQ(permissionsOf("plan.svg"), fs::perms(0440));
   EXPECT_EQ(entries(), 1);  // nothing else remains
   EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
+}
+
+TEST_F(FileDownloadTest, ReleasesItsFunctionsAtItsEnd) {
+  served = *this;
+  std::promise<void> released;
+  auto own = std::make_shared<Ref<FileDownload>>();
+  FileDownloadHandler handler;
+  const auto watch = [&] { released.set_value(); };
+  handler.didComplete = [own, last = makeRef<test::OnDestruction>(watch)](auto...) {};
+  *own = FileDownload::downloadWithRequest(*session, {.url = URL::URLWithString(server.url("/"))},
+                                           *file, std::exchange(handler, {}));
+  (*own)->resume();
+  own = nullptr;
+  released.get_future().get();
 }
 
 TEST_F(FileDownloadTest, RequestsOnlyTheRest) {

@@ -2,9 +2,11 @@
 
 #include <future>
 #include <latch>
+#include <memory>
 
 #include "support/Errors.h"
 #include "support/LoopbackServer.h"
+#include "support/OnDestruction.h"
 #include "support/SelfSigned.h"
 #include "support/TemporaryDirectory.h"
 #include "support/Test.h"
@@ -418,6 +420,20 @@ TEST_F(URLSessionTest, EndsWhereItIsCancelledOrRefused) {
         << static_cast<int>(at);
     task->cancel();
     EXPECT_EQ(task->state(), URLSessionDataTask::State::completed);
+  }
+}
+
+TEST_F(URLSessionTest, ReleasesItsFunctionsAtItsEnd) {
+  for (const char* path : {"/", "/gone"}) {
+    std::promise<void> released;
+    auto task = std::make_shared<Ref<URLSessionDataTask>>();
+    const auto watch = [&] { released.set_value(); };
+    *task = session->dataTaskWithURL(
+        URL::URLWithString(server.url(path)),
+        [task, last = makeRef<test::OnDestruction>(watch)](auto...) {});  // owns the task
+    (*task)->resume();
+    task = nullptr;
+    released.get_future().get();
   }
 }
 
