@@ -100,9 +100,7 @@ void add(const Checked& one, Total& total) {
   total.shapes += one.shapes;
   total.bytes += one.result.archiveBytes;
   total.differences += one.result.differences.empty() ? 0 : 1;
-  for (const auto& [name, feature] : one.result.leftOut) {
-    total.leftOut[name].count += feature.count;
-  }
+  for (const auto& [name, count] : one.result.leftOut) total.leftOut[name] += count;
 }
 
 /// Reports errors and differences and, if `verbose`, unsupported features.

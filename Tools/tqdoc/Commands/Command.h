@@ -13,6 +13,7 @@
 #include <TQFoundation/TQFoundation.h>
 
 #include "Files/Drawing.h"
+#include "Model/Features.h"
 
 namespace tqdoc {
 
@@ -37,9 +38,6 @@ void addOptionsCommand(CLI::App& app, Outcome& outcome);
 
 /// Prints "tqdoc: <message>" on standard error.
 Outcome reportError(std::string_view message);
-
-/// Returns text that is safe to print: control characters become "?".
-[[nodiscard]] std::string printable(std::string_view text);
 
 /// Formats a number with six significant digits.
 [[nodiscard]] std::string shortText(double number);

@@ -29,6 +29,17 @@ namespace {
   return bytes.length() >= kSmallest && bytes.bytes()[4] == std::byte{0};
 }
 
+/// Returns the features that were ignored when the drawing was imported.
+[[nodiscard]] Features unsupportedIn(const Document& document) {
+  Features features;
+  for (const auto [name, count] : document.unsupported()) {
+    const auto* number = tq::objectCast<tq::Number>(&count);
+    if (number == nullptr || number->integerValue() < 0) continue;
+    features.try_emplace(name.description(), static_cast<std::size_t>(number->integerValue()));
+  }
+  return features;
+}
+
 /// Returns whether the path is a device or a pipe, which cannot be replaced.
 [[nodiscard]] bool isStream(const std::string& path) {
   using enum std::filesystem::file_type;
@@ -42,7 +53,11 @@ namespace {
 SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
   const auto bytes = readFile(path, error);
   if (!bytes) return {};
-  if (isArchive(path)) return {openArchive(*bytes, path, error), {}};
+  if (isArchive(path)) {
+    auto document = openArchive(*bytes, path, error);
+    Features leftOut = document ? unsupportedIn(*document) : Features();
+    return {std::move(document), std::move(leftOut)};
+  }
   return readSvg(bytes->bytes(), path, error);
 }
 

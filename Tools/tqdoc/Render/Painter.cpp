@@ -78,6 +78,9 @@ void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
 void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transform) {
   const Node::Traits& traits = node.traits();
   ++layers_;
+  // A layer is placed by the transform at its beginning. Layers are images of the pixels, whatever
+  // transform the shape before left behind.
+  setTransform(cr_, tq::AffineTransformIdentity);
   cairo_push_group(cr_);
   paintContent(node, transform);
   if (traits.clip) {
@@ -88,7 +91,6 @@ void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transfor
     silhouette_ = outer;
     const CairoPattern mask(cairo_pop_group(cr_));
     cairo_push_group(cr_);
-    setTransform(cr_, tq::AffineTransformIdentity);
     cairo_set_source(cr_, content.get());
     cairo_mask(cr_, mask.get());
   }

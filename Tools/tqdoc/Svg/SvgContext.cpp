@@ -1,9 +1,13 @@
 #include "Svg/SvgContext.h"
 
+#include <utility>
+
 namespace tqdoc {
 
-SvgContext::SvgContext(const pugi::xml_document& xml, std::size_t fileSize)
-    : root_(xml.document_element()), workLeft_(kWorkAllowed + kWorkPerByte * fileSize) {
+SvgContext::SvgContext(const pugi::xml_document& xml, std::size_t fileSize, Features leftOut)
+    : root_(xml.document_element()),
+      features_(std::move(leftOut)),
+      workLeft_(kWorkAllowed + kWorkPerByte * fileSize) {
   const std::string_view name = root_.name();
   const std::size_t colon = name.find(':');
   if (colon != name.npos) prefix_ = name.substr(0, colon + 1);
@@ -39,7 +43,7 @@ pugi::xml_node SvgContext::find(std::string_view id) const {
   return found != byId_.end() ? found->second : pugi::xml_node();
 }
 
-void SvgContext::leaveOut(std::string_view feature, pugi::xml_node where) {
+void SvgContext::leaveOut(std::string_view feature) {
   auto found = features_.find(feature);
   if (found == features_.end()) {
     // Names come from the file, so the number of different names is limited.
@@ -47,9 +51,9 @@ void SvgContext::leaveOut(std::string_view feature, pugi::xml_node where) {
     constexpr std::size_t kNameLength = 60;
     const bool room = features_.size() < kNamesKept;
     const std::string name(room ? feature.substr(0, kNameLength) : std::string_view("(others)"));
-    found = features_.try_emplace(name, LeftOut{0, where.offset_debug()}).first;
+    found = features_.try_emplace(name, 0).first;
   }
-  ++found->second.count;
+  ++found->second;
 }
 
 void SvgContext::charge(std::size_t work, pugi::xml_node where) {

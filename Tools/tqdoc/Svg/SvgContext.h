@@ -4,8 +4,6 @@
 /// The state that all parts of the reader share.
 
 #include <cstddef>
-#include <functional>
-#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,14 +11,9 @@
 
 #include <pugixml.hpp>
 
-namespace tqdoc {
+#include "Model/Features.h"
 
-/// Features of a drawing that the reader ignored.
-struct LeftOut {
-  std::size_t count = 0;
-  std::ptrdiff_t firstOffset = 0;  ///< in the file, of the first one
-};
-using Features = std::map<std::string, LeftOut, std::less<>>;
+namespace tqdoc {
 
 /// An error in a drawing and its offset in the file.
 class SvgFault : public std::runtime_error {
@@ -45,8 +38,9 @@ class SvgContext {
   static constexpr std::size_t kWorkAllowed = 5'000'000;
   static constexpr std::size_t kWorkPerByte = 100;
 
+  /// @param leftOut  features that were ignored before
   /// @throws SvgFault if the root element is not svg
-  SvgContext(const pugi::xml_document& xml, std::size_t fileSize);
+  SvgContext(const pugi::xml_document& xml, std::size_t fileSize, Features leftOut = {});
 
   [[nodiscard]] pugi::xml_node root() const noexcept { return root_; }
 
@@ -62,7 +56,7 @@ class SvgContext {
   [[nodiscard]] pugi::xml_node find(std::string_view id) const;
 
   /// Counts an ignored feature.
-  void leaveOut(std::string_view feature, pugi::xml_node where);
+  void leaveOut(std::string_view feature);
 
   /// @throws SvgFault if the drawing is too large
   void charge(std::size_t work, pugi::xml_node where);

@@ -26,13 +26,13 @@ class GradientReader {
     for (pugi::xml_node node = gradient; node;) {
       if (!isGradient(node)) break;
       if (chain_.size() == kChainLimit || std::ranges::find(chain_, node) != chain_.end()) {
-        context_.leaveOut("gradient that refers to itself", gradient);
+        context_.leaveOut("gradient that refers to itself");
         break;
       }
       chain_.push_back(node);
       const std::string_view href = hrefOf(node);
       node = context_.find(localReference(href));
-      if (!href.empty() && !node) context_.leaveOut("gradient href without a target", gradient);
+      if (!href.empty() && !node) context_.leaveOut("gradient href without a target");
     }
   }
 
@@ -91,8 +91,7 @@ class GradientReader {
     geometry.end = {across("cx", viewport_.width / 2), down("cy", viewport_.height / 2)};
     geometry.radius = lengthOf(context_, having("r"), "r", viewport_, Extent::diagonal, half);
     geometry.start = {across("fx", geometry.end.x), down("fy", geometry.end.y)};
-    if (!having("fr").attribute("fr").empty())
-      context_.leaveOut("fr of radialGradient", having("fr"));
+    if (!having("fr").attribute("fr").empty()) context_.leaveOut("fr of radialGradient");
     // A focus outside the circle is moved just inside its edge, so that every ray meets the circle.
     const double dx = geometry.start.x - geometry.end.x;
     const double dy = geometry.start.y - geometry.end.y;
@@ -111,18 +110,19 @@ class GradientReader {
   [[nodiscard]] std::vector<GradientStop> readStops() {
     std::vector<GradientStop> stops;
     for (const pugi::xml_node gradient : chain_) {
+      const Style style =
+          sheet_.styleOf(gradient, sheet_.styleAround(gradient, viewport_), viewport_);
       for (const pugi::xml_node child : gradient.children()) {
-        if (context_.nameOf(child) == "stop") stops.push_back(readStop(gradient, child, stops));
+        if (context_.nameOf(child) == "stop") stops.push_back(readStop(style, child, stops));
       }
       if (!stops.empty()) break;
     }
     return stops;
   }
 
-  [[nodiscard]] GradientStop readStop(pugi::xml_node gradient, pugi::xml_node node,
+  [[nodiscard]] GradientStop readStop(const Style& gradient, pugi::xml_node node,
                                       const std::vector<GradientStop>& before) {
-    const Style style =
-        sheet_.styleOf(node, sheet_.styleOf(gradient, Style(), viewport_), viewport_);
+    const Style style = sheet_.styleOf(node, gradient, viewport_);
     const Color color = style.stopIsCurrentColor ? style.color : style.stopColor;
     const auto offset = parseFraction(attributeOf(node, "offset"));
     const double least = before.empty() ? 0 : before.back().offset;
@@ -139,15 +139,13 @@ class GradientReader {
 }  // namespace
 
 ModelPaint readPaint(SvgContext& context, SvgStyleSheet& sheet, const Paint& paint,
-                     const Style& style, pugi::xml_node user, const tq::Rect& bounds,
-                     Viewport viewport) {
+                     const Style& style, const tq::Rect& bounds, Viewport viewport) {
   if (!paint.server.empty()) {
     const pugi::xml_node server = context.find(paint.server);
     GradientReader reader(context, sheet, server, viewport);
     if (reader.isGradient(server)) return reader.read(bounds);
     context.leaveOut(server ? "paint by " + std::string(context.nameOf(server))
-                            : std::string("paint without a target"),
-                     user);
+                            : std::string("paint without a target"));
   }
   if (paint.currentColor) return plain(style.color);
   return paint.color ? plain(*paint.color) : ModelPaint();

@@ -23,7 +23,6 @@ struct ModelPaint {
 /// Resolves a paint for an outline with these bounds (without stroke, in its own coordinates).
 /// Paint servers that are not gradients count as ignored features; their fallback colour is used.
 [[nodiscard]] ModelPaint readPaint(SvgContext& context, SvgStyleSheet& sheet, const Paint& paint,
-                                   const Style& style, pugi::xml_node user, const tq::Rect& bounds,
-                                   Viewport viewport);
+                                   const Style& style, const tq::Rect& bounds, Viewport viewport);
 
 }  // namespace tqdoc

@@ -10,13 +10,13 @@ namespace tqdoc {
 EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node) {
   Scanner scanner(trimmed(hrefOf(node)));
   if (!scanner.take("data:")) {
-    context.leaveOut("external image", node);
+    context.leaveOut("external image");
     return {};
   }
   std::string_view type = scanner.takeUntil(',');
   constexpr std::string_view kBase64 = ";base64";
   if (!type.ends_with(kBase64)) {
-    context.leaveOut("image that is not in base64", node);
+    context.leaveOut("image that is not in base64");
     return {};
   }
   type.remove_suffix(kBase64.size());
@@ -28,10 +28,16 @@ EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node) {
   }
   auto bytes = tq::dataFromBase64(text);
   if (!bytes) {
-    context.leaveOut("invalid base64 of image", node);
+    context.leaveOut("invalid base64 of image");
     return {};
   }
-  if (type != "image/png") context.leaveOut("drawing of " + std::string(type), node);
+  // Drawn is what begins as a PNG does, whatever its media type says.
+  constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
+  if (bytes->view().starts_with(kSignature)) {
+    type = "image/png";
+  } else {
+    context.leaveOut("drawing of " + (type.empty() ? "an image" : std::string(type)));
+  }
   return {tq::String::stringWithUTF8Repaired(type), std::move(bytes)};
 }
 

@@ -17,7 +17,8 @@ struct EmbeddedImage {
 };
 
 /// Reads the image of a "data:" URL in base64. External images and invalid data count as ignored
-/// features. So do images that are not PNG: they are kept but not drawn.
+/// features. So do images whose bytes are not PNG:
+/// they are kept but not drawn. The media type of a PNG is "image/png", whatever the URL says.
 [[nodiscard]] EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node);
 
 }  // namespace tqdoc

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +10,7 @@
 #include <pugixml.hpp>
 
 #include "Model/Numbers.h"
+#include "Svg/SvgEntities.h"
 #include "Svg/SvgGradient.h"
 #include "Svg/SvgImage.h"
 #include "Svg/SvgShapes.h"
@@ -47,13 +49,14 @@ class Reader {
   [[nodiscard]] tq::Ref<Node> readUse(pugi::xml_node node, const Place& place);
   [[nodiscard]] tq::Ref<Group> readViewport(pugi::xml_node node, const Place& place,
                                             const tq::Rect& frame);
-  [[nodiscard]] tq::Ref<Node> readClip(pugi::xml_node user, const Style& style,
+  [[nodiscard]] tq::Ref<Node> readClip(pugi::xml_node user, const Place& place,
                                        const Bounds& bounds);
-  [[nodiscard]] Node::Traits traitsOf(pugi::xml_node node, const Style& style,
+  [[nodiscard]] Node::Traits traitsOf(pugi::xml_node node, const Place& place,
                                       const Bounds& bounds);
   [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
                                                 const PathData& path);
-  [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children);
+  [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children,
+                                         const tq::AffineTransform& transform = {});
 
   /// Records a reference while its target is read, to detect cycles.
   class Following;
@@ -95,8 +98,8 @@ tq::Ref<Document> Reader::read() {
   const Viewport viewport{viewBox.size.width, viewBox.size.height};
   Place place{sheet_.styleOf(root, Style(), viewport), viewport};
   auto children = readChildren(root, place);
-  auto group = tq::makeRef<Group>(traitsOf(root, place.style, [&] { return boundsOf(*children); }),
-                                  children);
+  auto group =
+      tq::makeRef<Group>(traitsOf(root, place, [&] { return boundsOf(*children); }), children);
 
   tq::Ref<tq::String> title;
   for (const pugi::xml_node child : root.children()) {
@@ -105,8 +108,8 @@ tq::Ref<Document> Reader::read() {
     }
   }
   auto unsupported = tq::MutableDictionary::dictionary();
-  for (const auto& [name, leftOut] : context_.features()) {
-    unsupported->setObject(tq::Number::numberWith(tq::NumberValue(leftOut.count)),
+  for (const auto& [name, count] : context_.features()) {
+    unsupported->setObject(tq::Number::numberWith(tq::NumberValue(count)),
                            tq::String::stringWithUTF8Repaired(name));
   }
   const auto fit = tq::String::stringWithUTF8Repaired(attributeOf(root, "preserveAspectRatio"));
@@ -119,10 +122,10 @@ tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
   if (name.empty() || std::ranges::find(kSilent, name) != std::end(kSilent)) return nullptr;
   const bool isGroup = name == "g" || name == "a" || name == "switch" || name == "svg";
   if (!isGroup && !isOutline(name) && name != "use" && name != "image") {
-    context_.leaveOut("<" + std::string(name) + ">", node);
+    context_.leaveOut("<" + std::string(name) + ">");
     return nullptr;
   }
-  if (name == "switch") context_.leaveOut("choice of <switch>", node);
+  if (name == "switch") context_.leaveOut("choice of <switch>");
   if (depth_ == SvgContext::kDepthLimit) {
     throw SvgFault(
         "elements are nested more than " + std::to_string(SvgContext::kDepthLimit) + " deep",
@@ -143,8 +146,8 @@ tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
     result = readViewport(node, place, frameOf(context_, node, place.viewport, whole));
   } else {
     auto children = readChildren(node, place);
-    result = tq::makeRef<Group>(traitsOf(node, place.style, [&] { return boundsOf(*children); }),
-                                children);
+    result =
+        tq::makeRef<Group>(traitsOf(node, place, [&] { return boundsOf(*children); }), children);
   }
   --depth_;
   return result;
@@ -161,7 +164,7 @@ tq::Ref<tq::Array> Reader::readChildren(pugi::xml_node node, const Place& place)
 tq::Ref<Node> Reader::readShape(pugi::xml_node node, const Place& place) {
   auto path = readOutline(context_, node, place.viewport);
   if (path->isEmpty()) return nullptr;
-  auto traits = traitsOf(node, place.style, [&] { return path->tightBounds(); });
+  auto traits = traitsOf(node, place, [&] { return path->tightBounds(); });
   auto style = styleOf(node, place, *path);
   return tq::makeRef<Shape>(std::move(traits), std::move(path), std::move(style));
 }
@@ -171,11 +174,11 @@ tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
   auto image = readEmbeddedImage(context_, node);
   if (!image.bytes) return nullptr;
   if (tq::RectIsEmpty(frame)) {
-    context_.leaveOut("image without a size", node);
+    context_.leaveOut("image without a size");
     return nullptr;
   }
   return tq::makeRef<Picture>(
-      traitsOf(node, place.style, [&] { return frame; }), frame,
+      traitsOf(node, place, [&] { return frame; }), frame,
       tq::String::stringWithUTF8Repaired(attributeOf(node, "preserveAspectRatio")),
       std::move(image.mediaType), std::move(image.bytes));
 }
@@ -184,7 +187,7 @@ tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
 tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
   const pugi::xml_node target = context_.find(localReference(hrefOf(node)));
   if (!target) {
-    context_.leaveOut("use without a target", node);
+    context_.leaveOut("use without a target");
     return nullptr;
   }
   const Following following(*this, target, node);
@@ -198,7 +201,7 @@ tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
     child = readNode(target, place);
   }
   if (!child) return nullptr;
-  auto traits = traitsOf(node, place.style, [&] { return tightBounds(*child); });
+  auto traits = traitsOf(node, place, [&] { return tightBounds(*child); });
   traits.transform = tq::AffineTransformTranslate(traits.transform, frame.origin.x, frame.origin.y);
   return tq::makeRef<Group>(std::move(traits), tq::Array::arrayWithObjects({child}));
 }
@@ -216,32 +219,39 @@ tq::Ref<Group> Reader::readViewport(pugi::xml_node node, const Place& place,
   inner.viewport.width = viewBox.size.width;
   inner.viewport.height = viewBox.size.height;
   auto children = readChildren(node, inner);
-  auto traits = traitsOf(node, place.style, [&] { return boundsOf(*children); });
-  const tq::AffineTransform move{1, 0, 0, 1, frame.origin.x, frame.origin.y};
-  traits.transform =
-      tq::AffineTransformConcat(tq::AffineTransformConcat(fitted, move), traits.transform);
-  if (!place.style.overflows && !traits.clip) {
+  Node::Traits content;
+  content.transform =
+      tq::AffineTransformConcat(fitted, {1, 0, 0, 1, frame.origin.x, frame.origin.y});
+  if (!place.style.overflows) {
     const tq::Rect cut =
         tq::RectApplyAffineTransform({{0, 0}, frame.size}, tq::AffineTransformInvert(fitted));
-    traits.clip =
+    content.clip =
         tq::makeRef<Shape>(Node::Traits{}, rectanglePath(cut), tq::Dictionary::dictionary());
   }
+  auto traits = traitsOf(node, place, [&] { return boundsOf(*children, content.transform); });
+  if (traits.clip) {  // it is in the coordinates outside
+    const auto group = tq::makeRef<Group>(std::move(content), std::move(children));
+    return tq::makeRef<Group>(std::move(traits), tq::Array::arrayWithObjects({group}));
+  }
+  traits.transform = tq::AffineTransformConcat(content.transform, traits.transform);
+  traits.clip = std::move(content.clip);
   return tq::makeRef<Group>(std::move(traits), std::move(children));
 }
 
-tq::Ref<Node> Reader::readClip(pugi::xml_node user, const Style& style, const Bounds& bounds) {
-  if (style.clipPath.empty()) return nullptr;
-  const pugi::xml_node node = context_.find(style.clipPath);
+tq::Ref<Node> Reader::readClip(pugi::xml_node user, const Place& place, const Bounds& bounds) {
+  if (place.style.clipPath.empty()) return nullptr;
+  const pugi::xml_node node = context_.find(place.style.clipPath);
   if (context_.nameOf(node) != "clipPath") {
-    context_.leaveOut("clip-path without a target", user);
+    context_.leaveOut("clip-path without a target");
     return nullptr;
   }
   const Following following(*this, node, user);
   const bool outer = std::exchange(inClip_, true);
-  const Place place{sheet_.styleOf(node, Style(), {}), {}};
-  auto children = readChildren(node, place);
+  const Viewport& viewport = place.viewport;
+  const Place inner{sheet_.styleOf(node, sheet_.styleAround(node, viewport), viewport), viewport};
+  auto children = readChildren(node, inner);
   inClip_ = outer;
-  auto traits = traitsOf(node, place.style, bounds);
+  auto traits = traitsOf(node, inner, bounds);
   if (attributeOf(node, "clipPathUnits") == "objectBoundingBox") {
     const tq::Rect box = bounds();
     const tq::AffineTransform unit =
@@ -253,7 +263,8 @@ tq::Ref<Node> Reader::readClip(pugi::xml_node user, const Style& style, const Bo
   return tq::makeRef<Group>(std::move(traits), std::move(children));
 }
 
-Node::Traits Reader::traitsOf(pugi::xml_node node, const Style& style, const Bounds& bounds) {
+Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bounds& bounds) {
+  const Style& style = place.style;
   Node::Traits traits;
   std::string_view name = attributeOf(node, "inkscape:label");
   if (name.empty()) name = attributeOf(node, "id");
@@ -264,7 +275,7 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Style& style, const Bou
   const std::string_view element = context_.nameOf(node);
   traits.hidden =
       !style.displayed || (!style.visible && (isOutline(element) || element == "image"));
-  traits.clip = readClip(node, style, bounds);
+  traits.clip = readClip(node, place, bounds);
   return traits;
 }
 
@@ -284,7 +295,7 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
   }
   const tq::Rect bounds = path.tightBounds();
   const auto paint = [&](const Paint& from) {
-    return readPaint(context_, sheet_, from, style, node, bounds, place.viewport);
+    return readPaint(context_, sheet_, from, style, bounds, place.viewport);
   };
   if (ModelPaint fill = paint(style.fill); fill.object) {
     result->setObject(std::move(fill.object), "fill");
@@ -310,10 +321,10 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
   return tq::refCast<tq::Dictionary>(result->copy());
 }
 
-tq::Rect Reader::boundsOf(const tq::Array& children) {
+tq::Rect Reader::boundsOf(const tq::Array& children, const tq::AffineTransform& transform) {
   tq::Rect bounds = tq::RectNull;
   for (const tq::Object& child : children) {
-    bounds = tq::RectUnion(bounds, tightBounds(static_cast<const Node&>(child)));
+    bounds = tq::RectUnion(bounds, tightBounds(static_cast<const Node&>(child), transform));
   }
   return bounds;
 }
@@ -340,16 +351,22 @@ SvgDrawing readSvg(std::span<const std::byte> bytes, std::string_view fileName,
                                           tq::String::stringWithUTF8Repaired(message)->view()));
     return SvgDrawing();
   };
-  if (text.starts_with("\x1f\x8b")) return fail(0, "the file is compressed; decompress it first");
-  pugi::xml_document xml;
-  const pugi::xml_parse_result parsed = xml.load_buffer(bytes.data(), bytes.size());
-  if (!parsed) return fail(parsed.offset, parsed.description());
+  std::optional<ExpandedText> expanded;
   try {
-    SvgContext context(xml, bytes.size());
+    expanded.emplace(text);
+  } catch (const SvgFault& fault) {
+    return fail(fault.offset(), fault.what());
+  }
+  pugi::xml_document xml;
+  const std::string_view content = expanded->text();
+  const pugi::xml_parse_result parsed = xml.load_buffer(content.data(), content.size());
+  if (!parsed) return fail(expanded->sourceOffset(parsed.offset), parsed.description());
+  try {
+    SvgContext context(xml, content.size(), expanded->leftOut());
     auto document = Reader(context).read();
     return {std::move(document), context.features()};
   } catch (const SvgFault& fault) {
-    return fail(fault.offset(), fault.what());
+    return fail(expanded->sourceOffset(fault.offset()), fault.what());
   }
 }
 

@@ -13,8 +13,8 @@ constexpr std::string_view kOutlines[] = {"path", "rect",     "circle", "ellipse
                                           "line", "polyline", "polygon"};
 
 void leaveOutAttribute(SvgContext& context, pugi::xml_node node, std::string_view attribute) {
-  context.leaveOut("invalid " + std::string(attribute) + " of " + std::string(context.nameOf(node)),
-                   node);
+  context.leaveOut("invalid " + std::string(attribute) + " of " +
+                   std::string(context.nameOf(node)));
 }
 
 void addEllipse(tq::Point centre, tq::Size radii, PathBuilder& path) {

@@ -1,6 +1,7 @@
 #include "Svg/SvgStyleSheet.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace tqdoc {
 namespace {
@@ -89,41 +90,38 @@ std::vector<Declaration> parseDeclarations(std::string_view text) {
 }
 
 SvgStyleSheet::SvgStyleSheet(SvgContext& context) : context_(context) {
-  struct Sheet {
-    pugi::xml_node node;
-    std::size_t begin;
-  };
-  std::vector<Sheet> sheets;
+  std::vector<std::size_t> ends;  // an error in one sheet must not reach the next
   for (pugi::xml_node node = context.root(); node; node = context.following(node)) {
     if (context.nameOf(node) != "style") continue;
-    sheets.push_back({node, text_.size()});
     std::string content;
     for (const pugi::xml_node part : node.children()) content += part.value();
     text_ += withoutComments(content);
+    ends.push_back(text_.size());
   }
-  for (std::size_t i = 0; i < sheets.size(); ++i) {
-    const std::size_t end = i + 1 < sheets.size() ? sheets[i + 1].begin : text_.size();
-    parse(std::string_view(text_).substr(sheets[i].begin, end - sheets[i].begin), sheets[i].node);
+  std::size_t begin = 0;
+  for (const std::size_t end : ends) {
+    parse(std::string_view(text_).substr(begin, end - begin));
+    begin = end;
   }
 }
 
-void SvgStyleSheet::parse(std::string_view text, pugi::xml_node where) {
+void SvgStyleSheet::parse(std::string_view text) {
   while (!(text = trimmed(text)).empty()) {
     if (text.starts_with('@')) {
       Scanner scanner(text.substr(1));
-      context_.leaveOut("@" + std::string(scanner.takeName()), where);
+      context_.leaveOut("@" + std::string(scanner.takeName()));
       skipAtRule(text);
       continue;
     }
     std::string_view selectors = takeOuter(text, '{');
     blocks_.push_back(parseDeclarations(takeOuter(text, '}')));
     while (!selectors.empty()) {
-      addRule(trimmed(takeOuter(selectors, ',')), blocks_.size() - 1, where);
+      addRule(trimmed(takeOuter(selectors, ',')), blocks_.size() - 1);
     }
   }
 }
 
-void SvgStyleSheet::addRule(std::string_view text, std::size_t block, pugi::xml_node where) {
+void SvgStyleSheet::addRule(std::string_view text, std::size_t block) {
   Rule rule{{}, 0, block};
   std::string key = "*";
   Scanner scanner(text);
@@ -149,7 +147,7 @@ void SvgStyleSheet::addRule(std::string_view text, std::size_t block, pugi::xml_
       key = "#" + std::string(name);
     }
   }
-  if (!understood) return context_.leaveOut("selector " + std::string(text), where);
+  if (!understood) return context_.leaveOut("selector " + std::string(text));
   index_[key].push_back(rules_.size());
   rules_.push_back(std::move(rule));
 }
@@ -186,7 +184,9 @@ std::vector<const SvgStyleSheet::Rule*> SvgStyleSheet::rulesFor(pugi::xml_node n
   return rules;
 }
 
-Style SvgStyleSheet::styleOf(pugi::xml_node node, const Style& parent, Viewport viewport) {
+template <class LeaveOut>
+Style SvgStyleSheet::cascade(pugi::xml_node node, const Style& parent, Viewport viewport,
+                             const LeaveOut& leaveOut) {
   std::vector<Declaration> declarations;  // the later one wins
   for (const pugi::xml_attribute attribute : node.attributes()) {
     if (isProperty(attribute.name())) {
@@ -211,12 +211,29 @@ Style SvgStyleSheet::styleOf(pugi::xml_node node, const Style& parent, Viewport 
       case Understood::yes:
         break;
       case Understood::notTheProperty:
-        context_.leaveOut(one.name, node);
+        leaveOut(std::string(one.name));
         break;
       case Understood::notTheValue:
-        context_.leaveOut(std::string(one.name) + ": " + std::string(one.value), node);
+        leaveOut(std::string(one.name) + ": " + std::string(one.value));
         break;
     }
+  }
+  return style;
+}
+
+Style SvgStyleSheet::styleOf(pugi::xml_node node, const Style& parent, Viewport viewport) {
+  return cascade(node, parent, viewport,
+                 [this](const std::string& feature) { context_.leaveOut(feature); });
+}
+
+Style SvgStyleSheet::styleAround(pugi::xml_node node, Viewport viewport) {
+  std::vector<pugi::xml_node> ancestors;
+  for (auto each = node.parent(); each.type() == pugi::node_element; each = each.parent()) {
+    ancestors.push_back(each);
+  }
+  Style style;
+  for (const pugi::xml_node each : std::views::reverse(ancestors)) {
+    style = cascade(each, style, viewport, [](const std::string&) {});  // counted where it is drawn
   }
   return style;
 }

@@ -38,6 +38,9 @@ class SvgStyleSheet {
   /// order.
   [[nodiscard]] Style styleOf(pugi::xml_node node, const Style& parent, Viewport viewport);
 
+  /// Returns the style of the parent of an element that is drawn elsewhere, such as a clip path.
+  [[nodiscard]] Style styleAround(pugi::xml_node node, Viewport viewport);
+
  private:
   struct Selector {
     std::string_view element;  ///< empty for any
@@ -50,8 +53,11 @@ class SvgStyleSheet {
     std::size_t block = 0;
   };
 
-  void parse(std::string_view text, pugi::xml_node where);
-  void addRule(std::string_view selector, std::size_t block, pugi::xml_node where);
+  template <class LeaveOut>
+  [[nodiscard]] Style cascade(pugi::xml_node node, const Style& parent, Viewport viewport,
+                              const LeaveOut& leaveOut);
+  void parse(std::string_view text);
+  void addRule(std::string_view selector, std::size_t block);
   [[nodiscard]] bool matches(const Selector& selector, pugi::xml_node node) const;
   [[nodiscard]] std::vector<const Rule*> rulesFor(pugi::xml_node node) const;
 

@@ -1,0 +1,29 @@
+#include "Model/Features.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace tqdoc {
+
+std::string printable(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
+  }
+  return result;
+}
+
+std::string summary(const Features& features) {
+  std::vector<std::pair<std::string, std::size_t>> counts(features.begin(), features.end());
+  std::ranges::stable_sort(counts, std::ranges::greater(), [](const auto& c) { return c.second; });
+  std::string text;
+  for (const auto& [name, count] : counts) {
+    if (!text.empty()) text += ", ";
+    text += printable(name) + " " + std::to_string(count);
+  }
+  return text.empty() ? "none" : text;
+}
+
+}  // namespace tqdoc

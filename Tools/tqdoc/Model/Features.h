@@ -1,0 +1,22 @@
+#pragma once
+
+/// @file Features.h
+/// Features of a drawing that the model does not support.
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace tqdoc {
+
+/// How often a reader ignored each feature. The names come from the drawing.
+using Features = std::map<std::string, std::size_t, std::less<>>;
+
+/// Returns text that is safe to print: control characters become "?".
+[[nodiscard]] std::string printable(std::string_view text);
+
+/// Formats counts as "filter 2, <text> 1", the most frequent first; "none" if there are none.
+[[nodiscard]] std::string summary(const Features& features);
+
+}  // namespace tqdoc
