@@ -16,8 +16,11 @@
 namespace tqdoc {
 namespace {
 
+/// Rounds up, except for what a multiplication may add to a whole number.
 [[nodiscard]] int side(double pixels) {
-  return static_cast<int>(std::lround(std::clamp(pixels, 1.0, double{Canvas::kSideLimit})));
+  constexpr double kRounding = 1e-6;
+  return static_cast<int>(
+      std::ceil(std::clamp(pixels - kRounding, 1.0, double{Canvas::kSideLimit})));
 }
 
 }  // namespace
@@ -35,6 +38,10 @@ Canvas::Canvas(int width, int height)
 }
 
 Canvas::~Canvas() = default;
+
+int Canvas::width() const { return cairo_image_surface_get_width(surface_.get()); }
+
+int Canvas::height() const { return cairo_image_surface_get_height(surface_.get()); }
 
 void Canvas::fill(const tq::Rect& rect, const Color& color) {
   cairo_t* const cr = context_.get();
@@ -89,15 +96,19 @@ bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const 
   return saveFile(path, png, error);
 }
 
+Canvas rendered(const Document& document, double scale, const Overlay& overlay) {
+  const tq::Size page = document.page().size;
+  scale = std::min(scale, Canvas::kSideLimit / std::max({page.width, page.height, 1.0}));
+  const tq::Size size{page.width * scale, page.height * scale};
+  Canvas canvas(side(size.width), side(size.height));
+  canvas.draw(document, {{0, 0}, size}, overlay);
+  return canvas;
+}
+
 bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
                tq::Ref<tq::Error>* error) {
-  const tq::Size page = document.page().size;
-  const double scale = width > 0 ? width / page.width : 1;
-  const int across = side(page.width * scale);
-  const int down = side(page.height * scale);
-  Canvas canvas(across, down);
-  canvas.draw(document, {0, 0, double(across), double(down)}, overlay);
-  return canvas.writePNG(path, error);
+  const double scale = width > 0 ? width / document.page().size.width : 1;
+  return rendered(document, scale, overlay).writePNG(path, error);
 }
 
 }  // namespace tqdoc

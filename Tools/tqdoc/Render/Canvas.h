@@ -45,12 +45,16 @@ class Canvas {
   Canvas(Canvas&&) noexcept = default;
   Canvas& operator=(Canvas&&) noexcept = default;
 
+  [[nodiscard]] int width() const;
+  [[nodiscard]] int height() const;
+
   void fill(const tq::Rect& rect, const Color& color);
 
   /// Draws the page of `document` into `rect`: centred, as large as possible.
   void draw(const Document& document, const tq::Rect& rect, const Overlay& overlay = {});
 
-  /// Returns the rows from the top; each pixel is blue, green, red and alpha, premultiplied.
+  /// Returns the rows from the top, without gaps; each pixel is blue, green, red and alpha,
+  /// premultiplied.
   [[nodiscard]] std::span<const std::uint32_t> pixels() const;
 
   /// Writes a PNG file as saveFile() does.
@@ -64,6 +68,10 @@ class Canvas {
   std::unique_ptr<_cairo_surface, Release> surface_;
   std::unique_ptr<_cairo, Release> context_;
 };
+
+/// Renders the page with `scale` pixels for each of its own, or fewer if a side would exceed
+/// Canvas::kSideLimit. A fraction of a pixel at the right and at the bottom takes a whole one.
+[[nodiscard]] Canvas rendered(const Document& document, double scale, const Overlay& overlay = {});
 
 /// Renders the page to a PNG file.
 /// @param width  in pixels, at most Canvas::kSideLimit; 0 for the page's own size
