@@ -1,0 +1,51 @@
+#include "Compare/Comparison.h"
+
+#include <algorithm>
+
+#include "Files/Drawing.h"
+
+namespace tqdoc {
+namespace {
+
+[[nodiscard]] std::optional<Image> drawnByReference(const std::string& file, int side) {
+  constexpr double kSeconds = 120;
+  const std::string pixels = std::to_string(side);
+  tq::ExternalTool tool;
+  tool.program = "rsvg-convert";
+  tool.arguments = {"--width", pixels, "--height", pixels, "--keep-aspect-ratio", file};
+  tool.timeoutSeconds = kSeconds;
+  const auto result = tq::runExternalTool(tool);
+  if (!result || result->exitStatus != 0) return std::nullopt;
+  return decodedImage(*result->output);
+}
+
+}  // namespace
+
+Pictures drawBoth(const std::string& file, int side) {
+  Pictures pictures;
+  pictures.theirs = drawnByReference(file, side);
+  if (!pictures.theirs) pictures.explanation = "rsvg-convert fails";
+  tq::Ref<tq::Error> error;
+  const SvgDrawing drawing = openDrawing(file, &error);
+  if (!drawing.document) {
+    pictures.explanation = error->localizedDescription();
+    return pictures;
+  }
+  const tq::Size page = drawing.document->page().size;
+  pictures.ours =
+      Image(rendered(*drawing.document, std::min(side / page.width, side / page.height)));
+  if (!drawing.leftOut.empty()) pictures.explanation = summary(drawing.leftOut);
+  return pictures;
+}
+
+Comparison compare(const Pictures& pictures) {
+  Comparison comparison{255, pictures.explanation};
+  if (pictures.theirs && pictures.ours) {
+    comparison.difference = differenceOf(*pictures.theirs, *pictures.ours);
+  } else if (!pictures.theirs && !pictures.ours) {
+    comparison.difference = 0;  // neither draws it
+  }
+  return comparison;
+}
+
+}  // namespace tqdoc
