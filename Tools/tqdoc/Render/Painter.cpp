@@ -1,6 +1,8 @@
 #include "Render/Painter.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numeric>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -18,16 +20,45 @@ namespace {
   return text != nullptr ? text->view() : std::string_view();
 }
 
+constexpr double kTolerance = 0.1;  // of curves, in pixels
+
 /// A negative dash length, or only zeros, puts cairo into an error state.
 [[nodiscard]] bool isDashing(const std::vector<double>& lengths) {
   return std::ranges::all_of(lengths, [](double length) { return length >= 0; }) &&
          std::ranges::any_of(lengths, [](double length) { return length > 0; });
 }
 
-void setPen(cairo_t* cr, const tq::Dictionary& style) {
+/// Returns the length of the lines between a path's points, which is at least that of its curves.
+[[nodiscard]] double longestLength(const PathData& path) {
+  double length = 0;
+  tq::Point before;
+  path.forEach([&](char step, const tq::Point* points) {
+    for (int i = 0; i < PathData::pointsOf(step); ++i) {
+      if (step != 'M') length += std::hypot(points[i].x - before.x, points[i].y - before.y);
+      before = points[i];
+    }
+  });
+  return length;
+}
+
+/// Returns the largest factor by which a transform lengthens a vector.
+[[nodiscard]] double largestScale(const tq::AffineTransform& t) {
+  return (std::hypot(t.a + t.d, t.b - t.c) + std::hypot(t.a - t.d, t.b + t.c)) / 2;
+}
+
+/// Sets the pen. Its cost is bounded, also for a hostile transform: cairo makes a point for each
+/// deviation of a round join from a polygon, and a piece for each dash. A stroke wider than any
+/// picture gets coarser joins, and one of too many dashes is solid.
+void setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transform) {
+  constexpr double kToleranceOfWidth = 2e-5;
+  constexpr double kMostDashes = 1e6;
+  const tq::Dictionary& style = shape.style();
+  const double width = numberIn(style, "strokeWidth", 1);
+  cairo_set_tolerance(
+      cr, std::max(kTolerance, kToleranceOfWidth * std::abs(width) * largestScale(transform)));
   const std::string_view cap = textIn(style, "lineCap");
   const std::string_view join = textIn(style, "lineJoin");
-  cairo_set_line_width(cr, numberIn(style, "strokeWidth", 1));
+  cairo_set_line_width(cr, width);
   cairo_set_miter_limit(cr, numberIn(style, "miterLimit", 4));
   cairo_set_line_cap(cr, cap == "round"    ? CAIRO_LINE_CAP_ROUND
                          : cap == "square" ? CAIRO_LINE_CAP_SQUARE
@@ -37,7 +68,9 @@ void setPen(cairo_t* cr, const tq::Dictionary& style) {
                                             : CAIRO_LINE_JOIN_MITER);
   const auto* dashes = tq::objectCast<tq::Array>(style.objectForKey("dashes"));
   const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
-  if (lengths && isDashing(*lengths)) {
+  const bool isDashed = lengths && isDashing(*lengths);
+  const double period = isDashed ? std::accumulate(lengths->begin(), lengths->end(), 0.0) : 0;
+  if (isDashed && longestLength(shape.path()) < kMostDashes * period) {
     cairo_set_dash(cr, lengths->data(), static_cast<int>(lengths->size()),
                    numberIn(style, "dashOffset", 0));
   } else {
@@ -123,8 +156,9 @@ void Painter::paintShape(const Shape& shape, const tq::AffineTransform& transfor
     cairo_fill_preserve(cr_);
   }
   if (setSource(cr_, style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1))) {
-    setPen(cr_, style);
+    setPen(cr_, shape, transform);
     cairo_stroke(cr_);
+    cairo_set_tolerance(cr_, kTolerance);
   }
   cairo_new_path(cr_);  // cairo_restore() keeps the current path
 }
