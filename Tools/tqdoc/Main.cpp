@@ -1,6 +1,7 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <string_view>
 
 #include "Commands/Command.h"
 #include "Commands/Help.h"
@@ -13,6 +14,7 @@ constexpr const char* kFooter = R"(examples:
   tqdoc import drawing.svg -o drawing.tqdoc
   tqdoc show drawing.tqdoc
   tqdoc render drawing.tqdoc -o drawing.png --width 512 --bounds
+  tqdoc render - -o - < drawing.svg > drawing.png
   tqdoc hit drawing.tqdoc 24 24 --png hit.png --width 512
   tqdoc diff old.svg new.svg
   tqdoc check --draw /usr/share/icons
@@ -60,6 +62,9 @@ Outcome run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     tq::UserDefaults::setApplicationDomain("tqdoc");  // independent of the name of the program
+    // Errors give the reason. The log would repeat it, with a line for each character of a text
+    // that is no archive.
+    tq::setPlainLogSink([](std::string_view) {});
     tqdoc::registerModel();
     return static_cast<int>(tqdoc::run(argc, argv));
   } catch (const std::exception& fault) {

@@ -24,6 +24,7 @@ struct Options {
   std::vector<std::string> files;
   bool draw = false;
   bool verbose = false;
+  bool asJSON = false;
 };
 
 /// The totals of a run.
@@ -111,7 +112,7 @@ void report(const std::string& file, const RoundTrip& one, bool verbose, Progres
   if (!one.failure.empty()) reportError(one.failure);
   for (const auto& difference : one.differences) reportError(file + ": " + difference);
   if (showsUnsupported) {
-    std::cout << printable(file) << ": unsupported: " << summary(one.leftOut) << '\n';
+    reportUnsupported(file, one.leftOut);
   }
 }
 
@@ -139,7 +140,7 @@ void report(const std::string& file, const RoundTrip& one, bool verbose, Progres
   return total;
 }
 
-void print(const Total& total, const FileList& list, double seconds) {
+void printText(const Total& total, const FileList& list, double seconds) {
   std::cout << "drawings     " << grouped(total.drawings);
   if (list.repeated > 0) {
     std::cout << " (and " << grouped(list.repeated) << " duplicate names)";
@@ -152,13 +153,30 @@ void print(const Total& total, const FileList& list, double seconds) {
             << (total.differences == 0 ? "none" : grouped(total.differences)) << '\n';
 }
 
+void printRecord(const Total& total, const FileList& list, double seconds) {
+  const auto record = tq::MutableDictionary::dictionary();
+  const auto set = [&](std::string_view name, std::size_t count) {
+    record->setObject(jsonNumber(static_cast<double>(count)), name);
+  };
+  set("drawings", total.drawings);
+  set("duplicates", list.repeated);
+  set("shapes", total.shapes);
+  set("archiveBytes", total.bytes);
+  record->setObject(jsonNumber(seconds), "seconds");
+  record->setObject(jsonCounts(total.leftOut), "unsupported");
+  set("errors", total.failures);
+  set("differences", total.differences);
+  printJSON(*record);
+}
+
 Outcome check(const Options& options) {
   const auto start = std::chrono::steady_clock::now();
   const FileList list = listFiles(options.files);
   if (list.files.empty()) return reportError("no drawings found");
   const Total total = checkInBatches(list.files, options);
-  print(total, list,
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+  const double seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  options.asJSON ? printRecord(total, list, seconds) : printText(total, list, seconds);
   return total.failures != 0      ? Outcome::error
          : total.differences != 0 ? Outcome::different
                                   : Outcome::success;
@@ -170,10 +188,12 @@ void addCheckCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
   CLI::App* command =
       app.add_subcommand("check", "save, reopen and save drawings again; compare the results");
-  command->add_option("files", options->files, ".svg and .tqdoc files, or directories")->required();
+  command->add_option("files", options->files, ".svg, .svgz and .tqdoc files, or directories")
+      ->required();
   command->add_flag("--draw", options->draw, "also render both drawings and compare every pixel");
   command->add_flag("-v,--verbose", options->verbose,
                     "print the unsupported features of each drawing");
+  command->add_flag("--json", options->asJSON, "print the totals as a JSON object");
   addExamples(*command,
               {"tqdoc check drawing.svg archive.tqdoc", "tqdoc check --draw /usr/share/icons"});
   command->callback([options, &outcome] { outcome = check(*options); });

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include "Preferences/Preferences.h"
 #include "Render/Canvas.h"
@@ -17,8 +19,48 @@ Outcome reportError(std::string_view message) {
 
 SvgDrawing openNamedDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
   SvgDrawing drawing = openDrawing(path, error);
-  if (drawing.document) rememberDrawing(path);
+  if (drawing.document && path != kStandardStream) rememberDrawing(path);
   return drawing;
+}
+
+void reportUnsupported(const std::string& path, const Features& leftOut) {
+  if (!leftOut.empty()) reportError(path + ": unsupported: " + summary(leftOut));
+}
+
+bool isOneOf(const std::string& picture, std::span<const std::string> drawings) {
+  const bool found = std::ranges::any_of(drawings, [&](const std::string& drawing) {
+    std::error_code ignored;  // of names without a file
+    return std::filesystem::equivalent(picture, drawing, ignored);
+  });
+  if (found) reportError(picture + ": is the drawing; not replaced by a picture of it");
+  return found;
+}
+
+void printJSON(const tq::Object& value) {
+  std::cout << tq::TQJSONEncoder::encodeObjectAsData(value)->view() << '\n';
+}
+
+tq::Ref<tq::Object> jsonText(std::string_view text) {
+  return tq::String::stringWithUTF8Repaired(text);
+}
+
+tq::Ref<tq::Object> jsonNumber(double number) {
+  return tq::Number::numberWith(tq::NumberValue(number));
+}
+
+tq::Ref<tq::Object> jsonRect(const tq::Rect& rect) {
+  if (tq::RectIsNull(rect)) return tq::Null::null();
+  const double numbers[] = {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height};
+  return tq::Array::arrayWithNumbers(std::span<const double>(numbers));
+}
+
+tq::Ref<tq::Object> jsonCounts(const Features& counts) {
+  auto object = tq::MutableDictionary::dictionary();
+  for (const auto& [name, count] : counts) {
+    object->setObject(tq::Number::numberWith(tq::NumberValue(count)),
+                      tq::String::stringWithUTF8Repaired(name));
+  }
+  return object;
 }
 
 int preferredWidth() {
@@ -43,6 +85,10 @@ std::string grouped(std::size_t number) {
   std::string text = std::to_string(number);
   for (std::size_t at = text.size(); at > 3;) text.insert(at -= 3, 1, ',');
   return text;
+}
+
+std::string counted(std::size_t number, std::string_view noun) {
+  return grouped(number) + ' ' + std::string(noun) + (number == 1 ? "" : "s");
 }
 
 }  // namespace tqdoc

@@ -5,6 +5,7 @@
 /// line; the command sets `outcome` when it has run.
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,21 @@ void addOptionsCommand(CLI::App& app, Outcome& outcome);
 /// Opens a drawing as openDrawing() does, and adds it to the recent drawings.
 [[nodiscard]] SvgDrawing openNamedDrawing(const std::string& path, tq::Ref<tq::Error>* error);
 
+/// Prints the features of a drawing that were ignored, if any, on standard error.
+void reportUnsupported(const std::string& path, const Features& leftOut);
+
+/// Reports an error if a picture would replace one of the drawings that it is made from.
+[[nodiscard]] bool isOneOf(const std::string& picture, std::span<const std::string> drawings);
+
+/// Prints a value as JSON, on one line.
+void printJSON(const tq::Object& value);
+
+/// Values for printJSON(). Invalid UTF-8 is replaced.
+[[nodiscard]] tq::Ref<tq::Object> jsonText(std::string_view text);
+[[nodiscard]] tq::Ref<tq::Object> jsonNumber(double number);
+[[nodiscard]] tq::Ref<tq::Object> jsonRect(const tq::Rect& rect);  ///< null for the null rect
+[[nodiscard]] tq::Ref<tq::Object> jsonCounts(const Features& counts);
+
 /// Returns the default width of pictures in pixels; 0 for the drawing's own size.
 [[nodiscard]] int preferredWidth();
 
@@ -48,7 +64,7 @@ Outcome reportError(std::string_view message);
 /// Formats 1234567 as "1,234,567".
 [[nodiscard]] std::string grouped(std::size_t number);
 
-/// Formats counts as "filter 2, <text> 1", the most frequent first; "none" if there are none.
-[[nodiscard]] std::string summary(const Features& leftOut);
+/// Formats "1 shape" and "1,234 shapes".
+[[nodiscard]] std::string counted(std::size_t number, std::string_view noun);
 
 }  // namespace tqdoc

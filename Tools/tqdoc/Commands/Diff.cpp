@@ -78,32 +78,23 @@ void printText(const std::vector<Difference>& differences) {
   }
 }
 
-[[nodiscard]] tq::Ref<tq::Object> text(const std::string& value) {
-  return tq::String::stringWithUTF8Repaired(value);
-}
-
-void printJSON(const std::vector<Difference>& differences) {
+void printRecords(const std::vector<Difference>& differences) {
   std::vector<tq::Ref<tq::Object>> records;
   for (const Difference& difference : differences) {
     const auto record = tq::MutableDictionary::dictionary();
     record->setObject(tq::String::of(lookOf(difference.kind).word), "kind");
-    record->setObject(text(difference.path), "path");
-    record->setObject(text(difference.what), "what");
+    record->setObject(jsonText(difference.path), "path");
+    record->setObject(jsonText(difference.what), "what");
     if (difference.kind == Difference::Kind::changed) {
-      record->setObject(text(difference.oldValue), "old");
-      record->setObject(text(difference.newValue), "new");
+      record->setObject(jsonText(difference.oldValue), "old");
+      record->setObject(jsonText(difference.newValue), "new");
     }
     if (difference.kind == Difference::Kind::moved) {
-      record->setObject(text(difference.oldPath), "from");
+      record->setObject(jsonText(difference.oldPath), "from");
     }
     records.push_back(record);
   }
-  const auto json =
-      tq::TQJSONEncoder::encodeObjectAsData(tq::Array::arrayWithObjects(std::move(records)));
-  const auto bytes = json->bytes();
-  std::cout.write(reinterpret_cast<const char*>(bytes.data()),
-                  static_cast<std::streamsize>(bytes.size()))
-      << '\n';
+  printJSON(*tq::Array::arrayWithObjects(std::move(records)));
 }
 
 /// Adds a mark for each shape and picture of a node, which may be null.
@@ -136,13 +127,19 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
 /// As openNamedDrawing(). /dev/null is an empty drawing, because version control uses it for a file
 /// that does not exist.
 [[nodiscard]] tq::Ref<Document> open(const std::string& path, tq::Ref<tq::Error>* error) {
-  if (path != "/dev/null") return openNamedDrawing(path, error).document;
+  if (path != "/dev/null") {
+    SvgDrawing drawing = openNamedDrawing(path, error);
+    reportUnsupported(path, drawing.leftOut);
+    return std::move(drawing.document);
+  }
   return tq::makeRef<Document>(nullptr, Document::Page{{}, {}, tq::String::of("")},
                                tq::makeRef<Group>(Node::Traits(), tq::Array::array()),
                                tq::Dictionary::dictionary());
 }
 
 Outcome diff(const Options& options) {
+  const std::string drawings[] = {options.oldDrawing, options.newDrawing};
+  if (isOneOf(options.picture, drawings)) return Outcome::error;
   tq::Ref<tq::Error> error;
   const tq::Ref<Document> oldDrawing = open(options.oldDrawing, &error);
   if (!oldDrawing) return reportError(error->localizedDescription());
@@ -150,7 +147,7 @@ Outcome diff(const Options& options) {
   if (!newDrawing) return reportError(error->localizedDescription());
   const std::vector<Difference> differences = differencesOf(*oldDrawing, *newDrawing);
   if (options.asJSON) {
-    printJSON(differences);
+    printRecords(differences);
   } else {
     printText(differences);
   }

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Commands/Command.h"
@@ -16,25 +17,44 @@ struct Options {
   std::string drawing;
   std::vector<double> area;
   std::string picture;
+  bool asJSON = false;
   int width = 0;
 };
+
+void printText(const std::vector<const PlacedNode*>& hits) {
+  for (const PlacedNode* hit : hits) {
+    std::cout << printable(hit->place) << "  " << shortText(outlineBounds(*hit)) << '\n';
+  }
+  if (hits.empty()) std::cout << "nothing\n";
+}
+
+void printRecords(const std::vector<const PlacedNode*>& hits) {
+  std::vector<tq::Ref<tq::Object>> records;
+  for (const PlacedNode* hit : hits) {
+    const auto record = tq::MutableDictionary::dictionary();
+    record->setObject(jsonText(hit->place), "path");
+    record->setObject(jsonRect(outlineBounds(*hit)), "bounds");
+    records.push_back(record);
+  }
+  printJSON(*tq::Array::arrayWithObjects(std::move(records)));
+}
 
 Outcome hit(const Options& options) {
   tq::Rect area{options.area[0], options.area[1], 0, 0};
   if (options.area.size() == 4) area.size = {options.area[2], options.area[3]};
   if (options.area.size() == 3) return reportError("a rect needs a width and a height");
+  if (isOneOf(options.picture, {&options.drawing, 1})) return Outcome::error;
   tq::Ref<tq::Error> error;
-  const tq::Ref<Document> document = openNamedDrawing(options.drawing, &error).document;
+  const auto [document, leftOut] = openNamedDrawing(options.drawing, &error);
   if (!document) return reportError(error->localizedDescription());
+  reportUnsupported(options.drawing, leftOut);
 
   const HitIndex index(*document);
   Overlay overlay;
   overlay.area = area;
-  for (const PlacedNode* placed : index.hits(area)) {
-    overlay.marks.push_back({placed->node, {1, 0.5, 0}});
-    std::cout << printable(placed->place) << "  " << shortText(outlineBounds(*placed)) << '\n';
-  }
-  if (overlay.marks.empty()) std::cout << "nothing\n";
+  const auto hits = index.hits(area);
+  for (const PlacedNode* placed : hits) overlay.marks.push_back({placed->node, {1, 0.5, 0}});
+  options.asJSON ? printRecords(hits) : printText(hits);
   if (options.picture.empty()) return Outcome::success;
   if (!renderPNG(*document, options.width, overlay, options.picture, &error)) {
     return reportError(error->localizedDescription());
@@ -60,6 +80,7 @@ void addHitCommand(CLI::App& app, Outcome& outcome) {
       ->add_option("--png", options->picture,
                    "write a PNG file of the drawing with the hits marked")
       ->option_text("FILE");
+  command->add_flag("--json", options->asJSON, "print a JSON array of records");
   const CLI::Option* width =
       addNumber(*command, "--width", options->width,
                 "width in pixels; 0 for the drawing's own size", 0, Canvas::kSideLimit);

@@ -18,8 +18,10 @@ struct Options {
 
 Outcome import(const Options& options) {
   std::string output = options.output;
+  if (output.empty() && options.drawing == kStandardStream) output = kStandardStream;
   if (output.empty()) output = std::filesystem::path(options.drawing).replace_extension("tqdoc");
-  if (!isArchive(output))
+  const bool isStream = output == kStandardStream;
+  if (!isStream && !isArchive(output))
     return reportError(output + ": the name of an archive must end in .tqdoc");
   tq::Ref<tq::Error> error;
   const SvgDrawing drawing = openNamedDrawing(options.drawing, &error);
@@ -27,9 +29,10 @@ Outcome import(const Options& options) {
   if (!drawing.document || !saveArchive(*drawing.document, output, packing, &error)) {
     return reportError(error->localizedDescription());
   }
-  std::cout << printable(output) << ": " << grouped(drawing.document->shapeCount()) << " shapes, "
-            << grouped(std::filesystem::file_size(output)) << " bytes\n";
-  if (!drawing.leftOut.empty()) std::cout << "unsupported: " << summary(drawing.leftOut) << '\n';
+  reportUnsupported(options.drawing, drawing.leftOut);
+  if (isStream) return Outcome::success;
+  std::cout << printable(output) << ": " << counted(drawing.document->shapeCount(), "shape") << ", "
+            << counted(std::filesystem::file_size(output), "byte") << '\n';
   return Outcome::success;
 }
 

@@ -34,6 +34,7 @@ struct Options {
 Outcome sheet(const Options& options) {
   const std::vector<std::string> files = sampled(listFiles(options.files).files, options.count);
   if (files.empty()) return reportError("no drawings found");
+  if (isOneOf(options.output, files)) return Outcome::error;
   // A cell is a white card with the drawing on the left and its reopened archive on the right.
   constexpr int kGap = 8;
   const std::size_t columns = std::min(options.columns, files.size());
@@ -53,6 +54,7 @@ Outcome sheet(const Options& options) {
   canvas.fill({0, 0, width, height}, {0.85, 0.86, 0.88});
 
   Outcome outcome = Outcome::success;
+  Features leftOut;
   const auto worsen = [&](Outcome other) { outcome = std::max(outcome, other); };
   const auto progress = tq::makeRef<Progress>(files.size());
   for (std::size_t i = 0; i < files.size(); ++i) {
@@ -67,6 +69,7 @@ Outcome sheet(const Options& options) {
       worsen(reportError(one.failure));
       continue;
     }
+    for (const auto& [name, count] : one.leftOut) leftOut[name] += count;
     tq::Rect square{card.origin.x + kGap, card.origin.y + kGap, double(options.size),
                     double(options.size)};
     canvas.draw(*one.document, square);
@@ -81,8 +84,11 @@ Outcome sheet(const Options& options) {
   progress->wipe();
   tq::Ref<tq::Error> error;
   if (!canvas.writePNG(options.output, &error)) return reportError(error->localizedDescription());
-  std::cout << printable(options.output) << ": " << files.size()
-            << " drawings, each beside its reopened archive\n";
+  if (options.output != kStandardStream) {
+    std::cout << printable(options.output) << ": " << counted(files.size(), "drawing")
+              << ", each beside its reopened archive\n";
+  }
+  reportUnsupported(options.output, leftOut);
   return outcome;
 }
 
@@ -92,7 +98,8 @@ void addSheetCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
   CLI::App* command =
       app.add_subcommand("sheet", "render drawings beside their reopened archives to one PNG file");
-  command->add_option("files", options->files, ".svg and .tqdoc files, or directories")->required();
+  command->add_option("files", options->files, ".svg, .svgz and .tqdoc files, or directories")
+      ->required();
   command->add_option("-o,--output", options->output, "the PNG file")
       ->option_text("FILE")
       ->required();

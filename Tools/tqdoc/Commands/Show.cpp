@@ -1,6 +1,9 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Commands/Command.h"
 #include "Commands/Help.h"
@@ -16,14 +19,17 @@ namespace {
   return archive ? std::string(tq::sha1String_tq(*archive)->view().substr(0, kShown)) : "no digest";
 }
 
+[[nodiscard]] std::string_view kindOf(const Node& node) {
+  return tq::objectCast<Group>(&node) != nullptr   ? "group"
+         : tq::objectCast<Shape>(&node) != nullptr ? "shape"
+                                                   : "picture";
+}
+
 void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t depth) {
   const auto* group = tq::objectCast<Group>(&node);
   const auto* shape = tq::objectCast<Shape>(&node);
   const auto* picture = tq::objectCast<Picture>(&node);
-  std::cout << std::string(2 * depth, ' ')
-            << (group != nullptr   ? "group"
-                : shape != nullptr ? "shape"
-                                   : "picture");
+  std::cout << std::string(2 * depth, ' ') << kindOf(node);
   if (!node.name().empty()) std::cout << ' ' << printable(node.name());
   std::cout << "  " << shortText(tightBounds(node, parent));
   if (shape != nullptr) std::cout << "  " << shape->path().steps().size() << " steps";
@@ -43,36 +49,83 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   }
 }
 
-Outcome show(const std::string& path) {
-  tq::Ref<tq::Error> error;
-  const tq::Ref<Document> document = openNamedDrawing(path, &error).document;
-  if (!document) return reportError(error->localizedDescription());
-  std::cout << printable(path) << ": " << shortText(document->page().size.width) << " x "
-            << shortText(document->page().size.height) << " pixels, "
-            << grouped(document->shapeCount()) << " shapes";
-  if (!document->title().empty()) std::cout << ", \"" << printable(document->title()) << '"';
-  std::cout << '\n';
-  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(document, &error);
-  if (!archive) return reportError(error->localizedDescription());
-  std::cout << "archive: " << grouped(archive->length()) << " bytes, sha1 "
-            << tq::sha1String_tq(*archive)->view() << '\n';
-  for (const auto [name, count] : document->unsupported()) {
-    std::cout << "unsupported: " << printable(name.description()) << ' ' << count.description()
-              << '\n';
+/// As showNode() prints it. Bounds are those in the drawing.
+[[nodiscard]] tq::Ref<tq::Object> recordOf(const Node& node, const tq::AffineTransform& parent) {
+  auto record = tq::MutableDictionary::dictionary();
+  record->setObject(jsonText(kindOf(node)), "kind");
+  if (!node.name().empty()) record->setObject(jsonText(node.name()), "name");
+  record->setObject(jsonRect(tightBounds(node, parent)), "bounds");
+  if (node.traits().opacity != 1) record->setObject(jsonNumber(node.traits().opacity), "opacity");
+  const auto flag = tq::Number::numberWith(tq::NumberValue(true));
+  if (node.traits().clip) record->setObject(flag, "clipped");
+  if (node.traits().hidden) record->setObject(flag, "hidden");
+  const auto* group = tq::objectCast<Group>(&node);
+  if (group == nullptr) {
+    record->setObject(jsonText(digestOf(node)), "sha1");
+    return record;
   }
-  showNode(document->root(), {}, 0);
+  const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);
+  std::vector<tq::Ref<tq::Object>> children;
+  for (std::size_t i = 0; i < group->count(); ++i) {
+    children.push_back(recordOf(group->child(i), transform));
+  }
+  record->setObject(tq::Array::arrayWithObjects(std::move(children)), "children");
+  return record;
+}
+
+struct Options {
+  std::string drawing;
+  bool asJSON = false;
+};
+
+void printText(const Options& options, const SvgDrawing& drawing, const tq::Data& archive) {
+  const Document& document = *drawing.document;
+  std::cout << printable(options.drawing) << ": " << shortText(document.page().size.width) << " x "
+            << shortText(document.page().size.height) << " pixels, "
+            << counted(document.shapeCount(), "shape");
+  if (!document.title().empty()) std::cout << ", \"" << printable(document.title()) << '"';
+  std::cout << "\narchive: " << counted(archive.length(), "byte") << ", sha1 "
+            << tq::sha1String_tq(archive)->view() << '\n';
+  for (const auto& [name, count] : drawing.leftOut) {
+    std::cout << "unsupported: " << printable(name) << ' ' << count << '\n';
+  }
+  showNode(document.root(), {}, 0);
+}
+
+void printRecord(const SvgDrawing& drawing, const tq::Data& archive) {
+  const Document& document = *drawing.document;
+  const auto record = tq::MutableDictionary::dictionary();
+  record->setObject(jsonText(document.title()), "title");
+  record->setObject(jsonNumber(document.page().size.width), "width");
+  record->setObject(jsonNumber(document.page().size.height), "height");
+  record->setObject(jsonNumber(static_cast<double>(document.shapeCount())), "shapes");
+  record->setObject(jsonNumber(static_cast<double>(archive.length())), "archiveBytes");
+  record->setObject(tq::sha1String_tq(archive), "sha1");
+  record->setObject(jsonCounts(drawing.leftOut), "unsupported");
+  record->setObject(recordOf(document.root(), {}), "root");
+  printJSON(*record);
+}
+
+Outcome show(const Options& options) {
+  tq::Ref<tq::Error> error;
+  const SvgDrawing drawing = openNamedDrawing(options.drawing, &error);
+  if (!drawing.document) return reportError(error->localizedDescription());
+  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(drawing.document, &error);
+  if (!archive) return reportError(error->localizedDescription());
+  options.asJSON ? printRecord(drawing, *archive) : printText(options, drawing, *archive);
   return Outcome::success;
 }
 
 }  // namespace
 
 void addShowCommand(CLI::App& app, Outcome& outcome) {
-  auto path = std::make_shared<std::string>();
+  auto options = std::make_shared<Options>();
   CLI::App* command =
       app.add_subcommand("show", "print the tree with names, kinds and tight bounds");
-  command->add_option("drawing", *path, "a .tqdoc or .svg file")->required();
-  addExamples(*command, {"tqdoc show drawing.svg"});
-  command->callback([path, &outcome] { outcome = show(*path); });
+  command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
+  command->add_flag("--json", options->asJSON, "print a JSON object");
+  addExamples(*command, {"tqdoc show drawing.svg", "tqdoc show --json - < drawing.svg"});
+  command->callback([options, &outcome] { outcome = show(*options); });
 }
 
 }  // namespace tqdoc

@@ -1,18 +1,52 @@
 #include "Files/Drawing.h"
 
+#include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <new>
 #include <system_error>
 #include <utility>
+#include <vector>
+
+#include "Files/Gzip.h"
+#include "Svg/Scanner.h"
 
 namespace tqdoc {
 namespace {
 
+[[nodiscard]] tq::Ref<tq::Error> tooLarge(const std::string& path) {
+  return errorWith(path + ": larger than 256 MiB");
+}
+
+[[nodiscard]] tq::Ref<tq::Data> readStandardInput(tq::Ref<tq::Error>* error) {
+  std::vector<std::byte> bytes;
+  std::array<char, 1 << 16> block;
+  while (std::cin.read(block.data(), block.size()), std::cin.gcount() > 0) {
+    const auto more =
+        std::as_bytes(std::span(block)).first(static_cast<std::size_t>(std::cin.gcount()));
+    bytes.insert(bytes.end(), more.begin(), more.end());
+    if (bytes.size() > kFileLimit) {
+      tq::setOutError(error, tooLarge("standard input"));
+      return nullptr;
+    }
+  }
+  return tq::Data::dataWithBytes(bytes);
+}
+
 [[nodiscard]] tq::Ref<tq::Data> readFile(const std::string& path, tq::Ref<tq::Error>* error) {
-  std::error_code ignored;
-  if (std::filesystem::file_size(path, ignored) > kFileLimit && !ignored) {
-    tq::setOutError(error, errorWith(path + ": larger than 256 MiB"));
+  if (path == kStandardStream) return readStandardInput(error);
+  std::error_code fault;
+  const std::filesystem::file_status status = std::filesystem::status(path, fault);
+  if (status.type() == std::filesystem::file_type::directory)
+    fault.assign(EISDIR, std::generic_category());
+  if (fault) {
+    tq::setOutError(error, errorWith(path + ": " + fault.message()));
+    return nullptr;
+  }
+  if (std::filesystem::file_size(path, fault) > kFileLimit && !fault) {
+    tq::setOutError(error, tooLarge(path));
     return nullptr;
   }
   tq::Ref<tq::Error> reason;
@@ -40,20 +74,22 @@ namespace {
   return features;
 }
 
-/// Returns whether the path is a device or a pipe, which cannot be replaced.
+/// Returns whether the path is a device, a pipe or standard output, which cannot be replaced.
 [[nodiscard]] bool isStream(const std::string& path) {
   using enum std::filesystem::file_type;
   std::error_code ignored;
   const auto type = std::filesystem::status(path, ignored).type();
-  return type == character || type == fifo;
+  return path == kStandardStream || type == character || type == fifo;
 }
 
 }  // namespace
 
 SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
-  const auto bytes = readFile(path, error);
+  tq::Ref<const tq::Data> bytes = readFile(path, error);
+  if (bytes && tq::isGzipped_tq(*bytes)) bytes = archiveText(bytes, path, error);
   if (!bytes) return {};
-  if (isArchive(path)) {
+  const bool isText = path == kStandardStream && trimmed(bytes->view()).starts_with('{');
+  if (isArchive(path) || isText) {
     auto document = openArchive(*bytes, path, error);
     Features leftOut = document ? unsupportedIn(*document) : Features();
     return {std::move(document), std::move(leftOut)};
@@ -63,10 +99,12 @@ SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
 
 tq::Ref<const tq::Data> archiveText(tq::Ref<const tq::Data> bytes, const std::string& path,
                                     tq::Ref<tq::Error>* error) {
-  if (!isContainer(*bytes)) return bytes;
+  const bool isGzip = tq::isGzipped_tq(*bytes);
+  if (!isGzip && !isContainer(*bytes)) return bytes;
   tq::Ref<tq::Error> exceeded;
   tq::Ref<const tq::Data> text =
-      tq::dataByDecompressing_tq(*bytes, {.decompressedBytes = kFileLimit}, &exceeded);
+      isGzip ? contentOfGzip(*bytes, kFileLimit, &exceeded)
+             : tq::dataByDecompressing_tq(*bytes, {.decompressedBytes = kFileLimit}, &exceeded);
   if (!text) {
     tq::setOutError(error, errorWith(path + (exceeded ? ": decompresses to more than 256 MiB"
                                                       : ": damaged, cannot be decompressed")));
@@ -110,7 +148,9 @@ bool saveArchive(const Document& document, const std::string& path, Packing pack
 bool saveFile(const std::string& path, std::span<const std::byte> bytes,
               tq::Ref<tq::Error>* error) {
   if (isStream(path)) {
-    std::ofstream stream(path, std::ios::binary);
+    std::ofstream device;
+    if (path != kStandardStream) device.open(path, std::ios::binary);
+    std::ostream& stream = path == kStandardStream ? std::cout : device;
     stream.write(reinterpret_cast<const char*>(bytes.data()),
                  static_cast<std::streamsize>(bytes.size()));
     if (stream.flush()) return true;

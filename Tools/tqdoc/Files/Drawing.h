@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "Model/Document.h"
 #include "Svg/SvgReader.h"
@@ -15,8 +16,12 @@ namespace tqdoc {
 /// Larger files are an error.
 inline constexpr std::size_t kFileLimit = std::size_t{256} << 20;
 
-/// Opens an SVG file or, by its extension ".tqdoc", an archive. Errors name the file.
-/// @return a null document on failure
+/// The name of standard input and of standard output.
+inline constexpr std::string_view kStandardStream = "-";
+
+/// Opens an SVG file or, by its extension ".tqdoc", an archive. Either may be compressed with gzip.
+/// On standard input, an archive is recognised by its first character. Errors name the file.
+/// @return a null document on failure; for an archive, what was left out when it was imported
 [[nodiscard]] SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error);
 
 /// Reads the document from an archive's bytes, compressed or not. It is an error if only a part of
@@ -32,8 +37,8 @@ bool saveArchive(const Document& document, const std::string& path, Packing pack
                  tq::Ref<tq::Error>* error);
 
 /// Replaces the content of the file by `bytes`. They are written to a temporary file that then
-/// replaces the old one, so a failure leaves the old file intact. Devices and pipes are written
-/// directly.
+/// replaces the old one, so a failure leaves the old file intact. Devices, pipes and standard
+/// output are written directly.
 bool saveFile(const std::string& path, std::span<const std::byte> bytes, tq::Ref<tq::Error>* error);
 
 /// Returns the text of an archive: the bytes decompressed if they are a container, else as they

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
       const fs::path extension = entry->path().extension();
       if (entry->symlink_status(ignored).type() == fs::file_type::directory) {
         folders.push_back(entry->path());
-      } else if (extension == ".svg" || extension == ".tqdoc") {
+      } else if (extension == ".svg" || extension == ".svgz" || extension == ".tqdoc") {
         found.push_back(entry->path().string());
       }
     }

@@ -14,8 +14,9 @@ struct FileList {
   std::size_t repeated = 0;        ///< further names of listed files, such as links
 };
 
-/// Replaces each directory by the .svg and .tqdoc files in it, at any depth, sorted by name. Names
-/// without a file and directories that cannot be read are kept: opening them reports the error.
+/// Replaces each directory by the .svg, .svgz and .tqdoc files in it, at any depth, sorted by name.
+/// Names without a file and directories that cannot be read are kept: opening them reports the
+/// error.
 [[nodiscard]] FileList listFiles(const std::vector<std::string>& arguments);
 
 }  // namespace tqdoc

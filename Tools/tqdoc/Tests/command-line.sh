@@ -56,3 +56,49 @@ ended=0
 [ "$(cat "$work/picture.png")" = before ] || fail "an existing picture is damaged"
 ends 0 '' render "$data/face.svg" -o "$work/picture.png"
 "$tqdoc" render "$data/face.svg" -o /dev/stdout | cmp - "$work/picture.png" || fail "the output to a pipe differs"
+
+# Standard input and output; drawings compressed by another program; several drawings.
+gzip -c <"$data/paint.svg" >"$work/paint.svgz"
+cp "$data/paint.svg" "$work/named.svg"
+gzip "$work/named.svg"
+mkdir "$work/pictures"
+unsupported='unsupported: <text> 1'
+ends 0 '' render - -o - <"$data/face.svg"
+cmp "$work/out" "$work/picture.png" || fail "the picture from standard input differs"
+ends 0 '' import - <"$data/face.svg"
+"$tqdoc" diff - "$data/face.svg" <"$work/out" || fail "the archive on standard output differs"
+ends 1 "tqdoc: $work/paint.svgz: $unsupported\n" diff /dev/null "$work/paint.svgz"
+ends 0 "tqdoc: $work/paint.svgz: $unsupported\n" render "$work/paint.svgz" "$data/face.svg" -o "$work/pictures"
+cmp "$work/pictures/face.png" "$work/picture.png" || fail "the picture in a folder differs"
+ends 0 '' check --json "$work" "$work/named.svg.gz"
+grep -q '"drawings":2,.*"unsupported":{"<text>":2}' "$work/out" || fail "check --json: $(cat "$work/out")"
+ends 0 "tqdoc: $work/paint.svgz: $unsupported\n" hit --json "$work/paint.svgz" 16 16
+grep -q '^.{"path":"root.*"bounds":.' "$work/out" || fail "hit --json: $(cat "$work/out")"
+ends 0 '' show --json "$data/face.svg"
+grep -q '"shapes":7,.*"kind":"group","name":"face","bounds":\[22,32,56,28\],' "$work/out" || fail "show --json: $(cat "$work/out")"
+
+# Pictures that would replace drawings, or each other.
+mkdir "$work/other"
+cp "$data/face.svg" "$work/other"
+cp "$data/face.svg" "$work/own.svg"
+ends 2 "tqdoc: $work/./own.svg: is the drawing; not replaced by a picture of it\n" render "$work/own.svg" -o "$work/./own.svg"
+ends 2 "tqdoc: $work/pictures/face.png: would be the picture of two drawings\n" render "$data/face.svg" "$work/other/face.svg" -o "$work/pictures"
+cmp "$work/own.svg" "$data/face.svg" || fail "a drawing was replaced"
+
+# Names that cannot be read, and text that is no archive.
+ln -s gone "$work/dangling.svg"
+ln -s loop.svg "$work/loop.svg"
+echo 'hello world, this is no archive' >"$work/text.tqdoc"
+ends 2 "tqdoc: $work: Is a directory\n" show "$work"
+ends 2 "tqdoc: $work/dangling.svg: No such file or directory\n" show "$work/dangling.svg"
+ends 2 "tqdoc: $work/loop.svg: Too many levels of symbolic links\n" show "$work/loop.svg"
+ends 2 "tqdoc: $work/text.tqdoc: The data couldn’t be read because it isn’t in the correct format.\n" show "$work/text.tqdoc"
+
+# A pen that a transform makes larger than any picture, at 80,000 round joins.
+awk 'BEGIN {
+  printf "<svg><path transform=\"scale(1 1e6)\" stroke=\"red\" stroke-linejoin=\"round\" d=\"M9 0"
+  for (i = 0; i < 40000; ++i) printf "h9h-9"
+  print "\"/></svg>"
+}' >"$work/scaled.svg"
+(ulimit -v "$2"; ulimit -t 20; exec "$tqdoc" render "$work/scaled.svg" -o "$work/scaled.png") ||
+  fail "the stroke takes too much memory or time"

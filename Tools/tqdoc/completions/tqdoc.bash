@@ -46,18 +46,19 @@ _tqdoc() {
   case $command,$cur in
     import,-*) _tqdoc_words -h --help -o --output --gzip --no-gzip; return ;;
     render,-*) _tqdoc_words -h --help -o --output --width --bounds --controls --intersections; return ;;
-    hit,-*) _tqdoc_words -h --help --png --width; return ;;
+    show,-*) _tqdoc_words -h --help --json; return ;;
+    hit,-*) _tqdoc_words -h --help --json --png --width; return ;;
     sheet,-*) _tqdoc_words -h --help -o --output --count --columns --size; return ;;
     diff,-*) _tqdoc_words -h --help --json --png --size; return ;;
-    check,-*) _tqdoc_words -h --help --draw -v --verbose; return ;;
+    check,-*) _tqdoc_words -h --help --draw --json -v --verbose; return ;;
     recent,-*) _tqdoc_words -h --help --clear; return ;;
     options,-*) _tqdoc_words -h --help --reset; return ;;
     *,-*) _tqdoc_words -h --help; return ;;
   esac
   arguments=$(_tqdoc_arguments_before)
   case $command,$arguments in
-    import,0) _tqdoc_files svg ;;
-    show,0 | render,0 | hit,0 | diff,[01] | check,* | sheet,*) _tqdoc_files svg tqdoc ;;
+    import,0) _tqdoc_files svg svgz ;;
+    show,0 | hit,0 | diff,[01] | check,* | render,* | sheet,*) _tqdoc_files svg svgz tqdoc ;;
     options,0) _tqdoc_words colours gzip width recent ;;
     options,1)
       case $before in

@@ -19,7 +19,7 @@ complete -c tqdoc -n __fish_use_subcommand -l version -d 'print the version'
 
 complete -c tqdoc -n __fish_use_subcommand -a import -d 'import an SVG drawing into an archive'
 complete -c tqdoc -n __fish_use_subcommand -a show -d 'print the tree with names, kinds and tight bounds'
-complete -c tqdoc -n __fish_use_subcommand -a render -d 'render a drawing to a PNG file'
+complete -c tqdoc -n __fish_use_subcommand -a render -d 'render drawings to PNG files'
 complete -c tqdoc -n __fish_use_subcommand -a hit -d 'list what is at a point or in a rect, topmost first'
 complete -c tqdoc -n __fish_use_subcommand -a sheet -d 'render drawings beside their reopened archives to one PNG file'
 complete -c tqdoc -n __fish_use_subcommand -a diff -d 'compare two versions of a drawing'
@@ -27,8 +27,8 @@ complete -c tqdoc -n __fish_use_subcommand -a check -d 'save, reopen and save dr
 complete -c tqdoc -n __fish_use_subcommand -a recent -d 'list recently opened drawings, latest first'
 complete -c tqdoc -n __fish_use_subcommand -a options -d 'print or set the defaults of options'
 
-complete -c tqdoc -n '__tqdoc_is import' -a '(__tqdoc_files svg)'
-complete -c tqdoc -n '__tqdoc_is show render hit sheet diff check' -a '(__tqdoc_files svg tqdoc)'
+complete -c tqdoc -n '__tqdoc_is import' -a '(__tqdoc_files svg svgz)'
+complete -c tqdoc -n '__tqdoc_is show render hit sheet diff check' -a '(__tqdoc_files svg svgz tqdoc)'
 
 complete -c tqdoc -n '__tqdoc_is import' -s o -l output -x -a '(__tqdoc_files tqdoc)' -d 'the archive'
 complete -c tqdoc -n '__tqdoc_is import' -l gzip -d 'compress the archive with gzip'
@@ -42,7 +42,9 @@ complete -c tqdoc -n '__tqdoc_is render' -l intersections -d 'mark the intersect
 
 complete -c tqdoc -n '__tqdoc_is hit' -l png -x -a '(__tqdoc_files png)' -d 'write a PNG file of the drawing with the hits marked'
 complete -c tqdoc -n '__tqdoc_is diff' -l png -x -a '(__tqdoc_files png)' -d 'write a PNG file of both versions'
-complete -c tqdoc -n '__tqdoc_is diff' -l json -d 'print a JSON array of records'
+complete -c tqdoc -n '__tqdoc_is hit diff' -l json -d 'print a JSON array of records'
+complete -c tqdoc -n '__tqdoc_is show' -l json -d 'print a JSON object'
+complete -c tqdoc -n '__tqdoc_is check' -l json -d 'print the totals as a JSON object'
 complete -c tqdoc -n '__tqdoc_is diff sheet' -l size -x -d 'width of a drawing in pixels'
 
 complete -c tqdoc -n '__tqdoc_is sheet' -l count -x -d 'number of drawings'
