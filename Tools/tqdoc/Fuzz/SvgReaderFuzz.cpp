@@ -1,0 +1,164 @@
+// Reads and draws any drawing. What was read must be the same after archiving and reopening. An
+// input that begins with "<" is the drawing; the bytes of any other choose the elements, attributes
+// and values of a well-formed one.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <string>
+
+#include "Render/Canvas.h"
+#include "Svg/SvgReader.h"
+
+namespace {
+
+using namespace tqdoc;
+
+void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+constexpr const char* kElements[] = {
+    "g",     "path",    "rect", "circle",   "ellipse",        "line",           "polyline",
+    "use",   "symbol",  "svg",  "clipPath", "linearGradient", "radialGradient", "stop",
+    "image", "a",       "defs", "switch",   "polygon",        "style",          "text",
+    "title", "pattern", "mask"};
+constexpr const char* kAttributes[] = {"id",
+                                       "href",
+                                       "d",
+                                       "points",
+                                       "transform",
+                                       "style",
+                                       "class",
+                                       "clip-path",
+                                       "fill",
+                                       "stroke",
+                                       "stroke-width",
+                                       "opacity",
+                                       "viewBox",
+                                       "width",
+                                       "height",
+                                       "x",
+                                       "y",
+                                       "r",
+                                       "rx",
+                                       "cx",
+                                       "cy",
+                                       "offset",
+                                       "stop-color",
+                                       "fill-rule",
+                                       "clip-rule",
+                                       "display",
+                                       "visibility",
+                                       "stroke-linejoin",
+                                       "gradientUnits",
+                                       "overflow",
+                                       "x2",
+                                       "spreadMethod",
+                                       "clipPathUnits",
+                                       "stroke-dasharray",
+                                       "gradientTransform",
+                                       "fx"};
+constexpr const char* kValues[] = {"a",
+                                   "#a",
+                                   "b",
+                                   "#b",
+                                   "url(#a)",
+                                   "url(#b) red",
+                                   "1",
+                                   "0",
+                                   "-3.5",
+                                   "1e9",
+                                   "1e-9",
+                                   "50%",
+                                   "10 10",
+                                   "M0 0h9v9",
+                                   "m1 1c1 2 3 4 5 6s7 8 9 9z",
+                                   "M1 1a3 2 9 0 1 8 8t1 1q2 2 3 3",
+                                   "0 0 10 10",
+                                   "scale(3)",
+                                   "matrix(1 2 3 4 5 6)",
+                                   "rotate(9 9 9) skewX(80)",
+                                   "none",
+                                   "inherit",
+                                   "round",
+                                   "evenodd",
+                                   "userSpaceOnUse",
+                                   "objectBoundingBox",
+                                   "fill:red;opacity:.5",
+                                   "a b",
+                                   "hidden",
+                                   "5em",
+                                   "scale(1e7 0)",
+                                   "data:image/png;base64,iVBORw0KGgo="};
+
+/// Writes elements until the bytes or the depth end. Each byte is one choice.
+class Generator {
+ public:
+  explicit Generator(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+
+  [[nodiscard]] std::string drawing() {
+    std::string text = "<svg width='40' height='30'>";
+    while (!bytes_.empty()) addElement(text, 0);
+    return text + "</svg>";
+  }
+
+ private:
+  [[nodiscard]] std::size_t choose(std::size_t count) {
+    if (bytes_.empty()) return 0;
+    const std::size_t choice = bytes_.front() % count;
+    bytes_ = bytes_.subspan(1);
+    return choice;
+  }
+
+  void addElement(std::string& text, int depth) {
+    constexpr std::size_t kMostAttributes = 6, kMostChildren = 4;
+    constexpr int kDeepest = 20;
+    const std::string name = kElements[choose(std::size(kElements))];
+    text += '<' + name;
+    unsigned used[2] = {};  // XML allows each attribute once
+    for (std::size_t count = choose(kMostAttributes); count > 0; --count) {
+      const std::size_t attribute = choose(std::size(kAttributes));
+      unsigned& word = used[attribute / 32];
+      if ((word >> attribute % 32 & 1) != 0) continue;
+      word |= 1u << attribute % 32;
+      text += std::string(" ") + kAttributes[attribute] + "='" +
+              kValues[choose(std::size(kValues))] + '\'';
+    }
+    text += '>';
+    const std::size_t children = depth < kDeepest ? choose(kMostChildren) : 0;
+    for (std::size_t i = 0; i < children && !bytes_.empty(); ++i) addElement(text, depth + 1);
+    text += "</" + name + '>';
+  }
+
+  std::span<const std::uint8_t> bytes_;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  static const bool isReady = [] {
+    registerModel();
+    tq::setPlainLogSink([](std::string_view) {});
+    return true;
+  }();
+  static_cast<void>(isReady);
+  const std::span<const std::uint8_t> input(bytes, size);
+  const bool isText = size > 0 && bytes[0] == '<';
+  const std::string text =
+      isText ? std::string(input.begin(), input.end()) : Generator(input).drawing();
+  tq::Ref<tq::Error> error;
+  const SvgDrawing drawing = readSvg(std::as_bytes(std::span(text)), "a.svg", &error);
+  require((drawing.document == nullptr) == (error != nullptr));
+  if (!drawing.document) return 0;
+  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(drawing.document);
+  require(archive != nullptr);
+  const auto reopened =
+      tq::refCast<Document>(tq::TQJSONDecoder::decodeDataError(*archive, nullptr));
+  require(reopened != nullptr);
+  require(tq::TQJSONEncoder::encodeObjectAsData(reopened)->isEqual(*archive));
+  Canvas canvas(32, 24);
+  canvas.draw(*reopened, {0, 0, 32, 24});
+  return 0;
+}
