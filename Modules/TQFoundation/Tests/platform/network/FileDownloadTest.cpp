@@ -183,10 +183,10 @@ TEST_F(FileDownloadTest, ReleasesItsFunctionsAtItsEnd) {
   std::promise<void> released;
   auto own = std::make_shared<Ref<FileDownload>>();
   FileDownloadHandler handler;
-  const auto watch = [&] { released.set_value(); };
-  handler.didComplete = [own, last = makeRef<test::OnDestruction>(watch)](auto...) {};
+  const auto notify = [&] { released.set_value(); };
+  handler.didComplete = [own, last = makeRef<test::OnDestruction>(notify)](auto...) {};
   *own = FileDownload::downloadWithRequest(*session, {.url = URL::URLWithString(server.url("/"))},
-                                           *file, std::exchange(handler, {}));
+                                           *file, std::move(handler));
   (*own)->resume();
   own = nullptr;
   released.get_future().get();
