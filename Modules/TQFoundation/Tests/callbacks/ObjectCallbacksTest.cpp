@@ -326,7 +326,7 @@ const Callback archives[] = {
        const auto parsed = [&w] { return refCast<Array>(decoder(w).root()); };
        EXPECT_NE(decoder(w).decodeObject(w.keep(Ref<Object>(parsed()))), nullptr);
        EXPECT_NE(decoder(w).decodeArray(w.keep(parsed())), nullptr);
-       auto object = refCast<Dictionary>(share(*parsed()->firstObject()));
+       auto object = refCast<Dictionary>(share(parsed()->objectAtIndex(0)));
        EXPECT_NE(decoder(w).decodeDictionary(object, nullptr), nullptr);
        EXPECT_NE(decoder(w).decodeDictionary(w.keep(std::move(object))), nullptr);
      }},
