@@ -1,5 +1,6 @@
 #include <TQFoundation/comparison/EditSequence.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -68,9 +69,11 @@ void edit(MutableArray& array, const Edits& removed, const Edits& added) {
   // Holds the removed elements until the array is complete: their destructors may look at it.
   const Elements before(array.objects().begin(), array.objects().end());
   Elements after = edited(before, removed, added);
-  array.reserve(after.size());
-  array.removeAllObjects();
-  for (Ref<Object>& element : after) array.addObject(std::move(element));
+  array.reserve(after.size());  // from here on, nothing fails
+  const std::size_t kept = std::min(before.size(), after.size());
+  for (std::size_t i = 0; i < kept; ++i) array.replaceObjectAtIndex(i, std::move(after[i]));
+  for (std::size_t i = kept; i < after.size(); ++i) array.addObject(std::move(after[i]));
+  for (std::size_t i = before.size(); i > kept; --i) array.removeObjectAtIndex(i - 1);
 }
 
 }  // namespace

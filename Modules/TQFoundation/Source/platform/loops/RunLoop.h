@@ -44,7 +44,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   using Block = std::function<void()>;
 
   /// Returns the calling thread's loop, created on first use. To use it on other threads, retain it
-  /// with share().
+  /// with share(). A new loop needs a file descriptor; without one, GLib stops the process.
   [[nodiscard]] static RunLoop& current();
   /// Returns the loop of the main thread. Any thread.
   [[nodiscard]] static RunLoop& main();

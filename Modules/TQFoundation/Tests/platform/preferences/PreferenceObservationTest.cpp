@@ -89,6 +89,7 @@ TEST_F(PreferenceObservationTest, TheHandlerMayDropEverythingAlsoWithoutDescript
   });
   int calls = 0;
   Ref<UserDefaults> defaults = open();
+  static_cast<void>(RunLoop::current());  // needs a descriptor
   // Without a descriptor for it, the store is read once a second.
   test::allowDescriptors(0);
   Ref<PreferenceObservation> observation;
