@@ -103,7 +103,7 @@ TEST(Weak, ReadsNullAfterItsConstructorThrew) {
 
 /// Threads lock an object while another one releases it. Each result is the whole object or null.
 TEST(WeakStress, LocksAgainstTheLastRelease) {
-  constexpr int kRounds = 100'000, kLockers = 3;
+  constexpr int kRounds = 20'000, kLockers = 3;
   Ref<Watched> object;
   Weak<Watched> shared;
   std::atomic<int> round = 0;
