@@ -15,8 +15,9 @@
 namespace tq {
 
 /// The content of an archive that is missing from what was read: members that no constructor asked
-/// for, and objects that could not be made. Saving over the archive would lose it. TQJSONDecoder
-/// and KeyedUnarchiver fill it if they are told to.
+/// for, and objects that could not be made. Saving over the archive would lose it. Filled by
+/// TQJSONDecoder after setListsUnreadContent(true), and by KeyedUnarchiver::unarchiveRootObject()
+/// if that gets one.
 ///
 /// Equal content is one entry with a count. At most kMostEntries entries, with kMostBytes of names
 /// and paths, are listed. What exceeds that is only counted.

@@ -86,7 +86,7 @@ ValueNumbers::Number ValueNumbers::numberOfContainer(const Object& container) {
   Content content;
   forEachChild(container, [&](const Object& child) { content.push_back(numberInside(child)); });
   if (form == ContainerForm::dictionary) {
-    // The set of its entries. The last number of a content tells what it is the content of.
+    // A dictionary is the set of its entries. The last number of a content is its container's form.
     constexpr auto kEntry = static_cast<Number>(ContainerForm::none);
     for (std::size_t i = 0; i < content.size() / 2; ++i) {
       content[i] = numberOfContent({content[2 * i], content[2 * i + 1], kEntry});

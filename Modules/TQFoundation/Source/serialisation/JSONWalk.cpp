@@ -310,7 +310,7 @@ Ref<Object> JSONWalk::constructAndReport(Ref<Object> (*construct)(TQJSONDecoder&
   return object;
 }
 
-/// Reports the members of the current object that were not asked for, but for the reserved ones.
+/// Reports the members of the current object that no constructor asked for, except reserved ones.
 void JSONWalk::reportUnasked(std::string_view className, const Asked& asked) {
   if (asked.isAll) return;
   const auto* frame = std::get_if<TextFrame>(&frames_.back());

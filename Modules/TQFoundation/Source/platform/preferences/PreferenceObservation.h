@@ -15,19 +15,18 @@ namespace tq {
 /// Calls a handler after preferences have changed, until it is released or invalidated. Made by
 /// UserDefaults::observeChanges().
 ///
-/// A saved change is reported whoever made it: another process, another thread, or this one.
-/// Changes that are kept in memory, the arguments of this run and registered defaults are not
-/// reported by themselves. Several changes of one key may be reported together; a key that has its
-/// former value again is not reported.
+/// Reports each saved change, made by another process, by another thread, or by this one. Changes
+/// that are kept in memory, the arguments of this run and registered defaults are not reported by
+/// themselves. Several changes of one key may be reported together; a key that has its former value
+/// again is not reported.
 ///
 /// Threads: created and released on one thread, which calls the handler on its run loop, in the
 ///          standard mode. No thread is created. invalidate() on this thread, too.
-/// Time:    the handler is called in the first pass of the loop 10 ms or more after a change. If
-/// its
-///          writer is stopped for more than 2 s in the middle of it, it is reported with the next
-///          change. If the system has no descriptor or file watch left, the store is read once a
-///          second. Changes that other machines make on a network file system are reported with the
-///          next change by this one.
+/// Time:    the handler is called in the first pass of the loop 10 ms or more after a change. A
+///          change whose writer is stopped in the middle for more than 2 s is reported with the
+///          next change. If the system has no descriptor or file watch left, the store is read once
+///          a second. Changes that other machines make on a network file system are reported with
+///          the next change by this one.
 class TQ_EXPORT PreferenceObservation final : public Subclass<PreferenceObservation> {
  public:
   static constexpr std::string_view className = "PreferenceObservation";
