@@ -3,7 +3,8 @@
 namespace tq::detail {
 namespace {
 
-thread_local constinit unsigned readsHere = 0;  // by this thread, of all locks
+// By this thread, of all locks.
+[[gnu::tls_model("initial-exec")]] thread_local constinit unsigned readsHere = 0;
 
 }  // namespace
 
