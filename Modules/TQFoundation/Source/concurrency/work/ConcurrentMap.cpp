@@ -22,10 +22,19 @@ void requireBlock(const Block& block, const char* function) {
 
 /// Returns the measured cost per element of loops over blocks of this type. The entry depends on
 /// the name of the type, not on an address. Types may share an entry; a wrong estimate only costs
-/// time.
+/// time. Computing the entry takes as long as several cheap calls, so each thread keeps the last
+/// one.
 ApplyCost& costOf(const std::type_info& kind) noexcept {
-  static auto& costs = *new std::array<ApplyCost, 256>;
-  return costs[kind.hash_code() % costs.size()];
+  struct Last {
+    const std::type_info* kind = nullptr;
+    ApplyCost* cost = nullptr;
+  };
+  [[gnu::tls_model("initial-exec")]] static thread_local constinit Last last;
+  if (last.kind != &kind) {
+    static auto& costs = *new std::array<ApplyCost, 256>;
+    last = {&kind, &costs[kind.hash_code() % costs.size()]};
+  }
+  return *last.cost;
 }
 
 /// Returns the elements of an array, which a block may change or release.

@@ -127,15 +127,15 @@ std::uint64_t ticks() noexcept {
 }
 
 /// Runs the loop on this thread until it has ended or takes longer than expected. The time is
-/// checked after the first call, whenever their number has doubled, and at least every few calls,
-/// because any of them may be expensive even if the earlier ones were not.
+/// checked after the second call and then every few calls, because any of them may be expensive
+/// even if the earlier ones were not. Not more often: a check can take as long as several calls.
 /// @return the number of calls made
 std::size_t runAlone(std::size_t count, const void* body, ApplyRange range) {
   constexpr std::uint64_t kPatience = 20'000;  // ticks
   constexpr std::size_t kFew = 16;
   const std::uint64_t begin = ticks();
   for (std::size_t done = 0;;) {
-    const std::size_t end = std::min(done + std::clamp<std::size_t>(done, 1, kFew), count);
+    const std::size_t end = std::min(done == 0 ? 2 : done + kFew, count);
     range(body, done, end);
     done = end;
     if (done == count || ticks() - begin > kPatience) return done;
