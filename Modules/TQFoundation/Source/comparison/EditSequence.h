@@ -28,6 +28,8 @@ template <class Comparator>
                                                            const Array& newArray,
                                                            bool inferringMoves,
                                                            Comparator&& withBlock) {
+  // Most nodes of a tree have no children: holding empty arrays costs as much as comparing a node.
+  if (oldArray.count() == 0 && newArray.count() == 0) return std::nullopt;
   const auto heldOld = share(oldArray), heldNew = share(newArray);  // the block may release them
   const std::span<const Ref<Object>> olds = oldArray.objects();
   const std::span<const Ref<Object>> news = newArray.objects();
