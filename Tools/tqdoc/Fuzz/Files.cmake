@@ -1,1 +1,1 @@
-tq_add_fuzzer(SvgReader "${CMAKE_CURRENT_LIST_DIR}/SvgReaderFuzz.cpp" TQDocCode)
+tq_add_fuzzer(SvgReader "${CMAKE_CURRENT_LIST_DIR}/SvgReaderFuzz.cpp" TQDrawing)
