@@ -44,7 +44,8 @@ make "$PWD" "$work/now"
 # compare OPTIONS...: prints abidiff's report and returns its exit code.
 compare() {
   abidiff "$@" --headers-dir1 "$old/installed/include" --headers-dir2 "$work/now/installed/include" \
-    "$old/installed/lib/libTQFoundation.so" "$work/now/installed/lib/libTQFoundation.so"
+    "$(find "$old/installed" -name libTQFoundation.so)" \
+    "$(find "$work/now/installed" -name libTQFoundation.so)"
 }
 
 say "abidiff: $tag and this tree"

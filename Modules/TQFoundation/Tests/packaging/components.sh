@@ -27,10 +27,14 @@ has() {
   [ -z "$left" ] || fail "$component has unexpected files: $left"
 }
 lib="./$TQ_LIBDIR"
-has Runtime "$lib/libTQFoundation\.so\.$TQ_SERIES" "$lib/libTQFoundation\.so\.$TQ_SERIES\.[0-9]*"
-has Development "$lib/libTQFoundation\.so" "$lib/pkgconfig/TQFoundation\.pc" \
+docs='\(copyright\|changelog\.gz\)'
+has Runtime "./share/doc/libtqfoundation$TQ_SERIES/$docs" \
+  "./share/lintian/overrides/libtqfoundation$TQ_SERIES" \
+  "$lib/libTQFoundation\.so\.$TQ_SERIES" "$lib/libTQFoundation\.so\.$TQ_SERIES\.[0-9]*"
+has Development "./share/doc/libtqfoundation-dev/$docs" "$lib/libTQFoundation\.so" "$lib/pkgconfig/TQFoundation\.pc" \
   "$lib/cmake/TQFoundation/TQFoundation[A-Z][A-Za-z-]*\.cmake" '\./include/TQFoundation/.*\.h' \
   "\./share/gdb/auto-load/opt/tq/$TQ_LIBDIR/libTQFoundation\.so\.[0-9.]*-gdb\.py"
-[ ! -e "$TQ_BUILD/Tools/tqdoc/tqdoc" ] || has Tools '\./bin/tqdoc' '\./share/man/man1/tqdoc\.1' \
+[ ! -e "$TQ_BUILD/Tools/tqdoc/tqdoc" ] || has Tools '\./bin/tqdoc' "./share/doc/tqdoc/$docs" \
+  '\./share/man/man1/tqdoc\.1\.gz' \
   '\./share/bash-completion/completions/tqdoc' '\./share/zsh/site-functions/_tqdoc' \
   '\./share/fish/vendor_completions\.d/tqdoc\.fish'
