@@ -19,4 +19,9 @@ inline std::string textOf(const Array& array) {
   return text;
 }
 
+/// A comparison block.
+inline bool areEqual(const Object& a, std::size_t, const Object& b, std::size_t) {
+  return a.isEqual(b);
+}
+
 }  // namespace tq::test
