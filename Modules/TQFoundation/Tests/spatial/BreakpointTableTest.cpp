@@ -69,11 +69,9 @@ TEST(Collectable, GoesBackToItsDefaultWhenCollectedOrProjected) {
   value.setWrappedValue("eight");
   EXPECT_NE(value, Collectable<std::string>("five"));
   EXPECT_EQ(value, Collectable<std::string>("eight"));
-  EXPECT_EQ(value.collect(), "eight");
-  EXPECT_EQ(value.collect(), "five");
+  for (const char* collected : {"eight", "five"}) EXPECT_EQ(value.collect(), collected);
   value.setWrappedValue("nine");
-  EXPECT_EQ(value.projectedValue(), "nine");
-  EXPECT_EQ(value.projectedValue(), "five");
+  for (const char* projected : {"nine", "five"}) EXPECT_EQ(value.projectedValue(), projected);
   EXPECT_EQ(value.defaultValue(), "five");
 }
 

@@ -24,10 +24,7 @@ bool recursion(const Tree::Node& node, const Rect& query) {
 class Place {
  public:
   Place(const char* kind, unsigned seed) : kind_(kind), random_(seed) {
-    for (const RectKind base : {RectKind::uniform, RectKind::clustered, RectKind::grid,
-                                RectKind::degenerate, RectKind::wild}) {
-      sources_.emplace_back(base, seed + 1);
-    }
+    for (const RectKind base : kAllKinds) sources_.emplace_back(base, seed + 1);
   }
 
   Rect nextRect() {
@@ -52,18 +49,17 @@ class Place {
  private:
   Rect create() {
     Rect rect = sources_[source()].next();
-    const std::string_view kind = kind_;
-    if (kind == "flat") rect.size.height = 0;
-    if (kind == "equal") {
+    if (kind_ == "flat") rect.size.height = 0;
+    if (kind_ == "equal") {
       rect = {0.1, 0.7, 0.2, 0.3};
       if (random_() % 8 == 0) rect.origin.x += 0.2 + 0.1 * static_cast<double>(random_() % 3);
     }
-    if (kind == "big") rect.origin = {1e15 + rect.origin.x / 7, rect.origin.y / 7 - 1e15};
-    if (kind == "spread") {  // over magnitudes
+    if (kind_ == "big") rect.origin = {1e15 + rect.origin.x / 7, rect.origin.y / 7 - 1e15};
+    if (kind_ == "spread") {  // over magnitudes
       rect.origin.x = std::ldexp(rect.origin.x - 500, static_cast<int>(random_() % 40) - 20);
       rect.size.width = std::ldexp(rect.size.width, static_cast<int>(random_() % 40) - 20);
     }
-    if (kind == "outlier" && rects_.size() == 100) rect.origin.x = 1e290;
+    if (kind_ == "outlier" && rects_.size() == 100) rect.origin.x = 1e290;
     return rect;
   }
 
@@ -72,7 +68,7 @@ class Place {
     return found == std::string_view::npos ? 0 : found;
   }
 
-  const char* kind_;
+  std::string_view kind_;
   std::mt19937 random_;
   std::vector<RandomRects> sources_;
   std::vector<Rect> rects_;

@@ -15,6 +15,9 @@ enum class RectKind {
   wild,        ///< all of these with null rects, NaN, infinities and huge numbers
 };
 
+inline constexpr RectKind kAllKinds[] = {RectKind::uniform, RectKind::clustered, RectKind::grid,
+                                         RectKind::degenerate, RectKind::wild};
+
 class RandomRects {
  public:
   RandomRects(RectKind kind, unsigned seed) : kind_(kind), random_(seed) {}
