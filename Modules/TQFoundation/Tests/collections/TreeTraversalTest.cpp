@@ -117,16 +117,12 @@ TEST(TreeTraversal, WorksWithAlgorithmsAndViewsAndKeepsTemporariesAlive) {
 
 TEST(TreeTraversal, RequestsNoChildrenAfterTheLastVisitedNode) {
   const Ref<Halves> tree = makeRef<Halves>(1 << 20);
-  for (const int number : depthFirst(tree)) {
-    if (number == 1 << 18) break;
-  }
-  EXPECT_EQ(tree->requests, 2);
-  tree->requests = 0;
-  for (const int number : breadthFirst(tree)) {
-    if (number == 1 << 18) break;
-  }
-  EXPECT_EQ(tree->requests, 3);
-  tree->requests = 0;
+  const auto requestsFor = [&](const auto& nodes) {
+    EXPECT_EQ(*std::ranges::find(nodes, 1 << 18), 1 << 18);
+    return std::exchange(tree->requests, 0);
+  };
+  EXPECT_EQ(requestsFor(depthFirst(tree)), 2);
+  EXPECT_EQ(requestsFor(breadthFirst(tree)), 3);
   EXPECT_EQ(std::ranges::distance(depthFirstPostOrder(tree, 2)), 7);
   EXPECT_EQ(tree->requests, 3);
 }
