@@ -1,18 +1,10 @@
 #include <TQFoundation/objects/ArrayConveniences.h>
 
 #include "support/Objects.h"
+#include "support/OnDestruction.h"
 #include "support/Test.h"
 
 namespace {
-
-std::string exceptionOf(const std::function<void()>& act) {
-  try {
-    act();
-  } catch (const Exception& exception) {
-    return exception.name();
-  }
-  return "";
-}
 
 TEST(Array, PackedBoxedAndMutableAreEqual) {
   const std::vector<NumberValue> sets[] = {
@@ -81,26 +73,19 @@ TEST(MutableArray, ChangesInPlaceAndRefusesInvalidArguments) {
       {[&] { (void)Array::array()->objectAtIndex(0); }, RangeException},
       {[&] { (void)Array::arrayWithObjects(withNull); }, InvalidArgumentException},
   };
-  for (const auto& [act, name] : faults) EXPECT_EQ(exceptionOf(act), name);
+  for (const auto& [act, name] : faults) {
+    EXPECT_THAT(act, testing::Throws<Exception>(testing::Property(&Exception::name, name)));
+  }
   EXPECT_EQ(array->description(), "(a, c)");
   array->removeAllObjects();
   EXPECT_EQ(array->count(), 0u);
 }
 
-/// Reads the array that contains it from its destructor.
-struct Looker final : Subclass<Looker> {
-  static constexpr std::string_view className = "Looker";
-  Looker(const MutableArray& array, std::size_t& seen) : array_(array), seen_(seen) {}
-  ~Looker() override { seen_ = array_.count(); }
-  const MutableArray& array_;
-  std::size_t& seen_;
-};
-
 TEST(MutableArray, IsConsistentWhenARemovedElementReadsIt) {
   const Ref<MutableArray> array = MutableArray::array();
   std::size_t seen = 99;
   const auto fill = [&] {
-    array->addObject(makeRef<Looker>(*array, seen));
+    array->addObject(makeRef<test::OnDestruction>([&] { seen = array->count(); }));
     array->addObject(Null::null());
   };
   fill();
@@ -116,7 +101,7 @@ double valueOf(const Object& object) { return objectCast<Number>(&object)->doubl
 bool isOdd(Object& object) { return static_cast<int>(valueOf(object)) % 2 != 0; }
 std::string textOf(const Ref<Array>& array) { return array->description(); }
 
-TEST(ArrayConveniences, MapReturnsOneObjectForEachElement) {
+TEST(ArrayConveniences, MapReturnsOneObjectForEachElementAndCompactMapDropsNulls) {
   const auto doubled = [](Object& object) -> Ref<Object> {
     return Number::numberWith(NumberValue(valueOf(object) * 2));
   };
@@ -124,9 +109,6 @@ TEST(ArrayConveniences, MapReturnsOneObjectForEachElement) {
   EXPECT_EQ(Array::array()->map(doubled)->count(), 0U);
   const auto none = [](Object&) { return Ref<Object>(); };
   EXPECT_THROW(static_cast<void>(numbers({1})->map(none)), Exception);
-}
-
-TEST(ArrayConveniences, CompactMapDropsNullAndTheNullObject) {
   const auto oddOnly = [](Object& object) -> Ref<Object> {
     if (isOdd(object)) return share(object);
     return valueOf(object) > 3 ? Ref<Object>(Null::null()) : nullptr;
@@ -149,37 +131,29 @@ TEST(ArrayConveniences, FunctionsKeepTheOrderOfElements) {
 }
 
 TEST(ArrayConveniences, BlocksMayChangeAndReleaseTheArray) {
-  using Act = std::function<void()>;
-  std::size_t (*const calls[])(const Array&, const Act&) = {
-      [](const Array& array, const Act& act) {
-        return array.map([&](Object& object) { return act(), share(object); })->count();
-      },
-      [](const Array& array, const Act& act) {
-        return array.compactMap([&](Object& object) { return act(), share(object); })->count();
-      },
-      [](const Array& array, const Act& act) {
-        const auto itself = [&](Object& o) { return act(), Array::arrayWithObjects({share(o)}); };
-        return array.flatMap(itself)->count();
-      },
-      [](const Array& array, const Act& act) {
-        return array.filter([&](Object&) { return act(), true; })->count();
-      },
-      [](const Array& array, const Act& act) {
-        const auto isLast = [&](Object& object) { return act(), valueOf(object) == 99; };
-        return static_cast<std::size_t>(valueOf(*firstObjectPassing(array, isLast))) + 1;
-      },
+  Ref<MutableArray> array;
+  const auto same = [&](Object& object) {  // changes and releases the array
+    if (array) {
+      array->removeAllObjects();
+      for (int i = 0; i < 1000; ++i) array->addObject(Null::null());
+      array = nullptr;
+    }
+    return share(object);
+  };
+  const auto alone = [&](Object& object) { return Array::arrayWithObjects({same(object)}); };
+  const auto isLast = [&](Object& object) { return valueOf(*same(object)) == 99; };
+  const std::function<Ref<Object>(const Array&)> calls[] = {
+      [&](const Array& all) { return share(*all.map(same)->lastObject()); },
+      [&](const Array& all) { return share(*all.compactMap(same)->lastObject()); },
+      [&](const Array& all) { return share(*all.flatMap(alone)->lastObject()); },
+      [&](const Array& all) { return share(*all.filter(isLast)->firstObject()); },
+      [&](const Array& all) { return firstObjectPassing(all, isLast); },
   };
   for (const auto& call : calls) {
-    Ref<MutableArray> array = MutableArray::array();
+    array = MutableArray::array();
     for (int i = 0; i < 100; ++i) array->addObject(Number::numberWith(i));
-    EXPECT_EQ(call(*array,
-                   [&] {
-                     if (!array) return;
-                     array->removeAllObjects();
-                     for (int i = 0; i < 1000; ++i) array->addObject(Null::null());
-                     array = nullptr;
-                   }),
-              100u);
+    const Ref<Object> last(array->lastObject());
+    EXPECT_EQ(call(*array), last);
   }
 }
 

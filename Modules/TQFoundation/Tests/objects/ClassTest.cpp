@@ -4,7 +4,7 @@
 #include "support/Test.h"
 
 // Fakes: the real classes belong to higher rooms.
-namespace tq {
+namespace {
 
 struct Bare : Subclass<Bare> {
   static constexpr std::string_view className = "Bare";
@@ -47,8 +47,6 @@ struct NotEmpty final : Subclass<NotEmpty, Keyed> {
   static constexpr std::string_view className = "NotEmpty";
   explicit NotEmpty(int) {}
 };
-
-namespace {
 
 // Which members JSON archives know is seen in what they write and read.
 TEST(Class, KnowsItsNamesAncestorsAndKeyedCoding) {
@@ -105,4 +103,3 @@ TEST(Class, DescribesObjectsByNameAndAddress) {
 }
 
 }  // namespace
-}  // namespace tq

@@ -28,9 +28,7 @@ TEST(String, AcceptsOnlyWellFormedUTF8) {
       {"\xF0\x8F\xBF\xBF"sv, "����"},  // overlong
       {"\xF4\x90\x80\x80"sv, "����"},  // above U+10FFFF
       {"\xF5\x80\x80\x80"sv, "����"},
-      {"12345678\xFF"
-       "9"sv,
-       "12345678�9"},
+      {"abcdefgh\xFFz"sv, "abcdefgh�z"},
   };
   for (const auto& [bytes, repaired] : malformed) {
     EXPECT_FALSE(String::stringWithUTF8(bytes)) << testing::PrintToString(std::string(bytes));
@@ -79,31 +77,34 @@ TEST(LenientReading, ReadsNumbersLikeTheCLibrary) {
     EXPECT_EQ(lenientInteger(text), std::strtoll(text.c_str(), nullptr, 10)) << text;
   }
   EXPECT_EQ(lenientInteger("1\0002"sv), 1);
-  const std::string zeros(400, '0');
-  for (const std::string& text : std::vector<std::string>{"",
-                                                          " 0.5x",
-                                                          "+.5",
-                                                          "5.",
-                                                          ".",
-                                                          "1e",
-                                                          "1e+2",
-                                                          "1E-2",
-                                                          "1e400",
-                                                          "-1e400",
-                                                          "1e-400",
-                                                          "0e999999999999999999999",
-                                                          "1e999999999999999999999",
-                                                          "1e-999999999999999999999",
-                                                          "0." + zeros + "1e401",
-                                                          "1" + zeros + "e-400",
-                                                          "1" + zeros,
-                                                          "1.7976931348623157e308",
-                                                          "4.9e-324",
-                                                          "2e-324",
-                                                          "1.5.5",
-                                                          "-0",
-                                                          "-1e-400"}) {
+  const auto expectSame = [](const std::string& text) {
     EXPECT_PRED2(test::sameNumber, lenientDouble(text), std::strtod(text.c_str(), nullptr)) << text;
+  };
+  for (const char* text : {"",
+                           " 0.5x",
+                           "+.5",
+                           "5.",
+                           ".",
+                           "1e",
+                           "1e+2",
+                           "1E-2",
+                           "1e400",
+                           "-1e400",
+                           "1e-400",
+                           "0e999999999999999999999",
+                           "1e999999999999999999999",
+                           "1e-999999999999999999999",
+                           "1.7976931348623157e308",
+                           "4.9e-324",
+                           "2e-324",
+                           "1.5.5",
+                           "-0",
+                           "-1e-400"}) {
+    expectSame(text);
+  }
+  const std::string zeros(400, '0');
+  for (const auto& text : {"0." + zeros + "1e401", "1" + zeros + "e-400", "1" + zeros}) {
+    expectSame(text);
   }
   for (const char* word : {"0x10", "inf", "nan"}) EXPECT_EQ(lenientDouble(word), 0) << word;
   EXPECT_EQ(lenientDouble("12345"sv.substr(0, 2)), 12);
