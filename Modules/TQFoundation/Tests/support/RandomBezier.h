@@ -31,6 +31,9 @@ class RandomBezier {
   std::mt19937_64 engine_;
 };
 
+inline constexpr auto straight = TQBezierSegment::straight;
+inline constexpr auto quadratic = TQBezierSegment::quadratic;
+inline constexpr auto cubic = TQBezierSegment::cubic;
 inline constexpr TQBezierDegree kDegrees[] = {TQBezierDegree::straight, TQBezierDegree::quadratic,
                                               TQBezierDegree::cubic};
 

@@ -89,6 +89,12 @@ TEST(PathDeathTest, DrawingNeedsACurrentPoint) {
   EXPECT_EXIT(path.close(), stops, "function close");
 }
 
+constexpr Rect kRect{0, 0, 100, 60};
+
+Path rounded(const Rect& rect, double radiusX, double radiusY) {
+  return CGPathCreateWithRoundedRectSafeCorners(rect, radiusX, radiusY);
+}
+
 TEST(RoundedRect, HasTenElementsInTheDocumentedOrder) {
   // The controls are 0.5522847498 · 10 beyond the ends of the sides.
   const double k = 5.522847498;
@@ -105,23 +111,20 @@ TEST(RoundedRect, HasTenElementsInTheDocumentedOrder) {
       {cubic, {{90 + k, 0}, {100, 10 - k}, {100, 10}}},
       {close, {}},
   };
-  EXPECT_EQ(elements(CGPathCreateWithRoundedRectSafeCorners({0, 0, 100, 60}, 10, 10)), expected);
-  EXPECT_EQ(elements(CGPathCreateWithRoundedRectSafeCorners({100, 60, -100, -60}, 10, 10)),
-            expected);
+  EXPECT_EQ(elements(rounded(kRect, 10, 10)), expected);
+  EXPECT_EQ(elements(rounded({100, 60, -100, -60}, 10, 10)), expected);
   const AffineTransform transform{1, 0, 0, 2, 3, 4};
-  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners({0, 0, 100, 60}, 10, 10, &transform),
-            CGPathCreateWithRoundedRectSafeCorners({0, 0, 100, 60}, 10, 10).transformed(transform));
+  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(kRect, 10, 10, &transform),
+            rounded(kRect, 10, 10).transformed(transform));
 }
 
 TEST(RoundedRect, LimitsItsRadiiToHalfTheRect) {
-  const Rect rect{0, 0, 100, 60};
-  EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, 1e9, 1e9),
-            CGPathCreateWithRoundedRectSafeCorners(rect, 50, 30));
+  EXPECT_EQ(rounded(kRect, 1e9, 1e9), rounded(kRect, 50, 30));
   for (const double none : {0.0, -5.0, kNaN}) {
-    EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, none, 10), Path::pathWithRect(rect));
-    EXPECT_EQ(CGPathCreateWithRoundedRectSafeCorners(rect, 10, none), Path::pathWithRect(rect));
+    EXPECT_EQ(rounded(kRect, none, 10), Path::pathWithRect(kRect));
+    EXPECT_EQ(rounded(kRect, 10, none), Path::pathWithRect(kRect));
   }
-  EXPECT_TRUE(CGPathCreateWithRoundedRectSafeCorners(RectNull, 1, 1).isEmpty());
+  EXPECT_TRUE(rounded(RectNull, 1, 1).isEmpty());
 }
 
 }  // namespace

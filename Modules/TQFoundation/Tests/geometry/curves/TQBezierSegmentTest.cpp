@@ -21,16 +21,15 @@ std::vector<TQBezierSegment> segments(std::uint64_t seed, int count) {
   for (int i = 0; i < count; ++i) {
     for (const TQBezierDegree degree : kDegrees) result.push_back(random.segment(degree, 100));
     const auto [p0, p1, p2, unused] = result[result.size() - 2].points;
-    const auto toP1 = [&, control = p1](Point p) {
-      return Point{p.x + 2 * (control.x - p.x) / 3, p.y + 2 * (control.y - p.y) / 3};
-    };
-    result.push_back(TQBezierSegment::cubic(p0, toP1(p0), toP1(p2), p2));
+    const auto toP1 = [&, control = p1](Point p) { return p + 2 * (control - p) / 3; };
+    result.push_back(cubic(p0, toP1(p0), toP1(p2), p2));
   }
   return result;
 }
 
 TEST(BezierSegment, PartsJoinExactlyAndLieOnTheWholeAndTheChordOnTheXAxis) {
   RandomBezier random(10);
+  const auto at = TQBezierSegmentPointAtOffset;
   for (const TQBezierSegment& segment : segments(11, 500)) {
     const double t = random.number(-0.5, 1.5);
     TQBezierSegment left = segment, right;
@@ -38,10 +37,7 @@ TEST(BezierSegment, PartsJoinExactlyAndLieOnTheWholeAndTheChordOnTheXAxis) {
     ASSERT_EQ(left.start(), segment.start());
     ASSERT_EQ(right.end(), segment.end());
     ASSERT_EQ(left.end(), right.start());
-    ASSERT_EQ(left.end(), TQBezierSegmentPointAtOffset(segment, t));
-    const auto at = [](const TQBezierSegment& s, double u) {
-      return TQBezierSegmentPointAtOffset(s, u);
-    };
+    ASSERT_EQ(left.end(), at(segment, t));
     ASSERT_LT(VectorGetLength(at(right, 0.3) - at(segment, t + 0.3 * (1 - t))), 1e-11);
 
     constexpr double kStep = 1e-5;
@@ -54,11 +50,11 @@ TEST(BezierSegment, PartsJoinExactlyAndLieOnTheWholeAndTheChordOnTheXAxis) {
     ASSERT_LT(VectorGetLength(aligned.start() - Point{}), 1e-12);
     ASSERT_LT(VectorGetLength(aligned.end() - Point{chord, 0}), 1e-12);
   }
-  const auto point = TQBezierSegment::straight({3, 4}, {3, 4});
+  const auto point = straight({3, 4}, {3, 4});
   EXPECT_EQ(TQBezierSegmentTransformForAligningToXAxis(point),
             (AffineTransform{1, 0, 0, 1, -3, -4}));
   EXPECT_TRUE(TQBezierSegmentIsPoint(point));
-  EXPECT_FALSE(TQBezierSegmentIsPoint(TQBezierSegment::quadratic({1, 1}, {2, 1}, {1, 1})));
+  EXPECT_FALSE(TQBezierSegmentIsPoint(quadratic({1, 1}, {2, 1}, {1, 1})));
 }
 
 TEST(BezierSegment, EveryDegreeUpToFourIsEvaluated) {
@@ -68,8 +64,8 @@ TEST(BezierSegment, EveryDegreeUpToFourIsEvaluated) {
   };
   TQBezierSegment left, right, expectedLeft, expectedRight;
   left.degree = right.degree = TQBezierDegree::cubic;
-  TQBezierSegmentSplit(TQBezierSegment::cubic(points[0], points[1], points[2], points[3]), 0.25,
-                       &expectedLeft, &expectedRight);
+  TQBezierSegmentSplit(cubic(points[0], points[1], points[2], points[3]), 0.25, &expectedLeft,
+                       &expectedRight);
   EXPECT_EQ(at(3, left.points, right.points), expectedLeft.end());
   EXPECT_EQ(left, expectedLeft);
   EXPECT_EQ(right, expectedRight);
@@ -112,29 +108,28 @@ TEST(BezierSegment, BoundsHoldEverySampleAndAreTouched) {
     // The line along an edge of the bounds touches the segment, within rounding.
     ASSERT_GE(TQBezierSegmentIntersectionsWithHorizontalLine(segment, bounds.origin.y).count, 1);
     ASSERT_GE(RectGetMaxX(bounds), segment.end().x);  // origin + extent is not below an end
-    ASSERT_TRUE(TQRectContainsRectOnAxis(Axis::horizontal, TQRectExpand(hull, kRounding), bounds));
-    ASSERT_TRUE(TQRectContainsRectOnAxis(Axis::vertical, TQRectExpand(hull, kRounding), bounds));
+    for (const Axis axis : {Axis::horizontal, Axis::vertical}) {
+      ASSERT_TRUE(TQRectContainsRectOnAxis(axis, TQRectExpand(hull, kRounding), bounds));
+    }
   }
 }
 
 TEST(BezierSegment, BoundsOfKnownCurvesAreExact) {
-  EXPECT_EQ(TQBezierSegmentGetBounds(TQBezierSegment::cubic({0, 0}, {0, 4}, {4, 4}, {4, 0})),
-            (Rect{0, 0, 4, 3}));
-  EXPECT_EQ(TQBezierSegmentGetBounds(TQBezierSegment::quadratic({0, 0}, {2, -4}, {4, 0})),
-            (Rect{0, -2, 4, 2}));
-  EXPECT_EQ(TQBezierSegmentGetBounds(TQBezierSegment::cubic({5, 5}, {5, 5}, {5, 5}, {5, 5})),
-            (Rect{5, 5, 0, 0}));
+  const auto bounds = TQBezierSegmentGetBounds;
+  EXPECT_EQ(bounds(cubic({0, 0}, {0, 4}, {4, 4}, {4, 0})), (Rect{0, 0, 4, 3}));
+  EXPECT_EQ(bounds(quadratic({0, 0}, {2, -4}, {4, 0})), (Rect{0, -2, 4, 2}));
+  EXPECT_EQ(bounds(cubic({5, 5}, {5, 5}, {5, 5}, {5, 5})), (Rect{5, 5, 0, 0}));
 }
 
 TEST(BezierSegment, BadInputGivesTheDocumentedValue) {
-  for (const TQBezierSegment& segment : {TQBezierSegment::cubic({0, 0}, {1, 1}, {2, 2}, {kNaN, 3}),
-                                         TQBezierSegment::cubic({0, 0}, {kNaN, 1}, {2, 2}, {3, 3}),
-                                         TQBezierSegment::straight({0, 0}, {kNaN, 1})}) {
+  for (const TQBezierSegment& segment :
+       {cubic({0, 0}, {1, 1}, {2, 2}, {kNaN, 3}), cubic({0, 0}, {kNaN, 1}, {2, 2}, {3, 3}),
+        straight({0, 0}, {kNaN, 1})}) {
     EXPECT_TRUE(std::isnan(TQBezierSegmentGetBounds(segment).origin.x));
     EXPECT_EQ(TQBezierSegmentGetBounds(segment).origin.y, 0);
     EXPECT_EQ(TQBezierSegmentIntersectionsWithVerticalLine(segment, 1).count, 0);
   }
-  const auto huge = TQBezierSegment::cubic({-1e308, 0}, {1e308, 1}, {-1e308, 2}, {1e308, 3});
+  const auto huge = cubic({-1e308, 0}, {1e308, 1}, {-1e308, 2}, {1e308, 3});
   EXPECT_EQ(TQBezierSegmentGetBounds(huge).origin.x, -1e308);
   EXPECT_FALSE(std::isfinite(TQBezierSegmentGetBounds(huge).size.width));
 
@@ -150,22 +145,21 @@ TEST(BezierSegment, BadInputGivesTheDocumentedValue) {
 }
 
 TEST(BezierSegment, FlatnessOfAQuadraticIsThatOfItsCubic) {
-  EXPECT_EQ(TQBezierSegmentFlatness(TQBezierSegment::cubic({0, 0}, {1, 5}, {7, 3}, {8, 0})),
-            5 * 5 + 15 * 15);
-  EXPECT_EQ(TQBezierSegmentFlatness(TQBezierSegment::quadratic({0, 0}, {3, 6}, {6, 0})), 144);
+  EXPECT_EQ(TQBezierSegmentFlatness(cubic({0, 0}, {1, 5}, {7, 3}, {8, 0})), 5 * 5 + 15 * 15);
+  EXPECT_EQ(TQBezierSegmentFlatness(quadratic({0, 0}, {3, 6}, {6, 0})), 144);
 }
 
 TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
-  const auto cubic = TQBezierSegment::cubic({0, 0}, {3, 4}, {3, 10}, {0, 10});
-  EXPECT_EQ(TQBezierSegmentControlSplineLengthSquared(cubic), 25 + 36 + 9);
+  EXPECT_EQ(TQBezierSegmentControlSplineLengthSquared(cubic({0, 0}, {3, 4}, {3, 10}, {0, 10})),
+            25 + 36 + 9);
   auto all = segments(15, 20);
-  all.push_back(TQBezierSegment::cubic({0, 0}, {30, 0}, {-20, 0}, {10, 0}));  // folds back
+  all.push_back(cubic({0, 0}, {30, 0}, {-20, 0}, {10, 0}));  // folds back
   for (const TQBezierSegment& segment : all) {
     double length = 0;
     Point from = segment.start();
     constexpr int kLegs = 100'000;
-    for (int i = 1; i <= kLegs; ++i) {
-      const Point to = TQBezierSegmentPointAtOffset(segment, static_cast<double>(i) / kLegs);
+    for (double i = 1; i <= kLegs; ++i) {
+      const Point to = TQBezierSegmentPointAtOffset(segment, i / kLegs);
       length += std::hypot(to.x - from.x, to.y - from.y);
       from = to;
     }
@@ -173,9 +167,9 @@ TEST(BezierSegment, LengthsAreThoseOfAFinePolygon) {
   }
   // The first turns back at 1/3 and 3/8. The other lengths were computed by 80-bit quadrature.
   const Rows<TQBezierSegment, double> folds{
-      {TQBezierSegment::cubic({-5, 0}, {1, 0}, {-10, 0}, {10, 0}), 15 + 1 / 288.0},
-      {TQBezierSegment::cubic({8, 0}, {7, 1e-4}, {-8, 0}, {-7.9, 0}), 15.900995501406344},
-      {TQBezierSegment::quadratic({-7, 0}, {4, 0}, {4.2, 1e-5}), 11.200000000024432},
+      {cubic({-5, 0}, {1, 0}, {-10, 0}, {10, 0}), 15 + 1 / 288.0},
+      {cubic({8, 0}, {7, 1e-4}, {-8, 0}, {-7.9, 0}), 15.900995501406344},
+      {quadratic({-7, 0}, {4, 0}, {4.2, 1e-5}), 11.200000000024432},
   };
   for (const auto& [segment, length] : folds) {
     EXPECT_NEAR(std::sqrt(TQBezierSegmentLengthSquared(segment)), length, 1e-10 * length);
@@ -192,30 +186,27 @@ TEST(BezierSegment, InflectionsAreWhereTheBendChangesSides) {
   RandomBezier random(17);
   std::array<int, 3> seen{};
   for (int i = 0; i < 2000; ++i) {
-    const TQBezierSegment cubic = random.segment(TQBezierDegree::cubic, 100);
-    const TQPolynomialRoots offsets = TQBezierSegmentInflectionOffsets(cubic);
+    const TQBezierSegment curve = random.segment(TQBezierDegree::cubic, 100);
+    const TQPolynomialRoots offsets = TQBezierSegmentInflectionOffsets(curve);
     ++seen.at(static_cast<std::size_t>(offsets.count));
     double from = 0;
     for (const double t : offsets) {
       ASSERT_TRUE(t >= from && t < 1);
-      if (t - from > 0.01 && t < 0.99) {
-        ASSERT_LT(bend(cubic, t - 0.003) * bend(cubic, t + 0.003), 0);
-      }
+      const bool isNearOther = t - from <= 0.01 || t >= 0.99;
+      ASSERT_TRUE(isNearOther || bend(curve, t - 0.003) * bend(curve, t + 0.003) < 0);
       from = t;
     }
   }
   EXPECT_GT(seen[1], 100);
   EXPECT_GT(seen[2], 20);
   const Rows<const char*, TQBezierSegment, std::vector<double>> cases{
-      {"cusp", TQBezierSegment::cubic({0, 0}, {-2, -4}, {1, -3}, {-3, 9}), {1 / 3.0}},
-      {"t² = 1e-9",
-       TQBezierSegment::cubic({0, 0}, {1e-9, 0}, {2e-9, 1}, {1 + 3e-9, 3}),
-       {3.1622777e-5}},
-      {"straight", TQBezierSegment::cubic({0.1, 0.2}, {0.4, 0.8}, {0.3, 0.6}, {0.7, 1.4}), {}},
-      {"quadratic", TQBezierSegment::cubic({0, 0}, {0.1, 0.2}, {0.3, 0.2}, {0.6, 0}), {}},
+      {"cusp", cubic({0, 0}, {-2, -4}, {1, -3}, {-3, 9}), {1 / 3.0}},
+      {"t² = 1e-9", cubic({0, 0}, {1e-9, 0}, {2e-9, 1}, {1 + 3e-9, 3}), {3.1622777e-5}},
+      {"straight", cubic({0.1, 0.2}, {0.4, 0.8}, {0.3, 0.6}, {0.7, 1.4}), {}},
+      {"quadratic", cubic({0, 0}, {0.1, 0.2}, {0.3, 0.2}, {0.6, 0}), {}},
   };
-  for (const auto& [name, cubic, offsets] : cases) {
-    EXPECT_THAT(used(TQBezierSegmentInflectionOffsets(cubic)),
+  for (const auto& [name, curve, offsets] : cases) {
+    EXPECT_THAT(used(TQBezierSegmentInflectionOffsets(curve)),
                 testing::Pointwise(testing::DoubleNear(1e-12), offsets))
         << name;
   }
@@ -229,12 +220,12 @@ TEST(BezierSegment, InflectionsMirrorWhenTheCurveIsReversed) {
   RandomBezier random(23);
   for (int i = 0; i < 30'000; ++i) {
     const int kind = i % 3;
-    auto cubic = random.segment(TQBezierDegree::cubic, i % 2 == 0 ? 100 : 1e-3);
-    auto& [p0, p1, p2, p3] = cubic.points;
+    auto curve = random.segment(TQBezierDegree::cubic, i % 2 == 0 ? 100 : 1e-3);
+    auto& [p0, p1, p2, p3] = curve.points;
     if (kind == kEqualEnd) p2 = p3;
     if (kind == kAlignedEnd) p2 = p1 + random.number(-1, 2) * (p3 - p1);
-    const auto found = TQBezierSegmentInflectionOffsets(cubic);
-    const auto reversed = TQBezierSegmentInflectionOffsets(TQBezierSegment::cubic(p3, p2, p1, p0));
+    const auto found = TQBezierSegmentInflectionOffsets(curve);
+    const auto reversed = TQBezierSegmentInflectionOffsets(cubic(p3, p2, p1, p0));
     ASSERT_EQ(found.count, reversed.count) << i;
     for (int k = 0; k < found.count; ++k) {
       ASSERT_NEAR(found.roots[k], 1 - reversed.roots[found.count - 1 - k], 1e-15) << i;
@@ -255,35 +246,31 @@ TEST(BezierSegment, LineCrossingsAreTheSignChangesOfItsSamples) {
       ASSERT_NEAR(TQBezierSegmentPointAtOffset(segment, t).y, y, 1e-12);
     }
     std::vector<double> sampled;
-    constexpr int kSamples = 1000;
     bool wasBelow = segment.start().y < y;
-    for (int i = 1; i <= kSamples; ++i) {
-      const double t = static_cast<double>(i) / kSamples;
+    for (int i = 1; i <= 1000; ++i) {
+      const double t = i / 1000.0;
       const bool isBelow = TQBezierSegmentPointAtOffset(segment, t).y < y;
       if (isBelow != wasBelow) sampled.push_back(t);
       wasBelow = isBelow;
     }
-    const bool areApart =
-        used(found).size() == sampled.size();  // no two crossings between two samples
-    ASSERT_TRUE(areApart || used(found).size() == sampled.size() + 2);
-    if (areApart) {
-      ASSERT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1.1e-3), sampled));
-    }
+    // Two crossings may be between two samples.
+    if (used(found).size() == sampled.size() + 2) continue;
+    ASSERT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1.1e-3), sampled));
   }
 }
 
 TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
-  const auto arch = TQBezierSegment::cubic({0.1, 0}, {0.7, 4}, {4, 4}, {4.3, 0});
-  const auto flat = TQBezierSegment::straight({0, 2}, {5, 2});
+  const auto arch = cubic({0.1, 0}, {0.7, 4}, {4, 4}, {4.3, 0});
+  const auto flat = straight({0, 2}, {5, 2});
   const Rows<const char*, TQBezierSegment, double, std::vector<double>> cases{
       {"both ends", arch, 0, {0, 1}},
       {"touch in the middle", arch, 3, {0.5}},
       {"in the line", flat, 2, {}},
-      {"triple", TQBezierSegment::cubic({0, -1}, {1, 1}, {2, -1}, {3, 1}), 0, {0.5}},
+      {"triple", cubic({0, -1}, {1, 1}, {2, -1}, {3, 1}), 0, {0.5}},
       // Rounding puts the turning point slightly before 1.
-      {"level at its end", TQBezierSegment::cubic({0, 76}, {1, 83}, {2, 100}, {3, 100}), 100, {1}},
-      {"again", TQBezierSegment::cubic({0, 91}, {1, 101}, {2, 100}, {3, 100}), 100, {0.75, 1}},
-      {"level but for a bit", TQBezierSegment::quadratic({0, 2}, {1, 2 + 4e-16}, {2, 1}), 2, {0}},
+      {"level at its end", cubic({0, 76}, {1, 83}, {2, 100}, {3, 100}), 100, {1}},
+      {"again", cubic({0, 91}, {1, 101}, {2, 100}, {3, 100}), 100, {0.75, 1}},
+      {"level but for a bit", quadratic({0, 2}, {1, 2 + 4e-16}, {2, 1}), 2, {0}},
   };
   for (const auto& [name, segment, y, offsets] : cases) {
     EXPECT_EQ(used(TQBezierSegmentIntersectionsWithHorizontalLine(segment, y)), offsets) << name;

@@ -90,6 +90,10 @@ TEST(RectSafe, ReplacesBadNumbersAndKeepsExtentsFromVanishing) {
   expectFields(TQRectSafe({kNaN, kInf, 0, -0.05}), {0.1, 0.1, 0.1, -0.1});
   expectFields(TQRectSafe({-kInf, -0.0, kNaN, -7}), {0.1, -0.0, 0.1, -7});
   EXPECT_EQ(TQPointSafe({kInf, 4}), (Point{0.1, 4}));
+  // A union makes no exception for null rects.
+  expectFields(TQUnionRectSafe({10, 10, -5, -5}, {7, 0, 1, 20}), {5, 0, 5, 20});
+  expectFields(TQUnionRectSafe(RectNull, {1, 2, 3, 4}), {1, 2, kInf, kInf});
+  expectFields(TQUnionRectSafe({kNaN, 0, 1, 1}, {3, 0, 1, 1}), {3, 0, 1, 1});
 }
 
 TEST(RectSafe, PushesAwayFromZeroKeepingTheSign) {
@@ -100,12 +104,6 @@ TEST(RectSafe, PushesAwayFromZeroKeepingTheSign) {
     EXPECT_EQ(TQFloatMakeAbsGreaterThanOrEqual(value, minimum), expected)
         << value << ", " << minimum;
   }
-}
-
-TEST(RectSafe, UnionMakesNoExceptionForNullRects) {
-  expectFields(TQUnionRectSafe({10, 10, -5, -5}, {7, 0, 1, 20}), {5, 0, 5, 20});
-  expectFields(TQUnionRectSafe(RectNull, {1, 2, 3, 4}), {1, 2, kInf, kInf});
-  expectFields(TQUnionRectSafe({kNaN, 0, 1, 1}, {3, 0, 1, 1}), {3, 0, 1, 1});
 }
 
 TEST(RectRounding, RoundsEachFieldAndMultipliesByTheInverseStep) {
@@ -153,35 +151,31 @@ TEST(RectAxis, ReadsAndMovesEitherSignOfExtent) {
         {kX, 10, 25, 40, 30}, {kY, 200, 230, 260, 60}, {kOther, 200, 230, 260, 60}};
     for (const auto& [axis, min, mid, max, size] : cases) {
       SCOPED_TRACE(static_cast<int>(axis));
-      EXPECT_EQ(TQRectMinForAxis(axis, rect), min);
-      EXPECT_EQ(TQRectMidForAxis(axis, rect), mid);
-      EXPECT_EQ(TQRectMaxForAxis(axis, rect), max);
       EXPECT_EQ(TQRectSizeForAxis(axis, rect), size);
       EXPECT_EQ(TQRectRangeForAxis(axis, rect).length, size);
-
-      const Rect byMin = TQRectWithMinForAxis(axis, -7, rect);
-      const Rect byMid = TQRectWithMidForAxis(axis, -7, rect);
-      const Rect byMax = TQRectWithMaxForAxis(axis, -7, rect);
-      EXPECT_EQ(TQRectMinForAxis(axis, byMin), -7);
-      EXPECT_EQ(TQRectMidForAxis(axis, byMid), -7);
-      EXPECT_EQ(TQRectMaxForAxis(axis, byMax), -7);
-      for (const Rect& moved : {byMin, byMid, byMax}) EXPECT_EQ(moved.size, rect.size);
-      const Axis across = axis == kX ? kY : kX;
-      EXPECT_EQ(TQRectMinForAxis(across, byMin), TQRectMinForAxis(across, rect));
+      const Rows<decltype(&TQRectMinForAxis), decltype(&TQRectWithMinForAxis), double> places{
+          {TQRectMinForAxis, TQRectWithMinForAxis, min},
+          {TQRectMidForAxis, TQRectWithMidForAxis, mid},
+          {TQRectMaxForAxis, TQRectWithMaxForAxis, max}};
+      for (const auto& [get, set, place] : places) {
+        EXPECT_EQ(get(axis, rect), place);
+        const Rect moved = set(axis, -7, rect);
+        EXPECT_EQ(get(axis, moved), -7);
+        EXPECT_EQ(moved.size, rect.size);
+        const Axis across = axis == kX ? kY : kX;
+        EXPECT_EQ(get(across, moved), get(across, rect));
+      }
     }
   }
   EXPECT_EQ(TQRectWithSizeForAxis(kY, -3, {1, 2, 3, 4}).size, (Size{3, -3}));
 }
 
-TEST(RectAxis, ValuesInOrderReadTheRawOriginAndTheMaximum) {
-  EXPECT_EQ(TQRectValueForAxisInOrder(kX, 0, {40, 260, -30, -60}), 40);
+TEST(RectAxis, ValuesInOrderReadTheRawOriginAndTheMaximumAndKeysAreSixNames) {
+  const Rect rect{40, 260, -30, -60};
+  EXPECT_EQ(TQRectValueForAxisInOrder(kX, 0, rect), 40);
   EXPECT_EQ(TQRectValueForAxisInOrder(kY, -5, Rect(1, 2, 3, 4)), 6);
   EXPECT_EQ(TQRectAddValueForAxisInOrder(kX, 0, 5, {10, 0, 30, 1}), Rect(15, 0, 25, 1));
   EXPECT_EQ(TQRectAddValueForAxisInOrder(kY, 1, 5, {10, 0, 30, 1}), Rect(10, 0, 30, 6));
-}
-
-TEST(RectAxis, ValueForKeyKnowsSixNames) {
-  const Rect rect{40, 260, -30, -60};
   const Rows<const char*, double> cases{{"minX", 10},  {"midX", 25},  {"maxX", 40}, {"minY", 200},
                                         {"midY", 230}, {"maxY", 260}, {"MinX", 0},  {"", 0}};
   for (const auto& [key, value] : cases) EXPECT_EQ(TQRectValueForKey(rect, key), value) << key;

@@ -21,22 +21,18 @@ TEST(RectConstruction, FromPointsSizesAndMargins) {
   expectFields(TQRectPointUnion({5, -1}, RectNull), {5, -1, 0, 0});
 }
 
-TEST(RectConstruction, MinSizeGrowsRawExtentsAndFlippingChangesTheirSigns) {
+TEST(RectConstruction, ExtentsGrowFlipAndResizeByEdges) {
   expectFields(TQRectWithMinSize({10, 2}, {0, 0, 4, 4}), {-3, 0, 10, 4});
   expectFields(TQRectWithMinSize({2, 2}, {0, 0, -4, 2}), {-3, 0, 2, 2});  // -4 is below 2
   const Rect rect{1, 2, 3, 4};
   expectFields(TQRectFlip(rect, AxisMask::horizontal), {4, 2, -3, 4});
   expectFields(TQRectFlip(rect, AxisMask::both), {4, 6, -3, -4});
   expectFields(TQRectFlip(rect, static_cast<AxisMask>(4)), rect);
-}
-
-TEST(RectConstruction, MidsMoveAndEdgesResize) {
-  const Rect rect{10, 20, 4, 6};
   expectFields(TQRectWithMidX(0, {10, 20, -4, 6}), {2, 20, -4, 6});
-  expectFields(TQRectWithMidY(0, rect), {10, -3, 4, 6});
-  expectFields(TQRectResizeMinXTo(11, rect), {11, 20, 3, 6});
-  expectFields(TQRectResizeMinYTo(30, rect), {10, 30, 4, -4});
-  expectFields(TQRectResizeMaxYTo(21, rect), {10, 20, 4, 1});
+  expectFields(TQRectWithMidY(0, {10, 20, 4, 6}), {10, -3, 4, 6});
+  expectFields(TQRectResizeMinXTo(11, {10, 20, 4, 6}), {11, 20, 3, 6});
+  expectFields(TQRectResizeMinYTo(30, {10, 20, 4, 6}), {10, 30, 4, -4});
+  expectFields(TQRectResizeMaxYTo(21, {10, 20, 4, 6}), {10, 20, 4, 1});
   expectFields(TQRectResizeMaxXTo(16, {14, 26, -4, -6}), {10, 26, 6, -6});
 }
 
@@ -62,25 +58,22 @@ TEST(RectMoving, IntoAContainerTheMinimumSideWins) {
   for (int i = 0; i < 20'000; ++i) {
     const Rect rect(number(), number(), number(), number());
     const Rect into(number(), number(), number(), number());
-    Rect moved = rect;
-    if (RectGetMaxX(into) < RectGetMaxX(rect))
-      moved.origin.x = RectGetMaxX(into) - RectGetWidth(rect);
-    if (moved.origin.x < into.origin.x) moved.origin.x = into.origin.x;
-    if (RectGetMaxY(into) < RectGetMaxY(rect))
-      moved.origin.y = RectGetMaxY(into) - RectGetHeight(rect);
-    if (moved.origin.y < into.origin.y) moved.origin.y = into.origin.y;
-    expectFields(TQRectMoveIntoRect(rect, into), moved);
+    const double right = RectGetMaxX(into), top = RectGetMaxY(into);
+    auto [x, y] = rect.origin;
+    if (right < RectGetMaxX(rect)) x = right - RectGetWidth(rect);
+    if (x < into.origin.x) x = into.origin.x;
+    if (top < RectGetMaxY(rect)) y = top - RectGetHeight(rect);
+    if (y < into.origin.y) y = into.origin.y;
+    expectFields(TQRectMoveIntoRect(rect, into), {{x, y}, rect.size});
   }
 }
 
 TEST(RectMoving, TheMiddleIsKeptInside) {
   const Rect container{100, 50, -100, -50};  // standardised: 0, 0, 100, 50
-  expectFields(TQRectByEnsuringMidIsContainedInRect({-30, 60, 20, 10}, container),
-               {-10, 45, 20, 10});
-  expectFields(TQRectByEnsuringMidIsContainedInRect({95, -30, 20, 10}, container),
-               {90, -5, 20, 10});
-  const Rect negative = TQRectByEnsuringMidIsContainedInRect({-30, 0, -20, 10}, container);
-  EXPECT_EQ(TQRectGetMid(negative).x, 0);
+  const auto inside = TQRectByEnsuringMidIsContainedInRect;
+  expectFields(inside({-30, 60, 20, 10}, container), {-10, 45, 20, 10});
+  expectFields(inside({95, -30, 20, 10}, container), {90, -5, 20, 10});
+  EXPECT_EQ(TQRectGetMid(inside({-30, 0, -20, 10}, container)).x, 0);
 }
 
 TEST(RectMoving, PaddingsArePositiveInside) {
@@ -113,16 +106,13 @@ TEST(RectFitting, FitsAndFillsWithTheDocumentedZeroCases) {
   }
 }
 
-TEST(RectFitting, ProportionsFollowOneExtent) {
+TEST(RectFitting, ProportionsFollowOneExtentAndRectsScaleAndExpand) {
   const Rect rect{1, 2, 40, 10};
   expectFields(TQRectWithWidthRespectingProportions(20, rect), {1, 2, 20, 5});
   expectFields(TQRectWithHeightRespectingProportions(20, rect), {1, 2, 80, 20});
   expectFields(TQRectWithWidthRespectingProportions(20, {1, 2, 0, 10}), {1, 2, 20, 10});
   expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::horizontal, 30, 1.5, rect), {1, 2, 30, 20});
   expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::vertical, 30, 1.5, rect), {1, 2, 45, 30});
-}
-
-TEST(RectFitting, ScalesAndExpands) {
   expectFields(TQRectScale({1, -2, -3, 4}, 2), {2, -4, -6, 8});
   expectFields(TQRectExpand({10, 10, -4, 6}, 1), {5, 9, 6, 8});
   expectFields(TQRectExpand({0, 0, 10, 4}, -3), {3, 2, 4, 0});  // the y edges stop in the middle
