@@ -44,6 +44,25 @@ struct Choosy final : Subclass<Choosy> {
   }
 };
 
+/// Refuses one class, and lists those that it is asked about.
+struct Judge final : Subclass<Judge>, TQJSONDecoderDelegate {
+  static constexpr std::string_view className = "Judge";
+  explicit Judge(const Class* cls) : refused(cls) {}
+  bool shouldInstantiateObjectOfClass(TQJSONDecoder& decoder, const Class& objectClass) override {
+    EXPECT_FALSE(decoder.containsValueForKey("absent"));
+    asked += std::string(objectClass.name()) + " ";
+    return &objectClass != refused;
+  }
+  std::string asked;
+  const Class* refused;
+};
+
+/// A keyed archive in JSON.
+inline std::string archived(const Object& object) {
+  const auto bytes = KeyedArchiver::archivedDataWithRootObject(object);
+  return "{\"_archive\":\"" + base64FromBytes(bytes->bytes()) + "\"}";
+}
+
 /// A dictionary with this key and another one.
 inline Ref<Object> keyed(Ref<Object> key) {
   const std::pair<Ref<Object>, Ref<Object>> entries[] = {{std::move(key), Null::null()},

@@ -17,20 +17,6 @@ struct Half final : Subclass<Half> {
   }
 };
 
-std::string archiveOfHalves() {
-  const Ref<Object> halves = Array::arrayWithObjects({makeRef<Half>(), makeRef<Half>(), str("x")});
-  return "{\"_archive\":\"" +
-         base64FromBytes(KeyedArchiver::archivedDataWithRootObject(*halves)->bytes()) + "\"}";
-}
-
-struct RefusesChoosy final : Subclass<RefusesChoosy>, TQJSONDecoderDelegate {
-  static constexpr std::string_view className = "RefusesChoosy";
-  bool shouldInstantiateObjectOfClass(TQJSONDecoder& decoder, const Class& named) override {
-    EXPECT_FALSE(decoder.containsValueForKey("absent"));
-    return named.name() != "Choosy";
-  }
-};
-
 /// Returns one word for each entry.
 std::string listed(const UnreadContent& unread) {
   std::string text;
@@ -67,14 +53,10 @@ class JSONUnread : public testing::Test {
     };
   }
   void TearDown() override { Scripted::onDecode() = nullptr; }
-
-  const Ref<RefusesChoosy> delegate_ = makeRef<RefusesChoosy>();
 };
 
 TEST_F(JSONUnread, IsListedByNameWithThePathOfTheFirst) {
-  const struct {
-    std::string_view text, expected;
-  } cases[] = {
+  const std::pair<std::string_view, std::string_view> cases[] = {
       {R"({"_class":"Record","point":"","number":1,"child":{"a":[{"b":null}]}})", ""},
       {R"([{"_class":"Record","size":"","new":[{}]},{"a~/b":{"_class":"Record","new":1}}])",
        "member:Record.size@/0/size*1 member:Record.new@/0/new*2"},
@@ -94,10 +76,11 @@ TEST_F(JSONUnread, IsListedByNameWithThePathOfTheFirst) {
       {R"({"_class":"Scripted","child":{"_class":"Scripted","takesAll":1,"x":2},"at":"","other":2})",
        "member:Scripted.other@/other*1"},
   };
+  const auto judge = makeRef<Judge>(&classOf<Choosy>);
   for (const auto& [text, expected] : cases) {
     SCOPED_TRACE(text);
     const auto decoder = TQJSONDecoder::initWithData(*test::data(text));
-    decoder->setDelegate(Weak<TQJSONDecoderDelegate>(delegate_));
+    decoder->setDelegate(Weak<TQJSONDecoderDelegate>(judge));
     EXPECT_EQ(listed(listing(decoder)->unreadContent()), expected);
     EXPECT_EQ(decoder->unreadContent().isEmpty(), expected.empty());
     const auto silent = TQJSONDecoder::initWithData(*test::data(text));
@@ -106,7 +89,7 @@ TEST_F(JSONUnread, IsListedByNameWithThePathOfTheFirst) {
     EXPECT_EQ(silent->unreadContent().count(), 0u);
     // The same from a parsed tree, without paths.
     const auto tree = TQJSONDecoder::initWithRootObject(silent->root());
-    tree->setDelegate(Weak<TQJSONDecoderDelegate>(delegate_));
+    tree->setDelegate(Weak<TQJSONDecoderDelegate>(judge));
     const UnreadContent& ofTree = listing(tree)->unreadContent();
     EXPECT_EQ(ofTree.count(), decoder->unreadContent().count());
     ASSERT_EQ(ofTree.entries().size(), decoder->unreadContent().entries().size());
@@ -115,7 +98,8 @@ TEST_F(JSONUnread, IsListedByNameWithThePathOfTheFirst) {
 }
 
 TEST_F(JSONUnread, IsListedInKeyedArchives) {
-  const auto text = test::data("[0," + archiveOfHalves() + "]");
+  const Ref<Object> halves = Array::arrayWithObjects({makeRef<Half>(), makeRef<Half>(), str("x")});
+  const auto text = test::data("[0," + archived(*halves) + "]");
   const auto read = [&] {
     return listed(listing(TQJSONDecoder::initWithData(*text))->unreadContent());
   };
