@@ -7,18 +7,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
 #include <future>
 #include <sstream>
 
-#include <TQFoundation/platform/files/FileReading.h>
-#include <TQFoundation/platform/files/FileServices.h>
-#include <TQFoundation/platform/log/PlainLog.h>
-#include <TQFoundation/platform/network/FileDownload.h>
-#include <TQFoundation/platform/preferences/UserDefaults.h>
-#include <TQFoundation/serialisation/TQJSONDecoder.h>
-#include <TQFoundation/serialisation/TQJSONEncoder.h>
+#include <TQFoundation/TQFoundation.h>
 
 #include "support/Bytes.h"
 #include "support/Child.h"
@@ -115,13 +107,11 @@ Found findPreferences(const fs::path& folder) {
 void serve(const test::Socket& socket, const test::LoopbackServer::Request& request) {
   const std::string range = request.header("Range");
   const std::size_t from = range.empty() ? 0 : std::stoul(range.substr(range.find('=') + 1));
-  socket.send("HTTP/1.1 " + std::string(from != 0 ? "206 Partial Content" : "200 OK") +
-              "\r\nConnection: close\r\nETag: \"" + request.path + "\"\r\nContent-Range: bytes " +
-              std::to_string(from) + "-" + std::to_string(kLength - 1) + "/" +
-              std::to_string(kLength) + "\r\nContent-Length: " + std::to_string(kLength - from) +
-              "\r\n\r\n");
-  const std::size_t end = request.header("X-Cut").empty() ? kLength : kLength / 2;
-  socket.send(textOf(request.path[1] - '0').substr(from, end));
+  const std::string page = test::LoopbackServer::page(
+      from != 0 ? "206 Partial Content" : "200 OK", textOf(request.path[1] - '0').substr(from),
+      "ETag: \"" + request.path + "\"\r\nContent-Range: bytes " + std::to_string(from) + "-" +
+          std::to_string(kLength - 1) + "/" + std::to_string(kLength) + "\r\n");
+  socket.send(request.header("X-Cut").empty() ? page : page.substr(0, page.size() - kLength / 2));
 }
 bool fetch(const fs::path& folder, int value, HTTPHeaders headers) {
   std::promise<bool> ended;
