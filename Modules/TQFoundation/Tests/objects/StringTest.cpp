@@ -80,32 +80,16 @@ TEST(LenientReading, ReadsNumbersLikeTheCLibrary) {
   const auto expectSame = [](const std::string& text) {
     EXPECT_PRED2(test::sameNumber, lenientDouble(text), std::strtod(text.c_str(), nullptr)) << text;
   };
-  for (const char* text : {"",
-                           " 0.5x",
-                           "+.5",
-                           "5.",
-                           ".",
-                           "1e",
-                           "1e+2",
-                           "1E-2",
-                           "1e400",
-                           "-1e400",
-                           "1e-400",
-                           "0e999999999999999999999",
-                           "1e999999999999999999999",
-                           "1e-999999999999999999999",
-                           "1.7976931348623157e308",
-                           "4.9e-324",
-                           "2e-324",
-                           "1.5.5",
-                           "-0",
-                           "-1e-400"}) {
+  for (const char* text : {"", " 0.5x", "+.5", "5.", ".", "1e", "1e+2", "1E-2", "1e400", "-1e400",
+                           "1e-400", "4.9e-324", "2e-324", "1.5.5", "-0", "-1e-400"}) {
     expectSame(text);
   }
-  const std::string zeros(400, '0');
-  for (const auto& text : {"0." + zeros + "1e401", "1" + zeros + "e-400", "1" + zeros}) {
+  const std::string zeros(400, '0'), nines(21, '9');
+  for (const std::string& text : {"0e" + nines, "1e" + nines, "1e-" + nines, "0." + zeros + "1e401",
+                                  "1" + zeros + "e-400", "1" + zeros}) {
     expectSame(text);
   }
+  expectSame("1.7976931348623157e308");
   for (const char* word : {"0x10", "inf", "nan"}) EXPECT_EQ(lenientDouble(word), 0) << word;
   EXPECT_EQ(lenientDouble("12345"sv.substr(0, 2)), 12);
 }
