@@ -76,7 +76,8 @@ class World {
   std::vector<std::shared_ptr<void>> kept_;
 };
 
-/// Calls the functions that its name lists. entry-points.sh reads the names.
+/// Calls the functions that its name lists. entry-points.sh reads the names. A function is in the
+/// class of the function before it if its name begins with two colons.
 struct Callback {
   std::string_view functions;
   void (*call)(World&);

@@ -101,7 +101,7 @@ TQJSONDecoder& decoder(World& w, bool delegated = false) {
 }
 
 const Callback objects[] = {
-    {"Array::map, Array::compactMap, Array::flatMap, Array::filter, firstObjectPassing",
+    {"Array::map, ::compactMap, ::flatMap, ::filter, firstObjectPassing",
      [](World& w) {
        EXPECT_EQ(w.array().map(w.making())->count(), 2u);
        EXPECT_EQ(w.array().compactMap(w.making())->count(), 2u);
@@ -109,8 +109,8 @@ const Callback objects[] = {
        EXPECT_EQ(w.array().filter(w.droppingTo(true))->count(), 2u);
        EXPECT_EQ(firstObjectPassing(w.array(), w.droppingTo(false)), nullptr);
      }},
-    {"Ref::Ref, Ref::~Ref, Array::~Array, Array::arrayWithObjects, Dictionary::~Dictionary, "
-     "Dictionary::dictionaryWithEntries, Set::~Set, Set::setWithObjects, Error::errorWithDomain",
+    {"Ref::Ref, ::~Ref, Array::~Array, ::arrayWithObjects, Dictionary::~Dictionary, "
+     "::dictionaryWithEntries, Set::~Set, ::setWithObjects, Error::errorWithDomain",
      [](World& w) {
        Ref<Object> last = w.dying();
        last = Array::arrayWithObjects({w.dying(), w.dying()});
@@ -121,8 +121,8 @@ const Callback objects[] = {
        last = nullptr;
        EXPECT_EQ(w.drops(), 7);
      }},
-    {"MutableArray::addObject, MutableArray::insertObject, MutableArray::removeObjectAtIndex, "
-     "MutableArray::replaceObjectAtIndex, MutableArray::removeAllObjects",
+    {"MutableArray::addObject, ::insertObject, ::removeObjectAtIndex, ::replaceObjectAtIndex, "
+     "::removeAllObjects",
      [](World& w) {
        for (int change = 0; change < 3; ++change) {
          auto& array = w.keep(MutableArray::array());
@@ -133,8 +133,7 @@ const Callback objects[] = {
        }
        EXPECT_EQ(w.drops(), 4);
      }},
-    {"MutableDictionary::setObject, MutableDictionary::removeObjectForKey, "
-     "MutableDictionary::removeAllObjects",
+    {"MutableDictionary::setObject, ::removeObjectForKey, ::removeAllObjects",
      [](World& w) {
        for (int change = 0; change < 3; ++change) {
          auto& dictionary = w.keep(MutableDictionary::dictionary());
@@ -145,8 +144,8 @@ const Callback objects[] = {
        }
        EXPECT_EQ(w.drops(), 4);
      }},
-    {"MapTable::setObject, MapTable::removeObjectForKey, MapTable::setObjectForKeyedSubscript, "
-     "MapTable::removeAllObjects, MapTable::purge, MapTable::purgeSome",
+    {"MapTable::setObject, ::removeObjectForKey, ::setObjectForKeyedSubscript, ::removeAllObjects, "
+     "::purge, ::purgeSome",
      [](World& w) {
        for (int change = 0; change < 6; ++change) {
          auto key = World::object();
@@ -162,8 +161,8 @@ const Callback objects[] = {
        }
        EXPECT_EQ(w.drops(), 6);
      }},
-    {"MapTable::enumerateKeysAndObjectsUsingBlock, MapTable::enumerateKeysUsingBlock, "
-     "MapTable::enumerateObjectsUsingBlock, MapTable::filter",
+    {"MapTable::enumerateKeysAndObjectsUsingBlock, ::enumerateKeysUsingBlock, "
+     "::enumerateObjectsUsingBlock, ::filter",
      [](World& w) {
        const auto table = [&w]() -> MapTable& {
          auto& made = w.keep(MapTable::strongToStrongObjectsMapTable());
@@ -201,10 +200,8 @@ const Callback comparisons[] = {
        EXPECT_TRUE(editSequenceTo(w.array(), w.array(), true, w.droppingTo(false)));
      }},
     {"crossReference, crossReferenceAgainst, TQArrayCrossReferenceHandler::setItemAddedBlock, "
-     "TQArrayCrossReferenceHandler::setComparisonBlock, "
-     "TQArrayCrossReferenceHandler::setItemsMatchedBlock, "
-     "TQArrayCrossReferenceHandler::setItemRemovedBlock, "
-     "TQArrayCrossReferenceHandler::setIndexedComparisonBlock",
+     "::setComparisonBlock, ::setItemsMatchedBlock, ::setItemRemovedBlock, "
+     "::setIndexedComparisonBlock",
      [](World& w) {
        for (int block = 0; block < 5; ++block) {
          TQArrayCrossReferenceHandler handler;
@@ -222,8 +219,7 @@ const Callback comparisons[] = {
        }
      }},
     {"consolidateAgainst, arrayByConsolidatingAgainst, TQArrayConsolidator::setComparisonBlock, "
-     "TQArrayConsolidator::setUpdateBlock, TQArrayConsolidator::setCreateBlock, "
-     "TQArrayConsolidator::setPostRemoveBlock",
+     "::setUpdateBlock, ::setCreateBlock, ::setPostRemoveBlock",
      [](World& w) {
        for (int block = 0; block < 8; ++block) {
          TQArrayConsolidator consolidator;
@@ -240,20 +236,17 @@ const Callback comparisons[] = {
          EXPECT_GT(w.drops(), block);
        }
      }},
-    {"TQTreeComparison::changes, TQTreeComparison::compareOldObject, "
-     "TQTreeComparison::compareOldArray",
+    {"TQTreeComparison::changes, ::compareOldObject, ::compareOldArray",
      [](World& w) { compare(w, false), compare(w, true); }},
-    {"TQObjectSorting::sortObjectsWithNesting, TQObjectSorting::sortObjectsWithCompressedNesting, "
-     "TQSortableTreeItem::sortableTreeItemForObject, "
-     "TQSortableTreeItem::sortableTreeItemsForSortableObjects",
+    {"TQObjectSorting::sortObjectsWithNesting, ::sortObjectsWithCompressedNesting, "
+     "TQSortableTreeItem::sortableTreeItemForObject, ::sortableTreeItemsForSortableObjects",
      [](World& w) {
        EXPECT_EQ(TQObjectSorting::sortObjectsWithNesting(meddlers(w)).size(), 1u);
        EXPECT_EQ(TQObjectSorting::sortObjectsWithCompressedNesting(meddlers(w)).size(), 2u);
        EXPECT_EQ(TQSortableTreeItem::sortableTreeItemsForSortableObjects(meddlers(w)).size(), 2u);
        EXPECT_NE(TQSortableTreeItem::sortableTreeItemForObject(meddler(w)), nullptr);
      }},
-    {"TQSortableTreeItem::initWithObject, TQSortableTreeItem::~TQSortableTreeItem, "
-     "TQSortableTreeItem::setDescriptionDictionary",
+    {"TQSortableTreeItem::initWithObject, ::~TQSortableTreeItem, ::setDescriptionDictionary",
      [](World& w) {
        const auto init = TQSortableTreeItem::initWithObject;
        static_cast<void>(init(nullptr, &w.keep(init(w.dying(), nullptr, "a")), "b"));
@@ -265,7 +258,7 @@ const Callback comparisons[] = {
        described.setDescriptionDictionary(nullptr);
        EXPECT_EQ(w.drops(), 3);
      }},
-    {"TQComparisonItem::setParent, TQComparisonItem::~TQComparisonItem",
+    {"TQComparisonItem::setParent, ::~TQComparisonItem",
      [](World& w) {
        auto& item = w.keep(TQComparisonItem::init());
        item.setParent(TQComparisonItem::initWithNewObject(w.dying(), w.dying(), nullptr));
@@ -274,11 +267,10 @@ const Callback comparisons[] = {
 };
 
 const Callback archives[] = {
-    {"TQJSONEncoder::encodeObjectAsData, TQJSONEncoder::encodeObjectAsString, "
-     "TQJSONEncoder::encodeRootObject, TQJSONDataEncoder::encodeRootObject, "
-     "TQJSONFileEncoder::encodeRootObject, TQJSONEncoder::encoderForWritingToMutableData, "
-     "TQJSONEncoder::saveObject, TQJSONEncoder::encodeObject, "
-     "TQJSONEncoder::encoderForWritingToURL, TQJSONURLEncoder::~TQJSONURLEncoder",
+    {"TQJSONEncoder::encodeObjectAsData, ::encodeObjectAsString, ::encodeRootObject, "
+     "TQJSONDataEncoder::encodeRootObject, TQJSONFileEncoder::encodeRootObject, "
+     "TQJSONEncoder::encoderForWritingToMutableData, ::saveObject, ::encodeObject, "
+     "::encoderForWritingToURL, TQJSONURLEncoder::~TQJSONURLEncoder",
      [](World& w) {
        EXPECT_NE(TQJSONEncoder::encodeObjectAsData(meddler(w)), nullptr);
        EXPECT_NE(TQJSONEncoder::encodeObjectAsString(meddlers(w)), nullptr);
@@ -307,9 +299,8 @@ const Callback archives[] = {
          }
        }
      }},
-    {"TQJSONDecoder::decode, TQJSONDecoder::decodeMembers, TQJSONDecoder::decodeObjectForKey, "
-     "TQJSONDecoder::classFromClassName, TQJSONDecoder::decodeData, "
-     "TQJSONDecoder::decodeDataError, TQJSONDecoder::decodeFileAtURL",
+    {"TQJSONDecoder::decode, ::decodeMembers, ::decodeObjectForKey, ::classFromClassName, "
+     "::decodeData, ::decodeDataError, ::decodeFileAtURL",
      [](World& w) {
        for (const bool delegated : {false, true}) {
          EXPECT_EQ(refCast<Array>(decoder(w, delegated).decode())->count(), 2u);
@@ -321,7 +312,7 @@ const Callback archives[] = {
        const auto file = URL::fileURLWithPath(folder.write("archive", archive(w)->view()));
        EXPECT_NE(TQJSONDecoder::decodeFileAtURL(*file, nullptr), nullptr);
      }},
-    {"TQJSONDecoder::decodeObject, TQJSONDecoder::decodeArray, TQJSONDecoder::decodeDictionary",
+    {"TQJSONDecoder::decodeObject, ::decodeArray, ::decodeDictionary",
      [](World& w) {
        const auto parsed = [&w] { return refCast<Array>(decoder(w).root()); };
        EXPECT_NE(decoder(w).decodeObject(w.keep(Ref<Object>(parsed()))), nullptr);
@@ -339,8 +330,8 @@ const Callback archives[] = {
        EXPECT_NE(error, nullptr);
        setPlainLogSink(std::move(before));
      }},
-    {"KeyedArchiver::archivedDataWithRootObject, KeyedArchiver::encodeObject, "
-     "KeyedUnarchiver::unarchiveRootObject, KeyedUnarchiver::decodeObjectOfClass",
+    {"KeyedArchiver::archivedDataWithRootObject, ::encodeObject, "
+     "KeyedUnarchiver::unarchiveRootObject, ::decodeObjectOfClass",
      [](World& w) {
        Class::registerClass<Meddler>();
        const auto data = KeyedArchiver::archivedDataWithRootObject(meddler(w));

@@ -47,7 +47,8 @@ FILENAME ~ /Exports\.list$/ && /\(/ && !/^(vtable|typeinfo|VTT|guard|virtual thu
   if (!(name in headerOf) && !(name in isKnown)) fault(name ": exported, but in no public header")
 }
 
-# Each row of a table begins with a text: the names of the functions that it calls.
+# Each row of a table begins with a text: the names of the functions that it calls. A function is in
+# the class of the function before it if its name begins with two colons.
 FILENAME ~ /\.cpp$/ && (/^ *\{"[A-Za-z_~]+(::|"|,)/ || isNames) {
   text = $0
   gsub(/^[^"]*"|".*/, "", text)
@@ -55,7 +56,12 @@ FILENAME ~ /\.cpp$/ && (/^ *\{"[A-Za-z_~]+(::|"|,)/ || isNames) {
   isNames = $0 !~ /",/
   if (!isNames) {
     count = split(row, names, / *, */)
-    for (i = 1; i <= count; ++i) covered[names[i]] = FILENAME
+    for (i = 1; i <= count; ++i) {
+      if (names[i] ~ /^::/) names[i] = scope names[i]
+      scope = names[i]
+      sub(/::[^:]*$/, "", scope)
+      covered[names[i]] = FILENAME
+    }
     row = ""
   }
   sub(/.*"/, "")
