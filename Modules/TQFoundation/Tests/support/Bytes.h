@@ -23,6 +23,12 @@ inline std::string fromHex(std::string_view digits) {
   return bytes;
 }
 
+inline std::string repeated(std::string_view text, int count) {
+  std::string all;
+  while (count-- > 0) all += text;
+  return all;
+}
+
 inline std::string littleEndian(std::uint64_t value, std::size_t count) {
   std::string bytes;
   for (; count > 0; --count, value >>= 8) bytes += static_cast<char>(value & 0xff);

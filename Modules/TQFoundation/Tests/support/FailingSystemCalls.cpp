@@ -7,15 +7,15 @@
 
 using tq::test::FailingSystemCalls;
 
-#define TQ_FAILING_CALL(name, Result, parameters, arguments)                                  \
+#define TQ_FAILING_CALL(name, Result, parameters, arguments, ...)                             \
   extern "C" __attribute__((visibility("default"))) Result name parameters {                  \
     static const auto real = reinterpret_cast<Result(*) parameters>(dlsym(RTLD_NEXT, #name)); \
-    return FailingSystemCalls::fails() ? -1 : real arguments;                                 \
+    return FailingSystemCalls::fails(__VA_ARGS__) ? -1 : real arguments;                      \
   }
 TQ_FAILING_CALL(pwrite, ssize_t, (int fd, const void* bytes, size_t count, off_t at),
-                (fd, bytes, count, at))
+                (fd, bytes, count, at), at + static_cast<off_t>(count))
 TQ_FAILING_CALL(pwrite64, ssize_t, (int fd, const void* bytes, size_t count, off64_t at),
-                (fd, bytes, count, at))
+                (fd, bytes, count, at), at + static_cast<off_t>(count))
 TQ_FAILING_CALL(fsync, int, (int fd), (fd))
 TQ_FAILING_CALL(fdatasync, int, (int fd), (fd))
 TQ_FAILING_CALL(ftruncate, int, (int fd, off_t length), (fd, length))

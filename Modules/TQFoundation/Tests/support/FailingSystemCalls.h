@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <limits>
 
 namespace tq::test {
 
@@ -15,6 +16,9 @@ struct FailingSystemCalls {
   enum class How { not_at_all, fails, stays_failed, kills, stops };
   static inline std::atomic<How> how = How::not_at_all;
   static inline std::atomic<int> left = 0;
+
+  /// The length of the longest file that fits on the disk, for pwrite(), which databases use.
+  static inline std::atomic<off_t> mostBytes = std::numeric_limits<off_t>::max();
 
   /// Called in place of write(), unless null.
   using Write = ssize_t (*)(int descriptor, const void* bytes, std::size_t count);
@@ -30,7 +34,9 @@ struct FailingSystemCalls {
     return left <= 0;
   }
 
-  static bool fails() {
+  /// @param end  the length that the file would have at least
+  static bool fails(off_t end = 0) {
+    if (end > mostBytes) return errno = ENOSPC, true;
     if (how == How::not_at_all) return false;
     const int before = left.fetch_sub(1);
     if (before > 1 || (before < 1 && how != How::stays_failed)) return false;

@@ -3,24 +3,24 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
-#include "support/Test.h"
+#include "support/Bytes.h"
 
 namespace tq::test {
+
+namespace fs = std::filesystem;
 
 /// A temporary directory for a test. The destructor removes it with its content.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
-    std::string name = (std::filesystem::temp_directory_path() / "tq-XXXXXX").string();
+    std::string name = (fs::temp_directory_path() / "tq-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary directory");
     path_ = name;
   }
   ~TemporaryDirectory() {
     std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    fs::remove_all(path_, ignored);
   }
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -33,13 +33,15 @@ class TemporaryDirectory {
     return path(name);
   }
 
-  [[nodiscard]] std::string read(std::string_view name) const {
-    std::ifstream file(path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+  [[nodiscard]] std::string read(std::string_view name) const { return fileContents(path(name)); }
+
+  /// Returns the number of its files and folders.
+  [[nodiscard]] std::ptrdiff_t entries() const {
+    return std::distance(fs::directory_iterator(path_), {});
   }
 
  private:
-  std::filesystem::path path_;
+  fs::path path_;
 };
 
 }  // namespace tq::test

@@ -1,14 +1,11 @@
 #include <TQFoundation/platform/preferences/PreferenceObservation.h>
 
-#include <filesystem>
-
 #include <TQFoundation/platform/loops/RunLoop.h>
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
 #include "support/Child.h"
 #include "support/Descriptors.h"
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 

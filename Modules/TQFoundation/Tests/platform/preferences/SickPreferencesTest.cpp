@@ -1,52 +1,20 @@
 // Preferences whose files were changed by others, beside what SickMachineFaultTest.cpp tries on all
 // services.
 
-#include <gmock/gmock.h>
-#include <sched.h>
-#include <signal.h>
-#include <sqlite3.h>
-#include <sys/mount.h>
+#include "platform/preferences/Suite.h"
+
 #include <sys/shm.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-#include <support/CapturedLog.h>
-#include <support/Child.h>
-#include <support/TemporaryDirectory.h>
-
-#include <filesystem>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include <TQFoundation/objects/Data.h>
-#include <TQFoundation/platform/preferences/UserDefaults.h>
 
-namespace tq {
+#include "support/FailingSystemCalls.h"
+
 namespace {
 
-using test::Child;
-using testing::HasSubstr;
-namespace fs = std::filesystem;
+using namespace test;
 
-constexpr int kNotPermitted = 77;
-
-struct SickPreferences : testing::Test {
-  test::TemporaryDirectory directory;
-  test::CapturedLog log;
-  const std::string folder = directory.path("folder");
-  const std::string database = folder + "/suite.sqlite";
-
-  [[nodiscard]] Ref<UserDefaults> open() const {
-    return UserDefaults::initWithSuiteName("suite", folder);
-  }
-  void execute(const char* statements) const {
-    sqlite3* connection = nullptr;
-    EXPECT_EQ(sqlite3_open(database.c_str(), &connection), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(connection, statements, nullptr, nullptr, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(connection);
-    sqlite3_close(connection);
-  }
+struct SickPreferences : SuiteTest {
   /// A process writes `old` and is killed: the value is only in the write-ahead log.
   void leaveUncheckpointed(std::int64_t old) const {
     Child writer([&] {
@@ -105,93 +73,85 @@ TEST_F(SickPreferences, OtherProgramsChangesAreSeenAfterSynchronizing) {
 }
 
 TEST_F(SickPreferences, FilesMayBeCutBetweenRuns) {
-  const struct {
-    const char* suffix;
-    int old;  ///< 0: nothing is left
-  } cells[] = {{"", 0}, {"-wal", 0}, {"-shm", 2}};
-  for (const auto& cell : cells) {
-    SCOPED_TRACE(cell.suffix);
+  const Rows<const char*, int> cases{{"", 0}, {"-wal", 0}, {"-shm", 2}};  // 0: nothing is left
+  for (const auto& [suffix, old] : cases) {
+    SCOPED_TRACE(suffix);
     fs::remove_all(folder);
     leaveUncheckpointed(2);
-    fs::resize_file(database + cell.suffix, 0);
-    writesAgain(cell.old);
+    fs::resize_file(database + suffix, 0);
+    writesAgain(old);
   }
 }
 
-/// Runs `check` in a process with its own small file system at `folder`.
-/// @return false if that is not permitted
-bool onSmallDisk(const std::string& folder, const std::function<void()>& check) {
-  fs::create_directory(folder);
-  Child child([&] {
-    if (::unshare(CLONE_NEWNS) != 0 ||
-        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        ::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=400k,mode=700") != 0) {
-      ::_exit(kNotPermitted);
-    }
-    check();
-  });
-  const int status = child.end();
-  const bool isPermitted = !WIFEXITED(status) || WEXITSTATUS(status) != kNotPermitted;
-  EXPECT_TRUE(!isPermitted || status == 0) << status;
-  return isPermitted;
-}
-
 TEST_F(SickPreferences, AValueThatDoesNotFitDoesNotKeepOthersFromBeingSaved) {
-  const bool isPermitted = onSmallDisk(folder, [&] {
-    const auto big = Data::dataWithBytes(std::string(1'000'000, 'x'));
-    Child writer([&] {
-      const Ref<UserDefaults> defaults = open();
-      defaults->setObject(big, "big");
-      for (int i = 1; i <= 30; ++i) defaults->setInteger(i, "small");
-      EXPECT_NE(defaults->peekObjectForKey("big"), nullptr);
-      EXPECT_FALSE(defaults->synchronize());
-      if (!HasFailure()) ::raise(SIGKILL);
-    });
-    EXPECT_TRUE(WIFSIGNALED(writer.end()));
+  const off_t noLimit = FailingSystemCalls::mostBytes.exchange(400'000);
+  const auto big = Data::dataWithBytes(std::string(1'000'000, 'x'));
+  Child writer([&] {
     const Ref<UserDefaults> defaults = open();
-    EXPECT_EQ(defaults->integerForKey("small"), 30);
-    EXPECT_EQ(defaults->objectForKey("big"), nullptr);
     defaults->setObject(big, "big");
+    for (int i = 1; i <= 30; ++i) defaults->setInteger(i, "small");
+    EXPECT_NE(defaults->peekObjectForKey("big"), nullptr);
     EXPECT_FALSE(defaults->synchronize());
-    defaults->removeObjectForKey("big");
-    EXPECT_TRUE(defaults->synchronize());
+    if (!HasFailure()) ::raise(SIGKILL);
   });
-  if (!isPermitted) GTEST_SKIP() << "mount namespaces are not permitted";
+  EXPECT_TRUE(WIFSIGNALED(writer.end()));
+  const Ref<UserDefaults> defaults = open();
+  EXPECT_EQ(defaults->integerForKey("small"), 30);
+  EXPECT_EQ(defaults->objectForKey("big"), nullptr);
+  defaults->setObject(big, "big");
+  EXPECT_FALSE(defaults->synchronize());
+  defaults->removeObjectForKey("big");
+  EXPECT_TRUE(defaults->synchronize());
+  FailingSystemCalls::mostBytes = noLimit;
 }
 
-TEST_F(SickPreferences, AHostileDatabaseIsWrittenOrSetAside) {
-  const struct {
-    const char* name;
-    const char* statements;
-    bool isSetAside;
-    int old;
-  } cells[] = {
-      {"trigger",
-       "CREATE TRIGGER t BEFORE INSERT ON preference BEGIN SELECT RAISE(ABORT, 'no'); END;"
-       "CREATE TRIGGER u AFTER INSERT ON preference BEGIN DELETE FROM preference; END",
-       false, 2},
-      {"condition",
-       "ALTER TABLE preference RENAME TO p; CREATE TABLE preference (key BLOB PRIMARY KEY,"
-       " value BLOB CHECK (key <> x'6E6577')) WITHOUT ROWID; INSERT INTO preference SELECT * FROM "
-       "p",
-       true, 2},
-      {"view", "ALTER TABLE preference RENAME TO p; CREATE VIEW preference AS SELECT * FROM p",
-       true, 0},
-      {"header", nullptr, true, 2},
+TEST_F(SickPreferences, ADamagedOrHostileDatabaseIsWrittenOrSetAside) {
+  const char* const file = "folder/suite.sqlite";
+  const auto statements = [&](const char* text) { return [this, text] { execute(text); }; };
+  const auto bytes = [&](void (*change)(std::string&)) {
+    return [=, this] {
+      std::string all = directory.read(file);
+      change(all);
+      directory.write(file, all);
+    };
   };
-  for (const auto& cell : cells) {
-    SCOPED_TRACE(cell.name);
-    fs::remove_all(folder);
+  const Rows<const char*, std::function<void()>, bool, int> cases{
+      {"condition",
+       statements("ALTER TABLE preference RENAME TO p; CREATE TABLE preference (key BLOB PRIMARY "
+                  "KEY, value BLOB CHECK (key <> x'6E6577')) WITHOUT ROWID; INSERT INTO preference "
+                  "SELECT * FROM p"),
+       true, 2},
+      {"view",
+       statements("ALTER TABLE preference RENAME TO p; CREATE VIEW preference AS SELECT * FROM p"),
+       true, 0},
+      {"other columns", statements("DROP TABLE preference; CREATE TABLE preference (other TEXT)"),
+       true, 0},
+      {"a write version of the future: read only", bytes([](auto& all) { all[18] = 9; }), true, 2},
+      {"no database", bytes([](auto& all) { all = "long enough to be taken for a database"; }),
+       true, 0},
+      {"the table's only page", bytes([](auto& all) { all.replace(4096, 200, 200, '\xFF'); }), true,
+       0},
+      {"cut", bytes([](auto& all) { all.resize(4096); }), true, 0},
+      {"trigger",
+       statements(
+           "CREATE TRIGGER t BEFORE INSERT ON preference BEGIN SELECT RAISE(ABORT, 'no'); END;"
+           "CREATE TRIGGER u AFTER INSERT ON preference BEGIN DELETE FROM preference; END"),
+       false, 2},
+  };
+  std::size_t count = 0;
+  for (const auto& [name, harm, isSetAside, old] : cases) {
+    SCOPED_TRACE(name);
     open()->setInteger(2, "old");
-    if (cell.statements != nullptr) {
-      execute(cell.statements);
-    } else {
-      std::string bytes = directory.read("folder/suite.sqlite");
-      bytes[18] = 9;  // a write version of the future: read only
-      directory.write("folder/suite.sqlite", bytes);
-    }
-    writesAgain(cell.old);
-    EXPECT_EQ(fs::exists(database + ".damaged"), cell.isSetAside);
+    open()->removeObjectForKey("new");
+    harm();
+    const std::string harmed = directory.read(file);
+    writesAgain(old);
+    if (isSetAside) ++count;
+    ASSERT_EQ(log.messages().size(), count);
+    if (!isSetAside) continue;
+    EXPECT_THAT(log.messages().back(), HasSubstr("damaged"));
+    const std::string number = count > 1 ? "-" + std::to_string(count) : "";
+    EXPECT_TRUE(directory.read(file + (".damaged" + number)) == harmed);
   }
 }
 
@@ -213,4 +173,3 @@ TEST_F(SickPreferences, FilesAreForTheirOwnerAlone) {
 }
 
 }  // namespace
-}  // namespace tq

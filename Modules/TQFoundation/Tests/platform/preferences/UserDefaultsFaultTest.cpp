@@ -1,13 +1,7 @@
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <TQFoundation/platform/preferences/UserDefaults.h>
-
-#include "support/CapturedLog.h"
-#include "support/Child.h"
+#include "platform/preferences/Suite.h"
 #include "support/FailingSystemCalls.h"
-#include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -15,15 +9,8 @@ using namespace test;
 using SharedInteger = std::atomic<std::int64_t>;
 using How = FailingSystemCalls::How;
 
-struct UserDefaultsFault : testing::Test {
-  std::unique_ptr<test::TemporaryDirectory> directory =
-      std::make_unique<test::TemporaryDirectory>();
-  test::CapturedLog log;
-
-  [[nodiscard]] Ref<UserDefaults> open() const {
-    return UserDefaults::initWithSuiteName("suite", directory->path("folder"));
-  }
-  void startAnew() { directory = std::make_unique<test::TemporaryDirectory>(); }
+struct UserDefaultsFault : SuiteTest {
+  void startAnew() const { std::filesystem::remove_all(folder); }
 };
 using UserDefaultsStress = UserDefaultsFault;
 
@@ -111,8 +98,7 @@ TEST_F(UserDefaultsStress, TheNextReadSeesWhatAnotherProcessWrote) {
   for (const mode_t mode : {0700U, 0777U}) {
     SCOPED_TRACE(mode);
     startAnew();
-    ASSERT_EQ(::mkdir(directory->path("folder").c_str(), mode), 0);
-    ASSERT_EQ(::chmod(directory->path("folder").c_str(), mode), 0);
+    ASSERT_TRUE(::mkdir(folder.c_str(), mode) == 0 && ::chmod(folder.c_str(), mode) == 0);
     constexpr int kRounds = 200;
     SharedInteger& turn = shared<SharedInteger>();
     Child child([&] {
