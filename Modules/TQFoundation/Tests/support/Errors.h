@@ -9,20 +9,14 @@ namespace tq::test {
 
 inline std::int64_t codeOf(const Ref<Error>& error) { return error == nullptr ? 0 : error->code(); }
 
+/// @param text  the localized description, unless it is nullopt
 template <class Code>
-void expectError(const Ref<Error>& error, std::string_view domain, Code code) {
+void expectError(const Ref<Error>& error, std::string_view domain, Code code,
+                 std::optional<std::string_view> text = {}) {
   ASSERT_TRUE(error);
   EXPECT_EQ(error->domain(), domain);
   EXPECT_EQ(error->code(), static_cast<std::int64_t>(code)) << error->description();
-}
-
-template <class Code>
-void expectError(const Ref<Error>& error, std::string_view domain, Code code,
-                 std::string_view text) {
-  expectError(error, domain, code);
-  if (error != nullptr) {
-    EXPECT_EQ(error->localizedDescription(), text);
-  }
+  EXPECT_EQ(error->localizedDescription(), text.value_or(error->localizedDescription()));
 }
 
 /// Checks an error of a file operation and the system's error number in it.

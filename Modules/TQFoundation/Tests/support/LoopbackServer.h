@@ -10,10 +10,10 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <thread>
-#include <utility>
 
 namespace tq::test {
 
@@ -110,23 +110,23 @@ class LoopbackServer {
  private:
   void answer(const Socket& socket) {
     if (connected_) return connected_(socket);
-    std::string all;
+    Request request;
+    const auto receiveMore = [&socket](std::string& to) {
+      const std::string more = socket.receive();
+      to += more;
+      return !more.empty();
+    };
     std::size_t end;
-    while ((end = all.find("\r\n\r\n")) == std::string::npos) {
-      const std::string more = socket.receive();
-      if (more.empty()) return;
-      all += more;
+    while ((end = request.head.find("\r\n\r\n")) == std::string::npos) {
+      if (!receiveMore(request.head)) return;
     }
-    Request request{{}, {}, all.substr(0, end), all.substr(end + 4)};
-    const std::size_t expected = std::stoul("0" + request.header("Content-Length"));
-    while (request.body.size() < expected) {
-      const std::string more = socket.receive();
-      if (more.empty()) return;
-      request.body += more;
+    request.body = request.head.substr(end + 4);
+    request.head.resize(end);
+    const std::size_t length = std::stoul("0" + request.header("Content-Length"));
+    while (request.body.size() < length) {
+      if (!receiveMore(request.body)) return;
     }
-    request.method = all.substr(0, all.find(' '));
-    const std::size_t path = request.method.size() + 1;
-    request.path = all.substr(path, all.find(' ', path) - path);
+    std::istringstream(request.head) >> request.method >> request.path;
     const auto page = pages_.find(request.path);
     if (page == pages_.end()) {
       socket.send(LoopbackServer::page("404 Not Found", "nothing here"));

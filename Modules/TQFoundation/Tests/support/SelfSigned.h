@@ -1,14 +1,8 @@
 #pragma once
 
-#include <openssl/evp.h>
-#include <openssl/pem.h>
 #include <openssl/ssl.h>
-#include <openssl/x509.h>
 #include <openssl/x509v3.h>
 #include <signal.h>
-
-#include <memory>
-#include <string>
 
 #include "support/LoopbackServer.h"
 

@@ -24,20 +24,20 @@ ExternalTool shell(std::string script, std::string_view input = {}) {
 
 TEST(ExternalTool, CollectsBothStreamsWhileItWritesTheInput) {
   const std::string large(1'000'000, 'x');
-  const test::Rows<const char*, std::string_view, std::string_view, std::string_view, int, int>
-      cases{
-          {"cat", large, large, "", 0, 0},
-          {"cat >&2; echo out; exit 7", "in", "out\n", "in", 7, 0},
-          {"cat; head -c 1000000 /dev/zero | tr '\\0' x >&2", large, large, large, 0, 0},
-          {"head -c 1000000 /dev/zero | tr '\\0' x; cat >&2", large, large, large, 0, 0},
-          {"exit 3", large, "", "", 3, 0},  // never reads: neither SIGPIPE nor a wait
-          {"exec 0<&-; echo closed", large, "closed\n", "", 0, 0},
-          {"kill -9 $$", "", "", "", -1, SIGKILL},
-          {"kill -PIPE $$", "", "", "", -1, SIGPIPE},  // signals have their default action
-          {"read line || echo none", "", "none\n", "", 0, 0},
-          {"sleep 20 & echo left", "", "left\n", "", 0, 0},  // its own children are not waited for
-          {"ls /proc/self/fd | wc -l", "", "4\n", "", 0, 0},
-      };
+  using Text = std::string_view;
+  const test::Rows<const char*, Text, Text, Text, int, int> cases{
+      {"cat", large, large, "", 0, 0},
+      {"cat >&2; echo out; exit 7", "in", "out\n", "in", 7, 0},
+      {"cat; head -c 1000000 /dev/zero | tr '\\0' x >&2", large, large, large, 0, 0},
+      {"head -c 1000000 /dev/zero | tr '\\0' x; cat >&2", large, large, large, 0, 0},
+      {"exit 3", large, "", "", 3, 0},  // never reads: neither SIGPIPE nor a wait
+      {"exec 0<&-; echo closed", large, "closed\n", "", 0, 0},
+      {"kill -9 $$", "", "", "", -1, SIGKILL},
+      {"kill -PIPE $$", "", "", "", -1, SIGPIPE},  // signals have their default action
+      {"read line || echo none", "", "none\n", "", 0, 0},
+      {"sleep 20 & echo left", "", "left\n", "", 0, 0},  // its own children are not waited for
+      {"ls /proc/self/fd | wc -l", "", "4\n", "", 0, 0},
+  };
   for (const auto& [script, input, output, errorOutput, exitStatus, signal] : cases) {
     SCOPED_TRACE(script);
     const auto start = std::chrono::steady_clock::now();
@@ -54,6 +54,7 @@ TEST(ExternalTool, CollectsBothStreamsWhileItWritesTheInput) {
 }
 
 TEST(ExternalTool, ReportsWhyItDidNotEnd) {
+  const char* const late = "The tool “sh” did not end in time.";
   const test::Rows<const char*, std::function<void(ExternalTool&)>, Code, const char*> cases{
       {"", [](auto& tool) { tool.program = "/nowhere/tool"; }, Code::cannotStart,
        "The tool “/nowhere/tool” could not be started: No such file or directory."},
@@ -61,11 +62,9 @@ TEST(ExternalTool, ReportsWhyItDidNotEnd) {
        "The tool “sh” could not be started: Invalid argument."},
       {"true", [](auto& tool) { tool.workingFolder = "/nowhere"; }, Code::cannotStart,
        "The tool “sh” could not be started: No such file or directory."},
-      {"sleep 60 & sleep 60", [](auto& tool) { tool.timeoutSeconds = 0.2; }, Code::timedOut,
-       "The tool “sh” did not end in time."},
+      {"sleep 60 & sleep 60", [](auto& tool) { tool.timeoutSeconds = 0.2; }, Code::timedOut, late},
       {"exec perl -e 'setpgrp(0, getpgrp(getppid())); sleep 60'",
-       [](auto& tool) { tool.timeoutSeconds = 1; }, Code::timedOut,
-       "The tool “sh” did not end in time."},
+       [](auto& tool) { tool.timeoutSeconds = 1; }, Code::timedOut, late},
       {"yes", [](auto& tool) { tool.mostOutputBytes = 100'000; }, Code::tooMuchOutput,
        "The tool “sh” wrote more than its limit."},
       {"exit 1", [](auto&) { ::signal(SIGCHLD, SIG_IGN); }, Code::unknownEnd,

@@ -5,14 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include <TQFoundation/platform/files/FileReading.h>
 
 #include "support/Bytes.h"
 #include "support/Errors.h"
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -120,8 +117,7 @@ TEST(FileHandle, OneWriteReturnsItsCountAndTheErrorNumber) {
   EXPECT_EQ(result.count, -1);
   EXPECT_EQ(result.errorNumber, ENOSPC);
   ::close(full);
-  result = writeOnce(full, bytesOf("x"));
-  EXPECT_EQ(result.errorNumber, EBADF);
+  EXPECT_EQ(writeOnce(full, bytesOf("x")).errorNumber, EBADF);
 
   int ends[2];
   ASSERT_EQ(::pipe2(ends, O_NONBLOCK), 0);

@@ -6,7 +6,6 @@
 
 #include "support/FailingAllocations.h"
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -1,26 +1,17 @@
 #include <TQFoundation/platform/network/FileDownload.h>
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <support/LoopbackServer.h>
-#include <support/OnDestruction.h>
-#include <support/TemporaryDirectory.h>
-
-#include <filesystem>
-#include <functional>
 #include <future>
-#include <memory>
-#include <mutex>
-#include <utility>
 
-namespace tq {
+#include "support/LoopbackServer.h"
+#include "support/OnDestruction.h"
+#include "support/TemporaryDirectory.h"
+
 namespace {
 
-using test::LoopbackServer;
-using test::Socket;
-namespace fs = std::filesystem;
+using namespace test;
 
 std::string bodyOf(std::size_t length, char version) {
   std::string body(length, version);
@@ -86,16 +77,14 @@ struct FileDownloadTest : testing::Test, Served {
 
   LoopbackServer server{
       {{"/", [this](const Socket& socket, const LoopbackServer::Request& request) {
-          Served now;
-          {
-            const std::scoped_lock guard(mutex);
-            asked.push_back(request.header("Range"));
-            now = served;
-          }
+          std::unique_lock guard(mutex);
+          asked.push_back(request.header("Range"));
+          const Served now = served;
+          guard.unlock();
           EXPECT_EQ(request.header("Accept-Encoding"), "identity");
           now.answer(socket, request);
         }}}};
-  test::TemporaryDirectory directory;
+  TemporaryDirectory directory;
   const Ref<URLSession> session = URLSession::sessionWithConfiguration({});
   const Ref<URL> file = URL::fileURLWithPath(directory.path("plan.svg"));
 
@@ -117,8 +106,7 @@ struct FileDownloadTest : testing::Test, Served {
     }
     std::promise<void> done;
     Outcome outcome;
-    URLRequest request;
-    request.url = URL::URLWithString(server.url(path));
+    URLRequest request{.url = URL::URLWithString(server.url(path))};
     request.HTTPHeaderFields = {{"range", "bytes=0-0"}};  // ignored
     FileDownloadHandler handler;
     Ref<FileDownload> download;
@@ -144,6 +132,13 @@ struct FileDownloadTest : testing::Test, Served {
     return outcome;
   }
 
+  /// Downloads a third of the body; later responses are complete.
+  void downloadAThird() {
+    cutsAfter = 1'000'000;
+    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+    cutsAfter = length;
+  }
+
   std::vector<std::string> takeAsked() {
     const std::scoped_lock guard(mutex);
     return std::exchange(asked, {});
@@ -153,9 +148,6 @@ struct FileDownloadTest : testing::Test, Served {
   }
   [[nodiscard]] fs::perms permissionsOf(std::string_view name) const {
     return fs::status(directory.path(name)).permissions();
-  }
-  [[nodiscard]] std::ptrdiff_t entries() const {
-    return std::distance(fs::directory_iterator(directory.path("")), {});
   }
 };
 
@@ -168,13 +160,11 @@ TEST_F(FileDownloadTest, CompleteBodiesReplaceTheFile) {
     EXPECT_EQ(permissionsOf("plan.svg.download-note"), fs::perms(0600));
   };
   const Outcome outcome = download();
-  EXPECT_EQ(outcome.code, 0);
-  EXPECT_EQ(outcome.first, 0);
-  EXPECT_EQ(outcome.last, static_cast<std::int64_t>(length));
-  EXPECT_EQ(outcome.expected, static_cast<std::int64_t>(length));
+  EXPECT_EQ(std::tuple(outcome.code, outcome.first, outcome.last, outcome.expected),
+            std::tuple(0, 0, 3'000'000, 3'000'000));
   EXPECT_TRUE(holds('a'));
   EXPECT_EQ(permissionsOf("plan.svg"), fs::perms(0440));
-  EXPECT_EQ(entries(), 1);  // nothing else remains
+  EXPECT_EQ(directory.entries(), 1);  // nothing else remains
   EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
 }
 
@@ -184,7 +174,7 @@ TEST_F(FileDownloadTest, ReleasesItsFunctionsAtItsEnd) {
   auto own = std::make_shared<Ref<FileDownload>>();
   FileDownloadHandler handler;
   const auto notify = [&] { released.set_value(); };
-  handler.didComplete = [own, last = makeRef<test::OnDestruction>(notify)](auto...) {};
+  handler.didComplete = [own, last = makeRef<OnDestruction>(notify)](auto...) {};
   *own = FileDownload::downloadWithRequest(*session, {.url = URL::URLWithString(server.url("/"))},
                                            *file, std::move(handler));
   (*own)->resume();
@@ -194,21 +184,18 @@ TEST_F(FileDownloadTest, ReleasesItsFunctionsAtItsEnd) {
 
 TEST_F(FileDownloadTest, RequestsOnlyTheRest) {
   directory.write("plan.svg", "old");
-  cutsAfter = 1'000'000;
-  EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+  downloadAThird();
   EXPECT_EQ(directory.read("plan.svg"), "old");
   const Outcome second = download("/", 1'500'000);
   EXPECT_EQ(second.code, URLErrorCancelled);
   EXPECT_EQ(second.first, 1'000'000);
-  cutsAfter = length;
   const Outcome third = download();
-  EXPECT_EQ(third.code, 0);
-  EXPECT_EQ(third.first, second.last);
-  EXPECT_EQ(third.expected, static_cast<std::int64_t>(length));
+  EXPECT_EQ(std::tuple(third.code, third.first, third.expected),
+            std::tuple(0, second.last, 3'000'000));
   EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", "bytes=1000000-",
                                                    "bytes=" + std::to_string(second.last) + "-"}));
   EXPECT_TRUE(holds('a'));
-  EXPECT_EQ(entries(), 1);
+  EXPECT_EQ(directory.entries(), 1);
 }
 
 TEST_F(FileDownloadTest, StartsAgainForAnotherVersion) {
@@ -217,23 +204,21 @@ TEST_F(FileDownloadTest, StartsAgainForAnotherVersion) {
     for (const std::size_t lengthThen : {1'000'000u, 3'000'000u}) {
       names = lengthThen == 1'000'000 ? Names::change : Names::tag;
       length = 3'000'000;
-      cutsAfter = 1'000'000;
       version = 'a';
-      EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+      downloadAThird();
       length = cutsAfter = lengthThen;
       version = 'b';
       ranges = each;
       EXPECT_EQ(download().code, 0);
       EXPECT_TRUE(holds('b'));
-      EXPECT_EQ(entries(), 1);
+      EXPECT_EQ(directory.entries(), 1);
     }
   }
   // Without a valid note there is nothing to resume.
   ranges = Ranges::known;
   for (const std::string_view loss : {"no note", "longer than the bytes", "a link"}) {
     takeAsked();
-    cutsAfter = 1'000'000;
-    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+    downloadAThird();
     if (loss == "no note") fs::remove(directory.path("plan.svg.download-note"));
     if (loss == "longer than the bytes") fs::resize_file(directory.path("plan.svg.download"), 10);
     if (loss == "a link") {
@@ -241,7 +226,6 @@ TEST_F(FileDownloadTest, StartsAgainForAnotherVersion) {
       fs::create_symlink("precious", directory.path("plan.svg.download-note"));
     }
     const std::string precious = directory.read("precious");
-    cutsAfter = length;
     EXPECT_EQ(download().code, 0) << loss;
     EXPECT_EQ(directory.read("precious"), precious) << "not our file";
     EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", ""})) << loss;
@@ -253,9 +237,7 @@ TEST_F(FileDownloadTest, ResumesOnlyWithAStrongValidator) {
   for (const Names each :
        {Names::tag, Names::weakTag, Names::change, Names::changeJustNow, Names::none}) {
     names = each;
-    cutsAfter = 1'000'000;
-    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
-    cutsAfter = length;
+    downloadAThird();
     EXPECT_EQ(download().code, 0);
     const bool goesOn = each == Names::tag || each == Names::change;
     EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", goesOn ? "bytes=1000000-" : ""}));
@@ -266,10 +248,8 @@ TEST_F(FileDownloadTest, ResumesOnlyWithAStrongValidator) {
 TEST_F(FileDownloadTest, KeepsAllButTheLastBytesOfAKilledProcess) {
   length = 24'000'000;
   const std::string parts[] = {"plan.svg.download", "plan.svg.download-note"};
-  watch = [&,
-           isKept = false](std::int64_t received) mutable {  // what a killed process would leave
-    if (isKept || received < 20'000'000) return;
-    isKept = true;
+  watch = [&](std::int64_t received) {  // what a killed process would leave
+    if (received < 20'000'000 || fs::exists(directory.path(parts[0] + ".kept"))) return;
     for (const std::string& part : parts) {
       fs::copy_file(directory.path(part), directory.path(part + ".kept"));
     }
@@ -288,13 +268,11 @@ TEST_F(FileDownloadTest, KeepsAllButTheLastBytesOfAKilledProcess) {
 TEST_F(FileDownloadTest, RefusedResponsesKeepTheFileAndThePart) {
   directory.write("plan.svg", "old");
   EXPECT_EQ(download("/missing").code, URLErrorBadServerResponse);
-  EXPECT_EQ(entries(), 1);
-  cutsAfter = 1'000'000;
-  EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+  EXPECT_EQ(directory.entries(), 1);
+  downloadAThird();
   ranges = Ranges::others;  // another part than the requested one
   EXPECT_EQ(download().code, URLErrorBadServerResponse);
   ranges = Ranges::known;
-  cutsAfter = length;
   EXPECT_EQ(download().first, 1'000'000);
   EXPECT_TRUE(holds('a'));
 }
@@ -303,61 +281,54 @@ TEST_F(FileDownloadTest, RefusedResponsesKeepTheFileAndThePart) {
 // rest must not complete the file with bytes of "b".
 TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
   const std::string part = "206 Partial Content";
-  const std::string rest = "Content-Range: bytes 1000000-2999999/3000000\r\n";
+  const auto range = [](const std::string& bytes) {
+    return "Content-Range: bytes " + bytes + "\r\n";
+  };
+  const std::string rest = range("1000000-2999999/3000000");
   const std::string tag = "ETag: \"a\"\r\n";
   const std::string refusal = "416 Range Not Satisfiable";
   const char* const otherPart =
       "The server returned another part of the file than the requested one.";
   const char* const coded = "The server returned an encoded body, which was not requested.";
   const char* const tooMuch = "The server returned more bytes than announced.";
-  const struct {
-    const char* name;
-    std::string status, headers;
-    std::size_t bytes;  // of the body
-    const char* text;   // of the error; null if the download starts again and succeeds
-  } cases[] = {
-      {"no validator", part, rest, 2'000'000, nullptr},
-      {"another validator", part, rest + "ETag: \"b\"\r\n", 2'000'000, nullptr},
-      {"a weak validator", part, rest + "ETag: W/\"a\"\r\n", 2'000'000, nullptr},
-      {"another kind of validator", part, rest + "Last-Modified: \"a\"\r\n", 2'000'000, nullptr},
-      {"another total", part, "Content-Range: bytes 1000000-2999999/3000001\r\n" + tag, 2'000'000,
-       nullptr},
-      {"a smaller total", part, "Content-Range: bytes 1000000-1999999/2000000\r\n" + tag, 1'000'000,
-       nullptr},
-      {"no total", part, "Content-Range: bytes 1000000-2999999/*\r\n" + tag, 2'000'000, nullptr},
+  // The bytes of the body, and the text of the error: "" if the download starts again and succeeds.
+  const Rows<const char*, std::string, std::string, std::size_t, std::string> cases{
+      {"no validator", part, rest, 2'000'000, ""},
+      {"another validator", part, rest + "ETag: \"b\"\r\n", 2'000'000, ""},
+      {"a weak validator", part, rest + "ETag: W/\"a\"\r\n", 2'000'000, ""},
+      {"another kind of validator", part, rest + "Last-Modified: \"a\"\r\n", 2'000'000, ""},
+      {"another total", part, range("1000000-2999999/3000001") + tag, 2'000'000, ""},
+      {"a smaller total", part, range("1000000-1999999/2000000") + tag, 1'000'000, ""},
+      {"no total", part, range("1000000-2999999/*") + tag, 2'000'000, ""},
       {"no range", part, tag, 2'000'000, otherPart},
-      {"another range", part, "Content-Range: bytes 500000-2999999/3000000\r\n" + tag, 2'500'000,
-       otherPart},
+      {"another range", part, range("500000-2999999/3000000") + tag, 2'500'000, otherPart},
       {"a coded part", part, rest + tag + "Content-Encoding: gzip\r\n", 2'000'000, coded},
       {"a coded whole", "200 OK", "Content-Encoding: gzip\r\n", 3'000'000, coded},
-      {"more than the range", part, "Content-Range: bytes 1000000-1999999/3000000\r\n" + tag,
-       2'000'000, tooMuch},
+      {"more than the range", part, range("1000000-1999999/3000000") + tag, 2'000'000, tooMuch},
       {"more than the total", part, rest + tag, 2'000'001, tooMuch},
       {"less than the total", part, rest + tag, 1'000'000,
        "The server returned fewer bytes than announced."},
-      {"our length as the total", refusal, "Content-Range: bytes */1000000\r\n" + tag, 0, nullptr},
-      {"another length", refusal, "Content-Range: bytes */3000000\r\n" + tag, 0, nullptr},
-      {"no length", refusal, "", 0, nullptr},
+      {"our length as the total", refusal, range("*/1000000") + tag, 0, ""},
+      {"another length", refusal, range("*/3000000") + tag, 0, ""},
+      {"no length", refusal, "", 0, ""},
       {"no such file", "404 Not Found", "", 10,
        "The server returned status 404 instead of the file."},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, status, headers, bytes, text] : cases) {
+    SCOPED_TRACE(name);
     directory.write("plan.svg", "old");
     version = 'a';
-    cutsAfter = 1'000'000;
-    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
+    downloadAThird();
     version = 'b';
-    cutsAfter = length;
-    lie = LoopbackServer::page(c.status, bodyOf(c.bytes, 'b'), c.headers);
+    lie = LoopbackServer::page(status, bodyOf(bytes, 'b'), headers);
     const Outcome second = download();
-    EXPECT_EQ(second.text, c.text != nullptr ? c.text : "");
-    EXPECT_EQ(second.code, c.text != nullptr ? std::int64_t{URLErrorBadServerResponse} : 0);
-    EXPECT_TRUE(c.text != nullptr ? directory.read("plan.svg") == "old" : holds('b'));
+    EXPECT_EQ(second.text, text);
+    EXPECT_EQ(second.code, text.empty() ? 0 : std::int64_t{URLErrorBadServerResponse});
+    EXPECT_TRUE(text.empty() ? holds('b') : directory.read("plan.svg") == "old");
     lie.clear();
-    EXPECT_TRUE(c.text == nullptr || download().code == 0);
+    EXPECT_TRUE(text.empty() || download().code == 0);
     EXPECT_TRUE(holds('b'));
-    EXPECT_EQ(entries(), 1);
+    EXPECT_EQ(directory.entries(), 1);
   }
 }
 
@@ -369,43 +340,33 @@ TEST_F(FileDownloadTest, PlantedFilesAreNotAdopted) {
   const std::string body = directory.path("plan.svg.download");
   const std::string note = body + "-note";
   const std::string precious = directory.path("precious");
-  const struct {
-    const char* name;
-    std::function<void()> plant;
-    std::int64_t code = 0;
-  } cases[] = {
-      {"another user's body", [&] { ASSERT_EQ(::chown(body.c_str(), kStranger, 0), 0); }},
-      {"another user's note", [&] { ASSERT_EQ(::chown(note.c_str(), kStranger, 0), 0); }},
-      {"a body with two names", [&] { fs::create_hard_link(body, precious); }},
-      {"a note with two names", [&] { fs::create_hard_link(note, precious); }},
+  const Rows<const char*, std::function<void()>, std::int64_t> cases{
+      {"another user's body", [&] { ASSERT_EQ(::chown(body.c_str(), kStranger, 0), 0); }, 0},
+      {"another user's note", [&] { ASSERT_EQ(::chown(note.c_str(), kStranger, 0), 0); }, 0},
+      {"a body with two names", [&] { fs::create_hard_link(body, precious); }, 0},
+      {"a note with two names", [&] { fs::create_hard_link(note, precious); }, 0},
       {"a link", [&] { fs::rename(body, precious), fs::create_symlink(precious, body); }, 512},
       {"a pipe", [&] { fs::remove(body), ::mkfifo(body.c_str(), 0666); }, 512},
       {"a folder", [&] { fs::remove(body), fs::create_directory(body); }, 512},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    cutsAfter = 1'000'000;
-    EXPECT_EQ(download().code, URLErrorNetworkConnectionLost);
-    c.plant();
+  for (const auto& [name, plant, code] : cases) {
+    SCOPED_TRACE(name);
+    downloadAThird();
+    plant();
     const std::string before = directory.read("precious");
     takeAsked();
-    cutsAfter = length;
-    EXPECT_EQ(download().code, c.code);
+    EXPECT_EQ(download().code, code);
     EXPECT_EQ(directory.read("precious"), before);
-    if (c.code == 0) {
+    if (code == 0) {
       EXPECT_TRUE(holds('a'));
       EXPECT_EQ(takeAsked(), std::vector<std::string>{""});
     }
-    for (const char* const each :
-         {"plan.svg", "plan.svg.download", "plan.svg.download-note", "precious"}) {
-      fs::remove(directory.path(each));
-    }
+    for (const auto& each : fs::directory_iterator(directory.path(""))) fs::remove(each);
   }
 }
 
 TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
-  URLRequest request;
-  request.url = URL::URLWithString(server.url("/"));
+  const URLRequest request{.url = URL::URLWithString(server.url("/"))};
   std::promise<std::int64_t> told;
   FileDownloadHandler handler;
   handler.didComplete = [&](const URLResponse&, const Ref<Error>& error) {
@@ -434,4 +395,3 @@ TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
 }
 
 }  // namespace
-}  // namespace tq
