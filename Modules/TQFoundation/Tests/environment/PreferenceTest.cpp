@@ -4,7 +4,6 @@
 #include <TQFoundation/platform/loops/RunLoop.h>
 
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -28,20 +27,21 @@ struct tq::RawRepresentable<Theme> {
 
 namespace {
 
+constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+
 struct PreferenceTest : testing::Test {
   test::TemporaryDirectory directory;
   Ref<UserDefaults> defaults = UserDefaults::initWithSuiteName("suite", directory.path("here"));
 };
 
 TEST_F(PreferenceTest, ReadsLenientlyByType) {
-  constexpr auto max = std::numeric_limits<std::int64_t>::max();
   const test::Rows<Ref<Object>, bool, std::int64_t, Unit, Theme> cases{
       {nullptr, true, 42, Unit::pixel, Theme::dark},
       {Number::numberWith(false), false, 0, Unit::millimetre, Theme::dark},
       {Number::numberWith(1), true, 1, Unit::point, Theme::dark},
       {Number::numberWith(0.5), true, 0, Unit::pixel, Theme::dark},
       {Number::numberWith(-7), true, -7, Unit::pixel, Theme::dark},
-      {Number::numberWith(1e300), true, max, Unit::pixel, Theme::dark},
+      {Number::numberWith(1e300), true, kMost, Unit::pixel, Theme::dark},
       {String::of("yes"), true, 0, Unit::pixel, Theme::dark},
       {String::of(" 12abc"), true, 12, Unit::pixel, Theme::dark},
       {String::of("0"), false, 0, Unit::pixel, Theme::dark},
@@ -71,8 +71,7 @@ TEST_F(PreferenceTest, WritesItsTypeAndRemovesForNullopt) {
   theme.setRawValue("neon");
   EXPECT_EQ(theme.value(), Theme::light);
   EXPECT_EQ(theme.rawValue(), "neon");
-  // As a temporary, GCC 12 reports it as uninitialised.
-  static const std::optional<std::string> none;
+  static const std::optional<std::string> none;  // GCC 12 reports a temporary as uninitialised
   theme.setRawValue(none);
   EXPECT_EQ(theme.rawValue(), std::nullopt);
 
@@ -129,24 +128,20 @@ TEST_F(PreferenceTest, ObserversGetTheNewValue) {
 }
 
 TEST_F(PreferenceTest, NumbersConvertExactlyOrNotAtAll) {
-  const test::Rows<NumberValue, std::optional<std::int64_t>, std::optional<std::uint64_t>,
-                   std::optional<double>>
-      cases{
-          {(1LL << 53) + 1, (1LL << 53) + 1, (1ull << 53) + 1, {}},
-          {1LL << 53, 1LL << 53, 1ull << 53, 0x1p53},
-          {0x1p63, {}, 1ull << 63, 0x1p63},
-          {1ull << 63, {}, 1ull << 63, 0x1p63},
-          {-0x1p63, std::numeric_limits<std::int64_t>::min(), {}, -0x1p63},
-          {1e19, {}, 10'000'000'000'000'000'000u, 1e19},
-          {0x1p64, {}, {}, 0x1p64},
-          {true, 1, 1, 1.0},
-          {0.1, {}, {}, 0.1},
-          {~0ull, {}, ~0ull, {}},
-          {std::numeric_limits<std::int64_t>::max(),
-           std::numeric_limits<std::int64_t>::max(),
-           ~0ull >> 1,
-           {}},
-      };
+  using Natural = std::optional<std::uint64_t>;
+  const test::Rows<NumberValue, std::optional<std::int64_t>, Natural, std::optional<double>> cases{
+      {(1LL << 53) + 1, (1LL << 53) + 1, (1ull << 53) + 1, {}},
+      {1LL << 53, 1LL << 53, 1ull << 53, 0x1p53},
+      {0x1p63, {}, 1ull << 63, 0x1p63},
+      {1ull << 63, {}, 1ull << 63, 0x1p63},
+      {-0x1p63, -kMost - 1, {}, -0x1p63},
+      {1e19, {}, 10'000'000'000'000'000'000u, 1e19},
+      {0x1p64, {}, {}, 0x1p64},
+      {true, 1, 1, 1.0},
+      {0.1, {}, {}, 0.1},
+      {~0ull, {}, ~0ull, {}},
+      {kMost, kMost, ~0ull >> 1, {}},
+  };
   for (const auto& [stored, integer, natural, real] : cases) {
     const Ref<Number> number = Number::numberWith(stored);
     EXPECT_EQ(detail::RawObject<std::int64_t>::unbox(*number), integer) << stored.text();
