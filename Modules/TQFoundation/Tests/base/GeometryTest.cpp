@@ -25,19 +25,21 @@ TEST(AffineTransform, ConcatAppliesItsFirstArgumentFirst) {
             PointApplyAffineTransform(PointApplyAffineTransform(kPoint, first), second));
 }
 
+void expectNear(Point actual, Point expected) {
+  EXPECT_NEAR(actual.x, expected.x, 1e-14);
+  EXPECT_NEAR(actual.y, expected.y, 1e-14);
+}
+
 TEST(AffineTransform, RotationTurnsTheXAxisTowardsTheYAxis) {
-  const Point turned = PointApplyAffineTransform(
-      {1, 0}, AffineTransformRotate(AffineTransformIdentity, std::numbers::pi / 2));
-  EXPECT_NEAR(turned.x, 0, 1e-15);
-  EXPECT_NEAR(turned.y, 1, 1e-15);
+  const auto turn = AffineTransformRotate(AffineTransformIdentity, kPi / 2);
+  expectNear(PointApplyAffineTransform({1, 0}, turn), {0, 1});
 }
 
 TEST(AffineTransform, InverseUndoesAndASingularTransformIsReturned) {
   const AffineTransform transform{2, 1, -1, 3, 10, -20};
-  const Point back = PointApplyAffineTransform(PointApplyAffineTransform(kPoint, transform),
-                                               AffineTransformInvert(transform));
-  EXPECT_NEAR(back.x, kPoint.x, 1e-14);
-  EXPECT_NEAR(back.y, kPoint.y, 1e-14);
+  expectNear(PointApplyAffineTransform(PointApplyAffineTransform(kPoint, transform),
+                                       AffineTransformInvert(transform)),
+             kPoint);
   const AffineTransform singular{1, 2, 2, 4, 5, 6};
   EXPECT_EQ(AffineTransformInvert(singular), singular);
 }
@@ -52,10 +54,8 @@ TEST(AffineTransform, RectBecomesTheBoundsOfItsCorners) {
 constexpr Rect kUnit{0, 0, 10, 10};
 
 TEST(Rect, IsNullOnlyWithAnOriginAtPlusInfinity) {
-  EXPECT_TRUE(RectIsNull({kInf, 0, 5, 5}));
-  EXPECT_TRUE(RectIsNull({0, kInf, 5, 5}));
-  EXPECT_FALSE(RectIsNull({-kInf, -kInf, 0, 0}));
-  EXPECT_FALSE(RectIsNull(RectZero));
+  EXPECT_TRUE(RectIsNull({kInf, 0, 5, 5}) && RectIsNull({0, kInf, 5, 5}));
+  EXPECT_FALSE(RectIsNull({-kInf, -kInf, 0, 0}) || RectIsNull(RectZero));
   expectFields(RectStandardize({3, kInf, -5, 5}), RectNull);
 }
 
@@ -67,14 +67,11 @@ TEST(Rect, EqualityStandardisesFirst) {
   EXPECT_FALSE(RectEqualToRect({kNaN, 0, 1, 1}, {kNaN, 0, 1, 1}));
 }
 
-TEST(Rect, UnionWithANullRectReturnsTheOtherRectRaw) {
+TEST(Rect, UnionReturnsTheOtherRectRawForANullRectAndUsesTheSecondWhereOneIsNaN) {
   const Rect raw{5, 5, -2, -3};
   expectFields(RectUnion(RectNull, raw), raw);
   expectFields(RectUnion(raw, RectNull), raw);
   expectFields(RectUnion(raw, {10, 10, 0, 0}), {3, 2, 7, 8});  // a rect of size 0 counts as a point
-}
-
-TEST(Rect, UnionUsesTheSecondRectWhereOneIsNaN) {
   EXPECT_EQ(RectUnion({kNaN, 0, 1, 1}, {1, 0, 1, 1}).origin.x, 1);
   EXPECT_TRUE(std::isnan(RectUnion({1, 0, 1, 1}, {kNaN, 0, 1, 1}).origin.x));
 }

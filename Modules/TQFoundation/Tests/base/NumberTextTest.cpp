@@ -7,8 +7,8 @@
 
 namespace {
 
-template <char* (*write)(char*, double) noexcept>
-std::string text(double value) {
+template <auto write>
+std::string text(auto value) {
   char buffer[kNumberTextCapacity];
   return {buffer, write(buffer, value)};
 }
@@ -53,14 +53,12 @@ TEST(NumberText, AgreesWithTheCLibraryAroundPowersOfTenAndTwo) {
 
 TEST(NumberText, WritesTheSpecialValues) {
   EXPECT_EQ(text<writeDouble16>(-0.0), "-0");
-  EXPECT_EQ(text<writeDouble16>(std::numeric_limits<double>::infinity()), "inf");
-  EXPECT_EQ(text<writeDouble17>(-std::numeric_limits<double>::infinity()), "-inf");
-  EXPECT_EQ(text<writeDouble16>(-std::numeric_limits<double>::quiet_NaN()), "nan");
-  char buffer[kNumberTextCapacity];
-  EXPECT_EQ(std::string(buffer, writeFloat7(buffer, 0.1f)), "0.1");
-  EXPECT_EQ(std::string(buffer, writeFloat7(buffer, 16777216.f)), "1.677722e+07");
-  EXPECT_EQ(std::string(buffer, writeInteger(buffer, std::numeric_limits<std::int64_t>::min())),
-            "-9223372036854775808");
+  EXPECT_EQ(text<writeDouble16>(test::kInf), "inf");
+  EXPECT_EQ(text<writeDouble17>(-test::kInf), "-inf");
+  EXPECT_EQ(text<writeDouble16>(-test::kNaN), "nan");
+  EXPECT_EQ(text<writeFloat7>(0.1f), "0.1");
+  EXPECT_EQ(text<writeFloat7>(16777216.f), "1.677722e+07");
+  EXPECT_EQ(text<writeInteger>(std::numeric_limits<std::int64_t>::min()), "-9223372036854775808");
 }
 
 }  // namespace
