@@ -1,17 +1,9 @@
-#include <TQFoundation/collections/RestorableValue.h>
-#include <TQFoundation/concurrency/caches/TQCache.h>
-#include <TQFoundation/concurrency/caches/TQObjectPool.h>
-#include <TQFoundation/concurrency/work/ConcurrentMap.h>
-#include <TQFoundation/concurrency/work/TQConcurrentMapOperation.h>
-#include <TQFoundation/concurrency/work/TQRateLimiter.h>
-#include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/loops/RunLoop.h>
-#include <TQFoundation/platform/operations/OperationQueue.h>
+#include <TQFoundation/TQFoundation.h>
 
 #include "support/FailingAllocations.h"
 #include "support/FailingThreads.h"
+#include "support/Numbers.h"
 #include "support/OnDestruction.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -97,8 +89,8 @@ TEST(ConcurrencyFaultDeathTest, WithoutThreadsWorkRunsOnTheCaller) {
 
 TEST(ConcurrencyFault, ACacheStoresCompletelyOrNotAtAll) {
   test::warmUpWeakReferences();
-  std::vector<Ref<Object>> owners;
-  for (int i = 0; i < 6; ++i) owners.push_back(String::of("owner"));
+  std::array<Ref<Object>, 6> owners;
+  for (auto& owner : owners) owner = String::of("owner");
   failEachAllocation([&] {
     TQCache* open = nullptr;
     const std::function<void()> callBack = [&] {
@@ -146,8 +138,7 @@ TEST(ConcurrencyFault, APoolLosesNoObjects) {
     const std::function<void()> callBack = [&] {
       if (open != nullptr) (void)open->maximumPoolCount();
     };
-    const Ref<TQObjectPool> pool =
-        TQObjectPool::initWithObjectCreatorBlock([]() -> Ref<Object> { return String::of("new"); });
+    const auto pool = TQObjectPool::initWithObjectCreatorBlock([] { return String::of("new"); });
     const ScopedValue isOpen(open, pool.get());
     for (int i = 0; i < 30; ++i) pool->recycleObject(makeRef<test::OnDestruction>(callBack));
     try {
@@ -190,12 +181,10 @@ TEST(ConcurrencyFault, ARequestWithoutMemoryCanBeMadeAgain) {
 }
 
 TEST(ConcurrencyFault, AMapReturnsAllResultsOrThrows) {
-  std::vector<Ref<Object>> words;
-  for (int i = 0; i < 40; ++i) words.push_back(String::of(std::to_string(i)));
-  const Ref<Array> array = Array::arrayWithObjects(words);
+  const Ref<Array> array = test::numbers(40);
   failEachAllocation([&] {
-    const auto twice = concurrentMap(*array, [](Object& word) -> Ref<Object> {
-      return String::of(word.description() + word.description());
+    const auto twice = concurrentMap(*array, [](Object& number) {
+      return String::of(number.description() + number.description());
     });
     return twice->count() == 40 && twice->objectAtIndex(39).description() == "3939";
   });

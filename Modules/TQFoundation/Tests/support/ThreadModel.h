@@ -1,12 +1,8 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <stdexcept>
-#include <string>
 #include <unordered_set>
-#include <utility>
-#include <vector>
+
+#include "support/Test.h"
 
 namespace tq::test {
 
@@ -184,28 +180,21 @@ class ModelCell {
   ModelCell(const ModelCell&) = delete;
   ModelCell& operator=(const ModelCell&) = delete;
 
-  template <class... Order>
-  T load(Order...) const {
+  using Order = std::memory_order;  // without effect
+  T load(Order = {}) const {
     return change([](T old) { return old; });
   }
-  template <class... Order>
-  void store(T value, Order...) {
-    step([&](auto& cells) { return cells[index_] = value, T{}; });
-  }
-  template <class... Order>
-  T exchange(T value, Order...) {
+  void store(T value, Order = {}) { exchange(value); }
+  T exchange(T value, Order = {}) {
     return change([&](T) { return value; });
   }
-  template <class... Order>
-  T fetch_add(T amount, Order...) {
+  T fetch_add(T amount, Order = {}) {
     return change([&](T old) { return static_cast<T>(old + amount); });
   }
-  template <class... Order>
-  T fetch_sub(T amount, Order...) {
+  T fetch_sub(T amount, Order = {}) {
     return change([&](T old) { return static_cast<T>(old - amount); });
   }
-  template <class... Order>
-  bool compare_exchange_strong(T& expected, T desired, Order...) {
+  bool compare_exchange_strong(T& expected, T desired, Order = {}, Order = {}) {
     const T found = change([&](T old) { return old == expected ? desired : old; });
     return found == std::exchange(expected, found);
   }
@@ -214,13 +203,9 @@ class ModelCell {
   void wake(bool everybody) const { ThreadModel::current()->wake(index_, everybody); }
 
  private:
-  template <class Operation>
-  static std::uint64_t step(Operation&& operation) {
-    return ThreadModel::current()->step(operation);
-  }
   template <class Change>
   T change(Change&& next) const {
-    return static_cast<T>(step([&](auto& cells) {
+    return static_cast<T>(ThreadModel::current()->step([&](auto& cells) {
       const T old = static_cast<T>(cells[index_]);
       cells[index_] = next(old);
       return old;

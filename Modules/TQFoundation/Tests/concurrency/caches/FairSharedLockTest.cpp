@@ -23,11 +23,10 @@ TEST(FairSharedLock, WritersWaitOnlyForTheReadersBeforeThem) {
       order.push_back(2);
     });
     for (int i = 0; i < 100; ++i) std::this_thread::yield();  // gives it time to fail
-    const auto readAgain = [&] {
+    [&] {
       const FairReadLocked inner(lock);
       EXPECT_TRUE(order.empty());
-    };
-    readAgain();
+    }();
   }
   writer.join();
   reader.join();

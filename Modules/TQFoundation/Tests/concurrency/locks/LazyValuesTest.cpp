@@ -2,11 +2,9 @@
 #include <semaphore>
 
 #include <TQFoundation/concurrency/locks/LazyObject.h>
-#include <TQFoundation/concurrency/locks/ResettableLazy.h>
 #include <TQFoundation/concurrency/locks/TQLazyVar.h>
 #include <TQFoundation/objects/String.h>
 
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {
@@ -60,28 +58,15 @@ TEST(TQLazyVarStress, OtherThreadsWaitOrTimeOut) {
   });
   begun.acquire();
   const auto never = []() -> void* { throw std::logic_error("computed twice"); };
-  std::vector<std::jthread> waiting;  // both wait before the result is stored
-  for (const int forEver : {0, -1}) {
-    waiting.emplace_back([&, forEver] {
-      EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), forEver, never), &result);
-    });
-  }
+  const auto waits = [&](int forEver) {
+    EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), forEver, never), &result);
+  };
+  const std::jthread first(waits, 0), second(waits, -1);  // both wait before it is stored
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(TQLazyVarGetOrCalculateValue(var.get(), 1, never), nullptr);
   const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - start;
   EXPECT_GT(waited.count(), 0.9);
   goOn.release();
-}
-
-TEST(ResettableLazy, LoadsAgainAfterReset) {
-  int loads = 0;
-  ResettableLazy<std::string> lazy([&] { return std::to_string(++loads); });
-  EXPECT_FALSE(lazy.isLoaded());
-  lazy.wrappedValue() += "!";
-  EXPECT_EQ(lazy.wrappedValue(), "1!");
-  lazy.reset();
-  EXPECT_FALSE(lazy.isLoaded());
-  EXPECT_EQ(lazy.wrappedValue(), "2");
 }
 
 TEST(TQLazyVarStress, OneOfManyComputes) {
@@ -94,12 +79,11 @@ TEST(TQLazyVarStress, OneOfManyComputes) {
     for (std::size_t r = 0; r < kRounds; ++r) {
       round.arrive_and_wait();
       // The first computation returns null in every third round, and a thread computes again.
+      const auto compute = [&]() -> void* {
+        return ++runs[r] == 1 && r % 3 == 0 ? nullptr : &runs[r];
+      };
       void* value = nullptr;
-      while (value == nullptr) {
-        value = TQLazyVarGetOrCalculateValue(vars[r].get(), 0, [&]() -> void* {
-          return ++runs[r] == 1 && r % 3 == 0 ? nullptr : &runs[r];
-        });
-      }
+      while (!value) value = TQLazyVarGetOrCalculateValue(vars[r].get(), 0, compute);
       EXPECT_EQ(value, &runs[r]);
     }
   });

@@ -4,7 +4,6 @@
 #include <TQFoundation/concurrency/locks/detail/UnfairWord.h>
 #include <TQFoundation/platform/threads/detail/FifoLock.h>
 
-#include "support/Test.h"
 #include "support/ThreadModel.h"
 
 namespace {

@@ -1,19 +1,13 @@
 #include <barrier>
 
-#include <TQFoundation/concurrency/locks/Atomic.h>
-#include <TQFoundation/concurrency/locks/Lockable.h>
-#include <TQFoundation/concurrency/locks/ObjectSynchronizer.h>
-#include <TQFoundation/concurrency/locks/ReadWriteLock.h>
-#include <TQFoundation/concurrency/locks/TQAtomicStack.h>
-#include <TQFoundation/concurrency/locks/UnfairLock.h>
-#include <TQFoundation/objects/String.h>
-#include <TQFoundation/platform/threads/SerialQueue.h>
+#include <TQFoundation/TQFoundation.h>
 
 #include "support/Numbers.h"
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {
+
+using namespace test;
 
 static_assert(Lockable<UnfairLock> && Lockable<Lock> && Lockable<RecursiveLock> &&
               Lockable<ReadWriteLock::ReadLock> && Lockable<ReadWriteLock::WriteLock> &&
@@ -83,9 +77,9 @@ TEST(Locks, MisuseStopsWithAClearMessage) {
   UnfairLock lock;
   EXPECT_EXIT((lock.lock(), lock.lock()), killed, "Trying to recursively lock an os_unfair_lock");
 #if !defined(TQ_THREAD_SANITIZER)  // which reports these before the lock does
-  EXPECT_EXIT(lock.unlock(), killed, "Unlock of an os_unfair_lock not owned by current thread");
-  EXPECT_EXIT((lock.lock(), std::jthread([&] { lock.unlock(); }).join()), killed,
-              "Unlock of an os_unfair_lock not owned by current thread");
+  const char* const notOwned = "Unlock of an os_unfair_lock not owned by current thread";
+  EXPECT_EXIT(lock.unlock(), killed, notOwned);
+  EXPECT_EXIT((lock.lock(), std::jthread([&] { lock.unlock(); }).join()), killed, notOwned);
 #endif
   const char* const recursion = "dispatch_sync called on queue already owned by current thread";
   SerialQueue queue;
@@ -93,9 +87,9 @@ TEST(Locks, MisuseStopsWithAClearMessage) {
   Atomic<int> box(0);
   EXPECT_EXIT(box.mutate([&](int&) { box.increment(); }), killed, recursion);
   auto readWrite = makeRef<ReadWriteLock>();
-  EXPECT_EXIT((readWrite->lockForWrite(), readWrite->lockForRead()), killed, "for writing already");
-  EXPECT_EXIT((readWrite->lockForWrite(), readWrite->lockForWrite()), killed,
-              "for writing already");
+  const char* const owned = "for writing already";
+  EXPECT_EXIT((readWrite->lockForWrite(), readWrite->lockForRead()), killed, owned);
+  EXPECT_EXIT((readWrite->lockForWrite(), readWrite->lockForWrite()), killed, owned);
   EXPECT_EXIT((readWrite->lockForRead(), readWrite = nullptr), killed, "the lock is not held");
 }
 
@@ -107,11 +101,8 @@ TEST(Atomic, MutateIsAtomicAndModifyIsTwoAccesses) {
     copy += "c";
   });
   EXPECT_EQ(box.projectedValue().wrappedValue(), "abc");
-  EXPECT_THROW(box.modify([](std::string& copy) {
-    copy = "never written";
-    throw 1;
-  }),
-               int);
+  const auto fails = [](std::string& copy) { throw copy = "never written"; };
+  EXPECT_THROW(box.modify(fails), std::string);
   EXPECT_THROW(box.mutate([](std::string&) { throw 1; }), int);
   EXPECT_EQ(box.wrappedValue(), "abc");
 }
@@ -136,30 +127,30 @@ template <class MakeLock>
 void fight(const char* name, MakeLock makeLock) {
   // The number of independent locks, of threads that share one, and of their rounds.
   for (const auto& [groups, threads, rounds] :
-       test::Rows<std::size_t, int, int>{{1, 2, 20'000}, {1, 8, 2'000}, {4, 2, 2'000}}) {
+       Rows<std::size_t, int, int>{{1, 2, 20'000}, {1, 8, 2'000}, {4, 2, 2'000}}) {
     SCOPED_TRACE(std::string(name) + ", threads " + std::to_string(threads));
     std::vector<long> totals(groups);  // not atomic: the thread sanitizer sees races
     const int count = threads * static_cast<int>(groups);
     std::barrier start(count);
-    test::onThreads(count, [&, all = groups, last = rounds](int t) {
-      const std::size_t group = static_cast<std::size_t>(t) % all;
+    onThreads(count, [&, last = rounds](int t) {
+      const std::size_t group = static_cast<std::size_t>(t) % totals.size();
       auto&& lock = makeLock(group);
       start.arrive_and_wait();
       for (int i = 0; i < last; ++i) sync(lock, [&] { ++totals[group]; });
     });
-    for (const long total : totals) EXPECT_EQ(total, long{threads} * rounds);
+    EXPECT_EQ(totals, std::vector<long>(groups, long{threads} * rounds));
   }
 }
 
 TEST(LocksStress, TotalsAddUp) {
-  std::array<UnfairLock, 4> unfair;
+  UnfairLock unfair[4];
   fight("UnfairLock", [&](std::size_t g) -> UnfairLock& { return unfair[g]; });
-  std::array<SerialQueue, 4> queues;
+  SerialQueue queues[4];
   fight("SerialQueue", [&](std::size_t g) -> SerialQueue& { return queues[g]; });
-  std::array<Ref<Object>, 4> objects;
-  for (auto& object : objects) object = String::of("monitored");
-  fight("ObjectSynchronizer", [&](std::size_t g) { return ObjectSynchronizer(objects[g]); });
-  std::array<Ref<ReadWriteLock>, 4> readWrite;
+  const auto objects = numbers(4);
+  fight("ObjectSynchronizer",
+        [&](std::size_t g) { return ObjectSynchronizer(share(objects->objectAtIndex(g))); });
+  Ref<ReadWriteLock> readWrite[4];
   for (auto& lock : readWrite) lock = makeRef<ReadWriteLock>();
   fight("WriteLock", [&](std::size_t g) { return readWrite[g]->write(); });
 }
@@ -168,7 +159,7 @@ TEST(LocksStress, ReadersSeeWholeWritesAndAtomicChangesAreNotLost) {
   auto lock = makeRef<ReadWriteLock>();
   long left = 0, right = 0;
   Atomic<int> number(0);
-  test::onThreads(3, [&](int t) {
+  onThreads(3, [&](int t) {
     for (int i = 0; i < 5'000; ++i) {
       if (t == 0) lock->protectedWrite([&] { ++left, ++right; });
       EXPECT_TRUE(lock->protectedRead([&] { return left == right; }));
@@ -183,16 +174,16 @@ TEST(LocksStress, ReadersSeeWholeWritesAndAtomicChangesAreNotLost) {
 
 TEST(LocksStress, StackHandsEveryElementToOneThread) {
   constexpr int kThreads = 4, kElements = 64, kRounds = 20'000;
-  const Ref<Array> elements = test::numbers(kElements);
+  const Ref<Array> elements = numbers(kElements);
   TQAtomicStack stack;
   for (const Object& element : *elements) stack.push(const_cast<Object&>(element));
   // A popped element belongs to its thread until it is pushed again.
   std::vector<int> holds(kElements);
-  test::onThreads(kThreads, [&] {
+  onThreads(kThreads, [&] {
     for (int i = 0; i < kRounds; ++i) {
       const Ref<Object> object = stack.pop();
       if (object == nullptr) continue;
-      const auto index = static_cast<std::size_t>(test::valueOf(*object));
+      const auto index = static_cast<std::size_t>(valueOf(*object));
       EXPECT_EQ(++holds[index], 1);  // not atomic: also a race if two threads had it
       --holds[index];
       stack.push(*object);

@@ -9,7 +9,8 @@
 
 namespace {
 
-using testing::ElementsAre;
+using test::ElementsAre;
+using Change = Operation::Change;
 
 // An operation whose start() is a block.
 struct Starting final : Subclass<Starting, TQOperation> {
@@ -22,9 +23,8 @@ struct Starting final : Subclass<Starting, TQOperation> {
 TEST(TQOperation, NotifiesObserversBeforeAndAfterChanges) {
   const auto operation = makeRef<TQOperation>();
   std::vector<std::string> announced;
-  operation->addObserver([&](Operation& each, std::string_view key, Operation::Change change) {
-    announced.push_back(std::string(key) +
-                        (change == Operation::Change::will ? " will " : " did ") +
+  operation->addObserver([&](Operation& each, std::string_view key, Change change) {
+    announced.push_back(std::string(key) + (change == Change::will ? " will " : " did ") +
                         (each.isFinished() ? "f" : "") + (each.isExecuting() ? "e" : "") +
                         (each.isCancelled() ? "c" : ""));
   });
@@ -98,10 +98,9 @@ TEST(TQOperation, ReleasesDependentsOutsideItsMonitor) {
   const auto dependent = makeRef<Operation>();
   dependent->addDependency(*operation);
   bool isRead = false;
-  dependent->addObserver([&](Operation&, std::string_view, Operation::Change) {
-    std::thread([&] { isRead = operation->isFinished(); }).join();
-  });
-  operation->addObserver([&](Operation&, std::string_view key, Operation::Change) {
+  dependent->addObserver(
+      [&](auto&&...) { std::thread([&] { isRead = operation->isFinished(); }).join(); });
+  operation->addObserver([&](Operation&, std::string_view key, Change) {
     if (key == "isExecuting") operation->setFinished(true);  // nested in another change
   });
   operation->setExecuting(true);
@@ -127,13 +126,13 @@ TEST(AsynchronousOperation, FinishesByReturningByFinishAndByCancel) {
   queue->setMaxConcurrentOperationCount(1);
   queue->setSuspended(true);
   std::atomic<int> runs{0};
-  const auto returns = makeRef<Job>([&](Job&) { return ++runs, Progress::finished; });
+  const auto work = [&](Job&) { return ++runs, Progress::finished; };
+  const auto returns = makeRef<Job>(work), cancelled = makeRef<Job>(work);
+  const auto finished = makeRef<Job>(work);
   const auto continues = makeRef<Job>([&](Job& self) {
     std::thread([&, job = share(self)] { ++runs, job->finish(); }).detach();
     return Progress::continues;
   });
-  const auto cancelled = makeRef<Job>([&](Job&) { return ++runs, Progress::finished; });
-  const auto finished = makeRef<Job>([&](Job&) { return ++runs, Progress::finished; });
   finished->finishesOnCancel = true;
   for (const auto& each : {returns, continues, cancelled, finished}) queue->addOperation(each);
   cancelled->cancel();

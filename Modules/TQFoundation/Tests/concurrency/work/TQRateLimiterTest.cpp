@@ -3,7 +3,6 @@
 #include <TQFoundation/platform/loops/RunLoop.h>
 
 #include "support/Objects.h"
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {
@@ -112,18 +111,14 @@ TEST(TQRateLimiter, OtherStrategiesScheduleNothing) {
 TEST(TQRateLimiter, PassesTheArgumentsOfTheMethod) {
   const auto view = makeRef<View>();
   const auto one = TQRateLimiter::initWithTarget(view, &View::redrawFor);
-  one->update();
-  EXPECT_EQ(view->by, one.get());
-  EXPECT_EQ(view->redrawn, 1);
   const auto three = TQRateLimiter::initWithTarget(view, &View::redrawWith);
   EXPECT_EQ(three->updateStrategy(), TQRateLimiterUpdateOnMainQueue);
-  three->update();
-  EXPECT_EQ(view->by, three.get());
-  for (const auto& other : {TQRateLimiter::initWithTarget(view, &View::redrawBy),
-                            TQRateLimiter::initWithTarget(view, &View::redrawAt)}) {
-    other->update();
-    EXPECT_EQ(view->by, other.get());
+  for (const auto& each : {one, three, TQRateLimiter::initWithTarget(view, &View::redrawBy),
+                           TQRateLimiter::initWithTarget(view, &View::redrawAt)}) {
+    each->update();
+    EXPECT_EQ(view->by, each.get());
   }
+  EXPECT_EQ(view->redrawn, 1);
 
   three->setActionInvocation(one->actionInvocation());
   three->update();
