@@ -3,7 +3,6 @@
 #include <TQFoundation/platform/bytes/Digest.h>
 
 #include "support/Bytes.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -60,8 +59,7 @@ TEST(LZFSEStream, ReadsStreamsOfOtherEncoders) {
 }
 
 TEST(Stream, KnownAnswers) {
-  std::string tests;
-  for (int i = 0; i < 16; ++i) tests += "test ";
+  const std::string tests = repeated("test ", 16);
   const std::string zero(1, '\0');
   // True: this library's encoder writes the same stream.
   const Rows<const char*, const Codec*, std::string, std::string, bool> cases{

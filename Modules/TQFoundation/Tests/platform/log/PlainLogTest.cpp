@@ -6,7 +6,6 @@
 
 #include "support/CapturedLog.h"
 #include "support/HandMovedClock.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -4,12 +4,11 @@
 
 #include <TQFoundation/platform/loops/Timer.h>
 
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {
 
-using testing::ElementsAre;
+using namespace test;
 
 constexpr RunLoopMode kTracking{7};
 
@@ -123,7 +122,7 @@ TEST(RunLoop, HostsMayRunTheContextThemselves) {
   const auto timer = Timer::scheduledTimerWithTimeInterval(
       0.0001, [](Timer& t) { static_cast<void>(t.userInfo()); }, share(loop), false);
   while (timer->isValid()) hostPass();
-  EXPECT_THAT(trace.take(), testing::UnorderedElementsAre("performed", "queue"));
+  EXPECT_THAT(trace.take(), UnorderedElementsAre("performed", "queue"));
   EXPECT_FALSE(hostPass());
 
   loop.performBlock(performAgain);
@@ -151,21 +150,19 @@ TEST(RunLoop, HostsMayRunTheContextThemselves) {
 
 TEST(RunLoop, EndsWithItsThread) {
   Ref<RunLoop> kept;
-  auto released = std::make_shared<int>(1);
-  const std::weak_ptr<int> observer = released;
-  std::jthread([&, held = std::move(released)]() mutable {
-    RunLoop& loop = RunLoop::current();
-    EXPECT_NE(&loop, &RunLoop::main());
+  const auto held = std::make_shared<int>(1);
+  const auto block = [held] { ADD_FAILURE() << "this loop does not run"; };
+  std::jthread([&] {
+    kept = share(RunLoop::current());
+    EXPECT_NE(kept.get(), &RunLoop::main());
     EXPECT_FALSE(isMainThread());
-    kept = share(loop);
-    loop.performBlock([held = std::move(held)] { ADD_FAILURE() << "this loop does not run"; });
+    kept->performBlock(block);
+    EXPECT_EQ(held.use_count(), 3);
   }).join();
-  EXPECT_TRUE(observer.expired());
-  auto late = std::make_shared<int>(2);
-  const std::weak_ptr<int> lateObserver = late;
-  kept->performBlock([held = std::move(late)] {});
+  EXPECT_EQ(held.use_count(), 2) << "released";
+  kept->performBlock(block);
   kept->wakeUp();
-  EXPECT_TRUE(lateObserver.expired());
+  EXPECT_EQ(held.use_count(), 2) << "not kept";
 }
 
 TEST(RunLoop, RunReturnsWhenStopped) {

@@ -85,21 +85,15 @@ TEST(Timer, OddIntervals) {
 
 TEST(Timer, TimersThatAnActionSchedulesWaitForALaterPass) {
   HandMovedClock clock;
-  std::vector<int> order;
-  const auto append = [&](int number) {
-    return makeRef<Probe>([&order, number](Timer&) { order.push_back(number); });
-  };
-  const auto late = append(3);
-  append(1)->schedule(0.2);
+  const auto late = makeRef<Probe>();
   makeRef<Probe>([&](Timer&) {
     clock.jump(5ms);
     late->schedule(0);
   })->schedule(0.1);
-  append(2)->schedule(0.2);
   clock.pass(200ms);
-  EXPECT_THAT(order, testing::ElementsAre(1, 2)) << "equal times in the order of scheduling";
+  EXPECT_EQ(late->fired, 0);
   clock.pass(1ms);
-  EXPECT_THAT(order, testing::ElementsAre(1, 2, 3));
+  EXPECT_EQ(late->fired, 1);
 }
 
 TEST(Timer, OtherThreadsMayInvalidateItAndItEndsWithItsThread) {

@@ -5,12 +5,11 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {
 
-using testing::ElementsAre;
+using namespace test;
 
 // Runs a closure, and records the announced changes.
 struct Work final : Subclass<Work, Operation> {
@@ -32,12 +31,10 @@ struct Work final : Subclass<Work, Operation> {
 };
 
 std::string stateOf(const Operation& operation) {
-  std::string state;
-  if (operation.isReady()) state += "ready ";
-  if (operation.isExecuting()) state += "executing ";
-  if (operation.isFinished()) state += "finished ";
-  if (operation.isCancelled()) state += "cancelled ";
-  return state;
+  return std::string(operation.isReady() ? "ready " : "") +
+         (operation.isExecuting() ? "executing " : "") +
+         (operation.isFinished() ? "finished " : "") +
+         (operation.isCancelled() ? "cancelled " : "");
 }
 
 // Each state, and the effect of each request in it.
@@ -125,7 +122,7 @@ TEST(Operation, ItsEndPassesExceptionsOnRunsTheCompletionBlockAndWakesThreads) {
   std::atomic<int> completed{0};
   const auto work = makeRef<Work>([](Work&) { std::this_thread::yield(); });
   work->setCompletionBlock([&] { ++completed; });
-  test::onThreads(4, [&](int t) {
+  onThreads(4, [&](int t) {
     t == 3 ? work->start() : work->waitUntilFinished();
     EXPECT_TRUE(work->isFinished());
   });
@@ -157,18 +154,17 @@ TEST(OperationQueue, StartsByPriorityThenInTheOrderOfBecomingReady) {
   queue->setMaxConcurrentOperationCount(1);
   queue->setSuspended(true);
   std::vector<int> order;
-  const auto append = [&](int number, OperationQueuePriority priority) {
+  const auto append = [&](int number, int priority) {
     auto operation = block([&order, number] { order.push_back(number); });
-    operation->setQueuePriority(priority);
+    operation->setQueuePriority(static_cast<OperationQueuePriority>(priority));
     return operation;
   };
-  const auto first = append(4, OperationQueuePriority::normal);
-  const auto waiting = append(7, OperationQueuePriority::normal);
+  const auto first = append(4, 0);
+  const auto waiting = append(7, 0);
   waiting->addDependency(*first);
   queue->addOperation(waiting);
-  const std::pair<int, int> priorities[] = {{8, -8}, {6, 0}, {2, 4}, {3, 4}, {1, 8}};
-  for (const auto& [number, priority] : priorities) {
-    queue->addOperation(append(number, static_cast<OperationQueuePriority>(priority)));
+  for (const auto& [number, priority] : Rows<int, int>{{8, -8}, {6, 0}, {2, 4}, {3, 4}, {1, 8}}) {
+    queue->addOperation(append(number, priority));
   }
   first->start();
   EXPECT_EQ(queue->operationCount(), 6u);
@@ -231,42 +227,36 @@ TEST(OperationQueue, RunsAsManyAsTheMaximumAtOnceAndNoneAtZero) {
 }
 
 TEST(OperationQueue, CancelledOperationsFinishWithoutTheirWork) {
-  const auto queue = OperationQueue::init();
-  queue->setSuspended(true);
-  std::atomic<int> runs{0};
+  auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(0);
   const auto never = block([] {});
-  const auto waiting = block([&] { ++runs; });
+  const auto waiting = block([] { ADD_FAILURE(); });
   waiting->addDependency(*never);
   queue->addOperation(waiting);
-  queue->addOperationWithBlock([&] { ++runs; });
+  queue->addOperationWithBlock([] { ADD_FAILURE(); });
   queue->cancelAllOperations();
-  queue->setSuspended(false);
+  queue->setMaxConcurrentOperationCount(1);
   queue->waitUntilAllOperationsAreFinished();
-  EXPECT_EQ(runs, 0);
+  queue->setMaxConcurrentOperationCount(0);
+  const auto stuck = block([] { ADD_FAILURE(); });
+  queue->addOperation(stuck);
+  queue = nullptr;
+  stuck->waitUntilFinished();
+  EXPECT_TRUE(stuck->isCancelled());
 }
 
 TEST(OperationQueue, OperationsFinishAfterTheQueueIsDestroyed) {
   std::atomic<int> runs{0};
   const auto last = block([&] { ++runs; });
-  {
-    const auto queue = OperationQueue::init();
-    for (int i = 0; i < 10; ++i) {
-      const auto operation = block([&] { ++runs; });
-      last->addDependency(*operation);
-      queue->addOperation(operation);
-    }
-    queue->addOperation(last);
+  auto queue = OperationQueue::init();
+  for (int i = 0; i < 10; ++i) {
+    const auto operation = block([&] { ++runs; });
+    last->addDependency(*operation);
+    queue->addOperation(operation);
   }
+  queue->addOperation(last);
+  queue = nullptr;
   last->waitUntilFinished();
-  EXPECT_EQ(runs, 11);
-  const auto stuck = block([&] { ++runs; });
-  {
-    const auto queue = OperationQueue::init();
-    queue->setMaxConcurrentOperationCount(0);
-    queue->addOperation(stuck);
-  }
-  stuck->waitUntilFinished();
-  EXPECT_TRUE(stuck->isCancelled());
   EXPECT_EQ(runs, 11);
 }
 

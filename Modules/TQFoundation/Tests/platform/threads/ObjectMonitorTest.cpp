@@ -3,7 +3,6 @@
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/threads/MonitorCount.h>
 
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {
