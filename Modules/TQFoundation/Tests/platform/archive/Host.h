@@ -46,8 +46,8 @@ struct Host final : Subclass<Host> {
     integer = coder.decodeIntegerForKey("integer");
     single = coder.decodeFloatForKey("single");
     number = coder.decodeDoubleForKey("$number");
-    bytes = std::string(reinterpret_cast<const char*>(coder.decodeBytesForKey("bytes").data()),
-                        coder.decodeBytesForKey("bytes").size());
+    const std::span<const std::byte> read = coder.decodeBytesForKey("bytes");
+    bytes.assign(reinterpret_cast<const char*>(read.data()), read.size());
     knowsAbsentKeys = !coder.containsValueForKey("absent") &&
                       coder.containsValueForKey("$number") && !coder.decodeObjectForKey("absent") &&
                       !coder.decodeBoolForKey("absent") && coder.decodeDoubleForKey("absent") == 0;

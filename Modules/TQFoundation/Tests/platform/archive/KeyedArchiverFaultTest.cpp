@@ -1,6 +1,5 @@
 #include "platform/archive/Host.h"
 #include "support/FailingAllocations.h"
-#include "support/Objects.h"
 
 namespace {
 

@@ -1,9 +1,7 @@
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 
 #include "platform/archive/Host.h"
-#include "support/Objects.h"
 #include "support/RandomGraphs.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -82,32 +80,31 @@ TEST(KeyedArchiver, KeepsEveryLibraryClass) {
 }
 
 TEST(KeyedArchiver, KeepsTheKindsOfNumbersThatTheFormatHas) {
-  const std::pair<char, std::vector<NumberValue>> cases[] = {
-      {'c', {true}},
-      {'q', {std::int8_t{-3}, std::numeric_limits<std::int64_t>::min()}},
-      {'Q', {std::uint64_t{1} << 63, std::numeric_limits<std::uint64_t>::max()}},
-      {'f', {0.1f}},
-      {'d', {0.1, -0.0, kInf, 1e-320}},
-  };
-  std::vector<NumberValue> values;
-  for (const auto& [code, ofCode] : cases) {
-    for (const NumberValue value : ofCode) {
-      const Ref<Number> copy = refCast<Number>(roundTrip(*Number::numberWith(value)));
-      ASSERT_TRUE(copy);
-      EXPECT_TRUE(copy->value().isEqual(value)) << value.text();
-      EXPECT_EQ(copy->value().typeCode(), code) << value.text();
-      EXPECT_EQ(copy->value().isBoolean(), value.isBoolean());
-      EXPECT_TRUE(!value.isFloating() || copy->value().bits() == value.bits()) << value.text();
-      values.push_back(value);
-    }
+  const std::vector<NumberValue> values = {true,
+                                           std::int8_t{-3},
+                                           std::int64_t{1} << 63,
+                                           std::uint64_t{1} << 63,
+                                           ~std::uint64_t{0},
+                                           0.1f,
+                                           0.1,
+                                           -0.0,
+                                           kInf,
+                                           1e-320};
+  std::vector<Ref<Object>> boxes;
+  std::string codes;
+  for (const NumberValue value : values) {
+    const auto copy = refCast<Number>(roundTrip(*boxes.emplace_back(number(value))));
+    ASSERT_TRUE(copy);
+    EXPECT_EQ(copy->value().bits(), value.bits()) << value.text();
+    EXPECT_EQ(copy->value().isBoolean(), value.isBoolean());
+    codes += copy->value().typeCode();
   }
+  EXPECT_EQ(codes, "cqqQQfdddd");
   const Ref<Array> packed = Array::arrayWithNumbers(values);
   const Ref<Array> copy = refCast<Array>(roundTrip(*packed));
   EXPECT_TRUE(copy->isPacked());
   EXPECT_TRUE(copy->isEqual(*packed));
   // Boxed numbers give the same archive as packed ones.
-  std::vector<Ref<Object>> boxes;
-  for (const NumberValue value : values) boxes.push_back(number(value));
   EXPECT_EQ(archive(*Array::arrayWithObjects(std::move(boxes)))->view(), archive(*packed)->view());
 }
 
@@ -137,29 +134,30 @@ TEST(KeyedArchiver, KeepsHostObjectsTheirCyclesAndWhatTheyShare) {
   EXPECT_EQ(&children->objectAtIndex(0), &children->objectAtIndex(2));
   EXPECT_EQ(&children->objectAtIndex(3), &children->objectAtIndex(5));
   EXPECT_NE(&children->objectAtIndex(3), &children->objectAtIndex(4));
-  EXPECT_EQ(static_cast<Host&>(children->objectAtIndex(0)).back.lock().get(), copy.get());
-  EXPECT_EQ(static_cast<Host&>(children->objectAtIndex(1)).back.lock().get(),
-            &children->objectAtIndex(1));
+  const auto backOf = [&](std::size_t i) {
+    return static_cast<Host&>(children->objectAtIndex(i)).back.lock();
+  };
+  EXPECT_EQ(backOf(0), copy);
+  EXPECT_EQ(backOf(1).get(), &children->objectAtIndex(1));
 }
 
 TEST(KeyedArchiver, RestoresCyclesThroughContainers) {
   Class::registerClass<Host>();
-  const auto check = [](const Ref<Object>& container, const Ref<Host>& host, auto&& member) {
+  const Ref<Host> host = makeHost("x");
+  const auto dictionary = Dictionary::dictionaryWithEntries({{"x", host}, {"later", text("y")}});
+  const Ref<Object> containers[] = {Array::arrayWithObjects({host, text("later")}),
+                                    MutableArray::arrayWithArray(*Array::arrayWithObjects({host})),
+                                    dictionary,
+                                    MutableDictionary::dictionaryWithDictionary(*dictionary)};
+  for (const Ref<Object>& container : containers) {
     host->back = container;
     const Ref<Object> copy = roundTrip(*container);
     ASSERT_TRUE(copy);
-    EXPECT_EQ(static_cast<Host&>(member(*copy)).back.lock().get(), copy.get());
-  };
-  const Ref<Host> host = makeHost("x");
-  const auto first = [](Object& o) -> Object& { return static_cast<Array&>(o).objectAtIndex(0); };
-  const auto value = [](Object& o) -> Object& {
-    return *static_cast<Dictionary&>(o).objectForKey("x");
-  };
-  check(Array::arrayWithObjects({host, text("later")}), host, first);
-  check(MutableArray::arrayWithArray(*Array::arrayWithObjects({host})), host, first);
-  const auto dictionary = Dictionary::dictionaryWithEntries({{"x", host}, {"later", text("y")}});
-  check(dictionary, host, value);
-  check(MutableDictionary::dictionaryWithDictionary(*dictionary), host, value);
+    const auto* array = objectCast<Array>(copy.get());
+    const Object& member = array != nullptr ? array->objectAtIndex(0)
+                                            : *static_cast<Dictionary&>(*copy).objectForKey("x");
+    EXPECT_EQ(static_cast<const Host&>(member).back.lock(), copy);
+  }
 
   // A set is created after its members.
   const Ref<Set> set = Set::setWithObjects({host});
@@ -225,9 +223,8 @@ TEST(KeyedArchiver, NestsToItsLimit) {
     arrays = Array::arrayWithObjects({arrays});
     hosts = makeHost("", hosts);
   }
-  EXPECT_TRUE(roundTrip(*arrays));
-  EXPECT_TRUE(roundTrip(*hosts));
   for (const Ref<Object>& object : {arrays, hosts}) {
+    EXPECT_TRUE(roundTrip(*object));
     EXPECT_NE(reasonForRefusing(*Array::arrayWithObjects({object})).find("512"), std::string::npos);
   }
 }

@@ -2,13 +2,13 @@
 
 #include <plist/plist.h>
 
+#include <regex>
+
 #include <TQFoundation/platform/archive/detail/BinaryPropertyList.h>
 
 #include "platform/archive/Host.h"
 #include "support/Bytes.h"
 #include "support/Errors.h"
-#include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -46,7 +46,8 @@ class ByHand {
       return list_.number(std::stod(std::string(rest)));
     if (kind == '#') return list_.number(std::stoll(std::string(rest)));
     if (kind == '@') {
-      return node("{$classname='" + std::string(rest) + "' $classes=['" + std::string(rest) +
+      const std::string name(rest);
+      return node("{$classname='" + name + "' $classes=['" + name +
                   "','NSObject'] $classhints=['X']}");
     }
     if (kind == '[') {
@@ -83,10 +84,10 @@ class ByHand {
   std::vector<Node> objects_{list_.string("$null")};
 };
 
+/// The archive as the text of XML without white space, after its head.
 std::string xmlOf(const Data& archive) {
   plist_t list = nullptr;
-  plist_from_bin(reinterpret_cast<const char*>(archive.bytes().data()),
-                 static_cast<std::uint32_t>(archive.length()), &list);
+  plist_from_bin(archive.view().data(), static_cast<std::uint32_t>(archive.length()), &list);
   char* text = nullptr;
   std::uint32_t length = 0;
   plist_to_xml(list, &text, &length);
@@ -94,11 +95,8 @@ std::string xmlOf(const Data& archive) {
   plist_to_xml_free(text);
   plist_free(list);
   std::erase_if(xml, [](char c) { return c == '\n' || c == '\t'; });
-  return xml.substr(xml.find("<dict>"));
-}
-
-std::string uidXML(int uid) {
-  return "<dict><key>CF$UID</key><integer>" + std::to_string(uid) + "</integer></dict>";
+  const std::regex uid("<dict><key>CF.UID</key><integer>(\\d+)</integer></dict>");
+  return std::regex_replace(xml.substr(xml.find("<dict>")), uid, "<uid>$1</uid>");
 }
 
 TEST(KeyedUnarchiver, WritesRecordsForOtherReaders) {
@@ -107,16 +105,12 @@ TEST(KeyedUnarchiver, WritesRecordsForOtherReaders) {
       xmlOf(*KeyedArchiver::archivedDataWithRootObject(*Value::valueWithRect({1, 2, 3, 4.5}))),
       "<dict><key>$version</key><integer>100000</integer>"
       "<key>$archiver</key><string>NSKeyedArchiver</string>"
-      "<key>$top</key><dict><key>root</key>" +
-          uidXML(1) +
-          "</dict>"
-          "<key>$objects</key><array><string>$null</string>"
-          "<dict><key>NS.special</key><integer>3</integer><key>NS.rectval</key>" +
-          uidXML(2) + "<key>$class</key>" + uidXML(3) +
-          "</dict><string>{{1, 2}, {3, 4.5}}</string>"
-          "<dict><key>$classname</key><string>NSValue</string><key>$classes</key><array>"
-          "<string>NSValue</string><string>NSObject</string></array></dict></array></dict></"
-          "plist>");
+      "<key>$top</key><dict><key>root</key><uid>1</uid></dict>"
+      "<key>$objects</key><array><string>$null</string><dict><key>NS.special</key>"
+      "<integer>3</integer><key>NS.rectval</key><uid>2</uid><key>$class</key><uid>3</uid>"
+      "</dict><string>{{1, 2}, {3, 4.5}}</string>"
+      "<dict><key>$classname</key><string>NSValue</string><key>$classes</key><array><string>"
+      "NSValue</string><string>NSObject</string></array></dict></array></dict></plist>");
 }
 
 TEST(KeyedUnarchiver, ReadsRecordsOfOtherWriters) {
@@ -143,19 +137,19 @@ TEST(KeyedUnarchiver, ReadsRecordsOfOtherWriters) {
 }
 
 TEST(KeyedUnarchiver, KeysAreCopiedAndMembersOfSetsAreNot) {
-  ByHand dictionary = {"{NS.keys=[3] NS.objects=[3] $class=2}", "@NSDictionary",
-                       "{NS.data=<abc> $class=4}", "@NSMutableData"};
-  const auto read = refCast<Dictionary>(dictionary.read());
-  ASSERT_TRUE(read);
-  EXPECT_EQ(&read->keys()[0]->classForCoder(), &classOf<Data>);
-  EXPECT_EQ(&read->values()[0]->classForCoder(), &classOf<MutableData>);
-  ByHand set = {"{NS.objects=[3] $class=2}", "@NSSet", "{NS.data=<abc> $class=4}",
-                "@NSMutableData"};
-  EXPECT_EQ(&refCast<Set>(set.read())->allObjects()[0]->classForCoder(), &classOf<MutableData>);
+  const auto read = [](const char* record, const char* className) {
+    return ByHand({record, className, "{NS.data=<abc> $class=4}", "@NSMutableData"}).read();
+  };
+  const auto pairs =
+      refCast<Dictionary>(read("{NS.keys=[3] NS.objects=[3] $class=2}", "@NSDictionary"));
+  ASSERT_TRUE(pairs);
+  EXPECT_EQ(&pairs->keys()[0]->classForCoder(), &classOf<Data>);
+  EXPECT_EQ(&pairs->values()[0]->classForCoder(), &classOf<MutableData>);
+  const auto set = refCast<Set>(read("{NS.objects=[3] $class=2}", "@NSSet"));
+  EXPECT_EQ(&set->allObjects()[0]->classForCoder(), &classOf<MutableData>);
 }
 
 TEST(KeyedUnarchiver, RefusesInvalidArchives) {
-  EXPECT_TRUE(ByHand({"'x'"}).read());
   EXPECT_FALSE(ByHand({"'x'"}).read("NSArchiver"));
   EXPECT_FALSE(ByHand({"'x'"}).read("NSKeyedArchiver", 100001));
   EXPECT_FALSE(KeyedUnarchiver::unarchiveRootObject(bytesOf("{\"_class\":\"X\"}")));
@@ -198,9 +192,8 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
 ByHand nestedArrays(int depth, int times) {
   ByHand archive;
   for (int i = 1; i <= depth; ++i) {
-    std::string references;
-    for (int j = 0; j < times; ++j) references += std::to_string(i == 1 ? 3 : i + 2) + ",";
-    archive.add("{NS.objects=[" + references + "] $class=2}");
+    const std::string next = std::to_string(i == 1 ? 3 : i + 2) + ",";
+    archive.add("{NS.objects=[" + repeated(next, times) + "] $class=2}");
     if (i == 1) archive.add("@NSArray");
   }
   archive.add("'leaf'");
@@ -218,9 +211,7 @@ TEST(KeyedUnarchiver, RefusesWhatExceedsALimitWithAnError) {
     hosts.add("{name=2 content=" + std::to_string(i + 2) + " $class=3}");
   }
   hosts.add("'leaf'");
-  std::string thousand;
-  for (int i = 0; i < 1000; ++i) thousand += "3,";
-  ByHand longText = {"{NS.objects=[" + thousand + "] $class=2}", "@NSArray",
+  ByHand longText = {"{NS.objects=[" + repeated("3,", 1000) + "] $class=2}", "@NSArray",
                      "'" + std::string(1000, 'x') + "'"};
   const Rows<const char*, ByHand, ReadingLimits, std::optional<ReadingLimit>> cases{
       {"depth", nestedArrays(512, 1), {}, {}},
@@ -256,13 +247,12 @@ Ref<Object> readThousandOf(const std::string& record, const std::string& classNa
                            const std::string& text) {
   std::string references;
   for (int i = 8; i < 1008; ++i) references += std::to_string(i) + ",";
-  ByHand archive = {"{NS.objects=[" + references + "] $class=2}",
-                    "@NSArray",
-                    "@" + className,
-                    "'" + text + "'",
-                    "{NS.base=0 NS.relative=4 $class=6}",
-                    "@NSURL",
-                    "'y'"};
+  ByHand archive = {"{NS.objects=[" + references + "] $class=2}", "@NSArray", "@" + className};
+  for (const auto& each : {"'" + text + "'", std::string("{NS.base=0 NS.relative=4 $class=6}")}) {
+    archive.add(each);
+  }
+  archive.add("@NSURL");
+  archive.add("'y'");
   const auto shared = archive.node(record);
   for (int i = 0; i < 1000; ++i) archive.add(shared);
   return archive.read();
