@@ -33,10 +33,8 @@ class PlainRTree {
   void insert(int element, const Rect& rect) {
     const std::shared_ptr<Node> sibling = insertInto(*root_, {rect, element, nullptr});
     if (sibling == nullptr) return;
-    auto grown = std::make_shared<Node>();
-    grown->isLeaf = false;
-    grown->entries = {{root_->boundingRect(), 0, root_}, {sibling->boundingRect(), 0, sibling}};
-    root_ = grown;
+    root_ =
+        makeNode(false, {{root_->boundingRect(), 0, root_}, {sibling->boundingRect(), 0, sibling}});
   }
 
   [[nodiscard]] bool intersects(const Rect& rect) const { return intersects(*root_, rect); }
@@ -44,6 +42,9 @@ class PlainRTree {
  private:
   using Entries = std::vector<Node::Entry>;
 
+  static std::shared_ptr<Node> makeNode(bool isLeaf, Entries entries) {
+    return std::make_shared<Node>(Node{isLeaf, std::move(entries)});
+  }
   static double area(const Rect& rect) { return rect.size.width * rect.size.height; }
 
   static bool intersects(const Node& node, const Rect& rect) {
@@ -63,10 +64,8 @@ class PlainRTree {
     chosen.rect = chosen.child->boundingRect();
     if (sibling != nullptr) node.entries.push_back({sibling->boundingRect(), 0, sibling});
     if (node.entries.size() <= capacity_) return nullptr;
-    auto half = std::make_shared<Node>();
-    half->isLeaf = false;
     const auto middle = node.entries.begin() + static_cast<std::ptrdiff_t>((capacity_ + 1) / 2);
-    half->entries.assign(middle, node.entries.end());
+    const auto half = makeNode(false, {middle, node.entries.end()});
     node.entries.erase(middle, node.entries.end());
     return half;
   }
@@ -90,10 +89,9 @@ class PlainRTree {
     std::pair<std::size_t, std::size_t> seeds;
     for (std::size_t i = 0; i < all.size(); ++i) {
       for (std::size_t j = 0; j < all.size(); ++j) {
-        if (i == j) continue;
         const double waste =
             area(RectUnion(all[i].rect, all[j].rect)) - area(all[i].rect) - area(all[j].rect);
-        if (greatest && !(waste > *greatest)) continue;
+        if (i == j || (greatest && !(waste > *greatest))) continue;
         greatest = waste;
         seeds = {i, j};
       }
@@ -107,9 +105,9 @@ class PlainRTree {
     Entries groups[2] = {{all[first]}, {all[second]}};
     const Rect groupRects[2] = {all[first].rect, all[second].rect};
     std::set<std::size_t> pending;
-    for (std::size_t i = 0; i < all.size(); ++i) pending.insert(i);
-    pending.erase(first);
-    pending.erase(second);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      if (i != first && i != second) pending.insert(i);
+    }
     while (!pending.empty()) {
       std::optional<double> least;
       std::pair<std::size_t, int> best;
@@ -126,9 +124,7 @@ class PlainRTree {
       pending.erase(best.first);
     }
     leaf.entries = groups[0];
-    auto sibling = std::make_shared<Node>();
-    sibling->entries = groups[1];
-    return sibling;
+    return makeNode(true, groups[1]);
   }
 
   std::size_t capacity_;

@@ -48,8 +48,7 @@ class RandomRects {
     Rect rect =
         RandomRects(static_cast<RectKind>(whole(0, 3)), static_cast<unsigned>(random_())).next();
     if (choice > 3) return rect;
-    constexpr double inf = std::numeric_limits<double>::infinity();
-    const double values[] = {std::nan(""), inf, -inf, 1e308, -1e200, 1e160, -0.0};
+    const double values[] = {kNaN, kInf, -kInf, 1e308, -1e200, 1e160, -0.0};
     double* const fields[] = {&rect.origin.x, &rect.origin.y, &rect.size.width, &rect.size.height};
     *fields[whole(0, 3)] = values[whole(0, 6)];
     return rect;
