@@ -1,58 +1,52 @@
 #include "Svg/SvgPath.h"
 
 #include "Support.h"
-#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
 
 struct Parsed {
-  std::string text;  ///< steps and points
+  tq::Ref<PathData> path;
   std::size_t fault;
+  std::string text = {};  ///< steps and points
 };
 
 [[nodiscard]] Parsed parse(std::string_view data) {
   PathBuilder builder;
   const std::size_t fault = parsePath(data, builder);
-  std::string text;
-  builder.take()->forEach([&](char step, const tq::Point* points) {
+  Parsed parsed{builder.take(), fault};
+  parsed.path->forEach([&text = parsed.text](char step, const tq::Point* points) {
     text += step;
     for (int i = 0; i < PathData::pointsOf(step); ++i) {
       text += tq::NumberValue(points[i].x).text() + "," + tq::NumberValue(points[i].y).text() + " ";
     }
   });
-  return {text, fault};
+  return parsed;
 }
 
 TEST(SvgPath, ReadsEveryCommandUpToTheFirstError) {
-  const tq::test::Rows<std::string, const char*> whole{
-      {"", ""},
-      {"M1 2L3 4", "M1,2 L3,4 "},
-      {" M 1,2 , 3 , 4 ", "M1,2 L3,4 "},
-      {"M1 2 3 4 5 6", "M1,2 L3,4 L5,6 "},
-      {"m1 2 3 4 5 6z", "M1,2 L4,6 L9,12 Z"},
-      {"M1-2.5.5.5", "M1,-2.5 L0.5,0.5 "},
-      {"M1e1 2E-1+3+4", "M10,0.2 L3,4 "},
-      {"M1 1H5V6h-1v-2", "M1,1 L5,1 L5,6 L4,6 L4,4 "},
-      {"M1 1C1 2 3 4 5 6c1 1 2 2 3 3", "M1,1 C1,2 3,4 5,6 C6,7 7,8 8,9 "},
-      {"M0 0C0 1 2 3 4 4S7 7 8 8", "M0,0 C0,1 2,3 4,4 C6,5 7,7 8,8 "},
-      {"M1 1S7 7 8 8", "M1,1 C1,1 7,7 8,8 "},
-      {"M0 0C0 1 2 3 4 4L5 5s1 1 2 2", "M0,0 C0,1 2,3 4,4 L5,5 C5,5 6,6 7,7 "},
-      {"M0 0Q3 3 6 0", "M0,0 C2,2 4,2 6,0 "},
-      {"M0 0Q3 3 6 0T12 0", "M0,0 C2,2 4,2 6,0 C8,-2 10,-2 12,0 "},
-      {"M0 0q3 3 6 0Z", "M0,0 C2,2 4,2 6,0 Z"},
-      {"M1 1L2 2ZL3 3", "M1,1 L2,2 ZM1,1 L3,3 "},
-      {"M1 1L2 2zm1 1l1 0", "M1,1 L2,2 ZM2,2 L3,2 "},
-      {"M0 0A0 5 0 0 1 3 4", "M0,0 L3,4 "},
-      {"M2 2A5 5 0 0 1 2 2L3 3", "M2,2 L3,3 "},
-      {"M1e999-1e999 1e-999 0", "M1000000000000,-1000000000000 L0,0 "},
-  };
-  for (const auto& [data, text] : whole) {
-    const Parsed parsed = parse(data);
-    EXPECT_EQ(parsed.text, text) << data;
-    EXPECT_EQ(parsed.fault, std::string_view::npos) << data;
-  }
-  const tq::test::Rows<std::string, const char*, std::size_t> faulty{
+  constexpr std::size_t kNone = std::string_view::npos;
+  const tq::test::Rows<std::string, const char*, std::size_t> cases{
+      {"", "", kNone},
+      {"M1 2L3 4", "M1,2 L3,4 ", kNone},
+      {" M 1,2 , 3 , 4 ", "M1,2 L3,4 ", kNone},
+      {"M1 2 3 4 5 6", "M1,2 L3,4 L5,6 ", kNone},
+      {"m1 2 3 4 5 6z", "M1,2 L4,6 L9,12 Z", kNone},
+      {"M1-2.5.5.5", "M1,-2.5 L0.5,0.5 ", kNone},
+      {"M1e1 2E-1+3+4", "M10,0.2 L3,4 ", kNone},
+      {"M1 1H5V6h-1v-2", "M1,1 L5,1 L5,6 L4,6 L4,4 ", kNone},
+      {"M1 1C1 2 3 4 5 6c1 1 2 2 3 3", "M1,1 C1,2 3,4 5,6 C6,7 7,8 8,9 ", kNone},
+      {"M0 0C0 1 2 3 4 4S7 7 8 8", "M0,0 C0,1 2,3 4,4 C6,5 7,7 8,8 ", kNone},
+      {"M1 1S7 7 8 8", "M1,1 C1,1 7,7 8,8 ", kNone},
+      {"M0 0C0 1 2 3 4 4L5 5s1 1 2 2", "M0,0 C0,1 2,3 4,4 L5,5 C5,5 6,6 7,7 ", kNone},
+      {"M0 0Q3 3 6 0", "M0,0 C2,2 4,2 6,0 ", kNone},
+      {"M0 0Q3 3 6 0T12 0", "M0,0 C2,2 4,2 6,0 C8,-2 10,-2 12,0 ", kNone},
+      {"M0 0q3 3 6 0Z", "M0,0 C2,2 4,2 6,0 Z", kNone},
+      {"M1 1L2 2ZL3 3", "M1,1 L2,2 ZM1,1 L3,3 ", kNone},
+      {"M1 1L2 2zm1 1l1 0", "M1,1 L2,2 ZM2,2 L3,2 ", kNone},
+      {"M0 0A0 5 0 0 1 3 4", "M0,0 L3,4 ", kNone},
+      {"M2 2A5 5 0 0 1 2 2L3 3", "M2,2 L3,3 ", kNone},
+      {"M1e999-1e999 1e-999 0", "M1000000000000,-1000000000000 L0,0 ", kNone},
       {"M0 0" + std::string(400, '9') + " 1", "M0,1000000000000 ", 0},
       {"L1 1", "", 0},
       {"M1 1 2", "M1,1 ", 0},
@@ -62,7 +56,7 @@ TEST(SvgPath, ReadsEveryCommandUpToTheFirstError) {
       {"M1 1C1 1 2 2", "M1,1 ", 4},
       {"M1 1A1 1 0 2 0 3 3", "M1,1 ", 4},
   };
-  for (const auto& [data, text, fault] : faulty) {
+  for (const auto& [data, text, fault] : cases) {
     const Parsed parsed = parse(data);
     EXPECT_EQ(parsed.text, text) << data;
     EXPECT_EQ(parsed.fault, fault) << data;
@@ -100,11 +94,10 @@ TEST(SvgPath, ArcsFollowTheirEllipse) {
   };
   for (const auto& [data, centre, radii, degrees, cubics] : cases) {
     SCOPED_TRACE(data);
-    PathBuilder builder;
-    EXPECT_EQ(parsePath(data, builder), std::string_view::npos);
-    const auto path = builder.take();
-    EXPECT_EQ(std::ranges::count(path->steps(), 'C'), cubics);
-    EXPECT_LT(strayFromEllipse(*path, centre, radii, degrees), 3e-4);
+    const Parsed parsed = parse(data);
+    EXPECT_EQ(parsed.fault, std::string_view::npos);
+    EXPECT_EQ(std::ranges::count(parsed.path->steps(), 'C'), cubics);
+    EXPECT_LT(strayFromEllipse(*parsed.path, centre, radii, degrees), 3e-4);
   }
 }
 
@@ -118,9 +111,7 @@ TEST(PathData, BoundsAreTight) {
   };
   for (const auto& [data, transform, bounds] : cases) {
     SCOPED_TRACE(data);
-    PathBuilder builder;
-    parsePath(data, builder);
-    expectNear(builder.take()->tightBounds(transform), bounds, 1e-6);
+    expectNear(parse(data).path->tightBounds(transform), bounds, 1e-6);
   }
 }
 
