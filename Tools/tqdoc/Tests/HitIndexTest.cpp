@@ -3,7 +3,6 @@
 #include "Model/Crossings.h"
 #include "Render/Canvas.h"
 #include "Support.h"
-#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
@@ -47,13 +46,12 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
     int inked = 0;
     for (int y = 1; y < kSide - 1; ++y) {
       for (int x = 1; x < kSide - 1; ++x) {
-        const auto alpha = [&](int at) { return pixels[static_cast<std::size_t>(at)] >> 24; };
-        const int at = y * kSide + x;
-        const auto here = alpha(at);
-        if (alpha(at - 1) != here || alpha(at + 1) != here || alpha(at - kSide) != here ||
-            alpha(at + kSide) != here) {
-          continue;
-        }
+        const auto alpha = [&](int step) {
+          return pixels[static_cast<std::size_t>(y * kSide + x + step)] >> 24;
+        };
+        const auto here = alpha(0);
+        const auto differs = [&](int step) { return alpha(step) != here; };
+        if (std::ranges::any_of(std::array{-1, 1, -kSide, kSide}, differs)) continue;
         ASSERT_EQ(!index.hits({x + 0.5, y + 0.5, 0, 0}).empty(), here != 0) << x << ' ' << y;
         inked += here != 0 ? 1 : 0;
       }
@@ -91,8 +89,8 @@ TEST(Crossings, AreFoundForAllOutlines) {
   ASSERT_TRUE(document);
   const Crossings crossings = findCrossings(placedNodes(document->root()));
   EXPECT_TRUE(crossings.complete);
-  std::vector<tq::Point>
-      apart;  // the line meets the circle at joints of its curves, which are found twice
+  // The line meets the circle at joints of its curves, which are found twice.
+  std::vector<tq::Point> apart;
   for (const tq::Point p : crossings.points) {
     const auto isNear = [p](tq::Point q) { return std::hypot(p.x - q.x, p.y - q.y) < 0.1; };
     if (std::ranges::none_of(apart, isNear)) apart.push_back(p);

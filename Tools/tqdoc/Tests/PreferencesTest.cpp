@@ -1,7 +1,6 @@
 #include "Preferences/Preferences.h"
 
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace tqdoc {
 namespace {
