@@ -1,7 +1,8 @@
 # awk -f CheckSamples.awk Unsampled.list pages… public headers…
 # Fails if a public type (class, struct, enumeration, concept or alias) is neither met in a ```cpp block
 # of a page nor excused in Unsampled.list, and if an excuse is not needed. Types within other types and
-# in tq::detail do not count.
+# in tq::detail do not count. With -v uses=1, also prints the types with the pages that use them, as
+# "<keyword> <name> <page>…".
 
 FILENAME ~ /[.]list$/ {
   if (NF > 1 && !/^#/) excused[$1] = 1
@@ -13,7 +14,10 @@ FILENAME ~ /[.]md$/ {
     inBlock = /^```cpp$/
   } else if (inBlock) {
     gsub(/[^A-Za-z0-9_]+/, " ")
-    for (i = 1; i <= NF; ++i) met[$i] = 1
+    for (i = 1; i <= NF; ++i) {
+      if (!((FILENAME, $i) in isIn)) met[$i] = met[$i] " " FILENAME
+      isIn[FILENAME, $i] = 1
+    }
   }
   next
 }
@@ -27,6 +31,7 @@ inDetail { next }
 # brackets. The name is what follows the keyword and its attributes.
 /^(class|struct|enum|concept|using) / && (!/;$/ || /=/) {
   declaration = $0
+  keyword = $1
   sub(/^(class|struct|enum class|enum|concept|using) /, "", declaration)
   gsub(/TQ_[A-Z_]+(\("[^"]*"\))? /, "", declaration)
   match(declaration, /^[A-Za-z0-9_]+/)
@@ -34,6 +39,7 @@ inDetail { next }
   if (declaration !~ /^[A-Za-z0-9_]+</ && !(name in seen)) {
     seen[name] = 1
     ++count
+    if (uses && name in met) print keyword, name met[name]
     if (name in met) {
       if (name in excused) complain(name " is met in a sample: remove it from Unsampled.list")
     } else if (!(name in excused)) {
