@@ -13,8 +13,8 @@
 
 namespace tq {
 
-/// The matrix above without its last column. The default is the identity. The matrix need not be
-/// invertible.
+/// An affine transform: a matrix of 3 rows without its last column, which is constant. The default
+/// is the identity. The matrix need not be invertible.
 struct AffineTransform {
   double a = 1;   ///< contribution of x to x'
   double b = 0;   ///< contribution of x to y'

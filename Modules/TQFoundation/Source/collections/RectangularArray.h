@@ -71,6 +71,7 @@ class RectangularArray {
   [[nodiscard]] std::span<Element> elements() noexcept { return elementsOf(*this); }
   [[nodiscard]] std::span<const Element> elements() const noexcept { return elementsOf(*this); }
 
+  /// Returns whether both have the same numbers of rows and columns, and equal elements.
   friend bool operator==(const RectangularArray& a,
                          const RectangularArray& b) requires std::equality_comparable<Element> {
     return a.rowCount_ == b.rowCount_ && a.columnCount_ == b.columnCount_ &&

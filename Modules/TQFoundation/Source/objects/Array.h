@@ -92,7 +92,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
 
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
 
-  /// @throws Exception (RangeException) if index >= count()
+  /// Returns an element. The array owns it. @throws Exception (RangeException) if index >= count()
   [[nodiscard]] Object& objectAtIndex(std::size_t index) const;
 
   /// Returns null if the array is empty. The array owns the element.
@@ -191,12 +191,14 @@ class TQ_EXPORT MutableArray final : public Subclass<MutableArray, Array> {
   /// Creates an array of the same elements.
   [[nodiscard]] static Ref<MutableArray> arrayWithArray(const Array& array);
 
-  /// @throws Exception (InvalidArgumentException) for null
+  /// Appends an element. @throws Exception (InvalidArgumentException) for null
   void addObject(Ref<Object> object);
+  /// Inserts an element before the one at the index, or appends it at count().
   /// @throws Exception: InvalidArgumentException for null, RangeException if index > count()
   void insertObject(Ref<Object> object, std::size_t atIndex);
-  /// @throws Exception (RangeException) if index >= count()
+  /// Removes an element. @throws Exception (RangeException) if index >= count()
   void removeObjectAtIndex(std::size_t index);
+  /// Replaces an element.
   /// @throws Exception: RangeException if index >= count(), InvalidArgumentException for null
   void replaceObjectAtIndex(std::size_t index, Ref<Object> withObject);
   /// Removes all elements.

@@ -29,6 +29,7 @@ class TQ_EXPORT Error final : public Subclass<Error> {
   static constexpr std::string_view className = "Error";
   static constexpr std::string_view codingName = "NSError";
 
+  /// Creates an error.
   /// @param domain  the namespace of the code, such as POSIXErrorDomain
   /// @param userInfo  details under the keys above; may be null
   [[nodiscard]] static Ref<Error> errorWithDomain(std::string_view domain, std::int64_t code,

@@ -130,6 +130,7 @@ class JSONNode {
     return {tape_, word, strings_};
   }
 
+  /// Returns whether both are the same value of the same document.
   friend bool operator==(const JSONNode& a, const JSONNode& b) noexcept {
     return a.word_ == b.word_;
   }

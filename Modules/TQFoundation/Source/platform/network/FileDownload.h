@@ -51,6 +51,7 @@ class TQ_EXPORT FileDownload final : public Subclass<FileDownload> {
  public:
   static constexpr std::string_view className = "FileDownload";
 
+  /// Creates a download to `file`.
   /// @param request  its headers Range, If-Range and Accept-Encoding are ignored
   /// @return null, with an error of CocoaErrorDomain (as from FileHandle), if the file cannot be
   ///         created, or if this or another process has a download to the same file
