@@ -11,7 +11,6 @@ using tqdoc::Colours;
 
 constexpr std::pair<Colours, std::string_view> kWords[] = {
     {Colours::automatic, "auto"}, {Colours::always, "always"}, {Colours::never, "never"}};
-constexpr std::string_view kRecent = "recent";
 
 }  // namespace
 
@@ -36,31 +35,23 @@ const tq::Preference<std::int64_t> width("width", 0);
 const tq::Preference<std::int64_t> recentCount("recentCount", 10);
 }  // namespace preferences
 
-// File names are bytes, not always UTF-8, and are stored as data.
+namespace {
+const tq::Preference<std::vector<std::filesystem::path>> recent("recent", {});
+}  // namespace
 
 std::vector<std::string> recentDrawings() {
-  std::vector<std::string> paths;
-  const auto stored = tq::UserDefaults::standardUserDefaults()->objectForKey(kRecent);
-  const auto* const list = tq::objectCast<tq::Array>(stored.get());
-  if (list == nullptr) return paths;
-  for (const tq::Object& each : *list) {
-    if (const auto* path = tq::objectCast<tq::Data>(&each)) paths.emplace_back(path->view());
-  }
-  return paths;
+  const auto paths = recent.value();
+  return {paths.begin(), paths.end()};
 }
 
 void rememberDrawing(const std::string& path) {
   const auto count = std::clamp<std::int64_t>(preferences::recentCount.value(), 0, kMostRecent);
-  const std::vector<std::string> before = recentDrawings();
-  tq::RecentsList<std::string> recent(before, count);
-  recent.insert(std::filesystem::absolute(path).lexically_normal());
-  if (std::ranges::equal(recent, before)) return;
-  std::vector<tq::Ref<tq::Object>> paths;
-  for (const std::string& each : recent) paths.push_back(tq::Data::dataWithBytes(each));
-  tq::UserDefaults::standardUserDefaults()->setObject(tq::Array::arrayWithObjects(std::move(paths)),
-                                                      kRecent);
+  const auto before = recent.value();
+  tq::RecentsList<std::filesystem::path> list(before, count);
+  list.insert(std::filesystem::absolute(path).lexically_normal());
+  if (!std::ranges::equal(list, before)) recent.setValue({list.begin(), list.end()});
 }
 
-void forgetDrawings() { tq::UserDefaults::standardUserDefaults()->removeObjectForKey(kRecent); }
+void forgetDrawings() { recent.removeValue(); }
 
 }  // namespace tqdoc

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <concepts>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <optional>
@@ -14,6 +15,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Array.h>
@@ -158,6 +160,49 @@ struct RawObject<Ref<O>> {
 };
 
 }  // namespace detail
+
+/// Paths are stored as data: file names are bytes, and not always text.
+template <>
+struct RawRepresentable<std::filesystem::path> {
+  /// The bytes of the path.
+  using RawValue = Ref<Data>;
+  /// Returns the path, never nullopt.
+  static std::optional<std::filesystem::path> fromRawValue(const RawValue& raw) {
+    return std::filesystem::path(raw->view());
+  }
+  /// Returns the bytes of the path.
+  static RawValue rawValue(const std::filesystem::path& path) {
+    return Data::dataWithBytes(path.native());
+  }
+};
+
+/// Lists are stored as arrays, with each element as it is stored alone. A null Ref in a list is an
+/// InvalidArgumentException.
+template <class T>
+struct RawRepresentable<std::vector<T>> {
+  /// An array of the elements' raw values.
+  using RawValue = Ref<Array>;
+  /// Returns the elements, never nullopt. Those that are not stored as a T are left out.
+  static std::optional<std::vector<T>> fromRawValue(const RawValue& raw) {
+    std::vector<T> list;
+    for (const Object& object : *raw) {
+      const auto element = detail::RawObject<typename RawRepresentable<T>::RawValue>::unbox(object);
+      if (!element) continue;
+      if (auto value = RawRepresentable<T>::fromRawValue(*element))
+        list.push_back(*std::move(value));
+    }
+    return list;
+  }
+  /// Returns an array of the elements' raw values.
+  static RawValue rawValue(const std::vector<T>& list) {
+    std::vector<Ref<Object>> elements;
+    for (const auto& element : list) {
+      elements.push_back(detail::RawObject<typename RawRepresentable<T>::RawValue>::box(
+          RawRepresentable<T>::rawValue(element)));
+    }
+    return Array::arrayWithObjects(std::move(elements));
+  }
+};
 
 /// The entry of a preference in a store: the common base of all Preference types.
 class TQ_EXPORT PreferenceEntry {

@@ -1,5 +1,7 @@
 #include <TQFoundation/environment/Preference.h>
 
+#include <filesystem>
+
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/loops/RunLoop.h>
 
@@ -95,6 +97,23 @@ TEST_F(PreferenceTest, StoresPropertyListsUnchanged) {
   EXPECT_EQ(defaults->peekObjectForKey("list"), nullptr);
   Preference<float>("real", 0, defaults).setValue(2.5f);
   EXPECT_EQ(Preference<long long>("real", 0, defaults).value(), 2);
+}
+
+TEST_F(PreferenceTest, StoresPathsAndListsOfValues) {
+  using Path = std::filesystem::path;
+  const std::vector<Path> paths{"/b", "/\xFF", ""};  // a file name need not be text
+  const Preference<std::vector<Path>> files("files", {"/default"}, defaults);
+  EXPECT_THAT(files.value(), testing::ElementsAre("/default"));
+  files.setValue(paths);
+  EXPECT_EQ(files.value(), paths);
+  EXPECT_TRUE(objectCast<Data>(&(*files.rawValue())->objectAtIndex(1))->view() == "/\xFF");
+
+  const Preference<std::vector<Theme>> themes("themes", {}, defaults);
+  themes.setRawValue(Array::arrayWithObjects(
+      {String::of("dark"), String::of("neon"), Number::numberWith(1), String::of("light")}));
+  EXPECT_THAT(themes.value(), testing::ElementsAre(Theme::dark, Theme::light));
+  const Preference<std::vector<Ref<String>>> texts("texts", {}, defaults);
+  EXPECT_THROW(texts.setValue({nullptr}), Exception);
 }
 
 TEST_F(PreferenceTest, RegisteredDefaultsTakePrecedence) {
