@@ -164,4 +164,5 @@
 #include <TQFoundation/spatial/LazyPruneTree.h>
 #include <TQFoundation/spatial/RTree.h>
 #include <TQFoundation/spatial/RTreeNode.h>
+#include <TQFoundation/spatial/RTreeSearch.h>
 #include <TQFoundation/spatial/RTreeSplitStrategy.h>

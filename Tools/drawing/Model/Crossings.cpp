@@ -15,14 +15,8 @@ class Search {
  public:
   void add(const Piece& piece) {
     const tq::Rect bounds = tq::TQBezierSegmentGetBounds(piece.segment);
-    const auto near = tq::prune(tree_, [&bounds](const tq::RTreeNode<Piece>* node) {
-      return node->hasEntryIntersecting(bounds);
-    });
-    for (const auto* node : tq::depthFirst(near)) {
-      for (const auto& entry : node->leafEntries()) {
-        if (tq::RectIntersectsRect(entry.rect, bounds)) cross(piece, entry.element);
-      }
-    }
+    tq::visitEntriesIntersecting(*tree_, bounds,
+                                 [&](const auto& entry) { cross(piece, entry.element); });
     tree_->insert(piece, bounds);
   }
 

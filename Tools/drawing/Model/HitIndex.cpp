@@ -179,17 +179,8 @@ HitIndex::HitIndex(const Document& document)
 }
 
 std::vector<const PlacedNode*> HitIndex::hits(const tq::Rect& area) const {
-  std::vector<std::size_t> found;
-  const auto candidates = tq::prune(tree_, [&area](const tq::RTreeNode<std::size_t>* node) {
-    return node->hasEntryIntersecting(area);
-  });
-  for (const auto* node : tq::depthFirst(candidates)) {
-    for (const auto& entry : node->leafEntries()) {
-      if (tq::RectIntersectsRect(entry.rect, area) && meets(nodes_[entry.element], area)) {
-        found.push_back(entry.element);
-      }
-    }
-  }
+  std::vector<std::size_t> found = tq::elementsIntersecting(*tree_, area);
+  std::erase_if(found, [&](std::size_t index) { return !meets(nodes_[index], area); });
   std::ranges::sort(found, std::ranges::greater());
   std::vector<const PlacedNode*> nodes;
   for (const std::size_t index : found) nodes.push_back(&nodes_[index]);

@@ -5,6 +5,7 @@ tq_room(spatial
   RTree.cpp RTree.h
   RTreeIndex.cpp
   RTreeNode.cpp RTreeNode.h
+  RTreeSearch.h
   RTreeSplitStrategy.h
   RTreeSplitter.cpp
   detail/RTreeCore.h

@@ -43,8 +43,7 @@ namespace tq {
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.
-/// Elements: to collect those in a rect, prune the tree with hasEntryIntersecting() and read the
-///           leaf entries (sample in docs/Map.md).
+/// Elements: RTreeSearch.h collects those in a rect.
 template <class Element>
 class RTree final : public Object {
  public:

@@ -192,6 +192,15 @@ const Callback objects[] = {
        EXPECT_FALSE(std::ranges::empty(pruned.children(pruned.root())));
        EXPECT_GT(count, 27u);
      }},
+    {"visitEntriesIntersecting, elementsIntersecting",
+     [](World& w) {
+       auto& tree = w.keep(makeRef<RTree<int>>(2));
+       for (int i = 0; i < 9; ++i) tree.insert(i, Rect(i, 0, 1, 1));
+       EXPECT_EQ(elementsIntersecting(tree, {2.5, 0, 0, 0}), std::vector{2});
+       std::size_t count = 0;
+       visitEntriesIntersecting(tree, {0, 0, 9, 1}, [&](const auto&) { w.drop(), ++count; });
+       EXPECT_EQ(count, 9u);
+     }},
 };
 
 const Callback comparisons[] = {

@@ -3,6 +3,7 @@
 #include <ranges>
 
 #include <TQFoundation/spatial/LazyPruneTree.h>
+#include <TQFoundation/spatial/RTreeSearch.h>
 
 #include "support/PlainRTree.h"
 #include "support/RandomRects.h"
@@ -203,9 +204,15 @@ TEST(RTreeStress, FindsWhatALinearScanFinds) {
     for (int i = 0; i < 300; ++i) {
       Rect query = queries.next();
       if (i % 2 == 0) query = Rect{query.origin.x - 2000 * (i % 4), query.origin.y, 0, 0};
-      const bool found =
-          std::ranges::any_of(all, [&](const Rect& r) { return RectIntersectsRect(r, query); });
-      ASSERT_EQ(tree->intersects(query), found) << "query " << i;
+      std::vector<int> expected;
+      for (int j = 0; const Rect& rect : all) {
+        if (RectIntersectsRect(rect, query)) expected.push_back(j);
+        ++j;
+      }
+      ASSERT_EQ(tree->intersects(query), !expected.empty()) << "query " << i;
+      std::vector<int> found = elementsIntersecting(*tree, query);
+      std::ranges::sort(found);
+      ASSERT_EQ(found, expected) << "query " << i;
     }
   }
 }
