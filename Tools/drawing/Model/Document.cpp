@@ -56,6 +56,10 @@ std::string_view Document::title() const noexcept {
   return title_ ? title_->view() : std::string_view();
 }
 
+tq::Ref<Document> Document::withRoot(tq::Ref<Group> root) const {
+  return tq::makeRef<Document>(title_, page_, std::move(root), unsupported_);
+}
+
 std::size_t Document::shapeCount() const { return shapesIn(*root_); }
 
 tq::AffineTransform viewTransform(const tq::Rect& viewBox, tq::Size viewport,
@@ -74,6 +78,13 @@ tq::AffineTransform viewTransform(const tq::Rect& viewBox, tq::Size viewport,
              (viewport.height - sy * box.height) * share("YMin", "YMax")};
   }
   return {sx, 0, 0, sy, spare.x - sx * viewBox.origin.x, spare.y - sy * viewBox.origin.y};
+}
+
+tq::AffineTransform pagePlacement(const Document::Page& page, const tq::Rect& rect) {
+  const auto inPage = viewTransform(page.viewBox, page.size, page.fit->view());
+  const auto inRect = viewTransform({{0, 0}, page.size}, rect.size, "");
+  const tq::AffineTransform moved{1, 0, 0, 1, rect.origin.x, rect.origin.y};
+  return tq::AffineTransformConcat(inPage, tq::AffineTransformConcat(inRect, moved));
 }
 
 void registerModel() {

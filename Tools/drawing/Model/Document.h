@@ -32,6 +32,8 @@ class Document final : public tq::Subclass<Document> {
   [[nodiscard]] const Page& page() const noexcept { return page_; }
   [[nodiscard]] const Group& root() const noexcept { return *root_; }
   [[nodiscard]] const tq::Dictionary& unsupported() const noexcept { return *unsupported_; }
+  /// Returns a document with the same page and another tree.
+  [[nodiscard]] tq::Ref<Document> withRoot(tq::Ref<Group> root) const;
 
   /// Returns the number of shapes and pictures in the tree.
   [[nodiscard]] std::size_t shapeCount() const;
@@ -48,6 +50,10 @@ class Document final : public tq::Subclass<Document> {
 /// values mean "xMidYMid meet". The result is the identity if either rect is empty.
 [[nodiscard]] tq::AffineTransform viewTransform(const tq::Rect& viewBox, tq::Size viewport,
                                                 std::string_view fit);
+
+/// Returns the transform from the drawing's coordinates to those of `rect`, in which the page is
+/// centred and as large as possible.
+[[nodiscard]] tq::AffineTransform pagePlacement(const Document::Page& page, const tq::Rect& rect);
 
 /// Registers the classes of the model for decoding. Call once, at start-up.
 void registerModel();

@@ -69,6 +69,10 @@ void Group::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodeObject(children_, "children");
 }
 
+tq::Ref<Node> Group::withTraits(Traits traits) const {
+  return tq::makeRef<Group>(std::move(traits), children_);
+}
+
 Shape::Shape(Traits traits, tq::Ref<PathData> path, tq::Ref<tq::Dictionary> style)
     : Subclass(std::move(traits)), path_(std::move(path)), style_(std::move(style)) {}
 
@@ -81,6 +85,14 @@ void Shape::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   Node::encodeAsJSON(encoder);
   encoder.encodeObject(path_, "path");
   encoder.encodeObject(style_, "style");
+}
+
+tq::Ref<Node> Shape::withTraits(Traits traits) const {
+  return tq::makeRef<Shape>(std::move(traits), path_, style_);
+}
+
+tq::Ref<Shape> Shape::withStyle(tq::Ref<tq::Dictionary> style) const {
+  return tq::makeRef<Shape>(traits(), path_, std::move(style));
 }
 
 Picture::Picture(Traits traits, const tq::Rect& frame, tq::Ref<tq::String> fit,
@@ -104,6 +116,10 @@ void Picture::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodeObject(fit_, "fit");
   encoder.encodeObject(mediaType_, "mediaType");
   encoder.encodeObject(bytes_, "bytes");
+}
+
+tq::Ref<Node> Picture::withTraits(Traits traits) const {
+  return tq::makeRef<Picture>(std::move(traits), frame_, fit_, mediaType_, bytes_);
 }
 
 std::string placeOf(const std::string& path, const Node& node) {

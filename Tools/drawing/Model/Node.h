@@ -28,6 +28,8 @@ class Node : public tq::Subclass<Node> {
   [[nodiscard]] const Traits& traits() const noexcept { return traits_; }
   /// Empty for a node without a name.
   [[nodiscard]] std::string_view name() const noexcept;
+  /// Returns a node with the same content and other traits.
+  [[nodiscard]] virtual tq::Ref<Node> withTraits(Traits traits) const = 0;
 
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
 
@@ -48,6 +50,7 @@ class Group final : public tq::Subclass<Group, Node> {
   Group(Traits traits, tq::Ref<tq::Array> children);
   explicit Group(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
+  [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
 
   [[nodiscard]] const tq::Array& children() const noexcept { return *children_; }
   [[nodiscard]] std::size_t count() const noexcept { return children_->count(); }
@@ -73,6 +76,9 @@ class Shape final : public tq::Subclass<Shape, Node> {
   Shape(Traits traits, tq::Ref<PathData> path, tq::Ref<tq::Dictionary> style);
   explicit Shape(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
+  [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
+  /// Returns a shape with the same traits and outline and another style.
+  [[nodiscard]] tq::Ref<Shape> withStyle(tq::Ref<tq::Dictionary> style) const;
 
   [[nodiscard]] const PathData& path() const noexcept { return *path_; }
   [[nodiscard]] const tq::Dictionary& style() const noexcept { return *style_; }
@@ -92,6 +98,7 @@ class Picture final : public tq::Subclass<Picture, Node> {
           tq::Ref<tq::String> mediaType, tq::Ref<tq::Data> bytes);
   explicit Picture(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
+  [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
 
   [[nodiscard]] const tq::Rect& frame() const noexcept { return frame_; }
   [[nodiscard]] std::string_view fit() const noexcept { return fit_->view(); }

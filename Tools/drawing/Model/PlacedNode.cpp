@@ -5,29 +5,46 @@
 namespace tqdoc {
 namespace {
 
-void collect(const Node& node, const std::string& path, const tq::AffineTransform& parent,
-             std::vector<PlacedNode::Clip>& clips, std::vector<PlacedNode>& all) {
-  const Node::Traits& traits = node.traits();
-  if (traits.hidden) return;
-  const auto transform = tq::AffineTransformConcat(traits.transform, parent);
-  if (traits.clip) clips.push_back({traits.clip.get(), transform});
-  if (const auto* group = tq::objectCast<Group>(&node)) {
-    for (std::size_t i = 0; i < group->count(); ++i) {
-      collect(group->child(i), path + "/" + std::to_string(i), transform, clips, all);
-    }
-  } else {
-    all.push_back({&node, placeOf(path, node), transform, clips});
-  }
-  if (traits.clip) clips.pop_back();
+[[nodiscard]] std::string textOf(const NodePath& path) {
+  std::string text = "root";
+  for (const std::size_t index : path) text += "/" + std::to_string(index);
+  return text;
 }
+
+/// Collects the visible nodes, with the path and the clips of the node that is visited.
+class Collector {
+ public:
+  void collect(const Node& node, const tq::AffineTransform& parent) {
+    const Node::Traits& traits = node.traits();
+    if (traits.hidden) return;
+    const auto transform = tq::AffineTransformConcat(traits.transform, parent);
+    if (traits.clip) clips_.push_back({traits.clip.get(), transform});
+    if (const auto* group = tq::objectCast<Group>(&node)) {
+      for (std::size_t i = 0; i < group->count(); ++i) {
+        path_.push_back(i);
+        collect(group->child(i), transform);
+        path_.pop_back();
+      }
+    } else {
+      nodes_.push_back({&node, path_, placeOf(textOf(path_), node), transform, clips_});
+    }
+    if (traits.clip) clips_.pop_back();
+  }
+
+  [[nodiscard]] std::vector<PlacedNode> take() { return std::move(nodes_); }
+
+ private:
+  NodePath path_;
+  std::vector<PlacedNode::Clip> clips_;
+  std::vector<PlacedNode> nodes_;
+};
 
 }  // namespace
 
 std::vector<PlacedNode> placedNodes(const Node& node, const tq::AffineTransform& parent) {
-  std::vector<PlacedNode> all;
-  std::vector<PlacedNode::Clip> clips;
-  collect(node, "root", parent, clips, all);
-  return all;
+  Collector collector;
+  collector.collect(node, parent);
+  return collector.take();
 }
 
 tq::Rect outlineBounds(const PlacedNode& placed) {

@@ -3,12 +3,16 @@
 /// @file PlacedNode.h
 /// The shapes and pictures of a drawing, with the transforms and clips of their groups.
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "Model/Document.h"
 
 namespace tqdoc {
+
+/// The indexes that lead from the root to a node.
+using NodePath = std::vector<std::size_t>;
 
 /// A shape or a picture with its place. Keeps a pointer: the document must outlive it.
 struct PlacedNode {
@@ -19,6 +23,7 @@ struct PlacedNode {
   };
 
   const Node* node;
+  NodePath path;
   std::string place;              ///< such as "root/1/0 (eye)"
   tq::AffineTransform transform;  ///< from the node's coordinates to the drawing's
   std::vector<Clip> clips;        ///< its own and those of its groups

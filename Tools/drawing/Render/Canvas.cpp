@@ -52,11 +52,7 @@ void Canvas::fill(const tq::Rect& rect, const Color& color) {
 
 void Canvas::draw(const Document& document, const tq::Rect& rect, const Overlay& overlay) {
   cairo_t* const cr = context_.get();
-  const Document::Page& page = document.page();
-  const tq::AffineTransform fitted = tq::AffineTransformConcat(
-      viewTransform(page.viewBox, page.size, page.fit->view()),
-      tq::AffineTransformConcat(viewTransform({{0, 0}, page.size}, rect.size, ""),
-                                {1, 0, 0, 1, rect.origin.x, rect.origin.y}));
+  const tq::AffineTransform fitted = pagePlacement(document.page(), rect);
   cairo_save(cr);
   cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
   cairo_clip(cr);
