@@ -1,0 +1,223 @@
+#include "Svg/SvgWriter.h"
+
+#include <charconv>
+#include <initializer_list>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <pugixml.hpp>
+
+#include "Model/Features.h"
+#include "Model/Gradient.h"
+#include "Model/Numbers.h"
+#include "Svg/SvgColor.h"
+
+namespace tqdoc {
+namespace {
+
+/// Returns the shortest text that is read as the same number.
+[[nodiscard]] std::string textOf(double number) {
+  char text[32];
+  return {text, std::to_chars(std::begin(text), std::end(text), number).ptr};
+}
+
+[[nodiscard]] std::string textOf(std::span<const double> numbers) {
+  std::string text;
+  for (const double number : numbers) text += (text.empty() ? "" : " ") + textOf(number);
+  return text;
+}
+
+[[nodiscard]] std::string textOf(const tq::AffineTransform& t) {
+  return "matrix(" + textOf(std::initializer_list<double>{t.a, t.b, t.c, t.d, t.tx, t.ty}) + ")";
+}
+
+[[nodiscard]] std::string textOf(const PathData& path) {
+  std::string text;
+  std::size_t at = 0;
+  for (const char step : path.steps()) {
+    const auto count = 2 * static_cast<std::size_t>(PathData::pointsOf(step));
+    text += step + textOf(path.coordinates().subspan(at, count));
+    at += count;
+  }
+  return text;
+}
+
+void set(pugi::xml_node element, const char* attribute, const std::string& text) {
+  element.append_attribute(attribute) = text.c_str();
+}
+
+void set(pugi::xml_node element, const char* attribute, double number) {
+  set(element, attribute, textOf(number));
+}
+
+class Writer {
+ public:
+  explicit Writer(const Document& document) {
+    pugi::xml_node svg = xml_.append_child("svg");
+    set(svg, "xmlns", "http://www.w3.org/2000/svg");
+    set(svg, "xmlns:xlink", "http://www.w3.org/1999/xlink");
+    set(svg, "xmlns:inkscape", "http://www.inkscape.org/namespaces/inkscape");
+    const Document::Page& page = document.page();
+    const tq::Rect& box = page.viewBox;
+    set(svg, "width", page.size.width);
+    set(svg, "height", page.size.height);
+    set(svg, "viewBox",
+        textOf(std::initializer_list<double>{box.origin.x, box.origin.y, box.size.width,
+                                             box.size.height}));
+    if (page.fit->length() > 0) set(svg, "preserveAspectRatio", printable(page.fit->view()));
+    if (!document.title().empty()) {
+      svg.append_child("title").text() = printable(document.title()).c_str();
+    }
+    definitions_ = svg.append_child("defs");
+    if (document.root().traits().transform == tq::AffineTransformIdentity) {
+      writeContent(svg, document.root());
+    } else {
+      write(svg, document.root());  // the outermost element cannot be transformed
+    }
+    if (!definitions_.first_child()) svg.remove_child(definitions_);
+  }
+
+  [[nodiscard]] std::string take() const {
+    struct : pugi::xml_writer {
+      void write(const void* data, std::size_t size) override {
+        text.append(static_cast<const char*>(data), size);
+      }
+      std::string text;
+    } writer;
+    xml_.save(writer, " ", pugi::format_default, pugi::encoding_utf8);
+    return std::move(writer.text);
+  }
+
+ private:
+  void write(pugi::xml_node parent, const Node& node) {
+    const char* const name = tq::objectCast<Group>(&node) != nullptr   ? "g"
+                             : tq::objectCast<Shape>(&node) != nullptr ? "path"
+                                                                       : "image";
+    writeContent(parent.append_child(name), node);
+  }
+
+  void writeContent(pugi::xml_node element, const Node& node) {
+    writeTraits(element, node.traits());
+    if (const auto* group = tq::objectCast<Group>(&node)) {
+      for (std::size_t i = 0; i < group->count(); ++i) write(element, group->child(i));
+    } else if (const auto* shape = tq::objectCast<Shape>(&node)) {
+      set(element, "d", textOf(shape->path()));
+      writeStyle(element, shape->style());
+    } else if (const auto* picture = tq::objectCast<Picture>(&node)) {
+      writePicture(element, *picture);
+    }
+  }
+
+  void writeTraits(pugi::xml_node element, const Node::Traits& traits) {
+    if (traits.name) set(element, "inkscape:label", printable(traits.name->view()));
+    if (traits.transform != tq::AffineTransformIdentity) {
+      set(element, "transform", textOf(traits.transform));
+    }
+    if (traits.opacity != 1) set(element, "opacity", traits.opacity);
+    if (traits.hidden) set(element, "display", "none");
+    if (traits.clip) set(element, "clip-path", referenceTo(clip(*traits.clip)));
+  }
+
+  void writeStyle(pugi::xml_node element, const tq::Dictionary& style) {
+    constexpr struct {
+      const char* key;
+      const char* attribute;
+    } kNumbers[] = {{"fillOpacity", "fill-opacity"},
+                    {"strokeOpacity", "stroke-opacity"},
+                    {"strokeWidth", "stroke-width"},
+                    {"miterLimit", "stroke-miterlimit"},
+                    {"dashOffset", "stroke-dashoffset"}},
+      kWords[] = {{"lineCap", "stroke-linecap"}, {"lineJoin", "stroke-linejoin"}};
+    set(element, "fill", paint(style.objectForKey("fill")));
+    if (const auto* stroke = style.objectForKey("stroke")) set(element, "stroke", paint(stroke));
+    if (numberIn(style, "evenOdd", 0) != 0) {
+      set(element, "fill-rule", "evenodd");
+      set(element, "clip-rule", "evenodd");
+    }
+    for (const auto& [key, attribute] : kNumbers) {
+      if (style.objectForKey(key) != nullptr) set(element, attribute, numberIn(style, key, 0));
+    }
+    for (const auto& [key, attribute] : kWords) {
+      const auto* word = tq::objectCast<tq::String>(style.objectForKey(key));
+      if (word != nullptr) set(element, attribute, printable(word->view()));
+    }
+    const auto* dashes = tq::objectCast<tq::Array>(style.objectForKey("dashes"));
+    const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
+    if (lengths) set(element, "stroke-dasharray", textOf(*lengths));
+  }
+
+  void writePicture(pugi::xml_node element, const Picture& picture) {
+    const tq::Rect& frame = picture.frame();
+    set(element, "x", frame.origin.x);
+    set(element, "y", frame.origin.y);
+    set(element, "width", frame.size.width);
+    set(element, "height", frame.size.height);
+    if (!picture.fit().empty()) set(element, "preserveAspectRatio", printable(picture.fit()));
+    set(element, "xlink:href",
+        "data:" + printable(picture.mediaType()) + ";base64," +
+            tq::base64FromBytes(picture.bytes().bytes()));
+  }
+
+  /// Returns the text of a paint; a gradient is defined first.
+  [[nodiscard]] std::string paint(const tq::Object* paint) {
+    if (const auto* color = tq::objectCast<tq::String>(paint)) return printable(color->view());
+    const auto* gradient = tq::objectCast<Gradient>(paint);
+    return gradient != nullptr ? referenceTo(define(*gradient)) : "none";
+  }
+
+  [[nodiscard]] pugi::xml_node define(const Gradient& gradient) {
+    const GradientGeometry& g = gradient.geometry();
+    pugi::xml_node element = definition(g.radial ? "radialGradient" : "linearGradient");
+    set(element, "gradientUnits", "userSpaceOnUse");
+    if (g.transform != tq::AffineTransformIdentity) {
+      set(element, "gradientTransform", textOf(g.transform));
+    }
+    constexpr const char* kSpreads[] = {"pad", "reflect", "repeat"};
+    set(element, "spreadMethod", kSpreads[static_cast<std::size_t>(g.spread)]);
+    const bool isRadial = g.radial;
+    set(element, isRadial ? "fx" : "x1", g.start.x);
+    set(element, isRadial ? "fy" : "y1", g.start.y);
+    set(element, isRadial ? "cx" : "x2", g.end.x);
+    set(element, isRadial ? "cy" : "y2", g.end.y);
+    if (isRadial) set(element, "r", g.radius);
+    for (const GradientStop& stop : gradient.stops()) {
+      pugi::xml_node child = element.append_child("stop");
+      set(child, "offset", stop.offset);
+      set(child, "stop-color", colorText({stop.red, stop.green, stop.blue, 1}));
+      if (stop.alpha != 1) set(child, "stop-opacity", stop.alpha);
+    }
+    return element;
+  }
+
+  [[nodiscard]] pugi::xml_node clip(const Node& node) {
+    pugi::xml_node element = definition("clipPath");
+    if (tq::objectCast<Group>(&node) != nullptr) {
+      writeContent(element, node);
+    } else {
+      write(element, node);
+    }
+    return element;
+  }
+
+  /// Appends an element that others refer to.
+  [[nodiscard]] pugi::xml_node definition(const char* name) {
+    pugi::xml_node element = definitions_.append_child(name);
+    set(element, "id", name + std::to_string(++definitionCount_));
+    return element;
+  }
+  [[nodiscard]] static std::string referenceTo(pugi::xml_node definition) {
+    return std::string("url(#") + definition.attribute("id").value() + ")";
+  }
+
+  pugi::xml_document xml_;
+  pugi::xml_node definitions_;
+  std::size_t definitionCount_ = 0;
+};
+
+}  // namespace
+
+std::string svgOf(const Document& document) { return Writer(document).take(); }
+
+}  // namespace tqdoc
