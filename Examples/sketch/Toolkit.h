@@ -1,0 +1,45 @@
+#pragma once
+
+/// @file Toolkit.h
+/// Signals of the toolkit with C++ handlers.
+
+#include <gtk/gtk.h>
+
+#include <functional>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+namespace sketch {
+namespace detail {
+
+template <class Result, class... Arguments>
+struct Signal {
+  using Handler = std::function<Result(Arguments...)>;
+  static Result call(gpointer, Arguments... arguments, gpointer handler) {
+    return (*static_cast<Handler*>(handler))(arguments...);
+  }
+  static void release(gpointer handler, GClosure*) { delete static_cast<Handler*>(handler); }
+};
+
+}  // namespace detail
+
+/// Calls `handler` for a signal of `sender`, as long as that exists. `Result` and `Arguments` are
+/// those of the signal, without the sender. The handler must not throw.
+template <class Result, class... Arguments>
+void onSignal(gpointer sender, const char* signal,
+              std::type_identity_t<std::function<Result(Arguments...)>> handler) {
+  using Signal = detail::Signal<Result, Arguments...>;
+  g_signal_connect_data(sender, signal, G_CALLBACK(&Signal::call),
+                        new typename Signal::Handler(std::move(handler)), &Signal::release,
+                        GConnectFlags(0));
+}
+
+/// Returns text of the toolkit, which this function frees. Null is "".
+[[nodiscard]] inline std::string taken(char* text) {
+  const std::string copy = text != nullptr ? text : "";
+  g_free(text);
+  return copy;
+}
+
+}  // namespace sketch
