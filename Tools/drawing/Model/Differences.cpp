@@ -1,5 +1,6 @@
 #include "Model/Differences.h"
 
+#include <functional>
 #include <set>
 #include <string_view>
 #include <tuple>
@@ -189,6 +190,16 @@ std::string pathOf(tq::TQComparisonItem& item) {
   return path.starts_with('.') ? path.substr(1) : path;  // a property of the whole drawing
 }
 
+/// Returns the old object. Below a node that moved between groups, the items have none: the parent
+/// of all of them is an insertion, and its removal has the node.
+const tq::Object& oldObjectOf(const tq::TQComparisonItem& item) {
+  if (const tq::Object* object = item.oldObject()) return *object;
+  if (const auto* insertion = tq::objectCast<tq::TQComparisonArrayChange>(&item)) {
+    return *insertion->associatedChange()->object();
+  }
+  return oldObjectOf(*item.parent());
+}
+
 Difference differenceOf(tq::TQComparisonArrayChange& change) {
   const auto* node = static_cast<const Node*>(change.object());
   Difference difference;
@@ -202,6 +213,7 @@ Difference differenceOf(tq::TQComparisonArrayChange& change) {
   }
   difference.kind = partner ? Difference::Kind::moved : Difference::Kind::inserted;
   difference.newNode = node;
+  difference.oldGroup = static_cast<const Node*>(&oldObjectOf(*change.parent()));
   if (partner) {
     difference.oldNode = static_cast<const Node*>(partner->object());
     difference.oldPath = pathOf(*partner);
@@ -209,25 +221,61 @@ Difference differenceOf(tq::TQComparisonArrayChange& change) {
   return difference;
 }
 
-/// Returns the old object. For a property of a node that moved between groups, the parent item is
-/// an insertion without an old object; its removal has it.
-const tq::Object& oldObjectOf(const tq::TQComparisonPropertyChange& change) {
-  if (const tq::Object* object = change.oldObject()) return *object;
-  return *static_cast<tq::TQComparisonArrayChange*>(change.parent())->associatedChange()->object();
-}
-
 Difference differenceOf(tq::TQComparisonPropertyChange& change) {
+  const tq::Object& oldObject = oldObjectOf(change);
   Difference difference;
   difference.path = pathOf(change);
-  for (Property& property : propertiesOf(oldObjectOf(change), *change.updatedObject())) {
-    if (property.name != change.propertyName()) continue;
+  difference.property = change.propertyName();
+  for (Property& property : propertiesOf(oldObject, *change.updatedObject())) {
+    if (property.name != difference.property) continue;
     difference.oldValue = std::move(property.oldValue);
     difference.newValue = std::move(property.newValue);
   }
-  difference.oldNode = tq::objectCast<Node>(&oldObjectOf(change));
+  difference.oldNode = tq::objectCast<Node>(&oldObject);
   difference.newNode = tq::objectCast<Node>(change.updatedObject());
   difference.what = difference.newNode != nullptr ? whatIs(*difference.newNode) : "drawing";
   return difference;
+}
+
+/// Returns true if `path` is below one of `paths`.
+bool isBelow(std::string_view path, const std::set<std::string, std::less<>>& paths) {
+  for (auto dot = path.rfind('.'); dot != path.npos; dot = path.rfind('.', dot - 1)) {
+    if (paths.contains(path.substr(0, dot))) return true;
+    if (dot == 0) break;
+  }
+  return false;
+}
+
+/// Removes repetitions. The comparison reports what is inside a pair each time when it finds the
+/// pair, and links only one of the repeated halves of a move. If an archive uses one node in
+/// several places, it is also compared where it is inserted.
+void keepOneAtEachPlace(std::vector<Difference>& differences) {
+  using Kind = Difference::Kind;
+  std::set<std::string> changes, departures, arrivals;
+  for (Difference& move : differences) {
+    if (move.kind != Kind::moved) continue;
+    const auto [departure, leaves] = departures.insert(move.oldPath);
+    const auto [arrival, arrives] = arrivals.insert(move.path);
+    if (leaves && arrives) continue;
+    // The other half belongs to an earlier move.
+    if (leaves) departures.erase(departure);
+    if (arrives) arrivals.erase(arrival);
+    move.kind = arrives ? Kind::inserted : Kind::removed;
+    if (!arrives) move.path = move.oldPath;
+    (arrives ? move.oldNode : move.newNode) = nullptr;
+  }
+  std::set<std::string, std::less<>> insertions;
+  std::erase_if(differences, [&](const Difference& each) {
+    if (each.kind == Kind::moved) return false;
+    auto& places = each.kind == Kind::changed   ? changes
+                   : each.kind == Kind::removed ? departures
+                                                : arrivals;
+    if (!places.insert(each.path).second) return true;
+    if (each.kind == Kind::inserted) insertions.insert(each.path);
+    return false;
+  });
+  std::erase_if(differences,
+                [&](const Difference& each) { return isBelow(each.path, insertions); });
 }
 
 }  // namespace
@@ -238,19 +286,16 @@ std::vector<Difference> differencesOf(const Document& oldDocument, const Documen
       tq::TQTreeComparison::initWithRoot1(tq::Ref<tq::Object>(&lent(oldDocument)),
                                           tq::Ref<tq::Object>(&lent(newDocument)), true, delegate);
   std::vector<Difference> differences;
-  // Reports each pair once, even if it is found several times.
-  std::set<std::pair<const tq::Object*, std::string>> told;
   for (const auto& item : comparison->changes()) {
     if (auto* change = tq::objectCast<tq::TQComparisonPropertyChange>(item.get())) {
-      if (told.emplace(change->updatedObject(), change->propertyName()).second) {
-        differences.push_back(differenceOf(*change));
-      }
+      differences.push_back(differenceOf(*change));
       continue;
     }
     auto& change = static_cast<tq::TQComparisonArrayChange&>(*item);
     if (change.isRemoval() && change.isMove()) continue;  // reported with its insertion
-    if (told.emplace(change.object(), "").second) differences.push_back(differenceOf(change));
+    differences.push_back(differenceOf(change));
   }
+  keepOneAtEachPlace(differences);
   return differences;
 }
 
