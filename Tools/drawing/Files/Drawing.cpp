@@ -35,28 +35,6 @@ namespace {
   return tq::Data::dataWithBytes(bytes);
 }
 
-[[nodiscard]] tq::Ref<tq::Data> readFile(const std::string& path, tq::Ref<tq::Error>* error) {
-  if (path == kStandardStream) return readStandardInput(error);
-  std::error_code fault;
-  const std::filesystem::file_status status = std::filesystem::status(path, fault);
-  if (status.type() == std::filesystem::file_type::directory)
-    fault.assign(EISDIR, std::generic_category());
-  if (fault) {
-    tq::setOutError(error, errorWith(path + ": " + fault.message()));
-    return nullptr;
-  }
-  if (std::filesystem::file_size(path, fault) > kFileLimit && !fault) {
-    tq::setOutError(error, tooLarge(path));
-    return nullptr;
-  }
-  tq::Ref<tq::Error> reason;
-  auto bytes = tq::dataWithContentsOfURL(*tq::URL::fileURLWithPath(path), &reason);
-  if (!bytes) {
-    tq::setOutError(error, errorWith(path + ": " + reason->localizedDescription()));
-  }
-  return bytes;
-}
-
 /// The first bytes of a container always include a zero byte, those of text never do.
 [[nodiscard]] bool isContainer(const tq::Data& bytes) {
   constexpr std::size_t kSmallest = 18;
@@ -84,8 +62,34 @@ namespace {
 
 }  // namespace
 
+tq::Ref<tq::Data> readFile(const std::string& path, tq::Ref<tq::Error>* error) {
+  if (path == kStandardStream) return readStandardInput(error);
+  std::error_code fault;
+  const std::filesystem::file_status status = std::filesystem::status(path, fault);
+  if (status.type() == std::filesystem::file_type::directory)
+    fault.assign(EISDIR, std::generic_category());
+  if (fault) {
+    tq::setOutError(error, errorWith(path + ": " + fault.message()));
+    return nullptr;
+  }
+  if (std::filesystem::file_size(path, fault) > kFileLimit && !fault) {
+    tq::setOutError(error, tooLarge(path));
+    return nullptr;
+  }
+  tq::Ref<tq::Error> reason;
+  auto bytes = tq::dataWithContentsOfURL(*tq::URL::fileURLWithPath(path), &reason);
+  if (!bytes) {
+    tq::setOutError(error, errorWith(path + ": " + reason->localizedDescription()));
+  }
+  return bytes;
+}
+
 SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error) {
-  tq::Ref<const tq::Data> bytes = readFile(path, error);
+  return openDrawing(readFile(path, error), path, error);
+}
+
+SvgDrawing openDrawing(tq::Ref<const tq::Data> bytes, const std::string& path,
+                       tq::Ref<tq::Error>* error) {
   if (bytes && tq::isGzipped_tq(*bytes)) bytes = archiveText(bytes, path, error);
   if (!bytes) return {};
   const bool isText = path == kStandardStream && trimmed(bytes->view()).starts_with('{');

@@ -24,6 +24,13 @@ inline constexpr std::string_view kStandardStream = "-";
 /// @return a null document on failure; for an archive, what was left out when it was imported
 [[nodiscard]] SvgDrawing openDrawing(const std::string& path, tq::Ref<tq::Error>* error);
 
+/// The same for bytes that were read from `path`. Only the name of the file is used.
+[[nodiscard]] SvgDrawing openDrawing(tq::Ref<const tq::Data> bytes, const std::string& path,
+                                     tq::Ref<tq::Error>* error);
+
+/// Returns the bytes of a file or of standard input, or null. Errors name the file.
+[[nodiscard]] tq::Ref<tq::Data> readFile(const std::string& path, tq::Ref<tq::Error>* error);
+
 /// Reads the document from an archive's bytes, compressed or not. It is an error if only a part of
 /// the archive can be read, or if it decompresses to more than kFileLimit.
 [[nodiscard]] tq::Ref<Document> openArchive(const tq::Data& bytes, const std::string& path,

@@ -69,8 +69,8 @@ std::span<const std::uint32_t> Canvas::pixels() const {
   return {reinterpret_cast<const std::uint32_t*>(bytes), count};
 }
 
-bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const {
-  std::vector<std::byte> png;
+std::optional<std::vector<std::byte>> Canvas::png(tq::Ref<tq::Error>* error) const {
+  std::vector<std::byte> file;
   const auto append = [](void* closure, const unsigned char* bytes, unsigned length) {
     const auto more = std::as_bytes(std::span(bytes, length));
     auto& all = *static_cast<std::vector<std::byte>*>(closure);
@@ -83,13 +83,18 @@ bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const 
   };
   cairo_status_t status = cairo_status(context_.get());
   if (status == CAIRO_STATUS_SUCCESS) {
-    status = cairo_surface_write_to_png_stream(surface_.get(), append, &png);
+    status = cairo_surface_write_to_png_stream(surface_.get(), append, &file);
   }
-  if (status != CAIRO_STATUS_SUCCESS) {
-    tq::setOutError(error, errorWith(path + ": " + cairo_status_to_string(status)));
-    return false;
-  }
-  return saveFile(path, png, error);
+  if (status == CAIRO_STATUS_SUCCESS) return file;
+  tq::setOutError(error, errorWith(cairo_status_to_string(status)));
+  return std::nullopt;
+}
+
+bool Canvas::writePNG(const std::string& path, tq::Ref<tq::Error>* error) const {
+  tq::Ref<tq::Error> reason;
+  if (const auto file = png(&reason)) return saveFile(path, *file, error);
+  tq::setOutError(error, errorWith(path + ": " + std::string(reason->localizedDescription())));
+  return false;
 }
 
 Canvas rendered(const Document& document, double scale, const Overlay& overlay) {

@@ -3,6 +3,7 @@
 /// @file Canvas.h
 /// Renders drawings to pixels and PNG files.
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -56,6 +57,9 @@ class Canvas {
   /// Returns the rows from the top, without gaps; each pixel is blue, green, red and alpha,
   /// premultiplied.
   [[nodiscard]] std::span<const std::uint32_t> pixels() const;
+
+  /// Returns the image as a PNG file, or no value.
+  [[nodiscard]] std::optional<std::vector<std::byte>> png(tq::Ref<tq::Error>* error) const;
 
   /// Writes a PNG file as saveFile() does.
   bool writePNG(const std::string& path, tq::Ref<tq::Error>* error) const;
