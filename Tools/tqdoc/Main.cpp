@@ -16,7 +16,8 @@ constexpr const char* kFooter = R"(examples:
   tqdoc render drawing.tqdoc -o drawing.png --width 512 --bounds
   tqdoc render - -o - < drawing.svg > drawing.png
   tqdoc hit drawing.tqdoc 24 24 --png hit.png --width 512
-  tqdoc diff old.svg new.svg
+  tqdoc diff --html report.html old.svg new.svg
+  tqdoc patch old.svg changes.json -o new.tqdoc
   tqdoc check --draw /usr/share/icons
   tqdoc sheet /usr/share/icons -o sheet.png --count 24
   tqdoc options width 512
@@ -38,6 +39,7 @@ Outcome run(int argc, char** argv) {
   addHitCommand(app, outcome);
   addSheetCommand(app, outcome);
   addDiffCommand(app, outcome);
+  addPatchCommand(app, outcome);
   addCheckCommand(app, outcome);
   addRecentCommand(app, outcome);
   addOptionsCommand(app, outcome);

@@ -27,6 +27,7 @@ void addRenderCommand(CLI::App& app, Outcome& outcome);
 void addHitCommand(CLI::App& app, Outcome& outcome);
 void addSheetCommand(CLI::App& app, Outcome& outcome);
 void addDiffCommand(CLI::App& app, Outcome& outcome);
+void addPatchCommand(CLI::App& app, Outcome& outcome);
 void addCheckCommand(CLI::App& app, Outcome& outcome);
 void addRecentCommand(CLI::App& app, Outcome& outcome);
 void addOptionsCommand(CLI::App& app, Outcome& outcome);

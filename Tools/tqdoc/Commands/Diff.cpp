@@ -1,6 +1,11 @@
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,25 +14,29 @@
 #include <unistd.h>
 
 #include "Commands/Command.h"
+#include "Commands/DrawingPairs.h"
 #include "Commands/Help.h"
 #include "Model/Differences.h"
 #include "Model/PlacedNode.h"
+#include "Patch/ChangeRecords.h"
 #include "Preferences/Preferences.h"
 #include "Render/Canvas.h"
+#include "Report/Report.h"
 
 namespace tqdoc {
 namespace {
 
 struct Options {
   std::string oldDrawing, newDrawing;
+  std::vector<std::string> more;
+  std::string range;
   bool asJSON = false;
-  std::string picture;
+  std::string picture, report;
   int size = 512;
 };
 
 /// The appearance of a kind of difference.
 struct Look {
-  const char* word;
   const char* sign;
   const char* colour;  ///< escape sequence of the terminal
   Color ink;           ///< colour in pictures
@@ -36,13 +45,13 @@ struct Look {
 [[nodiscard]] Look lookOf(Difference::Kind kind) noexcept {
   switch (kind) {
     case Difference::Kind::removed:
-      return {"removed", "-", "\033[31m", {0.85, 0.1, 0.1}};
+      return {"-", "\033[31m", {0.85, 0.1, 0.1}};
     case Difference::Kind::inserted:
-      return {"inserted", "+", "\033[32m", {0, 0.65, 0.2}};
+      return {"+", "\033[32m", {0, 0.65, 0.2}};
     case Difference::Kind::moved:
-      return {"moved", ">", "\033[36m", {0, 0.55, 0.8}};
+      return {">", "\033[36m", {0, 0.55, 0.8}};
     default:
-      return {"changed", "~", "\033[33m", {1, 0.6, 0}};
+      return {"~", "\033[33m", {1, 0.6, 0}};
   }
 }
 
@@ -78,25 +87,6 @@ void printText(const std::vector<Difference>& differences) {
   }
 }
 
-void printRecords(const std::vector<Difference>& differences) {
-  std::vector<tq::Ref<tq::Object>> records;
-  for (const Difference& difference : differences) {
-    const auto record = tq::MutableDictionary::dictionary();
-    record->setObject(tq::String::of(lookOf(difference.kind).word), "kind");
-    record->setObject(jsonText(difference.path), "path");
-    record->setObject(jsonText(difference.what), "what");
-    if (difference.kind == Difference::Kind::changed) {
-      record->setObject(jsonText(difference.oldValue), "old");
-      record->setObject(jsonText(difference.newValue), "new");
-    }
-    if (difference.kind == Difference::Kind::moved) {
-      record->setObject(jsonText(difference.oldPath), "from");
-    }
-    records.push_back(record);
-  }
-  printJSON(*tq::Array::arrayWithObjects(std::move(records)));
-}
-
 /// Adds a mark for each shape and picture of a node, which may be null.
 void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
   if (node == nullptr) return;
@@ -124,38 +114,114 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
   return canvas.writePNG(options.picture, error);
 }
 
-/// As openNamedDrawing(). /dev/null is an empty drawing, because version control uses it for a file
-/// that does not exist.
-[[nodiscard]] tq::Ref<Document> open(const std::string& path, tq::Ref<tq::Error>* error) {
-  if (path != "/dev/null") {
-    SvgDrawing drawing = openNamedDrawing(path, error);
-    reportUnsupported(path, drawing.leftOut);
-    return std::move(drawing.document);
-  }
-  return tq::makeRef<Document>(nullptr, Document::Page{{}, {}, tq::String::of("")},
-                               tq::makeRef<Group>(Node::Traits(), tq::Array::array()),
-                               tq::Dictionary::dictionary());
+[[nodiscard]] DrawingPair namedPair(const std::string& oldName, const std::string& newName) {
+  return {newName == kNoDrawing ? oldName : newName, {oldName, ""}, {newName, ""}};
 }
 
-Outcome diff(const Options& options) {
-  const std::string drawings[] = {options.oldDrawing, options.newDrawing};
-  if (isOneOf(options.picture, drawings)) return Outcome::error;
-  tq::Ref<tq::Error> error;
-  const tq::Ref<Document> oldDrawing = open(options.oldDrawing, &error);
-  if (!oldDrawing) return reportError(error->localizedDescription());
-  const tq::Ref<Document> newDrawing = open(options.newDrawing, &error);
-  if (!newDrawing) return reportError(error->localizedDescription());
-  const std::vector<Difference> differences = differencesOf(*oldDrawing, *newDrawing);
-  if (options.asJSON) {
-    printRecords(differences);
-  } else {
-    printText(differences);
+/// Returns the pairs to compare, or no value with an error.
+[[nodiscard]] std::optional<std::vector<DrawingPair>> pairsOf(const Options& options,
+                                                              tq::Ref<tq::Error>* error) {
+  if (!options.range.empty()) return pairsOfRange(options.range, error);
+  std::vector<std::string> names{options.oldDrawing, options.newDrawing};
+  names.insert(names.end(), options.more.begin(), options.more.end());
+  if (names.size() % 2 != 0) {
+    tq::setOutError(error, errorWith(names.back() + ": has no newer version"));
+    return std::nullopt;
   }
-  if (!options.picture.empty() &&
-      !drawPNG(*oldDrawing, *newDrawing, differences, options, &error)) {
+  std::vector<DrawingPair> pairs;
+  for (std::size_t i = 0; i < names.size(); i += 2) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(names[i], ignored) &&
+        std::filesystem::is_directory(names[i + 1], ignored)) {
+      std::ranges::move(pairsOfDirectories(names[i], names[i + 1]), std::back_inserter(pairs));
+    } else {
+      pairs.push_back(namedPair(names[i], names[i + 1]));
+    }
+  }
+  return pairs;
+}
+
+/// Opens a version and reports what was left out.
+[[nodiscard]] tq::Ref<Document> open(const DrawingVersion& version, const Options& options,
+                                     tq::Ref<tq::Error>* error) {
+  SvgDrawing drawing = openVersion(version, error);
+  reportUnsupported(version.path, drawing.leftOut);
+  const bool isNamed = version.path == options.oldDrawing || version.path == options.newDrawing;
+  if (isNamed && drawing.document && version.path != kNoDrawing &&
+      version.path != kStandardStream) {
+    rememberDrawing(version.path);
+  }
+  return std::move(drawing.document);
+}
+
+/// Compares the pairs. Collects the errors of pairs, and goes on with the next one.
+class Comparison {
+ public:
+  Comparison(const Options& options, bool hasHeadings)
+      : options_(options), hasHeadings_(hasHeadings), report_(options.size) {}
+
+  void compare(const DrawingPair& pair) {
+    tq::Ref<tq::Error> error;
+    const tq::Ref<Document> oldDrawing = open(pair.oldVersion, options_, &error);
+    const tq::Ref<Document> newDrawing =
+        oldDrawing ? open(pair.newVersion, options_, &error) : nullptr;
+    if (!newDrawing) return fail(pair, *error);
+    const std::vector<Difference> differences = differencesOf(*oldDrawing, *newDrawing);
+    if (!differences.empty()) outcome_ = std::max(outcome_, Outcome::different);
+    if (options_.asJSON) {
+      printJSON(*changeRecords(differences, *oldDrawing, *newDrawing));
+    } else if (options_.report != kStandardStream && options_.picture != kStandardStream) {
+      if (hasHeadings_ && !differences.empty()) std::cout << printable(pair.name) << '\n';
+      printText(differences);
+    }
+    if (!options_.picture.empty() &&
+        !drawPNG(*oldDrawing, *newDrawing, differences, options_, &error)) {
+      return fail(pair, *error);
+    }
+    const ReportedPair reported{pair.name,   pair.oldVersion.path, pair.newVersion.path,
+                                *oldDrawing, *newDrawing,          differences};
+    if (!options_.report.empty() && !report_.add(reported, &error)) fail(pair, *error);
+  }
+
+  /// Writes the report, if there is one.
+  [[nodiscard]] Outcome finish() {
+    if (options_.report.empty()) return outcome_;
+    tq::Ref<tq::Error> error;
+    const std::string page = report_.page();
+    if (saveFile(options_.report, std::as_bytes(std::span(page)), &error)) return outcome_;
     return reportError(error->localizedDescription());
   }
-  return differences.empty() ? Outcome::success : Outcome::different;
+
+ private:
+  void fail(const DrawingPair& pair, const tq::Error& error) {
+    report_.addUnreadable(pair.name, error.localizedDescription());
+    outcome_ = reportError(error.localizedDescription());
+  }
+
+  const Options& options_;
+  const bool hasHeadings_;
+  Report report_;
+  Outcome outcome_ = Outcome::success;
+};
+
+Outcome diff(const Options& options) {
+  tq::Ref<tq::Error> error;
+  const auto pairs = pairsOf(options, &error);
+  if (!pairs) return reportError(error->localizedDescription());
+  const bool isOne = pairs->size() == 1;
+  if (!isOne && (options.asJSON || !options.picture.empty())) {
+    return reportError("--json and --png take one pair of drawings, not " + grouped(pairs->size()));
+  }
+  for (const DrawingPair& pair : *pairs) {
+    const std::string drawings[] = {pair.oldVersion.path, pair.newVersion.path};
+    for (const std::string& output : {options.picture, options.report}) {
+      if (isOneOf(output, drawings)) return Outcome::error;
+    }
+  }
+  const bool isNamed = isOne && pairs->front().newVersion.path == options.newDrawing;
+  Comparison comparison(options, !isNamed);
+  for (const DrawingPair& pair : *pairs) comparison.compare(pair);
+  return comparison.finish();
 }
 
 }  // namespace
@@ -163,19 +229,36 @@ Outcome diff(const Options& options) {
 void addDiffCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand("diff", "compare two versions of a drawing");
-  command->add_option("old", options->oldDrawing, "a .tqdoc or .svg file, or /dev/null")
-      ->required();
-  command->add_option("new", options->newDrawing, "the newer version")->required();
+  CLI::Option* oldDrawing = command->add_option(
+      "old", options->oldDrawing, "a .tqdoc or .svg file, /dev/null, or a directory of drawings");
+  CLI::Option* newDrawing =
+      command->add_option("new", options->newDrawing, "the newer version, or a directory of them");
+  command->add_option("more", options->more, "further pairs of an old and a new version");
+  CLI::Option* range =
+      command
+          ->add_option("--git", options->range,
+                       "compare the drawings that git diff lists for this range of revisions")
+          ->option_text("RANGE")
+          ->excludes(oldDrawing);
   command->add_flag("--json", options->asJSON, "print a JSON array of records");
   command
       ->add_option("--png", options->picture,
                    "write a PNG file of both versions with the differences marked")
       ->option_text("FILE");
-  addNumber(*command, "--size", options->size, "width of each version in pixels; default 512", 8,
-            4'000);
+  command
+      ->add_option("--html", options->report,
+                   "write a web page that shows both versions and their differences")
+      ->option_text("FILE");
+  addNumber(*command, "--size", options->size,
+            "width of each version in the pictures in pixels; default 512", 8, 4'000);
   addExamples(*command, {"tqdoc diff old.svg new.svg",
-                         "tqdoc diff --json old.tqdoc new.tqdoc --png diff.png --size 256"});
-  command->callback([options, &outcome] { outcome = diff(*options); });
+                         "tqdoc diff --json old.tqdoc new.tqdoc --png diff.png --size 256",
+                         "tqdoc diff --html report.html old-drawings new-drawings",
+                         "tqdoc diff --html report.html --git main..HEAD"});
+  command->callback([options, range, newDrawing, &outcome] {
+    if (range->count() + newDrawing->count() == 0) throw CLI::RequiredError("old and new");
+    outcome = diff(*options);
+  });
 }
 
 }  // namespace tqdoc

@@ -85,6 +85,34 @@ ends 2 "tqdoc: $work/./own.svg: is the drawing; not replaced by a picture of it\
 ends 2 "tqdoc: $work/pictures/face.png: would be the picture of two drawings\n" render "$data/face.svg" "$work/other/face.svg" -o "$work/pictures"
 cmp "$work/own.svg" "$data/face.svg" || fail "a drawing was replaced"
 
+# Pages of several drawings, and of directories.
+ends 2 'tqdoc: old and new is required\nTry '\''tqdoc diff --help'\'' for more information.\n' diff "$data/face.svg"
+ends 2 "tqdoc: $data/face.svg: has no newer version\n" diff "$data/face.svg" "$data/face.svg" "$data/face.svg"
+ends 2 'tqdoc: --json and --png take one pair of drawings, not 2\n' diff --json "$data/face.svg" /dev/null /dev/null "$data/face.svg"
+ends 2 "tqdoc: $work/own.svg: is the drawing; not replaced by a picture of it\n" diff "$work/own.svg" /dev/null --html "$work/own.svg"
+cp "$data/face-changed.svg" "$work/other/same.svg"
+cp "$data/face-changed.svg" "$work/pictures/same.svg"
+cp "$data/face-changed.svg" "$work/pictures/face.svg"
+ends 1 '' diff --html "$work/page.html" "$work/other" "$work/pictures"
+[ "$(grep -c . "$work/out")" = 7 ] && grep -qx face.svg "$work/out" || fail "directories: $(cat "$work/out")"
+grep -q '1 without changes' "$work/page.html" || fail "the page does not tell which drawings are equal"
+ends 1 '' diff --html - "$data/face.svg" "$data/face-changed.svg"
+head -1 "$work/out" | grep -q '^<!DOCTYPE html>$' || fail "the page on standard output: $(head -3 "$work/out")"
+
+# Patches.
+"$tqdoc" diff --json "$data/face.svg" "$data/face-changed.svg" >"$work/changes.json" || true
+ends 0 '' patch "$data/face.svg" - -o "$work/patched.tqdoc" <"$work/changes.json"
+ends 0 '' diff "$work/patched.tqdoc" "$data/face-changed.svg"
+sed 's/id="nose"/& opacity=".5"/' "$data/face.svg" >"$work/other.svg"
+misfit="tqdoc: $work/other.svg: root.children[4]: not applied: its node is not as it was
+tqdoc: $work/other.svg: root.children[4].path: not applied: its node is not as it was
+"
+ends 1 "${misfit}tqdoc: 2 of 6 changes not applied; nothing is written (--partial writes the others)\n" patch "$work/other.svg" "$work/changes.json" -o "$work/new.tqdoc"
+[ ! -e "$work/new.tqdoc" ] || fail "a patch that does not fit wrote a drawing"
+ends 1 "$misfit" patch --partial "$work/other.svg" "$work/changes.json" -o "$work/new.tqdoc"
+"$tqdoc" diff "$work/other.svg" "$work/new.tqdoc" | wc -l | grep -qx 4 || fail "patch --partial"
+ends 2 "tqdoc: $data/face.svg: not the output of tqdoc diff --json\n" patch "$data/face.svg" "$data/face.svg" -o "$work/new.tqdoc"
+
 # Names that cannot be read, and text that is no archive.
 ln -s gone "$work/dangling.svg"
 ln -s loop.svg "$work/loop.svg"

@@ -19,7 +19,7 @@ _tqdoc_arguments_before() {
   local i count=0
   for ((i = 2; i < COMP_CWORD; ++i)); do
     case ${COMP_WORDS[i]} in
-      -o | --output | --png | --width | --size | --count | --columns) ((++i)) ;;
+      -o | --output | --png | --html | --git | --width | --size | --count | --columns) ((++i)) ;;
       -[!0-9]*) ;;
       *) ((++count)) ;;
     esac
@@ -34,14 +34,15 @@ _tqdoc() {
   if ((COMP_CWORD == 1)); then
     case $cur in
       -*) _tqdoc_words -h --help --help-all --version ;;
-      *) _tqdoc_words import show render hit sheet diff check recent options ;;
+      *) _tqdoc_words import show render hit sheet diff patch check recent options ;;
     esac
     return
   fi
   case $command,$before in
-    import,-o | import,--output) _tqdoc_files tqdoc; return ;;
+    import,-o | import,--output | patch,-o | patch,--output) _tqdoc_files tqdoc; return ;;
+    *,--html) _tqdoc_files html; return ;;
     *,-o | *,--output | *,--png) _tqdoc_files png; return ;;
-    *,--width | *,--size | *,--count | *,--columns) return ;;
+    *,--git | *,--width | *,--size | *,--count | *,--columns) return ;;
   esac
   case $command,$cur in
     import,-*) _tqdoc_words -h --help -o --output --gzip --no-gzip; return ;;
@@ -49,7 +50,8 @@ _tqdoc() {
     show,-*) _tqdoc_words -h --help --json; return ;;
     hit,-*) _tqdoc_words -h --help --json --png --width; return ;;
     sheet,-*) _tqdoc_words -h --help -o --output --count --columns --size; return ;;
-    diff,-*) _tqdoc_words -h --help --json --png --size; return ;;
+    diff,-*) _tqdoc_words -h --help --json --png --html --git --size; return ;;
+    patch,-*) _tqdoc_words -h --help -o --output --partial --gzip --no-gzip; return ;;
     check,-*) _tqdoc_words -h --help --draw --json -v --verbose; return ;;
     recent,-*) _tqdoc_words -h --help --clear; return ;;
     options,-*) _tqdoc_words -h --help --reset; return ;;
@@ -58,7 +60,8 @@ _tqdoc() {
   arguments=$(_tqdoc_arguments_before)
   case $command,$arguments in
     import,0) _tqdoc_files svg svgz ;;
-    show,0 | hit,0 | diff,[01] | check,* | render,* | sheet,*) _tqdoc_files svg svgz tqdoc ;;
+    patch,1) _tqdoc_files json ;;
+    show,0 | hit,0 | patch,0 | diff,* | check,* | render,* | sheet,*) _tqdoc_files svg svgz tqdoc ;;
     options,0) _tqdoc_words colours gzip width recent ;;
     options,1)
       case $before in

@@ -23,16 +23,20 @@ complete -c tqdoc -n __fish_use_subcommand -a render -d 'render drawings to PNG 
 complete -c tqdoc -n __fish_use_subcommand -a hit -d 'list what is at a point or in a rect, topmost first'
 complete -c tqdoc -n __fish_use_subcommand -a sheet -d 'render drawings beside their reopened archives to one PNG file'
 complete -c tqdoc -n __fish_use_subcommand -a diff -d 'compare two versions of a drawing'
+complete -c tqdoc -n __fish_use_subcommand -a patch -d 'apply the output of diff --json to a drawing'
 complete -c tqdoc -n __fish_use_subcommand -a check -d 'save, reopen and save drawings again; compare the results'
 complete -c tqdoc -n __fish_use_subcommand -a recent -d 'list recently opened drawings, latest first'
 complete -c tqdoc -n __fish_use_subcommand -a options -d 'print or set the defaults of options'
 
 complete -c tqdoc -n '__tqdoc_is import' -a '(__tqdoc_files svg svgz)'
-complete -c tqdoc -n '__tqdoc_is show render hit sheet diff check' -a '(__tqdoc_files svg svgz tqdoc)'
+complete -c tqdoc -n '__tqdoc_is show render hit sheet diff patch check' -a '(__tqdoc_files svg svgz tqdoc)'
 
-complete -c tqdoc -n '__tqdoc_is import' -s o -l output -x -a '(__tqdoc_files tqdoc)' -d 'the archive'
-complete -c tqdoc -n '__tqdoc_is import' -l gzip -d 'compress the archive with gzip'
-complete -c tqdoc -n '__tqdoc_is import' -l no-gzip -d 'do not compress the archive'
+complete -c tqdoc -n '__tqdoc_is patch' -a '(__tqdoc_files json)'
+
+complete -c tqdoc -n '__tqdoc_is import patch' -s o -l output -x -a '(__tqdoc_files tqdoc)' -d 'the archive'
+complete -c tqdoc -n '__tqdoc_is patch' -l partial -d 'write the result even if some changes do not fit'
+complete -c tqdoc -n '__tqdoc_is import patch' -l gzip -d 'compress the archive with gzip'
+complete -c tqdoc -n '__tqdoc_is import patch' -l no-gzip -d 'do not compress the archive'
 
 complete -c tqdoc -n '__tqdoc_is render sheet' -s o -l output -x -a '(__tqdoc_files png)' -d 'the PNG file'
 complete -c tqdoc -n '__tqdoc_is render hit' -l width -x -d 'width in pixels'
@@ -42,6 +46,8 @@ complete -c tqdoc -n '__tqdoc_is render' -l intersections -d 'mark the intersect
 
 complete -c tqdoc -n '__tqdoc_is hit' -l png -x -a '(__tqdoc_files png)' -d 'write a PNG file of the drawing with the hits marked'
 complete -c tqdoc -n '__tqdoc_is diff' -l png -x -a '(__tqdoc_files png)' -d 'write a PNG file of both versions'
+complete -c tqdoc -n '__tqdoc_is diff' -l html -x -a '(__tqdoc_files html)' -d 'write a web page of both versions'
+complete -c tqdoc -n '__tqdoc_is diff' -l git -x -d 'compare the drawings of a range of revisions'
 complete -c tqdoc -n '__tqdoc_is hit diff' -l json -d 'print a JSON array of records'
 complete -c tqdoc -n '__tqdoc_is show' -l json -d 'print a JSON object'
 complete -c tqdoc -n '__tqdoc_is check' -l json -d 'print the totals as a JSON object'
