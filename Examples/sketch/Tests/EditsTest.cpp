@@ -62,7 +62,8 @@ TEST(History, LeadsBackAndForthThroughRandomEdits) {
   std::vector<Drawing> befores, afters;
   while (befores.size() < 200) {
     const auto nodes = tqdoc::placedNodes(drawing.document->root());
-    for (std::size_t i = 0; i < 3 && !nodes.empty(); ++i) {
+    drawing.selection.clear();
+    for (int i = 0; i < 3; ++i) {
       drawing.selection.insert(nodes[random() % nodes.size()].path);
     }
     befores.push_back(drawing);
