@@ -40,6 +40,7 @@ void Window::saveFileAs() {
 }
 
 void Window::fetchDrawing() {
+  if (download_) return editor_->setStatus("Another drawing is being downloaded");
   GtkWidget* const dialog = gtk_dialog_new_with_buttons(
       "Download a Drawing", GTK_WINDOW(window_), GTK_DIALOG_MODAL, "_Cancel", GTK_RESPONSE_CANCEL,
       "_Download", GTK_RESPONSE_ACCEPT, nullptr);
@@ -54,7 +55,6 @@ void Window::fetchDrawing() {
   gtk_widget_destroy(dialog);
   if (!isAccepted) return;
 
-  if (download_) download_->cancel();
   const FetchHandler handler{
       .didReceive = [updater = updater_] { updater->setNeedsUpdate(true); },
       .didEnd =

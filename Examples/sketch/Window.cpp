@@ -106,6 +106,7 @@ Window::Window()
   updateRecentFiles();
   observations_.push_back(
       options::recentFiles.observe([this](const auto&) { updateRecentFiles(); }));
+  observations_.push_back(options::logsWork.observe(setLogsWork));
   observations_.push_back(options::folder.observe([this](const auto&) { showFolder(); }));
 }
 
@@ -150,7 +151,6 @@ void Window::addOptions(GtkWidget* menu) {
     observations_.push_back(option->observe([this, check, option = option](bool isOn) {
       tq::TQLogging::applicationLog().log(tq::LogLevel::info, "{} is {}", option->key(), isOn);
       gtk_check_menu_item_set_active(check, isOn);
-      setLogsWork(options::logsWork.value());
       canvas_->redraw();
     }));
     gtk_menu_shell_append(GTK_MENU_SHELL(menu), item);
