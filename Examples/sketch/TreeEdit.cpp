@@ -42,7 +42,9 @@ TreeEdit treeEditTo(const Group& oldGroup, const Group& newGroup) {
   for (std::size_t i = 0; i < children->count(); ++i) {
     const Group& before = groupAt(*children, i);
     const Group& after = groupAt(newGroup.children(), i);
-    if (&before != &after) edit.inside.emplace_back(i, treeEditTo(before, after));
+    if (&before == &after) continue;
+    edit.inside.push_back(treeEditTo(before, after));
+    edit.inside.back().index = i;
   }
   return edit;
 }
@@ -50,16 +52,18 @@ TreeEdit treeEditTo(const Group& oldGroup, const Group& newGroup) {
 tq::Ref<Group> applied(const TreeEdit& edit, const Group& oldGroup) {
   const auto children = tq::MutableArray::arrayWithArray(oldGroup.children());
   tq::applyEditSequence(*children, edit.children);
-  for (const auto& [index, inside] : edit.inside) {
-    children->replaceObjectAtIndex(index, applied(inside, groupAt(*children, index)));
+  for (const TreeEdit& inside : edit.inside) {
+    const std::size_t at = inside.index;
+    children->replaceObjectAtIndex(at, applied(inside, groupAt(*children, at)));
   }
   return withChildren(oldGroup, *children);
 }
 
 tq::Ref<Group> reverted(const TreeEdit& edit, const Group& newGroup) {
   const auto children = tq::MutableArray::arrayWithArray(newGroup.children());
-  for (const auto& [index, inside] : edit.inside) {
-    children->replaceObjectAtIndex(index, reverted(inside, groupAt(*children, index)));
+  for (const TreeEdit& inside : edit.inside) {
+    const std::size_t at = inside.index;
+    children->replaceObjectAtIndex(at, reverted(inside, groupAt(*children, at)));
   }
   tq::revertEditSequence(*children, edit.children);
   return withChildren(newGroup, *children);

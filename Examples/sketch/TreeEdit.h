@@ -4,7 +4,6 @@
 /// The difference of two versions of a drawing as edit scripts, which lead back and forth.
 
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 #include "Model/Document.h"
@@ -14,11 +13,14 @@ namespace sketch {
 /// Leads from one version of a group to another one. It holds the nodes that were removed and
 /// inserted, and shares them with the versions.
 ///
-/// A group is in both versions if its traits are the same; then the edit goes on inside. Nodes are
-/// the same if they are one object, so it does not matter how long they are.
+/// Nodes are compared by identity, because versions share the nodes that are equal. A group is in
+/// both versions if its traits are the same; then the edit goes on inside. Edits must not remove or
+/// insert groups: undo makes the groups on its path anew, so a script that named one of them would
+/// not fit any more.
 struct TreeEdit {
-  tq::TQArrayChanges children;                           ///< removed and inserted children
-  std::vector<std::pair<std::size_t, TreeEdit>> inside;  ///< by index in the new version
+  std::size_t index = 0;         ///< of the group among its parent's children, in the new version
+  tq::TQArrayChanges children;   ///< removed and inserted children
+  std::vector<TreeEdit> inside;  ///< of children that are groups in both versions
 
   [[nodiscard]] bool isEmpty() const noexcept { return children.empty() && inside.empty(); }
 };
