@@ -126,11 +126,15 @@ std::uint64_t ticks() noexcept {
 #endif
 }
 
+struct AloneRun {
+  std::size_t calls;  ///< made
+  bool isSlow;        ///< they took longer than expected
+};
+
 /// Runs the loop on this thread until it has ended or takes longer than expected. The time is
 /// checked after the second call and then every few calls, because any of them may be expensive
 /// even if the earlier ones were not. Not more often: a check can take as long as several calls.
-/// @return the number of calls made
-std::size_t runAlone(std::size_t count, const void* body, ApplyRange range) {
+AloneRun runAlone(std::size_t count, const void* body, ApplyRange range) {
   constexpr std::uint64_t kPatience = 20'000;  // ticks
   constexpr std::size_t kFew = 16;
   const std::uint64_t begin = ticks();
@@ -138,7 +142,8 @@ std::size_t runAlone(std::size_t count, const void* body, ApplyRange range) {
     const std::size_t end = std::min(done == 0 ? 2 : done + kFew, count);
     range(body, done, end);
     done = end;
-    if (done == count || ticks() - begin > kPatience) return done;
+    const bool isSlow = ticks() - begin > kPatience;
+    if (isSlow || done == count) return {done, isSlow};
   }
 }
 
@@ -167,8 +172,11 @@ void parallelApply(std::size_t count, const void* body, ApplyRange range, ApplyC
   if (expected != 0 && static_cast<double>(expected) * static_cast<double>(count) < kWorthSharing) {
     const bool isMeasured = count > grain || !isUnmeasured(*cost);
     const Time begin = isMeasured ? now() : Time();
-    done = runAlone(count, body, range);
+    const AloneRun run = runAlone(count, body, range);
+    done = run.calls;
     if (isMeasured) remember(cost, picosecondsSince(begin), done);
+    // Calls that became expensive too late to be shared: the next loop is measured.
+    if (run.isSlow) cost->unmeasured.store(kMostUnmeasured - 1, std::memory_order_relaxed);
     if (done == count) return;
     grain = 1;  // the calls have turned out to be expensive
   }

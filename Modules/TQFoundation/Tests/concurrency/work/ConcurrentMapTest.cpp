@@ -174,6 +174,13 @@ TEST(ConcurrentMapStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
   };
   for (int loop = 0; loop < 32; ++loop) parallelApply(2, sleep, &cost);
   EXPECT_GE(cost.picoseconds, 50'000'000u / 2);  // two at once take half of it each
+
+  // So are those that become expensive after the last look at the time.
+  cost.picoseconds = 1;
+  cost.unmeasured = 0;
+  const auto sleepLate = [&](std::size_t i) { return i < 2 ? void() : sleep(i); };
+  for (int loop = 0; loop < 2; ++loop) parallelApply(10, sleepLate, &cost);
+  EXPECT_GE(cost.picoseconds, 10'000'000u);
 }
 
 // Loops whose calls were cheap so far are shared as soon as calls turn out to be expensive, at any
