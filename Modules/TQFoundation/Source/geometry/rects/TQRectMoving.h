@@ -4,6 +4,7 @@
 /// Moves rects into a container, and measures the paddings between an inner and an outer rect.
 
 #include <limits>
+#include <type_traits>
 
 #include <TQFoundation/base/Rect.h>
 
@@ -35,16 +36,20 @@ struct TQEdgePaddings {
 
 namespace detail {
 
-/// TQRectMoveIntoRect() on one axis. The far edge is `leastMax` if that is greater. There are no
-/// branches: the processor would mispredict whether a rect is moved.
-[[nodiscard]] constexpr double movedInto(double origin, double extent, double leastMax,
-                                         double containerOrigin, double containerMax) noexcept {
-  const double negated = 0 - extent;
-  const double magnitude = extent > negated ? extent : negated;
-  const double standardMax = (origin + (extent < 0 ? extent : 0)) + magnitude;
-  const double max = standardMax > leastMax ? standardMax : leastMax;
-  const double origins[] = {origin, containerMax - magnitude};
-  const double pulledBack = origins[containerMax < max ? 1 : 0];
+/// The values of both axes, which one instruction handles.
+using BothAxes = double __attribute__((vector_size(2 * sizeof(double))));
+
+/// TQRectMoveIntoRect() on one axis (double) or on both (BothAxes). The far edge is `leastMax` if
+/// that is greater. There are no branches: the processor would mispredict whether a rect is moved.
+template <class Value>
+[[nodiscard]] constexpr Value movedInto(Value origin, Value extent, Value leastMax,
+                                        Value containerOrigin, Value containerMax) noexcept {
+  const Value zero{};
+  const Value negated = zero - extent;
+  const Value magnitude = extent > negated ? extent : negated;
+  const Value standardMax = (origin + (extent < zero ? extent : zero)) + magnitude;
+  const Value max = standardMax > leastMax ? standardMax : leastMax;
+  const Value pulledBack = containerMax < max ? containerMax - magnitude : origin;
   return pulledBack < containerOrigin ? containerOrigin : pulledBack;
 }
 
@@ -59,11 +64,18 @@ namespace detail {
   const double leastMaxX = rect.origin.x == kInfinity ? kInfinity : -kInfinity;
   const double leastMaxY = rect.origin.y == kInfinity ? kInfinity : -kInfinity;
   const double leastMax = leastMaxX > leastMaxY ? leastMaxX : leastMaxY;
-  return {{detail::movedInto(rect.origin.x, rect.size.width, leastMax, container.origin.x,
-                             RectGetMaxX(container)),
-           detail::movedInto(rect.origin.y, rect.size.height, leastMax, container.origin.y,
-                             RectGetMaxY(container))},
-          rect.size};
+  const Point max{RectGetMaxX(container), RectGetMaxY(container)};
+  if (std::is_constant_evaluated()) {
+    return {
+        {detail::movedInto(rect.origin.x, rect.size.width, leastMax, container.origin.x, max.x),
+         detail::movedInto(rect.origin.y, rect.size.height, leastMax, container.origin.y, max.y)},
+        rect.size};
+  }
+  using Both = detail::BothAxes;
+  const Both moved = detail::movedInto(
+      Both{rect.origin.x, rect.origin.y}, Both{rect.size.width, rect.size.height},
+      Both{leastMax, leastMax}, Both{container.origin.x, container.origin.y}, Both{max.x, max.y});
+  return {{moved[0], moved[1]}, rect.size};
 }
 
 /// Moves the rect by the least distance that brings its middle into the container, bounds included.

@@ -48,6 +48,9 @@ TEST(RectMoving, IntoAContainerTheMinimumSideWins) {
     SCOPED_TRACE(name);
     expectFields(TQRectMoveIntoRect(rect, container), moved);
   }
+  // Constant evaluation takes a path of its own.
+  constexpr Rect moved = TQRectMoveIntoRect({120, -7, -10, -10}, {0, 0, 100, 50});
+  expectFields(moved, {90, 0, -10, -10});
   // The container's minimum is its raw origin.
   expectFields(TQRectMoveIntoRect({10, 0, 5, 5}, {40, 0, -40, 10}), {40, 0, 5, 5});
 
