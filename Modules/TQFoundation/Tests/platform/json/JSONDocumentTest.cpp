@@ -33,6 +33,7 @@ TEST(JSONDocument, ReadsTheGrammar) {
       {" \t\r\nnull \n", "null"},
       {"\xEF\xBB\xBFtrue", "c1"},
       {R"(["\"\\\/\b\f\n\r\t\u00e9\u00E9\uD83D\uDE00",""])", "['\"\\/\b\f\n\r\téé\U0001F600' '' ]"},
+      {R"("\uD800\uDC00\uDBFF\uDFFF")", "'\U00010000\U0010FFFF'"},
       {"\"\\u0000\x7F\u2028\"", std::string("'\0\x7F\u2028'", 7)},
       {R"({"a":1,"b":[true,null, [ ] , { }],"a":{"c":"x"}})",
        "{'a' q1 'b' [c1 null [] {} ] 'a' {'c' 'x' } }"},

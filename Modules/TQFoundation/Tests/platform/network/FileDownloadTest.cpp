@@ -301,6 +301,7 @@ TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
       {"a smaller total", part, range("1000000-1999999/2000000") + tag, 1'000'000, ""},
       {"no total", part, range("1000000-2999999/*") + tag, 2'000'000, ""},
       {"no range", part, tag, 2'000'000, otherPart},
+      {"a damaged range", part, range("1000000+2999999/3000000") + tag, 2'000'000, otherPart},
       {"another range", part, range("500000-2999999/3000000") + tag, 2'500'000, otherPart},
       {"a coded part", part, rest + tag + "Content-Encoding: gzip\r\n", 2'000'000, coded},
       {"a coded whole", "200 OK", "Content-Encoding: gzip\r\n", 3'000'000, coded},
