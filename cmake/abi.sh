@@ -1,18 +1,14 @@
 #!/bin/sh
-# abi.sh [TAG]: compares the binary interface of this tree with the last release's. Builds both with
-# debug information and runs abidiff. The exit code is 1 if a change may break programs built
-# against the release and the version does not allow it: before 1.0 a new minor version allows it,
-# later a new major version.
+# abi.sh TAG: compares the binary interface of this tree with that of a release. Builds both with
+# debug information and runs abidiff. The exit code is 1 if a change may break programs built against
+# the release and the version does not allow it: before 1.0 a new minor version allows it, later a
+# new major version.
 set -eu
 cd "$(dirname "$0")/.."
 
 say() { printf '== %s\n' "$*"; }
 
-tag="${1:-$(git describe --tags --abbrev=0 --match 'v[0-9]*' 2>/dev/null || true)}"
-if [ -z "$tag" ]; then
-  say "no release is tagged yet (v1.2.3); nothing to compare"
-  exit 0
-fi
+tag="${1:?the tag of a release}"
 
 # series SOURCE: prints the part of its version within which the interface must stay compatible.
 series() {

@@ -16,6 +16,7 @@ tq_packaging_test(relocated prefix.sh relocated)
 tq_packaging_test(components components.sh)
 tq_packaging_test(debian debian.sh)
 tq_packaging_test(subproject subproject.sh)
+tq_packaging_test(interface interface.sh)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   tq_packaging_test(layouts layouts.sh)
   if(CMAKE_BUILD_TYPE STREQUAL "Release")  # exported parts of templates depend on compiler and build type
