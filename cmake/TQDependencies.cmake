@@ -7,8 +7,11 @@ find_package(Threads REQUIRED)
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 find_package(mimalloc REQUIRED)
 find_package(TBB REQUIRED COMPONENTS tbb)
-foreach(module IN ITEMS simdjson libcrypto libdeflate zlib liblz4 liblzma glib-2.0 libcurl fmt sqlite3
-                        libsecret-1)
+set(TQ_PKG_CONFIG_MODULES simdjson libcrypto libdeflate zlib liblz4 liblzma glib-2.0 libcurl fmt sqlite3
+  libsecret-1)
+set(TQ_LIBRARIES ICU::uc ICU::i18n mimalloc TBB::tbb)
+foreach(module IN LISTS TQ_PKG_CONFIG_MODULES)
   string(REGEX REPLACE "-[0-9.]+$" "" name "${module}")
   pkg_check_modules(TQ_${name} REQUIRED IMPORTED_TARGET ${module})
+  list(APPEND TQ_LIBRARIES PkgConfig::TQ_${name})
 endforeach()

@@ -1,13 +1,24 @@
-# prefix.sh absolute|relocated: installs the library, moves it for "relocated", and uses it.
+# prefix.sh absolute|relocated: installs the library and uses it: "absolute" with the commands of
+# README.md, "relocated" after it was moved.
 . "$(dirname "$0")/support.sh"
 
 installed="$TQ_WORK/installed"
-quietly "$CMAKE" --install "$TQ_BUILD" --prefix "$installed"
 if [ "$1" = relocated ]; then
-  mv "$installed" "$TQ_WORK/moved"
-  installed="$TQ_WORK/moved"
+  quietly "$CMAKE" --install "$TQ_BUILD" --prefix "$TQ_WORK/first"
+  mv "$TQ_WORK/first" "$installed"
+  serves "$installed"
+else
+  say "commands of README.md"
+  mkdir "$TQ_WORK/build"
+  ln -s "$TQ_BUILD" "$TQ_WORK/build/release"
+  cp -R "$tests/consumer" "$TQ_WORK/app"
+  awk '/^```sh$/ { shown = "" } { shown = shown $0 "\n" } /^```$/ && shown ~ /--install/ { printf "%s", shown; exit }' \
+    "$TQ_SOURCE/README.md" | grep -v '^```' | sed "s,/opt/tq,$installed,g" >"$TQ_WORK/commands.sh"
+  [ -s "$TQ_WORK/commands.sh" ] || fail "README.md has no commands"
+  (cd "$TQ_WORK" && quietly sh -eux commands.sh)
+  runs_with "$installed" "$TQ_WORK/app/build/app"
+  runs_with "$installed" "$TQ_WORK/app/app"
 fi
-serves "$installed"
 
 say "sample of README.md"
 sed -n '/^```cmake$/,/^```$/p' "$TQ_SOURCE/README.md" | grep -v '^```' >"$TQ_WORK/shown.txt"

@@ -14,13 +14,37 @@ quietly() {
   "$@" >"$TQ_WORK/log" 2>&1 || { cat "$TQ_WORK/log" >&2; fail "$@"; }
 }
 
-# runs_with PREFIX PROGRAM ARGUMENTS...: checks that the library is the one below PREFIX; runs it.
+# runs_with PREFIX PROGRAM ARGUMENTS...: checks that the library is the one below PREFIX, or none if
+# that is static; runs the program.
 runs_with() {
   loaded="$(ldd "$2" | sed -n 's/.*libTQFoundation\.so\.[0-9.]* => \(.*\) (.*/\1/p')"
-  [ "$(readlink -f "$loaded")" = "$(readlink -f "$1/$TQ_LIBDIR/libTQFoundation.so.$TQ_SERIES")" ] ||
-    fail "$2 loads the library $loaded"
+  if [ -e "$1/$TQ_LIBDIR/libTQFoundation.a" ]; then expected=""
+  else expected="$(readlink -f "$1/$TQ_LIBDIR/libTQFoundation.so.$TQ_SERIES")"; fi
+  [ "$(readlink -f "$loaded" || true)" = "$expected" ] || fail "$2 loads the library $loaded"
   shift
   "$@"
+}
+
+# setting NAME: prints the value of a variable of the outer build.
+setting() { sed -n "s/^$1:[A-Z]*=//p" "$TQ_BUILD/CMakeCache.txt"; }
+
+# commands BUILD: prints the compile commands of the library without paths that differ.
+commands() {
+  grep '"command": .*TQFoundationObjects\.dir' "$1/compile_commands.json" |
+    sed "s|[^ ]*/prebuilt\.sh ||; s|\"command\": \"[^ ]*ccache |\"command\": \"|; s| -Werror||
+         s|-I[^ ]*/include |-IINCLUDE |; s|-o [^ ]*/Modules/|-o Modules/|" | LC_ALL=C sort
+}
+
+# configure_alike SOURCE BUILD OPTIONS...: configures a project that contains the library. It takes
+# the object files of the outer build, after a check that the commands are equal.
+configure_alike() {
+  source="$1"; build="$2"; shift 2
+  quietly "$CMAKE" -S "$source" -B "$build" -G Ninja -DCMAKE_CXX_COMPILER="$CXX" \
+    -DCMAKE_BUILD_TYPE="$(setting CMAKE_BUILD_TYPE)" -DCMAKE_CXX_FLAGS="$(setting CMAKE_CXX_FLAGS)" \
+    -DCMAKE_CXX_COMPILER_LAUNCHER="sh;$tests/prebuilt.sh" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON "$@"
+  commands "$TQ_BUILD" >"$TQ_WORK/commands.txt"
+  [ -s "$TQ_WORK/commands.txt" ] || fail "no compile commands found"
+  commands "$build" | diff "$TQ_WORK/commands.txt" - || fail "the compile commands differ"
 }
 
 # serves PREFIX: builds and runs a consumer with find_package and with pkg-config.
