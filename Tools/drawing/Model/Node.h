@@ -68,7 +68,8 @@ class Group final : public tq::Subclass<Group, Node> {
 /// Gradient (absent: not painted); "fillOpacity" and "strokeOpacity", 0...1 (1); "evenOdd", whether
 /// the fill uses the even-odd rule (no); "strokeWidth" (1); "lineCap", "butt", "round" or
 /// "square"; "lineJoin", "miter", "round" or "bevel"; "miterLimit" (4); "dashes", an array of
-/// lengths, and "dashOffset" (0).
+/// lengths, and "dashOffset" (0); "paintOrder", the words "fill", "stroke" and "markers" in the order
+/// of painting (that order).
 class Shape final : public tq::Subclass<Shape, Node> {
  public:
   static constexpr std::string_view className = "TQDocShape";

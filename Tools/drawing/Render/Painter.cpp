@@ -1,6 +1,7 @@
 #include "Render/Painter.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numeric>
 #include <optional>
@@ -143,24 +144,39 @@ void Painter::paintContent(const Node& node, const tq::AffineTransform& transfor
 }
 
 void Painter::paintShape(const Shape& shape, const tq::AffineTransform& transform) {
+  if (silhouette_) return fill(shape, transform);
+  struct Part {
+    std::string_view word;
+    void (Painter::*paint)(const Shape&, const tq::AffineTransform&);
+  };
+  std::array parts{Part{"fill", &Painter::fill}, Part{"stroke", &Painter::stroke}};
+  const std::string_view order = textIn(shape.style(), "paintOrder");
+  std::ranges::stable_sort(parts, {}, [&](const Part& part) { return order.find(part.word); });
+  for (const Part& part : parts) (this->*part.paint)(shape, transform);
+}
+
+void Painter::fill(const Shape& shape, const tq::AffineTransform& transform) {
   const tq::Dictionary& style = shape.style();
   setTransform(cr_, transform);
+  if (silhouette_) {
+    cairo_set_source_rgba(cr_, 0, 0, 0, 1);
+  } else if (!setSource(cr_, style.objectForKey("fill"), numberIn(style, "fillOpacity", 1))) {
+    return;
+  }
   addPath(cr_, shape.path());
   cairo_set_fill_rule(
       cr_, numberIn(style, "evenOdd", 0) != 0 ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
-  if (silhouette_) {
-    cairo_set_source_rgba(cr_, 0, 0, 0, 1);
-    return cairo_fill(cr_);
-  }
-  if (setSource(cr_, style.objectForKey("fill"), numberIn(style, "fillOpacity", 1))) {
-    cairo_fill_preserve(cr_);
-  }
-  if (setSource(cr_, style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1))) {
-    setPen(cr_, shape, transform);
-    cairo_stroke(cr_);
-    cairo_set_tolerance(cr_, kTolerance);
-  }
-  cairo_new_path(cr_);  // cairo_restore() keeps the current path
+  cairo_fill(cr_);
+}
+
+void Painter::stroke(const Shape& shape, const tq::AffineTransform& transform) {
+  const tq::Dictionary& style = shape.style();
+  setTransform(cr_, transform);
+  if (!setSource(cr_, style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1))) return;
+  addPath(cr_, shape.path());
+  setPen(cr_, shape, transform);
+  cairo_stroke(cr_);
+  cairo_set_tolerance(cr_, kTolerance);
 }
 
 void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {

@@ -25,6 +25,8 @@ class Painter {
   void paintAsLayer(const Node& node, const tq::AffineTransform& transform);
   void paintContent(const Node& node, const tq::AffineTransform& transform);
   void paintShape(const Shape& shape, const tq::AffineTransform& transform);
+  void fill(const Shape& shape, const tq::AffineTransform& transform);
+  void stroke(const Shape& shape, const tq::AffineTransform& transform);
   void paintPicture(const Picture& picture, const tq::AffineTransform& transform);
 
   cairo_t* cr_;

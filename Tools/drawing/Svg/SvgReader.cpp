@@ -318,6 +318,9 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
       measure(style.dashOffset, 0, "dashOffset");
     }
   }
+  if (!style.paintOrder.empty() && result->count() > 0) {
+    result->setObject(tq::String::of(style.paintOrder), "paintOrder");
+  }
   return tq::refCast<tq::Dictionary>(result->copy());
 }
 

@@ -124,6 +124,24 @@ bool setMiterLimit(Style& style, const Style&, std::string_view value, Viewport)
   return true;
 }
 
+/// What is missing in the value follows in the usual order.
+bool setPaintOrder(Style& style, const Style&, std::string_view value, Viewport) {
+  std::vector<std::string_view> missing{"fill", "stroke", "markers"};
+  std::string order;
+  const auto add = [&](std::string_view part) {
+    order += (order.empty() ? "" : " ") + std::string(part);
+  };
+  for (Scanner scanner(value == "normal" ? std::string_view() : value); !scanner.atEnd();) {
+    const std::string_view part = scanner.takeName();
+    if (std::erase(missing, part) == 0) return false;
+    add(part);
+    scanner.skipSpace();
+  }
+  for (const std::string_view part : missing) add(part);
+  style.paintOrder = order == "fill stroke markers" ? std::string() : order;
+  return true;
+}
+
 bool setClipPath(Style& style, const Style&, std::string_view value, Viewport) {
   style.clipPath = parseReference(value).id;
   return !style.clipPath.empty() || value == "none";
@@ -168,6 +186,7 @@ constexpr Property kProperties[] = {
     {"stroke-linejoin", setLineJoin, inherit<&Style::lineJoin>},
     {"fill-rule", setRule<&Style::fillEvenOdd>, inherit<&Style::fillEvenOdd>},
     {"clip-rule", setRule<&Style::clipEvenOdd>, inherit<&Style::clipEvenOdd>},
+    {"paint-order", setPaintOrder, inherit<&Style::paintOrder>},
     {"visibility", setVisibility, inherit<&Style::visible>},
     {"color", setColor<&Style::color>, inherit<&Style::color>},
     {"font-size", setFontSize, inherit<&Style::fontSize>},
@@ -184,12 +203,17 @@ constexpr struct {
   std::string_view name;
   std::string_view idle;
 } kForeign[] = {
-    {"filter", "none"},          {"mask", "none"},
-    {"marker", "none"},          {"marker-start", "none"},
-    {"marker-mid", "none"},      {"marker-end", "none"},
-    {"vector-effect", "none"},   {"mix-blend-mode", "normal"},
-    {"paint-order", "normal"},   {"transform", "none"},
-    {"transform-origin", "0 0"}, {"d", "none"},
+    {"filter", "none"},
+    {"mask", "none"},
+    {"marker", "none"},
+    {"marker-start", "none"},
+    {"marker-mid", "none"},
+    {"marker-end", "none"},
+    {"vector-effect", "none"},
+    {"mix-blend-mode", "normal"},
+    {"transform", "none"},
+    {"transform-origin", "0 0"},
+    {"d", "none"},
 };
 
 }  // namespace

@@ -36,6 +36,7 @@ struct Style {
   std::string lineJoin = "miter";
   bool fillEvenOdd = false;
   bool clipEvenOdd = false;
+  std::string paintOrder;  ///< empty, or all of "fill", "stroke" and "markers" in another order
   bool visible = true;
   Color color;
   double fontSize = 16;

@@ -129,7 +129,9 @@ class Writer {
                     {"strokeWidth", "stroke-width"},
                     {"miterLimit", "stroke-miterlimit"},
                     {"dashOffset", "stroke-dashoffset"}},
-      kWords[] = {{"lineCap", "stroke-linecap"}, {"lineJoin", "stroke-linejoin"}};
+      kWords[] = {{"lineCap", "stroke-linecap"},
+                  {"lineJoin", "stroke-linejoin"},
+                  {"paintOrder", "paint-order"}};
     set(element, "fill", paint(style.objectForKey("fill")));
     if (const auto* stroke = style.objectForKey("stroke")) set(element, "stroke", paint(stroke));
     if (numberIn(style, "evenOdd", 0) != 0) {
