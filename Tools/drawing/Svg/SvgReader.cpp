@@ -10,6 +10,7 @@
 #include <pugixml.hpp>
 
 #include "Model/Numbers.h"
+#include "Svg/SvgConditions.h"
 #include "Svg/SvgEntities.h"
 #include "Svg/SvgGradient.h"
 #include "Svg/SvgImage.h"
@@ -23,6 +24,15 @@ namespace {
 constexpr std::string_view kSilent[] = {
     "defs",           "title",          "desc",   "metadata", "style",  "symbol", "clipPath",
     "linearGradient", "radialGradient", "marker", "mask",     "filter", "pattern"};
+
+[[nodiscard]] bool isGroup(std::string_view name) {
+  return name == "g" || name == "a" || name == "switch" || name == "svg";
+}
+
+/// Returns true for elements that become nodes.
+[[nodiscard]] bool isDrawn(std::string_view name) {
+  return isGroup(name) || isOutline(name) || name == "use" || name == "image";
+}
 
 [[nodiscard]] tq::Ref<tq::Object> number(double value) {
   return tq::Number::numberWith(tq::NumberValue(archivable(value)));
@@ -120,12 +130,11 @@ tq::Ref<Document> Reader::read() {
 tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
   const std::string_view name = context_.nameOf(node);
   if (name.empty() || std::ranges::find(kSilent, name) != std::end(kSilent)) return nullptr;
-  const bool isGroup = name == "g" || name == "a" || name == "switch" || name == "svg";
-  if (!isGroup && !isOutline(name) && name != "use" && name != "image") {
+  if (!meetsConditions(node)) return nullptr;
+  if (!isDrawn(name)) {
     context_.leaveOut("<" + std::string(name) + ">");
     return nullptr;
   }
-  if (name == "switch") context_.leaveOut("choice of <switch>");
   if (depth_ == SvgContext::kDepthLimit) {
     throw SvgFault(
         "elements are nested more than " + std::to_string(SvgContext::kDepthLimit) + " deep",
@@ -153,10 +162,13 @@ tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
   return result;
 }
 
+/// Of a switch, the first child that can be drawn is read.
 tq::Ref<tq::Array> Reader::readChildren(pugi::xml_node node, const Place& place) {
+  const bool isSwitch = context_.nameOf(node) == "switch";
   std::vector<tq::Ref<tq::Object>> children;
   for (const pugi::xml_node child : node.children()) {
     if (auto read = readNode(child, place)) children.push_back(std::move(read));
+    if (isSwitch && isDrawn(context_.nameOf(child)) && meetsConditions(child)) break;
   }
   return tq::Array::arrayWithObjects(std::move(children));
 }
