@@ -67,9 +67,6 @@ void skipAtRule(std::string_view& text) {
   text.remove_prefix(std::min(i + 1, text.size()));
 }
 
-constexpr int kClassWeight = 1'000;
-constexpr int kIdWeight = 1'000'000;
-
 }  // namespace
 
 std::vector<Declaration> parseDeclarations(std::string_view text) {
@@ -122,53 +119,20 @@ void SvgStyleSheet::parse(std::string_view text) {
 }
 
 void SvgStyleSheet::addRule(std::string_view text, std::size_t block) {
-  Rule rule{{}, 0, block};
-  std::string key = "*";
-  Scanner scanner(text);
-  if (!scanner.take("*")) {
-    rule.selector.element = scanner.takeName();
-    if (!rule.selector.element.empty()) {
-      key = rule.selector.element;
-      ++rule.specificity;
-    }
-  }
-  bool understood = !text.empty();
-  while (understood && !scanner.atEnd()) {
-    const char mark = scanner.next();
-    const std::string_view name = scanner.takeName();
-    understood = !name.empty() && (mark == '.' || (mark == '#' && rule.selector.id.empty()));
-    if (mark == '.') {
-      rule.selector.classes.push_back(name);
-      rule.specificity += kClassWeight;
-      if (rule.selector.id.empty()) key = "." + std::string(name);
-    } else if (mark == '#') {
-      rule.selector.id = name;
-      rule.specificity += kIdWeight;
-      key = "#" + std::string(name);
-    }
-  }
-  if (!understood) return context_.leaveOut("selector " + std::string(text));
-  index_[key].push_back(rules_.size());
-  rules_.push_back(std::move(rule));
+  auto selector = SvgSelector::parse(text);
+  if (!selector) return context_.leaveOut("selector " + std::string(text));
+  index_[selector->key()].push_back(rules_.size());
+  const int specificity = selector->specificity();
+  rules_.push_back({*std::move(selector), specificity, block});
 }
 
-bool SvgStyleSheet::matches(const Selector& selector, pugi::xml_node node) const {
-  if (!selector.element.empty() && selector.element != context_.nameOf(node)) return false;
-  if (!selector.id.empty() && selector.id != attributeOf(node, "id")) return false;
-  return std::ranges::all_of(selector.classes, [&](std::string_view wanted) {
-    bool found = false;
-    forEachWord(attributeOf(node, "class"), [&](std::string_view has) { found |= has == wanted; });
-    return found;
-  });
-}
-
-std::vector<const SvgStyleSheet::Rule*> SvgStyleSheet::rulesFor(pugi::xml_node node) const {
+std::vector<const SvgStyleSheet::Rule*> SvgStyleSheet::rulesFor(pugi::xml_node node) {
   std::vector<const Rule*> rules;
   const auto addFrom = [&](const std::string& key) {
     const auto found = index_.find(key);
     if (found == index_.end()) return;
     for (const std::size_t i : found->second) {
-      if (matches(rules_[i].selector, node)) rules.push_back(&rules_[i]);
+      if (rules_[i].selector.matches(context_, node)) rules.push_back(&rules_[i]);
     }
   };
   if (index_.empty()) return rules;

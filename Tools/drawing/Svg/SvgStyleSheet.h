@@ -12,6 +12,7 @@
 #include <pugixml.hpp>
 
 #include "Svg/SvgContext.h"
+#include "Svg/SvgSelector.h"
 #include "Svg/SvgStyle.h"
 
 namespace tqdoc {
@@ -25,8 +26,8 @@ struct Declaration {
 /// Returns the declarations of a style attribute or of a rule. Text without a colon is skipped.
 [[nodiscard]] std::vector<Declaration> parseDeclarations(std::string_view text);
 
-/// All <style> elements of a drawing. Lists of selectors are supported, with an element, classes
-/// and an id, or "*". Rules with other selectors, and at-rules, count as ignored features.
+/// All <style> elements of a drawing. Rules with unsupported selectors (see SvgSelector), and
+/// at-rules, count as ignored features.
 class SvgStyleSheet {
  public:
   explicit SvgStyleSheet(SvgContext& context);
@@ -42,13 +43,8 @@ class SvgStyleSheet {
   [[nodiscard]] Style styleAround(pugi::xml_node node, Viewport viewport);
 
  private:
-  struct Selector {
-    std::string_view element;  ///< empty for any
-    std::string_view id;
-    std::vector<std::string_view> classes;
-  };
   struct Rule {
-    Selector selector;
+    SvgSelector selector;
     int specificity = 0;
     std::size_t block = 0;
   };
@@ -58,8 +54,7 @@ class SvgStyleSheet {
                               const LeaveOut& leaveOut);
   void parse(std::string_view text);
   void addRule(std::string_view selector, std::size_t block);
-  [[nodiscard]] bool matches(const Selector& selector, pugi::xml_node node) const;
-  [[nodiscard]] std::vector<const Rule*> rulesFor(pugi::xml_node node) const;
+  [[nodiscard]] std::vector<const Rule*> rulesFor(pugi::xml_node node);
 
   SvgContext& context_;
   std::string text_;  // the memory of all string views
