@@ -16,4 +16,4 @@ tq_add_room_tests(TQSickMachine
   ${CMAKE_CURRENT_LIST_DIR}/../support/FailingSystemCalls.cpp
   ${CMAKE_CURRENT_LIST_DIR}/../support/HandMovedClock.cpp)
 target_compile_definitions(TQSickMachineTests PRIVATE
-  "TQ_EVIDENCE=\"${PROJECT_SOURCE_DIR}/docs/Evidence.md\"")
+  "TQ_FAULTS_PAGE=\"${PROJECT_SOURCE_DIR}/docs/Faults.md\"")

@@ -1,4 +1,4 @@
-// Five services on sick machines. The table in docs/Evidence.md states what becomes of a change in
+// Five services on sick machines. The table in docs/Faults.md states what becomes of a change in
 // each case. It is the expected result: the test looks for its rows there.
 
 #include <fcntl.h>
@@ -455,7 +455,7 @@ TEST_P(SickMachineFault, EndsAsStated) {
     row += " " + text + " |";
   }
   std::stringstream page;
-  page << std::ifstream(TQ_EVIDENCE).rdbuf();
+  page << std::ifstream(TQ_FAULTS_PAGE).rdbuf();
   EXPECT_THAT(page.str(), HasSubstr("\n" + heads + "\n"));
   EXPECT_THAT(page.str(), HasSubstr("\n" + row + "\n"));
 }
