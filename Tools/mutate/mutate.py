@@ -6,8 +6,8 @@ the tests do not notice.
 
 Works in copies of the committed tree in build/mutate, one for each processor. Changes that do not
 compile are not counted. A change that makes the tests hang counts as noticed. The tests of the room
-run first, then those of the rooms that may use it, then the stress and fault suites of the room. The
-exit status is 0, even if changes survive.
+run first, then those of the rooms that may use it and of callbacks, then the stress and fault suites
+of the room. The exit status is 0, even if changes survive.
 """
 
 import argparse
@@ -86,6 +86,7 @@ class Copy:
                         "-DTQ_INSTALL=OFF", "-DTQ_WARNINGS_AS_ERRORS=OFF"],
                        check=True, stdout=subprocess.DEVNULL)
         self.programs = {room: self.programs_of(room) for room in self.rooms()}
+        self.callbacks = self.programs_of("callbacks")  # call all rooms
         self.known = self.known_rooms()
 
     def rooms(self):
@@ -115,7 +116,7 @@ class Copy:
                 for file in sorted(files) for kind, name in made.findall(file.read_text())]
 
     def all_programs(self):
-        return [name for names in self.programs.values() for name in names]
+        return [name for names in self.programs.values() for name in names] + self.callbacks
 
     def mutants(self, rooms):
         """Yields each single change. Its file is relative to the source folder."""
@@ -145,6 +146,7 @@ class Copy:
         room = mutant.file.parts[0]
         own = self.programs[room]
         others = [name for user in self.users(room) for name in self.programs[user]]
+        others += self.callbacks
         path = self.source / mutant.file
         original = path.read_text()
         lines = original.split("\n")

@@ -227,6 +227,7 @@ TEST_F(TQJSONDecoderTest, RepairsControlCharactersAndSaysSo) {
       {"\"a\tb\nc\"", "a?b?c"},
       {"[\n\"a\tb\"\n]", "(null)"},  // line feeds between tokens are replaced, too
       {"[\n\"a\"\n]", "(a)"},
+      {"\n\"a\tb\"", "(null)"},
       {std::string_view("\"a\0b\"", 5), "(null)"},  // NUL stays
       {"", "(null)"},
   };

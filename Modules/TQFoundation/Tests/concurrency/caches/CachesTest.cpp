@@ -134,7 +134,7 @@ TEST(TQCacheDeferredCreation, TheUnblockingFormDoesNotWait) {
 }
 
 TEST(TQCacheStress, SingleFlightUnder32Threads) {
-  constexpr int kThreads = 32, kRounds = 40;
+  constexpr int kThreads = 32, kRounds = 80;
   const auto cache = TQCache::init();
   const auto owner = text("owner");
   std::vector<std::atomic<int>> runs(kRounds);
@@ -151,7 +151,11 @@ TEST(TQCacheStress, SingleFlightUnder32Threads) {
         if (r % 4 == 3) return cache->cachedObjectForOwner(*owner, *inner, [&] { return inner; });
         return text("made");
       };
-      while (cache->cachedObjectForOwner(*owner, *key, create) == nullptr) {
+      const auto get = [&] {
+        return r < kRounds / 2 ? cache->cachedObjectForOwner(*owner, *key, create)
+                               : cache->blockingCachedObjectForOwner(*owner, *key, create);
+      };
+      while (get() == nullptr) {
       }
     }
   });
