@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "Svg/Scanner.h"
-
 namespace tqdoc {
 namespace {
 

@@ -10,13 +10,14 @@
 
 #include <pugixml.hpp>
 
+#include "Svg/Scanner.h"
 #include "Svg/SvgContext.h"
 
 namespace tqdoc {
 
-/// A selector, such as "g.a > path[fill='red']:first-child". Supported: elements, "*", ids, classes,
-/// attributes, :root, :first-child, :last-child, :only-child, and all four combinators. :link,
-/// :visited, :hover, :active, :focus and :target match nothing, because nothing happens in a
+/// A selector, such as "g.a > path[fill='red']:first-child". Supported: elements, "*", ids,
+/// classes, attributes, :root, :first-child, :last-child, :only-child, and all four combinators.
+/// :link, :visited, :hover, :active, :focus and :target match nothing, because nothing happens in a
 /// picture. The text must outlive the selector.
 class SvgSelector {
  public:
@@ -29,8 +30,8 @@ class SvgSelector {
     return matches(context, node, compounds_.size() - 1);
   }
 
-  /// Returns 1'000'000 for each id, 1'000 for each class, attribute and pseudo-class, and 1 for each
-  /// element.
+  /// Returns 1'000'000 for each id, 1'000 for each class, attribute and pseudo-class, and 1 for
+  /// each element.
   [[nodiscard]] int specificity() const noexcept;
 
   /// Returns the most specific of "#id", ".class", the element, and "*" that each selected element
