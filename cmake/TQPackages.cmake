@@ -41,7 +41,9 @@ if(TARGET tqdoc)
   list(APPEND CPACK_COMPONENTS_ALL Tools)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tqdoc)
   set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION graphics)
-  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+  # Pango is loaded with the first text, so that dpkg-shlibdeps does not find it.
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS
+    "${runtime_package} (= ${PROJECT_VERSION}), libpangocairo-1.0-0")
   set(CPACK_COMPONENT_TOOLS_DESCRIPTION
     "Archives, compares and draws vector drawings\nA command-line program on TQFoundation.")
 endif()

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Model/Document.h"
+#include "Model/Text.h"
 
 namespace sketch {
 namespace {
@@ -125,14 +126,20 @@ Drawing duplicated(const Drawing& drawing, tq::Vector offset) {
 
 Drawing recoloured(const Drawing& drawing, std::string_view color) {
   return edited(drawing, [color](const Node& node, const tq::AffineTransform&) -> Outcome {
-    const auto* shape = tq::objectCast<tqdoc::Shape>(&node);
-    if (shape == nullptr) return {.isKept = true};
-    const tq::Dictionary& old = shape->style();
-    const bool isOutline =
-        old.objectForKey("fill") == nullptr && old.objectForKey("stroke") != nullptr;
-    const auto style = tq::MutableDictionary::dictionaryWithDictionary(old);
-    style->setObject(tq::String::of(color), isOutline ? "stroke" : "fill");
-    return {.inPlace = shape->withStyle(tq::refCast<tq::Dictionary>(style->copy()))};
+    const auto recolouredStyle = [color](const tq::Dictionary& old) {
+      const bool isOutline =
+          old.objectForKey("fill") == nullptr && old.objectForKey("stroke") != nullptr;
+      const auto style = tq::MutableDictionary::dictionaryWithDictionary(old);
+      style->setObject(tq::String::of(color), isOutline ? "stroke" : "fill");
+      return tq::refCast<tq::Dictionary>(style->copy());
+    };
+    if (const auto* shape = tq::objectCast<tqdoc::Shape>(&node)) {
+      return {.inPlace = shape->withStyle(recolouredStyle(shape->style()))};
+    }
+    if (const auto* text = tq::objectCast<tqdoc::Text>(&node)) {
+      return {.inPlace = text->withStyle(recolouredStyle(text->style()))};
+    }
+    return {.isKept = true};
   });
 }
 

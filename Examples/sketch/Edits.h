@@ -28,7 +28,7 @@ struct Drawing {
 /// Adds a moved copy of each node, on top of its group. The copies get names of their own and are
 /// selected.
 [[nodiscard]] Drawing duplicated(const Drawing& drawing, tq::Vector offset);
-/// Sets the fill of shapes, or the stroke of those that have only a stroke.
+/// Sets the fill of shapes and texts, or the stroke of those that have only a stroke.
 /// @param color  "#rrggbb"
 [[nodiscard]] Drawing recoloured(const Drawing& drawing, std::string_view color);
 

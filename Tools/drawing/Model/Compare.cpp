@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "Model/Text.h"
+
 namespace tqdoc {
 namespace {
 
@@ -52,6 +54,14 @@ using Difference = std::optional<std::string>;
   return std::nullopt;
 }
 
+[[nodiscard]] Difference compareTexts(const Text& a, const Text& b, const std::string& path) {
+  if (a.string() != b.string()) return path + ": the strings differ";
+  if (a.position() != b.position()) return path + ": the positions differ";
+  if (!a.style().isEqual(b.style())) return path + ": the styles differ";
+  if (!a.spans().isEqual(b.spans())) return path + ": the spans differ";
+  return std::nullopt;
+}
+
 Difference compare(const Node& a, const Node& b, const std::string& path) {
   const std::string place = placeOf(path, a);
   if (&a.objectClass() != &b.objectClass()) return place + ": the kinds differ";
@@ -61,6 +71,9 @@ Difference compare(const Node& a, const Node& b, const std::string& path) {
   }
   if (const auto* shape = tq::objectCast<Shape>(&a)) {
     return compareShapes(*shape, static_cast<const Shape&>(b), place);
+  }
+  if (const auto* text = tq::objectCast<Text>(&a)) {
+    return compareTexts(*text, static_cast<const Text&>(b), place);
   }
   return comparePictures(static_cast<const Picture&>(a), static_cast<const Picture&>(b), place);
 }

@@ -8,6 +8,7 @@
 
 #include "Model/Gradient.h"
 #include "Model/NodePairs.h"
+#include "Model/Text.h"
 
 namespace tqdoc {
 namespace {
@@ -30,15 +31,21 @@ std::string textOf(const tq::Object& value) {
 
 std::string textOf(std::string_view text) { return '"' + std::string(text) + '"'; }
 
+std::string textOf(tq::Point point) { return textOf({point.x, point.y}); }
+
+std::string textOf(const tq::Array& spans) {
+  std::string lengths;
+  for (const tq::Object& span : spans) {
+    lengths += (lengths.empty() ? "" : " + ") +
+               std::to_string(static_cast<const TextSpan&>(span).length());
+  }
+  return lengths.empty() ? "none" : lengths + " characters";
+}
+
 std::string textOf(const tq::Data& bytes) { return std::to_string(bytes.length()) + " bytes"; }
 
 /// Returns the kind and the name of a node.
-std::string whatIs(const Node& node) {
-  const char* const kind = tq::objectCast<Group>(&node) != nullptr   ? "group"
-                           : tq::objectCast<Shape>(&node) != nullptr ? "shape"
-                                                                     : "picture";
-  return placeOf(kind, node);
-}
+std::string whatIs(const Node& node) { return placeOf(kindOf(node), node); }
 
 std::string textOf(const PathData& path) {
   return std::to_string(path.steps().size()) + " steps within " + textOf(path.tightBounds());
@@ -117,6 +124,13 @@ Properties propertiesOf(const Node& a, const Node& b) {
          other.mediaType());
     note(differing, "bytes", picture->bytes().isEqual(other.bytes()), picture->bytes(),
          other.bytes());
+  } else if (const auto* text = tq::objectCast<Text>(&a)) {
+    const auto& other = static_cast<const Text&>(b);
+    note(differing, "string", text->string() == other.string(), text->string(), other.string());
+    note(differing, "position", text->position() == other.position(), text->position(),
+         other.position());
+    noteStyle(differing, text->style(), other.style());
+    note(differing, "spans", text->spans().isEqual(other.spans()), text->spans(), other.spans());
   }
   return differing;
 }

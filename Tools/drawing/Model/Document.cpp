@@ -5,6 +5,7 @@
 
 #include "Model/Gradient.h"
 #include "Model/Numbers.h"
+#include "Model/Text.h"
 
 namespace tqdoc {
 namespace {
@@ -92,6 +93,8 @@ void registerModel() {
   tq::Class::registerClass<Group>();
   tq::Class::registerClass<Shape>();
   tq::Class::registerClass<Picture>();
+  tq::Class::registerClass<Text>();
+  tq::Class::registerClass<TextSpan>();
   tq::Class::registerClass<PathData>();
   tq::Class::registerClass<Gradient>();
 }

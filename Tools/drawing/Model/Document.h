@@ -35,7 +35,7 @@ class Document final : public tq::Subclass<Document> {
   /// Returns a document with the same page and another tree.
   [[nodiscard]] tq::Ref<Document> withRoot(tq::Ref<Group> root) const;
 
-  /// Returns the number of shapes and pictures in the tree.
+  /// Returns the number of shapes, pictures and texts in the tree.
   [[nodiscard]] std::size_t shapeCount() const;
 
  private:

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Model/Numbers.h"
+#include "Model/Text.h"
 
 namespace tqdoc {
 namespace {
@@ -132,27 +133,49 @@ namespace {
       const bool evenOdd = numberIn(shape->style(), "evenOdd", 0) != 0;
       return fillMeets(shape->path().outline(part.transform), evenOdd, area);
     }
+    if (const auto* text = tq::objectCast<Text>(part.node)) {
+      return std::ranges::any_of(text->shapes(), [&](const tq::Ref<Shape>& shape) {
+        return fillMeets(shape->path().outline(part.transform), false, area);
+      });
+    }
     const auto* picture = tq::objectCast<Picture>(part.node);
     return picture != nullptr && pictureMeets(*picture, part.transform, area);
   });
 }
 
 [[nodiscard]] bool meets(const PlacedNode& placed, const tq::Rect& area) {
-  const auto* shape = tq::objectCast<Shape>(placed.node);
-  const auto* picture = tq::objectCast<Picture>(placed.node);
-  const bool there = shape != nullptr
-                         ? shapeMeets(*shape, placed.transform, area)
-                         : picture != nullptr && pictureMeets(*picture, placed.transform, area);
+  const tq::AffineTransform& transform = placed.transform;
+  bool there = false;
+  if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
+    there = shapeMeets(*shape, transform, area);
+  } else if (const auto* text = tq::objectCast<Text>(placed.node)) {
+    there = std::ranges::any_of(text->shapes(), [&](const tq::Ref<Shape>& glyphs) {
+      return shapeMeets(*glyphs, transform, area);
+    });
+  } else if (const auto* picture = tq::objectCast<Picture>(placed.node)) {
+    there = pictureMeets(*picture, transform, area);
+  }
   return there && std::ranges::all_of(placed.clips, [&](const PlacedNode::Clip& clip) {
            return clipMeets(clip, area);
          });
 }
 
+[[nodiscard]] tq::Rect inkBounds(const Shape& shape, const tq::AffineTransform& transform) {
+  return grown(shape.path().tightBounds(transform), strokeReach(shape, transform).value_or(0));
+}
+
 /// Returns a rect around everything that a node paints.
 [[nodiscard]] tq::Rect inkBounds(const PlacedNode& placed) {
-  const auto* shape = tq::objectCast<Shape>(placed.node);
-  const auto reach = shape != nullptr ? strokeReach(*shape, placed.transform) : std::nullopt;
-  return grown(outlineBounds(placed), reach.value_or(0));
+  if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
+    return inkBounds(*shape, placed.transform);
+  }
+  const auto* text = tq::objectCast<Text>(placed.node);
+  if (text == nullptr) return outlineBounds(placed);
+  tq::Rect bounds = tq::RectNull;
+  for (const auto& glyphs : text->shapes()) {
+    bounds = tq::RectUnion(bounds, inkBounds(*glyphs, placed.transform));
+  }
+  return bounds;
 }
 
 }  // namespace

@@ -8,18 +8,6 @@
 namespace tqdoc {
 namespace {
 
-/// Decodes the member `key`. Returns `otherwise` if it is absent or, with an error, not a T. An
-/// object of an unknown class is an error too: it would be lost when the drawing is saved.
-template <class T>
-[[nodiscard]] tq::Ref<T> decodeAs(tq::TQJSONDecoder& decoder, std::string_view key,
-                                  tq::Ref<T> otherwise) {
-  if (auto object = decoder.decodeObjectForKey<T>(key)) return object;
-  if (decoder.containsValueForKey(key)) {
-    refuse(decoder, "the member \"" + std::string(key) + "\" is of the wrong kind");
-  }
-  return otherwise;
-}
-
 [[nodiscard]] tq::Ref<PathData> emptyPath() {
   return tq::makeRef<PathData>(std::string(), std::vector<double>());
 }
@@ -69,6 +57,14 @@ void Group::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodeObject(children_, "children");
 }
 
+tq::Rect Group::contentBounds(const tq::AffineTransform& transform) const {
+  tq::Rect bounds = tq::RectNull;
+  for (std::size_t i = 0; i < count(); ++i) {
+    bounds = tq::RectUnion(bounds, tightBounds(child(i), transform));
+  }
+  return bounds;
+}
+
 tq::Ref<Node> Group::withTraits(Traits traits) const {
   return tq::makeRef<Group>(std::move(traits), children_);
 }
@@ -85,6 +81,10 @@ void Shape::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   Node::encodeAsJSON(encoder);
   encoder.encodeObject(path_, "path");
   encoder.encodeObject(style_, "style");
+}
+
+tq::Rect Shape::contentBounds(const tq::AffineTransform& transform) const {
+  return path_->tightBounds(transform);
 }
 
 tq::Ref<Node> Shape::withTraits(Traits traits) const {
@@ -118,8 +118,19 @@ void Picture::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodeObject(bytes_, "bytes");
 }
 
+tq::Rect Picture::contentBounds(const tq::AffineTransform& transform) const {
+  return tq::RectApplyAffineTransform(frame_, transform);
+}
+
 tq::Ref<Node> Picture::withTraits(Traits traits) const {
   return tq::makeRef<Picture>(std::move(traits), frame_, fit_, mediaType_, bytes_);
+}
+
+const char* kindOf(const Node& node) noexcept {
+  return tq::objectCast<Group>(&node) != nullptr     ? "group"
+         : tq::objectCast<Shape>(&node) != nullptr   ? "shape"
+         : tq::objectCast<Picture>(&node) != nullptr ? "picture"
+                                                     : "text";
 }
 
 std::string placeOf(const std::string& path, const Node& node) {
@@ -128,18 +139,7 @@ std::string placeOf(const std::string& path, const Node& node) {
 
 tq::Rect tightBounds(const Node& node, const tq::AffineTransform& parent) {
   if (node.traits().hidden) return tq::RectNull;
-  const auto transform = tq::AffineTransformConcat(node.traits().transform, parent);
-  if (const auto* shape = tq::objectCast<Shape>(&node)) return shape->path().tightBounds(transform);
-  if (const auto* picture = tq::objectCast<Picture>(&node)) {
-    return tq::RectApplyAffineTransform(picture->frame(), transform);
-  }
-  tq::Rect bounds = tq::RectNull;
-  if (const auto* group = tq::objectCast<Group>(&node)) {
-    for (std::size_t i = 0; i < group->count(); ++i) {
-      bounds = tq::RectUnion(bounds, tightBounds(group->child(i), transform));
-    }
-  }
-  return bounds;
+  return node.contentBounds(tq::AffineTransformConcat(node.traits().transform, parent));
 }
 
 }  // namespace tqdoc

@@ -30,6 +30,10 @@ class Node : public tq::Subclass<Node> {
   [[nodiscard]] std::string_view name() const noexcept;
   /// Returns a node with the same content and other traits.
   [[nodiscard]] virtual tq::Ref<Node> withTraits(Traits traits) const = 0;
+  /// Returns the smallest rect around the visible content, without strokes. The null rect if there
+  /// is none.
+  /// @param transform  from the node's coordinates to those of the result
+  [[nodiscard]] virtual tq::Rect contentBounds(const tq::AffineTransform& transform) const = 0;
 
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
 
@@ -51,6 +55,7 @@ class Group final : public tq::Subclass<Group, Node> {
   explicit Group(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
   [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
+  [[nodiscard]] tq::Rect contentBounds(const tq::AffineTransform& transform) const override;
 
   [[nodiscard]] const tq::Array& children() const noexcept { return *children_; }
   [[nodiscard]] std::size_t count() const noexcept { return children_->count(); }
@@ -78,6 +83,7 @@ class Shape final : public tq::Subclass<Shape, Node> {
   explicit Shape(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
   [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
+  [[nodiscard]] tq::Rect contentBounds(const tq::AffineTransform& transform) const override;
   /// Returns a shape with the same traits and outline and another style.
   [[nodiscard]] tq::Ref<Shape> withStyle(tq::Ref<tq::Dictionary> style) const;
 
@@ -100,6 +106,7 @@ class Picture final : public tq::Subclass<Picture, Node> {
   explicit Picture(tq::TQJSONDecoder& decoder);
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
   [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
+  [[nodiscard]] tq::Rect contentBounds(const tq::AffineTransform& transform) const override;
 
   [[nodiscard]] const tq::Rect& frame() const noexcept { return frame_; }
   [[nodiscard]] std::string_view fit() const noexcept { return fit_->view(); }
@@ -113,6 +120,9 @@ class Picture final : public tq::Subclass<Picture, Node> {
   tq::Ref<tq::String> mediaType_;
   tq::Ref<tq::Data> bytes_;
 };
+
+/// Returns "group", "shape", "picture" or "text".
+[[nodiscard]] const char* kindOf(const Node& node) noexcept;
 
 /// Returns the place of a node for messages, such as "root/1/0 (eye)": indexes and its name.
 [[nodiscard]] std::string placeOf(const std::string& path, const Node& node);

@@ -4,6 +4,8 @@
 #include <functional>
 #include <string_view>
 
+#include "Model/Text.h"
+
 namespace tqdoc {
 namespace {
 
@@ -83,6 +85,9 @@ std::uint64_t NodePairs::digest(const Node& node) {
     for (const auto [key, value] : shape->style()) mix.add(key.hash()).add(value.hash());
   } else if (const auto* picture = tq::objectCast<Picture>(&node)) {
     mix.add(picture->bytes().hash()).add(picture->mediaType());
+  } else if (const auto* text = tq::objectCast<Text>(&node)) {
+    const double position[] = {text->position().x, text->position().y};
+    mix.add(text->string()).add(position).add(text->style().hash()).add(text->spans().hash());
   }
   return digests_[&node] = mix.value();
 }

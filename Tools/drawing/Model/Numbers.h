@@ -1,10 +1,11 @@
 #pragma once
 
 /// @file Numbers.h
-/// Numbers rounded as in an archive, and numbers in archives.
+/// Numbers rounded as in an archive, and numbers and other members in archives.
 
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -37,5 +38,17 @@ void encodeTransform(tq::TQJSONEncoder& encoder, const tq::AffineTransform& tran
 
 /// Reports an invalid archive to the decoder. The object continues with its default value.
 void refuse(tq::TQJSONDecoder& decoder, std::string_view reason);
+
+/// Decodes the member `key`. Returns `otherwise` if it is absent or, with an error, not a T. An
+/// object of an unknown class is an error too: it would be lost when the drawing is saved.
+template <class T>
+[[nodiscard]] tq::Ref<T> decodeAs(tq::TQJSONDecoder& decoder, std::string_view key,
+                                  tq::Ref<T> otherwise) {
+  if (auto object = decoder.decodeObjectForKey<T>(key)) return object;
+  if (decoder.containsValueForKey(key)) {
+    refuse(decoder, "the member \"" + std::string(key) + "\" is of the wrong kind");
+  }
+  return otherwise;
+}
 
 }  // namespace tqdoc

@@ -48,12 +48,7 @@ std::vector<PlacedNode> placedNodes(const Node& node, const tq::AffineTransform&
 }
 
 tq::Rect outlineBounds(const PlacedNode& placed) {
-  if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
-    return shape->path().tightBounds(placed.transform);
-  }
-  const auto* picture = tq::objectCast<Picture>(placed.node);
-  return picture != nullptr ? tq::RectApplyAffineTransform(picture->frame(), placed.transform)
-                            : tq::RectNull;
+  return placed.node->contentBounds(placed.transform);
 }
 
 tq::Rect grown(const tq::Rect& rect, double margin) {

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file PlacedNode.h
-/// The shapes and pictures of a drawing, with the transforms and clips of their groups.
+/// The shapes, pictures and texts of a drawing, with the transforms and clips of their groups.
 
 #include <cstddef>
 #include <string>
@@ -14,7 +14,7 @@ namespace tqdoc {
 /// The indexes that lead from the root to a node.
 using NodePath = std::vector<std::size_t>;
 
-/// A shape or a picture with its place. Keeps a pointer: the document must outlive it.
+/// A shape, a picture or a text with its place. Keeps a pointer: the document must outlive it.
 struct PlacedNode {
   /// A clip: hides everything outside.
   struct Clip {
@@ -29,11 +29,11 @@ struct PlacedNode {
   std::vector<Clip> clips;        ///< its own and those of its groups
 };
 
-/// Returns the visible shapes and pictures of `node` and its descendants, bottom first.
+/// Returns the visible shapes, pictures and texts of `node` and its descendants, bottom first.
 [[nodiscard]] std::vector<PlacedNode> placedNodes(const Node& node,
                                                   const tq::AffineTransform& parent = {});
 
-/// Returns the smallest rect around its outline or frame in the drawing; null if nothing is drawn.
+/// Returns the smallest rect around its outlines or frame in the drawing; null if nothing is drawn.
 [[nodiscard]] tq::Rect outlineBounds(const PlacedNode& placed);
 
 /// Returns `rect` enlarged by `margin` on every side.

@@ -11,6 +11,7 @@
 
 #include "Model/Document.h"
 #include "Model/Numbers.h"
+#include "Model/Text.h"
 #include "Render/CairoSource.h"
 
 namespace tqdoc {
@@ -138,6 +139,8 @@ void Painter::paintContent(const Node& node, const tq::AffineTransform& transfor
     paintShape(*shape, transform);
   } else if (const auto* picture = tq::objectCast<Picture>(&node)) {
     paintPicture(*picture, transform);
+  } else if (const auto* text = tq::objectCast<Text>(&node)) {
+    for (const auto& glyphs : text->shapes()) paintShape(*glyphs, transform);
   } else if (const auto* group = tq::objectCast<Group>(&node)) {
     for (std::size_t i = 0; i < group->count(); ++i) paint(group->child(i), transform);
   }

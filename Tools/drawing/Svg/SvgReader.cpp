@@ -16,6 +16,7 @@
 #include "Svg/SvgImage.h"
 #include "Svg/SvgShapes.h"
 #include "Svg/SvgStyleSheet.h"
+#include "Svg/SvgText.h"
 
 namespace tqdoc {
 namespace {
@@ -31,7 +32,7 @@ constexpr std::string_view kSilent[] = {
 
 /// Returns true for elements that become nodes.
 [[nodiscard]] bool isDrawn(std::string_view name) {
-  return isGroup(name) || isOutline(name) || name == "use" || name == "image";
+  return isGroup(name) || isOutline(name) || name == "use" || name == "image" || name == "text";
 }
 
 [[nodiscard]] tq::Ref<tq::Object> number(double value) {
@@ -55,6 +56,7 @@ class Reader {
   [[nodiscard]] tq::Ref<Node> readNode(pugi::xml_node node, const Place& parent);
   [[nodiscard]] tq::Ref<tq::Array> readChildren(pugi::xml_node node, const Place& place);
   [[nodiscard]] tq::Ref<Node> readShape(pugi::xml_node node, const Place& place);
+  [[nodiscard]] tq::Ref<Node> readText(pugi::xml_node node, const Place& place);
   [[nodiscard]] tq::Ref<Node> readPicture(pugi::xml_node node, const Place& place);
   [[nodiscard]] tq::Ref<Node> readUse(pugi::xml_node node, const Place& place);
   [[nodiscard]] tq::Ref<Group> readViewport(pugi::xml_node node, const Place& place,
@@ -64,7 +66,7 @@ class Reader {
   [[nodiscard]] Node::Traits traitsOf(pugi::xml_node node, const Place& place,
                                       const Bounds& bounds);
   [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
-                                                const PathData& path);
+                                                const Bounds& boundsOfNode);
   [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children,
                                          const tq::AffineTransform& transform = {});
 
@@ -148,6 +150,8 @@ tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
     result = readShape(node, place);
   } else if (name == "use") {
     result = readUse(node, place);
+  } else if (name == "text") {
+    result = readText(node, place);
   } else if (name == "image") {
     result = readPicture(node, place);
   } else if (name == "svg") {
@@ -176,9 +180,41 @@ tq::Ref<tq::Array> Reader::readChildren(pugi::xml_node node, const Place& place)
 tq::Ref<Node> Reader::readShape(pugi::xml_node node, const Place& place) {
   auto path = readOutline(context_, node, place.viewport);
   if (path->isEmpty()) return nullptr;
-  auto traits = traitsOf(node, place, [&] { return path->tightBounds(); });
-  auto style = styleOf(node, place, *path);
+  const auto bounds = [&] { return path->tightBounds(); };
+  auto traits = traitsOf(node, place, bounds);
+  auto style = styleOf(node, place, bounds);
   return tq::makeRef<Shape>(std::move(traits), std::move(path), std::move(style));
+}
+
+tq::Ref<Node> Reader::readText(pugi::xml_node node, const Place& place) {
+  const auto runs = readTextRuns(context_, sheet_, node, place.style, place.viewport);
+  if (runs.empty()) return nullptr;
+  using Styles = std::vector<tq::Ref<tq::Dictionary>>;
+  const auto stylesWith = [&](const auto& paintOf) {
+    Styles styles;
+    for (const TextRun& run : runs) {
+      const auto style = tq::MutableDictionary::dictionaryWithDictionary(*paintOf(run));
+      addTextStyle(*style, run.style.text, run.style.fontSize);
+      styles.push_back(tq::refCast<tq::Dictionary>(style->copy()));
+    }
+    return styles;
+  };
+  const Bounds bounds = [&] {  // of the text without paint, which may depend on them
+    const auto unpainted = stylesWith([](const TextRun&) { return tq::Dictionary::dictionary(); });
+    return tightBounds(*textOf(runs, unpainted, Node::Traits()));
+  };
+  // Invisible parts of a visible text take up space, but are not painted.
+  const bool isVisible =
+      std::ranges::any_of(runs, [](const TextRun& run) { return run.style.visible; });
+  const Styles styles = stylesWith([&](const TextRun& run) {
+    if (!run.style.visible && isVisible) return tq::Dictionary::dictionary();
+    Place inner{run.style, place.viewport};
+    inner.viewport.fontSize = run.style.fontSize;
+    return styleOf(run.element, inner, bounds);
+  });
+  auto traits = traitsOf(node, place, bounds);
+  traits.hidden = traits.hidden || !isVisible;
+  return textOf(runs, styles, std::move(traits));
 }
 
 tq::Ref<Node> Reader::readPicture(pugi::xml_node node, const Place& place) {
@@ -286,13 +322,14 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bou
   // Visibility is inherited, and a descendant may be visible again, so it never hides a group.
   const std::string_view element = context_.nameOf(node);
   traits.hidden =
-      !style.displayed || (!style.visible && (isOutline(element) || element == "image"));
+      !style.displayed ||
+      (!style.visible && (isOutline(element) || element == "image"));
   traits.clip = readClip(node, place, bounds);
   return traits;
 }
 
 tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
-                                        const PathData& path) {
+                                        const Bounds& boundsOfNode) {
   const Style& style = place.style;
   auto result = tq::MutableDictionary::dictionary();
   const auto flag = [&](bool on, std::string_view key) {
@@ -305,7 +342,8 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
     flag(style.clipEvenOdd, "evenOdd");
     return tq::refCast<tq::Dictionary>(result->copy());
   }
-  const tq::Rect bounds = path.tightBounds();
+  const bool isPlain = style.fill.server.empty() && style.stroke.server.empty();
+  const tq::Rect bounds = isPlain ? tq::Rect() : boundsOfNode();
   const auto paint = [&](const Paint& from) {
     return readPaint(context_, sheet_, from, style, bounds, place.viewport);
   };
@@ -373,8 +411,9 @@ SvgDrawing readSvg(std::span<const std::byte> bytes, std::string_view fileName,
     return fail(fault.offset(), fault.what());
   }
   pugi::xml_document xml;
+  constexpr unsigned kParsed = pugi::parse_default | pugi::parse_ws_pcdata;  // spaces in texts
   const std::string_view content = expanded->text();
-  const pugi::xml_parse_result parsed = xml.load_buffer(content.data(), content.size());
+  const pugi::xml_parse_result parsed = xml.load_buffer(content.data(), content.size(), kParsed);
   if (!parsed) return fail(expanded->sourceOffset(parsed.offset), parsed.description());
   try {
     SvgContext context(xml, content.size(), expanded->leftOut());

@@ -75,14 +75,17 @@ bool setStopColor(Style& style, const Style& parent, std::string_view value, Vie
 }
 
 bool setFontSize(Style& style, const Style& parent, std::string_view value, Viewport viewport) {
-  if (value.ends_with('%')) {
-    style.fontSize = parent.fontSize * parseFraction(value).value_or(1);
-    return true;
-  }
   viewport.fontSize = parent.fontSize;
-  const auto size = parseLength(value, viewport, Extent::diagonal);
-  if (size) style.fontSize = std::max(0.0, *size);
-  return true;  // named sizes affect only text
+  const auto size = parseFontSize(value, viewport);
+  if (size) style.fontSize = *size;
+  return size.has_value();
+}
+
+bool setFont(Style& style, const Style& parent, std::string_view value, Viewport viewport) {
+  viewport.fontSize = parent.fontSize;
+  const auto size = setFont(style.text, value, viewport);
+  if (size) style.fontSize = *size;
+  return size.has_value();
 }
 
 bool setDashes(Style& style, const Style&, std::string_view value, Viewport viewport) {
@@ -190,6 +193,7 @@ constexpr Property kProperties[] = {
     {"visibility", setVisibility, inherit<&Style::visible>},
     {"color", setColor<&Style::color>, inherit<&Style::color>},
     {"font-size", setFontSize, inherit<&Style::fontSize>},
+    {"font", setFont, inherit<&Style::fontSize, &Style::text>},
     {"opacity", setFraction<&Style::opacity>, inherit<&Style::opacity>},
     {"display", setDisplay, inherit<&Style::displayed>},
     {"overflow", setOverflow, inherit<&Style::overflows>},
@@ -236,6 +240,10 @@ Understood setProperty(Style& style, const Style& parent, std::string_view name,
     viewport.fontSize = style.fontSize;
     return known->set(style, parent, value, viewport) ? Understood::yes : Understood::notTheValue;
   }
+  viewport.fontSize = style.fontSize;
+  if (const auto valid = setTextProperty(style.text, parent.text, name, value, viewport)) {
+    return *valid ? Understood::yes : Understood::notTheValue;
+  }
   for (const auto& foreign : kForeign) {
     if (foreign.name != name) continue;
     const bool idle = value == foreign.idle || value == "inherit";
@@ -245,8 +253,9 @@ Understood setProperty(Style& style, const Style& parent, std::string_view name,
 }
 
 bool isProperty(std::string_view name) noexcept {
-  if (name == "transform" || name == "d") return false;
+  if (name == "transform" || name == "d" || name == "font") return false;
   return std::ranges::find(kProperties, name, &Property::name) != std::end(kProperties) ||
+         isTextProperty(name) ||
          std::ranges::any_of(kForeign, [&](const auto& foreign) { return foreign.name == name; });
 }
 

@@ -10,6 +10,7 @@
 
 #include "Svg/Scanner.h"
 #include "Svg/SvgColor.h"
+#include "Svg/SvgTextStyle.h"
 
 namespace tqdoc {
 
@@ -40,6 +41,7 @@ struct Style {
   bool visible = true;
   Color color;
   double fontSize = 16;
+  TextStyle text;
 
   // Not inherited.
   double opacity = 1;
@@ -60,7 +62,7 @@ enum class Understood {
   notTheProperty,  ///< unsupported property that changes the rendering
 };
 
-/// Sets one property. Properties that do not change the rendering of outlines (fonts, properties of
+/// Sets one property. Properties that do not change the rendering (those of
 /// editors) are accepted and have no effect. "inherit" copies the value of the parent.
 /// @param value  trimmed, without "!important"
 Understood setProperty(Style& style, const Style& parent, std::string_view name,

@@ -166,7 +166,8 @@ Style SvgStyleSheet::cascade(pugi::xml_node node, const Style& parent, Viewport 
   declarations.insert(declarations.end(), own.begin(), own.end());
   std::ranges::stable_partition(declarations, [](const auto& d) { return !d.important; });
   // First, because lengths of other properties may be relative to the font size.
-  std::ranges::stable_partition(declarations, [](const auto& d) { return d.name == "font-size"; });
+  std::ranges::stable_partition(
+      declarations, [](const auto& d) { return d.name == "font-size" || d.name == "font"; });
   context_.charge(declarations.size() + SvgContext::kElementWork, node);
 
   Style style = parent.inherited();

@@ -12,6 +12,7 @@
 #include "Model/Features.h"
 #include "Model/Gradient.h"
 #include "Model/Numbers.h"
+#include "Model/Text.h"
 #include "Svg/SvgColor.h"
 
 namespace tqdoc {
@@ -94,6 +95,7 @@ class Writer {
   void write(pugi::xml_node parent, const Node& node) {
     const char* const name = tq::objectCast<Group>(&node) != nullptr   ? "g"
                              : tq::objectCast<Shape>(&node) != nullptr ? "path"
+                             : tq::objectCast<Text>(&node) != nullptr  ? "text"
                                                                        : "image";
     writeContent(parent.append_child(name), node);
   }
@@ -107,6 +109,67 @@ class Writer {
       writeStyle(element, shape->style());
     } else if (const auto* picture = tq::objectCast<Picture>(&node)) {
       writePicture(element, *picture);
+    } else if (const auto* words = tq::objectCast<Text>(&node)) {
+      writeText(element, *words);
+    }
+  }
+
+  void writeText(pugi::xml_node element, const Text& text) {
+    set(element, "xml:space", "preserve");
+    set(element, "x", text.position().x);
+    set(element, "y", text.position().y);
+    writeStyle(element, text.style());
+    writeTextStyle(element, text.style());
+    std::string_view rest = text.string();
+    for (std::size_t i = 0; i < text.spans().count() && !rest.empty(); ++i) {
+      const TextSpan& span = text.span(i);
+      const auto style = text.styleOfSpan(i);
+      // Text between elements, even if it is empty, keeps them on one line of the file.
+      element.append_child(pugi::node_pcdata);
+      pugi::xml_node child = element.append_child("tspan");
+      const GlyphPositions& positions = span.positions();
+      const std::pair<const char*, const std::vector<double>*> lists[] = {
+          {"x", &positions.x},
+          {"y", &positions.y},
+          {"dx", &positions.dx},
+          {"dy", &positions.dy},
+          {"rotate", &positions.rotate}};
+      for (const auto& [attribute, list] : lists) {
+        if (!list->empty()) set(child, attribute, textOf(std::span<const double>(*list)));
+      }
+      if (style.get() != &text.style()) {
+        writeStyle(child, *style);
+        writeTextStyle(child, *style);
+      }
+      const std::string_view covered = firstCharacters(rest, span.length());
+      child.text() = printable(covered).c_str();
+      rest.remove_prefix(covered.size());
+    }
+    element.append_child(pugi::node_pcdata).set_value(printable(rest).c_str());
+  }
+
+  static void writeTextStyle(pugi::xml_node element, const tq::Dictionary& style) {
+    constexpr struct {
+      const char* key;
+      const char* attribute;
+      const char* initial;
+    } kEntries[] = {
+        {"fontFamily", "font-family", "serif"},    {"fontSize", "font-size", "16"},
+        {"fontStyle", "font-style", "normal"},     {"fontWeight", "font-weight", "400"},
+        {"fontStretch", "font-stretch", "normal"}, {"fontVariant", "font-variant", "normal"},
+        {"letterSpacing", "letter-spacing", "0"},  {"wordSpacing", "word-spacing", "0"},
+        {"anchor", "text-anchor", "start"},        {"direction", "direction", "ltr"},
+        {"baselineShift", "baseline-shift", "0"},  {"decoration", "text-decoration", "none"}};
+    const bool isSpan = element.parent().attribute("xml:space");
+    for (const auto& [key, attribute, initial] : kEntries) {
+      const tq::Object* const value = style.objectForKey(key);
+      if (const auto* word = tq::objectCast<tq::String>(value)) {
+        set(element, attribute, printable(word->view()));
+      } else if (value != nullptr) {
+        set(element, attribute, numberIn(style, key, 0));
+      } else if (isSpan) {
+        set(element, attribute, initial);
+      }
     }
   }
 

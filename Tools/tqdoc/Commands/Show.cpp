@@ -7,6 +7,7 @@
 
 #include "Commands/Command.h"
 #include "Commands/Help.h"
+#include "Model/Text.h"
 
 namespace tqdoc {
 namespace {
@@ -19,20 +20,16 @@ namespace {
   return archive ? std::string(tq::sha1String_tq(*archive)->view().substr(0, kShown)) : "no digest";
 }
 
-[[nodiscard]] std::string_view kindOf(const Node& node) {
-  return tq::objectCast<Group>(&node) != nullptr   ? "group"
-         : tq::objectCast<Shape>(&node) != nullptr ? "shape"
-                                                   : "picture";
-}
-
 void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t depth) {
   const auto* group = tq::objectCast<Group>(&node);
   const auto* shape = tq::objectCast<Shape>(&node);
   const auto* picture = tq::objectCast<Picture>(&node);
+  const auto* text = tq::objectCast<Text>(&node);
   std::cout << std::string(2 * depth, ' ') << kindOf(node);
   if (!node.name().empty()) std::cout << ' ' << printable(node.name());
   std::cout << "  " << shortText(tightBounds(node, parent));
   if (shape != nullptr) std::cout << "  " << shape->path().steps().size() << " steps";
+  if (text != nullptr) std::cout << "  \"" << printable(text->string()) << '"';
   if (picture != nullptr) {
     std::cout << "  " << printable(picture->mediaType()) << ", "
               << grouped(picture->bytes().length()) << " bytes";
@@ -55,6 +52,9 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   record->setObject(jsonText(kindOf(node)), "kind");
   if (!node.name().empty()) record->setObject(jsonText(node.name()), "name");
   record->setObject(jsonRect(tightBounds(node, parent)), "bounds");
+  if (const auto* text = tq::objectCast<Text>(&node)) {
+    record->setObject(jsonText(text->string()), "string");
+  }
   if (node.traits().opacity != 1) record->setObject(jsonNumber(node.traits().opacity), "opacity");
   const auto flag = tq::Number::numberWith(tq::NumberValue(true));
   if (node.traits().clip) record->setObject(flag, "clipped");

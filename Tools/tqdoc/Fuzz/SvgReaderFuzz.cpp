@@ -23,7 +23,7 @@ constexpr const char* kElements[] = {
     "g",     "path",    "rect", "circle",   "ellipse",        "line",           "polyline",
     "use",   "symbol",  "svg",  "clipPath", "linearGradient", "radialGradient", "stop",
     "image", "a",       "defs", "switch",   "polygon",        "style",          "text",
-    "title", "pattern", "mask"};
+    "title", "pattern", "mask", "tspan"};
 constexpr const char* kAttributes[] = {"id",
                                        "href",
                                        "d",
@@ -59,7 +59,10 @@ constexpr const char* kAttributes[] = {"id",
                                        "clipPathUnits",
                                        "stroke-dasharray",
                                        "gradientTransform",
-                                       "fx"};
+                                       "fx",
+                                       "dx",
+                                       "rotate",
+                                       "xml:space"};
 constexpr const char* kValues[] = {"a",
                                    "#a",
                                    "b",
@@ -90,6 +93,8 @@ constexpr const char* kValues[] = {"a",
                                    "a b",
                                    "hidden",
                                    "5em",
+                                   "preserve",
+                                   "font:bold 9px serif;text-anchor:end;letter-spacing:1e9",
                                    "scale(1e7 0)",
                                    "data:image/png;base64,iVBORw0KGgo="};
 
@@ -127,6 +132,7 @@ class Generator {
               kValues[choose(std::size(kValues))] + '\'';
     }
     text += '>';
+    if (name == "text" || name == "tspan") text += kValues[choose(std::size(kValues))];
     const std::size_t children = depth < kDeepest ? choose(kMostChildren) : 0;
     for (std::size_t i = 0; i < children && !bytes_.empty(); ++i) addElement(text, depth + 1);
     text += "</" + name + '>';

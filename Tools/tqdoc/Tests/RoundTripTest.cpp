@@ -77,6 +77,10 @@ TEST_F(Drawings, InDamagedArchivesAreErrors) {
        {"1", "{}", R"({"_class":"TQDocument"})",
         R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[3]}})",
         R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[
+            {"_class":"TQDocText","string":"a","spans":[3]}]}})",
+        R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[{"_class":"TQDocText",
+            "string":"a","spans":[{"_class":"TQDocTextSpan","length":-1,"x":["b"]}]}]}})",
+        R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[
             {"_class":"TQDocShape","path":{"_class":"TQDocPath","steps":"MC","coordinates":[1,2]}}]}})"}) {
     EXPECT_THAT(failureOf(text), HasSubstr("odd.tqdoc: ")) << text;
   }

@@ -123,7 +123,8 @@ TEST(SvgReader, FindsPaintForEveryFill) {
 
 TEST(SvgReader, CountsIgnoredFeatures) {
   const Outcome outcome = read(
-      "<text>a</text><text>b</text><path d='M0 0h1' filter='url(#f)' style='marker-end:url(#m)'/>"
+      "<text>a<textPath>b</textPath></text><text style='writing-mode:tb'>b</text><path d='M0 0h1' "
+      "filter='url(#f)' style='marker-end:url(#m)'/>"
       "<path d='M0 0h1 junk'/><foo:bar/><title>t</title><image href='a.png'/><use href='#no'/>"
       "<pattern id='p'/><path d='M0 0h1' stroke='url(#p)' transform='turn(3)'/>"
       "<image width='1' height='1' href='data:image/jpeg;base64,AAAA'/>");
@@ -131,11 +132,11 @@ TEST(SvgReader, CountsIgnoredFeatures) {
   using testing::Pair;
   EXPECT_THAT(outcome.drawing.leftOut,
               testing::UnorderedElementsAre(
-                  Pair("<text>", 2u), Pair("filter", 1u), Pair("marker-end", 1u),
-                  Pair("invalid d of path", 1u), Pair("external image", 1u),
+                  Pair("<textPath>", 1u), Pair("writing-mode: tb", 1u), Pair("filter", 1u),
+                  Pair("marker-end", 1u), Pair("invalid d of path", 1u), Pair("external image", 1u),
                   Pair("use without a target", 1u), Pair("paint by pattern", 1u),
                   Pair("invalid transform of path", 1u), Pair("drawing of image/jpeg", 1u)));
-  EXPECT_EQ(outcome.drawing.document->unsupported().count(), 9u);
+  EXPECT_EQ(outcome.drawing.document->unsupported().count(), 10u);
   EXPECT_EQ(outcome.drawing.document->title(), "t");
 }
 

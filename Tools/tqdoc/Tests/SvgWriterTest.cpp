@@ -35,7 +35,10 @@ TEST(SvgWriter, KeepsNamesTextAndNumbers) {
         "<path inkscape:label='&lt;&quot;&amp;ü' d='M0 0L3 4C1 2 3 4 5 6' display='none'/>",
         "<path d='M0 0h9' fill='none' stroke='red' stroke-dasharray='1 .3' "
         "stroke-linecap='round'/>",
-        "<path d='M0 0h9' fill='#123456' fill-opacity='.1' fill-rule='evenodd'/>"}) {
+        "<path d='M0 0h9' fill='#123456' fill-opacity='.1' fill-rule='evenodd'/>",
+        "<text x='1' y='2' font-family='A B, serif' xml:space='preserve'> a&lt;  </text>",
+        "<text font-weight='bold' stroke='red'>one <tspan x='1 2' y='3' rotate='9' stroke='none' "
+        "font-weight='400'>two</tspan><tspan dx='1' font-style='italic'>😀</tspan> end</text>"}) {
     const auto document = drawingOf(content);
     EXPECT_EQ(firstDifference(*document, *rewritten(*document)), std::nullopt) << content;
   }
