@@ -2,14 +2,14 @@
 
 #include <string_view>
 
+#include "Model/Mask.h"
+#include "Model/Pattern.h"
 #include "Model/Text.h"
 
 namespace tqdoc {
 namespace {
 
 using Difference = std::optional<std::string>;
-
-[[nodiscard]] Difference compare(const Node& a, const Node& b, const std::string& path);
 
 /// Compares two strings. A null string differs from an empty one.
 [[nodiscard]] bool same(const tq::Ref<tq::String>& a, const tq::Ref<tq::String>& b) {
@@ -27,14 +27,31 @@ using Difference = std::optional<std::string>;
   if (a.opacity != b.opacity) return path + ": the opacities differ";
   if (a.hidden != b.hidden) return path + ": one is hidden";
   if (!a.clip != !b.clip) return path + ": one is clipped";
-  return a.clip ? compare(*a.clip, *b.clip, path + "/clip") : std::nullopt;
+  if (!a.mask != !b.mask) return path + ": one is masked";
+  if (!a.filter != !b.filter || (a.filter && !a.filter->isEqual(*b.filter))) {
+    return path + ": the filters differ";
+  }
+  if (a.mask) {
+    if (auto difference = firstDifference(*a.mask, *b.mask, path + "/mask")) return difference;
+  }
+  return a.clip ? firstDifference(*a.clip, *b.clip, path + "/clip") : std::nullopt;
 }
 
 [[nodiscard]] Difference compareGroups(const Group& a, const Group& b, const std::string& path) {
+  const auto* mask = tq::objectCast<Mask>(&a);
+  if (mask != nullptr) {
+    const auto& other = static_cast<const Mask&>(b);
+    if (!sameRaw(mask->region(), other.region())) return path + ": the regions differ";
+    if (mask->kind() != other.kind()) return path + ": the kinds of mask differ";
+  }
+  const auto* pattern = tq::objectCast<Pattern>(&a);
+  if (pattern != nullptr && !sameRaw(pattern->tile(), static_cast<const Pattern&>(b).tile())) {
+    return path + ": the tiles differ";
+  }
   if (a.count() != b.count()) return path + ": the numbers of children differ";
   for (std::size_t i = 0; i < a.count(); ++i) {
     const std::string childPath = path + "/" + std::to_string(i);
-    if (auto difference = compare(a.child(i), b.child(i), childPath)) return difference;
+    if (auto difference = firstDifference(a.child(i), b.child(i), childPath)) return difference;
   }
   return std::nullopt;
 }
@@ -62,7 +79,9 @@ using Difference = std::optional<std::string>;
   return std::nullopt;
 }
 
-Difference compare(const Node& a, const Node& b, const std::string& path) {
+}  // namespace
+
+std::optional<std::string> firstDifference(const Node& a, const Node& b, const std::string& path) {
   const std::string place = placeOf(path, a);
   if (&a.objectClass() != &b.objectClass()) return place + ": the kinds differ";
   if (auto difference = compareTraits(a.traits(), b.traits(), place)) return difference;
@@ -78,8 +97,6 @@ Difference compare(const Node& a, const Node& b, const std::string& path) {
   return comparePictures(static_cast<const Picture&>(a), static_cast<const Picture&>(b), place);
 }
 
-}  // namespace
-
 std::optional<std::string> firstDifference(const Document& a, const Document& b) {
   if (a.title() != b.title()) return "the titles differ";
   if (a.page().size != b.page().size || !sameRaw(a.page().viewBox, b.page().viewBox) ||
@@ -87,7 +104,7 @@ std::optional<std::string> firstDifference(const Document& a, const Document& b)
     return "the pages differ";
   }
   if (!a.unsupported().isEqual(b.unsupported())) return "the unsupported features differ";
-  return compare(a.root(), b.root(), "root");
+  return firstDifference(a.root(), b.root(), "root");
 }
 
 }  // namespace tqdoc

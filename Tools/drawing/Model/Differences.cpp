@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Model/Gradient.h"
+#include "Model/Mask.h"
 #include "Model/NodePairs.h"
 #include "Model/Text.h"
 
@@ -111,6 +112,23 @@ Properties propertiesOf(const Node& a, const Node& b) {
     const auto kind = [](const tq::Ref<Node>& clip) { return clip ? whatIs(*clip) : "none"; };
     differing.push_back({"clip", kind(x.clip), kind(y.clip)});
   }
+  if (!x.mask != !y.mask) {
+    const auto kind = [](const tq::Ref<Node>& mask) { return mask ? whatIs(*mask) : "none"; };
+    differing.push_back({"mask", kind(x.mask), kind(y.mask)});
+  }
+  if (!areEqual(x.filter.get(), y.filter.get())) {
+    const auto text = [](const Filter* filter) { return filter ? textOf(*filter) : "none"; };
+    differing.push_back({"filter", text(x.filter.get()), text(y.filter.get())});
+  }
+  if (const auto* mask = tq::objectCast<Mask>(&a)) {
+    const auto& other = static_cast<const Mask&>(b);
+    note(differing, "region", areSame(mask->region(), other.region()), mask->region(),
+         other.region());
+    const bool isAlpha = mask->kind() == Mask::Kind::alpha;
+    if (mask->kind() != other.kind()) {
+      differing.push_back({"alpha", isAlpha ? "yes" : "no", isAlpha ? "no" : "yes"});
+    }
+  }
   if (const auto* shape = tq::objectCast<Shape>(&a)) {
     const auto& other = static_cast<const Shape&>(b);
     note(differing, "path", shape->path().isEqual(other.path()), shape->path(), other.path());
@@ -185,6 +203,9 @@ class Delegate final : public tq::Subclass<Delegate>, public tq::TQTreeCompariso
     if (clip && other && &clip->objectClass() == &other->objectClass()) {
       comparison.compareOldObject(*clip, *other, "clip");
     }
+    const tq::Ref<Node>& mask = static_cast<const Node&>(a).traits().mask;
+    const tq::Ref<Node>& otherMask = static_cast<const Node&>(b).traits().mask;
+    if (mask && otherMask) comparison.compareOldObject(*mask, *otherMask, "mask");
     if (const auto* group = tq::objectCast<Group>(&a)) {
       comparison.compareOldArray(group->children(), static_cast<const Group&>(b).children(),
                                  "children");

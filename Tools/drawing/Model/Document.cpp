@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "Model/Gradient.h"
+#include "Model/Mask.h"
 #include "Model/Numbers.h"
+#include "Model/Pattern.h"
 #include "Model/Text.h"
 
 namespace tqdoc {
@@ -97,6 +99,9 @@ void registerModel() {
   tq::Class::registerClass<TextSpan>();
   tq::Class::registerClass<PathData>();
   tq::Class::registerClass<Gradient>();
+  tq::Class::registerClass<Filter>();
+  tq::Class::registerClass<Mask>();
+  tq::Class::registerClass<Pattern>();
 }
 
 }  // namespace tqdoc

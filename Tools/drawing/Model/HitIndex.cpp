@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+#include "Model/Mask.h"
 #include "Model/Numbers.h"
 #include "Model/Text.h"
 
@@ -127,7 +128,21 @@ namespace {
   return fillMeets(frame.transformed(transform), false, area);
 }
 
+[[nodiscard]] bool meets(const PlacedNode& placed, const tq::Rect& area);
+
+/// A mask shows what its region and any of its nodes cover, whatever their brightness.
+[[nodiscard]] bool maskMeets(const Mask& mask, const tq::AffineTransform& parent,
+                             const tq::Rect& area) {
+  const tq::Path region = tq::Path::pathWithRect(mask.region()).transformed(parent);
+  return fillMeets(region, false, area) &&
+         std::ranges::any_of(placedNodes(mask, parent),
+                             [&](const PlacedNode& part) { return meets(part, area); });
+}
+
 [[nodiscard]] bool clipMeets(const PlacedNode::Clip& clip, const tq::Rect& area) {
+  if (const auto* mask = tq::objectCast<Mask>(clip.node)) {
+    return maskMeets(*mask, clip.parent, area);
+  }
   return std::ranges::any_of(placedNodes(*clip.node, clip.parent), [&](const PlacedNode& part) {
     if (const auto* shape = tq::objectCast<Shape>(part.node)) {
       const bool evenOdd = numberIn(shape->style(), "evenOdd", 0) != 0;
@@ -143,7 +158,7 @@ namespace {
   });
 }
 
-[[nodiscard]] bool meets(const PlacedNode& placed, const tq::Rect& area) {
+bool meets(const PlacedNode& placed, const tq::Rect& area) {
   const tq::AffineTransform& transform = placed.transform;
   bool there = false;
   if (const auto* shape = tq::objectCast<Shape>(placed.node)) {

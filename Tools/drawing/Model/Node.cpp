@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "Model/Mask.h"
 #include "Model/Numbers.h"
 
 namespace tqdoc {
@@ -25,6 +26,8 @@ Node::Node(tq::TQJSONDecoder& decoder) {
   traits_.opacity = decoder.decodeDoubleForKey("opacity", 1);
   traits_.hidden = decoder.decodeBoolForKey("hidden", false);
   traits_.clip = decodeAs<Node>(decoder, "clip", nullptr);
+  traits_.filter = decodeAs<Filter>(decoder, "filter", nullptr);
+  traits_.mask = decodeAs<Mask>(decoder, "mask", nullptr);
 }
 
 std::string_view Node::name() const noexcept {
@@ -37,6 +40,8 @@ void Node::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   if (traits_.opacity != 1) encoder.encodeDouble(traits_.opacity, "opacity");
   if (traits_.hidden) encoder.encodeBool(true, "hidden");
   encoder.encodeObject(traits_.clip, "clip");
+  encoder.encodeObject(traits_.filter, "filter");
+  encoder.encodeObject(traits_.mask, "mask");
 }
 
 Group::Group(Traits traits, tq::Ref<tq::Array> children)
@@ -67,6 +72,10 @@ tq::Rect Group::contentBounds(const tq::AffineTransform& transform) const {
 
 tq::Ref<Node> Group::withTraits(Traits traits) const {
   return tq::makeRef<Group>(std::move(traits), children_);
+}
+
+tq::Ref<Group> Group::withChildren(tq::Ref<tq::Array> children) const {
+  return tq::makeRef<Group>(traits(), std::move(children));
 }
 
 Shape::Shape(Traits traits, tq::Ref<PathData> path, tq::Ref<tq::Dictionary> style)
@@ -127,7 +136,8 @@ tq::Ref<Node> Picture::withTraits(Traits traits) const {
 }
 
 const char* kindOf(const Node& node) noexcept {
-  return tq::objectCast<Group>(&node) != nullptr     ? "group"
+  return tq::objectCast<Mask>(&node) != nullptr      ? "mask"
+         : tq::objectCast<Group>(&node) != nullptr   ? "group"
          : tq::objectCast<Shape>(&node) != nullptr   ? "shape"
          : tq::objectCast<Picture>(&node) != nullptr ? "picture"
                                                      : "text";

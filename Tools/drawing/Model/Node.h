@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Model/Filter.h"
 #include "Model/PathData.h"
 
 namespace tqdoc {
@@ -23,6 +24,8 @@ class Node : public tq::Subclass<Node> {
     double opacity = 1;             ///< of the node as a whole, 0...1
     bool hidden = false;
     tq::Ref<Node> clip;  ///< only what it covers is visible, in the node's coordinates; may be null
+    tq::Ref<Filter> filter;  ///< changes the pixels before the clip and the mask; may be null
+    tq::Ref<Node> mask;      ///< a Mask, or null
   };
 
   [[nodiscard]] const Traits& traits() const noexcept { return traits_; }
@@ -46,7 +49,7 @@ class Node : public tq::Subclass<Node> {
 };
 
 /// A list of nodes. The first one is drawn first, at the bottom.
-class Group final : public tq::Subclass<Group, Node> {
+class Group : public tq::Subclass<Group, Node> {
  public:
   static constexpr std::string_view className = "TQDocGroup";
 
@@ -56,6 +59,8 @@ class Group final : public tq::Subclass<Group, Node> {
   void encodeAsJSON(tq::TQJSONEncoder& encoder) const;
   [[nodiscard]] tq::Ref<Node> withTraits(Traits traits) const override;
   [[nodiscard]] tq::Rect contentBounds(const tq::AffineTransform& transform) const override;
+  /// Returns a group of the same kind with the same traits and other children.
+  [[nodiscard]] virtual tq::Ref<Group> withChildren(tq::Ref<tq::Array> children) const;
 
   [[nodiscard]] const tq::Array& children() const noexcept { return *children_; }
   [[nodiscard]] std::size_t count() const noexcept { return children_->count(); }
@@ -63,18 +68,21 @@ class Group final : public tq::Subclass<Group, Node> {
     return static_cast<const Node&>(children_->objectAtIndex(index));
   }
 
+ protected:
+  [[nodiscard]] const tq::Ref<tq::Array>& childArray() const noexcept { return children_; }
+
  private:
   tq::Ref<tq::Array> children_;
 };
 
 /// An outline with a style.
 ///
-/// The style's keys, each of which may be absent: "fill" and "stroke", a colour as "#rrggbb" or a
-/// Gradient (absent: not painted); "fillOpacity" and "strokeOpacity", 0...1 (1); "evenOdd", whether
-/// the fill uses the even-odd rule (no); "strokeWidth" (1); "lineCap", "butt", "round" or
-/// "square"; "lineJoin", "miter", "round" or "bevel"; "miterLimit" (4); "dashes", an array of
-/// lengths, and "dashOffset" (0); "paintOrder", the words "fill", "stroke" and "markers" in the order
-/// of painting (that order).
+/// The style's keys, each of which may be absent: "fill" and "stroke", a colour as "#rrggbb", a
+/// Gradient or a Pattern (absent: not painted); "fillOpacity" and "strokeOpacity", 0...1 (1);
+/// "evenOdd", whether the fill uses the even-odd rule (no); "strokeWidth" (1); "lineCap", "butt",
+/// "round" or "square"; "lineJoin", "miter", "round" or "bevel"; "miterLimit" (4); "dashes", an
+/// array of lengths, and "dashOffset" (0); "paintOrder", the words "fill", "stroke" and "markers"
+/// in the order of painting (that order).
 class Shape final : public tq::Subclass<Shape, Node> {
  public:
   static constexpr std::string_view className = "TQDocShape";

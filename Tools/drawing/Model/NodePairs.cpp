@@ -79,6 +79,8 @@ std::uint64_t NodePairs::digest(const Node& node) {
   Mix mix;
   mix.add(node.objectClass().name()).add(numbers).add(traits.hidden ? 1 : 0);
   if (traits.clip) mix.add(digest(*traits.clip)).add(traits.clip->name());
+  if (traits.mask) mix.add(digest(*traits.mask)).add(traits.mask->name());
+  if (traits.filter) mix.add(traits.filter->hash());
   for (const Node* child : childrenOf(node)) mix.add(digest(*child)).add(child->name());
   if (const auto* shape = tq::objectCast<Shape>(&node)) {
     mix.add(shape->path().steps()).add(shape->path().coordinates());
@@ -143,11 +145,12 @@ void NodePairs::pairNeighbours(std::span<const Node* const> olds,
 }
 
 void NodePairs::pairChildren(const Node& oldNode, const Node& newNode) {
-  const Node* const oldClip = oldNode.traits().clip.get();
-  const Node* const newClip = newNode.traits().clip.get();
-  if (oldClip != nullptr && newClip != nullptr) {
-    pair(*oldClip, *newClip);
-    pairChildren(*oldClip, *newClip);
+  const Node::Traits& x = oldNode.traits();
+  const Node::Traits& y = newNode.traits();
+  for (const auto& [a, b] : {std::pair(x.clip.get(), y.clip.get()), {x.mask.get(), y.mask.get()}}) {
+    if (a == nullptr || b == nullptr) continue;
+    pair(*a, *b);
+    pairChildren(*a, *b);
   }
   const Nodes olds = childrenOf(oldNode);
   const Nodes news = childrenOf(newNode);

@@ -18,7 +18,10 @@ class Collector {
     const Node::Traits& traits = node.traits();
     if (traits.hidden) return;
     const auto transform = tq::AffineTransformConcat(traits.transform, parent);
-    if (traits.clip) clips_.push_back({traits.clip.get(), transform});
+    const std::size_t before = clips_.size();
+    for (const auto* cover : {&traits.clip, &traits.mask}) {
+      if (*cover) clips_.push_back({cover->get(), transform});
+    }
     if (const auto* group = tq::objectCast<Group>(&node)) {
       for (std::size_t i = 0; i < group->count(); ++i) {
         path_.push_back(i);
@@ -28,7 +31,7 @@ class Collector {
     } else {
       nodes_.push_back({&node, path_, placeOf(textOf(path_), node), transform, clips_});
     }
-    if (traits.clip) clips_.pop_back();
+    clips_.resize(before);
   }
 
   [[nodiscard]] std::vector<PlacedNode> take() { return std::move(nodes_); }

@@ -16,7 +16,7 @@ using NodePath = std::vector<std::size_t>;
 
 /// A shape, a picture or a text with its place. Keeps a pointer: the document must outlive it.
 struct PlacedNode {
-  /// A clip: hides everything outside.
+  /// A clip or a Mask: hides everything outside.
   struct Clip {
     const Node* node;
     tq::AffineTransform parent;  ///< from the coordinates around the node to the drawing's
@@ -26,7 +26,7 @@ struct PlacedNode {
   NodePath path;
   std::string place;              ///< such as "root/1/0 (eye)"
   tq::AffineTransform transform;  ///< from the node's coordinates to the drawing's
-  std::vector<Clip> clips;        ///< its own and those of its groups
+  std::vector<Clip> clips;        ///< its own and those of its groups, with masks
 };
 
 /// Returns the visible shapes, pictures and texts of `node` and its descendants, bottom first.

@@ -10,13 +10,10 @@
 #include "Svg/SvgColor.h"
 
 namespace tqdoc {
-namespace {
 
-[[nodiscard]] cairo_matrix_t matrixOf(const tq::AffineTransform& t) noexcept {
+cairo_matrix_t matrixOf(const tq::AffineTransform& t) noexcept {
   return {t.a, t.b, t.c, t.d, t.tx, t.ty};
 }
-
-}  // namespace
 
 bool isUsable(const tq::AffineTransform& t) noexcept {
   const double determinant = t.a * t.d - t.b * t.c;

@@ -13,6 +13,8 @@
 #include "Model/Numbers.h"
 #include "Model/Text.h"
 #include "Render/CairoSource.h"
+#include "Render/FilterPainter.h"
+#include "Render/Layer.h"
 
 namespace tqdoc {
 namespace {
@@ -103,7 +105,8 @@ void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
   const auto transform = tq::AffineTransformConcat(traits.transform, parent);
   if (traits.hidden || !isUsable(transform)) return;
   const bool translucent = traits.opacity < 1 && !silhouette_;
-  if ((translucent || traits.clip) && layers_ < kLayerLimit) {
+  const bool changed = (traits.filter || traits.mask) && !silhouette_;
+  if ((translucent || changed || traits.clip) && layers_ < kLayerLimit) {
     paintAsLayer(node, transform);
   } else {
     paintContent(node, transform);
@@ -117,7 +120,11 @@ void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transfor
   // transform the shape before left behind.
   setTransform(cr_, tq::AffineTransformIdentity);
   cairo_push_group(cr_);
-  paintContent(node, transform);
+  if (traits.filter && !silhouette_) {
+    paintFiltered(node, transform);
+  } else {
+    paintContent(node, transform);
+  }
   if (traits.clip) {
     const CairoPattern content(cairo_pop_group(cr_));
     cairo_push_group_with_content(cr_, CAIRO_CONTENT_ALPHA);
@@ -129,9 +136,54 @@ void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transfor
     cairo_set_source(cr_, content.get());
     cairo_mask(cr_, mask.get());
   }
+  if (traits.mask && !silhouette_) {
+    const auto* mask = tq::objectCast<Mask>(traits.mask.get());
+    if (mask != nullptr) paintMasked(*mask, transform);
+  }
   cairo_pop_group_to_source(cr_);
   cairo_paint_with_alpha(cr_, silhouette_ ? 1 : traits.opacity);
   --layers_;
+}
+
+template <class Draw>
+void Painter::drawInto(cairo_surface_t* image, const Draw& draw) {
+  const CairoContext context(cairo_create(image));
+  cairo_t* const outer = std::exchange(cr_, context.get());
+  draw();
+  cr_ = outer;
+}
+
+void Painter::paintFiltered(const Node& node, const tq::AffineTransform& transform) {
+  const Filter& filter = *node.traits().filter;
+  const auto area = visiblePixels(cr_, tq::RectApplyAffineTransform(filter.region(), transform));
+  if (!area) return;
+  CairoSurface source = layerFor(*area);
+  drawInto(source.get(), [&] { paintContent(node, transform); });
+  const CairoSurface result = filtered(std::move(source), *area, filter, transform);
+  if (!result) return paintContent(node, transform);
+  setTransform(cr_, tq::AffineTransformIdentity);
+  cairo_set_source_surface(cr_, result.get(), 0, 0);
+  cairo_paint(cr_);
+}
+
+/// Multiplies the current layer with a mask.
+void Painter::paintMasked(const Mask& mask, const tq::AffineTransform& transform) {
+  const auto area = visiblePixels(cr_, tq::RectApplyAffineTransform(mask.region(), transform));
+  const CairoPattern content(cairo_pop_group(cr_));
+  setTransform(cr_, tq::AffineTransformIdentity);
+  cairo_push_group(cr_);
+  if (!area) return;
+  const CairoSurface image = layerFor(*area);
+  drawInto(image.get(), [&] {
+    setTransform(cr_, transform);
+    const tq::Rect& region = mask.region();
+    cairo_rectangle(cr_, region.origin.x, region.origin.y, region.size.width, region.size.height);
+    cairo_clip(cr_);
+    paint(mask, transform);
+  });
+  if (mask.kind() == Mask::Kind::luminance) setAlphaToLuminance(image.get());
+  cairo_set_source(cr_, content.get());
+  cairo_mask_surface(cr_, image.get(), 0, 0);
 }
 
 void Painter::paintContent(const Node& node, const tq::AffineTransform& transform) {
@@ -163,7 +215,7 @@ void Painter::fill(const Shape& shape, const tq::AffineTransform& transform) {
   setTransform(cr_, transform);
   if (silhouette_) {
     cairo_set_source_rgba(cr_, 0, 0, 0, 1);
-  } else if (!setSource(cr_, style.objectForKey("fill"), numberIn(style, "fillOpacity", 1))) {
+  } else if (!setPaint(style.objectForKey("fill"), numberIn(style, "fillOpacity", 1), transform)) {
     return;
   }
   addPath(cr_, shape.path());
@@ -175,11 +227,58 @@ void Painter::fill(const Shape& shape, const tq::AffineTransform& transform) {
 void Painter::stroke(const Shape& shape, const tq::AffineTransform& transform) {
   const tq::Dictionary& style = shape.style();
   setTransform(cr_, transform);
-  if (!setSource(cr_, style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1))) return;
+  if (!setPaint(style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1), transform))
+    return;
   addPath(cr_, shape.path());
   setPen(cr_, shape, transform);
   cairo_stroke(cr_);
   cairo_set_tolerance(cr_, kTolerance);
+}
+
+bool Painter::setPaint(const tq::Object* paint, double opacity,
+                       const tq::AffineTransform& transform) {
+  const auto* pattern = tq::objectCast<Pattern>(paint);
+  return pattern != nullptr ? setPattern(*pattern, opacity, transform)
+                            : setSource(cr_, paint, opacity);
+}
+
+/// Draws one tile into an image of about its size in pixels, and repeats that.
+bool Painter::setPattern(const Pattern& pattern, double opacity,
+                         const tq::AffineTransform& transform) {
+  constexpr double kSideLimit = 4096;
+  const tq::Rect& tile = pattern.tile();
+  const tq::AffineTransform& own = pattern.traits().transform;
+  const auto toPixels = tq::AffineTransformConcat(own, transform);
+  if (!isUsable(own) || !isUsable(toPixels) || layers_ >= kLayerLimit) return false;
+  if (!(tile.size.width > 0 && tile.size.height > 0)) return false;
+  const auto side = [](double length, double x, double y) {
+    return std::clamp(std::ceil(length * std::hypot(x, y) - 1e-6), 1.0, double{kSideLimit});
+  };
+  const double width = side(tile.size.width, toPixels.a, toPixels.b);
+  const double height = side(tile.size.height, toPixels.c, toPixels.d);
+  const double sx = width / tile.size.width, sy = height / tile.size.height;
+  const tq::AffineTransform toTile{sx, 0, 0, sy, 0, 0};
+  if (!isUsable(toTile)) return false;
+
+  const CairoSurface image = layerFor({0, 0, static_cast<int>(width), static_cast<int>(height)});
+  ++layers_;
+  drawInto(image.get(), [&] {
+    for (std::size_t i = 0; i < pattern.count(); ++i) paint(pattern.child(i), toTile);
+  });
+  if (opacity < 1) {
+    drawInto(image.get(), [&] {
+      cairo_set_operator(cr_, CAIRO_OPERATOR_DEST_IN);
+      cairo_paint_with_alpha(cr_, opacity);
+    });
+  }
+  --layers_;
+  const CairoPattern source(cairo_pattern_create_for_surface(image.get()));
+  cairo_pattern_set_extend(source.get(), CAIRO_EXTEND_REPEAT);
+  const cairo_matrix_t matrix = matrixOf(tq::AffineTransformConcat(
+      tq::AffineTransformInvert(own), {sx, 0, 0, sy, -tile.origin.x * sx, -tile.origin.y * sy}));
+  cairo_pattern_set_matrix(source.get(), &matrix);
+  cairo_set_source(cr_, source.get());
+  return true;
 }
 
 void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {

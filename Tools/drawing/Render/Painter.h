@@ -5,15 +5,16 @@
 
 #include <cairo.h>
 
-#include "Model/Node.h"
+#include "Model/Mask.h"
+#include "Model/Pattern.h"
 
 namespace tqdoc {
 
 /// Draws nodes.
 class Painter {
  public:
-  /// The maximum depth of layers. Opacity and clips nested deeper are not drawn, because each needs
-  /// a layer of the size of the image.
+  /// The maximum depth of layers. Opacity, clips, masks, filters and patterns nested deeper are not
+  /// drawn, because each needs a layer of up to the size of the image.
   static constexpr int kLayerLimit = 24;
 
   explicit Painter(cairo_t* context) noexcept : cr_(context) {}
@@ -23,11 +24,21 @@ class Painter {
 
  private:
   void paintAsLayer(const Node& node, const tq::AffineTransform& transform);
+  void paintFiltered(const Node& node, const tq::AffineTransform& transform);
+  void paintMasked(const Mask& mask, const tq::AffineTransform& transform);
   void paintContent(const Node& node, const tq::AffineTransform& transform);
   void paintShape(const Shape& shape, const tq::AffineTransform& transform);
   void fill(const Shape& shape, const tq::AffineTransform& transform);
   void stroke(const Shape& shape, const tq::AffineTransform& transform);
+  [[nodiscard]] bool setPaint(const tq::Object* paint, double opacity,
+                              const tq::AffineTransform& transform);
+  [[nodiscard]] bool setPattern(const Pattern& pattern, double opacity,
+                                const tq::AffineTransform& transform);
   void paintPicture(const Picture& picture, const tq::AffineTransform& transform);
+
+  /// Calls `draw` while this draws into `image`.
+  template <class Draw>
+  void drawInto(cairo_surface_t* image, const Draw& draw);
 
   cairo_t* cr_;
   int layers_ = 0;

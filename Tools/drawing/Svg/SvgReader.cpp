@@ -9,11 +9,14 @@
 
 #include <pugixml.hpp>
 
+#include "Model/Mask.h"
 #include "Model/Numbers.h"
 #include "Svg/SvgConditions.h"
 #include "Svg/SvgEntities.h"
+#include "Svg/SvgFilter.h"
 #include "Svg/SvgGradient.h"
 #include "Svg/SvgImage.h"
+#include "Svg/SvgPattern.h"
 #include "Svg/SvgShapes.h"
 #include "Svg/SvgStyleSheet.h"
 #include "Svg/SvgText.h"
@@ -63,6 +66,10 @@ class Reader {
                                             const tq::Rect& frame);
   [[nodiscard]] tq::Ref<Node> readClip(pugi::xml_node user, const Place& place,
                                        const Bounds& bounds);
+  [[nodiscard]] tq::Ref<Node> readMask(pugi::xml_node user, const Place& place,
+                                       const Bounds& bounds);
+  [[nodiscard]] ModelPaint paintOf(pugi::xml_node user, const Paint& paint, const Place& place,
+                                   const tq::Rect& bounds);
   [[nodiscard]] Node::Traits traitsOf(pugi::xml_node node, const Place& place,
                                       const Bounds& bounds);
   [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
@@ -238,16 +245,18 @@ tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
     context_.leaveOut("use without a target");
     return nullptr;
   }
-  const Following following(*this, target, node);
   const tq::Rect frame =
       frameOf(context_, node, place.viewport, {place.viewport.width, place.viewport.height});
   tq::Ref<Node> child;
+  // Until the end of the copy: the mask of the reference may contain the same element.
+  std::optional<Following> following(std::in_place, *this, target, node);
   if (context_.nameOf(target) == "symbol" || context_.nameOf(target) == "svg") {
     const Place inner{sheet_.styleOf(target, place.style, place.viewport), place.viewport};
     child = readViewport(target, inner, {0, 0, frame.size.width, frame.size.height});
   } else {
     child = readNode(target, place);
   }
+  following.reset();
   if (!child) return nullptr;
   auto traits = traitsOf(node, place, [&] { return tightBounds(*child); });
   traits.transform = tq::AffineTransformTranslate(traits.transform, frame.origin.x, frame.origin.y);
@@ -277,7 +286,7 @@ tq::Ref<Group> Reader::readViewport(pugi::xml_node node, const Place& place,
         tq::makeRef<Shape>(Node::Traits{}, rectanglePath(cut), tq::Dictionary::dictionary());
   }
   auto traits = traitsOf(node, place, [&] { return boundsOf(*children, content.transform); });
-  if (traits.clip) {  // it is in the coordinates outside
+  if (traits.clip || traits.filter || traits.mask) {  // they are in the coordinates outside
     const auto group = tq::makeRef<Group>(std::move(content), std::move(children));
     return tq::makeRef<Group>(std::move(traits), tq::Array::arrayWithObjects({group}));
   }
@@ -311,6 +320,56 @@ tq::Ref<Node> Reader::readClip(pugi::xml_node user, const Place& place, const Bo
   return tq::makeRef<Group>(std::move(traits), std::move(children));
 }
 
+tq::Ref<Node> Reader::readMask(pugi::xml_node user, const Place& place, const Bounds& bounds) {
+  if (place.style.mask.empty()) return nullptr;
+  const pugi::xml_node node = context_.find(place.style.mask);
+  if (context_.nameOf(node) != "mask") {
+    context_.leaveOut("mask without a target");
+    return nullptr;
+  }
+  const Following following(*this, node, user);
+  const Viewport& viewport = place.viewport;
+  Place inner{sheet_.styleOf(node, sheet_.styleAround(node, viewport), viewport), viewport};
+  // These have no effect on a mask.
+  inner.style.opacity = 1;
+  inner.style.displayed = true;
+  inner.style.filter.clear();
+  auto traits = traitsOf(node, inner, bounds);
+  traits.transform = {};
+  const tq::Rect region = regionOf(context_, node, "maskUnits", bounds(), viewport);
+  Node::Traits content;
+  if (attributeOf(node, "maskContentUnits") == "objectBoundingBox") {
+    content.transform = unitTransform(tq::RectIsNull(bounds()) ? tq::Rect() : bounds());
+    inner.viewport = {1, 1, viewport.fontSize};
+  }
+  auto children = readChildren(node, inner);
+  if (content.transform != tq::AffineTransformIdentity) {
+    children =
+        tq::Array::arrayWithObjects({tq::makeRef<Group>(std::move(content), std::move(children))});
+  }
+  const auto kind = inner.style.alphaMask ? Mask::Kind::alpha : Mask::Kind::luminance;
+  return tq::makeRef<Mask>(std::move(traits), std::move(children), region, kind);
+}
+
+/// A pattern that draws nothing is replaced by the fallback colour.
+ModelPaint Reader::paintOf(pugi::xml_node user, const Paint& paint, const Place& place,
+                           const tq::Rect& bounds) {
+  Paint plain = paint;
+  const pugi::xml_node server =
+      paint.server.empty() ? pugi::xml_node() : context_.find(paint.server);
+  if (context_.nameOf(server) == "pattern") {
+    const Following following(*this, server, user);
+    const auto readContent = [&](pugi::xml_node node, Viewport viewport) {
+      Style style = sheet_.styleOf(node, sheet_.styleAround(node, viewport), viewport);
+      return readChildren(node, {std::move(style), viewport});
+    };
+    auto pattern = readPattern(context_, server, bounds, place.viewport, readContent);
+    if (pattern) return {std::move(pattern), 1};
+    plain.server.clear();
+  }
+  return readPaint(context_, sheet_, plain, place.style, bounds, place.viewport);
+}
+
 Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bounds& bounds) {
   const Style& style = place.style;
   Node::Traits traits;
@@ -322,9 +381,12 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bou
   // Visibility is inherited, and a descendant may be visible again, so it never hides a group.
   const std::string_view element = context_.nameOf(node);
   traits.hidden =
-      !style.displayed ||
-      (!style.visible && (isOutline(element) || element == "image"));
+      !style.displayed || (!style.visible && (isOutline(element) || element == "image"));
   traits.clip = readClip(node, place, bounds);
+  if (!inClip_) {
+    traits.filter = readFilter(context_, sheet_, style, bounds, place.viewport);
+    traits.mask = readMask(node, place, bounds);
+  }
   return traits;
 }
 
@@ -344,9 +406,7 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
   }
   const bool isPlain = style.fill.server.empty() && style.stroke.server.empty();
   const tq::Rect bounds = isPlain ? tq::Rect() : boundsOfNode();
-  const auto paint = [&](const Paint& from) {
-    return readPaint(context_, sheet_, from, style, bounds, place.viewport);
-  };
+  const auto paint = [&](const Paint& from) { return paintOf(node, from, place, bounds); };
   if (ModelPaint fill = paint(style.fill); fill.object) {
     result->setObject(std::move(fill.object), "fill");
     measure(style.fillOpacity * fill.alpha, 1, "fillOpacity");

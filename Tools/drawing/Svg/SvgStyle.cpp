@@ -69,9 +69,11 @@ bool setRule(Style& style, const Style&, std::string_view value, Viewport) {
   return value == "evenodd" || value == "nonzero";
 }
 
-bool setStopColor(Style& style, const Style& parent, std::string_view value, Viewport viewport) {
-  style.stopIsCurrentColor = value == "currentColor" || value == "currentcolor";
-  return style.stopIsCurrentColor || setColor<&Style::stopColor>(style, parent, value, viewport);
+template <auto member, auto isCurrent>
+bool setColorOrCurrent(Style& style, const Style& parent, std::string_view value,
+                       Viewport viewport) {
+  style.*isCurrent = value == "currentColor" || value == "currentcolor";
+  return style.*isCurrent || setColor<member>(style, parent, value, viewport);
 }
 
 bool setFontSize(Style& style, const Style& parent, std::string_view value, Viewport viewport) {
@@ -145,9 +147,22 @@ bool setPaintOrder(Style& style, const Style&, std::string_view value, Viewport)
   return true;
 }
 
-bool setClipPath(Style& style, const Style&, std::string_view value, Viewport) {
-  style.clipPath = parseReference(value).id;
-  return !style.clipPath.empty() || value == "none";
+/// Of a list of references and functions, such as a filter may have, only one reference is known.
+template <auto member>
+bool setReference(Style& style, const Style&, std::string_view value, Viewport) {
+  const auto [id, rest] = parseReference(value);
+  style.*member = rest.empty() ? id : std::string_view();
+  return !(style.*member).empty() || value == "none";
+}
+
+bool setMaskType(Style& style, const Style&, std::string_view value, Viewport) {
+  style.alphaMask = value == "alpha";
+  return style.alphaMask || value == "luminance";
+}
+
+bool setFilterColors(Style& style, const Style&, std::string_view value, Viewport) {
+  style.linearFilters = value != "sRGB";
+  return value == "sRGB" || value == "linearRGB" || value == "auto";
 }
 
 bool setDisplay(Style& style, const Style&, std::string_view value, Viewport) {
@@ -197,9 +212,17 @@ constexpr Property kProperties[] = {
     {"opacity", setFraction<&Style::opacity>, inherit<&Style::opacity>},
     {"display", setDisplay, inherit<&Style::displayed>},
     {"overflow", setOverflow, inherit<&Style::overflows>},
-    {"clip-path", setClipPath, inherit<&Style::clipPath>},
-    {"stop-color", setStopColor, inherit<&Style::stopColor, &Style::stopIsCurrentColor>},
+    {"clip-path", setReference<&Style::clipPath>, inherit<&Style::clipPath>},
+    {"filter", setReference<&Style::filter>, inherit<&Style::filter>},
+    {"mask", setReference<&Style::mask>, inherit<&Style::mask>},
+    {"mask-type", setMaskType, inherit<&Style::alphaMask>},
+    {"color-interpolation-filters", setFilterColors, inherit<&Style::linearFilters>},
+    {"stop-color", setColorOrCurrent<&Style::stopColor, &Style::stopIsCurrentColor>,
+     inherit<&Style::stopColor, &Style::stopIsCurrentColor>},
     {"stop-opacity", setFraction<&Style::stopOpacity>, inherit<&Style::stopOpacity>},
+    {"flood-color", setColorOrCurrent<&Style::floodColor, &Style::floodIsCurrentColor>,
+     inherit<&Style::floodColor, &Style::floodIsCurrentColor>},
+    {"flood-opacity", setFraction<&Style::floodOpacity>, inherit<&Style::floodOpacity>},
 };
 
 // Unsupported properties, with the values that have no effect.
@@ -207,17 +230,9 @@ constexpr struct {
   std::string_view name;
   std::string_view idle;
 } kForeign[] = {
-    {"filter", "none"},
-    {"mask", "none"},
-    {"marker", "none"},
-    {"marker-start", "none"},
-    {"marker-mid", "none"},
-    {"marker-end", "none"},
-    {"vector-effect", "none"},
-    {"mix-blend-mode", "normal"},
-    {"transform", "none"},
-    {"transform-origin", "0 0"},
-    {"d", "none"},
+    {"marker", "none"},     {"marker-start", "none"},    {"marker-mid", "none"},
+    {"marker-end", "none"}, {"vector-effect", "none"},   {"mix-blend-mode", "normal"},
+    {"transform", "none"},  {"transform-origin", "0 0"}, {"d", "none"},
 };
 
 }  // namespace
@@ -225,7 +240,9 @@ constexpr struct {
 Style Style::inherited() const {
   Style child = *this;
   inherit<&Style::opacity, &Style::displayed, &Style::overflows, &Style::clipPath,
-          &Style::stopColor, &Style::stopIsCurrentColor, &Style::stopOpacity>(child, Style());
+          &Style::stopColor, &Style::stopIsCurrentColor, &Style::stopOpacity, &Style::filter,
+          &Style::mask, &Style::alphaMask, &Style::floodColor, &Style::floodIsCurrentColor,
+          &Style::floodOpacity>(child, Style());
   return child;
 }
 

@@ -16,7 +16,7 @@ namespace tqdoc {
 
 /// The paint of a fill or a stroke.
 struct Paint {
-  std::string server;          ///< id of a gradient; empty for plain paint
+  std::string server;          ///< id of a gradient or a pattern; empty for plain paint
   std::optional<Color> color;  ///< the colour, or the fallback for a missing server
   bool currentColor = false;   ///< use the style's `color` instead of `color`
 
@@ -42,12 +42,19 @@ struct Style {
   Color color;
   double fontSize = 16;
   TextStyle text;
+  bool linearFilters = true;  ///< filters compute with linear light instead of sRGB values
 
   // Not inherited.
   double opacity = 1;
   bool displayed = true;
   bool overflows = false;
   std::string clipPath;  ///< id, or empty
+  std::string filter;    ///< id, or empty
+  std::string mask;      ///< id, or empty
+  bool alphaMask = false;
+  Color floodColor;
+  bool floodIsCurrentColor = false;
+  double floodOpacity = 1;
   Color stopColor;
   bool stopIsCurrentColor = false;
   double stopOpacity = 1;

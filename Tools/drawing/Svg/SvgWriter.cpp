@@ -1,5 +1,6 @@
 #include "Svg/SvgWriter.h"
 
+#include <algorithm>
 #include <charconv>
 #include <initializer_list>
 #include <span>
@@ -11,7 +12,9 @@
 
 #include "Model/Features.h"
 #include "Model/Gradient.h"
+#include "Model/Mask.h"
 #include "Model/Numbers.h"
+#include "Model/Pattern.h"
 #include "Model/Text.h"
 #include "Svg/SvgColor.h"
 
@@ -51,6 +54,15 @@ void set(pugi::xml_node element, const char* attribute, const std::string& text)
 
 void set(pugi::xml_node element, const char* attribute, double number) {
   set(element, attribute, textOf(number));
+}
+
+constexpr const char* kFactors[] = {"k1", "k2", "k3", "k4"};  // of an arithmetic composite
+
+void setRect(pugi::xml_node element, const tq::Rect& rect) {
+  set(element, "x", rect.origin.x);
+  set(element, "y", rect.origin.y);
+  set(element, "width", rect.size.width);
+  set(element, "height", rect.size.height);
 }
 
 class Writer {
@@ -181,6 +193,10 @@ class Writer {
     if (traits.opacity != 1) set(element, "opacity", traits.opacity);
     if (traits.hidden) set(element, "display", "none");
     if (traits.clip) set(element, "clip-path", referenceTo(clip(*traits.clip)));
+    if (traits.filter) set(element, "filter", referenceTo(define(*traits.filter)));
+    if (const auto* mask = tq::objectCast<Mask>(traits.mask.get())) {
+      set(element, "mask", referenceTo(define(*mask)));
+    }
   }
 
   void writeStyle(pugi::xml_node element, const tq::Dictionary& style) {
@@ -214,20 +230,19 @@ class Writer {
   }
 
   void writePicture(pugi::xml_node element, const Picture& picture) {
-    const tq::Rect& frame = picture.frame();
-    set(element, "x", frame.origin.x);
-    set(element, "y", frame.origin.y);
-    set(element, "width", frame.size.width);
-    set(element, "height", frame.size.height);
+    setRect(element, picture.frame());
     if (!picture.fit().empty()) set(element, "preserveAspectRatio", printable(picture.fit()));
     set(element, "xlink:href",
         "data:" + printable(picture.mediaType()) + ";base64," +
             tq::base64FromBytes(picture.bytes().bytes()));
   }
 
-  /// Returns the text of a paint; a gradient is defined first.
+  /// Returns the text of a paint; a gradient or a pattern is defined first.
   [[nodiscard]] std::string paint(const tq::Object* paint) {
     if (const auto* color = tq::objectCast<tq::String>(paint)) return printable(color->view());
+    if (const auto* pattern = tq::objectCast<Pattern>(paint)) {
+      return referenceTo(define(*pattern));
+    }
     const auto* gradient = tq::objectCast<Gradient>(paint);
     return gradient != nullptr ? referenceTo(define(*gradient)) : "none";
   }
@@ -253,6 +268,89 @@ class Writer {
       set(child, "stop-color", colorText({stop.red, stop.green, stop.blue, 1}));
       if (stop.alpha != 1) set(child, "stop-opacity", stop.alpha);
     }
+    return element;
+  }
+
+  [[nodiscard]] pugi::xml_node define(const Filter& filter) {
+    pugi::xml_node element = definition("filter");
+    set(element, "filterUnits", "userSpaceOnUse");
+    setRect(element, filter.region());
+    const auto steps = filter.steps();
+    // A step without a region inherits those of its inputs.
+    const bool hasRegions =
+        std::ranges::any_of(steps, [](const FilterStep& step) { return step.region.has_value(); });
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+      pugi::xml_node child = primitive(element, steps[i]);
+      if (hasRegions) setRect(child, steps[i].region.value_or(filter.region()));
+      if (!steps[i].linear) set(child, "color-interpolation-filters", "sRGB");
+      set(child, "result", "r" + std::to_string(i));
+    }
+    return element;
+  }
+
+  [[nodiscard]] static std::string nameOfInput(int input) {
+    if (input == FilterStep::kSource) return "SourceGraphic";
+    if (input == FilterStep::kSourceAlpha) return "SourceAlpha";
+    return input == FilterStep::kNothing ? "BackgroundImage" : "r" + std::to_string(input);
+  }
+
+  [[nodiscard]] static pugi::xml_node primitive(pugi::xml_node filter, const FilterStep& step) {
+    using enum FilterStep::Kind;
+    constexpr const char* kNames[] = {"feGaussianBlur", "feOffset",    "feFlood",
+                                      "feMerge",        "feBlend",     "feComposite",
+                                      "feColorMatrix",  "feMorphology"};
+    pugi::xml_node element = filter.append_child(kNames[static_cast<std::size_t>(step.kind)]);
+    const char* const inputs[] = {"in", "in2"};
+    for (std::size_t i = 0; i < step.inputs.size(); ++i) {
+      const bool isMerge = step.kind == merge;
+      set(isMerge ? element.append_child("feMergeNode") : element, inputs[isMerge ? 0 : i],
+          nameOfInput(step.inputs[i]));
+    }
+    const std::vector<double>& n = step.numbers;
+    if (step.kind == offset) {
+      set(element, "dx", n[0]);
+      set(element, "dy", n[1]);
+    } else if (step.kind == flood) {
+      set(element, "flood-color", colorText({n[0], n[1], n[2], 1}));
+      set(element, "flood-opacity", n[3]);
+    } else if (step.mode == "arithmetic") {
+      for (std::size_t k = 0; k < n.size(); ++k) set(element, kFactors[k], n[k]);
+    } else if (!n.empty()) {
+      set(element,
+          step.kind == blur         ? "stdDeviation"
+          : step.kind == morphology ? "radius"
+                                    : "values",
+          textOf(n));
+    }
+    if (!step.mode.empty()) set(element, step.kind == blend ? "mode" : "operator", step.mode);
+    return element;
+  }
+
+  [[nodiscard]] pugi::xml_node define(const Mask& mask) {
+    pugi::xml_node element = definition("mask");
+    set(element, "maskUnits", "userSpaceOnUse");
+    setRect(element, mask.region());
+    if (mask.kind() == Mask::Kind::alpha) set(element, "mask-type", "alpha");
+    const Node::Traits& traits = mask.traits();
+    if (traits.transform == tq::AffineTransformIdentity && traits.opacity == 1 && !traits.hidden &&
+        !traits.filter) {
+      writeContent(element, mask);
+    } else {  // these have no effect on a mask element
+      writeContent(element.append_child("g"), mask);
+    }
+    return element;
+  }
+
+  [[nodiscard]] pugi::xml_node define(const Pattern& pattern) {
+    pugi::xml_node element = definition("pattern");
+    const Node::Traits& traits = pattern.traits();
+    if (traits.name) set(element, "inkscape:label", printable(traits.name->view()));
+    set(element, "patternUnits", "userSpaceOnUse");
+    setRect(element, pattern.tile());
+    if (traits.transform != tq::AffineTransformIdentity) {
+      set(element, "patternTransform", textOf(traits.transform));
+    }
+    for (std::size_t i = 0; i < pattern.count(); ++i) write(element, pattern.child(i));
     return element;
   }
 

@@ -36,6 +36,8 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   }
   if (node.traits().opacity != 1) std::cout << "  opacity " << shortText(node.traits().opacity);
   if (node.traits().clip) std::cout << "  clipped";
+  if (node.traits().mask) std::cout << "  masked";
+  if (node.traits().filter) std::cout << "  filtered";
   if (node.traits().hidden) std::cout << "  hidden";
   if (group == nullptr) std::cout << "  sha1 " << digestOf(node);
   std::cout << '\n';
@@ -58,6 +60,8 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   if (node.traits().opacity != 1) record->setObject(jsonNumber(node.traits().opacity), "opacity");
   const auto flag = tq::Number::numberWith(tq::NumberValue(true));
   if (node.traits().clip) record->setObject(flag, "clipped");
+  if (node.traits().mask) record->setObject(flag, "masked");
+  if (node.traits().filter) record->setObject(flag, "filtered");
   if (node.traits().hidden) record->setObject(flag, "hidden");
   const auto* group = tq::objectCast<Group>(&node);
   if (group == nullptr) {

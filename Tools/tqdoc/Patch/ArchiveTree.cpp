@@ -44,7 +44,7 @@ tq::Ref<tq::Dictionary> ownTree(const Node& node) {
   const auto* group = tq::objectCast<Group>(&node);
   if (group == nullptr) return ownTree(*archiveTree(node));
   const auto tree = tq::MutableDictionary::dictionaryWithDictionary(
-      *archiveTree(*tq::makeRef<Group>(group->traits(), tq::Array::array())));
+      *archiveTree(*group->withChildren(tq::Array::array())));
   std::vector<tq::Ref<tq::Object>> labels;
   for (std::size_t i = 0; i < group->count(); ++i) {
     const Node& child = group->child(i);

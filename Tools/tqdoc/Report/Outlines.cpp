@@ -54,14 +54,18 @@ void Outlines::add(const Node& node, const tq::AffineTransform& parent) {
   }
   range.last = leaves_.size();
   ranges_.emplace(&node, range);
-  if (node.traits().clip) addClip(*node.traits().clip, range);
+  for (const auto* cover : {&node.traits().clip, &node.traits().mask}) {
+    if (*cover) addCover(**cover, range);
+  }
 }
 
-void Outlines::addClip(const Node& clip, Range clipped) {
-  ranges_.emplace(&clip, clipped);
-  if (clip.traits().clip) addClip(*clip.traits().clip, clipped);
-  if (const auto* group = tq::objectCast<Group>(&clip)) {
-    for (std::size_t i = 0; i < group->count(); ++i) addClip(group->child(i), clipped);
+void Outlines::addCover(const Node& cover, Range covered) {
+  ranges_.emplace(&cover, covered);
+  for (const auto* inner : {&cover.traits().clip, &cover.traits().mask}) {
+    if (*inner) addCover(**inner, covered);
+  }
+  if (const auto* group = tq::objectCast<Group>(&cover)) {
+    for (std::size_t i = 0; i < group->count(); ++i) addCover(group->child(i), covered);
   }
 }
 

@@ -28,8 +28,8 @@ class Outlines {
   /// @param toPixels  from the coordinates of the drawing
   Outlines(const Document& document, const tq::AffineTransform& toPixels);
 
-  /// Returns the outlines of all shapes in a node of the document; for a clip, those of the node
-  /// that it clips. No value if nothing is visible.
+  /// Returns the outlines of all shapes in a node of the document; for a clip or a mask, those of
+  /// the node that it covers. No value if nothing is visible.
   [[nodiscard]] std::optional<Outline> of(const Node& node) const;
 
  private:
@@ -42,7 +42,7 @@ class Outlines {
   };
 
   void add(const Node& node, const tq::AffineTransform& parent);
-  void addClip(const Node& clip, Range clipped);
+  void addCover(const Node& cover, Range covered);
 
   std::vector<Leaf> leaves_;
   std::unordered_map<const Node*, Range> ranges_;  // of leaves, for each visible node

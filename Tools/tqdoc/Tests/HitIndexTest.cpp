@@ -34,6 +34,8 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
       " stroke='blue' stroke-width='5'/></g>",
       "<clipPath id='c'><circle cx='60' cy='60' r='40'/></clipPath>"
       "<g clip-path='url(#c)'><rect x='0' y='50' width='120' height='30'/></g>",
+      "<mask id='m'><circle cx='60' cy='60' r='40' fill='white'/></mask>"
+      "<g mask='url(#m)'><rect x='0' y='50' width='120' height='30'/></g>",
   };
   for (const char* inside : insides) {
     SCOPED_TRACE(inside);

@@ -126,16 +126,17 @@ TEST(SvgReader, CountsIgnoredFeatures) {
       "<text>a<textPath>b</textPath></text><text style='writing-mode:tb'>b</text><path d='M0 0h1' "
       "filter='url(#f)' style='marker-end:url(#m)'/>"
       "<path d='M0 0h1 junk'/><foo:bar/><title>t</title><image href='a.png'/><use href='#no'/>"
-      "<pattern id='p'/><path d='M0 0h1' stroke='url(#p)' transform='turn(3)'/>"
+      "<mask id='p'/><path d='M0 0h1' stroke='url(#p)' transform='turn(3)'/>"
       "<image width='1' height='1' href='data:image/jpeg;base64,AAAA'/>");
   ASSERT_EQ(outcome.error, "");
   using testing::Pair;
-  EXPECT_THAT(outcome.drawing.leftOut,
-              testing::UnorderedElementsAre(
-                  Pair("<textPath>", 1u), Pair("writing-mode: tb", 1u), Pair("filter", 1u),
-                  Pair("marker-end", 1u), Pair("invalid d of path", 1u), Pair("external image", 1u),
-                  Pair("use without a target", 1u), Pair("paint by pattern", 1u),
-                  Pair("invalid transform of path", 1u), Pair("drawing of image/jpeg", 1u)));
+  EXPECT_THAT(
+      outcome.drawing.leftOut,
+      testing::UnorderedElementsAre(
+          Pair("<textPath>", 1u), Pair("writing-mode: tb", 1u), Pair("filter without a target", 1u),
+          Pair("marker-end", 1u), Pair("invalid d of path", 1u), Pair("external image", 1u),
+          Pair("use without a target", 1u), Pair("paint by mask", 1u),
+          Pair("invalid transform of path", 1u), Pair("drawing of image/jpeg", 1u)));
   EXPECT_EQ(outcome.drawing.document->unsupported().count(), 10u);
   EXPECT_EQ(outcome.drawing.document->title(), "t");
 }
@@ -187,6 +188,10 @@ TEST(SvgReaderFault, ReportsHostileDrawingsWithThePosition) {
       {"use of itself", "<svg><use id='a' href='#a'/></svg>", "a.svg:1:", "#a"},
       {"circle of two", "<svg><g id='a'><use href='#b'/></g><g id='b'><use href='#a'/></g></svg>",
        "a.svg:1:", "circular"},
+      {"pattern of itself",
+       "<svg><pattern id='c' width='1' height='1'><path d='M0 0h9v9' fill='url(#c)'/></pattern>"
+       "<path d='M0 0h9v9' fill='url(#c)'/></svg>",
+       "a.svg:1:", "#c"},
       {"clip by itself",
        "<svg><clipPath id='c'><path d='M0 0' clip-path='url(#c)'/></clipPath>"
        "<path d='M0 0' clip-path='url(#c)'/></svg>",
