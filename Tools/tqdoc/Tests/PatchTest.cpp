@@ -113,12 +113,11 @@ class RandomDrawing {
 
   /// Equal nodes are sometimes one object, as in archives that share them.
   [[nodiscard]] tq::Ref<Node> nodeOf(const Sketch& sketch) {
-    Node::Traits traits{
-        sketch.name == 0 ? nullptr : tq::String::of("n" + std::to_string(sketch.name)),
-        {1, 0, 0, 1, sketch.look / 3.0, 0},
-        sketch.look % 2 == 0 ? 1 : 0.5,
-        sketch.look % 5 == 4,
-        nullptr};
+    Node::Traits traits;
+    if (sketch.name != 0) traits.name = tq::String::of("n" + std::to_string(sketch.name));
+    traits.transform = {1, 0, 0, 1, sketch.look / 3.0, 0};
+    if (sketch.look % 2 != 0) traits.opacity = 0.5;
+    traits.hidden = sketch.look % 5 == 4;
     if (sketch.look % 3 == 2) traits.clip = nodeOf({sketch.look % 2 == 0, 0, 0, sketch.shape, {}});
     if (sketch.isGroup) {
       std::vector<tq::Ref<tq::Object>> children;
