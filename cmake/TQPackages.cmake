@@ -22,6 +22,20 @@ get_target_property(library_dir TQFoundation BINARY_DIR)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${library_dir}")
 set(runtime_package "libtqfoundation${TQ_SERIES}")
 
+# It does not see the libraries that are loaded at their first use.
+get_property(lazy_libraries GLOBAL PROPERTY TQ_LAZY_LIBRARIES)
+set(lazy_packages "")
+foreach(library IN LISTS lazy_libraries)
+  string(REPLACE "|" ";" library "${library}")
+  list(GET library 0 file)
+  list(GET library 1 version)
+  execute_process(COMMAND dpkg-query --search "${file}" OUTPUT_VARIABLE owner ERROR_QUIET)
+  if(owner MATCHES "^([^: ]+):")
+    list(APPEND lazy_packages "${CMAKE_MATCH_1} (>= ${version})")
+  endif()
+endforeach()
+list(JOIN lazy_packages ", " CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS)
+
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${runtime_package}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 file(CONFIGURE OUTPUT debian/shlibs CONTENT

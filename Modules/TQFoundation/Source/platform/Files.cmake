@@ -88,6 +88,7 @@ tq_room(platform
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONShape.cpp json/JSONShape.h
   json/JSONText.cpp json/JSONText.h
+  libraries/LazyLibrary.cpp libraries/LazyLibrary.h
   loops/DescriptorSource.cpp loops/DescriptorSource.h
   memory/AddressRange.cpp memory/AddressRange.h
   threads/MonitorCount.h

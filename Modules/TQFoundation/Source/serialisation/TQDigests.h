@@ -12,7 +12,7 @@
 
 namespace tq {
 
-/// Returns the digest, 20 bytes; null only if the system forbids SHA-1.
+/// Returns the digest, 20 bytes; null if the system forbids SHA-1 or lacks memory or libcrypto.
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1Data_tq(std::span<const std::byte> bytes);
 [[nodiscard]] TQ_EXPORT Ref<Data> sha1Data_tq(const Data& data);
 

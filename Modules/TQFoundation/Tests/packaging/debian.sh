@@ -27,7 +27,7 @@ for deb in "$debs"/libtqfoundation-dev_*.deb "$debs"/tqdoc_*.deb; do
   [ ! -e "$deb" ] || dpkg-deb -f "$deb" Depends | grep -qF "libtqfoundation$TQ_SERIES (= $version)" ||
     fail "$deb does not depend on this version of the library"
 done
-for library in libc6 libstdc++6 libicu libsimdjson libsqlite3 libglib2.0; do
+for library in libc6 libstdc++6 libicu libsimdjson libsqlite3 libglib2.0 libcurl4 libsecret-1-0 libssl3; do
   dpkg-deb -f "$debs/libtqfoundation${TQ_SERIES}"_*.deb Depends | grep -qF "$library" ||
     fail "the library's package does not depend on $library"
 done

@@ -31,6 +31,10 @@ tq_add_room_tests(TQPlatformFault
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverFaultTest.cpp)
 tq_add_room_tests(TQFilesFault
   ${CMAKE_CURRENT_LIST_DIR}/files/FilesFaultTest.cpp)
+# Alone, because other tests link libraries that this one expects not to be loaded.
+tq_add_room_tests(TQLazyLibraries
+  ${CMAKE_CURRENT_LIST_DIR}/libraries/LazyLibrariesTest.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/Source/platform/libraries/LazyLibrary.cpp)
 include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
 
 # Services of the system. Some tests make its writes fail, or access the database directly.

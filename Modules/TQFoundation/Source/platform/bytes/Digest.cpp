@@ -5,28 +5,58 @@
 #include <unistd.h>
 
 #include <memory>
+#include <new>
+#include <string>
 #include <vector>
 
 #include <TQFoundation/platform/files/FileError.h>
 #include <TQFoundation/platform/files/RegularFile.h>
+#include <TQFoundation/platform/libraries/LazyLibrary.h>
+#include <TQFoundation/platform/log/LogChannel.h>
 
 namespace tq {
 namespace {
 
-/// The algorithm is looked up once: this costs more than the digest of a short buffer.
-const EVP_MD* sha1Algorithm() noexcept {
-  static const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA1", nullptr);
-  return algorithm;
+/// The functions of libcrypto, and the algorithm, which is looked up once: this costs more than the
+/// digest of a short buffer.
+struct Crypto : detail::LazyLibrary {
+  Crypto() : LazyLibrary(TQ_LIBCRYPTO) {
+    if (failure().empty()) sha1 = EVP_MD_fetch(nullptr, "SHA1", nullptr);
+  }
+  TQ_LAZY_FUNCTION(EVP_Digest);
+  TQ_LAZY_FUNCTION(EVP_DigestFinal_ex);
+  TQ_LAZY_FUNCTION(EVP_DigestInit_ex2);
+  TQ_LAZY_FUNCTION(EVP_DigestUpdate);
+  TQ_LAZY_FUNCTION(EVP_MD_CTX_free);
+  TQ_LAZY_FUNCTION(EVP_MD_CTX_new);
+  TQ_LAZY_FUNCTION(EVP_MD_fetch);
+
+  const EVP_MD* sha1 = nullptr;
+};
+
+/// Loads libcrypto. @return null, after a line in the log, if that fails
+const Crypto* cryptoOrLog() {
+  std::string reason;
+  const Crypto* const crypto = detail::lazyLibrary<Crypto>(reason);
+  if (crypto == nullptr) {
+    LogChannel::channel("com.korvan.platform", "digests").log(LogLevel::error, reason);
+  }
+  return crypto;
 }
 
 }  // namespace
 
 std::optional<SHA1Digest> sha1Digest(std::span<const std::byte> bytes) noexcept {
-  const EVP_MD* const algorithm = sha1Algorithm();
+  const Crypto* crypto = nullptr;
+  try {
+    crypto = cryptoOrLog();
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
+  }
   SHA1Digest digest;
   auto* const out = reinterpret_cast<unsigned char*>(digest.data());
-  if (algorithm == nullptr ||
-      EVP_Digest(bytes.data(), bytes.size(), out, nullptr, algorithm, nullptr) != 1) {
+  if (crypto == nullptr || crypto->sha1 == nullptr ||
+      crypto->EVP_Digest(bytes.data(), bytes.size(), out, nullptr, crypto->sha1, nullptr) != 1) {
     return std::nullopt;
   }
   return digest;
@@ -37,11 +67,16 @@ std::optional<SHA1Digest> sha1DigestOfFile(const URL& url, Ref<Error>* error) {
   std::size_t size = 0;
   const Ref<FileHandle> file = detail::openRegularFile(url, size, error);
   if (file == nullptr) return std::nullopt;
-  const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(EVP_MD_CTX_new(),
-                                                                   EVP_MD_CTX_free);
-  const EVP_MD* const algorithm = sha1Algorithm();
-  bool isWhole = context != nullptr && algorithm != nullptr &&
-                 EVP_DigestInit_ex2(context.get(), algorithm, nullptr) == 1;
+  std::string reason;
+  const Crypto* const crypto = detail::lazyLibrary<Crypto>(reason);
+  if (crypto == nullptr) {
+    setOutError(error, detail::fileError(detail::FileUse::reading, url, ELIBACC, reason));
+    return std::nullopt;
+  }
+  const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(crypto->EVP_MD_CTX_new(),
+                                                                   crypto->EVP_MD_CTX_free);
+  bool isWhole = context != nullptr && crypto->sha1 != nullptr &&
+                 crypto->EVP_DigestInit_ex2(context.get(), crypto->sha1, nullptr) == 1;
   int failure = isWhole ? 0 : ENOTSUP;
   std::vector<std::byte> piece(kPiece);
   while (isWhole) {
@@ -49,12 +84,12 @@ std::optional<SHA1Digest> sha1DigestOfFile(const URL& url, Ref<Error>* error) {
     if (count < 0 && errno == EINTR) continue;
     if (count == 0) break;
     failure = count < 0 ? errno : 0;
-    isWhole = count > 0 &&
-              EVP_DigestUpdate(context.get(), piece.data(), static_cast<std::size_t>(count)) == 1;
+    isWhole = count > 0 && crypto->EVP_DigestUpdate(context.get(), piece.data(),
+                                                    static_cast<std::size_t>(count)) == 1;
   }
   SHA1Digest digest;
   auto* const out = reinterpret_cast<unsigned char*>(digest.data());
-  if (!isWhole || EVP_DigestFinal_ex(context.get(), out, nullptr) != 1) {
+  if (!isWhole || crypto->EVP_DigestFinal_ex(context.get(), out, nullptr) != 1) {
     setOutError(error,
                 detail::fileError(detail::FileUse::reading, url, failure != 0 ? failure : ENOTSUP));
     return std::nullopt;

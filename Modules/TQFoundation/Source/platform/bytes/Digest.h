@@ -17,8 +17,9 @@ namespace tq {
 /// The bytes of the digest, in order.
 using SHA1Digest = std::array<std::byte, 20>;
 
-/// Returns the SHA-1 (FIPS 180-4) of the bytes; nullopt if the system forbids the algorithm or is
-/// out of memory. Any thread.
+/// Returns the SHA-1 (FIPS 180-4) of the bytes. The first digest loads libcrypto. Any thread.
+/// @return nullopt if the system forbids the algorithm or is out of memory, or if libcrypto cannot
+///         be loaded; the log then says why
 [[nodiscard]] TQ_EXPORT std::optional<SHA1Digest> sha1Digest(
     std::span<const std::byte> bytes) noexcept;
 

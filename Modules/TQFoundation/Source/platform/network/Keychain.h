@@ -17,7 +17,7 @@ namespace tq {
 inline constexpr std::string_view KeychainErrorDomain = "com.korvan.Keychain";
 /// Codes of KeychainErrorDomain.
 enum class KeychainErrorCode : std::int64_t {
-  noService = 1,  ///< no keychain service runs in this session
+  noService = 1,  ///< no keychain service runs in this session, or libsecret cannot be loaded
   refused = 2,    ///< locked, cancelled by the user, or another failure of the service
   badText = 3,    ///< the service or the account is not UTF-8, or contains a NUL
 };

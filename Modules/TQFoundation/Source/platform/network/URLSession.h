@@ -123,7 +123,8 @@ struct URLSessionTaskHandler {
 
 /// A request of a session. Suspended until resume() is called.
 ///
-/// If there is no memory for the task, or no thread for its session, it ends with URLErrorUnknown.
+/// If there is no memory for the task, or no thread for its session, or if libcurl, which the first
+/// session of the process loads, was missing, it ends with URLErrorUnknown.
 /// If it could not be passed to the session's thread, resume() or cancel() calls didComplete.
 ///
 /// Threads:  any.

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <new>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
 
+#include <TQFoundation/platform/libraries/LazyLibrary.h>
 #include <TQFoundation/platform/network/detail/URLSessionEngine.h>
 #include <TQFoundation/platform/network/detail/URLTransfer.h>
 
@@ -17,37 +19,75 @@
 namespace tq {
 namespace {
 
-void prepareLibrary() {
-  static const bool isPrepared = [] {
+struct LibCrypto : detail::LazyLibrary {
+  LibCrypto() : LazyLibrary(TQ_LIBCRYPTO) {}
+  TQ_LAZY_FUNCTION(OPENSSL_init_crypto);
+};
+
+/// The functions for sessions. URLTransfer.cpp has those for transfers.
+struct LibCurl : detail::LazyLibrary {
+  LibCurl() : LazyLibrary(TQ_LIBCURL) {}
+  TQ_LAZY_FUNCTION(curl_global_init);
+  TQ_LAZY_FUNCTION(curl_multi_add_handle);
+  TQ_LAZY_FUNCTION(curl_multi_cleanup);
+  TQ_LAZY_FUNCTION(curl_multi_info_read);
+  TQ_LAZY_FUNCTION(curl_multi_init);
+  TQ_LAZY_FUNCTION(curl_multi_perform);
+  TQ_LAZY_FUNCTION(curl_multi_poll);
+  TQ_LAZY_FUNCTION(curl_multi_remove_handle);
+  TQ_LAZY_FUNCTION(curl_multi_setopt);
+  TQ_LAZY_FUNCTION(curl_multi_wakeup);
+  TQ_LAZY_FUNCTION(curl_share_cleanup);
+  TQ_LAZY_FUNCTION(curl_share_init);
+  TQ_LAZY_FUNCTION(curl_share_setopt);
+};
+
+/// Loads libcurl, and sets it up once. @return null, with the reason, if it cannot be loaded
+const LibCurl* loadedLibCurl(std::string& reason) {
+  const LibCurl* const libcurl = detail::lazyLibrary<LibCurl>(reason);
+  if (libcurl == nullptr || !URLTransfer::loadLibrary(reason)) return nullptr;
+  const LibCrypto* const libcrypto = detail::lazyLibrary<LibCrypto>(reason);
+  if (libcrypto == nullptr) return nullptr;
+  static const bool isPrepared = [&] {
     // Sessions may exist when the process exits, so OpenSSL must not be shut down then.
-    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+    libcrypto->OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     static_cast<void>(detail::exhaustedError());
-    return curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+    return libcurl->curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
   }();
   if (!isPrepared) throw std::bad_alloc();
+  return libcurl;
 }
 
 }  // namespace
 
 struct URLSession::Engine::Library {
   Library() {
-    prepareLibrary();
-    multi = curl_multi_init();
-    cookies = curl_share_init();
+    std::string reason;
+    curl = loadedLibCurl(reason);
+    if (curl == nullptr) {
+      missing = detail::urlError(URLErrorUnknown, {}, reason);
+      return;
+    }
+    multi = curl->curl_multi_init();
+    cookies = curl->curl_share_init();
     if (multi == nullptr || cookies == nullptr) {
       release();
       throw std::bad_alloc();
     }
-    curl_share_setopt(cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
-    canWake = curl_multi_wakeup(multi) == CURLM_OK;
+    curl->curl_share_setopt(cookies, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
+    canWake = curl->curl_multi_wakeup(multi) == CURLM_OK;
   }
-  ~Library() { release(); }
+  ~Library() {
+    if (curl != nullptr) release();
+  }
 
   void release() noexcept {
-    curl_multi_cleanup(multi);
-    curl_share_cleanup(cookies);
+    curl->curl_multi_cleanup(multi);
+    curl->curl_share_cleanup(cookies);
   }
 
+  const LibCurl* curl = nullptr;
+  Ref<Error> missing;  // the error of every task if `curl` is null
   CURLM* multi = nullptr;
   CURLSH* cookies = nullptr;
   bool canWake = false;  // it had a descriptor for it
@@ -55,27 +95,29 @@ struct URLSession::Engine::Library {
 
 URLSession::Engine::Engine(const URLSessionConfiguration& configuration)
     : configuration_(configuration), library_(std::make_unique<Library>()) {
-  curl_multi_setopt(library_->multi, CURLMOPT_MAX_HOST_CONNECTIONS,
-                    static_cast<long>(configuration.HTTPMaximumConnectionsPerHost));
+  if (library_->missing != nullptr) return;
+  library_->curl->curl_multi_setopt(library_->multi, CURLMOPT_MAX_HOST_CONNECTIONS,
+                                    static_cast<long>(configuration.HTTPMaximumConnectionsPerHost));
 }
 
 URLSession::Engine::~Engine() = default;
 
 void URLSession::Engine::submit(Ref<URLSessionDataTask> task) noexcept {
+  if (library_->missing != nullptr) return URLTransfer::refuse(*task, library_->missing);
   try {
     const Locked guard(lock_);
     if (!isRunning_) std::thread([this] { run(); }).detach();
     isRunning_ = true;
     submitted_.push_back(task);
   } catch (const std::bad_alloc&) {
-    return URLTransfer::completeExhausted(*task);
+    return URLTransfer::refuse(*task, detail::exhaustedError());
   } catch (const std::system_error&) {  // no thread
-    return URLTransfer::completeExhausted(*task);
+    return URLTransfer::refuse(*task, detail::exhaustedError());
   }
   wake();
 }
 
-void URLSession::Engine::wake() noexcept { curl_multi_wakeup(library_->multi); }
+void URLSession::Engine::wake() noexcept { library_->curl->curl_multi_wakeup(library_->multi); }
 
 void URLSession::Engine::close() noexcept {
   {
@@ -109,10 +151,10 @@ void URLSession::Engine::run() noexcept {
     // checked.
     const Clock::time_point now = Clock::now();
     int running = 0;
-    curl_multi_perform(library_->multi, &running);
+    library_->curl->curl_multi_perform(library_->multi, &running);
     finishEnded();
     finishCancelledAndLate(now);
-    curl_multi_poll(library_->multi, nullptr, 0, pollTimeout(), nullptr);
+    library_->curl->curl_multi_poll(library_->multi, nullptr, 0, pollTimeout(), nullptr);
   }
   delete this;
 }
@@ -124,14 +166,16 @@ void URLSession::Engine::begin(const Ref<URLSessionDataTask>& task) noexcept {
     transfers_.push_back(std::make_unique<URLTransfer>(task, configuration_,
                                                        wantsCookies ? library_->cookies : nullptr));
   } catch (const std::bad_alloc&) {
-    return URLTransfer::completeExhausted(*task);
+    return URLTransfer::refuse(*task, detail::exhaustedError());
   }
   URLTransfer& transfer = *transfers_.back();
   std::int64_t code = URLErrorBadURL;
   if (transfer.handle() != nullptr) {
     code = transfer.isCancelled() ? URLErrorCancelled : URLErrorUnknown;
     const bool isWanted = code == URLErrorUnknown;
-    if (isWanted && curl_multi_add_handle(library_->multi, transfer.handle()) == CURLM_OK) return;
+    if (isWanted &&
+        library_->curl->curl_multi_add_handle(library_->multi, transfer.handle()) == CURLM_OK)
+      return;
   }
   const std::unique_ptr<URLTransfer> ended = std::move(transfers_.back());
   transfers_.pop_back();
@@ -140,14 +184,15 @@ void URLSession::Engine::begin(const Ref<URLSessionDataTask>& task) noexcept {
 
 void URLSession::Engine::finishEnded() {
   int left = 0;
-  while (const CURLMsg* const message = curl_multi_info_read(library_->multi, &left)) {
+  while (const CURLMsg* const message =
+             library_->curl->curl_multi_info_read(library_->multi, &left)) {
     if (message->msg != CURLMSG_DONE) continue;
     CURL* const handle = message->easy_handle;
     const CURLcode result = message->data.result;
     const auto ended = std::ranges::find(transfers_, handle, &URLTransfer::handle);
     const std::unique_ptr<URLTransfer> transfer = std::move(*ended);
     transfers_.erase(ended);
-    curl_multi_remove_handle(library_->multi, handle);
+    library_->curl->curl_multi_remove_handle(library_->multi, handle);
     transfer->completeWithResult(result);
   }
 }
@@ -160,7 +205,7 @@ void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
     }
     const std::unique_ptr<URLTransfer> ending = std::move(*each);
     each = transfers_.erase(each);
-    curl_multi_remove_handle(library_->multi, ending->handle());
+    library_->curl->curl_multi_remove_handle(library_->multi, ending->handle());
     ending->completeWithError(ending->isCancelled() ? URLErrorCancelled : URLErrorTimedOut);
   }
 }

@@ -9,11 +9,26 @@
 
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/String.h>
+#include <TQFoundation/platform/libraries/LazyLibrary.h>
 #include <TQFoundation/platform/network/detail/URLSessionEngine.h>
 #include <TQFoundation/platform/network/detail/URLTransfer.h>
 
 namespace tq {
 namespace {
+
+/// The functions for transfers.
+struct LibCurl : detail::LazyLibrary {
+  LibCurl() : LazyLibrary(TQ_LIBCURL) {}
+  TQ_LAZY_FUNCTION(curl_easy_cleanup);
+  TQ_LAZY_FUNCTION(curl_easy_getinfo);
+  TQ_LAZY_FUNCTION(curl_easy_header);
+  TQ_LAZY_FUNCTION(curl_easy_init);
+  TQ_LAZY_FUNCTION(curl_easy_nextheader);
+  TQ_LAZY_FUNCTION(curl_easy_setopt);
+  TQ_LAZY_FUNCTION(curl_easy_strerror);
+  TQ_LAZY_FUNCTION(curl_slist_append);
+  TQ_LAZY_FUNCTION(curl_slist_free_all);
+};
 
 std::int64_t errorCodeOf(CURLcode result) noexcept {
   switch (result) {
@@ -171,16 +186,27 @@ const Ref<Error>& detail::exhaustedError() {
   return error;
 }
 
+bool URLTransfer::loadLibrary(std::string& reason) {
+  return detail::lazyLibrary<LibCurl>(reason) != nullptr;
+}
+
 struct URLTransfer::Library {
+  explicit Library(std::string reason = {}) : curl(*detail::lazyLibrary<LibCurl>(reason)) {}
   ~Library() {
-    curl_easy_cleanup(easy);
-    curl_slist_free_all(headers);
+    curl.curl_easy_cleanup(easy);
+    curl.curl_slist_free_all(headers);
   }
   template <class Value>
   void set(CURLoption option, Value value) {
-    curl_easy_setopt(easy, option, value);
+    curl.curl_easy_setopt(easy, option, value);
+  }
+  void addHeader(const char* line) {
+    curl_slist* const longer = curl.curl_slist_append(headers, line);
+    if (longer == nullptr) throw std::bad_alloc();
+    headers = longer;
   }
 
+  const LibCurl& curl;
   CURL* easy = nullptr;
   curl_slist* headers = nullptr;
   std::array<char, CURL_ERROR_SIZE> message{};
@@ -202,12 +228,12 @@ URLTransfer::URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfigura
     ownError_ = URLErrorBadURL;
     return;
   }
-  library_->easy = curl_easy_init();
+  library_->easy = library_->curl.curl_easy_init();
   if (library_->easy == nullptr) throw std::bad_alloc();
   prepare(configuration, cookies);
   if (!prepareHeaders(configuration.HTTPAdditionalHeaders)) {
     ownError_ = URLErrorBadURL;
-    curl_easy_cleanup(std::exchange(library_->easy, nullptr));
+    library_->curl.curl_easy_cleanup(std::exchange(library_->easy, nullptr));
   }
 }
 
@@ -284,9 +310,7 @@ bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unle
     const std::string_view text = trimmed(value);
     std::string line = name;
     text.empty() ? line.append(";") : line.append(": ").append(text);
-    curl_slist* const longer = curl_slist_append(library_->headers, line.c_str());
-    if (longer == nullptr) throw std::bad_alloc();
-    library_->headers = longer;
+    library_->addHeader(line.c_str());
   }
   return true;
 }
@@ -294,11 +318,8 @@ bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unle
 bool URLTransfer::prepareHeaders(const HTTPHeaders& additional) {
   const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
   if (!addHeaders(own, nullptr) || !addHeaders(additional, &own)) return false;
-  if (!holds(own, "Expect")) {  // without a value the header is not sent, so nothing waits
-    curl_slist* const longer = curl_slist_append(library_->headers, "Expect:");
-    if (longer == nullptr) throw std::bad_alloc();
-    library_->headers = longer;
-  }
+  // Without a value the header is not sent, so nothing waits.
+  if (!holds(own, "Expect")) library_->addHeader("Expect:");
   library_->set(CURLOPT_HTTPHEADER, library_->headers);
   return true;
 }
@@ -354,9 +375,10 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
 bool URLTransfer::headersEnded() {
   curl_header* location = nullptr;
   const long code = statusCode();
-  const bool isRedirect = code >= 300 && code < 400 &&
-                          curl_easy_header(library_->easy, "Location", 0, CURLH_HEADER,
-                                           kLastResponse, &location) == CURLHE_OK;
+  const bool isRedirect =
+      code >= 300 && code < 400 &&
+      library_->curl.curl_easy_header(library_->easy, "Location", 0, CURLH_HEADER, kLastResponse,
+                                      &location) == CURLHE_OK;
   // "See other" requests a GET for any method (RFC 9110, 15.4.4).
   constexpr long kSeeOther = 303;
   if (isRedirect && code == kSeeOther) {
@@ -367,19 +389,19 @@ bool URLTransfer::headersEnded() {
 
 long URLTransfer::statusCode() const {
   long code = 0;
-  curl_easy_getinfo(library_->easy, CURLINFO_RESPONSE_CODE, &code);
+  library_->curl.curl_easy_getinfo(library_->easy, CURLINFO_RESPONSE_CODE, &code);
   return code;
 }
 
 void URLTransfer::readResponse() {
   if (const char* url = nullptr;
-      curl_easy_getinfo(library_->easy, CURLINFO_EFFECTIVE_URL, &url) == CURLE_OK &&
+      library_->curl.curl_easy_getinfo(library_->easy, CURLINFO_EFFECTIVE_URL, &url) == CURLE_OK &&
       url != nullptr) {
     response_.url = url;
   }
   response_.statusCode = static_cast<int>(statusCode());
-  for (curl_header* header = nullptr;
-       (header = curl_easy_nextheader(library_->easy, CURLH_HEADER, kLastResponse, header));) {
+  for (curl_header* header = nullptr; (header = library_->curl.curl_easy_nextheader(
+                                           library_->easy, CURLH_HEADER, kLastResponse, header));) {
     response_.allHeaderFields.emplace_back(header->name, header->value);
   }
   // libcurl sets its own length only after it has handled the last header line.
@@ -468,7 +490,8 @@ Ref<Error> URLTransfer::errorOf(int result) {
   }
   if (code != CURLE_OK) {
     return detail::urlError(ownError_.value_or(errorCodeOf(code)),
-                            *message != '\0' ? message : curl_easy_strerror(code), ownSentence_);
+                            *message != '\0' ? message : library_->curl.curl_easy_strerror(code),
+                            ownSentence_);
   }
   const bool isTold = isResponseTold_ || tellResponse();
   if (isTold && hasTruncatedCoding()) {
@@ -519,10 +542,10 @@ void URLTransfer::complete(Ref<Error> error) noexcept {
   if (last.didComplete) last.didComplete(*task_, response_, std::move(error));
 }
 
-void URLTransfer::completeExhausted(URLSessionDataTask& task) noexcept {
+void URLTransfer::refuse(URLSessionDataTask& task, Ref<Error> error) noexcept {
   task.state_ = URLSessionDataTask::State::completed;
   const auto last = std::exchange(task.handler_, {});
-  if (last.didComplete) last.didComplete(task, {}, detail::exhaustedError());
+  if (last.didComplete) last.didComplete(task, {}, std::move(error));
 }
 
 }  // namespace tq

@@ -35,7 +35,7 @@ class URLSession::Engine {
   ~Engine();
 
   /// Passes the task to the thread, which starts it, or completes it if it is cancelled. Completes
-  /// it with exhaustedError() if there is no thread or no memory.
+  /// it here with an error if there is no thread, no memory or no libcurl.
   void submit(Ref<URLSessionDataTask> task) noexcept;
   /// Makes the thread check for cancelled tasks.
   void wake() noexcept;

@@ -20,6 +20,10 @@ class URLTransfer {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
+  /// Loads the functions of libcurl; must have succeeded before a transfer is made. Any thread.
+  /// @return false, with the reason, if they cannot be loaded
+  [[nodiscard]] static bool loadLibrary(std::string& reason);
+
   /// @param cookies  libcurl's store of the session's cookies; null: no cookies
   URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfiguration& configuration,
               void* cookies);
@@ -36,8 +40,8 @@ class URLTransfer {
   /// Reports the end of the task to the handler. @param result  a CURLcode
   void completeWithResult(int result) noexcept;
   void completeWithError(std::int64_t code) noexcept;
-  /// The same with exhaustedError(), for a task that has no transfer. Any thread.
-  static void completeExhausted(URLSessionDataTask& task) noexcept;
+  /// The same, for a task that has no transfer. Any thread.
+  static void refuse(URLSessionDataTask& task, Ref<Error> error) noexcept;
 
  private:
   struct Library;
