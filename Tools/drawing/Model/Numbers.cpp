@@ -1,16 +1,13 @@
 #include "Model/Numbers.h"
 
 #include <array>
-#include <charconv>
 
 namespace tqdoc {
 
 double archivable(double value) noexcept {
   std::array<char, tq::kNumberTextCapacity> text;
   const char* const end = tq::writeDouble16(text.data(), tq::TQJSONClampedDouble(value));
-  double result = 0;
-  std::from_chars(text.data(), end, result);
-  return result;
+  return tq::scanDouble(text.data(), end).value;
 }
 
 tq::Point archivable(tq::Point point) noexcept {

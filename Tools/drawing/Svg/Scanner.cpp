@@ -1,9 +1,8 @@
 #include "Svg/Scanner.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <system_error>
+
+#include <TQFoundation/objects/String.h>
 
 namespace tqdoc {
 
@@ -56,26 +55,10 @@ std::string_view Scanner::takeName() noexcept {
 }
 
 std::optional<double> Scanner::takeNumber() noexcept {
-  const char* begin = rest_.data();
-  const char* const end = begin + rest_.size();
-  const bool negative = peek() == '-';
-  if (peek() == '+' || negative) ++begin;
-  if (begin == end || !(isDigit(*begin) || *begin == '.')) return std::nullopt;  // "inf", "nan"
-  double value = 0;
-  const auto [after, fault] = std::from_chars(begin, end, value);
-  if (fault == std::errc::invalid_argument) return std::nullopt;
-  if (fault == std::errc::result_out_of_range) {
-    // Out of range. The sign of the exponent, or else the first digit, distinguishes too large from
-    // too small.
-    const std::string_view text(begin, static_cast<std::size_t>(after - begin));
-    const std::size_t exponent = text.find_first_of("eE");
-    const bool tiny = exponent != text.npos ? text.find('-', exponent) != text.npos
-                                            : text.find_first_not_of('0') == text.find('.');
-    value = tiny ? 0 : kNumberLimit;
-  }
-  rest_.remove_prefix(static_cast<std::size_t>(after - rest_.data()));
-  value = std::min(value, kNumberLimit);
-  return negative ? -value : value;
+  const auto [value, end] = tq::scanDouble(rest_.data(), rest_.data() + rest_.size());
+  if (end == rest_.data()) return std::nullopt;
+  rest_.remove_prefix(static_cast<std::size_t>(end - rest_.data()));
+  return std::clamp(value, -kNumberLimit, kNumberLimit);
 }
 
 std::optional<bool> Scanner::takeFlag() noexcept {

@@ -9,4 +9,4 @@ tq_room(base
   TQMemory.h
   TQThreadSafety.h
   INTERNAL
-  MakeRoom.h)
+  MakeRoom.h ThreadCancellation.h)

@@ -1,9 +1,15 @@
 #include <TQFoundation/objects/String.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string>
+#include <system_error>
 
 #include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/objects/Exception.h>
@@ -164,6 +170,20 @@ double outOfRange(const char* begin, const char* end) noexcept {
   return magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0;
 }
 
+/// Reads all of the text, a decimal, as std::from_chars does. libc++ has that function for integers
+/// only; there, a long text is copied to the heap.
+std::errc readDecimal(const char* begin, const char* end, double& value) {
+#ifdef __cpp_lib_to_chars
+  return std::from_chars(begin, end, value).ec;
+#else
+  static const locale_t kPlain = newlocale(LC_ALL_MASK, "C", nullptr);
+  errno = 0;
+  value = strtod_l(std::string(begin, end).c_str(), nullptr, kPlain);
+  const bool isOutside = errno == ERANGE && (value == 0 || std::isinf(value));
+  return isOutside ? std::errc::result_out_of_range : std::errc();
+#endif
+}
+
 }  // namespace
 
 std::int64_t lenientInteger(std::string_view text) noexcept {
@@ -191,7 +211,7 @@ ScannedDouble scanDouble(const char* begin, const char* end) noexcept {
   const bool negative = *begin == '-';
   const char* digits = begin + (negative || *begin == '+' ? 1 : 0);
   double value = 0;
-  if (std::from_chars(digits, last, value).ec == std::errc::result_out_of_range) {
+  if (readDecimal(digits, last, value) == std::errc::result_out_of_range) {
     value = outOfRange(digits, last);
   }
   return {negative ? -value : value, last};

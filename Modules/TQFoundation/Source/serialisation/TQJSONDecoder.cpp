@@ -1,7 +1,5 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <charconv>
 #include <exception>
@@ -9,6 +7,7 @@
 #include <new>
 #include <optional>
 
+#include <TQFoundation/base/ThreadCancellation.h>
 #include <TQFoundation/objects/GeometryText.h>
 #include <TQFoundation/objects/String.h>
 #include <TQFoundation/platform/files/FileReading.h>
@@ -117,7 +116,7 @@ Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
   };
   try {
     object = walk_->decodeRoot();
-  } catch (const abi::__forced_unwind&) {
+  } catch (const ThreadCancellation&) {
     throw;  // thread cancellation
   } catch (const std::bad_alloc&) {
     throw;

@@ -1,7 +1,5 @@
 #include <TQFoundation/serialisation/TQJSONEncoder.h>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -11,6 +9,7 @@
 
 #include <TQFoundation/base/NumberText.h>
 #include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/base/ThreadCancellation.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/platform/files/FileServices.h>
@@ -95,7 +94,7 @@ bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   if (!error_) {
     try {
       encodeObject(object);
-    } catch (const abi::__forced_unwind&) {
+    } catch (const ThreadCancellation&) {
       throw;  // thread cancellation
     } catch (const std::exception& exception) {
       setError(TQJSONEncoderError, 0, exception.what());

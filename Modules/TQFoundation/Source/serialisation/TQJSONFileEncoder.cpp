@@ -1,11 +1,11 @@
 #include <TQFoundation/serialisation/TQJSONFileEncoder.h>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <new>
 #include <string>
 #include <utility>
+
+#include <TQFoundation/base/ThreadCancellation.h>
 
 namespace tq {
 
@@ -60,7 +60,7 @@ bool TQJSONFileEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   if (wasUsed) return encoded;  // the buffer still has the end of the first archive
   try {
     finishWriting();
-  } catch (const abi::__forced_unwind&) {
+  } catch (const ThreadCancellation&) {
     throw;  // thread cancellation
   } catch (const std::exception& exception) {
     setError(TQJSONFileEncoderError, 1, exception.what());

@@ -1,13 +1,12 @@
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <exception>
 #include <new>
 #include <optional>
 #include <utility>
 
+#include <TQFoundation/base/ThreadCancellation.h>
 #include <TQFoundation/objects/Construction.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Dictionary.h>
@@ -428,7 +427,7 @@ Ref<Object> KeyedUnarchiver::unarchiveRootObject(std::span<const std::byte> arch
     return root;
   } catch (const std::bad_alloc&) {
     throw;
-  } catch (const abi::__forced_unwind&) {
+  } catch (const ThreadCancellation&) {
     throw;  // the thread is being cancelled
   } catch (...) {
     return nullptr;
