@@ -81,8 +81,8 @@ class MatchFinder {
       if (set.values[i] != key.value) continue;
       const std::uint32_t distance = static_cast<std::uint32_t>(place) - set.places[i];
       if (distance - 1 >= kMostDistance) continue;
-      const std::size_t needed =
-          std::max<std::size_t>(best.length + 1, shortest_[std::bit_width(distance)]);
+      const std::size_t needed = std::max<std::size_t>(
+          best.length + 1, shortest_[static_cast<std::size_t>(std::bit_width(distance))]);
       const std::byte* const there = here - distance;
       if (needed > most || here[needed - 1] != there[needed - 1]) continue;
       const std::size_t length = commonLength(here, there, most);
