@@ -5,7 +5,7 @@ tq_room(base
   Point.h
   Rect.h
   TQAssert.cpp TQAssert.h
-  TQExport.h
+  TQExport.cpp TQExport.h
   TQMemory.h
   TQThreadSafety.h
   INTERNAL
