@@ -1,6 +1,10 @@
 #include "Svg/Scanner.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numbers>
+#include <system_error>
 
 #include <TQFoundation/objects/String.h>
 
@@ -106,6 +110,22 @@ std::optional<double> parseLength(std::string_view text, Viewport viewport,
                 {"ex", viewport.fontSize / 2}};
   for (const auto& known : kUnits) {
     if (unit == known.unit) return *number * known.pixels;
+  }
+  return std::nullopt;
+}
+
+std::optional<double> parseAngle(std::string_view text, bool unitless) noexcept {
+  Scanner scanner(trimmed(text));
+  const auto number = scanner.takeNumber();
+  if (!number) return std::nullopt;
+  const std::string_view unit = scanner.rest();
+  if (unit.empty()) return unitless || *number == 0 ? number : std::nullopt;
+  constexpr struct {
+    std::string_view unit;
+    double degrees;
+  } kUnits[] = {{"deg", 1}, {"grad", 0.9}, {"rad", 180 / std::numbers::pi}, {"turn", 360}};
+  for (const auto& known : kUnits) {
+    if (unit == known.unit) return *number * known.degrees;
   }
   return std::nullopt;
 }

@@ -69,6 +69,11 @@ enum class Extent { horizontal, vertical, diagonal };
 [[nodiscard]] std::optional<double> parseLength(std::string_view text, Viewport viewport,
                                                 Extent extent) noexcept;
 
+/// Returns an angle in degrees, from deg, grad, rad and turn. 0 needs no unit.
+/// @param unitless  a number without a unit is in degrees
+[[nodiscard]] std::optional<double> parseAngle(std::string_view text,
+                                               bool unitless = false) noexcept;
+
 /// Returns a number; a percentage is divided by 100.
 [[nodiscard]] std::optional<double> parseFraction(std::string_view text) noexcept;
 

@@ -208,6 +208,49 @@ static_assert(std::ranges::is_sorted(kNamedColors, {}, &NamedColor::name), "sear
   return Color{parts[0], parts[1], parts[2], parts[3]};
 }
 
+/// Returns a pure colour of the colour wheel.
+[[nodiscard]] Color fromHue(double degrees) {
+  const double turn = std::fmod(degrees, 360) / 60 + (degrees < 0 ? 6 : 0);  // 0...6
+  return {std::clamp(std::abs(turn - 3) - 1, 0.0, 1.0),
+          std::clamp(2 - std::abs(turn - 2), 0.0, 1.0),
+          std::clamp(2 - std::abs(turn - 4), 0.0, 1.0), 1};
+}
+
+/// Parses the arguments of hsl(), hsla() and hwb(): an angle, two percentages, optional alpha.
+/// Source: CSS Color Module Level 4, sections 7 and 8.
+[[nodiscard]] std::optional<Color> fromWheel(std::string_view arguments, bool isHwb) {
+  Scanner scanner(arguments);
+  scanner.skipSpace();
+  const std::string_view before = scanner.rest();
+  while (!scanner.atEnd() && !isSpace(scanner.peek()) && scanner.peek() != ',') scanner.next();
+  const auto degrees = parseAngle(before.substr(0, before.size() - scanner.rest().size()), true);
+  std::array<double, 3> parts{0, 0, 1};
+  std::size_t count = 0;
+  scanner.skipSeparator();
+  for (; count < parts.size() && !scanner.atEnd(); ++count) {
+    const auto number = scanner.takeNumber();
+    const bool isPercentage = scanner.take("%");
+    if (!number || (count < 2 && !isPercentage)) return std::nullopt;
+    parts[count] = std::clamp(isPercentage ? *number / 100 : *number, 0.0, 1.0);
+    scanner.skipSeparator();
+    if (scanner.take("/")) scanner.skipSpace();
+  }
+  if (!degrees || count < 2 || !scanner.atEnd()) return std::nullopt;
+  const auto [first, second, alpha] = parts;
+  // The pure colour's share, and the grey that it is mixed with.
+  double share = 0, least = 0;
+  if (isHwb) {
+    const double sum = std::max(1.0, first + second);
+    share = 1 - (first + second) / sum;
+    least = first / sum;
+  } else {
+    share = first * (1 - std::abs(2 * second - 1));
+    least = second - share / 2;
+  }
+  const Color hue = fromHue(*degrees);
+  return Color{least + share * hue.red, least + share * hue.green, least + share * hue.blue, alpha};
+}
+
 [[nodiscard]] std::string lowered(std::string_view text) {
   std::string result(text);
   for (char& c : result) {
@@ -225,11 +268,14 @@ std::optional<Color> parseColor(std::string_view text) {
   }
   if (text.starts_with('#')) return fromHex(text.substr(1));
   const std::string name = lowered(text);
-  for (const std::string_view function : {"rgb(", "rgba("}) {
-    if (name.starts_with(function) && name.ends_with(')')) {
-      return fromComponents(
-          std::string_view(name).substr(function.size(), name.size() - function.size() - 1));
-    }
+  if (const std::size_t open = name.find('('); open != name.npos && name.ends_with(')')) {
+    const std::string_view function = std::string_view(name).substr(0, open);
+    const std::string_view arguments =
+        std::string_view(name).substr(open + 1, name.size() - open - 2);
+    if (function == "rgb" || function == "rgba") return fromComponents(arguments);
+    const bool isHwb = function == "hwb";
+    if (isHwb || function == "hsl" || function == "hsla") return fromWheel(arguments, isHwb);
+    return std::nullopt;
   }
   if (name == "transparent") return Color{0, 0, 0, 0};
   const auto found =

@@ -74,11 +74,16 @@ TEST(SvgColor, ReadsAllForms) {
   for (const auto& [text, hex, alpha] : cases) {
     SCOPED_TRACE(text);
     const auto color = parseColor(text);
+      {"hsl(120, 100%, 25%)", "#008000", 1},
+      {"HSLA(-120deg 100% 50% / 25%)", "#0000ff", 0.25},
+      {"hwb(0.5turn 20% 20%)", "#33cccc", 1},
+      {"hwb(9 150% 50%)", "#bfbfbf", 1},
     ASSERT_TRUE(color);
     EXPECT_EQ(colorText(*color), hex);
     EXPECT_DOUBLE_EQ(color->alpha, alpha);
   }
-  for (const char* text : {"", "#", "#12345", "#ggg", "#-12", "nocolor", "rgb(1,2)", "rgb(1,2,3"}) {
+  for (const char* text : {"", "#", "#12345", "#ggg", "#-12", "nocolor", "rgb(1,2)", "rgb(1,2,3",
+                           "hsl(1,2,3)", "hsl(red 1% 2%)", "hsl(1 2%)", "lab(1 2 3)"}) {
     EXPECT_FALSE(parseColor(text)) << text;
   }
 }
