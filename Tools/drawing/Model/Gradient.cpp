@@ -17,6 +17,7 @@ Gradient::Gradient(const GradientGeometry& geometry, std::vector<GradientStop> s
   geometry_.start = archivable(geometry.start);
   geometry_.end = archivable(geometry.end);
   geometry_.radius = archivable(geometry.radius);
+  geometry_.focalRadius = archivable(geometry.focalRadius);
   geometry_.transform = archivable(geometry.transform);
   for (GradientStop& stop : stops_) {
     for (double* number : {&stop.offset, &stop.red, &stop.green, &stop.blue, &stop.alpha}) {
@@ -30,6 +31,7 @@ Gradient::Gradient(tq::TQJSONDecoder& decoder) {
   geometry_.start = decoder.decodePointForKey("start");
   geometry_.end = decoder.decodePointForKey("end");
   geometry_.radius = decoder.decodeDoubleForKey("radius", 0);
+  geometry_.focalRadius = decoder.decodeDoubleForKey("focalRadius", 0);
   geometry_.transform = decodeTransform(decoder, "transform");
   const std::int64_t spread = decoder.decodeIntegerForKey("spread", 0);
   const auto numbers = decodeNumbers(decoder, "stops");
@@ -49,6 +51,7 @@ void Gradient::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encoder.encodePoint(geometry_.start, "start");
   encoder.encodePoint(geometry_.end, "end");
   if (geometry_.radial) encoder.encodeDouble(geometry_.radius, "radius");
+  if (geometry_.focalRadius != 0) encoder.encodeDouble(geometry_.focalRadius, "focalRadius");
   encodeTransform(encoder, geometry_.transform, "transform");
   if (geometry_.spread != Spread::pad) {
     encoder.encodeInteger(static_cast<std::int64_t>(geometry_.spread), "spread");

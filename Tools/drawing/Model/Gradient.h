@@ -32,6 +32,7 @@ struct GradientGeometry {
   tq::Point start;                ///< linear: where offset 0 is; radial: the focus
   tq::Point end;                  ///< linear: where offset 1 is; radial: the circle's centre
   double radius = 0;              ///< radial only
+  double focalRadius = 0;         ///< radial: of the circle around the focus where offset 0 is
   tq::AffineTransform transform;  ///< from the gradient's coordinates to the shape's
   Spread spread = Spread::pad;
 

@@ -37,7 +37,8 @@ bool setSource(cairo_t* cr, const tq::Object* paint, double opacity) {
   if (gradient == nullptr || !isUsable(gradient->geometry().transform)) return false;
   const GradientGeometry& g = gradient->geometry();
   const CairoPattern pattern(
-      g.radial ? cairo_pattern_create_radial(g.start.x, g.start.y, 0, g.end.x, g.end.y, g.radius)
+      g.radial ? cairo_pattern_create_radial(g.start.x, g.start.y, g.focalRadius, g.end.x, g.end.y,
+                                             g.radius)
                : cairo_pattern_create_linear(g.start.x, g.start.y, g.end.x, g.end.y));
   for (const GradientStop& stop : gradient->stops()) {
     cairo_pattern_add_color_stop_rgba(pattern.get(), stop.offset, stop.red, stop.green, stop.blue,

@@ -91,7 +91,8 @@ class GradientReader {
     geometry.end = {across("cx", viewport_.width / 2), down("cy", viewport_.height / 2)};
     geometry.radius = lengthOf(context_, having("r"), "r", viewport_, Extent::diagonal, half);
     geometry.start = {across("fx", geometry.end.x), down("fy", geometry.end.y)};
-    if (!having("fr").attribute("fr").empty()) context_.leaveOut("fr of radialGradient");
+    const double focalRadius = lengthOf(context_, having("fr"), "fr", viewport_, Extent::diagonal);
+    geometry.focalRadius = std::max(focalRadius, 0.0);
     // A focus outside the circle is moved just inside its edge, so that every ray meets the circle.
     const double dx = geometry.start.x - geometry.end.x;
     const double dy = geometry.start.y - geometry.end.y;

@@ -361,6 +361,7 @@ class Writer {
     } else {
       write(element, node);
     }
+    if (g.focalRadius != 0) set(element, "fr", g.focalRadius);
     return element;
   }
 
