@@ -1,10 +1,6 @@
 #include "Render/CairoSource.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <span>
-#include <utility>
 
 #include "Model/Gradient.h"
 #include "Svg/SvgColor.h"
@@ -51,31 +47,6 @@ bool setSource(cairo_t* cr, const tq::Object* paint, double opacity) {
   cairo_pattern_set_matrix(pattern.get(), &inverse);
   cairo_set_source(cr, pattern.get());
   return true;
-}
-
-CairoSurface decodePNG(const tq::Data& data) {
-  // Reads width and height from the header first: a small file may claim any size.
-  constexpr std::size_t kWidthAt = 16;
-  constexpr std::uint64_t kPixelLimit = 64'000'000;
-  const std::span<const std::byte> bytes = data.bytes();
-  if (bytes.size() < kWidthAt + 8) return nullptr;
-  std::uint64_t sides[2] = {};
-  for (std::size_t i = 0; i < 8; ++i) {
-    sides[i / 4] = sides[i / 4] << 8 | std::to_integer<std::uint64_t>(bytes[kWidthAt + i]);
-  }
-  if (sides[0] * sides[1] > kPixelLimit) return nullptr;
-
-  std::span<const std::byte> rest = bytes;
-  const auto read = [](void* closure, unsigned char* to, unsigned int length) -> cairo_status_t {
-    auto& from = *static_cast<std::span<const std::byte>*>(closure);
-    if (from.size() < length) return CAIRO_STATUS_READ_ERROR;
-    std::transform(from.begin(), from.begin() + length, to,
-                   [](std::byte byte) { return std::to_integer<unsigned char>(byte); });
-    from = from.subspan(length);
-    return CAIRO_STATUS_SUCCESS;
-  };
-  CairoSurface surface(cairo_image_surface_create_from_png_stream(read, &rest));
-  return cairo_surface_status(surface.get()) == CAIRO_STATUS_SUCCESS ? std::move(surface) : nullptr;
 }
 
 }  // namespace tqdoc

@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file CairoSource.h
-/// Converts transforms, paints and images of the model for cairo.
+/// Converts transforms and paints of the model for cairo.
 
 #include <cairo.h>
 
@@ -31,8 +31,5 @@ void setTransform(cairo_t* context, const tq::AffineTransform& transform);
 
 /// Sets the source to a colour's text or a Gradient. Returns false if `paint` is neither, or null.
 [[nodiscard]] bool setSource(cairo_t* context, const tq::Object* paint, double opacity);
-
-/// Returns the pixels of a PNG, or null if the bytes are not a PNG of at most 64 million pixels.
-[[nodiscard]] CairoSurface decodePNG(const tq::Data& data);
 
 }  // namespace tqdoc

@@ -16,6 +16,7 @@
 #include "Render/FilterPainter.h"
 #include "Render/Layer.h"
 
+#include "Render/Images.h"
 namespace tqdoc {
 namespace {
 
@@ -282,7 +283,7 @@ bool Painter::setPattern(const Pattern& pattern, double opacity,
 }
 
 void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {
-  const CairoSurface image = decodePNG(picture.bytes());
+  const CairoSurface image = decodeImage(picture.bytes());
   const tq::Rect& frame = picture.frame();
   if (!image) return;
   const double width = cairo_image_surface_get_width(image.get());

@@ -31,10 +31,11 @@ EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node) {
     context.leaveOut("invalid base64 of image");
     return {};
   }
-  // Drawn is what begins as a PNG does, whatever its media type says.
-  constexpr std::string_view kSignature = "\x89PNG\r\n\x1a\n";
-  if (bytes->view().starts_with(kSignature)) {
+  // Drawn is what begins as a PNG or a JPEG does, whatever its media type says.
+  if (bytes->view().starts_with("\x89PNG\r\n\x1a\n")) {
     type = "image/png";
+  } else if (bytes->view().starts_with("\xff\xd8\xff")) {
+    type = "image/jpeg";
   } else {
     context.leaveOut("drawing of " + (type.empty() ? "an image" : std::string(type)));
   }

@@ -17,8 +17,8 @@ struct EmbeddedImage {
 };
 
 /// Reads the image of a "data:" URL in base64. External images and invalid data count as ignored
-/// features. So do images whose bytes are not PNG:
-/// they are kept but not drawn. The media type of a PNG is "image/png", whatever the URL says.
+/// features. So do images whose bytes are neither PNG nor JPEG: they are kept but not drawn. The
+/// media type is "image/png" or "image/jpeg" for those, whatever the URL says.
 [[nodiscard]] EmbeddedImage readEmbeddedImage(SvgContext& context, pugi::xml_node node);
 
 }  // namespace tqdoc

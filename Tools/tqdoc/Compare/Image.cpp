@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "Render/CairoSource.h"
+#include "Render/Images.h"
 
 namespace tqdoc {
 namespace {
@@ -45,7 +45,7 @@ void Image::put(const Image& image, int left, int top) {
 }
 
 std::optional<Image> decodedImage(const tq::Data& png) {
-  const CairoSurface surface = decodePNG(png);
+  const CairoSurface surface = decodeImage(png);
   if (!surface) return std::nullopt;
   cairo_surface_t* const raw = surface.get();
   Image image(cairo_image_surface_get_width(raw), cairo_image_surface_get_height(raw));
