@@ -118,6 +118,13 @@ TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
   };
   for (const auto& [name, rules, element, fill] : cases) {
     SCOPED_TRACE(name);
+      {"combinators and conditions",
+       "svg > style + [d]:last-child{fill:red}:root path[d]{fill:blue}path{fill:lime}",
+       "<path d='M1'/>", "#ff0000"},
+      {"an ancestor that is not there", "g path, svg > g ~ path{fill:red}", "<path/>", "#000000"},
+      {"values of attributes", "[class~=b][class^='a '][class$=b][class*=' '][id|=x]{fill:red}",
+       "<path class='a b' id='x-y'/>", "#ff0000"},
+      {"unsupported and idle", "path:nth-child(2), path:hover{fill:red}", "<path/>", "#000000"},
     const std::string text = "<svg><style>" + rules + "</style>" + element + "</svg>";
     pugi::xml_document xml;
     ASSERT_TRUE(xml.load_string(text.c_str()));
