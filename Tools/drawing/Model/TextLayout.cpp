@@ -162,7 +162,9 @@ constexpr double kWidestSpace = 3500;
 class Layout {
  public:
   explicit Layout(const Text& text) : text_(text) {
-    const Owned<cairo_surface_t> surface(cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1));
+    // Without bounds: cairo drops glyphs far outside of a surface, also from outlines.
+    const Owned<cairo_surface_t> surface(
+        cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
     cr_.reset(cairo_create(surface.get()));
     context_.reset(pango_.newContext(pango_.defaultFonts()));
     const Owned<cairo_font_options_t> options(cairo_font_options_create());

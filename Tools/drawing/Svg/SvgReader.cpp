@@ -11,6 +11,7 @@
 
 #include "Model/Mask.h"
 #include "Model/Numbers.h"
+#include "Model/TextLayout.h"
 #include "Svg/SvgConditions.h"
 #include "Svg/SvgEntities.h"
 #include "Svg/SvgFilter.h"
@@ -196,6 +197,9 @@ tq::Ref<Node> Reader::readShape(pugi::xml_node node, const Place& place) {
 tq::Ref<Node> Reader::readText(pugi::xml_node node, const Place& place) {
   const auto runs = readTextRuns(context_, sheet_, node, place.style, place.viewport);
   if (runs.empty()) return nullptr;
+  std::size_t length = 0;
+  for (const TextRun& run : runs) length += run.length;
+  if (length > kLaidOutCharacters) context_.leaveOut("characters of a long text");
   using Styles = std::vector<tq::Ref<tq::Dictionary>>;
   const auto stylesWith = [&](const auto& paintOf) {
     Styles styles;
