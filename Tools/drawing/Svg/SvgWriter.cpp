@@ -262,6 +262,7 @@ class Writer {
     set(element, isRadial ? "cx" : "x2", g.end.x);
     set(element, isRadial ? "cy" : "y2", g.end.y);
     if (isRadial) set(element, "r", g.radius);
+    if (g.focalRadius != 0) set(element, "fr", g.focalRadius);
     for (const GradientStop& stop : gradient.stops()) {
       pugi::xml_node child = element.append_child("stop");
       set(child, "offset", stop.offset);
@@ -361,7 +362,6 @@ class Writer {
     } else {
       write(element, node);
     }
-    if (g.focalRadius != 0) set(element, "fr", g.focalRadius);
     return element;
   }
 
