@@ -74,11 +74,9 @@ TEST(SvgColor, ReadsAllForms) {
   for (const auto& [text, hex, alpha] : cases) {
     SCOPED_TRACE(text);
     const auto color = parseColor(text);
-      {"hsl(120, 100%, 25%)", "#008000", 1},
-      {"HSLA(-120deg 100% 50% / 25%)", "#0000ff", 0.25},
-      {"hwb(0.5turn 20% 20%)", "#33cccc", 1},
-      {"hwb(9 150% 50%)", "#bfbfbf", 1},
-    ASSERT_TRUE(color);
+    {"hsl(120, 100%, 25%)", "#008000", 1}, {"HSLA(-120deg 100% 50% / 25%)", "#0000ff", 0.25},
+        {"hwb(0.5turn 20% 20%)", "#33cccc", 1}, {"hwb(9 150% 50%)", "#bfbfbf", 1},
+        ASSERT_TRUE(color);
     EXPECT_EQ(colorText(*color), hex);
     EXPECT_DOUBLE_EQ(color->alpha, alpha);
   }
@@ -118,14 +116,14 @@ TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
   };
   for (const auto& [name, rules, element, fill] : cases) {
     SCOPED_TRACE(name);
-      {"combinators and conditions",
-       "svg > style + [d]:last-child{fill:red}:root path[d]{fill:blue}path{fill:lime}",
-       "<path d='M1'/>", "#ff0000"},
-      {"an ancestor that is not there", "g path, svg > g ~ path{fill:red}", "<path/>", "#000000"},
-      {"values of attributes", "[class~=b][class^='a '][class$=b][class*=' '][id|=x]{fill:red}",
-       "<path class='a b' id='x-y'/>", "#ff0000"},
-      {"unsupported and idle", "path:nth-child(2), path:hover{fill:red}", "<path/>", "#000000"},
-    const std::string text = "<svg><style>" + rules + "</style>" + element + "</svg>";
+    {"combinators and conditions",
+     "svg > style + [d]:last-child{fill:red}:root path[d]{fill:blue}path{fill:lime}",
+     "<path d='M1'/>", "#ff0000"},
+        {"an ancestor that is not there", "g path, svg > g ~ path{fill:red}", "<path/>", "#000000"},
+        {"values of attributes", "[class~=b][class^='a '][class$=b][class*=' '][id|=x]{fill:red}",
+         "<path class='a b' id='x-y'/>", "#ff0000"},
+        {"unsupported and idle", "path:nth-child(2), path:hover{fill:red}", "<path/>", "#000000"},
+        const std::string text = "<svg><style>" + rules + "</style>" + element + "</svg>";
     pugi::xml_document xml;
     ASSERT_TRUE(xml.load_string(text.c_str()));
     SvgContext context(xml, text.size());

@@ -146,6 +146,7 @@ TEST(BezierSegment, BadInputGivesTheDocumentedValue) {
 
 TEST(BezierSegment, FlatnessOfAQuadraticIsThatOfItsCubic) {
   EXPECT_EQ(TQBezierSegmentFlatness(cubic({0, 0}, {1, 5}, {7, 3}, {8, 0})), 5 * 5 + 15 * 15);
+  EXPECT_EQ(TQBezierSegmentFlatness(cubic({1, 2}, {9, 9}, {3, 5}, {4, 8})), 21 * 21 + 15 * 15);
   EXPECT_EQ(TQBezierSegmentFlatness(quadratic({0, 0}, {3, 6}, {6, 0})), 144);
 }
 

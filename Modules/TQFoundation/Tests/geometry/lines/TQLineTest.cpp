@@ -177,7 +177,9 @@ TEST(Line, PolarAnglesAreBroughtIntoATurn) {
 TEST(Line, PointsAreFoundByDistanceAndBySide) {
   EXPECT_TRUE(LRTriangleIsClockwise({0, 0}, {0, 1}, {1, 0}));
   EXPECT_FALSE(LRTriangleIsClockwise({0, 0}, {1, 1}, {2, 2}));
-  EXPECT_DOUBLE_EQ(TQPointAtDistanceAndSlopeFromPoint(2, kPi / 6, {1, 1}).y, 2);
+  const Point beside = TQPointAtDistanceAndSlopeFromPoint(2, kPi / 6, {1, 1});
+  EXPECT_DOUBLE_EQ(beside.x, 1 + std::sqrt(3));
+  EXPECT_DOUBLE_EQ(beside.y, 2);
   const std::vector<Point> points{{kNaN, 0}, {3, 0}, {0, 3}, {-4, 0}};
   EXPECT_EQ(TQIndexOfPointClosestToPoint(points, {0, 0}), 1);  // the first of two equally near ones
   EXPECT_EQ(TQIndexOfPointClosestToPoint(points, {-1e308, 0}), 1);  // all are equally far

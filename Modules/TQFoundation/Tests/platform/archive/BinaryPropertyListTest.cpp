@@ -180,6 +180,13 @@ std::string listOf(std::initializer_list<std::string> objects) {
   return list + offsets + trailer;
 }
 
+TEST(BinaryPropertyList, CountsMayHaveEightBytes) {
+  for (const char* hex : {"5F10016B", "5F1100016B", "5F12000000016B", "5F1300000000000000016B"}) {
+    const std::string list = listOf({test::fromHex(hex)});
+    EXPECT_TRUE(isString(*Reader::open(bytesOf(list), 4)->node(0), "k")) << hex;
+  }
+}
+
 TEST(BinaryPropertyList, RefusesIncompleteObjects) {
   std::istringstream objects(
       "00 0F 10 1300 1500000000000000000000000000000000000000000000000000000000000000000001 240000 "
