@@ -115,6 +115,9 @@ TEST(Data, GrowsShrinksAndFillsWithZeros) {
   EXPECT_THROW(data->reserve(~std::size_t{0}), std::bad_alloc);
   EXPECT_THROW((void)data->spareRoom(~std::size_t{0}), std::bad_alloc);
   EXPECT_EQ(data->length(), 6u);
+  EXPECT_EQ(Data::dataByTakingBytes(*data)->view().back(), '!');
+  data->append("x");
+  EXPECT_EQ(data->view(), "x") << "a buffer grows again after its bytes were taken";
 
   EXPECT_TRUE(MutableData::dataWithLength(2)->isEqual(*Data::dataWithBytes(std::string(2, '\0'))));
   EXPECT_EQ(Data::dataWithBytes("\x0A\x1B")->description(), "<2 bytes: 0a1b>");
