@@ -73,7 +73,7 @@ done <<'END'
 consumer gcc12-20          g++-12     -std=c++20
 consumer gcc12-23          g++-12     -std=c++23 -D_GLIBCXX_ASSERTIONS
 consumer clang16-20        clang++-16 -std=c++20
-consumer clang16-23        clang++-16 -std=c++23
+consumer clang16-23        clang++-16 -std=c++2b
 consumer clang19-20        clang++-19 -std=c++20
 consumer clang19-23        clang++-19 -std=c++23
 refused  refused           g++-12     -std=c++20 -D_GLIBCXX_DEBUG
