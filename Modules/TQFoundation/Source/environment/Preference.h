@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <concepts>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <limits>
 #include <optional>
@@ -37,6 +36,14 @@ concept OneOf = (std::same_as<T, Types> || ...);
 template <class T>
 concept ReadLeniently = std::same_as<T, bool> ||
     (std::signed_integral<T> && sizeof(T) == sizeof(std::int64_t));
+
+/// std::filesystem::path, recognised by its members, because its header takes long to compile.
+template <class T>
+concept FilePath = requires(const T& path) {
+  T::preferred_separator;
+  path.root_directory();
+  { path.native() } -> std::same_as<const std::string&>;
+};
 
 }  // namespace detail
 
@@ -161,19 +168,15 @@ struct RawObject<Ref<O>> {
 
 }  // namespace detail
 
-/// Paths are stored as data: file names are bytes, and not always text.
-template <>
-struct RawRepresentable<std::filesystem::path> {
+/// Paths (std::filesystem::path) are stored as data: file names are bytes, and not always text.
+template <detail::FilePath Path>
+struct RawRepresentable<Path> {
   /// The bytes of the path.
   using RawValue = Ref<Data>;
   /// Returns the path, never nullopt.
-  static std::optional<std::filesystem::path> fromRawValue(const RawValue& raw) {
-    return std::filesystem::path(raw->view());
-  }
+  static std::optional<Path> fromRawValue(const RawValue& raw) { return Path(raw->view()); }
   /// Returns the bytes of the path.
-  static RawValue rawValue(const std::filesystem::path& path) {
-    return Data::dataWithBytes(path.native());
-  }
+  static RawValue rawValue(const Path& path) { return Data::dataWithBytes(path.native()); }
 };
 
 /// Lists are stored as arrays, with each element as it is stored alone. A null Ref in a list is an

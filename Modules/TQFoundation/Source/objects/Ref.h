@@ -6,7 +6,7 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
-#include <functional>
+#include <string>  // std::hash
 #include <type_traits>
 #include <utility>
 

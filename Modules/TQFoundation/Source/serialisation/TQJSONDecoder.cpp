@@ -40,8 +40,8 @@ void logRepair(unsigned byte, std::size_t index) {
 
 }  // namespace
 
-TQJSONDecoder::TQJSONDecoder() : walk_(std::make_unique<detail::JSONWalk>(*this)) {}
-TQJSONDecoder::~TQJSONDecoder() = default;
+TQJSONDecoder::TQJSONDecoder() : walk_(new detail::JSONWalk(*this)) {}
+TQJSONDecoder::~TQJSONDecoder() { delete walk_; }
 
 Ref<TQJSONDecoder> TQJSONDecoder::initWithRootObject(Ref<Object> root) {
   auto decoder = Ref<TQJSONDecoder>::adopt(new TQJSONDecoder);

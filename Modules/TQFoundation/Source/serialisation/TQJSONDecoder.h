@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -209,7 +208,7 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   [[nodiscard]] static UnreadContent::Kind reasonForNoClass(std::string_view name);
   void refuseKind(std::string_view key, const Class& wanted, const Object& found);
 
-  std::unique_ptr<detail::JSONWalk> walk_;
+  detail::JSONWalk* const walk_;                                    // owned
   std::vector<std::pair<std::string, const Class*>> namedClasses_;  // that were looked up before
   Weak<Object> userInfo_;
   Weak<TQJSONDecoderDelegate> delegate_;

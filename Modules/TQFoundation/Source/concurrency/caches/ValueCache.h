@@ -25,7 +25,7 @@ concept ValueCache = requires(C& cache, std::optional<typename C::Value> value) 
 template <ValueCache C, std::invocable F>
 typename C::Value retrieve(C& cache, F&& createIfNeededUsing) {
   if (std::optional<typename C::Value> kept = cache.retrieve()) return *std::move(kept);
-  typename C::Value made = std::invoke(std::forward<F>(createIfNeededUsing));
+  typename C::Value made = std::forward<F>(createIfNeededUsing)();
   cache.store(made);
   return made;
 }

@@ -3,7 +3,6 @@
 /// @file Lockable.h
 /// The concept of a lock, and running a closure under any lock.
 
-#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -25,7 +24,7 @@ concept Lockable = requires(std::remove_reference_t<L>& lock) {
 template <Lockable L, class F>
 decltype(auto) sync(L&& lock, F&& execute) TQ_NO_THREAD_SAFETY_ANALYSIS {
   const Locked guard(lock);
-  return std::invoke(std::forward<F>(execute));
+  return std::forward<F>(execute)();
 }
 
 /// The same for types that run closures themselves and have no lock(): SerialQueue.

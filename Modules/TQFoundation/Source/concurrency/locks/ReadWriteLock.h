@@ -3,7 +3,6 @@
 /// @file ReadWriteLock.h
 /// A reader-writer lock as an object.
 
-#include <functional>
 #include <string_view>
 #include <utility>
 
@@ -120,13 +119,13 @@ class TQ_SCOPED_CAPABILITY WriteLocked {
 template <class F>
 decltype(auto) ReadWriteLock::protectedRead(F&& execute) {
   const ReadLocked guard(*this);
-  return std::invoke(std::forward<F>(execute));
+  return std::forward<F>(execute)();
 }
 
 template <class F>
 decltype(auto) ReadWriteLock::protectedWrite(F&& execute) {
   const WriteLocked guard(*this);
-  return std::invoke(std::forward<F>(execute));
+  return std::forward<F>(execute)();
 }
 
 }  // namespace tq

@@ -42,11 +42,12 @@ struct TQAtomicStack::Head {
   detail::TaggedStack<StackSystem> nodes;
 };
 
-TQAtomicStack::TQAtomicStack() : cacheQueueHead_(std::make_unique<Head>()) {}
+TQAtomicStack::TQAtomicStack() : cacheQueueHead_(new Head) {}
 
 TQAtomicStack::~TQAtomicStack() {
   while (cacheQueueHead_->pop() != nullptr) {
   }
+  delete cacheQueueHead_;
 }
 
 void TQAtomicStack::push(Object& object) { cacheQueueHead_->push(object); }

@@ -3,8 +3,6 @@
 /// @file TQAtomicStack.h
 /// A lock-free stack of objects.
 
-#include <memory>
-
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Ref.h>
 
@@ -39,7 +37,7 @@ class TQ_EXPORT TQAtomicStack {
  private:
   struct Head;
 
-  std::unique_ptr<Head> cacheQueueHead_;
+  Head* const cacheQueueHead_;  // owned
 };
 
 }  // namespace tq

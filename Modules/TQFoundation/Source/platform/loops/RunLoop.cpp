@@ -263,9 +263,9 @@ void RunLoop::State::serveMainQueue() {
 
 // The loop.
 
-RunLoop::RunLoop(bool isMain) : state_(std::make_unique<State>(isMain)) {}
+RunLoop::RunLoop(bool isMain) : state_(new State(isMain)) {}
 
-RunLoop::~RunLoop() = default;
+RunLoop::~RunLoop() { delete state_; }
 
 RunLoop& RunLoop::current() { return currentLoop != nullptr ? *currentLoop : makeCurrent(); }
 

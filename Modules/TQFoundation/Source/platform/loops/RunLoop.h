@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Class.h>
@@ -98,7 +97,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   void scheduleTimer(Timer& timer);
   void forgetTimer(Timer& timer) noexcept;
 
-  std::unique_ptr<State> state_;
+  State* const state_;  // owned
 };
 
 /// Appends `block` to the main queue and wakes the main thread's loop, which runs the block in a

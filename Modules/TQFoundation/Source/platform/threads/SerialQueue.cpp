@@ -13,21 +13,20 @@ struct SerialQueue::State {
   detail::FifoLock<detail::ThreadSystem> lock;
 };
 
-SerialQueue::SerialQueue(std::string label)
-    : label_(std::move(label)), state_(std::make_unique<State>()) {}
+SerialQueue::SerialQueue(std::string label) : label_(std::move(label)), state_(new State) {}
 
-SerialQueue::~SerialQueue() = default;
+SerialQueue::~SerialQueue() { delete state_; }
 
 void SerialQueue::enter() noexcept {
-  detail::willLock(state_.get());
+  detail::willLock(state_);
   state_->lock.lock();
-  detail::didLock(state_.get());
+  detail::didLock(state_);
 }
 
 void SerialQueue::leave() noexcept {
-  detail::willUnlock(state_.get());
+  detail::willUnlock(state_);
   state_->lock.unlock();
-  detail::didUnlock(state_.get());
+  detail::didUnlock(state_);
 }
 
 }  // namespace tq

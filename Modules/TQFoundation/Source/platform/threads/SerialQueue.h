@@ -3,8 +3,6 @@
 /// @file SerialQueue.h
 /// Runs closures one at a time, in the order of their requests.
 
-#include <functional>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -38,7 +36,7 @@ class TQ_EXPORT SerialQueue {
   template <class F>
   decltype(auto) sync(F&& execute) {
     const Turn turn(*this);
-    return std::invoke(std::forward<F>(execute));
+    return std::forward<F>(execute)();
   }
 
  private:
@@ -58,7 +56,7 @@ class TQ_EXPORT SerialQueue {
   void leave() noexcept;
 
   std::string label_;
-  std::unique_ptr<State> state_;
+  State* const state_;  // owned
 };
 
 }  // namespace tq
