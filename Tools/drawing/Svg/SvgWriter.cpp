@@ -126,61 +126,56 @@ class Writer {
     }
   }
 
+  /// If there are spans, each part has its whole style: nothing is inherited that it lacks.
   void writeText(pugi::xml_node element, const Text& text) {
     set(element, "xml:space", "preserve");
     set(element, "x", text.position().x);
     set(element, "y", text.position().y);
-    writeStyle(element, text.style());
-    writeTextStyle(element, text.style());
+    const std::size_t count = text.spans().count();
     std::string_view rest = text.string();
-    for (std::size_t i = 0; i < text.spans().count() && !rest.empty(); ++i) {
-      const TextSpan& span = text.span(i);
+    for (std::size_t i = 0; i <= count && !rest.empty(); ++i) {
+      const auto part = i < count ? firstCharacters(rest, text.span(i).length()) : rest;
+      rest.remove_prefix(part.size());
+      pugi::xml_node styled = element;
+      if (count > 0) {
+        // Text between elements, even if it is empty, keeps them on one line of the file.
+        element.append_child(pugi::node_pcdata);
+        styled = element.append_child("tspan");
+      }
+      if (i < count) writePositions(styled, text.span(i).positions());
       const auto style = text.styleOfSpan(i);
-      // Text between elements, even if it is empty, keeps them on one line of the file.
-      element.append_child(pugi::node_pcdata);
-      pugi::xml_node child = element.append_child("tspan");
-      const GlyphPositions& positions = span.positions();
-      const std::pair<const char*, const std::vector<double>*> lists[] = {
-          {"x", &positions.x},
-          {"y", &positions.y},
-          {"dx", &positions.dx},
-          {"dy", &positions.dy},
-          {"rotate", &positions.rotate}};
-      for (const auto& [attribute, list] : lists) {
-        if (!list->empty()) set(child, attribute, textOf(std::span<const double>(*list)));
-      }
-      if (style.get() != &text.style()) {
-        writeStyle(child, *style);
-        writeTextStyle(child, *style);
-      }
-      const std::string_view covered = firstCharacters(rest, span.length());
-      child.text() = printable(covered).c_str();
-      rest.remove_prefix(covered.size());
+      writeStyle(styled, *style);
+      writeTextStyle(styled, *style);
+      styled.append_child(pugi::node_pcdata).set_value(printable(part).c_str());
     }
-    element.append_child(pugi::node_pcdata).set_value(printable(rest).c_str());
+    if (count > 0) element.append_child(pugi::node_pcdata);
+  }
+
+  static void writePositions(pugi::xml_node element, const GlyphPositions& positions) {
+    const std::pair<const char*, std::span<const double>> lists[] = {{"x", positions.x},
+                                                                     {"y", positions.y},
+                                                                     {"dx", positions.dx},
+                                                                     {"dy", positions.dy},
+                                                                     {"rotate", positions.rotate}};
+    for (const auto& [attribute, list] : lists) {
+      if (!list.empty()) set(element, attribute, textOf(list));
+    }
   }
 
   static void writeTextStyle(pugi::xml_node element, const tq::Dictionary& style) {
-    constexpr struct {
-      const char* key;
-      const char* attribute;
-      const char* initial;
-    } kEntries[] = {
-        {"fontFamily", "font-family", "serif"},    {"fontSize", "font-size", "16"},
-        {"fontStyle", "font-style", "normal"},     {"fontWeight", "font-weight", "400"},
-        {"fontStretch", "font-stretch", "normal"}, {"fontVariant", "font-variant", "normal"},
-        {"letterSpacing", "letter-spacing", "0"},  {"wordSpacing", "word-spacing", "0"},
-        {"anchor", "text-anchor", "start"},        {"direction", "direction", "ltr"},
-        {"baselineShift", "baseline-shift", "0"},  {"decoration", "text-decoration", "none"}};
-    const bool isSpan = element.parent().attribute("xml:space");
-    for (const auto& [key, attribute, initial] : kEntries) {
+    constexpr std::pair<const char*, const char*> kAttributes[] = {
+        {"fontFamily", "font-family"},       {"fontSize", "font-size"},
+        {"fontStyle", "font-style"},         {"fontWeight", "font-weight"},
+        {"fontStretch", "font-stretch"},     {"fontVariant", "font-variant"},
+        {"letterSpacing", "letter-spacing"}, {"wordSpacing", "word-spacing"},
+        {"anchor", "text-anchor"},           {"direction", "direction"},
+        {"baselineShift", "baseline-shift"}, {"decoration", "text-decoration"}};
+    for (const auto& [key, attribute] : kAttributes) {
       const tq::Object* const value = style.objectForKey(key);
       if (const auto* word = tq::objectCast<tq::String>(value)) {
         set(element, attribute, printable(word->view()));
       } else if (value != nullptr) {
         set(element, attribute, numberIn(style, key, 0));
-      } else if (isSpan) {
-        set(element, attribute, initial);
       }
     }
   }
