@@ -62,7 +62,7 @@ gzip -c <"$data/paint.svg" >"$work/paint.svgz"
 cp "$data/paint.svg" "$work/named.svg"
 gzip "$work/named.svg"
 mkdir "$work/pictures"
-unsupported='unsupported: <text> 1'
+unsupported='unsupported: textLength 1'
 ends 0 '' render - -o - <"$data/face.svg"
 cmp "$work/out" "$work/picture.png" || fail "the picture from standard input differs"
 ends 0 '' import - <"$data/face.svg"
@@ -71,7 +71,7 @@ ends 1 "tqdoc: $work/paint.svgz: $unsupported\n" diff /dev/null "$work/paint.svg
 ends 0 "tqdoc: $work/paint.svgz: $unsupported\n" render "$work/paint.svgz" "$data/face.svg" -o "$work/pictures"
 cmp "$work/pictures/face.png" "$work/picture.png" || fail "the picture in a folder differs"
 ends 0 '' check --json "$work" "$work/named.svg.gz"
-grep -q '"drawings":2,.*"unsupported":{"<text>":2}' "$work/out" || fail "check --json: $(cat "$work/out")"
+grep -q '"drawings":2,.*"unsupported":{"textLength":2}' "$work/out" || fail "check --json: $(cat "$work/out")"
 ends 0 "tqdoc: $work/paint.svgz: $unsupported\n" hit --json "$work/paint.svgz" 16 16
 grep -q '^.{"path":"root.*"bounds":.' "$work/out" || fail "hit --json: $(cat "$work/out")"
 ends 0 '' show --json "$data/face.svg"
