@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numbers>
+#include <unordered_map>
 
 #include "Model/Crossings.h"
 #include "Model/PlacedNode.h"
@@ -67,7 +68,11 @@ void paintMark(cairo_t* cr, const PlacedNode& placed, const Color& color) {
 
 void paintOverlay(cairo_t* cr, const Node& root, const tq::AffineTransform& parent,
                   const Overlay& overlay) {
-  const std::vector<PlacedNode> nodes = placedNodes(root, parent);
+  const bool marksNodes = overlay.bounds || overlay.controls || !overlay.marks.empty();
+  std::vector<PlacedNode> nodes;
+  if (marksNodes || overlay.intersections) nodes = placedNodes(root, parent);
+  std::unordered_map<const Node*, Color> marks;
+  for (const Mark& mark : overlay.marks) marks.try_emplace(mark.node, mark.color);
   setTransform(cr, tq::AffineTransformIdentity);
   cairo_set_line_width(cr, 1);
   cairo_set_dash(cr, nullptr, 0, 0);
@@ -81,8 +86,8 @@ void paintOverlay(cairo_t* cr, const Node& root, const tq::AffineTransform& pare
       setInk(cr, kBounds);
       strokeRect(cr, outlineBounds(placed));
     }
-    const auto mark = std::ranges::find(overlay.marks, placed.node, &Mark::node);
-    if (mark != overlay.marks.end()) paintMark(cr, placed, mark->color);
+    const auto mark = marks.find(placed.node);
+    if (mark != marks.end()) paintMark(cr, placed, mark->second);
   }
   if (overlay.intersections) paintIntersections(cr, nodes);
   if (overlay.area) {
