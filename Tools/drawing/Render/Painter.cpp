@@ -14,6 +14,7 @@
 #include "Model/Text.h"
 #include "Render/CairoSource.h"
 #include "Render/FilterPainter.h"
+#include "Render/InkBounds.h"
 #include "Render/Layer.h"
 
 #include "Render/Images.h"
@@ -44,11 +45,6 @@ constexpr double kTolerance = 0.1;  // of curves, in pixels
     }
   });
   return length;
-}
-
-/// Returns the largest factor by which a transform lengthens a vector.
-[[nodiscard]] double largestScale(const tq::AffineTransform& t) {
-  return (std::hypot(t.a + t.d, t.b - t.c) + std::hypot(t.a - t.d, t.b + t.c)) / 2;
 }
 
 /// Sets the pen. Its cost is bounded, also for a hostile transform: cairo makes a point for each
@@ -116,10 +112,15 @@ void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
 
 void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transform) {
   const Node::Traits& traits = node.traits();
+  const auto area = visiblePixels(cr_, inkBounds(node, transform));
+  if (!area) return;
   ++layers_;
+  cairo_save(cr_);  // a layer has the size of the clip
   // A layer is placed by the transform at its beginning. Layers are images of the pixels, whatever
   // transform the shape before left behind.
   setTransform(cr_, tq::AffineTransformIdentity);
+  cairo_rectangle(cr_, area->x, area->y, area->width, area->height);
+  cairo_clip(cr_);
   cairo_push_group(cr_);
   if (traits.filter && !silhouette_) {
     paintFiltered(node, transform);
@@ -143,7 +144,14 @@ void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transfor
   }
   cairo_pop_group_to_source(cr_);
   cairo_paint_with_alpha(cr_, silhouette_ ? 1 : traits.opacity);
+  cairo_restore(cr_);
   --layers_;
+}
+
+bool Painter::spendPixels(std::size_t count) {
+  if (count > pixelsLeft_) return false;
+  pixelsLeft_ -= count;
+  return true;
 }
 
 template <class Draw>
@@ -158,6 +166,7 @@ void Painter::paintFiltered(const Node& node, const tq::AffineTransform& transfo
   const Filter& filter = *node.traits().filter;
   const auto area = visiblePixels(cr_, tq::RectApplyAffineTransform(filter.region(), transform));
   if (!area) return;
+  if (!spendPixels(filter.steps().size() * area->count())) return paintContent(node, transform);
   CairoSurface source = layerFor(*area);
   drawInto(source.get(), [&] { paintContent(node, transform); });
   const CairoSurface result = filtered(std::move(source), *area, filter, transform);
@@ -261,7 +270,9 @@ bool Painter::setPattern(const Pattern& pattern, double opacity,
   const tq::AffineTransform toTile{sx, 0, 0, sy, 0, 0};
   if (!isUsable(toTile)) return false;
 
-  const CairoSurface image = layerFor({0, 0, static_cast<int>(width), static_cast<int>(height)});
+  const PixelArea area{0, 0, static_cast<int>(width), static_cast<int>(height)};
+  if (!spendPixels(area.count())) return false;
+  const CairoSurface image = layerFor(area);
   ++layers_;
   drawInto(image.get(), [&] {
     for (std::size_t i = 0; i < pattern.count(); ++i) paint(pattern.child(i), toTile);

@@ -5,6 +5,8 @@
 
 #include <cairo.h>
 
+#include <cstddef>
+
 #include "Model/Mask.h"
 #include "Model/Pattern.h"
 
@@ -16,6 +18,9 @@ class Painter {
   /// The maximum depth of layers. Opacity, clips, masks, filters and patterns nested deeper are not
   /// drawn, because each needs a layer of up to the size of the image.
   static constexpr int kLayerLimit = 24;
+  /// The maximum number of pixels that the steps of filters and the tiles of patterns compute, for
+  /// all nodes together. Then, filters have no effect and patterns are not drawn.
+  static constexpr std::size_t kPixelLimit = std::size_t{1} << 33;
 
   explicit Painter(cairo_t* context) noexcept : cr_(context) {}
 
@@ -36,12 +41,16 @@ class Painter {
                                 const tq::AffineTransform& transform);
   void paintPicture(const Picture& picture, const tq::AffineTransform& transform);
 
+  /// Returns false if the limit is reached.
+  [[nodiscard]] bool spendPixels(std::size_t count);
+
   /// Calls `draw` while this draws into `image`.
   template <class Draw>
   void drawInto(cairo_surface_t* image, const Draw& draw);
 
   cairo_t* cr_;
   int layers_ = 0;
+  std::size_t pixelsLeft_ = kPixelLimit;
   bool silhouette_ = false;  // for clipping: outlines are filled and their style is ignored
 };
 
