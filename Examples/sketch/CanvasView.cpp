@@ -152,7 +152,7 @@ void CanvasView::draw(cairo_t* cr) {
   const auto* move = std::get_if<Move>(&gesture_);
   const Drawing shown = move ? moved(editor_.drawing(), move->offset) : editor_.drawing();
   drawPage(cr, placed);
-  tqdoc::Painter(cr).paint(shown.document->root(), placed);
+  tqdoc::Painter(cr).paintDrawing(shown.document->root(), placed);
 
   tqdoc::Overlay overlay;
   for (const tqdoc::PlacedNode& node : tqdoc::placedNodes(shown.document->root())) {

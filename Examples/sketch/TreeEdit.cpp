@@ -9,7 +9,8 @@ using tqdoc::Node;
 [[nodiscard]] bool haveSameTraits(const Node& a, const Node& b) {
   const Node::Traits &x = a.traits(), &y = b.traits();
   return x.name == y.name && x.transform == y.transform && x.opacity == y.opacity &&
-         x.hidden == y.hidden && x.clip == y.clip && x.filter == y.filter && x.mask == y.mask;
+         x.hidden == y.hidden && x.blend == y.blend && x.isolated == y.isolated &&
+         x.clip == y.clip && x.filter == y.filter && x.mask == y.mask;
 }
 
 /// True for a node and itself, and for two versions of a group.

@@ -105,13 +105,20 @@ Properties propertiesOf(const Node& a, const Node& b) {
   if (x.opacity != y.opacity) {
     differing.push_back({"opacity", textOf({x.opacity}), textOf({y.opacity})});
   }
-  if (x.hidden != y.hidden) {
-    differing.push_back({"hidden", x.hidden ? "yes" : "no", y.hidden ? "yes" : "no"});
+  const auto noteFlag = [&](const char* name, bool before, bool after) {
+    if (before != after) {
+      differing.push_back({name, before ? "yes" : "no", after ? "yes" : "no"});
+    }
+  };
+  noteFlag("hidden", x.hidden, y.hidden);
+  if (x.blend != y.blend) {
+    differing.push_back({"blend", std::string(nameOf(x.blend)), std::string(nameOf(y.blend))});
   }
   if (!x.clip != !y.clip || (x.clip && &x.clip->objectClass() != &y.clip->objectClass())) {
     const auto kind = [](const tq::Ref<Node>& clip) { return clip ? whatIs(*clip) : "none"; };
     differing.push_back({"clip", kind(x.clip), kind(y.clip)});
   }
+  noteFlag("isolated", x.isolated, y.isolated);
   if (!x.mask != !y.mask) {
     const auto kind = [](const tq::Ref<Node>& mask) { return mask ? whatIs(*mask) : "none"; };
     differing.push_back({"mask", kind(x.mask), kind(y.mask)});

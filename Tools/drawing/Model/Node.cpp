@@ -1,5 +1,6 @@
 #include "Model/Node.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,12 @@ Node::Node(tq::TQJSONDecoder& decoder) {
   traits_.transform = decodeTransform(decoder, "transform");
   traits_.opacity = decoder.decodeDoubleForKey("opacity", 1);
   traits_.hidden = decoder.decodeBoolForKey("hidden", false);
+  if (const auto blend = decodeAs<tq::String>(decoder, "blend", nullptr)) {
+    const auto known = blendNamed(blend->view());
+    if (!known) refuse(decoder, "the blend mode is unknown");
+    traits_.blend = known.value_or(Blend::normal);
+  }
+  traits_.isolated = decoder.decodeBoolForKey("isolated", false);
   traits_.clip = decodeAs<Node>(decoder, "clip", nullptr);
   traits_.filter = decodeAs<Filter>(decoder, "filter", nullptr);
   traits_.mask = decodeAs<Mask>(decoder, "mask", nullptr);
@@ -39,6 +46,10 @@ void Node::encodeAsJSON(tq::TQJSONEncoder& encoder) const {
   encodeTransform(encoder, traits_.transform, "transform");
   if (traits_.opacity != 1) encoder.encodeDouble(traits_.opacity, "opacity");
   if (traits_.hidden) encoder.encodeBool(true, "hidden");
+  if (traits_.blend != Blend::normal) {
+    encoder.encodeObject(tq::String::of(nameOf(traits_.blend)), "blend");
+  }
+  if (traits_.isolated) encoder.encodeBool(true, "isolated");
   encoder.encodeObject(traits_.clip, "clip");
   encoder.encodeObject(traits_.filter, "filter");
   encoder.encodeObject(traits_.mask, "mask");
@@ -141,6 +152,20 @@ const char* kindOf(const Node& node) noexcept {
          : tq::objectCast<Shape>(&node) != nullptr   ? "shape"
          : tq::objectCast<Picture>(&node) != nullptr ? "picture"
                                                      : "text";
+}
+
+bool blendsWithBackdrop(const Node& node) {
+  const Node::Traits& traits = node.traits();
+  if (traits.hidden) return false;
+  if (traits.blend != Blend::normal) return true;
+  const auto* group = tq::objectCast<Group>(&node);
+  if (group == nullptr || traits.isolated || traits.opacity < 1 || traits.clip || traits.filter ||
+      traits.mask) {
+    return false;
+  }
+  return std::ranges::any_of(group->children(), [](const tq::Object& child) {
+    return blendsWithBackdrop(static_cast<const Node&>(child));
+  });
 }
 
 std::string placeOf(const std::string& path, const Node& node) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Model/Blend.h"
 #include "Model/Filter.h"
 #include "Model/PathData.h"
 
@@ -23,6 +24,8 @@ class Node : public tq::Subclass<Node> {
     tq::AffineTransform transform;  ///< from the node's coordinates to its parent's
     double opacity = 1;             ///< of the node as a whole, 0...1
     bool hidden = false;
+    Blend blend = Blend::normal;
+    bool isolated = false;  ///< its content blends only with what the node itself draws
     tq::Ref<Node> clip;  ///< only what it covers is visible, in the node's coordinates; may be null
     tq::Ref<Filter> filter;  ///< changes the pixels before the clip and the mask; may be null
     tq::Ref<Node> mask;      ///< a Mask, or null
@@ -134,6 +137,9 @@ class Picture final : public tq::Subclass<Picture, Node> {
 
 /// Returns the place of a node for messages, such as "root/1/0 (eye)": indexes and its name.
 [[nodiscard]] std::string placeOf(const std::string& path, const Node& node);
+/// Returns true if something in `node` blends with what is behind it.
+[[nodiscard]] bool blendsWithBackdrop(const Node& node);
+
 
 /// Returns the smallest rect around the visible outlines and frames of a node, without strokes, in
 /// the coordinates of its parent. The null rect if there are none.

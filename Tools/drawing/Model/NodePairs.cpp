@@ -78,6 +78,7 @@ std::uint64_t NodePairs::digest(const Node& node) {
   const double numbers[] = {t.a, t.b, t.c, t.d, t.tx, t.ty, traits.opacity};
   Mix mix;
   mix.add(node.objectClass().name()).add(numbers).add(traits.hidden ? 1 : 0);
+  mix.add(static_cast<std::uint64_t>(traits.blend)).add(traits.isolated ? 1 : 0);
   if (traits.clip) mix.add(digest(*traits.clip)).add(traits.clip->name());
   if (traits.mask) mix.add(digest(*traits.mask)).add(traits.mask->name());
   if (traits.filter) mix.add(traits.filter->hash());

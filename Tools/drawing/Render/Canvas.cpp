@@ -56,7 +56,7 @@ void Canvas::draw(const Document& document, const tq::Rect& rect, const Overlay&
   cairo_save(cr);
   cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
   cairo_clip(cr);
-  Painter(cr).paint(document.root(), fitted);
+  Painter(cr).paintDrawing(document.root(), fitted);
   paintOverlay(cr, document.root(), fitted, overlay);
   cairo_restore(cr);
 }

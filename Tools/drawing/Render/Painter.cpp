@@ -80,6 +80,14 @@ void setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transfor
 }
 
 }  // namespace
+[[nodiscard]] cairo_operator_t operatorOf(Blend blend) {
+  static_assert(CAIRO_OPERATOR_HSL_LUMINOSITY - CAIRO_OPERATOR_MULTIPLY ==
+                static_cast<int>(Blend::luminosity) - static_cast<int>(Blend::multiply));
+  if (blend == Blend::normal) return CAIRO_OPERATOR_OVER;
+  return static_cast<cairo_operator_t>(CAIRO_OPERATOR_MULTIPLY + static_cast<int>(blend) -
+                                       static_cast<int>(Blend::multiply));
+}
+
 
 void addPath(cairo_t* cr, const PathData& path) {
   cairo_new_path(cr);
@@ -98,12 +106,23 @@ void addPath(cairo_t* cr, const PathData& path) {
 }
 
 void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
+void Painter::paintDrawing(const Node& root, const tq::AffineTransform& parent) {
+  if (!blendsWithBackdrop(root)) return paint(root, parent);
+  setTransform(cr_, tq::AffineTransformIdentity);
+  cairo_push_group(cr_);
+  paint(root, parent);
+  setTransform(cr_, tq::AffineTransformIdentity);
+  cairo_pop_group_to_source(cr_);
+  cairo_paint(cr_);
+}
+
   const Node::Traits& traits = node.traits();
   const auto transform = tq::AffineTransformConcat(traits.transform, parent);
   if (traits.hidden || !isUsable(transform)) return;
   const bool translucent = traits.opacity < 1 && !silhouette_;
   const bool changed = (traits.filter || traits.mask) && !silhouette_;
-  if ((translucent || changed || traits.clip) && layers_ < kLayerLimit) {
+  const bool blending = (traits.isolated || traits.blend != Blend::normal) && !silhouette_;
+  if ((translucent || changed || blending || traits.clip) && layers_ < kLayerLimit) {
     paintAsLayer(node, transform);
   } else {
     paintContent(node, transform);
@@ -143,6 +162,7 @@ void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transfor
     if (mask != nullptr) paintMasked(*mask, transform);
   }
   cairo_pop_group_to_source(cr_);
+  if (!silhouette_) cairo_set_operator(cr_, operatorOf(traits.blend));
   cairo_paint_with_alpha(cr_, silhouette_ ? 1 : traits.opacity);
   cairo_restore(cr_);
   --layers_;

@@ -15,8 +15,8 @@ namespace tqdoc {
 /// Draws nodes.
 class Painter {
  public:
-  /// The maximum depth of layers. Opacity, clips, masks, filters and patterns nested deeper are not
-  /// drawn, because each needs a layer of up to the size of the image.
+  /// The maximum depth of layers. Opacity, blend modes, clips, masks, filters and patterns nested
+  /// deeper are not drawn, because each needs a layer of up to the size of the image.
   static constexpr int kLayerLimit = 24;
   /// The maximum number of pixels that the steps of filters and the tiles of patterns compute, for
   /// all nodes together. Then, filters have no effect and patterns are not drawn.
@@ -29,6 +29,9 @@ class Painter {
 
  private:
   void paintAsLayer(const Node& node, const tq::AffineTransform& transform);
+  /// Paints the root of a drawing: nothing in it blends with what was there before.
+  void paintDrawing(const Node& root, const tq::AffineTransform& parent);
+
   void paintFiltered(const Node& node, const tq::AffineTransform& transform);
   void paintMasked(const Mask& mask, const tq::AffineTransform& transform);
   void paintContent(const Node& node, const tq::AffineTransform& transform);

@@ -399,6 +399,8 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
   const Style& style = place.style;
   auto result = tq::MutableDictionary::dictionary();
   const auto flag = [&](bool on, std::string_view key) {
+  traits.blend = style.blend;
+  traits.isolated = style.isolated && !isOutline(context_.nameOf(node));
     if (on) result->setObject(tq::Number::numberWith(tq::NumberValue(true)), key);
   };
   const auto measure = [&](double value, double otherwise, std::string_view key) {

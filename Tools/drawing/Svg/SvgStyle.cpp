@@ -195,6 +195,17 @@ constexpr Property kProperties[] = {
     {"fill", setPaint<&Style::fill>, inherit<&Style::fill>},
     {"stroke", setPaint<&Style::stroke>, inherit<&Style::stroke>},
     {"fill-opacity", setFraction<&Style::fillOpacity>, inherit<&Style::fillOpacity>},
+bool setBlend(Style& style, const Style&, std::string_view value, Viewport) {
+  const auto blend = blendNamed(value);
+  if (blend) style.blend = *blend;
+  return blend.has_value();
+}
+
+bool setIsolation(Style& style, const Style&, std::string_view value, Viewport) {
+  style.isolated = value == "isolate";
+  return style.isolated || value == "auto";
+}
+
     {"stroke-opacity", setFraction<&Style::strokeOpacity>, inherit<&Style::strokeOpacity>},
     {"stroke-width", setLength<&Style::strokeWidth>, inherit<&Style::strokeWidth>},
     {"stroke-miterlimit", setMiterLimit, inherit<&Style::miterLimit>},
@@ -242,7 +253,8 @@ Style Style::inherited() const {
   inherit<&Style::opacity, &Style::displayed, &Style::overflows, &Style::clipPath,
           &Style::stopColor, &Style::stopIsCurrentColor, &Style::stopOpacity, &Style::filter,
           &Style::mask, &Style::alphaMask, &Style::floodColor, &Style::floodIsCurrentColor,
-          &Style::floodOpacity>(child, Style());
+          &Style::floodOpacity, &Style::strokeScales, &Style::blend, &Style::isolated,
+          &Style::transform, &Style::transformOrigin, &Style::transformsInBounds>(child, Style());
   return child;
 }
 
@@ -255,6 +267,8 @@ Understood setProperty(Style& style, const Style& parent, std::string_view name,
       return Understood::yes;
     }
     viewport.fontSize = style.fontSize;
+    {"mix-blend-mode", setBlend, inherit<&Style::blend>},
+    {"isolation", setIsolation, inherit<&Style::isolated>},
     return known->set(style, parent, value, viewport) ? Understood::yes : Understood::notTheValue;
   }
   viewport.fontSize = style.fontSize;
@@ -270,7 +284,10 @@ Understood setProperty(Style& style, const Style& parent, std::string_view name,
 }
 
 bool isProperty(std::string_view name) noexcept {
-  if (name == "transform" || name == "d" || name == "font") return false;
+  // Properties that are not attributes, and attributes of other syntax.
+  constexpr std::string_view kOthers[] = {"transform",      "d",        "font", "marker",
+                                          "mix-blend-mode", "isolation"};
+  if (std::ranges::find(kOthers, name) != std::end(kOthers)) return false;
   return std::ranges::find(kProperties, name, &Property::name) != std::end(kProperties) ||
          isTextProperty(name) ||
          std::ranges::any_of(kForeign, [&](const auto& foreign) { return foreign.name == name; });

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Model/Blend.h"
 #include "Svg/Scanner.h"
 #include "Svg/SvgColor.h"
 #include "Svg/SvgTextStyle.h"
@@ -46,11 +47,17 @@ struct Style {
 
   // Not inherited.
   double opacity = 1;
+  bool strokeScales = true;
   bool displayed = true;
   bool overflows = false;
-  std::string clipPath;  ///< id, or empty
-  std::string filter;    ///< id, or empty
-  std::string mask;      ///< id, or empty
+  Blend blend = Blend::normal;
+  bool isolated = false;
+  std::optional<std::string> transform;  ///< of a style sheet: replaces the attribute
+  std::string transformOrigin;
+  bool transformsInBounds = false;  ///< lengths of both are relative to the bounds of the node
+  std::string clipPath;             ///< id, or empty
+  std::string filter;               ///< id, or empty
+  std::string mask;                 ///< id, or empty
   bool alphaMask = false;
   Color floodColor;
   bool floodIsCurrentColor = false;

@@ -189,6 +189,11 @@ class Writer {
     if (traits.hidden) set(element, "display", "none");
     if (traits.clip) set(element, "clip-path", referenceTo(clip(*traits.clip)));
     if (traits.filter) set(element, "filter", referenceTo(define(*traits.filter)));
+    std::string blending;  // there are no attributes for these
+    if (traits.blend != Blend::normal)
+      blending = "mix-blend-mode:" + std::string(nameOf(traits.blend));
+    if (traits.isolated) blending += blending.empty() ? "isolation:isolate" : ";isolation:isolate";
+    if (!blending.empty()) set(element, "style", blending);
     if (const auto* mask = tq::objectCast<Mask>(traits.mask.get())) {
       set(element, "mask", referenceTo(define(*mask)));
     }

@@ -35,6 +35,8 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
               << grouped(picture->bytes().length()) << " bytes";
   }
   if (node.traits().opacity != 1) std::cout << "  opacity " << shortText(node.traits().opacity);
+  if (node.traits().blend != Blend::normal) std::cout << "  blend " << nameOf(node.traits().blend);
+  if (node.traits().isolated) std::cout << "  isolated";
   if (node.traits().clip) std::cout << "  clipped";
   if (node.traits().mask) std::cout << "  masked";
   if (node.traits().filter) std::cout << "  filtered";
@@ -59,6 +61,10 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   }
   if (node.traits().opacity != 1) record->setObject(jsonNumber(node.traits().opacity), "opacity");
   const auto flag = tq::Number::numberWith(tq::NumberValue(true));
+  if (node.traits().blend != Blend::normal) {
+    record->setObject(tq::String::of(nameOf(node.traits().blend)), "blend");
+  }
+  if (node.traits().isolated) record->setObject(flag, "isolated");
   if (node.traits().clip) record->setObject(flag, "clipped");
   if (node.traits().mask) record->setObject(flag, "masked");
   if (node.traits().filter) record->setObject(flag, "filtered");

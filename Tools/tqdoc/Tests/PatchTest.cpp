@@ -118,6 +118,8 @@ class RandomDrawing {
     traits.transform = {1, 0, 0, 1, sketch.look / 3.0, 0};
     if (sketch.look % 2 != 0) traits.opacity = 0.5;
     traits.hidden = sketch.look % 5 == 4;
+    if (sketch.look % 7 == 6) traits.blend = Blend::multiply;
+    traits.isolated = sketch.look % 4 == 3;
     if (sketch.look % 3 == 2) traits.clip = nodeOf({sketch.look % 2 == 0, 0, 0, sketch.shape, {}});
     if (sketch.isGroup) {
       std::vector<tq::Ref<tq::Object>> children;

@@ -39,6 +39,7 @@ TEST_F(Drawings, ThatDifferAreReported) {
       {"<path id='g' d='M0 0'/>", "root/0 (g): the kinds differ", false},
       {"<g id='g' opacity='.5'><path id='p' d='M0 0h9v9' fill='red'/></g>",
        "root/0 (g): the opacities differ", false},
+      {"<g id='g' style='mix-blend-mode:hue'/>", "root/0 (g): the blend modes differ", false},
   };
   for (const auto& [inside, difference, isAlike] : cases) {
     const auto other = drawingOf(inside);
