@@ -23,6 +23,7 @@
 #include "Svg/SvgText.h"
 
 namespace tqdoc {
+#include "Svg/SvgTransform.h"
 namespace {
 
 /// Elements that are not drawn where they are defined.
@@ -75,6 +76,8 @@ class Reader {
                                       const Bounds& bounds);
   [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
                                                 const Bounds& boundsOfNode);
+  [[nodiscard]] tq::AffineTransform transformOf(pugi::xml_node node, const Place& place,
+                                                const Bounds& bounds);
   [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children,
                                          const tq::AffineTransform& transform = {});
 
@@ -380,7 +383,7 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bou
   std::string_view name = attributeOf(node, "inkscape:label");
   if (name.empty()) name = attributeOf(node, "id");
   if (!name.empty()) traits.name = tq::String::stringWithUTF8Repaired(name);
-  if (node != context_.root()) traits.transform = transformOf(context_, node);
+  if (node != context_.root()) traits.transform = transformOf(node, place, bounds);
   traits.opacity = style.opacity;
   // Visibility is inherited, and a descendant may be visible again, so it never hides a group.
   const std::string_view element = context_.nameOf(node);
@@ -410,6 +413,26 @@ tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
     flag(style.clipEvenOdd, "evenOdd");
     return tq::refCast<tq::Dictionary>(result->copy());
   }
+tq::AffineTransform Reader::transformOf(pugi::xml_node node, const Place& place,
+                                        const Bounds& bounds) {
+  const Style& style = place.style;
+  Viewport viewport = place.viewport;
+  tq::Point corner;
+  if (style.transformsInBounds && (style.transform || !style.transformOrigin.empty())) {
+    const tq::Rect box = bounds();
+    if (!tq::RectIsNull(box)) corner = box.origin;
+    viewport = {tq::RectGetWidth(box), tq::RectGetHeight(box), viewport.fontSize};
+  }
+  const auto transform = style.transform ? parseStyleTransform(*style.transform, viewport)
+                                         : tqdoc::transformOf(context_, node);
+  const auto offset = parseTransformOrigin(style.transformOrigin, viewport);
+  const tq::Point origin{corner.x + (offset ? offset->x : 0), corner.y + (offset ? offset->y : 0)};
+  return tq::AffineTransformTranslate(
+      tq::AffineTransformConcat(transform.value_or(tq::AffineTransformIdentity),
+                                {1, 0, 0, 1, origin.x, origin.y}),
+      -origin.x, -origin.y);
+}
+
   const bool isPlain = style.fill.server.empty() && style.stroke.server.empty();
   const tq::Rect bounds = isPlain ? tq::Rect() : boundsOfNode();
   const auto paint = [&](const Paint& from) { return paintOf(node, from, place, bounds); };

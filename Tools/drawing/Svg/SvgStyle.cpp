@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Svg/SvgTransform.h"
+
 namespace tqdoc {
 namespace {
 
@@ -193,6 +195,23 @@ struct Property {
 
 constexpr Property kProperties[] = {
     {"fill", setPaint<&Style::fill>, inherit<&Style::fill>},
+bool setTransform(Style& style, const Style&, std::string_view value, Viewport viewport) {
+  if (!parseStyleTransform(value, viewport)) return false;
+  style.transform = value;
+  return true;
+}
+
+bool setTransformOrigin(Style& style, const Style&, std::string_view value, Viewport viewport) {
+  if (!parseTransformOrigin(value, viewport)) return false;
+  style.transformOrigin = value;
+  return true;
+}
+
+bool setTransformBox(Style& style, const Style&, std::string_view value, Viewport) {
+  style.transformsInBounds = value == "fill-box" || value == "content-box";
+  return style.transformsInBounds || value == "view-box";
+}
+
     {"stroke", setPaint<&Style::stroke>, inherit<&Style::stroke>},
     {"fill-opacity", setFraction<&Style::fillOpacity>, inherit<&Style::fillOpacity>},
 bool setBlend(Style& style, const Style&, std::string_view value, Viewport) {
@@ -247,6 +266,9 @@ constexpr struct {
 };
 
 }  // namespace
+    {"transform", setTransform, inherit<&Style::transform>},
+    {"transform-origin", setTransformOrigin, inherit<&Style::transformOrigin>},
+    {"transform-box", setTransformBox, inherit<&Style::transformsInBounds>},
 
 Style Style::inherited() const {
   Style child = *this;

@@ -53,6 +53,10 @@ TEST(SvgTransform, CombinesListsFromTheLeft) {
   for (const char* text : {"rotate", "rotate(", "scale()", "scale(1 2 3)", "matrix(1 2 3)",
                            "translate(a)", "turn(3)", "scale(1) x"}) {
     EXPECT_FALSE(parseTransform(text)) << text;
+    EXPECT_FALSE(parseStyleTransform(text, {})) << text;
+  }
+  for (const char* text : {"rotate(45)", "translate3d(1px, 2px, 3px)", "scale(1px)", "skew()"}) {
+    EXPECT_FALSE(parseStyleTransform(text, {})) << text;
   }
 }
 
