@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Model/Gradient.h"
+#include "Model/Marker.h"
 #include "Model/Mask.h"
 #include "Model/NodePairs.h"
 #include "Model/Text.h"
@@ -27,6 +28,9 @@ std::string textOf(const tq::Rect& rect) {
 }
 
 std::string textOf(const tq::Object& value) {
+  if (const auto* marker = tq::objectCast<Marker>(&value)) {
+    return placeOf("marker", marker->content());
+  }
   return tq::objectCast<Gradient>(&value) != nullptr ? "gradient" : value.description();
 }
 
@@ -114,11 +118,11 @@ Properties propertiesOf(const Node& a, const Node& b) {
   if (x.blend != y.blend) {
     differing.push_back({"blend", std::string(nameOf(x.blend)), std::string(nameOf(y.blend))});
   }
+  noteFlag("isolated", x.isolated, y.isolated);
   if (!x.clip != !y.clip || (x.clip && &x.clip->objectClass() != &y.clip->objectClass())) {
     const auto kind = [](const tq::Ref<Node>& clip) { return clip ? whatIs(*clip) : "none"; };
     differing.push_back({"clip", kind(x.clip), kind(y.clip)});
   }
-  noteFlag("isolated", x.isolated, y.isolated);
   if (!x.mask != !y.mask) {
     const auto kind = [](const tq::Ref<Node>& mask) { return mask ? whatIs(*mask) : "none"; };
     differing.push_back({"mask", kind(x.mask), kind(y.mask)});

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Model/Gradient.h"
+#include "Model/Marker.h"
 #include "Model/Mask.h"
 #include "Model/Numbers.h"
 #include "Model/Pattern.h"
@@ -100,6 +101,7 @@ void registerModel() {
   tq::Class::registerClass<PathData>();
   tq::Class::registerClass<Gradient>();
   tq::Class::registerClass<Filter>();
+  tq::Class::registerClass<Marker>();
   tq::Class::registerClass<Mask>();
   tq::Class::registerClass<Pattern>();
 }

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <optional>
 
+#include "Model/Marker.h"
 #include "Model/Mask.h"
 #include "Model/Numbers.h"
 #include "Model/Text.h"
@@ -107,6 +109,9 @@ namespace {
 [[nodiscard]] std::optional<double> strokeReach(const Shape& shape,
                                                 const tq::AffineTransform& transform) {
   if (shape.style().objectForKey("stroke") == nullptr) return std::nullopt;
+  if (numberIn(shape.style(), "nonScalingStroke", 0) != 0) {
+    return numberIn(shape.style(), "strokeWidth", 1) / 2;
+  }
   const double area = transform.a * transform.d - transform.b * transform.c;
   return numberIn(shape.style(), "strokeWidth", 1) / 2 * std::sqrt(std::abs(area));
 }
@@ -128,7 +133,7 @@ namespace {
   return fillMeets(frame.transformed(transform), false, area);
 }
 
-[[nodiscard]] bool meets(const PlacedNode& placed, const tq::Rect& area);
+[[nodiscard]] bool meets(const PlacedNode& placed, const tq::Rect& area, bool inMarker = false);
 
 /// A mask shows what its region and any of its nodes cover, whatever their brightness.
 [[nodiscard]] bool maskMeets(const Mask& mask, const tq::AffineTransform& parent,
@@ -158,11 +163,13 @@ namespace {
   });
 }
 
-bool meets(const PlacedNode& placed, const tq::Rect& area) {
+[[nodiscard]] bool markersMeet(const PlacedNode& placed, const tq::Rect& area);
+
+bool meets(const PlacedNode& placed, const tq::Rect& area, bool inMarker) {
   const tq::AffineTransform& transform = placed.transform;
   bool there = false;
   if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
-    there = shapeMeets(*shape, transform, area);
+    there = shapeMeets(*shape, transform, area) || (!inMarker && markersMeet(placed, area));
   } else if (const auto* text = tq::objectCast<Text>(placed.node)) {
     there = std::ranges::any_of(text->shapes(), [&](const tq::Ref<Shape>& glyphs) {
       return shapeMeets(*glyphs, transform, area);
@@ -179,8 +186,8 @@ bool meets(const PlacedNode& placed, const tq::Rect& area) {
   return grown(shape.path().tightBounds(transform), strokeReach(shape, transform).value_or(0));
 }
 
-/// Returns a rect around everything that a node paints.
-[[nodiscard]] tq::Rect inkBounds(const PlacedNode& placed) {
+/// Returns a rect around everything that a node paints, without markers.
+[[nodiscard]] tq::Rect plainBounds(const PlacedNode& placed) {
   if (const auto* shape = tq::objectCast<Shape>(placed.node)) {
     return inkBounds(*shape, placed.transform);
   }
@@ -190,6 +197,47 @@ bool meets(const PlacedNode& placed, const tq::Rect& area) {
   for (const auto& glyphs : text->shapes()) {
     bounds = tq::RectUnion(bounds, inkBounds(*glyphs, placed.transform));
   }
+  return bounds;
+}
+
+/// Calls `visit` with each marker of a shape, its transform to the drawing, and a rect around it.
+/// Stops when `visit` returns true.
+template <class Visit>
+void findMarker(const PlacedNode& placed, Visit&& visit) {
+  const auto* shape = tq::objectCast<Shape>(placed.node);
+  if (shape == nullptr) return;
+  std::map<const Marker*, tq::Rect> known;
+  for (const PlacedMarker& each : placedMarkers(*shape)) {
+    const auto [bounds, isNew] = known.emplace(each.marker, tq::RectNull);
+    if (isNew) {
+      for (const PlacedNode& part : placedNodes(each.marker->content())) {
+        bounds->second = tq::RectUnion(bounds->second, plainBounds(part));
+      }
+    }
+    const auto transform = tq::AffineTransformConcat(each.transform, placed.transform);
+    const tq::Rect around = tq::RectApplyAffineTransform(bounds->second, transform);
+    if (visit(each.marker->content(), transform, around)) return;
+  }
+}
+
+[[nodiscard]] bool markersMeet(const PlacedNode& placed, const tq::Rect& area) {
+  bool met = false;
+  findMarker(placed, [&](const Node& content, const auto& transform, const tq::Rect& around) {
+    met = tq::RectIntersectsRect(around, area) &&
+          std::ranges::any_of(placedNodes(content, transform),
+                              [&](const PlacedNode& part) { return meets(part, area, true); });
+    return met;
+  });
+  return met;
+}
+
+/// Returns a rect around everything that a node paints.
+[[nodiscard]] tq::Rect inkBounds(const PlacedNode& placed) {
+  tq::Rect bounds = plainBounds(placed);
+  findMarker(placed, [&](const Node&, const auto&, const tq::Rect& around) {
+    bounds = tq::RectUnion(bounds, around);
+    return false;
+  });
   return bounds;
 }
 

@@ -21,9 +21,9 @@ class HitIndex {
   ///
   /// A shape paints its fill, and everything within half the stroke width of a stroked outline, as
   /// if caps and joins were round and dashes solid. Under a non-uniform scale, the mean width
-  /// counts. A picture paints its frame, a text its glyphs. The clips and masks of a node must
-  /// cover a part of the area, too. Filters are ignored, and patterns count as plain paint. Curves
-  /// are approximated to a millionth of their extent.
+  /// counts. A picture paints its frame, a text its glyphs, a shape its markers, too. The clips and
+  /// masks of a node must cover a part of the area, too. Filters are ignored, and patterns count as
+  /// plain paint. Curves are approximated to a millionth of their extent.
   [[nodiscard]] std::vector<const PlacedNode*> hits(const tq::Rect& area) const;
 
  private:

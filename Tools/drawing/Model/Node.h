@@ -85,7 +85,9 @@ class Group : public tq::Subclass<Group, Node> {
 /// "evenOdd", whether the fill uses the even-odd rule (no); "strokeWidth" (1); "lineCap", "butt",
 /// "round" or "square"; "lineJoin", "miter", "round" or "bevel"; "miterLimit" (4); "dashes", an
 /// array of lengths, and "dashOffset" (0); "paintOrder", the words "fill", "stroke" and "markers"
-/// in the order of painting (that order).
+/// in the order of painting (that order); "markerStart", "markerMid" and "markerEnd", a Marker for
+/// the first, the inner and the last points; "nonScalingStroke", whether the stroke's width and
+/// dashes are in pixels of the picture (no).
 class Shape final : public tq::Subclass<Shape, Node> {
  public:
   static constexpr std::string_view className = "TQDocShape";
@@ -135,11 +137,11 @@ class Picture final : public tq::Subclass<Picture, Node> {
 /// Returns "group", "shape", "picture" or "text".
 [[nodiscard]] const char* kindOf(const Node& node) noexcept;
 
-/// Returns the place of a node for messages, such as "root/1/0 (eye)": indexes and its name.
-[[nodiscard]] std::string placeOf(const std::string& path, const Node& node);
 /// Returns true if something in `node` blends with what is behind it.
 [[nodiscard]] bool blendsWithBackdrop(const Node& node);
 
+/// Returns the place of a node for messages, such as "root/1/0 (eye)": indexes and its name.
+[[nodiscard]] std::string placeOf(const std::string& path, const Node& node);
 
 /// Returns the smallest rect around the visible outlines and frames of a node, without strokes, in
 /// the coordinates of its parent. The null rect if there are none.

@@ -10,14 +10,15 @@
 #include <vector>
 
 #include "Model/Document.h"
+#include "Model/Marker.h"
 #include "Model/Numbers.h"
 #include "Model/Text.h"
 #include "Render/CairoSource.h"
 #include "Render/FilterPainter.h"
+#include "Render/Images.h"
 #include "Render/InkBounds.h"
 #include "Render/Layer.h"
 
-#include "Render/Images.h"
 namespace tqdoc {
 namespace {
 
@@ -79,7 +80,6 @@ void setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transfor
   }
 }
 
-}  // namespace
 [[nodiscard]] cairo_operator_t operatorOf(Blend blend) {
   static_assert(CAIRO_OPERATOR_HSL_LUMINOSITY - CAIRO_OPERATOR_MULTIPLY ==
                 static_cast<int>(Blend::luminosity) - static_cast<int>(Blend::multiply));
@@ -88,6 +88,7 @@ void setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transfor
                                        static_cast<int>(Blend::multiply));
 }
 
+}  // namespace
 
 void addPath(cairo_t* cr, const PathData& path) {
   cairo_new_path(cr);
@@ -105,7 +106,6 @@ void addPath(cairo_t* cr, const PathData& path) {
   });
 }
 
-void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
 void Painter::paintDrawing(const Node& root, const tq::AffineTransform& parent) {
   if (!blendsWithBackdrop(root)) return paint(root, parent);
   setTransform(cr_, tq::AffineTransformIdentity);
@@ -116,9 +116,11 @@ void Painter::paintDrawing(const Node& root, const tq::AffineTransform& parent) 
   cairo_paint(cr_);
 }
 
+void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
   const Node::Traits& traits = node.traits();
   const auto transform = tq::AffineTransformConcat(traits.transform, parent);
   if (traits.hidden || !isUsable(transform)) return;
+  if (inMarker_ && ++markerNodes_ > kMarkerNodeLimit) return;
   const bool translucent = traits.opacity < 1 && !silhouette_;
   const bool changed = (traits.filter || traits.mask) && !silhouette_;
   const bool blending = (traits.isolated || traits.blend != Blend::normal) && !silhouette_;
@@ -234,7 +236,8 @@ void Painter::paintShape(const Shape& shape, const tq::AffineTransform& transfor
     std::string_view word;
     void (Painter::*paint)(const Shape&, const tq::AffineTransform&);
   };
-  std::array parts{Part{"fill", &Painter::fill}, Part{"stroke", &Painter::stroke}};
+  std::array parts{Part{"fill", &Painter::fill}, Part{"stroke", &Painter::stroke},
+                   Part{"markers", &Painter::paintMarkers}};
   const std::string_view order = textIn(shape.style(), "paintOrder");
   std::ranges::stable_sort(parts, {}, [&](const Part& part) { return order.find(part.word); });
   for (const Part& part : parts) (this->*part.paint)(shape, transform);
@@ -260,9 +263,20 @@ void Painter::stroke(const Shape& shape, const tq::AffineTransform& transform) {
   if (!setPaint(style.objectForKey("stroke"), numberIn(style, "strokeOpacity", 1), transform))
     return;
   addPath(cr_, shape.path());
-  setPen(cr_, shape, transform);
+  const bool scales = numberIn(style, "nonScalingStroke", 0) == 0;
+  if (!scales) setTransform(cr_, tq::AffineTransformIdentity);
+  setPen(cr_, shape, scales ? transform : tq::AffineTransformIdentity);
   cairo_stroke(cr_);
   cairo_set_tolerance(cr_, kTolerance);
+}
+
+void Painter::paintMarkers(const Shape& shape, const tq::AffineTransform& transform) {
+  if (std::exchange(inMarker_, true)) return;
+  for (const PlacedMarker& placed : placedMarkers(shape)) {
+    if (markerNodes_ > kMarkerNodeLimit) break;
+    paint(placed.marker->content(), tq::AffineTransformConcat(placed.transform, transform));
+  }
+  inMarker_ = false;
 }
 
 bool Painter::setPaint(const tq::Object* paint, double opacity,
@@ -331,6 +345,7 @@ void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& tr
   setTransform(cr_, inside);
   cairo_rectangle(cr_, 0, 0, width, height);
   cairo_set_source_surface(cr_, image.get(), 0, 0);
+  cairo_pattern_set_extend(cairo_get_source(cr_), CAIRO_EXTEND_PAD);  // no soft edges
   cairo_fill(cr_);
   cairo_restore(cr_);
 }

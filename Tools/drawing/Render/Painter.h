@@ -21,23 +21,27 @@ class Painter {
   /// The maximum number of pixels that the steps of filters and the tiles of patterns compute, for
   /// all nodes together. Then, filters have no effect and patterns are not drawn.
   static constexpr std::size_t kPixelLimit = std::size_t{1} << 33;
+  /// The maximum number of nodes that are drawn as parts of markers. A small archive could have a
+  /// large marker at each of many points. Markers inside markers are not drawn.
+  static constexpr std::size_t kMarkerNodeLimit = 1'000'000;
 
   explicit Painter(cairo_t* context) noexcept : cr_(context) {}
+
+  /// Paints the root of a drawing: nothing in it blends with what was there before.
+  void paintDrawing(const Node& root, const tq::AffineTransform& parent);
 
   /// @param parent  from the coordinates around the node to pixels
   void paint(const Node& node, const tq::AffineTransform& parent);
 
  private:
   void paintAsLayer(const Node& node, const tq::AffineTransform& transform);
-  /// Paints the root of a drawing: nothing in it blends with what was there before.
-  void paintDrawing(const Node& root, const tq::AffineTransform& parent);
-
   void paintFiltered(const Node& node, const tq::AffineTransform& transform);
   void paintMasked(const Mask& mask, const tq::AffineTransform& transform);
   void paintContent(const Node& node, const tq::AffineTransform& transform);
   void paintShape(const Shape& shape, const tq::AffineTransform& transform);
   void fill(const Shape& shape, const tq::AffineTransform& transform);
   void stroke(const Shape& shape, const tq::AffineTransform& transform);
+  void paintMarkers(const Shape& shape, const tq::AffineTransform& transform);
   [[nodiscard]] bool setPaint(const tq::Object* paint, double opacity,
                               const tq::AffineTransform& transform);
   [[nodiscard]] bool setPattern(const Pattern& pattern, double opacity,
@@ -54,6 +58,8 @@ class Painter {
   cairo_t* cr_;
   int layers_ = 0;
   std::size_t pixelsLeft_ = kPixelLimit;
+  bool inMarker_ = false;
+  std::size_t markerNodes_ = 0;
   bool silhouette_ = false;  // for clipping: outlines are filled and their style is ignored
 };
 

@@ -61,6 +61,9 @@ class SvgContext {
   /// @throws SvgFault if the drawing is too large
   void charge(std::size_t work, pugi::xml_node where);
 
+  /// Returns what is left of the work that the drawing may cost.
+  [[nodiscard]] std::size_t workLeft() const noexcept { return workLeft_; }
+
   [[nodiscard]] const Features& features() const noexcept { return features_; }
 
  private:

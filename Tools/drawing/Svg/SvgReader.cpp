@@ -4,11 +4,13 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include <pugixml.hpp>
 
+#include "Model/Marker.h"
 #include "Model/Mask.h"
 #include "Model/Numbers.h"
 #include "Model/TextLayout.h"
@@ -21,9 +23,9 @@
 #include "Svg/SvgShapes.h"
 #include "Svg/SvgStyleSheet.h"
 #include "Svg/SvgText.h"
+#include "Svg/SvgTransform.h"
 
 namespace tqdoc {
-#include "Svg/SvgTransform.h"
 namespace {
 
 /// Elements that are not drawn where they are defined.
@@ -74,10 +76,15 @@ class Reader {
                                    const tq::Rect& bounds);
   [[nodiscard]] Node::Traits traitsOf(pugi::xml_node node, const Place& place,
                                       const Bounds& bounds);
-  [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
-                                                const Bounds& boundsOfNode);
+  [[nodiscard]] tq::Ref<Marker> readMarker(const std::string& id, std::size_t points);
+  [[nodiscard]] tq::Ref<Marker> newMarker(pugi::xml_node node);
+  [[nodiscard]] tq::Ref<tq::Dictionary> withMarkers(pugi::xml_node node, const Style& style,
+                                                    const PathData& path,
+                                                    tq::Ref<tq::Dictionary> without);
   [[nodiscard]] tq::AffineTransform transformOf(pugi::xml_node node, const Place& place,
                                                 const Bounds& bounds);
+  [[nodiscard]] tq::Ref<tq::Dictionary> styleOf(pugi::xml_node node, const Place& place,
+                                                const Bounds& boundsOfNode);
   [[nodiscard]] static tq::Rect boundsOf(const tq::Array& children,
                                          const tq::AffineTransform& transform = {});
 
@@ -89,6 +96,13 @@ class Reader {
   std::vector<pugi::xml_node> followed_;
   int depth_ = 0;
   bool inClip_ = false;
+  Viewport page_;
+  struct KnownMarker {
+    tq::Ref<Marker> marker;
+    std::size_t work = 0;
+  };
+  std::unordered_map<std::string, KnownMarker> markers_;  // by id
+  bool inMarker_ = false;
 };
 
 class Reader::Following {
@@ -118,8 +132,8 @@ tq::Ref<Document> Reader::read() {
   const tq::Rect viewBox = hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3])
                                   : tq::Rect(0, 0, size.width, size.height);
 
-  const Viewport viewport{viewBox.size.width, viewBox.size.height};
-  Place place{sheet_.styleOf(root, Style(), viewport), viewport};
+  page_ = {viewBox.size.width, viewBox.size.height};
+  Place place{sheet_.styleOf(root, Style(), page_), page_};
   auto children = readChildren(root, place);
   auto group =
       tq::makeRef<Group>(traitsOf(root, place, [&] { return boundsOf(*children); }), children);
@@ -193,7 +207,7 @@ tq::Ref<Node> Reader::readShape(pugi::xml_node node, const Place& place) {
   if (path->isEmpty()) return nullptr;
   const auto bounds = [&] { return path->tightBounds(); };
   auto traits = traitsOf(node, place, bounds);
-  auto style = styleOf(node, place, bounds);
+  auto style = withMarkers(node, place.style, *path, styleOf(node, place, bounds));
   return tq::makeRef<Shape>(std::move(traits), std::move(path), std::move(style));
 }
 
@@ -385,6 +399,8 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bou
   if (!name.empty()) traits.name = tq::String::stringWithUTF8Repaired(name);
   if (node != context_.root()) traits.transform = transformOf(node, place, bounds);
   traits.opacity = style.opacity;
+  traits.blend = style.blend;
+  traits.isolated = style.isolated && !isOutline(context_.nameOf(node));
   // Visibility is inherited, and a descendant may be visible again, so it never hides a group.
   const std::string_view element = context_.nameOf(node);
   traits.hidden =
@@ -397,22 +413,106 @@ Node::Traits Reader::traitsOf(pugi::xml_node node, const Place& place, const Bou
   return traits;
 }
 
-tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
-                                        const Bounds& boundsOfNode) {
-  const Style& style = place.style;
-  auto result = tq::MutableDictionary::dictionary();
-  const auto flag = [&](bool on, std::string_view key) {
-  traits.blend = style.blend;
-  traits.isolated = style.isolated && !isOutline(context_.nameOf(node));
-    if (on) result->setObject(tq::Number::numberWith(tq::NumberValue(true)), key);
+/// Adds the markers to the style of a shape. They are for paths and lines, not for circles and
+/// rects.
+tq::Ref<tq::Dictionary> Reader::withMarkers(pugi::xml_node node, const Style& style,
+                                            const PathData& path, tq::Ref<tq::Dictionary> without) {
+  const std::string_view element = context_.nameOf(node);
+  const bool isLine = element != "rect" && element != "circle" && element != "ellipse";
+  const bool hasMarkers =
+      !style.markerStart.empty() || !style.markerMid.empty() || !style.markerEnd.empty();
+  if (inClip_ || !isLine || !hasMarkers) return without;
+  const auto result = tq::MutableDictionary::dictionaryWithDictionary(*without);
+  const auto setMarker = [&](const std::string& id, std::size_t points, std::string_view key) {
+    if (id.empty()) return;
+    auto marker = readMarker(id, points);
+    if (!marker) return;
+    if (marker->placing().scalesWithStroke && style.strokeWidth != 1) {
+      result->setObject(number(style.strokeWidth), "strokeWidth");
+    }
+    result->setObject(std::move(marker), key);
   };
-  const auto measure = [&](double value, double otherwise, std::string_view key) {
-    if (value != otherwise) result->setObject(number(value), key);
-  };
-  if (inClip_) {
-    flag(style.clipEvenOdd, "evenOdd");
-    return tq::refCast<tq::Dictionary>(result->copy());
+  setMarker(style.markerStart, 1, "markerStart");
+  setMarker(style.markerEnd, 1, "markerEnd");
+  const bool hasArcs = attributeOf(node, "d").find_first_of("aA") != std::string_view::npos;
+  if (hasArcs && !style.markerMid.empty()) {
+    context_.leaveOut("marker-mid of arcs");  // an arc is several steps of the model
+  } else {
+    setMarker(style.markerMid, path.steps().size(), "markerMid");
   }
+  return tq::refCast<tq::Dictionary>(result->copy());
+}
+
+/// Returns the marker with this id, or null. It costs its work again at each point.
+tq::Ref<Marker> Reader::readMarker(const std::string& id, std::size_t points) {
+  const pugi::xml_node node = context_.find(id);
+  if (inMarker_ || context_.nameOf(node) != "marker") {
+    context_.leaveOut(inMarker_ ? "marker inside a marker" : "marker without a target");
+    return nullptr;
+  }
+  const auto [known, isNew] = markers_.try_emplace(id);
+  if (isNew) {
+    inMarker_ = true;
+    const std::size_t before = context_.workLeft();
+    known->second.marker = newMarker(node);
+    known->second.work = before - context_.workLeft();
+    inMarker_ = false;
+  }
+  context_.charge(points * known->second.work, node);
+  return known->second.marker;
+}
+
+/// Its content is placed with the reference point at the origin. A marker that adds nothing to the
+/// group in it is that group.
+tq::Ref<Marker> Reader::newMarker(pugi::xml_node node) {
+  Place place{sheet_.styleOf(node, sheet_.styleAround(node, page_), page_), page_};
+  place.viewport.fontSize = place.style.fontSize;
+  const tq::Size size{
+      lengthOf(context_, node, "markerWidth", place.viewport, Extent::horizontal, 3),
+      lengthOf(context_, node, "markerHeight", place.viewport, Extent::vertical, 3)};
+  if (!(size.width > 0 && size.height > 0)) return nullptr;
+  const auto box = parseNumbers(attributeOf(node, "viewBox"));
+  const bool hasBox = box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0;
+  const tq::Rect viewBox =
+      hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3]) : tq::Rect({0, 0}, size);
+  const auto fitted = viewTransform(viewBox, size, attributeOf(node, "preserveAspectRatio"));
+  place.viewport.width = viewBox.size.width;
+  place.viewport.height = viewBox.size.height;
+  const tq::Point reference{lengthOf(context_, node, "refX", place.viewport, Extent::horizontal),
+                            lengthOf(context_, node, "refY", place.viewport, Extent::vertical)};
+  auto children = readChildren(node, place);
+
+  Node::Traits traits = traitsOf(node, place, [&] { return boundsOf(*children); });
+  traits.hidden = false;  // it is never displayed itself
+  traits.transform =
+      tq::AffineTransformTranslate({fitted.a, 0, 0, fitted.d, 0, 0}, -reference.x, -reference.y);
+  if (!place.style.overflows && !traits.clip) {
+    const tq::Rect cut =
+        tq::RectApplyAffineTransform({{0, 0}, size}, tq::AffineTransformInvert(fitted));
+    traits.clip =
+        tq::makeRef<Shape>(Node::Traits{}, rectanglePath(cut), tq::Dictionary::dictionary());
+  }
+  const bool addsNothing = traits.transform == tq::AffineTransformIdentity && !traits.clip &&
+                           traits.opacity == 1 && children->count() == 1;
+  tq::Ref<Node> content;
+  if (addsNothing) content = tq::share(static_cast<Node&>(children->objectAtIndex(0)));
+  if (!tq::objectCast<Group>(content.get())) {
+    content = tq::makeRef<Group>(std::move(traits), std::move(children));
+  }
+
+  Marker::Placing placing;
+  placing.scalesWithStroke = attributeOf(node, "markerUnits") != "userSpaceOnUse";
+  const std::string_view orient = trimmed(attributeOf(node, "orient"));
+  if (orient == "auto") {
+    placing.direction = Marker::Direction::alongPath;
+  } else if (orient == "auto-start-reverse") {
+    placing.direction = Marker::Direction::alongPathFromStart;
+  } else {
+    placing.degrees = parseAngle(orient, true).value_or(0);
+  }
+  return tq::makeRef<Marker>(std::move(content), placing);
+}
+
 tq::AffineTransform Reader::transformOf(pugi::xml_node node, const Place& place,
                                         const Bounds& bounds) {
   const Style& style = place.style;
@@ -433,6 +533,20 @@ tq::AffineTransform Reader::transformOf(pugi::xml_node node, const Place& place,
       -origin.x, -origin.y);
 }
 
+tq::Ref<tq::Dictionary> Reader::styleOf(pugi::xml_node node, const Place& place,
+                                        const Bounds& boundsOfNode) {
+  const Style& style = place.style;
+  auto result = tq::MutableDictionary::dictionary();
+  const auto flag = [&](bool on, std::string_view key) {
+    if (on) result->setObject(tq::Number::numberWith(tq::NumberValue(true)), key);
+  };
+  const auto measure = [&](double value, double otherwise, std::string_view key) {
+    if (value != otherwise) result->setObject(number(value), key);
+  };
+  if (inClip_) {
+    flag(style.clipEvenOdd, "evenOdd");
+    return tq::refCast<tq::Dictionary>(result->copy());
+  }
   const bool isPlain = style.fill.server.empty() && style.stroke.server.empty();
   const tq::Rect bounds = isPlain ? tq::Rect() : boundsOfNode();
   const auto paint = [&](const Paint& from) { return paintOf(node, from, place, bounds); };
@@ -457,6 +571,7 @@ tq::AffineTransform Reader::transformOf(pugi::xml_node node, const Place& place,
       measure(style.dashOffset, 0, "dashOffset");
     }
   }
+  flag(!style.strokeScales && result->objectForKey("stroke") != nullptr, "nonScalingStroke");
   if (!style.paintOrder.empty() && result->count() > 0) {
     result->setObject(tq::String::of(style.paintOrder), "paintOrder");
   }

@@ -167,6 +167,19 @@ bool setFilterColors(Style& style, const Style&, std::string_view value, Viewpor
   return value == "sRGB" || value == "linearRGB" || value == "auto";
 }
 
+template <auto... members>
+bool setMarker(Style& style, const Style&, std::string_view value, Viewport) {
+  const std::string_view id = parseReference(value).id;
+  if (id.empty() && value != "none") return false;
+  ((style.*members = id), ...);
+  return true;
+}
+
+bool setVectorEffect(Style& style, const Style&, std::string_view value, Viewport) {
+  style.strokeScales = value != "non-scaling-stroke";
+  return value == "none" || !style.strokeScales;
+}
+
 bool setDisplay(Style& style, const Style&, std::string_view value, Viewport) {
   style.displayed = value != "none";
   return true;
@@ -182,19 +195,17 @@ bool setOverflow(Style& style, const Style&, std::string_view value, Viewport) {
   return true;
 }
 
-template <auto... members>
-void inherit(Style& style, const Style& parent) {
-  ((style.*members = parent.*members), ...);
+bool setBlend(Style& style, const Style&, std::string_view value, Viewport) {
+  const auto blend = blendNamed(value);
+  if (blend) style.blend = *blend;
+  return blend.has_value();
 }
 
-struct Property {
-  std::string_view name;
-  Setter set;
-  Inheritor inheritFrom;
-};
+bool setIsolation(Style& style, const Style&, std::string_view value, Viewport) {
+  style.isolated = value == "isolate";
+  return style.isolated || value == "auto";
+}
 
-constexpr Property kProperties[] = {
-    {"fill", setPaint<&Style::fill>, inherit<&Style::fill>},
 bool setTransform(Style& style, const Style&, std::string_view value, Viewport viewport) {
   if (!parseStyleTransform(value, viewport)) return false;
   style.transform = value;
@@ -212,19 +223,21 @@ bool setTransformBox(Style& style, const Style&, std::string_view value, Viewpor
   return style.transformsInBounds || value == "view-box";
 }
 
+template <auto... members>
+void inherit(Style& style, const Style& parent) {
+  ((style.*members = parent.*members), ...);
+}
+
+struct Property {
+  std::string_view name;
+  Setter set;
+  Inheritor inheritFrom;
+};
+
+constexpr Property kProperties[] = {
+    {"fill", setPaint<&Style::fill>, inherit<&Style::fill>},
     {"stroke", setPaint<&Style::stroke>, inherit<&Style::stroke>},
     {"fill-opacity", setFraction<&Style::fillOpacity>, inherit<&Style::fillOpacity>},
-bool setBlend(Style& style, const Style&, std::string_view value, Viewport) {
-  const auto blend = blendNamed(value);
-  if (blend) style.blend = *blend;
-  return blend.has_value();
-}
-
-bool setIsolation(Style& style, const Style&, std::string_view value, Viewport) {
-  style.isolated = value == "isolate";
-  return style.isolated || value == "auto";
-}
-
     {"stroke-opacity", setFraction<&Style::strokeOpacity>, inherit<&Style::strokeOpacity>},
     {"stroke-width", setLength<&Style::strokeWidth>, inherit<&Style::strokeWidth>},
     {"stroke-miterlimit", setMiterLimit, inherit<&Style::miterLimit>},
@@ -235,6 +248,12 @@ bool setIsolation(Style& style, const Style&, std::string_view value, Viewport) 
     {"fill-rule", setRule<&Style::fillEvenOdd>, inherit<&Style::fillEvenOdd>},
     {"clip-rule", setRule<&Style::clipEvenOdd>, inherit<&Style::clipEvenOdd>},
     {"paint-order", setPaintOrder, inherit<&Style::paintOrder>},
+    {"marker", setMarker<&Style::markerStart, &Style::markerMid, &Style::markerEnd>,
+     inherit<&Style::markerStart, &Style::markerMid, &Style::markerEnd>},
+    {"marker-start", setMarker<&Style::markerStart>, inherit<&Style::markerStart>},
+    {"marker-mid", setMarker<&Style::markerMid>, inherit<&Style::markerMid>},
+    {"marker-end", setMarker<&Style::markerEnd>, inherit<&Style::markerEnd>},
+    {"vector-effect", setVectorEffect, inherit<&Style::strokeScales>},
     {"visibility", setVisibility, inherit<&Style::visible>},
     {"color", setColor<&Style::color>, inherit<&Style::color>},
     {"font-size", setFontSize, inherit<&Style::fontSize>},
@@ -247,6 +266,11 @@ bool setIsolation(Style& style, const Style&, std::string_view value, Viewport) 
     {"mask", setReference<&Style::mask>, inherit<&Style::mask>},
     {"mask-type", setMaskType, inherit<&Style::alphaMask>},
     {"color-interpolation-filters", setFilterColors, inherit<&Style::linearFilters>},
+    {"mix-blend-mode", setBlend, inherit<&Style::blend>},
+    {"isolation", setIsolation, inherit<&Style::isolated>},
+    {"transform", setTransform, inherit<&Style::transform>},
+    {"transform-origin", setTransformOrigin, inherit<&Style::transformOrigin>},
+    {"transform-box", setTransformBox, inherit<&Style::transformsInBounds>},
     {"stop-color", setColorOrCurrent<&Style::stopColor, &Style::stopIsCurrentColor>,
      inherit<&Style::stopColor, &Style::stopIsCurrentColor>},
     {"stop-opacity", setFraction<&Style::stopOpacity>, inherit<&Style::stopOpacity>},
@@ -260,15 +284,10 @@ constexpr struct {
   std::string_view name;
   std::string_view idle;
 } kForeign[] = {
-    {"marker", "none"},     {"marker-start", "none"},    {"marker-mid", "none"},
-    {"marker-end", "none"}, {"vector-effect", "none"},   {"mix-blend-mode", "normal"},
-    {"transform", "none"},  {"transform-origin", "0 0"}, {"d", "none"},
+    {"d", "none"},
 };
 
 }  // namespace
-    {"transform", setTransform, inherit<&Style::transform>},
-    {"transform-origin", setTransformOrigin, inherit<&Style::transformOrigin>},
-    {"transform-box", setTransformBox, inherit<&Style::transformsInBounds>},
 
 Style Style::inherited() const {
   Style child = *this;
@@ -289,8 +308,6 @@ Understood setProperty(Style& style, const Style& parent, std::string_view name,
       return Understood::yes;
     }
     viewport.fontSize = style.fontSize;
-    {"mix-blend-mode", setBlend, inherit<&Style::blend>},
-    {"isolation", setIsolation, inherit<&Style::isolated>},
     return known->set(style, parent, value, viewport) ? Understood::yes : Understood::notTheValue;
   }
   viewport.fontSize = style.fontSize;

@@ -39,6 +39,7 @@ struct Style {
   bool fillEvenOdd = false;
   bool clipEvenOdd = false;
   std::string paintOrder;  ///< empty, or all of "fill", "stroke" and "markers" in another order
+  std::string markerStart, markerMid, markerEnd;  ///< ids, or empty
   bool visible = true;
   Color color;
   double fontSize = 16;
@@ -46,8 +47,8 @@ struct Style {
   bool linearFilters = true;  ///< filters compute with linear light instead of sRGB values
 
   // Not inherited.
-  double opacity = 1;
   bool strokeScales = true;
+  double opacity = 1;
   bool displayed = true;
   bool overflows = false;
   Blend blend = Blend::normal;

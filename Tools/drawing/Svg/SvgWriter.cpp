@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <span>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,7 @@
 
 #include "Model/Features.h"
 #include "Model/Gradient.h"
+#include "Model/Marker.h"
 #include "Model/Mask.h"
 #include "Model/Numbers.h"
 #include "Model/Pattern.h"
@@ -187,13 +189,13 @@ class Writer {
     }
     if (traits.opacity != 1) set(element, "opacity", traits.opacity);
     if (traits.hidden) set(element, "display", "none");
-    if (traits.clip) set(element, "clip-path", referenceTo(clip(*traits.clip)));
-    if (traits.filter) set(element, "filter", referenceTo(define(*traits.filter)));
     std::string blending;  // there are no attributes for these
     if (traits.blend != Blend::normal)
       blending = "mix-blend-mode:" + std::string(nameOf(traits.blend));
     if (traits.isolated) blending += blending.empty() ? "isolation:isolate" : ";isolation:isolate";
     if (!blending.empty()) set(element, "style", blending);
+    if (traits.clip) set(element, "clip-path", referenceTo(clip(*traits.clip)));
+    if (traits.filter) set(element, "filter", referenceTo(define(*traits.filter)));
     if (const auto* mask = tq::objectCast<Mask>(traits.mask.get())) {
       set(element, "mask", referenceTo(define(*mask)));
     }
@@ -227,6 +229,15 @@ class Writer {
     const auto* dashes = tq::objectCast<tq::Array>(style.objectForKey("dashes"));
     const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
     if (lengths) set(element, "stroke-dasharray", textOf(*lengths));
+    if (numberIn(style, "nonScalingStroke", 0) != 0) {
+      set(element, "vector-effect", "non-scaling-stroke");
+    }
+    constexpr std::pair<const char*, const char*> kMarkers[] = {
+        {"markerStart", "marker-start"}, {"markerMid", "marker-mid"}, {"markerEnd", "marker-end"}};
+    for (const auto& [key, attribute] : kMarkers) {
+      const auto* marker = tq::objectCast<Marker>(style.objectForKey(key));
+      if (marker != nullptr) set(element, attribute, referenceTo(define(*marker)));
+    }
   }
 
   void writePicture(pugi::xml_node element, const Picture& picture) {
@@ -269,6 +280,25 @@ class Writer {
       set(child, "stop-color", colorText({stop.red, stop.green, stop.blue, 1}));
       if (stop.alpha != 1) set(child, "stop-opacity", stop.alpha);
     }
+    return element;
+  }
+
+  /// Defines a marker once. Its only child has the transform and the clip.
+  [[nodiscard]] pugi::xml_node define(const Marker& marker) {
+    const auto [known, isNew] = markers_.try_emplace(&marker);
+    if (!isNew) return known->second;
+    pugi::xml_node element = definition("marker");
+    known->second = element;
+    const Marker::Placing& placing = marker.placing();
+    if (!placing.scalesWithStroke) set(element, "markerUnits", "userSpaceOnUse");
+    if (placing.direction != Marker::Direction::fixed) {
+      const bool isTurned = placing.direction == Marker::Direction::alongPathFromStart;
+      set(element, "orient", isTurned ? "auto-start-reverse" : "auto");
+    } else if (placing.degrees != 0) {
+      set(element, "orient", placing.degrees);
+    }
+    set(element, "overflow", "visible");
+    write(element, marker.content());
     return element;
   }
 
@@ -378,6 +408,7 @@ class Writer {
   pugi::xml_document xml_;
   pugi::xml_node definitions_;
   std::size_t definitionCount_ = 0;
+  std::unordered_map<const Marker*, pugi::xml_node> markers_;
 };
 
 }  // namespace

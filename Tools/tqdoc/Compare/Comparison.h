@@ -6,7 +6,8 @@
 /// Differences that are known and intended (with its version 2.54): tqdoc takes the bounds of a
 /// rotated curve in the shape's own coordinates, exactly, which gradients relative to the bounds
 /// show. It clips clip paths that have a clip-path themselves, and what symbols draw outside their
-/// frames.
+/// frames. It leaves out elements whose conditions do not hold also outside of a switch, draws
+/// strokes that do not scale, and lets the transform of a style sheet replace the attribute.
 
 #include <optional>
 #include <string>

@@ -54,7 +54,8 @@ constexpr const char* kElements[] = {"g",
                                      "feComposite",
                                      "feColorMatrix",
                                      "feMorphology",
-                                     "feDropShadow"};
+                                     "feDropShadow",
+                                     "marker"};
 constexpr const char* kAttributes[] = {"id",
                                        "href",
                                        "d",
@@ -106,7 +107,17 @@ constexpr const char* kAttributes[] = {"id",
                                        "patternUnits",
                                        "maskContentUnits",
                                        "mask-type",
-                                       "color-interpolation-filters"};
+                                       "color-interpolation-filters",
+                                       "fr",
+                                       "marker-start",
+                                       "marker-mid",
+                                       "marker-end",
+                                       "orient",
+                                       "refX",
+                                       "markerUnits",
+                                       "paint-order",
+                                       "vector-effect",
+                                       "requiredFeatures"};
 constexpr const char* kValues[] = {"a",
                                    "#a",
                                    "b",
@@ -145,6 +156,14 @@ constexpr const char* kValues[] = {"a",
                                    "dilate",
                                    "alpha",
                                    "sRGB",
+                                   "auto-start-reverse",
+                                   "markers stroke",
+                                   "non-scaling-stroke",
+                                   "mix-blend-mode:multiply;marker:url(#a)",
+                                   "transform:rotate(9deg);transform-origin:50%",
+                                   "isolation:isolate;transform-box:fill-box",
+                                   "hsl(9 9% 9%)",
+                                   "data:image/jpeg;base64,/9j/4AAQ",
                                    "data:image/png;base64,iVBORw0KGgo="};
 
 /// Writes elements until the bytes or the depth end. Each byte is one choice.
@@ -171,7 +190,7 @@ class Generator {
     constexpr int kDeepest = 20;
     const std::string name = kElements[choose(std::size(kElements))];
     text += '<' + name;
-    unsigned used[2] = {};  // XML allows each attribute once
+    unsigned used[std::size(kAttributes) / 32 + 1] = {};  // XML allows each attribute once
     for (std::size_t count = choose(kMostAttributes); count > 0; --count) {
       const std::size_t attribute = choose(std::size(kAttributes));
       unsigned& word = used[attribute / 32];

@@ -62,6 +62,17 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
   }
 }
 
+TEST(HitIndex, FindsMarkers) {
+  const auto document = drawingOf(
+      "<marker id='m' orient='auto' overflow='visible'><path d='M0-1l4 1-4 1z'/></marker>"
+      "<path d='M20 20h40v40' stroke='red' stroke-width='4' fill='none' marker-end='url(#m)'/>");
+  ASSERT_TRUE(document);
+  EXPECT_THAT(places(*document, {60, 70, 0, 0}), testing::SizeIs(1));  // turned downwards
+  EXPECT_THAT(places(*document, {50, 65, 20, 1}), testing::SizeIs(1));
+  EXPECT_THAT(places(*document, {65, 73, 9, 9}), IsEmpty());
+  EXPECT_THAT(places(*document, {10, 16, 2, 9}), IsEmpty());
+}
+
 TEST(HitIndex, ListsTheTopmostFirstAndAssignsBordersToOneShape) {
   const auto document = drawingOf(
       "<rect id='a' width='60' height='60'/>"

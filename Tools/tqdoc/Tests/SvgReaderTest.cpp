@@ -1,6 +1,7 @@
 #include "Svg/SvgReader.h"
 
 #include "Model/Gradient.h"
+#include "Model/Numbers.h"
 #include "Support.h"
 #include "support/Bytes.h"
 
@@ -50,6 +51,20 @@ TEST(SvgReader, PlacesEveryElement) {
       {"<path d='M0 0h1v1'/><path display='none' d='M0 0h9v9'/>"
        "<g visibility='hidden'><path d='M0 0h9v9'/><path visibility='visible' d='M0 0h2v2'/></g>",
        {0, 0, 2, 2}},
+      {"<switch><text requiredExtensions='x'/><path systemLanguage='de, en-GB' d='M0 0h1v1'/>"
+       "<path d='M0 0h5v5'/></switch>",
+       {0, 0, 1, 1}},
+      {"<path d='M0 0h9v9' systemLanguage='de'/><path d='M0 0h9v9' requiredFeatures='x#Shape'/>"
+       "<path d='M0 0h1v1' requiredFeatures=' http://www.w3.org/TR/SVG11/feature#Shape '/>",
+       {0, 0, 1, 1}},
+      {"<path d='M0 0h2v2' transform='scale(9)' style='transform:translate(50%, "
+       "1in)scale(2,50%)'/>",
+       {20, 96, 4, 1}},
+      {"<path d='M0 0h1v1' style='transform-origin:bottom right' transform='scale(3)'/>",
+       {-80, -40, 3, 3}},
+      {"<rect x='4' width='2' height='2' style='transform:rotate(.25turn);transform-box:fill-box;"
+       "transform-origin:100% 0'/>",
+       {4, -2, 2, 2}},
       {"<image width='3' height='2' href='data:image/png;base64,iVBORw0K Ggo=\n'/>", {0, 0, 3, 2}},
   };
   for (const auto& [inside, bounds] : cases) {
@@ -134,8 +149,8 @@ TEST(SvgReader, CountsIgnoredFeatures) {
       outcome.drawing.leftOut,
       testing::UnorderedElementsAre(
           Pair("<textPath>", 1u), Pair("writing-mode: tb", 1u), Pair("filter without a target", 1u),
-          Pair("marker-end", 1u), Pair("invalid d of path", 1u), Pair("external image", 1u),
-          Pair("use without a target", 1u), Pair("paint by mask", 1u),
+          Pair("marker without a target", 1u), Pair("invalid d of path", 1u),
+          Pair("external image", 1u), Pair("use without a target", 1u), Pair("paint by mask", 1u),
           Pair("invalid transform of path", 1u), Pair("drawing of image/jpeg", 1u)));
   EXPECT_EQ(outcome.drawing.document->unsupported().count(), 10u);
   EXPECT_EQ(outcome.drawing.document->title(), "t");
@@ -162,6 +177,24 @@ TEST(SvgReader, ReadsClipPaths) {
   const auto& cut = dynamic_cast<const Shape&>(dynamic_cast<const Group&>(*clip).child(0));
   EXPECT_TRUE(cut.style().objectForKey("evenOdd"));
   EXPECT_FALSE(cut.style().objectForKey("fill"));
+}
+
+TEST(SvgReader, ReadsMarkersOnce) {
+  const Outcome outcome = read(
+      "<marker id='m' orient='auto' refX='2' markerWidth='8' overflow='visible'><path id='i' "
+      "d='M0 0h1' marker-end='url(#m)'/></marker><path d='M0 0h1v1' marker-mid='url(#m)'/>"
+      "<g style='marker:url(#m)'><path d='M0 0a1 1 0 0 1 1 1' stroke-width='3'/><rect/></g>");
+  using testing::Pair;
+  EXPECT_THAT(outcome.drawing.leftOut,
+              testing::UnorderedElementsAre(Pair("marker inside a marker", 1u),
+                                            Pair("marker-mid of arcs", 1u)));
+  const auto& first = dynamic_cast<const Shape&>(outcome.root().child(0)).style();
+  const auto& group = dynamic_cast<const Group&>(outcome.root().child(1));
+  const auto& second = dynamic_cast<const Shape&>(group.child(0)).style();
+  ASSERT_TRUE(first.objectForKey("markerMid"));
+  EXPECT_EQ(first.objectForKey("markerMid"), second.objectForKey("markerEnd"));
+  EXPECT_FALSE(first.objectForKey("markerStart"));
+  EXPECT_EQ(numberIn(second, "strokeWidth", 1), 3);
 }
 
 TEST(SvgReaderFault, ReportsHostileDrawingsWithThePosition) {
@@ -204,6 +237,14 @@ TEST(SvgReaderFault, ReportsHostileDrawingsWithThePosition) {
       {"bomb of entities", "<!DOCTYPE svg [" + entities + "]><svg>&e40;</svg>",
        "a.svg:1:", "too large"},
       {"bomb", "<svg>" + bomb + "</svg>", "a.svg:1:", "too large"},
+      {"bomb of markers",
+       "<svg><marker id='m'>" + repeated("<path d='M0 0h1'/>", 500) + "</marker><path d='M0 0" +
+           repeated("h1", 5000) + "' marker-mid='url(#m)'/></svg>",
+       "a.svg:1:", "too large"},
+      {"bomb of selectors",
+       "<svg><style>x " + repeated("g ", 30) + "path{}</style>" + repeated("<g>", 90) + "<path/>" +
+           repeated("</g>", 90) + "</svg>",
+       "a.svg:1:", "too large"},
   };
   for (const auto& [name, text, start, reason] : cases) {
     SCOPED_TRACE(name);

@@ -74,13 +74,15 @@ TEST(SvgColor, ReadsAllForms) {
       {"rgb(999,-5,0)", "#ff0000", 1},
       {"transparent", "#000000", 0},
       {"#fff icc-color(x, 1)", "#ffffff", 1},
+      {"hsl(120, 100%, 25%)", "#008000", 1},
+      {"HSLA(-120deg 100% 50% / 25%)", "#0000ff", 0.25},
+      {"hwb(0.5turn 20% 20%)", "#33cccc", 1},
+      {"hwb(9 75% 75%)", "#808080", 1},
   };
   for (const auto& [text, hex, alpha] : cases) {
     SCOPED_TRACE(text);
     const auto color = parseColor(text);
-    {"hsl(120, 100%, 25%)", "#008000", 1}, {"HSLA(-120deg 100% 50% / 25%)", "#0000ff", 0.25},
-        {"hwb(0.5turn 20% 20%)", "#33cccc", 1}, {"hwb(9 150% 50%)", "#bfbfbf", 1},
-        ASSERT_TRUE(color);
+    ASSERT_TRUE(color);
     EXPECT_EQ(colorText(*color), hex);
     EXPECT_DOUBLE_EQ(color->alpha, alpha);
   }
@@ -116,18 +118,18 @@ TEST(SvgStyle, CascadesBySpecificityOrderAndImportance) {
       {"compound without a match", "path.c#y{fill:red}", "<path id='x' class='c'/>", "#000000"},
       {"any element", "*{fill:red}", "<path/>", "#ff0000"},
       {"at-rule ignored", "@media x{path{fill:red}}@import y;*{fill:blue}", "<path/>", "#0000ff"},
+      {"combinators and conditions",
+       "svg > style + [d]:last-child{fill:red}:root path[d]{fill:blue}path{fill:lime}",
+       "<path d='M1'/>", "#ff0000"},
+      {"an ancestor that is not there", "g path, svg > g ~ path{fill:red}", "<path/>", "#000000"},
+      {"values of attributes", "[class~=b][class^='a '][class$=b][class*=' '][id|=x]{fill:red}",
+       "<path class='a b' id='x-y'/>", "#ff0000"},
+      {"unsupported and idle", "path:nth-child(2), path:hover{fill:red}", "<path/>", "#000000"},
       {"invalid value", "", "<path fill='red' style='fill:nonsense'/>", "#ff0000"},
   };
   for (const auto& [name, rules, element, fill] : cases) {
     SCOPED_TRACE(name);
-    {"combinators and conditions",
-     "svg > style + [d]:last-child{fill:red}:root path[d]{fill:blue}path{fill:lime}",
-     "<path d='M1'/>", "#ff0000"},
-        {"an ancestor that is not there", "g path, svg > g ~ path{fill:red}", "<path/>", "#000000"},
-        {"values of attributes", "[class~=b][class^='a '][class$=b][class*=' '][id|=x]{fill:red}",
-         "<path class='a b' id='x-y'/>", "#ff0000"},
-        {"unsupported and idle", "path:nth-child(2), path:hover{fill:red}", "<path/>", "#000000"},
-        const std::string text = "<svg><style>" + rules + "</style>" + element + "</svg>";
+    const std::string text = "<svg><style>" + rules + "</style>" + element + "</svg>";
     pugi::xml_document xml;
     ASSERT_TRUE(xml.load_string(text.c_str()));
     SvgContext context(xml, text.size());
@@ -151,8 +153,18 @@ TEST(SvgStyle, InheritsProperties) {
   EXPECT_EQ(setProperty(child, parent, "opacity", "inherit", {}), Understood::yes);
   EXPECT_EQ(child.opacity, 0.5);
   EXPECT_EQ(setProperty(child, parent, "stroke-dasharray", "1,-2", {}), Understood::notTheValue);
+  EXPECT_EQ(setProperty(child, parent, "paint-order", "stroke", {}), Understood::yes);
+  EXPECT_EQ(child.paintOrder, "stroke fill markers");
+  for (const auto& [name, value] :
+       tq::test::Rows<const char*, const char*>{{"paint-order", "fill fill"},
+                                                {"mix-blend-mode", "plus"},
+                                                {"transform", "scale(1px)"},
+                                                {"transform-origin", "top top"},
+                                                {"marker-end", "#m"}}) {
+    EXPECT_EQ(setProperty(child, parent, name, value, {}), Understood::notTheValue) << name;
+  }
   EXPECT_EQ(setProperty(child, parent, "filter", "none", {}), Understood::yes);
-  EXPECT_EQ(setProperty(child, parent, "filter", "url(#f)", {}), Understood::notTheProperty);
+  EXPECT_EQ(setProperty(child, parent, "d", "path('M0')", {}), Understood::notTheProperty);
   EXPECT_EQ(setProperty(child, parent, "font-family", "Any", {}), Understood::yes);
 }
 
