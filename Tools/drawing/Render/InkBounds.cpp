@@ -13,7 +13,9 @@ constexpr tq::Rect kAnywhere{-1e9, -1e9, 2e9, 2e9};
 
 [[nodiscard]] tq::Rect shapeBounds(const Shape& shape, const tq::AffineTransform& transform) {
   const tq::Dictionary& style = shape.style();
-  if (style.objectForKey("markers") != nullptr) return kAnywhere;  // they may be far from the path
+  for (const char* marker : {"markerStart", "markerMid", "markerEnd"}) {
+    if (style.objectForKey(marker) != nullptr) return kAnywhere;  // it may be far from the path
+  }
   double left = HUGE_VAL, top = HUGE_VAL, right = -HUGE_VAL, bottom = -HUGE_VAL;
   shape.path().forEach([&](char step, const tq::Point* points) {
     for (int i = 0; i < PathData::pointsOf(step); ++i) {
@@ -28,7 +30,8 @@ constexpr tq::Rect kAnywhere{-1e9, -1e9, 2e9, 2e9};
   double reach = 1;  // antialiasing
   if (style.objectForKey("stroke") != nullptr) {
     constexpr double kSquareCap = 1.5;
-    reach += numberIn(style, "strokeWidth", 1) / 2 * largestScale(transform) *
+    const bool scales = numberIn(style, "nonScalingStroke", 0) == 0;
+    reach += numberIn(style, "strokeWidth", 1) / 2 * (scales ? largestScale(transform) : 1) *
              std::max(kSquareCap, numberIn(style, "miterLimit", 4));
   }
   return grown({left, top, right - left, bottom - top}, reach);
