@@ -144,7 +144,7 @@ void average(Row row, std::size_t before, std::size_t after, std::vector<std::ui
   const auto extreme = [dilates](std::uint32_t a, std::uint32_t b) {
     std::uint32_t result = 0;
     for (const int shift : kShifts) {
-      const auto [low, high] = std::minmax(channel(a, shift), channel(b, shift));
+      const auto [low, high] = std::minmax({channel(a, shift), channel(b, shift)});
       result |= (dilates ? high : low) << shift;
     }
     return result;

@@ -6,7 +6,7 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
-#include <string>  // std::hash
+#include <string>
 #include <type_traits>
 #include <utility>
 

@@ -10,7 +10,7 @@
 
 namespace tq {
 
-/// The system's mutex. It is not the one of <mutex>, because that header takes long to compile.
+/// The system's mutex. It is not std::mutex, because its header takes long to compile.
 ///
 /// Threads:   any. The thread that locked must unlock.
 /// Recursion: not allowed. Locking twice on one thread, and unlocking a lock that the thread does
