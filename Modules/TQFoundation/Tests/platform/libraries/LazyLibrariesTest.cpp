@@ -48,9 +48,10 @@ TEST(LazyLibraries, AreNotLoadedAtTheStart) {
   EXPECT_GT(paths.size(), 5u);
   for (const std::string_view path : paths) {
     const std::string_view file = path.substr(path.rfind('/') + 1);
-    const bool isSanitizer = file.substr(0, file.find('.')).ends_with("san");
+    const std::string_view name = file.substr(0, file.find('.'));
+    const bool isSanitizer = name.ends_with("san") || name == "libresolv";  // AddressSanitizer's
     if (path.empty() || isSanitizer) continue;  // the program itself has no name
-    EXPECT_TRUE(expected.contains(file.substr(0, file.find('.')))) << path;
+    EXPECT_TRUE(expected.contains(name)) << path;
   }
 }
 
