@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/bytes/Digest.h>
 
 #include <errno.h>
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <unistd.h>
 
@@ -21,7 +22,10 @@ namespace {
 /// digest of a short buffer.
 struct Crypto : detail::LazyLibrary {
   Crypto() : LazyLibrary(TQ_LIBCRYPTO) {
-    if (failure().empty()) sha1 = EVP_MD_fetch(nullptr, "SHA1", nullptr);
+    if (!failure().empty()) return;
+    // Threads may outlive main(), so OpenSSL must not be shut down then.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+    sha1 = EVP_MD_fetch(nullptr, "SHA1", nullptr);
   }
   TQ_LAZY_FUNCTION(EVP_Digest);
   TQ_LAZY_FUNCTION(EVP_DigestFinal_ex);
@@ -30,6 +34,7 @@ struct Crypto : detail::LazyLibrary {
   TQ_LAZY_FUNCTION(EVP_MD_CTX_free);
   TQ_LAZY_FUNCTION(EVP_MD_CTX_new);
   TQ_LAZY_FUNCTION(EVP_MD_fetch);
+  TQ_LAZY_FUNCTION(OPENSSL_init_crypto);
 
   const EVP_MD* sha1 = nullptr;
 };

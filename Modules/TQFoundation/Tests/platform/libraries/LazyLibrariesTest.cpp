@@ -31,6 +31,16 @@ namespace {
 
 using namespace test;
 
+std::vector<std::string> loadedFiles() {
+  std::vector<std::string> paths;
+  ::dl_iterate_phdr(
+      [](dl_phdr_info* info, std::size_t, void* all) {
+        return static_cast<std::vector<std::string>*>(all)->emplace_back(info->dlpi_name), 0;
+      },
+      &paths);
+  return paths;
+}
+
 // The libraries of a program that is linked with ours and does nothing yet.
 TEST(LazyLibraries, AreNotLoadedAtTheStart) {
   const std::set<std::string_view> expected{
@@ -39,12 +49,7 @@ TEST(LazyLibraries, AreNotLoadedAtTheStart) {
       "liblz4",          "liblzma",         "libm",       "libmimalloc", "libpcre2-8",
       "libsimdjson",     "libsqlite3",      "libstdc++",  "libtbb",      "libz",
       "linux-vdso"};
-  std::vector<std::string> paths;
-  ::dl_iterate_phdr(
-      [](dl_phdr_info* info, std::size_t, void* all) {
-        return static_cast<std::vector<std::string>*>(all)->emplace_back(info->dlpi_name), 0;
-      },
-      &paths);
+  const std::vector<std::string> paths = loadedFiles();
   EXPECT_GT(paths.size(), 5u);
   for (const std::string_view path : paths) {
     const std::string_view file = path.substr(path.rfind('/') + 1);
@@ -100,6 +105,23 @@ TEST(LazyLibraries, AreNamedInErrorsWhileTheyAreMissing) {
 
 TEST(LazyLibraries, MayBeLoadedByManyThreadsAtOnce) {
   onThreads(4, [] { EXPECT_TRUE(sha1Digest({})); });
+}
+
+// Threads may outlive main(). The handler that is registered first runs last, after libcrypto's.
+TEST(LazyLibraries, StayUsableUntilTheProcessEnds) {
+  Child child([] {
+    static int (*begin)(std::uint64_t, const void*) = nullptr;
+    ASSERT_EQ(std::atexit([] { ::_exit(begin(0, nullptr) == 1 ? 0 : 1); }), 0);
+    ASSERT_TRUE(sha1Digest({}));
+    for (const std::string& path : loadedFiles()) {
+      if (path.find("libcrypto") == path.npos) continue;
+      void* const library = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+      begin = reinterpret_cast<decltype(begin)>(::dlsym(library, "OPENSSL_init_crypto"));
+    }
+    ASSERT_TRUE(begin);
+    std::exit(1);
+  });
+  EXPECT_EQ(child.end(), 0);
 }
 
 TEST(LazyLibraries, NeedAllTheirFunctions) {
