@@ -206,7 +206,6 @@ class Layout {
     std::string text;
     std::optional<double> x, y;
     double dx = 0, dy = 0, rotation = 0;
-    double advance = 0;
   };
   struct Outline {
     std::string steps;
