@@ -54,7 +54,8 @@ class LazyLibrary {
 };
 
 /// Declares a pointer to a function of the library, with the function's name and type.
-#define TQ_LAZY_FUNCTION(function) decltype(&::function) function = find(#function)
+#define TQ_LAZY_FUNCTION(function) \
+  decltype(&::function) function = find(#function)  // NOLINT: a name takes no parentheses
 
 /// Returns the library. The first call loads it; later calls cost one atomic load. Any thread.
 /// @return null, with the reason as a sentence, if the library or one of its functions is missing,
