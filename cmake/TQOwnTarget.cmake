@@ -8,7 +8,30 @@ endif()
 # Sources include each other by the installed path. Include/TQFoundation is a link to Source.
 set(TQ_INCLUDE_DIR "${PROJECT_SOURCE_DIR}/Modules/TQFoundation/Include")
 
+# Compiles the sources of a folder as one, in half the time. Two kinds are compiled alone: generated
+# sources, and those that tq_compile_alone names, because two sources of a folder use the same name.
+function(tq_unite_folders target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  # GCC takes an included source for a header.
+  target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    get_filename_component(folder "${source}" DIRECTORY)
+    if(NOT folder MATCHES "^${CMAKE_BINARY_DIR}")
+      string(MAKE_C_IDENTIFIER "folder${folder}" group)
+      set_source_files_properties("${source}" PROPERTIES UNITY_GROUP "${group}")
+    endif()
+  endforeach()
+endfunction()
+
+function(tq_compile_alone)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 function(tq_own_target target)
+  if(TQ_UNITE_FOLDERS)  # when the target has all its sources
+    cmake_language(EVAL CODE "cmake_language(DEFER CALL tq_unite_folders ${target})")
+  endif()
   target_compile_features(${target} PUBLIC cxx_std_20)
   set_target_properties(${target} PROPERTIES
     CXX_EXTENSIONS OFF

@@ -20,7 +20,7 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct CheckOptions {
   std::vector<std::string> files;
   bool draw = false;
   bool verbose = false;
@@ -118,7 +118,8 @@ void report(const std::string& file, const RoundTrip& one, bool verbose, Progres
 
 /// Checks in batches, so that memory does not grow with the number of drawings. A batch is long
 /// enough that the cores seldom wait for its slowest drawing.
-[[nodiscard]] Total checkInBatches(std::span<const std::string> files, const Options& options) {
+[[nodiscard]] Total checkInBatches(std::span<const std::string> files,
+                                   const CheckOptions& options) {
   const std::size_t batch = 256 * static_cast<std::size_t>(cores());
   const auto progress = tq::makeRef<Progress>(files.size());
   const auto limiter = tq::TQRateLimiter::initWithTarget(progress, &Progress::draw);
@@ -169,7 +170,7 @@ void printRecord(const Total& total, const FileList& list, double seconds) {
   printJSON(*record);
 }
 
-Outcome check(const Options& options) {
+Outcome check(const CheckOptions& options) {
   const auto start = std::chrono::steady_clock::now();
   const FileList list = listFiles(options.files);
   if (list.files.empty()) return reportError("no drawings found");
@@ -185,7 +186,7 @@ Outcome check(const Options& options) {
 }  // namespace
 
 void addCheckCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<CheckOptions>();
   CLI::App* command =
       app.add_subcommand("check", "save, reopen and save drawings again; compare the results");
   command->add_option("files", options->files, ".svg, .svgz and .tqdoc files, or directories")

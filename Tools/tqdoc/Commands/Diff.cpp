@@ -26,7 +26,7 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct DiffOptions {
   std::string oldDrawing, newDrawing;
   std::vector<std::string> more;
   std::string range;
@@ -95,7 +95,7 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
 
 /// Draws both versions with their differences marked, the old one on the left.
 [[nodiscard]] bool drawPNG(const Document& oldDrawing, const Document& newDrawing,
-                           const std::vector<Difference>& differences, const Options& options,
+                           const std::vector<Difference>& differences, const DiffOptions& options,
                            tq::Ref<tq::Error>* error) {
   constexpr int kGap = 8;
   Overlay left, right;
@@ -119,7 +119,7 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
 }
 
 /// Returns the pairs to compare, or no value with an error.
-[[nodiscard]] std::optional<std::vector<DrawingPair>> pairsOf(const Options& options,
+[[nodiscard]] std::optional<std::vector<DrawingPair>> pairsOf(const DiffOptions& options,
                                                               tq::Ref<tq::Error>* error) {
   if (!options.range.empty()) return pairsOfRange(options.range, error);
   std::vector<std::string> names{options.oldDrawing, options.newDrawing};
@@ -142,7 +142,7 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
 }
 
 /// Opens a version and reports what was left out.
-[[nodiscard]] tq::Ref<Document> open(const DrawingVersion& version, const Options& options,
+[[nodiscard]] tq::Ref<Document> open(const DrawingVersion& version, const DiffOptions& options,
                                      tq::Ref<tq::Error>* error) {
   SvgDrawing drawing = openVersion(version, error);
   reportUnsupported(version.path, drawing.leftOut);
@@ -157,7 +157,7 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
 /// Compares the pairs. Collects the errors of pairs, and goes on with the next one.
 class Comparison {
  public:
-  Comparison(const Options& options, bool hasHeadings)
+  Comparison(const DiffOptions& options, bool hasHeadings)
       : options_(options), hasHeadings_(hasHeadings), report_(options.size) {}
 
   void compare(const DrawingPair& pair) {
@@ -198,13 +198,13 @@ class Comparison {
     outcome_ = reportError(error.localizedDescription());
   }
 
-  const Options& options_;
+  const DiffOptions& options_;
   const bool hasHeadings_;
   Report report_;
   Outcome outcome_ = Outcome::success;
 };
 
-Outcome diff(const Options& options) {
+Outcome diff(const DiffOptions& options) {
   tq::Ref<tq::Error> error;
   const auto pairs = pairsOf(options, &error);
   if (!pairs) return reportError(error->localizedDescription());
@@ -227,7 +227,7 @@ Outcome diff(const Options& options) {
 }  // namespace
 
 void addDiffCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<DiffOptions>();
   CLI::App* command = app.add_subcommand("diff", "compare two versions of a drawing");
   CLI::Option* oldDrawing = command->add_option(
       "old", options->oldDrawing, "a .tqdoc or .svg file, /dev/null, or a directory of drawings");

@@ -13,7 +13,7 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct HitOptions {
   std::string drawing;
   std::vector<double> area;
   std::string picture;
@@ -39,7 +39,7 @@ void printRecords(const std::vector<const PlacedNode*>& hits) {
   printJSON(*tq::Array::arrayWithObjects(std::move(records)));
 }
 
-Outcome hit(const Options& options) {
+Outcome hit(const HitOptions& options) {
   tq::Rect area{options.area[0], options.area[1], 0, 0};
   if (options.area.size() == 4) area.size = {options.area[2], options.area[3]};
   if (options.area.size() == 3) return reportError("a rect needs a width and a height");
@@ -65,7 +65,7 @@ Outcome hit(const Options& options) {
 }  // namespace
 
 void addHitCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<HitOptions>();
   CLI::App* command =
       app.add_subcommand("hit", "list what is at a point or in a rect, topmost first");
   command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();

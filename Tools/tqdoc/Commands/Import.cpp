@@ -10,13 +10,13 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct ImportOptions {
   std::string drawing;
   std::string output;
   bool gzip = false;
 };
 
-Outcome import(const Options& options) {
+Outcome import(const ImportOptions& options) {
   std::string output = options.output;
   if (output.empty() && options.drawing == kStandardStream) output = kStandardStream;
   if (output.empty()) output = std::filesystem::path(options.drawing).replace_extension("tqdoc");
@@ -39,7 +39,7 @@ Outcome import(const Options& options) {
 }  // namespace
 
 void addImportCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ImportOptions>();
   CLI::App* command = app.add_subcommand("import", "import an SVG drawing into an archive");
   command->add_option("drawing", options->drawing, "an .svg file")->required();
   command

@@ -11,7 +11,7 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct PatchOptions {
   std::string drawing, changes, output;
   bool isPartial = false;
   bool gzip = false;
@@ -26,7 +26,7 @@ struct Options {
   return changes;
 }
 
-Outcome patch(const Options& options) {
+Outcome patch(const PatchOptions& options) {
   const bool isStream = options.output == kStandardStream;
   if (!isStream && !isArchive(options.output)) {
     return reportError(options.output + ": the name of an archive must end in .tqdoc");
@@ -64,7 +64,7 @@ Outcome patch(const Options& options) {
 }  // namespace
 
 void addPatchCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<PatchOptions>();
   CLI::App* command = app.add_subcommand("patch", "apply the output of diff --json to a drawing");
   command->add_option("old", options->drawing, "the drawing that was compared first")->required();
   command->add_option("changes", options->changes, "the output of tqdoc diff --json")->required();

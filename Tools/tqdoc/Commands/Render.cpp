@@ -12,7 +12,7 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct RenderOptions {
   std::vector<std::string> drawings;
   std::string output;
   int width = 0;
@@ -44,7 +44,7 @@ struct Options {
   return twice == pictures.end();
 }
 
-Outcome render(const Options& options) {
+Outcome render(const RenderOptions& options) {
   const std::vector<std::string> drawings = listFiles(options.drawings).files;
   if (drawings.empty()) return reportError("no drawings found");
   const std::vector<std::string> pictures = picturesFor(drawings, options.output);
@@ -67,7 +67,7 @@ Outcome render(const Options& options) {
 }  // namespace
 
 void addRenderCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<RenderOptions>();
   CLI::App* command = app.add_subcommand("render", "render drawings to PNG files");
   command->add_option("drawings", options->drawings, ".svg, .svgz and .tqdoc files, or directories")
       ->required();

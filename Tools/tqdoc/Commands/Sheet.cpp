@@ -14,7 +14,7 @@
 namespace tqdoc {
 namespace {
 
-struct Options {
+struct SheetOptions {
   std::vector<std::string> files;
   std::string output;
   std::size_t count = 48;
@@ -31,7 +31,7 @@ struct Options {
   return some;
 }
 
-Outcome sheet(const Options& options) {
+Outcome sheet(const SheetOptions& options) {
   const std::vector<std::string> files = sampled(listFiles(options.files).files, options.count);
   if (files.empty()) return reportError("no drawings found");
   if (isOneOf(options.output, files)) return Outcome::error;
@@ -95,7 +95,7 @@ Outcome sheet(const Options& options) {
 }  // namespace
 
 void addSheetCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<SheetOptions>();
   CLI::App* command =
       app.add_subcommand("sheet", "render drawings beside their reopened archives to one PNG file");
   command->add_option("files", options->files, ".svg, .svgz and .tqdoc files, or directories")

@@ -83,12 +83,12 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   return record;
 }
 
-struct Options {
+struct ShowOptions {
   std::string drawing;
   bool asJSON = false;
 };
 
-void printText(const Options& options, const SvgDrawing& drawing, const tq::Data& archive) {
+void printText(const ShowOptions& options, const SvgDrawing& drawing, const tq::Data& archive) {
   const Document& document = *drawing.document;
   std::cout << printable(options.drawing) << ": " << shortText(document.page().size.width) << " x "
             << shortText(document.page().size.height) << " pixels, "
@@ -116,7 +116,7 @@ void printRecord(const SvgDrawing& drawing, const tq::Data& archive) {
   printJSON(*record);
 }
 
-Outcome show(const Options& options) {
+Outcome show(const ShowOptions& options) {
   tq::Ref<tq::Error> error;
   const SvgDrawing drawing = openNamedDrawing(options.drawing, &error);
   if (!drawing.document) return reportError(error->localizedDescription());
@@ -129,7 +129,7 @@ Outcome show(const Options& options) {
 }  // namespace
 
 void addShowCommand(CLI::App& app, Outcome& outcome) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<ShowOptions>();
   CLI::App* command =
       app.add_subcommand("show", "print the tree with names, kinds and tight bounds");
   command->add_option("drawing", options->drawing, "a .tqdoc or .svg file")->required();
