@@ -45,7 +45,7 @@ Ref<Object> doubled(Ref<Object> (*pair)(Ref<Object>, Ref<Object>), std::string_v
 /// Containers inside of each other: a million of those that documents have, fewer of the others.
 Ref<Object> deep(std::size_t form) {
   Ref<Object> object = String::of("leaf");
-  const int levels = form < 3 ? 1'000'000 : 100'000;
+  const double levels = (form < 3 ? 1'000'000 : 100'000) * test::kShare;
   for (int i = 0; i < levels; ++i) object = kPairs[form](std::move(object), Null::null());
   return object;
 }

@@ -103,7 +103,7 @@ TEST(RTreeIndexStress, AnswersAsTheRecursion) {
   for (const char* kind : kKinds) {
     for (const std::int64_t capacity : {2, 4, 8, 16, 200}) {
       for (unsigned seed = 2; seed < 7; ++seed) {
-        compareWithTheRecursion(kind, capacity, 4000, seed);
+        compareWithTheRecursion(kind, capacity, static_cast<int>(4000 * kShare), seed);
       }
     }
   }
