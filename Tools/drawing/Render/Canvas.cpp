@@ -14,16 +14,12 @@
 #include "Render/Painter.h"
 
 namespace tqdoc {
-namespace {
 
-/// Rounds up, except for what a multiplication may add to a whole number.
-[[nodiscard]] int side(double pixels) {
+int pixelsAcross(double length) {
   constexpr double kRounding = 1e-6;
   return static_cast<int>(
-      std::ceil(std::clamp(pixels - kRounding, 1.0, double{Canvas::kSideLimit})));
+      std::ceil(std::clamp(length - kRounding, 1.0, double{Canvas::kSideLimit})));
 }
-
-}  // namespace
 
 void Canvas::Release::operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
 
@@ -101,7 +97,7 @@ Canvas rendered(const Document& document, double scale, const Overlay& overlay) 
   const tq::Size page = document.page().size;
   scale = std::min(scale, Canvas::kSideLimit / std::max({page.width, page.height, 1.0}));
   const tq::Size size{page.width * scale, page.height * scale};
-  Canvas canvas(side(size.width), side(size.height));
+  Canvas canvas(pixelsAcross(size.width), pixelsAcross(size.height));
   canvas.draw(document, {{0, 0}, size}, overlay);
   return canvas;
 }

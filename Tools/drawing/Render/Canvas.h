@@ -73,6 +73,10 @@ class Canvas {
   std::unique_ptr<_cairo, Release> context_;
 };
 
+/// Returns the pixels that a length takes: rounded up, except for what a multiplication may add to
+/// a whole number; 1 to Canvas::kSideLimit.
+[[nodiscard]] int pixelsAcross(double length);
+
 /// Renders the page with `scale` pixels for each of its own, or fewer if a side would exceed
 /// Canvas::kSideLimit. A fraction of a pixel at the right and at the bottom takes a whole one.
 [[nodiscard]] Canvas rendered(const Document& document, double scale, const Overlay& overlay = {});

@@ -1,7 +1,9 @@
 #include "Compare/Comparison.h"
 
 #include <algorithm>
+#include <cstdio>
 
+#include "Compare/Browser.h"
 #include "Files/Drawing.h"
 
 namespace tqdoc {
@@ -19,6 +21,11 @@ namespace {
   return decodedImage(*result->output);
 }
 
+[[nodiscard]] double scaleFor(const Document& document, int side) {
+  const tq::Size page = document.page().size;
+  return std::min(side / page.width, side / page.height);
+}
+
 }  // namespace
 
 Pictures drawBoth(const std::string& file, int side) {
@@ -31,9 +38,7 @@ Pictures drawBoth(const std::string& file, int side) {
     pictures.explanation = error->localizedDescription();
     return pictures;
   }
-  const tq::Size page = drawing.document->page().size;
-  pictures.ours =
-      Image(rendered(*drawing.document, std::min(side / page.width, side / page.height)));
+  pictures.ours = Image(rendered(*drawing.document, scaleFor(*drawing.document, side)));
   if (!drawing.leftOut.empty()) pictures.explanation = summary(drawing.leftOut);
   return pictures;
 }
@@ -46,6 +51,20 @@ Comparison compare(const Pictures& pictures) {
     comparison.difference = 0;  // neither draws it
   }
   return comparison;
+}
+
+std::string judge(const std::string& file, int side, const std::string& browser, double bar) {
+  const SvgDrawing drawing = openDrawing(file, nullptr);
+  if (!drawing.document) return {};
+  const double scale = scaleFor(*drawing.document, side);
+  const tq::Size page = drawing.document->page().size;
+  const auto third = drawnByBrowser(browser, file, {page.width * scale, page.height * scale});
+  if (!third) return {};
+  const double difference = differenceOf(*third, Image(rendered(*drawing.document, scale)));
+  if (difference > bar) return {};
+  char text[80];
+  std::snprintf(text, sizeof text, "the browser draws what tqdoc draws (%.2f)", difference);
+  return text;
 }
 
 }  // namespace tqdoc

@@ -7,7 +7,9 @@
 /// rotated curve in the shape's own coordinates, exactly, which gradients relative to the bounds
 /// show. It clips clip paths that have a clip-path themselves, and what symbols draw outside their
 /// frames. It leaves out elements whose conditions do not hold also outside of a switch, draws
-/// strokes that do not scale, and lets the transform of a style sheet replace the attribute.
+/// strokes that do not scale, and lets the transform of a style sheet replace the attribute. The
+/// colours of a filter's colour matrix are linear light also if its input is the alpha of the
+/// source. A browser draws these as tqdoc does; see judge().
 
 #include <optional>
 #include <string>
@@ -33,5 +35,12 @@ struct Pictures {
 [[nodiscard]] Pictures drawBoth(const std::string& file, int side);
 
 [[nodiscard]] Comparison compare(const Pictures& pictures);
+
+/// Explains a difference by a browser that draws the drawing as tqdoc does.
+/// @param browser  the program; see drawnByBrowser()
+/// @param bar      the largest difference from the browser's picture
+/// @return empty if the browser draws something else, or nothing
+[[nodiscard]] std::string judge(const std::string& file, int side, const std::string& browser,
+                                double bar);
 
 }  // namespace tqdoc

@@ -44,6 +44,14 @@ void Image::put(const Image& image, int left, int top) {
   }
 }
 
+Image Image::topLeft(int w, int h) const {
+  Image result(w, h);
+  for (int y = 0; y < h; ++y) {
+    std::copy_n(pixels.begin() + y * width, w, result.pixels.begin() + y * w);
+  }
+  return result;
+}
+
 std::optional<Image> decodedImage(const tq::Data& png) {
   const CairoSurface surface = decodeImage(png);
   if (!surface) return std::nullopt;

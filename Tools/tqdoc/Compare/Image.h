@@ -27,6 +27,9 @@ struct Image {
 
   /// Copies the pixels of `image` to this place, on white. Those outside are cut off.
   void put(const Image& image, int left, int top);
+
+  /// Returns a part of an image that is at least as large.
+  [[nodiscard]] Image topLeft(int width, int height) const;
 };
 
 /// Returns the pixels of a PNG file, or no value for other bytes.

@@ -1,5 +1,6 @@
 // TQDocCompare: compares tqdoc's pictures of drawings with those of rsvg-convert. Prints a table,
-// and writes a sheet of the drawings that differ most. Exit status 1: more differ than allowed.
+// and writes a sheet of the drawings that differ most. A browser can judge differences. Exit status
+// 1: more differ than allowed.
 
 #include <algorithm>
 #include <atomic>
@@ -29,6 +30,7 @@ struct Options {
   int size = 256;
   double bar = 1;
   double share = 99;
+  std::string browser;
   std::string sheet;
   std::size_t worst = 20;
 };
@@ -119,7 +121,10 @@ int run(const Options& options) {
   const std::size_t above = countAbove(all, options.bar);
   std::size_t unexplained = 0;
   for (std::size_t i = 0; i < above; ++i) {
-    const auto& [difference, explanation] = all[i].comparison;
+    auto& [difference, explanation] = all[i].comparison;
+    if (explanation.empty() && !options.browser.empty()) {
+      explanation = judge(all[i].file, options.size, options.browser, options.bar);
+    }
     unexplained += explanation.empty() ? 1 : 0;
     std::printf("%7.2f  %s: %s\n", difference, printable(all[i].file).c_str(),
                 explanation.empty() ? "NOT EXPLAINED" : printable(explanation).c_str());
@@ -146,6 +151,7 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(8, 2048));
   app.add_option("--bar", options.bar, "largest mean difference that is no fault; default 1");
   app.add_option("--share", options.share, "percentage that must be within the bar; default 99");
+  app.add_option("--browser", options.browser, "a Chromium that judges unexplained differences");
   app.add_option("--sheet", options.sheet, "PNG file for the worst: theirs, ours, difference");
   app.add_option("--worst", options.worst, "number of drawings in the sheet; default 20");
   try {
