@@ -5,8 +5,9 @@ tq_room(base
   Point.h
   Rect.h
   TQAssert.cpp TQAssert.h
-  TQExport.cpp TQExport.h
+  TQExport.h
   TQMemory.h
   TQThreadSafety.h
+  detail/StandardLibrary.cpp detail/StandardLibrary.h
   INTERNAL
   MakeRoom.h ThreadCancellation.h)
