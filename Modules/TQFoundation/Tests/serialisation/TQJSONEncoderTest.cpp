@@ -193,7 +193,7 @@ TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
                                                     {"a\\", false}, {"long key\x1f", false}};
   for (const auto& [key, isPlain] : keys) {
     Ref<Error> error;
-    membersOf([&, key = key](TQJSONEncoder& e) { e.encodeBool(true, key); }, &error);
+    membersOf([&](TQJSONEncoder& e) { e.encodeBool(true, key); }, &error);
     EXPECT_EQ(!error, isPlain) << key;
     EXPECT_TRUE(!error || error->localizedDescription().find(key) != std::string_view::npos);
   }
