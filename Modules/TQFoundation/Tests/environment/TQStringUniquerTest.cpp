@@ -1,5 +1,7 @@
 #include <TQFoundation/environment/TQStringUniquer.h>
 
+#include <ctime>
+
 #include "support/Test.h"
 
 namespace {
@@ -32,7 +34,7 @@ TEST(StringUniquer, ContinuesTheNumbersOfTakenNames) {
 TEST(StringUniquer, GeneratesManyNamesWithoutDuplicates) {
   TQStringUniquer uniquer(std::vector<std::string>{"Oval copy 50000"});
   std::set<std::string> generated{"Oval copy 50000"};
-  const auto start = std::chrono::steady_clock::now();
+  const std::clock_t start = std::clock();
   for (int i = 0; i < 100'000; ++i) {
     EXPECT_TRUE(
         generated.insert(uniquer.uniqueCopyName(i % 3 == 0 ? "Oval copy 7" : "Oval")).second);
@@ -43,7 +45,7 @@ TEST(StringUniquer, GeneratesManyNamesWithoutDuplicates) {
   for (const char* name : {"Oval copy", "Oval copy 100001", "Oval 199996", "Oval 199997"}) {
     EXPECT_EQ(generated.contains(name), name != std::string("Oval 199997")) << name;
   }
-  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+  EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 60);  // of processor time
 }
 
 }  // namespace
