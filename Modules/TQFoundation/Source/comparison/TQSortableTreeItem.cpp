@@ -30,6 +30,8 @@ bool comesBefore(const Ref<TQSortableTreeItem>& a, const Ref<TQSortableTreeItem>
 
 }  // namespace
 
+TQSortable::~TQSortable() = default;
+
 TQSortableTreeItem::TQSortableTreeItem(Ref<Object> object, std::string name)
     : object_(std::move(object)), name_(std::move(name)) {}
 

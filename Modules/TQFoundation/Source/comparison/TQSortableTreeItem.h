@@ -20,7 +20,7 @@ class TQ_EXPORT TQSortable {
   [[nodiscard]] virtual std::string name() const = 0;
 
  protected:
-  ~TQSortable() = default;
+  virtual ~TQSortable();
 };
 
 class TQSortableTreeItem;

@@ -11,7 +11,7 @@ tq_room(concurrency
   locks/LazyObject.h
   locks/Lockable.h
   locks/ObjectSynchronizer.h
-  locks/ReadWriteLock.h
+  locks/ReadWriteLock.cpp locks/ReadWriteLock.h
   locks/ResettableLazy.h
   locks/StackNodes.cpp
   locks/TQAtomicStack.cpp locks/TQAtomicStack.h

@@ -19,6 +19,8 @@ DelegateSlot& delegateSlot() {
 
 }  // namespace
 
+CurrentVariantDelegate::~CurrentVariantDelegate() = default;
+
 Ref<LRVariant> LRVariant::init() { return initWithRawValue(0); }
 
 Ref<LRVariant> LRVariant::initWithRawValue(std::int64_t rawValue) {

@@ -20,7 +20,7 @@ class LRVariant;
 /// Supplies the variant of the running application.
 class TQ_EXPORT CurrentVariantDelegate {
  public:
-  virtual ~CurrentVariantDelegate() = default;
+  virtual ~CurrentVariantDelegate();
   /// Returns the running variant, never null. Called for every query, on the thread of the query.
   [[nodiscard]] virtual Ref<LRVariant> currentVariant() = 0;
 };

@@ -7,6 +7,8 @@
 
 namespace tq {
 
+MapTable::~MapTable() = default;
+
 Ref<MapTable> MapTable::mapTable(Keys keys, Matching matching) {
   return Ref<MapTable>::adopt(new MapTable(keys, matching));
 }

@@ -27,6 +27,7 @@ namespace tq {
 class TQ_EXPORT MapTable final : public Subclass<MapTable> {
  public:
   static constexpr std::string_view className = "MapTable";
+  ~MapTable() override;
 
   /// How keys are held.
   enum class Keys : std::uint8_t { weak, strong };

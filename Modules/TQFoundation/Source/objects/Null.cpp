@@ -2,6 +2,8 @@
 
 namespace tq {
 
+Null::~Null() = default;
+
 Ref<Null> Null::null() {
   static Null& instance = *new Null;  // this reference is never released
   return Ref<Null>(&instance);

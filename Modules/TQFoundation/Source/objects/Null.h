@@ -13,6 +13,7 @@ class TQ_EXPORT Null final : public Subclass<Null> {
  public:
   static constexpr std::string_view className = "Null";
   static constexpr std::string_view codingName = "NSNull";
+  ~Null() override;
 
   /// Returns the only instance.
   [[nodiscard]] static Ref<Null> null();

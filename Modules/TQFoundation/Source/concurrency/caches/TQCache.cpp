@@ -20,6 +20,8 @@ bool isPlaceholder(const Object& object) noexcept {
 
 }  // namespace
 
+TQCache::~TQCache() = default;
+
 /// Holds what a call uses after a block, which may release the last references.
 struct TQCache::Holding {
   Holding(const TQCache& usedCache, const Object& usedOwner, const Object& usedKey) noexcept

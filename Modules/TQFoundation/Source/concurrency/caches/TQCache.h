@@ -35,6 +35,8 @@ class TQCacheDeferredCreation;
 class TQ_EXPORT TQCache final : public Subclass<TQCache> {
  public:
   static constexpr std::string_view className = "TQCache";
+  ~TQCache() override;
+
   /// Creates the object to be cached. May return null, as an empty block does.
   using CreationBlock = std::function<Ref<Object>()>;
 

@@ -17,6 +17,8 @@ TQCacheDeferredCreation* placeholderIn(const Ref<Object>& object) noexcept {
 
 }  // namespace
 
+TQCacheDeferredCreation::~TQCacheDeferredCreation() = default;
+
 TQCacheDeferredCreation::TQCacheDeferredCreation(CreationBlock block)
     : creationBlock_(std::move(block)) {}
 

@@ -27,6 +27,8 @@ namespace tq {
 class TQ_EXPORT TQCacheDeferredCreation final : public Subclass<TQCacheDeferredCreation> {
  public:
   static constexpr std::string_view className = "TQCacheDeferredCreation";
+  ~TQCacheDeferredCreation() override;
+
   /// Creates the object. May return null.
   using CreationBlock = std::function<Ref<Object>()>;
 

@@ -24,6 +24,7 @@ class TQ_EXPORT TQ_CAPABILITY("reader-writer lock") ReadWriteLock final
     : public Subclass<ReadWriteLock> {
  public:
   static constexpr std::string_view className = "ReadWriteLock";
+  ~ReadWriteLock() override;
 
   class ReadLock;
   class WriteLock;

@@ -7,6 +7,8 @@
 
 namespace tq {
 
+Debouncer::~Debouncer() = default;
+
 Ref<Debouncer> Debouncer::init(double interval, Action actionToPerform) {
   TQ_ASSERT(actionToPerform != nullptr);
   return Ref<Debouncer>::adopt(new Debouncer(interval, std::move(actionToPerform)));

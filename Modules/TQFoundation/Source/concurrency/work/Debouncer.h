@@ -21,6 +21,8 @@ namespace tq {
 class TQ_EXPORT Debouncer final : public Subclass<Debouncer> {
  public:
   static constexpr std::string_view className = "Debouncer";
+  ~Debouncer() override;
+
   /// The debounced action.
   using Action = std::function<void()>;
 

@@ -5,6 +5,8 @@
 
 namespace tq {
 
+TQRateLimiter::~TQRateLimiter() = default;
+
 TQRateLimiter::TQRateLimiter(Object* target, ActionInvocation invocation,
                              TQRateLimiterUpdateStrategy strategy)
     : target_(target), actionInvocation_(std::move(invocation)), updateStrategy_(strategy) {}

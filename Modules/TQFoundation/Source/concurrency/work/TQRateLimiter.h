@@ -47,6 +47,8 @@ inline constexpr TQRateLimiterUpdateStrategy TQRateLimiterUpdateInRunLoop = 1;
 class TQ_EXPORT TQRateLimiter final : public Subclass<TQRateLimiter> {
  public:
   static constexpr std::string_view className = "TQRateLimiter";
+  ~TQRateLimiter() override;
+
   /// The call of the target. Receives the target and the limiter.
   using ActionInvocation = std::function<void(Object& target, TQRateLimiter& limiter)>;
 

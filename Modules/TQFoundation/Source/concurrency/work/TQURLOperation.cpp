@@ -2,6 +2,8 @@
 
 namespace tq {
 
+TQURLOperation::~TQURLOperation() = default;
+
 TQURLOperation::TQURLOperation() : urlSession_(defaultURLSession()) {}
 
 const Ref<URLSession>& TQURLOperation::defaultURLSession() {

@@ -16,6 +16,7 @@ namespace tq {
 class TQ_EXPORT TQURLOperation : public Subclass<TQURLOperation, TQOperation> {
  public:
   static constexpr std::string_view className = "TQURLOperation";
+  ~TQURLOperation() override;
 
   /// Uses the default session.
   TQURLOperation();

@@ -2,6 +2,8 @@
 
 namespace tq {
 
+TQRounder::~TQRounder() = default;
+
 Ref<TQRounder> TQRounder::init() { return Ref<TQRounder>::adopt(new TQRounder); }
 
 Ref<TQRounder> TQRounder::initWithRoundingIncrement(double roundingIncrement) {

@@ -16,6 +16,7 @@ namespace tq {
 class TQ_EXPORT TQRounder final : public Subclass<TQRounder> {
  public:
   static constexpr std::string_view className = "TQRounder";
+  ~TQRounder() override;
 
   [[nodiscard]] static Ref<TQRounder> init();  ///< with increment 1
   /// With any increment; see Rounder for 0, NaN and negative ones.

@@ -18,6 +18,8 @@ std::int64_t nanosecondsOf(double seconds) {
 
 }  // namespace
 
+Timer::~Timer() = default;
+
 Ref<Timer> Timer::scheduledTimerWithTimeInterval(double seconds, Action action,
                                                  Ref<Object> userInfo, bool repeats) {
   TQ_ASSERT(action != nullptr);

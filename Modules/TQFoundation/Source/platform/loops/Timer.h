@@ -23,6 +23,8 @@ namespace tq {
 class TQ_EXPORT Timer final : public Subclass<Timer> {
  public:
   static constexpr std::string_view className = "Timer";
+  ~Timer() override;
+
   /// Called with the timer when it fires.
   using Action = void (*)(Timer&);
 

@@ -97,6 +97,8 @@ void store(PreferenceStore& in, const Object* object, std::string_view key) {
 
 }  // namespace
 
+UserDefaults::~UserDefaults() = default;
+
 UserDefaults::UserDefaults(std::string_view folder, std::string_view name)
     : levels_{argumentStore(), storeIn(folder, name), storeIn(folder, kGlobalDomain),
               registeredStore()} {}

@@ -59,6 +59,7 @@ class PreferenceStore;
 class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
  public:
   static constexpr std::string_view className = "UserDefaults";
+  ~UserDefaults() override;
 
   /// Returns the application's store, created on first use.
   [[nodiscard]] static Ref<UserDefaults> standardUserDefaults();

@@ -21,6 +21,8 @@ int main() {
   const auto archive = tq::TQJSONEncoder::encodeObjectAsData(tq::makeRef<Dot>(tq::Point{3, 4}));
   const auto dot = tq::refCast<Dot>(tq::TQJSONDecoder::decodeDataError(*archive, nullptr));
   const bool isEqual = dot && dot->at_ == tq::Point{3, 4};
+  const tq::Ref<tq::Object> null = tq::Null::null();
+  if (!tq::refCast<tq::Null>(null)) return 2;  // program and library have different types
   std::puts(isEqual ? "the object is unchanged" : "the object has changed");
   return isEqual ? 0 : 1;
 }

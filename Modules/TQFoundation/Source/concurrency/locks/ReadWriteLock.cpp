@@ -1,0 +1,3 @@
+#include <TQFoundation/concurrency/locks/ReadWriteLock.h>
+
+tq::ReadWriteLock::~ReadWriteLock() = default;
