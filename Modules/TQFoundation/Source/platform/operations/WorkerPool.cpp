@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <exception>
 #include <thread>
 #include <vector>
 
@@ -105,15 +106,25 @@ void share(std::size_t begin, std::size_t end, std::size_t grain, const void* bo
   };
   const Acquiring results{&handedBack};
   __tsan_release(&handedOut);
+  // No exception passes through oneTBB: it is built with libstdc++, this library perhaps with
+  // libc++, and neither can keep an exception of the other.
+  std::atomic<bool> hasFailed{false};
+  std::exception_ptr failure;  // written by the range that sets hasFailed
   const auto run = [&](const tbb::blocked_range<std::size_t>& part) {
     __tsan_acquire(&handedOut);
     const Releasing result{&handedBack};
-    range(body, part.begin(), part.end());
+    if (hasFailed.load(std::memory_order_relaxed)) return;  // a hint: the rest is left out
+    try {
+      range(body, part.begin(), part.end());
+    } catch (...) {
+      if (!hasFailed.exchange(true)) failure = std::current_exception();
+    }
   };
   // Isolated: a thread that waits for the last ranges does not run ranges of another loop, whose
   // body might need a lock that this thread holds.
   tbb::this_task_arena::isolate(
       [&] { tbb::parallel_for(tbb::blocked_range<std::size_t>(begin, end, grain), run); });
+  if (failure) std::rethrow_exception(failure);
 }
 
 /// Reads a counter that is faster than the clock: less than a nanosecond for each tick on x86, up
