@@ -72,7 +72,9 @@ std::vector<std::string> textsThatCollide(std::size_t count, std::uint64_t facto
     const std::uint64_t bits = unmixed((unmixed(unmixed(hash)) ^ kStart) * kInverse);
     if ((bits & 0x8080'8080'8080'8080) == 0) {
       texts.emplace_back(reinterpret_cast<const char*>(&bits), 8);
+#ifndef _LIBCPP_VERSION
       EXPECT_EQ(std::hash<std::string>{}(texts.back()), hash);
+#endif
     }
   }
   return texts;

@@ -44,10 +44,12 @@ std::vector<std::string> loadedFiles() {
 // The libraries of a program that is linked with ours and does nothing yet.
 TEST(LazyLibraries, AreNotLoadedAtTheStart) {
   const std::set<std::string_view> expected{
-      "ld-linux-x86-64", "libTQFoundation", "libc",       "libdeflate",  "libfmt",
-      "libgcc_s",        "libglib-2",       "libicudata", "libicui18n",  "libicuuc",
-      "liblz4",          "liblzma",         "libm",       "libmimalloc", "libpcre2-8",
-      "libsimdjson",     "libsqlite3",      "libstdc++",  "libtbb",      "libz",
+      "ld-linux-aarch64", "ld-linux-x86-64", "libTQFoundation", "libc",
+      "libc++",           "libc++abi",       "libdeflate",      "libfmt",
+      "libgcc_s",         "libglib-2",       "libicudata",      "libicui18n",
+      "libicuuc",         "liblz4",          "liblzma",         "libm",
+      "libmimalloc",      "libpcre2-8",      "libsimdjson",     "libsqlite3",
+      "libstdc++",        "libtbb",          "libunwind",       "libz",
       "linux-vdso"};
   const std::vector<std::string> paths = loadedFiles();
   EXPECT_GT(paths.size(), 5u);

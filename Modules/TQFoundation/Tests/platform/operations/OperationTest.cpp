@@ -301,7 +301,7 @@ TEST(OperationQueueDeathTest, ExceptionsStopTheProcess) {
         queue->waitUntilAllOperationsAreFinished();  // nothing learns that it has finished
         std::_Exit(0);
       },
-      "terminate");
+      "terminat");  // libc++abi: "terminating"
 }
 
 }  // namespace
