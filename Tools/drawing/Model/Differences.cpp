@@ -6,6 +6,7 @@
 #include <tuple>
 #include <utility>
 
+#include "Model/Compare.h"
 #include "Model/Gradient.h"
 #include "Model/Marker.h"
 #include "Model/Mask.h"
@@ -75,9 +76,25 @@ std::string quoted(const tq::Object* text) {
   return text != nullptr ? '"' + textOf(*text) + '"' : "none";
 }
 
+/// Returns the first difference of two nodes or markers; empty for other values.
+std::string firstDifferenceOf(const tq::Object& a, const tq::Object& b) {
+  const auto* marker = tq::objectCast<Marker>(&a);
+  const auto* otherMarker = tq::objectCast<Marker>(&b);
+  const auto* node = marker != nullptr ? &marker->content() : tq::objectCast<Node>(&a);
+  const auto* other = otherMarker != nullptr ? &otherMarker->content() : tq::objectCast<Node>(&b);
+  if (node == nullptr || other == nullptr) return "";
+  const auto difference = firstDifference(*node, *other, marker != nullptr ? "marker" : "pattern");
+  return difference ? " (" + *difference + ")" : "";
+}
+
+/// Two objects may differ although their texts are the same.
 void noteText(Properties& differing, const std::string& name, const tq::Object* a,
               const tq::Object* b) {
-  if (!areEqual(a, b)) differing.push_back({name, quoted(a), quoted(b)});
+  if (areEqual(a, b)) return;
+  const std::string before = quoted(a), after = quoted(b);
+  const bool isMore = a != nullptr && b != nullptr && before == after;
+  differing.push_back(
+      {name, before, isMore ? "another " + after + firstDifferenceOf(*a, *b) : after});
 }
 
 bool areSame(const tq::Rect& a, const tq::Rect& b) {

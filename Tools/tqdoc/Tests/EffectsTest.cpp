@@ -113,7 +113,7 @@ TEST(Effects, DifferByPath) {
               ElementsAre("root.children[0].filter: within -1 -2 12 24: blur 2 2 -> "
                           "within -1 -2 12 24: blur 3 3",
                           "root.children[0].style.fill: \"pattern of 1 in 20 x 40\" -> "
-                          "\"pattern of 1 in 20 x 40\"",
+                          "another \"pattern of 1 in 20 x 40\" (pattern/0: the paths differ)",
                           "root.children[0].mask.children[0].path: 3 steps within 0 0 9 9 -> "
                           "3 steps within 0 0 9 8"));
   EXPECT_THAT(changes("mask-type='alpha' height='1'><path d='M0 0h9v9'", blur, "M0 0h1v1"),
