@@ -53,7 +53,8 @@ class TextSpan final : public tq::Subclass<TextSpan> {
 /// "oblique"; "fontWeight", 1...1000 (400); "fontStretch", such as "condensed"; "fontVariant",
 /// "small-caps"; "letterSpacing" and "wordSpacing", lengths (0); "anchor", "middle" or "end", which
 /// part of a line is at its position ("start"); "direction", "rtl"; "decoration", a list
-/// of "underline", "overline" and "line-through"; "baselineShift", upwards (0).
+/// of "underline", "overline" and "line-through"; "baselineShift", upwards (0); "language", a tag
+/// such as "de-AT" ("en").
 class Text final : public tq::Subclass<Text, Node> {
  public:
   static constexpr std::string_view className = "TQDocText";

@@ -174,7 +174,6 @@ class Layout {
     pango_.setFontOptions(context_.get(), options.get());
     pango_.setResolution(context_.get(), 72);
     pango_.setRounding(context_.get(), FALSE);
-    pango_.setLanguage(context_.get(), pango_.language("en"));  // not that of the process
     layout_.reset(pango_.newLayout(context_.get()));
     pango_.setSingleParagraph(layout_.get(), TRUE);
     pango_.setAutoDirection(layout_.get(), FALSE);
@@ -287,6 +286,9 @@ class Layout {
     if (!(size > 0) || !std::isfinite(scale)) return;
     const Owned<PangoFontDescription> font = fontOf(pango_, *style);
     pango_.setDirection(context_.get(), isRightToLeft ? PANGO_DIRECTION_RTL : PANGO_DIRECTION_LTR);
+    const std::string_view language = wordIn(*style, "language");  // never that of the process
+    pango_.setLanguage(context_.get(),
+                       pango_.language(language.empty() ? "en" : std::string(language).c_str()));
     pango_.setFont(layout_.get(), font.get());
     const Owned<PangoAttrList> attributes = attributesOf(*style, part.text, scale);
     pango_.setAttributes(layout_.get(), attributes.get());

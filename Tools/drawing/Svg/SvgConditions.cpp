@@ -65,12 +65,16 @@ bool meetsConditions(pugi::xml_node node) noexcept {
       if (!feature.empty() && !isKnownFeature(feature)) return false;
     }
   }
+  return !isForOtherLanguages(node);
+}
+
+bool isForOtherLanguages(pugi::xml_node node) noexcept {
   const auto languages = node.attribute("systemLanguage");
-  if (!languages) return true;
+  if (!languages) return false;
   for (std::string_view list = languages.value(); !list.empty();) {
-    if (isEnglish(takeItem(list, ","))) return true;
+    if (isEnglish(takeItem(list, ","))) return false;
   }
-  return false;
+  return true;
 }
 
 }  // namespace tqdoc

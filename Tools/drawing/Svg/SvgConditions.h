@@ -12,4 +12,7 @@ namespace tqdoc {
 /// because a drawing must be read in the same way everywhere.
 [[nodiscard]] bool meetsConditions(pugi::xml_node node) noexcept;
 
+/// Returns true if an element has a systemLanguage without English.
+[[nodiscard]] bool isForOtherLanguages(pugi::xml_node node) noexcept;
+
 }  // namespace tqdoc

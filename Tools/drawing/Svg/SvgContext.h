@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include <pugixml.hpp>
 
@@ -44,8 +45,8 @@ class SvgContext {
 
   [[nodiscard]] pugi::xml_node root() const noexcept { return root_; }
 
-  /// Returns the name of an element without the prefix of SVG's namespace; empty for other nodes
-  /// and for elements of other namespaces.
+  /// Returns the name of an element without a prefix of SVG's namespace; empty for other nodes and
+  /// for elements of other namespaces.
   [[nodiscard]] std::string_view nameOf(pugi::xml_node node) const noexcept;
 
   /// Returns the node after `node` in the order of the file, or a null node at the end. Does not
@@ -58,6 +59,10 @@ class SvgContext {
   /// Counts an ignored feature.
   void leaveOut(std::string_view feature);
 
+  /// Counts the elements in an element that are neither descriptions nor definitions, nor have the
+  /// name `read`.
+  void leaveOutContent(pugi::xml_node node, std::string_view read = {});
+
   /// @throws SvgFault if the drawing is too large
   void charge(std::size_t work, pugi::xml_node where);
 
@@ -67,12 +72,19 @@ class SvgContext {
   [[nodiscard]] const Features& features() const noexcept { return features_; }
 
  private:
+  /// Finds the prefixes of SVG's namespace. Each declaration is taken to hold for the whole file.
+  void findPrefixes();
+
   pugi::xml_node root_;
-  std::string prefix_;
+  std::vector<std::string> prefixes_;  // of SVG's namespace, with the colon; or empty
   std::unordered_map<std::string_view, pugi::xml_node> byId_;
   Features features_;
   std::size_t workLeft_;
 };
+
+/// Returns true for elements that are not drawn where they are: definitions and descriptions. Those
+/// that are not supported wherever they are were counted before; see isForeignElement().
+[[nodiscard]] bool isDefinition(std::string_view name) noexcept;
 
 /// Returns the value of an attribute; empty if it is absent.
 [[nodiscard]] inline std::string_view attributeOf(pugi::xml_node node, const char* name) noexcept {

@@ -63,10 +63,15 @@ class FilterReader {
   /// Returns null if the filter cannot be drawn.
   [[nodiscard]] tq::Ref<Filter> read() {
     if (!hrefOf(filter_).empty()) context_.leaveOut("href of filter");
+    if (filter_.attribute("filterRes")) context_.leaveOut("filterRes of filter");
     const Style style = sheet_.styleOf(filter_, sheet_.styleAround(filter_, viewport_), viewport_);
     for (const pugi::xml_node node : filter_.children()) {
       const std::string_view name = context_.nameOf(node);
-      if (!name.starts_with("fe")) continue;
+      if (!name.starts_with("fe")) {
+        if (!name.empty() && !isDefinition(name)) context_.leaveOut("<" + std::string(name) + ">");
+        continue;
+      }
+      context_.leaveOutContent(node, "feMergeNode");
       const Style own = sheet_.styleOf(node, style, viewport_);
       const std::size_t before = steps_.size();
       if (!addPrimitive(node, name, own)) {
@@ -151,6 +156,8 @@ class FilterReader {
 
     if (name == "feGaussianBlur") {
       const auto deviation = numbersOf(node, "stdDeviation", 2);
+      const std::string_view edges = attributeOf(node, "edgeMode");
+      if (!edges.empty() && edges != "none") context_.leaveOut("edgeMode of feGaussianBlur");
       add(Kind::blur, inputs, lengths(deviation[0], deviation[1]));
     } else if (name == "feOffset") {
       add(Kind::offset, inputs, offsetOf(node, 0));

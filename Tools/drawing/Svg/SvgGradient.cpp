@@ -113,6 +113,7 @@ class GradientReader {
     for (const pugi::xml_node gradient : chain_) {
       const Style style =
           sheet_.styleOf(gradient, sheet_.styleAround(gradient, viewport_), viewport_);
+      context_.leaveOutContent(gradient, "stop");
       for (const pugi::xml_node child : gradient.children()) {
         if (context_.nameOf(child) == "stop") stops.push_back(readStop(style, child, stops));
       }
@@ -125,7 +126,9 @@ class GradientReader {
                                       const std::vector<GradientStop>& before) {
     const Style style = sheet_.styleOf(node, gradient, viewport_);
     const Color color = style.stopIsCurrentColor ? style.color : style.stopColor;
-    const auto offset = parseFraction(attributeOf(node, "offset"));
+    const std::string_view place = attributeOf(node, "offset");
+    const auto offset = parseFraction(place);
+    if (!offset && !place.empty()) context_.leaveOut("invalid offset of stop");
     const double least = before.empty() ? 0 : before.back().offset;
     return {std::max(least, std::clamp(offset.value_or(0), 0.0, 1.0)), color.red, color.green,
             color.blue, color.alpha * style.stopOpacity};

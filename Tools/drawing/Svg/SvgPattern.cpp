@@ -56,12 +56,10 @@ tq::Ref<Pattern> readPattern(SvgContext& context, pugi::xml_node first, const tq
 
   tq::AffineTransform inTile;
   const char* const contentUnits = "patternContentUnits";
-  const auto box = parseNumbers(attributeOf(having("viewBox"), "viewBox"));
-  if (box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0) {
+  if (const auto box = viewBoxOf(context, having("viewBox"))) {
     const char* const fit = "preserveAspectRatio";
-    inTile = viewTransform({(*box)[0], (*box)[1], (*box)[2], (*box)[3]}, tile.size,
-                           attributeOf(having(fit), fit));
-    viewport = {(*box)[2], (*box)[3], viewport.fontSize};
+    inTile = viewTransform(*box, tile.size, attributeOf(having(fit), fit));
+    viewport = {box->size.width, box->size.height, viewport.fontSize};
   } else if (attributeOf(having(contentUnits), contentUnits) == "objectBoundingBox") {
     inTile = {bounds.size.width, 0, 0, bounds.size.height, 0, 0};
     viewport = {1, 1, viewport.fontSize};

@@ -28,11 +28,6 @@
 namespace tqdoc {
 namespace {
 
-/// Elements that are not drawn where they are defined.
-constexpr std::string_view kSilent[] = {
-    "defs",           "title",          "desc",   "metadata", "style",  "symbol", "clipPath",
-    "linearGradient", "radialGradient", "marker", "mask",     "filter", "pattern"};
-
 [[nodiscard]] bool isGroup(std::string_view name) {
   return name == "g" || name == "a" || name == "switch" || name == "svg";
 }
@@ -124,16 +119,18 @@ class Reader::Following {
 
 tq::Ref<Document> Reader::read() {
   const pugi::xml_node root = context_.root();
-  const auto box = parseNumbers(attributeOf(root, "viewBox"));
-  const bool hasBox = box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0;
-  const tq::Size natural = hasBox ? tq::Size{(*box)[2], (*box)[3]} : tq::Size{300, 150};
+  const auto box = viewBoxOf(context_, root);
+  const tq::Size natural = box ? box->size : tq::Size{300, 150};
   const tq::Rect frame = frameOf(context_, root, {natural.width, natural.height}, natural);
   const tq::Size size = frame.size.width > 0 && frame.size.height > 0 ? frame.size : natural;
-  const tq::Rect viewBox = hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3])
-                                  : tq::Rect(0, 0, size.width, size.height);
+  const tq::Rect viewBox = box.value_or(tq::Rect({0, 0}, size));
 
   page_ = {viewBox.size.width, viewBox.size.height};
   Place place{sheet_.styleOf(root, Style(), page_), page_};
+  if (place.style.transform ||
+      transformOf(root, place, [] { return tq::Rect(); }) != tq::AffineTransformIdentity) {
+    context_.leaveOut("transform of the root");
+  }
   auto children = readChildren(root, place);
   auto group =
       tq::makeRef<Group>(traitsOf(root, place, [&] { return boundsOf(*children); }), children);
@@ -156,8 +153,11 @@ tq::Ref<Document> Reader::read() {
 
 tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
   const std::string_view name = context_.nameOf(node);
-  if (name.empty() || std::ranges::find(kSilent, name) != std::end(kSilent)) return nullptr;
-  if (!meetsConditions(node)) return nullptr;
+  if (name.empty() || isDefinition(name)) return nullptr;
+  if (!meetsConditions(node)) {
+    if (isForOtherLanguages(node)) context_.leaveOut("content in other languages");
+    return nullptr;
+  }
   if (!isDrawn(name)) {
     context_.leaveOut("<" + std::string(name) + ">");
     return nullptr;
@@ -170,6 +170,7 @@ tq::Ref<Node> Reader::readNode(pugi::xml_node node, const Place& parent) {
   ++depth_;
   Place place{sheet_.styleOf(node, parent.style, parent.viewport), parent.viewport};
   place.viewport.fontSize = place.style.fontSize;
+  if (!isGroup(name) && name != "text") context_.leaveOutContent(node);
   tq::Ref<Node> result;
   if (isOutline(name)) {
     result = readShape(node, place);
@@ -205,6 +206,8 @@ tq::Ref<tq::Array> Reader::readChildren(pugi::xml_node node, const Place& place)
 tq::Ref<Node> Reader::readShape(pugi::xml_node node, const Place& place) {
   auto path = readOutline(context_, node, place.viewport);
   if (path->isEmpty()) return nullptr;
+  const bool scalesDashes = !place.style.dashes.empty() && !attributeOf(node, "pathLength").empty();
+  if (scalesDashes) context_.leaveOut("pathLength of dashes");
   const auto bounds = [&] { return path->tightBounds(); };
   auto traits = traitsOf(node, place, bounds);
   auto style = withMarkers(node, place.style, *path, styleOf(node, place, bounds));
@@ -273,6 +276,9 @@ tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
   std::optional<Following> following(std::in_place, *this, target, node);
   if (context_.nameOf(target) == "symbol" || context_.nameOf(target) == "svg") {
     const Place inner{sheet_.styleOf(target, place.style, place.viewport), place.viewport};
+    if (target.attribute("refX") || target.attribute("refY")) {
+      context_.leaveOut("reference point of symbol");
+    }
     child = readViewport(target, inner, {0, 0, frame.size.width, frame.size.height});
   } else {
     child = readNode(target, place);
@@ -287,10 +293,7 @@ tq::Ref<Node> Reader::readUse(pugi::xml_node node, const Place& place) {
 /// An element with its own coordinate system becomes a group with a transform and a clip.
 tq::Ref<Group> Reader::readViewport(pugi::xml_node node, const Place& place,
                                     const tq::Rect& frame) {
-  const auto box = parseNumbers(attributeOf(node, "viewBox"));
-  const bool hasBox = box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0;
-  const tq::Rect viewBox = hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3])
-                                  : tq::Rect(0, 0, frame.size.width, frame.size.height);
+  const tq::Rect viewBox = viewBoxOf(context_, node).value_or(tq::Rect({0, 0}, frame.size));
   const auto fitted = viewTransform(viewBox, frame.size, attributeOf(node, "preserveAspectRatio"));
 
   Place inner = place;
@@ -471,10 +474,7 @@ tq::Ref<Marker> Reader::newMarker(pugi::xml_node node) {
       lengthOf(context_, node, "markerWidth", place.viewport, Extent::horizontal, 3),
       lengthOf(context_, node, "markerHeight", place.viewport, Extent::vertical, 3)};
   if (!(size.width > 0 && size.height > 0)) return nullptr;
-  const auto box = parseNumbers(attributeOf(node, "viewBox"));
-  const bool hasBox = box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0;
-  const tq::Rect viewBox =
-      hasBox ? tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3]) : tq::Rect({0, 0}, size);
+  const tq::Rect viewBox = viewBoxOf(context_, node).value_or(tq::Rect({0, 0}, size));
   const auto fitted = viewTransform(viewBox, size, attributeOf(node, "preserveAspectRatio"));
   place.viewport.width = viewBox.size.width;
   place.viewport.height = viewBox.size.height;
@@ -508,7 +508,9 @@ tq::Ref<Marker> Reader::newMarker(pugi::xml_node node) {
   } else if (orient == "auto-start-reverse") {
     placing.direction = Marker::Direction::alongPathFromStart;
   } else {
-    placing.degrees = parseAngle(orient, true).value_or(0);
+    const auto degrees = parseAngle(orient, true);
+    if (!degrees && !orient.empty()) context_.leaveOut("invalid orient of marker");
+    placing.degrees = degrees.value_or(0);
   }
   return tq::makeRef<Marker>(std::move(content), placing);
 }
@@ -621,6 +623,10 @@ SvgDrawing readSvg(std::span<const std::byte> bytes, std::string_view fileName,
   if (!parsed) return fail(expanded->sourceOffset(parsed.offset), parsed.description());
   try {
     SvgContext context(xml, content.size(), expanded->leftOut());
+    const auto start = static_cast<std::size_t>(context.root().offset_debug());
+    if (content.substr(0, start).find("<?xml-stylesheet") != content.npos) {
+      context.leaveOut("external style sheet");
+    }
     auto document = Reader(context).read();
     return {std::move(document), context.features()};
   } catch (const SvgFault& fault) {

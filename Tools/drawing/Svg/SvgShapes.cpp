@@ -141,6 +141,17 @@ tq::AffineTransform transformOf(SvgContext& context, pugi::xml_node node, const 
   return transform.value_or(tq::AffineTransformIdentity);
 }
 
+std::optional<tq::Rect> viewBoxOf(SvgContext& context, pugi::xml_node node) {
+  const std::string_view text = attributeOf(node, "viewBox");
+  if (trimmed(text).empty()) return std::nullopt;
+  const auto box = parseNumbers(text);
+  if (box && box->size() == 4 && (*box)[2] > 0 && (*box)[3] > 0) {
+    return tq::Rect((*box)[0], (*box)[1], (*box)[2], (*box)[3]);
+  }
+  leaveOutAttribute(context, node, "viewBox");
+  return std::nullopt;
+}
+
 tq::Rect frameOf(SvgContext& context, pugi::xml_node node, Viewport viewport, tq::Size otherwise) {
   return {lengthOf(context, node, "x", viewport, Extent::horizontal),
           lengthOf(context, node, "y", viewport, Extent::vertical),

@@ -33,6 +33,9 @@ namespace tqdoc {
 [[nodiscard]] tq::AffineTransform transformOf(SvgContext& context, pugi::xml_node node,
                                               const char* attribute = "transform");
 
+/// Returns the viewBox of an element. No value if it is absent, empty or invalid, which is counted.
+[[nodiscard]] std::optional<tq::Rect> viewBoxOf(SvgContext& context, pugi::xml_node node);
+
 /// Returns x, y, width and height in lengths of the viewport; absent sizes are `otherwise`.
 [[nodiscard]] tq::Rect frameOf(SvgContext& context, pugi::xml_node node, Viewport viewport,
                                tq::Size otherwise = {});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Svg/SvgForeign.h"
 #include "Svg/SvgTransform.h"
 
 namespace tqdoc {
@@ -279,14 +280,6 @@ constexpr Property kProperties[] = {
     {"flood-opacity", setFraction<&Style::floodOpacity>, inherit<&Style::floodOpacity>},
 };
 
-// Unsupported properties, with the values that have no effect.
-constexpr struct {
-  std::string_view name;
-  std::string_view idle;
-} kForeign[] = {
-    {"d", "none"},
-};
-
 }  // namespace
 
 Style Style::inherited() const {
@@ -314,22 +307,17 @@ Understood setProperty(Style& style, const Style& parent, std::string_view name,
   if (const auto valid = setTextProperty(style.text, parent.text, name, value, viewport)) {
     return *valid ? Understood::yes : Understood::notTheValue;
   }
-  for (const auto& foreign : kForeign) {
-    if (foreign.name != name) continue;
-    const bool idle = value == foreign.idle || value == "inherit";
-    return idle ? Understood::yes : Understood::notTheProperty;
-  }
-  return Understood::yes;
+  const auto idle = isIdleDeclaration(name, value);
+  return !idle ? Understood::notTheProperty : *idle ? Understood::yes : Understood::notTheValue;
 }
 
 bool isProperty(std::string_view name) noexcept {
   // Properties that are not attributes, and attributes of other syntax.
-  constexpr std::string_view kOthers[] = {"transform",      "d",        "font", "marker",
-                                          "mix-blend-mode", "isolation"};
+  constexpr std::string_view kOthers[] = {"transform", "font", "marker", "mix-blend-mode",
+                                          "isolation"};
   if (std::ranges::find(kOthers, name) != std::end(kOthers)) return false;
   return std::ranges::find(kProperties, name, &Property::name) != std::end(kProperties) ||
-         isTextProperty(name) ||
-         std::ranges::any_of(kForeign, [&](const auto& foreign) { return foreign.name == name; });
+         isTextProperty(name) || isForeignAttribute(name);
 }
 
 }  // namespace tqdoc

@@ -73,12 +73,12 @@ struct Style {
 
 enum class Understood {
   yes,
-  notTheValue,     ///< invalid value; the property keeps its old value
-  notTheProperty,  ///< unsupported property that changes the rendering
+  notTheValue,     ///< invalid or unsupported value; the property keeps its old value
+  notTheProperty,  ///< unknown property
 };
 
-/// Sets one property. Properties that do not change the rendering (those of
-/// editors) are accepted and have no effect. "inherit" copies the value of the parent.
+/// Sets one property. Unsupported properties are accepted if they change nothing; see
+/// isIdleDeclaration(). "inherit" copies the value of the parent.
 /// @param value  trimmed, without "!important"
 Understood setProperty(Style& style, const Style& parent, std::string_view name,
                        std::string_view value, Viewport viewport);

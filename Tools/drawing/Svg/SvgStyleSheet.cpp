@@ -90,6 +90,16 @@ SvgStyleSheet::SvgStyleSheet(SvgContext& context) : context_(context) {
   std::vector<std::size_t> ends;  // an error in one sheet must not reach the next
   for (pugi::xml_node node = context.root(); node; node = context.following(node)) {
     if (context.nameOf(node) != "style") continue;
+    const std::string_view type = attributeOf(node, "type");
+    const std::string_view media = trimmed(attributeOf(node, "media"));
+    if (!type.empty() && type != "text/css") {
+      context.leaveOut("style sheet of type " + std::string(type));
+      continue;
+    }
+    if (!media.empty() && media != "all" && media != "screen") {
+      context.leaveOut("style sheet for " + std::string(media));
+      continue;
+    }
     std::string content;
     for (const pugi::xml_node part : node.children()) content += part.value();
     text_ += withoutComments(content);

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Svg/SvgConditions.h"
 #include "Svg/SvgShapes.h"
 
 namespace tqdoc {
@@ -64,8 +65,15 @@ class TextReader {
       const std::string_view name = context_.nameOf(child);
       if (name == "tspan" || name == "a") {
         const Style inner = sheet_.styleOf(child, style, viewport);
-        if (inner.displayed) readElement(child, inner, viewport, keepsSpace, depth + 1);
-      } else if (name != "title" && name != "desc" && !name.empty()) {
+        const bool isMeant = meetsConditions(child);
+        if (inner.displayed && isMeant) {
+          readElement(child, inner, viewport, keepsSpace, depth + 1);
+        } else if (!isMeant && isForOtherLanguages(child)) {
+          context_.leaveOut("content in other languages");
+        } else {
+          context_.leaveOut("text that is not displayed");  // the model has no hidden spans
+        }
+      } else if (!name.empty() && !isDefinition(name)) {
         context_.leaveOut("<" + std::string(name) + ">");
       }
     }

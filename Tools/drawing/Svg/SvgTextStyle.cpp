@@ -84,6 +84,17 @@ constexpr std::string_view kDirections[] = {"ltr", "rtl"};
   return shift.has_value();
 }
 
+/// The tag of a language, such as "de-AT".
+[[nodiscard]] bool setLanguage(TextStyle& style, std::string_view value) {
+  constexpr std::size_t kLongest = 35;
+  const bool isTag =
+      value.size() <= kLongest && std::ranges::all_of(value, [](char c) {
+        return isDigit(c) || c == '-' || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+      });
+  if (isTag) style.language = value;
+  return isTag;
+}
+
 [[nodiscard]] bool setDecoration(TextStyle& style, const TextStyle& parent,
                                  std::string_view value) {
   style.isUnderlined = parent.isUnderlined;
@@ -102,26 +113,15 @@ constexpr std::string_view kDirections[] = {"ltr", "rtl"};
   return isValid;
 }
 
-constexpr std::string_view kNames[] = {"font-family",    "font-style",     "font-variant",
-                                       "font-weight",    "font-stretch",   "letter-spacing",
-                                       "word-spacing",   "text-anchor",    "direction",
-                                       "baseline-shift", "text-decoration"};
-
-/// Unsupported properties, with each value that has no effect.
-constexpr struct {
-  std::string_view name;
-  std::string_view idle;
-} kForeign[] = {{"writing-mode", "lr-tb"},           {"writing-mode", "lr"},
-                {"writing-mode", "horizontal-tb"},   {"dominant-baseline", "auto"},
-                {"dominant-baseline", "alphabetic"}, {"alignment-baseline", "auto"},
-                {"alignment-baseline", "baseline"},  {"unicode-bidi", "normal"},
-                {"unicode-bidi", "embed"},           {"text-transform", "none"}};
+constexpr std::string_view kNames[] = {
+    "font-family",     "font-style",           "font-variant", "font-weight", "font-stretch",
+    "letter-spacing",  "word-spacing",         "text-anchor",  "direction",   "baseline-shift",
+    "text-decoration", "text-decoration-line", "xml:lang",     "lang"};
 
 }  // namespace
 
 bool isTextProperty(std::string_view name) noexcept {
-  return std::ranges::find(kNames, name) != std::end(kNames) ||
-         std::ranges::any_of(kForeign, [&](const auto& each) { return each.name == name; });
+  return std::ranges::find(kNames, name) != std::end(kNames);
 }
 
 std::optional<bool> setTextProperty(TextStyle& style, const TextStyle& parent,
@@ -139,9 +139,8 @@ std::optional<bool> setTextProperty(TextStyle& style, const TextStyle& parent,
   if (name == "text-anchor") return setWord(style.anchor, kAnchors, value);
   if (name == "direction") return setWord(style.direction, kDirections, value);
   if (name == "baseline-shift") return setBaselineShift(style, parent, value, viewport);
-  if (name == "text-decoration") return setDecoration(style, parent, value);
-  return std::ranges::any_of(
-      kForeign, [&](const auto& each) { return each.name == name && each.idle == value; });
+  if (name == "xml:lang" || name == "lang") return setLanguage(style, value);
+  return setDecoration(style, parent, value);
 }
 
 std::optional<double> parseFontSize(std::string_view value, Viewport parent) noexcept {
@@ -209,6 +208,7 @@ void addTextStyle(tq::MutableDictionary& to, const TextStyle& style, double font
   measure(style.wordSpacing, 0, "wordSpacing");
   word(style.anchor, "start", "anchor");
   word(style.direction, "ltr", "direction");
+  word(style.language == "en" ? "" : style.language, "", "language");
   measure(style.baselineShift, 0, "baselineShift");
   std::string decoration;
   const auto decorate = [&](bool is, const char* name) {

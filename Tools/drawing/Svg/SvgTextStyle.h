@@ -17,6 +17,7 @@ namespace tqdoc {
 /// baseline add up from element to element.
 struct TextStyle {
   std::string family;
+  std::string language;  ///< a tag such as "de-AT"; if empty, English
   std::string_view slant = "normal";
   std::string_view variant = "normal";
   std::string_view stretch = "normal";
@@ -31,7 +32,8 @@ struct TextStyle {
   bool isStruckThrough = false;
 };
 
-/// Sets one property of text; `font` without its size and `font-size` are not among them.
+/// Sets one property of text, or its language; `font` without its size and `font-size` are not
+/// among them.
 /// @param viewport  with the element's font size
 /// @return whether the value is valid, or no value if `name` is not a property of text
 [[nodiscard]] std::optional<bool> setTextProperty(TextStyle& style, const TextStyle& parent,

@@ -166,12 +166,19 @@ class Writer {
 
   static void writeTextStyle(pugi::xml_node element, const tq::Dictionary& style) {
     constexpr std::pair<const char*, const char*> kAttributes[] = {
-        {"fontFamily", "font-family"},       {"fontSize", "font-size"},
-        {"fontStyle", "font-style"},         {"fontWeight", "font-weight"},
-        {"fontStretch", "font-stretch"},     {"fontVariant", "font-variant"},
-        {"letterSpacing", "letter-spacing"}, {"wordSpacing", "word-spacing"},
-        {"anchor", "text-anchor"},           {"direction", "direction"},
-        {"baselineShift", "baseline-shift"}, {"decoration", "text-decoration"}};
+        {"fontFamily", "font-family"},
+        {"fontSize", "font-size"},
+        {"fontStyle", "font-style"},
+        {"fontWeight", "font-weight"},
+        {"fontStretch", "font-stretch"},
+        {"fontVariant", "font-variant"},
+        {"letterSpacing", "letter-spacing"},
+        {"wordSpacing", "word-spacing"},
+        {"anchor", "text-anchor"},
+        {"direction", "direction"},
+        {"baselineShift", "baseline-shift"},
+        {"decoration", "text-decoration"},
+        {"language", "xml:lang"}};
     for (const auto& [key, attribute] : kAttributes) {
       const tq::Object* const value = style.objectForKey(key);
       if (const auto* word = tq::objectCast<tq::String>(value)) {

@@ -164,7 +164,8 @@ TEST(SvgStyle, InheritsProperties) {
     EXPECT_EQ(setProperty(child, parent, name, value, {}), Understood::notTheValue) << name;
   }
   EXPECT_EQ(setProperty(child, parent, "filter", "none", {}), Understood::yes);
-  EXPECT_EQ(setProperty(child, parent, "d", "path('M0')", {}), Understood::notTheProperty);
+  EXPECT_EQ(setProperty(child, parent, "d", "path('M0')", {}), Understood::notTheValue);
+  EXPECT_EQ(setProperty(child, parent, "unknown", "1", {}), Understood::notTheProperty);
   EXPECT_EQ(setProperty(child, parent, "font-family", "Any", {}), Understood::yes);
 }
 

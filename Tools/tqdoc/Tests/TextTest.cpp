@@ -65,6 +65,7 @@ TEST(Texts, AreReadAsStringsWithSpans) {
        "[a][b fontWeight fill]",
        {}},
       {"<text> <!-- --> <tspan/> </text><text>next</text>", "[next]", {}},
+      {"<g xml:lang='sr'><text>a<tspan lang='en'>b</tspan></text></g>", "[a][b language]", {}},
   };
   for (const auto& [content, spans, position] : cases) {
     const auto document = drawingOf(content);
