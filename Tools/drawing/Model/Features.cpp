@@ -7,6 +7,10 @@
 
 namespace tqdoc {
 
+void addTo(Features& all, const Features& more) {
+  for (const auto& [name, count] : more) all[name] += count;
+}
+
 std::string printable(std::string_view text) {
   std::string result(text);
   for (char& c : result) {

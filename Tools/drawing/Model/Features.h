@@ -13,6 +13,9 @@ namespace tqdoc {
 /// How often a reader ignored each feature. The names come from the drawing.
 using Features = std::map<std::string, std::size_t, std::less<>>;
 
+/// Adds the counts of `more` to `all`.
+void addTo(Features& all, const Features& more);
+
 /// Returns text that is safe to print: control characters become "?".
 [[nodiscard]] std::string printable(std::string_view text);
 

@@ -113,7 +113,7 @@ tq::Ref<tq::Dictionary> Text::styleOfSpan(std::size_t index) const {
   return tq::refCast<tq::Dictionary>(merged->copy());
 }
 
-std::vector<tq::Ref<Shape>> Text::shapes() const { return layOut(*this); }
+std::vector<tq::Ref<Shape>> Text::shapes() const { return layOut(*this).shapes; }
 
 std::string_view firstCharacters(std::string_view text, std::size_t count) noexcept {
   std::size_t size = 0;

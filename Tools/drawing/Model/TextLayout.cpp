@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <hb-ot.h>
 #include <pango/pangocairo.h>
 
 #include <algorithm>
@@ -84,6 +85,11 @@ class Pango {
   S<decltype(pango_layout_set_attributes)> setAttributes{library_, "pango_layout_set_attributes"};
   S<decltype(pango_layout_get_line_readonly)> firstLine{library_, "pango_layout_get_line_readonly"};
   S<decltype(pango_layout_line_get_extents)> extents{library_, "pango_layout_line_get_extents"};
+  S<decltype(pango_font_get_hb_font)> shaper{library_, "pango_font_get_hb_font"};
+  S<decltype(hb_font_get_face)> faceOf{library_, "hb_font_get_face"};
+  S<decltype(hb_ot_color_has_png)> hasBitmaps{library_, "hb_ot_color_has_png"};
+  S<decltype(hb_ot_color_has_layers)> hasLayers{library_, "hb_ot_color_has_layers"};
+  S<decltype(hb_ot_color_has_svg)> hasDrawings{library_, "hb_ot_color_has_svg"};
   S<decltype(pango_cairo_layout_line_path)> addPath{library_, "pango_cairo_layout_line_path"};
   S<decltype(pango_font_description_new)> newFont{library_, "pango_font_description_new"};
   S<decltype(pango_font_description_free)> freeFont{library_, "pango_font_description_free"};
@@ -179,7 +185,7 @@ class Layout {
     pango_.setAutoDirection(layout_.get(), FALSE);
   }
 
-  [[nodiscard]] std::vector<tq::Ref<Shape>> shapes() {
+  [[nodiscard]] TextOutlines outlines() {
     splitIntoParts();
     pen_ = text_.position();
     for (std::size_t i = 0; i < parts_.size(); ++i) {
@@ -187,15 +193,14 @@ class Layout {
       while (i + 1 < parts_.size() && !parts_[i + 1].x && !parts_[i + 1].y) ++i;
       placeLine(begin, i + 1);
     }
-    std::vector<tq::Ref<Shape>> shapes;
     for (std::size_t i = 0; i < outlines_.size(); ++i) {
       auto& [steps, coordinates] = outlines_[i];
       if (steps.empty()) continue;
-      shapes.push_back(tq::makeRef<Shape>(
+      result_.shapes.push_back(tq::makeRef<Shape>(
           Node::Traits(), tq::makeRef<PathData>(std::move(steps), std::move(coordinates)),
           text_.styleOfSpan(i)));
     }
-    return shapes;
+    return std::move(result_);
   }
 
  private:
@@ -297,6 +302,7 @@ class Layout {
     PangoLayoutLine* const line = pango_.firstLine(layout_.get(), 0);
     PangoRectangle logical{};
     pango_.extents(line, nullptr, &logical);
+    countMissing(*line);
     const double advance = scale * logical.width / PANGO_SCALE;
     if (isRightToLeft) pen_.x -= advance;
     const double angle = part.rotation * std::numbers::pi / 180;
@@ -337,6 +343,23 @@ class Layout {
     return list;
   }
 
+  void countMissing(const PangoLayoutLine& line) {
+    for (const GSList* each = line.runs; each != nullptr; each = each->next) {
+      const auto& run = *static_cast<const PangoGlyphItem*>(each->data);
+      for (int i = 0; i < run.glyphs->num_glyphs; ++i) {
+        if ((run.glyphs->glyphs[i].glyph & PANGO_GLYPH_UNKNOWN_FLAG) != 0) ++result_.withoutGlyph;
+      }
+      PangoFont* const font = run.item->analysis.font;
+      if (font == nullptr || font == plainFont_) continue;
+      hb_face_t* const face = pango_.faceOf(pango_.shaper(font));
+      if (pango_.hasBitmaps(face) || pango_.hasLayers(face) || pango_.hasDrawings(face)) {
+        result_.coloured += static_cast<std::size_t>(run.item->num_chars);
+      } else {
+        plainFont_ = font;
+      }
+    }
+  }
+
   void addOutline(PangoLayoutLine* line, const tq::AffineTransform& placed, Outline& outline) {
     cairo_new_path(cr_.get());
     cairo_move_to(cr_.get(), 0, 0);
@@ -369,12 +392,14 @@ class Layout {
   Owned<PangoContext> context_;
   Owned<PangoLayout> layout_;
   std::vector<Part> parts_;
-  std::vector<Outline> outlines_;  // of each span
+  std::vector<Outline> outlines_;         // of each span
+  const PangoFont* plainFont_ = nullptr;  // the last font without colours
+  TextOutlines result_;
   tq::Point pen_;
 };
 
 }  // namespace
 
-std::vector<tq::Ref<Shape>> layOut(const Text& text) { return Layout(text).shapes(); }
+TextOutlines layOut(const Text& text) { return Layout(text).outlines(); }
 
 }  // namespace tqdoc

@@ -52,7 +52,9 @@ void Canvas::draw(const Document& document, const tq::Rect& rect, const Overlay&
   cairo_save(cr);
   cairo_rectangle(cr, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
   cairo_clip(cr);
-  Painter(cr).paintDrawing(document.root(), fitted);
+  Painter painter(cr);
+  painter.paintDrawing(document.root(), fitted);
+  addTo(leftOut_, painter.leftOut());
   paintOverlay(cr, document.root(), fitted, overlay);
   cairo_restore(cr);
 }
@@ -103,9 +105,11 @@ Canvas rendered(const Document& document, double scale, const Overlay& overlay) 
 }
 
 bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
-               tq::Ref<tq::Error>* error) {
+               Features& leftOut, tq::Ref<tq::Error>* error) {
   const double scale = width > 0 ? width / document.page().size.width : 1;
-  return rendered(document, scale, overlay).writePNG(path, error);
+  const Canvas canvas = rendered(document, scale, overlay);
+  addTo(leftOut, canvas.leftOut());
+  return canvas.writePNG(path, error);
 }
 
 }  // namespace tqdoc

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Model/Document.h"
+#include "Model/Features.h"
 #include "Svg/SvgColor.h"
 
 struct _cairo;
@@ -54,6 +55,9 @@ class Canvas {
   /// Draws the page of `document` into `rect`: centred, as large as possible.
   void draw(const Document& document, const tq::Rect& rect, const Overlay& overlay = {});
 
+  /// What draw() did not draw of the documents; see Painter::leftOut().
+  [[nodiscard]] const Features& leftOut() const noexcept { return leftOut_; }
+
   /// Returns the rows from the top, without gaps; each pixel is blue, green, red and alpha,
   /// premultiplied.
   [[nodiscard]] std::span<const std::uint32_t> pixels() const;
@@ -71,6 +75,7 @@ class Canvas {
   };
   std::unique_ptr<_cairo_surface, Release> surface_;
   std::unique_ptr<_cairo, Release> context_;
+  Features leftOut_;
 };
 
 /// Returns the pixels that a length takes: rounded up, except for what a multiplication may add to
@@ -82,8 +87,9 @@ class Canvas {
 [[nodiscard]] Canvas rendered(const Document& document, double scale, const Overlay& overlay = {});
 
 /// Renders the page to a PNG file.
-/// @param width  in pixels, at most Canvas::kSideLimit; 0 for the page's own size
+/// @param width    in pixels, at most Canvas::kSideLimit; 0 for the page's own size
+/// @param leftOut  what was not drawn is added
 bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
-               tq::Ref<tq::Error>* error);
+               Features& leftOut, tq::Ref<tq::Error>* error);
 
 }  // namespace tqdoc

@@ -13,6 +13,7 @@
 #include "Model/Marker.h"
 #include "Model/Numbers.h"
 #include "Model/Text.h"
+#include "Model/TextLayout.h"
 #include "Render/CairoSource.h"
 #include "Render/FilterPainter.h"
 #include "Render/Images.h"
@@ -48,10 +49,11 @@ constexpr double kTolerance = 0.1;  // of curves, in pixels
   return length;
 }
 
-/// Sets the pen. Its cost is bounded, also for a hostile transform: cairo makes a point for each
-/// deviation of a round join from a polygon, and a piece for each dash. A stroke wider than any
-/// picture gets coarser joins, and one of too many dashes is solid.
-void setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transform) {
+/// Sets the pen. Returns false if a stroke of too many dashes is solid. Its cost is bounded, also
+/// for a hostile transform: cairo makes a point for each deviation of a round join from a polygon,
+/// and a piece for each dash. A stroke wider than any picture gets coarser joins, and one of too
+/// many dashes is solid.
+[[nodiscard]] bool setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transform) {
   constexpr double kToleranceOfWidth = 2e-5;
   constexpr double kMostDashes = 1e6;
   const tq::Dictionary& style = shape.style();
@@ -72,12 +74,12 @@ void setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transfor
   const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
   const bool isDashed = lengths && isDashing(*lengths);
   const double period = isDashed ? std::accumulate(lengths->begin(), lengths->end(), 0.0) : 0;
-  if (isDashed && longestLength(shape.path()) < kMostDashes * period) {
-    cairo_set_dash(cr, lengths->data(), static_cast<int>(lengths->size()),
-                   numberIn(style, "dashOffset", 0));
-  } else {
-    cairo_set_dash(cr, nullptr, 0, 0);
-  }
+  cairo_set_dash(cr, nullptr, 0, 0);
+  if (!isDashed) return true;
+  if (longestLength(shape.path()) >= kMostDashes * period) return false;
+  cairo_set_dash(cr, lengths->data(), static_cast<int>(lengths->size()),
+                 numberIn(style, "dashOffset", 0));
+  return true;
 }
 
 [[nodiscard]] cairo_operator_t operatorOf(Blend blend) {
@@ -120,15 +122,17 @@ void Painter::paint(const Node& node, const tq::AffineTransform& parent) {
   const Node::Traits& traits = node.traits();
   const auto transform = tq::AffineTransformConcat(traits.transform, parent);
   if (traits.hidden || !isUsable(transform)) return;
-  if (inMarker_ && ++markerNodes_ > kMarkerNodeLimit) return;
+  if (inMarker_ && ++markerNodes_ > kMarkerNodeLimit) {
+    ++leftOut_["shapes of too many markers"];
+    return;
+  }
   const bool translucent = traits.opacity < 1 && !silhouette_;
   const bool changed = (traits.filter || traits.mask) && !silhouette_;
   const bool blending = (traits.isolated || traits.blend != Blend::normal) && !silhouette_;
-  if ((translucent || changed || blending || traits.clip) && layers_ < kLayerLimit) {
-    paintAsLayer(node, transform);
-  } else {
-    paintContent(node, transform);
-  }
+  const bool isLayer = translucent || changed || blending || traits.clip;
+  if (isLayer && layers_ < kLayerLimit) return paintAsLayer(node, transform);
+  if (isLayer) ++leftOut_["effects that are nested too deeply"];
+  paintContent(node, transform);
 }
 
 void Painter::paintAsLayer(const Node& node, const tq::AffineTransform& transform) {
@@ -188,7 +192,10 @@ void Painter::paintFiltered(const Node& node, const tq::AffineTransform& transfo
   const Filter& filter = *node.traits().filter;
   const auto area = visiblePixels(cr_, tq::RectApplyAffineTransform(filter.region(), transform));
   if (!area) return;
-  if (!spendPixels(filter.steps().size() * area->count())) return paintContent(node, transform);
+  if (!spendPixels(filter.steps().size() * area->count())) {
+    ++leftOut_["filters of too many pixels"];
+    return paintContent(node, transform);
+  }
   CairoSurface source = layerFor(*area);
   drawInto(source.get(), [&] { paintContent(node, transform); });
   const CairoSurface result = filtered(std::move(source), *area, filter, transform);
@@ -224,7 +231,7 @@ void Painter::paintContent(const Node& node, const tq::AffineTransform& transfor
   } else if (const auto* picture = tq::objectCast<Picture>(&node)) {
     paintPicture(*picture, transform);
   } else if (const auto* text = tq::objectCast<Text>(&node)) {
-    for (const auto& glyphs : text->shapes()) paintShape(*glyphs, transform);
+    paintText(*text, transform);
   } else if (const auto* group = tq::objectCast<Group>(&node)) {
     for (std::size_t i = 0; i < group->count(); ++i) paint(group->child(i), transform);
   }
@@ -265,7 +272,9 @@ void Painter::stroke(const Shape& shape, const tq::AffineTransform& transform) {
   addPath(cr_, shape.path());
   const bool scales = numberIn(style, "nonScalingStroke", 0) == 0;
   if (!scales) setTransform(cr_, tq::AffineTransformIdentity);
-  setPen(cr_, shape, scales ? transform : tq::AffineTransformIdentity);
+  if (!setPen(cr_, shape, scales ? transform : tq::AffineTransformIdentity)) {
+    ++leftOut_["dashes of a long stroke"];
+  }
   cairo_stroke(cr_);
   cairo_set_tolerance(cr_, kTolerance);
 }
@@ -293,7 +302,7 @@ bool Painter::setPattern(const Pattern& pattern, double opacity,
   const tq::Rect& tile = pattern.tile();
   const tq::AffineTransform& own = pattern.traits().transform;
   const auto toPixels = tq::AffineTransformConcat(own, transform);
-  if (!isUsable(own) || !isUsable(toPixels) || layers_ >= kLayerLimit) return false;
+  if (!isUsable(own) || !isUsable(toPixels)) return false;
   if (!(tile.size.width > 0 && tile.size.height > 0)) return false;
   const auto side = [](double length, double x, double y) {
     return std::clamp(std::ceil(length * std::hypot(x, y) - 1e-6), 1.0, double{kSideLimit});
@@ -305,7 +314,10 @@ bool Painter::setPattern(const Pattern& pattern, double opacity,
   if (!isUsable(toTile)) return false;
 
   const PixelArea area{0, 0, static_cast<int>(width), static_cast<int>(height)};
-  if (!spendPixels(area.count())) return false;
+  if (layers_ >= kLayerLimit || !spendPixels(area.count())) {
+    ++leftOut_["patterns of too many pixels"];
+    return false;
+  }
   const CairoSurface image = layerFor(area);
   ++layers_;
   drawInto(image.get(), [&] {
@@ -327,10 +339,24 @@ bool Painter::setPattern(const Pattern& pattern, double opacity,
   return true;
 }
 
+void Painter::paintText(const Text& text, const tq::AffineTransform& transform) {
+  const TextOutlines outlines = layOut(text);
+  for (const auto& glyphs : outlines.shapes) paintShape(*glyphs, transform);
+  if (outlines.withoutGlyph > 0) {
+    leftOut_["characters that no font has"] += outlines.withoutGlyph;
+  }
+  if (outlines.coloured > 0) leftOut_["colours of fonts"] += outlines.coloured;
+}
+
 void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& transform) {
   const CairoSurface image = decodeImage(picture.bytes());
   const tq::Rect& frame = picture.frame();
-  if (!image) return;
+  if (!image) {
+    // Those of other types were counted by the reader.
+    const bool isKnown = picture.mediaType() == "image/png" || picture.mediaType() == "image/jpeg";
+    if (isKnown) ++leftOut_["damaged or too large image"];
+    return;
+  }
   const double width = cairo_image_surface_get_width(image.get());
   const double height = cairo_image_surface_get_height(image.get());
   const tq::AffineTransform fitted =

@@ -7,8 +7,10 @@
 
 #include <cstddef>
 
+#include "Model/Features.h"
 #include "Model/Mask.h"
 #include "Model/Pattern.h"
+#include "Model/Text.h"
 
 namespace tqdoc {
 
@@ -33,6 +35,10 @@ class Painter {
   /// @param parent  from the coordinates around the node to pixels
   void paint(const Node& node, const tq::AffineTransform& parent);
 
+  /// What was not drawn although the document has it: what exceeds a limit, damaged images,
+  /// characters that no installed font has, and the colours of fonts.
+  [[nodiscard]] const Features& leftOut() const noexcept { return leftOut_; }
+
  private:
   void paintAsLayer(const Node& node, const tq::AffineTransform& transform);
   void paintFiltered(const Node& node, const tq::AffineTransform& transform);
@@ -47,6 +53,7 @@ class Painter {
   [[nodiscard]] bool setPattern(const Pattern& pattern, double opacity,
                                 const tq::AffineTransform& transform);
   void paintPicture(const Picture& picture, const tq::AffineTransform& transform);
+  void paintText(const Text& text, const tq::AffineTransform& transform);
 
   /// Returns false if the limit is reached.
   [[nodiscard]] bool spendPixels(std::size_t count);
@@ -60,6 +67,7 @@ class Painter {
   std::size_t pixelsLeft_ = kPixelLimit;
   bool inMarker_ = false;
   std::size_t markerNodes_ = 0;
+  Features leftOut_;
   bool silhouette_ = false;  // for clipping: outlines are filled and their style is ignored
 };
 

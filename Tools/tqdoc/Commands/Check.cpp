@@ -101,7 +101,7 @@ void add(const Checked& one, Total& total) {
   total.shapes += one.shapes;
   total.bytes += one.result.archiveBytes;
   total.differences += one.result.differences.empty() ? 0 : 1;
-  for (const auto& [name, count] : one.result.leftOut) total.leftOut[name] += count;
+  addTo(total.leftOut, one.result.leftOut);
 }
 
 /// Reports errors and differences and, if `verbose`, unsupported features.

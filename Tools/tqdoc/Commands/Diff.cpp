@@ -111,6 +111,7 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
   canvas.fill({0, 0, width, height}, {1, 1, 1});
   canvas.draw(oldDrawing, {kGap, kGap, size, size}, left);
   canvas.draw(newDrawing, {size + 2 * kGap, kGap, size, size}, right);
+  reportUnsupported(options.picture, canvas.leftOut());
   return canvas.writePNG(options.picture, error);
 }
 

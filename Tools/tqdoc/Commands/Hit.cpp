@@ -56,9 +56,11 @@ Outcome hit(const HitOptions& options) {
   for (const PlacedNode* placed : hits) overlay.marks.push_back({placed->node, {1, 0.5, 0}});
   options.asJSON ? printRecords(hits) : printText(hits);
   if (options.picture.empty()) return Outcome::success;
-  if (!renderPNG(*document, options.width, overlay, options.picture, &error)) {
+  Features notDrawn;
+  if (!renderPNG(*document, options.width, overlay, options.picture, notDrawn, &error)) {
     return reportError(error->localizedDescription());
   }
+  reportUnsupported(options.drawing, notDrawn);
   return Outcome::success;
 }
 

@@ -55,8 +55,9 @@ Outcome render(const RenderOptions& options) {
   Outcome outcome = Outcome::success;
   for (std::size_t i = 0; i < drawings.size(); ++i) {
     tq::Ref<tq::Error> error;
-    const auto [document, leftOut] = openNamedDrawing(drawings[i], &error);
-    if (!document || !renderPNG(*document, options.width, options.overlay, pictures[i], &error)) {
+    auto [document, leftOut] = openNamedDrawing(drawings[i], &error);
+    if (!document ||
+        !renderPNG(*document, options.width, options.overlay, pictures[i], leftOut, &error)) {
       outcome = reportError(error->localizedDescription());
     }
     reportUnsupported(drawings[i], leftOut);

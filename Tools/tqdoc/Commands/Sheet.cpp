@@ -69,7 +69,7 @@ Outcome sheet(const SheetOptions& options) {
       worsen(reportError(one.failure));
       continue;
     }
-    for (const auto& [name, count] : one.leftOut) leftOut[name] += count;
+    addTo(leftOut, one.leftOut);
     tq::Rect square{card.origin.x + kGap, card.origin.y + kGap, double(options.size),
                     double(options.size)};
     canvas.draw(*one.document, square);
@@ -88,6 +88,7 @@ Outcome sheet(const SheetOptions& options) {
     std::cout << printable(options.output) << ": " << counted(files.size(), "drawing")
               << ", each beside its reopened archive\n";
   }
+  addTo(leftOut, canvas.leftOut());
   reportUnsupported(options.output, leftOut);
   return outcome;
 }

@@ -38,8 +38,11 @@ Pictures drawBoth(const std::string& file, int side) {
     pictures.explanation = error->localizedDescription();
     return pictures;
   }
-  pictures.ours = Image(rendered(*drawing.document, scaleFor(*drawing.document, side)));
-  if (!drawing.leftOut.empty()) pictures.explanation = summary(drawing.leftOut);
+  const Canvas canvas = rendered(*drawing.document, scaleFor(*drawing.document, side));
+  pictures.ours = Image(canvas);
+  Features leftOut = drawing.leftOut;
+  addTo(leftOut, canvas.leftOut());
+  if (!leftOut.empty()) pictures.explanation = summary(leftOut);
   return pictures;
 }
 

@@ -119,11 +119,12 @@ struct Frame {
 
 /// Returns one of the pictures, or an empty text with an error.
 [[nodiscard]] std::string figureOf(const Document& document, const std::string& name, bool isNew,
-                                   const Frame& frame, const Marks& marks,
+                                   const Frame& frame, const Marks& marks, Features& leftOut,
                                    tq::Ref<tq::Error>* error) {
   Canvas canvas(static_cast<int>(frame.width), static_cast<int>(frame.height));
   const tq::Size page = document.page().size;
   canvas.draw(document, {{0, 0}, {page.width * frame.scale, page.height * frame.scale}});
+  addTo(leftOut, canvas.leftOut());
   const auto png = canvas.png(error);
   if (!png) return "";
   const char* const word = isNew ? "new" : "old";
@@ -202,6 +203,11 @@ struct Frame {
   return text(size.width) + " \u00d7 " + text(size.height);
 }
 
+[[nodiscard]] std::string noteOf(const Features& leftOut) {
+  if (leftOut.empty()) return "";
+  return "<p class=\"note\">Not drawn: " + escaped(summary(leftOut)) + "</p>\n";
+}
+
 }  // namespace
 
 ReportedKind reportedKind(Difference::Kind kind) noexcept {
@@ -214,9 +220,12 @@ std::string sectionOf(const ReportedPair& pair, std::size_t number, int side,
                       tq::Ref<tq::Error>* error) {
   const Frame frame = frameFor(pair.oldDocument.page().size, pair.newDocument.page().size, side);
   const Marks marks = marksOf(pair, frame.scale);
-  const std::string oldFigure = figureOf(pair.oldDocument, pair.name, false, frame, marks, error);
+  Features leftOut;
+  const std::string oldFigure =
+      figureOf(pair.oldDocument, pair.name, false, frame, marks, leftOut, error);
   if (oldFigure.empty()) return "";
-  const std::string newFigure = figureOf(pair.newDocument, pair.name, true, frame, marks, error);
+  const std::string newFigure =
+      figureOf(pair.newDocument, pair.name, true, frame, marks, leftOut, error);
   if (newFigure.empty()) return "";
   const std::string id = std::to_string(number);
   const auto pixels = [](double length) { return std::to_string(static_cast<int>(length)); };
@@ -228,8 +237,8 @@ std::string sectionOf(const ReportedPair& pair, std::size_t number, int side,
       "</h2>\n<p class=\"versions\">old: " + isolated(pair.oldName) + ", " +
       sizeOf(pair.oldDocument) + "<br />new: " + isolated(pair.newName) + ", " +
       sizeOf(pair.newDocument) + "</p>\n" + controlsOf(id) +
-      "<div class=\"body\">\n<div class=\"stage\">\n" + oldFigure + newFigure +
-      "</div>\n<div>\n<h3" + attribute("id", "changes-" + id) + ">" +
+      "<div class=\"body\">\n<div class=\"stage\">\n" + oldFigure + newFigure + "</div>\n<div>\n" +
+      noteOf(leftOut) + "<h3" + attribute("id", "changes-" + id) + ">" +
       std::to_string(pair.differences.size()) +
       (pair.differences.size() == 1 ? " change" : " changes") + "</h3>\n<ol class=\"changes\"" +
       attribute("aria-labelledby", "changes-" + id) + ">\n";

@@ -5,13 +5,16 @@
 #include "Model/Filter.h"
 #include "Model/Mask.h"
 #include "Model/Pattern.h"
+#include "Render/Canvas.h"
 #include "Support.h"
+#include "support/Bytes.h"
 #include "support/CapturedLog.h"
 
 namespace tqdoc {
 namespace {
 
 using testing::ElementsAre;
+using tq::test::repeated;
 
 [[nodiscard]] const Node& lastOf(const Document& document) {
   return document.root().child(document.root().count() - 1);
@@ -132,6 +135,23 @@ TEST(Patterns, InheritAndScaleTheirContent) {
   ASSERT_TRUE(pattern);
   expectNear(pattern->tile(), {0, 0, 5, 5}, 1e-12);
   expectNear(tightBounds(*pattern), {0, 0, 10, 10}, 1e-12);
+}
+
+TEST(Canvas, ReportsWhatItCannotDraw) {
+  const std::string nested = repeated("<g opacity='.9'>", 30) + "<path d='M0 0h9v9'/>";
+  const tq::test::Rows<const char*, std::string> cases{
+      {"damaged or too large image 1",
+       "<image width='3' height='2' href='data:image/png;base64,iVBORw0KGgo='/>"},
+      {"characters that no font has 2", "<text y='9'>a&#x10FFFD;b&#x10FFFD;</text>"},
+      {"effects that are nested too deeply 6", nested + repeated("</g>", 30)},
+      {"dashes of a long stroke 1",
+       "<path d='M0 0h1e7' stroke='red' stroke-dasharray='1' fill='none'/>"},
+      {"none", "<text y='9'>a b</text><path d='M0 0h9' stroke='red' stroke-dasharray='1'/>"}};
+  for (const auto& [leftOut, content] : cases) {
+    const auto document = drawingOf(content);
+    ASSERT_TRUE(document) << content;
+    EXPECT_EQ(summary(rendered(*document, 1).leftOut()), leftOut) << content;
+  }
 }
 
 }  // namespace
