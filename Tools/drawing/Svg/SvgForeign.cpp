@@ -6,12 +6,12 @@
 namespace tqdoc {
 namespace {
 
-struct Property {
+struct ForeignProperty {
   std::string_view name;
   std::string_view idle;  ///< words, or "*" if no value changes a drawing here
 };
 
-constexpr Property kAttributes[] = {
+constexpr ForeignProperty kForeignAttributes[] = {
     {"alignment-baseline", "auto baseline alphabetic"},
     {"buffered-rendering", "*"},
     {"clip", "auto"},
@@ -38,7 +38,7 @@ constexpr Property kAttributes[] = {
     {"writing-mode", "lr-tb lr horizontal-tb"},
 };
 
-constexpr Property kDeclarations[] = {
+constexpr ForeignProperty kForeignDeclarations[] = {
     {"-inkscape-font-specification", "*"},
     {"-inkscape-stroke", "none"},
     {"animation", "none"},
@@ -125,14 +125,14 @@ constexpr Property kDeclarations[] = {
     {"z-index", "*"},
 };
 
-static_assert(std::ranges::is_sorted(kAttributes, {}, &Property::name));
-static_assert(std::ranges::is_sorted(kDeclarations, {}, &Property::name));
+static_assert(std::ranges::is_sorted(kForeignAttributes, {}, &ForeignProperty::name));
+static_assert(std::ranges::is_sorted(kForeignDeclarations, {}, &ForeignProperty::name));
 
-constexpr std::string_view kElements[] = {
+constexpr std::string_view kForeignElements[] = {
     "animate", "animateColor", "animateMotion", "animateTransform", "set",     "discard",
     "script",  "font",         "font-face",     "color-profile",    "handler", "listener"};
 
-[[nodiscard]] bool isIdle(std::string_view idle, std::string_view value) {
+[[nodiscard]] bool isIdleValue(std::string_view idle, std::string_view value) {
   if (idle == "*" || value == "inherit") return true;
   for (std::size_t begin = 0; begin < idle.size();) {
     const std::size_t end = std::min(idle.find(' ', begin), idle.size());
@@ -146,20 +146,20 @@ constexpr std::string_view kElements[] = {
 
 std::optional<bool> isIdleDeclaration(std::string_view property, std::string_view value) {
   if (property.starts_with("--")) return true;  // a variable: its users are left out
-  using Table = std::span<const Property>;
-  for (const Table table : {Table(kAttributes), Table(kDeclarations)}) {
-    const auto found = std::ranges::lower_bound(table, property, {}, &Property::name);
-    if (found != table.end() && found->name == property) return isIdle(found->idle, value);
+  using Table = std::span<const ForeignProperty>;
+  for (const Table table : {Table(kForeignAttributes), Table(kForeignDeclarations)}) {
+    const auto found = std::ranges::lower_bound(table, property, {}, &ForeignProperty::name);
+    if (found != table.end() && found->name == property) return isIdleValue(found->idle, value);
   }
   return std::nullopt;
 }
 
 bool isForeignAttribute(std::string_view name) {
-  return std::ranges::binary_search(kAttributes, name, {}, &Property::name);
+  return std::ranges::binary_search(kForeignAttributes, name, {}, &ForeignProperty::name);
 }
 
 bool isForeignElement(std::string_view name) {
-  return std::ranges::find(kElements, name) != std::end(kElements);
+  return std::ranges::find(kForeignElements, name) != std::end(kForeignElements);
 }
 
 }  // namespace tqdoc
