@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+#include <simdjson.h>
 #include <unistd.h>
 
 #include <map>
@@ -197,6 +198,40 @@ void BM_ModelDecode_RapidJSONByHand(benchmark::State& state) {
   countWork(state, modelText(state));
 }
 
+/// Reads each member at its place in the text, without a document, by a parser that is kept.
+/// Members may be in any order.
+void BM_ModelDecode_SimdjsonByHand(benchmark::State& state) {
+  static_assert(Data::kReadablePadding >= simdjson::SIMDJSON_PADDING);
+  const Data& text = modelText(state);
+  const std::size_t readable = text.length() + Data::kReadablePadding;
+  const auto textOf = [](simdjson::ondemand::value value) {
+    return std::string(std::string_view(value));
+  };
+  simdjson::ondemand::parser parser;
+  for (auto _ : state) {
+    simdjson::ondemand::document document =
+        parser.iterate(text.view().data(), text.length(), readable);
+    std::vector<std::unique_ptr<HandMadeShape>> shapes;
+    for (simdjson::ondemand::object node : document) {
+      auto shape = std::make_unique<HandMadeShape>();
+      shape->name = textOf(node["name"]);
+      shape->identifier = node["id"];
+      shape->visible = node["visible"];
+      shape->opacity = node["opacity"];
+      shape->frame = rectFromText(node["frame"].get_string());
+      for (simdjson::ondemand::value tag : node["tags"]) shape->tags.push_back(textOf(tag));
+      simdjson::ondemand::object style = node["style"];
+      shape->style.emplace("fill", textOf(style["fill"]));
+      shape->style.emplace("stroke", textOf(style["stroke"]));
+      shape->strokeWidth = style["width"];
+      for (const double number : node["points"]) shape->points.push_back(number);
+      shapes.push_back(std::move(shape));
+    }
+    benchmark::DoNotOptimize(shapes);
+  }
+  countWork(state, modelText(state));
+}
+
 void from_json(const nlohmann::json& json, HandMadeShape& shape) {
   json.at("name").get_to(shape.name);
   json.at("id").get_to(shape.identifier);
@@ -261,6 +296,7 @@ BENCHMARK(BM_ModelEncode_TQ)->Apply(sizes);
 BENCHMARK(BM_ModelEncode_RapidJSONByHand)->Apply(sizes);
 BENCHMARK(BM_ModelDecode_TQ)->Apply(sizes);
 BENCHMARK(BM_ModelDecode_RapidJSONByHand)->Apply(sizes);
+BENCHMARK(BM_ModelDecode_SimdjsonByHand)->Apply(sizes);
 BENCHMARK(BM_ModelDecode_nlohmann)->Apply(sizes);
 BENCHMARK(BM_FileSink_TQ)->Apply(sizes);
 BENCHMARK(BM_FileSink_FromMemory)->Apply(sizes);

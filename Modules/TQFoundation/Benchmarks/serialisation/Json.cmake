@@ -6,7 +6,7 @@ tq_add_room_benchmarks(TQJSON
   ${CMAKE_CURRENT_LIST_DIR}/JSONModelBenchmarks.cpp
   ${CMAKE_CURRENT_LIST_DIR}/JSONTreeBenchmarks.cpp
   ${CMAKE_CURRENT_LIST_DIR}/NumberTextBenchmarks.cpp
-  PEERS Boost::headers nlohmann_json::nlohmann_json)
+  PEERS Boost::headers nlohmann_json::nlohmann_json PkgConfig::TQ_simdjson)
 
 add_executable(TQJSONMemoryBenchmarks
   ${CMAKE_CURRENT_LIST_DIR}/BoostJSON.cpp
