@@ -86,6 +86,7 @@ tq_room(platform
   files/SafeFile.cpp files/SafeFile.h
   json/JSONDocument.cpp json/JSONDocument.h
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
+  json/JSONParser.cpp json/JSONParser.h
   json/JSONShape.cpp json/JSONShape.h
   json/JSONText.cpp json/JSONText.h
   libraries/LazyLibrary.cpp libraries/LazyLibrary.h

@@ -38,6 +38,11 @@ void logRepair(unsigned byte, std::size_t index) {
   plainLog(line.append(std::to_string(index)).append("\n"));
 }
 
+/// Returns the data if it cannot change, else null.
+const Data* fixedData(const Data& data) noexcept {
+  return objectCast<MutableData>(&data) == nullptr ? &data : nullptr;
+}
+
 }  // namespace
 
 TQJSONDecoder::TQJSONDecoder() : walk_(new detail::JSONWalk(*this)) {}
@@ -52,7 +57,7 @@ Ref<TQJSONDecoder> TQJSONDecoder::initWithRootObject(Ref<Object> root) {
 Ref<TQJSONDecoder> TQJSONDecoder::initWithData(const Data& data, const ReadingLimits& limits) {
   Ref<TQJSONDecoder> decoder = init();
   decoder->setLimits(limits);
-  decoder->parse(data.bytes(), Data::kReadablePadding);
+  decoder->parse(data.bytes(), fixedData(data));
   return decoder;
 }
 
@@ -60,22 +65,22 @@ Ref<TQJSONDecoder> TQJSONDecoder::initWithData(std::span<const std::byte> bytes,
                                                const ReadingLimits& limits) {
   Ref<TQJSONDecoder> decoder = init();
   decoder->setLimits(limits);
-  decoder->parse(bytes, 0);
+  decoder->parse(bytes, nullptr);
   return decoder;
 }
 
 namespace {
 
-std::optional<JSONDocument> parseOrRepair(std::span<const std::byte> bytes,
-                                          std::size_t readablePadding, const ReadingLimits& limits,
-                                          Ref<Error>* error) {
+std::optional<JSONDocument> parseOrRepair(std::span<const std::byte> bytes, const Data* fixed,
+                                          const ReadingLimits& limits, Ref<Error>* error) {
   if (bytes.size() > std::min(limits.textBytes, ReadingLimits::kLongestText)) {
     *error = readingLimitError(ReadingLimit::textBytes);
     return std::nullopt;
   }
   const auto depth = static_cast<std::size_t>(
       std::clamp(limits.depth, 1, static_cast<int>(JSONDocument::kDepthLimit)));
-  std::optional<JSONDocument> parsed = JSONDocument::parse(bytes, readablePadding, nullptr, depth);
+  std::optional<JSONDocument> parsed = JSONDocument::parse(
+      fixed != nullptr ? share(*fixed) : Data::dataWithBytes(bytes), nullptr, depth);
   if (!parsed) {
     const Ref<MutableData> text = MutableData::dataWithLength(0);
     text->append(bytes);
@@ -88,9 +93,9 @@ std::optional<JSONDocument> parseOrRepair(std::span<const std::byte> bytes,
     if (count > kMostLines) {
       plainLog(std::to_string(count - kMostLines) + " more strange characters\n");
     }
-    parsed = JSONDocument::parse(text->bytes(), Data::kReadablePadding, error, depth);
+    parsed = JSONDocument::parse(text, error, depth);
   }
-  if (!parsed || !parsed->hasMoreValuesThan(limits.values)) return parsed;
+  if (!parsed || parsed->valueCount() <= limits.values) return parsed;
   *error = readingLimitError(ReadingLimit::values);
   return std::nullopt;
 }
@@ -99,10 +104,10 @@ std::optional<JSONDocument> parseOrRepair(std::span<const std::byte> bytes,
 
 // Objects that are decoded, the delegate and the sink of the log may release the decoder.
 
-void TQJSONDecoder::parse(std::span<const std::byte> bytes, std::size_t readablePadding) {
+void TQJSONDecoder::parse(std::span<const std::byte> bytes, const Data* fixed) {
   const auto self = share(*this);
   Ref<Error> error;
-  std::optional<JSONDocument> parsed = parseOrRepair(bytes, readablePadding, limits_, &error);
+  std::optional<JSONDocument> parsed = parseOrRepair(bytes, fixed, limits_, &error);
   if (parsed) return walk_->setRoot(*std::move(parsed));
   walk_->setRoot(nullptr);
   setError(std::move(error));
@@ -131,7 +136,7 @@ Ref<Object> TQJSONDecoder::decode(Ref<Error>* error) {
 
 Ref<Object> TQJSONDecoder::decodeData(const Data& data, Ref<Error>* error) {
   const auto self = share(*this);
-  parse(data.bytes(), Data::kReadablePadding);
+  parse(data.bytes(), fixedData(data));
   return decode(error);
 }
 

@@ -61,10 +61,11 @@ class TQ_EXPORT TQJSONDecoderDelegate {
 ///           constructor throws ends decode(): the result is null, and the exception's text is
 ///           error kConstructorThrew. std::bad_alloc is passed on.
 /// Depth:    containers may nest TQJSONEncoder::kDepthLimit deep, in text and in parsed trees.
-/// Memory:   the flat form takes at most 16 bytes for each byte of text while parsing, then about
-///           10. The peak with the result's objects, measured for 20 MB of one element repeated: 5
-///           bytes for each byte of text for boxed points, 6 for words, 11 for "[]", 18 for empty
-///           strings, 23 for "[1]", 29 for boxed digits.
+/// Memory:   the flat form takes at most 16 bytes for each byte of text while parsing, then 8. It
+///           refers to the text, which is kept; of MutableData, a copy. The peak with the result's
+///           objects, measured for 20 MB of one element repeated: 5 bytes for each byte of text for
+///           boxed points, 6 for words, 11 for "[]", 18 for empty strings, 23 for "[1]", 29 for
+///           boxed digits.
 /// Limits:   see ReadingLimits. Content that exceeds one is an error, and decodes to null. A keyed
 ///           archive under "_archive" that exceeds one is left out like an object of an unknown
 ///           class.
@@ -201,7 +202,8 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   friend class detail::JSONWalk;
 
   TQJSONDecoder();
-  void parse(std::span<const std::byte> bytes, std::size_t readablePadding);
+  /// Parses the bytes; a copy of them, unless `fixed` is their data.
+  void parse(std::span<const std::byte> bytes, const Data* fixed);
   /// Returns whether keyed archives in the archive may contain the class.
   [[nodiscard]] bool mayUnarchive(const Class& named);
   /// Returns why classFromClassName() returned null.

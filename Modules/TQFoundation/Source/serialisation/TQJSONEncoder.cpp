@@ -358,7 +358,7 @@ Ref<Error> faultOf(std::string_view archive) {
   if (detail::firstMalformedByte(archive)) {
     return Error::errorWithDomain(TQJSONEncoderError, 0, kUncheckedText);
   }
-  const auto fault = detail::scanJSON(archive, TQJSONEncoder::kDepthLimit).fault;
+  const auto fault = detail::scanJSON(archive, TQJSONEncoder::kDepthLimit);
   if (!fault) return nullptr;
   std::string text = "The archive could not be read back. ";
   text.append(fault->message).append(" around character ").append(std::to_string(fault->index));

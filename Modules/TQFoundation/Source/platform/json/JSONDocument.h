@@ -3,16 +3,16 @@
 /// @file JSONDocument.h
 /// Parsed JSON text: a flat tape of values, from which objects are made later.
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Error.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/objects/ReadingLimits.h>
@@ -20,14 +20,24 @@
 
 namespace tq {
 
-/// A value of a parsed document: three pointers, valid while the document lives. Trivially
-/// copyable.
+/// A parsed text. The tape has one 64-bit word for each value, with its kind in the top 8 bits:
 ///
-/// The tape has one 64-bit word for each value, with its kind in the top 8 bits. The value of a
-/// number is in the next word. The word of a container holds, in its low 32 bits, the index of the
-/// word after the container, and in the next 24 bits the count, or 0xFFFFFF if it is not smaller.
-/// The word of a string holds the offset of its length (32 bits) and its bytes in the string
-/// buffer.
+///     number     kind | 0, and its value in the next word
+///     string     kind | length (24 bits) | offset of its bytes in the text (32 bits)
+///     container  kind | count (24) | index of the word after the container (32)
+///     end of a container: the kinds of its values
+///
+/// A string with escapes is unescaped in `copies`, where its offset leads; the length then has the
+/// bit kCopied. A length that does not fit is there, too, in the 4 bytes before the string.
+struct JSONTape {
+  Ref<const Data> data;                    ///< keeps the text
+  const char* text = nullptr;              ///< the text, after a byte-order mark
+  std::unique_ptr<std::uint64_t[]> words;  ///< the tape, from the word of the top value
+  std::unique_ptr<char[]> copies;          ///< the strings with escapes; null if there is none
+  std::uint64_t valueCount = 0;            ///< the number of values; each key is one
+};
+
+/// A value of a parsed document: two pointers, valid while the document lives. Trivially copyable.
 class JSONNode {
  public:
   /// The kind of a value; `yes` and `no` are true and false.
@@ -45,9 +55,7 @@ class JSONNode {
 
   JSONNode() noexcept = default;
   /// The value at `word` of the tape.
-  JSONNode(const std::uint64_t* tape, const std::uint64_t* word,
-           const std::uint8_t* strings) noexcept
-      : tape_(tape), word_(word), strings_(strings) {}
+  JSONNode(const JSONTape& tape, const std::uint64_t* word) noexcept : tape_(&tape), word_(word) {}
 
   /// Returns the kind of the value.
   [[nodiscard]] Kind kind() const noexcept { return static_cast<Kind>(*word_ >> 56); }
@@ -81,10 +89,15 @@ class JSONNode {
 
   /// Returns the text, which is well-formed UTF-8. Only for a string.
   [[nodiscard]] std::string_view text() const noexcept {
-    const std::uint8_t* at = strings_ + (*word_ & 0x00FF'FFFF'FFFF'FFFFu);
-    std::uint32_t length;
-    std::memcpy(&length, at, sizeof length);
-    return {reinterpret_cast<const char*>(at) + sizeof length, length};
+    const std::uint64_t middle = *word_ >> 32 & kMiddle;
+    const bool isCopied = (middle & kCopied) != 0;
+    const char* const at =
+        (isCopied ? tape_->copies.get() : tape_->text) + static_cast<std::uint32_t>(*word_);
+    const std::size_t length = middle & kLongString;
+    if (length < kLongString) return {at, length};
+    std::uint32_t longLength;
+    std::memcpy(&longLength, at, sizeof longLength);
+    return {at + sizeof longLength, longLength};
   }
 
   /// Returns the node after this one and its content: the next element, or the value of a key.
@@ -92,7 +105,7 @@ class JSONNode {
     switch (kind()) {
       case Kind::array:
       case Kind::object:
-        return at(tape_ + static_cast<std::uint32_t>(*word_));
+        return at(tape_->words.get() + static_cast<std::uint32_t>(*word_));
       case Kind::integer:
       case Kind::unsignedInteger:
       case Kind::real:
@@ -106,18 +119,20 @@ class JSONNode {
   [[nodiscard]] JSONNode first() const noexcept { return at(word_ + 1); }
   /// Returns the end of a container's elements.
   [[nodiscard]] JSONNode end() const noexcept {
-    return at(tape_ + static_cast<std::uint32_t>(*word_) - 1);
+    return at(tape_->words.get() + static_cast<std::uint32_t>(*word_) - 1);
   }
 
   /// Returns the number of elements of an array. Cost: linear if there are more than 16 million.
   [[nodiscard]] std::size_t count() const noexcept {
-    constexpr std::size_t kUncounted = 0xFFFFFF;
-    std::size_t count = (*word_ >> 32) & kUncounted;
-    if (count < kUncounted) return count;
+    std::size_t count = *word_ >> 32 & kMiddle;
+    if (count < kMiddle) return count;
     count = 0;
     for (JSONNode element = first(); !(element == end()); element = element.next()) ++count;
     return count;
   }
+
+  /// Returns which kinds of values an array has: a union of the constants below.
+  [[nodiscard]] std::uint64_t content() const noexcept { return *end().word_; }
 
   /// Returns the JSON Pointer of the value (RFC 6901); empty for the top value. Cost: linear in the
   /// values before it in the containers that it is in.
@@ -126,8 +141,39 @@ class JSONNode {
   /// Returns the node's word on the tape.
   [[nodiscard]] const std::uint64_t* word() const noexcept { return word_; }
   /// Returns the node of another word on the same tape.
-  [[nodiscard]] JSONNode at(const std::uint64_t* word) const noexcept {
-    return {tape_, word, strings_};
+  [[nodiscard]] JSONNode at(const std::uint64_t* word) const noexcept { return {*tape_, word}; }
+
+  // The bits of words.
+
+  /// Kinds of values in a container.
+  static constexpr std::uint64_t kHasIntegers = 1;      ///< `integer`
+  static constexpr std::uint64_t kHasReals = 2;         ///< `real`
+  static constexpr std::uint64_t kHasOtherNumbers = 4;  ///< other kinds with isNumber()
+  static constexpr std::uint64_t kHasOthers = 8;        ///< everything else
+
+  static constexpr std::uint64_t kMiddle = 0xFFFFFF;      ///< the 24 bits; an unknown count
+  static constexpr std::uint64_t kCopied = 0x800000;      ///< see JSONTape
+  static constexpr std::uint64_t kLongString = 0x7FFFFF;  ///< the length is in the copies
+
+  /// Returns a word of these parts.
+  [[nodiscard]] static constexpr std::uint64_t wordOf(Kind kind, std::uint64_t middle = 0,
+                                                      std::size_t low = 0) noexcept {
+    return static_cast<std::uint64_t>(kind) << 56 | middle << 32 | low;
+  }
+  /// Returns the bit for a value with this word.
+  [[nodiscard]] static constexpr std::uint64_t contentOf(std::uint64_t word) noexcept {
+    switch (static_cast<Kind>(word >> 56)) {
+      case Kind::integer:
+        return kHasIntegers;
+      case Kind::real:
+        return kHasReals;
+      case Kind::unsignedInteger:
+      case Kind::yes:
+      case Kind::no:
+        return kHasOtherNumbers;
+      default:
+        return kHasOthers;
+    }
   }
 
   /// Returns whether both are the same value of the same document.
@@ -136,9 +182,8 @@ class JSONNode {
   }
 
  private:
-  const std::uint64_t* tape_ = nullptr;
+  const JSONTape* tape_ = nullptr;
   const std::uint64_t* word_ = nullptr;
-  const std::uint8_t* strings_ = nullptr;
 };
 
 /// Parsed JSON text. Move-only; one thread at a time.
@@ -147,8 +192,8 @@ class JSONNode {
 /// UTF-8 byte-order mark is skipped. Containers may nest kDepthLimit deep. Integers outside of 64
 /// bits become doubles. A number outside of the range of doubles is an error; one too close to zero
 /// is 0. Equal keys of an object are all kept, in order.
-/// Memory: at most 16 bytes for each byte of text while parsing, about 10 afterwards; only what
-/// values need is used: 8 bytes for each value, 8 more for a number, and the texts.
+/// Memory: at most 16 bytes for each byte of text while parsing, 8 afterwards, besides the text: 8
+/// bytes for each value, 8 more for a number or container, and the strings that have escapes.
 class JSONDocument {
  public:
   /// The maximum depth of nested arrays and objects.
@@ -157,39 +202,34 @@ class JSONDocument {
   /// The key of the byte offset of the fault, a number, in an error's user info.
   static constexpr std::string_view kErrorIndexKey = "NSJSONSerializationErrorIndex";
 
-  /// Parses `text`.
+  /// Parses a text, and keeps it.
   ///
-  /// @param readablePadding  number of bytes after `text` that may be read (see Data); if it is
-  ///                         less than Data::kReadablePadding, the text is copied
+  /// @param text   must not change afterwards
   /// @param error  receives domain NSCocoaErrorDomain, code 3840, with the fault and its offset in
   ///               the debug description, and the offset under kErrorIndexKey. Null skips the
   ///               search for the fault.
   /// @param depth  the maximum depth, at most kDepthLimit
   /// @return nullopt if the text is not JSON, or if it is longer than kLongestText, which the
   ///         caller checks first
-  [[nodiscard]] static std::optional<JSONDocument> parse(std::span<const std::byte> text,
-                                                         std::size_t readablePadding,
-                                                         Ref<Error>* error,
+  [[nodiscard]] static std::optional<JSONDocument> parse(Ref<const Data> text, Ref<Error>* error,
                                                          std::size_t depth = kDepthLimit);
 
-  /// Returns whether the text has more values than `count`; each key is one of them. Cost: constant
-  /// if the text has fewer bytes.
-  [[nodiscard]] bool hasMoreValuesThan(std::uint64_t count) const noexcept;
+  /// Returns the number of values of the text; each key is one of them.
+  [[nodiscard]] std::uint64_t valueCount() const noexcept { return tape_->valueCount; }
 
   /// Nodes stay valid when their document is moved. A document that was moved from may only be
   /// assigned to or destroyed.
-  JSONDocument(JSONDocument&&) noexcept;
-  JSONDocument& operator=(JSONDocument&&) noexcept;
-  ~JSONDocument();
+  JSONDocument(JSONDocument&&) noexcept = default;
+  JSONDocument& operator=(JSONDocument&&) noexcept = default;
+  ~JSONDocument() = default;
 
   /// Returns the top value of the text.
-  [[nodiscard]] JSONNode root() const noexcept;
+  [[nodiscard]] JSONNode root() const noexcept { return {*tape_, tape_->words.get()}; }
 
  private:
-  struct Tape;
-  explicit JSONDocument(std::unique_ptr<Tape> tape) noexcept;
+  explicit JSONDocument(std::unique_ptr<JSONTape> tape) noexcept : tape_(std::move(tape)) {}
 
-  std::unique_ptr<Tape> tape_;
+  std::unique_ptr<JSONTape> tape_;
 };
 
 }  // namespace tq

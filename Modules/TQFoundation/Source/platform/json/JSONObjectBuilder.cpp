@@ -18,28 +18,26 @@ Ref<Object> JSONObjectBuilder::scalarOf(JSONNode node) {
 }
 
 Ref<Array> JSONObjectBuilder::numbersOf(JSONNode array) {
-  std::size_t count = 0;
-  bool allIntegers = true;
-  bool allDoubles = true;
-  const JSONNode end = array.end();
-  for (JSONNode node = array.first(); !(node == end); node = node.next(), ++count) {
-    if (!node.isNumber()) return nullptr;
-    allIntegers &= node.kind() == JSONNode::Kind::integer;
-    allDoubles &= node.kind() == JSONNode::Kind::real;
-  }
-  if (count == 0) return nullptr;
-
   using Storage = Construction::Storage;
-  const Storage storage = allIntegers  ? Storage::integers
-                          : allDoubles ? Storage::doubles
-                                       : Storage::numbers;
+  const std::uint64_t content = array.content();
+  if (content == 0 || (content & JSONNode::kHasOthers) != 0) return nullptr;
+  const Storage storage = content == JSONNode::kHasIntegers ? Storage::integers
+                          : content == JSONNode::kHasReals  ? Storage::doubles
+                                                            : Storage::numbers;
+  const std::size_t count = array.count();
   Ref<Array> numbers = Construction::unfilledNumbers(storage, count);
   std::uint64_t* bits = Construction::packedBits(*numbers);
+  if ((content & JSONNode::kHasOtherNumbers) == 0) {  // all have two words
+    const std::uint64_t* word = array.first().word();
+    for (std::size_t i = 0; i < count; ++i) bits[i] = word[2 * i + 1];
+    if (storage != Storage::numbers) return numbers;
+  }
   NumberKind* kinds = Construction::packedKinds(*numbers);
+  const JSONNode end = array.end();
   for (JSONNode node = array.first(); !(node == end); node = node.next()) {
     const NumberValue number = node.number();
     *bits++ = number.bits();
-    if (storage == Storage::numbers) *kinds++ = number.kind();
+    *kinds++ = number.kind();
   }
   return numbers;
 }

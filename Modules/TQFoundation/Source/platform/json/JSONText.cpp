@@ -1,9 +1,6 @@
 #include <TQFoundation/platform/json/JSONText.h>
 
-#include <charconv>
 #include <cmath>
-#include <cstdint>
-#include <utility>
 
 #include <TQFoundation/objects/String.h>
 
@@ -22,33 +19,24 @@ constexpr bool isOneOf(char c, std::string_view set) noexcept {
 
 constexpr bool isControlCharacter(char c) noexcept { return static_cast<unsigned char>(c) < 0x20; }
 
-bool fitsIn64Bits(std::string_view literal) noexcept {
-  if (literal.size() <= 18) return true;
-  std::int64_t integer;
-  std::uint64_t natural;
-  const char* end = literal.data() + literal.size();
-  return std::from_chars(literal.data(), end, integer).ec == std::errc() ||
-         std::from_chars(literal.data(), end, natural).ec == std::errc();
-}
-
 /// A recursive-descent recogniser. Each function moves past the construct that it is named after,
 /// and returns false at the first fault.
 class Scanner {
  public:
   Scanner(std::string_view text, std::size_t depthLimit) : text_(text), depthLimit_(depthLimit) {}
 
-  JSONScan run() {
+  std::optional<JSONFault> run() {
     skipSpace();
     if (value(0)) {
       skipSpace();
       if (at_ != text_.size()) fail("Garbage at end");
     }
-    return std::move(scan_);
+    return fault_;
   }
 
  private:
   bool fail(std::string_view message) {
-    scan_.fault = JSONFault{message, at_};
+    fault_ = JSONFault{message, at_};
     return false;
   }
 
@@ -158,7 +146,6 @@ class Scanner {
       if (isDigit(peek())) return fail("Number with a leading zero");
     }
     while (isDigit(peek())) ++at_;
-    const std::size_t endOfInteger = at_;
     if (peek() == '.') {
       ++at_;
       if (!digits()) return fail("Number with no digit after '.'");
@@ -170,10 +157,7 @@ class Scanner {
       if (!digits()) return fail("Number with no digit in its exponent");
     }
     const std::string_view literal = text_.substr(start, at_ - start);
-    const bool isLong = literal.size() > 308;
-    const bool isWide = at_ == endOfInteger && !fitsIn64Bits(literal);
-    if (isWide || (isLong && hasExponent)) scan_.longNumbers.push_back({start, at_});
-    const bool mayOverflow = hasExponent || isLong;
+    const bool mayOverflow = hasExponent || literal.size() > 308;
     if (mayOverflow && !std::isfinite(lenientDouble(literal))) {
       at_ = start;
       return fail("Number beyond the range of doubles");
@@ -191,12 +175,12 @@ class Scanner {
   std::size_t depthLimit_;
   std::size_t at_ = 0;
   bool afterHigh_ = false;  // the last escape was a high surrogate
-  JSONScan scan_;
+  std::optional<JSONFault> fault_;
 };
 
 }  // namespace
 
-JSONScan scanJSON(std::string_view text, std::size_t depthLimit) {
+std::optional<JSONFault> scanJSON(std::string_view text, std::size_t depthLimit) {
   return Scanner(text, depthLimit).run();
 }
 
