@@ -76,11 +76,14 @@ Ref<Array> makeModel(std::size_t count) {
   return Array::arrayWithObjects(std::move(shapes));
 }
 
+/// Returns the text, as fixed data like that of a file.
 const Data& modelText(std::size_t shapes) {
   static std::map<std::size_t, Ref<Data>> texts;
   Class::registerClass<Shape>();
   Ref<Data>& text = texts[shapes];
-  if (!text) text = TQJSONEncoder::encodeObjectAsData(makeModel(shapes));
+  if (!text) {
+    text = Data::dataWithBytes(TQJSONEncoder::encodeObjectAsData(makeModel(shapes))->view());
+  }
   return *text;
 }
 

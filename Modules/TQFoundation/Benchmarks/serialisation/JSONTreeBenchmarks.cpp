@@ -20,11 +20,15 @@
 namespace tq::bench {
 namespace {
 
-/// Returns the text of the document, which is made once for each size.
+/// Returns the text of the document, as fixed data like that of a file. It is made once for each
+/// size.
 const Data& textOf(std::size_t shapes) {
   static std::map<std::size_t, Ref<Data>> texts;
   Ref<Data>& text = texts[shapes];
-  if (!text) text = TQJSONEncoder::encodeObjectAsData(treeOf(makeShapes(shapes)));
+  if (!text) {
+    text =
+        Data::dataWithBytes(TQJSONEncoder::encodeObjectAsData(treeOf(makeShapes(shapes)))->view());
+  }
   return *text;
 }
 

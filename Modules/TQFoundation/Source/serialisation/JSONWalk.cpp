@@ -243,13 +243,13 @@ Ref<Dictionary> JSONWalk::decodeMembers() {
   const std::size_t index = frames_.size() - 1;
   const auto frame = [&] { return std::get_if<TextFrame>(&frames_[index]); };  // frames_ grows
   if (frame() == nullptr) return decodeMembersOfTree(**std::get_if<TreeFrame>(&frames_[index]));
-  const Ref<JSONShape> shape = frame()->shape;
-  const std::size_t count = shape->distinctKeys()->count();
+  const JSONShape& shape = *frame()->shape;  // the frame keeps it
+  const std::size_t count = shape.distinctKeys()->count();
   Gathered values(*this);
   for (std::size_t i = 0; i < count; ++i) {
-    values.add(decode(memberAt(*frame(), shape->memberOfDistinctKey(i))));
+    values.add(decode(memberAt(*frame(), shape.memberOfDistinctKey(i))));
   }
-  return JSONObjectBuilder::dictionaryOf(*shape, values.all());
+  return JSONObjectBuilder::dictionaryOf(shape, values.all());
 }
 
 /// The keys of a tree may be any objects.

@@ -65,12 +65,16 @@ std::string JSONNode::pointer() const {
   return pointer;
 }
 
+void JSONDocument::Keep::operator()(JSONTape* tape) const noexcept {
+  detail::keepTape(std::unique_ptr<JSONTape>(tape));
+}
+
 std::optional<JSONDocument> JSONDocument::parse(Ref<const Data> data, Ref<Error>* error,
                                                 std::size_t depth) {
   std::string_view text = data->view();
   const std::size_t mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
   text.remove_prefix(mark);
-  auto tape = std::make_unique<JSONTape>();
+  Tape tape(detail::tapeToWrite().release());
   if (detail::writeTape(text, depth, *tape)) {
     tape->data = std::move(data);
     return JSONDocument(std::move(tape));

@@ -33,7 +33,9 @@ struct JSONTape {
   Ref<const Data> data;                    ///< keeps the text
   const char* text = nullptr;              ///< the text, after a byte-order mark
   std::unique_ptr<std::uint64_t[]> words;  ///< the tape, from the word of the top value
+  std::size_t capacity = 0;                ///< the number of words that fit
   std::unique_ptr<char[]> copies;          ///< the strings with escapes; null if there is none
+  std::size_t copyCapacity = 0;            ///< the number of bytes that fit
   std::uint64_t valueCount = 0;            ///< the number of values; each key is one
 };
 
@@ -194,6 +196,7 @@ class JSONNode {
 /// is 0. Equal keys of an object are all kept, in order.
 /// Memory: at most 16 bytes for each byte of text while parsing, 8 afterwards, besides the text: 8
 /// bytes for each value, 8 more for a number or container, and the strings that have escapes.
+/// Up to 25 MB are kept for the next document, because new memory costs as much time as parsing.
 class JSONDocument {
  public:
   /// The maximum depth of nested arrays and objects.
@@ -227,9 +230,15 @@ class JSONDocument {
   [[nodiscard]] JSONNode root() const noexcept { return {*tape_, tape_->words.get()}; }
 
  private:
-  explicit JSONDocument(std::unique_ptr<JSONTape> tape) noexcept : tape_(std::move(tape)) {}
+  /// Keeps the tape's memory for the next text.
+  struct Keep {
+    void operator()(JSONTape* tape) const noexcept;
+  };
+  using Tape = std::unique_ptr<JSONTape, Keep>;
 
-  std::unique_ptr<JSONTape> tape_;
+  explicit JSONDocument(Tape tape) noexcept : tape_(std::move(tape)) {}
+
+  Tape tape_;
 };
 
 }  // namespace tq

@@ -6,6 +6,7 @@
 #include <TQFoundation/objects/Construction.h>
 #include <TQFoundation/objects/Null.h>
 #include <TQFoundation/objects/Number.h>
+#include <TQFoundation/objects/TextWords.h>
 
 namespace tq::detail {
 
@@ -70,8 +71,22 @@ Ref<Dictionary> JSONObjectBuilder::dictionaryOf(const JSONShape& shape,
 
 Ref<JSONShape> JSONObjectBuilder::shapeOf(JSONNode object,
                                           std::vector<const std::uint64_t*>& members) {
-  keys_.clear();
+  const std::size_t firstMember = members.size();
   const JSONNode end = object.end();
+  if (const Ref<JSONShape>& recent = shapes_.recentOf(object.count())) {
+    std::size_t count = 0;
+    JSONNode key = object.first();
+    while (!(key == end) && count < recent->count() &&
+           areEqualTexts(key.text(), recent->key(count))) {
+      const JSONNode value = key.next();
+      members.push_back(value.word());
+      key = value.next();
+      ++count;
+    }
+    if (key == end && count == recent->count()) return recent;
+    members.resize(firstMember);
+  }
+  keys_.clear();
   for (JSONNode key = object.first(); !(key == end);) {
     const JSONNode value = key.next();
     keys_.push_back(key.text());

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <charconv>
 #include <cstdint>
@@ -34,6 +35,7 @@ namespace {
 
 using Kind = JSONNode::Kind;
 using Marks = std::span<const std::uint32_t>;
+__extension__ using Wide = unsigned __int128;
 
 /// Advises the kernel to back a buffer with large pages: for a large text, page faults are most of
 /// its cost. A failure is ignored.
@@ -44,6 +46,27 @@ void preferLargePages(const void* memory, std::size_t byteCount) noexcept {
   const std::uintptr_t last = (begin + byteCount) & ~(kLargePage - 1);
   if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
 }
+
+/// A place for an object that is kept from one text to the next, on any thread.
+template <class T>
+class Kept {
+ public:
+  /// Returns the object; null if there is none.
+  [[nodiscard]] std::unique_ptr<T> take() noexcept {
+    return std::unique_ptr<T>(place_.exchange(nullptr));
+  }
+  /// Keeps the object, unless there is one already.
+  void keep(std::unique_ptr<T> object) noexcept {
+    T* none = nullptr;
+    if (place_.compare_exchange_strong(none, object.get())) static_cast<void>(object.release());
+  }
+
+ private:
+  std::atomic<T*> place_ = nullptr;
+};
+
+constinit Kept<simdjson::internal::dom_parser_implementation> keptParser;
+constinit Kept<JSONTape> keptTape;
 
 // MARK: characters
 
@@ -64,25 +87,23 @@ std::uint64_t eightCharacters(const char* at) noexcept {
   return std::endian::native == std::endian::little ? word : __builtin_bswap64(word);
 }
 
-constexpr std::uint32_t kPowersOf10[] = {1,      10,      100,      1000,     10000,
-                                         100000, 1000000, 10000000, 100000000};
-
-/// Returns the number of digits that eight characters start with.
-int leadingDigits(std::uint64_t characters) noexcept {
-  constexpr std::uint64_t kLows = 0x7F7F'7F7F'7F7F'7F7F;
-  const std::uint64_t values = characters ^ 0x3030'3030'3030'3030;  // 0 to 9 for digits
-  const std::uint64_t others = ((values & kLows) + 0x7676'7676'7676'7676) | values;
-  return std::countr_zero(others & ~kLows) / 8;
-}
-
-/// Returns the number of the first `count` digits. Zeros take the places of the others in front;
-/// pairs are added to pairs, and those to fours.
-std::uint64_t numberOf(std::uint64_t digits, int count) noexcept {
-  const int half = 4 * (8 - count);  // a shift by 64 is not defined
-  digits = (digits << half << half) & 0x0F0F'0F0F'0F0F'0F0F;
+/// Returns the number of eight digits, given their values. Pairs are added to pairs, and those to
+/// fours.
+std::uint64_t numberOf(std::uint64_t digits) noexcept {
   digits = digits * (1 + (10 << 8)) >> 8;
   digits = (digits & 0x00FF'00FF'00FF'00FF) * (1 + (100 << 16)) >> 16;
   return (digits & 0x0000'FFFF'0000'FFFF) * (1 + (std::uint64_t{10000} << 32)) >> 32;
+}
+
+constexpr double kDoubles[] = {1e0, 1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7, 1e8,
+                               1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16};
+
+/// Rounds number · 10^exponent correctly. Returns false if that fails, for few numbers, or if it is
+/// beyond the range of doubles.
+bool toDouble(std::int64_t exponent, std::uint64_t number, bool isNegative,
+              double& value) noexcept {
+  return simdjson::SIMDJSON_BUILTIN_IMPLEMENTATION::numberparsing::compute_float_64(
+      exponent, number, isNegative, value);
 }
 
 /// Returns whether the text contains a backslash. Reads up to 8 bytes past its end.
@@ -131,24 +152,9 @@ void writeReal(std::uint64_t* word, double value) noexcept {
   return true;
 }
 
-/// Appends the digits of a fraction to `number`, and returns their end. Their number is different
-/// for each fraction; so the processor does not decide for each digit whether it is the last one.
-inline const char* readFraction(const char* at, std::uint64_t& number) noexcept {
-  constexpr int kWord = 8;
-  std::uint64_t characters = eightCharacters(at);
-  int count = leadingDigits(characters);
-  while (count == kWord) {
-    number = number * kPowersOf10[kWord] + numberOf(characters, kWord);
-    at += kWord;
-    characters = eightCharacters(at);
-    count = leadingDigits(characters);
-  }
-  number = number * kPowersOf10[count] + numberOf(characters, count);
-  return at + count;
-}
-
-/// Writes a number. Returns false if it is not a number or outside of the range of doubles.
-inline bool writeNumber(const char* at, std::uint64_t* word) {
+/// Writes a number of any usual form. Returns false if it is not a number or outside of the range
+/// of doubles.
+[[gnu::noinline]] bool writeOtherNumber(const char* at, std::uint64_t* word) {
   const auto digitOf = [](char c) { return static_cast<unsigned char>(c - '0'); };
   const bool isNegative = *at == '-';
   const char* const first = at + (isNegative ? 1 : 0);
@@ -164,16 +170,68 @@ inline bool writeNumber(const char* at, std::uint64_t* word) {
     return true;
   }
   const char* const fraction = end + 1;
-  end = readFraction(fraction, digits);
+  for (end = fraction; digitOf(*end) <= 9; ++end) digits = digits * 10 + digitOf(*end);
   if (end == fraction) return false;
   count += end - fraction - (*first == '0' ? 1 : 0);
-  if (!endsScalar(*end) || count > 19) return writeRareNumber(at, word);
   double value;
-  if (!simdjson::SIMDJSON_BUILTIN_IMPLEMENTATION::numberparsing::compute_float_64(
-          fraction - end, digits, isNegative, value)) {
+  if (!endsScalar(*end) || count > 19 || !toDouble(fraction - end, digits, isNegative, value)) {
     return writeRareNumber(at, word);
   }
   writeReal(word, value);
+  return true;
+}
+
+/// Writes the number before `next`, the next mark. Returns false if it is not a number or outside
+/// of the range of doubles.
+///
+/// Numbers of up to 16 digits, at most 8 of them before the point, are read without a branch for
+/// each digit or for their form: the forms of a document's numbers cannot be predicted. The digits
+/// are one integer of 16 places, from which the point is cut out.
+inline bool writeNumber(const char* at, const char* next, std::uint64_t* word) {
+  constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
+  constexpr std::uint64_t kHighs = kOnes << 7;
+  const bool isNegative = *at == '-';
+  const char* const first = at + (isNegative ? 1 : 0);
+  const auto length = static_cast<std::size_t>(next - first);
+  if (length - 1 > 16) return writeOtherNumber(at, word);
+
+  const std::uint64_t head = eightCharacters(first);
+  const std::uint64_t differences = head ^ (kOnes * '.');
+  const std::uint64_t point = (differences - kOnes) & ~differences & kHighs;  // the first is exact
+  const std::size_t whole = std::min<std::size_t>(
+      point == 0 ? 8 : static_cast<std::size_t>(std::countr_zero(point)) / 8, length);
+  const bool hasPoint = whole < length;
+  const std::size_t count = length - (hasPoint ? 1 : 0);
+
+  // The values of the digits, the first in the lowest byte; then with the point cut out, and with
+  // zeros in front.
+  const std::uint64_t low = head ^ (kOnes * '0');
+  const std::uint64_t high = eightCharacters(first + 8) ^ (kOnes * '0');
+  const auto last = static_cast<std::uint64_t>(static_cast<unsigned char>(first[16] ^ '0'));
+  const std::uint64_t fraction = ~std::uint64_t{0} << (4 * whole) << (4 * whole);
+  const std::uint64_t cutLow = (low & ~fraction) | ((low >> 8 | high << 56) & fraction);
+  const std::uint64_t cutHigh = high >> 8 | last << 56;
+  const std::size_t unused = 8 * (16 - std::max<std::size_t>(count, 1));
+  const Wide digits = (static_cast<Wide>(cutHigh) << 64 | cutLow) << unused;
+  const auto front = static_cast<std::uint64_t>(digits);
+  const auto back = static_cast<std::uint64_t>(digits >> 64);
+
+  const auto above9 = [](std::uint64_t values) { return (values + kOnes * (0x7F - 9)) | values; };
+  const bool isUsual = (((above9(front) | above9(back)) & kHighs) == 0) & (whole != 0) &
+                       ((*first != '0') | (whole == 1)) & (length - whole != 1) &
+                       !(hasPoint & (point == 0));
+  const std::uint64_t number = numberOf(front) * 100'000'000 + numberOf(back);
+  constexpr std::uint64_t kExactDoubles = std::uint64_t{1} << 53;
+  if (!isUsual || number > kExactDoubles) return writeOtherNumber(at, word);
+
+  // The quotient of two exact doubles is rounded correctly (Clinger, How to Read Floating Point
+  // Numbers Accurately, 1990).
+  const double magnitude = static_cast<double>(static_cast<std::int64_t>(number)) /
+                           kDoubles[hasPoint ? count - whole : 0];
+  const std::uint64_t real =
+      std::bit_cast<std::uint64_t>(magnitude) | static_cast<std::uint64_t>(isNegative) << 63;
+  word[0] = JSONNode::wordOf(hasPoint ? Kind::real : Kind::integer);
+  word[1] = hasPoint ? real : isNegative ? 0 - number : number;
   return true;
 }
 
@@ -195,7 +253,7 @@ bool writeOnlyScalar(std::string_view text, JSONTape& tape) {
   const char first = padded[0];
   std::uint64_t* const word = tape.words.get();
   return first == 't' || first == 'f' || first == 'n' ? writeWord(padded.data(), word)
-                                                      : writeNumber(padded.data(), word);
+                                                      : writeOtherNumber(padded.data(), word);
 }
 
 // MARK: marks
@@ -205,7 +263,13 @@ bool writeOnlyScalar(std::string_view text, JSONTape& tape) {
 /// last mark.
 class MarkFinder {
  public:
-  explicit MarkFinder(std::string_view text) noexcept : length_(text.size()), rest_(text) {}
+  explicit MarkFinder(std::string_view text) noexcept
+      : length_(text.size()), rest_(text), parser_(keptParser.take()) {}
+  ~MarkFinder() {
+    if (parser_ && parser_->capacity() <= kPiece) keptParser.keep(std::move(parser_));
+  }
+  MarkFinder(const MarkFinder&) = delete;
+  MarkFinder& operator=(const MarkFinder&) = delete;
 
   /// Finds the marks of the next piece. Returns false if it is malformed.
   bool findNext() {
@@ -325,7 +389,7 @@ class TapeWriter {
           content = JSONNode::contentOf(*word++);
           break;
         default:
-          if (!writeNumber(at, word)) return false;
+          if (!writeNumber(at, text + *mark, word)) return false;
           content = JSONNode::contentOf(*word);
           word += 2;
           break;
@@ -366,6 +430,35 @@ class TapeWriter {
     return true;
   }
 
+  /// Makes room for the words of the finder's marks, and returns the word at `index`, before which
+  /// the tape is written.
+  ///
+  /// Each mark gets at most one word, but a number gets two. A number has a comma behind it, which
+  /// gets none, unless it is the last value of its container. A container without commas for that
+  /// has one value only, so there are as many values as containers, and one.
+  std::uint64_t* roomForMarks(std::size_t index) {
+    markCount_ += finder_.marks().size();
+    if (const std::size_t needed = markCount_ + 1; needed > tape_.capacity) {
+      // As many as the rest of the text will need if it is like what was read, and a quarter more.
+      const double share = static_cast<double>(textLength_) / static_cast<double>(finder_.read());
+      const auto expected = static_cast<std::size_t>(static_cast<double>(needed) * share);
+      const std::size_t capacity =
+          finder_.isLast() ? needed : std::max(needed, expected + expected / 4);
+      auto words = std::make_unique_for_overwrite<std::uint64_t[]>(capacity);
+      preferLargePages(words.get(), capacity * sizeof(std::uint64_t));
+      if (index != 0) std::memcpy(words.get(), tape_.words.get(), index * sizeof(std::uint64_t));
+      tape_.words = std::move(words);
+      tape_.capacity = capacity;
+    }
+    return tape_.words.get() + index;
+  }
+
+  bool writeKey(const char* text, const std::uint32_t*& mark, std::uint64_t* word) {
+    const char* const at = text + *mark++;
+    const char* const next = text + *mark++;
+    return *at == '"' && *next == ':' && writeString(at + 1, next, word);
+  }
+
  private:
   /// A container that is open.
   struct Level {
@@ -378,33 +471,6 @@ class TapeWriter {
 
   [[nodiscard]] std::size_t indexOf(const std::uint64_t* word) const noexcept {
     return static_cast<std::size_t>(word - tape_.words.get());
-  }
-
-  /// Makes room for the words of the finder's marks, and returns the word at `index`, before which
-  /// the tape is written.
-  ///
-  /// Each mark gets at most one word, but a number gets two. A number has a comma behind it, which
-  /// gets none, unless it is the last value of its container. A container without commas for that
-  /// has one value only, so there are as many values as containers, and one.
-  std::uint64_t* roomForMarks(std::size_t index) {
-    markCount_ += finder_.marks().size();
-    if (const std::size_t needed = markCount_ + 1; needed > capacity_) {
-      // As many as the rest of the text will need if it is like what was read, and a quarter more.
-      const double share = static_cast<double>(textLength_) / static_cast<double>(finder_.read());
-      const auto expected = static_cast<std::size_t>(static_cast<double>(needed) * share);
-      capacity_ = finder_.isLast() ? needed : std::max(needed, expected + expected / 4);
-      auto words = std::make_unique_for_overwrite<std::uint64_t[]>(capacity_);
-      preferLargePages(words.get(), capacity_ * sizeof(std::uint64_t));
-      if (index != 0) std::memcpy(words.get(), tape_.words.get(), index * sizeof(std::uint64_t));
-      tape_.words = std::move(words);
-    }
-    return tape_.words.get() + index;
-  }
-
-  bool writeKey(const char* text, const std::uint32_t*& mark, std::uint64_t* word) {
-    const char* const at = text + *mark++;
-    const char* const next = text + *mark++;
-    return *at == '"' && *next == ':' && writeString(at + 1, next, word);
   }
 
   void writeEnd(const Level& level, std::uint64_t* word) {
@@ -420,12 +486,14 @@ class TapeWriter {
   /// Writes a string with escapes, or one whose length does not fit its word.
   [[gnu::noinline]] bool writeCopiedString(const char* begin, std::size_t length,
                                            std::uint64_t* word) {
-    if (!tape_.copies) {
-      // All contents are shorter than the text; only those of long strings have a length in front.
-      constexpr std::size_t kSpare = 4096;
-      const std::size_t capacity = textLength_ + kSpare;
-      tape_.copies = std::make_unique_for_overwrite<char[]>(capacity);
-      preferLargePages(tape_.copies.get(), capacity);
+    // All contents are shorter than the text; only those of long strings have a length in front.
+    constexpr std::size_t kSpare = 4096;
+    if (copied_ == 0 && tape_.copyCapacity < textLength_ + kSpare) {
+      tape_.copies = nullptr;
+      tape_.copyCapacity = 0;
+      tape_.copies = std::make_unique_for_overwrite<char[]>(textLength_ + kSpare);
+      tape_.copyCapacity = textLength_ + kSpare;
+      preferLargePages(tape_.copies.get(), tape_.copyCapacity);
     }
     char* to = tape_.copies.get() + copied_;
     const std::size_t offset = copied_;
@@ -449,11 +517,23 @@ class TapeWriter {
   MarkFinder& finder_;
   JSONTape& tape_;
   std::size_t markCount_ = 0;  // of all pieces so far
-  std::size_t capacity_ = 0;   // words of the tape
   std::size_t copied_ = 0;     // bytes of the tape's copies
 };
 
 }  // namespace
+
+std::unique_ptr<JSONTape> tapeToWrite() {
+  std::unique_ptr<JSONTape> tape = keptTape.take();
+  return tape ? std::move(tape) : std::make_unique<JSONTape>();
+}
+
+void keepTape(std::unique_ptr<JSONTape> tape) noexcept {
+  constexpr std::size_t kMostWords = std::size_t{2} << 20;
+  constexpr std::size_t kMostCopies = std::size_t{8} << 20;
+  if (tape->capacity > kMostWords || tape->copyCapacity > kMostCopies) return;
+  tape->data = nullptr;
+  keptTape.keep(std::move(tape));
+}
 
 bool writeTape(std::string_view text, std::size_t depth, JSONTape& tape) {
   if (text.empty()) return false;
@@ -468,7 +548,7 @@ bool writeTape(std::string_view text, std::size_t depth, JSONTape& tape) {
   const char first = rest.front();
   if (first == '[' || first == '{') return writer.writeContainers(depth);
   if (finder.marks().size() != 1 || !finder.isLast()) return false;
-  tape.words = std::make_unique_for_overwrite<std::uint64_t[]>(2);
+  writer.roomForMarks(0);
   if (first != '"') return writeOnlyScalar(rest, tape);
   return writer.writeString(rest.data() + 1, rest.data() + rest.size(), tape.words.get());
 }

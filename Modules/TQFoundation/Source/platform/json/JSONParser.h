@@ -4,11 +4,19 @@
 /// Writes the tape of JSON text.
 
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 #include <TQFoundation/platform/json/JSONDocument.h>
 
 namespace tq::detail {
+
+/// Returns an empty tape, perhaps with the memory of one that was kept. Any thread.
+[[nodiscard]] std::unique_ptr<JSONTape> tapeToWrite();
+
+/// Keeps the memory of a tape that is no longer used for the next one, unless it is much, or one is
+/// kept already. Any thread.
+void keepTape(std::unique_ptr<JSONTape> tape) noexcept;
 
 /// Writes the tape of `text`, which JSONTape::text will keep.
 ///

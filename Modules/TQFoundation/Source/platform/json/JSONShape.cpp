@@ -30,7 +30,7 @@ std::size_t hashOf(std::span<const std::string_view> keys, std::size_t seed) noe
 JSONShape::JSONShape(std::vector<Ref<String>> keys)
     : keys_(std::move(keys)), distinct_(makeRef<DictionaryKeys>()) {
   for (std::size_t i = 0; i < keys_.size(); ++i) {
-    isMarked_ |= keys_[i]->view().starts_with('_');
+    if (key(i).starts_with('_')) marked_.push_back(static_cast<std::uint32_t>(i));
     const bool repeats = distinct_->find(keys_[i]->view()).has_value();
     if (repeats && members_.empty()) {
       for (std::uint32_t member = 0; member < i; ++member) members_.push_back(member);
@@ -48,21 +48,29 @@ bool JSONShape::isOf(std::span<const std::string_view> keys) const noexcept {
 }
 
 std::optional<std::size_t> JSONShape::find(std::string_view key, std::size_t& hint) const {
-  std::size_t member = hint;
-  const bool isNext = members_.empty() && hint < keys_.size() && keys_[hint]->view() == key;
-  if (!isNext) {
-    const auto index = distinct_->find(key);
-    if (!index) return std::nullopt;
-    member = memberOfDistinctKey(*index);
+  const auto found = [&hint](std::size_t member) {
+    hint = member + 1;
+    return member;
+  };
+  if (members_.empty() && hint < keys_.size() && areEqualTexts(this->key(hint), key)) {
+    return found(hint);
   }
-  hint = member + 1;
-  return member;
+  if (key.starts_with('_')) {
+    for (const std::size_t member : marked_) {
+      if (areEqualTexts(this->key(member), key)) return found(member);
+    }
+    return std::nullopt;
+  }
+  const auto index = distinct_->find(key);
+  if (!index) return std::nullopt;
+  return found(memberOfDistinctKey(*index));
 }
 
 Ref<JSONShape> JSONShapes::shapeOf(std::span<const std::string_view> keys) {
   const std::size_t hash = hashOf(keys, seed_);
   const auto found = shapes_.find(hash);
-  if (found != shapes_.end() && found->second->isOf(keys)) return found->second;
+  Ref<JSONShape>& recent = recent_[keys.size() % std::size(recent_)];
+  if (found != shapes_.end() && found->second->isOf(keys)) return recent = found->second;
 
   std::vector<Ref<String>> strings;
   strings.reserve(keys.size());
@@ -70,6 +78,7 @@ Ref<JSONShape> JSONShapes::shapeOf(std::span<const std::string_view> keys) {
   Ref<JSONShape> shape = makeRef<JSONShape>(std::move(strings));
   if (keys.size() <= kWidest && found == shapes_.end() && shapes_.size() < kMostShapes) {
     shapes_.emplace(hash, shape);
+    recent = shape;
   }
   return shape;
 }

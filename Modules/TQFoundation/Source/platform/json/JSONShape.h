@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -27,6 +27,10 @@ class JSONShape final : public Object {
 
   /// Returns the number of keys, equal ones included.
   [[nodiscard]] std::size_t count() const noexcept { return keys_.size(); }
+  /// Returns the key of a member.
+  [[nodiscard]] std::string_view key(std::size_t member) const noexcept {
+    return keys_[member]->view();
+  }
   /// Returns whether the shape has exactly these keys in this order.
   [[nodiscard]] bool isOf(std::span<const std::string_view> keys) const noexcept;
 
@@ -36,7 +40,7 @@ class JSONShape final : public Object {
   [[nodiscard]] std::optional<std::size_t> find(std::string_view key, std::size_t& hint) const;
 
   /// Returns whether a key starts with "_", as all keys that the archive format reserves do.
-  [[nodiscard]] bool isMarked() const noexcept { return isMarked_; }
+  [[nodiscard]] bool isMarked() const noexcept { return !marked_.empty(); }
 
   /// Returns the keys without repetitions, and the index of the member of each of them.
   [[nodiscard]] const Ref<DictionaryKeys>& distinctKeys() const noexcept { return distinct_; }
@@ -47,7 +51,7 @@ class JSONShape final : public Object {
  private:
   std::vector<Ref<String>> keys_;
   Ref<DictionaryKeys> distinct_;
-  bool isMarked_ = false;
+  std::vector<std::uint32_t> marked_;   // the members whose key starts with "_"
   std::vector<std::uint32_t> members_;  // by distinct key; empty if no key repeats
 };
 
@@ -59,6 +63,12 @@ class JSONShapes {
  public:
   /// Returns the shape with these keys.
   [[nodiscard]] Ref<JSONShape> shapeOf(std::span<const std::string_view> keys);
+
+  /// Returns the last shape of about so many keys; null if there is none. The next object of as
+  /// many keys is probably of the same shape.
+  [[nodiscard]] const Ref<JSONShape>& recentOf(std::size_t keyCount) const noexcept {
+    return recent_[keyCount % std::size(recent_)];
+  }
 
  private:
   static constexpr std::size_t kMostShapes = 4096;
@@ -74,6 +84,7 @@ class JSONShapes {
   [[nodiscard]] Ref<String> keyOf(std::string_view text);
 
   const std::size_t seed_ = String::hashOf({});
+  Ref<JSONShape> recent_[16];
   std::unordered_map<std::size_t, Ref<JSONShape>> shapes_;             // by hash of the keys
   std::unordered_map<std::string_view, Ref<String>, HashOfKey> keys_;  // by the string's text
 };
