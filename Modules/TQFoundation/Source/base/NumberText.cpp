@@ -11,6 +11,8 @@
 //      m · 5^k / 2^(-e-k), for the k that gives it P digits. 5^27 < 2^63, so the product fits
 //      128 bits; the division is a shift, and its remainder decides the rounding, half to even;
 //   3. the rest, through std::to_chars, which prints what printf prints.
+// The second way does not branch on what differs from number to number without a pattern: whether
+// the last digit is rounded up, and how many zeros are at the end.
 
 namespace tq {
 namespace {
@@ -49,15 +51,39 @@ std::uint64_t eightDigits(std::uint32_t value) noexcept {
   return tens + ((twos - tens * 10) << 8);
 }
 
-/// Writes eight digits as characters.
-void writeDigits(char* to, std::uint64_t digits) noexcept {
-  digits |= 0x3030'3030'3030'3030;
-  if constexpr (std::endian::native == std::endian::big) digits = __builtin_bswap64(digits);
-  std::memcpy(to, &digits, sizeof digits);
+/// Returns digits as characters.
+constexpr std::uint64_t charactersOf(std::uint64_t digits) noexcept {
+  return digits | 0x3030'3030'3030'3030;
 }
 
-/// Returns the number of zeros at the end of eight digits.
-int trailingZeros(std::uint64_t digits) noexcept { return std::countl_zero(digits) / 8; }
+/// Writes eight characters.
+void writeCharacters(char* to, std::uint64_t characters) noexcept {
+  if constexpr (std::endian::native == std::endian::big) {
+    characters = __builtin_bswap64(characters);
+  }
+  std::memcpy(to, &characters, sizeof characters);
+}
+
+/// Returns eight characters with a point in front of the one at `place`, without the last one. At
+/// 8, the characters are unchanged.
+std::uint64_t withPoint(std::uint64_t characters, int place) noexcept {
+  const int half = 4 * place;  // a shift by 64 is not defined
+  const std::uint64_t after = ~std::uint64_t{0} << half << half;
+  const std::uint64_t point = std::uint64_t{'.'} << half << half;
+  return (characters & ~after) | point | (characters & after) << 8;
+}
+
+/// Returns the number of zeros at the end of eight digits, 7 if all are 0.
+int trailingZeros(std::uint64_t digits) noexcept { return std::countl_zero(digits | 1) / 8; }
+
+/// Writes a whole number.
+inline char* writeWhole(char* to, std::uint64_t value) noexcept {
+  if (value >= powerOf10(8)) return std::to_chars(to, to + kNumberTextCapacity, value).ptr;
+  const std::uint64_t digits = eightDigits(static_cast<std::uint32_t>(value));
+  const int zeros = std::countr_zero(digits | 1ull << 56) / 8;  // in front; 0 has one digit
+  writeCharacters(to, charactersOf(digits) >> (8 * zeros));
+  return to + 8 - zeros;
+}
 
 template <class Value>
 char* viaLibrary(char* to, Value value, int digits) noexcept {
@@ -99,38 +125,26 @@ Scaled scale(double value) noexcept {
     if (high >> shift != 0 || digits >= powerOf10(Digits)) continue;
     const std::uint64_t rest = low << 1 << (63 - shift);
     constexpr std::uint64_t kHalf = std::uint64_t{1} << 63;
-    digits += rest > kHalf || (rest == kHalf && (digits & 1) != 0) ? 1 : 0;
+    digits += static_cast<std::uint64_t>(rest > kHalf) |
+              (static_cast<std::uint64_t>(rest == kHalf) & digits & 1);
     if (digits == powerOf10(Digits)) return {powerOf10(Digits - 1), exponent + 1};
     return {digits, exponent};
   }
 }
 
-/// Writes d.ddd · 10^exponent in the form that %g chooses. The last of the `count` digits is not 0.
-/// 24 more bytes after them must be readable, and copies of fixed size may write past the end of
-/// the text.
-template <int Digits>
-char* layOut(char* to, const char* digits, int count, int exponent) noexcept {
-  if (exponent < -4) {  // whole numbers are handled elsewhere, so no exponent is large
-    *to = digits[0];
-    to[1] = '.';
-    std::memcpy(to + 2, digits + 1, 16);
-    to += count > 1 ? count + 1 : 1;
-    std::memcpy(to, "e-", 2);
-    to[2] = static_cast<char>('0' + -exponent / 10);
-    to[3] = static_cast<char>('0' + -exponent % 10);
-    return to + 4;
+/// Writes sixteen characters, with a point in front of the one at `place`.
+void writeWithPoint(char* to, std::uint64_t first, std::uint64_t second, int place) noexcept {
+  if (place < 8) {
+    writeCharacters(to, withPoint(first, place));
+    writeCharacters(to + 8, second << 8 | first >> 56);
+  } else {
+    writeCharacters(to, first);
+    writeCharacters(to + 8, withPoint(second, place - 8));
   }
-  if (exponent < 0) {
-    std::memcpy(to, "0.000", 5);
-    std::memcpy(to + 1 - exponent, digits, 24);
-    return to + 1 - exponent + count;
-  }
-  std::memcpy(to, digits, 16);
-  std::memcpy(to + exponent + 2, digits + exponent + 1, 16);
-  to[exponent + 1] = '.';
-  return to + (count > exponent + 1 ? count + 1 : exponent + 1);
+  to[16] = static_cast<char>(second >> 56);
 }
 
+/// Writes in the form that %g chooses. Up to 24 bytes are written, also past the end of the text.
 template <int Digits>
 char* writeDouble(char* to, double value) noexcept {
   const double magnitude = std::fabs(value);
@@ -138,23 +152,46 @@ char* writeDouble(char* to, double value) noexcept {
   *to = '-';
   to += std::signbit(value) ? 1 : 0;
   const auto whole = static_cast<std::int64_t>(magnitude);
-  if (static_cast<double>(whole) == magnitude) return writeInteger(to, whole);
+  if (static_cast<double>(whole) == magnitude) {
+    return writeWhole(to, static_cast<std::uint64_t>(whole));
+  }
   if (!(magnitude > 1e-11)) return viaLibrary(to, magnitude, Digits);
 
-  const Scaled scaled = scale<Digits>(magnitude);
-  char digits[48];
-  char* first = digits;
-  std::uint64_t rest = scaled.digits;
+  auto [rest, exponent] = scale<Digits>(magnitude);
+  char leading = '0';  // the first of 17 digits
   if constexpr (Digits == 17) {
-    *first++ = static_cast<char>('0' + rest / powerOf10(16));
+    leading = static_cast<char>('0' + rest / powerOf10(16));
     rest %= powerOf10(16);
   }
   const std::uint64_t high = eightDigits(static_cast<std::uint32_t>(rest / powerOf10(8)));
   const std::uint64_t low = eightDigits(static_cast<std::uint32_t>(rest % powerOf10(8)));
-  writeDigits(first, high);
-  writeDigits(first + 8, low);
-  const int zeros = low != 0 ? trailingZeros(low) : 8 + trailingZeros(high);
-  return layOut<Digits>(to, digits, Digits - zeros, scaled.exponent);
+  const std::uint64_t first = charactersOf(high);
+  const std::uint64_t second = charactersOf(low);
+  // Not a branch: it cannot be predicted which numbers are short. Only 17 digits can end with 16
+  // zeros.
+  const std::uint64_t isShort = low == 0 ? 1 : 0;
+  const int zeros = trailingZeros(low | (high & (0 - isShort))) + 8 * static_cast<int>(isShort) +
+                    (Digits == 17 && (low | high) == 0 ? 1 : 0);
+  const int count = Digits - zeros;
+
+  const bool isSmall = exponent < 0 && exponent >= -4;
+  if (isSmall) {
+    std::memcpy(to, "0.000", 5);
+    to += 1 - exponent;
+    if constexpr (Digits == 17) *to = leading;
+    writeCharacters(to + Digits - 16, first);
+    writeCharacters(to + Digits - 8, second);
+    return to + count;
+  }
+  const int place = exponent < 0 ? 0 : exponent;  // of the digit before the point
+  if constexpr (Digits == 17) *to = leading;
+  writeWithPoint(to + Digits - 16, first, second, place + 17 - Digits);
+  to += count > place + 1 ? count + 1 : place + 1;
+  if (exponent >= 0) return to;
+  std::memcpy(to, "e-", 2);  // -11 is the least
+  to[2] = static_cast<char>('0' + -exponent / 10);
+  to[3] = static_cast<char>('0' + -exponent % 10);
+  return to + 4;
 }
 
 }  // namespace
@@ -165,12 +202,12 @@ char* writeDouble17(char* to, double value) noexcept { return writeDouble<17>(to
 
 char* writeFloat7(char* to, float value) noexcept { return viaLibrary(to, value, 7); }
 
-char* writeUnsigned(char* to, std::uint64_t value) noexcept {
-  return std::to_chars(to, to + kNumberTextCapacity, value).ptr;
-}
+char* writeUnsigned(char* to, std::uint64_t value) noexcept { return writeWhole(to, value); }
 
 char* writeInteger(char* to, std::int64_t value) noexcept {
-  return std::to_chars(to, to + kNumberTextCapacity, value).ptr;
+  *to = '-';
+  const auto magnitude = static_cast<std::uint64_t>(value);
+  return value < 0 ? writeWhole(to + 1, 0 - magnitude) : writeWhole(to, magnitude);
 }
 
 }  // namespace tq
