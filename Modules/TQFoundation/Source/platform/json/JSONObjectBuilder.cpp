@@ -28,12 +28,18 @@ Ref<Array> JSONObjectBuilder::numbersOf(JSONNode array) {
   const std::size_t count = array.count();
   Ref<Array> numbers = Construction::unfilledNumbers(storage, count);
   std::uint64_t* bits = Construction::packedBits(*numbers);
-  if ((content & JSONNode::kHasOtherNumbers) == 0) {  // all have two words
+  NumberKind* kinds = Construction::packedKinds(*numbers);
+  if ((content & JSONNode::kHasOtherNumbers) == 0) {
+    // All have two words. No branch for each number: the kinds of coordinates cannot be predicted.
     const std::uint64_t* word = array.first().word();
     for (std::size_t i = 0; i < count; ++i) bits[i] = word[2 * i + 1];
     if (storage != Storage::numbers) return numbers;
+    for (std::size_t i = 0; i < count; ++i) {
+      const bool isReal = JSONNode::contentOf(word[2 * i]) == JSONNode::kHasReals;
+      kinds[i] = isReal ? NumberKind::float64 : NumberKind::int64;
+    }
+    return numbers;
   }
-  NumberKind* kinds = Construction::packedKinds(*numbers);
   const JSONNode end = array.end();
   for (JSONNode node = array.first(); !(node == end); node = node.next()) {
     const NumberValue number = node.number();

@@ -29,7 +29,9 @@ std::size_t hashOf(std::span<const std::string_view> keys, std::size_t seed) noe
 
 JSONShape::JSONShape(std::vector<Ref<String>> keys)
     : keys_(std::move(keys)), distinct_(makeRef<DictionaryKeys>()) {
+  texts_.reserve(keys_.size());
   for (std::size_t i = 0; i < keys_.size(); ++i) {
+    texts_.push_back(keys_[i]->view());
     if (key(i).starts_with('_')) marked_.push_back(static_cast<std::uint32_t>(i));
     const bool repeats = distinct_->find(keys_[i]->view()).has_value();
     if (repeats && members_.empty()) {
@@ -42,9 +44,7 @@ JSONShape::JSONShape(std::vector<Ref<String>> keys)
 }
 
 bool JSONShape::isOf(std::span<const std::string_view> keys) const noexcept {
-  return std::ranges::equal(keys, keys_, [](std::string_view text, const Ref<String>& key) {
-    return text == key->view();
-  });
+  return std::ranges::equal(keys, texts_, areEqualTexts);
 }
 
 std::optional<std::size_t> JSONShape::find(std::string_view key, std::size_t& hint) const {

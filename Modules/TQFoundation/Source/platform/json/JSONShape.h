@@ -28,9 +28,7 @@ class JSONShape final : public Object {
   /// Returns the number of keys, equal ones included.
   [[nodiscard]] std::size_t count() const noexcept { return keys_.size(); }
   /// Returns the key of a member.
-  [[nodiscard]] std::string_view key(std::size_t member) const noexcept {
-    return keys_[member]->view();
-  }
+  [[nodiscard]] std::string_view key(std::size_t member) const noexcept { return texts_[member]; }
   /// Returns whether the shape has exactly these keys in this order.
   [[nodiscard]] bool isOf(std::span<const std::string_view> keys) const noexcept;
 
@@ -50,6 +48,7 @@ class JSONShape final : public Object {
 
  private:
   std::vector<Ref<String>> keys_;
+  std::vector<std::string_view> texts_;  // of the keys
   Ref<DictionaryKeys> distinct_;
   std::vector<std::uint32_t> marked_;   // the members whose key starts with "_"
   std::vector<std::uint32_t> members_;  // by distinct key; empty if no key repeats
