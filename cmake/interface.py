@@ -78,8 +78,26 @@ def facts_of_layout(type_, heading):
         yield heading, f"at {at:g} {field.spelling}{width} {type_of(field)}"
 
 
+def lacks_key_function(cursor):
+    """Whether each program has its own vtable of an exported class: all virtual functions are inline.
+
+    Casts to it fail then: clang compares the addresses of vtables, libc++ those of type_infos.
+    Interfaces without a base may be so, because objects are not cast to them.
+    """
+    parts = children_of(cursor)
+    virtual = [part for part in parts if part.kind in FUNCTIONS and part.is_virtual_method()]
+    has_key = any(part.get_definition() is None and not part.is_pure_virtual_method()
+                  for part in virtual)
+    has_base = any("Subclass<" in part.spelling for part in parts
+                   if part.kind == Kind.CXX_BASE_SPECIFIER)
+    is_exported = any(part.kind == Kind.VISIBILITY_ATTR for part in parts)
+    return is_exported and has_base and not has_key
+
+
 def facts_of_record(cursor):
     heading = f"class {qualified(cursor)}"
+    if lacks_key_function(cursor):
+        sys.exit(f"{heading} has a vtable in each program: define its destructor in the .cpp")
     yield from facts_of_layout(cursor.type, heading)
     for child in children_of(cursor):
         if child.kind == Kind.CXX_BASE_SPECIFIER:

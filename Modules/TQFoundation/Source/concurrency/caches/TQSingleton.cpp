@@ -24,6 +24,8 @@ TQSingleton::Making::Making(std::string_view name) : name_(name), outer_(innermo
 
 TQSingleton::Making::~Making() { innermost = outer_; }
 
+TQSingleton::~TQSingleton() = default;
+
 void TQSingleton::awakeFromNib() {
   if (const Ref<TQSingleton> known = registered(objectClass().name())) {
     TQ_ASSERT(&known->objectClass() == &objectClass() && "another class has this name");

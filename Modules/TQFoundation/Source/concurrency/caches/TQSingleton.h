@@ -23,6 +23,7 @@ namespace tq {
 class TQ_EXPORT TQSingleton : public Subclass<TQSingleton> {
  public:
   static constexpr std::string_view className = "TQSingleton";
+  ~TQSingleton() override;
 
   /// Returns the instance registered under T's name. If there is none, creates it with T's default
   /// constructor.
