@@ -3,9 +3,10 @@
 /// @file StandardLibrary.h
 /// Makes a program fail to link if its C++ library is not the one that this library was built with.
 ///
-/// Classes here have standard containers as members, so both must agree on the layouts of these. The
-/// C++ library and its mode give a symbol its name. Only a library that was built with them has the
-/// symbol, and every object file refers to it: the linker's message names what the program uses.
+/// Classes here have standard containers as members, so both must agree on the layouts of these.
+/// The C++ library and its mode give a symbol its name. Only a library that was built with them has
+/// the symbol, and every object file refers to it: the linker's message names what the program
+/// uses.
 
 #include <version>
 
