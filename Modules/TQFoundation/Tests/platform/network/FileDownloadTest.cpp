@@ -176,7 +176,7 @@ TEST_F(FileDownloadTest, ReleasesItsFunctionsAtItsEnd) {
   const auto notify = [&] { released.set_value(); };
   handler.didComplete = [own, last = makeRef<OnDestruction>(notify)](auto...) {};
   *own = FileDownload::downloadWithRequest(*session, {.url = URL::URLWithString(server.url("/"))},
-                                           *file, std::move(handler));
+                                           *file, std::exchange(handler, {}));
   (*own)->resume();
   own = nullptr;
   released.get_future().get();
