@@ -79,7 +79,7 @@ def rows_of(cases):
         growth = None
         if size and int(size[0]) > 0:
             before = smaller.get(family)
-            if before and int(size[0]) >= 4 * before[0]:
+            if before and int(size[0]) >= 2 * before[0]:
                 growth = math.log(case.ours[0] / before[1]) / math.log(int(size[0]) / before[0])
             smaller[family] = (int(size[0]), case.ours[0])
         for peer, theirs in sorted(case.peers.items()) or [("", None)]:
