@@ -1,7 +1,7 @@
 #!/bin/sh
 # Drives the editor by mouse and keyboard, and compares the drawings that it saves with expected ones.
 #
-# Usage: xvfb-run -a sh drive.sh SKETCH TQDOC WORK
+# Usage: xvfb-run -a -s '-screen 0 1280x1024x24 -noreset' sh drive.sh SKETCH TQDOC WORK
 # Waits for windows, titles and messages of the editor, for each at most a minute.
 set -eu
 sketch=$1
