@@ -8,7 +8,7 @@
 namespace tqdoc {
 namespace {
 
-[[nodiscard]] SvgDrawing read(const std::string& content) {
+[[nodiscard]] SvgDrawing readContent(const std::string& content) {
   const std::string text = "<svg xmlns:x='http://www.w3.org/2000/svg'>" + content + "</svg>";
   SvgDrawing drawing = readSvg(std::as_bytes(std::span(text)), "a.svg", nullptr);
   EXPECT_TRUE(drawing.document) << text;
@@ -37,14 +37,15 @@ TEST(SvgForeign, ElementsAreDefinitionsOrReported) {
       const std::string element = "<" + name + "/>";
       for (const std::string& content :
            {element, "<x:" + name + "/>", "<path d='M0 0h1'>" + element + "</path>"}) {
-        EXPECT_EQ(read(content).leftOut.count("<" + name + ">"), isReported ? 1u : 0u) << content;
+        EXPECT_EQ(readContent(content).leftOut.count("<" + name + ">"), isReported ? 1u : 0u)
+            << content;
       }
     }
   }
-  EXPECT_EQ(read("<defs><font/></defs><path><set/></path>").leftOut.size(), 2u);
+  EXPECT_EQ(readContent("<defs><font/></defs><path><set/></path>").leftOut.size(), 2u);
   EXPECT_THAT(
-      read("<text>a<tref/><animate/><title/></text><linearGradient id='g'><stop/><rect/>"
-           "</linearGradient><path d='M0 0h1' fill='url(#g)'/>")
+      readContent("<text>a<tref/><animate/><title/></text><linearGradient id='g'><stop/><rect/>"
+                  "</linearGradient><path d='M0 0h1' fill='url(#g)'/>")
           .leftOut,
       testing::UnorderedElementsAre(testing::Pair("<tref>", 1u), testing::Pair("<animate>", 1u),
                                     testing::Pair("<rect>", 1u)));
@@ -60,7 +61,7 @@ TEST(SvgForeign, PropertiesChangeTheDocumentOrAreReported) {
       "transform='scale(2)' transform-origin='center' clip-path='url(#c)' mask='url(#m)' "
       "filter='url(#f)'/>"
       "<svg width='9' height='9'><text stroke='red'>a b</text></svg>";
-  const SvgDrawing plain = read(drawing);
+  const SvgDrawing plain = readContent(drawing);
   const char* const declarations =
       "alignment-baseline:middle; all:initial; animation:a; backdrop-filter:blur(1px); "
       "background:red; background-color:red; baseline-shift:super; border:solid; "
@@ -88,7 +89,7 @@ TEST(SvgForeign, PropertiesChangeTheDocumentOrAreReported) {
       "word-spacing:9px; writing-mode:tb; -inkscape-stroke:hairline; -webkit-filter:x";
   std::istringstream list(declarations);
   for (std::string declaration; std::getline(list, declaration, ';');) {
-    const SvgDrawing changed = read("<style>*{" + declaration + "}</style>" + drawing);
+    const SvgDrawing changed = readContent("<style>*{" + declaration + "}</style>" + drawing);
     EXPECT_TRUE(!changed.leftOut.empty() || firstDifference(*changed.document, *plain.document))
         << declaration;
   }
@@ -99,8 +100,8 @@ TEST(SvgForeign, PropertiesWithoutEffectAreNotReported) {
        {"shape-rendering:auto", "color-interpolation:sRGB", "cursor:pointer", "--x:1",
         "enable-background:new 0 0 1 1", "white-space:normal", "line-height:1.25",
         "-inkscape-font-specification:Sans", "writing-mode:lr-tb", "font-kerning:inherit"}) {
-    EXPECT_TRUE(
-        read("<style>*{" + std::string(declaration) + "}</style><text>a</text>").leftOut.empty())
+    EXPECT_TRUE(readContent("<style>*{" + std::string(declaration) + "}</style><text>a</text>")
+                    .leftOut.empty())
         << declaration;
   }
   EXPECT_EQ(isIdleDeclaration("unknown", "auto"), std::nullopt);
@@ -117,16 +118,17 @@ TEST(SvgForeign, AttributesAndConditionsAreReported) {
         filter + "><feOffset><set/></feOffset></filter>", std::string("<svg viewBox='1 2 3'/>"),
         std::string("<style media='print'/>"), std::string("<style type='text/x'/>"),
         std::string("<symbol id='s' refX='1'/><use href='#s'/>")}) {
-    EXPECT_EQ(read(content).leftOut.size(), 1u) << content;
+    EXPECT_EQ(readContent(content).leftOut.size(), 1u) << content;
   }
   const std::string_view sheet = "<?xml-stylesheet href='a.css'?><svg transform='scale(2)'/>";
   EXPECT_EQ(readSvg(std::as_bytes(std::span(sheet)), "a.svg", nullptr).leftOut.size(), 2u);
 }
 
 TEST(SvgForeign, ElementsMayHaveSeveralPrefixes) {
-  EXPECT_EQ(
-      read("<x:g><path d='M0 0h1'/></x:g><x:path d='M0 0h1'/><y:path/>").document->root().count(),
-      2u);
+  EXPECT_EQ(readContent("<x:g><path d='M0 0h1'/></x:g><x:path d='M0 0h1'/><y:path/>")
+                .document->root()
+                .count(),
+            2u);
 }
 
 }  // namespace
