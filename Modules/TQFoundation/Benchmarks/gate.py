@@ -92,11 +92,12 @@ def earlier_version():
 
 
 def built(version, programs):
-    """Builds the benchmarks of a version and returns its folder."""
+    """Builds the benchmarks of a version and returns its folder, or None if it cannot be checked out."""
     folder = ROOT / "build" / "base"
     git("worktree", "remove", "--force", str(folder))
-    subprocess.run(["git", "worktree", "add", "--detach", "--quiet", folder, version],
-                   cwd=ROOT, check=True)
+    added = subprocess.run(["git", "worktree", "add", "--detach", "--quiet", folder, version], cwd=ROOT)
+    if added.returncode != 0:
+        return None
     subprocess.run(["cmake", "--preset", "bench"], cwd=folder, check=True, stdout=subprocess.DEVNULL)
     subprocess.run(["cmake", "--build", "--preset", "bench", "--target",
                     *(f"{program}Benchmarks" for program in programs)], cwd=folder, check=True)
@@ -150,12 +151,14 @@ def main():
         doubtful = fallen({name: float(ratio) for name, ratio in lines})
         version = earlier_version() if doubtful else ""
     slower = []
-    if doubtful and version:
-        base = built(version, sorted({row.program for row in doubtful}))
+    base = built(version, sorted({row.program for row in doubtful})) if version else None
+    if base:
         slower = [row for row in doubtful if is_slower(row, base)]
         git("worktree", "remove", "--force", str(base))
     elif doubtful:
         print("not decided: there is no earlier version here to compare with")
+        if options.base:
+            return 1
     print(f"{len(ROWS) - len(slower)} passed, {len(slower)} failed")
     return 1 if slower else 0
 
