@@ -8,9 +8,9 @@
 A ratio is the peer's time divided by ours; both run in turns, and the best of five short runs of each
 counts. A row fails if its ratio is more than a fifth below the file's in each of three attempts. Other
 machines have other ratios, so the last word has an earlier version, built here: the row fails if ours
-takes a quarter longer than that version's. The version is where this branch leaves the main one; on the
-main branch, the one before the file was written. Without it (a checkout without history) nothing is
-decided.
+takes a quarter longer than that version's, in three attempts again. The version is where this branch
+leaves the main one; on the main branch, the one before the file was written. Without it (a checkout
+without history) nothing is decided.
 """
 
 import argparse
@@ -106,14 +106,18 @@ def built(version, programs):
 
 def is_slower(row, base):
     """Compares with the earlier version, in turns."""
-    now, before = [], []
-    for _ in range(5):
-        now.append(times(ROOT, row, ("TQ",), 2)["TQ"])
-        before.append(times(base, row, ("TQ",), 2)["TQ"])
-    share = min(before) / min(now)
-    print(f"{'SLOWER' if share < LARGEST_FALL else 'as fast':8} {label(row)}: "
-          f"{share:.2f} of the earlier version's speed", flush=True)
-    return share < LARGEST_FALL
+    best = 0.0
+    for _ in range(ATTEMPTS):
+        now, before = [], []
+        for _ in range(5):
+            now.append(times(ROOT, row, ("TQ",), 2)["TQ"])
+            before.append(times(base, row, ("TQ",), 2)["TQ"])
+        best = max(best, min(before) / min(now))
+        if best >= LARGEST_FALL:
+            break
+    print(f"{'SLOWER' if best < LARGEST_FALL else 'as fast':8} {label(row)}: "
+          f"{best:.2f} of the earlier version's speed", flush=True)
+    return best < LARGEST_FALL
 
 
 def fallen(expected):
