@@ -29,7 +29,9 @@ function(tq_compile_alone)
 endfunction()
 
 function(tq_own_target target)
-  if(TQ_UNITE_FOLDERS)  # when the target has all its sources
+  if(TQ_UNITE_FOLDERS STREQUAL "ALL" OR
+     (TQ_UNITE_FOLDERS STREQUAL "HOSTS" AND NOT target STREQUAL "TQFoundationObjects"))
+    # Deferred until the target has all its sources.
     cmake_language(EVAL CODE "cmake_language(DEFER CALL tq_unite_folders ${target})")
   endif()
   target_compile_features(${target} PUBLIC cxx_std_20)

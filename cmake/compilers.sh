@@ -72,7 +72,7 @@ whole() {
   esac
   cmake -S . -B "$work/$name" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE= \
     -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_CXX_FLAGS="$*" -DCMAKE_PREFIX_PATH="$gtest" \
-    -DTQ_BUILD_TOOLS=OFF -DTQ_CHECK_HEADERS=OFF -DTQ_UNITE_FOLDERS=ON >/dev/null &&
+    -DTQ_BUILD_TOOLS=OFF -DTQ_CHECK_HEADERS=OFF -DTQ_UNITE_FOLDERS=ALL >/dev/null &&
   cmake --build "$work/$name" &&
   ctest --test-dir "$work/$name" -j "$(nproc)" -L quick --output-on-failure \
     -E '^(rooms|heavy_headers|documentation|callbacks\.entry_points|samples$)'
