@@ -35,19 +35,19 @@ inline constexpr std::size_t kNoDepthLimit = std::numeric_limits<std::size_t>::m
 
 namespace detail {
 
-/// The state of a depth-first traversal: the current node and, for each of its ancestors, the
-/// children that are not visited yet.
+/// The state of a depth-first traversal: the path from the root to the current node. Each node
+/// above the current one has its children, and which of them is on the path.
 template <class Tree, TraversalOrder order>
 class DepthFirstWalk {
  public:
   explicit DepthFirstWalk(std::size_t depthLimit) noexcept : depthLimit_(depthLimit) {}
 
-  [[nodiscard]] bool isAtEnd() const noexcept { return !current_; }
-  [[nodiscard]] TreeNode<Tree> node() const { return current_->get(); }
-  [[nodiscard]] std::size_t depth() const noexcept { return ancestors_.size(); }
+  [[nodiscard]] bool isAtEnd() const noexcept { return path_.size() == 0; }
+  [[nodiscard]] TreeNode<Tree> node() const { return path_.top().node.get(); }
+  [[nodiscard]] std::size_t depth() const noexcept { return path_.size() - 1; }
 
   void start(const Tree& tree) {
-    current_.emplace(rootOf(tree));
+    path_.push(rootOf(tree));
     if constexpr (kPostOrder) goDown(tree);
   }
 
@@ -55,17 +55,13 @@ class DepthFirstWalk {
   // the rest.
   void advance(const Tree& tree) {
     if constexpr (kPostOrder) {
-      if (goAside()) {
-        goDown(tree);
-      } else {
-        goUp();
-      }
+      path_.pop();
+      if (!isAtEnd() && goToNextChild()) goDown(tree);
     } else {
       if (goToFirstChild(tree)) return;
-      while (!goAside()) {
-        goUp();
-        if (isAtEnd()) return;
-      }
+      do {
+        path_.pop();
+      } while (!isAtEnd() && !goToNextChild());
     }
   }
 
@@ -73,28 +69,29 @@ class DepthFirstWalk {
   using Children = std::views::all_t<ChildrenOf<Tree>>;
   static constexpr bool kPostOrder = order == TraversalOrder::depthFirstPostOrder;
 
-  /// An ancestor and its children from the current one on. The view of the children may refer to
-  /// the node, so the node is stored here, at a stable address.
-  struct Ancestor {
-    Ancestor(const Tree& tree, const KeptNode<TreeNode<Tree>>& parent)
-        : node(parent),
-          children(std::views::all(childrenOf(tree, node.get()))),
+  struct Below {
+    explicit Below(Children&& given)
+        : children(std::move(given)),
           next(std::ranges::begin(children)),
           end(std::ranges::end(children)) {}
-    KeptNode<TreeNode<Tree>> node;
     Children children;
     std::ranges::iterator_t<Children> next;
     std::ranges::sentinel_t<Children> end;
   };
 
+  /// The view of the children may refer to the node, so both have stable addresses.
+  struct Level {
+    explicit Level(TreeNode<Tree> current) : node(std::forward<TreeNode<Tree>>(current)) {}
+    KeptNode<TreeNode<Tree>> node;
+    std::optional<Below> below;
+  };
+
   bool goToFirstChild(const Tree& tree) {
     if (depth() >= depthLimit_) return false;
-    const Ancestor& parent = ancestors_.push(tree, *current_);
-    if (parent.next == parent.end) {
-      ancestors_.pop();
-      return false;
-    }
-    current_.emplace(*parent.next);
+    Level& parent = path_.top();
+    parent.below.emplace(std::views::all(childrenOf(tree, parent.node.get())));
+    if (parent.below->next == parent.below->end) return false;
+    path_.push(*parent.below->next);
     return true;
   }
 
@@ -103,25 +100,14 @@ class DepthFirstWalk {
     }
   }
 
-  bool goAside() {
-    if (ancestors_.size() == 0) return false;
-    Ancestor& parent = ancestors_.top();
-    if (++parent.next == parent.end) return false;
-    current_.emplace(*parent.next);
+  bool goToNextChild() {
+    Below& below = *path_.top().below;
+    if (++below.next == below.end) return false;
+    path_.push(*below.next);
     return true;
   }
 
-  void goUp() {
-    if (ancestors_.size() == 0) {
-      current_.reset();
-    } else {
-      current_ = ancestors_.top().node;
-      ancestors_.pop();
-    }
-  }
-
-  std::optional<KeptNode<TreeNode<Tree>>> current_;
-  StableStack<Ancestor> ancestors_;
+  StableStack<Level> path_;
   std::size_t depthLimit_;
 };
 
