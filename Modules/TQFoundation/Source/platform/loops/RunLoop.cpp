@@ -19,10 +19,10 @@
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/Thread.h>
 
-// A loop adds two sources to its context (three on the main thread). They have no descriptors: GLib
-// calls them before and after the context sleeps. Blocks are passed between threads under locks of
-// this library, so that the thread sanitizer sees the synchronisation, although it does not see
-// inside GLib.
+// A loop adds one source to its context; each source makes a pass about 100 ns longer. It has no
+// descriptor: GLib calls it before and after the context sleeps. Blocks are passed between threads
+// under locks of this library, so that the thread sanitizer sees the synchronisation, although it
+// does not see inside GLib.
 
 namespace tq {
 namespace {
@@ -61,22 +61,16 @@ struct RunLoop::State {
   explicit State(bool isMain);
   ~State() { g_main_context_unref(context); }
 
-  void attach(GSourceFuncs& functions, bool mayRecurse);
+  void attach();
   void detach() noexcept;
 
   static State& of(GSource* source) noexcept { return *static_cast<Source*>(source)->state; }
 
-  // The functions of each kind of source that GLib calls before the sleep, after it, and to
-  // dispatch.
-  static gboolean blocksBefore(GSource* source, gint* timeout);
-  static gboolean blocksAfter(GSource* source);
-  static gboolean runBlocks(GSource* source, GSourceFunc, gpointer);
-  static gboolean timersBefore(GSource* source, gint* timeout);
-  static gboolean timersAfter(GSource* source);
-  static gboolean runTimers(GSource* source, GSourceFunc, gpointer);
-  static gboolean mainQueueBefore(GSource* source, gint* timeout);
-  static gboolean mainQueueAfter(GSource* source);
-  static gboolean runMainQueue(GSource* source, GSourceFunc, gpointer);
+  // GLib calls these before the sleep, after it unless something was ready before it, and if
+  // something is ready.
+  static gboolean beforeSleep(GSource* source, gint* timeout);
+  static gboolean afterSleep(GSource* source);
+  static gboolean dispatch(GSource* source, GSourceFunc, gpointer);
 
   /// Whether the current iteration was started by runOnce(), and not by a loop of the host, which
   /// may also run inside a callback of this loop.
@@ -90,27 +84,34 @@ struct RunLoop::State {
 
   bool drain(RunLoopMode mode);
   [[nodiscard]] std::size_t waitingBlocks();
-  [[nodiscard]] bool timersAreDue() const;
+  void runBlocks();
+  [[nodiscard]] int timeUntilTimer();
+  [[nodiscard]] bool timersMayFire() const noexcept;
+  [[nodiscard]] bool timersAreDue() const noexcept;
   [[nodiscard]] bool hasMainBlocks();
   void fireDueTimers();
   void serveMainQueue();
 
   GMainContext* const context;
   const std::uint32_t thread;
-  std::vector<GSource*> sources;
+  GSource* source = nullptr;
 
   Lock lock;
   std::vector<Performed> performed TQ_GUARDED_BY(lock);
+  std::atomic<bool> hasPerformed{false};  // some are in `performed`; changed with the lock held
   std::vector<RunLoopMode> commonModes TQ_GUARDED_BY(lock){RunLoopMode::standard};
   bool hasEnded TQ_GUARDED_BY(lock) = false;
   std::vector<Performed> mainQueue TQ_GUARDED_BY(lock);  // of the main thread's loop
+  std::atomic<bool> hasQueued{false};                    // some are in `mainQueue`, likewise
   std::atomic<bool> stopIsAsked{false};
 
-  detail::TimerHeap timers;  // retains each of them
-  int ownDepth = -1;         // of the innermost iteration by runOnce(), or -1
+  detail::TimerHeap timers;   // retains each of them
+  std::int64_t passTime = 0;  // when this pass has looked for due timers
+  int ownDepth = -1;          // of the innermost iteration by runOnce(), or -1
   RunLoopMode ownMode = RunLoopMode::standard;
   std::int64_t ownDeadline = kNever;
   bool drainsBeforeSleep = false;
+  bool servesMainQueue = false;
   std::size_t heldBlocks = 0;  // the first blocks, which wait until the context has slept
 };
 
@@ -121,29 +122,45 @@ RunLoop::State::State(bool isMain)
         return own != nullptr ? g_main_context_ref(own) : g_main_context_new();
       }()),
       thread(isMain ? static_cast<std::uint32_t>(::getpid()) : currentThreadNumber()) {
-  static GSourceFuncs blockFunctions{blocksBefore, blocksAfter, runBlocks, nullptr, {}, {}};
-  static GSourceFuncs timerFunctions{timersBefore, timersAfter, runTimers, nullptr, {}, {}};
-  static GSourceFuncs queueFunctions{
-      mainQueueBefore, mainQueueAfter, runMainQueue, nullptr, {}, {}};
-  attach(blockFunctions, true);
-  attach(timerFunctions, true);
-  // A source that may not recurse is skipped while one of its own blocks runs a loop.
-  if (isMain) attach(queueFunctions, false);
+  attach();
 }
 
-void RunLoop::State::attach(GSourceFuncs& functions, bool mayRecurse) {
-  auto* const source = static_cast<Source*>(g_source_new(&functions, sizeof(Source)));
-  source->state = this;
-  g_source_set_can_recurse(source, mayRecurse);
-  g_source_attach(source, context);
-  sources.push_back(source);
+void RunLoop::State::attach() {
+  static GSourceFuncs functions{beforeSleep, afterSleep, dispatch, nullptr, {}, {}};
+  auto* const made = static_cast<Source*>(g_source_new(&functions, sizeof(Source)));
+  made->state = this;
+  g_source_set_can_recurse(made, true);
+  g_source_attach(made, context);
+  source = made;
 }
 
 void RunLoop::State::detach() noexcept {
-  for (GSource* const source : std::exchange(sources, {})) {
-    g_source_destroy(source);
-    g_source_unref(source);
-  }
+  g_source_destroy(source);
+  g_source_unref(source);
+}
+
+gboolean RunLoop::State::beforeSleep(GSource* source, gint* timeout) {
+  State& state = of(source);
+  state.drainsBeforeSleep = !state.isOwnIteration() && state.waitingBlocks() > state.heldBlocks;
+  *timeout = state.timeUntilTimer();
+  return state.drainsBeforeSleep || state.timersAreDue() || state.hasMainBlocks();
+}
+
+gboolean RunLoop::State::afterSleep(GSource* source) {
+  State& state = of(source);
+  if (state.timersMayFire()) state.passTime = now();
+  return state.timersAreDue() || state.hasMainBlocks() ||
+         (!state.isOwnIteration() && state.waitingBlocks() != 0);
+}
+
+// The source may have been ready since an earlier pass, which served more urgent sources.
+gboolean RunLoop::State::dispatch(GSource* source, GSourceFunc, gpointer) {
+  State& state = of(source);
+  const bool serves = state.hasMainBlocks();  // blocks that are added from here on wait
+  if (!state.isOwnIteration()) state.runBlocks();
+  if (state.timersMayFire()) state.fireDueTimers();
+  if (serves) state.serveMainQueue();
+  return G_SOURCE_CONTINUE;
 }
 
 // Blocks. A pass performs them twice, before and after the sleep. Blocks that are added while the
@@ -151,6 +168,7 @@ void RunLoop::State::detach() noexcept {
 // performs blocks itself at these two places; in a loop of the host, the source does.
 
 bool RunLoop::State::drain(RunLoopMode mode) {
+  if (!hasPerformed) return false;
   std::vector<Performed> taken;
   {
     const Locked guard(lock);
@@ -161,6 +179,7 @@ bool RunLoop::State::drain(RunLoopMode mode) {
     taken.assign(std::make_move_iterator(performed.begin()),
                  std::make_move_iterator(others.begin()));
     performed.erase(performed.begin(), others.begin());
+    hasPerformed = !performed.empty();
   }
   if (!taken.empty()) heldBlocks = 0;  // they are among these, or after them
   for (Performed& each : taken) each.run();
@@ -168,6 +187,7 @@ bool RunLoop::State::drain(RunLoopMode mode) {
 }
 
 std::size_t RunLoop::State::waitingBlocks() {
+  if (!hasPerformed) return 0;
   const Locked guard(lock);
   return static_cast<std::size_t>(
       std::ranges::count_if(performed, [&](const Performed& each) TQ_NO_THREAD_SAFETY_ANALYSIS {
@@ -176,56 +196,37 @@ std::size_t RunLoop::State::waitingBlocks() {
       }));
 }
 
-gboolean RunLoop::State::blocksBefore(GSource* source, gint* timeout) {
-  State& state = of(source);
-  *timeout = -1;
-  state.drainsBeforeSleep = !state.isOwnIteration() && state.waitingBlocks() > state.heldBlocks;
-  return state.drainsBeforeSleep;
-}
-
-gboolean RunLoop::State::blocksAfter(GSource* source) {
-  State& state = of(source);
-  return !state.isOwnIteration() && state.waitingBlocks() != 0;
-}
-
-gboolean RunLoop::State::runBlocks(GSource* source, GSourceFunc, gpointer) {
-  State& state = of(source);
-  const bool beforeSleep = state.drainsBeforeSleep;
-  state.heldBlocks = 0;
-  state.drain(RunLoopMode::standard);
-  state.heldBlocks = beforeSleep ? state.waitingBlocks() : 0;
-  return G_SOURCE_CONTINUE;
+void RunLoop::State::runBlocks() {
+  const bool beforeSleep = drainsBeforeSleep;
+  heldBlocks = 0;
+  drain(RunLoopMode::standard);
+  heldBlocks = beforeSleep ? waitingBlocks() : 0;
 }
 
 // Timers.
 
-bool RunLoop::State::timersAreDue() const {
-  return !timers.isEmpty() && runningMode() == RunLoopMode::standard && timers.earliest() <= now();
+/// Returns for how many milliseconds the context may sleep; -1 means until something wakes it.
+int RunLoop::State::timeUntilTimer() {
+  std::int64_t wake = isOwnIteration() ? ownDeadline : kNever;
+  if (timersMayFire()) wake = std::min(wake, timers.earliest());
+  if (wake == kNever) return -1;
+  passTime = now();
+  return pollTimeout(std::max<std::int64_t>(wake - passTime, 0));
 }
 
-gboolean RunLoop::State::timersBefore(GSource* source, gint* timeout) {
-  const State& state = of(source);
-  *timeout = -1;
-  std::int64_t wake = state.isOwnIteration() ? state.ownDeadline : kNever;
-  const bool mayFire = !state.timers.isEmpty() && state.runningMode() == RunLoopMode::standard;
-  if (mayFire) wake = std::min(wake, state.timers.earliest());
-  if (wake == kNever) return false;
-  const std::int64_t now = RunLoop::now();
-  *timeout = pollTimeout(std::max<std::int64_t>(wake - now, 0));
-  return mayFire && state.timers.earliest() <= now;
+bool RunLoop::State::timersMayFire() const noexcept {
+  return !timers.isEmpty() && runningMode() == RunLoopMode::standard;
 }
 
-gboolean RunLoop::State::timersAfter(GSource* source) { return of(source).timersAreDue(); }
-
-gboolean RunLoop::State::runTimers(GSource* source, GSourceFunc, gpointer) {
-  of(source).fireDueTimers();
-  return G_SOURCE_CONTINUE;
+bool RunLoop::State::timersAreDue() const noexcept {
+  return timersMayFire() && timers.earliest() <= passTime;
 }
 
 // Timers that become due meanwhile wait for the next pass.
 void RunLoop::State::fireDueTimers() {
-  const std::int64_t now = RunLoop::now();
-  while (!timers.isEmpty() && timers.earliest() <= now) {
+  if (!timersAreDue()) passTime = now();
+  const std::int64_t due = passTime;  // a loop that an action runs has passes of its own
+  while (!timers.isEmpty() && timers.earliest() <= due) {
     const auto timer = Ref<Timer>::adopt(timers.top());
     timers.remove(timer->slot_);
     timer->fire();
@@ -235,21 +236,11 @@ void RunLoop::State::fireDueTimers() {
 // The main queue.
 
 bool RunLoop::State::hasMainBlocks() {
+  // A main queue whose block runs a loop is not served by that loop.
+  if (!hasQueued || servesMainQueue) return false;
   const RunLoopMode mode = runningMode();
   const Locked guard(lock);
   return !mainQueue.empty() && isCommon(mode);
-}
-
-gboolean RunLoop::State::mainQueueBefore(GSource* source, gint* timeout) {
-  *timeout = -1;
-  return of(source).hasMainBlocks();
-}
-
-gboolean RunLoop::State::mainQueueAfter(GSource* source) { return of(source).hasMainBlocks(); }
-
-gboolean RunLoop::State::runMainQueue(GSource* source, GSourceFunc, gpointer) {
-  of(source).serveMainQueue();
-  return G_SOURCE_CONTINUE;
 }
 
 void RunLoop::State::serveMainQueue() {
@@ -257,8 +248,11 @@ void RunLoop::State::serveMainQueue() {
   {
     const Locked guard(lock);
     taken.swap(mainQueue);
+    hasQueued = false;
   }
+  servesMainQueue = true;
   for (Performed& each : taken) each.run();
+  servesMainQueue = false;
 }
 
 // The loop.
@@ -322,7 +316,9 @@ void RunLoop::performBlock(Block block, RunLoopMode mode) {
   TQ_ASSERT(block != nullptr);
   Performed added{std::move(block), mode};  // if dropped, destroyed after the lock is released
   const Locked guard(state_->lock);
-  if (!state_->hasEnded) state_->performed.push_back(std::move(added));
+  if (state_->hasEnded) return;
+  state_->performed.push_back(std::move(added));
+  state_->hasPerformed = true;
 }
 
 void RunLoop::wakeUp() noexcept { g_main_context_wakeup(state_->context); }
@@ -337,14 +333,15 @@ bool RunLoop::runOnce(double timeoutSeconds, RunLoopMode mode) {
   State& state = *state_;
   constexpr double kLongest = 4e9;  // seconds; longer time-outs are unlimited
   std::int64_t deadline = kNever;
-  if (timeoutSeconds < kLongest) {
-    deadline = now() + static_cast<std::int64_t>(std::max(timeoutSeconds, 0.0) * 1e9);
+  const bool maySleep = timeoutSeconds > 0;
+  if (maySleep && timeoutSeconds < kLongest) {
+    deadline = now() + static_cast<std::int64_t>(timeoutSeconds * 1e9);
   }
   bool hasRun = state.drain(mode);
   const auto outer = std::tuple(state.ownDepth, state.ownMode, state.ownDeadline);
   const auto inner = std::tuple(g_main_depth(), mode, deadline);
   std::tie(state.ownDepth, state.ownMode, state.ownDeadline) = inner;
-  if (g_main_context_iteration(state.context, timeoutSeconds > 0) != FALSE) hasRun = true;
+  if (g_main_context_iteration(state.context, maySleep) != FALSE) hasRun = true;
   std::tie(state.ownDepth, state.ownMode, state.ownDeadline) = outer;
   return state.drain(mode) || hasRun;
 }
@@ -374,6 +371,7 @@ void RunLoop::appendToMainQueue(Block block) {
     const Locked guard(state_->lock);
     wasEmpty = state_->mainQueue.empty();
     state_->mainQueue.push_back(std::move(added));
+    state_->hasQueued = true;
   }
   if (wasEmpty) wakeUp();  // otherwise an earlier caller has woken it
 }
