@@ -25,8 +25,10 @@ namespace tq::detail {
 /// thread that finds the lock held, but no waiters, spins for a moment before it draws a ticket; it
 /// counts as arrived only then.
 ///
-/// Blocked threads share a few bells. unlock() rings a bell after the waiter's turn has come. A
-/// waiter reads the bell before it checks its turn, so a ring between check and wait keeps it
+/// Blocked threads share a few bells. A waiter marks its bell before it checks its turn for the
+/// last time and blocks. unlock() reads the bell after the waiter's turn has come: it rings a
+/// marked one, which clears the mark. These four steps are in one total order, so either the waiter
+/// sees its turn or unlock() sees the mark; and a ring between check and wait keeps the waiter
 /// awake.
 ///
 /// `System` supplies Word64, Word, self(), wait(), wake(), relax(), stop() and kSpins.
@@ -49,14 +51,15 @@ class FifoLock {
 
   void unlock() {
     std::uint64_t state = System::self();
-    // Release: the owner's writes are visible to the next one. A failure reads only the tickets.
-    while (!state_.compare_exchange_strong(state, afterUnlock(state), std::memory_order_release,
+    // The owner's writes are visible to the next one. A failure reads only the tickets.
+    while (!state_.compare_exchange_strong(state, afterUnlock(state), std::memory_order_seq_cst,
                                            std::memory_order_relaxed)) {
     }
     if (first(state) == last(state)) return;
     Word& bell = bells_[first(state) % kBells];
-    bell.fetch_add(1, std::memory_order_release);  // not before the turn that it announces
-    System::wake(bell, kEverybody);                // others on the same bell block again
+    if ((bell.load() & kMark) == 0) return;  // the waiter has not blocked
+    bell.fetch_add(1);
+    System::wake(bell, kEverybody);  // others on the same bell block again
   }
 
   /// Returns the number of threads that have drawn a ticket and wait. For tests.
@@ -74,6 +77,7 @@ class FifoLock {
   static constexpr int kFirstShift = 30;
   static constexpr int kLastShift = 47;
   static constexpr std::uint32_t kBells = System::kBells;
+  static constexpr std::uint32_t kMark = 1;  // in a bell, which also counts its rings
   static constexpr int kEverybody = 0x7fffffff;
 
   static std::uint64_t owner(std::uint64_t state) { return state & kHanded; }
@@ -92,8 +96,9 @@ class FifoLock {
     if (owner(state) == self) {
       System::stop("dispatch_sync called on queue already owned by current thread");
     }
-    for (int spins = 0; spins < System::kSpins && first(state) == last(state); ++spins) {
-      System::relax();
+    // Looks less and less often: each look takes the word's cache line from the owner.
+    for (int pause = 1; pause <= System::kSpins && first(state) == last(state); pause *= 2) {
+      for (int i = 0; i < pause; ++i) System::relax();
       state = state_.load(std::memory_order_relaxed);
       if (state == 0 && take(self, state)) return;
     }
@@ -117,18 +122,21 @@ class FifoLock {
   }
 
   void waitForTurn(std::uint64_t ticket) {
-    Word& bell = bells_[ticket % kBells];
-    for (int spins = 0;; ++spins) {
-      const std::uint32_t rings = bell.load(std::memory_order_acquire);
-      // Acquire: pairs with the release in the unlock() that handed the lock over.
-      const std::uint64_t state = state_.load(std::memory_order_acquire);
-      if (first(state) == ((ticket + 1) & kTicketMask)) return;
-      if (spins < System::kSpins) {
-        System::relax();
-      } else {
-        System::wait(bell, rings);
-      }
+    for (int spins = 0; spins < System::kSpins; ++spins) {
+      if (isTurnOf(ticket)) return;
+      System::relax();
     }
+    Word& bell = bells_[ticket % kBells];
+    for (std::uint32_t rings = bell.load();; rings = bell.load()) {
+      if ((rings & kMark) == 0 && !bell.compare_exchange_strong(rings, rings | kMark)) continue;
+      if (isTurnOf(ticket)) return;  // the mark stays, for nobody
+      System::wait(bell, rings | kMark);
+    }
+  }
+
+  // Pairs with the unlock() that handed the lock over.
+  bool isTurnOf(std::uint64_t ticket) const {
+    return first(state_.load()) == ((ticket + 1) & kTicketMask);
   }
 
   Word64 state_{0};
