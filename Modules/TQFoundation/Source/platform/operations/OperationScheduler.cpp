@@ -53,8 +53,8 @@ void OperationScheduler::add(Operation& operation) {
   if (operation.isReady()) becameReady(operation);
 }
 
+// The callers of this function and the next one hold the operation, and the operation holds this.
 void OperationScheduler::becameReady(Operation& operation) {
-  const auto self = share(*this);
   const int urgency = std::clamp(static_cast<int>(operation.queuePriority()), -8, 8);
   ReadyList& list = ready_[static_cast<std::size_t>((8 - urgency) / 4)];
   bool runsHere = false;
@@ -71,7 +71,6 @@ void OperationScheduler::becameReady(Operation& operation) {
 }
 
 void OperationScheduler::finished(Operation& operation) {
-  const auto self = share(*this);
   // The runner that started it takes the next operation when start() returns, which may be long
   // after an asynchronous operation has finished.
   const bool mayStillRun = startedHere != &operation || operation.isAsynchronous();
@@ -134,33 +133,30 @@ bool OperationScheduler::callRunners() noexcept {
 }
 
 void OperationScheduler::run() noexcept {
-  for (;;) {
-    Operation* operation = nullptr;
-    bool isGone = false;
+  for (bool isSeeking = true;;) {
+    Ref<Operation> operation;  // released without the lock
     {
       const Locked guard(lock_);
-      if (!isSuspended_ && startedCount_ < limit_) operation = takeReady();
-      if (operation == nullptr) {
+      if (!isSeeking) ++seekingCount_;
+      Operation* const taken = isSuspended_ || startedCount_ >= limit_ ? nullptr : takeReady();
+      if (taken == nullptr) {
         --seekingCount_;
         return;
       }
-      isGone = operation->place_ == Operation::Place::gone;
-      if (!isGone) {
+      isSeeking = taken->place_ == Operation::Place::gone;
+      if (isSeeking) {
+        operation = Ref<Operation>::adopt(taken);
+      } else {
+        operation = share(*taken);
         --seekingCount_;
-        operation->place_ = Operation::Place::started;
+        taken->place_ = Operation::Place::started;
         ++startedCount_;
       }
     }
-    if (isGone) {
-      operation->release();
-      continue;
-    }
-    const Ref<Operation> held(operation);
-    const Operation* const outer = std::exchange(startedHere, operation);
+    if (isSeeking) continue;
+    const Operation* const outer = std::exchange(startedHere, operation.get());
     operation->start();
     startedHere = outer;
-    const Locked guard(lock_);
-    ++seekingCount_;
   }
 }
 
