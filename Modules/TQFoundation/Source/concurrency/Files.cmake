@@ -7,6 +7,7 @@ tq_room(concurrency
   caches/TQSingleton.cpp caches/TQSingleton.h
   caches/ValueCache.h
   caches/detail/FairSharedLock.h
+  caches/detail/SlottedLock.h
   locks/Atomic.h
   locks/LazyObject.h
   locks/Lockable.h

@@ -19,13 +19,13 @@ std::size_t MapTable::hashOf(const Object& key) const {
 
 // Weak keys are not compared by address: a new object at the address of a destroyed one is another
 // key.
-bool MapTable::matches(const Slot& slot, const Object& key) const {
-  if (keys_ == Keys::strong) {
-    return slot.strongKey.get() == &key ||
-           (matching_ == Matching::equality && slot.strongKey->isEqual(key));
-  }
-  if (slot.weakKey.observes(key)) return true;
-  if (matching_ == Matching::identity) return false;
+inline bool MapTable::matches(const Slot& slot, const Object& key) const {
+  if (slot.strongKey.get() == &key || slot.weakKey.observes(key)) return true;
+  return matching_ == Matching::equality && hasEqualKey(slot, key);
+}
+
+bool MapTable::hasEqualKey(const Slot& slot, const Object& key) {
+  if (slot.strongKey != nullptr) return slot.strongKey->isEqual(key);
   const Ref<Object> held = slot.weakKey.lock();
   return held != nullptr && held->isEqual(key);
 }

@@ -110,6 +110,7 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
 
   [[nodiscard]] std::size_t hashOf(const Object& key) const;
   [[nodiscard]] bool matches(const Slot& slot, const Object& key) const;
+  [[nodiscard]] static bool hasEqualKey(const Slot& slot, const Object& key);
   [[nodiscard]] std::optional<std::size_t> find(std::size_t hash, const Object& key) const;
   [[nodiscard]] Entry takeOut(Slot& slot) noexcept;
   void makeRoom();

@@ -1,34 +1,50 @@
 #include <TQFoundation/concurrency/caches/detail/FairSharedLock.h>
 
+#include <TQFoundation/base/TQAssert.h>
+#include <TQFoundation/concurrency/caches/detail/SlottedLock.h>
+#include <TQFoundation/concurrency/locks/UnfairLock.h>
+#include <TQFoundation/platform/threads/ThreadSystem.h>
+
 namespace tq::detail {
 namespace {
 
 // By this thread, of all locks.
 [[gnu::tls_model("initial-exec")]] thread_local constinit unsigned readsHere = 0;
 
+struct SlottedSystem : ThreadSystem {
+  static constexpr std::uint32_t kSlots = 8;
+};
+
 }  // namespace
 
-void FairSharedLock::lockForRead() TQ_NO_THREAD_SAFETY_ANALYSIS {
-  // Relaxed: a reader that misses a new writer counts as having come before it.
-  if (readsHere == 0 && waitingWriters_.load(std::memory_order_relaxed) != 0) {
-    const Locked behindTheWriter(gate_);
-  }
-  lock_.lockForRead();
-  ++readsHere;
+struct FairSharedLock::State {
+  SlottedLock<SlottedSystem, UnfairLock> lock;
+};
+
+FairSharedLock::FairSharedLock() : state_(new State) {}
+
+FairSharedLock::~FairSharedLock() {
+  TQ_ASSERT(state_->lock.isFree() && "the lock is not held");
+  delete state_;
+}
+
+void FairSharedLock::lockForRead() noexcept TQ_NO_THREAD_SAFETY_ANALYSIS {
+  state_->lock.lockForRead(readsHere++ != 0);
 }
 
 void FairSharedLock::unlockForRead() noexcept TQ_NO_THREAD_SAFETY_ANALYSIS {
   --readsHere;
-  lock_.unlock();
+  state_->lock.unlockForRead();
 }
 
-void FairSharedLock::lockForWrite() TQ_NO_THREAD_SAFETY_ANALYSIS {
-  waitingWriters_.fetch_add(1, std::memory_order_relaxed);  // a hint, see lockForRead()
-  const Locked beforeNewReaders(gate_);
-  lock_.lockForWrite();
-  waitingWriters_.fetch_sub(1, std::memory_order_relaxed);
+void FairSharedLock::lockForWrite() noexcept TQ_NO_THREAD_SAFETY_ANALYSIS {
+  state_->lock.lockForWrite();
 }
 
-void FairSharedLock::unlockForWrite() noexcept TQ_NO_THREAD_SAFETY_ANALYSIS { lock_.unlock(); }
+void FairSharedLock::unlockForWrite() noexcept TQ_NO_THREAD_SAFETY_ANALYSIS {
+  state_->lock.unlockForWrite();
+}
+
+bool FairSharedLock::hasWaitingWriter() const noexcept { return state_->lock.hasPendingWriter(); }
 
 }  // namespace tq::detail

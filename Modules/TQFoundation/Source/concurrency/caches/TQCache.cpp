@@ -49,7 +49,9 @@ Ref<Object> TQCache::rawObjectForOwner(const Object& owner, const Object& andKey
 }
 
 Ref<Object> TQCache::cachedObjectForOwner(const Object& owner, const Object& andKey) const {
-  return TQCache_selfOrDeferredObject(rawObjectForOwner(owner, andKey));
+  Ref<Object> stored = rawObjectForOwner(owner, andKey);
+  if (stored == nullptr || !isPlaceholder(*stored)) return stored;  // at the least cost
+  return TQCache_selfOrDeferredObject(std::move(stored));
 }
 
 MapTable::Removed TQCache::store(const Ref<Object>& object, Object& owner, Object& key) {

@@ -22,7 +22,10 @@ TQObjectPool::~TQObjectPool() {
 Ref<Object> TQObjectPool::vendObject() {
   {
     const WriteLocked guard(*lock_);
-    if (!pool_.empty()) return std::move(pool_.extract(pool_.begin()).value());
+    if (!pool_.empty()) {
+      spare_ = pool_.extract(pool_.begin());
+      return std::move(spare_.value());
+    }
   }
   const auto self = share(*this);  // the block may release the pool
   return creatorBlock_();
@@ -35,7 +38,14 @@ void TQObjectPool::recycleObject(Ref<Object> object) {
   // Space is reserved first: an insertion that fails to allocate could release the object with the
   // lock held.
   if (pool_.size() + 1 >= pool_.bucket_count()) pool_.reserve(2 * pool_.size() + 2);
-  pool_.insert(std::move(object));  // if it is in the pool already, another reference exists
+  // An object that is in the pool already is not the last reference to it.
+  if (spare_.empty()) {
+    pool_.insert(std::move(object));
+  } else {
+    spare_.value() = std::move(object);
+    spare_ = pool_.insert(std::move(spare_)).node;
+    if (!spare_.empty()) spare_.value() = nullptr;
+  }
 }
 
 std::vector<Ref<Object>> TQObjectPool::removeAllObjects() {

@@ -64,7 +64,9 @@ class TQ_EXPORT TQObjectPool final : public Subclass<TQObjectPool> {
   explicit TQObjectPool(CreatorBlock creatorBlock);
 
   const Ref<ReadWriteLock> lock_ = makeRef<ReadWriteLock>();
-  std::unordered_set<Ref<Object>, Identity> pool_ TQ_GUARDED_BY(*lock_);
+  using Pool = std::unordered_set<Ref<Object>, Identity>;
+  Pool pool_ TQ_GUARDED_BY(*lock_);
+  Pool::node_type spare_ TQ_GUARDED_BY(*lock_);  // of the last vended object, for the next one
   std::size_t maximumPoolCount_ TQ_GUARDED_BY(*lock_) = 0;
   const CreatorBlock creatorBlock_;
 };

@@ -229,7 +229,10 @@ TEST(TQObjectPool, KeepsUpToItsLimitAndCreatesWhenEmpty) {
   pool->setMaximumPoolCount(0);
   EXPECT_EQ(a->referenceCount(), 1u) << "0 empties the pool, then removes the limit";
   for (const auto& object : {a, b, c}) pool->recycleObject(object);
+  const Ref<Object> vended = pool->vendObject();
+  for (const auto& object : {a, b, c}) pool->recycleObject(object);
   EXPECT_EQ(pool->removeAllObjects().size(), 3u);
+  EXPECT_EQ(a->referenceCount() + b->referenceCount() + c->referenceCount(), 4u) << "and vended";
 }
 
 TEST(TQObjectPoolStress, ThreadsNeverShareAnObject) {

@@ -17,7 +17,7 @@ TEST(FairSharedLock, WritersWaitOnlyForTheReadersBeforeThem) {
       const FairWriteLocked guard(lock);
       order.push_back(1);
     });
-    while (lock.waitingWriters() == 0) std::this_thread::yield();
+    while (!lock.hasWaitingWriter()) std::this_thread::yield();
     reader = std::jthread([&] {
       const FairReadLocked guard(lock);
       order.push_back(2);

@@ -1,5 +1,6 @@
 // Explores every interleaving of two or three threads in the locks and the lock-free stack.
 
+#include <TQFoundation/concurrency/caches/detail/SlottedLock.h>
 #include <TQFoundation/concurrency/locks/detail/TaggedStack.h>
 #include <TQFoundation/concurrency/locks/detail/UnfairWord.h>
 #include <TQFoundation/platform/threads/detail/FifoLock.h>
@@ -75,6 +76,74 @@ TEST(LockModel, FifoLockExcludesAndWakesInEveryInterleaving) {
   EXPECT_GT(states, 200u);
   EXPECT_EQ(exploreSections<detail::FifoLock<NeverSpins>>({1, 1, 1}, &states), "");
   EXPECT_GT(states, 2'000u);
+}
+
+struct TwoSlots : NeverSpins {
+  static constexpr std::uint32_t kSlots = 2;
+};
+struct NeverWakesReaders : TwoSlots {
+  static void wake(const Word& word, int count) {
+    if (count == 1) word.wake(false);
+  }
+};
+struct NeverWakesWriters : TwoSlots {
+  static void wake(const Word& word, int count) {
+    if (count != 1) word.wake(true);
+  }
+};
+
+// What a thread does with the lock. `inner` is a read inside a read; `nested` is one inside a read
+// of another lock.
+enum class Use { read, inner, nested, write };
+
+// The section of a writer must be alone; `inside` counts a writer as 100 threads.
+template <class System>
+std::string exploreReadersAndWriters(const std::vector<std::vector<Use>>& uses,
+                                     std::size_t* stateCount = nullptr) {
+  ThreadModel model;
+  detail::SlottedLock<System, detail::UnfairWord<NeverSpins>> lock;
+  ModelSystem::Word inside;
+  const auto pass = [&](std::uint32_t amount) {
+    const std::uint32_t found = inside.fetch_add(amount);
+    require(amount == 1 ? found < 100 : found == 0, "a writer is not alone");
+    inside.fetch_sub(amount);
+  };
+  std::vector<ThreadModel::Thread> threads;
+  for (const std::vector<Use>& all : uses) {
+    threads.push_back([&, all] {
+      for (const Use use : all) {
+        if (use == Use::write) {
+          lock.lockForWrite();
+          pass(100);
+          lock.unlockForWrite();
+          continue;
+        }
+        lock.lockForRead(use == Use::nested);
+        pass(1);
+        if (use == Use::inner) {
+          lock.lockForRead(true);
+          lock.unlockForRead();
+        }
+        lock.unlockForRead();
+      }
+    });
+  }
+  const std::string fault =
+      model.explore(threads, [&] { require(lock.isFree(), "the lock is still held"); });
+  if (stateCount != nullptr) *stateCount = model.stateCount();
+  return fault;
+}
+
+TEST(LockModel, SlottedLockExcludesAndWakesInEveryInterleaving) {
+  constexpr Use R = Use::read, I = Use::inner, N = Use::nested, W = Use::write;
+  using Uses = std::vector<std::vector<Use>>;
+  for (const Uses& uses : {Uses{{R, R}, {W}}, {{I}, {W}}, {{N}, {W}}, {{N}, {W}, {W}}}) {
+    std::size_t states = 0;
+    EXPECT_EQ(exploreReadersAndWriters<TwoSlots>(uses, &states), "");
+    EXPECT_GT(states, 1'000u);
+  }
+  EXPECT_EQ(exploreReadersAndWriters<NeverWakesWriters>({{R}, {W}}), "threads sleep for ever");
+  EXPECT_EQ(exploreReadersAndWriters<NeverWakesReaders>({{N}, {W}}), "threads sleep for ever");
 }
 
 constexpr std::uint32_t kNodes = 3;
