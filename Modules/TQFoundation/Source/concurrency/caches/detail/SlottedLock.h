@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <TQFoundation/base/TQThreadSafety.h>
+
 namespace tq::detail {
 
 /// Readers count themselves in slots, one for each few threads, on cache lines of their own. A
@@ -47,7 +49,7 @@ class SlottedLock {
 
   void unlockForRead() { leave(ownSlot()); }
 
-  void lockForWrite() {
+  void lockForWrite() TQ_NO_THREAD_SAFETY_ANALYSIS {  // holds the gate until unlockForWrite()
     gate_.lock();
     state_.store(kPending);
     for (;;) {
@@ -58,7 +60,7 @@ class SlottedLock {
     }
   }
 
-  void unlockForWrite() {
+  void unlockForWrite() TQ_NO_THREAD_SAFETY_ANALYSIS {
     endWriting(kOpen);
     gate_.unlock();
   }
