@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 #include <TQFoundation/base/Rect.h>
 #include <TQFoundation/base/TQExport.h>
@@ -70,8 +71,9 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   }
 
  protected:
-  /// The offset of the arrays if they are stored after the node.
-  static constexpr std::size_t kHeaderBytes = 80;
+  /// The offset of the arrays if they are stored after the node: the size of an RTreeNode. Debug
+  /// modes of the C++ library have larger vectors.
+  static constexpr std::size_t kHeaderBytes = 56 + sizeof(std::vector<void*>);
 
   /// Returns for how many entries a new node, which will hold `entries` at first, has space after
   /// it. That is space for a full node, if the capacity is not large, and if the node is likely to
