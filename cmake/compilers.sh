@@ -62,8 +62,8 @@ googletest() {
 
 # whole NAME COMPILER FLAGS...: builds the library and its tests, and runs the quick ones that depend
 # on the compiler. libc++ 19 has std::jthread, which tests use, behind a flag. The packaged fmt is
-# built for libstdc++; the gdb printers know its plain containers only. Without __SSE2__ the R-tree is compiled as for
-# other processors.
+# built for libstdc++; the gdb printers know its plain containers only. Without __SSE2__ the R-tree is
+# compiled as for other processors.
 whole() {
   name="$1"; compiler="$2"; shift 2
   gtest=""
