@@ -106,6 +106,23 @@ TEST(RunLoop, PerformedBlocksDoNotWakeIt) {
   EXPECT_THAT(trace.take(), ElementsAre("performed", "queue"));
 }
 
+// GLib keeps a source ready if a pass has served only more urgent ones.
+TEST(RunLoop, ASourceThatStaysReadyServesWhatHasComeMeanwhile) {
+  RunLoop& loop = RunLoop::main();
+  while (loop.runOnce()) {
+  }
+  Trace trace;
+  loop.performBlock(trace.says("performed"));
+  EXPECT_TRUE(Sleep().isReady);
+  const auto timer = Timer::scheduledTimerWithTimeInterval(
+      0.0001, [](Timer&) {}, nullptr, false);
+  mainQueueAsync(trace.says("queue"));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  loop.runOnce();
+  EXPECT_FALSE(timer->isValid()) << "it has fired";
+  EXPECT_THAT(trace.take(), ElementsAre("performed", "queue"));
+}
+
 // A host that runs the default main context itself, like toolkits.
 TEST(RunLoop, HostsMayRunTheContextThemselves) {
   RunLoop& loop = RunLoop::main();

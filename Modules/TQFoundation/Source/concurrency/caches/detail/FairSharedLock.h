@@ -14,7 +14,7 @@ namespace tq::detail {
 /// Threads:   any. The thread that locked must unlock.
 /// Recursion: a reader may lock for reading again. A writer must not lock again; that stops the
 ///            process. A reader must not lock for writing.
-/// Memory:    640 bytes
+/// Memory:    576 bytes
 class TQ_CAPABILITY("fair shared lock") FairSharedLock {
  public:
   /// @throws std::bad_alloc
