@@ -2,22 +2,26 @@
 """Changes one operator, constant or condition of the library at a time, and lists the changes that
 the tests do not notice.
 
-    Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]...
+    Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]... [--again FILE]
 
-Works in copies of the committed tree in build/mutate, one for each processor. Changes that do not
-compile are not counted. A change that makes the tests hang counts as noticed. The tests of the room
-run first, then those of the rooms that may use it and of callbacks, then the stress and fault suites
-of the room. The exit status is 0, even if changes survive.
+Works in copies of the committed tree in build/mutate, one for each processor, which are built with
+AddressSanitizer and UndefinedBehaviorSanitizer. Not counted are changes that do not compile, changes
+that leave the optimised machine code as it was, and changes of reserved capacities. A change that makes
+the tests hang counts as noticed. The tests of the room run first, then those of the rooms that may use
+it and of callbacks, then the stress and fault suites of the room. The exit status is 0, even if changes
+survive. --again tries what survived in an earlier run, whose output is in the file.
 """
 
 import argparse
 import collections
 import concurrent.futures
+import json
 import os
 import pathlib
 import queue
 import random
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -25,8 +29,9 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORK = ROOT / "build/mutate"
 MODULE = pathlib.Path("Modules/TQFoundation")
-SECONDS = 60  # limit for a test program
+SECONDS = 90  # limit for a test program
 LONG = "*Stress*:*Fault*"  # long suites, run last
+PRESET = "asan"  # for compiler and sanitizers
 
 SWAPS = {
     "comparison": {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="},
@@ -35,6 +40,7 @@ SWAPS = {
 }
 CONSTANT = re.compile(r"(?<![\w.'\"])(\d+)(?![\w.'\"])")
 TRUTH = re.compile(r"\b(true|false)\b")
+ARID = ("#", "static_assert", "using ", "template")  # lines that are not changed
 CONDITION = re.compile(r"\b(?:if|while) \((?!const|auto)((?:[^();]|\([^()]*\))+)\)")
 
 Mutant = collections.namedtuple("Mutant", "file line kind before after")
@@ -46,10 +52,18 @@ def code_of(line):
     return re.sub(r"//.*", lambda m: " " * len(m[0]), line)
 
 
+def environment():
+    """Returns the environment in which the preset's tests run."""
+    presets = json.loads((ROOT / "CMakePresets.json").read_text())["testPresets"]
+    preset = next(entry for entry in presets if entry["name"] == PRESET)
+    return os.environ | {name: value.replace("${sourceDir}", str(ROOT))
+                         for name, value in preset["environment"].items()}
+
+
 def mutants_of(line):
     """Yields (kind, changed line) for each single change of the line."""
     code = code_of(line)
-    if not code.strip() or code.lstrip().startswith(("#", "static_assert", "using ", "template")):
+    if not code.strip() or code.lstrip().startswith(ARID) or "reserve(" in code:
         return
 
     def changed(begin, end, text):
@@ -80,11 +94,17 @@ class Copy:
         self.tree.mkdir(parents=True)
         archive = subprocess.Popen(["git", "-C", ROOT, "archive", "HEAD"], stdout=subprocess.PIPE)
         subprocess.run(["tar", "-x", "-m", "-C", self.tree], stdin=archive.stdout, check=True)
-        options = ["BUILD_TYPE=Debug", "CXX_FLAGS_DEBUG=-O1", "LINK_DEPENDS_NO_SHARED=ON"]
-        subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja",
-                        *("-DCMAKE_" + option for option in options), "-DTQ_BUILD_TOOLS=OFF",
-                        "-DTQ_INSTALL=OFF", "-DTQ_WARNINGS_AS_ERRORS=OFF"],
-                       check=True, stdout=subprocess.DEVNULL)
+        cmake = ["CXX_FLAGS_RELWITHDEBINFO=-O1", "LINK_DEPENDS_NO_SHARED=ON",
+                 "EXPORT_COMPILE_COMMANDS=ON"]
+        ours = ["UNITE_FOLDERS=HOSTS", "CHECK_HEADERS=OFF", "BUILD_FUZZERS=OFF", "BUILD_TOOLS=OFF",
+                "INSTALL=OFF", "WARNINGS_AS_ERRORS=OFF"]
+        subprocess.run(["cmake", "--preset", PRESET, "-B", self.build,
+                        *("-DCMAKE_" + option for option in cmake),
+                        *("-DTQ_" + option for option in ours)],
+                       cwd=self.tree, check=True, stdout=subprocess.DEVNULL)
+        self.commands = {entry["file"]: entry for entry in
+                         json.loads((self.build / "compile_commands.json").read_text())}
+        self.environment = environment()
         self.programs = {room: self.programs_of(room) for room in self.rooms()}
         self.callbacks = self.programs_of("callbacks")  # call all rooms
         self.known = self.known_rooms()
@@ -129,7 +149,7 @@ class Copy:
     def run(self, *command, seconds=None):
         """Returns True if the command succeeds within the time limit."""
         try:
-            return subprocess.run(command, cwd=self.tree, timeout=seconds,
+            return subprocess.run(command, cwd=self.tree, timeout=seconds, env=self.environment,
                                   stdout=subprocess.DEVNULL,
                                   stderr=subprocess.DEVNULL).returncode == 0
         except subprocess.TimeoutExpired:
@@ -142,7 +162,15 @@ class Copy:
         return all(self.run(self.build / MODULE / program, "--gtest_brief=1", "--gtest_fail_fast",
                             f"--gtest_filter={suites}", seconds=SECONDS) for program in programs)
 
-    def survives(self, mutant):
+    def machine_code(self, path):
+        """Compiles the source with optimisation, without sanitizers. Returns the assembler text."""
+        entry = self.commands[str(path)]
+        words = shlex.split(entry["command"])
+        options = [word for word in words[:words.index("-o")] if not word.startswith("-fsanitize")]
+        return subprocess.run([*options, "-O2", "-S", "-o", "-", path], cwd=entry["directory"],
+                              check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+    def outcome(self, mutant):
         room = mutant.file.parts[0]
         own = self.programs[room]
         others = [name for user in self.users(room) for name in self.programs[user]]
@@ -153,9 +181,21 @@ class Copy:
         lines[mutant.line] = mutant.after
         path.write_text("\n".join(lines))
         try:
-            return self.passes(own) and self.passes(others) and self.passes(own, LONG)
+            passed = self.passes(own)
+            if passed is None:
+                return "does not compile"
+            if not (passed and self.passes(others) and self.passes(own, LONG)):
+                return "noticed"
+            changed = self.machine_code(path)
         finally:
             path.write_text(original)
+        return "no effect" if changed == self.machine_code(path) else "survived"
+
+
+def survivors(report):
+    """Returns what survived according to the text of a report, as (file, before, after), stripped."""
+    found = re.findall(r"survived: (\S+):\d+ \S+\n  - (.*)\n  \+ (.*)\n", report)
+    return set(found)
 
 
 def main():
@@ -164,6 +204,8 @@ def main():
     parser.add_argument("--count", type=int, default=100, help="number of changes to try")
     parser.add_argument("--seed", type=int, default=1, help="seed of the random choice")
     parser.add_argument("--room", action="append", help="change only this room (may be repeated)")
+    parser.add_argument("--again", type=pathlib.Path, metavar="FILE",
+                        help="try what survived in an earlier run")
     options = parser.parse_args()
 
     copies = [Copy(number) for number in range(os.cpu_count())]
@@ -174,28 +216,32 @@ def main():
     for copy in copies:
         free.put(copy)
 
-    def verdict_on(mutant):
+    def outcome_of(mutant):
         copy = free.get()
         try:
-            return copy.survives(mutant)
+            return copy.outcome(mutant)
         finally:
             free.put(copy)
 
     candidates = list(copies[0].mutants(options.room or copies[0].rooms()))
-    chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
+    if options.again:
+        wanted = survivors(options.again.read_text())
+        chosen = [mutant for mutant in candidates
+                  if (str(mutant.file), mutant.before.strip(), mutant.after.strip()) in wanted]
+    else:
+        chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
     tally = collections.Counter()
     with concurrent.futures.ThreadPoolExecutor(len(copies)) as pool:
-        for number, (mutant, verdict) in enumerate(zip(chosen, pool.map(verdict_on, chosen)), 1):
-            outcome = {None: "does not compile", True: "survived", False: "noticed"}[verdict]
+        for number, (mutant, outcome) in enumerate(zip(chosen, pool.map(outcome_of, chosen)), 1):
             tally[outcome] += 1
             place = f"{mutant.file}:{mutant.line + 1}"
             print(f"{number}/{len(chosen)} {outcome}: {place} {mutant.kind}", flush=True)
-            if verdict:
+            if outcome == "survived":
                 print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
     tried = tally["noticed"] + tally["survived"]
     print(f"{len(candidates)} possible changes, {tried} tried: {tally['noticed']} noticed, "
           f"{tally['survived']} survived ({100 * tally['noticed'] / max(tried, 1):.0f} % noticed); "
-          f"{tally['does not compile']} did not compile")
+          f"{tally['does not compile']} did not compile, {tally['no effect']} had no effect")
 
 
 if __name__ == "__main__":
