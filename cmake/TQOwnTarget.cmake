@@ -65,8 +65,9 @@ function(tq_own_target target)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(TQ_COVERAGE)
-    # Many threads count at the same time.
-    target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
-    target_link_options(${target} PRIVATE --coverage)
+    # Many threads count at the same time; the counts are in mapped files, so that killed processes count.
+    target_compile_options(${target} PRIVATE -fprofile-instr-generate -fcoverage-mapping
+      -fprofile-update=atomic "SHELL:-mllvm -runtime-counter-relocation")
+    target_link_options(${target} PRIVATE -fprofile-instr-generate)
   endif()
 endfunction()
