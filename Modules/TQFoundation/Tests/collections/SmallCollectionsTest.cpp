@@ -10,6 +10,7 @@
 #include <TQFoundation/collections/RestorableValue.h>
 #include <TQFoundation/collections/Stack.h>
 
+#include "support/Iterators.h"
 #include "support/Test.h"
 
 namespace {
@@ -122,6 +123,7 @@ TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
   for (int number = 0; int& element : table.elements()) element = number++;
   EXPECT_THAT(table.row(1), ElementsAre(3, 4, 5));
   EXPECT_THAT(table.column(2), ElementsAre(2, 5));
+  expectIterators(table.column(1), 2, [](std::ptrdiff_t i, int n) { return n == 1 + 3 * i; });
   std::ranges::fill(table.column(0), 9);
   table.at(0, 1) = 7;
   EXPECT_THAT(std::as_const(table).elements(), ElementsAre(9, 7, 2, 9, 4, 5));

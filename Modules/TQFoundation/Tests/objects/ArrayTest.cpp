@@ -1,5 +1,6 @@
 #include <TQFoundation/objects/ArrayConveniences.h>
 
+#include "support/Iterators.h"
 #include "support/Objects.h"
 #include "support/OnDestruction.h"
 #include "support/Test.h"
@@ -30,6 +31,10 @@ TEST(Array, PackedBoxedAndMutableAreEqual) {
       EXPECT_FALSE(a->isEqual(*Array::arrayWithNumbers(std::vector<double>{1, 2, 4})));
     }
   }
+  const Ref<Array> numbers = Array::arrayWithNumbers(std::vector{0.0, 1.0, 2.0});
+  test::expectIterators(*numbers, 3, [](std::ptrdiff_t i, const Object& object) {
+    return object.isEqual(*Number::numberWith(i));
+  });
   EXPECT_TRUE(Array::array()->isEqual(*MutableArray::array()));
   EXPECT_FALSE(Array::array()->isEqual(*Null::null()));
 }

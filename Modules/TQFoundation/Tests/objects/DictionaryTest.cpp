@@ -1,5 +1,6 @@
 #include <TQFoundation/objects/MapTable.h>
 
+#include "support/Iterators.h"
 #include "support/Objects.h"
 #include "support/Test.h"
 
@@ -18,6 +19,9 @@ TEST(Dictionary, KeepsTheLastOfEqualKeysAndItsCopiesStayAsTheyAre) {
   EXPECT_EQ(fixed->description(), "{b = 3; a = 2; c = 4;}");
   EXPECT_EQ(growing->description(), "{}");
   EXPECT_TRUE(growing->isEqual(*Dictionary::dictionary()));
+  test::expectIterators(*dictionary, 2, [](std::ptrdiff_t i, const Dictionary::Entry& entry) {
+    return entry.value.isEqual(*number(3 - i));
+  });
 }
 
 TEST(Dictionary, TreatsEqualNumbersAsOneKey) {

@@ -5,6 +5,7 @@
 #include <TQFoundation/spatial/LazyPruneTree.h>
 #include <TQFoundation/spatial/RTreeSearch.h>
 
+#include "support/Iterators.h"
 #include "support/PlainRTree.h"
 #include "support/RandomRects.h"
 #include "support/Test.h"
@@ -139,6 +140,8 @@ TEST(RTree, IteratorsOutliveTheRangesThatTheyCameFrom) {
   static_assert(std::ranges::borrowed_range<Node::Children>);
   static_assert(std::ranges::random_access_range<Node::Directory>);
   const Ref<Tree> tree = treeOf(4, {{0, 0, 1, 1}, {1, 0, 1, 1}, {2, 0, 1, 1}, {3, 0, 1, 1}});
+  expectIterators(tree->root()->leafEntries(), 4,
+                  [](std::ptrdiff_t i, const auto& entry) { return entry.element == i; });
   std::vector<int> seen;
   for (const auto entry : std::get<0>(tree->root()->storage())) seen.push_back(entry.element);
   for (auto i = tree->root()->leafEntries().begin(); i != tree->root()->leafEntries().end(); ++i) {

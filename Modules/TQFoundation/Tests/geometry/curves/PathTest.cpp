@@ -3,6 +3,7 @@
 #include <TQFoundation/geometry/curves/CGContext+TQFoundation.h>
 #include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
+#include "support/Iterators.h"
 #include "support/Test.h"
 
 namespace {
@@ -51,6 +52,9 @@ TEST(Path, KeepsItsElementsInOrder) {
   Path path;
   path.append(example());
   EXPECT_EQ(elements(path), once);
+  expectIterators(path, 6, [&](std::ptrdiff_t i, const PathElement& element) {
+    return element.type == once[static_cast<std::size_t>(i)].type;
+  });
   path.append(path);
   path.close();
   std::vector<Element> expected = once;
