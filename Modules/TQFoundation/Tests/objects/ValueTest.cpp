@@ -124,6 +124,48 @@ TEST(Data, GrowsShrinksAndFillsWithZeros) {
   EXPECT_EQ(Data::dataWithBytes("")->length(), 0u);
 }
 
+/// Returns new objects of all classes that compare by value, of which no two are equal.
+std::vector<Ref<Object>> unequalObjects() {
+  const auto number = [](int n) -> Ref<Object> { return Number::numberWith(n); };
+  std::vector<Ref<Object>> objects{Null::null(), Array::array(), Dictionary::dictionary(),
+                                   Set::set()};
+  for (const int n : {1, 2}) {
+    const std::string text = std::to_string(n);
+    const Ref<Object> leaves[] = {number(n),
+                                  String::of(text),
+                                  Data::dataWithBytes(std::as_bytes(std::span(text))),
+                                  Date::dateWithTimeIntervalSinceReferenceDate(n),
+                                  UUID::UUIDWithBytes({static_cast<std::uint8_t>(n)}),
+                                  URL::fileURLWithPath("/" + text),
+                                  URL::URLWithString("mailto:" + text),
+                                  Error::errorWithDomain("domain", n),
+                                  Error::errorWithDomain(text, 1),
+                                  Error::errorWithDomain("domain", 1, text),
+                                  Value::valueWithPoint({1.0 * n, 0}),
+                                  Value::valueWithSize({1.0 * n, 0})};
+    for (const Ref<Object>& leaf : leaves) {
+      objects.insert(objects.end(),
+                     {leaf, Array::arrayWithObjects({leaf}), Set::setWithObjects({leaf}),
+                      Dictionary::dictionaryWithEntries({{"key", leaf}})});
+    }
+    objects.push_back(Array::arrayWithObjects({number(n), number(n)}));
+    objects.push_back(Dictionary::dictionaryWithEntries({{text, number(1)}, {"a", number(1)}}));
+  }
+  return objects;
+}
+
+TEST(Object, IsEqualToObjectsOfItsClassWithTheSameValue) {
+  const std::vector<Ref<Object>> objects = unequalObjects();
+  const std::vector<Ref<Object>> others = unequalObjects();
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    for (std::size_t j = 0; j < objects.size(); ++j) {
+      EXPECT_EQ(objects[i]->isEqual(*others[j]), i == j)
+          << objects[i]->description() << ", " << others[j]->description();
+    }
+    EXPECT_EQ(objects[i]->hash(), others[i]->hash()) << objects[i]->description();
+  }
+}
+
 TEST(UUID, ReadsAndWritesItsText) {
   const Ref<UUID> uuid = UUID::UUIDWithString("68753a44-4d6f-1226-9c60-0050E4C00067");
   ASSERT_TRUE(uuid);
@@ -188,6 +230,9 @@ TEST(URL, KeepsPathsAndDecodesFileURLs) {
       {"/\xFF?#", "/\xFF?#", "\xFF?#", "file:///%FF%3F%23"},
       {"", "", "", "file://"},
       {"https://example.org/a%20b", "", "a%20b", "https://example.org/a%20b"},
+      {"Z+a-b.9:c", "", "Z+a-b.9:c", "Z+a-b.9:c"},
+      {"files:///a", "", "a", "files:///a"},
+      {"FiLE:/%7e%4A", "/~J", "~J", "file:///~J"},
   };
   for (const auto& [text, path, last, absolute] : cases) {
     SCOPED_TRACE(text);
@@ -200,16 +245,19 @@ TEST(URL, KeepsPathsAndDecodesFileURLs) {
     EXPECT_TRUE(url->isEqual(*again));
     EXPECT_EQ(url->hash(), again->hash());
   }
-  for (const char* text :
-       {"file://elsewhere/x", "file:///%", "file:///%2", "file:///%zz", "file:///a%00b"}) {
+  for (const char* text : {"file://elsewhere/x", "file:///%", "file:///%2", "file:///%zz",
+                           "file:///%4g", "file:///%@1", "file:///a%00b"}) {
     EXPECT_FALSE(URL::URLWithString(text)) << text;
   }
 }
 
 TEST(URL, AppendsRelativePathsToTheWorkingDirectory) {
-  const Ref<URL> url = URL::fileURLWithPath("a:b");
-  EXPECT_EQ(url->path(), (std::filesystem::current_path() / "a:b").string());
-  EXPECT_TRUE(URL::URLWithString(url->absoluteString())->isEqual(*url));
+  for (const std::string_view path : {"a:b", "a", "a/b:c", "{:b", "9:b", "a_b:c"}) {
+    const Ref<URL> url = URL::fileURLWithPath(path);
+    EXPECT_EQ(url->path(), (std::filesystem::current_path() / path).string());
+    EXPECT_TRUE(URL::URLWithString(url->absoluteString())->isEqual(*url));
+    EXPECT_EQ(URL::URLWithString(path)->isEqual(*url), path != "a:b") << path;
+  }
 }
 
 }  // namespace
