@@ -8,6 +8,7 @@ work="$PWD/build/arm"
 root="$work/root"
 if [ ! -e "$root.complete" ]; then
   rm -rf "$root"
+  mkdir -p "$work"
   cmake/new-root.sh "$root" --variant=extract --architectures=arm64 \
     --include="libc6-dev $(printf '%s ' libstdc++-12-dev "$@")"
   # Links to absolute paths would lead to this machine's files.
