@@ -135,7 +135,7 @@ bool decodeFramed(std::span<const std::byte> packed, std::span<std::byte> plain)
       }
     } else if (magic == kStoredMagic) {
       if (!reader.bytes(size, block)) return false;
-      if (size > 0) std::memcpy(plain.data() + produced, block.data(), size);
+      std::ranges::copy(block, plain.subspan(produced).begin());
     } else {
       return false;
     }

@@ -1,8 +1,11 @@
 #include <TQFoundation/platform/bytes/Codec.h>
 
+#include <sys/mman.h>
+
 #include <TQFoundation/platform/bytes/Digest.h>
 
 #include "support/Bytes.h"
+#include "support/Errors.h"
 
 namespace {
 
@@ -58,6 +61,80 @@ TEST(LZFSEStream, ReadsStreamsOfOtherEncoders) {
   }
 }
 
+// Runs of literals and matches around the lengths at which opcodes and triples are split.
+TEST(LZFSEStream, KeepsRunsAndMatchesOfEveryLength) {
+  const std::string noise = randomBytes(40'090);
+  const std::string text = documentText(600);
+  std::vector<std::string> plains{
+      text + noise.substr(0, 900) + text,  // more literals than may wait for a match
+      // The 100 literals and the match at the end are the only triple of the last block.
+      noise.substr(0, 39'990) + noise.substr(0, 2000) + noise.substr(39'990) +
+          noise.substr(500, 2000),
+  };
+  for (const std::size_t few : {0u, 260u, 530u}) {
+    for (std::size_t length = few; length < few + 40; ++length) {
+      plains.push_back(noise.substr(0, length) + std::string(60, 'z'));
+      for (const std::size_t distance : {9u, 1535u, 1536u}) {
+        std::string plain = noise.substr(0, distance);
+        while (plain.size() < distance + length) plain += plain[plain.size() - distance];
+        plains.push_back(plain + noise.substr(3000, 9) + std::string(60, 'z'));
+      }
+    }
+  }
+  for (const std::string& plain : plains) {
+    const std::string stream = packed(lzfseCodec, plain, plain.size() + 12);
+    ASSERT_LT(stream.size(), plain.size() + 12) << "not stored";
+    ASSERT_EQ(unpacked(lzfseCodec, stream, plain.size()), plain);
+  }
+}
+
+// A block of the plain form without plain bytes, whose symbols take no bits, and that block with
+// one field changed. The byte before it is for distances to reach.
+TEST(LZFSEStream, ChecksTheFieldsOfAHeader) {
+  std::string block = "bvx1" + std::string(776, '\0');
+  const auto set = [&](std::size_t at, std::int64_t value) {
+    const std::size_t width = at < 32 || at == 40 ? 4 : 2;
+    block.replace(at, width, littleEndian(static_cast<std::uint64_t>(value), width));
+  };
+  const auto isReadWith = [&](std::size_t at, std::int64_t value) {
+    set(at, value);
+    const std::string stream = "bvx-" + littleEndian(1, 4) + "x" + block + "bvx$";
+    return unpacked(lzfseCodec, stream, 1) == "x";
+  };
+  constexpr std::size_t kTripleBytes = 24, kRuns = 50, kLengths = 90, kDistances = 130,
+                        kLiterals = 258;
+  EXPECT_TRUE(isReadWith(kTripleBytes, 8)) << "without any symbol";
+  const std::pair<std::size_t, std::int64_t> weights[] = {
+      {kRuns, 64}, {kLengths, 64}, {kDistances + 2, 256}, {kLiterals, 1024}};
+  for (const auto& [at, value] : weights) set(at, value);
+  const Rows<std::size_t, std::vector<std::int64_t>, std::vector<std::int64_t>> fields{
+      {4, {0}, {1}},                      // plain bytes
+      {12, {0, 4, 40'000}, {3, 40'004}},  // literals
+      {16, {0, 1, 10'000}, {10'001}},     // triples
+      {20, {0}, {1, -1}},                 // bytes of literals
+      {kTripleBytes, {8}, {7, 0, 9}},     // bytes of triples
+      {28, {0}, {-1, -8, 1}},             // unused bits of no byte
+      {40, {0, -7}, {-8, 1}},             // unused bits of 0
+      {32, {0, 1023}, {1024}},            // states
+      {38, {0, 1023}, {1024}},
+      {44, {0, 63}, {64}},
+      {46, {0, 63}, {64}},
+      {48, {0, 255}, {256}},
+      {kRuns, {64}, {0, 63, 65}},
+      {kLengths, {64}, {0, 63, 65}},
+      {kDistances, {0}, {1}},
+      {kLiterals, {1024}, {0, 1023, 1025}},
+  };
+  set(12, 4);
+  set(16, 1);
+  for (const auto& [at, good, bad] : fields) {
+    const std::string before = block;
+    for (const std::int64_t value : good) EXPECT_TRUE(isReadWith(at, value)) << at << ' ' << value;
+    for (const std::int64_t value : bad) EXPECT_FALSE(isReadWith(at, value)) << at << ' ' << value;
+    block = before;
+  }
+}
+
 TEST(Stream, KnownAnswers) {
   const std::string tests = repeated("test ", 16);
   const std::string zero(1, '\0');
@@ -73,6 +150,7 @@ TEST(Stream, KnownAnswers) {
        fromHex("fd377a585a000000ff12d941 02c005012101160027e86383 0100000000000000"
                "00011101ada65804 06729e7a0100000000 00595a"),
        true},
+      {"LZ4 raw of nothing", &lz4RawCodec, "", "", true},
       {"LZVN", &lzfseCodec, tests,
        fromHex("6276786e 50000000 15000000 e57465737420 3805 f02f e27420 0600000000000000"
                "62767824"),
@@ -101,6 +179,52 @@ TEST(Stream, FitsOrIsRefused) {
       EXPECT_TRUE(fits);
     }
   }
+}
+
+// No block is skipped: stored bytes after a damaged one do not replace its own.
+TEST(Stream, NoDamagedBlockIsSkipped) {
+  const std::tuple<const Codec*, std::string, std::string> codecs[] = {
+      {&lz4Codec, "bv4-", "bv4$"}, {&lzfseCodec, "bvx-", "bvx$"}};
+  for (const auto& [codec, stored, end] : codecs) {
+    for (const std::size_t size : {700u, 5000u}) {
+      const std::string plain = documentText(size);
+      std::string stream = packed(*codec, plain, size + 12);
+      const std::size_t bits = 8 * (stream.size() - end.size());
+      stream.replace(bits / 8, end.size(), stored + littleEndian(size, 4) + plain + end);
+      for (std::size_t bit = 0; bit < bits; bit += bit < 500 || bit + 64 > bits ? 1 : 17) {
+        const auto mask = static_cast<char>(1 << bit % 8);
+        stream[bit / 8] ^= mask;
+        ASSERT_FALSE(unpacked(*codec, stream, size)) << bit;
+        stream[bit / 8] ^= mask;
+      }
+    }
+  }
+}
+
+// The library that reads blocks has lengths of 31 bits. The pages are never written.
+TEST(LZ4Stream, RefusesBlocksOfTwoGiB) {
+  constexpr std::size_t kSize = 0xffffffff;
+  void* const memory = ::mmap(nullptr, kSize, PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  const std::span<std::byte> huge(static_cast<std::byte*>(memory), kSize);
+  std::array<std::byte, 1> one{};
+  const std::string toHuge = "bv41" + littleEndian(kSize, 4) + littleEndian(1, 4) + "xbv4$";
+  EXPECT_FALSE(lz4Codec.decode(bytesOf(toHuge), huge));
+  EXPECT_FALSE(lz4RawCodec.decode(one, huge));
+  EXPECT_EQ(lz4RawCodec.encode(huge, one), 0u);
+  const std::string fromHuge = "bv41" + littleEndian(1, 4) + littleEndian(kSize - 12, 4);
+  std::ranges::copy(bytesOf(fromHuge), huge.begin());
+  EXPECT_FALSE(lz4Codec.decode(huge, one));
+  EXPECT_FALSE(lz4RawCodec.decode(huge, one));
+  ::munmap(memory, kSize);
+}
+
+// The system opens this file, but nothing is mapped where it begins.
+TEST(Digest, ReportsReadErrors) {
+  Ref<Error> error;
+  EXPECT_FALSE(sha1DigestOfFile(*URL::fileURLWithPath("/proc/self/mem"), &error));
+  expectFileError(error, 256, EIO, "The file “mem” couldn’t be opened.");
 }
 
 // Blocks of a framed stream share one history, including that of stored blocks.
