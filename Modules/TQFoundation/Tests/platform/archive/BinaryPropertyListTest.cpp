@@ -187,12 +187,29 @@ TEST(BinaryPropertyList, CountsMayHaveEightBytes) {
   }
 }
 
-TEST(BinaryPropertyList, RefusesIncompleteObjects) {
+TEST(BinaryPropertyList, IntegersMayHaveSixteenBytes) {
+  const Rows<const char*, NumberValue> cases{
+      {"14 0000000000000000 8000000000000000", std::uint64_t{1} << 63},
+      {"14 ffffffffffffffff ffffffffffffffff", -1},
+      {"14 ffffffffffffffff 8000000000000000", std::numeric_limits<std::int64_t>::min()},
+  };
+  for (const auto& [hex, value] : cases) {
+    const std::string list = listOf({test::fromHex(hex)});
+    const NumberValue number = Reader::open(bytesOf(list), ~std::size_t{0})->node(0)->number;
+    EXPECT_EQ(number.bits(), value.bits()) << hex;
+    EXPECT_TRUE(number.isEqual(value)) << hex;
+  }
+}
+
+TEST(BinaryPropertyList, RefusesInvalidObjects) {
   std::istringstream objects(
       "00 0F 10 1300 1500000000000000000000000000000000000000000000000000000000000000000001 240000 "
       "2200 437A7A 4F 4F50 4F13FFFFFFFFFFFFFFFF 5F1400 617A "
       "6F138000000000000000 8300 88000000000000000000 A200 D100 E0 "
-      "1400000000000000010000000000000000");
+      "1400000000000000010000000000000000 14ffffffffffffffff7fffffffffffffff "
+      "14fffffffffffffffe8000000000000000 2000 210000 23 2423232323232323232323232323232323 "
+      "3200000000 "
+      "5F 5F20016B 5F30016B 8FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF B000 C000 F000 7000 9000");
   for (std::string hex; objects >> hex;) {
     const std::string list = listOf({test::fromHex(hex)});
     auto reader = Reader::open(bytesOf(list), 4);
@@ -224,9 +241,15 @@ TEST(BinaryPropertyList, RefusesInvalidTrailers) {
   for (std::size_t length = 0; length < 40; ++length) {
     EXPECT_FALSE(Reader::open(bytesOf(good).first(length), 4));
   }
-  std::string beyond = good;  // the only object's offset
-  beyond[9] = static_cast<char>(good.size());
-  EXPECT_FALSE(Reader::open(bytesOf(beyond), 4)->node(0));
+  for (const std::size_t offset : {std::size_t{0}, std::size_t{7}, std::size_t{9}, good.size()}) {
+    std::string outside = good;  // the only object's offset
+    outside[9] = static_cast<char>(offset);
+    EXPECT_FALSE(Reader::open(bytesOf(outside), 4)->node(0));
+  }
+  const std::string none = listOf({});
+  auto empty = Reader::open(bytesOf(none), 4);
+  ASSERT_TRUE(empty);
+  EXPECT_FALSE(empty->node(0));
 }
 
 TEST(BinaryPropertyList, StopsAtTheReadingLimit) {
@@ -236,6 +259,26 @@ TEST(BinaryPropertyList, StopsAtTheReadingLimit) {
   while (reader->node(0)) ++readings;
   EXPECT_EQ(readings, list.size() / 4);
   EXPECT_TRUE(reader->nodeAgain(0));
+}
+
+TEST(PropertyList, RefusesWhatOnlyOtherListsContain) {
+  const std::string key = test::fromHex("516B"), value = "\x09";
+  const Rows<const char*, std::string, bool> cases{
+      {"good", listOf({test::fromHex("D10102"), key, value}), true},
+      {"a shared key", listOf({test::fromHex("D201010101"), key}), true},
+      {"a number as a key", listOf({test::fromHex("D10201"), key, value}), false},
+      {"an array as a key", listOf({test::fromHex("D10102"), "\xA0", value}), false},
+      {"no key", listOf({test::fromHex("D10302"), key, value}), false},
+      {"no value", listOf({test::fromHex("D10103"), key, value}), false},
+      {"no element", listOf({test::fromHex("A101")}), false},
+      {"itself", listOf({test::fromHex("A100")}), false},
+      {"itself as a value", listOf({test::fromHex("D10100"), key}), false},
+      {"a UID", listOf({test::fromHex("8001")}), false},
+      {"an invalid string", listOf({"\x51\xFF"}), false},
+  };
+  for (const auto& [name, list, isRead] : cases) {
+    EXPECT_EQ(propertyListFromBytes(bytesOf(list)) != nullptr, isRead) << name;
+  }
 }
 
 TEST(PropertyList, SharedObjectsDoNotMultiply) {

@@ -69,6 +69,13 @@ TEST(KeyedArchiver, KeepsEveryLibraryClass) {
     ASSERT_TRUE(copy);
     EXPECT_TRUE(copy->isEqual(*object)) << copy->description();
     EXPECT_EQ(&copy->classForCoder(), &object->classForCoder());
+    // A reader compares the members of sets; comparing containers could take unlimited time.
+    const bool isContainer = objectCast<Array>(object.get()) || objectCast<Set>(object.get()) ||
+                             objectCast<Dictionary>(object.get()) ||
+                             objectCast<Error>(object.get());
+    const std::string reason = reasonForRefusing(*Set::setWithObjects({object}));
+    EXPECT_EQ(reason.find("a member of a set") != reason.npos, isContainer)
+        << object->description();
   }
   const auto all = roundTrip(*Array::arrayWithObjects(objects));
   EXPECT_TRUE(all->isEqual(*Array::arrayWithObjects(objects)));
@@ -80,30 +87,34 @@ TEST(KeyedArchiver, KeepsEveryLibraryClass) {
 }
 
 TEST(KeyedArchiver, KeepsTheKindsOfNumbersThatTheFormatHas) {
+  // Several have equal bits.
   const std::vector<NumberValue> values = {true,
+                                           1,
                                            std::int8_t{-3},
                                            std::int64_t{1} << 63,
                                            std::uint64_t{1} << 63,
                                            ~std::uint64_t{0},
+                                           -0.0f,
                                            0.1f,
-                                           0.1,
                                            -0.0,
+                                           0.1,
                                            kInf,
+                                           5e-324,
                                            1e-320};
+  constexpr std::string_view kCodes = "cqqqQQffddddd";
   std::vector<Ref<Object>> boxes;
-  std::string codes;
-  for (const NumberValue value : values) {
-    const auto copy = refCast<Number>(roundTrip(*boxes.emplace_back(number(value))));
-    ASSERT_TRUE(copy);
-    EXPECT_EQ(copy->value().bits(), value.bits()) << value.text();
-    EXPECT_EQ(copy->value().isBoolean(), value.isBoolean());
-    codes += copy->value().typeCode();
-  }
-  EXPECT_EQ(codes, "cqqQQfdddd");
+  for (const NumberValue value : values) boxes.push_back(number(value));
   const Ref<Array> packed = Array::arrayWithNumbers(values);
   const Ref<Array> copy = refCast<Array>(roundTrip(*packed));
   EXPECT_TRUE(copy->isPacked());
-  EXPECT_TRUE(copy->isEqual(*packed));
+  ASSERT_EQ(copy->count(), values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const auto single = refCast<Number>(roundTrip(*boxes[i]));
+    for (const NumberValue read : {copy->numberAtIndex(i), single->value()}) {
+      EXPECT_EQ(read.bits(), values[i].bits()) << values[i].text();
+      EXPECT_EQ(read.typeCode(), kCodes[i]) << values[i].text();
+    }
+  }
   // Boxed numbers give the same archive as packed ones.
   EXPECT_EQ(archive(*Array::arrayWithObjects(std::move(boxes)))->view(), archive(*packed)->view());
 }
@@ -177,7 +188,6 @@ TEST(KeyedArchiver, RefusesUnsupportedObjectsWithAReason) {
   const std::pair<Ref<Object>, std::string_view> cases[] = {
       {Array::arrayWithObjects({plain}), "class Plain has no encodeWithCoder"},
       {cycle, "A cycle of containers"},
-      {Set::setWithObjects({Array::array()}), "a member of a set"},
       {Value::valueWithBytes("\xFF", {}), "A type signature that is not UTF-8"},
       {Error::errorWithDomain("\xFF", 1), "An error's domain that is not UTF-8"},
       {URL::fileURLWithPath(std::string_view("/a\0b", 4)), "a path with a NUL"},
