@@ -77,6 +77,7 @@ TEST(JSONDocument, RefusesEverythingElseAndSaysWhere) {
        {{R"("\uD800")", 1},
         {R"("\uDBFF")", 1},
         {R"("\uDC00")", 1},
+        {R"("\uDFFF")", 1},
         {R"("\uD800\u0041")", 7},
         {R"("\uD800\uD800\uDC00")", 7}}},
       {"Number with a leading zero", {{"01", 1}}},
@@ -132,6 +133,16 @@ TEST(JSONDocument, DoesNotReadWhatIsBehindTheText) {
         EXPECT_EQ(outline(a->root()), outline(b->root()));
       }
     }
+  }
+}
+
+TEST(JSONDocumentStress, CountsMoreElementsThanItsWordsHold) {
+  std::string text = "[0";
+  for (int i = 1; i < 1 << 24; ++i) text += ",0";
+  for (const std::size_t more : {0u, 1u}) {
+    const auto document = parsed(text + (more == 0 ? "]" : ",0]"));
+    ASSERT_TRUE(document);
+    EXPECT_EQ(document->root().count(), (std::size_t{1} << 24) + more);
   }
 }
 
