@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "serialisation/JSONModel.h"
+#include "support/Bytes.h"
 #include "support/FailingAllocations.h"
 
 namespace {
@@ -70,6 +71,22 @@ TEST(JSONFault, DecodingSurvivesEveryFailedAllocation) {
     ASSERT_FALSE(decoder->currentObjectDict());
     ASSERT_TRUE(isWhole(decoder->decode())) << n;
   }
+}
+
+TEST(CompressionFault, EveryAllocationMayFail) {
+  const std::string plains[] = {documentText(500), documentText(4500)};
+  failEachAllocation([&] {
+    bool succeeded = true;
+    for (const std::string& plain : plains) {
+      for (const auto algorithm : {TQCompressionAlgorithm::lz4, TQCompressionAlgorithm::lzfse}) {
+        const Ref<Data> packed = dataByCompressingWithAlgorithm_tq(bytesOf(plain), algorithm);
+        const Ref<Data> read = packed ? dataByDecompressing_tq(*packed) : nullptr;
+        EXPECT_TRUE(!read || read->view() == plain);
+        succeeded &= read && packed->length() < plain.size();
+      }
+    }
+    return succeeded;
+  });
 }
 
 }  // namespace

@@ -50,6 +50,7 @@ struct Judge final : Subclass<Judge>, TQJSONDecoderDelegate {
   explicit Judge(const Class* cls) : refused(cls) {}
   bool shouldInstantiateObjectOfClass(TQJSONDecoder& decoder, const Class& objectClass) override {
     EXPECT_FALSE(decoder.containsValueForKey("absent"));
+    static_cast<void>(decoder.containsValueForKey("_class"));
     asked += std::string(objectClass.name()) + " ";
     return &objectClass != refused;
   }

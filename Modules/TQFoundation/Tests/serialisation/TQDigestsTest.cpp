@@ -19,11 +19,12 @@ TEST(SHA1, OfKnownTextsAndUnderOlderNamesThatWarn) {
   };
   for (const auto& [plain, digest] : cases) {
     const CapturedLog log;
-    EXPECT_EQ(sha1String_tq(bytesOf(plain))->view(), digest);
-    EXPECT_EQ(sha1Data_tq(bytesOf(plain))->view(), fromHex(digest));
+    const Ref<Data> data = Data::dataWithBytes(plain);
+    EXPECT_EQ(sha1String_tq(*data)->view(), digest);
+    EXPECT_EQ(sha1Data_tq(*data)->view(), fromHex(digest));
     EXPECT_TRUE(log.messages().empty());
-    EXPECT_EQ(sha1(bytesOf(plain))->view(), fromHex(digest));
-    EXPECT_EQ(sha1AsString(bytesOf(plain))->view(), digest);
+    EXPECT_EQ(sha1(*data)->view(), fromHex(digest));
+    EXPECT_EQ(sha1AsString(*data)->view(), digest);
     EXPECT_THAT(
         log.messages(),
         testing::ElementsAre("[com.korvan.serialisation:digests] error: WARNING: `-[NSData sha1]` "
@@ -50,9 +51,9 @@ TEST(FNV1a, OfKnownTextsBuiltUpPieceByPiece) {
   builder.addData(static_cast<const Data*>(nullptr));
   builder.addString(static_cast<const String*>(nullptr));
   builder.addString(*String::stringWithUTF16(u"\xd800"));  // has no bytes
-  builder.addString(*String::of("Grüße"));
+  builder.addString(String::of("Grüße").get());
   const TQFNV1aBuilder before = builder;
-  builder.addData(*Data::dataWithBytes(" und so weiter"));
+  builder.addData(Data::dataWithBytes(" und so weiter").get());
   EXPECT_EQ(builder.checksum()->view(), checksumOf("Grüße und so weiter"));
   EXPECT_EQ(before.checksum()->view(), checksumOf("Grüße"));
 }

@@ -1,5 +1,7 @@
 #include <TQFoundation/serialisation/TQJSONCoding.h>
 
+#include <pthread.h>
+
 #include <cstdio>
 
 #include "serialisation/JSONModel.h"
@@ -89,6 +91,8 @@ TEST(TQJSONCoding, EachObjectIsWrittenAndReadInItsForm) {
        R"({"_class":"NSValue","type":"point","value":"{0.1, -2}"})", "{0.10000000000000001, -2}"},
       {Value::valueWithSize({kInfinity, std::nan("")}),
        R"({"_class":"NSValue","type":"size","value":"{3.402823466385289e+38, 0}"})"},
+      {Value::valueWithRect({{0.1, -2}, {3, kInfinity}}),
+       R"({"_class":"NSValue","type":"rect","value":"{0.1, -2, 3, 3.402823466385289e+38}"})"},
       {keyed(str("a/\n")), R"({"a\/\n":null,"z":1})", "{a/\n = <null>; z = 1;}"},
       {keyed(num(std::numeric_limits<std::uint64_t>::max())),
        R"({"18446744073709551615":null,"z":1})", "{18446744073709551615 = <null>; z = 1;}"},
@@ -109,6 +113,9 @@ TEST(TQJSONCoding, EachObjectIsWrittenAndReadInItsForm) {
       {nullptr, "\xEF\xBB\xBF-2.5", "-2.5"},
       {nullptr, R"("a\/b\u00e9")", "a/bé"},
       {nullptr, R"({"b":1,"a":{"c":[]}})", "{b = 1; a = {c = ();};}"},
+      {nullptr, R"({"a":1,"b":{"_class":5},"c":[],"d":{"_class":5},"e":2})",
+       "{a = 1; c = (); e = 2;}"},
+      {nullptr, R"({"_class":"NSDictionary","a":1})", "{_class = NSDictionary; a = 1;}"},
       {nullptr, R"([{"_class":"NSValue","type":"rect"}])", "({{0, 0}, {0, 0}})"},
       {nullptr, R"({"_class":"NSValue","type":"size","value":"{1, 2}"})", "{1, 2}"},
       {nullptr, R"([{"_class":"Choosy"},{"_class":5},{"_class":null},{"_class":[]}])", "()"},
@@ -129,6 +136,8 @@ TEST(TQJSONCoding, EachObjectIsWrittenAndReadInItsForm) {
     const Ref<Object> tree = TQJSONDecoder::initWithData(*data(c.text))->root();
     EXPECT_EQ(described(TQJSONDecoder::initWithRootObject(tree)->decode()), c.read);
   }
+  const Ref<Object> range = Value::valueWithRange({1, 2});
+  EXPECT_TRUE(decoded(archiveOf(range))->isEqual(*range));  // in a keyed archive
   const Ref<Object> nest = nested(TQJSONEncoder::kDepthLimit, makeRef<Replaced>(str("x")));
   EXPECT_TRUE(decoded(archiveOf(nest)));  // the replacement is no container
 }
@@ -145,6 +154,39 @@ TEST(TQJSONCoding, StepsCanBeCalledForAnyObject) {
   EXPECT_EQ(sink->text, R"([][]{"_class":"NSString"}"x""2.5")");
   EXPECT_EQ(replacementObjectForJSONEncoder(*makeRef<Replaced>(nullptr), *sink), nullptr);
 }
+
+#ifdef __GLIBCXX__
+/// A sink whose end a test writes.
+struct EndingSink final : Subclass<EndingSink, TQJSONFileEncoder> {
+  static constexpr std::string_view className = "EndingSink";
+  EndingSink() : Subclass(FileHandle::fileHandleWithFileDescriptor(-1)) {}
+  void finishWriting() override { ::pthread_exit(nullptr); }
+};
+
+/// Is kept in keyed archives that cannot be read.
+struct Unreadable final : Subclass<Unreadable> {
+  static constexpr std::string_view className = "Unreadable";
+  void encodeWithCoder(KeyedArchiver&) const {}
+  bool initWithCoder(KeyedUnarchiver&) { ::pthread_exit(nullptr); }
+};
+
+TEST(TQJSONCoding, AThreadMayEndInTheHostsCode) {
+  Class::registerClass<Scripted>();
+  Class::registerClass<Unreadable>();
+  Scripted::onDecode() = [](TQJSONDecoder&) { ::pthread_exit(nullptr); };
+  const std::function<void()> ways[] = {
+      [] { archiveOf(makeRef<Scripted>([](TQJSONEncoder&) { ::pthread_exit(nullptr); })); },
+      [] { makeRef<EndingSink>()->encodeRootObject(num(1)); },
+      [] { decoded(R"({"_class":"Scripted"})"); },
+      [] { decoded(archived(*makeRef<Unreadable>())); },
+  };
+  for (const auto& way : ways) {
+    bool hasReturned = false;
+    std::thread([&] { way(), hasReturned = true; }).join();
+    EXPECT_FALSE(hasReturned);
+  }
+}
+#endif
 
 TEST(TQJSONCoding, EscapesWhatJSONRequiresAndTheSlash) {
   const std::map<int, const char*> named = {{'"', "\\\""}, {'\\', "\\\\"}, {'/', "\\/"},

@@ -128,6 +128,9 @@ TEST_F(TQJSONDecoderTest, RecordsWhatConstructorsThrowAndMembersOfAnotherKind) {
   Ref<Error> error;
   EXPECT_FALSE(decoded(R"([1,{"_class":"Throwing"}])", &error));
   expectError(error, TQJSONDecoderError, TQJSONDecoder::kConstructorThrew, "thrown");
+  Scripted::onDecode() = [](TQJSONDecoder&) { throw 7; };
+  EXPECT_FALSE(decoded(R"({"_class":"Scripted"})", &error));
+  expectError(error, TQJSONDecoderError, TQJSONDecoder::kConstructorThrew, "unknown exception");
   reading(R"("s":"text","n":1,"u":{"_class":"Unknown"})", [](TQJSONDecoder& decoder) {
     EXPECT_EQ(described(decoder.decodeObjectForKey<String>("s")), "text");
     EXPECT_FALSE(decoder.decodeObjectForKey<String>("absent"));
@@ -255,7 +258,8 @@ TEST_F(TQJSONDecoderTest, RefusesTreesThatAreCyclicOrTooDeep) {
   EXPECT_TRUE(TQJSONDecoder::initWithRootObject(nested(512, str("x")))->decode());
   const Ref<MutableArray> cycle = MutableArray::array();
   for (int i = 0; i < 3; ++i) cycle->addObject(cycle);  // 3^512 ways down
-  for (const Ref<Object>& root : {nested(513, str("x")), Ref<Object>(cycle)}) {
+  for (const Ref<Object>& root :
+       {nested(513, str("x")), nested(512, Dictionary::dictionary()), Ref<Object>(cycle)}) {
     const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithRootObject(root);
     Ref<Error> error;
     static_cast<void>(decoder->decode(&error));

@@ -175,22 +175,32 @@ TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
   for (int i = 0; i < 2; ++i) archiveOf(Array::arrayWithObjects({makeRef<WriteOnly>()}));
   ASSERT_EQ(log.messages().size(), 1u);
   EXPECT_TRUE(log.messages()[0].starts_with("Objects of class WriteOnly are archived but cannot"));
-  const Ref<Object> reserved = Dictionary::dictionaryWithEntries({{"_class", str("a")}});
-  for (int i = 0; i < 2; ++i)
-    archiveOf(Array::arrayWithObjects({makeRef<Unregistered>(), reserved}));
-  ASSERT_EQ(log.messages().size(), 4u);
+  const Ref<Object> reserved = Dictionary::dictionaryWithEntries(
+      {{"_class", str("a")}, {"_data", str("b")}, {"_x", num(1)}});
+  for (int i = 0; i < 2; ++i) {
+    archiveOf(Array::arrayWithObjects(
+        {makeRef<Unregistered>(), reserved, makeRef<WriteOnly>(), makeRef<Unregistered>()}));
+  }
+  ASSERT_EQ(log.messages().size(), 5u);
   EXPECT_EQ(log.messages()[1],
             "Objects of class Unregistered are archived but cannot be read back: no class is "
             "registered under the name Unregistered.\n");
   EXPECT_TRUE(log.messages()[2].starts_with("The key _archive is reserved: "));
   EXPECT_TRUE(log.messages()[3].starts_with("The key _class is reserved: "));
+  EXPECT_TRUE(log.messages()[4].starts_with("The key _data is reserved: "));
   TQJSONEncoder::setAliasName("NSArray", classOf<WriteOnly>);
   EXPECT_EQ(log.messages().back(),
             "The classes Array and WriteOnly have the same name in archives, NSArray.\n");
+  for (const Class* each : {&classOf<WriteOnly>, &classOf<WriteOnly>, &classOf<Unregistered>}) {
+    TQJSONEncoder::setAliasName("twice", *each);
+  }
+  ASSERT_EQ(log.messages().size(), 7u);
+  EXPECT_EQ(log.messages().back(),
+            "The classes WriteOnly and Unregistered have the same name in archives, twice.\n");
 
-  const std::pair<std::string_view, bool> keys[] = {{"", true},     {"a/b", true},
-                                                    {"é", true},    {"a\"b", false},
-                                                    {"a\\", false}, {"long key\x1f", false}};
+  const std::pair<std::string_view, bool> keys[] = {
+      {"", true},      {"a/b", true},  {"_data", true},        {"é", true},
+      {"a\"b", false}, {"a\\", false}, {"long key\x1f", false}};
   for (const auto& [key, isPlain] : keys) {
     Ref<Error> error;
     membersOf([&](TQJSONEncoder& e) { e.encodeBool(true, key); }, &error);
@@ -205,6 +215,7 @@ TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
   expectError(error, TQJSONEncoderError, 0,
               "The encoder has been used before. It writes one archive.");
   EXPECT_EQ(archiveOf(nullptr), "");
+  EXPECT_TRUE(makeRef<TQJSONEncoder>()->encodeRootObject(num(1)));  // without a sink
 }
 
 }  // namespace

@@ -106,15 +106,21 @@ TEST(TQJSONFileEncoder, ReportsTheFirstFailedWriteAndGoesOn) {
 
 struct ThrowingSink final : Subclass<ThrowingSink, TQJSONFileEncoder> {
   static constexpr std::string_view className = "ThrowingSink";
-  ThrowingSink() : Subclass(anyFile) {}
-  void finishWriting() override { throw std::runtime_error("no flush"); }
+  explicit ThrowingSink(bool isNumber) : Subclass(anyFile), isNumber_(isNumber) {}
+  void finishWriting() override {
+    if (isNumber_) throw 7;
+    throw std::runtime_error("no flush");
+  }
+  bool isNumber_;
 };
 
 TEST(TQJSONFileEncoder, WritesOneArchiveAndReportsWhatTheFlushThrows) {
   const Writes writes;
   Ref<Error> error;
-  EXPECT_FALSE(makeRef<ThrowingSink>()->encodeRootObject(num(1), &error));
-  expectError(error, TQJSONFileEncoderError, 1, "no flush");
+  for (const bool isNumber : {false, true}) {
+    EXPECT_FALSE(makeRef<ThrowingSink>(isNumber)->encodeRootObject(num(1), &error));
+    expectError(error, TQJSONFileEncoderError, 1, isNumber ? "unknown exception" : "no flush");
+  }
   const Ref<TQJSONFileEncoder> sink = TQJSONFileEncoder::initWithFile(anyFile);
   EXPECT_TRUE(sink->encodeRootObject(num(1)));
   EXPECT_FALSE(sink->encodeRootObject(num(2), &error));
@@ -150,19 +156,20 @@ TEST(TQJSONEncoder, SavesTheWholeArchiveOrLeavesTheFile) {
   EXPECT_FALSE(TQJSONEncoder::saveObject(Array::arrayWithObjects({str("c"), makeRef<Opaque>()}),
                                          *url, &error));
   EXPECT_EQ(error->domain(), TQJSONEncoderError);
-  const auto unchecked = [](std::string_view text) {
-    return makeRef<Scripted>([text](TQJSONEncoder& e) {
-      e.encodeStringWithoutCheckingFormat(str(text).get(), "key", true);
-    });
+  const auto unchecked = [](const Ref<String>& text) {
+    return makeRef<Scripted>(
+        [text](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(text.get(), "key", true); });
   };
   constexpr std::string_view kNotRead = "The archive could not be read back. ";
-  EXPECT_FALSE(TQJSONEncoder::saveObject(unchecked("5\" pipe"), *url, &error));
+  EXPECT_FALSE(TQJSONEncoder::saveObject(unchecked(str("5\" pipe")), *url, &error));
   expectError(error, TQJSONEncoderError, 0,
               std::string(kNotRead) + "Badly formed container around character 31.");
+  EXPECT_FALSE(TQJSONEncoder::saveObject(unchecked(illFormed()), *url, &error));
+  EXPECT_TRUE(error->localizedDescription().starts_with("The archive is not well-formed UTF-8"));
   EXPECT_FALSE(TQJSONEncoder::saveObject(nullptr, *url, &error));
   EXPECT_TRUE(error->localizedDescription().starts_with(kNotRead));
   EXPECT_EQ(directory.read("x"), "\"ab\"");
-  EXPECT_TRUE(TQJSONEncoder::saveObject(unchecked("5 pipes"), *url));
+  EXPECT_TRUE(TQJSONEncoder::saveObject(unchecked(str("5 pipes")), *url));
   const Ref<URL> none = URL::fileURLWithPath(directory.path("none/x"));
   EXPECT_FALSE(TQJSONEncoder::saveObject(str("ab"), *none, &error));
   expectError(error, CocoaErrorDomain, 4);
