@@ -106,6 +106,7 @@ struct Interval {
   double first = 0;
   double last = 0;
 
+  [[nodiscard]] double middle() const noexcept { return (first + last) / 2; }
   [[nodiscard]] bool isNear(Interval other) const noexcept {
     return first <= other.last + kReach && other.first <= last + kReach;
   }
@@ -117,6 +118,22 @@ struct Interval {
     last = std::max(last, other.last);
   }
 };
+
+/// The ends of a piece: their offsets in the whole curve, and their points.
+struct Ends {
+  Interval offsets;
+  Pair start;
+  Pair end;
+};
+
+/// Calls `use` for each pair of ends that are the same point.
+template <class Use>
+void withCommonEnds(const Ends& a, const Ends& b, Use&& use) {
+  detail::forCommonEnds(a.start, a.end, b.start, b.end, [&](bool isEndA, bool isEndB) {
+    use(TQBezierSegmentOffsets{isEndA ? a.offsets.last : a.offsets.first,
+                               isEndB ? b.offsets.last : b.offsets.first});
+  });
+}
 
 /// A group of merged reports: the range of their offsets, and the offsets to pass to the caller.
 struct Crossing {
@@ -164,6 +181,32 @@ class Crossings {
             const TQBezierSegmentIntersectionCallback& callback)
       : a_(a), b_(b), callback_(callback) {}
 
+  /// Adds a report for each pair of ends that are the same point.
+  void addCommonEnds(const Ends& a, const Ends& b) {
+    withCommonEnds(a, b, [this](TQBezierSegmentOffsets at) { addCommonEnd(at); });
+  }
+
+  /// Adds one report for pieces that meet: a common end of the whole segments, else of the pieces,
+  /// else their middles.
+  /// @param between  the difference of the points in the middle of both
+  void addMeeting(const Ends& a, const Ends& b, Pair between) {
+    const auto isEnd = [](double offset) { return offset == 0 || offset == 1; };
+    const auto isOfBoth = [&](TQBezierSegmentOffsets at) { return isEnd(at.a) && isEnd(at.b); };
+    std::optional<TQBezierSegmentOffsets> best;
+    withCommonEnds(a, b, [&](TQBezierSegmentOffsets at) {
+      if (!best || (isOfBoth(at) && !isOfBoth(*best))) best = at;
+    });
+    if (best) return addCommonEnd(*best);
+    const TQBezierSegmentOffsets middles{a.offsets.middle(), b.offsets.middle()};
+    add({a.offsets, b.offsets, middles, middles,
+         between[0] * between[0] + between[1] * between[1]});
+  }
+
+  void tellAll() { tell({found_.data(), count_}); }
+
+ private:
+  void addCommonEnd(TQBezierSegmentOffsets at) { add({{at.a, at.a}, {at.b, at.b}, at, at, -1}); }
+
   /// Adds a report. It may merge two groups that were separate until now.
   void add(Crossing report) {
     noteSharp(report.first);
@@ -180,11 +223,6 @@ class Crossings {
     found_[count_++] = report;
   }
 
-  void addCommonEnd(TQBezierSegmentOffsets at) { add({{at.a, at.a}, {at.b, at.b}, at, at, -1}); }
-
-  void tellAll() { tell({found_.data(), count_}); }
-
- private:
   /// Returns the offsets to report: at most two common ends for each group, and each sharp crossing
   /// once.
   struct Reported {
@@ -274,11 +312,16 @@ struct Piece {
     maximum = bounds.origin + bounds.extent;
   }
 
-  [[nodiscard]] double last() const noexcept { return offset + length; }
   [[nodiscard]] double middle() const noexcept { return offset + length / 2; }
+  [[nodiscard]] Ends ends() const noexcept {
+    return {{offset, offset + length}, points.front(), points.back()};
+  }
+  [[nodiscard]] Pair middlePoint() const noexcept {
+    return detail::evaluate(points, Pair{0.5, 0.5}).value;
+  }
   /// True if the tight bounds have no extent: halving such a piece returns the same piece again.
   [[nodiscard]] bool isPoint() const noexcept { return !detail::holdsAnywhere(minimum != maximum); }
-  [[nodiscard]] bool canBeHalved() const noexcept { return length > kSmallestLength; }
+  [[nodiscard]] bool isSmallest() const noexcept { return length <= kSmallestLength; }
 };
 
 template <std::size_t N>
@@ -310,80 +353,46 @@ class IntersectionSearch {
     areOrdinary_ = detail::isOrdinary(a) && detail::isOrdinary(b);
     one.place(0, 1, areOrdinary_);
     other.place(0, 1, areOrdinary_);
-    if (!detail::isFinite(a) || !detail::isFinite(b)) {
-      reportCommonEnds(one, other);
-      return true;
+    if (detail::isFinite(a) && detail::isFinite(b)) {
+      search(one, other);
+    } else {
+      crossings_.addCommonEnds(one.ends(), other.ends());
     }
-    return search(one, other);
+    return pairs_ <= kMostPairs;
   }
 
  private:
-  // Inline, because most pairs end here.
-  [[nodiscard, gnu::always_inline]] bool search(const Piece<M>& a, const Piece<N>& b) {
-    if (++pairs_ > kMostPairs) return false;
+  void search(const Piece<M>& a, const Piece<N>& b) {
+    if (++pairs_ > kMostPairs) return;
     const Pair gap = detail::larger(a.minimum - b.maximum, b.minimum - a.maximum);
-    if (detail::holdsAnywhere(!(gap <= Pair{}))) {
+    if (!detail::holdsAnywhere(!(gap <= Pair{}))) {
+      searchHalves(a, b);
+    } else if (!detail::holdsAnywhere(gap > detail::kSamePoint)) {
       // Their bounds are apart, but within rounding they can still share an end.
-      if (!detail::holdsAnywhere(gap > detail::kSamePoint)) reportCommonEnds(a, b);
-      return true;
+      crossings_.addCommonEnds(a.ends(), b.ends());
     }
-    return searchHalves(a, b);
   }
 
-  [[nodiscard]] bool searchHalves(const Piece<M>& a, const Piece<N>& b) {
-    const bool halvesA = a.canBeHalved() && !a.isPoint();
-    const bool halvesB = b.canBeHalved() && !b.isPoint();
-    const bool isSmall = !a.canBeHalved() || !b.canBeHalved();
-    if (isSmall || (!halvesA && !halvesB)) {
-      reportMeeting(a, b);
-      return true;
+  void searchHalves(const Piece<M>& a, const Piece<N>& b) {
+    if (a.isSmallest() || b.isSmallest() || (a.isPoint() && b.isPoint())) {
+      return crossings_.addMeeting(a.ends(), b.ends(), a.middlePoint() - b.middlePoint());
     }
-    if (!halvesA) {
+    if (a.isPoint()) {
       const Halves<N> ofB(b, areOrdinary_);
-      return search(a, ofB.left) && search(a, ofB.right);
+      search(a, ofB.left);
+      search(a, ofB.right);
+    } else if (b.isPoint()) {
+      const Halves<M> ofA(a, areOrdinary_);
+      search(ofA.left, b);
+      search(ofA.right, b);
+    } else {
+      const Halves<M> ofA(a, areOrdinary_);
+      const Halves<N> ofB(b, areOrdinary_);
+      search(ofA.left, ofB.left);
+      search(ofA.left, ofB.right);
+      search(ofA.right, ofB.left);
+      search(ofA.right, ofB.right);
     }
-    const Halves<M> ofA(a, areOrdinary_);
-    if (!halvesB) return search(ofA.left, b) && search(ofA.right, b);
-    const Halves<N> ofB(b, areOrdinary_);
-    return search(ofA.left, ofB.left) && search(ofA.left, ofB.right) &&
-           search(ofA.right, ofB.left) && search(ofA.right, ofB.right);
-  }
-
-  /// Calls `use` for each pair of ends that are the same point.
-  template <class Use>
-  static void withCommonEnds(const Piece<M>& a, const Piece<N>& b, Use&& use) {
-    detail::forCommonEnds(
-        a.points.front(), a.points.back(), b.points.front(), b.points.back(),
-        [&](bool isEndA, bool isEndB) {
-          use(TQBezierSegmentOffsets{isEndA ? a.last() : a.offset, isEndB ? b.last() : b.offset});
-        });
-  }
-
-  void reportCommonEnds(const Piece<M>& a, const Piece<N>& b) {
-    withCommonEnds(a, b, [this](TQBezierSegmentOffsets at) { crossings_.addCommonEnd(at); });
-  }
-
-  /// Adds one report: a common end of the whole segments, else of the pieces, else their middles.
-  void reportMeeting(const Piece<M>& a, const Piece<N>& b) {
-    const auto isEnd = [](double offset) { return offset == 0 || offset == 1; };
-    std::optional<TQBezierSegmentOffsets> best;
-    withCommonEnds(a, b, [&](TQBezierSegmentOffsets at) {
-      const bool isOfBoth = isEnd(at.a) && isEnd(at.b);
-      if (!best || (isOfBoth && !(isEnd(best->a) && isEnd(best->b)))) best = at;
-    });
-    best ? crossings_.addCommonEnd(*best) : reportMiddles(a, b);
-  }
-
-  void reportMiddles(const Piece<M>& a, const Piece<N>& b) {
-    const Pair half{0.5, 0.5};
-    const Pair between =
-        detail::evaluate(a.points, half).value - detail::evaluate(b.points, half).value;
-    const TQBezierSegmentOffsets middles{a.middle(), b.middle()};
-    crossings_.add({{a.offset, a.last()},
-                    {b.offset, b.last()},
-                    middles,
-                    middles,
-                    between[0] * between[0] + between[1] * between[1]});
   }
 
   Crossings& crossings_;

@@ -38,9 +38,7 @@ TQPolynomialRoots zeros(const detail::BezierAxis<N>& p) noexcept {
   if (!(least <= 0 && most >= 0) || least == most) return {};
   const double touch = 4 * std::numeric_limits<double>::epsilon() * (most - least);
   TQPolynomialRoots result;
-  const auto report = [&result](double t) {
-    if (result.count < 3) result.roots[result.count++] = t;
-  };
+  const auto report = [&result](double t) { result.roots[result.count++] = t; };  // once a step
   const auto step = [&](double from, double fromValue, double to, double toValue) {
     if (fromValue == 0) report(from);
     if ((fromValue < 0 && toValue > 0) || (fromValue > 0 && toValue < 0)) {

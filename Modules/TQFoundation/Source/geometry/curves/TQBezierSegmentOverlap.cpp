@@ -210,8 +210,8 @@ void addLoop(const Cubic& whole, const Image& image, Add&& add) {
 /// A stretch of one coordinate of a cubic without a turn.
 struct Monotone {
   BezierAxis<4> coordinates;
-  double from = 0;
-  double to = 1;
+  double from;
+  double to;
 
   [[nodiscard]] double valueAt(double t) const noexcept {
     return evaluate<4, double>(coordinates, t).value;  // exact at 0 and 1
@@ -233,19 +233,16 @@ struct Monotone {
   }
 };
 
-/// The stretches of a curve on a line, by the coordinate on one axis.
-struct Stretches {
-  std::array<Monotone, 3> all;
+using Stretches = std::array<Monotone, 3>;
 
-  Stretches(const Cubic& p, std::size_t axis) noexcept {
-    const BezierAxis<4> coordinates{p[0][axis], p[1][axis], p[2][axis], p[3][axis]};
-    const auto [first, second] = turns<4, double>(coordinates);
-    const double low = std::fmin(first, second);
-    const double high = std::fmax(first, second);
-    all = {Monotone{coordinates, 0, low}, Monotone{coordinates, low, high},
-           Monotone{coordinates, high, 1}};
-  }
-};
+/// Returns the stretches of a curve on a line, by the coordinate on one axis.
+Stretches stretchesOf(const Cubic& p, std::size_t axis) noexcept {
+  const BezierAxis<4> coordinates{p[0][axis], p[1][axis], p[2][axis], p[3][axis]};
+  const auto [first, second] = turns<4, double>(coordinates);
+  const double low = std::fmin(first, second);
+  const double high = std::fmax(first, second);
+  return {Monotone{coordinates, 0, low}, {coordinates, low, high}, {coordinates, high, 1}};
+}
 
 /// Returns the axis that is closer to the line on which all points lie, or nullopt if the distance
 /// of one of them from it is greater than `tolerance`.
@@ -271,8 +268,8 @@ std::optional<std::size_t> axisOfLine(const Cubic& a, const Cubic& b, double tol
 /// Adds the ends of all overlaps of two curves on one line.
 template <class Add>
 void addStretches(const Stretches& a, const Stretches& b, Add&& add) {
-  for (const Monotone& one : a.all) {
-    for (const Monotone& other : b.all) {
+  for (const Monotone& one : a) {
+    for (const Monotone& other : b) {
       if (one.from == one.to || other.from == other.to) continue;
       const double low = std::fmax(one.low(), other.low());
       const double high = std::fmin(one.high(), other.high());
@@ -316,7 +313,7 @@ std::optional<BezierPlaces> placesOfOverlap(const TQBezierSegment& a,
     places.add({isEndA ? 1.0 : 0.0, isEndB ? 1.0 : 0.0});
   });
   if (axis) {
-    addStretches(Stretches(p, *axis), Stretches(q, *axis), [&](double s, double t) {
+    addStretches(stretchesOf(p, *axis), stretchesOf(q, *axis), [&](double s, double t) {
       places.add({s, t});
     });
     return places;
