@@ -56,6 +56,7 @@ TEST(Path, KeepsItsElementsInOrder) {
     return element.type == once[static_cast<std::size_t>(i)].type;
   });
   path.append(path);
+  path.append(Path());
   path.close();
   std::vector<Element> expected = once;
   expected.insert(expected.end(), once.begin(), once.end());
@@ -90,6 +91,8 @@ TEST(PathDeathTest, DrawingNeedsACurrentPoint) {
   Path path;
   const auto stops = testing::KilledBySignal(SIGABRT);
   EXPECT_EXIT(path.lineTo({1, 1}), stops, "isEmpty.*function lineTo, file .*Source/Path, line");
+  EXPECT_EXIT(path.quadraticTo({1, 1}, {2, 2}), stops, "function quadraticTo");
+  EXPECT_EXIT(path.cubicTo({1, 1}, {2, 2}, {3, 3}), stops, "function cubicTo");
   EXPECT_EXIT(path.close(), stops, "function close");
 }
 

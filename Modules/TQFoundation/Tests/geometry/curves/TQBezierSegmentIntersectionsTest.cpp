@@ -37,6 +37,12 @@ auto isNear(TQBezierSegmentOffsets place, double distance) {
   };
 }
 
+/// Returns the mirror image at the diagonal, scaled. With a power of two nothing is rounded.
+TQBezierSegment mirrored(TQBezierSegment segment, double scale = 1) {
+  for (Point& point : segment.points) point = {scale * point.y, scale * point.x};
+  return segment;
+}
+
 /// Returns the crossings of two polygons with `legs` sides each, by testing every pair.
 Offsets sampledCrossings(const TQBezierSegment& a, const TQBezierSegment& b, int legs) {
   std::vector<Point> onA, onB;
@@ -264,6 +270,7 @@ TEST(BezierIntersections, OverlapsOfLoopsAndOfCurvesThatTurnBack) {
     SCOPED_TRACE(name);
     const Found found = intersections(a, b);
     EXPECT_TRUE(found.isComplete);
+    EXPECT_EQ(intersections(mirrored(a), mirrored(b)).offsets, found.offsets);
     ASSERT_EQ(found.offsets.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
       const bool isLoop = expected[i].a == u || expected[i].a == 1 - u;
@@ -342,8 +349,36 @@ TEST(BezierIntersections, AlmostCoincidentCurvesKeepTheAccuracy) {
       ++crossings;
       EXPECT_TRUE(std::ranges::any_of(found.offsets, isNear(each, 0.50001 * kLeaf)));
     }
+    for (const double scale : {0x1p-20, 0x1p+20}) {
+      EXPECT_EQ(intersections(mirrored(a, scale), mirrored(b, scale)).offsets, found.offsets);
+    }
   }
   EXPECT_GT(crossings, 80U);
+}
+
+TEST(BezierIntersections, APointOnACurveIsFoundForAllDegrees) {
+  RandomBezier random(24);
+  for (const TQBezierSegment& curve :
+       {straight({-1, -2}, {3, 6}), quadratic({-1, 1}, {0, -1}, {1, 1}),
+        cubic({-1, -3}, {1, 2}, {-1, -2}, {1, 3})}) {
+    const double t = curve.degree == TQBezierDegree::straight ? 0.25 : 0.5;  // of the origin
+    for (const TQBezierDegree degree : kDegrees) {
+      const TQBezierSegment origin = random.segment(degree, 0);
+      const Found found = intersections(origin, curve), swapped = intersections(curve, origin);
+      ASSERT_FALSE(found.offsets.empty());
+      ASSERT_EQ(found.offsets.size(), swapped.offsets.size());
+      for (const auto& at : found.offsets) EXPECT_NEAR(at.b, t, kLeaf);
+      for (const auto& at : swapped.offsets) EXPECT_NEAR(at.a, t, kLeaf);
+      EXPECT_EQ(intersections(origin, mirrored(origin)).offsets, (Offsets{{0, 0}}));
+    }
+  }
+}
+
+TEST(BezierIntersections, RefiningStopsWhereTheTangentsAreParallel) {
+  const TQBezierSegmentOffsets middles{0.5, 0.5};
+  EXPECT_EQ(TQBezierSegmentRefineIntersection(straight({0, 0}, {4, 0}), straight({0, 1}, {4, 1}),
+                                              middles),
+            middles);
 }
 
 TEST(BezierIntersections, BadSegmentsMeetNothing) {
@@ -356,6 +391,7 @@ TEST(BezierIntersections, BadSegmentsMeetNothing) {
     EXPECT_EQ(intersections(line, quadratic({0, 4}, {bad, 0}, {4, 0})).offsets, Offsets());
     const auto touching = quadratic({4, 4}, {0, bad}, {4, 0});
     EXPECT_EQ(intersections(line, touching).offsets, (Offsets{{1, 0}}));
+    EXPECT_EQ(intersections(touching, line).offsets, (Offsets{{0, 1}}));
   }
   const auto huge = straight({-1e308, -1e308}, {1e308, 1e308});
   (void)intersections(huge, straight({-1e308, 1e308}, {1e308, -1e308}));

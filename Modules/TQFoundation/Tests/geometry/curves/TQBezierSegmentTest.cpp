@@ -141,12 +141,15 @@ TEST(BezierSegment, BadInputGivesTheDocumentedValue) {
   EXPECT_TRUE(RectIsNull(TQBezierSegmentGetBounds(unknown)));
   EXPECT_EQ(TQBezierSegmentPointAtOffset(unknown, 0.5), Point{});
   EXPECT_EQ(TQBezierSegmentLengthSquared(unknown), 0);
+  EXPECT_FALSE(TQBezierSegmentIsPoint(unknown));
   EXPECT_EQ(TQBezierSegmentIntersectionsWithHorizontalLine(unknown, 1).count, 0);
 }
 
 TEST(BezierSegment, FlatnessOfAQuadraticIsThatOfItsCubic) {
   EXPECT_EQ(TQBezierSegmentFlatness(cubic({0, 0}, {1, 5}, {7, 3}, {8, 0})), 5 * 5 + 15 * 15);
   EXPECT_EQ(TQBezierSegmentFlatness(cubic({1, 2}, {9, 9}, {3, 5}, {4, 8})), 21 * 21 + 15 * 15);
+  EXPECT_EQ(TQBezierSegmentFlatness(cubic({4, 8}, {3, 5}, {9, 9}, {1, 2})), 21 * 21 + 15 * 15);
+  EXPECT_EQ(TQBezierSegmentFlatness(straight({1, 2}, {4, 8})), 0);
   EXPECT_EQ(TQBezierSegmentFlatness(quadratic({0, 0}, {3, 6}, {6, 0})), 144);
 }
 

@@ -17,6 +17,7 @@ TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
   const Rows<const char*, TQPolynomial, std::vector<double>> cases{
       {"cubic, three: smallest, largest, middle", {1, -6, 11, -6}, {1, 3, 2}},
       {"cubic, simple then double", {1, -4, 5, -2}, {2, 1}},
+      {"cubic, triple twice", {1, -3, 3, -1}, {1, 1}},
       {"quadratic, larger first", {0, 1, -3, 2}, {2, 1}},
       {"quadratic, double twice", {0, 1, -2, 1}, {1, 1}},
       {"quadratic, none", {0, 1, 0, 1}, {}},
@@ -29,6 +30,7 @@ TEST(PolynomialRoots, FollowTheLeadingCoefficient) {
     EXPECT_THAT(used(found), testing::Pointwise(testing::DoubleNear(1e-12), roots));
     for (std::size_t i = roots.size(); i < 3; ++i) EXPECT_EQ(found.roots[i], 0);
   }
+  EXPECT_EQ(used(TQSolveP2(-3, 2)), (std::vector<double>{2, 1}));
 }
 
 /// The same closed form with eleven more bits.

@@ -28,6 +28,7 @@ TEST(Line, CoordinatesFollowTheEquation) {
 
 TEST(Line, RelationsKeepTheirThresholds) {
   EXPECT_FALSE(TQLineEqualToLine({0, 0, 0}, {0, 0, 1e-9}));
+  EXPECT_FALSE(TQLineEqualToLine({0, 1, 0}, {0, 1 + 1.1e-9, 0}));
   EXPECT_TRUE(TQLineEqualToLine({1, 1, 1}, {1, 1, 1 + 9e-10}));
   EXPECT_TRUE(TQLineIsCollinearWithLine({1, 0, 0}, {2, 0, 5}));
   EXPECT_FALSE(TQLineIsCollinearWithLine({1, 0, 0}, {-1, 0, 0}));
@@ -36,6 +37,7 @@ TEST(Line, RelationsKeepTheirThresholds) {
   EXPECT_EQ(TQLineDotProduct({1e-10, 0, 0}, {5, 0, 0}), 1e-10);  // too short to normalise
   EXPECT_TRUE(TQLineIsParallelToLine({1, 0.001, 0}, {-5, 0, 0}));
   EXPECT_FALSE(TQLineIsParallelToLine({1, 2, 0}, {1, -2, 0}));
+  EXPECT_FALSE(TQLineIsParallelToLine({1, 0.001, 0}, {1, 1, 0}));
 }
 
 TEST(Line, AnglesStayInRange) {
@@ -81,6 +83,8 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
       {"horizontal", {0, 2, 6}, true, {{0, 3}, {10, 0}}},
       {"falling, leaves the rect", {1, 1, 5}, true, {{5, 0}, {5, -5}}},
       {"steep", {2, -1, 5}, true, {{2.5, 0}, {5, 10}}},
+      {"vertical", {2, 0, 10}, true, {{5, 0}, {0, 10}}},
+      {"falling, from above the rect", {1, 1, 15}, true, {{0, 15}, {5, -5}}},
       // Both ends are put on a side, and neither is inside.
       {"beside", {1, 1, -5}, false, {{0, -5}, {10, -10}}},
       {"above", {0, 1, 10.5}, false, {{0, 10.5}, {10, 0}}},
@@ -225,7 +229,11 @@ TEST(Straight, AllThreeAnswerAlike) {
   EXPECT_EQ(guide.distance(Rect{0, 7, 5, 5}), 3);
   EXPECT_DOUBLE_EQ(segment.distance(Rect{7, 9, 1, 1}), 5);
   EXPECT_EQ(between({0, -3}, {100, -3}).distance(kRect), 3);
-  EXPECT_EQ(line.distance(RectNull), kInf);
+  for (const Rect& rect : {kRect, RectNull}) {
+    const double distance = RectIsNull(rect) ? kInf : 0;
+    EXPECT_EQ(line.distance(rect), distance);
+    EXPECT_EQ(segment.distance(rect), distance);
+  }
 }
 
 }  // namespace

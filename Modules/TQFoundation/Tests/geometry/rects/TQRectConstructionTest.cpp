@@ -23,7 +23,7 @@ TEST(RectConstruction, FromPointsSizesAndMargins) {
 
 TEST(RectConstruction, ExtentsGrowFlipAndResizeByEdges) {
   expectFields(TQRectWithMinSize({10, 2}, {0, 0, 4, 4}), {-3, 0, 10, 4});
-  expectFields(TQRectWithMinSize({2, 2}, {0, 0, -4, 2}), {-3, 0, 2, 2});  // -4 is below 2
+  expectFields(TQRectWithMinSize({2, 10}, {0, 0, -4, 2}), {-3, -4, 2, 10});  // -4 is below 2
   const Rect rect{1, 2, 3, 4};
   expectFields(TQRectFlip(rect, AxisMask::horizontal), {4, 2, -3, 4});
   expectFields(TQRectFlip(rect, AxisMask::both), {4, 6, -3, -4});
@@ -95,8 +95,10 @@ TEST(RectFitting, FitsAndFillsWithTheDocumentedZeroCases) {
       {"off the origin", {2, 1}, offset, {10, 40, 40, 20}, {-30, 20, 120, 60}},
       {"high", {50, 100}, square, {50, 0, 100, 200}, {0, -100, 200, 400}},
       {"no width", {0, 5}, offset, {30, 20, 0, 60}, {kNaN, -kInf, kNaN, kInf}},
+      {"no height", {5, 0}, offset, {10, 50, 40, 0}, {-kInf, kNaN, kInf, kNaN}},
       {"no size", {0, 0}, offset, {30, 20, 0, 60}, {kNaN, -kInf, kNaN, kInf}},
       {"rect without width", {5, 5}, {10, 20, 0, 60}, {10, 50, 0, 0}, {kNaN, kNaN, kNaN, kNaN}},
+      {"rect without height", {5, 5}, {10, 20, 40, 0}, {30, 20, 0, 0}, {kNaN, kNaN, kNaN, kNaN}},
       {"rect without either", {5, 5}, {10, 20, 0, 0}, {10, 20, 0, 0}, {10, 20, 0, 0}},
   };
   for (const auto& [name, size, rect, fitted, filled] : cases) {
@@ -114,11 +116,14 @@ TEST(RectFitting, ProportionsFollowOneExtentAndRectsScaleAndExpand) {
   expectFields(TQRectWithWidthRespectingProportions(20, rect), {1, 2, 20, 5});
   expectFields(TQRectWithHeightRespectingProportions(20, rect), {1, 2, 80, 20});
   expectFields(TQRectWithWidthRespectingProportions(20, {1, 2, 0, 10}), {1, 2, 20, 10});
+  expectFields(TQRectWithHeightRespectingProportions(20, {1, 2, 40, 0}), {1, 2, 40, 20});
   expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::horizontal, 30, 1.5, rect), {1, 2, 30, 20});
   expectFields(TQRectWithSizeOnAxisAspectRatio(Axis::vertical, 30, 1.5, rect), {1, 2, 45, 30});
   expectFields(TQRectScale({1, -2, -3, 4}, 2), {2, -4, -6, 8});
+  expectFields(TQRectScale(RectNull, -1), RectNull);
   expectFields(TQRectExpand({10, 10, -4, 6}, 1), {5, 9, 6, 8});
   expectFields(TQRectExpand({0, 0, 10, 4}, -3), {3, 2, 4, 0});  // the y edges stop in the middle
+  expectFields(TQRectExpand({0, 0, 4, 10}, -3), {2, 3, 0, 4});
   expectFields(TQRectExpand(RectNull, 5), RectNull);
 }
 

@@ -110,6 +110,9 @@ TEST(RectOrder, ReadingOrderStepByStep) {
       {"little of both: x first", {0, 7, 10, 10}, {8, 0, 10, 10}, -1, 1},
       {"identical, no height", {0, 0, 5, 0}, {0, 0, 5, 0}, -1, -1},
       {"identical, no width", {0, 0, 0, 5}, {0, 0, 0, 5}, 1, 1},
+      {"identical, an epsilon high", {0, 0, 5, kUlp}, {0, 0, 5, kUlp}, -1, -1},
+      {"identical, an epsilon wide", {0, 0, kUlp, 5}, {0, 0, kUlp, 5}, 1, 1},
+      {"identical, two epsilons", {0, 0, 2 * kUlp, 2 * kUlp}, {0, 0, 2 * kUlp, 2 * kUlp}, 0, 0},
       {"negative extents", {15, 10, -10, -10}, {20, 0, 10, 10}, -1, 1},
       {"NaN", {kNaN, 0, 1, 1}, {0, 0, 1, 1}, 0, 0},
   };
