@@ -100,8 +100,8 @@ std::string_view sentenceOf(std::int64_t code) noexcept {
 
 std::chrono::nanoseconds durationOf(double seconds) noexcept {
   constexpr double kLongest = 4e9;  // seconds; no overflow when it is added to a time
-  const bool isLimit = seconds > 0 && seconds < kLongest;  // NaN is no limit
-  return std::chrono::nanoseconds(static_cast<std::int64_t>((isLimit ? seconds : kLongest) * 1e9));
+  const double limit = seconds > 0 ? std::min(seconds, kLongest) : kLongest;  // also for NaN
+  return std::chrono::nanoseconds(static_cast<std::int64_t>(limit * 1e9));
 }
 
 // Limits for all responses to a task together, trailers included: libcurl keeps them all, and
@@ -157,13 +157,10 @@ std::optional<std::int64_t> announcedLength(const URLResponse& response) {
   return announced;
 }
 
-/// Returns a sentence about a URL, or the redirect from it, that has an unsupported scheme.
-std::string unsupportedScheme(std::string_view url) {
-  const std::string_view scheme = url.substr(0, url.find(':'));
-  if (detail::isSameHeader(scheme, "http") || detail::isSameHeader(scheme, "https")) {
-    return "The server redirects to a URL whose scheme is not supported.";
-  }
-  return "The scheme “" + std::string(scheme) + "” is not supported.";
+std::string_view schemeOf(std::string_view url) noexcept { return url.substr(0, url.find(':')); }
+
+bool isSupported(std::string_view scheme) noexcept {
+  return detail::isSameHeader(scheme, "http") || detail::isSameHeader(scheme, "https");
 }
 
 }  // namespace
@@ -393,12 +390,15 @@ long URLTransfer::statusCode() const {
   return code;
 }
 
+/// Returns the URL of the last request, after redirects.
+std::string URLTransfer::lastURL() const {
+  const char* url = "";
+  library_->curl.curl_easy_getinfo(library_->easy, CURLINFO_EFFECTIVE_URL, &url);
+  return *url != '\0' ? url : response_.url;  // none was sent
+}
+
 void URLTransfer::readResponse() {
-  if (const char* url = nullptr;
-      library_->curl.curl_easy_getinfo(library_->easy, CURLINFO_EFFECTIVE_URL, &url) == CURLE_OK &&
-      url != nullptr) {
-    response_.url = url;
-  }
+  response_.url = lastURL();
   response_.statusCode = static_cast<int>(statusCode());
   for (curl_header* header = nullptr; (header = library_->curl.curl_easy_nextheader(
                                            library_->easy, CURLH_HEADER, kLastResponse, header));) {
@@ -481,13 +481,24 @@ int URLTransfer::onProgress(void* self, std::int64_t, std::int64_t, std::int64_t
   return transfer.isCancelled() ? 1 : 0;
 }
 
+/// Sets the error of a scheme that is not supported, or of a response that is not HTTP, which
+/// libcurl reports by the same code.
+void URLTransfer::explainUnsupportedProtocol() {
+  const std::string_view scheme = schemeOf(response_.url);
+  if (isSupported(schemeOf(lastURL()))) {
+    fail(URLErrorBadServerResponse);
+  } else if (isSupported(scheme)) {
+    fail(URLErrorUnsupportedURL, "The server redirects to a URL whose scheme is not supported.");
+  } else {
+    fail(URLErrorUnsupportedURL, "The scheme “" + std::string(scheme) + "” is not supported.");
+  }
+}
+
 /// Returns the error that a transfer with this result ends with, or null.
 Ref<Error> URLTransfer::errorOf(int result) {
   const auto code = static_cast<CURLcode>(result);
   const char* const message = library_->message.data();
-  if (code == CURLE_UNSUPPORTED_PROTOCOL && !ownError_) {
-    fail(URLErrorUnsupportedURL, unsupportedScheme(task_->request_.url->absoluteString()));
-  }
+  if (code == CURLE_UNSUPPORTED_PROTOCOL) explainUnsupportedProtocol();
   if (code != CURLE_OK) {
     return detail::urlError(ownError_.value_or(errorCodeOf(code)),
                             *message != '\0' ? message : library_->curl.curl_easy_strerror(code),

@@ -53,9 +53,11 @@ class URLTransfer {
 
   bool headersEnded();
   [[nodiscard]] long statusCode() const;
+  [[nodiscard]] std::string lastURL() const;
   void readResponse();
   bool tellResponse();
   [[nodiscard]] Ref<Error> errorOf(int result);
+  void explainUnsupportedProtocol();
   /// Decodes a piece of the body.
   bool receive(std::span<const std::byte> bytes);
   /// Passes decoded bytes to the handler.
