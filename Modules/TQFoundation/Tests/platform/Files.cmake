@@ -4,6 +4,7 @@ tq_add_room_tests(TQPlatform
   ${CMAKE_CURRENT_LIST_DIR}/files/FileHandleTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/operations/OperationTest.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/operations/WorkerPoolTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/log/PlainLogTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/RunLoopTest.cpp
   ${CMAKE_CURRENT_LIST_DIR}/loops/TimerTest.cpp

@@ -4,6 +4,7 @@
 
 #include <TQFoundation/platform/loops/Timer.h>
 
+#include "support/HandMovedClock.h"
 #include "support/Threads.h"
 
 namespace {
@@ -106,6 +107,20 @@ TEST(RunLoop, PerformedBlocksDoNotWakeIt) {
   EXPECT_THAT(trace.take(), ElementsAre("performed", "queue"));
 }
 
+TEST(RunLoop, SleepsUntilTheNextTimerInWholeMilliseconds) {
+  while (RunLoop::main().runOnce()) {
+  }
+  const HandMovedClock clock;
+  const Rows<double, int> cases{{0.1, 100}, {0.0001, 1}, {0.100000001, 101}, {1e7, INT32_MAX}};
+  for (const auto& [seconds, milliseconds] : cases) {
+    const auto timer = Timer::scheduledTimerWithTimeInterval(
+        seconds, [](Timer&) {}, nullptr, false);
+    EXPECT_EQ(Sleep().timeout, milliseconds) << seconds;
+    timer->invalidate();
+  }
+  EXPECT_EQ(Sleep().timeout, -1);
+}
+
 // GLib keeps a source ready if a pass has served only more urgent ones.
 TEST(RunLoop, ASourceThatStaysReadyServesWhatHasComeMeanwhile) {
   RunLoop& loop = RunLoop::main();
@@ -170,7 +185,14 @@ TEST(RunLoop, EndsWithItsThread) {
   const auto held = std::make_shared<int>(1);
   const auto block = [held] { ADD_FAILURE() << "this loop does not run"; };
   std::jthread([&] {
+    GMainContext* const own = g_main_context_new();  // of a host that runs it on this thread
+    g_main_context_push_thread_default(own);
     kept = share(RunLoop::current());
+    bool hasRun = false;
+    kept->performBlock([&] { hasRun = true; });
+    EXPECT_TRUE(g_main_context_iteration(own, FALSE) && hasRun);
+    g_main_context_pop_thread_default(own);
+    g_main_context_unref(own);
     EXPECT_NE(kept.get(), &RunLoop::main());
     EXPECT_FALSE(isMainThread());
     kept->performBlock(block);

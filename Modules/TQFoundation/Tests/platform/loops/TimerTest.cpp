@@ -96,6 +96,19 @@ TEST(Timer, TimersThatAnActionSchedulesWaitForALaterPass) {
   EXPECT_EQ(late->fired, 1);
 }
 
+TEST(Timer, ALoopThatAnActionRunsFiresOtherTimers) {
+  HandMovedClock clock;
+  const auto other = makeRef<Probe>();
+  const auto outer = makeRef<Probe>([&](Timer&) {
+    clock.pass(10ms);
+    EXPECT_EQ(other->fired, 1);
+  });
+  outer->schedule(0.1);
+  other->schedule(0.105);
+  clock.pass(100ms);
+  EXPECT_EQ(outer->fired, 1);
+}
+
 TEST(Timer, OtherThreadsMayInvalidateItAndItEndsWithItsThread) {
   HandMovedClock clock;
   const auto probe = makeRef<Probe>();

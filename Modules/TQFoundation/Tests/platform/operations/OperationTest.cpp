@@ -166,6 +166,7 @@ TEST(OperationQueue, StartsByPriorityThenInTheOrderOfBecomingReady) {
   for (const auto& [number, priority] : Rows<int, int>{{8, -8}, {6, 0}, {2, 4}, {3, 4}, {1, 8}}) {
     queue->addOperation(append(number, priority));
   }
+  EXPECT_TRUE(queue->isSuspended());
   first->start();
   EXPECT_EQ(queue->operationCount(), 6u);
   EXPECT_EQ(queue->operations()[0], waiting);
@@ -209,6 +210,7 @@ TEST(OperationQueue, RefusesWhatCannotBeAddedAndReleasesWhatFinishesMeanwhile) {
 // Three operations wait for each other each time, so fewer than three would deadlock.
 TEST(OperationQueue, RunsAsManyAsTheMaximumAtOnceAndNoneAtZero) {
   const auto queue = OperationQueue::init();
+  queue->setMaxConcurrentOperationCount(OperationQueue::defaultMaxConcurrentOperationCount);
   queue->setMaxConcurrentOperationCount(0);
   std::atomic<int> running{0}, done{0};
   std::barrier<> three(3);
