@@ -2,14 +2,15 @@
 """Changes one operator, constant or condition of the library at a time, and lists the changes that
 the tests do not notice.
 
-    Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]... [--again FILE]
+    Tools/mutate/mutate.py [--count N] [--seed S] [--room ROOM]... [--again FILE] [--least PERCENT]
 
 Works in copies of the committed tree in build/mutate, one for each processor, which are built with
 UndefinedBehaviorSanitizer and the assertions of the C++ library. Not counted are changes that do not
 compile, changes that leave the optimised machine code as it was, and changes of reserved capacities. A
 change that makes the tests hang counts as noticed. The tests of the room run first, then those of the
 rooms that may use it and of callbacks, then the stress and fault suites of the room. The exit status is
-0, even if changes survive. --again tries what survived in an earlier run, whose output is in the file.
+1 if the tests notice less than --least per cent. --again tries what survived in an earlier run, whose
+output is in the file.
 """
 
 import argparse
@@ -208,6 +209,8 @@ def main():
     parser.add_argument("--room", action="append", help="change only this room (may be repeated)")
     parser.add_argument("--again", type=pathlib.Path, metavar="FILE",
                         help="try what survived in an earlier run")
+    parser.add_argument("--least", type=float, default=0, metavar="PERCENT",
+                        help="fail if the tests notice less")
     options = parser.parse_args()
 
     copies = [Copy(number) for number in range(os.cpu_count())]
@@ -241,10 +244,12 @@ def main():
             if outcome == "survived":
                 print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
     tried = tally["noticed"] + tally["survived"]
+    share = 100 * tally["noticed"] / max(tried, 1)
     print(f"{len(candidates)} possible changes, {tried} tried: {tally['noticed']} noticed, "
-          f"{tally['survived']} survived ({100 * tally['noticed'] / max(tried, 1):.0f} % noticed); "
+          f"{tally['survived']} survived ({share:.1f} % noticed); "
           f"{tally['does not compile']} did not compile, {tally['no effect']} had no effect")
+    return share < options.least
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())
