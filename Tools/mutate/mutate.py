@@ -235,14 +235,17 @@ def main():
                   if (str(mutant.file), mutant.before.strip(), mutant.after.strip()) in wanted]
     else:
         chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
-    tally = collections.Counter()
+    tally, rooms = collections.Counter(), collections.defaultdict(collections.Counter)
     with concurrent.futures.ThreadPoolExecutor(len(copies)) as pool:
         for number, (mutant, outcome) in enumerate(zip(chosen, pool.map(outcome_of, chosen)), 1):
             tally[outcome] += 1
+            rooms[mutant.file.parts[0]][outcome] += 1
             place = f"{mutant.file}:{mutant.line + 1}"
             print(f"{number}/{len(chosen)} {outcome}: {place} {mutant.kind}", flush=True)
             if outcome == "survived":
                 print(f"  - {mutant.before.strip()}\n  + {mutant.after.strip()}", flush=True)
+    for room, outcomes in sorted(rooms.items()):
+        print(f"{room:<15} {outcomes['noticed']:4} noticed {outcomes['survived']:4} survived")
     tried = tally["noticed"] + tally["survived"]
     share = 100 * tally["noticed"] / max(tried, 1)
     print(f"{len(candidates)} possible changes, {tried} tried: {tally['noticed']} noticed, "
