@@ -52,7 +52,7 @@ Ref<Object> KeyedUnarchiver::Reader::fail() noexcept {
 }
 
 Ref<Object> KeyedUnarchiver::Reader::fail(ReadingLimit limit) noexcept {
-  if (!failed_) exceeded_ = limit;
+  exceeded_ = limit;
   return fail();
 }
 

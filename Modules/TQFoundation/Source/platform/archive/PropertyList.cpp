@@ -29,7 +29,7 @@ class Writer {
  public:
   using Node = BinaryPropertyListWriter::Node;
 
-  explicit Writer(std::string& fault) : fault_(fault) {}
+  Writer(std::string& fault, std::size_t largest) : fault_(fault), left_(largest) {}
 
   std::optional<Node> write(const Object& object, int depth) {
     switch (object.kind()) {
@@ -109,7 +109,7 @@ class Writer {
 
   BinaryPropertyListWriter list_;
   std::string& fault_;
-  std::size_t left_ = kLargestPropertyList;
+  std::size_t left_;  // of the largest size
 };
 
 /// Creates each leaf once, and a container for each reference to it, so that the containers form a
@@ -175,8 +175,8 @@ class Reader {
 
 }  // namespace
 
-Ref<Data> bytesFromPropertyList(const Object& object, std::string& fault) {
-  Writer writer(fault);
+Ref<Data> bytesFromPropertyList(const Object& object, std::string& fault, std::size_t largest) {
+  Writer writer(fault, largest);
   return writer.write(object, kPropertyListDepth) ? writer.finish() : nullptr;
 }
 

@@ -17,7 +17,9 @@ inline constexpr int kPropertyListDepth = 512;
 inline constexpr std::size_t kLargestPropertyList = std::size_t{1} << 28;
 
 /// Returns `object` as a binary property list; null if it is not one, with the reason in `fault`.
-[[nodiscard]] Ref<Data> bytesFromPropertyList(const Object& object, std::string& fault);
+/// @param largest  the size of the largest list: 64 bytes for each value, and its text or data
+[[nodiscard]] Ref<Data> bytesFromPropertyList(const Object& object, std::string& fault,
+                                              std::size_t largest = kLargestPropertyList);
 
 /// Returns the objects of a binary property list, all immutable; null if the bytes are invalid.
 [[nodiscard]] Ref<Object> propertyListFromBytes(std::span<const std::byte> bytes);

@@ -5,6 +5,8 @@
 #include <sstream>
 
 #include <TQFoundation/objects/Array.h>
+#include <TQFoundation/objects/Date.h>
+#include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/platform/archive/PropertyList.h>
 
 #include "support/Bytes.h"
@@ -278,6 +280,30 @@ TEST(PropertyList, RefusesWhatOnlyOtherListsContain) {
   };
   for (const auto& [name, list, isRead] : cases) {
     EXPECT_EQ(propertyListFromBytes(bytesOf(list)) != nullptr, isRead) << name;
+  }
+}
+
+TEST(PropertyList, HasALargestSize) {
+  const std::vector<NumberValue> numbers{1, 2.5};
+  const Rows<Ref<Object>, std::size_t> cases{
+      // Values of 64 bytes each, and their text and data.
+      {Number::numberWith(1), 64},
+      {Date::dateWithTimeIntervalSinceReferenceDate(1), 64},
+      {Data::dataWithBytes("abc"), 64 + 3},
+      {String::of("ab"), 64 + 2},
+      {Array::arrayWithNumbers(numbers), 3 * 64},
+      {Array::arrayWithObjects({String::of("a"), Array::array()}), 3 * 64 + 1},
+      {Dictionary::dictionaryWithEntries({{"key", Dictionary::dictionary()}}), 3 * 64 + 3},
+  };
+  for (const auto& [object, size] : cases) {
+    std::string fault;
+    for (std::size_t largest = 0; largest < size; ++largest) {
+      ASSERT_FALSE(bytesFromPropertyList(*object, fault, largest)) << object->description();
+    }
+    EXPECT_EQ(fault, "an object that is too large");
+    const Ref<Data> list = bytesFromPropertyList(*object, fault, size);
+    ASSERT_TRUE(list) << object->description();
+    EXPECT_TRUE(propertyListFromBytes(list->bytes())->isEqual(*object));
   }
 }
 

@@ -155,17 +155,17 @@ TEST(KeyedArchiver, KeepsHostObjectsTheirCyclesAndWhatTheyShare) {
 TEST(KeyedArchiver, RestoresCyclesThroughContainers) {
   Class::registerClass<Host>();
   const Ref<Host> host = makeHost("x");
-  const auto dictionary = Dictionary::dictionaryWithEntries({{"x", host}, {"later", text("y")}});
-  const Ref<Object> containers[] = {Array::arrayWithObjects({host, text("later")}),
-                                    MutableArray::arrayWithArray(*Array::arrayWithObjects({host})),
-                                    dictionary,
+  const auto dictionary =
+      Dictionary::dictionaryWithEntries({{"before", text("y")}, {"x", host}, {"later", text("y")}});
+  const auto list = Array::arrayWithObjects({text("before"), host, text("later")});
+  const Ref<Object> containers[] = {list, MutableArray::arrayWithArray(*list), dictionary,
                                     MutableDictionary::dictionaryWithDictionary(*dictionary)};
   for (const Ref<Object>& container : containers) {
     host->back = container;
     const Ref<Object> copy = roundTrip(*container);
     ASSERT_TRUE(copy);
     const auto* array = objectCast<Array>(copy.get());
-    const Object& member = array != nullptr ? array->objectAtIndex(0)
+    const Object& member = array != nullptr ? array->objectAtIndex(1)
                                             : *static_cast<Dictionary&>(*copy).objectForKey("x");
     EXPECT_EQ(static_cast<const Host&>(member).back.lock(), copy);
   }

@@ -168,6 +168,9 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
   EXPECT_FALSE(ByHand({"'x'"}).read(head + " $objects='x'", "other"));
   EXPECT_FALSE(KeyedUnarchiver::unarchiveRootObject(bytesOf("{\"_class\":\"X\"}")));
   EXPECT_FALSE(KeyedUnarchiver::unarchiveRootObject(bytesOf("bplist00")));
+  detail::BinaryPropertyListWriter text;
+  text.string("text");
+  EXPECT_FALSE(KeyedUnarchiver::unarchiveRootObject(text.finish()->bytes()));
   Class::registerClass<Host>();
   // Object 1 is the record, 2 its class, 3 a string, 4 an empty array and 5 its class.
   const test::Rows<const char*, const char*, const char*> cases{
@@ -193,6 +196,17 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
                       "@NSArray"};
     EXPECT_FALSE(archive.read()) << fault;
   }
+  for (const char* index : {"#-1", "#1.5"}) {
+    for (const char* range :
+         {"location=3 NS.rangeval.length=4", "location=4 NS.rangeval.length=3"}) {
+      const std::string record = std::string("{NS.special=#4 NS.rangeval.") + range + " $class=2}";
+      EXPECT_FALSE(ByHand({record, "@NSValue", index, "#1"}).read()) << record;
+    }
+  }
+  // A member refers back to its set, which is created after it.
+  EXPECT_FALSE(
+      ByHand({"{NS.objects=[3] $class=2}", "@NSSet", "{name=4 back=1 $class=5}", "'n'", "@Host"})
+          .read());
 }
 
 // In each record, each member is left out or has a value of another kind, or refers to nothing.
@@ -267,10 +281,12 @@ TEST(KeyedUnarchiver, DamageIsRefusedOrGivesAnObject) {
   for (std::size_t bit = 0; bit < 8 * bytes.size(); bit += 7) {
     const auto mask = static_cast<char>(1 << bit % 8);
     bytes[bit / 8] ^= mask;
-    if (const Ref<Object> read = KeyedUnarchiver::unarchiveRootObject(bytesOf(bytes))) {
-      ++readCount;
-      EXPECT_NE(read->description(), "");
-    }
+    UnreadContent unread;
+    const Ref<Object> read =
+        KeyedUnarchiver::unarchiveRootObject(bytesOf(bytes), nullptr, {}, nullptr, &unread);
+    EXPECT_EQ(read == nullptr, KeyedUnarchiver::unarchiveRootObject(bytesOf(bytes)) == nullptr);
+    EXPECT_TRUE(!read || !read->description().empty());
+    readCount += read ? 1 : 0;
     bytes[bit / 8] ^= mask;
   }
   EXPECT_GT(readCount, bytes.size() / 20);
@@ -308,6 +324,10 @@ TEST(KeyedUnarchiver, RefusesWhatExceedsALimitWithAnError) {
       {"too deep", nestedArrays(513, 1), {}, ReadingLimit::depth},
       {"too deep for the host", nestedArrays(4, 1), {.depth = 3}, ReadingLimit::depth},
       {"2^10 uses", nestedArrays(10, 2), {}, {}},
+      {"no value",
+       ByHand({"{NS.objects=[3,3] $class=2}", "@NSArray", "#1"}),
+       {.unfoldedPerByte = 0},
+       ReadingLimit::unfoldedPerByte},
       {"2^30 uses", nestedArrays(30, 2), {}, ReadingLimit::unfoldedPerByte},
       {"2^512 uses", nestedArrays(512, 2), {}, ReadingLimit::unfoldedPerByte},
       {"2^30 uses by hosts", hosts, {}, ReadingLimit::unfoldedPerByte},
