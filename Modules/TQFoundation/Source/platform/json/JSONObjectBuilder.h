@@ -57,10 +57,6 @@ class JSONObjectBuilder {
 
   /// Returns the shape of `object`, and appends the word of each of its values to `members`.
   [[nodiscard]] Ref<JSONShape> shapeOf(JSONNode object, std::vector<const std::uint64_t*>& members);
-  /// Returns the shape of an object with these keys.
-  [[nodiscard]] Ref<JSONShape> shapeOf(std::span<const std::string_view> keys) {
-    return shapes_.shapeOf(keys);
-  }
 
  private:
   JSONShapes shapes_;

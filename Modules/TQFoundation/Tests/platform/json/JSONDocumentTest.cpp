@@ -146,6 +146,22 @@ TEST(JSONDocumentStress, CountsMoreElementsThanItsWordsHold) {
   }
 }
 
+TEST(JSONDocument, ReadsTextThatGetsDenser) {
+  const std::string sparse(400'000, 'x');
+  std::string text = "[\"" + sparse + "\"";
+  constexpr std::size_t kCount = 300'000;
+  for (std::size_t i = 0; i < kCount; ++i) text += ",7";
+  const auto document = parsed(text + "]");
+  ASSERT_TRUE(document);
+  EXPECT_EQ(document->root().count(), kCount + 1);
+  JSONNode node = document->root().first();
+  EXPECT_EQ(node.text(), sparse);
+  for (std::size_t i = 0; i < kCount; ++i) {
+    node = node.next();
+    ASSERT_EQ(node.number().integerValue(), 7) << i;
+  }
+}
+
 TEST(JSONDocument, ReadsLongTextLikeShortText) {
   const std::string longest = std::string(std::size_t{8} << 20, 'x');
   const std::string units[] = {"-12.5",
