@@ -65,11 +65,16 @@ TEST(LZFSEStream, ReadsStreamsOfOtherEncoders) {
 TEST(LZFSEStream, KeepsRunsAndMatchesOfEveryLength) {
   const std::string noise = randomBytes(40'090);
   const std::string text = documentText(600);
+  std::string digits;
+  for (const char byte : noise) {
+    for (const int shift : {0, 4}) digits += "0123456789abcdef"[byte >> shift & 15];
+  }
   std::vector<std::string> plains{
       text + noise.substr(0, 900) + text,  // more literals than may wait for a match
       // The 100 literals and the match at the end are the only triple of the last block.
       noise.substr(0, 39'990) + noise.substr(0, 2000) + noise.substr(39'990) +
           noise.substr(20'000, 2000),
+      digits,  // literals of 4 bits: short matches are not worth it
   };
   for (const std::size_t few : {0u, 260u, 530u}) {
     for (std::size_t length = few; length < few + 40; ++length) {
@@ -99,6 +104,7 @@ TEST(LZFSEStream, ChecksTheFieldsOfAHeader) {
   const auto isReadWith = [&](std::size_t at, std::int64_t value) {
     set(at, value);
     const std::string stream = "bvx-" + littleEndian(1, 4) + "x" + block + "bvx$";
+    EXPECT_FALSE(unpacked(lzfseCodec, stream.substr(0, 9 + at), 1));
     return unpacked(lzfseCodec, stream, 1) == "x";
   };
   constexpr std::size_t kTripleBytes = 24, kRuns = 50, kLengths = 90, kDistances = 130,
@@ -151,6 +157,11 @@ TEST(Stream, KnownAnswers) {
                "00011101ada65804 06729e7a0100000000 00595a"),
        true},
       {"LZ4 raw of nothing", &lz4RawCodec, "", "", true},
+      {"an empty block", &lzfseCodec, "",
+       "bvx2" + littleEndian(0, 4) + littleEndian(std::uint64_t{7} << 60, 8) +
+           littleEndian(std::uint64_t{7} << 60 | std::uint64_t{8} << 40, 8) + littleEndian(32, 8) +
+           littleEndian(0, 8) + "bvx$",
+       false},
       {"LZVN", &lzfseCodec, tests,
        fromHex("6276786e 50000000 15000000 e57465737420 3805 f02f e27420 0600000000000000"
                "62767824"),
@@ -166,10 +177,14 @@ TEST(Stream, KnownAnswers) {
 // An encoder uses the output up to its last byte, or reports that it is too small.
 TEST(Stream, FitsOrIsRefused) {
   const Codec* const codecs[] = {&deflateCodec, &lz4Codec, &lz4RawCodec, &lzmaCodec, &lzfseCodec};
-  for (const std::string& plain : {documentText(6000), randomBytes(5000)}) {
+  for (const std::string& plain :
+       {documentText(6000), randomBytes(5000), documentText(300), documentText(30)}) {
     for (const Codec* codec : codecs) {
       bool fits = false;
-      for (std::size_t room = 0; room < plain.size() + 700; room += 1 + room / 15) {
+      const std::size_t size = packed(*codec, plain, plain.size() + 700).size();
+      for (std::size_t room = 0; room < plain.size() + 700;) {
+        const bool isNear = room + 10 > size && room < size + 2 && codec != &lzmaCodec;
+        room += isNear ? 1 : 1 + room / (codec == &lzmaCodec ? 4 : 15);
         const std::string stream = packed(*codec, plain, room);
         ASSERT_LE(stream.size(), room);
         if (stream.empty()) continue;
@@ -179,6 +194,29 @@ TEST(Stream, FitsOrIsRefused) {
       EXPECT_TRUE(fits);
     }
   }
+}
+
+// Opcodes after a literal "x", and what they add to it; null for invalid ones.
+TEST(LZFSEStream, ChecksTheOpcodesOfShortData) {
+  const Rows<const char*, const char*> cases{
+      {"", ""},          {"0001", "xxx"},     {"0000", nullptr},
+      {"0002", nullptr}, {"070100", "xxx"},   {"070000", nullptr},
+      {"a00400", "xxx"}, {"a00000", nullptr}, {"0e", ""},
+      {"16", ""},        {"1e", nullptr},     {"36", nullptr},
+      {"70", nullptr},   {"d0", nullptr},     {"f1", nullptr},
+      {"4679", nullptr}, {"0001f2", "xxxxx"}, {"0001 4679", "xxxyyyy"},
+      {"e179", "y"},     {"e9", nullptr},     {"e0", nullptr},
+  };
+  for (const auto& [hex, added] : cases) {
+    const std::string opcodes = "\xe1x" + fromHex(hex) + fromHex("0600000000000000");
+    const std::string plain = added != nullptr ? std::string("x") + added : "xxxx";
+    const std::string stream =
+        "bvxn" + littleEndian(plain.size(), 4) + littleEndian(opcodes.size(), 4) + opcodes + "bvx$";
+    EXPECT_EQ(unpacked(lzfseCodec, stream, plain.size()).has_value(), added != nullptr) << hex;
+    EXPECT_EQ(unpacked(lzfseCodec, stream, plain.size()).value_or(plain), plain) << hex;
+  }
+  EXPECT_FALSE(
+      unpacked(lzfseCodec, "bvxn" + fromHex("00000000 08000000 0600000000000000") + "bvx$", 0));
 }
 
 // No block is skipped: stored bytes after a damaged one do not replace its own.

@@ -24,7 +24,6 @@ constexpr unsigned kMediumForm = 0xa0;
 constexpr unsigned kPreviousForm = 6;
 constexpr unsigned kLargeForm = 7;
 constexpr std::size_t kSmallDistances = 1536;
-constexpr std::size_t kMediumDistances = 16384;
 constexpr std::size_t kMostMediumLength = 34;
 constexpr std::array<std::byte, 8> kEnd = {std::byte{6}};
 
@@ -84,11 +83,11 @@ class OpcodeWriter {
     } else if (distance < kSmallDistances) {
       byte(form | d >> 8);
       byte(d);
-    } else if (distance >= kMediumDistances || part == length || length > kMostMediumLength) {
+    } else if (part == length || length > kMostMediumLength) {
       byte(form | kLargeForm);
       byte(d);
       byte(d >> 8);
-    } else {
+    } else {  // has room for distances below 16384: all of so short data
       const auto more = static_cast<unsigned>(length - kShortestMatch);
       byte(kMediumForm | static_cast<unsigned>(run.size()) << 3 | more >> 2);
       byte(d << 2 | (more & 3));
@@ -134,7 +133,7 @@ class ShortFinder {
   /// Returns the match at `place` that saves most bytes. It may begin as early as `earliest`.
   [[nodiscard]] Match find(std::size_t place, std::size_t earliest, std::size_t previous) const {
     Match best;
-    if (previous != 0 && previous <= place) improve(best, place, previous, earliest, previous);
+    if (previous != 0) improve(best, place, previous, earliest, previous);
     for (const std::uint16_t earlier : setOf(place)) {
       if (earlier < place) improve(best, place, place - earlier, earliest, previous);
     }

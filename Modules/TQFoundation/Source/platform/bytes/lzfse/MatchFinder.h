@@ -55,7 +55,7 @@ struct Match {
 /// stored modulo 2^32; an entry that is too old is rejected because its bytes differ.
 class MatchFinder {
  public:
-  /// @param plain  must outlive the finder. Throws nothing: see isReady()
+  /// @param plain  more than 8 bytes; must outlive the finder. Throws nothing: see isReady()
   explicit MatchFinder(std::span<const std::byte> plain) noexcept
       : plain_(plain.data()),
         size_(plain.size()),
@@ -67,7 +67,7 @@ class MatchFinder {
   [[nodiscard]] bool isReady() const noexcept { return sets_ != nullptr; }
 
   /// Returns the first position that cannot be looked up or recorded.
-  [[nodiscard]] std::size_t end() const noexcept { return size_ > kTail ? size_ - kTail : 0; }
+  [[nodiscard]] std::size_t end() const noexcept { return size_ - kTail; }
 
   /// Returns the longest match at `place` that takes fewer bits than its literals, the nearest of
   /// equally long ones. Then records the position. Positions must increase from call to call.
