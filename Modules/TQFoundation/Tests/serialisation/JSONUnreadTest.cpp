@@ -43,6 +43,7 @@ class JSONUnread : public testing::Test {
     Class::registerClass<Scripted>();
     Class::registerClass<Half>();
     TQJSONDecoder::setClass(nullptr, "Banned");
+    TQJSONDecoder::setClass(&classOf<Choosy>, "Alias");
     Scripted::onDecode() = [](TQJSONDecoder& decoder) {
       static_cast<void>(decoder.containsValueForKey("asked"));
       static_cast<void>(decoder.decodeObjectForKey("child"));
@@ -63,8 +64,8 @@ TEST_F(JSONUnread, IsListedByNameWithThePathOfTheFirst) {
       {R"({"a~/b":[7,[],{"_class":"Record","new":1}]})", "member:Record.new@/a~0~1b/2/new*1"},
       {R"([{"_class":"Nope","x":{"_class":"Record","new":1}},{"x":{"_class":"Nope"}},{"_class":5}])",
        "unknown:Nope.@/0*2 unknown:.@/2*1"},
-      {R"([{"_class":"Banned"},{"_class":"Choosy","x":1}])",
-       "banned:Banned.@/0*1 refused:Choosy.@/1*1"},
+      {R"([{"_class":"Banned"},{"_class":"Choosy","x":1},{"_class":"Alias"}])",
+       "banned:Banned.@/0*1 refused:Choosy.@/1*1 refused:Alias.@/2*1"},
       {R"([{"_data":5},{"_data":"AAEC","x":1},{"_archive":"AAEC"}])",
        "bytes:.@/0*2 member:.x@/1/x*1"},
       {R"({"_class":"NSValue","type":"size","value":"{1, 2}","unit":"mm"})",

@@ -138,6 +138,11 @@ TEST(TQJSONCoding, EachObjectIsWrittenAndReadInItsForm) {
   }
   const Ref<Object> range = Value::valueWithRange({1, 2});
   EXPECT_TRUE(decoded(archiveOf(range))->isEqual(*range));  // in a keyed archive
+  // The keys of an object are compared with those of the last one of as many, modulo 16.
+  std::string wide = R"({"k":0)";
+  for (int i = 1; i < 17; ++i) wide += ",\"k" + std::to_string(i) + "\":" + std::to_string(i);
+  const std::string shapes = R"([{"k":1},)" + wide + R"(},{"k":2},{"m":3}])";
+  EXPECT_EQ(archiveOf(decoded(shapes)), shapes);
   const Ref<Object> nest = nested(TQJSONEncoder::kDepthLimit, makeRef<Replaced>(str("x")));
   EXPECT_TRUE(decoded(archiveOf(nest)));  // the replacement is no container
 }
