@@ -42,6 +42,8 @@ TEST(AffineTransform, InverseUndoesAndASingularTransformIsReturned) {
              kPoint);
   const AffineTransform singular{1, 2, 2, 4, 5, 6};
   EXPECT_EQ(AffineTransformInvert(singular), singular);
+  EXPECT_TRUE(std::isnan(AffineTransformInvert({kNaN, 0, 0, 1, 5, 6}).a));
+  EXPECT_EQ(AffineTransformInvert({kNaN, 0, 0, 1, 5, 6}).tx, 5);
 }
 
 TEST(AffineTransform, RectBecomesTheBoundsOfItsCorners) {
@@ -63,7 +65,7 @@ TEST(Rect, EqualityStandardisesFirst) {
   EXPECT_TRUE(RectEqualToRect({-10, -20, 30, 40}, {20, 20, -30, -40}));
   EXPECT_TRUE(RectEqualToRect({0.0, 0, 1, 1}, {-0.0, 0, 1, 1}));
   EXPECT_TRUE(RectEqualToRect(RectNull, {kInf, 7, 3, 3}));
-  EXPECT_FALSE(RectEqualToRect(RectNull, RectZero));
+  EXPECT_FALSE(RectEqualToRect(RectNull, RectZero) || RectEqualToRect(RectZero, RectNull));
   EXPECT_FALSE(RectEqualToRect({kNaN, 0, 1, 1}, {kNaN, 0, 1, 1}));
 }
 
@@ -81,10 +83,12 @@ TEST(Rect, IntersectionIsClosedAndKeepsTheExtentOfARectInside) {
       {"shared edge", kUnit, {0, 10, 10, 5}, {0, 10, 10, 0}},
       {"shared corner", kUnit, {10, 10, 1, 1}, {10, 10, 0, 0}},
       {"disjoint", kUnit, {10.5, 0, 1, 1}, RectNull},
+      {"disjoint in y", kUnit, {0, 10.5, 1, 1}, RectNull},
       {"negative extents", {10, 10, -10, -10}, {12, 5, -4, 2}, {8, 5, 2, 2}},
       {"point inside", kUnit, {3, 4, 0, 0}, {3, 4, 0, 0}},
       {"inside keeps 0.1", {-1e9, 0, 2e9, 10}, {0.3, 1, 0.1, 1}, {0.3, 1, 0.1, 1}},
       {"null", kUnit, RectNull, RectNull},
+      {"null first", RectNull, kUnit, RectNull},
       {"NaN", kUnit, {kNaN, 0, 1, 1}, RectNull},
       {"infinite", RectInfinite, kUnit, kUnit},
   };
@@ -98,9 +102,13 @@ TEST(Rect, IntersectionIsClosedAndKeepsTheExtentOfARectInside) {
 
 TEST(Rect, ContainsPointsHalfOpenAndRectsByTheirUnion) {
   EXPECT_TRUE(RectContainsPoint(kUnit, {0, 0}));
-  EXPECT_FALSE(RectContainsPoint(kUnit, {10, 0}));
+  for (const Point outside : {Point{10, 0}, {-1, 0}, {0, 10}, {0, -1}}) {
+    EXPECT_FALSE(RectContainsPoint(kUnit, outside));
+  }
   EXPECT_TRUE(RectContainsPoint({10, 10, -10, -10}, {0, 9}));
-  EXPECT_FALSE(RectContainsPoint({0, 0, 0, 10}, {0, 0}));
+  for (const Rect& empty : {Rect(0, 0, 0, 10), Rect(0, 0, 10, 0), RectNull}) {
+    EXPECT_TRUE(RectIsEmpty(empty) && !RectContainsPoint(empty, empty.origin));
+  }
   EXPECT_TRUE(RectContainsRect(kUnit, {10, 10, -10, -10}));
   EXPECT_TRUE(RectContainsRect(RectZero, RectNull));
   EXPECT_FALSE(RectContainsRect(kUnit, {5, 5, 6, 1}));

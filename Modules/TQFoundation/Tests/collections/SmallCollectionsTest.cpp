@@ -29,6 +29,8 @@ TEST(Multiset, CountsInTheOrderOfFirstInsertion) {
   EXPECT_EQ(set.insert("a", 2), 5U);
   EXPECT_EQ(set.insert("none", 0), 0U);
   EXPECT_EQ(set.totalCount(), 8U);
+  EXPECT_EQ(set.remove("a", 1), 1U);
+  EXPECT_EQ(set.insert("a"), 5U);
   EXPECT_EQ(set.remove("c", 9), 2U);
   EXPECT_EQ(textOf(set), "a5b1");  // later positions move up
   EXPECT_EQ(set.remove("b"), 1U);
@@ -43,6 +45,7 @@ TEST(Multiset, EqualityIgnoresTheOrder) {
   EXPECT_EQ(of({1, 2, 2}), of({2, 1, 2}));
   EXPECT_NE(of({1, 2, 2}), of({1, 1, 2}));
   EXPECT_NE(of({1, 2}), of({1, 3}));
+  EXPECT_NE(of({1, 2}), of({1, 1}));  // equal in total, of another number of elements
 }
 
 TEST(StackAndQueue, ReturnTheNewestAndTheOldestOrNullopt) {
@@ -61,6 +64,7 @@ TEST(StackAndQueue, ReturnTheNewestAndTheOldestOrNullopt) {
   EXPECT_EQ(*queue.first(), 2);
   queue.removeAll();
   EXPECT_EQ(queue.dequeue(), std::nullopt);
+  EXPECT_EQ(queue.first(), nullptr);
 }
 
 TEST(PriorityQueue, EqualElementsLeaveInTheOrderOfInsertion) {
@@ -73,6 +77,7 @@ TEST(PriorityQueue, EqualElementsLeaveInTheOrderOfInsertion) {
   std::string order;
   while (const auto word = queue.dequeue()) order += *word;
   EXPECT_EQ(order, "a1a2a3b1b2b3b4c1c2");
+  EXPECT_EQ(queue.first(), nullptr);
 }
 
 TEST(RecentsList, KeepsTheFrontElementAndReplacesOthers) {
@@ -95,7 +100,7 @@ TEST(RecentsList, KeepsTheFrontElementAndReplacesOthers) {
 TEST(RecentsList, TruncatesASequenceButKeepsItsDuplicates) {
   RecentsList<int> none(0);
   none.insert(1);
-  EXPECT_EQ(none.count(), 0U);
+  EXPECT_EQ(none, RecentsList<int>({1, 2}, 0));
   RecentsList<int> list(std::vector{1, 2, 1, 1, 5}, 4);
   EXPECT_THAT(list, ElementsAre(1, 2, 1, 1));
   list.insert(2);
@@ -143,6 +148,8 @@ TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
   moved = std::exchange(flags, RectangularArray<bool>(3, 2));
   EXPECT_THAT(std::as_const(moved).elements(), ElementsAre(true, true, true, false, true, false));
   EXPECT_NE(flags, RectangularArray<bool>(2, 3));  // equal elements, another shape
+  EXPECT_NE(flags, RectangularArray<bool>(3, 1));
+  EXPECT_NE(flags, RectangularArray<bool>(3, 2, true));
   EXPECT_EQ(flags, RectangularArray<bool>(3, 2));
 }
 

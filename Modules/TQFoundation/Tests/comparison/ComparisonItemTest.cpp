@@ -67,6 +67,7 @@ TEST(ComparisonItem, KindsHaveTheirObjectsAndCodes) {
 
   const auto fresh = TQComparisonItem::init();
   EXPECT_NE(fresh->updatedObject(), fresh->oldObject());
+  EXPECT_EQ(fresh->object(), fresh->updatedObject());
   EXPECT_EQ(fresh->type(), 0U);
   const auto gone = TQComparisonItem::initWithNewObject(nullptr, b, fresh);
   EXPECT_EQ(gone->object(), b.get());

@@ -36,6 +36,7 @@ TEST(TQSortableTreeItem, SortsAndCompressesNamesWithGroups) {
       {{"A/B/C"}, "A{B{C*}}", "A / B / C*"},
       {{"x10", "x9", "X9/b", "X9/a", "x9"}, "x9* x9* X9{a* b*} x10*", "x9* x9* X9{a* b*} x10*"},
       {{"G/a", "G"}, "G* G{a*}", "G* G / a*"},  // an object before a group with its name
+      {{"G", "G/a", "G"}, "G* G* G{a*}", "G* G* G / a*"},
       {{"g/\t1 ", " g //2", "g/\xC2\xA0"}, "g* g{1* 2*}", "g* g{1* 2*}"},
       {{" / ", ""}, "* \x20/ *", "* \x20/ *"},  // names without components are unchanged
       {{"a/b/1", "a/c/2", "a/c/3"}, "a{b{1*} c{2* 3*}}", "a / b / 1* a / c{2* 3*}"},

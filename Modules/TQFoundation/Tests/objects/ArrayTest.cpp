@@ -124,6 +124,8 @@ TEST(ArrayConveniences, MapReturnsOneObjectForEachElementAndCompactMapDropsNulls
 TEST(ArrayConveniences, FunctionsKeepTheOrderOfElements) {
   const Ref<Array> some = numbers({3, 1, 3, 2, 1});
   EXPECT_EQ(textOf(some->filter(isOdd)), "(3, 1, 3, 1)");
+  EXPECT_EQ(numbers({})->lastObject(), nullptr);
+  EXPECT_EQ(Array::arrayWithNumbers(std::span<const NumberValue>())->hash(), numbers({})->hash());
   EXPECT_EQ(textOf(arrayByRemovingDuplicates(*some)), "(3, 1, 2)");
   EXPECT_EQ(textOf(reversedArray(*some)), "(1, 2, 3, 1, 3)");
   const Ref<Number> three = Number::numberWith(NumberValue(3.0));

@@ -132,7 +132,11 @@ TEST(MapTable, FindsByEqualityAndDropsDestroyedKeys) {
       EXPECT_EQ(&object, other.get());
       ++calls;
     });
+    table->enumerateKeysAndObjectsUsingBlock({});
+    table->enumerateKeysUsingBlock({});
+    table->enumerateObjectsUsingBlock({});
     EXPECT_EQ(calls, 1 + 2 + 2);
+    EXPECT_TRUE(table->purge().empty());
 
     const auto kept = table->filter([&](Object& k, Object&) { return &k == key.get(); });
     EXPECT_EQ(kept->count(), 1u);

@@ -53,6 +53,12 @@ TEST(String, KeepsAndReportsUnpairedSurrogates) {
     EXPECT_EQ(string->length(), units.size());
     EXPECT_TRUE(string->isEqual(*String::stringWithUTF16(units)));
   }
+  for (const char* bytes :
+       {"\xED\xA0\xBD\xED\xB8\x80", "\xED\xA0\xBD\xFF", "\xED\xA0\xBD\xE2\x82"}) {
+    EXPECT_FALSE(String::stringWithGeneralisedUTF8(bytes)) << "not shortest, or not UTF-8";
+  }
+  EXPECT_TRUE(String::stringWithGeneralisedUTF8("\xED\xA0\xBD\xF0\x9F\x98\x80")
+                  ->isEqual(*String::stringWithUTF16(u"\xD83D\xD83D\xDE00")));
   std::mt19937 random(3);
   for (int i = 0; i < 2'000; ++i) {
     std::u16string units(random() % 8, u'\0');
@@ -80,8 +86,9 @@ TEST(LenientReading, ReadsNumbersLikeTheCLibrary) {
   const auto expectSame = [](const std::string& text) {
     EXPECT_PRED2(test::sameNumber, lenientDouble(text), std::strtod(text.c_str(), nullptr)) << text;
   };
-  for (const char* text : {"", " 0.5x", "+.5", "5.", ".", "1e", "1e+2", "1E-2", "1e400", "-1e400",
-                           "1e-400", "4.9e-324", "2e-324", "1.5.5", "-0", "-1e-400"}) {
+  for (const char* text :
+       {"", " 0.5x", "+.5", "5.", ".", "1e", "1e+2", "1E-2", "1e400", "-1e400", "1e-400",
+        "4.9e-324", "2e-324", "0.001e-400", "0.001e400", "0.00:1e400", "1.5.5", "-0", "-1e-400"}) {
     expectSame(text);
   }
   const std::string zeros(400, '0'), nines(21, '9');
