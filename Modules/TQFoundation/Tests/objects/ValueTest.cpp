@@ -4,6 +4,7 @@
 #include <TQFoundation/objects/GeometryText.h>
 
 #include "support/Objects.h"
+#include "support/TemporaryDirectory.h"
 #include "support/Test.h"
 
 namespace {
@@ -157,13 +158,34 @@ std::vector<Ref<Object>> unequalObjects() {
 TEST(Object, IsEqualToObjectsOfItsClassWithTheSameValue) {
   const std::vector<Ref<Object>> objects = unequalObjects();
   const std::vector<Ref<Object>> others = unequalObjects();
+  // The members of these sets are compared by numbers, twice in each array.
+  const auto inSets = [](const Ref<Object>& object) {
+    const auto with = [&](Ref<Object> other) {
+      return Set::setWithObjects({Array::arrayWithObjects({object}), std::move(other)});
+    };
+    return Array::arrayWithObjects({with(Null::null()), with(Number::numberWith(1))});
+  };
   for (std::size_t i = 0; i < objects.size(); ++i) {
     for (std::size_t j = 0; j < objects.size(); ++j) {
       EXPECT_EQ(objects[i]->isEqual(*others[j]), i == j)
           << objects[i]->description() << ", " << others[j]->description();
     }
     EXPECT_EQ(objects[i]->hash(), others[i]->hash()) << objects[i]->description();
+    EXPECT_TRUE(inSets(objects[i])->isEqual(*inSets(others[i])));
+    EXPECT_FALSE(inSets(objects[i])->isEqual(*inSets(others[(i + 4) % others.size()])));
   }
+}
+
+TEST(Object, DescribesItsContent) {
+  const std::pair<Ref<Object>, std::string> cases[] = {
+      {Date::dateWithTimeIntervalSinceReferenceDate(1.5), "1.5 s"},
+      {UUID::UUIDWithBytes({}), "00000000-0000-0000-0000-000000000000"},
+      {URL::URLWithString("/a b"), "file:///a%20b"},
+      {Data::dataWithBytes(std::string(25, '\x0A')),
+       "<25 bytes: 0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a0a…>"},
+  };
+  for (const auto& [object, text] : cases) EXPECT_EQ(object->description(), text);
+  EXPECT_STREQ(Exception("Name", "").what(), "Name");
 }
 
 TEST(UUID, ReadsAndWritesItsText) {
@@ -194,6 +216,12 @@ TEST(Error, HasTextForPeopleAndForProgrammers) {
   EXPECT_EQ(textOf(POSIXErrorDomain, 2), "No such file or directory");
   EXPECT_EQ(textOf(POSIXErrorDomain, 2 + (1LL << 32)),
             "The operation couldn’t be completed. (NSPOSIXErrorDomain error 4294967298.)");
+  const std::pair<std::string_view, int> unknown[] = {
+      {POSIXErrorDomain, -1}, {POSIXErrorDomain, 99999}, {CocoaErrorDomain, 1}, {"domain", 3840}};
+  for (const auto& [domain, code] : unknown) {
+    EXPECT_EQ(textOf(domain, code), "The operation couldn’t be completed. (" + std::string(domain) +
+                                        " error " + std::to_string(code) + ".)");
+  }
   EXPECT_EQ(textOf(CocoaErrorDomain, 3840),
             "The data couldn’t be read because it isn’t in the correct format.");
   const auto noText = Dictionary::dictionaryWithEntries({{LocalizedDescriptionKey, plain}});
@@ -258,6 +286,12 @@ TEST(URL, AppendsRelativePathsToTheWorkingDirectory) {
     EXPECT_TRUE(URL::URLWithString(url->absoluteString())->isEqual(*url));
     EXPECT_EQ(URL::URLWithString(path)->isEqual(*url), path != "a:b") << path;
   }
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path("/");
+  EXPECT_EQ(URL::fileURLWithPath("a")->path(), "/a");
+  std::filesystem::current_path(test::TemporaryDirectory().path(""));  // removed at once
+  EXPECT_EQ(URL::fileURLWithPath("a")->path(), "a");
+  std::filesystem::current_path(before);
 }
 
 }  // namespace
