@@ -91,9 +91,6 @@ struct Image {
   double start = 0;
   double end = 0;
 
-  [[nodiscard]] double offsetAt(double other) const noexcept {
-    return start + other * (end - start);
-  }
   [[nodiscard]] double otherAt(double offset) const noexcept {
     return (offset - start) / (end - start);
   }

@@ -349,9 +349,9 @@ TEST(BezierIntersections, AlmostCoincidentCurvesKeepTheAccuracy) {
       ++crossings;
       EXPECT_TRUE(std::ranges::any_of(found.offsets, isNear(each, 0.50001 * kLeaf)));
     }
-    for (const double scale : {0x1p-20, 0x1p+20}) {
-      EXPECT_EQ(intersections(mirrored(a, scale), mirrored(b, scale)).offsets, found.offsets);
-    }
+    if (i % 8 > 1) continue;
+    const double scale = i % 16 < 8 ? 0x1p-20 : 0x1p+20;
+    EXPECT_EQ(intersections(mirrored(a, scale), mirrored(b, scale)).offsets, found.offsets);
   }
   EXPECT_GT(crossings, 80U);
 }
