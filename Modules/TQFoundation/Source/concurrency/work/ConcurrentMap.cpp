@@ -87,7 +87,7 @@ std::size_t applyBlockConcurrentlyAndCountSuccess(const Array& array, const Arra
   requireBlock(block, __func__);
   const Ref<Array> held = elementsOf(array);
   const std::span<const Ref<Object>> objects = held->objects();
-  std::vector<unsigned char> results(objects.size(), 0);
+  std::vector<unsigned char> results(objects.size());
   groupApply(objects.size(), [&](std::size_t i) { results[i] = block(*objects[i]) ? 1 : 0; });
   return results.size() - static_cast<std::size_t>(std::ranges::count(results, 0));
 }

@@ -44,6 +44,24 @@ TEST(TQLazyVar, StopsWithoutRecordOrBlock) {
               "\\(calculationBlock\\) != nil");
 }
 
+TEST(TQLazyVar, AWaitingThreadGetsTheResult) {
+  const Owned var = makeVar();
+  std::atomic<bool> isWaiting{false};
+  void* got = nullptr;
+  const auto never = []() -> void* { throw std::logic_error("computed twice"); };
+  std::jthread other;
+  TQLazyVarGetOrCalculateValue(var.get(), 0, [&]() -> void* {
+    other = std::jthread([&] {
+      isWaiting = true;
+      got = TQLazyVarGetOrCalculateValue(var.get(), 60, never);
+    });
+    while (!isWaiting) std::this_thread::yield();
+    return &got;
+  });
+  other.join();
+  EXPECT_EQ(got, &got);
+}
+
 // Takes a second: the time-out has whole seconds of the real-time clock.
 TEST(TQLazyVarStress, OtherThreadsWaitOrTimeOut) {
   const Owned var = makeVar();

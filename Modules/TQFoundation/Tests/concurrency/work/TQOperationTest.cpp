@@ -3,6 +3,7 @@
 #include <TQFoundation/concurrency/work/AsynchronousOperation.h>
 #include <TQFoundation/concurrency/work/TQOperation.h>
 #include <TQFoundation/concurrency/work/TQURLOperation.h>
+#include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
 #include "support/Test.h"
@@ -145,9 +146,19 @@ TEST(AsynchronousOperation, FinishesByReturningByFinishAndByCancel) {
     EXPECT_TRUE(each->isFinished() && !each->isExecuting());
     EXPECT_EQ(each->isCancelled(), each == cancelled || each == finished);
   }
+  EXPECT_NO_THROW(returns->start()) << "it has finished";
   const auto fails = makeRef<Job>([](Job&) -> Progress { throw 1; });
+  const auto later = makeRef<Job>([](Job& self) {
+    EXPECT_THROW(self.start(), Exception) << "twice";
+    return Progress::continues;
+  });
+  later->addDependency(*fails);
+  EXPECT_THROW(later->start(), Exception) << "not ready";
   EXPECT_THROW(fails->start(), int);
   EXPECT_TRUE(fails->isFinished());
+  later->start();
+  later->finish();
+  EXPECT_TRUE(later->isFinished());
 }
 
 TEST(TQURLOperation, SharesOneSession) {
