@@ -280,9 +280,9 @@ void PreferenceDatabase::closeUnchanged() noexcept {
 // So does a file that is writable, but is marked as not writable in its header.
 PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
   if (code == SQLITE_OK) return Result::done;
-  sqlite3* const database = connection_->database.get();
-  fault_ = database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(code);
-  const int extended = database != nullptr ? sqlite3_extended_errcode(database) : code;
+  sqlite3* const database = connection_->database.get();  // null if there was no memory for it
+  fault_ = sqlite3_errmsg(database);
+  const int extended = sqlite3_extended_errcode(database);
   switch (code & 0xFF) {
     case SQLITE_FULL:
     case SQLITE_TOOBIG:
@@ -305,7 +305,7 @@ PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
     default:
       return Result::failed;
   }
-  if (database != nullptr) keepLog(database);  // a damaged file is set aside unchanged
+  keepLog(database);  // a damaged file is set aside unchanged
   return Result::damaged;
 }
 

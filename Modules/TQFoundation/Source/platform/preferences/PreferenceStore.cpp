@@ -357,7 +357,6 @@ PreferenceDatabase::Result PreferenceStore::saveWhatFits() {
       continue;
     }
     unsaved_.merge(one);
-    if (result == Result::full) database_.releaseSpace();
     return result;
   }
   return Result::done;

@@ -6,6 +6,8 @@
 #include <sys/shm.h>
 #include <sys/stat.h>
 
+#include <sstream>
+
 #include <TQFoundation/objects/Data.h>
 
 #include "support/FailingSystemCalls.h"
@@ -37,29 +39,66 @@ struct SickPreferences : SuiteTest {
   }
 };
 
-/// Removes the shared words of this process, as the command ipcrm would.
-void removeSharedWords() {
-  std::FILE* const list = std::fopen("/proc/sysvipc/shm", "r");
-  char line[256];
-  while (std::fgets(line, sizeof line, list) != nullptr) {
-    int key = 0, id = 0, mode = 0, size = 0, creator = 0, last = 0;
-    std::sscanf(line, "%d %d %o %d %d %d", &key, &id, reinterpret_cast<unsigned*>(&mode), &size,
-                &creator, &last);
-    if (creator == ::getpid() || last == ::getpid()) ::shmctl(id, IPC_RMID, nullptr);
+/// A segment of shared memory, as the command ipcs lists it.
+struct Segment {
+  key_t key = 0;
+  int id = 0;
+  std::size_t size = 0;
+};
+
+/// Returns the segments that this process has created or used last.
+std::vector<Segment> ownSegments() {
+  std::vector<Segment> own;
+  std::ifstream list("/proc/sysvipc/shm");
+  std::string line;
+  std::getline(list, line);  // the headings
+  while (std::getline(list, line)) {
+    Segment each;
+    int mode = 0, creator = 0, last = 0;
+    std::istringstream(line) >> each.key >> each.id >> mode >> each.size >> creator >> last;
+    if (creator == ::getpid() || last == ::getpid()) own.push_back(each);
   }
-  std::fclose(list);
+  return own;
+}
+void removeSegments() {
+  for (const Segment& each : ownSegments()) ::shmctl(each.id, IPC_RMID, nullptr);
 }
 
 TEST_F(SickPreferences, RemovedWordsAreReplaced) {
   Ref<UserDefaults> defaults = open();
   defaults->setInteger(2, "old");
-  removeSharedWords();
+  removeSegments();
   EXPECT_EQ(defaults->integerForKey("old"), 2);
   defaults->setInteger(3, "new");
   EXPECT_TRUE(defaults->synchronize());
   defaults = nullptr;
   EXPECT_EQ(open()->integerForKey("old"), 2);
   EXPECT_EQ(open()->integerForKey("new"), 3);
+}
+
+TEST_F(SickPreferences, SegmentsOfOtherProgramsAreNotUsed) {
+  open()->setInteger(1, "key");  // creates the folder
+  const Rows<const char*, std::size_t, int> cases{
+      {"another size", 8, 0600}, {"of other users, too", 0, 0644}, {"of another file", 0, 0600}};
+  for (const auto& [name, more, mode] : cases) {
+    SCOPED_TRACE(name);
+    Ref<UserDefaults> defaults = open();
+    const std::vector<Segment> former = ownSegments();
+    ASSERT_EQ(former.size(), 2u) << "of the suite and the global domain";
+    defaults = nullptr;
+    ASSERT_EQ(ownSegments().size(), 0u);
+    for (const Segment& each : former) {
+      const int id = ::shmget(each.key, each.size + more, IPC_CREAT | IPC_EXCL | mode);
+      auto* const words = static_cast<std::uint64_t*>(::shmat(id, nullptr, 0));
+      words[0] = 1;  // ready
+      ::shmdt(words);
+    }
+    defaults = open();
+    defaults->setInteger(2, "key");
+    EXPECT_EQ(ownSegments().size(), 4u);
+    EXPECT_EQ(Child([&] { EXPECT_EQ(open()->integerForKey("key"), 2); }).end(), 0);
+    removeSegments();
+  }
 }
 
 // For example, a process in another container, which has other shared words.
@@ -81,6 +120,23 @@ TEST_F(SickPreferences, FilesMayBeCutBetweenRuns) {
     fs::resize_file(database + suffix, 0);
     writesAgain(old);
   }
+}
+
+TEST_F(SickPreferences, ALogThatIsCutWhileAnotherProcessUsesItIsSetAside) {
+  auto& stage = shared<std::atomic<int>>();
+  Child writer([&] {
+    const Ref<UserDefaults> defaults = open();
+    defaults->setInteger(2, "old");
+    stage = 1;
+    waitFor(stage, 2);
+    EXPECT_EQ(defaults->integerForKey("new"), 3);
+  });
+  waitFor(stage, 1);
+  fs::resize_file(database + "-wal", 0);
+  writesAgain(0);
+  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("damaged")));
+  stage = 2;
+  EXPECT_EQ(writer.end(), 0);
 }
 
 TEST_F(SickPreferences, AValueThatDoesNotFitDoesNotKeepOthersFromBeingSaved) {

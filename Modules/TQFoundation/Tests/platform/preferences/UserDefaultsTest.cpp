@@ -1,5 +1,7 @@
 #include "platform/preferences/Suite.h"
 
+#include <errno.h>
+
 #include <TQFoundation/platform/log/LogChannel.h>
 
 #include "support/FailingSystemCalls.h"
@@ -77,6 +79,34 @@ TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
   for (const auto& [key, value] : expected) again->removeObjectForKey(key);
   EXPECT_EQ(count(), 0u);
   EXPECT_THAT(log.messages(), ElementsAre());
+}
+
+TEST_F(UserDefaultsTest, FilesAreInTheUsersFolderAndNamedLikeTheApplication) {
+  const std::string home = directory.path("home?%41#b");
+  const std::string xdg = home + "/xdg";
+  // XDG_CONFIG_HOME, HOME, the program's name, the domain, and the file that has both.
+  const Rows<const char*, const char*, const char*, std::string, std::string> cases{
+      {xdg.c_str(), "/nowhere", "tool", "own", "/xdg/korvan/own.sqlite"},
+      {"relative", home.c_str(), "tool", "", "/.config/korvan/tool.sqlite"},
+      {nullptr, home.c_str(), ".hidden", "", "/.config/korvan/application.sqlite"},
+      {nullptr, "relative", "tool", "a/b", ""},
+      {nullptr, nullptr, "tool", "", ""},
+  };
+  for (const auto& [config, user, program, domain, file] : cases) {
+    Child child([&] {
+      config != nullptr ? ::setenv("XDG_CONFIG_HOME", config, 1) : ::unsetenv("XDG_CONFIG_HOME");
+      user != nullptr ? ::setenv("HOME", user, 1) : ::unsetenv("HOME");
+      program_invocation_short_name = const_cast<char*>(program);
+      EXPECT_EQ(UserDefaults::setApplicationDomain(domain), domain == "own");
+      const Ref<UserDefaults> defaults = UserDefaults::standardUserDefaults();
+      UserDefaults::initWithSuiteName("suite")->setInteger(1, "key");
+      defaults->setInteger(1, "key");
+      EXPECT_EQ(defaults->integerForKey("key"), 1);
+      EXPECT_EQ(fs::exists(home + file), !file.empty()) << file;
+    });
+    EXPECT_EQ(child.end(), 0) << file;
+    fs::remove_all(home);
+  }
 }
 
 // The tests of Preference cover booleans and integers.
@@ -160,6 +190,9 @@ TEST_F(UserDefaultsTest, RefusesValuesThatAreNoPropertyLists) {
   EXPECT_EQ(defaults->objectForKey("\xFF"), nullptr);
   EXPECT_THROW(defaults->registerDefaults(*Dictionary::dictionaryWithEntries(
                    {{"refused", nest(0)}, {"no list", Null::null()}})),
+               Exception);
+  EXPECT_THROW(defaults->registerDefaults(*Dictionary::dictionaryWithEntries(
+                   std::vector<std::pair<Ref<Object>, Ref<Object>>>{{nest(0), nest(0)}})),
                Exception);
   EXPECT_EQ(defaults->objectForKey("refused"), nullptr);
   EXPECT_EQ(defaults->integerForKey("key"), 1);
