@@ -139,9 +139,17 @@ TEST(KorvanInfo, ReturnsTheEntriesOfTheHostUnlessOverridden) {
 }
 
 TEST(KorvanInfo, FindsVariantsByNameIgnoringCase) {
-  EXPECT_EQ(TQKorvanInfo::variantNamed("XCODE"), LRVariant::xcode());
-  EXPECT_EQ(TQKorvanInfo::variantNamed("inHouse"), LRVariant::inHouse());
-  EXPECT_EQ(TQKorvanInfo::variantNamed("betas"), nullptr);
+  const test::Rows<const char*, std::int64_t> cases{
+      {"none", 0},          {"Final", 1},         {"XCODE", 2},
+      {"beta", 4},          {"internal", 8},      {"private", 32},
+      {"experimental", 16}, {"testing", 64},      {"featurePreview", 128},
+      {"inHouse", 90},      {"PrivateBeta", 122}, {"ALL", 255},
+      {"betas", -1},        {"[eta", -1},         {"", -1}};
+  for (const auto& [name, flags] : cases) {
+    const Ref<LRVariant> found = TQKorvanInfo::variantNamed(name);
+    EXPECT_EQ(found != nullptr ? found->rawValue() : -1, flags) << name;
+    EXPECT_EQ(found, TQKorvanInfo::variantNamed(name)) << "the same object";
+  }
 }
 
 }  // namespace
