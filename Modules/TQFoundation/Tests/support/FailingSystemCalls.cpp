@@ -29,6 +29,27 @@ TQ_FAILING_CALL(fsetxattr, int,
                 (fd, name, value, size, flags))
 #undef TQ_FAILING_CALL
 
+#define TQ_FAILING_CALL(name, Result, parameters, arguments)                                   \
+  extern "C" __attribute__((visibility("default"))) Result name parameters {                   \
+    static const auto real = reinterpret_cast<Result(*) parameters>(dlsym(RTLD_NEXT, #name));  \
+    return FailingSystemCalls::countsAll && FailingSystemCalls::fails() ? -1 : real arguments; \
+  }
+struct stat;
+TQ_FAILING_CALL(open, int, (const char* path, int flags, mode_t mode), (path, flags, mode))
+TQ_FAILING_CALL(read, ssize_t, (int fd, void* bytes, size_t count), (fd, bytes, count))
+TQ_FAILING_CALL(pipe2, int, (int* ends, int flags), (ends, flags))
+TQ_FAILING_CALL(lstat, int, (const char* path, struct stat* status), (path, status))
+TQ_FAILING_CALL(fstat, int, (int fd, struct stat* status), (fd, status))
+TQ_FAILING_CALL(flock, int, (int fd, int operation), (fd, operation))
+TQ_FAILING_CALL(fchown, int, (int fd, uid_t user, gid_t group), (fd, user, group))
+TQ_FAILING_CALL(fchmod, int, (int fd, mode_t mode), (fd, mode))
+TQ_FAILING_CALL(fremovexattr, int, (int fd, const char* name), (fd, name))
+TQ_FAILING_CALL(llistxattr, ssize_t, (const char* path, char* names, size_t size),
+                (path, names, size))
+TQ_FAILING_CALL(lgetxattr, ssize_t, (const char* path, const char* name, void* value, size_t size),
+                (path, name, value, size))
+#undef TQ_FAILING_CALL
+
 extern "C" __attribute__((visibility("default"))) ssize_t write(int fd, const void* bytes,
                                                                 size_t count) {
   static const auto real = reinterpret_cast<FailingSystemCalls::Write>(dlsym(RTLD_NEXT, "write"));

@@ -16,6 +16,9 @@ struct FailingSystemCalls {
   enum class How { not_at_all, fails, stays_failed, kills, stops };
   static inline std::atomic<How> how = How::not_at_all;
   static inline std::atomic<int> left = 0;
+  static inline std::atomic<int> errorNumber = ENOSPC;  ///< of the calls that fail
+  /// Counts also calls that open or read files, or change their attributes.
+  static inline std::atomic<bool> countsAll = false;
 
   /// The length of the longest file that fits on the disk, for pwrite(), which databases use.
   static inline std::atomic<off_t> mostBytes = std::numeric_limits<off_t>::max();
@@ -28,9 +31,17 @@ struct FailingSystemCalls {
     left = n;
     how = way;
   }
+  /// Lets the n-th of all calls fail in this way.
+  static void armAll(int n, int error) {
+    errorNumber = error;
+    countsAll = true;
+    arm(n, How::fails);
+  }
   /// @return whether the n-th call was made
   static bool disarm() {
     how = How::not_at_all;
+    countsAll = false;
+    errorNumber = ENOSPC;
     return left <= 0;
   }
 
@@ -42,7 +53,7 @@ struct FailingSystemCalls {
     if (before > 1 || (before < 1 && how != How::stays_failed)) return false;
     if (how == How::kills) ::raise(SIGKILL);
     if (how == How::stops) ::raise(SIGSTOP);
-    errno = ENOSPC;
+    errno = errorNumber;
     return true;
   }
 };

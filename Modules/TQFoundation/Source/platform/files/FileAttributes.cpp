@@ -83,10 +83,11 @@ constexpr std::size_t kAccessHeader = 4;
 constexpr std::uint16_t kOwningGroup = 0x04;
 constexpr std::uint16_t kOthers = 0x20;
 
-/// Gives the owning group and all others only what both have.
+/// Gives the owning group and all others only what both have. The first entry gets it in the second
+/// pass.
 void withoutGroup(std::string& list) {
   std::uint16_t common = kOtherBits;
-  for (const bool isSecondPass : {false, true}) {
+  for (int pass = 0; pass < 2; ++pass) {
     for (std::size_t at = kAccessHeader; at + sizeof(AccessEntry) <= list.size();
          at += sizeof(AccessEntry)) {
       AccessEntry entry;
@@ -94,7 +95,7 @@ void withoutGroup(std::string& list) {
       if (entry.tag != kOwningGroup && entry.tag != kOthers) continue;
       common &= entry.permissions;
       entry.permissions = common;
-      if (isSecondPass) std::memcpy(list.data() + at, &entry, sizeof entry);
+      std::memcpy(list.data() + at, &entry, sizeof entry);
     }
   }
 }

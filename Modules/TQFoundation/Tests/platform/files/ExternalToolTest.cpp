@@ -6,7 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/Descriptors.h"
 #include "support/Errors.h"
+#include "support/FailingSystemCalls.h"
 #include "support/TemporaryDirectory.h"
 #include "support/Threads.h"
 
@@ -42,7 +44,7 @@ TEST(ExternalTool, CollectsBothStreamsWhileItWritesTheInput) {
     SCOPED_TRACE(script);
     const auto start = std::chrono::steady_clock::now();
     ExternalTool tool = shell(script, input);
-    tool.timeoutSeconds = 60;
+    tool.timeoutSeconds = input.empty() ? 1e12 : 60;  // the clock has no such time
     const auto result = runExternalTool(tool);
     ASSERT_TRUE(result);
     EXPECT_TRUE(result->output->view() == output) << result->output->description();
@@ -55,11 +57,21 @@ TEST(ExternalTool, CollectsBothStreamsWhileItWritesTheInput) {
 
 TEST(ExternalTool, ReportsWhyItDidNotEnd) {
   const char* const late = "The tool “sh” did not end in time.";
+  const char* const notText = "The tool “sh” could not be started: Invalid argument.";
   const test::Rows<const char*, std::function<void(ExternalTool&)>, Code, const char*> cases{
       {"", [](auto& tool) { tool.program = "/nowhere/tool"; }, Code::cannotStart,
        "The tool “/nowhere/tool” could not be started: No such file or directory."},
       {"true", [](auto& tool) { tool.arguments.emplace_back("a\0b", 3); }, Code::cannotStart,
-       "The tool “sh” could not be started: Invalid argument."},
+       notText},
+      {"true",
+       [](auto& tool) {
+         tool.workingFolder = {"/\0b", 3};
+       },
+       Code::cannotStart, notText},
+#ifndef TQ_TEST_NEEDS_DESCRIPTORS
+      {"true", [](auto&) { test::allowDescriptors(0); }, Code::cannotStart,
+       "The tool “sh” could not be started: Too many open files."},
+#endif
       {"true", [](auto& tool) { tool.workingFolder = "/nowhere"; }, Code::cannotStart,
        "The tool “sh” could not be started: No such file or directory."},
       {"sleep 60 & sleep 60", [](auto& tool) { tool.timeoutSeconds = 0.2; }, Code::timedOut, late},
@@ -78,6 +90,7 @@ TEST(ExternalTool, ReportsWhyItDidNotEnd) {
     EXPECT_FALSE(runExternalTool(tool, &error));
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
     ::signal(SIGCHLD, SIG_DFL);
+    test::allowDescriptors(1000);
     test::expectError(error, ExternalToolErrorDomain, code, text);
   }
 }
@@ -95,6 +108,25 @@ TEST(ExternalTool, ItsWholeGroupIsKilledWithIt) {
   EXPECT_EQ(::poll(&news, 1, 30'000), 1);
   EXPECT_EQ(news.revents, POLLHUP);
   ::close(reader);
+}
+
+TEST(ExternalTool, GoesOnAfterSignalsAndKeepsThoseThatWait) {
+  sigset_t pipe, before;
+  ::sigemptyset(&pipe);
+  ::sigaddset(&pipe, SIGPIPE);
+  ::pthread_sigmask(SIG_BLOCK, &pipe, &before);
+  ::pthread_kill(::pthread_self(), SIGPIPE);
+  bool wasMet = true;
+  for (int n = 4; wasMet; ++n) {  // pipes are opened before
+    test::FailingSystemCalls::armAll(n, EINTR);
+    const auto result = runExternalTool(shell("read line; echo $line", "line\n"));
+    wasMet = test::FailingSystemCalls::disarm();
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->output->view(), "line\n");
+  }
+  constexpr timespec kNow{};
+  EXPECT_EQ(::sigtimedwait(&pipe, nullptr, &kNow), SIGPIPE);
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 TEST(ExternalToolStress, RunsSideBySide) {

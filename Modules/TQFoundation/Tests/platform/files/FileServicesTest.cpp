@@ -1,9 +1,12 @@
 #include <TQFoundation/platform/files/FileServices.h>
 
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <TQFoundation/platform/bytes/Digest.h>
+#include <TQFoundation/platform/files/FileHandle.h>
+#include <TQFoundation/platform/files/FileReading.h>
 
 #include "support/Bytes.h"
 #include "support/Errors.h"
@@ -22,6 +25,7 @@ struct FileServices : testing::Test {
     return URL::fileURLWithPath(directory.path(name));
   }
 };
+using FileServicesFault = FileServices;
 
 TEST_F(FileServices, ReplaceKeepsPermissionsAndLinks) {
   EXPECT_TRUE(replaceFile(*url("new"), bytesOf("first"), &error));
@@ -67,6 +71,83 @@ TEST_F(FileServices, RefusePathsThatCannotNameAFile) {
   EXPECT_EQ(sha1DigestOfFile(*url("none"), &error), std::nullopt);
   EXPECT_EQ(codeOf(error), 260);
   EXPECT_EQ(directory.entries(), 3);
+}
+
+// The first call of the system fails.
+TEST_F(FileServices, ErrorsHaveTheCodesOfTheirCauses) {
+  const std::string folder = fs::path(directory.path("")).parent_path().filename();
+  const std::string denied = "You don’t have permission to save the file “file” in the folder “";
+  const char* const full = "You can’t save the file “file” because the volume is out of space.";
+  const std::string notSaved = "The file “file” couldn’t be saved";
+  const char* const hidden = " because you don’t have permission to view it.";
+  directory.write("file", "");
+  // Code and text when writing, code and end of the text when reading.
+  const Rows<int, std::int64_t, std::string, std::int64_t, const char*> cases{
+      {EACCES, 513, denied + folder + "”.", 257, hidden},
+      {EPERM, 513, denied + folder + "”.", 257, hidden},
+      {EEXIST, 516, notSaved + " because a file with the same name already exists.", 256, "."},
+      {ENOSPC, 640, full, 256, "."},
+      {EDQUOT, 640, full, 256, "."},
+      {EROFS, 642, "You can’t save the file “file” because the volume is read only.", 256, "."},
+      {EFBIG, 512, notSaved + " in the folder “" + folder + "”.", 263, " because it is too large."},
+      {EIO, 512, notSaved + " in the folder “" + folder + "”.", 256, "."},
+  };
+  for (const auto& [number, writing, textOfWriting, reading, textOfReading] : cases) {
+    SCOPED_TRACE(number);
+    FailingSystemCalls::armAll(1, number);
+    EXPECT_FALSE(replaceFile(*url("file"), {}, &error));
+    FailingSystemCalls::armAll(1, number);
+    expectFileError(std::exchange(error, nullptr), writing, number, textOfWriting);
+    EXPECT_FALSE(dataWithContentsOfURL(*url("file"), &error));
+    FailingSystemCalls::disarm();
+    expectFileError(error, reading, number,
+                    std::string("The file “file” couldn’t be opened") + textOfReading);
+  }
+}
+
+// Each call of the system fails once, with each of these errors.
+TEST_F(FileServicesFault, NothingIsHalfDoneOrLeftOpen) {
+  const auto descriptors = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+  };
+  const auto digest = sha1Digest(bytesOf("old"));
+  const Rows<const char*, const char*, std::function<bool()>> services{
+      {"replaces", "new", [&] { return replaceFile(*url("file"), bytesOf("new"), &error); }},
+      {"reads", "old",
+       [&] {
+         const Ref<Data> data = dataWithContentsOfURL(*url("file"), &error);
+         return data != nullptr && data->view() == "old";
+       }},
+      {"digests", "old",
+       [&] { return digest && sha1DigestOfFile(*url("file"), &error) == digest; }},
+      {"opens", "old",
+       [&] { return FileHandle::fileHandleForWritingToURL(*url("file"), &error) != nullptr; }},
+      {"makes", "old",
+       [&] {
+         const Ref<URL> made = makeUniqueFile(*url("new"), &error);
+         return made != nullptr && fs::remove(made->path());
+       }},
+  };
+  for (const auto& [name, after, serve] : services) {
+    bool wasMet = true;
+    for (int n = 1; std::exchange(wasMet, false); ++n) {
+      for (const int number : {EINTR, EIO, EEXIST, EPERM, EINVAL, ENODATA}) {
+        SCOPED_TRACE(testing::Message() << name << ", call " << n << ", error " << number);
+        ::setxattr(directory.write("file", "old").c_str(), "user.tag", "red", 3, 0);
+        error = nullptr;
+        const auto before = descriptors();
+        FailingSystemCalls::armAll(n, number);
+        const bool isDone = serve();
+        const bool isMet = FailingSystemCalls::disarm();
+        wasMet = wasMet || isMet;
+        EXPECT_TRUE(isDone || (error != nullptr && isMet));
+        const std::string now = directory.read("file");
+        EXPECT_TRUE(now == after || (now == "old" && !isDone)) << now;
+        EXPECT_EQ(directory.entries(), 1);
+        EXPECT_EQ(descriptors(), before);
+      }
+    }
+  }
 }
 
 TEST_F(FileServices, UniqueNamesCountBeforeTheExtension) {
