@@ -23,10 +23,10 @@ struct ContentRange {
 };
 
 std::optional<std::int64_t> takeNumber(std::string_view& text, std::string_view terminator) {
-  std::int64_t number = -1;
+  std::int64_t number = 0;
   const auto [end, fault] = std::from_chars(text.data(), text.data() + text.size(), number);
   text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-  if (fault != std::errc() || number < 0 || !text.starts_with(terminator)) return std::nullopt;
+  if (fault != std::errc() || !text.starts_with(terminator)) return std::nullopt;
   text.remove_prefix(terminator.size());
   return number;
 }

@@ -61,7 +61,7 @@ std::string textOfNote(const std::string& path) {
   const bool isNote = ::fstat(descriptor, &status) == 0 && isOursAlone(status);
   const ssize_t count = isNote ? ::read(descriptor, text.data(), text.size()) : 0;
   ::close(descriptor);
-  text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+  text.resize(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
   return text;
 }
 

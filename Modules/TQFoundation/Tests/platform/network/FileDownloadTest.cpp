@@ -88,6 +88,7 @@ struct FileDownloadTest : testing::Test, Served {
   const Ref<URLSession> session = URLSession::sessionWithConfiguration({});
   const Ref<URL> file = URL::fileURLWithPath(directory.path("plan.svg"));
 
+  const char* method = "GET";
   std::function<void(std::int64_t)> watch;  // called for each piece, on the session's thread
 
   struct Outcome {
@@ -106,7 +107,7 @@ struct FileDownloadTest : testing::Test, Served {
     }
     std::promise<void> done;
     Outcome outcome;
-    URLRequest request{.url = URL::URLWithString(server.url(path))};
+    URLRequest request{.url = URL::URLWithString(server.url(path)), .HTTPMethod = method};
     request.HTTPHeaderFields = {{"range", "bytes=0-0"}};  // ignored
     FileDownloadHandler handler;
     Ref<FileDownload> download;
@@ -115,6 +116,8 @@ struct FileDownloadTest : testing::Test, Served {
       EXPECT_GE(received, outcome.last);
       outcome.last = received;
       outcome.expected = expected;
+      EXPECT_EQ(download->countOfBytesReceived(), received);
+      EXPECT_EQ(download->countOfBytesExpectedToReceive(), expected);
       if (watch) watch(received);
       if (received >= cancelsAt) download->cancel();
     };
@@ -196,6 +199,12 @@ TEST_F(FileDownloadTest, RequestsOnlyTheRest) {
                                                    "bytes=" + std::to_string(second.last) + "-"}));
   EXPECT_TRUE(holds('a'));
   EXPECT_EQ(directory.entries(), 1);
+  directory.write("plan.svg", "old");
+  EXPECT_EQ(download("/", 3'000'000).code, URLErrorCancelled);  // with its last byte
+  EXPECT_EQ(directory.read("plan.svg"), "old");
+  EXPECT_EQ(download().code, 0) << "nothing is missing";
+  EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", "bytes=3000000-"}));
+  EXPECT_TRUE(holds('a'));
 }
 
 TEST_F(FileDownloadTest, StartsAgainForAnotherVersion) {
@@ -243,6 +252,11 @@ TEST_F(FileDownloadTest, ResumesOnlyWithAStrongValidator) {
     EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", goesOn ? "bytes=1000000-" : ""}));
     EXPECT_TRUE(holds('a'));
   }
+  names = Names::tag;
+  method = "POST";  // its response belongs to this request alone
+  downloadAThird();
+  EXPECT_EQ(download().code, 0);
+  EXPECT_EQ(takeAsked(), (std::vector<std::string>{"", ""}));
 }
 
 TEST_F(FileDownloadTest, KeepsAllButTheLastBytesOfAKilledProcess) {
@@ -378,7 +392,10 @@ TEST_F(FileDownloadTest, AllowsOneDownloadForEachWritableFile) {
   first->cancel();
   first->cancel();
   EXPECT_EQ(told.get_future().get(), URLErrorCancelled);
+  const mode_t mask = ::umask(027);
   EXPECT_EQ(download().code, 0);
+  ::umask(mask);
+  EXPECT_EQ(permissionsOf("plan.svg"), fs::perms(0640));
   EXPECT_EQ(takeAsked().size(), 1u);  // the cancelled download sent no request
   const auto refusal = [&](const std::string& path) {
     Ref<Error> error;
