@@ -121,6 +121,24 @@ TEST(TQAtomicStack, IsLastInFirstOutAndOwnsNothing) {
   EXPECT_EQ(other.pop(), nullptr);
 }
 
+TEST(TQAtomicStack, WorksInDestructorsAtTheEndOfAThread) {
+  struct Late {
+    std::function<void()> act;
+    ~Late() { act(); }
+  };
+  const Ref<Object> a = String::of("a");
+  TQAtomicStack stack;
+  const auto use = [&] {
+    for (int i = 0; i < 100; ++i) stack.push(*a);
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(stack.pop(), a);
+  };
+  std::jthread([&] {
+    static thread_local const Late late{use};  // destroyed after the nodes that the thread keeps
+    use();
+  }).join();
+  EXPECT_EQ(stack.pop(), nullptr);
+}
+
 // Threads compete for locks. Totals must add up, and the locks must end in their initial state.
 // `makeLock(group)` gives each thread its own view of the group's lock.
 template <class MakeLock>
