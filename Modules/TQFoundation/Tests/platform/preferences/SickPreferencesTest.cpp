@@ -93,12 +93,40 @@ TEST_F(SickPreferences, SegmentsOfOtherProgramsAreNotUsed) {
       words[0] = 1;  // ready
       ::shmdt(words);
     }
+    auto& stage = shared<std::atomic<int>>();
+    Child other([&] {
+      waitFor(stage, 1);
+      EXPECT_EQ(open()->integerForKey("key"), 2);
+    });
     defaults = open();
     defaults->setInteger(2, "key");
     EXPECT_EQ(ownSegments().size(), 4u);
-    EXPECT_EQ(Child([&] { EXPECT_EQ(open()->integerForKey("key"), 2); }).end(), 0);
+    stage = 1;
+    EXPECT_EQ(other.end(), 0);
     removeSegments();
   }
+}
+
+TEST_F(SickPreferences, WithoutSharedWordsEachReadAsksTheDatabase) {
+  fs::create_directory(folder);
+  fs::permissions(folder, fs::perms(0777));  // others could replace the files
+  auto& stage = shared<std::atomic<int>>();
+  Child other([&] {
+    for (const int value : {1, 3}) {
+      waitFor(stage, value);
+      open()->setInteger(value + 1, "key");
+      stage = value + 1;
+    }
+  });
+  const Ref<UserDefaults> defaults = open();
+  for (const int value : {1, 3}) {
+    defaults->setInteger(value, "key");
+    EXPECT_EQ(ownSegments().size(), 0u);
+    stage = value;
+    waitFor(stage, value + 1);
+    EXPECT_EQ(defaults->integerForKey("key"), value + 1);
+  }
+  EXPECT_EQ(other.end(), 0);
 }
 
 // For example, a process in another container, which has other shared words.
