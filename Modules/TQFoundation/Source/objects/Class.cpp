@@ -30,7 +30,7 @@ struct NamedClass {
 };
 
 template <class T>
-constexpr NamedClass named() noexcept {
+consteval NamedClass named() noexcept {
   return {classOf<T>.codingName(), &classOf<T>};
 }
 

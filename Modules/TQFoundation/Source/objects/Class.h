@@ -79,10 +79,10 @@ class TQ_EXPORT Class {
  public:
   /// Makes the record of T below Parent from the members of T.
   template <class T, class Parent>
-  [[nodiscard]] static constexpr Class make() noexcept;
+  [[nodiscard]] static consteval Class make() noexcept;
 
   /// Makes the record of Object.
-  [[nodiscard]] static constexpr Class makeRoot() noexcept {
+  [[nodiscard]] static consteval Class makeRoot() noexcept {
     Class root;
     root.name_ = root.codingName_ = "Object";
     return root;
@@ -164,12 +164,12 @@ namespace detail {
 
 template <class T>
 struct RecordOf {
-  static constexpr Class make() noexcept { return Class::make<T, typename T::ParentClass>(); }
+  static consteval Class make() noexcept { return Class::make<T, typename T::ParentClass>(); }
 };
 
 template <>
 struct RecordOf<Object> {
-  static constexpr Class make() noexcept { return Class::makeRoot(); }
+  static consteval Class make() noexcept { return Class::makeRoot(); }
 };
 
 }  // namespace detail
@@ -179,7 +179,7 @@ template <class T>
 TQ_EXPORT inline constexpr Class classOf = detail::RecordOf<T>::make();
 
 template <class T, class Parent>
-constexpr Class Class::make() noexcept {
+consteval Class Class::make() noexcept {
   Class record;
   record.name_ = T::className;
   record.parent_ = &classOf<Parent>;

@@ -11,7 +11,7 @@ namespace {
 
 /// The symbol of every value of an alphabet: the one with the largest base up to the value.
 template <std::size_t values, std::size_t symbols>
-constexpr std::array<std::uint8_t, values> symbolTable(const Alphabet<symbols>& alphabet) {
+consteval std::array<std::uint8_t, values> symbolTable(const Alphabet<symbols>& alphabet) {
   std::array<std::uint8_t, values> table{};
   std::uint8_t symbol = 0;
   for (std::uint32_t value = 0; value < values; ++value) {
