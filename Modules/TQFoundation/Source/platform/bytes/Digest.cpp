@@ -72,32 +72,29 @@ std::optional<SHA1Digest> sha1DigestOfFile(const URL& url, Ref<Error>* error) {
   std::size_t size = 0;
   const Ref<FileHandle> file = detail::openRegularFile(url, size, error);
   if (file == nullptr) return std::nullopt;
+  const auto fail = [&](const auto&... reason) {
+    setOutError(error, detail::fileError(detail::FileUse::reading, url, reason...));
+    return std::nullopt;
+  };
   std::string reason;
   const Crypto* const crypto = detail::lazyLibrary<Crypto>(reason);
-  if (crypto == nullptr) {
-    setOutError(error, detail::fileError(detail::FileUse::reading, url, ELIBACC, reason));
-    return std::nullopt;
-  }
+  if (crypto == nullptr) return fail(ELIBACC, reason);
   const std::unique_ptr<EVP_MD_CTX, void (*)(EVP_MD_CTX*)> context(crypto->EVP_MD_CTX_new(),
                                                                    crypto->EVP_MD_CTX_free);
   bool isWhole = context != nullptr && crypto->sha1 != nullptr &&
                  crypto->EVP_DigestInit_ex2(context.get(), crypto->sha1, nullptr) == 1;
-  int failure = isWhole ? 0 : ENOTSUP;
   std::vector<std::byte> piece(kPiece);
-  while (isWhole) {
-    const ssize_t count = ::read(file->fileDescriptor(), piece.data(), piece.size());
+  for (ssize_t count = 1; isWhole && count != 0;) {
+    count = ::read(file->fileDescriptor(), piece.data(), piece.size());
     if (count < 0 && errno == EINTR) continue;
-    if (count == 0) break;
-    failure = count < 0 ? errno : 0;
-    isWhole = count > 0 && crypto->EVP_DigestUpdate(context.get(), piece.data(),
-                                                    static_cast<std::size_t>(count)) == 1;
+    if (count < 0) return fail(errno);
+    isWhole =
+        crypto->EVP_DigestUpdate(context.get(), piece.data(), static_cast<std::size_t>(count)) == 1;
   }
   SHA1Digest digest;
   auto* const out = reinterpret_cast<unsigned char*>(digest.data());
   if (!isWhole || crypto->EVP_DigestFinal_ex(context.get(), out, nullptr) != 1) {
-    setOutError(error,
-                detail::fileError(detail::FileUse::reading, url, failure != 0 ? failure : ENOTSUP));
-    return std::nullopt;
+    return fail(ENOTSUP);
   }
   return digest;
 }
