@@ -265,6 +265,7 @@ TEST(BezierIntersections, OverlapsOfLoopsAndOfCurvesThatTurnBack) {
       {"turning back", turning, straight({0, 0}, {5, 10}), {{0, 0}, {0.5, 1}, {1, 0}}},
       {"beyond the turn", turning, straight({6, 12}, {0, 0}), {{0, 1}, {0.5, 1.0 / 6}, {1, 1}}},
       {"lines in part", line, straight({1, 1}, {9, 9}), {{0.25, 0}, {1, 0.375}}},
+      {"level", straight({0, 2}, {4, 2}), straight({1, 2}, {9, 2}), {{0.25, 0}, {1, 0.375}}},
   };
   for (const auto& [name, a, b, expected] : cases) {
     SCOPED_TRACE(name);
