@@ -194,6 +194,15 @@ TEST_F(FileServices, TemporaryFoldersAreRemovedWithTheirContent) {
   }
   EXPECT_FALSE(fs::exists(path));
   EXPECT_EQ(directory.read("outside"), "stays");
+
+  const char* const configured = ::getenv("TMPDIR");
+  const std::string before = configured != nullptr ? configured : "";
+  ::setenv("TMPDIR", directory.path("none").c_str(), 1);
+  EXPECT_EQ(TemporaryFolder::temporaryFolder(&error), nullptr);
+  EXPECT_EQ(codeOf(error), 4);
+  ::setenv("TMPDIR", "relative", 1);
+  EXPECT_TRUE(TemporaryFolder::temporaryFolder()->url().path().starts_with("/tmp/tq-"));
+  before.empty() ? ::unsetenv("TMPDIR") : ::setenv("TMPDIR", before.c_str(), 1);
 }
 
 }  // namespace

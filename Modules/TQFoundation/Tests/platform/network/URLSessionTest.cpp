@@ -234,6 +234,9 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
   // "hello", encoded by python3.
   const std::string gzip = fromHex("1f8b0800000000000203cb48cdc9c9070086a6103605000000");
   const std::string zlib = fromHex("789ccb48cdc9c90700062c0215");
+  const std::string large(100'000, 'x');
+  const std::string largeGzip = fromHex("1f8b0800000000000203edc13101000000c2a0da8b6f0d0fa0") +
+                                std::string(96, '\x00') + fromHex("805703711107fea0860100");
   const auto coded = [](const std::string& body, const char* coding) {
     return LoopbackServer::page("200 OK", body,
                                 "Content-Encoding: " + std::string(coding) + "\r\n");
@@ -248,6 +251,7 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
   damaged[damaged.size() - 6] ^= 1;  // its checksum
   const test::Rows<const char*, std::string, const char*, const char*> cases{
       {"gzip", coded(gzip, "gzip"), "hello", ""},
+      {"long", coded(largeGzip, "gzip"), large.c_str(), ""},
       {"two members", coded(gzip + gzip, "x-gzip"), "hellohello", ""},
       {"zlib", coded(zlib, "deflate"), "hello", ""},
       {"raw deflate", coded(zlib.substr(2, zlib.size() - 6), "deflate"), "hello", ""},
