@@ -21,6 +21,8 @@ TEST(StringUniquer, ContinuesTheNumbersOfTakenNames) {
        "x 1234567890123456789 2",
        "x 1234567890123456789 copy"},
       {{"", " 2"}, "", " 3", " copy"},
+      {{" 7"}, " 7", " 7 2", " 7 copy"},
+      {{"Oval "}, "Oval ", "Oval  2", "Oval  copy"},
       {{"oval"}, "Oval", "Oval", "Oval copy"},
   };
   for (const auto& [taken, name, unique, copy] : cases) {

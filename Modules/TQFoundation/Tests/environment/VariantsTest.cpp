@@ -53,7 +53,9 @@ TEST_F(Variant, MatchesTheCurrentVariant) {
 
 TEST_F(Variant, DelegatesMayRemoveThemselves) {
   LRVariant::setDelegate(makeRef<FixedVariant>(4, true));
+  EXPECT_NE(LRVariant::delegate(), nullptr);
   EXPECT_EQ(LRVariant::current()->rawValue(), 4);
+  EXPECT_EQ(LRVariant::delegate(), nullptr);
   EXPECT_EQ(LRVariant::current(), LRVariant::final());
 }
 
@@ -81,6 +83,7 @@ TEST_F(Variant, IsASet) {
       EXPECT_EQ(a->isDisjoint(*b), both.none());
       EXPECT_EQ(a->isEmpty(), x == 0);
       EXPECT_EQ(a->isEqual(*b), x == y);
+      EXPECT_TRUE(x != y || a->hash() == b->hash());
 
       Ref<LRVariant> set = a;
       const auto [inserted, member] = LRVariant::insert(set, b);
