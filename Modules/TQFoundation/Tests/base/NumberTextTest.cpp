@@ -25,7 +25,7 @@ void expectAsPrinted(double value) {
   ASSERT_EQ(text<writeDouble17>(value), printed("%.17g", value));
 }
 
-TEST(NumberText, AgreesWithTheCLibraryOnMillionsOfRandomDoubles) {
+TEST(NumberTextStress, AgreesWithTheCLibraryOnMillionsOfRandomDoubles) {
   constexpr unsigned kSeed = 20260;
   SCOPED_TRACE(kSeed);
   std::mt19937_64 random(kSeed);

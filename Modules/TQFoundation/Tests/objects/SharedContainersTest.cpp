@@ -83,7 +83,7 @@ TEST(SharedContainers, AreComparedOnce) {
   EXPECT_FALSE(wide("a")->isEqual(*wide("b")));
 }
 
-TEST(SharedContainers, MayBeAMillionDeep) {
+TEST(SharedContainersStress, MayBeAMillionDeep) {
   for (std::size_t form = 0; form < std::size(kPairs); ++form) {
     SCOPED_TRACE(form);
     const Ref<Object> same = deep(form);
