@@ -16,6 +16,28 @@ namespace {
 
 using namespace test;
 
+/// A segment of shared memory, as the command ipcs lists it.
+struct Segment {
+  key_t key = 0;
+  int id = 0;
+  std::size_t size = 0;
+};
+
+/// Returns the segments that a process with the number of this one has created or used last.
+std::vector<Segment> segments() {
+  std::vector<Segment> own;
+  std::ifstream list("/proc/sysvipc/shm");
+  std::string line;
+  std::getline(list, line);  // the headings
+  while (std::getline(list, line)) {
+    Segment each;
+    int mode = 0, creator = 0, last = 0;
+    std::istringstream(line) >> each.key >> each.id >> mode >> each.size >> creator >> last;
+    if (creator == ::getpid() || last == ::getpid()) own.push_back(each);
+  }
+  return own;
+}
+
 struct SickPreferences : SuiteTest {
   /// A process writes `old` and is killed: the value is only in the write-ahead log.
   void leaveUncheckpointed(std::int64_t old) const {
@@ -37,32 +59,21 @@ struct SickPreferences : SuiteTest {
       EXPECT_TRUE(defaults->synchronize());
     }
   }
-};
-
-/// A segment of shared memory, as the command ipcs lists it.
-struct Segment {
-  key_t key = 0;
-  int id = 0;
-  std::size_t size = 0;
-};
-
-/// Returns the segments that this process has created or used last.
-std::vector<Segment> ownSegments() {
-  std::vector<Segment> own;
-  std::ifstream list("/proc/sysvipc/shm");
-  std::string line;
-  std::getline(list, line);  // the headings
-  while (std::getline(list, line)) {
-    Segment each;
-    int mode = 0, creator = 0, last = 0;
-    std::istringstream(line) >> each.key >> each.id >> mode >> each.size >> creator >> last;
-    if (creator == ::getpid() || last == ::getpid()) own.push_back(each);
+  /// Returns the segments that this process has created or used last.
+  [[nodiscard]] std::vector<Segment> ownSegments() const {
+    std::vector<Segment> own = segments();
+    std::erase_if(own, [this](const Segment& each) {
+      return std::ranges::find(ofKilled, each.id, &Segment::id) != ofKilled.end();
+    });
+    return own;
   }
-  return own;
-}
-void removeSegments() {
-  for (const Segment& each : ownSegments()) ::shmctl(each.id, IPC_RMID, nullptr);
-}
+  void removeSegments() const {
+    for (const Segment& each : ownSegments()) ::shmctl(each.id, IPC_RMID, nullptr);
+  }
+
+  // Left behind by killed processes, of which one had the same number.
+  const std::vector<Segment> ofKilled = segments();
+};
 
 TEST_F(SickPreferences, RemovedWordsAreReplaced) {
   Ref<UserDefaults> defaults = open();
