@@ -441,7 +441,9 @@ bool PreferenceStore::openToWrite() {
 /// that this process knows, are saved again with the next change.
 bool PreferenceStore::setAside(const std::string& reason) {
   const std::string path = databasePath(path_);
-  const std::string fault = reason;  // the database's own one changes
+  // Begun before the database is used, which changes its fault.
+  std::string message =
+      "The preferences " + path + " are damaged (" + reason + ") and were renamed to ";
   database_.closeUnchanged();
   const bool isCurrent = shared_ != nullptr && entriesGeneration_ == words_.load()->generation;
   if (!isCurrent) {
@@ -459,8 +461,7 @@ bool PreferenceStore::setAside(const std::string& reason) {
   ::rename((path + "-wal").c_str(), (aside + "-wal").c_str());
   ::unlink((path + "-shm").c_str());
   incarnation_ = words_.load()->incarnation.fetch_add(1) + 1;
-  messages_.push_back({LogLevel::fault, "The preferences " + path + " are damaged (" + fault +
-                                            ") and were renamed to " + aside + "."});
+  messages_.push_back({LogLevel::fault, std::move(message) + aside + "."});
   saveAllAgain();
   return true;
 }
