@@ -36,7 +36,7 @@ tq_add_room_tests(TQFilesFault
 tq_add_room_tests(TQLazyLibraries
   ${CMAKE_CURRENT_LIST_DIR}/libraries/LazyLibrariesTest.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/Source/platform/libraries/LazyLibrary.cpp)
-include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
+include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake")
 
 # Services of the system. Some tests make its writes fail, or access the database directly.
 tq_add_room_tests(TQServices

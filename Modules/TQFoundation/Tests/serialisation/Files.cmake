@@ -6,5 +6,5 @@ target_link_libraries(TQPythonPeer PRIVATE TQFoundation)
 add_test(NAME serialisation.python
   COMMAND "${TQ_PYTHON}" "${CMAKE_CURRENT_LIST_DIR}/python.py" "$<TARGET_FILE:TQPythonPeer>")
 set_tests_properties(serialisation.python PROPERTIES LABELS quick TIMEOUT 120)
-include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake" OPTIONAL)
-include("${CMAKE_CURRENT_LIST_DIR}/Compression.cmake" OPTIONAL)
+include("${CMAKE_CURRENT_LIST_DIR}/Json.cmake")
+include("${CMAKE_CURRENT_LIST_DIR}/Compression.cmake")

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/geometry/curves/detail/BezierAxis.h>
 
 namespace tq {
@@ -38,7 +39,10 @@ TQPolynomialRoots zeros(const detail::BezierAxis<N>& p) noexcept {
   if (!(least <= 0 && most >= 0) || least == most) return {};
   const double touch = 4 * std::numeric_limits<double>::epsilon() * (most - least);
   TQPolynomialRoots result;
-  const auto report = [&result](double t) { result.roots[result.count++] = t; };  // once a step
+  const auto report = [&result](double t) {
+    TQ_ASSERT(result.count < 3);  // one for each monotone interval at most
+    result.roots[result.count++] = t;
+  };
   const auto step = [&](double from, double fromValue, double to, double toValue) {
     if (fromValue == 0) report(from);
     if ((fromValue < 0 && toValue > 0) || (fromValue > 0 && toValue < 0)) {

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/platform/bytes/lzfse/MatchFinder.h>
 
 namespace tq::lzfse {
@@ -87,7 +88,8 @@ class OpcodeWriter {
       byte(form | kLargeForm);
       byte(d);
       byte(d >> 8);
-    } else {  // has room for distances below 16384: all of so short data
+    } else {
+      static_assert(kMostLZVNPlain < 16384);  // this form holds shorter distances only
       const auto more = static_cast<unsigned>(length - kShortestMatch);
       byte(kMediumForm | static_cast<unsigned>(run.size()) << 3 | more >> 2);
       byte(d << 2 | (more & 3));
@@ -183,6 +185,7 @@ class ShortFinder {
 // As in the encoder of LZFSE blocks, a match is held until the next one is known. The better one is
 // the one that saves more bytes, since opcodes differ in length.
 std::size_t encodeLZVN(std::span<const std::byte> plain, std::span<std::byte> opcodes) {
+  TQ_ASSERT(plain.size() <= kMostLZVNPlain);
   const std::unique_ptr<ShortFinder> finder(new (std::nothrow) ShortFinder(plain));
   if (finder == nullptr) return 0;
   OpcodeWriter writer(opcodes);

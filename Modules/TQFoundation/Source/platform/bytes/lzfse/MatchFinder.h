@@ -12,6 +12,7 @@
 #include <new>
 #include <span>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/platform/bytes/lzfse/Format.h>
 
 namespace tq::lzfse {
@@ -61,6 +62,7 @@ class MatchFinder {
         size_(plain.size()),
         shift_(64 - setBits(plain.size())),
         sets_(new (std::nothrow) Set[std::size_t{1} << setBits(plain.size())]) {
+    TQ_ASSERT(size_ > kTail);
     shortest_.fill(kShortest);
   }
 
