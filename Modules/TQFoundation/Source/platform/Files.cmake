@@ -84,6 +84,7 @@ tq_room(platform
   files/FileError.cpp files/FileError.h
   files/RegularFile.h
   files/SafeFile.cpp files/SafeFile.h
+  files/StandardStreams.cpp files/StandardStreams.h
   json/JSONDocument.cpp json/JSONDocument.h
   json/JSONObjectBuilder.cpp json/JSONObjectBuilder.h
   json/JSONParser.cpp json/JSONParser.h

@@ -139,6 +139,7 @@ Found findArchive(const fs::path& folder) {
 
 void openLog(const fs::path& folder) {
   const int log = ::open((folder / "file").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
+  if (log == STDERR_FILENO) return;  // it was closed
   ::dup2(log, STDERR_FILENO);
   ::close(log);
 }
@@ -232,6 +233,7 @@ void failWrites(const Place& at) {
   if (!at.isOwnDisk) failCalls(1, How::stays_failed);
 }
 bool endCalls() { return FailingSystemCalls::disarm(); }
+std::optional<std::jthread> logging;
 
 // Where the system permits no mount, the first one is brought by permissions.
 const Sickness kSicknesses[] = {
@@ -268,6 +270,14 @@ const Sickness kSicknesses[] = {
     {"no descriptors", Kind::inside, nullptr, nullptr, [](auto&) { test::allowDescriptors(0); },
      [] { return test::allowDescriptors(1000), true; }},
 #endif
+    {"no standard error", Kind::inside, nullptr, nullptr,
+     [](auto&) {
+       ::close(STDERR_FILENO);
+       logging.emplace([](const std::stop_token& end) {
+         while (!end.stop_requested()) plainLog("a message that nobody sees");
+       });
+     },
+     [] { return logging.reset(), true; }},
     {"clock set back", Kind::inside, nullptr, nullptr,
      [](auto&) { test::wallClockOffset = -400 * 86'400; },
      [] { return test::wallClockOffset = 0, true; }},

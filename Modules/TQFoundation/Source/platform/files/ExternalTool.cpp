@@ -17,6 +17,7 @@
 #include <utility>
 
 #include <TQFoundation/platform/files/FileHandle.h>
+#include <TQFoundation/platform/files/StandardStreams.h>
 
 namespace tq {
 namespace {
@@ -153,6 +154,7 @@ class Run {
 
   /// @return 0 or the system's error number
   int start() {
+    detail::occupyStandardStreams();
     Pipe input;
     Pipe output;
     Pipe errorOutput;

@@ -7,9 +7,11 @@
 #include <string>
 
 #include <TQFoundation/platform/files/FileError.h>
+#include <TQFoundation/platform/files/StandardStreams.h>
 
 namespace tq {
 Ref<FileHandle> FileHandle::fileHandleForWritingToURL(const URL& url, Ref<Error>* error) {
+  detail::occupyStandardStreams();
   int descriptor = -1;
   int failure = EINVAL;  // a NUL would end the path
   if (url.path().find('\0') == std::string::npos) {

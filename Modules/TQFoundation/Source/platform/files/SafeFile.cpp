@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <TQFoundation/platform/files/FileHandle.h>
+#include <TQFoundation/platform/files/StandardStreams.h>
 #include <TQFoundation/platform/threads/Random.h>
 
 namespace tq::detail {
@@ -50,6 +51,7 @@ class FolderLock {
 class Successor {
  public:
   Successor(const std::string& path, mode_t mode) : folder_(folderOfPath(path)) {
+    occupyStandardStreams();
     descriptor_ = ::open(folder_.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
     ownPath_ = "/proc/self/fd/" + std::to_string(descriptor_);
     if (descriptor_ >= 0 && ::access(ownPath_.c_str(), F_OK) != 0) {
@@ -134,6 +136,7 @@ std::string folderOfPath(const std::string& path) {
 }
 
 int makeFile(const std::string& path, mode_t mode) {
+  occupyStandardStreams();
   return ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
 }
 

@@ -15,6 +15,7 @@
 #include <TQFoundation/platform/bytes/Digest.h>
 #include <TQFoundation/platform/files/FileError.h>
 #include <TQFoundation/platform/files/SafeFile.h>
+#include <TQFoundation/platform/files/StandardStreams.h>
 #include <TQFoundation/platform/text/Base64.h>
 
 namespace tq::detail {
@@ -101,6 +102,7 @@ std::unique_ptr<PartialFile> PartialFile::open(const URL& file, std::string_view
 // replacement of a file is private from its first byte on.
 int PartialFile::openLocked(bool isReplacement) {
   constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  occupyStandardStreams();
   for (int tries = 0; tries < kMostTries; ++tries) {
     const mode_t mode = isReplacement ? kOwnersOnly : kByUmask;
     descriptor_ = ::open(path_.c_str(), kFlags);

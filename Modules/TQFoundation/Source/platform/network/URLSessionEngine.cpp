@@ -9,6 +9,7 @@
 #include <thread>
 #include <utility>
 
+#include <TQFoundation/platform/files/StandardStreams.h>
 #include <TQFoundation/platform/libraries/LazyLibrary.h>
 #include <TQFoundation/platform/network/detail/URLSessionEngine.h>
 #include <TQFoundation/platform/network/detail/URLTransfer.h>
@@ -104,6 +105,7 @@ URLSession::Engine::~Engine() = default;
 
 void URLSession::Engine::submit(Ref<URLSessionDataTask> task) noexcept {
   if (library_->missing != nullptr) return URLTransfer::refuse(*task, library_->missing);
+  detail::occupyStandardStreams();
   try {
     const Locked guard(lock_);
     if (!isRunning_) std::thread([this] { run(); }).detach();

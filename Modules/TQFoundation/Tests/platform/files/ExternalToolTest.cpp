@@ -6,6 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <TQFoundation/platform/log/PlainLog.h>
+
+#include "support/Child.h"
 #include "support/Descriptors.h"
 #include "support/Errors.h"
 #include "support/FailingSystemCalls.h"
@@ -96,6 +99,24 @@ TEST(ExternalTool, ReportsWhyItDidNotEnd) {
 }
 
 // The pipe hangs up once its last writer has ended.
+// In any combination. What the process logs meanwhile is not input of the tool.
+TEST(ExternalTool, StandardStreamsMayBeClosed) {
+  for (unsigned closed = 1; closed < 8; ++closed) {
+    test::Child child([&] {
+      for (int stream = 0; stream < 3; ++stream) {
+        if ((closed >> stream & 1) != 0) ::close(stream);
+      }
+      const std::string input(200'000, 'x');
+      std::jthread logging([](const std::stop_token& end) {
+        while (!end.stop_requested()) plainLog("a message that nobody sees");
+      });
+      const auto result = runExternalTool(shell("cat", input));
+      EXPECT_TRUE(result && result->output->view() == input);
+    });
+    EXPECT_EQ(child.end(), 0) << closed;
+  }
+}
+
 TEST(ExternalTool, ItsWholeGroupIsKilledWithIt) {
   const test::TemporaryDirectory directory;
   ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);

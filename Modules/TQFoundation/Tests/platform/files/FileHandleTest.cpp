@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <TQFoundation/platform/files/FileReading.h>
+#include <TQFoundation/platform/log/PlainLog.h>
 
 #include "support/Bytes.h"
+#include "support/Child.h"
 #include "support/Errors.h"
 #include "support/TemporaryDirectory.h"
 
@@ -42,6 +44,19 @@ TEST(FileHandle, ClosesOnlyWhatItOwnsAndOnlyOnce) {
   owner->closeFile();
   EXPECT_TRUE(isOpen(next));
   ::close(next);
+}
+
+TEST(FileHandle, IsNotTakenForAClosedStandardError) {
+  const test::TemporaryDirectory directory;
+  const Ref<URL> url = URL::fileURLWithPath(directory.write("x", "0123456789"));
+  Child child([&] {
+    ::close(STDERR_FILENO);
+    const Ref<FileHandle> file = FileHandle::fileHandleForWritingToURL(*url);
+    plainLog("a message that nobody sees");
+    EXPECT_EQ(writeOnce(file->fileDescriptor(), bytesOf("abc")).count, 3);
+  });
+  EXPECT_EQ(child.end(), 0);
+  EXPECT_EQ(directory.read("x"), "abc3456789");
 }
 
 TEST(FileReading, ReadsWholeFiles) {

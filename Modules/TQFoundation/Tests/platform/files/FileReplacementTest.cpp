@@ -158,6 +158,15 @@ TEST(FileReplacement, WithoutAnOldFileTheMaskAndTheFolderDecide) {
   EXPECT_EQ(fs::status(directory.path("new")).permissions(), fs::perms(0640));
 }
 
+TEST(FileReplacement, TheFolderNeedNotBeReadable) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root, to act as another user";
+  const TemporaryDirectory directory;
+  fs::permissions(directory.path(""), fs::perms(0733));
+  const Ref<URL> file = URL::fileURLWithPath(directory.path("new"));
+  EXPECT_TRUE(as(kStranger, [&] { return replaceFile(*file, bytesOf("x")); }));
+  EXPECT_EQ(directory.read("new"), "x");
+}
+
 // An attribute that cannot be set because the disk is full fails the replacement.
 TEST(FileReplacementFault, AttributesAreKeptOrTheOldFileStays) {
   const TemporaryDirectory directory;
