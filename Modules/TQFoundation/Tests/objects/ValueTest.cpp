@@ -41,6 +41,11 @@ TEST(Hash, IsKeyedWithASecretOfTheProcess) {
   for (const auto& [object, foreseen] : cases) {
     EXPECT_NE(object->hash(), foreseen) << object->description();
   }
+  std::unordered_set<std::size_t> ofZeros;
+  for (const std::size_t length : {0, 1, 2, 7, 8, 9, 16, 17}) {
+    ofZeros.insert(Data::dataWithBytes(std::string(length, '\0'))->hash());
+  }
+  EXPECT_EQ(ofZeros.size(), 8u);
   // The hash covers signature and bytes separately.
   const std::string_view text = "ab";
   EXPECT_NE(Value::valueWithBytes(text, std::as_bytes(std::span(text)))->hash(),

@@ -264,6 +264,10 @@ TEST(BezierIntersections, OverlapsOfLoopsAndOfCurvesThatTurnBack) {
       {"pieces apart", pieceOf(loop, 0.2, 0.4), pieceOf(loop, 0.5, 0.8), {}},
       {"turning back", turning, straight({0, 0}, {5, 10}), {{0, 0}, {0.5, 1}, {1, 0}}},
       {"beyond the turn", turning, straight({6, 12}, {0, 0}), {{0, 1}, {0.5, 1.0 / 6}, {1, 1}}},
+      {"turns that touch",
+       cubic({0, 0}, {2, 0}, {2, 0}, {0, 0}),
+       cubic({3, 0}, {1, 0}, {1, 0}, {3, 0}),
+       {{0.5, 0.5}}},
       {"lines in part", line, straight({1, 1}, {9, 9}), {{0.25, 0}, {1, 0.375}}},
       {"level", straight({0, 2}, {4, 2}), straight({1, 2}, {9, 2}), {{0.25, 0}, {1, 0.375}}},
   };

@@ -27,13 +27,16 @@ TEST(Line, CoordinatesFollowTheEquation) {
 }
 
 TEST(Line, RelationsKeepTheirThresholds) {
-  EXPECT_FALSE(TQLineEqualToLine({0, 0, 0}, {0, 0, 1e-9}));
+  for (const TQLine& other : {TQLine{1e-9, 0, 0}, TQLine{0, 1e-9, 0}, TQLine{0, 0, 1e-9}}) {
+    EXPECT_FALSE(TQLineEqualToLine({0, 0, 0}, other));
+  }
   EXPECT_FALSE(TQLineEqualToLine({0, 1, 0}, {0, 1 + 1.1e-9, 0}));
   EXPECT_TRUE(TQLineEqualToLine({1, 1, 1}, {1, 1, 1 + 9e-10}));
   EXPECT_TRUE(TQLineIsCollinearWithLine({1, 0, 0}, {2, 0, 5}));
   EXPECT_FALSE(TQLineIsCollinearWithLine({1, 0, 0}, {-1, 0, 0}));
   EXPECT_TRUE(TQLineIsPerpendicularToLine({3, 4, 1}, {-8, 6, 2}));
   EXPECT_FALSE(TQLineIsPerpendicularToLine({1, 0, 0}, {0.01, 1, 0}));
+  EXPECT_TRUE(TQLineIsPerpendicularToLine({1, 0, 0}, {0.001, std::sqrt(1 - 1e-6), 0}));
   EXPECT_EQ(TQLineDotProduct({1e-10, 0, 0}, {5, 0, 0}), 1e-10);  // too short to normalise
   EXPECT_TRUE(TQLineIsParallelToLine({1, 0.001, 0}, {-5, 0, 0}));
   EXPECT_FALSE(TQLineIsParallelToLine({1, 2, 0}, {1, -2, 0}));
@@ -179,8 +182,14 @@ TEST(Line, PolarAnglesAreBroughtIntoATurn) {
 }
 
 TEST(Line, PointsAreFoundByDistanceAndBySide) {
-  EXPECT_TRUE(LRTriangleIsClockwise({0, 0}, {0, 1}, {1, 0}));
   EXPECT_FALSE(LRTriangleIsClockwise({0, 0}, {1, 1}, {2, 2}));
+  RandomBezier random(7);
+  for (int i = 0; i < 100; ++i) {
+    const Point p = random.point(9), q = random.point(9), r = random.point(9);
+    const double twiceTheArea = (q.x - p.x) * (r.y - p.y) - (q.y - p.y) * (r.x - p.x);
+    if (std::fabs(twiceTheArea) < 1e-9) continue;
+    EXPECT_EQ(LRTriangleIsClockwise(p, q, r), twiceTheArea < 0);
+  }
   const Point beside = TQPointAtDistanceAndSlopeFromPoint(2, kPi / 6, {1, 1});
   EXPECT_DOUBLE_EQ(beside.x, 1 + std::sqrt(3));
   EXPECT_DOUBLE_EQ(beside.y, 2);

@@ -230,6 +230,9 @@ TEST(BinaryPropertyList, RefusesInvalidTrailers) {
   anyVersion[7] = '7';
   EXPECT_TRUE(Reader::open(bytesOf(anyVersion), 4));
   const std::size_t trailer = good.size() - 32;
+  std::string otherTop = good;
+  otherTop.replace(trailer + 16, 8, test::fromHex("0102030405060708"));
+  EXPECT_EQ(Reader::open(bytesOf(otherTop), 4)->top(), 0x0102030405060708u);
   const std::pair<std::size_t, char> faults[] = {
       {0, 'B'},          {6, 'X'},           {trailer + 6, 0},       {trailer + 6, 9},
       {trailer + 7, 0},  {trailer + 7, 16},  {trailer + 8, 1},       {trailer + 15, 2},

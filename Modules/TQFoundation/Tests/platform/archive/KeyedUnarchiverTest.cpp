@@ -264,6 +264,18 @@ TEST(KeyedUnarchiver, RefusesRecordsWithoutTheirMembers) {
   }
 }
 
+TEST(KeyedUnarchiver, ListsTheMembersThatNobodyAskedFor) {
+  Class::registerClass<Host>();
+  ByHand archive = {"{first=3 name=3 $$mine=3 $class=2 last=3}", "@Host", "'x'"};
+  ASSERT_TRUE(archive.read());
+  UnreadContent unread;
+  ASSERT_TRUE(
+      KeyedUnarchiver::unarchiveRootObject(archive.bytes->bytes(), nullptr, {}, nullptr, &unread));
+  std::set<std::string> members;
+  for (const UnreadContent::Entry& entry : unread.entries()) members.insert(entry.member);
+  EXPECT_EQ(members, (std::set<std::string>{"first", "$mine", "last"}));
+}
+
 // Whatever a damaged archive is read as is an object like any other.
 TEST(KeyedUnarchiver, DamageIsRefusedOrGivesAnObject) {
   Class::registerClass<Host>();

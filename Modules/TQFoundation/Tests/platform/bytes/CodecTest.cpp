@@ -209,11 +209,13 @@ TEST(LZFSEStream, ChecksTheOpcodesOfShortData) {
   };
   for (const auto& [hex, added] : cases) {
     const std::string opcodes = "\xe1x" + fromHex(hex) + fromHex("0600000000000000");
-    const std::string plain = added != nullptr ? std::string("x") + added : "xxxx";
-    const std::string stream =
-        "bvxn" + littleEndian(plain.size(), 4) + littleEndian(opcodes.size(), 4) + opcodes + "bvx$";
-    EXPECT_EQ(unpacked(lzfseCodec, stream, plain.size()).has_value(), added != nullptr) << hex;
-    EXPECT_EQ(unpacked(lzfseCodec, stream, plain.size()).value_or(plain), plain) << hex;
+    for (const int size : {4, 400}) {  // of what an invalid opcode stands in
+      const std::string plain = added != nullptr ? std::string("x") + added : repeated("x", size);
+      const std::string stream = "bvxn" + littleEndian(plain.size(), 4) +
+                                 littleEndian(opcodes.size(), 4) + opcodes + "bvx$";
+      EXPECT_EQ(unpacked(lzfseCodec, stream, plain.size()).has_value(), added != nullptr) << hex;
+      EXPECT_EQ(unpacked(lzfseCodec, stream, plain.size()).value_or(plain), plain) << hex;
+    }
   }
   EXPECT_FALSE(
       unpacked(lzfseCodec, "bvxn" + fromHex("00000000 08000000 0600000000000000") + "bvx$", 0));

@@ -178,6 +178,9 @@ TEST(RunLoop, HostsMayRunTheContextThemselves) {
   });
   loop.runOnce();
   EXPECT_THAT(trace.take(), ElementsAre("nested", "outer"));
+  loop.performBlock(trace.says("by the host"));
+  EXPECT_TRUE(hostPass());
+  EXPECT_THAT(trace.take(), ElementsAre("by the host"));
 }
 
 TEST(RunLoop, EndsWithItsThread) {

@@ -98,6 +98,8 @@ class URLSessionTest : public testing::Test {
       {"/chunked", says(kChunked + "3\r\nabc\r\n2\r\nde\r\n0\r\nX-Trailer: 1\r\n\r\n")},
       {"/there", says(LoopbackServer::page("302 Found", "moved", "Location: /echo\r\n"))},
       {"/other", says(LoopbackServer::page("303 See Other", "", "Location: /echo\r\n"))},
+      {"/choices",
+       says(LoopbackServer::page("300 Multiple Choices", "two", "Location: /echo\r\n"))},
       {"/round", says(LoopbackServer::page("302 Found", "moved", "Location: /round\r\n"))},
       {"/file", says(LoopbackServer::page("302 Found", "", "Location: file:///etc/passwd\r\n"))},
       {"/large",
@@ -176,6 +178,7 @@ TEST_F(URLSessionTest, FollowsRedirectsWithinLimits) {
       {"/other", "PUT", "body", "GET  taste=sweet"},
       {"/other", "DELETE", nullptr, "GET  taste=sweet"},
       {"/other", "HEAD", nullptr, ""},
+      {"/choices", "GET", nullptr, "GET  taste=sweet"},
   };
   for (const auto& [path, method, body, answer] : cases) {
     EXPECT_EQ(fetch(path, method, body).body(), answer) << path << method;
@@ -289,6 +292,11 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
     EXPECT_EQ(outcome.error != nullptr ? outcome.error->localizedDescription() : "", text);
   }
   EXPECT_EQ(fetch(requestFor(liar.url("/0"), "HEAD")).code(), 0) << "it has no body";
+  for (const char* header : {"Accept-Encoding", "Range"}) {  // the body as it is
+    URLRequest request = requestFor(liar.url("/0"));
+    request.HTTPHeaderFields = {{header, "gzip"}};
+    EXPECT_EQ(fetch(request).body(), gzip) << header;
+  }
 }
 
 TEST_F(URLSessionTest, RefusesInvalidCertificates) {
@@ -419,6 +427,21 @@ TEST_F(URLSessionTest, ReleasesItsFunctionsAtItsEnd) {
     task = nullptr;
     released.get_future().get();
   }
+}
+
+TEST_F(URLSessionTest, ClosesItsConnectionsWhenItIsReleased) {
+  std::promise<void> closed;
+  const LoopbackServer keeping{{{"/", [&](const Socket& s, const Request&) {
+                                   s.send(headOf(1) + "x");
+                                   while (!s.receive().empty()) {
+                                   }
+                                   closed.set_value();
+                                 }}}};
+  EXPECT_EQ(fetch(requestFor(keeping.url("/"))).body(), "x");
+  std::future<void> end = closed.get_future();
+  EXPECT_EQ(end.wait_for(0s), std::future_status::timeout);
+  session = nullptr;
+  EXPECT_EQ(end.wait_for(60s), std::future_status::ready);
 }
 
 TEST_F(URLSessionTest, RunsTasksOfManyThreads) {

@@ -146,8 +146,36 @@ TEST_F(SickPreferences, OtherProgramsChangesAreSeenAfterSynchronizing) {
   defaults->setInteger(2, "old");
   EXPECT_EQ(defaults->integerForKey("old"), 2);
   execute("DELETE FROM preference");
+  EXPECT_EQ(defaults->integerForKey("old"), 2) << "each read asks the database";
   EXPECT_TRUE(defaults->synchronize());
   EXPECT_EQ(defaults->objectForKey("old"), nullptr);
+}
+
+TEST_F(SickPreferences, ReadersWhoMayNotWriteSeeTheOwnersChanges) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root, to act as another user";
+  auto& stage = shared<std::atomic<int>>();
+  const Ref<UserDefaults> owner = open();
+  owner->setInteger(1, "key");
+  EXPECT_TRUE(owner->synchronize());
+  fs::permissions(directory.path(""), fs::perms(0755));
+  fs::permissions(folder, fs::perms(0755));
+  for (const auto& file : fs::directory_iterator(folder)) fs::permissions(file, fs::perms(0644));
+  Child reader([&] {
+    EXPECT_EQ(::setresuid(65534, 65534, 65534), 0);
+    const Ref<UserDefaults> defaults = open();
+    for (const int value : {1, 2, 3}) {
+      waitFor(stage, value);
+      EXPECT_EQ(defaults->integerForKey("key"), value);
+      stage = -value;
+    }
+  });
+  for (const int value : {1, 2, 3}) {
+    owner->setInteger(value, "key");
+    EXPECT_TRUE(owner->synchronize());
+    stage = value;
+    for (int tries = 0; stage == value && tries < 1'000'000; ++tries) ::usleep(50);
+  }
+  EXPECT_EQ(reader.end(), 0);
 }
 
 TEST_F(SickPreferences, FilesMayBeCutBetweenRuns) {
