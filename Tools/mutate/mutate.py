@@ -6,21 +6,21 @@ the tests do not notice.
 
 Works in copies of the committed tree in build/mutate, one for each processor, which are built with
 UndefinedBehaviorSanitizer and the assertions of the C++ library. Not counted are changes that do not
-compile, changes that leave the optimised machine code as it was, and changes of reserved capacities. A
-change that makes the tests hang counts as noticed. The tests of the room run first, then those of the
-rooms that may use it and of callbacks, then the stress and fault suites of the room. The exit status is
-1 if the tests notice less than --least per cent. --again tries what survived in an earlier run, whose
-output is in the file.
+compile, changes that leave the optimised machine code as it was, changes of reserved capacities, and
+those in Equivalent.list, which no test can notice. A change that makes the tests hang counts as
+noticed. The tests of the room run first, then those of the rooms that may use it and of callbacks, then
+the sick machines, and the stress and fault suites of the room. The exit status is 1 if the tests notice
+less than --least per cent. --again tries what survived in an earlier run, whose output is in the file.
 """
 
 import argparse
 import collections
 import concurrent.futures
+import hashlib
 import json
 import os
 import pathlib
 import queue
-import random
 import re
 import shlex
 import shutil
@@ -30,8 +30,10 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORK = ROOT / "build/mutate"
+EQUIVALENT = ROOT / "Tools/mutate/Equivalent.list"
 MODULE = pathlib.Path("Modules/TQFoundation")
 LONG = "*Stress*:*Fault*"  # long suites, run last
+SICK = "*Sick*"  # which change the files of all services
 PRESET = "asan"  # changed to check undefined behaviour only, which makes the tests hardly slower
 
 SWAPS = {
@@ -159,7 +161,7 @@ class Copy:
     def learn(self):
         """Runs all tests without a change, and sets the limits of time by what they take."""
         for program in self.all_programs():
-            for suites in ("-" + LONG, LONG):
+            for suites in ("-" + LONG, LONG, SICK):
                 begin = time.monotonic()
                 if not self.passes([program], suites):
                     sys.exit(f"{program} fails without a change")
@@ -187,7 +189,8 @@ class Copy:
             passed = self.passes(own)
             if passed is None:
                 return "does not compile"
-            if not (passed and self.passes(others) and self.passes(own, LONG)):
+            if not (passed and self.passes(others) and self.passes(others, SICK)
+                    and self.passes(own, LONG)):
                 return "noticed"
             changed = self.machine_code(path)
         finally:
@@ -195,10 +198,28 @@ class Copy:
         return "no effect" if changed == self.machine_code(path) else "survived"
 
 
+def key_of(mutant):
+    """Returns (file, before, after), stripped."""
+    return str(mutant.file), mutant.before.strip(), mutant.after.strip()
+
+
+def rank_of(mutant, seed):
+    """Returns a random number that the seed and the change determine, whatever else is changed."""
+    return hashlib.sha256(repr((seed, *key_of(mutant))).encode()).digest()
+
+
 def survivors(report):
-    """Returns what survived according to the text of a report, as (file, before, after), stripped."""
-    found = re.findall(r"survived: (\S+):\d+ \S+\n  - (.*)\n  \+ (.*)\n", report)
-    return set(found)
+    """Returns the keys of what survived according to the text of a report."""
+    return set(re.findall(r"survived: (\S+):\d+ \S+\n  - (.*)\n  \+ (.*)\n", report))
+
+
+def equivalents(candidates):
+    """Returns the keys of the listed changes. Ends the program if one of them is not possible."""
+    listed = set(re.findall(r"^(\S+): .*\n  - (.*)\n  \+ (.*)\n", EQUIVALENT.read_text(), re.M))
+    gone = listed - {key_of(mutant) for mutant in candidates}
+    if gone:
+        sys.exit(f"{EQUIVALENT.name} lists changes of code that is gone: {sorted(gone)}")
+    return listed
 
 
 def main():
@@ -214,6 +235,7 @@ def main():
     options = parser.parse_args()
 
     copies = [Copy(number) for number in range(os.cpu_count())]
+    known = equivalents(copies[0].mutants(copies[0].rooms()))
     for copy in copies:
         copy.run("cmake", "--build", copy.build, "--target", *copy.all_programs())
         copy.learn()
@@ -222,6 +244,8 @@ def main():
         free.put(copy)
 
     def outcome_of(mutant):
+        if key_of(mutant) in known:
+            return "no effect"
         copy = free.get()
         try:
             return copy.outcome(mutant)
@@ -231,10 +255,9 @@ def main():
     candidates = list(copies[0].mutants(options.room or copies[0].rooms()))
     if options.again:
         wanted = survivors(options.again.read_text())
-        chosen = [mutant for mutant in candidates
-                  if (str(mutant.file), mutant.before.strip(), mutant.after.strip()) in wanted]
+        chosen = [mutant for mutant in candidates if key_of(mutant) in wanted]
     else:
-        chosen = random.Random(options.seed).sample(candidates, min(options.count, len(candidates)))
+        chosen = sorted(candidates, key=lambda mutant: rank_of(mutant, options.seed))[:options.count]
     tally, rooms = collections.Counter(), collections.defaultdict(collections.Counter)
     with concurrent.futures.ThreadPoolExecutor(len(copies)) as pool:
         for number, (mutant, outcome) in enumerate(zip(chosen, pool.map(outcome_of, chosen)), 1):
