@@ -42,7 +42,7 @@ TEST(Hash, IsKeyedWithASecretOfTheProcess) {
     EXPECT_NE(object->hash(), foreseen) << object->description();
   }
   std::unordered_set<std::size_t> ofZeros;
-  for (const std::size_t length : {0, 1, 2, 7, 8, 9, 16, 17}) {
+  for (const std::size_t length : {0u, 1u, 2u, 7u, 8u, 9u, 16u, 17u}) {
     ofZeros.insert(Data::dataWithBytes(std::string(length, '\0'))->hash());
   }
   EXPECT_EQ(ofZeros.size(), 8u);

@@ -60,6 +60,24 @@ TEST(JSONDocument, ReadsTheGrammar) {
   }
 }
 
+TEST(JSONDocument, ReadsNumbersOfEveryLengthLikeTheCLibrary) {
+  std::mt19937_64 random(1);
+  for (int i = 0; i < 20'000; ++i) {
+    std::string text(1, static_cast<char>('1' + random() % 9));
+    const std::size_t length = 1 + random() % 18;
+    while (text.size() < length) text += static_cast<char>('0' + random() % 10);
+    const std::size_t point = random() % (2 * length);
+    const bool hasPoint = point > 0 && point < length;
+    if (hasPoint) text.insert(point, ".");
+    if (random() % 2 == 0) text.insert(0, "-");
+    const NumberValue number = parsed("[" + text + "]")->root().first().number();
+    EXPECT_EQ(number.isFloating(), hasPoint) << text;
+    EXPECT_EQ(number.doubleValue(), std::strtod(text.c_str(), nullptr)) << text;
+    EXPECT_TRUE(hasPoint || number.integerValue() == std::strtoll(text.c_str(), nullptr, 10))
+        << text;
+  }
+}
+
 TEST(JSONDocument, RefusesEverythingElseAndSaysWhere) {
   const std::string nul(1, '\0');
   const test::Rows<std::string, std::vector<std::pair<std::string, int>>> cases{
