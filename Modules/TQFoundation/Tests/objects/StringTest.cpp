@@ -39,6 +39,13 @@ TEST(String, AcceptsOnlyWellFormedUTF8) {
 TEST(String, KeepsAndReportsUnpairedSurrogates) {
   const test::Rows<std::u16string_view, std::string_view, bool, std::string_view> cases{
       {u"\U0001F600", "\xF0\x9F\x98\x80", true, "\xF0\x9F\x98\x80"},
+      {u"\xD800\xDC00\xDBFF\xDFFF", "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", true,
+       "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+      {u"\xD7FF\xE000", "\xED\x9F\xBF\xEE\x80\x80", true, "\xED\x9F\xBF\xEE\x80\x80"},
+      {u"\xD800", "\xED\xA0\x80", false, "�"},
+      {u"\xDBFF", "\xED\xAF\xBF", false, "�"},
+      {u"\xDC00", "\xED\xB0\x80", false, "�"},
+      {u"\xDFFF", "\xED\xBF\xBF", false, "�"},
       {u"a\xD83D", "a\xED\xA0\xBD", false, "a�"},
       {u"\xDE00", "\xED\xB8\x80", false, "�"},
       {u"\xDE00\xD83D", "\xED\xB8\x80\xED\xA0\xBD", false, "��"},

@@ -217,6 +217,9 @@ TEST_F(URLSessionTest, ReportsFailuresByCode) {
     EXPECT_EQ(outcome.error->domain(), URLErrorDomain);
     const std::string found = outcome.error->localizedDescription();
     EXPECT_FALSE(found.starts_with("The operation couldn"));
+    const bool isOfConnection =
+        code == URLErrorNetworkConnectionLost || code == URLErrorCannotConnectToHost;
+    EXPECT_TRUE(!isOfConnection || outcome.error->userInfo().objectForKey(DebugDescriptionKey));
     EXPECT_TRUE(text.empty() || found == text) << found;
   }
   EXPECT_EQ(fetch(URLRequest()).code(), URLErrorBadURL);
