@@ -139,6 +139,10 @@ TEST(LZFSEStream, ChecksTheFieldsOfAHeader) {
     for (const std::int64_t value : bad) EXPECT_FALSE(isReadWith(at, value)) << at << ' ' << value;
     block = before;
   }
+  set(kLiterals, 512);
+  EXPECT_FALSE(isReadWith(kLiterals + 2, 512)) << "now a literal takes a bit";
+  block.insert(772, 8, '\0');
+  EXPECT_TRUE(isReadWith(20, 8)) << "and there are 64";
 }
 
 TEST(Stream, KnownAnswers) {

@@ -87,6 +87,28 @@ TEST_F(SickPreferences, RemovedWordsAreReplaced) {
   EXPECT_EQ(open()->integerForKey("new"), 3);
 }
 
+TEST_F(SickPreferences, ANewFolderInPlaceOfTheOldOneIsUsed) {
+  auto& stage = shared<std::atomic<int>>();
+  Child other([&] {
+    for (const int value : {1, 3}) {
+      waitFor(stage, value);
+      open()->setInteger(value + 1, "key");
+      stage = value + 1;
+    }
+  });
+  const Ref<UserDefaults> defaults = open();
+  for (const int value : {1, 3}) {
+    defaults->setInteger(value, "key");
+    EXPECT_TRUE(defaults->synchronize());
+    fs::rename(folder, folder + std::to_string(value));
+    stage = value;
+    waitFor(stage, value + 1);
+    EXPECT_TRUE(defaults->synchronize());
+    EXPECT_EQ(defaults->integerForKey("key"), value + 1);
+  }
+  EXPECT_EQ(other.end(), 0);
+}
+
 TEST_F(SickPreferences, SegmentsOfOtherProgramsAreNotUsed) {
   open()->setInteger(1, "key");  // creates the folder
   const Rows<const char*, std::size_t, int> cases{
