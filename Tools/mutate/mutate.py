@@ -9,8 +9,9 @@ UndefinedBehaviorSanitizer and the assertions of the C++ library. Not counted ar
 compile, changes that leave the optimised machine code as it was, changes of reserved capacities, and
 those in Equivalent.list, which no test can notice. A change that makes the tests hang counts as
 noticed. The tests of the room run first, then those of the rooms that may use it and of callbacks, then
-the sick machines, and the stress and fault suites of the room. The exit status is 1 if the tests notice
-less than --least per cent. --again tries what survived in an earlier run, whose output is in the file.
+the fault suites of these rooms, and the stress suites of the room. The exit status is 1 if the tests
+notice less than --least per cent. --again tries what survived in an earlier run, whose output is in the
+file.
 """
 
 import argparse
@@ -33,7 +34,7 @@ WORK = ROOT / "build/mutate"
 EQUIVALENT = ROOT / "Tools/mutate/Equivalent.list"
 MODULE = pathlib.Path("Modules/TQFoundation")
 LONG = "*Stress*:*Fault*"  # long suites, run last
-SICK = "*Sick*"  # which change the files of all services
+FAULTS = "*Fault*:*Sick*"
 PRESET = "asan"  # changed to check undefined behaviour only, which makes the tests hardly slower
 
 SWAPS = {
@@ -161,7 +162,7 @@ class Copy:
     def learn(self):
         """Runs all tests without a change, and sets the limits of time by what they take."""
         for program in self.all_programs():
-            for suites in ("-" + LONG, LONG, SICK):
+            for suites in ("-" + LONG, LONG, FAULTS):
                 begin = time.monotonic()
                 if not self.passes([program], suites):
                     sys.exit(f"{program} fails without a change")
@@ -189,7 +190,7 @@ class Copy:
             passed = self.passes(own)
             if passed is None:
                 return "does not compile"
-            if not (passed and self.passes(others) and self.passes(others, SICK)
+            if not (passed and self.passes(others) and self.passes(others, FAULTS)
                     and self.passes(own, LONG)):
                 return "noticed"
             changed = self.machine_code(path)

@@ -32,6 +32,8 @@ tq_add_room_tests(TQPlatformFault
   ${CMAKE_CURRENT_LIST_DIR}/archive/KeyedArchiverFaultTest.cpp)
 tq_add_room_tests(TQFilesFault
   ${CMAKE_CURRENT_LIST_DIR}/files/FilesFaultTest.cpp)
+tq_add_room_tests(TQOperationsFault
+  ${CMAKE_CURRENT_LIST_DIR}/operations/OperationFaultTest.cpp)
 # Alone, because other tests link libraries that this one expects not to be loaded.
 tq_add_room_tests(TQLazyLibraries
   ${CMAKE_CURRENT_LIST_DIR}/libraries/LazyLibrariesTest.cpp

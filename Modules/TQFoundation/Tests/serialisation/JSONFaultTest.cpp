@@ -80,8 +80,9 @@ TEST(CompressionFault, EveryAllocationMayFail) {
     for (const std::string& plain : plains) {
       for (const auto algorithm : {TQCompressionAlgorithm::lz4, TQCompressionAlgorithm::lzfse}) {
         const Ref<Data> packed = dataByCompressingWithAlgorithm_tq(bytesOf(plain), algorithm);
+        const bool mayFail = !packed || allocationsToGo >= 0;
         const Ref<Data> read = packed ? dataByDecompressing_tq(*packed) : nullptr;
-        EXPECT_TRUE(!read || read->view() == plain);
+        EXPECT_TRUE(read ? read->view() == plain : mayFail);
         succeeded &= read && packed->length() < plain.size();
       }
     }
