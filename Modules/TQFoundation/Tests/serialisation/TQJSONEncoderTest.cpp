@@ -115,7 +115,7 @@ TEST(TQJSONEncoder, KeepsTheFirstErrorAndEncodesNothingWithOneFromBefore) {
   const auto unchecked = makeRef<Scripted>(
       [](TQJSONEncoder& e) { e.encodeStringWithoutCheckingFormat(illFormed().get(), "k", true); });
   EXPECT_FALSE(TQJSONEncoder::encodeObjectAsString(unchecked, &error));
-  EXPECT_EQ(error->domain(), TQJSONEncoderError);
+  expectError(error, TQJSONEncoderError, 0);
 
   EXPECT_EQ(membersOf([](TQJSONEncoder& e) {
               e.encodeBool(true, "a");

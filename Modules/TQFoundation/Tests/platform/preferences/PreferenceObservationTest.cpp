@@ -30,6 +30,12 @@ struct PreferenceObservationTest : testing::Test {
     for (int pass = 0; pass < 100 && seen.empty(); ++pass) RunLoop::current().runFor(seconds / 100);
     return seen;
   }
+  [[nodiscard]] static std::ptrdiff_t openMonitors() {
+    return std::ranges::count_if(fs::directory_iterator("/proc/self/fd"), [](const auto& file) {
+      std::error_code ignored;
+      return fs::read_symlink(file, ignored) == "anon_inode:inotify";
+    });
+  }
   PreferenceObservation::Handler handler() {
     return [this](std::span<const std::string> keys) { seen.assign(keys.begin(), keys.end()); };
   }
@@ -59,6 +65,7 @@ TEST_F(PreferenceObservationTest, ReportsWhatAnotherProcessChanges) {
   const Ref<UserDefaults> defaults = open();
   Ref<PreferenceObservation> observation = defaults->observeChanges(handler());
   EXPECT_THAT(told(0.1), ElementsAre());
+  EXPECT_EQ(openMonitors(), 1);
   next();
   EXPECT_THAT(told(), ElementsAre("a"));
   EXPECT_EQ(defaults->integerForKey("a"), 1);
@@ -76,6 +83,7 @@ TEST_F(PreferenceObservationTest, ReportsWhatAnotherProcessChanges) {
   next();
   EXPECT_EQ(other.end(), 0);
   EXPECT_THAT(told(0.1), ElementsAre());
+  EXPECT_EQ(openMonitors(), 0);
   EXPECT_EQ(defaults->integerForKey("last"), 5);
 }
 

@@ -317,4 +317,17 @@ TEST_F(SickPreferences, FilesAreForTheirOwnerAlone) {
   ::umask(before);
 }
 
+TEST_F(SickPreferences, TheSuperuserMakesFilesForTheOwnerOfTheFolder) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+  fs::create_directory(folder);
+  EXPECT_EQ(::chown(folder.c_str(), 65534, 65534), 0);
+  const Ref<UserDefaults> defaults = open();
+  defaults->setInteger(1, "key");
+  for (const char* const suffix : {"", "-wal", "-shm"}) {
+    struct stat status {};
+    EXPECT_EQ(::stat((database + suffix).c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 65534u) << suffix;
+  }
+}
+
 }  // namespace
