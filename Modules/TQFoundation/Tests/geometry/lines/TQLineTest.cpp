@@ -67,6 +67,7 @@ TEST(Line, SegmentsMeetWithBothEndsIncluded) {
   const Rows<const char*, TQLineSegment, TQLineSegment, Point> cases{
       {"crossing", between({0, 0}, {4, 4}), between({0, 4}, {4, 0}), {2, 2}},
       {"end on the other", between({1, 0}, {1, 3}), between({0, 0}, {2, 0}), {1, 0}},
+      {"both ends", between({0, 0}, {2, 0}), between({2, -2}, {2, 0}), {2, 0}},
       {"short of it", between({0, 0}, {1.999, 0}), between({2, -1}, {2, 1}), TQLineNoIntersection},
       {"overlapping", between({0, 0}, {2, 2}), between({1, 1}, {3, 3}), TQLineNoIntersection},
       {"a point", between({2, 2}, {2, 2}), between({0, 0}, {4, 4}), TQLineNoIntersection},

@@ -63,18 +63,23 @@ TEST(JSONDocument, ReadsTheGrammar) {
 TEST(JSONDocument, ReadsNumbersOfEveryLengthLikeTheCLibrary) {
   std::mt19937_64 random(1);
   for (int i = 0; i < 20'000; ++i) {
-    std::string text(1, static_cast<char>('1' + random() % 9));
-    const std::size_t length = 1 + random() % 18;
+    const std::size_t length = 1 + random() % 24;
+    std::string text;
     while (text.size() < length) text += static_cast<char>('0' + random() % 10);
-    const std::size_t point = random() % (2 * length);
+    std::size_t point = random() % (2 * length);
     const bool hasPoint = point > 0 && point < length;
+    if (text[0] == '0') text[0] = '7';
+    if (hasPoint && random() % 2 == 0) {
+      text[0] = '0';
+      point = 1;
+    }
     if (hasPoint) text.insert(point, ".");
     if (random() % 2 == 0) text.insert(0, "-");
     const NumberValue number = parsed("[" + text + "]")->root().first().number();
-    EXPECT_EQ(number.isFloating(), hasPoint) << text;
     EXPECT_EQ(number.doubleValue(), std::strtod(text.c_str(), nullptr)) << text;
-    EXPECT_TRUE(hasPoint || number.integerValue() == std::strtoll(text.c_str(), nullptr, 10))
-        << text;
+    if (hasPoint || length > 18) continue;
+    EXPECT_FALSE(number.isFloating()) << text;
+    EXPECT_EQ(number.integerValue(), std::strtoll(text.c_str(), nullptr, 10)) << text;
   }
 }
 
