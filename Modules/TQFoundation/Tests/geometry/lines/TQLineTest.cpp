@@ -82,6 +82,23 @@ TEST(Line, SegmentsMeetWithBothEndsIncluded) {
             TQLineNoIntersection);
 }
 
+TEST(Line, RandomOnesFollowTheirEquation) {
+  RandomBezier random(11);
+  for (int i = 0; i < 10'000; ++i) {
+    const auto [a, b] = random.point(1);
+    const Point on = random.point(15), point = random.point(15);
+    const TQLine line{a, b, a * on.x + b * on.y};
+    const auto height = [&](Point p) { return line.a * p.x + line.b * p.y - line.c; };
+    const Point foot = line.pointClosestTo(point);
+    ASSERT_NEAR(height(foot), 0, 1e-12);
+    ASSERT_NEAR((foot.x - point.x) * b, (foot.y - point.y) * a, 1e-12) << "along the normal";
+    const double corners[] = {height({0, 0}), height({10, 0}), height({0, 10}), height({10, 10})};
+    const auto [lowest, highest] = std::ranges::minmax(corners);
+    if (std::fabs(lowest) < 1e-9 || std::fabs(highest) < 1e-9) continue;
+    ASSERT_EQ(TQLineIntersectsRect(line, kRect), lowest < 0 && highest > 0);
+  }
+}
+
 TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
   const Rows<const char*, TQLine, bool, TQLineSegment> cases{
       {"horizontal", {0, 2, 6}, true, {{0, 3}, {10, 0}}},
