@@ -92,10 +92,10 @@ TEST(Line, RandomOnesFollowTheirEquation) {
     const Point foot = line.pointClosestTo(point);
     ASSERT_NEAR(height(foot), 0, 1e-12);
     ASSERT_NEAR((foot.x - point.x) * b, (foot.y - point.y) * a, 1e-12) << "along the normal";
-    const double corners[] = {height({0, 0}), height({10, 0}), height({0, 10}), height({10, 10})};
+    const double corners[] = {height({-4, 3}), height({8, 3}), height({-4, 9}), height({8, 9})};
     const auto [lowest, highest] = std::ranges::minmax(corners);
     if (std::fabs(lowest) < 1e-9 || std::fabs(highest) < 1e-9) continue;
-    ASSERT_EQ(TQLineIntersectsRect(line, kRect), lowest < 0 && highest > 0);
+    ASSERT_EQ(TQLineIntersectsRect(line, {-4, 3, 12, 6}), lowest < 0 && highest > 0);
   }
 }
 
