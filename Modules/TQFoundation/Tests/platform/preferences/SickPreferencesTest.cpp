@@ -67,10 +67,21 @@ struct SickPreferences : SuiteTest {
     });
     return own;
   }
+  /// Starts a process that sets "key" to 2 when it is its turn, at 1, and to 4 at 3.
+  [[nodiscard]] Child answering() const {
+    return Child([this] {
+      for (const int value : {1, 3}) {
+        waitFor(turn, value);
+        open()->setInteger(value + 1, "key");
+        turn = value + 1;
+      }
+    });
+  }
   void removeSegments() const {
     for (const Segment& each : ownSegments()) ::shmctl(each.id, IPC_RMID, nullptr);
   }
 
+  std::atomic<int>& turn = shared<std::atomic<int>>();
   // Left behind by killed processes, of which one had the same number.
   const std::vector<Segment> ofKilled = segments();
 };
@@ -88,21 +99,14 @@ TEST_F(SickPreferences, RemovedWordsAreReplaced) {
 }
 
 TEST_F(SickPreferences, ANewFolderInPlaceOfTheOldOneIsUsed) {
-  auto& stage = shared<std::atomic<int>>();
-  Child other([&] {
-    for (const int value : {1, 3}) {
-      waitFor(stage, value);
-      open()->setInteger(value + 1, "key");
-      stage = value + 1;
-    }
-  });
+  Child other = answering();
   const Ref<UserDefaults> defaults = open();
   for (const int value : {1, 3}) {
     defaults->setInteger(value, "key");
     EXPECT_TRUE(defaults->synchronize());
     fs::rename(folder, folder + std::to_string(value));
-    stage = value;
-    waitFor(stage, value + 1);
+    turn = value;
+    waitFor(turn, value + 1);
     EXPECT_TRUE(defaults->synchronize());
     EXPECT_EQ(defaults->integerForKey("key"), value + 1);
   }
@@ -143,20 +147,13 @@ TEST_F(SickPreferences, SegmentsOfOtherProgramsAreNotUsed) {
 TEST_F(SickPreferences, WithoutSharedWordsEachReadAsksTheDatabase) {
   fs::create_directory(folder);
   fs::permissions(folder, fs::perms(0777));  // others could replace the files
-  auto& stage = shared<std::atomic<int>>();
-  Child other([&] {
-    for (const int value : {1, 3}) {
-      waitFor(stage, value);
-      open()->setInteger(value + 1, "key");
-      stage = value + 1;
-    }
-  });
+  Child other = answering();
   const Ref<UserDefaults> defaults = open();
   for (const int value : {1, 3}) {
     defaults->setInteger(value, "key");
     EXPECT_EQ(ownSegments().size(), 0u);
-    stage = value;
-    waitFor(stage, value + 1);
+    turn = value;
+    waitFor(turn, value + 1);
     EXPECT_EQ(defaults->integerForKey("key"), value + 1);
   }
   EXPECT_EQ(other.end(), 0);
