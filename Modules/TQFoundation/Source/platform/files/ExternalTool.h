@@ -58,7 +58,7 @@ struct ExternalToolResult {
 /// The tool inherits the environment of this process, but no open files except its three streams;
 /// all signals have their default action. It leads its own process group. At the time-out, and if
 /// its output exceeds the limit, it is killed with its whole group; processes that it moved to
-/// other groups are not.
+/// other groups are not. Standard streams that this process has closed are opened on /dev/null.
 ///
 /// Blocks. Threads: any, several at the same time. The host must not wait for child processes that
 /// it did not start, and must not ignore SIGCHLD: each tool would report unknownEnd.

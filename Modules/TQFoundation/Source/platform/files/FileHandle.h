@@ -22,7 +22,8 @@ class TQ_EXPORT FileHandle final : public Subclass<FileHandle> {
   static constexpr std::string_view className = "FileHandle";
 
   /// Opens an existing file for writing at its start. The file is neither created nor truncated.
-  /// Blocks on a named pipe until it has a reader. The handle closes the file.
+  /// Blocks on a named pipe until it has a reader. The handle closes the file. Standard streams
+  /// that are closed are opened on /dev/null, so that the file does not get their numbers.
   ///
   /// @return null on failure, with an error of CocoaErrorDomain: 4 no such file, 513 no permission,
   ///         514 name too long, 516 file exists, 640 no space, 642 read-only volume, 512 anything
