@@ -233,7 +233,7 @@ void failWrites(const Place& at) {
   if (!at.isOwnDisk) failCalls(1, How::stays_failed);
 }
 bool endCalls() { return FailingSystemCalls::disarm(); }
-std::optional<std::jthread> logging;
+std::optional<std::jthread> logging;  // writes messages while it exists
 
 // Where the system permits no mount, the first one is brought by permissions.
 const Sickness kSicknesses[] = {

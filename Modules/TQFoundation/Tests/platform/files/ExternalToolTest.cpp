@@ -97,7 +97,6 @@ TEST(ExternalTool, ReportsWhyItDidNotEnd) {
   }
 }
 
-// The pipe hangs up once its last writer has ended.
 // In any combination. No pipe may have the number of a stream, to which the process may write.
 TEST(ExternalTool, StandardStreamsMayBeClosed) {
   for (unsigned closed = 1; closed < 8; ++closed) {
@@ -118,6 +117,7 @@ TEST(ExternalTool, StandardStreamsMayBeClosed) {
   }
 }
 
+// The pipe hangs up once its last writer has ended.
 TEST(ExternalTool, ItsWholeGroupIsKilledWithIt) {
   const test::TemporaryDirectory directory;
   ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);

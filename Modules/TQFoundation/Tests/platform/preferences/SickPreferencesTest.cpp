@@ -172,7 +172,6 @@ TEST_F(SickPreferences, OtherProgramsChangesAreSeenAfterSynchronizing) {
 
 TEST_F(SickPreferences, ReadersWhoMayNotWriteSeeTheOwnersChanges) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs root, to act as another user";
-  auto& stage = shared<std::atomic<int>>();
   const Ref<UserDefaults> owner = open();
   owner->setInteger(1, "key");
   EXPECT_TRUE(owner->synchronize());
@@ -182,17 +181,17 @@ TEST_F(SickPreferences, ReadersWhoMayNotWriteSeeTheOwnersChanges) {
   Child reader([&] {
     EXPECT_EQ(::setresuid(65534, 65534, 65534), 0);
     const Ref<UserDefaults> defaults = open();
-    for (const int value : {1, 2, 3}) {
-      waitFor(stage, value);
+    for (const int value : {1, 3, 5}) {
+      waitFor(turn, value);
       EXPECT_EQ(defaults->integerForKey("key"), value);
-      stage = -value;
+      turn = value + 1;
     }
   });
-  for (const int value : {1, 2, 3}) {
+  for (const int value : {1, 3, 5}) {
     owner->setInteger(value, "key");
     EXPECT_TRUE(owner->synchronize());
-    stage = value;
-    for (int tries = 0; stage == value && tries < 1'000'000; ++tries) ::usleep(50);
+    turn = value;
+    waitFor(turn, value + 1);
   }
   EXPECT_EQ(reader.end(), 0);
 }
