@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include <TQFoundation/platform/files/StandardStreams.h>
 #include <TQFoundation/platform/libraries/LazyLibrary.h>
 
 namespace tq {
@@ -58,6 +59,7 @@ bool fail(Ref<Error>* error, const LibSecret& libsecret, GError* fault) {
 
 /// Checks the item and loads libsecret. @return null, with an error, if one of these fails
 const LibSecret* libSecretFor(const KeychainItem& item, Ref<Error>* error) {
+  detail::occupyStandardStreams();  // for the connection to the service
   for (const std::string& text : {item.service, item.account}) {
     if (g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) == FALSE) {
       fail(error, KeychainErrorCode::badText,
