@@ -1,6 +1,7 @@
 #include <TQFoundation/comparison/EditSequence.h>
 
 #include <algorithm>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,7 +24,7 @@ struct SortedEdits {
   throw Exception(InvalidArgumentException, "The edit sequence does not fit: " + reason);
 }
 
-SortedEdits sortedEdits(const TQArrayChanges& changes) {
+SortedEdits sortedEdits(std::span<const Ref<TQComparisonArrayChange>> changes) {
   SortedEdits edits;
   for (const Ref<TQComparisonArrayChange>& change : changes) {
     if (!change || change->object() == nullptr) raise("a change or its object is null.");
@@ -78,12 +79,13 @@ void edit(MutableArray& array, const Edits& removed, const Edits& added) {
 
 }  // namespace
 
-void applyEditSequence(MutableArray& array, const TQArrayChanges& changes) {
+void applyEditSequence(MutableArray& array, std::span<const Ref<TQComparisonArrayChange>> changes) {
   const SortedEdits edits = sortedEdits(changes);
   edit(array, edits.removals, edits.insertions);
 }
 
-void revertEditSequence(MutableArray& array, const TQArrayChanges& changes) {
+void revertEditSequence(MutableArray& array,
+                        std::span<const Ref<TQComparisonArrayChange>> changes) {
   const SortedEdits edits = sortedEdits(changes);
   edit(array, edits.insertions, edits.removals);
 }

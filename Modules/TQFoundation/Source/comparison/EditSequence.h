@@ -63,7 +63,9 @@ template <class Comparator>
 ///         another order; std::bad_alloc; what isEqual() throws. Then the array is unchanged.
 ///
 /// Cost: O(N + D) for N elements and D changes.
-TQ_EXPORT void applyEditSequence(MutableArray& array, const TQArrayChanges& changes);
-TQ_EXPORT void revertEditSequence(MutableArray& array, const TQArrayChanges& changes);
+TQ_EXPORT void applyEditSequence(MutableArray& array,
+                                 std::span<const Ref<TQComparisonArrayChange>> changes);
+TQ_EXPORT void revertEditSequence(MutableArray& array,
+                                  std::span<const Ref<TQComparisonArrayChange>> changes);
 
 }  // namespace tq

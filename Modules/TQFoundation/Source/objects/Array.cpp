@@ -66,17 +66,20 @@ Ref<Array> Array::array() {
   return Ref<Array>(&empty);
 }
 
-Ref<Array> Array::arrayWithObjects(std::vector<Ref<Object>>&& objects) {
+Ref<Array> Array::arrayWithObjects(std::span<const Ref<Object>> objects) {
+  if (objects.empty()) return array();
+  std::ranges::for_each(objects, requireObject);
+  Ref<Array> array = makeUnfilled(objects.size());
+  std::ranges::copy(objects, array->slots().begin());
+  return array;
+}
+
+Ref<Array> Array::arrayByMoving(std::span<Ref<Object>> objects) {
   if (objects.empty()) return array();
   std::ranges::for_each(objects, requireObject);
   Ref<Array> array = makeUnfilled(objects.size());
   std::ranges::move(objects, array->slots().begin());
-  objects.clear();
   return array;
-}
-
-Ref<Array> Array::arrayWithObjects(std::span<const Ref<Object>> objects) {
-  return arrayWithObjects(std::vector<Ref<Object>>(objects.begin(), objects.end()));
 }
 
 Ref<Array> Array::arrayWithObjects(std::initializer_list<Ref<Object>> objects) {

@@ -82,8 +82,12 @@ class TQ_EXPORT Array : public Subclass<Array> {
   /// Retains the elements. @throws Exception (InvalidArgumentException) if one is null
   [[nodiscard]] static Ref<Array> arrayWithObjects(std::span<const Ref<Object>> objects);
   [[nodiscard]] static Ref<Array> arrayWithObjects(std::initializer_list<Ref<Object>> objects);
-  /// Takes over the elements.
-  [[nodiscard]] static Ref<Array> arrayWithObjects(std::vector<Ref<Object>>&& objects);
+  /// Takes over the elements. After an exception the list still has them.
+  [[nodiscard]] static Ref<Array> arrayWithObjects(std::vector<Ref<Object>>&& objects) {
+    Ref<Array> array = arrayByMoving(objects);
+    objects.clear();
+    return array;
+  }
   /// Creates a packed array.
   [[nodiscard]] static Ref<Array> arrayWithNumbers(std::span<const NumberValue> numbers);
   [[nodiscard]] static Ref<Array> arrayWithNumbers(std::span<const double> numbers);
@@ -169,6 +173,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
 
   /// A fixed array of `count` null elements. The creator must fill all of them.
   [[nodiscard]] static Ref<Array> makeUnfilled(std::size_t count);
+  [[nodiscard]] static Ref<Array> arrayByMoving(std::span<Ref<Object>> objects);
   [[nodiscard]] std::span<Ref<Object>> slots() noexcept;
   [[nodiscard]] static Ref<Array> makePacked(Storage storage, std::size_t count);
   [[nodiscard]] std::uint64_t* packedBits() const noexcept {

@@ -170,7 +170,8 @@ TEST(EditSequence, ThatDoesNotFitLeavesTheArrayUnchanged) {
                          testing::Property(&Exception::what, HasSubstr(reason)))));
     ASSERT_TRUE(std::ranges::equal(array->objects(), before));
   }
-  applyEditSequence(*array, {removal("d", 3), removal("a", 0), insertion("x", 2)});  // by equality
+  const TQArrayChanges fitting{removal("d", 3), removal("a", 0), insertion("x", 2)};
+  applyEditSequence(*array, fitting);  // by equality
   EXPECT_EQ(textOf(*array), "bcx");
 }
 
