@@ -24,7 +24,9 @@ void AsynchronousOperation::start() {
 }
 
 bool AsynchronousOperation::isCancelled() const {
-  return Operation::isCancelled() || TQOperation::isCancelled();
+  // TQOperation's function does not know of cancel().
+  return Operation::isCancelled() ||  // NOLINT(bugprone-parent-virtual-call)
+         TQOperation::isCancelled();
 }
 
 void AsynchronousOperation::finish() {
