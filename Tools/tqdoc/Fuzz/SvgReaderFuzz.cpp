@@ -4,20 +4,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <string>
 
+#include "../../../Modules/TQFoundation/Fuzz/support/Bytes.h"
 #include "Render/Canvas.h"
 #include "Svg/SvgReader.h"
 
 namespace {
 
 using namespace tqdoc;
-
-void require(bool condition) {
-  if (!condition) std::abort();
-}
+using tq::fuzz::require;
 
 constexpr const char* kElements[] = {"g",
                                      "path",
@@ -169,44 +166,36 @@ constexpr const char* kValues[] = {"a",
 /// Writes elements until the bytes or the depth end. Each byte is one choice.
 class Generator {
  public:
-  explicit Generator(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
+  explicit Generator(tq::fuzz::Bytes bytes) : bytes_(bytes) {}
 
   [[nodiscard]] std::string drawing() {
     std::string text = "<svg width='40' height='30'>";
-    while (!bytes_.empty()) addElement(text, 0);
+    while (!bytes_.isEmpty()) addElement(text, 0);
     return text + "</svg>";
   }
 
  private:
-  [[nodiscard]] std::size_t choose(std::size_t count) {
-    if (bytes_.empty()) return 0;
-    const std::size_t choice = bytes_.front() % count;
-    bytes_ = bytes_.subspan(1);
-    return choice;
-  }
-
   void addElement(std::string& text, int depth) {
     constexpr std::size_t kMostAttributes = 6, kMostChildren = 4;
     constexpr int kDeepest = 20;
-    const std::string name = kElements[choose(std::size(kElements))];
+    const std::string name = bytes_.pick(kElements);
     text += '<' + name;
     unsigned used[std::size(kAttributes) / 32 + 1] = {};  // XML allows each attribute once
-    for (std::size_t count = choose(kMostAttributes); count > 0; --count) {
-      const std::size_t attribute = choose(std::size(kAttributes));
+    for (std::size_t count = bytes_.choose(kMostAttributes); count > 0; --count) {
+      const std::size_t attribute = bytes_.choose(std::size(kAttributes));
       unsigned& word = used[attribute / 32];
       if ((word >> attribute % 32 & 1) != 0) continue;
       word |= 1u << attribute % 32;
-      text += std::string(" ") + kAttributes[attribute] + "='" +
-              kValues[choose(std::size(kValues))] + '\'';
+      text += std::string(" ") + kAttributes[attribute] + "='" + bytes_.pick(kValues) + '\'';
     }
     text += '>';
-    if (name == "text" || name == "tspan") text += kValues[choose(std::size(kValues))];
-    const std::size_t children = depth < kDeepest ? choose(kMostChildren) : 0;
-    for (std::size_t i = 0; i < children && !bytes_.empty(); ++i) addElement(text, depth + 1);
+    if (name == "text" || name == "tspan") text += bytes_.pick(kValues);
+    const std::size_t children = depth < kDeepest ? bytes_.choose(kMostChildren) : 0;
+    for (std::size_t i = 0; i < children && !bytes_.isEmpty(); ++i) addElement(text, depth + 1);
     text += "</" + name + '>';
   }
 
-  std::span<const std::uint8_t> bytes_;
+  tq::fuzz::Bytes bytes_;
 };
 
 }  // namespace
@@ -221,7 +210,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const std::span<const std::uint8_t> input(bytes, size);
   const bool isText = size > 0 && bytes[0] == '<';
   const std::string text =
-      isText ? std::string(input.begin(), input.end()) : Generator(input).drawing();
+      isText ? std::string(input.begin(), input.end()) : Generator({bytes, size}).drawing();
   tq::Ref<tq::Error> error;
   const SvgDrawing drawing = readSvg(std::as_bytes(std::span(text)), "a.svg", &error);
   require((drawing.document == nullptr) == (error != nullptr));

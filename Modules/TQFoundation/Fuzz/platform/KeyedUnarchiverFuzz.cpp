@@ -1,10 +1,11 @@
 // Reads any bytes as a keyed archive. An object that was read must keep its archive when it is
-// written and read again.
+// written and read again. An input that begins with "b" is the archive; the bytes of any other
+// choose the content of a well-formed one.
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include <TQFoundation/objects/Class.h>
@@ -12,7 +13,11 @@
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
 #include <TQFoundation/platform/archive/KeyedUnarchiver.h>
 
+#include "KeyedArchiveGenerator.h"
+
 namespace {
+
+using tq::fuzz::require;
 
 class Host final : public tq::Subclass<Host> {
  public:
@@ -46,8 +51,15 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  const tq::Ref<tq::Object> object =
-      tq::KeyedUnarchiver::unarchiveRootObject(std::as_bytes(std::span(bytes, size)));
+  const bool isArchive = size > 0 && bytes[0] == 'b';
+  const std::string input = isArchive ? std::string(bytes, bytes + size)
+                                      : tq::fuzz::KeyedArchiveGenerator({bytes, size}).archive();
+  const auto given = std::as_bytes(std::span(input));
+  const tq::Ref<tq::Object> object = tq::KeyedUnarchiver::unarchiveRootObject(given);
+  tq::UnreadContent unread;
+  const tq::Ref<tq::Object> listed =
+      tq::KeyedUnarchiver::unarchiveRootObject(given, nullptr, {}, nullptr, &unread);
+  require((object == nullptr) == (listed == nullptr));
   if (!object) return 0;
   tq::Ref<tq::Data> archive;
   try {
@@ -55,9 +67,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   } catch (const tq::Exception&) {
     return 0;  // the writer may refuse the order of references in a file
   }
+  require(tq::KeyedArchiver::archivedDataWithRootObject(*listed)->view() == archive->view());
   const tq::Ref<tq::Object> again = tq::KeyedUnarchiver::unarchiveRootObject(archive->bytes());
-  if (again && tq::KeyedArchiver::archivedDataWithRootObject(*again)->view() != archive->view()) {
-    std::abort();
-  }
+  require(again != nullptr);
+  require(tq::KeyedArchiver::archivedDataWithRootObject(*again)->view() == archive->view());
   return 0;
 }

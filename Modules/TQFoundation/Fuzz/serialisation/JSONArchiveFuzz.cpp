@@ -1,14 +1,20 @@
 // Decodes any text. Decoded objects must be writable and readable, and give the same text again.
+// The text, the parsed tree, and the text with a list of what is not read must give the same
+// objects. An input that begins with a byte 0xFF, which no text has, chooses the content of a
+// well-formed text.
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
+#include <string>
 
 #include <TQFoundation/TQFoundation.h>
+
+#include "JSONGenerator.h"
 
 namespace {
 
 using namespace tq;
+using fuzz::require;
 
 /// Reads members of every kind.
 class Record final : public Subclass<Record> {
@@ -38,9 +44,15 @@ class Record final : public Subclass<Record> {
 
 Ref<Data> writtenAgain(const Data& archive) {
   const Ref<Object> object = TQJSONDecoder::decodeDataError(archive, nullptr);
-  Ref<Data> written = object ? TQJSONEncoder::encodeObjectAsData(object) : nullptr;
-  if (!written) std::abort();
+  require(object != nullptr);
+  Ref<Data> written = TQJSONEncoder::encodeObjectAsData(object);
+  require(written != nullptr);
   return written;
+}
+
+Ref<Data> decodedAndWritten(TQJSONDecoder& decoder) {
+  const Ref<Object> object = decoder.decode();
+  return object ? TQJSONEncoder::encodeObjectAsData(object) : nullptr;
 }
 
 }  // namespace
@@ -52,15 +64,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     return true;
   }();
   static_cast<void>(isReady);
-  const auto text = std::as_bytes(std::span(bytes, size));
-  const Ref<Object> object = TQJSONDecoder::initWithData(text)->decode();
-  if (!object) return 0;
-  const Ref<Data> first = TQJSONEncoder::encodeObjectAsData(object);
+  const bool isText = size == 0 || bytes[0] != 0xFF;
+  const std::string text =
+      isText ? std::string(bytes, bytes + size) : fuzz::JSONGenerator({bytes + 1, size - 1}).text();
+  const auto decoder = TQJSONDecoder::initWithData(std::as_bytes(std::span(text)));
+  require(isText || decoder->root() != nullptr);
+  const Ref<Data> first = decodedAndWritten(*decoder);
+  if (!first) return 0;  // a nested keyed archive may contain what a JSON archive cannot
+  const auto tree = TQJSONDecoder::initWithRootObject(decoder->root());
+  require(decodedAndWritten(*tree)->isEqual(*first));
+  decoder->setListsUnreadContent(true);
+  require(decodedAndWritten(*decoder)->isEqual(*first));
+
   // A value in a nested archive is visited at most 256 times for each byte, and takes about 24
   // bytes.
-  if (first && first->length() > std::size_t{8192} * (size + 1)) std::abort();
-  if (!first) return 0;  // a nested keyed archive may contain what a JSON archive cannot
+  require(first->length() <= std::size_t{8192} * (text.size() + 1));
   const Ref<Data> second = writtenAgain(*first);  // a power of ten may change once
-  if (!writtenAgain(*second)->isEqual(*second)) std::abort();
+  require(writtenAgain(*second)->isEqual(*second));
   return 0;
 }

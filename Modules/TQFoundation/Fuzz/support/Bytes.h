@@ -29,6 +29,14 @@ class Bytes {
     return value;
   }
 
+  /// Takes a byte as a number below `count`, at most 256.
+  std::size_t choose(std::size_t count) { return take<std::uint8_t>() % count; }
+  /// Takes a byte as an index.
+  template <class T, std::size_t kCount>
+  const T& pick(const T (&options)[kCount]) {
+    return options[choose(kCount)];
+  }
+
  private:
   const std::uint8_t* data_;
   std::size_t size_;
