@@ -2,10 +2,41 @@
 
 #include <glib.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace tq {
+namespace {
+
+using GURI = std::unique_ptr<GUri, void (*)(GUri*)>;
+
+GURI resolved(const std::string& base, const std::string& reference, int flags) {
+  const auto kinds = static_cast<GUriFlags>(flags);
+  const GURI parsed(g_uri_parse(base.c_str(), kinds, nullptr), g_uri_unref);
+  return {parsed ? g_uri_parse_relative(parsed.get(), reference.c_str(), kinds, nullptr) : nullptr,
+          g_uri_unref};
+}
+
+/// Returns true if a host means the same with and without escapes.
+bool isPlain(std::string_view host) {
+  return std::ranges::all_of(host, [](char c) {
+    return g_ascii_isalnum(c) || std::string_view("-._~").find(c) != std::string_view::npos;
+  });
+}
+
+/// GLib decodes hosts as names of computers: "a%2Fb" would become the host "a" and the path "/b".
+/// Any other name keeps its escapes.
+GURI resolved(const std::string& base, const std::string& reference) {
+  constexpr int kFlags = G_URI_FLAGS_ENCODED | G_URI_FLAGS_PARSE_RELAXED;
+  GURI url = resolved(base, reference, kFlags);
+  const char* const host = url ? g_uri_get_host(url.get()) : nullptr;
+  if (host == nullptr || isPlain(host)) return url;
+  return resolved(base, reference, kFlags | G_URI_FLAGS_NON_DNS);
+}
+
+}  // namespace
 
 Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   if (relativeToURL == nullptr) return URL::URLWithString(text);
@@ -13,10 +44,10 @@ Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   const std::string reference(text);
   // GLib's strings end at the first NUL.
   if ((base + reference).find('\0') != std::string::npos) return nullptr;
-  constexpr auto kFlags = static_cast<GUriFlags>(G_URI_FLAGS_ENCODED | G_URI_FLAGS_PARSE_RELAXED);
-  const std::unique_ptr<char, void (*)(void*)> resolved(
-      g_uri_resolve_relative(base.c_str(), reference.c_str(), kFlags, nullptr), g_free);
-  return resolved != nullptr ? URL::URLWithString(resolved.get()) : nullptr;
+  const GURI url = resolved(base, reference);
+  if (!url) return nullptr;
+  const std::unique_ptr<char, void (*)(void*)> whole(g_uri_to_string(url.get()), g_free);
+  return URL::URLWithString(whole.get());
 }
 
 }  // namespace tq

@@ -13,15 +13,18 @@ namespace tq {
 /// Returns the URL that `text` refers to, seen from `relativeToURL`: "../c" seen from
 /// "http://h/a/b/d" is "http://h/a/c". Without a base it is the same as URL::URLWithString(text).
 ///
-/// Both are encoded URLs: their escapes stay. In the result,
+/// Both are encoded URLs: their escapes stay, except those of letters, digits and "-._~". In the
+/// result,
 /// - dot segments are removed, also if `text` has a scheme of its own;
-/// - spaces and characters that are not ASCII are escaped, those of a host as "xn--…";
+/// - spaces and characters that are not ASCII are escaped; a name of a computer that is not ASCII
+///   becomes "xn--…";
 /// - white space around `text`, and white space within it other than spaces, is removed.
 ///
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
 ///                       there, "b" is "mailto:/b".
-/// @return null if either is not a URL reference (it contains a NUL, or its port is out of range),
-///         or if the result is a "file:" URL that URL::URLWithString() refuses
+/// @return null if either is not a URL reference (it contains a NUL, its port is out of range, or
+///         its host is invalid, such as an IP address with escapes), or if the result is a "file:"
+///         URL that URL::URLWithString() refuses
 /// Threads: any.
 /// Source: RFC 3986, section 5.
 [[nodiscard]] TQ_EXPORT Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL);
