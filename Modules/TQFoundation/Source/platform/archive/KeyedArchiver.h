@@ -35,6 +35,9 @@ struct ValueRecord;
 ///   and is refused.
 /// - A container must not be the key of a dictionary or the member of a set: comparing containers
 ///   from outside can take unlimited time.
+/// - KeyedUnarchiver reads every archive with sufficient ReadingLimits. Its default refuses a graph
+///   that would be more than 256 times as long without sharing, such as an array of 300 references
+///   to one large Data.
 ///
 /// Created by archivedDataWithRootObject(), which passes it to encodeWithCoder. One thread.
 class TQ_EXPORT KeyedArchiver {

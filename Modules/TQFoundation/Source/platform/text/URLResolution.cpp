@@ -6,17 +6,29 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tq {
 namespace {
 
 using GURI = std::unique_ptr<GUri, void (*)(GUri*)>;
 
+/// Returns the URL if its parts can be joined again. GLib ends hosts at a semicolon, and "s:/.//p"
+/// without its dot would have a host.
+GURI joinable(GUri* url) {
+  GURI owned(url, g_uri_unref);
+  if (url == nullptr) return owned;
+  const std::string_view path = g_uri_get_path(url);
+  const bool isJoinable = g_uri_get_host(url) != nullptr ? path.empty() || path.starts_with('/')
+                                                         : !path.starts_with("//");
+  return isJoinable ? std::move(owned) : GURI(nullptr, g_uri_unref);
+}
+
 GURI resolved(const std::string& base, const std::string& reference, int flags) {
   const auto kinds = static_cast<GUriFlags>(flags);
-  const GURI parsed(g_uri_parse(base.c_str(), kinds, nullptr), g_uri_unref);
-  return {parsed ? g_uri_parse_relative(parsed.get(), reference.c_str(), kinds, nullptr) : nullptr,
-          g_uri_unref};
+  const GURI parsed = joinable(g_uri_parse(base.c_str(), kinds, nullptr));
+  return joinable(parsed ? g_uri_parse_relative(parsed.get(), reference.c_str(), kinds, nullptr)
+                         : nullptr);
 }
 
 /// Returns true if a host means the same with and without escapes.
@@ -46,8 +58,8 @@ Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   if ((base + reference).find('\0') != std::string::npos) return nullptr;
   const GURI url = resolved(base, reference);
   if (!url) return nullptr;
-  const std::unique_ptr<char, void (*)(void*)> whole(g_uri_to_string(url.get()), g_free);
-  return URL::URLWithString(whole.get());
+  const std::unique_ptr<char, void (*)(void*)> joined(g_uri_to_string(url.get()), g_free);
+  return URL::URLWithString(joined.get());
 }
 
 }  // namespace tq

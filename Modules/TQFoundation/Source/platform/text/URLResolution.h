@@ -22,9 +22,12 @@ namespace tq {
 ///
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
 ///                       there, "b" is "mailto:/b".
-/// @return null if either is not a URL reference (it contains a NUL, its port is out of range, or
-///         its host is invalid, such as an IP address with escapes), or if the result is a "file:"
-///         URL that URL::URLWithString() refuses
+/// @return null if
+///         - either contains a NUL, a port that is out of range, or a host that contains a
+///         semicolon
+///           or is an IP address with escapes;
+///         - the result has no host and a path that begins with "//";
+///         - the result is a "file:" URL that URL::URLWithString() refuses
 /// Threads: any.
 /// Source: RFC 3986, section 5.
 [[nodiscard]] TQ_EXPORT Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL);
