@@ -56,6 +56,7 @@ void checkURLs(std::string_view first, std::string_view second) {
   const Ref<URL> resolved = URLWithString(second, base.get());
   if (!resolved) return;
   checkURL(*resolved);
+  if (resolved->isFileURL()) return;  // "%2F" was decoded: dot segments may have come into being
   const Ref<URL> again = URLWithString(resolved->absoluteString(), base.get());
   require(again != nullptr && again->isEqual(*resolved));
 }

@@ -3,6 +3,7 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -22,6 +23,19 @@ GURI joinable(GUri* url) {
   const bool isJoinable = g_uri_get_host(url) != nullptr ? path.empty() || path.starts_with('/')
                                                          : !path.starts_with("//");
   return isJoinable ? std::move(owned) : GURI(nullptr, g_uri_unref);
+}
+
+/// Escapes each "%" that begins no escape. With what is decoded after it, it could begin one.
+std::string withValidEscapes(std::string_view text) {
+  std::string valid;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const std::string_view digits = text.substr(i + 1, 2);
+    const bool isEscape =
+        digits.size() == 2 && g_ascii_isxdigit(digits[0]) != 0 && g_ascii_isxdigit(digits[1]) != 0;
+    valid += text[i];
+    if (text[i] == '%' && !isEscape) valid += "25";
+  }
+  return valid;
 }
 
 GURI resolved(const std::string& base, const std::string& reference, int flags) {
@@ -52,8 +66,8 @@ GURI resolved(const std::string& base, const std::string& reference) {
 
 Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   if (relativeToURL == nullptr) return URL::URLWithString(text);
-  const std::string base = relativeToURL->absoluteString();
-  const std::string reference(text);
+  const std::string base = withValidEscapes(relativeToURL->absoluteString());
+  const std::string reference = withValidEscapes(text);
   // GLib's strings end at the first NUL.
   if ((base + reference).find('\0') != std::string::npos) return nullptr;
   const GURI url = resolved(base, reference);

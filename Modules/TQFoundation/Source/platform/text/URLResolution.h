@@ -15,17 +15,17 @@ namespace tq {
 ///
 /// Both are encoded URLs: their escapes stay, except those of letters, digits and "-._~". In the
 /// result,
-/// - dot segments are removed, also if `text` has a scheme of its own;
-/// - spaces and characters that are not ASCII are escaped; a name of a computer that is not ASCII
-///   becomes "xn--…";
+/// - dot segments are removed, also if `text` has a scheme of its own. Those between escaped
+///   slashes of a "file:" URL stay, although its path has plain slashes there;
+/// - spaces, characters that are not ASCII, and each "%" that begins no escape, are escaped. The
+///   name of a computer that is not ASCII becomes "xn--…";
 /// - white space around `text`, and white space within it other than spaces, is removed.
 ///
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
 ///                       there, "b" is "mailto:/b".
 /// @return null if
 ///         - either contains a NUL, a port that is out of range, or a host that contains a
-///         semicolon
-///           or is an IP address with escapes;
+///           semicolon or is an IP address with escapes;
 ///         - the result has no host and a path that begins with "//";
 ///         - the result is a "file:" URL that URL::URLWithString() refuses
 /// Threads: any.

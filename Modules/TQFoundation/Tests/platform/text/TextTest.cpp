@@ -164,6 +164,7 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
       {"http://h/a%2Fb/%zz", " c%2F d\té\n", "http://h/a%2Fb/c%2F%20d%C3%A9"},
       {"http://h/a", "https://g/a/../b", "https://g/b"},
       {"http://h/%41%7e", "?%5a", "http://h/A~?Z"},
+      {"http://h/", "%zz/%%32f/%4%41%", "http://h/%25zz/%252f/%254A%25"},
       {"http://é.org/a", "b", "http://xn--9ca.org/b"},
       {"http://%c3%a9.or%67/a", "b", "http://xn--9ca.org/b"},
       {"http://a%2Fb/c", "d", "http://a%2Fb/d"},
