@@ -79,9 +79,10 @@ std::size_t takeDigits(std::string_view& text) noexcept {
   return end - begin;
 }
 
-/// Compares the lengths of the first runs of digits that differ in length.
+/// Compares the lengths of the first runs of digits that differ in length. Missing runs are empty,
+/// so that this is an order.
 int compareDigitRuns(std::string_view a, std::string_view b) noexcept {
-  while (!a.empty() && !b.empty()) {
+  while (!a.empty() || !b.empty()) {
     const std::size_t inA = takeDigits(a);
     const std::size_t inB = takeDigits(b);
     if (inA != inB) return inA < inB ? -1 : 1;

@@ -89,7 +89,9 @@ TEST(CharacterCategory, BlankEndsAreTabsAndSpacesOfEveryWidth) {
 TEST(Collation, SortsInNaturalOrder) {
   std::vector<std::string> sorted;
   std::istringstream names(
-      "| |_|-|,|(|#|~|0|1|01|1a|2|10|18446744073709551616|18446744073709551617|a|A|a b|a-b|a1b2|"
+      "| "
+      "|_|-|,|(|#|~|0|1|01|\x02\u0661-1|1-1|\x01\x31-01|1a|2|10|18446744073709551616|"
+      "18446744073709551617|a|A|a b|a-b|a1b2|"
       "a1b02|a01b2|ab|e\u0301|é|É|f|file2|File2|file10|File10|strasse|straße|z|z\xFF|z\xFF\xFF");
   for (std::string name; std::getline(names, name, '|');) sorted.push_back(name);
   auto shuffled = sorted;
@@ -98,10 +100,9 @@ TEST(Collation, SortsInNaturalOrder) {
     return localizedStandardCompare(a, b) < 0;
   });
   EXPECT_EQ(shuffled, sorted);
-  for (const std::string& a : sorted) {
+  for (const std::string& a : sorted) {  // each pair, or the order has a cycle
     for (const std::string& b : sorted) {
-      EXPECT_EQ(localizedStandardCompare(a, b), -localizedStandardCompare(b, a)) << a << ' ' << b;
-      EXPECT_EQ(localizedStandardCompare(a, b) == 0, a == b) << a << ' ' << b;
+      EXPECT_EQ(localizedStandardCompare(a, b), &a < &b ? -1 : &a > &b) << a << ' ' << b;
     }
   }
 }
