@@ -17,7 +17,7 @@ namespace tq {
 /// of no bytes is empty. Any thread.
 [[nodiscard]] TQ_EXPORT std::string base64FromBytes(std::span<const std::byte> bytes);
 
-/// Appends the bytes to `text` as base64.
+/// Appends the bytes, which must not be part of `text`, to it as base64.
 TQ_EXPORT void appendBase64(std::string& text, std::span<const std::byte> bytes);
 
 /// Decodes base64 text strictly: a multiple of 4 characters of the standard alphabet, at most two
