@@ -33,7 +33,7 @@ cmake --build "$work/build"
 
 # Left out:
 unrelated='rooms|heavy_headers|documentation|samples$|callbacks\.entry_points|mistakes\.'  # to the processor
-tools='debugging\.|serialisation\.python'  # gdb and python cannot run the program in the emulator
+tools='debugging\.|serialisation\.python|platform\.rfc3986'  # gdb and python cannot run the program in the emulator
 # These start the test program again, which the kernel cannot without the emulator.
 again='.*\.(OperationQueue|RunLoop|Timer|Concurrency)DeathTest\.|.*\.TQLazyVar\.StopsWithout'
 again="$again|.*\.Locks\.MisuseStops|.*\.PerformanceTimer\.(StopsWithout|MultipliesAnd)"

@@ -67,3 +67,12 @@ if(DBUS_RUN_SESSION AND GNOME_KEYRING AND NOT TQ_SANITIZE MATCHES thread)
     ENVIRONMENT "TQ_TEST_KEYCHAIN=1;HOME=${home};XDG_DATA_HOME=${home};XDG_RUNTIME_DIR=${home}"
     FAIL_REGULAR_EXPRESSION SKIPPED TIMEOUT 60)
 endif()
+
+# The algorithm of RFC 3986 in python, to compare with.
+find_program(TQ_PYTHON python3 REQUIRED)
+add_executable(TQURLPeer ${CMAKE_CURRENT_LIST_DIR}/text/URLPeer.cpp)
+tq_own_target(TQURLPeer)
+target_link_libraries(TQURLPeer PRIVATE TQFoundation)
+add_test(NAME platform.rfc3986
+  COMMAND "${TQ_PYTHON}" "${CMAKE_CURRENT_LIST_DIR}/text/rfc3986.py" "$<TARGET_FILE:TQURLPeer>")
+set_tests_properties(platform.rfc3986 PROPERTIES LABELS quick)
