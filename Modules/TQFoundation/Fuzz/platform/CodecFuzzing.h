@@ -52,8 +52,19 @@ inline void packAndUnpack(const Codec& codec, std::span<const std::byte> input,
   require(std::equal(back.bytes.begin(), back.bytes.end(), plain.bytes.begin()));
 }
 
+/// Damages a byte of a valid stream.
+inline void unpackDamaged(const Codec& codec, std::span<const std::byte> input,
+                          std::size_t position, std::byte damage) {
+  const Block packed(input.size() + 64);
+  const std::size_t size = codec.encode(input, packed.bytes);
+  if (size == 0) return;
+  packed.bytes[position % size] ^= damage;
+  unpackHostile(codec, packed.bytes.first(size), input.size());
+}
+
 /// The first four bytes control the run, the rest is the input: bit 31 selects compression, and the
-/// low 17 bits are the length of the output.
+/// low 17 bits are the length of the output. Bit 30 selects damage: bits 17 to 24 change the byte
+/// at the place that the low 17 bits name.
 inline int fuzzCodec(const Codec& codec, const std::uint8_t* data, std::size_t size) {
   std::uint32_t control = 0;
   if (size < sizeof control) return -1;
@@ -62,6 +73,8 @@ inline int fuzzCodec(const Codec& codec, const std::uint8_t* data, std::size_t s
   const std::size_t length = control & 0x1ffff;
   if (control >> 31 != 0) {
     packAndUnpack(codec, input, length % (input.size() + 64));
+  } else if (control >> 30 != 0) {
+    unpackDamaged(codec, input, length, static_cast<std::byte>(control >> 17 & 0xff));
   } else {
     unpackHostile(codec, input, length);
   }
