@@ -7,8 +7,8 @@
 #include <span>
 #include <string>
 
-#include "../../../Modules/TQFoundation/Fuzz/support/Bytes.h"
 #include "Render/Canvas.h"
+#include "Reopening.h"
 #include "Svg/SvgReader.h"
 
 namespace {
@@ -201,12 +201,7 @@ class Generator {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  static const bool isReady = [] {
-    registerModel();
-    tq::setPlainLogSink([](std::string_view) {});
-    return true;
-  }();
-  static_cast<void>(isReady);
+  prepareModel();
   const std::span<const std::uint8_t> input(bytes, size);
   const bool isText = size > 0 && bytes[0] == '<';
   const std::string text =
@@ -215,13 +210,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const SvgDrawing drawing = readSvg(std::as_bytes(std::span(text)), "a.svg", &error);
   require((drawing.document == nullptr) == (error != nullptr));
   if (!drawing.document) return 0;
-  const auto archive = tq::TQJSONEncoder::encodeObjectAsData(drawing.document);
-  require(archive != nullptr);
-  const auto reopened =
-      tq::refCast<Document>(tq::TQJSONDecoder::decodeDataError(*archive, nullptr));
-  require(reopened != nullptr);
-  require(tq::TQJSONEncoder::encodeObjectAsData(reopened)->isEqual(*archive));
   Canvas canvas(32, 24);
-  canvas.draw(*reopened, {0, 0, 32, 24});
+  canvas.draw(*reopened(drawing.document), {0, 0, 32, 24});
   return 0;
 }

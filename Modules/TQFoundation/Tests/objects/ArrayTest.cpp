@@ -67,6 +67,7 @@ TEST(MutableArray, ChangesInPlaceAndRefusesInvalidArguments) {
   EXPECT_EQ(fixed->copy(), fixed);
 
   const std::vector<Ref<Object>> withNull{Null::null(), nullptr};
+  std::vector<Ref<Object>> offered = withNull;
   const std::pair<std::function<void()>, const char*> faults[] = {
       {[&] { array->addObject(nullptr); }, InvalidArgumentException},
       {[&] { array->insertObject(nullptr, 0); }, InvalidArgumentException},
@@ -77,11 +78,13 @@ TEST(MutableArray, ChangesInPlaceAndRefusesInvalidArguments) {
       {[&] { (void)array->objectAtIndex(2); }, RangeException},
       {[&] { (void)Array::array()->objectAtIndex(0); }, RangeException},
       {[&] { (void)Array::arrayWithObjects(withNull); }, InvalidArgumentException},
+      {[&] { (void)Array::arrayWithObjects(std::move(offered)); }, InvalidArgumentException},
   };
   for (const auto& [act, name] : faults) {
     EXPECT_THAT(act, testing::Throws<Exception>(testing::Property(&Exception::name, name)));
   }
   EXPECT_EQ(array->description(), "(a, c)");
+  EXPECT_EQ(offered, withNull);
   array->removeAllObjects();
   EXPECT_EQ(array->count(), 0u);
 }
