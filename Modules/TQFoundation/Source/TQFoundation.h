@@ -141,6 +141,7 @@
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/platform/text/Collation.h>
+#include <TQFoundation/platform/text/PrintableText.h>
 #include <TQFoundation/platform/text/URLResolution.h>
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>

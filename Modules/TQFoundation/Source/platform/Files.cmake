@@ -60,6 +60,7 @@ tq_room(platform
   text/Base64.cpp text/Base64.h
   text/CharacterCategory.cpp text/CharacterCategory.h
   text/Collation.cpp text/Collation.h
+  text/PrintableText.cpp text/PrintableText.h
   text/URLResolution.cpp text/URLResolution.h
   threads/Lock.h
   threads/ObjectMonitor.cpp threads/ObjectMonitor.h

@@ -1,19 +1,16 @@
 #include <TQFoundation/platform/log/PlainLog.h>
 
 #include <errno.h>
-#include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdint>
 #include <ctime>
 #include <string>
 #include <utility>
 
-#include <TQFoundation/objects/UTF.h>
 #include <TQFoundation/platform/log/detail/SinkSlot.h>
+#include <TQFoundation/platform/text/PrintableText.h>
 
 namespace tq {
 namespace {
@@ -38,50 +35,6 @@ std::string timestamp() {
   return std::string(text, length) + "." + fraction.substr(1);
 }
 
-/// Returns whether a character could break the line, control the terminal, or make a text look like
-/// another one.
-bool isDisruptive(char32_t point) noexcept {
-  const auto isBetween = [point](char32_t first, char32_t last) {
-    return point >= first && point <= last;
-  };
-  return point < U' ' || isBetween(0x7F, 0x9F) || isBetween(0x2028, 0x202E) ||
-         isBetween(0x2066, 0x2069);
-}
-
-void appendEscaped(std::string& line, char32_t value, bool isByte) {
-  constexpr std::pair<char32_t, const char*> kShort[] = {
-      {U'\n', "\\n"}, {U'\r', "\\r"}, {U'\t', "\\t"}};
-  for (const auto& [point, escape] : kShort) {
-    if (point == value) {
-      line += escape;
-      return;
-    }
-  }
-  const auto number = static_cast<std::uint32_t>(value);
-  line += isByte ? fmt::format("\\x{:02x}", number) : fmt::format("\\u{:04x}", number);
-}
-
-std::string escaped(std::string_view message) {
-  const bool endsLine = message.ends_with('\n');
-  std::string line;
-  line.reserve(message.size());
-  for (std::string_view rest = message.substr(0, message.size() - (endsLine ? 1 : 0));
-       !rest.empty();) {
-    const detail::DecodedPoint point = detail::decodePoint(rest);
-    const std::size_t length = std::max<std::size_t>(point.byteCount, 1);
-    if (point.byteCount == 0) {
-      appendEscaped(line, static_cast<unsigned char>(rest[0]), true);
-    } else if (isDisruptive(point.value) || point.isSurrogate()) {
-      appendEscaped(line, point.value, length == 1);
-    } else {
-      line += rest.substr(0, length);
-    }
-    rest.remove_prefix(length);
-  }
-  if (endsLine) line += '\n';
-  return line;
-}
-
 /// @return the number of bytes that could not be written: standard error is closed, its disk full
 std::size_t writeAll(std::string_view text) noexcept {
   while (!text.empty()) {
@@ -96,7 +49,9 @@ std::size_t writeAll(std::string_view text) noexcept {
 }  // namespace
 
 void plainLog(std::string_view given) {
-  const std::string message = escaped(given);
+  const bool endsLine = given.ends_with('\n');
+  std::string message = printableText(given.substr(0, given.size() - (endsLine ? 1 : 0)));
+  if (endsLine) message += '\n';
   if (sinkSlot().call(message)) return;
   static std::atomic<bool> isCut = false;  // the last line could only be written in part
   const bool wasCut = isCut.exchange(false);
