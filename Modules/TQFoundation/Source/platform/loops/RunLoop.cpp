@@ -9,7 +9,6 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -39,6 +38,16 @@ struct Performed {
     block();
     block = nullptr;
   }
+};
+
+/// A pass of the context: one that runOnce() makes, or one of a loop of the host, which may also
+/// run inside a callback of this loop.
+struct Pass {
+  int depth = -1;  // g_main_depth() around the pass; -1 for a loop of the host
+  RunLoopMode mode = RunLoopMode::standard;
+  std::int64_t deadline = kNever;
+
+  [[nodiscard]] bool isOwn() const noexcept { return depth != -1; }
 };
 
 /// Converts to whole milliseconds for poll(), rounded up, so that the loop does not wake too early.
@@ -72,11 +81,9 @@ struct RunLoop::State {
   static gboolean afterSleep(GSource* source);
   static gboolean dispatch(GSource* source, GSourceFunc, gpointer);
 
-  /// Whether the current iteration was started by runOnce(), and not by a loop of the host, which
-  /// may also run inside a callback of this loop.
-  [[nodiscard]] bool isOwnIteration() const noexcept { return g_main_depth() == ownDepth; }
-  [[nodiscard]] RunLoopMode runningMode() const noexcept {
-    return isOwnIteration() ? ownMode : RunLoopMode::standard;
+  /// Returns the pass at this depth.
+  [[nodiscard]] Pass passAt(int depth) const noexcept {
+    return depth == innermost.depth ? innermost : Pass{};
   }
   [[nodiscard]] bool isCommon(RunLoopMode mode) const TQ_REQUIRES(lock) {
     return std::ranges::find(commonModes, mode) != commonModes.end();
@@ -85,10 +92,10 @@ struct RunLoop::State {
   bool drain(RunLoopMode mode);
   [[nodiscard]] std::size_t waitingBlocks();
   void runBlocks();
-  [[nodiscard]] int timeUntilTimer();
-  [[nodiscard]] bool timersMayFire() const noexcept;
-  [[nodiscard]] bool timersAreDue() const noexcept;
-  [[nodiscard]] bool hasMainBlocks();
+  [[nodiscard]] int timeUntilTimer(const Pass& pass);
+  [[nodiscard]] bool timersMayFire(const Pass& pass) const noexcept;
+  [[nodiscard]] bool timersAreDue(const Pass& pass) const noexcept;
+  [[nodiscard]] bool hasMainBlocks(const Pass& pass);
   void fireDueTimers();
   void serveMainQueue();
 
@@ -107,9 +114,7 @@ struct RunLoop::State {
 
   detail::TimerHeap timers;   // retains each of them
   std::int64_t passTime = 0;  // when this pass has looked for due timers
-  int ownDepth = -1;          // of the innermost iteration by runOnce(), or -1
-  RunLoopMode ownMode = RunLoopMode::standard;
-  std::int64_t ownDeadline = kNever;
+  Pass innermost;             // of the passes that runOnce() makes
   bool drainsBeforeSleep = false;
   bool servesMainQueue = false;
   std::size_t heldBlocks = 0;  // the first blocks, which wait until the context has slept
@@ -141,24 +146,27 @@ void RunLoop::State::detach() noexcept {
 
 gboolean RunLoop::State::beforeSleep(GSource* source, gint* timeout) {
   State& state = of(source);
-  state.drainsBeforeSleep = !state.isOwnIteration() && state.waitingBlocks() > state.heldBlocks;
-  *timeout = state.timeUntilTimer();
-  return state.drainsBeforeSleep || state.timersAreDue() || state.hasMainBlocks();
+  const Pass pass = state.passAt(g_main_depth());
+  state.drainsBeforeSleep = !pass.isOwn() && state.waitingBlocks() > state.heldBlocks;
+  *timeout = state.timeUntilTimer(pass);
+  return state.drainsBeforeSleep || state.timersAreDue(pass) || state.hasMainBlocks(pass);
 }
 
 gboolean RunLoop::State::afterSleep(GSource* source) {
   State& state = of(source);
-  if (state.timersMayFire()) state.passTime = now();
-  return state.timersAreDue() || state.hasMainBlocks() ||
-         (!state.isOwnIteration() && state.waitingBlocks() != 0);
+  const Pass pass = state.passAt(g_main_depth());
+  if (state.timersMayFire(pass)) state.passTime = now();
+  return state.timersAreDue(pass) || state.hasMainBlocks(pass) ||
+         (!pass.isOwn() && state.waitingBlocks() != 0);
 }
 
 // The source may have been ready since an earlier pass, which served more urgent sources.
 gboolean RunLoop::State::dispatch(GSource* source, GSourceFunc, gpointer) {
   State& state = of(source);
-  const bool serves = state.hasMainBlocks();  // blocks that are added from here on wait
-  if (!state.isOwnIteration()) state.runBlocks();
-  if (state.timersMayFire()) state.fireDueTimers();
+  const Pass pass = state.passAt(g_main_depth() - 1);  // here, GLib counts this call
+  const bool serves = state.hasMainBlocks(pass);       // blocks that are added from here on wait
+  if (!pass.isOwn()) state.runBlocks();
+  if (state.timersMayFire(pass)) state.fireDueTimers();
   if (serves) state.serveMainQueue();
   return G_SOURCE_CONTINUE;
 }
@@ -206,25 +214,25 @@ void RunLoop::State::runBlocks() {
 // Timers.
 
 /// Returns for how many milliseconds the context may sleep; -1 means until something wakes it.
-int RunLoop::State::timeUntilTimer() {
-  std::int64_t wake = isOwnIteration() ? ownDeadline : kNever;
-  if (timersMayFire()) wake = std::min(wake, timers.earliest());
+int RunLoop::State::timeUntilTimer(const Pass& pass) {
+  std::int64_t wake = pass.deadline;
+  if (timersMayFire(pass)) wake = std::min(wake, timers.earliest());
   if (wake == kNever) return -1;
   passTime = now();
   return pollTimeout(std::max<std::int64_t>(wake - passTime, 0));
 }
 
-bool RunLoop::State::timersMayFire() const noexcept {
-  return !timers.isEmpty() && runningMode() == RunLoopMode::standard;
+bool RunLoop::State::timersMayFire(const Pass& pass) const noexcept {
+  return !timers.isEmpty() && pass.mode == RunLoopMode::standard;
 }
 
-bool RunLoop::State::timersAreDue() const noexcept {
-  return timersMayFire() && timers.earliest() <= passTime;
+bool RunLoop::State::timersAreDue(const Pass& pass) const noexcept {
+  return timersMayFire(pass) && timers.earliest() <= passTime;
 }
 
 // Timers that become due meanwhile wait for the next pass.
 void RunLoop::State::fireDueTimers() {
-  if (!timersAreDue()) passTime = now();
+  if (timers.earliest() > passTime) passTime = now();
   const std::int64_t due = passTime;  // a loop that an action runs has passes of its own
   while (!timers.isEmpty() && timers.earliest() <= due) {
     const auto timer = Ref<Timer>::adopt(timers.top());
@@ -235,12 +243,11 @@ void RunLoop::State::fireDueTimers() {
 
 // The main queue.
 
-bool RunLoop::State::hasMainBlocks() {
+bool RunLoop::State::hasMainBlocks(const Pass& pass) {
   // A main queue whose block runs a loop is not served by that loop.
   if (!hasQueued || servesMainQueue) return false;
-  const RunLoopMode mode = runningMode();
   const Locked guard(lock);
-  return !mainQueue.empty() && isCommon(mode);
+  return !mainQueue.empty() && isCommon(pass.mode);
 }
 
 void RunLoop::State::serveMainQueue() {
@@ -338,11 +345,9 @@ bool RunLoop::runOnce(double timeoutSeconds, RunLoopMode mode) {
     deadline = now() + static_cast<std::int64_t>(timeoutSeconds * 1e9);
   }
   bool hasRun = state.drain(mode);
-  const auto outer = std::tuple(state.ownDepth, state.ownMode, state.ownDeadline);
-  const auto inner = std::tuple(g_main_depth(), mode, deadline);
-  std::tie(state.ownDepth, state.ownMode, state.ownDeadline) = inner;
+  const Pass outer = std::exchange(state.innermost, {g_main_depth(), mode, deadline});
   if (g_main_context_iteration(state.context, maySleep) != FALSE) hasRun = true;
-  std::tie(state.ownDepth, state.ownMode, state.ownDeadline) = outer;
+  state.innermost = outer;
   return state.drain(mode) || hasRun;
 }
 

@@ -2,7 +2,7 @@
 
 #include <glib.h>
 
-#include <TQFoundation/platform/loops/Timer.h>
+#include <TQFoundation/concurrency/work/TimerBlock.h>
 
 #include "support/HandMovedClock.h"
 #include "support/Threads.h"
@@ -57,24 +57,6 @@ TEST(RunLoop, BlocksOfOtherModesKeepTheirPlace) {
   loop.addCommonMode(kTracking);
   loop.runOnce(0, kTracking);
   EXPECT_THAT(trace.take(), ElementsAre("common", "queue"));
-}
-
-TEST(RunLoop, MainQueueRunsItsBlocksOnceAndNotNested) {
-  RunLoop& loop = RunLoop::main();
-  Trace trace;
-  mainQueueAsync([&] {
-    trace.says("a")();
-    mainQueueAsync(trace.says("c"));
-    loop.performBlock(trace.says("performed"));
-    loop.runOnce();
-    trace.says("a ends")();
-  });
-  mainQueueAsync(trace.says("b"));
-  EXPECT_THAT(trace.take(), ElementsAre()) << "asynchronous on the main thread too";
-  loop.runOnce();
-  EXPECT_THAT(trace.take(), ElementsAre("a", "performed", "a ends", "b"));
-  loop.runOnce();
-  EXPECT_THAT(trace.take(), ElementsAre("c"));
 }
 
 /// What the main context would do next: how long it would sleep, and whether it was woken.
@@ -181,6 +163,114 @@ TEST(RunLoop, HostsMayRunTheContextThemselves) {
   loop.performBlock(trace.says("by the host"));
   EXPECT_TRUE(hostPass());
   EXPECT_THAT(trace.take(), ElementsAre("by the host"));
+}
+
+constexpr RunLoopMode kModal{8}, kPrivate{9};  // a common mode, and one that is not
+
+// What the blocks of a random script do.
+struct Step {
+  enum Kind { perform, queue, schedule, pass, hostPass } kind;
+  RunLoopMode mode;
+  char name = 0;
+  std::vector<Step> inside = {};  // what the step's block does
+};
+
+std::vector<Step> randomSteps(std::mt19937& random, std::size_t count, int depth) {
+  constexpr RunLoopMode kModes[] = {kModal, kPrivate, RunLoopMode::standard, RunLoopMode::common};
+  std::vector<Step> steps(count);
+  for (Step& step : steps) {
+    step.kind = static_cast<Step::Kind>(random() % 5);
+    step.mode = kModes[random() % (step.kind == Step::perform ? 4 : 3)];
+    if (step.kind == Step::hostPass) step.mode = RunLoopMode::standard;
+    step.name = static_cast<char>('A' + random() % 58);
+    if (depth > 0) step.inside = randomSteps(random, random() % 4, depth - 1);
+  }
+  return steps;
+}
+
+// What a pass does, literally.
+struct LiteralLoop {
+  struct Waiting {
+    RunLoopMode mode;
+    int time;
+    std::function<void()> block;
+  };
+  std::vector<Waiting> waiting[3];  // by kind
+  int now = 0;
+  bool isServing = false;
+
+  void pass(RunLoopMode mode, bool isHost) {
+    auto& [performed, queued, timers] = waiting;
+    const auto drain = [&, &list = performed] {
+      const auto others = std::ranges::stable_partition(list, [&](const Waiting& each) {
+        return each.mode == mode || (each.mode == RunLoopMode::common && mode != kPrivate);
+      });
+      const std::vector<Waiting> taken(list.begin(), others.begin());
+      list.erase(list.begin(), others.begin());
+      for (const Waiting& each : taken) each.block();
+    };
+    if (!isHost) drain();
+    const bool serves = !isServing && mode != kPrivate && !queued.empty();
+    if (isHost) drain();
+    while (mode == RunLoopMode::standard && !timers.empty() && timers[0].time < now) {
+      const Waiting timer = timers[0];
+      timers.erase(timers.begin());
+      timer.block();
+    }
+    if (serves) {
+      isServing = true;
+      for (const Waiting& each : std::exchange(queued, {})) each.block();
+      isServing = false;
+    }
+    if (!isHost) drain();
+  }
+};
+
+// Does the step in the library's loop if `literal` is null.
+void play(const Step& step, LiteralLoop* literal, std::string& trace) {
+  const auto block = [&step, literal, &trace] {
+    trace += step.name;
+    for (const Step& each : step.inside) play(each, literal, trace);
+  };
+  const bool isPass = step.kind >= Step::pass;
+  if (isPass) trace += '(';
+  if (literal != nullptr) {
+    isPass ? literal->pass(step.mode, step.kind == Step::hostPass)
+           : literal->waiting[step.kind].push_back({step.mode, literal->now, block});
+  } else if (step.kind == Step::perform) {
+    RunLoop::main().performBlock(block, step.mode);
+  } else if (step.kind == Step::queue) {
+    mainQueueAsync(block);
+  } else if (step.kind == Step::schedule) {
+    scheduledTimerWithTimeInterval(0, false, [block](Timer&) { block(); });
+  } else {
+    step.kind == Step::pass ? RunLoop::main().runOnce(0, step.mode)
+                            : g_main_context_iteration(nullptr, FALSE);
+  }
+  if (isPass) trace += ')';
+}
+
+TEST(RunLoop, PassesDoWhatALiteralLoopDoes) {
+  RunLoop::main().addCommonMode(kModal);
+  while (RunLoop::main().runOnce()) {
+  }
+  HandMovedClock clock;
+  for (unsigned seed = 0; seed < 2'000; ++seed) {
+    std::mt19937 random(seed);
+    auto script = randomSteps(random, 10, 3);
+    for (std::size_t i = 0; i < 18; ++i) {  // until nothing waits
+      script.push_back({Step::pass, std::array{kModal, kPrivate, RunLoopMode::standard}[i % 3]});
+    }
+    LiteralLoop literal;
+    std::string trace, expected;
+    for (const Step& step : script) {
+      clock.jump(std::chrono::milliseconds(1));
+      ++literal.now;
+      play(step, nullptr, trace);
+      play(step, &literal, expected);
+    }
+    ASSERT_EQ(trace, expected) << "seed " << seed;
+  }
 }
 
 TEST(RunLoop, EndsWithItsThread) {
