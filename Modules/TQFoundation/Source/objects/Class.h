@@ -162,6 +162,15 @@ class TQ_EXPORT Class {
 
 namespace detail {
 
+/// Stands for a decoder when constructors are examined. It converts to nothing else: a decoder also
+/// converts to Object, so that T(const Object&) would look like a constructor from a decoder.
+struct DecoderProbe {
+  DecoderProbe(const DecoderProbe&) = delete;
+  template <class T>
+  requires std::same_as<std::remove_const_t<T>, TQJSONDecoder>
+  operator T&() const noexcept;  // NOLINT: a decoder converts to a reference without a cast
+};
+
 template <class T>
 struct RecordOf {
   static consteval Class make() noexcept { return Class::make<T, typename T::ParentClass>(); }
@@ -213,7 +222,7 @@ consteval Class Class::make() noexcept {
     record.json_.initWithJSONDecoder = [](TQJSONDecoder& decoder) -> Ref<Object> {
       return T::initWithJSONDecoder(decoder);
     };
-  } else if constexpr (std::is_constructible_v<T, TQJSONDecoder&>) {
+  } else if constexpr (std::is_constructible_v<T, const detail::DecoderProbe&>) {
     record.json_.initWithJSONDecoder = [](TQJSONDecoder& decoder) -> Ref<Object> {
       return makeRef<T>(decoder);
     };

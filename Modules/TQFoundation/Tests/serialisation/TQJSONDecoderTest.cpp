@@ -14,6 +14,16 @@ struct Throwing final : Subclass<Throwing> {
   explicit Throwing(TQJSONDecoder&) { throw std::runtime_error("thrown"); }
 };
 
+/// These take any object, and so a decoder, but not as what to read from.
+struct Wrapper final : Subclass<Wrapper> {
+  static constexpr std::string_view className = "Wrapper";
+  explicit Wrapper(const Object&) {}
+};
+struct LentWrapper final : Subclass<LentWrapper> {
+  static constexpr std::string_view className = "LentWrapper";
+  explicit LentWrapper(LentObject) {}
+};
+
 class TQJSONDecoderTest : public testing::Test {
  protected:
   TQJSONDecoderTest() {
@@ -62,6 +72,16 @@ TEST_F(TQJSONDecoderTest, ClassesAreSetBannedAndSetBackByName) {
   }
   EXPECT_TRUE(refCast<Array>(decoded(text))->lastObject()->isEqual(*illFormed()));
   EXPECT_EQ(TQJSONDecoder::init()->classFromClassName(""), nullptr);
+}
+
+TEST_F(TQJSONDecoderTest, OnlyAConstructorThatTakesADecoderReads) {
+  Class::registerClass<Wrapper>();
+  Class::registerClass<LentWrapper>();
+  for (const std::string name : {"Wrapper", "LentWrapper"}) {
+    Ref<Error> error;
+    EXPECT_TRUE(objectCast<Dictionary>(decoded("{\"_class\":\"" + name + "\"}", &error).get()));
+    expectRefused(name, error);
+  }
 }
 
 TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
