@@ -14,7 +14,19 @@
 #include <TQFoundation/serialisation/TQJSONDecoder.h>
 #include <TQFoundation/serialisation/detail/JSONValueForms.h>
 
+// A tree belongs to the host, whose constructors may change it while they run. So all that is read
+// afterwards is held, and of a mutable container it is a fixed copy.
+
 namespace tq::detail {
+namespace {
+
+/// Returns the container, or a fixed copy of a mutable one.
+template <class Container>
+Ref<Container> fixed(const Container& container) {
+  return Ref<Container>::adopt(static_cast<Container*>(container.copy().leak()));
+}
+
+}  // namespace
 
 /// Makes the members of an object the current ones during its lifetime.
 class JSONWalk::Entered {
@@ -23,9 +35,7 @@ class JSONWalk::Entered {
     Ref<JSONShape> shape = walk.builder_.shapeOf(object, walk.words_);
     walk.frames_.emplace_back(TextFrame{object, std::move(shape), firstWord_});
   }
-  Entered(JSONWalk& walk, const Dictionary& parsed) : Entered(walk) {
-    walk.frames_.emplace_back(&parsed);
-  }
+  Entered(JSONWalk& walk, TreeFrame frame) : Entered(walk) { walk.frames_.emplace_back(frame); }
   ~Entered() {
     if (walk_.frames_.size() > frameCount_) walk_.frames_.pop_back();
     walk_.words_.resize(firstWord_);
@@ -46,7 +56,13 @@ class JSONWalk::Entered {
 class JSONWalk::Gathered {
  public:
   explicit Gathered(JSONWalk& walk) : stack_(walk.gathered_), first_(stack_.size()) {}
-  ~Gathered() { stack_.resize(first_); }
+  ~Gathered() {
+    // A destructor may call the decoder, which uses the same stack.
+    while (stack_.size() > first_) {
+      const Ref<Object> last = std::move(stack_.back());
+      stack_.pop_back();
+    }
+  }
   Gathered(const Gathered&) = delete;
   Gathered& operator=(const Gathered&) = delete;
   void add(Ref<Object> object) { stack_.push_back(std::move(object)); }
@@ -143,16 +159,19 @@ Ref<Object> JSONWalk::decode(const Object& parsed) {
 Ref<Object> JSONWalk::decode(const Dictionary& parsed) {
   const Level level(*this);
   if (level.isTooDeep()) return nullptr;
-  const Entered entered(*this, parsed);
+  const auto held = share(parsed);
+  const Ref<Dictionary> members = fixed(parsed);
+  const Entered entered(*this, TreeFrame{&parsed, members.get()});
   return decodeEntered();
 }
 
 Ref<Array> JSONWalk::decode(const Array& parsed) {
   const Level level(*this);
   if (level.isTooDeep()) return nullptr;
-  if (parsed.isPacked()) return Ref<Array>(const_cast<Array*>(&parsed));
+  const Ref<Array> original = fixed(parsed);
+  if (original->isPacked()) return original;
   Gathered elements(*this);
-  for (const Object& element : parsed) {
+  for (const Object& element : *original) {
     if (Ref<Object> object = decode(element)) elements.add(std::move(object));
   }
   return JSONObjectBuilder::arrayOf(elements.all());
@@ -185,6 +204,7 @@ Ref<Object> JSONWalk::decodeArchive(const JSONMember& archive) {
   if (unread_ == nullptr) return unarchive(archive, nullptr);
   UnreadContent inArchive;
   Ref<Object> object = unarchive(archive, &inArchive);
+  if (unread_ == nullptr) return object;  // the host stopped it meanwhile
   if (!object && inArchive.isEmpty()) reportUnread(UnreadContent::Kind::unreadableBytes, {});
   for (const UnreadContent::Entry& entry : inArchive.entries()) {
     unread_->add(
@@ -242,7 +262,9 @@ Ref<Dictionary> JSONWalk::decodeMembers() {
   noteAllAsked();
   const std::size_t index = frames_.size() - 1;
   const auto frame = [&] { return std::get_if<TextFrame>(&frames_[index]); };  // frames_ grows
-  if (frame() == nullptr) return decodeMembersOfTree(**std::get_if<TreeFrame>(&frames_[index]));
+  if (frame() == nullptr) {
+    return decodeMembersOfTree(*std::get_if<TreeFrame>(&frames_[index])->members);
+  }
   const JSONShape& shape = *frame()->shape;  // the frame keeps it
   const std::size_t count = shape.distinctKeys()->count();
   Gathered values(*this);
@@ -253,9 +275,9 @@ Ref<Dictionary> JSONWalk::decodeMembers() {
 }
 
 /// The keys of a tree may be any objects.
-Ref<Dictionary> JSONWalk::decodeMembersOfTree(const Dictionary& parsed) {
+Ref<Dictionary> JSONWalk::decodeMembersOfTree(const Dictionary& members) {
   std::vector<std::pair<Ref<Object>, Ref<Object>>> entries;
-  for (const Dictionary::Entry entry : parsed) {
+  for (const Dictionary::Entry entry : members) {
     Ref<Object> object = decode(entry.value);
     if (object) entries.emplace_back(share(entry.key), std::move(object));
   }
@@ -268,7 +290,7 @@ Ref<Dictionary> JSONWalk::currentObject() {
   if (const auto* frame = std::get_if<TextFrame>(&frames_.back())) {
     return refCast<Dictionary>(builder_.objectOf(frame->object));
   }
-  return Ref<Dictionary>(const_cast<Dictionary*>(*std::get_if<TreeFrame>(&frames_.back())));
+  return Ref<Dictionary>(const_cast<Dictionary*>(std::get_if<TreeFrame>(&frames_.back())->object));
 }
 
 // MARK: what was not read
@@ -283,7 +305,7 @@ void JSONWalk::noteAsked(std::string_view key) {
       const auto* text = objectCast<String>(each.get());
       return text != nullptr && text->view() == key;
     };
-    const auto keys = (*std::get_if<TreeFrame>(&frames_.back()))->keys();
+    const auto keys = std::get_if<TreeFrame>(&frames_.back())->members->keys();
     index = static_cast<std::size_t>(std::ranges::find_if(keys, isKey) - keys.begin());
   }
   asked_->members[index] = true;
@@ -301,8 +323,9 @@ Ref<Object> JSONWalk::constructAndReport(Ref<Object> (*construct)(TQJSONDecoder&
     ~Restored() { place = outer; }
   };
   const auto* frame = std::get_if<TextFrame>(&frames_.back());
-  const std::size_t count = frame != nullptr ? frame->shape->count()
-                                             : (*std::get_if<TreeFrame>(&frames_.back()))->count();
+  const std::size_t count = frame != nullptr
+                                ? frame->shape->count()
+                                : std::get_if<TreeFrame>(&frames_.back())->members->count();
   Asked asked{std::vector<bool>(count), frames_.size()};
   const Restored restored{asked_, std::exchange(asked_, &asked)};
   Ref<Object> object = construct(decoder_);
@@ -315,11 +338,12 @@ void JSONWalk::reportUnasked(std::string_view className, const Asked& asked) {
   if (asked.isAll) return;
   const auto* frame = std::get_if<TextFrame>(&frames_.back());
   const auto keys = frame != nullptr ? frame->shape->distinctKeys()->keys()
-                                     : (*std::get_if<TreeFrame>(&frames_.back()))->keys();
+                                     : std::get_if<TreeFrame>(&frames_.back())->members->keys();
   for (std::size_t i = 0; i < keys.size(); ++i) {
     const std::size_t index = frame != nullptr ? frame->shape->memberOfDistinctKey(i) : i;
     if (!asked.members.empty() && asked.members[index]) continue;
     const std::string key = keys[i]->description();
+    if (unread_ == nullptr) return;  // the host stopped it meanwhile
     if (isReservedKey(key)) continue;
     unread_->add(UnreadContent::Kind::member, className, key, [&] {
       return frame != nullptr ? memberAt(*frame, index).pointer() : std::string();

@@ -88,7 +88,8 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
                                                        const ReadingLimits& limits = {});
   [[nodiscard]] static Ref<TQJSONDecoder> initWithData(std::span<const std::byte> bytes,
                                                        const ReadingLimits& limits = {});
-  /// Reads a tree that is already parsed.
+  /// Reads a tree that is already parsed. A constructor may change its mutable containers: each one
+  /// is read as it was when the decoder came to it.
   [[nodiscard]] static Ref<TQJSONDecoder> initWithRootObject(Ref<Object> root);
   /// Returns a decoder without a root; decodeData() and decodeDictionary() set one.
   [[nodiscard]] static Ref<TQJSONDecoder> init() { return initWithRootObject(nullptr); }

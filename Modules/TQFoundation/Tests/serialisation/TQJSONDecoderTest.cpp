@@ -84,6 +84,35 @@ TEST_F(TQJSONDecoderTest, OnlyAConstructorThatTakesADecoderReads) {
   }
 }
 
+TEST_F(TQJSONDecoderTest, ConstructorsMayChangeTheTree) {
+  const Ref<MutableArray> array = MutableArray::array();
+  const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+  Scripted::onDecode() = [&](TQJSONDecoder& decoder) {
+    const auto current = refCast<MutableDictionary>(decoder.currentObjectDict());
+    for (int i = 0; i < 2'000; ++i) current->setObject(num(i), std::to_string(i));
+    array->removeAllObjects();  // they own the objects
+    dictionary->removeAllObjects();
+    EXPECT_FALSE(decoder.containsValueForKey("1999"));
+    EXPECT_EQ(described(decoder.decodeObjectForKey("key")), "value");
+  };
+  for (const Ref<Object>& tree : {Ref<Object>(array), Ref<Object>(dictionary)}) {
+    for (const char* key : {"a", "b"}) {
+      const Ref<MutableDictionary> object = MutableDictionary::dictionary();
+      object->setObject(str("Scripted"), "_class");
+      object->setObject(str("value"), "key");
+      array->addObject(object);
+      dictionary->setObject(object, key);
+    }
+    if (tree == array) dictionary->removeAllObjects();
+    if (tree == dictionary) array->removeAllObjects();
+    const auto decoder = TQJSONDecoder::initWithRootObject(tree);
+    decoder->setListsUnreadContent(true);
+    const std::string text = described(decoder->decode());
+    EXPECT_EQ(std::ranges::count(text, '<'), 2) << text;
+    EXPECT_TRUE(decoder->unreadContent().isEmpty());
+  }
+}
+
 TEST_F(TQJSONDecoderTest, ADelegateRefusesClassesWhileItLives) {
   const Ref<TQJSONDecoder> decoder = TQJSONDecoder::initWithData(*data(
       R"([{"_class":"Scripted"},{"_class":"Unknown"},{"_class":"NSValue"},{"_class":"Scripted"}])"));

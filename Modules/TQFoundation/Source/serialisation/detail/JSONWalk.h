@@ -119,8 +119,11 @@ class JSONWalk {
     std::size_t firstWord;  // index in words_
     std::size_t hint = 0;   // see JSONShape::find
   };
-  /// An object of a parsed tree whose members are being read.
-  using TreeFrame = const Dictionary*;
+  /// An object of a parsed tree whose members are being read. decode() holds both.
+  struct TreeFrame {
+    const Dictionary* object;
+    const Dictionary* members;  // the object, or a fixed copy of a mutable one
+  };
 
   [[nodiscard]] JSONNode memberAt(const TextFrame& frame, std::size_t index) const noexcept {
     return frame.object.at(words_[frame.firstWord + index]);
@@ -133,7 +136,7 @@ class JSONWalk {
       if (!index) return std::nullopt;
       return JSONMember(memberAt(*frame, *index));
     }
-    const Object* object = (*std::get_if<TreeFrame>(&frames_.back()))->objectForKey(key);
+    const Object* object = std::get_if<TreeFrame>(&frames_.back())->members->objectForKey(key);
     if (object == nullptr) return std::nullopt;
     return JSONMember(*object);
   }
@@ -146,7 +149,7 @@ class JSONWalk {
   [[nodiscard]] Ref<Object> decodeStructured(std::optional<std::string_view> className);
   [[nodiscard]] Ref<Object> constructAndReport(Ref<Object> (*construct)(TQJSONDecoder&),
                                                std::string_view className);
-  [[nodiscard]] Ref<Dictionary> decodeMembersOfTree(const Dictionary& parsed);
+  [[nodiscard]] Ref<Dictionary> decodeMembersOfTree(const Dictionary& members);
 
   // What was not read. The functions that report are only for when unread_ is set.
 
