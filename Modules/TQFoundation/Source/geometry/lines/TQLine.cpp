@@ -89,14 +89,17 @@ struct Clip {
 std::optional<TQLineSegment> TQLine::clipped(const Rect& to) const noexcept {
   if (RectIsNull(to) || !TQLineIntersectsRect(*this, to)) return std::nullopt;
   if (a == 0 || b == 0) return TQLineSegmentInRect(*this, to);
-  const auto pointAt = [&, minX = RectGetMinX(to), maxX = RectGetMaxX(to)](double y) {
-    const Point point = TQLineGetPointForY(*this, y);
-    if (point.x < minX) return TQLineGetPointForX(*this, minX);
-    if (point.x > maxX) return TQLineGetPointForX(*this, maxX);
-    return point;
+  const double minX = RectGetMinX(to), maxX = RectGetMaxX(to);
+  const double minY = RectGetMinY(to), maxY = RectGetMaxY(to);
+  const auto pointAt = [&](double edge) {
+    const double x = TQLineGetXForY(*this, edge);
+    if (!(x < minX || x > maxX)) return Point{x, edge};
+    // If the line runs along a side, rounding may have moved it off the rect. Then y is noise.
+    const double side = x < minX ? minX : maxX;
+    return Point{side, std::clamp(TQLineGetYForX(*this, side), minY, maxY)};
   };
-  const Point from = pointAt(RectGetMinY(to));
-  const Point end = pointAt(RectGetMaxY(to));
+  const Point from = pointAt(minY);
+  const Point end = pointAt(maxY);
   return TQLineSegment{from, {end.x - from.x, end.y - from.y}};
 }
 

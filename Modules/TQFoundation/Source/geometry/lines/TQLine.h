@@ -52,7 +52,8 @@ struct TQLine {
   [[nodiscard]] std::optional<Point> intersection(const TQLineSegment& with) const noexcept;
   /// Returns the part of the line inside the rect, from minY to maxY, or from minX to maxX if the
   /// line is horizontal. Returns nullopt where TQLineIntersectsRect() is false, and for the null
-  /// rect. Unlike the result of TQLineSegmentInRect(), this one never leaves the rect.
+  /// rect. Unlike the result of TQLineSegmentInRect(), this one never leaves the rect; only
+  /// end(), which is a sum, may do so by its rounding.
   [[nodiscard]] TQ_EXPORT std::optional<TQLineSegment> clipped(const Rect& to) const noexcept;
   /// Returns the foot of the perpendicular from the point.
   [[nodiscard]] TQ_EXPORT Point pointClosestTo(Point point) const noexcept;

@@ -122,6 +122,10 @@ TEST(Line, ClippedToARectRunsFromMinYToMaxY) {
   EXPECT_EQ(TQLine({1, 1, 5}).clipped(kRect), (TQLineSegment{{5, 0}, {-5, 5}}));
   EXPECT_EQ(TQLine({1, 1, 15}).clipped(kRect), (TQLineSegment{{10, 5}, {-5, 5}}));
   EXPECT_EQ(TQLine({1, 1, 0}).clipped(kRect), (TQLineSegment{{0, 0}, {0, 0}}));  // a corner
+  // Almost along the left side: x is rounded, and the line meets the side far above the rect.
+  const Rect beside{-81.68801005772718, 9.255881570338964, 1, 2.490759688029906};
+  const auto touch = TQLine({1, -6.049014748177263e-16, -81.6880100577272}).clipped(beside);
+  EXPECT_EQ(touch, (TQLineSegment{{beside.origin.x, RectGetMaxY(beside)}, {0, 0}}));
 }
 
 TEST(LineSegment, IntersectsARectWhenAPointOfItIsInside) {
