@@ -36,8 +36,8 @@ inline constexpr Rect RectZero{};
 inline constexpr Rect RectNull{std::numeric_limits<double>::infinity(),
                                std::numeric_limits<double>::infinity(), 0, 0};
 
-/// The rect with edges at ±DBL_MAX / 2. It intersects every rect that reaches into that range; its
-/// edges are closed, as for every rect.
+/// The rect with edges at ±DBL_MAX / 2. It is treated as any other rect: it intersects every rect
+/// that reaches into that range, edges included, and none beyond.
 inline constexpr Rect RectInfinite{
     -std::numeric_limits<double>::max() / 2, -std::numeric_limits<double>::max() / 2,
     std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};

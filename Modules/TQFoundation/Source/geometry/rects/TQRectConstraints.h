@@ -45,8 +45,9 @@ enum class TQRectConstraints : unsigned {
 ///
 /// Flexible parts share the rest in proportion to their lengths, or equally if these add up to 0 or
 /// less. No extent becomes negative. If the area is smaller than
-/// TQMinumumSizeForRectWithConstraints(), the rect extends beyond the maximum edge, or beyond the
-/// minimum edge if max is pinned and min is not. The result is standardised. A null rect returns
+/// TQMinumumSizeForRectWithConstraints(), the pinned parts do not fit. Then a rect with pinned min
+/// starts where it should, and a rect with pinned max and flexible min ends where it should; its
+/// other edge may be outside the area. The result is standardised. A null rect returns
 /// the null rect. Bits beyond the six are ignored. NaN propagates.
 [[nodiscard]] TQ_EXPORT Rect TQRectScaledRelativeToSizeWithConstraints(
     const Rect& rect, Size fromSize, Size toSize, TQRectConstraints constraints) noexcept;
