@@ -264,11 +264,9 @@ TQBezierSegment TQBezierSegmentApplyAffineTransform(const TQBezierSegment& segme
 AffineTransform TQBezierSegmentTransformForAligningToXAxis(
     const TQBezierSegment& segment) noexcept {
   const Vector chord = segment.end() - segment.start();
-  const double length = std::hypot(chord.dx, chord.dy);
   AffineTransform turn;
-  if (length > 0) {
-    const double cosine = chord.dx / length;
-    const double sine = chord.dy / length;
+  if (chord != Vector{}) {
+    const auto [cosine, sine] = VectorNormalise(chord);
     turn = {cosine, -sine, sine, cosine, 0, 0};
   }
   return AffineTransformTranslate(turn, -segment.start().x, -segment.start().y);

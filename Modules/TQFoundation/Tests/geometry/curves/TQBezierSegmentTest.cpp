@@ -53,6 +53,10 @@ TEST(BezierSegment, PartsJoinExactlyAndLieOnTheWholeAndTheChordOnTheXAxis) {
   const auto point = straight({3, 4}, {3, 4});
   EXPECT_EQ(TQBezierSegmentTransformForAligningToXAxis(point),
             (AffineTransform{1, 0, 0, 1, -3, -4}));
+  for (const double extreme : {1.5e308, 5e-324}) {
+    const auto diagonal = straight({0, 0}, {extreme, extreme});
+    EXPECT_DOUBLE_EQ(TQBezierSegmentTransformForAligningToXAxis(diagonal).a, std::sqrt(0.5));
+  }
   EXPECT_TRUE(TQBezierSegmentIsPoint(point));
   EXPECT_FALSE(TQBezierSegmentIsPoint(quadratic({1, 1}, {2, 1}, {1, 1})));
 }
