@@ -121,6 +121,17 @@ const Callback objects[] = {
        last = nullptr;
        EXPECT_EQ(w.drops(), 7);
      }},
+    {"TQBezierSegmentIntersections",
+     [](World& w) {
+       // Coordinates without a fraction: so many places that the search reports before its end.
+       const auto segment = [&w](Point from, Point to) -> const TQBezierSegment& {
+         const Vector far{0x1p52, 0x1p52};
+         return w.keep(TQBezierSegment::straight(from + far, to + far));
+       };
+       EXPECT_TRUE(TQBezierSegmentIntersections(segment({30, 2}, {18, 6}),
+                                                segment({29, 2}, {18, 5}), w.dropping()));
+       EXPECT_GT(w.drops(), 64);
+     }},
     {"MutableArray::addObject, ::insertObject, ::removeObjectAtIndex, ::replaceObjectAtIndex, "
      "::removeAllObjects",
      [](World& w) {

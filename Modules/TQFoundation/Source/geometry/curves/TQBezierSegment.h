@@ -97,11 +97,12 @@ TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQ
 [[nodiscard]] TQ_EXPORT Rect
 TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 
-/// Returns the tight bounds of the segment. A maximum, computed as origin + extent, is never below
-/// the true one: the extent is rounded up in the same way.
+/// Returns the tight bounds of the segment, never wider than those of the control points. They
+/// contain both ends; the extent is rounded up in the same way.
 ///
-/// Accuracy: the segment touches each edge within a few units in the last place of the largest
-/// coordinate. Coordinates near the limits of double return the bounds of the control points.
+/// Accuracy: a turning point is rounded, so an edge there lies inside or outside of the true one by
+/// a few units in the last place of the largest coordinate. Coordinates near the limits of double
+/// return the bounds of the control points.
 [[nodiscard]] TQ_EXPORT Rect TQBezierSegmentGetBounds(const TQBezierSegment& segment) noexcept;
 
 /// Returns a measure of the deviation from a straight line: max(ux, vx) + max(uy, vy) with ux =
@@ -128,7 +129,8 @@ TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
     const TQBezierSegment& segment, const AffineTransform& transform) noexcept;
 
 /// Returns the translation and rotation that move the start to (0, 0) and the end onto the x axis,
-/// at x >= 0. If start and end are equal, there is only a translation.
+/// at x >= 0. If start and end are equal, there is only a translation. If their difference
+/// overflows, the rotation is NaN.
 [[nodiscard]] TQ_EXPORT AffineTransform
 TQBezierSegmentTransformForAligningToXAxis(const TQBezierSegment& segment) noexcept;
 
@@ -160,19 +162,24 @@ using TQBezierSegmentIntersectionCallback = std::function<void(double offsetA, d
 /// segment.
 ///
 /// If two pieces meet in a common end, its offsets are reported exactly; so a shared end point of
-/// the segments is exact. Any other intersection is reported as the middles of two pieces that
-/// meet. If the segments cross at an angle of more than 1e-7, both offsets are within 2^-15 of the
-/// true ones; otherwise they are less accurate (TQBezierSegmentRefineIntersection improves them).
+/// the segments is exact. Any other intersection is reported as the middles of two pieces whose
+/// bounds meet. If the segments cross at an angle of more than 1e-7 and one is at most 100 times as
+/// long as the other, both offsets are within about 2^-15 of the true ones; otherwise they are less
+/// accurate. Segments that pass each other within about 2^-14 of the longer one are reported, too;
+/// nearly parallel ones sometimes in several places. TQBezierSegmentRefineIntersection improves
+/// offsets; if the points of its result are still apart, it was such a miss.
 ///
 /// Neighbouring pieces report one crossing several times, and segments that are nearly tangent meet
 /// in many places. Therefore reports are merged. Two reports belong together if they are within
-/// 2^-8 of each other on both segments, directly or through other reports. Each such group is
+/// 2^-8 of each other on both segments, directly or through other reports; on a segment that is
+/// less than 1/32 as long as the other, within two of the other's pieces. Each such group is
 /// reported as its common end if it has one, else as the report whose points are closest together.
 /// So a touch is reported once. Crossings at an angle are reported separately, unless another one
 /// or a common end is within 2^-14. Up to 64 intersections are reported in ascending order of
 /// `offsetA`; more are not sorted.
 ///
-/// Segments that run along each other are recognised before the search. Each overlap is reported by
+/// If the bounds of the segments do not intersect, only common ends are reported. Otherwise,
+/// segments that run along each other are recognised before the search. Each overlap is reported by
 /// its two ends. Identical cubics are reported by (0, 0) and (1, 1), and a cubic and its own piece
 /// from 0 to 0.3 by (0, 0) and (0.3, 1). The end of a segment has exactly the offset 0 or 1; the
 /// other offset is as accurate as the rounding of the points allows. A curve on a line that turns
@@ -186,6 +193,9 @@ using TQBezierSegmentIntersectionCallback = std::function<void(double offsetA, d
 /// that is not recognised about 2·10^5. A piece that has shrunk to a point is not halved further,
 /// so two points at one place take a single pair. If a coordinate is infinite or NaN, only common
 /// ends of the segments are reported.
+///
+/// The callback may change or destroy both segments; they are copied. An exception that it throws
+/// ends the search and reaches the caller.
 /// @return false if that limit ended the search; then crossings may be missing
 TQ_EXPORT bool TQBezierSegmentIntersections(const TQBezierSegment& a, const TQBezierSegment& b,
                                             const TQBezierSegmentIntersectionCallback& callback);

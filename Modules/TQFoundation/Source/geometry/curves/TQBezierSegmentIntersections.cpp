@@ -28,6 +28,7 @@ constexpr std::size_t kMostPairs = 1 << 20;
 constexpr std::size_t kMostCrossings = 64;
 constexpr double kReach = 0x1p-8;      // greatest distance of reports of one intersection
 constexpr double kSharp = 0x1p-24;     // least sine of an angle, greatest last step
+constexpr double kNoise = 0x1p-50;     // rounding error of a point, relative to its segment's reach
 constexpr std::size_t kMostSharp = 9;  // crossings of two cubics that do not overlap (Bézout)
 
 double gapSquared(const TQBezierSegment& a, const TQBezierSegment& b,
@@ -44,6 +45,31 @@ detail::BezierValue<Pair> evaluated(const TQBezierSegment& segment, double t) no
 }
 
 double cross(Pair u, Pair v) noexcept { return u[0] * v[1] - u[1] * v[0]; }
+
+double lengthOf(Pair v) noexcept { return std::hypot(v[0], v[1]); }
+
+/// Returns the greatest magnitude of the coordinates on each axis.
+template <std::size_t N>
+Pair reachOf(const BezierAxis<N, Pair>& p) noexcept {
+  Pair reach{};
+  for (const Pair point : p) reach = detail::larger(reach, detail::magnitude(point));
+  return reach;
+}
+
+double reachOf(const TQBezierSegment& segment) noexcept {
+  const Pair reach =
+      detail::withBothAxes(segment, Pair{}, [](const auto& p) { return reachOf(p); });
+  return std::max(reach[0], reach[1]);
+}
+
+/// Returns the segment moved by -origin. Then rounding errors grow with the extent, and no longer
+/// with the distance from (0, 0). Moving adds no greater ones.
+TQBezierSegment moved(TQBezierSegment segment, Point origin) noexcept {
+  for (std::size_t i = 0; i < segment.used().size(); ++i) {
+    segment.points[i] = {segment.points[i].x - origin.x, segment.points[i].y - origin.y};
+  }
+  return segment;
+}
 
 /// Returns one step of Newton's method on a(s) - b(t) = 0, or nullopt if the tangents are parallel.
 std::optional<TQBezierSegmentOffsets> newtonStep(const TQBezierSegment& a, const TQBezierSegment& b,
@@ -83,9 +109,11 @@ bool isSharp(const TQBezierSegment& a, const TQBezierSegment& b,
              TQBezierSegmentOffsets at) noexcept {
   const Pair da = evaluated(a, at.a).derivative;
   const Pair db = evaluated(b, at.b).derivative;
+  const double speedA = lengthOf(da), speedB = lengthOf(db);
+  const double sine = std::fabs(cross(da, db)) / (speedA * speedB);
+  const double noise = kNoise * (reachOf(a) + reachOf(b)) / (sine * std::min(speedA, speedB));
   const auto next = newtonStep(a, b, at);
-  return next && distance(*next, at) <= kSharp &&
-         std::fabs(cross(da, db)) > kSharp * std::hypot(da[0], da[1]) * std::hypot(db[0], db[1]);
+  return next && sine > kSharp && distance(*next, at) <= std::clamp(noise, kSharp, kBezierLeaf / 4);
 }
 
 /// A crossing at an angle, and the report nearest to it.
@@ -107,8 +135,8 @@ struct Interval {
   double last = 0;
 
   [[nodiscard]] double middle() const noexcept { return (first + last) / 2; }
-  [[nodiscard]] bool isNear(Interval other) const noexcept {
-    return first <= other.last + kReach && other.first <= last + kReach;
+  [[nodiscard]] bool isNear(Interval other, double reach) const noexcept {
+    return first <= other.last + reach && other.first <= last + reach;
   }
   [[nodiscard]] bool contains(double offset) const noexcept {
     return first <= offset && offset <= last;
@@ -143,9 +171,6 @@ struct Crossing {
   TQBezierSegmentOffsets last;   ///< the last common end; else the same as `first`
   double gap = 0;                ///< squared distance of the points of `first`; -1 for a common end
 
-  [[nodiscard]] bool isNear(const Crossing& other) const noexcept {
-    return a.isNear(other.a) && b.isNear(other.b);
-  }
   [[nodiscard]] bool contains(TQBezierSegmentOffsets at) const noexcept {
     return a.contains(at.a) && b.contains(at.b);
   }
@@ -174,12 +199,18 @@ void tellAscending(std::span<TQBezierSegmentOffsets> offsets,
                 [&](TQBezierSegmentOffsets at) { callback(at.a, at.b); });
 }
 
-/// Collects the reports of one search of `a` and `b`.
+/// Collects the reports of one search of `a` and `b`. It has copies of them, because the callback
+/// may destroy the caller's.
 class Crossings {
  public:
   Crossings(const TQBezierSegment& a, const TQBezierSegment& b,
             const TQBezierSegmentIntersectionCallback& callback)
-      : a_(a), b_(b), callback_(callback) {}
+      : a_(moved(a, a.start())), b_(moved(b, a.start())), callback_(callback) {
+    const double ratio = std::sqrt(TQBezierSegmentControlSplineLengthSquared(a_) /
+                                   TQBezierSegmentControlSplineLengthSquared(b_));
+    reachA_ = std::fmax(kReach, 2 * kBezierLeaf / ratio);
+    reachB_ = std::fmax(kReach, 2 * kBezierLeaf * ratio);
+  }
 
   /// Adds a report for each pair of ends that are the same point.
   void addCommonEnds(const Ends& a, const Ends& b) {
@@ -211,7 +242,7 @@ class Crossings {
   void add(Crossing report) {
     noteSharp(report.first);
     for (std::size_t i = 0; i < count_;) {
-      if (!found_[i].isNear(report)) {
+      if (!isNear(found_[i], report)) {
         ++i;
         continue;
       }
@@ -221,6 +252,10 @@ class Crossings {
     }
     if (count_ == kMostCrossings) tell({&found_[--count_], 1});
     found_[count_++] = report;
+  }
+
+  [[nodiscard]] bool isNear(const Crossing& one, const Crossing& other) const noexcept {
+    return one.a.isNear(other.a, reachA_) && one.b.isNear(other.b, reachB_);
   }
 
   /// Returns the offsets to report: at most two common ends for each group, and each sharp crossing
@@ -284,13 +319,27 @@ class Crossings {
     if (reported.count == before) reported.add(crossing.first);
   }
 
-  const TQBezierSegment& a_;
-  const TQBezierSegment& b_;
+  const TQBezierSegment a_;
+  const TQBezierSegment b_;
   const TQBezierSegmentIntersectionCallback& callback_;
+  // Greatest distances of reports of one intersection. A smallest piece of a much longer segment
+  // meets many pieces of the shorter one, and the next piece meets them two such lengths further.
+  double reachA_;
+  double reachB_;
   std::array<Crossing, kMostCrossings> found_;
   std::size_t count_ = 0;
   std::array<SharpCrossing, kMostSharp> sharp_;
   std::size_t sharpCount_ = 0;
+};
+
+/// What the pieces of a curve have in common.
+struct Precision {
+  bool isOrdinary;  ///< no piece can overflow, so that no bounds need a test
+  Pair noise;       ///< rounding error of a point
+
+  template <std::size_t N>
+  explicit Precision(const BezierAxis<N, Pair>& whole) noexcept
+      : isOrdinary(detail::isOrdinary(whole)), noise(kNoise * reachOf(whole)) {}
 };
 
 /// A piece of a curve, with its position in the whole curve.
@@ -303,11 +352,12 @@ struct Piece {
   Pair maximum;
 
   /// Sets the position and the bounds. The points are set before.
-  void place(double startsAt, double lasts, bool isOrdinary) noexcept {
+  void place(double startsAt, double lasts, const Precision& precision) noexcept {
     offset = startsAt;
     length = lasts;
-    const detail::BezierBounds bounds =
-        isOrdinary ? detail::ordinaryBounds(points) : detail::tightBounds(points);
+    const detail::BezierBounds bounds = precision.isOrdinary
+                                            ? detail::ordinaryBounds(points, precision.noise)
+                                            : detail::tightBounds(points);
     minimum = bounds.origin;
     maximum = bounds.origin + bounds.extent;
   }
@@ -329,65 +379,76 @@ struct Halves {
   Piece<N> left;
   Piece<N> right;
 
-  Halves(const Piece<N>& piece, bool isOrdinary) noexcept {
+  Halves(const Piece<N>& piece, const Precision& precision) noexcept {
     detail::halve(piece.points, left.points, right.points);
-    left.place(piece.offset, piece.length / 2, isOrdinary);
-    right.place(piece.middle(), piece.length / 2, isOrdinary);
+    left.place(piece.offset, piece.length / 2, precision);
+    right.place(piece.middle(), piece.length / 2, precision);
   }
 };
 
 /// The recursive search. Pieces whose closed bounds intersect are halved, at most fourteen times;
 /// the depth has no other limit. No crossing is lost, because the halves join exactly and their
-/// bounds contain them.
+/// bounds contain them; only curves that barely touch may be separated by the rounding of points.
 template <std::size_t M, std::size_t N>
 class IntersectionSearch {
  public:
-  explicit IntersectionSearch(Crossings& crossings) : crossings_(crossings) {}
+  IntersectionSearch(const BezierAxis<M, Pair>& a, const BezierAxis<N, Pair>& b)
+      : ofA_(a), ofB_(b) {
+    one_.points = a;
+    other_.points = b;
+    one_.place(0, 1, ofA_);
+    other_.place(0, 1, ofB_);
+  }
+
+  [[nodiscard]] Ends endsOfA() const noexcept { return one_.ends(); }
+  [[nodiscard]] Ends endsOfB() const noexcept { return other_.ends(); }
+
+  /// Returns false if the segments cannot meet but in their ends.
+  [[nodiscard]] bool canMeet() const noexcept {
+    return detail::isFinite(one_.points) && detail::isFinite(other_.points) &&
+           doIntersect(gapBetween(one_, other_));
+  }
 
   /// Returns false if the limit of pairs was reached.
-  [[nodiscard]] bool search(const BezierAxis<M, Pair>& a, const BezierAxis<N, Pair>& b) {
-    Piece<M> one;
-    Piece<N> other;
-    one.points = a;
-    other.points = b;
-    areOrdinary_ = detail::isOrdinary(a) && detail::isOrdinary(b);
-    one.place(0, 1, areOrdinary_);
-    other.place(0, 1, areOrdinary_);
-    if (detail::isFinite(a) && detail::isFinite(b)) {
-      search(one, other);
-    } else {
-      crossings_.addCommonEnds(one.ends(), other.ends());
-    }
+  [[nodiscard]] bool run(Crossings& crossings) {
+    crossings_ = &crossings;
+    search(one_, other_);
     return pairs_ <= kMostPairs;
   }
 
  private:
+  /// Returns the distance of the bounds on each axis, 0 or less if they intersect there.
+  static Pair gapBetween(const Piece<M>& a, const Piece<N>& b) noexcept {
+    return detail::larger(a.minimum - b.maximum, b.minimum - a.maximum);
+  }
+  static bool doIntersect(Pair gap) noexcept { return !detail::holdsAnywhere(!(gap <= Pair{})); }
+
   void search(const Piece<M>& a, const Piece<N>& b) {
     if (++pairs_ > kMostPairs) return;
-    const Pair gap = detail::larger(a.minimum - b.maximum, b.minimum - a.maximum);
-    if (!detail::holdsAnywhere(!(gap <= Pair{}))) {
+    const Pair gap = gapBetween(a, b);
+    if (doIntersect(gap)) {
       searchHalves(a, b);
     } else if (!detail::holdsAnywhere(gap > detail::kSamePoint)) {
       // Their bounds are apart, but within rounding they can still share an end.
-      crossings_.addCommonEnds(a.ends(), b.ends());
+      crossings_->addCommonEnds(a.ends(), b.ends());
     }
   }
 
   void searchHalves(const Piece<M>& a, const Piece<N>& b) {
     if (a.isSmallest() || b.isSmallest() || (a.isPoint() && b.isPoint())) {
-      return crossings_.addMeeting(a.ends(), b.ends(), a.middlePoint() - b.middlePoint());
+      return crossings_->addMeeting(a.ends(), b.ends(), a.middlePoint() - b.middlePoint());
     }
     if (a.isPoint()) {
-      const Halves<N> ofB(b, areOrdinary_);
+      const Halves<N> ofB(b, ofB_);
       search(a, ofB.left);
       search(a, ofB.right);
     } else if (b.isPoint()) {
-      const Halves<M> ofA(a, areOrdinary_);
+      const Halves<M> ofA(a, ofA_);
       search(ofA.left, b);
       search(ofA.right, b);
     } else {
-      const Halves<M> ofA(a, areOrdinary_);
-      const Halves<N> ofB(b, areOrdinary_);
+      const Halves<M> ofA(a, ofA_);
+      const Halves<N> ofB(b, ofB_);
       search(ofA.left, ofB.left);
       search(ofA.left, ofB.right);
       search(ofA.right, ofB.left);
@@ -395,30 +456,45 @@ class IntersectionSearch {
     }
   }
 
-  Crossings& crossings_;
+  Precision ofA_;
+  Precision ofB_;
+  Piece<M> one_;
+  Piece<N> other_;
+  Crossings* crossings_ = nullptr;
   std::size_t pairs_ = 0;
-  bool areOrdinary_ = true;  // no piece can overflow, so that no bounds need a test
 };
+
+/// Calls the callback for each pair of ends that are the same point.
+void tellCommonEnds(const Ends& a, const Ends& b,
+                    const TQBezierSegmentIntersectionCallback& callback) {
+  std::array<TQBezierSegmentOffsets, 4> offsets;
+  std::size_t count = 0;
+  withCommonEnds(a, b, [&](TQBezierSegmentOffsets at) { offsets[count++] = at; });
+  tellAscending({offsets.data(), count}, callback);
+}
 
 }  // namespace
 
 bool TQBezierSegmentIntersections(const TQBezierSegment& a, const TQBezierSegment& b,
                                   const TQBezierSegmentIntersectionCallback& callback) {
   if (a.used().empty() || b.used().empty()) return true;
-  if (auto places = detail::placesOfOverlap(a, b)) {
-    tellAscending(places->all(), callback);
-    return true;
-  }
-  Crossings crossings(a, b, callback);
-  const bool isComplete = detail::withBothAxes(a, true, [&](const auto& p) {
+  return detail::withBothAxes(a, true, [&](const auto& p) {
     return detail::withBothAxes(b, true, [&](const auto& q) {
-      constexpr std::size_t kM = std::tuple_size_v<std::decay_t<decltype(p)>>;
-      constexpr std::size_t kN = std::tuple_size_v<std::decay_t<decltype(q)>>;
-      return IntersectionSearch<kM, kN>(crossings).search(p, q);
+      IntersectionSearch search(p, q);
+      if (!search.canMeet()) {
+        tellCommonEnds(search.endsOfA(), search.endsOfB(), callback);
+        return true;
+      }
+      if (auto places = detail::placesOfOverlap(a, b)) {
+        tellAscending(places->all(), callback);
+        return true;
+      }
+      Crossings crossings(a, b, callback);
+      const bool isComplete = search.run(crossings);
+      crossings.tellAll();
+      return isComplete;
     });
   });
-  crossings.tellAll();
-  return isComplete;
 }
 
 TQBezierSegmentOffsets TQBezierSegmentRefineIntersection(const TQBezierSegment& a,

@@ -270,6 +270,10 @@ TEST(BezierIntersections, OverlapsOfLoopsAndOfCurvesThatTurnBack) {
        {{0.5, 0.5}}},
       {"lines in part", line, straight({1, 1}, {9, 9}), {{0.25, 0}, {1, 0.375}}},
       {"level", straight({0, 2}, {4, 2}), straight({1, 2}, {9, 2}), {{0.25, 0}, {1, 0.375}}},
+      {"almost, but the bounds are apart",
+       straight({1e6, 0}, {1e6 + 1, 0}),
+       straight({1e6, 3e-9}, {1e6 + 1, 3e-9}),
+       {}},
   };
   for (const auto& [name, a, b, expected] : cases) {
     SCOPED_TRACE(name);
@@ -359,6 +363,38 @@ TEST(BezierIntersections, AlmostCoincidentCurvesKeepTheAccuracy) {
     EXPECT_EQ(intersections(mirrored(a, scale), mirrored(b, scale)).offsets, found.offsets);
   }
   EXPECT_GT(crossings, 80U);
+}
+
+TEST(BezierIntersections, StraightSegmentsKeepTheAccuracyFarAwayAndOfDifferentLengths) {
+  // The expected offsets were computed with rational numbers.
+  const Rows<const char*, TQBezierSegment, TQBezierSegment, TQBezierSegmentOffsets> cases{
+      {"1.4e-7 rad at 1e3",
+       straight({995.7758666171129, 1002.4915424995439}, {997.8876799389157, 992.0900153574918}),
+       straight({996.9808434839157, 996.5565483841712}, {997.0327305873052, 996.3009837862965}),
+       {0.5738536552883186, 0.13288325518058786}},
+      {"6.4e-7 rad at 1e6",
+       straight({999997.7304809917, 1000009.1409520615}, {1000002.5119303189, 999995.7614127635}),
+       straight({1000000.4749445675, 1000001.4613440708}, {1000000.5657650745, 1000001.2072079447}),
+       {0.5878736234572965, 0.7313806953410462}},
+      {"160 times as long",
+       straight({0, 0}, {16, 16}),
+       straight({7.95, 7.95005}, {8.05, 8.04995}),
+       {0.5, 0.5}},
+  };
+  for (const auto& [name, a, b, expected] : cases) {
+    SCOPED_TRACE(name);
+    const Found found = intersections(a, b), swapped = intersections(b, a);
+    ASSERT_EQ(found.offsets.size(), 1U);
+    ASSERT_EQ(swapped.offsets.size(), 1U);
+    EXPECT_TRUE(isNear(expected, 0.50001 * kLeaf)(found.offsets[0]));
+    EXPECT_TRUE(isNear({expected.b, expected.a}, 0.50001 * kLeaf)(swapped.offsets[0]));
+  }
+}
+
+TEST(BezierIntersections, RoundingHidesNoTurningPoint) {
+  const auto curve = cubic({0, 3}, {0.001, 6}, {0.002, 0.9}, {0.003, 0.7});
+  const double y = 3.942915617606791;  // one unit in the last place below the greatest y
+  EXPECT_EQ(intersections(curve, straight({-1, y}, {1, y})).offsets.size(), 1U);
 }
 
 TEST(BezierIntersections, APointOnACurveIsFoundForAllDegrees) {

@@ -65,8 +65,11 @@ template <std::size_t N>
 
 /// Returns the bounds of the ends and the turning points. If the control points lie between the
 /// ends, as in most pieces of a curve, the curve lies between the ends too.
+/// @param noise  the rounding error of a turning point, 0 or more. The bounds are wider by it, but
+///               not wider than those of the control points.
 template <std::size_t N>
-[[nodiscard]] inline BezierBounds ordinaryBounds(const BezierAxis<N, Pair>& p) noexcept {
+[[nodiscard]] inline BezierBounds ordinaryBounds(const BezierAxis<N, Pair>& p,
+                                                 Pair noise) noexcept {
   Pair minimum = smaller(p[0], p[N - 1]);
   Pair maximum = larger(p[0], p[N - 1]);
   Pair hullMinimum = minimum, hullMaximum = maximum;
@@ -76,14 +79,12 @@ template <std::size_t N>
   }
   if (holdsAnywhere((hullMinimum < minimum) | (hullMaximum > maximum))) {
     const auto [first, second] = turns<N, Pair>(p);
-    const Pair atFirst = evaluate<N, Pair>(p, first).value;
-    minimum = smaller(minimum, atFirst);
-    maximum = larger(maximum, atFirst);
-    if constexpr (N > 3) {
-      const Pair atSecond = evaluate<N, Pair>(p, second).value;
-      minimum = smaller(minimum, atSecond);
-      maximum = larger(maximum, atSecond);
-    }
+    const auto include = [&](Pair turn) {
+      minimum = smaller(minimum, larger(turn - noise, hullMinimum));
+      maximum = larger(maximum, smaller(turn + noise, hullMaximum));
+    };
+    include(evaluate<N, Pair>(p, first).value);
+    if constexpr (N > 3) include(evaluate<N, Pair>(p, second).value);
   }
   return BezierBounds::between(minimum, maximum);
 }
@@ -91,7 +92,7 @@ template <std::size_t N>
 /// Returns the tight bounds, or those of the control points if the numbers are not ordinary.
 template <std::size_t N>
 [[nodiscard]] inline BezierBounds tightBounds(const BezierAxis<N, Pair>& p) noexcept {
-  return isOrdinary(p) ? ordinaryBounds(p) : controlBounds(p);
+  return isOrdinary(p) ? ordinaryBounds(p, Pair{}) : controlBounds(p);
 }
 
 }  // namespace tq::detail
