@@ -12,7 +12,7 @@ namespace tq {
 namespace {
 
 using Elements = std::vector<Ref<Object>>;
-using Edits = std::vector<const TQComparisonArrayChange*>;
+using Edits = std::vector<Ref<const TQComparisonArrayChange>>;  // isEqual() may release others
 
 /// The two kinds of changes, both in ascending order of index.
 struct SortedEdits {
@@ -29,7 +29,7 @@ SortedEdits sortedEdits(std::span<const Ref<TQComparisonArrayChange>> changes) {
   for (const Ref<TQComparisonArrayChange>& change : changes) {
     if (!change || change->object() == nullptr) raise("a change or its object is null.");
     if (change->isRemoval() && !edits.insertions.empty()) raise("a removal follows an insertion.");
-    (change->isRemoval() ? edits.removals : edits.insertions).push_back(change.get());
+    (change->isRemoval() ? edits.removals : edits.insertions).push_back(change);
   }
   std::ranges::reverse(edits.removals);
   return edits;
@@ -59,7 +59,7 @@ Elements edited(const Elements& before, const Edits& removed, const Edits& added
     }
   }
   if (toRemove != removed.end() || toAdd != added.end()) {
-    const auto* const left = toRemove != removed.end() ? *toRemove : *toAdd;
+    const auto& left = toRemove != removed.end() ? *toRemove : *toAdd;
     raise("the index " + std::to_string(left->index()) + " is out of range or out of order.");
   }
   return after;
@@ -67,9 +67,11 @@ Elements edited(const Elements& before, const Edits& removed, const Edits& added
 
 void edit(MutableArray& array, const Edits& removed, const Edits& added) {
   if (removed.empty() && added.empty()) return;
+  const auto held = share(array);  // isEqual() may release it
   // Holds the removed elements until the array is complete: their destructors may look at it.
   const Elements before(array.objects().begin(), array.objects().end());
   Elements after = edited(before, removed, added);
+  if (!std::ranges::equal(array.objects(), before)) raise("isEqual() has changed the array.");
   array.reserve(after.size());  // from here on, nothing fails
   const std::size_t kept = std::min(before.size(), after.size());
   for (std::size_t i = 0; i < kept; ++i) array.replaceObjectAtIndex(i, std::move(after[i]));

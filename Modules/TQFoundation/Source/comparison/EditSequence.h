@@ -51,7 +51,8 @@ template <class Comparator>
 }
 
 /// Applies an edit sequence: turns the old array into the new one, or reverts that. Reverting what
-/// was applied restores the old array, object by object.
+/// was applied restores the old array, object by object. (An element that was removed because it
+/// was equal to the object of its change is restored as that object.)
 ///
 /// Every insertion inserts its own object, also that of a move. Elements that are not named in the
 /// changes stay; if the comparator calls different objects the same, they are those of the array.
@@ -59,8 +60,9 @@ template <class Comparator>
 /// @param array    the old array; for revertEditSequence() the new one. Elements to be removed must
 ///                 be the objects of the changes or equal to them.
 /// @param changes  in the order of editSequenceTo()
-/// @throws Exception (InvalidArgumentException) if the changes do not fit the array or are in
-///         another order; std::bad_alloc; what isEqual() throws. Then the array is unchanged.
+/// @throws Exception (InvalidArgumentException) if the changes do not fit the array, are in another
+///         order, or isEqual() changes the array; std::bad_alloc; what isEqual() throws. Then the
+///         array is unchanged by this call.
 ///
 /// Cost: O(N + D) for N elements and D changes.
 TQ_EXPORT void applyEditSequence(MutableArray& array,

@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/base/TQAssert.h>
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/comparison/TQComparisonArrayChange.h>
 #include <TQFoundation/comparison/detail/SnakeLevels.h>
@@ -80,14 +81,18 @@ void linkMoves(const TQArrayChanges& changes, Comparator& comparator) {
 template <class Comparator = TQArrayComparator>
 class TQArrayComparison {
  public:
-  /// @param startPoint  the length of a common prefix, which is not compared again. Must not be the
-  ///                    length of both arrays.
+  /// @param startPoint  the length of the longest common prefix, which is not compared again. The
+  ///                    process stops if it is beyond the end of an array, or the end of both.
+  ///                    From a shorter prefix on, the edit script need not be the shortest.
   TQArrayComparison(const Array& oldArray, const Array& modifiedArray, std::size_t startPoint,
                     Comparator comparator)
       : oldArray_(oldArray.objects()),
         modifiedArray_(modifiedArray.objects()),
         comparator_(std::move(comparator)),
-        furthest_{kNowhere, signedOf(startPoint), kNowhere} {}
+        furthest_{kNowhere, signedOf(startPoint), kNowhere} {
+    const auto [shorter, longer] = std::minmax({oldArray_.size(), modifiedArray_.size()});
+    TQ_ASSERT(startPoint <= shorter && startPoint < longer);
+  }
 
   /// Links removals with insertions of the same element; each such pair is a move. Calls the
   /// comparator for each insertion with the removals that are not linked yet.

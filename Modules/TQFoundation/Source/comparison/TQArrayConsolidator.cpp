@@ -13,20 +13,20 @@ namespace tq {
 namespace {
 
 void remove(MutableArray& array, const TQComparisonArrayChange& removal,
-            const TQArrayConsolidator& consolidator) {
+            const TQArrayConsolidator& blocks) {
   array.removeObjectAtIndex(removal.index());
-  if (!removal.isMove() && consolidator.postRemoveBlock()) {
-    consolidator.postRemoveBlock()(*removal.object());
+  if (!removal.isMove() && blocks.postRemoveBlock()) {
+    blocks.postRemoveBlock()(*removal.object());
   }
 }
 
 void insert(MutableArray& array, const TQComparisonArrayChange& insertion,
-            const TQArrayConsolidator& consolidator) {
+            const TQArrayConsolidator& blocks) {
   Ref<Object> object;
   if (const Ref<TQComparisonArrayChange> removal = insertion.associatedChange()) {
     object = Ref<Object>(removal->object());
-  } else if (consolidator.createBlock()) {
-    object = consolidator.createBlock()(*insertion.object());
+  } else if (blocks.createBlock()) {
+    object = blocks.createBlock()(*insertion.object());
   }
   if (!object) return;
   array.insertObject(std::move(object), std::min<std::uint64_t>(insertion.index(), array.count()));
@@ -46,19 +46,21 @@ const TQArrayConsolidator::ComparisonBlock& TQArrayConsolidator::comparisonBlock
 bool consolidateAgainst(MutableArray& array, const Array& newArray,
                         TQArrayConsolidator& withConsolidator) {
   const auto held = share(array);  // a block may release it
-  const bool updates = static_cast<bool>(withConsolidator.updateBlock());
+  // A copy, because a block may replace itself, or destroy the consolidator.
+  TQArrayConsolidator blocks = withConsolidator;
+  const bool updates = static_cast<bool>(blocks.updateBlock());
   detail::MatchedPairs matched;
-  const auto changes = editSequenceTo(
-      array, newArray, true, matched.recording(withConsolidator.comparisonBlock(), updates));
-  for (const auto& [oldItem, newItem] : matched) withConsolidator.updateBlock()(*oldItem, *newItem);
+  const auto changes =
+      editSequenceTo(array, newArray, true, matched.recording(blocks.comparisonBlock(), updates));
+  for (const auto& [oldItem, newItem] : matched) blocks.updateBlock()(*oldItem, *newItem);
   if (!changes) return false;
 
   array.reserve(array.count() + changes->size());
   for (const Ref<TQComparisonArrayChange>& change : *changes) {
     if (change->isRemoval()) {
-      remove(array, *change, withConsolidator);
+      remove(array, *change, blocks);
     } else {
-      insert(array, *change, withConsolidator);
+      insert(array, *change, blocks);
     }
   }
   return !changes->empty();

@@ -10,7 +10,8 @@
 
 namespace tq {
 
-/// The blocks of a consolidation. Blocks that are not set are skipped. Threads: one at a time.
+/// The blocks of a consolidation. Blocks that are not set are skipped. A consolidation calls copies
+/// of them: setting a block, also by a block, takes effect in the next one. Threads: one at a time.
 class TQ_EXPORT TQArrayConsolidator {
  public:
   /// See comparisonBlock().

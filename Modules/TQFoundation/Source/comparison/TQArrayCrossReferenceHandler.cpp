@@ -21,23 +21,23 @@ void crossReferenceAgainst(const Array& oldArray, const Array* newArray,
                            TQArrayCrossReferenceHandler& withHandler) {
   if (newArray == nullptr)
     return crossReferenceAgainst(oldArray, Array::array().get(), withHandler);
-  TQArrayComparator comparator = withHandler.indexedComparisonBlock();
-  if (!comparator) {
-    comparator = [&same = withHandler.comparisonBlock()](Object& oldItem, std::size_t,
-                                                         Object& newItem, std::size_t) {
-      return same(oldItem, newItem);
-    };
+  // A copy, because a block may replace itself, or destroy the handler.
+  TQArrayCrossReferenceHandler blocks = withHandler;
+  if (!blocks.indexedComparisonBlock()) {
+    blocks.setIndexedComparisonBlock(
+        [&same = blocks.comparisonBlock()](Object& oldItem, std::size_t, Object& newItem,
+                                           std::size_t) { return same(oldItem, newItem); });
   }
-  const auto& matchedBlock = withHandler.itemsMatchedBlock();
+  const auto& matchedBlock = blocks.itemsMatchedBlock();
   detail::MatchedPairs matched;
   const auto changes = editSequenceTo(
-      oldArray, *newArray, true, matched.recording(comparator, static_cast<bool>(matchedBlock)));
+      oldArray, *newArray, true,
+      matched.recording(blocks.indexedComparisonBlock(), static_cast<bool>(matchedBlock)));
   for (const auto& [oldItem, newItem] : matched) matchedBlock(*oldItem, *newItem);
   if (!changes) return;
   for (const Ref<TQComparisonArrayChange>& change : *changes) {
     if (change->isMove()) continue;
-    const auto& block =
-        change->isRemoval() ? withHandler.itemRemovedBlock() : withHandler.itemAddedBlock();
+    const auto& block = change->isRemoval() ? blocks.itemRemovedBlock() : blocks.itemAddedBlock();
     if (block) block(*change->object());
   }
 }

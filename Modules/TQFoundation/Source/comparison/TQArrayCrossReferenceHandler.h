@@ -10,7 +10,8 @@
 
 namespace tq {
 
-/// The blocks of a cross-reference. Threads: one at a time.
+/// The blocks of a cross-reference. A cross-reference calls copies of them: setting a block,
+/// also by a block, takes effect in the next one. Threads: one at a time.
 class TQ_EXPORT TQArrayCrossReferenceHandler {
  public:
   /// Returns whether an old and a new item match. Receives their indices too.

@@ -28,6 +28,7 @@ struct Meddler final : Subclass<Meddler>,
   }
 
   std::string name() const override { return world->drop(), "a / b"; }
+  bool isEqual(const Object&) const override { return world->drop(), true; }
   void encodeAsJSON(TQJSONEncoder& encoder) const {
     world->drop();
     encoder.encodeInteger(1, "n");
@@ -219,12 +220,26 @@ const Callback comparisons[] = {
      [](World& w) {
        EXPECT_TRUE(editSequenceTo(w.array(), w.array(), true, w.droppingTo(false)));
      }},
+    {"applyEditSequence, revertEditSequence",
+     [](World& w) {
+       for (const auto edit : {applyEditSequence, revertEditSequence}) {
+         auto& array = w.keep(MutableArray::array());
+         array.addObject(makeRef<Meddler>(w));
+         auto& changes = w.keep(TQArrayChanges());
+         const auto change = edit == revertEditSequence
+                                 ? TQComparisonArrayChange::insertionChangeForItem
+                                 : TQComparisonArrayChange::removalChangeForItem;
+         changes.push_back(change(World::object(), 0));
+         edit(array, changes);
+       }
+       EXPECT_EQ(w.drops(), 2);
+     }},
     {"crossReference, crossReferenceAgainst, TQArrayCrossReferenceHandler::setItemAddedBlock, "
      "::setComparisonBlock, ::setItemsMatchedBlock, ::setItemRemovedBlock, "
      "::setIndexedComparisonBlock",
      [](World& w) {
        for (int block = 0; block < 5; ++block) {
-         TQArrayCrossReferenceHandler handler;
+         auto& handler = w.keep(TQArrayCrossReferenceHandler());
          auto &olds = w.array(), &news = w.array();
          if (block == 0) handler.setComparisonBlock(w.droppingTo(false));
          if (block == 1) handler.setIndexedComparisonBlock(w.droppingTo(true));
@@ -242,7 +257,7 @@ const Callback comparisons[] = {
      "::setUpdateBlock, ::setCreateBlock, ::setPostRemoveBlock",
      [](World& w) {
        for (int block = 0; block < 8; ++block) {
-         TQArrayConsolidator consolidator;
+         auto& consolidator = w.keep(TQArrayConsolidator());
          const bool same = block % 4 < 2;
          consolidator.setComparisonBlock([same](auto&&...) { return same; });
          if (block % 4 == 0) consolidator.setComparisonBlock(w.droppingTo(true));

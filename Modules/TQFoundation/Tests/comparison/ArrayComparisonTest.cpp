@@ -136,6 +136,12 @@ TEST(ArrayComparison, EqualsThePlainAlgorithmOnRandomArrays) {
   }
 }
 
+struct Shortening final : Subclass<Shortening> {
+  static constexpr std::string_view className = "Shortening";
+  bool isEqual(const Object&) const override { return array->removeObjectAtIndex(2), true; }
+  MutableArray* array;
+};
+
 TEST(EditSequence, ThatDoesNotFitLeavesTheArrayUnchanged) {
   const auto insertion = [](const char* text, std::uint64_t at) {
     return TQComparisonArrayChange::insertionChangeForItem(String::of(text), at);
@@ -170,9 +176,23 @@ TEST(EditSequence, ThatDoesNotFitLeavesTheArrayUnchanged) {
                          testing::Property(&Exception::what, HasSubstr(reason)))));
     ASSERT_TRUE(std::ranges::equal(array->objects(), before));
   }
+  const auto shortening = makeRef<Shortening>();
+  const auto shortened =
+      MutableArray::arrayWithArray(*Array::arrayWithObjects({before[0], shortening, before[2]}));
+  shortening->array = shortened.get();
+  EXPECT_THROW(applyEditSequence(*shortened, TQArrayChanges{removal("b", 1)}), Exception);
+  EXPECT_THAT(shortened->objects(), ElementsAre(before[0], shortening));
   const TQArrayChanges fitting{removal("d", 3), removal("a", 0), insertion("x", 2)};
   applyEditSequence(*array, fitting);  // by equality
   EXPECT_EQ(textOf(*array), "bcx");
+}
+
+TEST(ArrayComparison, StartsInsideTheArrays) {
+  const Ref<Array> olds = letters("ab"), news = letters("abc");
+  using Comparison = TQArrayComparison<>;
+  EXPECT_EQ(Comparison(*olds, *news, 2, areEqual).changes().size(), 1U);
+  EXPECT_DEATH(Comparison(*olds, *news, 3, areEqual), "startPoint <= shorter");
+  EXPECT_DEATH(Comparison(*olds, *olds, 2, areEqual), "startPoint < longer");
 }
 
 TEST(ArrayComparison, CanBeRepeatedAfterAnExceptionOfTheComparator) {

@@ -82,6 +82,30 @@ TEST(ArrayConsolidation, DefaultsAreIdentityAndNoBlocks) {
   EXPECT_TRUE(hasChanges);  // an insertion, although nothing is created
 }
 
+TEST(ArrayConsolidation, BlocksMayReplaceThemselves) {
+  Log log;
+  TQArrayConsolidator consolidator = loggingConsolidator(log);
+  TQArrayCrossReferenceHandler handler;
+  const auto replacing = [&](const char* what) {
+    return [&, what](auto&&...) {
+      consolidator = TQArrayConsolidator();
+      handler = TQArrayCrossReferenceHandler();
+      log.emplace_back(what);
+    };
+  };
+  consolidator.setUpdateBlock(replacing("update"));
+  handler.setItemsMatchedBlock(replacing("match"));
+  handler.setItemRemovedBlock(replacing("removal"));
+  crossReferenceAgainst(*letters("abc"), letters("ab").get(), handler);
+  consolidator.setUpdateBlock(replacing("update"));
+  consolidator.setPostRemoveBlock(replacing("removed"));
+  consolidator.setComparisonBlock(areEqual);
+  EXPECT_TRUE(consolidateAgainst(*MutableArray::arrayWithArray(*letters("abc")), *letters("ab"),
+                                 consolidator));
+  EXPECT_THAT(log, ElementsAre("match", "match", "removal", "update", "update", "removed"));
+  EXPECT_EQ(consolidator.updateBlock(), nullptr);  // from the next call on
+}
+
 TEST(CrossReference, ReportsMatchesThenRemovalsThenAdditions) {
   Log log;
   const auto tell = [&](const char* what) {
