@@ -124,24 +124,26 @@ void TQTreeComparison::compareOldObject(Object& oldObject, Object& againstNewObj
                                         std::string_view withName) {
   TQ_ASSERT(place_ != nullptr);
   const auto heldOld = share(oldObject), heldNew = share(againstNewObject);
-  compareBelow(oldObject, againstNewObject, withName, TQComparisonPathItem::kNoIndex);
+  const std::string name(withName);  // the delegate may change its text meanwhile
+  compareBelow(oldObject, againstNewObject, name, TQComparisonPathItem::kNoIndex);
 }
 
 void TQTreeComparison::compareOldArray(const Array& oldArray, const Array& againstNewArray,
                                        std::string_view withName) {
   TQ_ASSERT(place_ != nullptr);
+  std::string name(withName);  // the delegate may change its text meanwhile
   // A pair is compared in depth as soon as the search finds that it is the same object.
   const auto isSame = [&](Object& oldItem, std::size_t, Object& newItem, std::size_t newIndex) {
     if (!walking_->isObject(*this, oldItem, newItem)) return false;
-    compareBelow(oldItem, newItem, withName, static_cast<std::int64_t>(newIndex));
+    compareBelow(oldItem, newItem, name, static_cast<std::int64_t>(newIndex));
     return true;
   };
   const auto edits = editSequenceTo(oldArray, againstNewArray, inferMoves_, isSame);
   if (!edits) return;
   const Ref<TQComparisonItem>& parent = itemAt(*place_);
-  const Ref<TQComparisonItem> path = TQComparisonPathItem::pathItemWithParent(
-      parent, Ref<Object>(parent->updatedObject()), Ref<Object>(parent->oldObject()),
-      std::string(withName));
+  const Ref<TQComparisonItem> path =
+      TQComparisonPathItem::pathItemWithParent(parent, Ref<Object>(parent->updatedObject()),
+                                               Ref<Object>(parent->oldObject()), std::move(name));
   for (const Ref<TQComparisonArrayChange>& change : *edits) {
     change->setParent(path);
     mutableChanges_.push_back(change);

@@ -47,11 +47,13 @@ struct Delegate final : Subclass<Delegate>, TQTreeComparisonDelegate {
   }
   void compareChildrenOf(TQTreeComparison& comparison, Object& a, Object& b) override {
     for (std::size_t i = 0; i < 2; ++i) {
-      comparison.compareOldArray(*thing(a).arrays[i], *thing(b).arrays[i], kRelationships[i]);
+      name = kRelationships[i];  // overwritten by the levels below
+      comparison.compareOldArray(*thing(a).arrays[i], *thing(b).arrays[i], name);
     }
     if (!thing(a).own || !thing(b).own) return;
     try {
-      comparison.compareOldObject(*thing(a).own, *thing(b).own, "own");
+      name = "own";
+      comparison.compareOldObject(*thing(a).own, *thing(b).own, name);
     } catch (const std::runtime_error&) {
       comparison.compareOldObject(*thing(a).own, *thing(b).own, "again");
     }
@@ -60,6 +62,7 @@ struct Delegate final : Subclass<Delegate>, TQTreeComparisonDelegate {
     return thing(a).id == thing(b).id || ++refusals > 2;
   }
 
+  std::string name;
   int comparisons = 0;
   std::set<int> failing;      // ids of pairs that throw once
   int refusals = -1'000'000;  // counted up; above 2 all objects are the same
