@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <utility>
 #include <vector>
 
 #include <TQFoundation/base/TQExport.h>
@@ -29,6 +30,17 @@ struct TQRangeMapEntry {
 /// Threads: one at a time.
 class TQ_EXPORT TQRangeMap {
  public:
+  TQRangeMap() = default;
+  /// Entries that an assignment or the destructor removes are released last: their objects'
+  /// destructors see the new map, or an empty one.
+  TQRangeMap(const TQRangeMap&) = default;
+  TQRangeMap(TQRangeMap&&) noexcept = default;
+  TQRangeMap& operator=(TQRangeMap other) noexcept {
+    entries_.swap(other.entries_);
+    return *this;
+  }
+  ~TQRangeMap() { const auto removed = std::exchange(entries_, {}); }
+
   /// The location that means "not found". Ranges must start before it.
   static constexpr std::uint64_t kNotFound = 0x7FFF'FFFF'FFFF'FFFF;
 

@@ -65,6 +65,15 @@ TEST(TQRangeMap, ReplacesByStartAndRemovesFromALocationOn) {
   map.setObject(makeRef<test::OnDestruction>(look), {20, 1});
   map.removeObjectsAtOrBeyondLocation(3);
   EXPECT_THAT(seen, ElementsAre("6 of 1", "0 of 1", "0 of 0"));
+  seen.clear();
+  for (const std::uint64_t at : {10, 20})
+    map.setObject(makeRef<test::OnDestruction>(look), {at, 5});
+  map = TQRangeMap();
+  auto& dying = *new TQRangeMap();
+  const auto lookAgain = [&] { seen.push_back(std::to_string(dying.locations().size())); };
+  dying.setObject(makeRef<test::OnDestruction>(lookAgain), {10, 5});
+  delete &dying;
+  EXPECT_THAT(seen, ElementsAre("0 of 0", "0 of 0", "0"));
 
   EXPECT_THROW(map.setObject(nullptr, {1, 1}), Exception);
   EXPECT_THROW(map.setObject(String::of("x"), {kLast + 1, 1}), Exception);
