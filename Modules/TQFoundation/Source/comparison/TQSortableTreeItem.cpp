@@ -111,8 +111,9 @@ void TQSortableTreeItem::sortAndCombineTreeItems(TQSortableTreeItems& items) {
 
 void TQSortableTreeItem::compressNesting() {
   const auto self = share(*this);  // a destructor may release it
-  // From the top down, joining each chain as a whole. The result is the same as joining pairs from
-  // the bottom up, but names are not copied repeatedly.
+  // From the top down, joining each chain as a whole. The tree becomes the same as by joining pairs
+  // from the bottom up. That would also join the names of the nodes that leave the tree, whose
+  // total length grows with the square of the chain's.
   std::vector<TQSortableTreeItem*> nodes{this};
   while (!nodes.empty()) {
     TQSortableTreeItem& node = *nodes.back();

@@ -50,7 +50,8 @@ class TQ_EXPORT TQSortableTreeItem final : public Subclass<TQSortableTreeItem> {
 
   /// Merges groups with the same name at every level, and sorts each level by
   /// localizedStandardCompare(). An object comes before a group with the same name. Objects with
-  /// the same name keep their order.
+  /// the same name keep their order. The trees must be disjoint: no node may be in two of them, or
+  /// twice in one.
   static void sortAndCombineTreeItems(TQSortableTreeItems& items);
 
   /// Compresses each node. If a single group is left at the top, its children replace it, and its
@@ -58,6 +59,7 @@ class TQ_EXPORT TQSortableTreeItem final : public Subclass<TQSortableTreeItem> {
   static void compressNestingWithTreeItems(TQSortableTreeItems& items);
 
   /// Joins each node that has exactly one child, here and below, with that child: "group / child".
+  /// A joined child is no longer in the tree, and keeps its own name and children.
   void compressNesting();
 
   ~TQSortableTreeItem() override;
