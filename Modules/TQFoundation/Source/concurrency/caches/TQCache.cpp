@@ -97,7 +97,13 @@ Ref<Object> TQCache::cachedObjectForOwner(Object& owner, const Object& andKey,
   if (stored != nullptr && !isPlaceholder(*stored)) return stored;
   const Holding held(*this, owner, andKey);
   for (;; stored = rawObjectForOwner(owner, andKey)) {
-    if (Ref<Object> found = TQCache_selfOrDeferredObject(stored)) return found;
+    if (Ref<Object> found = TQCache_selfOrDeferredObject(stored)) {
+      // Mostly, the thread that created it has replaced it.
+      if (found != stored && rawObjectForOwner(owner, andKey) == stored) {
+        replace(stored, found, owner, andKey, false);
+      }
+      return found;
+    }
     if (const auto mine = reserve(stored, owner, andKey, orCreateWithBlock)) {
       return create(mine, owner, andKey);
     }
@@ -131,25 +137,27 @@ Ref<Object> TQCache::create(const Ref<TQCacheDeferredCreation>& placeholder, Obj
   try {
     created = placeholder->create();
   } catch (...) {
-    replace(placeholder, nullptr, owner, key);
+    replace(placeholder, nullptr, owner, key, true);
     throw;
   }
-  replace(placeholder, created, owner, key);
+  replace(placeholder, created, owner, key, true);
   return created;
 }
 
-// Replaces the placeholder by the object. The object is also stored if the key was removed during
-// the creation, but it does not replace a later entry. Checking and storing hold the lock together:
-// otherwise a later placeholder could be overwritten and its object created twice.
+// Replaces the placeholder by the object. With `evenIfRemoved`, the object is also stored if the
+// key was removed during the creation, but it does not replace a later entry. Checking and storing
+// hold the lock together: otherwise a later placeholder could be overwritten and its object created
+// twice.
 void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
-                      const Object& key) {
+                      const Object& key, bool evenIfRemoved) {
   const Ref<Object> copied = key.copy();
   MapTable::Removed gone, displaced;
   const detail::FairWriteLocked guard(locker_);
   gone = cachedObjectsByOwner_->purgeSome();
   const MapTable* const entries = entriesOf(owner);
   const Object* const now = entries != nullptr ? entries->objectForKey(key) : nullptr;
-  if (now == object.get() || (now != nullptr && now != placeholder.get())) return;
+  const bool isInPlace = now == placeholder.get() || (now == nullptr && evenIfRemoved);
+  if (now == object.get() || !isInPlace) return;
   displaced = store(object, owner, *copied);
 }
 

@@ -64,7 +64,9 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   /// result. Creations for different keys run concurrently; for one key a single block runs, on the
   /// thread of its caller, and the other callers wait. If the block throws or returns null, only
   /// its own caller gets the exception or null, and one of the waiting callers runs its own block.
-  /// An object that another thread has stored under the key in the meantime is kept.
+  /// An object that is stored under the key in the meantime, also by the block, is kept; the call
+  /// returns the block's result nevertheless. A placeholder that is found is replaced by its
+  /// object.
   Ref<Object> cachedObjectForOwner(Object& owner, const Object& andKey,
                                    const CreationBlock& orCreateWithBlock);
 
@@ -93,7 +95,7 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   MapTable::Removed store(const Ref<Object>& object, Object& owner, Object& key)
       TQ_REQUIRES(locker_);
   void replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
-               const Object& key);
+               const Object& key, bool evenIfRemoved);
   Ref<TQCacheDeferredCreation> reserve(const Ref<Object>& stored, Object& owner, const Object& key,
                                        const CreationBlock& block);
   Ref<Object> create(const Ref<TQCacheDeferredCreation>& placeholder, Object& owner,

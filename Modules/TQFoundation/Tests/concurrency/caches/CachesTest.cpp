@@ -114,6 +114,11 @@ TEST(TQCache, CreationsMayReturnNullThrowAndCallBack) {
     return later;
   });
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *other), later);
+
+  const auto placeholder = TQCacheDeferredCreation::createWithBlock([&] { return later; });
+  cache->setCachedObject(placeholder, *owner, *key);
+  EXPECT_EQ(cache->cachedObjectForOwner(*owner, *key, creates), later);
+  EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), later) << "not the host's placeholder";
 }
 
 TEST(TQCacheDeferredCreation, TheUnblockingFormDoesNotWait) {
