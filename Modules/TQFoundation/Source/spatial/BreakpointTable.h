@@ -22,8 +22,8 @@ namespace tq {
 template <class Key, class Value>
 class BreakpointTable {
  public:
-  /// Returns whether `key`, which is looked up or stored, matches the breakpoint of an entry. Any
-  /// predicate is valid.
+  /// Returns whether `key`, which is looked up or stored, matches the breakpoint of an entry. May
+  /// return anything, but must not use the table.
   using Predicate = std::function<bool(const Key& key, const Key& breakpoint)>;
 
   /// An empty table. Lookups return the default value.

@@ -26,20 +26,25 @@ namespace tq {
 /// can be added, but not removed.
 ///
 /// Element:  any movable type. Elements are never compared.
-/// Rects:    stored unchanged. A null rect is stored, but no query finds it. The same holds for a
-///           rect with NaN or an origin of -infinity, which may also hide rects stored near it.
+/// Rects:    stored unchanged. No query finds a null rect, or one with NaN. The rects of
+/// directories
+///           cannot express a minimum of -infinity. So a rect with NaN, or whose minimum x or y
+///           after RectStandardize() is -infinity (by its origin, by an extent of -infinity, or by
+///           a sum below the range of double), may hide itself and rects stored near it.
 ///           Areas are width times height of the raw fields, so a rect with one negative extent
 ///           has a negative area when the position of an entry is chosen.
 /// Edges:    rects are closed. The rects of directories are stored as origin and extent. Their sum
 ///           may be below the true edge by one unit in the last place, so a query that only
 ///           touches exactly that edge may miss it.
-/// Speed:    queries search the nodes at first. When they have taken about as long as building an
+/// Speed:    intersects() searches the nodes at first. When they have taken about as long as
+/// building an
 ///           index of all rects takes, one of them builds it: up to 40 bytes for each element, and
 ///           a third of the time of the insertions. Later insertions extend it. Results are the
 ///           same with and without it. With rects near ±1e300, or with infinite or NaN fields,
 ///           queries that find an element are slow, because the nodes must be searched. With a
 ///           single very large coordinate, queries that overlap only by its rounding error are
-///           slow.
+///           slow. Only intersects() uses the index. RTreeSearch.h, prune() and iteration always
+///           visit nodes.
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.
@@ -93,8 +98,8 @@ class RTree final : public Object {
 
   /// Returns whether no node has more entries than the maximum, and the rect of each directory
   /// entry equals the bounding rect of its child. This holds after every insertion of rects without
-  /// NaN and without an origin of -infinity. (NaN equals nothing, and no extent reaches back from
-  /// -infinity.)
+  /// NaN whose minimum after RectStandardize() is above -infinity. (NaN equals nothing, and no
+  /// extent reaches back from -infinity.)
   /// Cost: O(n).
   [[nodiscard]] bool validate() const {
     const auto limit = static_cast<std::uint64_t>(maxNumberOfChildren());

@@ -18,7 +18,8 @@ namespace tq {
 ///
 /// Threads: as for queries. `visit` may query and release the tree, but must not insert into it.
 ///          Its exceptions propagate.
-/// Cost:    the nodes with entries in the rect, and their children.
+/// Cost:    the nodes with entries in the rect, and their children. Does not use the index of
+///          RTree::intersects().
 template <class Element, std::invocable<const RTreeLeafEntry<Element>&> Visit>
 void visitEntriesIntersecting(const RTree<Element>& tree, const Rect& rect, Visit visit) {
   const auto held = share(tree);  // `visit` may release it

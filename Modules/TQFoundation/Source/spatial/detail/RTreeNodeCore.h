@@ -65,7 +65,8 @@ class TQ_EXPORT RTreeNodeCore : public Object {
   [[nodiscard]] Rect boundingRect() const noexcept;
 
   /// Returns whether the rect of at least one entry intersects `rect`. As a predicate of prune() it
-  /// keeps the nodes that intersects() would search, and is faster than a test of boundingRect().
+  /// drops the nodes without such an entry, and is faster than a test of boundingRect(). It does
+  /// not test the node's rect in its directory, as intersects() does, whose edges may be rounded.
   [[nodiscard]] bool hasEntryIntersecting(const Rect& rect) const noexcept {
     return anyHit(RTreeBounds::of(rect));
   }
