@@ -48,7 +48,8 @@ class RecentsList {
 
   /// Records a use of `element`. It becomes the most recent one and replaces the first stored
   /// element with `isSame(stored, element)`. If that is already the most recent one, it stays and
-  /// `element` is discarded, even if the two differ in ways that `isSame` ignores.
+  /// `element` is discarded, even if the two differ in ways that `isSame` ignores. `isSame` must
+  /// not use the list.
   template <std::predicate<const Element&, const Element&> Predicate>
   void insert(Element element, Predicate isSame) {
     TQ_ASSERT(capacity_ >= 0);

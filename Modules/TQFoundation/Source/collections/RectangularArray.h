@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <span>
+#include <stdexcept>
 #include <type_traits>
 #include <utility>
 #include <valarray>
@@ -30,8 +31,9 @@ class RectangularArray {
   /// @throws std::length_error, std::bad_alloc if it is too large
   RectangularArray(std::size_t rowCount, std::size_t columnCount, const Element& value = Element())
       : rowCount_(rowCount), columnCount_(columnCount) {
-    TQ_ASSERT(columnCount == 0 ||
-              rowCount <= std::numeric_limits<std::size_t>::max() / columnCount);
+    if (columnCount != 0 && rowCount > std::numeric_limits<std::size_t>::max() / columnCount) {
+      throw std::length_error("RectangularArray");
+    }
     elements_.resize(rowCount * columnCount, value);
   }
 

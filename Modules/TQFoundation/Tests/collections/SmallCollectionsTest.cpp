@@ -158,7 +158,9 @@ TEST(RectangularArray, PositionsOutOfRangeStopTheProcess) {
   EXPECT_DEATH(static_cast<void>(table.at(0, 3)), "column < columnCount_");
   EXPECT_DEATH(static_cast<void>(table.row(2)), "row < self.rowCount_");
   EXPECT_DEATH(static_cast<void>(table.column(3)), "column < self.columnCount_");
-  EXPECT_DEATH(RectangularArray<char>(std::size_t{1} << 40, std::size_t{1} << 40), "rowCount");
+  for (const std::size_t n : {std::size_t{1} << 35, std::size_t{1} << 40}) {
+    EXPECT_THROW(RectangularArray<char>(n, n), std::length_error);
+  }
 }
 
 TEST(RestorableValue, RestoresTheFirstValue) {
