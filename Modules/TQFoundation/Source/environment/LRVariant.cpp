@@ -29,7 +29,10 @@ Ref<LRVariant> LRVariant::initWithRawValue(std::int64_t rawValue) {
 
 Ref<LRVariant> LRVariant::initWithVariants(std::initializer_list<Ref<LRVariant>> variants) {
   std::int64_t rawValue = 0;
-  for (const Ref<LRVariant>& variant : variants) rawValue |= variant->rawValue_;
+  for (const Ref<LRVariant>& variant : variants) {
+    TQ_ASSERT(variant != nullptr);
+    rawValue |= variant->rawValue_;
+  }
   return initWithRawValue(rawValue);
 }
 

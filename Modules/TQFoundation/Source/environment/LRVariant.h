@@ -37,7 +37,7 @@ class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {
   [[nodiscard]] static Ref<LRVariant> init();
   /// The set with these bits.
   [[nodiscard]] static Ref<LRVariant> initWithRawValue(std::int64_t rawValue);
-  /// The union of these sets.
+  /// The union of these sets. None of them may be null.
   [[nodiscard]] static Ref<LRVariant> initWithVariants(
       std::initializer_list<Ref<LRVariant>> variants);
 

@@ -104,6 +104,7 @@ TEST_F(Variant, IsASet) {
 }
 
 TEST_F(Variant, DiffersFromNumbersAndHasADescription) {
+  EXPECT_DEATH(static_cast<void>(LRVariant::initWithVariants({nullptr})), "variant != nullptr");
   const Ref<LRVariant> six = LRVariant::initWithVariants({LRVariant::xcode(), LRVariant::beta()});
   EXPECT_FALSE(six->isEqual(*Number::numberWith(6)));
   EXPECT_TRUE(six->description().starts_with("<LRVariant: 0x"));
