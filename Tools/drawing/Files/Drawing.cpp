@@ -52,6 +52,16 @@ namespace {
   return features;
 }
 
+/// Describes content that was not read, by its first place. Very long places are not listed.
+[[nodiscard]] std::string unreadText(const tq::UnreadContent& unread) {
+  std::string text = "contains what cannot be read here, perhaps from a newer version";
+  if (unread.entries().empty()) return text;
+  const auto& [kind, className, member, path, count] = unread.entries().front();
+  const bool isObject = kind != tq::UnreadContent::Kind::member && !className.empty();
+  text += ": " + path + (isObject ? " (" + className + ")" : "");
+  return text + (unread.count() > 1 ? ", and " + std::to_string(unread.count() - 1) + " more" : "");
+}
+
 /// Returns whether the path is a device, a pipe or standard output, which cannot be replaced.
 [[nodiscard]] bool isStream(const std::string& path) {
   using enum std::filesystem::file_type;
@@ -120,12 +130,15 @@ tq::Ref<Document> openArchive(const tq::Data& bytes, const std::string& path,
                               tq::Ref<tq::Error>* error) {
   const auto text = archiveText(tq::Ref<const tq::Data>(&bytes), path, error);
   if (!text) return nullptr;
+  const auto decoder = tq::TQJSONDecoder::initWithData(*text);
+  decoder->setListsUnreadContent(true);
   tq::Ref<tq::Error> reason;
-  auto document = tq::refCast<Document>(tq::TQJSONDecoder::decodeDataError(*text, &reason));
-  if (document && !reason) return document;
-  tq::setOutError(
-      error, errorWith(path + ": " +
-                       (reason ? reason->localizedDescription() : "not an archive of a drawing")));
+  auto document = tq::refCast<Document>(decoder->decode(&reason));
+  if (document && !reason && decoder->unreadContent().isEmpty()) return document;
+  tq::setOutError(error, errorWith(path + ": " +
+                                   (reason     ? reason->localizedDescription()
+                                    : document ? unreadText(decoder->unreadContent())
+                                               : "not an archive of a drawing")));
   return nullptr;
 }
 

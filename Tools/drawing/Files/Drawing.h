@@ -31,8 +31,9 @@ inline constexpr std::string_view kStandardStream = "-";
 /// Returns the bytes of a file or of standard input, or null. Errors name the file.
 [[nodiscard]] tq::Ref<tq::Data> readFile(const std::string& path, tq::Ref<tq::Error>* error);
 
-/// Reads the document from an archive's bytes, compressed or not. It is an error if only a part of
-/// the archive can be read, or if it decompresses to more than kFileLimit.
+/// Reads the document from an archive's bytes, compressed or not. It is an error if it decompresses
+/// to more than kFileLimit, or if a part of it cannot be read: archives of newer programs may have
+/// classes and members that are unknown here, and saving the document would lose them.
 [[nodiscard]] tq::Ref<Document> openArchive(const tq::Data& bytes, const std::string& path,
                                             tq::Ref<tq::Error>* error);
 

@@ -370,17 +370,7 @@ Patched patched(const Document& oldDocument, const tq::Array& changes, tq::Ref<t
   Patch patch(archiveTree(oldDocument), changes);
   const auto archive = tq::TQJSONEncoder::encodeObjectAsData(patch.result(), error);
   if (!archive) return {nullptr, patch.misfits()};
-  const auto decoder = tq::TQJSONDecoder::initWithData(*archive);
-  decoder->setListsUnreadContent(true);
-  tq::Ref<tq::Error> reason;
-  auto document = tq::refCast<Document>(decoder->decode(&reason));
-  if (document && !reason && decoder->unreadContent().isEmpty()) {
-    return {std::move(document), patch.misfits()};
-  }
-  tq::setOutError(error, errorWith("the changes do not make a drawing" +
-                                   (reason ? ": " + std::string(reason->localizedDescription())
-                                           : std::string())));
-  return {nullptr, patch.misfits()};
+  return {openArchive(*archive, "the changes do not make a drawing", error), patch.misfits()};
 }
 
 }  // namespace tqdoc

@@ -14,6 +14,7 @@ namespace tqdoc {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 class Drawings : public testing::Test {
@@ -84,6 +85,15 @@ TEST_F(Drawings, InDamagedArchivesAreErrors) {
         R"({"_class":"TQDocument","root":{"_class":"TQDocGroup","children":[
             {"_class":"TQDocShape","path":{"_class":"TQDocPath","steps":"MC","coordinates":[1,2]}}]}})"}) {
     EXPECT_THAT(failureOf(text), HasSubstr("odd.tqdoc: ")) << text;
+  }
+  // Of newer programs: saving what was read would lose the rest.
+  const tq::test::Rows<const char*, const char*> newer{
+      {R"("glow":1,"children":[])", ": /root/glow"},
+      {R"("children":[{"_class":"TQDocStar"}])", ": /root/children/0 (TQDocStar)"},
+      {R"("glow":{"a":1},"glare":2,"children":[])", ": /root/glow, and 1 more"}};
+  for (const auto& [members, place] : newer) {
+    const std::string root = std::string(R"({"_class":"TQDocGroup",)") + members + "}";
+    EXPECT_THAT(failureOf(R"({"_class":"TQDocument","root":)" + root + "}"), EndsWith(place));
   }
 }
 
