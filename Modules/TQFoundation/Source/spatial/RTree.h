@@ -26,8 +26,7 @@ namespace tq {
 /// can be added, but not removed.
 ///
 /// Element:  any movable type. Elements are never compared.
-/// Rects:    stored unchanged. No query finds a null rect, or one with NaN. The rects of
-/// directories
+/// Rects:    stored unchanged. No query finds a null rect, or one with NaN. The rect of a directory
 ///           cannot express a minimum of -infinity. So a rect with NaN, or whose minimum x or y
 ///           after RectStandardize() is -infinity (by its origin, by an extent of -infinity, or by
 ///           a sum below the range of double), may hide itself and rects stored near it.
@@ -36,15 +35,13 @@ namespace tq {
 /// Edges:    rects are closed. The rects of directories are stored as origin and extent. Their sum
 ///           may be below the true edge by one unit in the last place, so a query that only
 ///           touches exactly that edge may miss it.
-/// Speed:    intersects() searches the nodes at first. When they have taken about as long as
-/// building an
-///           index of all rects takes, one of them builds it: up to 40 bytes for each element, and
-///           a third of the time of the insertions. Later insertions extend it. Results are the
-///           same with and without it. With rects near ±1e300, or with infinite or NaN fields,
-///           queries that find an element are slow, because the nodes must be searched. With a
-///           single very large coordinate, queries that overlap only by its rounding error are
-///           slow. Only intersects() uses the index. RTreeSearch.h, prune() and iteration always
-///           visit nodes.
+/// Speed:    intersects() searches the nodes at first. When its calls have taken about as long as
+///           building an index of all rects takes, one of them builds it: up to 40 bytes for each
+///           element, and a third of the time of the insertions. Later insertions extend it.
+///           Results are the same with and without it. With rects near ±1e300, or with infinite or
+///           NaN fields, queries that find an element are slow, because the nodes must be searched.
+///           With a single very large coordinate, queries that overlap only by its rounding error
+///           are slow. RTreeSearch.h, prune() and iteration always visit nodes, without the index.
 /// Threads:  no locking. Queries may run in parallel; an insertion must run alone.
 /// Nodes:    iterating over a tree visits its nodes (not its elements), depth first, starting with
 ///           the root.
