@@ -64,9 +64,15 @@ bool isWithinReach(std::uint64_t uncompressedSize, std::size_t payloadSize, cons
   return uncompressedSize / codec.largestExpansion <= payloadSize;
 }
 
+/// Returns whether a container has the older layout. There, the bytes 4 to 9 belong to a length;
+/// the fixed ones of the newer layout would be a length of more than 2^41.
+bool isOlderLayout(std::span<const std::byte> bytes, TQCompressionAlgorithm algorithm) noexcept {
+  return algorithm == TQCompressionAlgorithm::lzfse &&
+         std::memcmp(&bytes[4], &kGzipHeader[4], kHeaderSize - 4) != 0;
+}
+
 Ref<Data> unpack(std::span<const std::byte> payload, const Codec& codec,
                  std::uint64_t uncompressedSize) {
-  if (!isWithinReach(uncompressedSize, payload.size(), codec)) return nullptr;
   const auto size = static_cast<std::size_t>(uncompressedSize);
   const Ref<MutableData> plain = MutableData::data();
   if (!codec.decode(payload, plain->spareRoom(size).first(size))) return nullptr;
@@ -114,6 +120,8 @@ Ref<Data> dataByDecompressingWithAlgorithm(std::span<const std::byte> bytes,
   const bool isStored = algorithm == TQCompressionAlgorithm::stored;
   const Codec* const codec = codecFor(algorithm);
   if (!isStored && codec == nullptr) return nullptr;
+  // A false length is damage, not a large content.
+  if (!isStored && !isWithinReach(uncompressedSize, payload.size(), *codec)) return nullptr;
   if ((isStored ? payload.size() : uncompressedSize) > limits.decompressedBytes) {
     setOutError(error, readingLimitError(ReadingLimit::decompressedBytes));
     return nullptr;
@@ -131,18 +139,18 @@ Ref<Data> dataByDecompressing_tq(std::span<const std::byte> bytes, const Reading
       isGzipped_tq(bytes)
           ? TQCompressionAlgorithm::deflate
           : static_cast<TQCompressionAlgorithm>(littleEndianAt<std::uint32_t>(bytes, 0));
-  Ref<Error> exceeded;
+  Ref<Error> newer;
+  Ref<Error> older;
   Ref<Data> plain = dataByDecompressingWithAlgorithm(
       bytes, algorithm, kHeaderSize, kFooterSize,
-      littleEndianAt<std::uint32_t>(bytes, bytes.size() - 4), limits, &exceeded);
+      littleEndianAt<std::uint32_t>(bytes, bytes.size() - 4), limits, &newer);
   if (plain == nullptr && algorithm == TQCompressionAlgorithm::lzfse) {
-    Ref<Error> older;  // the last bytes of this layout are not a length
     plain = dataByDecompressingWithAlgorithm(bytes, algorithm, kOldHeaderSize, 0,
                                              littleEndianAt<std::uint64_t>(bytes, kOldLengthOffset),
                                              limits, &older);
-    if (older != nullptr) exceeded = std::move(older);
   }
-  setOutError(error, plain == nullptr ? std::move(exceeded) : nullptr);
+  // Where one layout has a length, the other has something else.
+  if (plain == nullptr) setOutError(error, isOlderLayout(bytes, algorithm) ? older : newer);
   return plain;
 }
 

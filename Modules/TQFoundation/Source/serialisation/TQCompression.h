@@ -57,8 +57,9 @@ enum class TQCompressionAlgorithm : std::uint32_t {
 ///
 /// Cost:   one block of `uncompressedSize` bytes, only if the payload can expand to as many; a
 ///         codec state of fixed size.
-/// @param error  receives null, or the error if `uncompressedSize` exceeds
-///               `limits.decompressedBytes`, which is checked first. Other failures have no error.
+/// @param error  receives null, or the error if the stored bytes, or an `uncompressedSize` that the
+///               payload can expand to, exceed `limits.decompressedBytes`. This is checked before
+///               the stream is read. Other failures have no error.
 /// @return null if the buffer is shorter than header and footer, the stream is damaged or has
 ///         another length, the algorithm is unknown, the limit is exceeded, or memory cannot be
 ///         allocated
