@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,15 +15,29 @@ namespace {
 
 using GURI = std::unique_ptr<GUri, void (*)(GUri*)>;
 
-/// Returns the URL if its parts can be joined again. GLib ends hosts at a semicolon, and "s:/.//p"
-/// without its dot would have a host.
+/// Returns the URL if its parts can be joined again: "s:/.//p" without its dot would have a host.
 GURI joinable(GUri* url) {
   GURI owned(url, g_uri_unref);
   if (url == nullptr) return owned;
-  const std::string_view path = g_uri_get_path(url);
-  const bool isJoinable = g_uri_get_host(url) != nullptr ? path.empty() || path.starts_with('/')
-                                                         : !path.starts_with("//");
+  const bool isJoinable =
+      g_uri_get_host(url) != nullptr || !std::string_view(g_uri_get_path(url)).starts_with("//");
   return isJoinable ? std::move(owned) : GURI(nullptr, g_uri_unref);
+}
+
+/// Returns true if the text has a host with a semicolon. GLib takes it for the start of the path.
+bool hasSemicolonInHost(std::string text) {
+  // GLib ignores white space, but escapes spaces within the text.
+  std::erase_if(text, [](char c) { return c != ' ' && g_ascii_isspace(c) != 0; });
+  text.erase(0, text.find_first_not_of(' '));
+  std::string_view rest = text;
+  if (const char* const scheme = g_uri_peek_scheme(text.c_str())) {
+    rest.remove_prefix(std::strlen(scheme) + 1);
+  }
+  if (!rest.starts_with("//")) return false;
+  const std::string_view authority = rest.substr(2, rest.find_first_of("/?#", 2) - 2);
+  const std::size_t semicolon = authority.rfind(';');
+  return semicolon != std::string_view::npos &&
+         authority.find('@', semicolon) == std::string_view::npos;
 }
 
 /// Escapes each "%" that begins no escape. With what is decoded after it, it could begin one.
@@ -70,6 +85,7 @@ Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   const std::string reference = withValidEscapes(text);
   // GLib's strings end at the first NUL.
   if ((base + reference).find('\0') != std::string::npos) return nullptr;
+  if (hasSemicolonInHost(base) || hasSemicolonInHost(reference)) return nullptr;
   const GURI url = resolved(base, reference);
   if (!url) return nullptr;
   const std::unique_ptr<char, void (*)(void*)> joined(g_uri_to_string(url.get()), g_free);

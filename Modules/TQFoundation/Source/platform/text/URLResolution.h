@@ -13,8 +13,8 @@ namespace tq {
 /// Returns the URL that `text` refers to, seen from `relativeToURL`: "../c" seen from
 /// "http://h/a/b/d" is "http://h/a/c". Without a base it is the same as URL::URLWithString(text).
 ///
-/// Both are encoded URLs: their escapes stay, except those of letters, digits and "-._~". In the
-/// result,
+/// Both are encoded URLs: their escapes stay, with capital letters ("%2F"), except those of
+/// letters, digits and "-._~". In the result,
 /// - dot segments are removed, also if `text` has a scheme of its own. Those between escaped
 ///   slashes of a "file:" URL stay, although its path has plain slashes there;
 /// - spaces, characters that are not ASCII, and each "%" that begins no escape, are escaped. The
@@ -24,8 +24,10 @@ namespace tq {
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
 ///                       there, "b" is "mailto:/b".
 /// @return null if
-///         - either contains a NUL, a port that is out of range, or a host that contains a
-///           semicolon or is an IP address with escapes;
+///         - either contains a NUL, or a port that is not a number up to 65535;
+///         - either has a host that contains a semicolon, "%00" or escapes that are not UTF-8, that
+///           begins with "[" but is no IPv6 address in brackets, or that is an IP address with
+///           escapes;
 ///         - the result has no host and a path that begins with "//";
 ///         - the result is a "file:" URL that URL::URLWithString() refuses
 /// Threads: any.

@@ -12,8 +12,8 @@ import subprocess
 import sys
 
 PARTS = re.compile(r"(?:([^:/?#]+):)?(?://([^/?#]*))?([^?#]*)(?:\?([^#]*))?(?:#(.*))?")  # appendix B
-SEGMENTS = ["a", "b", ".", "..", "...", ".x", "", "c;d", "%2F", "e=f", "g:h", "@", "~", "!$&", "*+,"]
-AUTHORITIES = ["h", "h:80", "u@h", "u;p:q@h:8", "h%2Fi", "%40", "h+i", "[::1]", "1.2.3.4", ""]
+SEGMENTS = ["a", "b", ".", "..", "...", ".x", "", "c;d", "%2F", "e=f", "g:h", "@", "~", "!$&", "*+,", ";"]
+AUTHORITIES = ["h", "h:80", "u@h", "u;p:q@h:8", "h%2Fi", "%40", "h+i", "[::1]", "1.2.3.4", "", "h;x", ";", "u@h;p"]
 TAILS = ["", "", "?", "?x=1", "?a/../b?", "#", "#f", "?x#/./g"]
 
 
@@ -31,10 +31,14 @@ def without_dots(path):
 
 
 def resolved(base, reference):
-    """Sections 5.2.2, 5.2.3 and 5.3, for a base with an authority. Its dots are removed first."""
+    """Sections 5.2.2, 5.2.3 and 5.3, for a base with an authority. Its dots are removed first.
+
+    The library refuses hosts with a semicolon."""
     scheme, authority, path, query, _ = PARTS.fullmatch(base).groups()
     path = without_dots(path)
     own_scheme, own_authority, own_path, own_query, fragment = PARTS.fullmatch(reference).groups()
+    if any(";" in (each or "").split("@")[-1] for each in (authority, own_authority)):
+        return ""
     if own_scheme is not None or own_authority is not None:
         scheme, authority, path, query = own_scheme or scheme, own_authority, own_path, own_query
     elif own_path:
