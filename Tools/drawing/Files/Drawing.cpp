@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -185,6 +186,16 @@ bool isArchive(const std::string& path) { return path.ends_with(".tqdoc"); }
 tq::Ref<tq::Error> errorWith(const std::string& text) {
   return tq::Error::errorWithDomain("com.korvan.tqdoc", 3,
                                     tq::String::stringWithUTF8Repaired(text)->view());
+}
+
+tq::Ref<tq::Error> errorOfException(const std::string& path) {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return errorWith(path + ": out of memory");
+  } catch (const std::exception& fault) {
+    return errorWith(path + ": " + fault.what());
+  }
 }
 
 }  // namespace tqdoc

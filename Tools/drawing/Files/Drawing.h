@@ -61,4 +61,7 @@ bool saveFile(const std::string& path, std::span<const std::byte> bytes, tq::Ref
 /// Returns an error with this text in the domain of this program. Invalid UTF-8 is replaced.
 [[nodiscard]] tq::Ref<tq::Error> errorWith(const std::string& text);
 
+/// Returns "<path>: <reason>" for the exception that is handled; call it in a catch clause.
+[[nodiscard]] tq::Ref<tq::Error> errorOfException(const std::string& path);
+
 }  // namespace tqdoc

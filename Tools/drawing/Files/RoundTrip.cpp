@@ -57,13 +57,8 @@ RoundTrip roundTrip(const std::string& path) {
 }
 
 bool looksTheSame(const Document& a, const Document& b, int side) {
-  const auto drawn = [side](const Document& document) {
-    Canvas canvas(side, side);
-    canvas.draw(document, {0, 0, double(side), double(side)});
-    return canvas;
-  };
-  const Canvas one = drawn(a);
-  const Canvas other = drawn(b);
+  const Canvas one = renderedSquare(a, side);
+  const Canvas other = renderedSquare(b, side);
   return std::ranges::equal(one.pixels(), other.pixels());
 }
 

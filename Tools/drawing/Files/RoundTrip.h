@@ -26,6 +26,7 @@ struct RoundTrip {
 [[nodiscard]] RoundTrip roundTrip(const std::string& path);
 
 /// Renders both documents `side` pixels wide and high. Returns true if all pixels are equal.
+/// @throws the exceptions of Canvas::draw()
 [[nodiscard]] bool looksTheSame(const Document& a, const Document& b, int side);
 
 }  // namespace tqdoc

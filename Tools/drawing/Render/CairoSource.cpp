@@ -1,8 +1,9 @@
 #include "Render/CairoSource.h"
 
 #include <cmath>
+#include <new>
+#include <stdexcept>
 
-#include "Model/Gradient.h"
 #include "Svg/SvgColor.h"
 
 namespace tqdoc {
@@ -22,21 +23,38 @@ void setTransform(cairo_t* cr, const tq::AffineTransform& transform) {
   cairo_set_matrix(cr, &matrix);
 }
 
-bool setSource(cairo_t* cr, const tq::Object* paint, double opacity) {
-  if (const auto* text = tq::objectCast<tq::String>(paint)) {
-    const auto color = parseColor(text->view());
-    if (!color) return false;
-    cairo_set_source_rgba(cr, color->red, color->green, color->blue, color->alpha * opacity);
-    return true;
-  }
-  const auto* gradient = tq::objectCast<Gradient>(paint);
-  if (gradient == nullptr || !isUsable(gradient->geometry().transform)) return false;
-  const GradientGeometry& g = gradient->geometry();
-  const CairoPattern pattern(
-      g.radial ? cairo_pattern_create_radial(g.start.x, g.start.y, g.focalRadius, g.end.x, g.end.y,
-                                             g.radius)
-               : cairo_pattern_create_linear(g.start.x, g.start.y, g.end.x, g.end.y));
-  for (const GradientStop& stop : gradient->stops()) {
+bool setSource(cairo_t* cr, cairo_pattern_t* pattern) {
+  // The limits depend on the whole matrix in ways that only cairo knows. So it has to draw
+  // something with the pattern: the corner of the surface that this context draws into.
+  double x, y;
+  cairo_surface_get_device_offset(cairo_get_group_target(cr), &x, &y);
+  const CairoSurface corner(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 2, 2));
+  cairo_surface_set_device_offset(corner.get(), x, y);
+  const CairoContext trial(cairo_create(corner.get()));
+  cairo_matrix_t matrix;
+  cairo_get_matrix(cr, &matrix);
+  cairo_set_matrix(trial.get(), &matrix);
+  cairo_set_source(trial.get(), pattern);
+  cairo_paint(trial.get());
+  if (cairo_status(trial.get()) != CAIRO_STATUS_SUCCESS) return false;
+  cairo_set_source(cr, pattern);
+  return true;
+}
+
+bool setSource(cairo_t* cr, std::string_view text, double opacity) {
+  const auto color = parseColor(text);
+  if (!color) return false;
+  cairo_set_source_rgba(cr, color->red, color->green, color->blue, color->alpha * opacity);
+  return true;
+}
+
+CairoPattern patternOf(const Gradient& gradient, double opacity) {
+  const GradientGeometry& g = gradient.geometry();
+  CairoPattern pattern(g.radial
+                           ? cairo_pattern_create_radial(g.start.x, g.start.y, g.focalRadius,
+                                                         g.end.x, g.end.y, g.radius)
+                           : cairo_pattern_create_linear(g.start.x, g.start.y, g.end.x, g.end.y));
+  for (const GradientStop& stop : gradient.stops()) {
     cairo_pattern_add_color_stop_rgba(pattern.get(), stop.offset, stop.red, stop.green, stop.blue,
                                       stop.alpha * opacity);
   }
@@ -45,8 +63,14 @@ bool setSource(cairo_t* cr, const tq::Object* paint, double opacity) {
   cairo_pattern_set_extend(pattern.get(), kExtends[static_cast<std::size_t>(g.spread)]);
   const cairo_matrix_t inverse = matrixOf(tq::AffineTransformInvert(g.transform));
   cairo_pattern_set_matrix(pattern.get(), &inverse);
-  cairo_set_source(cr, pattern.get());
-  return true;
+  return pattern;
+}
+
+void requireIntact(cairo_t* cr) {
+  const cairo_status_t status = cairo_status(cr);
+  if (status == CAIRO_STATUS_SUCCESS) return;
+  if (status == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
+  throw std::runtime_error(cairo_status_to_string(status));
 }
 
 }  // namespace tqdoc

@@ -6,8 +6,11 @@
 #include <cairo.h>
 
 #include <memory>
+#include <string_view>
 
 #include <TQFoundation/TQFoundation.h>
+
+#include "Model/Gradient.h"
 
 namespace tqdoc {
 
@@ -29,7 +32,19 @@ void setTransform(cairo_t* context, const tq::AffineTransform& transform);
 /// Returns the transform as cairo has it.
 [[nodiscard]] cairo_matrix_t matrixOf(const tq::AffineTransform& transform) noexcept;
 
-/// Sets the source to a colour's text or a Gradient. Returns false if `paint` is neither, or null.
-[[nodiscard]] bool setSource(cairo_t* context, const tq::Object* paint, double opacity);
+/// Makes `pattern` the source. Returns false if cairo cannot draw it: it converts the matrix
+/// to 16.16 fixed-point numbers, so an image or a gradient cannot be much smaller than a pixel.
+/// Drawing it would put the context into an error state.
+[[nodiscard]] bool setSource(cairo_t* context, cairo_pattern_t* pattern);
+
+/// Makes a colour's text the source. Returns false if `color` is not one.
+[[nodiscard]] bool setSource(cairo_t* context, std::string_view color, double opacity);
+
+/// Returns a gradient as cairo has it. Its transform must be usable.
+[[nodiscard]] CairoPattern patternOf(const Gradient& gradient, double opacity);
+
+/// @throws std::bad_alloc, or an exception with the reason, if a call has failed. Cairo ignores all
+/// calls after the first failure.
+void requireIntact(cairo_t* context);
 
 }  // namespace tqdoc

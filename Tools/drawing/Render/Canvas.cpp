@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Files/Drawing.h"
+#include "Render/CairoSource.h"
 #include "Render/Overlay.h"
 #include "Render/Painter.h"
 
@@ -57,6 +58,12 @@ void Canvas::draw(const Document& document, const tq::Rect& rect, const Overlay&
   addTo(leftOut_, painter.leftOut());
   paintOverlay(cr, document.root(), fitted, overlay);
   cairo_restore(cr);
+  requireIntact(cr);
+}
+
+void Canvas::put(const Canvas& picture, int x, int y) {
+  cairo_set_source_surface(context_.get(), picture.surface_.get(), x, y);
+  cairo_paint(context_.get());
 }
 
 std::span<const std::uint32_t> Canvas::pixels() const {
@@ -104,12 +111,21 @@ Canvas rendered(const Document& document, double scale, const Overlay& overlay) 
   return canvas;
 }
 
+Canvas renderedSquare(const Document& document, int side) {
+  Canvas canvas(side, side);
+  canvas.draw(document, {0, 0, double(side), double(side)});
+  return canvas;
+}
+
 bool renderPNG(const Document& document, int width, const Overlay& overlay, const std::string& path,
-               Features& leftOut, tq::Ref<tq::Error>* error) {
+               Features& leftOut, tq::Ref<tq::Error>* error) try {
   const double scale = width > 0 ? width / document.page().size.width : 1;
   const Canvas canvas = rendered(document, scale, overlay);
   addTo(leftOut, canvas.leftOut());
   return canvas.writePNG(path, error);
+} catch (...) {
+  tq::setOutError(error, errorOfException(path));
+  return false;
 }
 
 }  // namespace tqdoc

@@ -53,7 +53,12 @@ class Canvas {
   void fill(const tq::Rect& rect, const Color& color);
 
   /// Draws the page of `document` into `rect`: centred, as large as possible.
+  /// @throws std::bad_alloc, or an exception with the reason, if the drawing library fails; this
+  /// can then only be destroyed
   void draw(const Document& document, const tq::Rect& rect, const Overlay& overlay = {});
+
+  /// Draws another image, with its upper left corner at (x, y).
+  void put(const Canvas& picture, int x, int y);
 
   /// What draw() did not draw of the documents; see Painter::leftOut().
   [[nodiscard]] const Features& leftOut() const noexcept { return leftOut_; }
@@ -85,6 +90,9 @@ class Canvas {
 /// Renders the page with `scale` pixels for each of its own, or fewer if a side would exceed
 /// Canvas::kSideLimit. A fraction of a pixel at the right and at the bottom takes a whole one.
 [[nodiscard]] Canvas rendered(const Document& document, double scale, const Overlay& overlay = {});
+
+/// Renders the page into a square of `side` pixels: centred, as large as possible.
+[[nodiscard]] Canvas renderedSquare(const Document& document, int side);
 
 /// Renders the page to a PNG file.
 /// @param width    in pixels, at most Canvas::kSideLimit; 0 for the page's own size

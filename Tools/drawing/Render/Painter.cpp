@@ -5,11 +5,13 @@
 #include <cmath>
 #include <numeric>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Model/Document.h"
+#include "Model/Gradient.h"
 #include "Model/Marker.h"
 #include "Model/Numbers.h"
 #include "Model/Text.h"
@@ -185,6 +187,7 @@ void Painter::drawInto(cairo_surface_t* image, const Draw& draw) {
   const CairoContext context(cairo_create(image));
   cairo_t* const outer = std::exchange(cr_, context.get());
   draw();
+  requireIntact(cr_);
   cr_ = outer;
 }
 
@@ -290,9 +293,21 @@ void Painter::paintMarkers(const Shape& shape, const tq::AffineTransform& transf
 
 bool Painter::setPaint(const tq::Object* paint, double opacity,
                        const tq::AffineTransform& transform) {
+  if (const auto* color = tq::objectCast<tq::String>(paint)) {
+    return setSource(cr_, color->view(), opacity);
+  }
+  if (const auto* gradient = tq::objectCast<Gradient>(paint)) {
+    return isUsable(gradient->geometry().transform) &&
+           setCounted(patternOf(*gradient, opacity), "gradients that are too small");
+  }
   const auto* pattern = tq::objectCast<Pattern>(paint);
-  return pattern != nullptr ? setPattern(*pattern, opacity, transform)
-                            : setSource(cr_, paint, opacity);
+  return pattern != nullptr && setPattern(*pattern, opacity, transform);
+}
+
+bool Painter::setCounted(const CairoPattern& pattern, std::string_view nameIfNot) {
+  if (setSource(cr_, pattern.get())) return true;
+  ++leftOut_[std::string(nameIfNot)];
+  return false;
 }
 
 /// Draws one tile into an image of about its size in pixels, and repeats that.
@@ -330,13 +345,28 @@ bool Painter::setPattern(const Pattern& pattern, double opacity,
     });
   }
   --layers_;
+  // From pixels of the picture to those of the tile. They repeat, so whole tiles do not matter; nor
+  // does the scale of an axis with one pixel. Cairo cannot draw large numbers.
+  tq::AffineTransform toImage =
+      tq::AffineTransformConcat(tq::AffineTransformInvert(toPixels),
+                                {sx, 0, 0, sy, -tile.origin.x * sx, -tile.origin.y * sy});
+  const auto reduce = [](double length, double& x, double& y, double& offset) {
+    const double scale = length > 1 ? 1 : std::max({1.0, std::abs(x), std::abs(y)});
+    x /= scale;
+    y /= scale;
+    offset = std::remainder(offset / scale, length);
+  };
+  reduce(width, toImage.a, toImage.c, toImage.tx);
+  reduce(height, toImage.b, toImage.d, toImage.ty);
+  if (!isUsable(toImage)) return false;
   const CairoPattern source(cairo_pattern_create_for_surface(image.get()));
   cairo_pattern_set_extend(source.get(), CAIRO_EXTEND_REPEAT);
-  const cairo_matrix_t matrix = matrixOf(tq::AffineTransformConcat(
-      tq::AffineTransformInvert(own), {sx, 0, 0, sy, -tile.origin.x * sx, -tile.origin.y * sy}));
+  const cairo_matrix_t matrix = matrixOf(toImage);
   cairo_pattern_set_matrix(source.get(), &matrix);
-  cairo_set_source(cr_, source.get());
-  return true;
+  setTransform(cr_, tq::AffineTransformIdentity);
+  const bool isSet = setCounted(source, "patterns that are too small");
+  setTransform(cr_, transform);
+  return isSet;
 }
 
 void Painter::paintText(const Text& text, const tq::AffineTransform& transform) {
@@ -370,9 +400,9 @@ void Painter::paintPicture(const Picture& picture, const tq::AffineTransform& tr
   cairo_clip(cr_);
   setTransform(cr_, inside);
   cairo_rectangle(cr_, 0, 0, width, height);
-  cairo_set_source_surface(cr_, image.get(), 0, 0);
-  cairo_pattern_set_extend(cairo_get_source(cr_), CAIRO_EXTEND_PAD);  // no soft edges
-  cairo_fill(cr_);
+  const CairoPattern source(cairo_pattern_create_for_surface(image.get()));
+  cairo_pattern_set_extend(source.get(), CAIRO_EXTEND_PAD);  // no soft edges
+  if (setCounted(source, "images that are too small")) cairo_fill(cr_);
   cairo_restore(cr_);
 }
 

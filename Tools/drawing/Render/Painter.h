@@ -6,11 +6,13 @@
 #include <cairo.h>
 
 #include <cstddef>
+#include <string_view>
 
 #include "Model/Features.h"
 #include "Model/Mask.h"
 #include "Model/Pattern.h"
 #include "Model/Text.h"
+#include "Render/CairoSource.h"
 
 namespace tqdoc {
 
@@ -35,8 +37,8 @@ class Painter {
   /// @param parent  from the coordinates around the node to pixels
   void paint(const Node& node, const tq::AffineTransform& parent);
 
-  /// What was not drawn although the document has it: what exceeds a limit, damaged images,
-  /// characters that no installed font has, and the colours of fonts.
+  /// What was not drawn although the document has it: what exceeds a limit or is much smaller than
+  /// a pixel, damaged images, characters that no installed font has, and the colours of fonts.
   [[nodiscard]] const Features& leftOut() const noexcept { return leftOut_; }
 
  private:
@@ -52,6 +54,8 @@ class Painter {
                               const tq::AffineTransform& transform);
   [[nodiscard]] bool setPattern(const Pattern& pattern, double opacity,
                                 const tq::AffineTransform& transform);
+  /// Makes `pattern` the source; counts it as left out if cairo cannot draw it.
+  [[nodiscard]] bool setCounted(const CairoPattern& pattern, std::string_view nameIfNot);
   void paintPicture(const Picture& picture, const tq::AffineTransform& transform);
   void paintText(const Text& text, const tq::AffineTransform& transform);
 

@@ -42,12 +42,11 @@ class Checked final : public tq::Subclass<Checked> {
  public:
   static constexpr std::string_view className = "TQDocChecked";
 
-  Checked(const std::string& file, bool draw) : result(roundTrip(file)) {
-    constexpr int kSide = 128;
-    if (!result.failure.empty()) return;
-    shapes = result.document->shapeCount();
-    if (draw && !looksTheSame(*result.document, *result.reopened, kSide)) {
-      result.differences.push_back("the pixels differ");
+  Checked(const std::string& file, bool draw) {
+    try {
+      check(file, draw);
+    } catch (...) {
+      result.failure = errorOfException(file)->localizedDescription();
     }
     result.document = nullptr;
     result.reopened = nullptr;
@@ -55,6 +54,17 @@ class Checked final : public tq::Subclass<Checked> {
 
   RoundTrip result;
   std::size_t shapes = 0;
+
+ private:
+  void check(const std::string& file, bool draw) {
+    constexpr int kSide = 128;
+    result = roundTrip(file);
+    if (!result.failure.empty()) return;
+    shapes = result.document->shapeCount();
+    if (draw && !looksTheSame(*result.document, *result.reopened, kSide)) {
+      result.differences.push_back("the pixels differ");
+    }
+  }
 };
 
 [[nodiscard]] std::ptrdiff_t cores() noexcept {

@@ -163,25 +163,14 @@ class Comparison {
 
   void compare(const DrawingPair& pair) {
     tq::Ref<tq::Error> error;
-    const tq::Ref<Document> oldDrawing = open(pair.oldVersion, options_, &error);
-    const tq::Ref<Document> newDrawing =
-        oldDrawing ? open(pair.newVersion, options_, &error) : nullptr;
-    if (!newDrawing) return fail(pair, *error);
-    const std::vector<Difference> differences = differencesOf(*oldDrawing, *newDrawing);
-    if (!differences.empty()) outcome_ = std::max(outcome_, Outcome::different);
-    if (options_.asJSON) {
-      printJSON(*changeRecords(differences, *oldDrawing, *newDrawing));
-    } else if (options_.report != kStandardStream && options_.picture != kStandardStream) {
-      if (hasHeadings_ && !differences.empty()) std::cout << printable(pair.name) << '\n';
-      printText(differences);
+    try {
+      compare(pair, &error);
+    } catch (...) {
+      error = errorOfException(pair.name);
     }
-    if (!options_.picture.empty() &&
-        !drawPNG(*oldDrawing, *newDrawing, differences, options_, &error)) {
-      return fail(pair, *error);
-    }
-    const ReportedPair reported{pair.name,   pair.oldVersion.path, pair.newVersion.path,
-                                *oldDrawing, *newDrawing,          differences};
-    if (!options_.report.empty() && !report_.add(reported, &error)) fail(pair, *error);
+    if (!error) return;
+    report_.addUnreadable(pair.name, error->localizedDescription());
+    outcome_ = reportError(error->localizedDescription());
   }
 
   /// Writes the report, if there is one.
@@ -194,9 +183,26 @@ class Comparison {
   }
 
  private:
-  void fail(const DrawingPair& pair, const tq::Error& error) {
-    report_.addUnreadable(pair.name, error.localizedDescription());
-    outcome_ = reportError(error.localizedDescription());
+  void compare(const DrawingPair& pair, tq::Ref<tq::Error>* error) {
+    const tq::Ref<Document> oldDrawing = open(pair.oldVersion, options_, error);
+    const tq::Ref<Document> newDrawing =
+        oldDrawing ? open(pair.newVersion, options_, error) : nullptr;
+    if (!newDrawing) return;
+    const std::vector<Difference> differences = differencesOf(*oldDrawing, *newDrawing);
+    if (!differences.empty()) outcome_ = std::max(outcome_, Outcome::different);
+    if (options_.asJSON) {
+      printJSON(*changeRecords(differences, *oldDrawing, *newDrawing));
+    } else if (options_.report != kStandardStream && options_.picture != kStandardStream) {
+      if (hasHeadings_ && !differences.empty()) std::cout << printable(pair.name) << '\n';
+      printText(differences);
+    }
+    if (!options_.picture.empty() &&
+        !drawPNG(*oldDrawing, *newDrawing, differences, options_, error)) {
+      return;
+    }
+    const ReportedPair reported{pair.name,   pair.oldVersion.path, pair.newVersion.path,
+                                *oldDrawing, *newDrawing,          differences};
+    if (!options_.report.empty()) report_.add(reported, error);
   }
 
   const DiffOptions& options_;

@@ -18,7 +18,7 @@ struct SheetOptions {
   std::vector<std::string> files;
   std::string output;
   std::size_t count = 48;
-  std::size_t columns = 6;
+  int columns = 6;
   int size = 96;
 };
 
@@ -31,65 +31,110 @@ struct SheetOptions {
   return some;
 }
 
-Outcome sheet(const SheetOptions& options) {
-  const std::vector<std::string> files = sampled(listFiles(options.files).files, options.count);
-  if (files.empty()) return reportError("no drawings found");
-  if (isOneOf(options.output, files)) return Outcome::error;
-  // A cell is a white card with the drawing on the left and its reopened archive on the right.
-  constexpr int kGap = 8;
-  const std::size_t columns = std::min(options.columns, files.size());
-  const std::size_t rows = (files.size() + columns - 1) / columns;
-  const int cellWidth = 2 * options.size + 3 * kGap;
-  const int cellHeight = options.size + 2 * kGap;
-  const auto extent = [](std::size_t cells, int cell) {
-    return static_cast<double>(cells) * (cell + kGap) + kGap;
-  };
-  const double width = extent(columns, cellWidth);
-  const double height = extent(rows, cellHeight);
-  if (std::max(width, height) > Canvas::kSideLimit) {
-    return reportError("the sheet would be wider or higher than " +
-                       std::to_string(Canvas::kSideLimit) + " pixels");
-  }
-  Canvas canvas(static_cast<int>(width), static_cast<int>(height));
-  canvas.fill({0, 0, width, height}, {0.85, 0.86, 0.88});
+/// The places of cards, in pixels. A card has a drawing on the left and its reopened archive on the
+/// right.
+struct Grid {
+  static constexpr int kGap = 8;
+  int size;  ///< of a drawing
+  int columns, rows;
 
+  [[nodiscard]] int cardWidth() const { return 2 * size + 3 * kGap; }
+  [[nodiscard]] int cardHeight() const { return size + 2 * kGap; }
+  [[nodiscard]] int left(int column) const { return column * (cardWidth() + kGap) + kGap; }
+  [[nodiscard]] int top(int row) const { return row * (cardHeight() + kGap) + kGap; }
+  [[nodiscard]] int width() const { return left(columns); }
+  [[nodiscard]] int height() const { return top(rows); }
+};
+
+/// The sheet while it is drawn.
+class Sheet {
+ public:
+  explicit Sheet(const Grid& grid) : grid_(grid), canvas_(grid.width(), grid.height()) {
+    canvas_.fill({0, 0, double(grid.width()), double(grid.height())}, {0.85, 0.86, 0.88});
+  }
+
+  /// Draws the card of a drawing. Returns false, with an error, if it stays empty. An error that
+  /// comes with true is a difference between the two pictures.
+  bool add(int index, const std::string& file, tq::Ref<tq::Error>* error) {
+    const int x = grid_.left(index % grid_.columns), y = grid_.top(index / grid_.columns);
+    canvas_.fill({double(x), double(y), double(grid_.cardWidth()), double(grid_.cardHeight())},
+                 {1, 1, 1});
+    const RoundTrip one = roundTrip(file);
+    if (!one.failure.empty()) {
+      tq::setOutError(error, errorWith(one.failure));
+      return false;
+    }
+    const Canvas drawing = renderedSquare(*one.document, grid_.size);
+    const Canvas reopened = renderedSquare(*one.reopened, grid_.size);
+    canvas_.put(drawing, x + Grid::kGap, y + Grid::kGap);
+    canvas_.put(reopened, x + grid_.size + 2 * Grid::kGap, y + Grid::kGap);
+    for (const Features* features : {&one.leftOut, &drawing.leftOut(), &reopened.leftOut()}) {
+      addTo(leftOut_, *features);
+    }
+    ++count_;
+    if (!one.differences.empty() || !std::ranges::equal(drawing.pixels(), reopened.pixels())) {
+      tq::setOutError(error, errorWith(file + ": the reopened archive differs from the drawing"));
+    }
+    return true;
+  }
+
+  [[nodiscard]] std::size_t count() const { return count_; }
+  [[nodiscard]] const Features& leftOut() const { return leftOut_; }
+  [[nodiscard]] const Canvas& canvas() const { return canvas_; }
+
+ private:
+  Grid grid_;
+  Canvas canvas_;
+  std::size_t count_ = 0;
+  Features leftOut_;
+};
+
+/// Adds the drawings and reports their errors. A drawing that fails does not end the sheet.
+[[nodiscard]] Outcome addAll(const std::vector<std::string>& files, Sheet& sheet) {
   Outcome outcome = Outcome::success;
-  Features leftOut;
-  const auto worsen = [&](Outcome other) { outcome = std::max(outcome, other); };
   const auto progress = tq::makeRef<Progress>(files.size());
   for (std::size_t i = 0; i < files.size(); ++i) {
     progress->step(files[i]);
     progress->draw();
-    const tq::Rect card{extent(i % columns, cellWidth), extent(i / columns, cellHeight),
-                        double(cellWidth), double(cellHeight)};
-    canvas.fill(card, {1, 1, 1});
-    const RoundTrip one = roundTrip(files[i]);
-    if (!one.failure.empty()) {
-      progress->wipe();
-      worsen(reportError(one.failure));
-      continue;
+    bool isDrawn = false;
+    tq::Ref<tq::Error> error;
+    try {
+      isDrawn = sheet.add(static_cast<int>(i), files[i], &error);
+    } catch (...) {
+      error = errorOfException(files[i]);
     }
-    addTo(leftOut, one.leftOut);
-    tq::Rect square{card.origin.x + kGap, card.origin.y + kGap, double(options.size),
-                    double(options.size)};
-    canvas.draw(*one.document, square);
-    square.origin.x += options.size + kGap;
-    canvas.draw(*one.reopened, square);
-    if (!one.differences.empty() || !looksTheSame(*one.document, *one.reopened, options.size)) {
-      progress->wipe();
-      reportError(files[i] + ": the reopened archive differs from the drawing");
-      worsen(Outcome::different);
-    }
+    if (!error) continue;
+    progress->wipe();
+    reportError(error->localizedDescription());
+    outcome = std::max(outcome, isDrawn ? Outcome::different : Outcome::error);
   }
   progress->wipe();
-  tq::Ref<tq::Error> error;
-  if (!canvas.writePNG(options.output, &error)) return reportError(error->localizedDescription());
-  if (options.output != kStandardStream) {
-    std::cout << printable(options.output) << ": " << counted(files.size(), "drawing")
-              << ", each beside its reopened archive\n";
+  return outcome;
+}
+
+Outcome sheet(const SheetOptions& options) {
+  const std::vector<std::string> files = sampled(listFiles(options.files).files, options.count);
+  if (files.empty()) return reportError("no drawings found");
+  if (isOneOf(options.output, files)) return Outcome::error;
+  const auto count = static_cast<int>(files.size());
+  const int columns = std::min(options.columns, count);
+  const Grid grid{options.size, columns, (count + columns - 1) / columns};
+  if (std::max(grid.width(), grid.height()) > Canvas::kSideLimit) {
+    return reportError("the sheet would be wider or higher than " +
+                       std::to_string(Canvas::kSideLimit) + " pixels");
   }
-  addTo(leftOut, canvas.leftOut());
-  reportUnsupported(options.output, leftOut);
+  Sheet sheet(grid);
+  const Outcome outcome = addAll(files, sheet);
+  tq::Ref<tq::Error> error;
+  if (!sheet.canvas().writePNG(options.output, &error)) {
+    return reportError(error->localizedDescription());
+  }
+  if (options.output != kStandardStream) {
+    std::cout << printable(options.output) << ": " << counted(sheet.count(), "drawing")
+              << (sheet.count() == 1 ? " beside its reopened archive\n"
+                                     : " beside their reopened archives\n");
+  }
+  reportUnsupported(options.output, sheet.leftOut());
   return outcome;
 }
 

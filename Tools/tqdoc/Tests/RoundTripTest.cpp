@@ -142,6 +142,30 @@ TEST_F(Drawings, DoNotAffectLaterDrawing) {
   }
 }
 
+TEST_F(Drawings, HaveSourcesOfAnyScale) {
+  const std::string pattern = "<pattern id='p' patternUnits='userSpaceOnUse' height='10' ";
+  const std::string content = "><rect width='5' height='10'/></pattern>";
+  const std::string image =
+      "<image height='9' preserveAspectRatio='none' href='data:image/png;base64,iVBORw0KGgoAAAANSUh"
+      "EUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR4nGNgAAAAAgABSK+kcQAAAABJRU5ErkJggg==' width=";
+  const tq::test::Rows<std::string, std::uint32_t, const char*> cases{
+      {pattern + "width='1e-11'" + content, 0xff000000, "none"},
+      {pattern + "width='10' patternTransform='scale(1e-6)'" + content, 0x80000000, "none"},
+      {pattern + "width='10' x='1e9'" + content, 0xff000000, "none"},
+      {"<linearGradient id='p' gradientTransform='scale(1e-9)'><stop stop-color='red'/><stop "
+       "stop-color='blue' offset='1'/></linearGradient>",
+       0, "gradients that are too small 1"},
+      {image + "'1e-6'/>", 0, "images that are too small 1"},
+      {image + "'1e-3'/>", 0, "none"}};
+  for (const auto& [source, pixel, leftOut] : cases) {
+    Canvas canvas(120, 120);
+    canvas.draw(*drawingOf(source + "<rect width='120' height='120' fill='url(#p)'/>"),
+                {0, 0, 120, 120});
+    EXPECT_EQ(canvas.pixels()[60 * 120 + 61], pixel) << source;
+    EXPECT_EQ(summary(canvas.leftOut()), leftOut) << source;
+  }
+}
+
 TEST(Archivable, NumbersAreUnchangedInArchives) {
   for (const double value : {0.1, 1.0 / 3, -2.5e-30, 1e300, 5e-324, std::nan("")}) {
     const double kept = archivable(value);
