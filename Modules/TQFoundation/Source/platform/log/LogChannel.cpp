@@ -16,13 +16,6 @@
 namespace tq {
 namespace {
 
-using SinkSlot = detail::SinkSlot<const LogMessage&>;
-
-SinkSlot& sinkSlot() {
-  static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
-  return slot;
-}
-
 /// The level of the journal that corresponds to one of ours.
 struct JournalLevel {
   GLogLevelFlags flag;
@@ -61,7 +54,7 @@ bool writeToJournal(const LogMessage& message) {
 }
 
 void deliver(const LogMessage& message) {
-  if (sinkSlot().call(message)) return;
+  if (detail::SinkSlot<const LogMessage&>::shared().call(message)) return;
   if (writeToJournal(message)) return;
   plainLog(fmt::format("[{}:{}] {}: {}", message.subsystem, message.category, nameOf(message.level),
                        message.text));
@@ -87,7 +80,9 @@ std::string_view nameOf(LogLevel level) noexcept {
   return kNames[static_cast<std::size_t>(level)];
 }
 
-LogSink setLogSink(LogSink sink) { return sinkSlot().replace(std::move(sink)); }
+LogSink setLogSink(LogSink sink) {
+  return detail::SinkSlot<const LogMessage&>::shared().replace(std::move(sink));
+}
 
 LogChannel& LogChannel::channel(std::string_view subsystem, std::string_view category) {
   struct Channels {

@@ -36,8 +36,10 @@ using LogSink = std::function<void(const LogMessage&)>;
 
 /// Sends all messages that pass their channel's level to `sink`. An empty sink restores the system.
 ///
-/// Threads: any. The sink is called on the thread that logs, with no lock held; several threads may
-/// call it at the same time.
+/// Threads:    any. The sink is called on the thread that logs, with no lock held; several threads
+///             may call it at the same time.
+/// Exceptions: an exception that leaves the sink is dropped, so that a message never makes the
+///             function fail that logs it.
 ///
 /// @return the previous sink
 TQ_EXPORT LogSink setLogSink(LogSink sink);
@@ -131,7 +133,8 @@ class TQ_EXPORT LogChannel {
   }
 
   /// Logs `format` with its "{}" replaced, like std::format. A format that does not fit its
-  /// arguments is logged unchanged, followed by the reason.
+  /// arguments is logged unchanged, followed by the reason. An exception of an object's description
+  /// reaches the caller.
   template <class... Arguments>
   requires(sizeof...(Arguments) != 0) void log(LogLevel level, std::string_view format,
                                                const Arguments&... arguments) const {

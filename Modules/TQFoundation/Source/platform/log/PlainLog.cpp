@@ -15,13 +15,6 @@
 namespace tq {
 namespace {
 
-using SinkSlot = detail::SinkSlot<std::string_view>;
-
-SinkSlot& sinkSlot() {
-  static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
-  return slot;
-}
-
 std::string timestamp() {
   using namespace std::chrono;
   const auto now = system_clock::now();
@@ -52,7 +45,7 @@ void plainLog(std::string_view given) {
   const bool endsLine = given.ends_with('\n');
   std::string message = printableText(given.substr(0, given.size() - (endsLine ? 1 : 0)));
   if (endsLine) message += '\n';
-  if (sinkSlot().call(message)) return;
+  if (detail::SinkSlot<std::string_view>::shared().call(message)) return;
   static std::atomic<bool> isCut = false;  // the last line could only be written in part
   const bool wasCut = isCut.exchange(false);
   std::string line = wasCut ? "\n" : "";
@@ -64,6 +57,8 @@ void plainLog(std::string_view given) {
   if (missing != 0 && (wasCut || missing != line.size())) isCut = true;
 }
 
-PlainLogSink setPlainLogSink(PlainLogSink sink) { return sinkSlot().replace(std::move(sink)); }
+PlainLogSink setPlainLogSink(PlainLogSink sink) {
+  return detail::SinkSlot<std::string_view>::shared().replace(std::move(sink));
+}
 
 }  // namespace tq

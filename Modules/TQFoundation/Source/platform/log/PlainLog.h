@@ -30,8 +30,10 @@ inline void plainLog(const char* message) {
 
 /// Sends all messages to `sink`. An empty sink restores standard error.
 ///
-/// Threads: any. The sink is called on the thread that logs, with no lock held; several threads may
-/// call it at the same time.
+/// Threads:    any. The sink is called on the thread that logs, with no lock held; several threads
+///             may call it at the same time.
+/// Exceptions: an exception that leaves the sink is dropped, so that a message never makes the
+///             function fail that logs it.
 ///
 /// @return the previous sink
 TQ_EXPORT PlainLogSink setPlainLogSink(PlainLogSink sink);

@@ -41,6 +41,31 @@ TEST(PlainLog, TextFromOutsideCannotLeaveItsLine) {
   }
 }
 
+TEST(PlainLog, FailuresOfSinksDoNotReachTheCaller) {
+  const auto fails = [](const auto&) { throw std::runtime_error("sink"); };
+  PlainLogSink plainSink = setPlainLogSink(fails);
+  LogSink sink = setLogSink(fails);
+  const auto logs = []() noexcept {
+    plainLog("a");
+    LogChannel::channel("s", "c").log(LogLevel::fault, "{}", 1);
+  };
+  logs();
+#if defined(__GLIBCXX__) && !defined(TQ_SANITIZED)  // libc++ cannot end a thread
+  setPlainLogSink([](std::string_view) {
+    ::pthread_cancel(::pthread_self());
+    ::pthread_testcancel();
+  });
+  bool continues = false;
+  std::jthread([&] {
+    plainLog("a");
+    continues = true;
+  }).join();
+  EXPECT_FALSE(continues) << "a cancelled thread ends";
+#endif
+  setPlainLogSink(std::move(plainSink));
+  setLogSink(std::move(sink));
+}
+
 TEST(PlainLog, PrintsNullStringsAsSuch) {
   const test::CapturedLog log;
   const char* const none = nullptr;

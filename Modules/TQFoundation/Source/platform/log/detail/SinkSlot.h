@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
+#include <TQFoundation/base/ThreadCancellation.h>
 #include <TQFoundation/platform/threads/Lock.h>
 
 namespace tq::detail {
@@ -24,13 +25,26 @@ class SinkSlot {
  public:
   using Sink = std::function<void(Arguments...)>;
 
-  /// Calls the sink. @return false if there is none
+  /// Returns the process's slot for these arguments.
+  static SinkSlot& shared() {
+    static auto& slot = *new SinkSlot;  // never destroyed: threads may outlive main
+    return slot;
+  }
+
+  /// Calls the sink. Drops an exception that leaves it. @return false if there is none
   bool call(Arguments... arguments) const {
     if (sink_.load(std::memory_order_relaxed) == nullptr) return false;  // loaded again below
     const Call counted(calls_);
     const Sink* const sink = sink_.load();
-    if (sink != nullptr) (*sink)(arguments...);
-    return sink != nullptr;
+    if (sink == nullptr) return false;
+    try {
+      (*sink)(arguments...);
+    } catch (const ThreadCancellation&) {
+      throw;  // thread cancellation
+    } catch (...) {
+      // A message must not make the caller fail.
+    }
+    return true;
   }
 
   /// Replaces the sink. @return the previous sink
