@@ -35,7 +35,7 @@ struct ReadingLimits {
   /// The default, 256, permits 1000 uses of an object that takes a quarter of its archive.
   std::uint64_t unfoldedPerByte = 256;
   /// Bytes that compressed bytes expand to, and bytes of the body of an HTTP response that a task
-  /// collects in memory.
+  /// collects in memory. For a body that is too long, the error is the session's.
   std::uint64_t decompressedBytes = std::numeric_limits<std::uint64_t>::max();
 };
 static_assert(std::is_trivially_copyable_v<ReadingLimits>);

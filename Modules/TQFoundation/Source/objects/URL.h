@@ -23,7 +23,7 @@ class TQ_EXPORT URL final : public Subclass<URL> {
 
   /// Returns the URL of the file at `path`, whose bytes are kept (a "%20" in it is three
   /// characters). A relative path is appended to the current working directory. An empty path stays
-  /// empty and names no file.
+  /// empty: isFileURL() is true, but no file has this URL.
   [[nodiscard]] static Ref<URL> fileURLWithPath(std::string_view path);
 
   /// Parses a URL. `text` is a plain path as above, a "file:" URL, or a URL of another scheme. A
@@ -33,7 +33,7 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   /// @return null for a "file:" URL with another host, an invalid escape or an escaped NUL
   [[nodiscard]] static Ref<URL> URLWithString(std::string_view text);
 
-  /// Returns true if it names a file or folder of this system.
+  /// Returns true if it has a path, even an empty one; false for a URL of another scheme.
   [[nodiscard]] bool isFileURL() const noexcept { return foreign_.empty(); }
 
   /// Returns the file's path; empty if the URL is not a file's.

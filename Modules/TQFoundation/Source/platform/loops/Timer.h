@@ -18,7 +18,7 @@ namespace tq {
 /// Ownership: the loop retains the timer until it has fired for the last time or is invalidated.
 /// Threads:   the scheduling thread; isValid() and invalidate() from any. After invalidate() on
 ///            another thread, the timer does not start to fire again; its user info is released in
-///            the loop's next pass.
+///            the loop's next pass in a common mode.
 /// Time:      the steady clock; changes of the wall clock have no effect.
 class TQ_EXPORT Timer final : public Subclass<Timer> {
  public:
@@ -42,7 +42,8 @@ class TQ_EXPORT Timer final : public Subclass<Timer> {
   /// Returns false after the timer has fired for the last time or was invalidated.
   [[nodiscard]] bool isValid() const noexcept { return isValid_.load(); }
 
-  /// Returns the user info, or null if the timer is invalid.
+  /// Returns the user info, or null if the timer is invalid. After invalidate() on another thread,
+  /// it is not null until the loop has released it.
   [[nodiscard]] Object* userInfo() const noexcept { return userInfo_.get(); }
 
   /// Stops the timer for good. May be called repeatedly, and by the action.

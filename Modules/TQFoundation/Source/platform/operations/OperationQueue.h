@@ -26,8 +26,10 @@ namespace tq {
 ///             the thread that makes them ready: the one that adds them, finishes their last
 ///             dependency, or resumes the queue.
 /// Lifetime:   added operations run even if the queue is destroyed first. If the queue is suspended
-///             or its maximum is 0 at that time, they are cancelled and finish without their work,
-///             so that waiting threads continue.
+///             or its maximum is 0 at that time, they are cancelled and then started: they finish
+///             without main(), and waiting threads continue. A subclass that overrides start(),
+///             such as one of TQOperation, must itself finish without its work if cancel() was
+///             called.
 /// Exceptions: an exception that leaves an operation stops the process.
 class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
  public:
