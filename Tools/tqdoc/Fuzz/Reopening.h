@@ -17,13 +17,17 @@ inline void prepareModel() {
   static_cast<void>(isReady);
 }
 
-/// Returns the document after it was archived and opened again. It must be the same.
+/// Returns the document after it was archived and opened again. What was opened must be the same
+/// once more. (A power of ten may change the first time; see TQJSONEncoder.)
 inline tq::Ref<Document> reopened(const tq::Ref<Document>& document) {
   const auto archive = tq::TQJSONEncoder::encodeObjectAsData(document);
   tq::fuzz::require(archive != nullptr);
   tq::Ref<Document> again = openArchive(*archive, "a.tqdoc", nullptr);
   tq::fuzz::require(again != nullptr);
-  tq::fuzz::require(tq::TQJSONEncoder::encodeObjectAsData(again)->isEqual(*archive));
+  const auto second = tq::TQJSONEncoder::encodeObjectAsData(again);
+  const auto third =
+      tq::TQJSONEncoder::encodeObjectAsData(openArchive(*second, "a.tqdoc", nullptr));
+  tq::fuzz::require(third->isEqual(*second));
   return again;
 }
 
