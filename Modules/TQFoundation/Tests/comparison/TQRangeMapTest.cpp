@@ -66,7 +66,7 @@ TEST(TQRangeMap, ReplacesByStartAndRemovesFromALocationOn) {
   map.removeObjectsAtOrBeyondLocation(3);
   EXPECT_THAT(seen, ElementsAre("6 of 1", "0 of 1", "0 of 0"));
   seen.clear();
-  for (const std::uint64_t at : {10, 20})
+  for (const std::uint64_t at : {10u, 20u})
     map.setObject(makeRef<test::OnDestruction>(look), {at, 5});
   map = TQRangeMap();
   auto& dying = *new TQRangeMap();
