@@ -168,7 +168,7 @@ Ref<Object> JSONWalk::decode(const Dictionary& parsed) {
 Ref<Array> JSONWalk::decode(const Array& parsed) {
   const Level level(*this);
   if (level.isTooDeep()) return nullptr;
-  const Ref<Array> original = fixed(parsed);
+  Ref<Array> original = fixed(parsed);
   if (original->isPacked()) return original;
   Gathered elements(*this);
   for (const Object& element : *original) {
