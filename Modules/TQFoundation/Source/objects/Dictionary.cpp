@@ -111,7 +111,9 @@ Ref<MutableDictionary> MutableDictionary::dictionary() {
 
 Ref<MutableDictionary> MutableDictionary::dictionaryWithDictionary(const Dictionary& other) {
   Ref<MutableDictionary> result = dictionary();
-  for (const Entry entry : other) result->setObject(share(entry.value), share(entry.key));
+  result->held_.assign(other.values().begin(), other.values().end());
+  result->values_ = result->held_.data();
+  result->keys_ = other.keys_->duplicate();
   return result;
 }
 
@@ -119,13 +121,19 @@ void MutableDictionary::setObject(Ref<Object> value, Ref<Object> forKey) {
   if (!value || !forKey) {
     throw Exception(InvalidArgumentException, "A dictionary cannot hold null keys or values.");
   }
-  if (const auto index = keys_->find(*forKey)) {
+  auto index = keys_->find(*forKey);
+  if (!index) {
+    forKey = forKey->copy();
+    // The copy() of a host may have changed this dictionary.
+    if (forKey->kind() == ObjectKind::other) index = keys_->find(*forKey);
+  }
+  if (index) {
     std::swap(held_[*index], value);
     return;
   }
   detail::makeRoom(held_, 1);
   values_ = held_.data();
-  keys_->append(forKey->copy());
+  keys_->append(std::move(forKey));
   held_.push_back(std::move(value));
 }
 
@@ -151,9 +159,7 @@ void MutableDictionary::removeAllObjects() {
 }
 
 Ref<Object> MutableDictionary::copy() const {
-  Ref<DictionaryKeys> keys = makeRef<DictionaryKeys>();
-  for (const Ref<Object>& key : this->keys()) keys->append(key);
-  const Ref<Dictionary> result = makeUnfilled(std::move(keys));
+  const Ref<Dictionary> result = makeUnfilled(keys_->duplicate());
   std::ranges::copy(values(), result->slots().begin());
   return result;
 }

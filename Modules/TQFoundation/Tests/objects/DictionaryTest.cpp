@@ -47,6 +47,50 @@ TEST(Dictionary, CopiesItsKeysAndRefusesNull) {
   EXPECT_TRUE(dictionary->objectForKey(*Data::dataWithBytes("k")));
 }
 
+struct Awkward final : Subclass<Awkward> {
+  static constexpr std::string_view className = "Awkward";
+  std::size_t hash() const override { return throws ? throw std::runtime_error("hash") : 7; }
+  Ref<Object> copy() const override {
+    if (const auto change = std::exchange(onCopy, nullptr)) change();
+    return share(const_cast<Awkward&>(*this));
+  }
+  static inline bool throws = false;
+  mutable std::function<void()> onCopy;
+};
+
+// The keys are searched, hashed from the next one on, or in an index that is full.
+TEST(Dictionary, StaysCompleteWhenAKeyThrowsOrChangesIt) {
+  for (const int count : {7, 8, 9, 32}) {
+    const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+    const auto key = makeRef<Awkward>(), other = makeRef<Awkward>();
+    dictionary->setObject(number(0), key);
+    for (int i = 1; i < count; ++i) dictionary->setObject(number(i), std::to_string(i));
+    Awkward::throws = true;
+    int thrown = 0;
+    for (const Ref<Object>& each : {Ref<Object>(String::of("new")), Ref<Object>(other)}) {
+      try {
+        dictionary->setObject(number(1), each);
+      } catch (const std::runtime_error&) {
+        ++thrown;
+      }
+    }
+    EXPECT_EQ(thrown, count == 8 ? 2 : 1);
+    EXPECT_EQ(dictionary->copy()->description(), dictionary->description());
+    dictionary->removeObjectForKey(*String::of("1"));
+    ASSERT_EQ(dictionary->count(), static_cast<std::size_t>(count == 8 ? 7 : count));
+    for (int i = 2; i < count; ++i) EXPECT_TRUE(dictionary->objectForKey(std::to_string(i))) << i;
+    Awkward::throws = false;
+    EXPECT_TRUE(dictionary->objectForKey(*key));
+
+    other->onCopy = [&] {
+      dictionary->removeAllObjects();
+      dictionary->setObject(number(1), other);
+    };
+    dictionary->setObject(number(2), other);
+    EXPECT_EQ(dictionary->copy()->description(), "{" + other->description() + " = 2;}");
+  }
+}
+
 TEST(Dictionary, IsEqualInAnyOrder) {
   const Ref<Dictionary> a = Dictionary::dictionaryWithEntries({{"x", number(1)}, {"y", number(2)}});
   const Ref<Dictionary> b =
