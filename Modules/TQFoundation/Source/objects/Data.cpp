@@ -17,16 +17,25 @@ std::span<const std::byte> bytesOf(std::string_view text) {
   return {reinterpret_cast<const std::byte*>(text.data()), text.size()};
 }
 
+/// The padding of data without capacity. Nothing writes it.
+constexpr std::byte kNoBytes[Data::kReadablePadding]{};
+
+std::byte* noBytes() noexcept { return const_cast<std::byte*>(kNoBytes); }
+
+/// Returns the block that was allocated for the bytes, or null.
+std::byte* blockOf(std::byte* bytes) noexcept { return bytes != kNoBytes ? bytes : nullptr; }
+
 }  // namespace
 
-Data::~Data() { std::free(bytes_); }
+Data::~Data() { std::free(blockOf(bytes_)); }
 
 void Data::reserveBytes(std::size_t capacity) {
+  if (bytes_ == nullptr) bytes_ = noBytes();
   if (capacity <= capacity_) return;
   if (capacity > std::numeric_limits<std::size_t>::max() / 2 - kReadablePadding) {
     throw std::bad_alloc();
   }
-  void* grown = std::realloc(bytes_, capacity + kReadablePadding);
+  void* grown = std::realloc(blockOf(bytes_), capacity + kReadablePadding);
   if (grown == nullptr) throw std::bad_alloc();
   bytes_ = static_cast<std::byte*>(grown);
   // The padding must be initialised, because reading indeterminate bytes is undefined.
@@ -57,7 +66,7 @@ Ref<Data> Data::dataWithBytes(std::string_view bytes) { return dataWithBytes(byt
 
 Ref<Data> Data::dataByTakingBytes(MutableData& buffer) {
   Ref<Data> data = makeRef<FixedData>();
-  if (buffer.bytes_ != nullptr) {
+  if (buffer.capacity_ > 0) {
     // If shrinking fails, the larger block stays.
     if (void* cut = std::realloc(buffer.bytes_, buffer.length_ + kReadablePadding)) {
       buffer.bytes_ = static_cast<std::byte*>(cut);
@@ -65,7 +74,7 @@ Ref<Data> Data::dataByTakingBytes(MutableData& buffer) {
     }
     std::memset(buffer.bytes_ + buffer.length_, 0, kReadablePadding);
   }
-  data->bytes_ = std::exchange(buffer.bytes_, nullptr);
+  data->bytes_ = std::exchange(buffer.bytes_, noBytes());
   data->length_ = std::exchange(buffer.length_, 0);
   data->capacity_ = std::exchange(buffer.capacity_, 0);
   return data;
@@ -89,7 +98,11 @@ std::string Data::description() const {
   return text += length_ > kShown ? "…>" : ">";
 }
 
-Ref<MutableData> MutableData::data() { return Ref<MutableData>::adopt(new MutableData); }
+Ref<MutableData> MutableData::data() {
+  auto data = Ref<MutableData>::adopt(new MutableData);
+  data->reserveBytes(0);
+  return data;
+}
 
 Ref<MutableData> MutableData::dataWithLength(std::size_t length) {
   Ref<MutableData> data = MutableData::data();

@@ -20,8 +20,9 @@ class TQ_EXPORT Data : public Subclass<Data> {
   static constexpr std::string_view className = "Data";
   static constexpr std::string_view codingName = "NSData";
 
-  /// Readable bytes after the last one. Their values are unspecified and they must not be written.
-  /// They allow readers to load several bytes at once without a copy of the buffer.
+  /// Readable bytes after the last one, also of empty data. Their values are unspecified and they
+  /// must not be written. They allow readers to load several bytes at once without a copy of the
+  /// buffer.
   static constexpr std::size_t kReadablePadding = 64;
 
   /// Copies the bytes. @throws std::bad_alloc
@@ -52,10 +53,11 @@ class TQ_EXPORT Data : public Subclass<Data> {
  protected:
   Data() noexcept : Subclass(ObjectKind::data) {}
 
-  /// Reserves capacity for at least `capacity` bytes. Strong guarantee.
+  /// Reserves capacity for at least `capacity` bytes. Strong guarantee. Constructors must call it,
+  /// if only with 0, so that there is padding.
   void reserveBytes(std::size_t capacity);
 
-  /// The bytes; null if nothing was reserved.
+  /// The bytes; constant ones while the capacity is 0.
   std::byte* bytes_ = nullptr;
   /// The number of bytes.
   std::size_t length_ = 0;

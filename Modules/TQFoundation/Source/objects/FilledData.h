@@ -26,7 +26,7 @@ class FilledData final : public Data {
   void setLength(std::size_t length) noexcept {
     TQ_ASSERT(length <= capacity_);
     length_ = length;
-    if (bytes_ != nullptr) std::memset(bytes_ + length, 0, kReadablePadding);
+    if (capacity_ > 0) std::memset(bytes_ + length, 0, kReadablePadding);
   }
 };
 

@@ -127,7 +127,12 @@ TEST(Data, GrowsShrinksAndFillsWithZeros) {
 
   EXPECT_TRUE(MutableData::dataWithLength(2)->isEqual(*Data::dataWithBytes(std::string(2, '\0'))));
   EXPECT_EQ(Data::dataWithBytes("\x0A\x1B")->description(), "<2 bytes: 0a1b>");
-  EXPECT_EQ(Data::dataWithBytes("")->length(), 0u);
+  for (const Ref<Data>& empty : {Data::dataWithBytes(""), Ref<Data>(MutableData::data()),
+                                 Data::dataByTakingBytes(*MutableData::data())}) {
+    EXPECT_EQ(empty->length(), 0u);
+    const std::byte* padding = empty->bytes().data();
+    EXPECT_EQ(std::count(padding, padding + Data::kReadablePadding, std::byte{0}), 64);
+  }
 }
 
 /// Returns new objects of all classes that compare by value, of which no two are equal.
