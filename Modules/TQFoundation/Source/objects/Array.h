@@ -140,7 +140,9 @@ class TQ_EXPORT Array : public Subclass<Array> {
   /// Returns true if the counts and the elements at each index are equal, for packed, boxed and
   /// mutable arrays. Arrays, dictionaries, sets and errors may nest to any depth. Cost: linear in
   /// the containers that exist, however often they are shared; members of sets and keys that are
-  /// containers are also sorted. Objects of the host are compared by their own isEqual().
+  /// containers are also sorted, and compare the numbers in them exactly. If integers beyond 2^53
+  /// equal floating-point numbers only by rounding, the cost of large shared containers is linear
+  /// in the pairs that correspond. Objects of the host are compared by their own isEqual().
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines the count and the hashes of the first, middle and last element.
   [[nodiscard]] std::size_t hash() const override;

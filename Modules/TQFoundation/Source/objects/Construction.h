@@ -1,7 +1,8 @@
 #pragma once
 
 /// @file Construction.h
-/// Construction of containers and strings for readers of archives, without copies and checks.
+/// Construction of containers and strings for readers of archives, without copies and checks, and
+/// their inside for comparisons.
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/DictionaryKeys.h>
+#include <TQFoundation/objects/Set.h>
 #include <TQFoundation/objects/String.h>
 
 namespace tq::detail {
@@ -41,6 +43,12 @@ struct Construction {
   [[nodiscard]] static std::span<Ref<Object>> slots(Dictionary& dictionary) noexcept {
     return dictionary.slots();
   }
+
+  /// The keys of a dictionary and the members of a set, which are found by index.
+  [[nodiscard]] static const DictionaryKeys& keys(const Dictionary& dictionary) noexcept {
+    return *dictionary.keys_;
+  }
+  [[nodiscard]] static const DictionaryKeys& keys(const Set& set) noexcept { return *set.members_; }
 
   /// A packed array of `count` numbers with indeterminate content. The caller writes all of
   /// packedBits() and, for Storage::numbers, all of packedKinds().

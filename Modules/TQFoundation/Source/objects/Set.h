@@ -16,8 +16,9 @@
 namespace tq {
 
 namespace detail {
+struct Construction;
 class DictionaryKeys;
-}
+}  // namespace detail
 
 /// An immutable set in insertion order. It retains its members, which are distinct and never null.
 /// A member must not change in a way that affects isEqual().
@@ -53,7 +54,8 @@ class TQ_EXPORT Set final : public Subclass<Set> {
     return Array::Iterator(allObjects().data() + count());
   }
 
-  /// Returns true if both have equal members, in any order. Depth and cost: see Array::isEqual().
+  /// Returns true if each member equals one of the other set, in any order. Depth and cost: see
+  /// Array::isEqual().
   [[nodiscard]] bool isEqual(const Object& other) const override;
   /// Combines all members; containers among them contribute only their count. Cost: linear.
   [[nodiscard]] std::size_t hash() const override;
@@ -61,6 +63,8 @@ class TQ_EXPORT Set final : public Subclass<Set> {
   [[nodiscard]] std::string description() const override;
 
  private:
+  friend struct detail::Construction;
+
   explicit Set(Ref<detail::DictionaryKeys> members) noexcept;
 
   Ref<detail::DictionaryKeys> members_;

@@ -6,6 +6,7 @@
 #include <TQFoundation/objects/Dictionary.h>
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/detail/ContainerForm.h>
+#include <TQFoundation/objects/detail/Equality.h>
 
 namespace tq::detail {
 namespace {
@@ -37,7 +38,12 @@ void forEachChild(const Object& container, const Visit& visit) {
 bool areEqualLeaves(const Object& a, const Object& b) {
   const bool isError = containerFormOf(a) == ContainerForm::error;
   if (isError != (containerFormOf(b) == ContainerForm::error)) return false;
-  if (!isError) return a.isEqual(b);
+  if (!isError) {
+    if (!a.isEqual(b)) return false;
+    if (a.kind() != ObjectKind::number || b.kind() != ObjectKind::number) return true;
+    return !areEqualByRounding(static_cast<const Number&>(a).value(),
+                               static_cast<const Number&>(b).value());
+  }
   const auto& first = static_cast<const Error&>(a);
   const auto& second = static_cast<const Error&>(b);
   return first.code() == second.code() && first.domain() == second.domain();

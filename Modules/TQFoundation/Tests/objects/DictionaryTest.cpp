@@ -102,6 +102,31 @@ TEST(Dictionary, IsEqualInAnyOrder) {
   EXPECT_FALSE(a->isEqual(*Dictionary::dictionaryWithEntries({{"x", number(1)}})));
 }
 
+// 2^53 and 2^53 + 1 are different, but both equal 2^53 as a double.
+TEST(Dictionary, IsEqualIfEachKeyHasOneOfItsOwn) {
+  const std::int64_t exact = std::int64_t{1} << 53;
+  const Ref<Object> a = number(exact), b = number(exact + 1), rounded = number(0x1p53);
+  const auto compared = [](std::initializer_list<Ref<Object>> x,
+                           std::initializer_list<Ref<Object>> y) {
+    const auto keyed = [](std::initializer_list<Ref<Object>> keys) {
+      std::vector<std::pair<Ref<Object>, Ref<Object>>> entries;
+      for (const Ref<Object>& key : keys) entries.emplace_back(key, Null::null());
+      return Dictionary::dictionaryWithEntries(entries);
+    };
+    const bool result = Set::setWithObjects(x)->isEqual(*Set::setWithObjects(y));
+    EXPECT_EQ(Set::setWithObjects(y)->isEqual(*Set::setWithObjects(x)), result);
+    EXPECT_EQ(keyed(x)->isEqual(*keyed(y)), result);
+    EXPECT_EQ(keyed(y)->isEqual(*keyed(x)), result);
+    return result;
+  };
+  EXPECT_FALSE(compared({a, b}, {rounded, number(5)}));
+  EXPECT_TRUE(compared({number(5), b}, {rounded, number(5)}));
+  EXPECT_TRUE(compared({a, b}, {b, a}));
+  const Ref<Object> first = Array::arrayWithObjects({a, rounded});
+  EXPECT_FALSE(compared({first, a}, {Array::arrayWithObjects({b, rounded}), a}));
+  EXPECT_TRUE(compared({first, b}, {b, Array::arrayWithObjects({rounded, a})}));
+}
+
 /// Compares a dictionary with a plain list of entries while it grows beyond linear search and
 /// shrinks again.
 TEST(Dictionary, AgreesWithAListAfterRandomChanges) {

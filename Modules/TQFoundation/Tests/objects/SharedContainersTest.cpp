@@ -83,6 +83,26 @@ TEST(SharedContainers, AreComparedOnce) {
   EXPECT_FALSE(wide("a")->isEqual(*wide("b")));
 }
 
+// Each of the pairs (a, rounded), (b, rounded) and (b, b) is equal, but (a, b) is not. They come
+// when so much was compared that pairs are remembered.
+TEST(SharedContainers, ThatAreEqualByRoundingAreComparedOnceForEachPair) {
+  const std::int64_t exact = std::int64_t{1} << 53;
+  const auto numbers = [](NumberValue value) -> Ref<Object> {
+    return Array::arrayWithNumbers(std::vector{value});
+  };
+  const Ref<Object> a = numbers(exact), b = numbers(exact + 1), rounded = numbers(0x1p53);
+  const auto after = [](std::initializer_list<Ref<Object>> last) {
+    std::vector<Ref<Object>> objects(300'000, String::of("leaf"));
+    objects.insert(objects.end(), last);
+    return Array::arrayWithObjects(objects);
+  };
+  EXPECT_FALSE(after({a, b, a})->isEqual(*after({rounded, rounded, b})));
+  EXPECT_TRUE(after({a, b, b})->isEqual(*after({rounded, rounded, b})));
+  Ref<Object> x = a, y = rounded;
+  for (int i = 0; i < 60; ++i) x = arrayOf(x, x), y = arrayOf(y, y);
+  EXPECT_TRUE(x->isEqual(*y));
+}
+
 TEST(SharedContainersStress, MayBeAMillionDeep) {
   for (std::size_t form = 0; form < std::size(kPairs); ++form) {
     SCOPED_TRACE(form);
