@@ -159,11 +159,11 @@ def referred(address, index, budget):
 
 def array_text(address, budget):
     count = word(address + 24)
-    storage = word(address + kDetail, 1)  # objects, integers, doubles, numbers of several kinds
+    storage = word(address + kDetail, 1)  # objects, integers, doubles, numbers of several kinds, growing
     bits = address + 32
 
     def element(index):
-        if storage == 0:
+        if storage in (0, 4):
             return referred(word(address + kOwn), index, budget)
         kind = {1: 4, 2: 7}.get(storage)
         kind = word(bits + 8 * count + index, 1) if kind is None else kind

@@ -97,6 +97,7 @@
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/ArrayConveniences.h>
+#include <TQFoundation/objects/ChangeWatch.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Data.h>
 #include <TQFoundation/objects/Date.h>

@@ -32,11 +32,11 @@ void requireObject(const Ref<Object>& object) {
 }  // namespace
 
 Array::~Array() {
-  if (storage() == Storage::objects) {
+  if (isPacked()) {
+    delete[] elements_.load(std::memory_order_relaxed);  // the boxes
+  } else {
     const std::span<Ref<Object>> held = slots();
     std::destroy(held.begin(), held.end());
-  } else if (const Ref<Object>* boxes = elements_.load(std::memory_order_relaxed)) {
-    delete[] boxes;
   }
 }
 
@@ -169,6 +169,7 @@ Ref<MutableArray> MutableArray::arrayWithArray(const Array& array) {
 void MutableArray::changed() noexcept {
   elements_.store(objects_.data(), std::memory_order_relaxed);
   count_ = objects_.size();
+  ++changes_;
 }
 
 void MutableArray::addObject(Ref<Object> object) {
@@ -197,6 +198,7 @@ void MutableArray::replaceObjectAtIndex(std::size_t index, Ref<Object> withObjec
   if (index >= count_) raiseRange(index, count_);
   requireObject(withObject);
   std::swap(objects_[index], withObject);
+  ++changes_;
 }
 
 void MutableArray::removeAllObjects() noexcept {

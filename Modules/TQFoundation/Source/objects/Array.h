@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/ChangeWatch.h>
 #include <TQFoundation/objects/Class.h>
 #include <TQFoundation/objects/Number.h>
 
@@ -35,8 +36,9 @@ using ArrayPredicate = std::function<bool(Object&)>;
 /// Threads: any, also while elements are boxed. MutableArray: one at a time.
 class TQ_EXPORT Array : public Subclass<Array> {
  protected:
-  /// How elements are stored: as objects, as numbers of one kind, or as numbers of several kinds.
-  enum class Storage : std::uint8_t { objects, integers, doubles, numbers };
+  /// How elements are stored: as objects, as numbers of one kind, as numbers of several kinds, or
+  /// as the objects of a MutableArray.
+  enum class Storage : std::uint8_t { objects, integers, doubles, numbers, growing };
 
  public:
   static constexpr std::string_view className = "Array";
@@ -111,7 +113,9 @@ class TQ_EXPORT Array : public Subclass<Array> {
   [[nodiscard]] Iterator end() const { return Iterator(elements() + count_); }
 
   /// True if the elements are stored as numbers.
-  [[nodiscard]] bool isPacked() const noexcept { return storage() != Storage::objects; }
+  [[nodiscard]] bool isPacked() const noexcept {
+    return storage() != Storage::objects && storage() != Storage::growing;
+  }
 
   /// Returns an element of a packed array without boxing it. The array must be packed and index <
   /// count().
@@ -172,6 +176,7 @@ class TQ_EXPORT Array : public Subclass<Array> {
 
  private:
   friend struct detail::Construction;
+  friend class detail::ChangeWatch;
 
   /// A fixed array of `count` null elements. The creator must fill all of them.
   [[nodiscard]] static Ref<Array> makeUnfilled(std::size_t count);
@@ -185,6 +190,8 @@ class TQ_EXPORT Array : public Subclass<Array> {
     return reinterpret_cast<NumberKind*>(packedBits() + count_);
   }
   const Ref<Object>* box() const;
+  /// The number of changes so far; null for a fixed array.
+  [[nodiscard]] const std::uint64_t* changes() const noexcept;
 };
 
 /// A growable array. Threads: one at a time. It must not change during iteration.
@@ -218,10 +225,21 @@ class TQ_EXPORT MutableArray final : public Subclass<MutableArray, Array> {
   [[nodiscard]] Ref<Object> copy() const override;
 
  private:
-  MutableArray() noexcept : Subclass(Storage::objects) {}
+  friend class Array;
+
+  MutableArray() noexcept : Subclass(Storage::growing) {}
   void changed() noexcept;
 
   std::vector<Ref<Object>> objects_;
+  std::uint64_t changes_ = 0;
 };
+
+inline const std::uint64_t* Array::changes() const noexcept {
+  return storage() == Storage::growing ? &static_cast<const MutableArray*>(this)->changes_
+                                       : nullptr;
+}
+
+inline detail::ChangeWatch::ChangeWatch(const Array& array) noexcept
+    : ChangeWatch(array.changes()) {}
 
 }  // namespace tq

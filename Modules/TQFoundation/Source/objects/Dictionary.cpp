@@ -15,8 +15,12 @@ namespace tq {
 
 using detail::DictionaryKeys;
 
-Dictionary::Dictionary(Ref<DictionaryKeys> keys) noexcept
-    : Subclass(ObjectKind::dictionary), keys_(std::move(keys)) {}
+void detail::ChangeWatch::raise() {
+  throw Exception(GenericException, "A dictionary was changed while it was iterated.");
+}
+
+Dictionary::Dictionary(Ref<DictionaryKeys> keys, bool isGrowing) noexcept
+    : Subclass(ObjectKind::dictionary, std::uint8_t{isGrowing}), keys_(std::move(keys)) {}
 
 Dictionary::~Dictionary() {
   const std::span<Ref<Object>> held = slots();
@@ -103,7 +107,7 @@ std::string Dictionary::description() const {
   return text.finish("}");
 }
 
-MutableDictionary::MutableDictionary() : Subclass(makeRef<DictionaryKeys>()) {}
+MutableDictionary::MutableDictionary() : Subclass(makeRef<DictionaryKeys>(), true) {}
 
 Ref<MutableDictionary> MutableDictionary::dictionary() {
   return Ref<MutableDictionary>::adopt(new MutableDictionary);
@@ -129,10 +133,12 @@ void MutableDictionary::setObject(Ref<Object> value, Ref<Object> forKey) {
   }
   if (index) {
     std::swap(held_[*index], value);
+    ++changes_;
     return;
   }
   detail::makeRoom(held_, 1);
   values_ = held_.data();
+  ++changes_;  // the values may have moved, even if the next line throws
   keys_->append(std::move(forKey));
   held_.push_back(std::move(value));
 }
@@ -147,6 +153,7 @@ void MutableDictionary::removeObjectForKey(const Object& key) {
   const auto at = held_.begin() + static_cast<std::ptrdiff_t>(*index);
   const Ref<Object> removed = std::move(*at);  // released last: its destructor may call this
   held_.erase(at);
+  ++changes_;
   keys_->removeAt(*index);
 }
 
@@ -156,6 +163,7 @@ void MutableDictionary::removeAllObjects() {
   held_.clear();
   keys_ = std::move(noKeys);
   values_ = held_.data();
+  ++changes_;
 }
 
 Ref<Object> MutableDictionary::copy() const {

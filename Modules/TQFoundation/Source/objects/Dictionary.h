@@ -4,6 +4,7 @@
 /// Dictionaries, fixed and growable, in insertion order.
 
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <iterator>
 #include <span>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include <TQFoundation/base/TQExport.h>
+#include <TQFoundation/objects/ChangeWatch.h>
 #include <TQFoundation/objects/Class.h>
 
 namespace tq {
@@ -40,7 +42,8 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     Object& value;  ///< never null
   };
 
-  /// Iterates over the entries in their order.
+  /// Iterates over the entries in their order. An entry must not be used after a change of the
+  /// dictionary.
   class Iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -49,18 +52,30 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
     using reference = Entry;
 
     Iterator() noexcept = default;
-    /// Points to a key and its value.
-    Iterator(const Ref<Object>* key, const Ref<Object>* value) noexcept
-        : key_(key), value_(value) {}
+    /// Points to a key and its value. `watch` is that of their dictionary.
+    Iterator(const Ref<Object>* key, const Ref<Object>* value,
+             detail::ChangeWatch watch = {}) noexcept
+        : key_(key), value_(value), watch_(watch) {}
 
     reference operator*() const noexcept { return {**key_, **value_}; }
-    Iterator& operator++() noexcept { return ++key_, ++value_, *this; }
-    Iterator operator++(int) noexcept { return {key_++, value_++}; }
-    friend bool operator==(Iterator a, Iterator b) noexcept { return a.key_ == b.key_; }
+    /// @throws Exception (GenericException) if the dictionary has changed since begin()
+    Iterator& operator++() {
+      watch_.requireUnchanged();
+      return ++key_, ++value_, *this;
+    }
+    Iterator operator++(int) {
+      const Iterator before = *this;
+      ++*this;
+      return before;
+    }
+    friend bool operator==(const Iterator& a, const Iterator& b) noexcept {
+      return a.key_ == b.key_;
+    }
 
    private:
     const Ref<Object>* key_ = nullptr;
     const Ref<Object>* value_ = nullptr;
+    detail::ChangeWatch watch_;
   };
 
   /// Returns an empty dictionary.
@@ -85,7 +100,9 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
   /// the dictionary exists and is not changed.
   [[nodiscard]] std::span<const Ref<Object>> keys() const noexcept;
   [[nodiscard]] std::span<const Ref<Object>> values() const noexcept { return {values_, count()}; }
-  [[nodiscard]] Iterator begin() const noexcept { return {keys().data(), values_}; }
+  [[nodiscard]] Iterator begin() const noexcept {
+    return {keys().data(), values_, detail::ChangeWatch(*this)};
+  }
   [[nodiscard]] Iterator end() const noexcept {
     return {keys().data() + count(), values_ + count()};
   }
@@ -100,7 +117,7 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
 
  protected:
   /// A dictionary that its creator fills.
-  explicit Dictionary(Ref<detail::DictionaryKeys> keys) noexcept;
+  explicit Dictionary(Ref<detail::DictionaryKeys> keys, bool isGrowing = false) noexcept;
 
   /// The keys, which dictionaries of one archive may share.
   Ref<detail::DictionaryKeys> keys_;
@@ -109,14 +126,18 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
 
  private:
   friend struct detail::Construction;
+  friend class detail::ChangeWatch;
   friend class MutableDictionary;
 
   /// A fixed dictionary of these keys with null values. The creator must fill all of them.
   [[nodiscard]] static Ref<Dictionary> makeUnfilled(Ref<detail::DictionaryKeys> keys);
   [[nodiscard]] std::span<Ref<Object>> slots() noexcept;
+  /// The number of changes so far; null for a fixed dictionary.
+  [[nodiscard]] const std::uint64_t* changes() const noexcept;
 };
 
-/// A growable dictionary. Threads: one at a time. It must not change during iteration.
+/// A growable dictionary. Threads: one at a time. If it changes during iteration, also by a new
+/// value for a key, the next step of the iterator throws an Exception (GenericException).
 class TQ_EXPORT MutableDictionary final : public Subclass<MutableDictionary, Dictionary> {
  public:
   static constexpr std::string_view className = "MutableDictionary";
@@ -141,9 +162,20 @@ class TQ_EXPORT MutableDictionary final : public Subclass<MutableDictionary, Dic
   [[nodiscard]] Ref<Object> copy() const override;
 
  private:
+  friend class Dictionary;
+
   MutableDictionary();
 
   std::vector<Ref<Object>> held_;
+  std::uint64_t changes_ = 0;
 };
+
+inline const std::uint64_t* Dictionary::changes() const noexcept {
+  const bool isGrowing = headerDetail() != 0;
+  return isGrowing ? &static_cast<const MutableDictionary*>(this)->changes_ : nullptr;
+}
+
+inline detail::ChangeWatch::ChangeWatch(const Dictionary& dictionary) noexcept
+    : ChangeWatch(dictionary.changes()) {}
 
 }  // namespace tq

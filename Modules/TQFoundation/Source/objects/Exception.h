@@ -14,6 +14,7 @@ namespace tq {
 /// Names of the library's exceptions.
 inline constexpr const char* InvalidArgumentException = "NSInvalidArgumentException";
 inline constexpr const char* RangeException = "NSRangeException";
+inline constexpr const char* GenericException = "NSGenericException";
 
 /// An exception with a name for programs and a reason for people.
 class TQ_EXPORT Exception : public std::exception {

@@ -1,6 +1,7 @@
 tq_room(objects
   Array.cpp Array.h
   ArrayConveniences.cpp ArrayConveniences.h
+  ChangeWatch.h
   Class.cpp Class.h
   Data.cpp Data.h
   Date.cpp Date.h

@@ -25,8 +25,8 @@ struct ReadingLimits {
   /// Values of a JSON text: containers, strings (each key too), numbers, true, false and null. For
   /// a keyed archive: entries of its table of objects.
   std::uint64_t values = std::numeric_limits<std::uint64_t>::max();
-  /// Nested containers; values below 1 and above 512 have no effect. For a JSON text that is too
-  /// deep, the error is the parser's.
+  /// Nested containers; values below 1 and above 512 are taken as 1 and 512. For a JSON text that
+  /// is too deep, the error is the parser's.
   int depth = 512;
   /// A keyed archive can refer to an object many times, and code that follows the references, such
   /// as an encoder, visits the object each time. This is the largest number of values, and of bytes

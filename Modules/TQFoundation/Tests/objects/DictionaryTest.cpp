@@ -91,6 +91,31 @@ TEST(Dictionary, StaysCompleteWhenAKeyThrowsOrChangesIt) {
   }
 }
 
+TEST(Dictionary, RaisesWhenItChangesDuringIteration) {
+  using Change = void (*)(MutableDictionary&);
+  const std::pair<Change, bool> changes[] = {
+      {[](MutableDictionary& d) { d.setObject(number(3), "c"); }, true},
+      {[](MutableDictionary& d) { d.setObject(number(3), "b"); }, true},
+      {[](MutableDictionary& d) { d.removeObjectForKey(*String::of("b")); }, true},
+      {[](MutableDictionary& d) { d.removeAllObjects(); }, true},
+      {[](MutableDictionary& d) { d.removeObjectForKey(*String::of("absent")); }, false},
+  };
+  for (const auto& [change, raises] : changes) {
+    const Ref<MutableDictionary> dictionary = MutableDictionary::dictionary();
+    dictionary->setObject(number(1), "a");
+    dictionary->setObject(number(2), "b");
+    std::string raised;
+    try {
+      for (const auto entry : *dictionary) {
+        if (entry.value.isEqual(*number(1))) change(*dictionary);
+      }
+    } catch (const Exception& exception) {
+      raised = exception.name();
+    }
+    EXPECT_EQ(raised, raises ? "NSGenericException" : "");
+  }
+}
+
 TEST(Dictionary, IsEqualInAnyOrder) {
   const Ref<Dictionary> a = Dictionary::dictionaryWithEntries({{"x", number(1)}, {"y", number(2)}});
   const Ref<Dictionary> b =
