@@ -72,6 +72,7 @@ tq_room(platform
   threads/detail/FifoLock.h
   INTERNAL
   archive/PropertyList.cpp archive/PropertyList.h
+  archive/WriteOnlyClass.cpp archive/WriteOnlyClass.h
   bytes/lzfse/BlockDecoder.cpp bytes/lzfse/BlockDecoder.h
   bytes/lzfse/BlockEncoder.cpp bytes/lzfse/BlockEncoder.h
   bytes/lzfse/BlockHeader.cpp bytes/lzfse/BlockHeader.h

@@ -7,6 +7,7 @@
 
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/UTF.h>
+#include <TQFoundation/platform/archive/WriteOnlyClass.h>
 #include <TQFoundation/platform/archive/detail/KeyedArchiveFormat.h>
 #include <TQFoundation/platform/archive/detail/KeyedRecords.h>
 #include <TQFoundation/platform/archive/detail/KeyedWriter.h>
@@ -16,6 +17,20 @@ namespace tq {
 using namespace detail::keyed;  // NOLINT: the format's vocabulary
 
 namespace {
+
+/// Logs a class whose records KeyedUnarchiver cannot read.
+void noteWritten(const Class& record) {
+  const Class* const found = Class::classNamed(record.codingName());
+  if (found == nullptr) {
+    detail::logWriteOnly(
+        record, "no class is registered under the name " + std::string(record.codingName()));
+  } else if (found != &record) {
+    detail::logWriteOnly(
+        record, "another class is registered under the name " + std::string(record.codingName()));
+  } else if (!record.supportsKeyedCoding() && valueRecordOf(record) == nullptr) {
+    detail::logWriteOnly(record, "the class has no initWithCoder");
+  }
+}
 
 using Node = detail::BinaryPropertyListWriter::Node;
 using UID = std::uint64_t;
@@ -66,6 +81,7 @@ Node KeyedArchiver::Writer::keyNode(std::string_view key) {
 UID KeyedArchiver::Writer::classUID(const Class& record) {
   const auto [entry, isNew] = classes_.try_emplace(&record, 0);
   if (!isNew) return entry->second;
+  noteWritten(record);
   std::vector<Node> names;
   for (const Class* c = &record; c->parent() != nullptr; c = c->parent()) {
     names.push_back(keyNode(c->codingName()));
@@ -167,7 +183,7 @@ void KeyedArchiver::Writer::putText(std::string_view key, std::string_view text,
 }
 
 void KeyedArchiver::Writer::putElements(std::string_view key, std::span<const Ref<Object>> objects,
-                                        bool compared) {
+                                        bool compared, detail::ChangeWatch container) {
   std::vector<Node> elements;
   elements.reserve(objects.size());
   for (const Ref<Object>& object : objects) {
@@ -175,6 +191,7 @@ void KeyedArchiver::Writer::putElements(std::string_view key, std::span<const Re
       refuse("A container that is a key of a dictionary or a member of a set cannot be archived.");
     }
     elements.push_back(reference(encode(*object)));
+    if (container.hasChanged()) refuse("A container was changed while it was archived.");
   }
   put(key, list.array(elements));
 }

@@ -24,7 +24,7 @@ struct ValueRecord;
 /// Dictionary, MutableDictionary, Set, Null, Date, Value, Error, UUID and URL, in the platform's
 /// own records. Boxed structures that the platform refuses have a record defined by this library.
 /// Objects of a class with `encodeWithCoder` and `initWithCoder` are written and read by these
-/// functions.
+/// functions. A class that is not registered is logged, once.
 ///
 /// - An object is written once, and so is each number value. A number is read back as a boolean, a
 ///   64-bit integer, a float or a double that is equal to it.
@@ -35,6 +35,8 @@ struct ValueRecord;
 ///   and is refused.
 /// - A container must not be the key of a dictionary or the member of a set: comparing containers
 ///   from outside can take unlimited time.
+/// - encodeWithCoder must not change an array or a dictionary that is being written: the archive
+///   fails.
 /// - KeyedUnarchiver reads every archive with sufficient ReadingLimits. Its default refuses a graph
 ///   that would be more than 256 times as long without sharing, such as an array of 300 references
 ///   to one large Data.
@@ -48,8 +50,9 @@ class TQ_EXPORT KeyedArchiver {
   /// Returns the archive of `object`, with the key "root".
   /// @throws Exception (InvalidArgumentException) for an unsupported object (see
   ///         supportsKeyedCoding()), a graph deeper than kMaximumDepth, a cycle of containers
-  ///         alone, text that is not UTF-8 where the format requires text, and a URL that cannot be
-  ///         made from its own text. Exceptions from encodeWithCoder pass through.
+  ///         alone, a container that changes while it is written, text that is not UTF-8 where the
+  ///         format requires text, and a URL that cannot be made from its own text. Exceptions from
+  ///         encodeWithCoder pass through.
   [[nodiscard]] static Ref<Data> archivedDataWithRootObject(const Object& object);
 
   /// Returns true if the object's class is supported. Objects in a container are not checked.

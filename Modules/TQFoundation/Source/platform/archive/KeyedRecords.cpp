@@ -69,7 +69,9 @@ Ref<Object> readMutableData(Reader& reader) {
 
 void writeArray(Writer& writer, const Object& object) {
   const auto& array = static_cast<const Array&>(object);
-  if (!array.isPacked()) return writer.putElements(kElements, array.objects(), false);
+  if (!array.isPacked()) {
+    return writer.putElements(kElements, array.objects(), false, ChangeWatch(array));
+  }
   std::vector<NumberValue> numbers(array.count());
   for (std::size_t i = 0; i < numbers.size(); ++i) numbers[i] = array.numberAtIndex(i);
   writer.putNumbers(kElements, numbers);
@@ -77,10 +79,11 @@ void writeArray(Writer& writer, const Object& object) {
 
 void writeDictionary(Writer& writer, const Object& object) {
   const auto& dictionary = static_cast<const Dictionary&>(object);
+  const ChangeWatch watch(dictionary);
   writer.allowReferencesBack(false);
-  writer.putElements(kKeys, dictionary.keys(), true);
+  writer.putElements(kKeys, dictionary.keys(), true, watch);
   writer.allowReferencesBack(true);
-  writer.putElements(kElements, dictionary.values(), false);
+  writer.putElements(kElements, dictionary.values(), false, watch);
 }
 
 void writeSet(Writer& writer, const Object& set) {

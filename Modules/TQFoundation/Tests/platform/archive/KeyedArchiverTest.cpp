@@ -199,6 +199,45 @@ TEST(KeyedArchiver, RefusesUnsupportedObjectsWithAReason) {
   cycle->removeAllObjects();
 }
 
+/// Changes the container that it is in while it is written.
+struct Meddling final : Subclass<Meddling> {
+  static constexpr std::string_view className = "Meddling";
+  void encodeWithCoder(KeyedArchiver&) const {
+    if (const auto act = change) act();
+  }
+  bool initWithCoder(KeyedUnarchiver&) { return true; }
+  std::function<void()> change;
+};
+
+TEST(KeyedArchiver, RefusesAContainerThatChangesMeanwhile) {
+  Class::registerClass<Meddling>();
+  const Ref<MutableArray> array = MutableArray::array();
+  const Ref<MutableDictionary> entries = MutableDictionary::dictionary();
+  const std::function<void()> changes[] = {
+      [&] { array->removeAllObjects(), entries->removeAllObjects(); },
+      [&] {
+        array->removeObjectAtIndex(0), array->addObject(text("new"));
+        entries->removeObjectForKey(*text("b")), entries->setObject(text("new"), "new");
+      },
+      [&] { array->replaceObjectAtIndex(1, text("new")), entries->setObject(text("new"), "b"); },
+  };
+  for (const auto& change : changes) {
+    for (const char* form : {"element", "key", "value"}) {
+      array->removeAllObjects();
+      entries->removeAllObjects();
+      const auto host = makeRef<Meddling>();
+      host->change = change;
+      array->addObject(host);
+      array->addObject(text("b"));
+      const bool isKey = form == std::string_view("key");
+      entries->setObject(host, isKey ? Ref<Object>(host) : text("a"));
+      entries->setObject(text("x"), "b");
+      const Object& archived = form[0] == 'e' ? static_cast<Object&>(*array) : *entries;
+      EXPECT_NE(reasonForRefusing(archived).find("was changed"), std::string::npos) << form;
+    }
+  }
+}
+
 /// Throws a number while it is written or read.
 struct Thrower final : Subclass<Thrower> {
   static constexpr std::string_view className = "Thrower";

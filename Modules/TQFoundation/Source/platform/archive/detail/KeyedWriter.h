@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/objects/ChangeWatch.h>
 #include <TQFoundation/objects/Hash.h>
 #include <TQFoundation/objects/Number.h>
 #include <TQFoundation/platform/archive/KeyedArchiver.h>
@@ -48,9 +49,11 @@ class KeyedArchiver::Writer {
   /// string.
   /// @param what  names the text in the exception for one that is not UTF-8
   void putText(std::string_view key, std::string_view text, std::string_view what);
-  /// Adds an array of objects.
+  /// Adds an array of the objects of a container, which the hosts among them may change and so make
+  /// it fail.
   /// @param compared  whether a reader compares them: keys, and members of sets
-  void putElements(std::string_view key, std::span<const Ref<Object>> objects, bool compared);
+  void putElements(std::string_view key, std::span<const Ref<Object>> objects, bool compared,
+                   detail::ChangeWatch container = {});
   void putNumbers(std::string_view key, std::span<const NumberValue> numbers);
 
   /// Whether the objects that the record refers to may refer back to the object being written.
