@@ -4,6 +4,7 @@
 /// Class records: the names and capabilities of a type, found at compile time.
 
 #include <concepts>
+#include <cstddef>
 #include <string_view>
 #include <type_traits>
 
@@ -118,11 +119,22 @@ class TQ_EXPORT Class {
   /// True for the value classes of the library, which archives may name without registration.
   [[nodiscard]] bool isLibraryClass() const noexcept;
 
-  /// True if archives can hold the name: it is not empty, and has no quotation mark, backslash or
-  /// control character.
+  /// True if archives can hold the name: it is well-formed UTF-8, not empty, and has no quotation
+  /// mark, backslash or control character.
   [[nodiscard]] static constexpr bool isPlainName(std::string_view name) noexcept {
-    for (const char c : name) {
-      if (c == '"' || c == '\\' || (c >= 0 && c < ' ')) return false;
+    for (std::size_t i = 0; i < name.size();) {
+      const unsigned lead = static_cast<unsigned char>(name[i]);
+      if (lead == '"' || lead == '\\' || lead < ' ') return false;
+      const std::size_t count = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+      if (count > name.size() - i || (lead >= 0x80 && lead < 0xC2) || lead > 0xF4) return false;
+      for (std::size_t j = 1; j < count; ++j) {
+        const unsigned byte = static_cast<unsigned char>(name[i + j]);
+        // The second byte excludes long forms, surrogates and values above U+10FFFF.
+        const unsigned least = j > 1 ? 0x80 : lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+        const unsigned most = j > 1 ? 0xBF : lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+        if (byte < least || byte > most) return false;
+      }
+      i += count;
     }
     return !name.empty();
   }

@@ -44,11 +44,14 @@ void encodeBase64Record(std::string_view key, std::span<const std::byte> bytes,
   encoder.write("\"}");
 }
 
-/// Must hold after each call of the host while a container is being written.
-void requireUnchanged(bool isUnchanged) {
-  if (!isUnchanged) {
-    throw Exception(InvalidArgumentException, "A container was changed while it was encoded.");
-  }
+[[noreturn]] void raiseChanged() {
+  throw Exception(InvalidArgumentException, "A container was changed while it was encoded.");
+}
+
+/// To be called after each call of the host while a container is being written.
+inline void requireUnchanged(ChangeWatch container) {
+  if (container.hasChanged()) [[unlikely]]
+    raiseChanged();
 }
 
 // MARK: strings, numbers, null
@@ -57,13 +60,12 @@ void encodeAtomOrArchive(const Object& object, TQJSONEncoder& encoder) {
   if (!encodeAtom(object, encoder)) encodeKeyedArchive(object, encoder);
 }
 
-/// An ill-formed string is written as a keyed archive, which is not a valid key. The error discards
-/// the text.
+/// An ill-formed string would be a keyed archive, which is not a valid key.
 void encodeStringKey(const Object& object, TQJSONEncoder& encoder) {
+  if (!encodeAtom(object, encoder)) return refuseAsKey(object, encoder);
+  // Last, because the sink of the log is the host's and may release the key.
   const std::string_view key = static_cast<const String&>(object).view();
   if (isReservedKey(key)) logReservedKey(key);
-  encoder.encodeObject(object);
-  if (!static_cast<const String&>(object).isWellFormed()) refuseAsKey(object, encoder);
 }
 
 void encodeNumberKey(const Object& object, TQJSONEncoder& encoder) {
@@ -133,6 +135,7 @@ void finishArray(const Object&, TQJSONEncoder& encoder) { encoder.write("]"); }
 void encodeArray(const Object& object, TQJSONEncoder& encoder) {
   const auto& array = static_cast<const Array&>(object);
   startEncodingObject(array, encoder);
+  const ChangeWatch watch(array);
   const std::size_t count = array.count();
   for (std::size_t i = 0; i < count; ++i) {
     if (i != 0) encoder.write(",");
@@ -140,7 +143,7 @@ void encodeArray(const Object& object, TQJSONEncoder& encoder) {
       encoder.encodeNumber(array.numberAtIndex(i));
     } else {
       encoder.encodeObject(array.objectAtIndex(i));
-      requireUnchanged(array.count() == count);
+      requireUnchanged(watch);
     }
   }
   finishEncodingObject(array, encoder);
@@ -148,18 +151,27 @@ void encodeArray(const Object& object, TQJSONEncoder& encoder) {
 
 // MARK: dictionaries
 
+/// The key of a host may change the dictionary that holds it.
+void encodeHostsKey(Ref<const Object> key, TQJSONEncoder& encoder) { encodeAsKey(*key, encoder); }
+
 void encodeDictionary(const Object& object, TQJSONEncoder& encoder) {
   const auto& dictionary = static_cast<const Dictionary&>(object);
+  const ChangeWatch watch(dictionary);
   const std::span<const Ref<Object>> keys = dictionary.keys();
   const std::span<const Ref<Object>> values = dictionary.values();
   for (std::size_t i = 0; i < keys.size(); ++i) {
     encoder.write(i == 0 ? "{" : ",");
-    encodeAsKey(*keys[i], encoder);
+    const ObjectKind kind = keys[i]->kind();
+    if (kind == ObjectKind::string || kind == ObjectKind::number) {
+      encodeAsKey(*keys[i], encoder);
+    } else {
+      encodeHostsKey(keys[i], encoder);
+    }
+    requireUnchanged(watch);
     encoder.write(":");
     if (encodeAtom(*values[i], encoder)) continue;
     encoder.encodeObject(values[i]);
-    requireUnchanged(dictionary.count() == keys.size() && dictionary.keys().data() == keys.data() &&
-                     dictionary.values().data() == values.data());
+    requireUnchanged(watch);
   }
   encoder.write(keys.empty() ? "{}" : "}");
 }

@@ -1,9 +1,18 @@
 #include <TQFoundation/serialisation/TQJSONDataEncoder.h>
 
 #include <algorithm>
+#include <new>
+#include <string>
 #include <utility>
 
+#include <TQFoundation/objects/Exception.h>
+
 namespace tq {
+namespace {
+
+constexpr std::string_view kChanged = "The buffer was changed while an archive was written to it.";
+
+}  // namespace
 
 Ref<TQJSONDataEncoder> TQJSONDataEncoder::initWithData(Ref<MutableData> data) {
   return makeRef<TQJSONDataEncoder>(std::move(data));
@@ -13,58 +22,67 @@ TQJSONDataEncoder::TQJSONDataEncoder(Ref<MutableData> data) : data_(std::move(da
   if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
 }
 
-/// Commits the written text to the buffer, also when an exception ends the encoding.
-class TQJSONDataEncoder::Window {
- public:
-  explicit Window(TQJSONDataEncoder& encoder) : encoder_(encoder) { encoder_.openWindow(0); }
-  ~Window() { encoder_.closeWindow(); }
-  Window(const Window&) = delete;
-  Window& operator=(const Window&) = delete;
-
- private:
-  TQJSONDataEncoder& encoder_;
-};
-
-/// The host may have shortened the buffer.
-std::uint64_t TQJSONDataEncoder::archiveLength() const noexcept {
-  return data_->length() - std::min(first_, data_->length());
+void TQJSONDataEncoder::setData(Ref<MutableData> data) {
+  if (isOpen_) return setError(TQJSONEncoderError, 0, kChanged);
+  data_ = std::move(data);
 }
 
-// An open window belongs to an enclosing encoding. Its text is committed first.
-void TQJSONDataEncoder::openWindow(std::size_t room) {
-  closeWindow();
-  const std::span<std::byte> spare = data_->spareRoom(room);
-  auto* begin = reinterpret_cast<char*>(spare.data());
-  const std::uint64_t allowed = longestArchive() - std::min(longestArchive(), archiveLength());
-  lendWindow(begin, begin + std::min<std::uint64_t>(spare.size(), allowed));
-  isOpen_ = true;
+// The host can change or reallocate the buffer at any time, so the window is memory of the sink's
+// own. Without memory for it, text is only slower.
+void TQJSONDataEncoder::openWindow() noexcept {
+  const std::uint64_t allowed = longestArchive() - std::min(longestArchive(), written_);
+  const std::size_t size = piece_ ? kPieceSize : 0;
+  lendWindow(piece_.get(), piece_.get() + std::min<std::uint64_t>(size, allowed));
 }
 
-void TQJSONDataEncoder::closeWindow() noexcept {
+void TQJSONDataEncoder::append(std::span<const std::byte> text) {
+  if (isOpen_ && data_->length() != end_) {
+    throw Exception(InvalidArgumentException, std::string(kChanged));
+  }
+  data_->append(text);
+  end_ = data_->length();
+  written_ += text.size();
+}
+
+void TQJSONDataEncoder::flush() {
   if (!isOpen_) return;
-  const auto* begin = reinterpret_cast<const char*>(data_->bytes().data() + data_->length());
-  data_->commit(static_cast<std::size_t>(windowCursor() - begin));
-  lendWindow(nullptr, nullptr);
-  isOpen_ = false;
+  append(std::as_bytes(std::span<const char>(piece_.get(), windowCursor())));
+  openWindow();
 }
 
 bool TQJSONDataEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   if (!data_) setError(TQJSONDataEncoderError, 0, "Invalid output");
-  if (this->error()) return TQJSONEncoder::encodeRootObject(object, error);
+  if (isUsed() || this->error()) return TQJSONEncoder::encodeRootObject(object, error);
   const auto self = share(*this);  // objects that are encoded may release it
-  if (!isOpen_) first_ = data_->length();
-  const Window window(*this);
-  return TQJSONEncoder::encodeRootObject(object, error);
+  piece_.reset(new (std::nothrow) char[kPieceSize]);
+  end_ = data_->length();
+  isOpen_ = true;
+  openWindow();
+  const bool encoded = TQJSONEncoder::encodeRootObject(object, error);
+  try {
+    flush();
+  } catch (...) {
+    recordException(TQJSONEncoderError, 0);
+  }
+  isOpen_ = false;
+  lendWindow(nullptr, nullptr);
+  piece_.reset();
+  if (!this->error()) return encoded;
+  setOutError(error, this->error());
+  return false;
 }
 
 void TQJSONDataEncoder::writeData(const void* bytes, std::size_t length) {
   if (!data_) return;
-  const std::span added(static_cast<const std::byte*>(bytes), length);
-  const bool wasOpen = isOpen_;
-  closeWindow();
-  requireLength(archiveLength() + length);
-  data_->append(added);
-  if (wasOpen) openWindow(0);
+  try {
+    flush();
+    requireLength(written_ + length);
+    append({static_cast<const std::byte*>(bytes), length});
+    if (isOpen_) openWindow();
+  } catch (...) {
+    if (!error()) recordException(TQJSONEncoderError, 0);
+    throw;
+  }
 }
 
 }  // namespace tq

@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <span>
 
 #include <TQFoundation/base/TQExport.h>
 #include <TQFoundation/objects/Data.h>
@@ -12,8 +14,9 @@
 
 namespace tq {
 
-/// Appends the archive to a growable buffer. While encodeRootObject() runs, the buffer belongs to
-/// the sink: text that was written may not be visible in it yet.
+/// Appends the archive to a growable buffer, in pieces of some kilobytes. While encodeRootObject()
+/// runs, the buffer belongs to the sink: text that was written may not be visible in it yet, and
+/// what the host appends or removes, or another buffer that it sets, is error 0.
 class TQ_EXPORT TQJSONDataEncoder : public Subclass<TQJSONDataEncoder, TQJSONEncoder> {
  public:
   static constexpr std::string_view className = "TQJSONDataEncoder";
@@ -25,21 +28,24 @@ class TQ_EXPORT TQJSONDataEncoder : public Subclass<TQJSONDataEncoder, TQJSONEnc
 
   /// The buffer, or null.
   [[nodiscard]] const Ref<MutableData>& data() const noexcept { return data_; }
-  /// Must not be called while encoding. Null is the same error as above.
-  void setData(Ref<MutableData> data) noexcept { data_ = std::move(data); }
+  /// Error 0, without effect, while encoding. Null is the same error as above.
+  void setData(Ref<MutableData> data);
 
   bool encodeRootObject(LentObject object, Ref<Error>* error = nullptr) override;
   void writeData(const void* bytes, std::size_t length) final;
 
  private:
-  class Window;
-  void openWindow(std::size_t room);
-  void closeWindow() noexcept;
-  [[nodiscard]] std::uint64_t archiveLength() const noexcept;
+  static constexpr std::size_t kPieceSize = 16384;
+
+  void openWindow() noexcept;
+  void append(std::span<const std::byte> text);
+  void flush();
 
   Ref<MutableData> data_;
-  std::size_t first_ = 0;  // where the archive starts in the buffer
-  bool isOpen_ = false;    // the window is the buffer's spare capacity
+  std::unique_ptr<char[]> piece_;  // the window while encodeRootObject() runs; null: no window
+  std::size_t end_ = 0;            // the length of the buffer after the last append()
+  std::uint64_t written_ = 0;      // bytes of the archive in the buffer
+  bool isOpen_ = false;            // encodeRootObject() is running
 };
 
 }  // namespace tq

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
-#include <set>
 #include <string>
 #include <utility>
 
@@ -12,6 +10,7 @@
 #include <TQFoundation/base/ThreadCancellation.h>
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/objects/UTF.h>
+#include <TQFoundation/platform/archive/WriteOnlyClass.h>
 #include <TQFoundation/platform/files/FileServices.h>
 #include <TQFoundation/platform/json/JSONText.h>
 #include <TQFoundation/platform/log/PlainLog.h>
@@ -34,6 +33,23 @@ std::map<const Class*, std::string>& TQJSONEncoderClassMap() {
   return map;
 }
 
+/// A call of encodeRootObject() during its lifetime.
+class Encoding {
+ public:
+  explicit Encoding(bool& isEncoding)
+      : isEncoding_(isEncoding), isNested_(std::exchange(isEncoding, true)) {}
+  ~Encoding() { isEncoding_ = isNested_; }
+  Encoding(const Encoding&) = delete;
+  Encoding& operator=(const Encoding&) = delete;
+
+  /// True if an object that is being encoded made the call.
+  [[nodiscard]] bool isNested() const noexcept { return isNested_; }
+
+ private:
+  bool& isEncoding_;
+  const bool isNested_;
+};
+
 /// One level of nested containers during its lifetime.
 class Level {
  public:
@@ -52,19 +68,6 @@ class Level {
  private:
   int& depth_;
 };
-
-/// Logs, once for each class, that its objects can be written but not read.
-void logWriteOnly(const Class& written, std::string_view reason) {
-  static auto& lock = *new std::mutex;
-  static auto& logged = *new std::set<const Class*>;
-  {
-    const std::scoped_lock guard(lock);
-    if (!logged.insert(&written).second) return;
-  }
-  std::string line = "Objects of class ";
-  line.append(written.name()).append(" are archived but cannot be read back: ");
-  plainLog(line.append(reason).append(".\n"));
-}
 
 char* copyText(char* to, std::string_view text) noexcept {
   std::char_traits<char>::copy(to, text.data(), text.size());
@@ -88,29 +91,39 @@ char* writePair17(char* to, double a, double b) noexcept {
 
 bool TQJSONEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   const auto self = share(*this);  // objects that are encoded may release it
-  if (depth_ == 0 && std::exchange(isUsed_, true)) {
+  const Encoding encoding(isEncoding_);
+  if (!encoding.isNested() && std::exchange(isUsed_, true)) {
     setError(TQJSONEncoderError, 0, "The encoder has been used before. It writes one archive.");
   }
   if (!error_) {
     try {
       encodeObject(object);
-    } catch (const ThreadCancellation&) {
-      throw;  // thread cancellation
-    } catch (const std::exception& exception) {
-      setError(TQJSONEncoderError, 0, exception.what());
     } catch (...) {
-      setError(TQJSONEncoderError, 0, "unknown exception");
+      recordException(TQJSONEncoderError, 0);
     }
   }
   if (error_) setOutError(error, error_);
   return !error_;
 }
 
-void TQJSONEncoder::requireLength(std::uint64_t byteCount) const {
+void TQJSONEncoder::recordException(std::string_view domain, std::int64_t code) {
+  try {
+    throw;
+  } catch (const ThreadCancellation&) {
+    throw;  // thread cancellation
+  } catch (const std::exception& exception) {
+    setError(domain, code, exception.what());
+  } catch (...) {
+    setError(domain, code, "unknown exception");
+  }
+}
+
+void TQJSONEncoder::requireLength(std::uint64_t byteCount) {
   if (byteCount <= longestArchive_) return;
-  throw Exception(RangeException, "The archive would be longer than " +
-                                      std::to_string(longestArchive_) +
-                                      " bytes. Objects that are shared are written each time.");
+  const std::string reason = "The archive would be longer than " + std::to_string(longestArchive_) +
+                             " bytes. Objects that are shared are written each time.";
+  setError(TQJSONEncoderError, 0, std::string_view(reason));
+  throw Exception(RangeException, reason);
 }
 
 void TQJSONEncoder::setError(Ref<Error> error) {
@@ -142,6 +155,17 @@ void TQJSONEncoder::encodeObject(LentObject lent) {
   const Object* object = lent.get();
   if (object == nullptr || detail::encodeAtom(*object, *this)) return;
   const Ref<const Object> kept(object);  // the host may release all other references
+  try {
+    encodeByClass(*object);
+  } catch (...) {
+    // Part of the text is missing. A host that catches this cannot repair it.
+    if (!error_) recordException(TQJSONEncoderError, 0);
+    throw;
+  }
+}
+
+void TQJSONEncoder::encodeByClass(const Object& original) {
+  const Object* object = &original;
   Ref<Object> replacement;
   if (const auto replace = object->objectClass().json().replacementObject) {
     replacement = replace(*object, *this);
@@ -149,9 +173,7 @@ void TQJSONEncoder::encodeObject(LentObject lent) {
     if (replacement) object = replacement.get();
   }
   const Level level(depth_);
-  const Class& written = object->objectClass();
-  if (const auto encodeAsJSON = written.json().encodeAsJSON) {
-    if (lastWritten_ != &written) noteWritten(written);
+  if (const auto encodeAsJSON = object->objectClass().json().encodeAsJSON) {
     startEncodingObject(*object, *this);
     encodeAsJSON(*object, *this);
     finishEncodingObject(*object, *this);
@@ -160,17 +182,21 @@ void TQJSONEncoder::encodeObject(LentObject lent) {
   }
 }
 
-void TQJSONEncoder::noteWritten(const Class& written) {
-  lastWritten_ = &written;
-  if (std::ranges::find(written_, &written) != written_.end()) return;
-  written_.push_back(&written);
-  const Class& coding = written.classForCoder();
-  const std::string name(archiveNameOf(coding));
-  if (coding.json().initWithJSONDecoder == nullptr) {
-    logWriteOnly(written, "there is no public constructor " + std::string(written.name()) +
-                              "(tq::TQJSONDecoder&)");
-  } else if (TQJSONDecoder::init()->classFromClassName(name) == nullptr) {
-    logWriteOnly(written, "no class is registered under the name " + name);
+/// Logs a class whose objects the decoder cannot read under `name`. The host may have set another
+/// class for a name on purpose (see TQJSONDecoder::setClass); a class that is only registered under
+/// it is found by mistake.
+void TQJSONEncoder::noteWritten(const Class& coding, std::string_view name) {
+  if (std::ranges::find(written_, &coding) != written_.end()) return;
+  written_.push_back(&coding);
+  const Class* const found = TQJSONDecoder::init()->classFromClassName(name);
+  if (coding.json().initWithJSONDecoder == nullptr &&
+      detail::jsonFormOf(coding).initWithJSONDecoder == nullptr) {
+    detail::logWriteOnly(coding, "there is no public constructor " + std::string(coding.name()) +
+                                     "(tq::TQJSONDecoder&)");
+  } else if (found == nullptr) {
+    detail::logWriteOnly(coding, "no class is registered under the name " + std::string(name));
+  } else if (found != &coding && found == Class::classNamed(name)) {
+    detail::logWriteOnly(coding, "another class is registered under the name " + std::string(name));
   }
 }
 
@@ -227,7 +253,7 @@ void TQJSONEncoder::writeKey(std::string_view key, bool includeSeparator) {
     char* to = cursor_;
     if (includeSeparator) *to++ = ',';
     *to++ = '"';
-    if (detail::copyUnescaped(to, key)) {
+    if (detail::copyUnescaped(to, key) && (detail::isASCII(key) || Class::isPlainName(key))) {
       to += key.size();
       *to++ = '"';
       *to++ = ':';
@@ -238,7 +264,7 @@ void TQJSONEncoder::writeKey(std::string_view key, bool includeSeparator) {
   if (!key.empty() && !Class::isPlainName(key)) {
     setError(TQJSONEncoderError, 0,
              "The key \"" + std::string(key) +
-                 "\" has a quotation mark, a backslash or a control character.");
+                 "\" has a quotation mark, a backslash or a control character, or is not UTF-8.");
   }
   write(includeSeparator ? ",\"" : "\"");
   write(key);
@@ -316,13 +342,13 @@ void TQJSONEncoder::setAliasName(std::string_view name, const Class& forClass) {
 
 // Objects of one class often follow each other, so the last result is cached.
 std::string_view TQJSONEncoder::archiveNameOf(const Class& codingClass) {
-  if (namedClass_ != &codingClass) {
-    const auto& aliases = TQJSONEncoderClassMap();
-    const auto alias = aliases.find(&codingClass);
-    archiveName_ = alias != aliases.end() ? alias->second : codingClass.codingName();
-    namedClass_ = &codingClass;
-  }
-  return archiveName_;
+  if (namedClass_ == &codingClass) return archiveName_;
+  const auto& aliases = TQJSONEncoderClassMap();
+  const auto alias = aliases.find(&codingClass);
+  const std::string_view name = alias != aliases.end() ? alias->second : codingClass.codingName();
+  noteWritten(codingClass, name);  // may call the host, which may call this
+  namedClass_ = &codingClass;
+  return archiveName_ = name;
 }
 
 void TQJSONEncoder::initialize() { static_cast<void>(TQJSONAwkwardCharacters::contains(U' ')); }

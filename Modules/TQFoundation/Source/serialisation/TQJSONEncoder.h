@@ -63,17 +63,22 @@ class LentObject {
 /// - Doubles keep sixteen digits (seventeen in points, sizes and rects given by key), and are
 ///   clamped to the range of single precision (see TQJSONClampedDouble).
 /// - A float32 is written with seven digits and read as a double, which is written with sixteen.
+///   FLT_MIN, 1.175494e-38 with seven digits, is then below the range of doubles and becomes 0.
+/// - An object that is written as a keyed archive may share what it contains. If it unfolds to more
+///   than ReadingLimits::unfoldedPerByte, the decoder reads it only with a higher limit.
 /// - Eleven powers of ten (1e-36, -34, -29, -24, -21, -20, -11, 23, 29, 33, 34) are written for
 ///   doubles near them. They read as the nearest double, whose sixteen digits are
 ///   9.999999999999999.
 ///
-/// Keys and class names are written unchanged. They must be plain identifiers, without quotation
-/// marks, backslashes and control characters. Any other key is error 0. What is written but cannot
-/// be read back is logged, once for each: a class without a constructor that takes a decoder, a
-/// class that is not registered, a reserved key of TQJSONFormat.h as a key of the host.
+/// Keys and class names are written unchanged. They must be plain identifiers in well-formed
+/// UTF-8, without quotation marks, backslashes and control characters. Any other key is error 0.
+/// What is written but cannot be read back is logged, once for each: a class without a constructor
+/// that takes a decoder, a class that is not registered or has the name of another one, a reserved
+/// key of TQJSONFormat.h as a key of the host.
 ///
 /// Changes: encodeAsJSON() may release the object itself and what contains it. An array or a
-///          dictionary that it changes while the container is being written is error 0.
+///          dictionary that it changes while the container is being written is error 0, even if
+///          the same elements are in it afterwards.
 /// Depth:   containers may nest kDepthLimit deep, as in the decoder. A deeper graph is error 0; so
 ///          is a cyclic one.
 /// Length:  an archive longer than longestArchive() is error 0. An object that is shared is written
@@ -101,7 +106,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   /// encoded first, and then replaces the file in one step, or creates it, as with replaceFile():
   /// the file keeps its owner, group, permissions, ACL and extended attributes. Before that, the
   /// text is checked, so that text written without a check, or no object, does not replace a
-  /// document by one that cannot be read: error 0.
+  /// document by one that cannot be read: error 0. Not checked is what needs higher ReadingLimits
+  /// than the default (see the exceptions above).
   /// @return false, with the error of the encoder or of the file, if it was not saved. The old file
   ///         is unchanged then.
   [[nodiscard]] static bool saveObject(LentObject object, const URL& toURL,
@@ -116,7 +122,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] static Ref<TQJSONEncoder> encoderForWritingToURL(const URL& url);
 
   /// Writes an archive. An exception that an object throws is caught and becomes error 0 with the
-  /// exception's text; nothing is written after the failed object. Null succeeds and writes
+  /// exception's text; nothing is written after the failed object. It is an error too if another
+  /// object catches it, because the text is incomplete. Null succeeds and writes
   /// nothing; a decoder cannot read the empty text. A second call is error 0 and writes
   /// nothing, unless it comes from an object that is being encoded: then it writes a value.
   /// @return false if an error was recorded; `error` then receives it
@@ -165,7 +172,9 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
     }
   }
 
-  /// Receives all text that does not fit the window (see lendWindow).
+  /// Receives all text that does not fit the window (see lendWindow). An override must not change
+  /// what is being encoded, and should report failures with setError(), because a model class can
+  /// catch exceptions.
   virtual void writeData(const void* bytes, std::size_t length);
 
   /// An object for model classes to read while they encode themselves. Held weakly.
@@ -190,7 +199,8 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   /// plain (see Class::isPlainName) stops the process; the name of another class is logged.
   static void setAliasName(std::string_view name, const Class& forClass);
 
-  /// Returns the name of a coding class in archives: its alias, else its own name.
+  /// Returns the name of a coding class in archives: its alias, else its own name. Logs a class
+  /// that the decoder would not find by it.
   [[nodiscard]] std::string_view archiveNameOf(const Class& codingClass);
 
   /// Prepares the data that all encoders share. Optional: the first encoder does it. Any thread.
@@ -207,7 +217,10 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   [[nodiscard]] char* windowCursor() const noexcept { return cursor_; }
   /// For sinks: must be called before the archive reaches `byteCount` bytes.
   /// @throws Exception (RangeException) if it may not be that long; encodeRootObject() catches it
-  void requireLength(std::uint64_t byteCount) const;
+  void requireLength(std::uint64_t byteCount);
+  /// For sinks: records the exception that is being handled, in a catch block. Throws the
+  /// cancellation of a thread again.
+  void recordException(std::string_view domain, std::int64_t code);
   [[nodiscard]] char* windowEnd() const noexcept { return windowEnd_; }
 
   /// True if encodeRootObject() has been called. An encoder writes one archive.
@@ -217,17 +230,18 @@ class TQ_EXPORT TQJSONEncoder : public Subclass<TQJSONEncoder> {
   template <std::size_t capacity, class Write>
   void writeShort(Write&& write);
   void writeKey(std::string_view key, bool includeSeparator);
-  void noteWritten(const Class& written);
+  void encodeByClass(const Object& original);
+  void noteWritten(const Class& coding, std::string_view name);
 
   char* cursor_ = nullptr;
   char* windowEnd_ = nullptr;
   int depth_ = 0;
   bool isUsed_ = false;
+  bool isEncoding_ = false;  // encodeRootObject() is running
   std::uint64_t longestArchive_ = kLongestArchive;
   const Class* namedClass_ = nullptr;  // the argument of the last archiveNameOf(), and its result
   std::string_view archiveName_;
-  const Class* lastWritten_ = nullptr;  // of the last object with encodeAsJSON
-  std::vector<const Class*> written_;   // of all of them
+  std::vector<const Class*> written_;  // all arguments of archiveNameOf()
   Weak<Object> userInfo_;
   Ref<Error> error_;
 };

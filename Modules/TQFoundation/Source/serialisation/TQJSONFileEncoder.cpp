@@ -5,8 +5,6 @@
 #include <string>
 #include <utility>
 
-#include <TQFoundation/base/ThreadCancellation.h>
-
 namespace tq {
 
 Ref<TQJSONFileEncoder> TQJSONFileEncoder::initWithFile(Ref<FileHandle> file) {
@@ -60,12 +58,8 @@ bool TQJSONFileEncoder::encodeRootObject(LentObject object, Ref<Error>* error) {
   if (wasUsed) return encoded;  // the buffer still has the end of the first archive
   try {
     finishWriting();
-  } catch (const ThreadCancellation&) {
-    throw;  // thread cancellation
-  } catch (const std::exception& exception) {
-    setError(TQJSONFileEncoderError, 1, exception.what());
   } catch (...) {
-    setError(TQJSONFileEncoderError, 1, "unknown exception");
+    recordException(TQJSONFileEncoderError, 1);
   }
   if (!this->error()) return encoded;
   setOutError(error, this->error());

@@ -82,6 +82,19 @@ inline bool copyUnescaped(char* to, std::string_view text) noexcept {
   return true;
 }
 
+/// Returns whether all bytes are ASCII.
+inline bool isASCII(std::string_view text) noexcept {
+  std::uint64_t bits = 0;
+  std::size_t i = 0;
+  for (; i + 8 <= text.size(); i += 8) {
+    std::uint64_t word;
+    std::memcpy(&word, text.data() + i, sizeof word);
+    bits |= word;
+  }
+  for (; i < text.size(); ++i) bits |= static_cast<unsigned char>(text[i]);
+  return (bits & 0x8080808080808080u) == 0;
+}
+
 /// Writes the escape of `byte`, which must need one. Returns its end.
 inline char* writeEscape(char* to, unsigned char byte) noexcept {
   const char escape = jsonEscape(byte);
