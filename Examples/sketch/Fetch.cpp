@@ -1,6 +1,8 @@
 #include "Fetch.h"
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include "Files/Drawing.h"
 
@@ -26,6 +28,11 @@ tq::Ref<tq::FileDownload> fetch(std::string_view address, const Path& folder,
     return nullptr;
   }
   const Path file = folder / fileNameOf(address);
+  std::error_code ignored;  // the download reports it
+  if (std::filesystem::exists(file, ignored)) {
+    tq::setOutError(error, tqdoc::errorWith(file.filename().native() + " exists already"));
+    return nullptr;
+  }
   tq::FileDownloadHandler onSessionThread;
   onSessionThread.didWriteData = [didReceive = handler.didReceive](auto...) { didReceive(); };
   onSessionThread.didComplete = [didEnd = handler.didEnd, file](const tq::URLResponse&,

@@ -20,6 +20,7 @@ struct FetchHandler {
 /// Begins to download the drawing at an address to a file of its name in `folder`. If an earlier
 /// download of it was interrupted, only the rest is requested.
 /// @return the download, which may be cancelled; null, with an error, if there can be no such file
+/// or it exists already
 [[nodiscard]] tq::Ref<tq::FileDownload> fetch(std::string_view address, const Path& folder,
                                               const FetchHandler& handler,
                                               tq::Ref<tq::Error>* error);
