@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
     tq::setPlainLogSink([](std::string_view) {});
     tqdoc::registerModel();
     return static_cast<int>(tqdoc::run(argc, argv));
-  } catch (const std::exception& fault) {
-    return static_cast<int>(tqdoc::reportError(fault.what()));
+  } catch (const std::exception&) {
+    return static_cast<int>(tqdoc::reportError(tqdoc::exceptionText()));
   }
 }

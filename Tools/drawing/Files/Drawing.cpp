@@ -77,8 +77,10 @@ tq::Ref<tq::Data> readFile(const std::string& path, tq::Ref<tq::Error>* error) {
   if (path == kStandardStream) return readStandardInput(error);
   std::error_code fault;
   const std::filesystem::file_status status = std::filesystem::status(path, fault);
-  if (status.type() == std::filesystem::file_type::directory)
-    fault.assign(EISDIR, std::generic_category());
+  if (status.type() == std::filesystem::file_type::directory) {
+    const std::filesystem::directory_iterator listed(path, fault);
+    if (!fault) fault.assign(EISDIR, std::generic_category());
+  }
   if (fault) {
     tq::setOutError(error, errorWith(path + ": " + fault.message()));
     return nullptr;
@@ -188,14 +190,18 @@ tq::Ref<tq::Error> errorWith(const std::string& text) {
                                     tq::String::stringWithUTF8Repaired(text)->view());
 }
 
-tq::Ref<tq::Error> errorOfException(const std::string& path) {
+std::string exceptionText() {
   try {
     throw;
   } catch (const std::bad_alloc&) {
-    return errorWith(path + ": out of memory");
+    return "out of memory";
   } catch (const std::exception& fault) {
-    return errorWith(path + ": " + fault.what());
+    return fault.what();
   }
+}
+
+tq::Ref<tq::Error> errorOfException(const std::string& path) {
+  return errorWith(path + ": " + exceptionText());
 }
 
 }  // namespace tqdoc

@@ -61,7 +61,10 @@ bool saveFile(const std::string& path, std::span<const std::byte> bytes, tq::Ref
 /// Returns an error with this text in the domain of this program. Invalid UTF-8 is replaced.
 [[nodiscard]] tq::Ref<tq::Error> errorWith(const std::string& text);
 
-/// Returns "<path>: <reason>" for the exception that is handled; call it in a catch clause.
+/// Returns the reason of the exception that is handled; call it in a catch clause.
+[[nodiscard]] std::string exceptionText();
+
+/// Returns the error "<path>: <exceptionText()>".
 [[nodiscard]] tq::Ref<tq::Error> errorOfException(const std::string& path);
 
 }  // namespace tqdoc

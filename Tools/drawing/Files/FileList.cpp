@@ -13,7 +13,8 @@ namespace fs = std::filesystem;
 
 /// A directory that cannot be read completely is added itself: opening it reports the error. Links
 /// to directories are not followed, so there are no cycles.
-[[nodiscard]] std::vector<std::string> drawingsIn(const fs::path& directory) {
+[[nodiscard]] std::vector<std::string> drawingsIn(const fs::path& directory,
+                                                  std::vector<std::string>& faults) {
   std::vector<std::string> found;
   std::vector<fs::path> folders{directory};
   while (!folders.empty()) {
@@ -29,7 +30,9 @@ namespace fs = std::filesystem;
         found.push_back(entry->path().string());
       }
     }
-    if (fault) found.push_back(folder.string());
+    if (!fault) continue;
+    found.push_back(folder.string());
+    faults.push_back(folder.string() + ": " + fault.message());
   }
   std::ranges::sort(found);
   return found;
@@ -55,7 +58,7 @@ FileList listFiles(const std::vector<std::string>& arguments) {
       add(argument);
       continue;
     }
-    for (std::string& file : drawingsIn(argument)) add(std::move(file));
+    for (std::string& file : drawingsIn(argument, list.faults)) add(std::move(file));
   }
   return list;
 }

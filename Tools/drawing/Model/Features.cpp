@@ -5,18 +5,12 @@
 #include <utility>
 #include <vector>
 
+#include <TQFoundation/TQFoundation.h>
+
 namespace tqdoc {
 
 void addTo(Features& all, const Features& more) {
   for (const auto& [name, count] : more) all[name] += count;
-}
-
-std::string printable(std::string_view text) {
-  std::string result(text);
-  for (char& c : result) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = '?';
-  }
-  return result;
 }
 
 std::string summary(const Features& features) {
@@ -25,7 +19,7 @@ std::string summary(const Features& features) {
   std::string text;
   for (const auto& [name, count] : counts) {
     if (!text.empty()) text += ", ";
-    text += printable(name) + " " + std::to_string(count);
+    text += tq::printableText(name) + " " + std::to_string(count);
   }
   return text.empty() ? "none" : text;
 }

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <map>
 #include <string>
-#include <string_view>
 
 namespace tqdoc {
 
@@ -15,9 +14,6 @@ using Features = std::map<std::string, std::size_t, std::less<>>;
 
 /// Adds the counts of `more` to `all`.
 void addTo(Features& all, const Features& more);
-
-/// Returns text that is safe to print: control characters become "?".
-[[nodiscard]] std::string printable(std::string_view text);
 
 /// Formats counts as "filter 2, <text> 1", the most frequent first; "none" if there are none.
 [[nodiscard]] std::string summary(const Features& features);

@@ -11,7 +11,6 @@
 
 #include <pugixml.hpp>
 
-#include "Model/Features.h"
 #include "Model/Gradient.h"
 #include "Model/Marker.h"
 #include "Model/Mask.h"
@@ -50,6 +49,14 @@ namespace {
   return text;
 }
 
+/// Replaces control characters by "?": XML has none, not even escaped.
+[[nodiscard]] std::string xmlText(std::string_view text) {
+  std::string result(text);
+  std::ranges::replace_if(
+      result, [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
+  return result;
+}
+
 void set(pugi::xml_node element, const char* attribute, const std::string& text) {
   element.append_attribute(attribute) = text.c_str();
 }
@@ -81,9 +88,9 @@ class Writer {
     set(svg, "viewBox",
         textOf(std::initializer_list<double>{box.origin.x, box.origin.y, box.size.width,
                                              box.size.height}));
-    if (page.fit->length() > 0) set(svg, "preserveAspectRatio", printable(page.fit->view()));
+    if (page.fit->length() > 0) set(svg, "preserveAspectRatio", xmlText(page.fit->view()));
     if (!document.title().empty()) {
-      svg.append_child("title").text() = printable(document.title()).c_str();
+      svg.append_child("title").text() = xmlText(document.title()).c_str();
     }
     definitions_ = svg.append_child("defs");
     if (document.root().traits().transform == tq::AffineTransformIdentity) {
@@ -148,7 +155,7 @@ class Writer {
       const auto style = text.styleOfSpan(i);
       writeStyle(styled, *style);
       writeTextStyle(styled, *style);
-      styled.append_child(pugi::node_pcdata).set_value(printable(part).c_str());
+      styled.append_child(pugi::node_pcdata).set_value(xmlText(part).c_str());
     }
     if (count > 0) element.append_child(pugi::node_pcdata);
   }
@@ -182,7 +189,7 @@ class Writer {
     for (const auto& [key, attribute] : kAttributes) {
       const tq::Object* const value = style.objectForKey(key);
       if (const auto* word = tq::objectCast<tq::String>(value)) {
-        set(element, attribute, printable(word->view()));
+        set(element, attribute, xmlText(word->view()));
       } else if (value != nullptr) {
         set(element, attribute, numberIn(style, key, 0));
       }
@@ -190,7 +197,7 @@ class Writer {
   }
 
   void writeTraits(pugi::xml_node element, const Node::Traits& traits) {
-    if (traits.name) set(element, "inkscape:label", printable(traits.name->view()));
+    if (traits.name) set(element, "inkscape:label", xmlText(traits.name->view()));
     if (traits.transform != tq::AffineTransformIdentity) {
       set(element, "transform", textOf(traits.transform));
     }
@@ -231,7 +238,7 @@ class Writer {
     }
     for (const auto& [key, attribute] : kWords) {
       const auto* word = tq::objectCast<tq::String>(style.objectForKey(key));
-      if (word != nullptr) set(element, attribute, printable(word->view()));
+      if (word != nullptr) set(element, attribute, xmlText(word->view()));
     }
     const auto* dashes = tq::objectCast<tq::Array>(style.objectForKey("dashes"));
     const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
@@ -249,15 +256,15 @@ class Writer {
 
   void writePicture(pugi::xml_node element, const Picture& picture) {
     setRect(element, picture.frame());
-    if (!picture.fit().empty()) set(element, "preserveAspectRatio", printable(picture.fit()));
+    if (!picture.fit().empty()) set(element, "preserveAspectRatio", xmlText(picture.fit()));
     set(element, "xlink:href",
-        "data:" + printable(picture.mediaType()) + ";base64," +
+        "data:" + xmlText(picture.mediaType()) + ";base64," +
             tq::base64FromBytes(picture.bytes().bytes()));
   }
 
   /// Returns the text of a paint; a gradient or a pattern is defined first.
   [[nodiscard]] std::string paint(const tq::Object* paint) {
-    if (const auto* color = tq::objectCast<tq::String>(paint)) return printable(color->view());
+    if (const auto* color = tq::objectCast<tq::String>(paint)) return xmlText(color->view());
     if (const auto* pattern = tq::objectCast<Pattern>(paint)) {
       return referenceTo(define(*pattern));
     }
@@ -382,7 +389,7 @@ class Writer {
   [[nodiscard]] pugi::xml_node define(const Pattern& pattern) {
     pugi::xml_node element = definition("pattern");
     const Node::Traits& traits = pattern.traits();
-    if (traits.name) set(element, "inkscape:label", printable(traits.name->view()));
+    if (traits.name) set(element, "inkscape:label", xmlText(traits.name->view()));
     set(element, "patternUnits", "userSpaceOnUse");
     setRect(element, pattern.tile());
     if (traits.transform != tq::AffineTransformIdentity) {

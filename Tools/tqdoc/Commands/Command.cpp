@@ -5,6 +5,7 @@
 #include <charconv>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <system_error>
 
 #include "Preferences/Preferences.h"
@@ -13,7 +14,7 @@
 namespace tqdoc {
 
 Outcome reportError(std::string_view message) {
-  std::cerr << "tqdoc: " << printable(message) << '\n';
+  std::cerr << "tqdoc: " << tq::printableText(message) << '\n';
   return Outcome::error;
 }
 
@@ -34,6 +35,21 @@ bool isOneOf(const std::string& picture, std::span<const std::string> drawings) 
   });
   if (found) reportError(picture + ": is the drawing; not replaced by a picture of it");
   return found;
+}
+
+bool isWrittenTwice(const std::vector<std::string>& outputs) {
+  std::set<std::filesystem::path> places;
+  for (const std::string& output : outputs) {
+    std::error_code fault;  // writing the file reports it
+    const bool isStream = output == kStandardStream;
+    const auto real =
+        std::filesystem::weakly_canonical(std::filesystem::absolute(output, fault), fault);
+    const std::filesystem::path place = isStream || fault ? output : real.native();
+    if (output.empty() || places.insert(place).second) continue;
+    reportError((isStream ? "standard output" : output) + ": would be written twice");
+    return true;
+  }
+  return false;
 }
 
 void printJSON(const tq::Object& value) {
@@ -66,6 +82,11 @@ tq::Ref<tq::Object> jsonCounts(const Features& counts) {
 int preferredWidth() {
   return static_cast<int>(
       std::clamp<std::int64_t>(preferences::width.value(), 0, Canvas::kSideLimit));
+}
+
+Outcome saveOptions() {
+  tq::Ref<tq::Error> error;
+  return savePreferences(&error) ? Outcome::success : reportError(error->localizedDescription());
 }
 
 std::string shortText(double number) {

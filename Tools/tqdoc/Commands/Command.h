@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <CLI/App.hpp>
 
@@ -41,6 +42,10 @@ void reportUnsupported(const std::string& path, const Features& leftOut);
 /// Reports an error if a picture would replace one of the drawings that it is made from.
 [[nodiscard]] bool isOneOf(const std::string& picture, std::span<const std::string> drawings);
 
+/// Reports an error if two of the outputs would be written to one place. Empty ones are not
+/// written.
+[[nodiscard]] bool isWrittenTwice(const std::vector<std::string>& outputs);
+
 /// Prints a value as JSON, on one line.
 void printJSON(const tq::Object& value);
 
@@ -55,6 +60,9 @@ void printJSON(const tq::Object& value);
 
 /// Prints "tqdoc: <message>" on standard error.
 Outcome reportError(std::string_view message);
+
+/// Saves changed preferences; reports an error if they cannot be written.
+Outcome saveOptions();
 
 /// Formats a number with six significant digits.
 [[nodiscard]] std::string shortText(double number);

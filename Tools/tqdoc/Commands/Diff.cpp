@@ -67,12 +67,14 @@ struct Look {
 }
 
 [[nodiscard]] std::string lineFor(const Difference& difference) {
-  const std::string path = printable(difference.path) + "  " + printable(difference.what);
+  const std::string path =
+      tq::printableText(difference.path) + "  " + tq::printableText(difference.what);
   switch (difference.kind) {
     case Difference::Kind::changed:
-      return path + ": " + printable(difference.oldValue) + " -> " + printable(difference.newValue);
+      return path + ": " + tq::printableText(difference.oldValue) + " -> " +
+             tq::printableText(difference.newValue);
     case Difference::Kind::moved:
-      return path + " from " + printable(difference.oldPath);
+      return path + " from " + tq::printableText(difference.oldPath);
     default:
       return path;
   }
@@ -134,7 +136,9 @@ void addMarks(std::vector<Mark>& marks, const Node* node, const Color& color) {
     std::error_code ignored;
     if (std::filesystem::is_directory(names[i], ignored) &&
         std::filesystem::is_directory(names[i + 1], ignored)) {
-      std::ranges::move(pairsOfDirectories(names[i], names[i + 1]), std::back_inserter(pairs));
+      auto inside = pairsOfDirectories(names[i], names[i + 1], error);
+      if (!inside) return std::nullopt;
+      std::ranges::move(*inside, std::back_inserter(pairs));
     } else {
       pairs.push_back(namedPair(names[i], names[i + 1]));
     }
@@ -193,7 +197,7 @@ class Comparison {
     if (options_.asJSON) {
       printJSON(*changeRecords(differences, *oldDrawing, *newDrawing));
     } else if (options_.report != kStandardStream && options_.picture != kStandardStream) {
-      if (hasHeadings_ && !differences.empty()) std::cout << printable(pair.name) << '\n';
+      if (hasHeadings_ && !differences.empty()) std::cout << tq::printableText(pair.name) << '\n';
       printText(differences);
     }
     if (!options_.picture.empty() &&
@@ -213,6 +217,8 @@ class Comparison {
 
 Outcome diff(const DiffOptions& options) {
   tq::Ref<tq::Error> error;
+  const std::string records(options.asJSON ? kStandardStream : "");
+  if (isWrittenTwice({options.picture, options.report, records})) return Outcome::error;
   const auto pairs = pairsOf(options, &error);
   if (!pairs) return reportError(error->localizedDescription());
   const bool isOne = pairs->size() == 1;
@@ -242,20 +248,14 @@ void addDiffCommand(CLI::App& app, Outcome& outcome) {
       command->add_option("new", options->newDrawing, "the newer version, or a directory of them");
   command->add_option("more", options->more, "further pairs of an old and a new version");
   CLI::Option* range =
-      command
-          ->add_option("--git", options->range,
-                       "compare the drawings that git diff lists for this range of revisions")
-          ->option_text("RANGE")
+      addText(*command, "--git", options->range,
+              "compare the drawings that git diff lists for this range of revisions", "RANGE")
           ->excludes(oldDrawing);
   command->add_flag("--json", options->asJSON, "print a JSON array of records");
-  command
-      ->add_option("--png", options->picture,
-                   "write a PNG file of both versions with the differences marked")
-      ->option_text("FILE");
-  command
-      ->add_option("--html", options->report,
-                   "write a web page that shows both versions and their differences")
-      ->option_text("FILE");
+  addText(*command, "--png", options->picture,
+          "write a PNG file of both versions with the differences marked", "FILE");
+  addText(*command, "--html", options->report,
+          "write a web page that shows both versions and their differences", "FILE");
   addNumber(*command, "--size", options->size,
             "width of each version in the pictures in pixels; default 512", 8, 4'000);
   addExamples(*command, {"tqdoc diff old.svg new.svg",

@@ -45,19 +45,23 @@ namespace fs = std::filesystem;
 
 }  // namespace
 
-std::vector<DrawingPair> pairsOfDirectories(const std::string& oldDirectory,
-                                            const std::string& newDirectory) {
+std::optional<std::vector<DrawingPair>> pairsOfDirectories(const std::string& oldDirectory,
+                                                           const std::string& newDirectory,
+                                                           tq::Ref<tq::Error>* error) {
   std::map<std::string, DrawingPair> pairs;
   const auto add = [&](const std::string& directory, DrawingVersion DrawingPair::*version) {
-    for (std::string& file : listFiles({directory}).files) {
+    FileList list = listFiles({directory});
+    for (std::string& file : list.files) {
       const std::string name = fs::path(file).lexically_relative(directory);
       const DrawingVersion none{std::string(kNoDrawing), ""};
       DrawingPair& pair = pairs.try_emplace(name, DrawingPair{name, none, none}).first->second;
       (pair.*version).path = std::move(file);
     }
+    if (!list.faults.empty()) tq::setOutError(error, errorWith(list.faults.front()));
+    return list.faults.empty();
   };
-  add(oldDirectory, &DrawingPair::oldVersion);
-  add(newDirectory, &DrawingPair::newVersion);
+  if (!add(oldDirectory, &DrawingPair::oldVersion)) return std::nullopt;
+  if (!add(newDirectory, &DrawingPair::newVersion)) return std::nullopt;
   std::vector<DrawingPair> all;
   for (auto& [name, pair] : pairs) all.push_back(std::move(pair));
   return all;

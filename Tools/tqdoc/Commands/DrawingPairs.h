@@ -26,9 +26,10 @@ struct DrawingPair {
 };
 
 /// Returns the drawings of two directories, by their paths in them, sorted. A drawing that only one
-/// directory has is paired with no drawing.
-[[nodiscard]] std::vector<DrawingPair> pairsOfDirectories(const std::string& oldDirectory,
-                                                          const std::string& newDirectory);
+/// directory has is paired with no drawing. No value if a directory cannot be read completely:
+/// drawings in it would seem to be added or removed.
+[[nodiscard]] std::optional<std::vector<DrawingPair>> pairsOfDirectories(
+    const std::string& oldDirectory, const std::string& newDirectory, tq::Ref<tq::Error>* error);
 
 /// Returns the drawings that `git diff <range>` lists in the repository of the working directory,
 /// renamed ones included. No value if git reports an error.

@@ -22,12 +22,22 @@ std::string HelpFormatter::make_option_usage(const CLI::Option* positional) cons
 
 std::string misuse(const CLI::App* app, const CLI::Error& error) {
   const auto commands = app->get_subcommands();
-  const auto unknown = app->remaining();
+  const auto unknown = (commands.empty() ? app : commands.front())->remaining();
   const std::string whom = commands.empty() ? "" : commands.front()->get_name() + " ";
-  const std::string what = commands.empty() && !unknown.empty()
-                               ? "unknown command '" + unknown.front() + "'"
-                               : error.what();
-  return "tqdoc: " + printable(what) + "\nTry 'tqdoc " + whom + "--help' for more information.\n";
+  std::string what = error.what();
+  if (!unknown.empty() && commands.empty()) what = "unknown command '" + unknown.front() + "'";
+  if (!unknown.empty() && !commands.empty() && unknown.front().starts_with('-')) {
+    what = "unknown option '" + unknown.front() + "' (write ./" + unknown.front() + " for a file)";
+  }
+  return "tqdoc: " + tq::printableText(what) + "\nTry 'tqdoc " + whom +
+         "--help' for more information.\n";
+}
+
+CLI::Option* addText(CLI::App& command, const std::string& name, std::string& target,
+                     const std::string& help, const std::string& nameOfValue) {
+  return command.add_option(name, target, help)
+      ->option_text(nameOfValue)
+      ->check([](const std::string& text) { return text.empty() ? "is empty" : ""; });
 }
 
 void addExamples(CLI::App& command, std::initializer_list<const char*> examples) {

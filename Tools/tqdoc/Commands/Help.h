@@ -28,6 +28,10 @@ class HelpFormatter final : public CLI::Formatter {
 /// Adds examples to the end of a command's help.
 void addExamples(CLI::App& command, std::initializer_list<const char*> examples);
 
+/// Adds an option whose value is text, such as the name of a file. Empty text is an error.
+CLI::Option* addText(CLI::App& command, const std::string& name, std::string& target,
+                     const std::string& help, const std::string& nameOfValue);
+
 /// Adds an option with a number from `least` to `most`. Other values are an error; the help shows
 /// the range.
 template <std::integral Number>
@@ -37,7 +41,13 @@ CLI::Option* addNumber(CLI::App& command, const std::string& name, Number& targe
       .add_option(name, target,
                   help + " (" + std::to_string(least) + " to " + std::to_string(most) + ")")
       ->option_text("N")
-      ->check(CLI::Range(least, most));
+      ->check([least, most](const std::string& word) {
+        int number = 0;
+        const bool isNumber = CLI::detail::lexical_cast(word, number);
+        if (isNumber && number >= least && number <= most) return std::string();
+        return "'" + word + "' is not a whole number from " + std::to_string(least) + " to " +
+               std::to_string(most);
+      });
 }
 
 }  // namespace tqdoc

@@ -23,7 +23,7 @@ struct HitOptions {
 
 void printText(const std::vector<const PlacedNode*>& hits) {
   for (const PlacedNode* hit : hits) {
-    std::cout << printable(hit->place) << "  " << shortText(outlineBounds(*hit)) << '\n';
+    std::cout << tq::printableText(hit->place) << "  " << shortText(outlineBounds(*hit)) << '\n';
   }
   if (hits.empty()) std::cout << "nothing\n";
 }
@@ -43,6 +43,8 @@ Outcome hit(const HitOptions& options) {
   tq::Rect area{options.area[0], options.area[1], 0, 0};
   if (options.area.size() == 4) area.size = {options.area[2], options.area[3]};
   if (options.area.size() == 3) return reportError("a rect needs a width and a height");
+  const std::string records(options.asJSON ? kStandardStream : "");
+  if (isWrittenTwice({options.picture, records})) return Outcome::error;
   if (isOneOf(options.picture, {&options.drawing, 1})) return Outcome::error;
   tq::Ref<tq::Error> error;
   const auto [document, leftOut] = openNamedDrawing(options.drawing, &error);
@@ -54,7 +56,11 @@ Outcome hit(const HitOptions& options) {
   overlay.area = area;
   const auto hits = index.hits(area);
   for (const PlacedNode* placed : hits) overlay.marks.push_back({placed->node, {1, 0.5, 0}});
-  options.asJSON ? printRecords(hits) : printText(hits);
+  if (options.asJSON) {
+    printRecords(hits);
+  } else if (options.picture != kStandardStream) {
+    printText(hits);
+  }
   if (options.picture.empty()) return Outcome::success;
   Features notDrawn;
   if (!renderPNG(*document, options.width, overlay, options.picture, notDrawn, &error)) {
@@ -77,11 +83,13 @@ void addHitCommand(CLI::App& app, Outcome& outcome) {
       ->option_text("x y [width height]")
       ->required()
       ->expected(2, 4)
-      ->check(CLI::Number);
-  command
-      ->add_option("--png", options->picture,
-                   "write a PNG file of the drawing with the hits marked")
-      ->option_text("FILE");
+      ->check([](const std::string& word) {
+        double number = 0;
+        const bool isNumber = CLI::detail::lexical_cast(word, number) && std::isfinite(number);
+        return isNumber ? std::string() : "'" + word + "' is not a number";
+      });
+  addText(*command, "--png", options->picture,
+          "write a PNG file of the drawing with the hits marked", "FILE");
   command->add_flag("--json", options->asJSON, "print a JSON array of records");
   const CLI::Option* width =
       addNumber(*command, "--width", options->width,

@@ -1,7 +1,9 @@
+#include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include "Commands/Command.h"
 #include "Commands/Help.h"
@@ -31,8 +33,11 @@ Outcome import(const ImportOptions& options) {
   }
   reportUnsupported(options.drawing, drawing.leftOut);
   if (isStream) return Outcome::success;
-  std::cout << printable(output) << ": " << counted(drawing.document->shapeCount(), "shape") << ", "
-            << counted(std::filesystem::file_size(output), "byte") << '\n';
+  std::error_code fault;
+  const std::uintmax_t size = std::filesystem::file_size(output, fault);
+  if (fault) return reportError(output + ": " + fault.message());
+  std::cout << tq::printableText(output) << ": " << counted(drawing.document->shapeCount(), "shape")
+            << ", " << counted(size, "byte") << '\n';
   return Outcome::success;
 }
 
@@ -42,10 +47,8 @@ void addImportCommand(CLI::App& app, Outcome& outcome) {
   auto options = std::make_shared<ImportOptions>();
   CLI::App* command = app.add_subcommand("import", "import an SVG drawing into an archive");
   command->add_option("drawing", options->drawing, "an .svg file")->required();
-  command
-      ->add_option("-o,--output", options->output,
-                   "the archive; by default the drawing's name with the extension .tqdoc")
-      ->option_text("FILE");
+  addText(*command, "-o,--output", options->output,
+          "the archive; by default the drawing's name with the extension .tqdoc", "FILE");
   const CLI::Option* gzip =
       command->add_flag("--gzip,!--no-gzip", options->gzip, "compress the archive with gzip");
   addExamples(*command, {"tqdoc import drawing.svg",

@@ -72,15 +72,9 @@ struct Words {
   bool resets = false;
 };
 
-Outcome saved() {
-  tq::Ref<tq::Error> error;
-  if (tq::UserDefaults::standardUserDefaults()->synchronize(&error)) return Outcome::success;
-  return reportError(error->localizedDescription());
-}
-
 Outcome resetOptions() {
   for (const Option& option : allOptions()) option.reset();
-  return saved();
+  return saveOptions();
 }
 
 Outcome oneOption(const Words& words) {
@@ -96,7 +90,7 @@ Outcome oneOption(const Words& words) {
     return reportError("invalid value '" + *words.value + "' for " + words.name + " (" +
                        option->help + ")");
   }
-  return saved();
+  return saveOptions();
 }
 
 Outcome listOptions() {

@@ -55,7 +55,7 @@ Outcome patch(const PatchOptions& options) {
     return reportError(error->localizedDescription());
   }
   if (!isStream) {
-    std::cout << printable(options.output) << ": "
+    std::cout << tq::printableText(options.output) << ": "
               << counted(changes->count() - misfits.size(), "change") << " applied\n";
   }
   return isComplete ? Outcome::success : Outcome::different;
@@ -68,8 +68,7 @@ void addPatchCommand(CLI::App& app, Outcome& outcome) {
   CLI::App* command = app.add_subcommand("patch", "apply the output of diff --json to a drawing");
   command->add_option("old", options->drawing, "the drawing that was compared first")->required();
   command->add_option("changes", options->changes, "the output of tqdoc diff --json")->required();
-  command->add_option("-o,--output", options->output, "the archive of the result")
-      ->option_text("FILE")
+  addText(*command, "-o,--output", options->output, "the archive of the result", "FILE")
       ->required();
   command->add_flag("--partial", options->isPartial,
                     "write the result even if some of the changes do not fit");

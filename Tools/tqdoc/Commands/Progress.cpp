@@ -62,7 +62,7 @@ void Progress::draw() {
   const std::size_t filled = total_ == 0 ? width : width * done / total_;
   std::string line = "[" + std::string(filled, '#') + std::string(width - filled, '.') + "] " +
                      std::to_string(done) + "/" + std::to_string(total_) + " ";
-  line += tail(printable(name), columns - std::min(columns, line.size()));
+  line += tail(tq::printableText(name), columns - std::min(columns, line.size()));
   std::cerr << "\r\x1b[K" << line << std::flush;
   shown_ = true;
 }

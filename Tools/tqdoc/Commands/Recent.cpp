@@ -13,9 +13,13 @@ void addRecentCommand(CLI::App& app, Outcome& outcome) {
   command->add_flag("--clear", *clears, "clear the list");
   addExamples(*command, {"tqdoc recent", "tqdoc show \"$(tqdoc recent | head -1)\""});
   command->callback([clears, &outcome] {
+    if (*clears) {
+      forgetDrawings();
+      outcome = saveOptions();
+      return;
+    }
     outcome = Outcome::success;
-    if (*clears) return forgetDrawings();
-    for (const std::string& path : recentDrawings()) std::cout << printable(path) << '\n';
+    for (const std::string& path : recentDrawings()) std::cout << tq::printableText(path) << '\n';
   });
 }
 

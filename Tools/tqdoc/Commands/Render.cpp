@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "Commands/Command.h"
@@ -22,7 +23,8 @@ struct RenderOptions {
 /// Returns the picture's path for each drawing: the output, or names in it if it is a folder.
 [[nodiscard]] std::vector<std::string> picturesFor(const std::vector<std::string>& drawings,
                                                    const std::string& output) {
-  if (!std::filesystem::is_directory(output)) return {output};
+  std::error_code ignored;  // writing the picture reports it
+  if (!std::filesystem::is_directory(output, ignored)) return {output};
   std::vector<std::string> pictures;
   for (const std::string& drawing : drawings) {
     const std::filesystem::path name =
@@ -72,10 +74,8 @@ void addRenderCommand(CLI::App& app, Outcome& outcome) {
   CLI::App* command = app.add_subcommand("render", "render drawings to PNG files");
   command->add_option("drawings", options->drawings, ".svg, .svgz and .tqdoc files, or directories")
       ->required();
-  command
-      ->add_option("-o,--output", options->output,
-                   "the PNG file, or an existing directory for several")
-      ->option_text("FILE")
+  addText(*command, "-o,--output", options->output,
+          "the PNG file, or an existing directory for several", "FILE")
       ->required();
   const CLI::Option* width =
       addNumber(*command, "--width", options->width,

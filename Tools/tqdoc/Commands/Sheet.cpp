@@ -130,7 +130,7 @@ Outcome sheet(const SheetOptions& options) {
     return reportError(error->localizedDescription());
   }
   if (options.output != kStandardStream) {
-    std::cout << printable(options.output) << ": " << counted(sheet.count(), "drawing")
+    std::cout << tq::printableText(options.output) << ": " << counted(sheet.count(), "drawing")
               << (sheet.count() == 1 ? " beside its reopened archive\n"
                                      : " beside their reopened archives\n");
   }
@@ -146,9 +146,7 @@ void addSheetCommand(CLI::App& app, Outcome& outcome) {
       app.add_subcommand("sheet", "render drawings beside their reopened archives to one PNG file");
   command->add_option("files", options->files, ".svg, .svgz and .tqdoc files, or directories")
       ->required();
-  command->add_option("-o,--output", options->output, "the PNG file")
-      ->option_text("FILE")
-      ->required();
+  addText(*command, "-o,--output", options->output, "the PNG file", "FILE")->required();
   addNumber(*command, "--count", options->count, "number of drawings, sampled evenly; default 48",
             1, 10'000);
   addNumber(*command, "--columns", options->columns, "drawings in each row; default 6", 1, 1'000);

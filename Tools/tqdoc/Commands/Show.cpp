@@ -26,12 +26,12 @@ void showNode(const Node& node, const tq::AffineTransform& parent, std::size_t d
   const auto* picture = tq::objectCast<Picture>(&node);
   const auto* text = tq::objectCast<Text>(&node);
   std::cout << std::string(2 * depth, ' ') << kindOf(node);
-  if (!node.name().empty()) std::cout << ' ' << printable(node.name());
+  if (!node.name().empty()) std::cout << ' ' << tq::printableText(node.name());
   std::cout << "  " << shortText(tightBounds(node, parent));
   if (shape != nullptr) std::cout << "  " << shape->path().steps().size() << " steps";
-  if (text != nullptr) std::cout << "  \"" << printable(text->string()) << '"';
+  if (text != nullptr) std::cout << "  \"" << tq::printableText(text->string()) << '"';
   if (picture != nullptr) {
-    std::cout << "  " << printable(picture->mediaType()) << ", "
+    std::cout << "  " << tq::printableText(picture->mediaType()) << ", "
               << grouped(picture->bytes().length()) << " bytes";
   }
   if (node.traits().opacity != 1) std::cout << "  opacity " << shortText(node.traits().opacity);
@@ -90,14 +90,14 @@ struct ShowOptions {
 
 void printText(const ShowOptions& options, const SvgDrawing& drawing, const tq::Data& archive) {
   const Document& document = *drawing.document;
-  std::cout << printable(options.drawing) << ": " << shortText(document.page().size.width) << " x "
-            << shortText(document.page().size.height) << " pixels, "
+  std::cout << tq::printableText(options.drawing) << ": " << shortText(document.page().size.width)
+            << " x " << shortText(document.page().size.height) << " pixels, "
             << counted(document.shapeCount(), "shape");
-  if (!document.title().empty()) std::cout << ", \"" << printable(document.title()) << '"';
+  if (!document.title().empty()) std::cout << ", \"" << tq::printableText(document.title()) << '"';
   std::cout << "\narchive: " << counted(archive.length(), "byte") << ", sha1 "
             << tq::sha1String_tq(archive)->view() << '\n';
   for (const auto& [name, count] : drawing.leftOut) {
-    std::cout << "unsupported: " << printable(name) << ' ' << count << '\n';
+    std::cout << "unsupported: " << tq::printableText(name) << ' ' << count << '\n';
   }
   showNode(document.root(), {}, 0);
 }

@@ -126,8 +126,8 @@ int run(const Options& options) {
       explanation = judge(all[i].file, options.size, options.browser, options.bar);
     }
     unexplained += explanation.empty() ? 1 : 0;
-    std::printf("%7.2f  %s: %s\n", difference, printable(all[i].file).c_str(),
-                explanation.empty() ? "NOT EXPLAINED" : printable(explanation).c_str());
+    std::printf("%7.2f  %s: %s\n", difference, tq::printableText(all[i].file).c_str(),
+                explanation.empty() ? "NOT EXPLAINED" : tq::printableText(explanation).c_str());
   }
   std::printf("%zu of %zu drawings differ by more than %g, %zu of them unexplained\n", above,
               all.size(), options.bar, unexplained);
@@ -161,7 +161,7 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& request) {
     return app.exit(request);
   } catch (const std::exception& fault) {
-    std::fprintf(stderr, "TQDocCompare: %s\n", tqdoc::printable(fault.what()).c_str());
+    std::fprintf(stderr, "TQDocCompare: %s\n", tq::printableText(fault.what()).c_str());
     return 2;
   }
 }

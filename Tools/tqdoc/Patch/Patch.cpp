@@ -68,6 +68,7 @@ struct Change {
                                                   {"moved", Kind::moved}};
   const auto kind = kinds.find(text("kind"));
   if (kind == kinds.end()) {
+    change.path = text("path");
     change.reason = "it is of an unknown kind";
     return change;
   }
@@ -110,8 +111,11 @@ class Patch {
 
   [[nodiscard]] std::vector<Misfit> misfits() const {
     std::vector<Misfit> all;
-    for (const Change& change : changes_) {
-      if (!change.reason.empty()) all.push_back({change.path, change.reason});
+    for (std::size_t i = 0; i < changes_.size(); ++i) {
+      const Change& change = changes_[i];
+      if (change.reason.empty()) continue;
+      const std::string number = "record " + std::to_string(i + 1);
+      all.push_back({change.path.empty() ? number : change.path, change.reason});
     }
     return all;
   }

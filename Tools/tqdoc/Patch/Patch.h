@@ -12,7 +12,7 @@ namespace tqdoc {
 
 /// A change that does not fit the drawing.
 struct Misfit {
-  std::string path;
+  std::string path;    ///< of the change; "record 3" (from 1 on) if it has none
   std::string reason;  ///< such as "its shape is not as it was"
 };
 

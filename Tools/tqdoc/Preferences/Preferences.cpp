@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -45,13 +46,20 @@ std::vector<std::string> recentDrawings() {
 }
 
 void rememberDrawing(const std::string& path) {
+  std::error_code fault;  // the working directory may be gone
+  const auto absolute = std::filesystem::absolute(path, fault);
+  if (fault) return;
   const auto count = std::clamp<std::int64_t>(preferences::recentCount.value(), 0, kMostRecent);
   const auto before = recent.value();
   tq::RecentsList<std::filesystem::path> list(before, count);
-  list.insert(std::filesystem::absolute(path).lexically_normal());
+  list.insert(absolute.lexically_normal());
   if (!std::ranges::equal(list, before)) recent.setValue({list.begin(), list.end()});
 }
 
 void forgetDrawings() { recent.removeValue(); }
+
+bool savePreferences(tq::Ref<tq::Error>* error) {
+  return tq::UserDefaults::standardUserDefaults()->synchronize(error);
+}
 
 }  // namespace tqdoc

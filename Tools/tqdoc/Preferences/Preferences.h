@@ -30,6 +30,9 @@ inline constexpr std::int64_t kMostRecent = 1'000;
 void rememberDrawing(const std::string& path);
 void forgetDrawings();
 
+/// Writes changed preferences to their file. What is not written by the end of the program is lost.
+bool savePreferences(tq::Ref<tq::Error>* error);
+
 }  // namespace tqdoc
 
 /// Stored as readable words.

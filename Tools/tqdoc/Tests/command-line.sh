@@ -19,6 +19,28 @@ ends 2 'tqdoc: A subcommand is required\nTry '\''tqdoc --help'\'' for more infor
 ends 2 'tqdoc: unknown command '\''paint'\''\nTry '\''tqdoc --help'\'' for more information.\n' paint "$data/face.svg"
 ends 2 'tqdoc: files is required\nTry '\''tqdoc check --help'\'' for more information.\n' check
 
+# Values that are no names or numbers, and two outputs in one place.
+# misused COMMAND REASON WORD...: the words are an error of the command line.
+misused() {
+  command="$1" reason="$2"; shift 2
+  ends 2 "tqdoc: $reason\nTry 'tqdoc $command --help' for more information.\n" "$command" "$@"
+}
+misused hit '--png: is empty' "$data/face.svg" 1 2 --png ''
+misused diff '--html: is empty' "$data/face.svg" "$data/face.svg" --html ''
+misused diff '--git: is empty' --git ''
+misused import '--output: is empty' "$data/face.svg" -o ''
+misused hit "area: 'nan' is not a number" "$data/face.svg" nan 1
+misused render "--width: '1.5' is not a whole number from 0 to 8192" "$data/face.svg" -o a.png --width 1.5
+misused show "unknown option '-x.svg' (write ./-x.svg for a file)" -x.svg
+for words in "--png $work/a --html $work/./a" "--json --png -" "--png - --html -"; do
+  # shellcheck disable=SC2086  # words
+  ! "$tqdoc" diff "$data/face.svg" "$data/face-changed.svg" $words 2>"$work/errors" || fail "$words"
+  grep -q ': would be written twice$' "$work/errors" || fail "$words: $(cat "$work/errors")"
+done
+ends 2 'tqdoc: standard output: would be written twice\n' hit "$data/face.svg" 1 2 --json --png -
+ends 0 '' hit "$data/face.svg" 1 2 --png -
+head -c 4 "$work/out" | grep -q PNG || fail "text and a picture on standard output"
+
 ends 0 '' options width 7
 ends 0 '' options recent 7
 ends 2 'tqdoc: value excludes --reset\nTry '\''tqdoc options --help'\'' for more information.\n' options --reset width 8
@@ -99,11 +121,26 @@ grep -q '1 without changes' "$work/page.html" || fail "the page does not tell wh
 ends 1 '' diff --html - "$data/face.svg" "$data/face-changed.svg"
 head -1 "$work/out" | grep -q '^<!DOCTYPE html>$' || fail "the page on standard output: $(head -3 "$work/out")"
 
+ends 2 'tqdoc: gone.svg: No such file or directory\n' sheet "$data/face.svg" gone.svg -o "$work/sheet.png"
+grep -q ': 1 drawing beside its reopened archive$' "$work/out" || fail "sheet: $(cat "$work/out")"
+
+# Names cannot control the terminal, not even by characters beyond ASCII.
+escaped="$(printf '\302\233[2J\342\200\256')"
+ends 2 'tqdoc: \\u009b[2J\\u202e: No such file or directory\n' show "$escaped"
+
+# Preferences that cannot be written.
+printf x >"$work/file"
+XDG_CONFIG_HOME="$work/file" "$tqdoc" recent --clear 2>"$work/errors" && fail "recent --clear saved nothing"
+[ -s "$work/errors" ] || fail "recent --clear without a reason"
+
 # Patches.
 "$tqdoc" diff --json "$data/face.svg" "$data/face-changed.svg" >"$work/changes.json" || true
 ends 0 '' patch "$data/face.svg" - -o "$work/patched.tqdoc" <"$work/changes.json"
 ends 0 '' diff "$work/patched.tqdoc" "$data/face-changed.svg"
 sed 's/id="nose"/& opacity=".5"/' "$data/face.svg" >"$work/other.svg"
+echo '[{"kind":"turned"}]' >"$work/unknown.json"
+ends 1 "tqdoc: $data/face.svg: record 1: not applied: it is of an unknown kind
+tqdoc: 1 of 1 change not applied; nothing is written (--partial writes the others)\n" patch "$data/face.svg" "$work/unknown.json" -o "$work/new.tqdoc"
 misfit="tqdoc: $work/other.svg: root.children[4]: not applied: its node is not as it was
 tqdoc: $work/other.svg: root.children[4].path: not applied: its node is not as it was
 "
