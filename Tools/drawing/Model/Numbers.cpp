@@ -53,6 +53,11 @@ double numberIn(const tq::Dictionary& style, std::string_view key, double otherw
   return number != nullptr ? number->doubleValue() : otherwise;
 }
 
+std::string_view textIn(const tq::Dictionary& dictionary, std::string_view key) {
+  const auto* text = tq::objectCast<tq::String>(dictionary.objectForKey(key));
+  return text != nullptr ? text->view() : std::string_view();
+}
+
 void encodeTransform(tq::TQJSONEncoder& encoder, const tq::AffineTransform& t,
                      std::string_view key) {
   if (t == tq::AffineTransformIdentity) return;

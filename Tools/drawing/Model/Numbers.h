@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file Numbers.h
-/// Numbers rounded as in an archive, and numbers and other members in archives.
+/// Numbers rounded as in an archive, and numbers and other members of archives and styles.
 
 #include <optional>
 #include <span>
@@ -30,6 +30,9 @@ namespace tqdoc {
 
 /// Returns the number that a style has for `key`, or `otherwise`.
 [[nodiscard]] double numberIn(const tq::Dictionary& style, std::string_view key, double otherwise);
+
+/// Returns the text that a dictionary has for `key`, or an empty text.
+[[nodiscard]] std::string_view textIn(const tq::Dictionary& dictionary, std::string_view key);
 
 /// Encodes a transform as six numbers; the identity is omitted.
 void encodeTransform(tq::TQJSONEncoder& encoder, const tq::AffineTransform& transform,

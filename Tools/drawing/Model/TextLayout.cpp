@@ -135,30 +135,25 @@ constexpr double kLaidOutSize = 256;
 constexpr std::size_t kLinePart = 500;
 constexpr double kWidestSpace = 3500;
 
-[[nodiscard]] std::string_view wordIn(const tq::Dictionary& style, std::string_view key) {
-  const auto* word = tq::objectCast<tq::String>(style.objectForKey(key));
-  return word != nullptr ? word->view() : std::string_view();
-}
-
 [[nodiscard]] Owned<PangoFontDescription> fontOf(const Pango& pango, const tq::Dictionary& style) {
   Owned<PangoFontDescription> font(pango.newFont());
-  const std::string_view family = wordIn(style, "fontFamily");
+  const std::string_view family = textIn(style, "fontFamily");
   pango.setFamily(font.get(), family.empty() ? "serif" : std::string(family).c_str());
   pango.setSize(font.get(), kLaidOutSize * PANGO_SCALE);
   const double weight = std::clamp(numberIn(style, "fontWeight", 400), 1.0, 1000.0);
   pango.setWeight(font.get(), static_cast<PangoWeight>(weight));
-  const std::string_view slant = wordIn(style, "fontStyle");
+  const std::string_view slant = textIn(style, "fontStyle");
   pango.setSlant(font.get(), slant == "italic"    ? PANGO_STYLE_ITALIC
                              : slant == "oblique" ? PANGO_STYLE_OBLIQUE
                                                   : PANGO_STYLE_NORMAL);
   constexpr std::string_view kStretches[] = {
       "ultra-condensed", "extra-condensed", "condensed",      "semi-condensed", "normal",
       "semi-expanded",   "expanded",        "extra-expanded", "ultra-expanded"};
-  const auto* stretch = std::ranges::find(kStretches, wordIn(style, "fontStretch"));
+  const auto* stretch = std::ranges::find(kStretches, textIn(style, "fontStretch"));
   if (stretch != std::end(kStretches)) {
     pango.setStretch(font.get(), static_cast<PangoStretch>(stretch - kStretches));
   }
-  if (wordIn(style, "fontVariant") == "small-caps") {
+  if (textIn(style, "fontVariant") == "small-caps") {
     pango.setVariant(font.get(), PANGO_VARIANT_SMALL_CAPS);
   }
   return font;
@@ -256,8 +251,8 @@ class Layout {
   /// Draws the parts of a line and aligns them.
   void placeLine(std::size_t begin, std::size_t end) {
     const auto lineStyle = text_.styleOfSpan(parts_[begin].span);
-    const bool isRightToLeft = wordIn(*lineStyle, "direction") == "rtl";
-    const std::string_view anchor = wordIn(*lineStyle, "anchor");
+    const bool isRightToLeft = textIn(*lineStyle, "direction") == "rtl";
+    const std::string_view anchor = textIn(*lineStyle, "anchor");
     pen_ = {parts_[begin].x.value_or(pen_.x), parts_[begin].y.value_or(pen_.y)};
     const tq::Point start = pen_;
     std::vector<std::pair<std::size_t, std::size_t>> drawn;  // the coordinates of each part
@@ -291,7 +286,7 @@ class Layout {
     if (!(size > 0) || !std::isfinite(scale)) return;
     const Owned<PangoFontDescription> font = fontOf(pango_, *style);
     pango_.setDirection(context_.get(), isRightToLeft ? PANGO_DIRECTION_RTL : PANGO_DIRECTION_LTR);
-    const std::string_view language = wordIn(*style, "language");  // never that of the process
+    const std::string_view language = textIn(*style, "language");  // never that of the process
     pango_.setLanguage(context_.get(),
                        pango_.language(language.empty() ? "en" : std::string(language).c_str()));
     pango_.setFont(layout_.get(), font.get());
@@ -331,7 +326,7 @@ class Layout {
       wide->end_index = static_cast<unsigned>(i + 1);
       pango_.insertAttribute(list.get(), wide);
     }
-    const std::string_view decoration = wordIn(style, "decoration");
+    const std::string_view decoration = textIn(style, "decoration");
     const auto has = [&](std::string_view word) { return decoration.find(word) != word.npos; };
     if (has("underline")) {
       pango_.insertAttribute(list.get(), pango_.underline(PANGO_UNDERLINE_SINGLE));

@@ -25,11 +25,6 @@
 namespace tqdoc {
 namespace {
 
-[[nodiscard]] std::string_view textIn(const tq::Dictionary& style, std::string_view key) {
-  const auto* text = tq::objectCast<tq::String>(style.objectForKey(key));
-  return text != nullptr ? text->view() : std::string_view();
-}
-
 constexpr double kTolerance = 0.1;  // of curves, in pixels
 
 /// A negative dash length, or only zeros, puts cairo into an error state.

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Model/Numbers.h"
+
 namespace tqdoc {
 namespace {
 
@@ -17,11 +19,6 @@ namespace {
 
 [[nodiscard]] tq::Ref<tq::Object> label(std::string_view className, std::string_view name) {
   return tq::String::stringWithUTF8Repaired(std::string(className) + ' ' + std::string(name));
-}
-
-[[nodiscard]] std::string_view textAt(const tq::Dictionary& tree, std::string_view key) {
-  const auto* text = tq::objectCast<tq::String>(tree.objectForKey(key));
-  return text != nullptr ? text->view() : std::string_view();
 }
 
 }  // namespace
@@ -58,13 +55,13 @@ tq::Ref<tq::Dictionary> ownTree(const tq::Dictionary& tree) {
   const auto own = tq::MutableDictionary::dictionaryWithDictionary(tree);
   own->removeObjectForKey(*tq::String::of("root"));
   // A drawing without a title has an empty one, or none.
-  if (textAt(tree, "title").empty()) own->removeObjectForKey(*tq::String::of("title"));
+  if (textIn(tree, "title").empty()) own->removeObjectForKey(*tq::String::of("title"));
   if (const auto* children = tq::objectCast<tq::Array>(tree.objectForKey("children"))) {
     std::vector<tq::Ref<tq::Object>> labels;
     for (const tq::Object& each : *children) {
       const auto* child = tq::objectCast<tq::Dictionary>(&each);
       if (child != nullptr)
-        labels.push_back(label(textAt(*child, "_class"), textAt(*child, "name")));
+        labels.push_back(label(textIn(*child, "_class"), textIn(*child, "name")));
     }
     own->setObject(tq::Array::arrayWithObjects(std::move(labels)), "children");
   }
