@@ -10,7 +10,7 @@
 
 namespace sketch {
 
-/// Shapes and pictures, by their paths.
+/// Shapes, pictures and texts, by their paths.
 using Selection = std::set<tqdoc::NodePath>;
 
 /// A version of a drawing and what is selected in it. A value: versions share the nodes that are

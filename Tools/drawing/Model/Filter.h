@@ -17,15 +17,14 @@ namespace tqdoc {
 
 /// One step of a filter. It makes an image from other images.
 ///
-/// | kind         | inputs | numbers                                 | mode | | ------------ |
-/// ------ | --------------------------------------- | --------------------------- | | blur | 1 |
-/// standard deviations to the right, down  |                             | | offset       | 1 |
-/// distances to the right and down         |                             | | flood        | 0 |
-/// red, green, blue, alpha within 0...1    |                             | | merge        | any |
-/// |                             | | blend        | 2      | | a CSS blend mode            | |
-/// composite    | 2      | for "arithmetic": k1 to k4              | an operator, such as "over" |
-/// | colorMatrix  | 1      | 4 rows of 5                             | | | morphology   | 1      |
-/// radii to the right and down             | "erode" or "dilate"         |
+/// - blur: 1 input; numbers: the standard deviations to the right and down
+/// - offset: 1 input; numbers: the distances to the right and down
+/// - flood: no input; numbers: red, green, blue and alpha within 0...1
+/// - merge: any number of inputs
+/// - blend: 2 inputs; mode: a CSS blend mode
+/// - composite: 2 inputs; mode: an operator, such as "over"; numbers of "arithmetic": k1 to k4
+/// - colorMatrix: 1 input; numbers: 4 rows of 5
+/// - morphology: 1 input; mode: "erode" or "dilate"; numbers: the radii to the right and down
 ///
 /// The first input of blend and composite is in front of the second one. The first input of merge
 /// is at the bottom. Lengths are in the coordinates of the filtered node.

@@ -13,8 +13,7 @@ namespace tqdoc {
 /// @param source     what the node draws, an image for `area`; it is changed
 /// @param area       the visible pixels of the filter's region
 /// @param transform  from the node's coordinates to pixels. A rotated or skewed blur or offset
-/// keeps
-///                   its length; a rotated blur with two deviations is approximated.
+/// keeps its length; a rotated blur with two deviations is approximated.
 [[nodiscard]] CairoSurface filtered(CairoSurface source, const PixelArea& area,
                                     const Filter& filter, const tq::AffineTransform& transform);
 

@@ -18,8 +18,8 @@ struct SvgDrawing {
   Features leftOut;
 };
 
-/// Reads SVG 1.1 without text on paths, filters, masks, patterns, markers and animation; these are
-/// counted. References become copies of their targets. Any thread; no shared state.
+/// Reads SVG 1.1 without animation, text on paths and some primitives of filters; what is not read
+/// is counted. References become copies of their targets. Any thread; no shared state.
 ///
 /// Errors give the position ("<fileName>:<line>:<column>: …"): invalid XML, a root other than svg,
 /// elements nested deeper than SvgContext::kDepthLimit, circular references, and drawings that grow

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file Reopening.h
+/// Shared by the fuzz targets: archives and reopens drawings.
+
 #include <string_view>
 
 #include "../../../Modules/TQFoundation/Fuzz/support/Bytes.h"

@@ -24,9 +24,9 @@ bool OperationScheduler::isRunning(const Operation& operation) noexcept {
 
 void OperationScheduler::add(Operation& operation) {
   const auto self = share(*this);
-  OperationScheduler* nobody = nullptr;
+  OperationScheduler* none = nullptr;
   if (operation.isExecuting() || operation.isFinished() ||
-      !operation.scheduler_.compare_exchange_strong(nobody, this)) {
+      !operation.scheduler_.compare_exchange_strong(none, this)) {
     throw Exception(InvalidArgumentException,
                     "addOperation: the operation runs, has finished or was added before");
   }

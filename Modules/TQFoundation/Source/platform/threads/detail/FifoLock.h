@@ -129,7 +129,7 @@ class FifoLock {
     Word& bell = bells_[ticket % kBells];
     for (std::uint32_t rings = bell.load();; rings = bell.load()) {
       if ((rings & kMark) == 0 && !bell.compare_exchange_strong(rings, rings | kMark)) continue;
-      if (isTurnOf(ticket)) return;  // the mark stays, for nobody
+      if (isTurnOf(ticket)) return;  // the mark stays, but no thread waits
       System::wait(bell, rings | kMark);
     }
   }
