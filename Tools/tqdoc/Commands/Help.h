@@ -41,10 +41,8 @@ CLI::Option* addNumber(CLI::App& command, const std::string& name, Number& targe
       .add_option(name, target,
                   help + " (" + std::to_string(least) + " to " + std::to_string(most) + ")")
       ->option_text("N")
-      ->check([least, most](const std::string& word) {
-        int number = 0;
-        const bool isNumber = CLI::detail::lexical_cast(word, number);
-        if (isNumber && number >= least && number <= most) return std::string();
+      ->check([range = CLI::Range(least, most), least, most](const std::string& word) {
+        if (range(word).empty()) return std::string();
         return "'" + word + "' is not a whole number from " + std::to_string(least) + " to " +
                std::to_string(most);
       });

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -84,8 +85,8 @@ void addHitCommand(CLI::App& app, Outcome& outcome) {
       ->required()
       ->expected(2, 4)
       ->check([](const std::string& word) {
-        double number = 0;
-        const bool isNumber = CLI::detail::lexical_cast(word, number) && std::isfinite(number);
+        const bool isNumber =
+            CLI::Number(word).empty() && std::isfinite(std::strtod(word.c_str(), nullptr));
         return isNumber ? std::string() : "'" + word + "' is not a number";
       });
   addText(*command, "--png", options->picture,

@@ -17,9 +17,8 @@ namespace tq::detail {
 /// container follows from the numbers of what it contains, so each container is visited once,
 /// innermost first, however often it is shared and however deep it is.
 ///
-/// Numbers: equal only if they have the same value, as numbers that are equal by rounding would
-/// make
-///         the result depend on the order of visits.
+/// Numbers: equal only if they have the same value. With those that are equal by rounding, the
+///          result would depend on the order of visits.
 /// Cost:   linear in the objects, except that the members of a set and the entries of a dictionary
 ///         are sorted. Bounded stack.
 /// Cycles: a container that contains itself equals only itself.
