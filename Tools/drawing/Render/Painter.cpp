@@ -46,13 +46,22 @@ constexpr double kTolerance = 0.1;  // of curves, in pixels
   return length;
 }
 
+/// Returns whether drawing dashes would take too long: too many at all, or too many in one place,
+/// as cairo intersects those that overlap.
+/// @param reach  of a dash, in pixels
+[[nodiscard]] bool areTooMany(double count, double reach, const PixelArea& picture) {
+  constexpr double kMost = 1e6;
+  constexpr double kMostInOnePlace = 1e4;
+  const double share = std::min(1.0, reach / std::max(picture.width, picture.height));
+  return !(count < kMost && count * share < kMostInOnePlace);  // also for NaN
+}
+
 /// Sets the pen. Returns false if a stroke of too many dashes is solid. Its cost is bounded, also
 /// for a hostile transform: cairo makes a point for each deviation of a round join from a polygon,
 /// and a piece for each dash. A stroke wider than any picture gets coarser joins, and one of too
 /// many dashes is solid.
 [[nodiscard]] bool setPen(cairo_t* cr, const Shape& shape, const tq::AffineTransform& transform) {
   constexpr double kToleranceOfWidth = 2e-5;
-  constexpr double kMostDashes = 1e6;
   const tq::Dictionary& style = shape.style();
   const double width = numberIn(style, "strokeWidth", 1);
   cairo_set_tolerance(
@@ -70,10 +79,13 @@ constexpr double kTolerance = 0.1;  // of curves, in pixels
   const auto* dashes = tq::objectCast<tq::Array>(style.objectForKey("dashes"));
   const auto lengths = dashes != nullptr ? numbersOf(*dashes) : std::nullopt;
   const bool isDashed = lengths && isDashing(*lengths);
-  const double period = isDashed ? std::accumulate(lengths->begin(), lengths->end(), 0.0) : 0;
   cairo_set_dash(cr, nullptr, 0, 0);
-  if (!isDashed) return true;
-  if (longestLength(shape.path()) >= kMostDashes * period) return false;
+  const auto picture = visiblePixels(cr, tq::RectInfinite);
+  if (!isDashed || !picture) return true;
+  const double period = std::accumulate(lengths->begin(), lengths->end(), 0.0);
+  const double count = longestLength(shape.path()) / period;
+  const double reach = (period + std::abs(width)) * largestScale(transform);
+  if (areTooMany(count, reach, *picture)) return false;
   cairo_set_dash(cr, lengths->data(), static_cast<int>(lengths->size()),
                  numberIn(style, "dashOffset", 0));
   return true;

@@ -146,6 +146,9 @@ TEST(Canvas, ReportsWhatItCannotDraw) {
       {"effects that are nested too deeply 6", nested + repeated("</g>", 30)},
       {"dashes of a long stroke 1",
        "<path d='M0 0h1e7' stroke='red' stroke-dasharray='1' fill='none'/>"},
+      {"dashes of a long stroke 1",  // which overlap
+       "<path d='M0 0h1e5' transform='scale(1 1e4)' stroke='red' stroke-dasharray='1' "
+       "fill='none'/>"},
       {"none", "<text y='9'>a b</text><path d='M0 0h9' stroke='red' stroke-dasharray='1'/>"}};
   for (const auto& [leftOut, content] : cases) {
     const auto document = drawingOf(content);

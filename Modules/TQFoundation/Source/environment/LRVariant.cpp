@@ -109,6 +109,7 @@ bool LRVariant::isDisjoint(const LRVariant& withOther) const noexcept {
 }
 
 LRVariant::Insertion LRVariant::insert(Ref<LRVariant>& set, const Ref<LRVariant>& newMember) {
+  TQ_ASSERT(set != nullptr && newMember != nullptr);
   Ref<LRVariant> held = set->intersection(*newMember);
   if (held->isEqual(*newMember)) return {false, std::move(held)};
   formUnion(set, *newMember);
@@ -116,6 +117,7 @@ LRVariant::Insertion LRVariant::insert(Ref<LRVariant>& set, const Ref<LRVariant>
 }
 
 Ref<LRVariant> LRVariant::remove(Ref<LRVariant>& set, const LRVariant& member) {
+  TQ_ASSERT(set != nullptr);
   Ref<LRVariant> held = set->intersection(member);
   if (held->isEmpty()) return nullptr;
   subtract(set, member);
@@ -123,22 +125,29 @@ Ref<LRVariant> LRVariant::remove(Ref<LRVariant>& set, const LRVariant& member) {
 }
 
 Ref<LRVariant> LRVariant::update(Ref<LRVariant>& set, const LRVariant& newMember) {
+  TQ_ASSERT(set != nullptr);
   Ref<LRVariant> held = set->intersection(newMember);
   formUnion(set, newMember);
   return held->isEmpty() ? nullptr : held;
 }
 
-void LRVariant::formUnion(Ref<LRVariant>& set, const LRVariant& other) { set = set->union_(other); }
+void LRVariant::formUnion(Ref<LRVariant>& set, const LRVariant& other) {
+  TQ_ASSERT(set != nullptr);
+  set = set->union_(other);
+}
 
 void LRVariant::formIntersection(Ref<LRVariant>& set, const LRVariant& other) {
+  TQ_ASSERT(set != nullptr);
   set = set->intersection(other);
 }
 
 void LRVariant::formSymmetricDifference(Ref<LRVariant>& set, const LRVariant& other) {
+  TQ_ASSERT(set != nullptr);
   set = set->symmetricDifference(other);
 }
 
 void LRVariant::subtract(Ref<LRVariant>& set, const LRVariant& other) {
+  TQ_ASSERT(set != nullptr);
   set = set->subtracting(other);
 }
 

@@ -26,7 +26,7 @@ class TQ_EXPORT CurrentVariantDelegate {
 };
 
 /// A set of build variants, one bit each. Every set operation returns a new object. The in-place
-/// forms are static and store a new object in the given reference.
+/// forms are static and store a new object in the given reference, which must not be null.
 ///
 /// Threads: any; immutable. The delegate is not locked: it must be set once, at start-up.
 class TQ_EXPORT LRVariant final : public Subclass<LRVariant> {

@@ -103,8 +103,27 @@ TEST_F(Variant, IsASet) {
   }
 }
 
-TEST_F(Variant, DiffersFromNumbersAndHasADescription) {
+TEST_F(Variant, RefusesNull) {
   EXPECT_DEATH(static_cast<void>(LRVariant::initWithVariants({nullptr})), "variant != nullptr");
+  using Change = void (*)(Ref<LRVariant>&, const LRVariant&);
+  const Change changes[] = {
+      &LRVariant::formUnion,
+      &LRVariant::formIntersection,
+      &LRVariant::formSymmetricDifference,
+      &LRVariant::subtract,
+      [](Ref<LRVariant>& set, const LRVariant&) { LRVariant::insert(set, LRVariant::beta()); },
+      [](Ref<LRVariant>& set, const LRVariant& other) { LRVariant::remove(set, other); },
+      [](Ref<LRVariant>& set, const LRVariant& other) { LRVariant::update(set, other); },
+  };
+  Ref<LRVariant> set;
+  for (const Change change : changes) {
+    EXPECT_DEATH(change(set, *LRVariant::beta()), "set != nullptr");
+  }
+  set = LRVariant::beta();
+  EXPECT_DEATH(LRVariant::insert(set, nullptr), "newMember != nullptr");
+}
+
+TEST_F(Variant, DiffersFromNumbersAndHasADescription) {
   const Ref<LRVariant> six = LRVariant::initWithVariants({LRVariant::xcode(), LRVariant::beta()});
   EXPECT_FALSE(six->isEqual(*Number::numberWith(6)));
   EXPECT_TRUE(six->description().starts_with("<LRVariant: 0x"));

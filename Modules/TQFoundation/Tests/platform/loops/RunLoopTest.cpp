@@ -11,8 +11,6 @@ namespace {
 
 using namespace test;
 
-constexpr RunLoopMode kTracking{7};
-
 // Records what runs, in order.
 struct Trace {
   std::vector<std::string> steps;
@@ -42,20 +40,22 @@ TEST(RunLoop, PerformsBlocksInOrderTwiceInAPass) {
 }
 
 TEST(RunLoop, BlocksOfOtherModesKeepTheirPlace) {
+  static std::uint32_t next = 7;  // a mode that is common stays so
+  const RunLoopMode tracking{next++};
   RunLoop& loop = RunLoop::current();
   Trace trace;
-  loop.performBlock(trace.says("tracking 1"), kTracking);
+  loop.performBlock(trace.says("tracking 1"), tracking);
   loop.performBlock(trace.says("common"));
   loop.performBlock(trace.says("standard"), RunLoopMode::standard);
-  loop.performBlock(trace.says("tracking 2"), kTracking);
+  loop.performBlock(trace.says("tracking 2"), tracking);
   loop.runOnce();
   EXPECT_THAT(trace.take(), ElementsAre("common", "standard"));
   loop.performBlock(trace.says("common"));
   mainQueueAsync(trace.says("queue"));
-  loop.runOnce(0, kTracking);
+  loop.runOnce(0, tracking);
   EXPECT_THAT(trace.take(), ElementsAre("tracking 1", "tracking 2")) << "not a common mode yet";
-  loop.addCommonMode(kTracking);
-  loop.runOnce(0, kTracking);
+  loop.addCommonMode(tracking);
+  loop.runOnce(0, tracking);
   EXPECT_THAT(trace.take(), ElementsAre("common", "queue"));
 }
 
