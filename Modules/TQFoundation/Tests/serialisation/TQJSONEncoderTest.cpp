@@ -183,7 +183,7 @@ TEST(TQJSONEncoder, ReportsWhatTheHostChangesMeanwhile) {
       Array::arrayWithObjects({buffer}), &error));
   expectError(error, TQJSONEncoderError, 0,
               "The archive cannot contain the data it is written to.");
-  for (const std::size_t added : {1, 100'000}) {  // with and without a new block of memory
+  for (const std::size_t added : {1U, 100'000U}) {  // with and without a new block of memory
     for (const bool sets : {false, true}) {
       buffer->setLength(0);
       const auto sink = TQJSONDataEncoder::initWithData(buffer);
