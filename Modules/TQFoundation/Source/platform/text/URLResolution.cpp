@@ -77,6 +77,18 @@ GURI resolved(const std::string& base, const std::string& reference) {
   return resolved(base, reference, kFlags | G_URI_FLAGS_NON_DNS);
 }
 
+/// Returns the text of a URL. GLib decodes the "%25" before the zone of an IPv6 address, and leaves
+/// it so.
+std::string textOf(GUri* url) {
+  const std::unique_ptr<char, void (*)(void*)> joined(g_uri_to_string(url), g_free);
+  std::string text = joined.get();
+  const char* const host = g_uri_get_host(url);
+  const char* const zone = host != nullptr ? std::strchr(host, '%') : nullptr;
+  if (zone == nullptr || std::strchr(host, ':') == nullptr) return text;
+  const std::string bracketed = '[' + std::string(host) + ']';
+  return text.insert(text.find(bracketed) + static_cast<std::size_t>(zone - host) + 2, "25");
+}
+
 }  // namespace
 
 Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
@@ -87,9 +99,7 @@ Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   if ((base + reference).find('\0') != std::string::npos) return nullptr;
   if (hasSemicolonInHost(base) || hasSemicolonInHost(reference)) return nullptr;
   const GURI url = resolved(base, reference);
-  if (!url) return nullptr;
-  const std::unique_ptr<char, void (*)(void*)> joined(g_uri_to_string(url.get()), g_free);
-  return URL::URLWithString(joined.get());
+  return url ? URL::URLWithString(textOf(url.get())) : nullptr;
 }
 
 }  // namespace tq

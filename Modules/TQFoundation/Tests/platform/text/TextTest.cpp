@@ -172,6 +172,8 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
       {"http://h", "//u@a%40b%3A1:80", "http://u@a%40b%3A1:80"},
       {"x://a%20b c/", "", "x://a%20b%20c/"},
       {"http://[::1]:80/a", "b", "http://[::1]:80/b"},
+      {"http://u@[fe80::1%25ab]:80/a", "b", "http://u@[fe80::1%25ab]:80/b"},
+      {"http://h/a", "//[::1%25eth0]/%25", "http://[::1%25eth0]/%25"},
       {"http://%31.2.3.4/", "", "(null)"},
       {"http://a;b/../c", "/d", "(null)"},
       {"http://a/c", " /\t/a;b/../d", "(null)"},
