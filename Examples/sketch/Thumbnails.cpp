@@ -1,11 +1,30 @@
 #include "Thumbnails.h"
 
+#include <exception>
 #include <utility>
 
 #include "Files/Drawing.h"
 #include "Files/FileList.h"
 
 namespace sketch {
+
+namespace {
+
+/// Returns null if the drawing cannot be drawn.
+[[nodiscard]] std::shared_ptr<tqdoc::Canvas> thumbnailOf(const tqdoc::Document& document,
+                                                         int side) {
+  try {
+    auto picture = std::make_shared<tqdoc::Canvas>(side, side);
+    const tq::Rect all(0, 0, side, side);
+    picture->fill(all, {1, 1, 1});
+    picture->draw(document, all);
+    return picture;
+  } catch (const std::exception&) {
+    return nullptr;
+  }
+}
+
+}  // namespace
 
 /// Draws one file and reports to the main thread.
 class Thumbnails::Drawer final : public tq::Subclass<Drawer, tq::Operation> {
@@ -19,9 +38,7 @@ class Thumbnails::Drawer final : public tq::Subclass<Drawer, tq::Operation> {
     std::shared_ptr<tqdoc::Canvas> picture;
     if (const auto document = tqdoc::openDrawing(file_.native(), nullptr).document) {
       if (isCancelled()) return;
-      picture = std::make_shared<tqdoc::Canvas>(kSide, kSide);
-      picture->fill({0, 0, kSide, kSide}, {1, 1, 1});
-      picture->draw(*document, {0, 0, kSide, kSide});
+      picture = thumbnailOf(*document, kSide);
     }
     tq::mainQueueAsync([owner = owner_, batch = batch_, file = file_, picture] {
       if (const auto thumbnails = owner.lock()) thumbnails->finish(batch, file, picture.get());

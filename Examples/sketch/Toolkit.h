@@ -5,10 +5,13 @@
 
 #include <gtk/gtk.h>
 
+#include <exception>
 #include <functional>
 #include <string>
 #include <type_traits>
 #include <utility>
+
+#include "Files/Drawing.h"
 
 namespace sketch {
 namespace detail {
@@ -17,7 +20,12 @@ template <class Result, class... Arguments>
 struct Signal {
   using Handler = std::function<Result(Arguments...)>;
   static Result call(gpointer, Arguments... arguments, gpointer handler) {
-    return (*static_cast<Handler*>(handler))(arguments...);
+    try {
+      return (*static_cast<Handler*>(handler))(arguments...);
+    } catch (const std::exception&) {
+      tq::TQLogging::applicationLog().log(tq::LogLevel::error, "{}", tqdoc::exceptionText());
+      return Result();
+    }
   }
   static void release(gpointer handler, GClosure*) { delete static_cast<Handler*>(handler); }
 };
@@ -25,7 +33,9 @@ struct Signal {
 }  // namespace detail
 
 /// Calls `handler` for a signal of `sender`, as long as that exists. `Result` and `Arguments` are
-/// those of the signal, without the sender. The handler must not throw.
+/// those of the signal, without the sender. If the handler throws, for example because there is not
+/// enough memory to draw, the reason is logged and the editor goes on: the drawing is not saved
+/// yet.
 template <class Result, class... Arguments>
 void onSignal(gpointer sender, const char* signal,
               std::type_identity_t<std::function<Result(Arguments...)>> handler) {
