@@ -13,6 +13,24 @@
 
 namespace tqdoc {
 
+namespace {
+
+/// Returns where an output is written: at the end of all links, even if there is no file yet.
+[[nodiscard]] std::filesystem::path placeOf(const std::string& output) {
+  constexpr int kMostLinks = 40;  // as in the system
+  std::error_code fault;          // writing the output reports it
+  auto place = std::filesystem::absolute(output == kStandardStream ? "/dev/stdout" : output, fault);
+  for (int i = 0; i < kMostLinks; ++i) {
+    const auto target = std::filesystem::read_symlink(place, fault);
+    if (fault) break;
+    place = place.parent_path() / target;
+  }
+  const auto real = std::filesystem::weakly_canonical(place, fault);
+  return fault ? place : real;
+}
+
+}  // namespace
+
 Outcome reportError(std::string_view message) {
   std::cerr << "tqdoc: " << tq::printableText(message) << '\n';
   return Outcome::error;
@@ -37,16 +55,16 @@ bool isOneOf(const std::string& picture, std::span<const std::string> drawings) 
   return found;
 }
 
+bool isStandardOutput(const std::string& output) {
+  return placeOf(output) == placeOf(std::string(kStandardStream));
+}
+
 bool isWrittenTwice(const std::vector<std::string>& outputs) {
   std::set<std::filesystem::path> places;
   for (const std::string& output : outputs) {
-    std::error_code fault;  // writing the file reports it
-    const bool isStream = output == kStandardStream;
-    const auto real =
-        std::filesystem::weakly_canonical(std::filesystem::absolute(output, fault), fault);
-    const std::filesystem::path place = isStream || fault ? output : real.native();
-    if (output.empty() || places.insert(place).second) continue;
-    reportError((isStream ? "standard output" : output) + ": would be written twice");
+    if (output.empty() || places.insert(placeOf(output)).second) continue;
+    reportError((isStandardOutput(output) ? "standard output" : output) +
+                ": would be written twice");
     return true;
   }
   return false;

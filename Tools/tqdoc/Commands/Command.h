@@ -42,6 +42,9 @@ void reportUnsupported(const std::string& path, const Features& leftOut);
 /// Reports an error if a picture would replace one of the drawings that it is made from.
 [[nodiscard]] bool isOneOf(const std::string& picture, std::span<const std::string> drawings);
 
+/// Returns whether an output is standard output, by any of its names.
+[[nodiscard]] bool isStandardOutput(const std::string& output);
+
 /// Reports an error if two of the outputs would be written to one place. Empty ones are not
 /// written.
 [[nodiscard]] bool isWrittenTwice(const std::vector<std::string>& outputs);

@@ -196,7 +196,7 @@ class Comparison {
     if (!differences.empty()) outcome_ = std::max(outcome_, Outcome::different);
     if (options_.asJSON) {
       printJSON(*changeRecords(differences, *oldDrawing, *newDrawing));
-    } else if (options_.report != kStandardStream && options_.picture != kStandardStream) {
+    } else if (!isStandardOutput(options_.report) && !isStandardOutput(options_.picture)) {
       if (hasHeadings_ && !differences.empty()) std::cout << tq::printableText(pair.name) << '\n';
       printText(differences);
     }

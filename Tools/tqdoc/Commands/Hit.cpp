@@ -59,7 +59,7 @@ Outcome hit(const HitOptions& options) {
   for (const PlacedNode* placed : hits) overlay.marks.push_back({placed->node, {1, 0.5, 0}});
   if (options.asJSON) {
     printRecords(hits);
-  } else if (options.picture != kStandardStream) {
+  } else if (!isStandardOutput(options.picture)) {
     printText(hits);
   }
   if (options.picture.empty()) return Outcome::success;

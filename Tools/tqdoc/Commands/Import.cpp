@@ -22,7 +22,7 @@ Outcome import(const ImportOptions& options) {
   std::string output = options.output;
   if (output.empty() && options.drawing == kStandardStream) output = kStandardStream;
   if (output.empty()) output = std::filesystem::path(options.drawing).replace_extension("tqdoc");
-  const bool isStream = output == kStandardStream;
+  const bool isStream = isStandardOutput(output);
   if (!isStream && !isArchive(output))
     return reportError(output + ": the name of an archive must end in .tqdoc");
   tq::Ref<tq::Error> error;

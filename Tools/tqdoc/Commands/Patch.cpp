@@ -27,7 +27,7 @@ struct PatchOptions {
 }
 
 Outcome patch(const PatchOptions& options) {
-  const bool isStream = options.output == kStandardStream;
+  const bool isStream = isStandardOutput(options.output);
   if (!isStream && !isArchive(options.output)) {
     return reportError(options.output + ": the name of an archive must end in .tqdoc");
   }

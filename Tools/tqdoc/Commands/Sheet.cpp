@@ -129,7 +129,7 @@ Outcome sheet(const SheetOptions& options) {
   if (!sheet.canvas().writePNG(options.output, &error)) {
     return reportError(error->localizedDescription());
   }
-  if (options.output != kStandardStream) {
+  if (!isStandardOutput(options.output)) {
     std::cout << tq::printableText(options.output) << ": " << counted(sheet.count(), "drawing")
               << (sheet.count() == 1 ? " beside its reopened archive\n"
                                      : " beside their reopened archives\n");

@@ -32,14 +32,18 @@ misused import '--output: is empty' "$data/face.svg" -o ''
 misused hit "area: 'nan' is not a number" "$data/face.svg" nan 1
 misused render "--width: '1.5' is not a whole number from 0 to 8192" "$data/face.svg" -o a.png --width 1.5
 misused show "unknown option '-x.svg' (write ./-x.svg for a file)" -x.svg
-for words in "--png $work/a --html $work/./a" "--json --png -" "--png - --html -"; do
+ln -s a "$work/b"
+for words in "--png $work/a --html $work/./a" "--png $work/a --html $work/b" "--json --png -" \
+  "--png - --html -" "--png /dev/stdout --html -"; do
   # shellcheck disable=SC2086  # words
   ! "$tqdoc" diff "$data/face.svg" "$data/face-changed.svg" $words 2>"$work/errors" || fail "$words"
   grep -q ': would be written twice$' "$work/errors" || fail "$words: $(cat "$work/errors")"
 done
 ends 2 'tqdoc: standard output: would be written twice\n' hit "$data/face.svg" 1 2 --json --png -
-ends 0 '' hit "$data/face.svg" 1 2 --png -
-head -c 4 "$work/out" | grep -q PNG || fail "text and a picture on standard output"
+for output in - /dev/stdout; do
+  ends 0 '' hit "$data/face.svg" 1 2 --png "$output"
+  head -c 4 "$work/out" | grep -q PNG || fail "text and a picture on standard output"
+done
 
 ends 0 '' options width 7
 ends 0 '' options recent 7

@@ -176,6 +176,7 @@ namespace detail {
 
 /// Stands for a decoder when constructors are examined. It converts to nothing else: a decoder also
 /// converts to Object, so that T(const Object&) would look like a constructor from a decoder.
+/// A class that cannot be constructed from an Object may do with a decoder what it likes.
 struct DecoderProbe {
   DecoderProbe(const DecoderProbe&) = delete;
   template <class T>
@@ -216,11 +217,13 @@ consteval Class Class::make() noexcept {
   } else if constexpr (requires { T::codingName; }) {
     record.codingName_ = T::codingName;
   }
-  static_assert(isPlainName(T::className),
-                "className must be plain: no quotation mark, backslash or control character");
+  static_assert(
+      isPlainName(T::className),
+      "className must be plain: UTF-8 without quotation mark, backslash and control character");
   if constexpr (requires { T::codingName; }) {
-    static_assert(isPlainName(T::codingName),
-                  "codingName must be plain: no quotation mark, backslash or control character");
+    static_assert(
+        isPlainName(T::codingName),
+        "codingName must be plain: UTF-8 without quotation mark, backslash and control character");
   }
   if constexpr (requires { typename T::CodingClass; }) {
     record.codingClass_ = &classOf<typename T::CodingClass>;
@@ -234,7 +237,9 @@ consteval Class Class::make() noexcept {
     record.json_.initWithJSONDecoder = [](TQJSONDecoder& decoder) -> Ref<Object> {
       return T::initWithJSONDecoder(decoder);
     };
-  } else if constexpr (std::is_constructible_v<T, const detail::DecoderProbe&>) {
+  } else if constexpr (std::is_constructible_v<T, const detail::DecoderProbe&> ||
+                       (std::is_constructible_v<T, TQJSONDecoder&> &&
+                        !std::is_constructible_v<T, const Object&>)) {
     record.json_.initWithJSONDecoder = [](TQJSONDecoder& decoder) -> Ref<Object> {
       return makeRef<T>(decoder);
     };

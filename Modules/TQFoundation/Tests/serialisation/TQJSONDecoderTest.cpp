@@ -24,6 +24,19 @@ struct LentWrapper final : Subclass<LentWrapper> {
   explicit LentWrapper(LentObject) {}
 };
 
+/// These have more than one way to take a decoder.
+struct EitherWay final : Subclass<EitherWay> {
+  static constexpr std::string_view className = "EitherWay";
+  explicit EitherWay(TQJSONDecoder&) {}
+  explicit EitherWay(const TQJSONDecoder&) {}
+};
+struct AnyDecoder final : Subclass<AnyDecoder> {
+  static constexpr std::string_view className = "AnyDecoder";
+  explicit AnyDecoder(std::derived_from<TQJSONDecoder> auto&) {}
+};
+static_assert(classOf<EitherWay>.json().initWithJSONDecoder != nullptr);
+static_assert(classOf<AnyDecoder>.json().initWithJSONDecoder != nullptr);
+
 class TQJSONDecoderTest : public testing::Test {
  protected:
   TQJSONDecoderTest() {

@@ -24,8 +24,15 @@ GURI joinable(GUri* url) {
   return isJoinable ? std::move(owned) : GURI(nullptr, g_uri_unref);
 }
 
-/// Returns true if the text has a host with a semicolon. GLib takes it for the start of the path.
-bool hasSemicolonInHost(std::string text) {
+/// Returns true if a name means the same with and without escapes.
+bool isPlain(std::string_view name) {
+  return std::ranges::all_of(name, [](char c) {
+    return g_ascii_isalnum(c) || std::string_view("-._~").find(c) != std::string_view::npos;
+  });
+}
+
+/// Returns what follows "//" up to the path, as GLib sees it; empty if there is none.
+std::string authorityOf(std::string text) {
   // GLib ignores white space, but escapes spaces within the text.
   std::erase_if(text, [](char c) { return c != ' ' && g_ascii_isspace(c) != 0; });
   text.erase(0, text.find_first_not_of(' '));
@@ -33,11 +40,23 @@ bool hasSemicolonInHost(std::string text) {
   if (const char* const scheme = g_uri_peek_scheme(text.c_str())) {
     rest.remove_prefix(std::strlen(scheme) + 1);
   }
-  if (!rest.starts_with("//")) return false;
-  const std::string_view authority = rest.substr(2, rest.find_first_of("/?#", 2) - 2);
+  if (!rest.starts_with("//")) return "";
+  return std::string(rest.substr(2, rest.find_first_of("/?#", 2) - 2));
+}
+
+/// Returns true if the host has a semicolon, which GLib takes for the start of the path, or is an
+/// IPv6 address with a zone that GLib would not write as it was read.
+bool hasUnusableHost(std::string_view authority) {
   const std::size_t semicolon = authority.rfind(';');
-  return semicolon != std::string_view::npos &&
-         authority.find('@', semicolon) == std::string_view::npos;
+  if (semicolon != std::string_view::npos &&
+      authority.find('@', semicolon) == std::string_view::npos) {
+    return true;
+  }
+  const std::string_view host = authority.substr(authority.rfind('@') + 1);
+  const std::size_t percent = host.find('%');
+  if (!host.starts_with('[') || percent > host.find(']')) return false;
+  const std::string_view zone = host.substr(percent, host.find(']') - percent);
+  return !zone.starts_with("%25") || zone.size() == 3 || !isPlain(zone.substr(3));
 }
 
 /// Escapes each "%" that begins no escape. With what is decoded after it, it could begin one.
@@ -60,13 +79,6 @@ GURI resolved(const std::string& base, const std::string& reference, int flags) 
                          : nullptr);
 }
 
-/// Returns true if a host means the same with and without escapes.
-bool isPlain(std::string_view host) {
-  return std::ranges::all_of(host, [](char c) {
-    return g_ascii_isalnum(c) || std::string_view("-._~").find(c) != std::string_view::npos;
-  });
-}
-
 /// GLib decodes hosts as names of computers: "a%2Fb" would become the host "a" and the path "/b".
 /// Any other name keeps its escapes.
 GURI resolved(const std::string& base, const std::string& reference) {
@@ -82,11 +94,11 @@ GURI resolved(const std::string& base, const std::string& reference) {
 std::string textOf(GUri* url) {
   const std::unique_ptr<char, void (*)(void*)> joined(g_uri_to_string(url), g_free);
   std::string text = joined.get();
-  const char* const host = g_uri_get_host(url);
-  const char* const zone = host != nullptr ? std::strchr(host, '%') : nullptr;
-  if (zone == nullptr || std::strchr(host, ':') == nullptr) return text;
-  const std::string bracketed = '[' + std::string(host) + ']';
-  return text.insert(text.find(bracketed) + static_cast<std::size_t>(zone - host) + 2, "25");
+  const std::string_view host = g_uri_get_host(url) != nullptr ? g_uri_get_host(url) : "";
+  const std::size_t zone = host.find('%');
+  if (zone == host.npos || host.find(':') == host.npos) return text;
+  const std::size_t place = text.find('[' + std::string(host) + ']');
+  return place == text.npos ? text : text.insert(place + 1 + zone + 1, "25");
 }
 
 }  // namespace
@@ -97,7 +109,9 @@ Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
   const std::string reference = withValidEscapes(text);
   // GLib's strings end at the first NUL.
   if ((base + reference).find('\0') != std::string::npos) return nullptr;
-  if (hasSemicolonInHost(base) || hasSemicolonInHost(reference)) return nullptr;
+  if (hasUnusableHost(authorityOf(base)) || hasUnusableHost(authorityOf(reference))) {
+    return nullptr;
+  }
   const GURI url = resolved(base, reference);
   return url ? URL::URLWithString(textOf(url.get())) : nullptr;
 }

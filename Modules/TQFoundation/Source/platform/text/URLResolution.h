@@ -19,6 +19,7 @@ namespace tq {
 ///   slashes of a "file:" URL stay, although its path has plain slashes there;
 /// - spaces, characters that are not ASCII, and each "%" that begins no escape, are escaped. The
 ///   name of a computer that is not ASCII becomes "xn--…";
+/// - an empty port is dropped with its colon;
 /// - white space around `text`, and white space within it other than spaces, is removed.
 ///
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
@@ -27,7 +28,7 @@ namespace tq {
 ///         - either contains a NUL, or a port that is not a number up to 65535;
 ///         - either has a host that contains a semicolon, "%00" or escapes that are not UTF-8, that
 ///           begins with "[" but is no IPv6 address in brackets, or that is an IP address with
-///           escapes;
+///           escapes, except the "%25" before a zone of letters, digits and "-._~";
 ///         - the result has no host and a path that begins with "//";
 ///         - the result is a "file:" URL that URL::URLWithString() refuses
 /// Threads: any.
