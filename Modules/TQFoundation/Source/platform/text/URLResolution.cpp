@@ -53,9 +53,9 @@ bool hasUnusableHost(std::string_view authority) {
     return true;
   }
   const std::string_view host = authority.substr(authority.rfind('@') + 1);
-  const std::size_t percent = host.find('%');
-  if (!host.starts_with('[') || percent == host.npos || percent > host.find(']')) return false;
-  const std::string_view zone = host.substr(percent, host.find(']') - percent);
+  const std::size_t percent = host.find('%'), end = host.rfind(']');
+  if (!host.starts_with('[') || percent == host.npos || percent > end) return false;
+  const std::string_view zone = host.substr(percent, end - percent);
   return !zone.starts_with("%25") || zone.size() == 3 || !isPlain(zone.substr(3));
 }
 

@@ -177,6 +177,7 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
       {"http://[::1%25]/", "", "(null)"},
       {"http://h/", "//u@[::1%25a%00]:8/", "(null)"},
       {"http://h/", "//[::1%25a%2Fb]/", "(null)"},
+      {"http://h/", "//[::1%25a]%2Fb]/", "(null)"},
       {"http://h/", "//[::1%25é]/", "(null)"},
       {"http://h:/a", "b", "http://h/b"},
       {"http://%31.2.3.4/", "", "(null)"},
