@@ -79,7 +79,9 @@ FileStamps stampsOf(const std::string& path) {
 class Watched {
  public:
   explicit Watched(const std::string& path)
-      : descriptor_(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC)) {}
+      : descriptor_(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC)) {
+    noteHeader();
+  }
   ~Watched() {
     if (descriptor_ >= 0) ::close(descriptor_);
   }
@@ -92,12 +94,11 @@ class Watched {
     return descriptor_ < 0 ||
            (::fstat(descriptor_, &status) == 0 && status.st_nlink != 0 && status.st_size >= least);
   }
-  /// Returns false if the file was removed, replaced or truncated. A new one is empty at first; the
-  /// database itself makes it empty never again.
-  [[nodiscard]] bool isWhole() noexcept {
-    hadHeader_ = hadHeader_ || isAtLeast(kHeaderSize);
-    return isAtLeast(hadHeader_ ? kHeaderSize : 0);
-  }
+  /// Must be called after each transaction: a new file is empty before the first one.
+  void noteHeader() noexcept { hadHeader_ = hadHeader_ || isAtLeast(kHeaderSize); }
+  /// Returns false if the file was removed, replaced or truncated. The database itself never
+  /// removes a header.
+  [[nodiscard]] bool isWhole() const noexcept { return isAtLeast(hadHeader_ ? kHeaderSize : 0); }
 
  private:
   int descriptor_;
@@ -239,6 +240,13 @@ struct PreferenceDatabase::Connection {
     return prepareToRead();
   }
 
+  /// Called after a transaction.
+  void noteHeaders() noexcept {
+    for (const auto& each : {file.get(), log.get()}) {
+      if (each != nullptr) each->noteHeader();
+    }
+  }
+
   int dataVersion(std::int64_t& number) {
     int code = sqlite3_step(version.get());
     if (code == SQLITE_ROW) {
@@ -261,7 +269,7 @@ struct PreferenceDatabase::Connection {
 };
 
 PreferenceDatabase::PreferenceDatabase() = default;
-PreferenceDatabase::~PreferenceDatabase() = default;
+PreferenceDatabase::~PreferenceDatabase() { close(); }
 
 bool PreferenceDatabase::isOpen() const noexcept { return connection_ != nullptr; }
 bool PreferenceDatabase::isWritable() const noexcept { return connection_->isWritable; }
@@ -382,20 +390,20 @@ PreferenceDatabase::Result PreferenceDatabase::read(
     fault_ = "the file was changed while it was read";
     return Result::failed;
   }
+  connection_->noteHeaders();
   return resultOf(code == SQLITE_DONE ? SQLITE_OK : code);
 }
 
 PreferenceDatabase::Result PreferenceDatabase::write(const PreferenceChanges& changes) {
-  if (changes.size() == 1) {  // a single statement is a transaction
-    return resultOf(connection_->writeOne(changes.begin()->first, changes.begin()->second.bytes));
-  }
-  int code = connection_->execute("BEGIN IMMEDIATE");
+  const bool isOne = changes.size() == 1;  // a single statement is a transaction
+  int code = isOne ? SQLITE_OK : connection_->execute("BEGIN IMMEDIATE");
   for (auto change = changes.begin(); code == SQLITE_OK && change != changes.end(); ++change) {
     code = connection_->writeOne(change->first, change->second.bytes);
   }
-  if (code == SQLITE_OK) code = connection_->execute("COMMIT");
+  if (code == SQLITE_OK && !isOne) code = connection_->execute("COMMIT");
+  connection_->noteHeaders();
   const Result result = resultOf(code);
-  if (result != Result::done) connection_->execute("ROLLBACK");
+  if (result != Result::done && !isOne) connection_->execute("ROLLBACK");
   return result;
 }
 

@@ -207,6 +207,22 @@ TEST_F(SickPreferences, FilesMayBeCutBetweenRuns) {
   }
 }
 
+TEST_F(SickPreferences, FilesMayBeCutAtAnyMoment) {
+  for (const std::string suffix : {"", "-wal", "-shm"}) {
+    SCOPED_TRACE(suffix);
+    fs::remove_all(folder);
+    open()->setInteger(2, "old");
+    Ref<UserDefaults> defaults = open();
+    defaults->setInteger(4, "last");
+    EXPECT_EQ(defaults->integerForKey("old"), 2);
+    fs::resize_file(database + suffix, 0);
+    EXPECT_TRUE(defaults->synchronize());  // the first check of the files
+    defaults = nullptr;
+    writesAgain(2);
+    EXPECT_EQ(open()->integerForKey("last"), 4);
+  }
+}
+
 TEST_F(SickPreferences, ALogThatIsCutWhileAnotherProcessUsesItIsSetAside) {
   auto& stage = shared<std::atomic<int>>();
   Child writer([&] {
