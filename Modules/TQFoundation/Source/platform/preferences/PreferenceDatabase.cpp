@@ -189,7 +189,12 @@ struct PreferenceDatabase::Connection {
     const int code = prepare(store,
                              "INSERT INTO preference VALUES (?1, ?2)"
                              " ON CONFLICT (key) DO UPDATE SET value = excluded.value");
-    return code == SQLITE_OK ? prepare(remove, "DELETE FROM preference WHERE key = ?1") : code;
+    // Other programs may have stored texts and numbers as keys, which read() returns as bytes.
+    // Numbers are less than all texts.
+    return code == SQLITE_OK ? prepare(remove,
+                                       "DELETE FROM preference WHERE key IN (?1, CAST(?1 AS TEXT))"
+                                       " OR (key < '' AND CAST(key AS BLOB) = ?1)")
+                             : code;
   }
 
   void watch() {

@@ -206,6 +206,16 @@ TEST_F(UserDefaultsTest, IgnoresInvalidEntriesAndDamageInUseKeepsTheOthers) {
   EXPECT_EQ(count(), 1u);
   EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("Ignored 3 invalid entries")));
   EXPECT_EQ(defaults->integerForKey("known"), 1);
+  execute(
+      "DELETE FROM preference WHERE key <> x'6B6E6F776E';"
+      "INSERT INTO preference SELECT 'text', value FROM preference;"
+      "INSERT INTO preference SELECT 7, value FROM preference LIMIT 1");
+  EXPECT_TRUE(defaults->synchronize());
+  for (const char* const key : {"text", "7"}) {  // no bytes in the database
+    EXPECT_EQ(defaults->integerForKey(key), 1);
+    defaults->removeObjectForKey(key);
+  }
+  EXPECT_EQ(savedCount(), 1);
   execute("DROP TABLE preference");
   defaults->setInteger(2, "later");
   EXPECT_EQ(defaults->integerForKey("known"), 1);
