@@ -47,7 +47,7 @@ struct FailingSystemCalls {
 
   /// @param end  the length that the file would have at least
   static bool fails(off_t end = 0) {
-    if (end > mostBytes) return errno = ENOSPC, true;
+    if (end > mostBytes) return errno = errorNumber, true;
     if (how == How::not_at_all) return false;
     const int before = left.fetch_sub(1);
     if (before > 1 || (before < 1 && how != How::stays_failed)) return false;

@@ -1,7 +1,9 @@
 #include <TQFoundation/platform/preferences/detail/PreferenceDatabase.h>
 
+#include <errno.h>
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -50,6 +52,19 @@ std::string uriOf(const std::string& path) {
     escaped != nullptr ? uri.append(escaped) : uri.append(1, c);
   }
   return uri;
+}
+
+/// Returns the system's error number of the last write that failed, in the log or the database.
+/// SQLite itself keeps none of a failed commit.
+int writeErrorOf(sqlite3* database) {
+  int number = 0;
+  sqlite3_file* log = nullptr;
+  sqlite3_file_control(database, nullptr, SQLITE_FCNTL_JOURNAL_POINTER, static_cast<void*>(&log));
+  if (log != nullptr && log->pMethods != nullptr) {
+    log->pMethods->xFileControl(log, SQLITE_FCNTL_LAST_ERRNO, &number);
+  }
+  if (number == 0) sqlite3_file_control(database, nullptr, SQLITE_FCNTL_LAST_ERRNO, &number);
+  return number;
 }
 
 /// The fields that change with each change of a file by another program.
@@ -307,6 +322,12 @@ PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
     case SQLITE_MISMATCH:
       break;
     case SQLITE_IOERR:
+      if (extended == SQLITE_IOERR_WRITE) {  // which is also that of quotas and limits
+        const int number = writeErrorOf(database);
+        if (number != EFBIG && number != EDQUOT) return Result::failed;
+        fault_ = ::strerrordesc_np(number);
+        return Result::full;
+      }
       if (extended != SQLITE_IOERR_SHORT_READ) return Result::failed;
       break;
     case SQLITE_READONLY:

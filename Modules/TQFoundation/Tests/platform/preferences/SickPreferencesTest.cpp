@@ -243,22 +243,27 @@ TEST_F(SickPreferences, ALogThatIsCutWhileAnotherProcessUsesItIsSetAside) {
 TEST_F(SickPreferences, AValueThatDoesNotFitDoesNotKeepOthersFromBeingSaved) {
   const off_t noLimit = FailingSystemCalls::mostBytes.exchange(400'000);
   const auto big = Data::dataWithBytes(std::string(1'000'000, 'x'));
-  Child writer([&] {
+  for (const int limit : {EDQUOT, EFBIG, ENOSPC}) {
+    SCOPED_TRACE(limit);
+    FailingSystemCalls::errorNumber = limit;
+    fs::remove_all(folder);
+    Child writer([&] {
+      const Ref<UserDefaults> defaults = open();
+      defaults->setObject(big, "big");
+      for (int i = 1; i <= 30; ++i) defaults->setInteger(i, "small");
+      EXPECT_NE(defaults->peekObjectForKey("big"), nullptr);
+      EXPECT_FALSE(defaults->synchronize());
+      if (!HasFailure()) ::raise(SIGKILL);
+    });
+    EXPECT_TRUE(WIFSIGNALED(writer.end()));
     const Ref<UserDefaults> defaults = open();
+    EXPECT_EQ(defaults->integerForKey("small"), 30);
+    EXPECT_EQ(defaults->objectForKey("big"), nullptr);
     defaults->setObject(big, "big");
-    for (int i = 1; i <= 30; ++i) defaults->setInteger(i, "small");
-    EXPECT_NE(defaults->peekObjectForKey("big"), nullptr);
     EXPECT_FALSE(defaults->synchronize());
-    if (!HasFailure()) ::raise(SIGKILL);
-  });
-  EXPECT_TRUE(WIFSIGNALED(writer.end()));
-  const Ref<UserDefaults> defaults = open();
-  EXPECT_EQ(defaults->integerForKey("small"), 30);
-  EXPECT_EQ(defaults->objectForKey("big"), nullptr);
-  defaults->setObject(big, "big");
-  EXPECT_FALSE(defaults->synchronize());
-  defaults->removeObjectForKey("big");
-  EXPECT_TRUE(defaults->synchronize());
+    defaults->removeObjectForKey("big");
+    EXPECT_TRUE(defaults->synchronize());
+  }
   FailingSystemCalls::mostBytes = noLimit;
 }
 

@@ -32,7 +32,7 @@ class PreferenceDatabase {
   enum class Result {
     done,
     damaged,  ///< the file is not a valid database
-    full,     ///< the change does not fit: full disk, value too large
+    full,     ///< the change does not fit: full disk, quota, limit of a file, value too large
     failed,   ///< no permission, locked by another process, out of memory
   };
 
