@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <utility>
 
 namespace tq::detail {
@@ -52,6 +53,35 @@ std::string uriOf(const std::string& path) {
     escaped != nullptr ? uri.append(escaped) : uri.append(1, c);
   }
   return uri;
+}
+
+constexpr int kLongestPath = 1024;  // SQLite opens none longer than 512
+using PathBuffer = std::array<char, kLongestPath>;
+
+/// Returns what SQLite opens for a path, as targetOf(), or null on failure.
+const char* follow(const std::string& path, PathBuffer& target) noexcept {
+  sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+  if (system == nullptr) return nullptr;
+  const int code = system->xFullPathname(system, path.c_str(), kLongestPath, target.data());
+  return (code & 0xFF) == SQLITE_OK ? target.data() : nullptr;
+}
+
+/// Returns why a database must not be opened, or an empty text. A transaction would wait for the
+/// other end of a pipe. A link of another user could name any file of this one, which would be
+/// renamed as a damaged database.
+std::string obstacleIn(const std::string& name, const std::string& path) {
+  struct stat status {};
+  if (::lstat(name.c_str(), &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid != 0 &&
+      status.st_uid != ::geteuid()) {
+    return "it is a symbolic link of another user";
+  }
+  for (const char* const suffix : {"", "-journal", "-wal", "-shm"}) {
+    const std::string file = path + suffix;
+    if (::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+      return file + " is not a regular file";
+    }
+  }
+  return {};
 }
 
 /// Returns the system's error number of the last write that failed, in the log or the database.
@@ -148,7 +178,9 @@ void keepToOwner(const std::string& path) {
 
 // Keys are stored as blobs, because the database's texts end at a NUL.
 struct PreferenceDatabase::Connection {
-  std::string path;
+  explicit Connection(std::string of) : path(std::move(of)) {}
+
+  const std::string path;
   std::unique_ptr<sqlite3, Closer> database;  // first, so that statements are destroyed before it
   Statement select;
   Statement version;
@@ -345,6 +377,9 @@ PreferenceDatabase::Result PreferenceDatabase::resultOf(int code) {
 
 PreferenceDatabase::Files PreferenceDatabase::files() const noexcept {
   const Connection& connection = *connection_;
+  PathBuffer target;
+  const char* const now = follow(name_, target);
+  if (now != nullptr && now != connection.path) return Files::moved;
   if (!connection.takesLocks) return Files::inPlace;
   int hasMoved = 0;
   sqlite3_file_control(connection.database.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
@@ -373,22 +408,36 @@ bool PreferenceDatabase::hasChanged() noexcept {
          now != connection.versionRead;
 }
 
-PreferenceDatabase::Result PreferenceDatabase::openToWrite(const std::string& path) {
-  connection_ = std::make_unique<Connection>();
-  connection_->path = path;
+std::string PreferenceDatabase::targetOf(const std::string& path) {
+  PathBuffer target;
+  const char* const followed = follow(path, target);
+  return followed != nullptr ? followed : path;
+}
+
+/// Sets the path. @return false, with the fault, if the files must not be opened
+bool PreferenceDatabase::find(const std::string& name) {
+  close();
+  name_ = name;
+  path_ = targetOf(name_);
+  fault_ = obstacleIn(name_, path_);
+  return fault_.empty();
+}
+
+PreferenceDatabase::Result PreferenceDatabase::openToWrite(const std::string& name) {
+  if (!find(name)) return Result::failed;
+  connection_ = std::make_unique<Connection>(path_);
   const Result result = resultOf(connection_->openToWrite());
   if (result != Result::done) close();
   return result;
 }
 
-PreferenceDatabase::Result PreferenceDatabase::openToRead(const std::string& path) {
-  connection_ = std::make_unique<Connection>();
-  connection_->path = path;
+PreferenceDatabase::Result PreferenceDatabase::openToRead(const std::string& name) {
+  if (!find(name)) return Result::failed;
+  connection_ = std::make_unique<Connection>(path_);
   Result result = resultOf(connection_->openToRead());
   if (result == Result::failed || result == Result::full) {
     const std::string fault = fault_;
-    connection_ = std::make_unique<Connection>();
-    connection_->path = path;
+    connection_ = std::make_unique<Connection>(path_);
     if (resultOf(connection_->openWithoutLocks()) == Result::done) return Result::done;
     fault_ = fault;
   }

@@ -1,6 +1,9 @@
 #include <TQFoundation/platform/preferences/PreferenceObservation.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <list>
+#include <map>
 #include <memory>
 #include <new>
 #include <optional>
@@ -16,6 +19,9 @@
 
 // The kernel reports a write to a database before its commit is complete. The generation is odd
 // meanwhile, so the store is read again, after longer and longer pauses, until it is even.
+//
+// If a database is a symbolic link, its target's folder is watched, too. A link that is changed is
+// noticed in its own folder, and the new target is watched from then on.
 
 namespace tq {
 namespace {
@@ -48,28 +54,55 @@ class PreferenceObservation::Watcher final : public Subclass<Watcher> {
  public:
   static constexpr std::string_view className = "PreferenceWatcher";
 
-  Watcher(Ref<UserDefaults> defaults, const std::string& folder, std::vector<std::string> files,
-          Handler handler)
+  Watcher(Ref<UserDefaults> defaults, Handler handler)
       : defaults_(std::move(defaults)),
-        handler_(std::make_shared<const Handler>(std::move(handler))),
-        monitor_(folder, std::move(files)) {
-    if (monitor_.descriptor() >= 0) {
-      source_.emplace(RunLoop::current(), monitor_.descriptor(), [this] {
-        if (monitor_.takeReports()) readSoon(kFirstPause);
-      });
-    }
+        handler_(std::make_shared<const Handler>(std::move(handler))) {
+    watchFiles();
     const bool isSettled = defaults_->noticeChanges();  // after the first watch, so that no change
     entries_ = defaults_->dictionaryRepresentation();   // comes between them
-    if (!isSettled || !monitor_.isWatching()) readSoon(kFirstPause);
+    if (!isSettled || !isWatching()) readSoon(kFirstPause);
   }
 
   void end() {
-    source_.reset();
+    watches_.clear();
     if (const Ref<Timer> timer = std::exchange(timer_, nullptr)) timer->invalidate();
     handler_ = nullptr;
   }
 
  private:
+  /// The names of files, by folder.
+  using Files = std::map<std::string, std::vector<std::string>>;
+  struct Watch {
+    Watch(const std::string& folder, const std::vector<std::string>& names)
+        : monitor(folder, names) {}
+
+    detail::FolderMonitor monitor;
+    std::optional<detail::DescriptorSource> source;
+  };
+
+  void watchFiles() {
+    Files files;
+    for (const auto level : {UserDefaults::kOwn, UserDefaults::kGlobal}) {
+      for (const std::filesystem::path path : defaults_->levels_[level]->files()) {
+        if (path.has_parent_path()) files[path.parent_path()].push_back(path.filename());
+      }
+    }
+    if (files == files_) return;
+    watches_.clear();
+    files_.clear();
+    for (const auto& [folder, names] : files) {
+      Watch& watch = watches_.emplace_back(folder, names);
+      if (watch.monitor.descriptor() < 0) continue;
+      watch.source.emplace(RunLoop::current(), watch.monitor.descriptor(), [this, &watch] {
+        if (watch.monitor.takeReports()) readSoon(kFirstPause);
+      });
+    }
+    files_ = std::move(files);
+  }
+  [[nodiscard]] bool isWatching() const {
+    return std::ranges::all_of(watches_, &detail::FolderMonitor::isWatching, &Watch::monitor);
+  }
+
   // Without memory for a timer, the change is reported with the next one.
   void readSoon(double pause) noexcept {
     if (timer_ != nullptr) return;
@@ -87,10 +120,13 @@ class PreferenceObservation::Watcher final : public Subclass<Watcher> {
     const Ref<Watcher> self = share(*this);
     const std::shared_ptr<const Handler> handler = handler_;
     timer_ = nullptr;
-    if (!monitor_.isWatching()) static_cast<void>(monitor_.takeReports());  // tries to watch again
+    for (Watch& watch : watches_) {  // tries again
+      if (!watch.monitor.isWatching()) static_cast<void>(watch.monitor.takeReports());
+    }
     std::vector<std::string> keys;
     bool isSettled = false;
     try {
+      watchFiles();
       isSettled = defaults_->noticeChanges();
       Ref<Dictionary> now = defaults_->dictionaryRepresentation();
       keys = differences(*entries_, *now);
@@ -98,7 +134,7 @@ class PreferenceObservation::Watcher final : public Subclass<Watcher> {
     } catch (const std::bad_alloc&) {
       isSettled = false;
     }
-    if (!monitor_.isWatching()) {
+    if (!isWatching()) {
       readSoon(kLongestPause);
     } else if (!isSettled && pause_ < kLongestPause) {
       readSoon(std::min(2 * pause_, kLongestPause));
@@ -108,8 +144,8 @@ class PreferenceObservation::Watcher final : public Subclass<Watcher> {
 
   const Ref<UserDefaults> defaults_;
   std::shared_ptr<const Handler> handler_;  // null after the end
-  detail::FolderMonitor monitor_;
-  std::optional<detail::DescriptorSource> source_;
+  Files files_;
+  std::list<Watch> watches_;
   Ref<Dictionary> entries_;  // as last seen
   Ref<Timer> timer_;         // pending
   double pause_ = kFirstPause;
@@ -123,14 +159,8 @@ PreferenceObservation::~PreferenceObservation() { invalidate(); }
 void PreferenceObservation::invalidate() { watcher_->end(); }
 
 Ref<PreferenceObservation> UserDefaults::observeChanges(PreferenceObservation::Handler handler) {
-  const std::string& own = levels_[kOwn]->path();
-  const std::string& global = levels_[kGlobal]->path();
-  const std::size_t slash = own.rfind('/') + 1;
-  const auto fileOf = [slash](const std::string& path) { return path.substr(slash) + ".sqlite"; };
-  return Ref<PreferenceObservation>::adopt(
-      new PreferenceObservation(makeRef<PreferenceObservation::Watcher>(
-          share(*this), own.substr(0, slash - 1), std::vector{fileOf(own), fileOf(global)},
-          std::move(handler))));
+  return Ref<PreferenceObservation>::adopt(new PreferenceObservation(
+      makeRef<PreferenceObservation::Watcher>(share(*this), std::move(handler))));
 }
 
 }  // namespace tq

@@ -274,6 +274,14 @@ bool PreferenceStore::noticeChanges() {
   return isSettled;
 }
 
+std::vector<std::string> PreferenceStore::files() const {
+  std::vector<std::string> files{databasePath(path_)};
+  struct stat status {};
+  const bool isLink = ::lstat(files[0].c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+  if (isLink) files.push_back(PreferenceDatabase::targetOf(files[0]));
+  return files;
+}
+
 /// Closes files that were removed or replaced. The next change creates them again, with the changes
 /// since the last check.
 void PreferenceStore::look() {
@@ -288,12 +296,11 @@ void PreferenceStore::look() {
     if (writing.isLocked() && isFirst && setAside("another program has truncated it")) {
       writing.mark();
     }
-    entriesGeneration_ = kUnknown;
   } else if (files == Files::moved) {
     database_.closeUnchanged();
-    entriesGeneration_ = kUnknown;
     words_.load()->incarnation.fetch_add(1);  // so that other processes stop using it, too
-  } else if (!database_.isOpen() || database_.hasChanged()) {  // perhaps with other words
+  }
+  if (!database_.isOpen() || database_.hasChanged()) {  // perhaps with other words
     snapshot_ = nullptr;
     entriesGeneration_ = kUnknown;
     edition_.store(nextEdition());
@@ -440,7 +447,7 @@ bool PreferenceStore::openToWrite() {
 /// Renames the damaged database and its log. The entries that can still be read, or otherwise those
 /// that this process knows, are saved again with the next change.
 bool PreferenceStore::setAside(const std::string& reason) {
-  const std::string path = databasePath(path_);
+  const std::string path = database_.path();
   // Begun before the database is used, which changes its fault.
   std::string message =
       "The preferences " + path + " are damaged (" + reason + ") and were renamed to ";

@@ -37,13 +37,16 @@ class PreferenceStore;
 /// is kept in memory, saved with the next change if possible, and reported to the log. If a value
 /// does not fit on the disk, smaller ones are still saved. A damaged or truncated database is
 /// renamed, never overwritten; the values that can be read or are known are saved in a new one.
+/// A database can be a symbolic link of this user or the superuser: its target is used and renamed.
+/// Pipes and devices are not opened.
 ///
 /// A database that cannot be written (read-only, owned by another user, or on a full disk) can
 /// still be read completely. New files are readable by their owner only, in a folder of mode 0700;
 /// an existing folder keeps its mode. If other users may write in it, or it belongs to another
 /// user, each read asks the database, which takes about as long as SQLite's own check.
-/// Processes in another IPC namespace (containers) see changes at their next change or
-/// synchronize() that comes a second or more after the last one.
+/// Processes in another IPC namespace (containers), or that reach the database through another
+/// folder's symbolic link, see changes at their next change or synchronize() that comes a second or
+/// more after the last one.
 ///
 /// Values are property lists: String, Number, Date, Data, and Array and Dictionary (with string
 /// keys) of these, up to 512 levels deep and about 256 MiB, including 64 bytes for each value. They

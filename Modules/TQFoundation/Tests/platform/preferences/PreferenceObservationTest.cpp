@@ -87,6 +87,34 @@ TEST_F(PreferenceObservationTest, ReportsWhatAnotherProcessChanges) {
   EXPECT_EQ(defaults->integerForKey("last"), 5);
 }
 
+TEST_F(PreferenceObservationTest, FollowsADatabaseThatIsALink) {
+  const auto link = [this](const char* target) {
+    fs::create_symlink(directory.path(target), folder + "/new");
+    fs::rename(folder + "/new", folder + "/suite.sqlite");
+  };
+  Child other([&] {
+    for (const int value : {1, 2}) {
+      test::waitFor(stage, value);
+      open()->setInteger(value, "key");
+    }
+  });
+  fs::create_directories(folder);
+  fs::create_directory(directory.path("first"));
+  link("first/target");
+  const Ref<UserDefaults> defaults = open();
+  const Ref<PreferenceObservation> observation = defaults->observeChanges(handler());
+  next();
+  EXPECT_THAT(told(), ElementsAre("key"));
+  EXPECT_EQ(defaults->integerForKey("key"), 1);
+  fs::create_directory(directory.path("second"));
+  link("second/target");
+  EXPECT_THAT(told(), ElementsAre("key"));
+  next();
+  EXPECT_THAT(told(), ElementsAre("key"));
+  EXPECT_EQ(defaults->integerForKey("key"), 2);
+  EXPECT_EQ(other.end(), 0);
+}
+
 TEST_F(PreferenceObservationTest, TheHandlerMayDropEverythingAlsoWithoutDescriptors) {
   Child other([&] {
     test::waitFor(stage, 1);

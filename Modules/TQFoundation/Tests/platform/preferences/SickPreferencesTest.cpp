@@ -208,9 +208,11 @@ TEST_F(SickPreferences, FilesMayBeCutBetweenRuns) {
 }
 
 TEST_F(SickPreferences, FilesMayBeCutAtAnyMoment) {
-  for (const std::string suffix : {"", "-wal", "-shm"}) {
+  for (const std::string suffix : {"", "-wal", "-shm", "linked", "linked-wal", "linked-shm"}) {
     SCOPED_TRACE(suffix);
     fs::remove_all(folder);
+    fs::create_directory(folder);
+    if (suffix.starts_with("linked")) fs::create_symlink(database + "linked", database);
     open()->setInteger(2, "old");
     Ref<UserDefaults> defaults = open();
     defaults->setInteger(4, "last");
@@ -221,6 +223,41 @@ TEST_F(SickPreferences, FilesMayBeCutAtAnyMoment) {
     writesAgain(2);
     EXPECT_EQ(open()->integerForKey("last"), 4);
   }
+}
+
+TEST_F(SickPreferences, OnlyRegularFilesAreOpened) {
+  for (const std::string suffix : {"", "-journal", "-wal", "-shm"}) {
+    SCOPED_TRACE(suffix);
+    fs::remove_all(folder);
+    fs::create_directory(folder);
+    if (!suffix.empty()) execute("CREATE TABLE preference (key BLOB, value BLOB)");
+    const std::string pipe = database + suffix;
+    EXPECT_EQ(::mkfifo((pipe + "-").c_str(), 0600), 0);
+    fs::create_symlink(pipe + "-", pipe);
+    Child other([&] {
+      ::alarm(20);
+      const Ref<UserDefaults> defaults = open();
+      EXPECT_EQ(defaults->integerForKey("key"), 0);
+      defaults->setInteger(1, "key");
+      Ref<Error> error;
+      EXPECT_FALSE(defaults->synchronize(&error));
+      EXPECT_THAT(error->localizedDescription(), HasSubstr("is not a regular file."));
+      fs::remove(pipe);
+      EXPECT_TRUE(defaults->synchronize());
+    });
+    EXPECT_EQ(other.end(), 0);
+  }
+}
+
+TEST_F(SickPreferences, LinksOfOtherUsersAreNotFollowed) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+  directory.write("file", "of the superuser, and no database");
+  fs::create_directory(folder);
+  fs::create_symlink(directory.path("file"), database);
+  EXPECT_EQ(::lchown(database.c_str(), 65534, 65534), 0);
+  open()->setInteger(1, "key");
+  EXPECT_THAT(log.messages(), ElementsAre(HasSubstr("it is a symbolic link of another user")));
+  EXPECT_EQ(directory.read("file"), "of the superuser, and no database");
 }
 
 TEST_F(SickPreferences, ALogThatIsCutWhileAnotherProcessUsesItIsSetAside) {

@@ -26,6 +26,9 @@ using PreferenceChanges = std::map<std::string, PreferenceChange, std::less<>>;
 /// not at all, even if its writer is killed. Its files are readable by their owner only. Triggers
 /// and views in the file have no effect.
 ///
+/// A symbolic link is followed when the database is opened: the log lies beside its target. A link
+/// of another user than this one and the superuser, and pipes and devices, are not opened.
+///
 /// Threads: one at a time.
 class PreferenceDatabase {
  public:
@@ -33,7 +36,7 @@ class PreferenceDatabase {
     done,
     damaged,  ///< the file is not a valid database
     full,     ///< the change does not fit: full disk, quota, limit of a file, value too large
-    failed,   ///< no permission, locked by another process, out of memory
+    failed,   ///< no permission, locked by another process, out of memory, not a regular file
   };
 
   PreferenceDatabase();
@@ -41,9 +44,9 @@ class PreferenceDatabase {
 
   /// Opens or reopens an existing database. One that cannot be written can still be read, with its
   /// write-ahead log; write() then fails. A missing table counts as damage.
-  [[nodiscard]] Result openToRead(const std::string& path);
+  [[nodiscard]] Result openToRead(const std::string& name);
   /// Opens or reopens the database. Creates the file and its table if they do not exist.
-  [[nodiscard]] Result openToWrite(const std::string& path);
+  [[nodiscard]] Result openToWrite(const std::string& name);
   void close() noexcept;
   /// Closes the database without writing the log into it.
   void closeUnchanged() noexcept;
@@ -51,11 +54,16 @@ class PreferenceDatabase {
   /// Returns false for a database that openToRead() could open for reading only.
   [[nodiscard]] bool isWritable() const noexcept;
 
+  /// Returns the absolute path with all symbolic links followed, also if there is no such file.
+  [[nodiscard]] static std::string targetOf(const std::string& path);
+  /// The target of the name that was opened last.
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
+
   /// What has happened to the files of the open database.
   enum class Files {
     inPlace,
     cut,    ///< the database or its log was truncated, or its log removed or replaced
-    moved,  ///< the database was removed or replaced
+    moved,  ///< the database was removed or replaced, or a link has another target
   };
   [[nodiscard]] Files files() const noexcept;
   /// Returns false if the write-ahead log was removed, replaced or truncated. Faster than files().
@@ -83,10 +91,13 @@ class PreferenceDatabase {
  private:
   struct Connection;
 
+  [[nodiscard]] bool find(const std::string& name);
   [[nodiscard]] Result resultOf(int code);
   [[nodiscard]] bool isLogIndexWhole() const noexcept;
 
   std::unique_ptr<Connection> connection_;
+  std::string name_;
+  std::string path_;
   std::string fault_;
 };
 

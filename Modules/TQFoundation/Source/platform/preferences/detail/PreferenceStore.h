@@ -41,9 +41,10 @@ namespace tq::detail {
 ///
 /// Removed and replaced files are noticed at the first change that comes a second or more after the
 /// last check, and by synchronize(). A removed database is created again, and one that was replaced
-/// by an older copy is used, with the changes since that check; older entries are lost. A
-/// truncated or lost file counts as damage: all entries that this process knows are saved again. A
-/// check at each change would cost a fifth of a commit.
+/// by an older copy is used, with the changes since that check; older entries are lost. A symbolic
+/// link that was changed counts as a replaced database. A truncated or lost file counts as damage:
+/// all entries that this process knows are saved again. A check at each change would cost a fifth
+/// of a commit.
 ///
 /// Threads: any. A forked child must not use its parent's stores.
 class PreferenceStore {
@@ -79,8 +80,8 @@ class PreferenceStore {
   /// @return false if a process may write at this moment
   [[nodiscard]] bool noticeChanges();
 
-  /// The path of the database, without extension. Empty for a store in memory.
-  [[nodiscard]] const std::string& path() const noexcept { return path_; }
+  /// Returns the path of the database, and that of its target if it is a symbolic link.
+  [[nodiscard]] std::vector<std::string> files() const;
 
  private:
   using Clock = std::chrono::steady_clock;
