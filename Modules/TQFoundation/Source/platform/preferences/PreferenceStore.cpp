@@ -380,6 +380,7 @@ void PreferenceStore::keepSaved(PreferenceChanges& saved) {
 }
 
 bool PreferenceStore::makeFolder() {
+  if (folder_.empty()) return complain("open", "there is no folder for them"), false;
   for (auto end = folder_.find('/', 1); end != std::string::npos;
        end = folder_.find('/', end + 1)) {
     const std::string folder = folder_.substr(0, end);
@@ -424,6 +425,7 @@ void PreferenceStore::closeFormerDatabase() {
 bool PreferenceStore::openToRead() {
   const std::string path = databasePath(path_);
   incarnation_ = words_.load()->incarnation.load();
+  if (folder_.empty()) return true;  // the name alone would be that of a file elsewhere
   if (::access(path.c_str(), F_OK) != 0 && (errno == ENOENT || errno == ENOTDIR)) return true;
   const Result result = database_.openToRead(path);
   if (result == Result::done) return true;

@@ -1,10 +1,14 @@
 #include <TQFoundation/platform/preferences/UserDefaults.h>
 
 #include <errno.h>
+#include <pwd.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <utility>
+#include <vector>
 
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/objects/Exception.h>
@@ -28,17 +32,42 @@ bool isDomain(std::string_view name) {
          name != kGlobalDomain;
 }
 
-/// Returns an empty path if the user has no home; entries are kept in memory then.
+constexpr std::size_t kLongestUserEntry = std::size_t{1} << 20;
+
+bool isAbsolute(const char* path) { return path != nullptr && *path == '/'; }
+
+/// Returns $HOME, or the folder that the system's user database has, or an empty path.
+std::string homeFolder() {
+  const char* const home = std::getenv("HOME");
+  if (isAbsolute(home)) return home;
+  std::vector<char> buffer(1024);
+  passwd entry{};
+  passwd* user = nullptr;
+  while (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &user) == ERANGE &&
+         buffer.size() < kLongestUserEntry) {
+    buffer.resize(2 * buffer.size());
+  }
+  return user != nullptr && isAbsolute(user->pw_dir) ? user->pw_dir : "";
+}
+
+/// Returns an empty path if the user has no home.
 std::string preferenceFolder() {
   const char* const configured = std::getenv("XDG_CONFIG_HOME");
-  if (configured != nullptr && *configured == '/') return std::string(configured) + "/korvan";
-  const char* const home = std::getenv("HOME");
-  return home != nullptr && *home == '/' ? std::string(home) + "/.config/korvan" : std::string();
+  if (isAbsolute(configured)) return std::string(configured) + "/korvan";
+  const std::string home = homeFolder();
+  return home.empty() ? home : home + "/.config/korvan";
+}
+
+/// Returns an empty path for an empty one, or if the current folder was removed.
+std::string absolute(std::string_view folder) {
+  std::error_code ignored;
+  return folder.empty() ? "" : std::filesystem::absolute(folder, ignored).string();
 }
 
 std::shared_ptr<PreferenceStore> storeIn(std::string_view folder, std::string_view name) {
-  return PreferenceStore::at(folder.empty() ? std::string()
-                                            : std::string(folder) + "/" + std::string(name));
+  std::string path(folder);
+  if (!path.empty()) path += '/';
+  return PreferenceStore::at(path.append(name));
 }
 
 const std::shared_ptr<PreferenceStore>& argumentStore() {
@@ -124,7 +153,7 @@ Ref<UserDefaults> UserDefaults::initWithSuiteName(std::string_view name) {
 Ref<UserDefaults> UserDefaults::initWithSuiteName(std::string_view name,
                                                   std::string_view inFolder) {
   if (!isDomain(name)) return nullptr;
-  return Ref<UserDefaults>::adopt(new UserDefaults(inFolder, name));
+  return Ref<UserDefaults>::adopt(new UserDefaults(absolute(inFolder), name));
 }
 
 void UserDefaults::setArguments(const Dictionary& arguments) {

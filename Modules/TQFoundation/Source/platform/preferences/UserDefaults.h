@@ -31,14 +31,15 @@ class PreferenceStore;
 ///
 /// After an entry is removed, its registered default is visible again.
 ///
-/// Each domain is a database in the user's configuration folder ($XDG_CONFIG_HOME/korvan, or
-/// ~/.config/korvan). A change is visible immediately to all threads of the process and to the next
-/// read of every other process, and survives a crash of the process. A change that cannot be saved
-/// is kept in memory, saved with the next change if possible, and reported to the log. If a value
-/// does not fit on the disk, smaller ones are still saved. A damaged or truncated database is
-/// renamed, never overwritten; the values that can be read or are known are saved in a new one.
-/// A database can be a symbolic link of this user or the superuser: its target is used and renamed.
-/// Pipes and devices are not opened.
+/// Each domain is a database in the user's configuration folder: $XDG_CONFIG_HOME/korvan, or
+/// .config/korvan in $HOME or, if that is no absolute path, in the home folder of the system's user
+/// database. If there is none either, nothing can be saved. A change is visible immediately to all
+/// threads of the process and to the next read of every other process, and survives a crash of the
+/// process. A change that cannot be saved is kept in memory, saved with the next change if
+/// possible, and reported to the log. If a value does not fit on the disk, smaller ones are still
+/// saved. A damaged or truncated database is renamed, never overwritten; the values that can be
+/// read or are known are saved in a new one. A database can be a symbolic link of this user or the
+/// superuser: its target is used and renamed. Pipes and devices are not opened.
 ///
 /// A database that cannot be written (read-only, owned by another user, or on a full disk) can
 /// still be read completely. New files are readable by their owner only, in a folder of mode 0700;
@@ -74,7 +75,8 @@ class TQ_EXPORT UserDefaults final : public Subclass<UserDefaults> {
   /// Returns the store of another domain. Null if the name is empty, is longer than 200 bytes,
   /// contains "/" or NUL, starts with ".", or is "global".
   [[nodiscard]] static Ref<UserDefaults> initWithSuiteName(std::string_view name);
-  /// The same in another folder, which is created if it does not exist.
+  /// The same in another folder, which is created if it does not exist. A relative path starts at
+  /// the current folder at this call. With an empty one, nothing can be saved.
   [[nodiscard]] static Ref<UserDefaults> initWithSuiteName(std::string_view name,
                                                            std::string_view inFolder);
 

@@ -1,12 +1,28 @@
 #include "platform/preferences/Suite.h"
 
+#include <dlfcn.h>
 #include <errno.h>
+#include <pwd.h>
 
 #include <TQFoundation/platform/log/LogChannel.h>
 
 #include "support/FailingSystemCalls.h"
 #include "support/Objects.h"
 #include "support/Threads.h"
+
+static const char* homeInUserDatabase = nullptr;  // null: that of the system
+
+// Replaces the C library's, also for the library.
+extern "C" __attribute__((visibility("default"))) int getpwuid_r(uid_t id, passwd* entry,
+                                                                 char* buffer, size_t size,
+                                                                 passwd** user) {
+  static const auto real = reinterpret_cast<decltype(&getpwuid_r)>(dlsym(RTLD_NEXT, "getpwuid_r"));
+  if (homeInUserDatabase == nullptr) return real(id, entry, buffer, size, user);
+  const bool fits = size > 5000;
+  entry->pw_dir = const_cast<char*>(homeInUserDatabase);
+  *user = fits ? entry : nullptr;
+  return fits ? 0 : ERANGE;
+}
 
 namespace {
 
@@ -84,16 +100,19 @@ TEST_F(UserDefaultsTest, KeepsEveryKindOfValueAcrossRuns) {
 TEST_F(UserDefaultsTest, FilesAreInTheUsersFolderAndNamedLikeTheApplication) {
   const std::string home = directory.path("home?%41#b");
   const std::string xdg = home + "/xdg";
-  // XDG_CONFIG_HOME, HOME, the program's name, the domain, and the file that has both.
-  const Rows<const char*, const char*, const char*, std::string, std::string> cases{
-      {xdg.c_str(), "/nowhere", "tool", "own", "/xdg/korvan/own.sqlite"},
-      {"relative", home.c_str(), "tool", "", "/.config/korvan/tool.sqlite"},
-      {nullptr, home.c_str(), ".hidden", "", "/.config/korvan/application.sqlite"},
-      {nullptr, "relative", "tool", "a/b", ""},
-      {nullptr, nullptr, "tool", "", ""},
+  // XDG_CONFIG_HOME, HOME, the home in the user database, the program's name, the domain, and the
+  // file that has both.
+  const Rows<const char*, const char*, const char*, const char*, std::string, std::string> cases{
+      {xdg.c_str(), "/nowhere", "/nowhere", "tool", "own", "/xdg/korvan/own.sqlite"},
+      {"relative", home.c_str(), "/nowhere", "tool", "", "/.config/korvan/tool.sqlite"},
+      {nullptr, home.c_str(), "", ".hidden", "", "/.config/korvan/application.sqlite"},
+      {nullptr, "relative", home.c_str(), "tool", "a/b", "/.config/korvan/tool.sqlite"},
+      {nullptr, nullptr, home.c_str(), "tool", "", "/.config/korvan/tool.sqlite"},
+      {nullptr, "", "relative", "tool", "", ""},
   };
-  for (const auto& [config, user, program, domain, file] : cases) {
+  for (const auto& [config, user, known, program, domain, file] : cases) {
     Child child([&] {
+      homeInUserDatabase = known;
       config != nullptr ? ::setenv("XDG_CONFIG_HOME", config, 1) : ::unsetenv("XDG_CONFIG_HOME");
       user != nullptr ? ::setenv("HOME", user, 1) : ::unsetenv("HOME");
       program_invocation_short_name = const_cast<char*>(program);
@@ -103,10 +122,27 @@ TEST_F(UserDefaultsTest, FilesAreInTheUsersFolderAndNamedLikeTheApplication) {
       defaults->setInteger(1, "key");
       EXPECT_EQ(defaults->integerForKey("key"), 1);
       EXPECT_EQ(fs::exists(home + file), !file.empty()) << file;
+      Ref<Error> error;
+      EXPECT_EQ(defaults->synchronize(&error), !file.empty());
+      EXPECT_THAT(error != nullptr ? error->localizedDescription() : "",
+                  HasSubstr(file.empty() ? "there is no folder for them." : ""));
+      EXPECT_EQ(log.messages().size(), file.empty() ? 2u : 0u) << "one for each domain";
     });
     EXPECT_EQ(child.end(), 0) << file;
     fs::remove_all(home);
   }
+}
+
+TEST_F(UserDefaultsTest, ARelativeFolderStaysWhereItWas) {
+  Child child([&] {
+    fs::current_path(directory.path(""));
+    const Ref<UserDefaults> defaults = UserDefaults::initWithSuiteName("suite", "folder");
+    fs::create_directory("other");
+    fs::current_path("other");
+    defaults->setInteger(1, "key");
+    EXPECT_EQ(savedCount(), 1);
+  });
+  EXPECT_EQ(child.end(), 0);
 }
 
 // The tests of Preference cover booleans and integers.

@@ -49,8 +49,8 @@ namespace tq::detail {
 /// Threads: any. A forked child must not use its parent's stores.
 class PreferenceStore {
  public:
-  /// Returns the store of this path (without extension), shared within the process. An empty path
-  /// returns a new store in memory.
+  /// Returns the store of this absolute path (without extension), shared within the process. A name
+  /// without a folder cannot be saved. An empty path returns a new store in memory.
   [[nodiscard]] static std::shared_ptr<PreferenceStore> at(const std::string& path);
 
   explicit PreferenceStore(std::string path);
