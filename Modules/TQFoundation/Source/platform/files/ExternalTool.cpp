@@ -285,6 +285,16 @@ class Run {
   bool hasEnded_ = false;
 };
 
+/// Returns what could not be done. The system reports one error for the tool and for its folder.
+std::string startFault(const ExternalTool& tool, int errorNumber) {
+  std::string fault = "could not be started";
+  const std::string& folder = tool.workingFolder;
+  if (!folder.empty() && ::euidaccess((folder + "/.").c_str(), X_OK) != 0) {
+    fault += " in the folder “" + folder + "”";
+  }
+  return fault + ": " + ::strerrordesc_np(errorNumber);
+}
+
 std::nullopt_t fail(Ref<Error>* error, const ExternalTool& tool, Code code,
                     const std::string& what) {
   setOutError(error,
@@ -309,8 +319,7 @@ bool holdsNul(const ExternalTool& tool) {
 
 std::optional<ExternalToolResult> runExternalTool(const ExternalTool& tool, Ref<Error>* error) {
   const auto cannotStart = [&](int errorNumber) {
-    return fail(error, tool, Code::cannotStart,
-                "could not be started: " + std::string(::strerrordesc_np(errorNumber)));
+    return fail(error, tool, Code::cannotStart, startFault(tool, errorNumber));
   };
   if (holdsNul(tool)) return cannotStart(EINVAL);  // a NUL would end the C string
   const BlockedSigPipe blocked;

@@ -19,7 +19,7 @@ namespace tq {
 /// The domain of errors of runExternalTool(), and their codes.
 inline constexpr std::string_view ExternalToolErrorDomain = "com.korvan.ExternalTool";
 enum class ExternalToolErrorCode : std::int64_t {
-  cannotStart = 1,    ///< no such program, no permission, or no new process
+  cannotStart = 1,    ///< no such program or folder, no permission, or no new process
   timedOut = 2,       ///< killed at its time-out
   tooMuchOutput = 3,  ///< killed because its output exceeded the limit
   unknownEnd = 4,     ///< ended, but another part of this process collected its exit status

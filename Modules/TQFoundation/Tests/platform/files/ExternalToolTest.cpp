@@ -75,7 +75,7 @@ TEST(ExternalTool, ReportsWhyItDidNotEnd) {
        "The tool “sh” could not be started: Too many open files."},
 #endif
       {"true", [](auto& tool) { tool.workingFolder = "/nowhere"; }, Code::cannotStart,
-       "The tool “sh” could not be started: No such file or directory."},
+       "The tool “sh” could not be started in the folder “/nowhere”: No such file or directory."},
       {"sleep 60 & sleep 60", [](auto& tool) { tool.timeoutSeconds = 0.2; }, Code::timedOut, late},
       {"exec perl -e 'setpgrp(0, getpgrp(getppid())); sleep 60'",
        [](auto& tool) { tool.timeoutSeconds = 1; }, Code::timedOut, late},
