@@ -36,10 +36,10 @@ class PreferenceStore;
 /// database. If there is none either, nothing can be saved. A change is visible immediately to all
 /// threads of the process and to the next read of every other process, and survives a crash of the
 /// process. A change that cannot be saved is kept in memory, saved with the next change if
-/// possible, and reported to the log. If a value does not fit on the disk, smaller ones are still
-/// saved. A damaged or truncated database is renamed, never overwritten; the values that can be
-/// read or are known are saved in a new one. A database can be a symbolic link of this user or the
-/// superuser: its target is used and renamed. Pipes and devices are not opened.
+/// possible, and reported to the log. If a value does not fit on the disk or within a quota,
+/// smaller ones are still saved. A damaged or truncated database is renamed, never overwritten; the
+/// values that can be read or are known are saved in a new one. A database can be a symbolic link
+/// of this user or the superuser: its target is used and renamed. Pipes and devices are not opened.
 ///
 /// A database that cannot be written (read-only, owned by another user, or on a full disk) can
 /// still be read completely. New files are readable by their owner only, in a folder of mode 0700;
