@@ -109,6 +109,9 @@ std::chrono::nanoseconds durationOf(double seconds) noexcept {
 constexpr std::size_t kMostHeaderBytes = 300'000;
 constexpr std::size_t kMostHeaderLines = 2'000;
 
+constexpr std::string_view kHeadStart = "HTTP/";  // of the status line
+constexpr long kFirstFinalStatus = 200;           // further responses follow those below
+
 constexpr int kLastResponse = -1;  // for libcurl's header functions
 
 bool isHeaderName(std::string_view name) noexcept {
@@ -359,6 +362,9 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
   const bool isTooLong =
       transfer.headerBytes_ > kMostHeaderBytes || ++transfer.headerLines_ > kMostHeaderLines;
   const bool isLast = *bytes == '\r' || *bytes == '\n';  // the empty line after the headers
+  if (detail::isSameHeader({bytes, std::min(size * count, kHeadStart.size())}, kHeadStart)) {
+    transfer.isHeadComplete_ = false;
+  }
   const bool goesOn = transfer.withMemory([&] {
     if (isTooLong) {
       return transfer.fail(URLErrorBadServerResponse, "The server’s headers are too long.");
@@ -376,12 +382,14 @@ bool URLTransfer::headersEnded() {
       code >= 300 && code < 400 &&
       library_->curl.curl_easy_header(library_->easy, "Location", 0, CURLH_HEADER, kLastResponse,
                                       &location) == CURLHE_OK;
+  isHeadComplete_ = code >= kFirstFinalStatus;
   // "See other" requests a GET for any method (RFC 9110, 15.4.4).
   constexpr long kSeeOther = 303;
   if (isRedirect && code == kSeeOther) {
     library_->set(CURLOPT_CUSTOMREQUEST, static_cast<char*>(nullptr));
   }
-  return code < 200 || isRedirect || tellResponse();  // more headers follow in the first two cases
+  return code < kFirstFinalStatus || isRedirect ||
+         tellResponse();  // more headers follow in the first two cases
 }
 
 long URLTransfer::statusCode() const {
@@ -503,6 +511,11 @@ Ref<Error> URLTransfer::errorOf(int result) {
     return detail::urlError(ownError_.value_or(errorCodeOf(code)),
                             *message != '\0' ? message : library_->curl.curl_easy_strerror(code),
                             ownSentence_);
+  }
+  // libcurl accepts a response that ends within its headers.
+  if (!isResponseTold_ && !isHeadComplete_) {
+    return detail::urlError(URLErrorNetworkConnectionLost,
+                            "The response has ended in its headers.");
   }
   const bool isTold = isResponseTold_ || tellResponse();
   if (isTold && hasTruncatedCoding()) {

@@ -5,6 +5,7 @@
 
 #include <future>
 
+#include "support/Errors.h"
 #include "support/LoopbackServer.h"
 #include "support/OnDestruction.h"
 #include "support/TemporaryDirectory.h"
@@ -100,14 +101,18 @@ struct FileDownloadTest : testing::Test, Served {
   };
 
   /// Downloads, and cancels after `cancelsAt` bytes.
-  Outcome download(std::string path = "/", std::int64_t cancelsAt = INT64_MAX) {
+  Outcome download(std::string_view path = "/", std::int64_t cancelsAt = INT64_MAX) {
+    return download(server, path, cancelsAt);
+  }
+  Outcome download(const LoopbackServer& from, std::string_view path,
+                   std::int64_t cancelsAt = INT64_MAX) {
     {
       const std::scoped_lock guard(mutex);
       served = *this;
     }
     std::promise<void> done;
     Outcome outcome;
-    URLRequest request{.url = URL::URLWithString(server.url(path)), .HTTPMethod = method};
+    URLRequest request{.url = URL::URLWithString(from.url(path)), .HTTPMethod = method};
     request.HTTPHeaderFields = {{"range", "bytes=0-0"}};  // ignored
     FileDownloadHandler handler;
     Ref<FileDownload> download;
@@ -352,6 +357,50 @@ TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
     EXPECT_TRUE(text.empty() || download().code == 0);
     EXPECT_TRUE(holds('b'));
     EXPECT_EQ(directory.entries(), 1);
+  }
+}
+
+// The connection closes somewhere in the head of the response, or of that after a redirect.
+TEST_F(FileDownloadTest, ResponsesCutInTheirHeadsAreErrors) {
+  const std::string plain = LoopbackServer::page("200 OK", "");
+  const std::string moved = LoopbackServer::page("302 Found", "moved", "Location: /new\r\n");
+  const Rows<std::string, std::string, std::string> cases{
+      {plain, "", ""},
+      {"HTTP/1.0 200 OK\n\n", "", ""},
+      {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n", "0\r\n\r\n", ""},
+      {"HTTP/1.1 103 Early Hints\r\n\r\n" + plain, "", ""},
+      {"HTTP/1.1 302 Found\r\n\r\n", "", ""},  // without a Location
+      {plain, "", moved},
+  };
+  std::string first;   // guarded by the mutex
+  std::string second;  // guarded by the mutex
+  const auto sends = [this](const std::string& answer) {
+    return [this, &answer](const Socket& socket, auto&) {
+      const std::scoped_lock guard(mutex);
+      socket.send(answer);
+    };
+  };
+  const LoopbackServer cutting({{"/", sends(first)}, {"/new", sends(second)}});
+  for (const auto& [head, body, before] : cases) {
+    for (std::size_t cut = 0; cut <= head.size(); ++cut) {
+      {
+        const std::scoped_lock guard(mutex);
+        second = cut < head.size() ? head.substr(0, cut) : head + body;
+        first = before.empty() ? second : before;
+      }
+      SCOPED_TRACE(first + second);
+      std::promise<std::int64_t> ended;
+      const auto task = session->dataTaskWithURL(
+          URL::URLWithString(cutting.url("/")),
+          [&](auto&&, auto&, const Ref<Error>& error) { ended.set_value(codeOf(error)); });
+      task->resume();
+      const bool isCut = cut < head.size();
+      EXPECT_EQ(ended.get_future().get(), isCut ? std::int64_t{URLErrorNetworkConnectionLost} : 0);
+      directory.write("plan.svg", "old");
+      const bool isFile = !isCut && head.find("302") == std::string::npos;
+      EXPECT_EQ(download(cutting, "/").code == 0, isFile);
+      EXPECT_EQ(directory.read("plan.svg"), isFile ? "" : "old");
+    }
   }
 }
 

@@ -92,7 +92,8 @@ class URLTransfer {
   URLResponse response_;
   std::size_t headerBytes_ = 0;  // of all responses, trailers included
   std::size_t headerLines_ = 0;
-  bool isUnderWay_ = false;  // no longer waits for a connection
+  bool isUnderWay_ = false;      // no longer waits for a connection
+  bool isHeadComplete_ = false;  // of the last response, which is not provisional
   bool isResponseTold_ = false;
   bool isExhausted_ = false;                 // ran out of memory
   bool decodes_ = false;                     // content codings
