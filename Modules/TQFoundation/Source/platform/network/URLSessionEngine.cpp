@@ -154,8 +154,11 @@ void URLSession::Engine::run() noexcept {
     const Clock::time_point now = Clock::now();
     int running = 0;
     library_->curl->curl_multi_perform(library_->multi, &running);
-    finishEnded();
-    finishCancelledAndLate(now);
+    const bool hasEnded = finishEnded();
+    const bool hasRemoved = finishCancelledAndLate(now);
+    // The freed connection is for a transfer that waits. If libcurl has passed that one already in
+    // this round, it deletes its timer, and polling would not end for it.
+    if (hasEnded || hasRemoved) continue;
     library_->curl->curl_multi_poll(library_->multi, nullptr, 0, pollTimeout(), nullptr);
   }
   delete this;
@@ -184,7 +187,8 @@ void URLSession::Engine::begin(const Ref<URLSessionDataTask>& task) noexcept {
   ended->completeWithError(code);
 }
 
-void URLSession::Engine::finishEnded() {
+bool URLSession::Engine::finishEnded() {
+  bool hasEnded = false;
   int left = 0;
   while (const CURLMsg* const message =
              library_->curl->curl_multi_info_read(library_->multi, &left)) {
@@ -196,10 +200,13 @@ void URLSession::Engine::finishEnded() {
     transfers_.erase(ended);
     library_->curl->curl_multi_remove_handle(library_->multi, handle);
     transfer->completeWithResult(result);
+    hasEnded = true;
   }
+  return hasEnded;
 }
 
-void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
+bool URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
+  const std::size_t before = transfers_.size();
   for (auto each = transfers_.begin(); each != transfers_.end();) {
     if (!(*each)->isCancelled() && (*each)->deadline() > now) {
       ++each;
@@ -210,6 +217,7 @@ void URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
     library_->curl->curl_multi_remove_handle(library_->multi, ending->handle());
     ending->completeWithError(ending->isCancelled() ? URLErrorCancelled : URLErrorTimedOut);
   }
+  return transfers_.size() != before;
 }
 
 int URLSession::Engine::pollTimeout() const {

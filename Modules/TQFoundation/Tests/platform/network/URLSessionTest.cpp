@@ -360,6 +360,38 @@ TEST_F(URLSessionStress, PiecesCallbacksAndQueuesRestartTheTimeout) {
   for (auto& each : ended) EXPECT_EQ(each.get_future().get(), 0);
 }
 
+// The first of ten tasks has the only connection when one of the others is cancelled.
+TEST_F(URLSessionStress, EachWaitingTaskGetsAConnection) {
+  configuration.HTTPMaximumConnectionsPerHost = 1;
+  for (std::size_t victim = 1; victim < 10; ++victim) {
+    std::promise<void> released;
+    const LoopbackServer holding({},
+                                 [answer = released.get_future().share()](const Socket& socket) {
+                                   while (!socket.receive().empty())
+                                     answer.wait(), socket.send(headOf(0));
+                                 });
+    configureAgain();
+    std::promise<void> ended[10];
+    std::vector<Ref<URLSessionDataTask>> tasks;
+    for (auto& each : ended) {
+      tasks.push_back(session->dataTaskWithURL(URL::URLWithString(holding.url("/")),
+                                               [&](auto&&, auto&, auto&&) { each.set_value(); }));
+      tasks.back()->resume();
+    }
+    fetch("/");  // begins last
+    tasks[victim]->cancel();
+    ended[victim].get_future().wait();
+    released.set_value();
+    for (std::size_t i = 0; i < tasks.size(); ++i) {
+      if (i == victim) continue;
+      const auto end = ended[i].get_future();
+      EXPECT_EQ(end.wait_for(20s), std::future_status::ready) << victim;
+      end.wait();
+    }
+    session = nullptr;  // closes the connection
+  }
+}
+
 TEST_F(URLSessionTest, PassesPiecesInOrderAndReportsProgress) {
   std::promise<std::int64_t> ended;
   std::size_t count = 0;

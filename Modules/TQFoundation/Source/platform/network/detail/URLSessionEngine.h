@@ -48,9 +48,10 @@ class URLSession::Engine {
 
   void run() noexcept;
   void begin(const Ref<URLSessionDataTask>& task) noexcept;
-  void finishEnded();
+  /// Each returns whether it completed any task.
+  bool finishEnded();
   /// @param now  a time before received data was last processed
-  void finishCancelledAndLate(Clock::time_point now);
+  bool finishCancelledAndLate(Clock::time_point now);
   [[nodiscard]] int pollTimeout() const;
 
   const URLSessionConfiguration configuration_;
