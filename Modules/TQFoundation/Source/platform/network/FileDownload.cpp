@@ -56,13 +56,16 @@ std::optional<std::int64_t> unsatisfiedLength(std::string_view text) {
 
 /// Returns the validator of this version for If-Range (RFC 9110, 13.1.5): a strong entity tag, or
 /// the modification date. A date within the second of the response does not count, since the file
-/// may change again in that second. Empty if there is none.
+/// may change again in that second. Empty if there is none, or if it is so long that a server might
+/// refuse a request with it.
 std::string_view validatorOf(const URLResponse& response) {
+  constexpr std::size_t kLongest = 1'000;
   const std::string_view tag = response.valueForHTTPHeaderField("ETag");
-  if (tag.starts_with('"')) return tag;
+  if (tag.starts_with('"') && tag.size() <= kLongest) return tag;
   const std::string_view changed = response.valueForHTTPHeaderField("Last-Modified");
   const std::string_view now = response.valueForHTTPHeaderField("Date");
-  return now.empty() || changed == now ? std::string_view() : changed;
+  const bool isUsable = !now.empty() && changed != now && changed.size() <= kLongest;
+  return isUsable ? changed : std::string_view();
 }
 
 /// Returns the response's validator of the same kind as `validator`; empty if it has none.
@@ -207,7 +210,8 @@ class FileDownload::Transfer : public std::enable_shared_from_this<Transfer> {
     const auto isTotal = [&](std::int64_t length) { return total < 0 || length == total; };
     const std::string_view field = response.valueForHTTPHeaderField("Content-Range");
     if (status == kNoSuchPart) {
-      const bool isSame = validator.empty() || validator == partial_->validator();
+      // Without the validator, another version could be as long as the received bytes.
+      const bool isSame = validator.empty() ? total == asked_ : validator == partial_->validator();
       return isSame && unsatisfiedLength(field) == asked_ && isTotal(asked_)
                  ? Meaning::nothingMissing
                  : Meaning::anotherVersion;

@@ -34,9 +34,9 @@ struct FileDownloadHandler {
 /// If the download ends early (no connection, no space, cancelled), the bytes stay. If the process
 /// is killed, all but the last 16 MiB stay. The next download of the same URL to the same file
 /// requests only the rest. The server decides whether the file is still the same version; if it is
-/// not, or if the server does not name versions, the download starts again. It also starts again if
-/// the rest comes without the validator (ETag or Last-Modified) and the total length of the first
-/// response. Requests other than GET always start again.
+/// not, or if the server does not name versions (in at most 1000 bytes), the download starts again.
+/// It also starts again if the rest comes without the validator (ETag or Last-Modified) and the
+/// total length of the first response. Requests other than GET always start again.
 ///
 /// A response other than "200 OK" or the requested part, or an encoded body, ends the download with
 /// URLErrorBadServerResponse; the bytes received before stay. More bytes than announced end it too,

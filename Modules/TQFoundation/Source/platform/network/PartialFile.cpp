@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::int64_t kNoteEvery = std::int64_t{16}
                                     << 20;                  // most bytes that a power failure loses
-constexpr std::size_t kLongestNote = std::size_t{1} << 17;  // header lines are shorter
+constexpr std::size_t kLongestNote = std::size_t{1} << 12;  // validators are much shorter
 constexpr int kMostTries = 100;                             // for a name that others keep changing
 constexpr std::string_view kHeading = "partial download 2";
 
