@@ -75,8 +75,7 @@ std::string_view counterpartOf(std::string_view validator, const URLResponse& re
 
 /// Returns whether the body is encoded, although "identity" was requested.
 bool isCoded(const URLResponse& response) {
-  const std::string_view coding = response.valueForHTTPHeaderField("Content-Encoding");
-  return !coding.empty() && !detail::isSameHeader(coding, "identity");
+  return !detail::codingsOf(response, "Content-Encoding").empty();
 }
 
 /// Returns true for headers that the download sets itself.

@@ -54,6 +54,15 @@ bool detail::isSameHeader(std::string_view a, std::string_view b) noexcept {
   return std::ranges::equal(a, b, {}, lowered, lowered);
 }
 
+std::string detail::codingsOf(const URLResponse& response, std::string_view name) {
+  std::string codings;
+  for (const auto& [each, value] : response.allHeaderFields) {
+    if (value.empty() || !isSameHeader(each, name)) continue;
+    codings.append(codings.empty() ? "" : ", ").append(value);
+  }
+  return isSameHeader(codings, "identity") ? "" : codings;
+}
+
 std::string_view URLResponse::valueForHTTPHeaderField(std::string_view field) const {
   for (const auto& [name, value] : allHeaderFields) {
     if (detail::isSameHeader(name, field)) return value;

@@ -173,8 +173,9 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 ///   after 303 every method but HEAD does. Other methods are kept, with their body. Credentials for
 ///   one host are not sent to another.
 /// - The content codings "gzip" and "deflate" are requested and decoded, unless the request has a
-///   header Accept-Encoding or Range. A damaged or truncated body, and any other coding, fail with
-///   URLErrorBadServerResponse.
+///   header Accept-Encoding or Range, or the session adds Accept-Encoding. A damaged or truncated
+///   body, and any other coding or several, fail with URLErrorBadServerResponse. So does a transfer
+///   coding other than "chunked", in any case.
 /// - A body has the length that the server announced. Two different lengths, and a length that is
 ///   not a number, fail with URLErrorBadServerResponse.
 /// - Servers with an invalid certificate are refused.

@@ -430,12 +430,17 @@ bool URLTransfer::tellResponse() {
   if (!announcedLength(response_)) {
     return fail(URLErrorBadServerResponse, "The server announced an invalid length of the body.");
   }
-  const std::string_view coding = response_.valueForHTTPHeaderField("Content-Encoding");
-  if (decodes_ && !coding.empty() && !detail::isSameHeader(coding, "identity")) {
+  const std::string framing = detail::codingsOf(response_, "Transfer-Encoding");
+  if (!framing.empty() && !detail::isSameHeader(framing, "chunked")) {
+    return fail(URLErrorBadServerResponse,
+                "The server returned a body in the unknown transfer coding “" + framing + "”.");
+  }
+  const std::string coding = detail::codingsOf(response_, "Content-Encoding");
+  if (decodes_ && !coding.empty()) {
     decoder_ = ContentDecoder::decoderForCoding(coding);
     if (decoder_ == nullptr) {
-      return fail(URLErrorBadServerResponse, "The server returned a body in the unknown coding “" +
-                                                 std::string(coding) + "”.");
+      return fail(URLErrorBadServerResponse,
+                  "The server returned a body in the unknown coding “" + coding + "”.");
     }
   }
   task_->expected_ = response_.expectedContentLength;

@@ -335,6 +335,8 @@ TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
       {"a damaged total", part, range("1000000-2999999/3000000x") + tag, 2'000'000, otherPart},
       {"another range", part, range("500000-2999999/3000000") + tag, 2'500'000, otherPart},
       {"a coded part", part, rest + tag + "Content-Encoding: gzip\r\n", 2'000'000, coded},
+      {"a part coded twice", part, rest + tag + "Content-Encoding:\r\nContent-Encoding: gzip\r\n",
+       2'000'000, coded},
       {"a coded whole", "200 OK", "Content-Encoding: gzip\r\n", 3'000'000, coded},
       {"more than the range", part, range("1000000-1999999/3000000") + tag, 2'000'000, tooMuch},
       {"more than the total", part, rest + tag, 2'000'001, tooMuch},

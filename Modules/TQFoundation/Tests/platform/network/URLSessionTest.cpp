@@ -247,6 +247,9 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
     return LoopbackServer::page("200 OK", body,
                                 "Content-Encoding: " + std::string(coding) + "\r\n");
   };
+  const auto framed = [](const std::string& framing) {
+    return "HTTP/1.1 200 OK\r\nTransfer-Encoding: " + framing + "\r\n\r\n2\r\nab\r\n0\r\n\r\n";
+  };
   const auto announced = [](const std::string& lengths) {
     return "HTTP/1.1 200 OK\r\nConnection: close\r\n" + lengths + "\r\n\r\nhello";
   };
@@ -277,6 +280,15 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
       {"more after the end", coded(zlib + "x", "deflate"), nullptr, undecodable},
       {"unknown", coded("hello", "br"), nullptr,
        "The server returned a body in the unknown coding “br”."},
+      {"coded twice", coded(gzip, "gzip\r\nContent-Encoding: gzip"), nullptr,
+       "The server returned a body in the unknown coding “gzip, gzip”."},
+      {"coded once", coded(gzip, "identity\r\ncontent-encoding: gzip"), nullptr,
+       "The server returned a body in the unknown coding “identity, gzip”."},
+      {"chunks", framed("Chunked"), "ab", ""},
+      {"coded chunks", framed("gzip, chunked"), nullptr,
+       "The server returned a body in the unknown transfer coding “gzip, chunked”."},
+      {"an unknown frame", framed("foo"), nullptr,
+       "The server returned a body in the unknown transfer coding “foo”."},
       {"equal lengths", announced("Content-Length: 5, 5\r\nContent-Length: 5"), "hello", ""},
       {"two lengths", announced("Content-Length: 5\r\nContent-Length: 3"), nullptr, badLength},
       {"two in one", announced("Content-Length: 3, 5"), nullptr, badLength},

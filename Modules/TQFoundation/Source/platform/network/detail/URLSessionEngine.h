@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,9 @@ namespace tq {
 
 namespace detail {
 [[nodiscard]] bool isSameHeader(std::string_view a, std::string_view b) noexcept;
+/// Returns the codings that all headers of that name list together, such as "gzip, chunked"; empty
+/// for "identity" and if there is none.
+[[nodiscard]] std::string codingsOf(const URLResponse& response, std::string_view name);
 /// Returns an error of URLErrorDomain.
 /// @param details   for developers; may be empty
 /// @param sentence  the description for users; if empty, that of the code
