@@ -73,7 +73,8 @@ struct URLSessionConfiguration {
   URLRequestCachePolicy requestCachePolicy = URLRequestCachePolicy::useProtocolCachePolicy;
   bool allowsCellularAccess = true;  ///< no effect on a desktop
   bool discretionary = false;        ///< no effect: every task starts at once
-  /// Added to each request that does not set the same header.
+  /// Added to each request that does not set the same header. Range and If-Range are ignored: they
+  /// are for one request.
   HTTPHeaders HTTPAdditionalHeaders = {};
   /// The path of a PEM file that is trusted instead of the system's.
   std::string certificateAuthorities = {};

@@ -121,6 +121,11 @@ bool isHeaderName(std::string_view name) noexcept {
   });
 }
 
+/// Returns true for headers that a session cannot add to all requests.
+bool isOfOneRequest(std::string_view name) noexcept {
+  return detail::isSameHeader(name, "Range") || detail::isSameHeader(name, "If-Range");
+}
+
 bool isHeaderValue(std::string_view value) noexcept {
   return value.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
 }
@@ -277,7 +282,8 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
   const HTTPHeaders& own = task_->request_.HTTPHeaderFields;
   // Others are decoded here, because libcurl accepts a coded body that is truncated.
   curl.set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
-  decodes_ = !holds(own, "Accept-Encoding") && !holds(own, "Range");
+  decodes_ = !holds(own, "Accept-Encoding") && !holds(own, "Range") &&
+             !holds(configuration.HTTPAdditionalHeaders, "Accept-Encoding");
   if (decodes_) curl.set(CURLOPT_ACCEPT_ENCODING, ContentDecoder::kCodings);
   prepareMethod();
 }
@@ -304,7 +310,7 @@ void URLTransfer::prepareMethod() {
 
 bool URLTransfer::addHeaders(const HTTPHeaders& headers, const HTTPHeaders* unlessIn) {
   for (const auto& [name, value] : headers) {
-    if (unlessIn != nullptr && holds(*unlessIn, name)) continue;
+    if (unlessIn != nullptr && (holds(*unlessIn, name) || isOfOneRequest(name))) continue;
     // A line break would let the value add a header.
     if (!isHeaderName(name) || !isHeaderValue(value)) return false;
     const std::string_view text = trimmed(value);

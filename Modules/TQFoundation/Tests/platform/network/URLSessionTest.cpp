@@ -311,6 +311,10 @@ TEST_F(URLSessionTest, WithoutAnErrorAllOfTheBodyHasCome) {
     URLRequest request = requestFor(liar.url("/0"));
     request.HTTPHeaderFields = {{header, "gzip"}};
     EXPECT_EQ(fetch(request).body(), gzip) << header;
+    configuration.HTTPAdditionalHeaders = request.HTTPHeaderFields;
+    configureAgain();
+    const bool isRange = header == std::string_view("Range");  // not for a session
+    EXPECT_EQ(fetch(requestFor(liar.url("/0"))).body(), isRange ? "hello" : gzip) << header;
   }
 }
 
