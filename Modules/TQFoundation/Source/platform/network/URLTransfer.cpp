@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <new>
 #include <optional>
 #include <utility>
@@ -251,6 +252,8 @@ void URLTransfer::prepare(const URLSessionConfiguration& configuration, void* co
   curl.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   curl.set(CURLOPT_FOLLOWLOCATION, 1L);
   curl.set(CURLOPT_MAXREDIRS, static_cast<long>(configuration.HTTPMaximumRedirects));
+  // Otherwise libcurl would end connecting after 300 s. Time-outs are those of deadline().
+  curl.set(CURLOPT_CONNECTTIMEOUT_MS, long{std::numeric_limits<int>::max()});
   curl.set(CURLOPT_NOSIGNAL, 1L);
   curl.set(CURLOPT_BUFFERSIZE, 32L * 1024);  // fits in the fastest cache
   curl.set(CURLOPT_ERRORBUFFER, curl.message.data());

@@ -5,6 +5,7 @@
 
 #include "support/Bytes.h"
 #include "support/Errors.h"
+#include "support/HandMovedClock.h"
 #include "support/LoopbackServer.h"
 #include "support/OnDestruction.h"
 #include "support/SelfSigned.h"
@@ -355,6 +356,39 @@ TEST_F(URLSessionTest, TimesOutWithoutDataAndAfterTheWholeTime) {
   configuration.timeoutIntervalForResource = 0;
   configureAgain();
   EXPECT_EQ(fetch("/").body(), "hello") << "no limits";
+}
+
+// While a server does not answer the handshake, the clock of the session's thread moves.
+TEST_F(URLSessionTest, WithoutALimitConnectingDoesNotTimeOut) {
+  configuration.timeoutIntervalForRequest = configuration.timeoutIntervalForResource = 0;
+  configureAgain();
+  std::promise<void> begun;
+  const LoopbackServer silent({}, [&](const Socket& socket) {
+    static_cast<void>(socket.receive());
+    begun.set_value();
+    static_cast<void>(socket.receive());
+  });
+  std::promise<std::int64_t> connecting;
+  const auto task = session->dataTaskWithURL(
+      URL::URLWithString("https://127.0.0.1:" + std::to_string(silent.port())),
+      [&](auto&&, auto&, const Ref<Error>& error) { connecting.set_value(codeOf(error)); });
+  task->resume();
+  begun.get_future().wait();
+  const auto later = std::chrono::steady_clock::now().time_since_epoch() + 1h;
+  std::optional<HandMovedClock> clock;
+  for (const bool isMoved : {true, false}) {
+    std::promise<std::int64_t> ended;
+    URLSessionTaskHandler handler;
+    handler.didReceiveResponse = [&](auto&, auto&) {
+      if (isMoved) clock.emplace().jump(std::chrono::floor<std::chrono::milliseconds>(later));
+      if (!isMoved) clock.reset();
+      return true;
+    };
+    taskFor("/", ended, handler)->resume();
+    EXPECT_EQ(ended.get_future().get(), 0);
+  }
+  task->cancel();
+  EXPECT_EQ(connecting.get_future().get(), URLErrorCancelled);
 }
 
 // The first of three tasks gets its pieces in time while the callback of the second blocks the
