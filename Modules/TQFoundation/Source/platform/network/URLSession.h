@@ -181,7 +181,8 @@ class TQ_EXPORT URLSessionDataTask final : public Subclass<URLSessionDataTask> {
 ///   not a number, fail with URLErrorBadServerResponse.
 /// - Servers with an invalid certificate are refused.
 /// - More than 300 000 bytes or 2 000 lines of headers and trailers, including those of redirects,
-///   fail with URLErrorBadServerResponse.
+///   fail with URLErrorBadServerResponse. So does a header line of more than about 100 000 bytes; a
+///   trailer line of more than about 4 000 fails with URLErrorNetworkConnectionLost.
 ///
 /// Threads:  any.
 /// Lifetime: running tasks keep the session alive. Its thread ends some time after the last

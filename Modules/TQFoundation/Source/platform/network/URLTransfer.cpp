@@ -414,6 +414,13 @@ std::string URLTransfer::lastURL() const {
   return *url != '\0' ? url : response_.url;  // none was sent
 }
 
+/// Returns whether the server has sent anything.
+bool URLTransfer::hasAnswer() const {
+  curl_off_t firstByte = 0;  // microseconds
+  library_->curl.curl_easy_getinfo(library_->easy, CURLINFO_STARTTRANSFER_TIME_T, &firstByte);
+  return firstByte > 0;
+}
+
 void URLTransfer::readResponse() {
   response_.url = lastURL();
   response_.statusCode = static_cast<int>(statusCode());
@@ -521,6 +528,11 @@ Ref<Error> URLTransfer::errorOf(int result) {
   const auto code = static_cast<CURLcode>(result);
   const char* const message = library_->message.data();
   if (code == CURLE_UNSUPPORTED_PROTOCOL) explainUnsupportedProtocol();
+  // libcurl reports a header line that is too long for it as a lack of memory, and one that
+  // continues no other line as a bad argument.
+  if ((code == CURLE_OUT_OF_MEMORY || code == CURLE_BAD_FUNCTION_ARGUMENT) && hasAnswer()) {
+    fail(URLErrorBadServerResponse, "The server’s headers are invalid or too long.");
+  }
   if (code != CURLE_OK) {
     return detail::urlError(ownError_.value_or(errorCodeOf(code)),
                             *message != '\0' ? message : library_->curl.curl_easy_strerror(code),

@@ -54,6 +54,7 @@ class URLTransfer {
   bool headersEnded();
   [[nodiscard]] long statusCode() const;
   [[nodiscard]] std::string lastURL() const;
+  [[nodiscard]] bool hasAnswer() const;
   void readResponse();
   bool tellResponse();
   [[nodiscard]] Ref<Error> errorOf(int result);
