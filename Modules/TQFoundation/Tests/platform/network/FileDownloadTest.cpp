@@ -365,56 +365,39 @@ TEST_F(FileDownloadTest, LyingServersNeverMixVersions) {
     EXPECT_TRUE(holds('b'));
     EXPECT_EQ(directory.entries(), 1);
   }
-  for (const bool isSame : {true, false}) {  // the length of "a" was not announced
-    version = 'a';
-    hidesLength = true;
-    downloadAThird();
-    hidesLength = false;
-    version = 'b';
-    lie = LoopbackServer::page(refusal, "", range("*/1000000") + (isSame ? tag : ""));
-    EXPECT_EQ(download().code, 0);
-    EXPECT_EQ(directory.read("plan.svg"), isSame ? bodyOf(1'000'000, 'a') : bodyOf(length, 'b'));
-  }
+  version = 'a';
+  hidesLength = true;  // so our length may not be the total
+  downloadAThird();
+  hidesLength = false;
+  version = 'b';
+  lie = LoopbackServer::page(refusal, "", range("*/1000000"));
+  EXPECT_EQ(download().code, 0);
+  EXPECT_TRUE(holds('b'));
 }
 
-// The connection closes somewhere in the head of the response, or of that after a redirect.
+// The connection closes somewhere in the head of the response. A redirect leads to each of them.
 TEST_F(FileDownloadTest, ResponsesCutInTheirHeadsAreErrors) {
   const std::string plain = LoopbackServer::page("200 OK", "");
-  const std::string moved = LoopbackServer::page("302 Found", "moved", "Location: /new\r\n");
-  const Rows<std::string, std::string, std::string> cases{
-      {plain, "", ""},
-      {"HTTP/1.0 200 OK\n\n", "", ""},
-      {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n", "0\r\n\r\n", ""},
-      {"HTTP/1.1 103 Early Hints\r\n\r\n" + plain, "", ""},
-      {"HTTP/1.1 302 Found\r\n\r\n", "", ""},  // without a Location
-      {plain, "", moved},
-  };
-  std::string first;   // guarded by the mutex
-  std::string second;  // guarded by the mutex
-  const auto sends = [this](const std::string& answer) {
-    return [this, &answer](const Socket& socket, auto&) {
-      const std::scoped_lock guard(mutex);
-      socket.send(answer);
-    };
-  };
-  const LoopbackServer cutting({{"/", sends(first)}, {"/new", sends(second)}});
-  for (const auto& [head, body, before] : cases) {
+  const std::string heads[] = {plain, "HTTP/1.0 200 OK\n\n", "HTTP/1.1 302 Found\r\n\r\n",
+                               "HTTP/1.1 103 Early Hints\r\n\r\n" + plain};
+  for (const std::string& head : heads) {
     for (std::size_t cut = 0; cut <= head.size(); ++cut) {
-      {
-        const std::scoped_lock guard(mutex);
-        second = cut < head.size() ? head.substr(0, cut) : head + body;
-        first = before.empty() ? second : before;
-      }
-      SCOPED_TRACE(first + second);
+      SCOPED_TRACE(head.substr(0, cut));
+      const auto sends = [](const std::string& answer) {
+        return [=](const Socket& socket, auto&) { socket.send(answer); };
+      };
+      const LoopbackServer cutting(
+          {{"/", sends(head.substr(0, cut))},
+           {"/to", sends(LoopbackServer::page("302 Found", "moved", "Location: /\r\n"))}});
       std::promise<std::int64_t> ended;
       const auto task = session->dataTaskWithURL(
-          URL::URLWithString(cutting.url("/")),
+          URL::URLWithString(cutting.url("/to")),
           [&](auto&&, auto&, const Ref<Error>& error) { ended.set_value(codeOf(error)); });
       task->resume();
       const bool isCut = cut < head.size();
       EXPECT_EQ(ended.get_future().get(), isCut ? std::int64_t{URLErrorNetworkConnectionLost} : 0);
       directory.write("plan.svg", "old");
-      const bool isFile = !isCut && head.find("302") == std::string::npos;
+      const bool isFile = !isCut && head.find("200 OK") != std::string::npos;
       EXPECT_EQ(download(cutting, "/").code == 0, isFile);
       EXPECT_EQ(directory.read("plan.svg"), isFile ? "" : "old");
     }

@@ -364,30 +364,23 @@ TEST_F(URLSessionTest, TimesOutWithoutDataAndAfterTheWholeTime) {
   EXPECT_EQ(fetch("/").body(), "hello") << "no limits";
 }
 
-// While a server does not answer the handshake, the clock of the session's thread moves.
+// While the server does not answer the handshake, the clock of the session's thread moves.
 TEST_F(URLSessionTest, WithoutALimitConnectingDoesNotTimeOut) {
-  configuration.timeoutIntervalForRequest = configuration.timeoutIntervalForResource = 0;
+  configuration.timeoutIntervalForRequest = 0;
   configureAgain();
-  std::promise<void> begun;
-  const LoopbackServer silent({}, [&](const Socket& socket) {
-    static_cast<void>(socket.receive());
-    begun.set_value();
-    static_cast<void>(socket.receive());
-  });
   std::promise<std::int64_t> connecting;
   const auto task = session->dataTaskWithURL(
-      URL::URLWithString("https://127.0.0.1:" + std::to_string(silent.port())),
+      URL::URLWithString("https" + server.url("/").substr(4)),
       [&](auto&&, auto&, const Ref<Error>& error) { connecting.set_value(codeOf(error)); });
   task->resume();
-  begun.get_future().wait();
   const auto later = std::chrono::steady_clock::now().time_since_epoch() + 1h;
   std::optional<HandMovedClock> clock;
-  for (const bool isMoved : {true, false}) {
+  for (const bool moves : {true, false}) {
     std::promise<std::int64_t> ended;
     URLSessionTaskHandler handler;
     handler.didReceiveResponse = [&](auto&, auto&) {
-      if (isMoved) clock.emplace().jump(std::chrono::floor<std::chrono::milliseconds>(later));
-      if (!isMoved) clock.reset();
+      if (moves) clock.emplace().jump(std::chrono::floor<std::chrono::milliseconds>(later));
+      if (!moves) clock.reset();
       return true;
     };
     taskFor("/", ended, handler)->resume();
@@ -421,29 +414,26 @@ TEST_F(URLSessionStress, EachWaitingTaskGetsAConnection) {
   configuration.HTTPMaximumConnectionsPerHost = 1;
   for (std::size_t victim = 1; victim < 10; ++victim) {
     std::promise<void> released;
-    const LoopbackServer holding({},
-                                 [answer = released.get_future().share()](const Socket& socket) {
-                                   while (!socket.receive().empty())
-                                     answer.wait(), socket.send(headOf(0));
-                                 });
+    const auto answer = [end = released.get_future().share()](const Socket& socket) {
+      while (!socket.receive().empty()) end.wait(), socket.send(headOf(0));
+    };
+    const LoopbackServer holding({}, answer);
     configureAgain();
-    std::promise<void> ended[10];
+    std::promise<void> promises[10];
+    std::vector<std::future<void>> ends;
     std::vector<Ref<URLSessionDataTask>> tasks;
-    for (auto& each : ended) {
+    for (auto& each : promises) {
+      ends.push_back(each.get_future());
       tasks.push_back(session->dataTaskWithURL(URL::URLWithString(holding.url("/")),
                                                [&](auto&&, auto&, auto&&) { each.set_value(); }));
       tasks.back()->resume();
     }
     fetch("/");  // begins last
     tasks[victim]->cancel();
-    ended[victim].get_future().wait();
+    ends[victim].wait();
     released.set_value();
-    for (std::size_t i = 0; i < tasks.size(); ++i) {
-      if (i == victim) continue;
-      const auto end = ended[i].get_future();
-      EXPECT_EQ(end.wait_for(20s), std::future_status::ready) << victim;
-      end.wait();
-    }
+    for (auto& each : ends) EXPECT_EQ(each.wait_for(20s), std::future_status::ready) << victim;
+    for (auto& each : ends) each.wait();
     session = nullptr;  // closes the connection
   }
 }
