@@ -149,6 +149,7 @@ void URLSession::Engine::run() noexcept {
     }
     for (Ref<URLSessionDataTask>& task : submitted) begin(std::exchange(task, nullptr));
     submitted.clear();
+    startWaiting();
     // Data that arrived during a slow callback is not late: it is processed before time-outs are
     // checked.
     const Clock::time_point now = Clock::now();
@@ -156,7 +157,7 @@ void URLSession::Engine::run() noexcept {
     library_->curl->curl_multi_perform(library_->multi, &running);
     const bool hasEnded = finishEnded();
     const bool hasRemoved = finishCancelledAndLate(now);
-    // The freed connection is for a transfer that waits. If libcurl has passed that one already in
+    // A connection may have become free. If libcurl gives it to a transfer that it has passed in
     // this round, it deletes its timer, and polling would not end for it.
     if (hasEnded || hasRemoved) continue;
     library_->curl->curl_multi_poll(library_->multi, nullptr, 0, pollTimeout(), nullptr);
@@ -173,18 +174,60 @@ void URLSession::Engine::begin(const Ref<URLSessionDataTask>& task) noexcept {
   } catch (const std::bad_alloc&) {
     return URLTransfer::refuse(*task, detail::exhaustedError());
   }
-  URLTransfer& transfer = *transfers_.back();
-  std::int64_t code = URLErrorBadURL;
-  if (transfer.handle() != nullptr) {
-    code = transfer.isCancelled() ? URLErrorCancelled : URLErrorUnknown;
-    const bool isWanted = code == URLErrorUnknown;
-    if (isWanted &&
-        library_->curl->curl_multi_add_handle(library_->multi, transfer.handle()) == CURLM_OK)
-      return;
+  const URLTransfer& transfer = *transfers_.back();
+  const bool isValid = transfer.handle() != nullptr;
+  if (isValid && !transfer.isCancelled()) return;
+  remove(transfers_.size() - 1)->completeWithError(isValid ? URLErrorCancelled : URLErrorBadURL);
+}
+
+// libcurl could let transfers wait, too, but it has one queue for all hosts: when a connection to
+// one becomes free, it tries the first in the queue alone, even if that one is for another host.
+// Its own limit remains for redirects to other hosts. The cost of a pass is proportional to the
+// number of waiting transfers, and to that of started ones whenever the host changes.
+void URLSession::Engine::startWaiting() noexcept {
+  std::string_view full;
+  for (std::size_t i = started_; i < transfers_.size(); ++i) {
+    const std::string_view host = transfers_[i]->host();
+    if (host == full) continue;
+    if (!hasFreeConnection(host)) {
+      full = host;
+      continue;
+    }
+    const auto place = transfers_.begin() + static_cast<std::ptrdiff_t>(started_);
+    const auto found = transfers_.begin() + static_cast<std::ptrdiff_t>(i);
+    std::rotate(place, found, found + 1);
+    const CURLMcode result =
+        library_->curl->curl_multi_add_handle(library_->multi, transfers_[started_]->handle());
+    if (result == CURLM_OK) {
+      ++started_;
+    } else {
+      remove(started_)->completeWithError(URLErrorUnknown);
+      --i;
+    }
   }
-  const std::unique_ptr<URLTransfer> ended = std::move(transfers_.back());
-  transfers_.pop_back();
-  ended->completeWithError(code);
+}
+
+bool URLSession::Engine::hasFreeConnection(std::string_view host) const noexcept {
+  constexpr std::size_t kStreams = 100;  // that libcurl lets share a connection
+  std::size_t used = 0;
+  bool isMultiplexed = false;
+  for (std::size_t i = 0; i < started_; ++i) {
+    if (transfers_[i]->host() != host) continue;
+    ++used;
+    isMultiplexed = isMultiplexed || transfers_[i]->isMultiplexed();
+  }
+  const int limit = configuration_.HTTPMaximumConnectionsPerHost;
+  return limit <= 0 || used < static_cast<std::size_t>(limit) * (isMultiplexed ? kStreams : 1);
+}
+
+std::unique_ptr<URLTransfer> URLSession::Engine::remove(std::size_t index) noexcept {
+  std::unique_ptr<URLTransfer> removed = std::move(transfers_[index]);
+  transfers_.erase(transfers_.begin() + static_cast<std::ptrdiff_t>(index));
+  if (index < started_) {
+    --started_;
+    library_->curl->curl_multi_remove_handle(library_->multi, removed->handle());
+  }
+  return removed;
 }
 
 bool URLSession::Engine::finishEnded() {
@@ -196,10 +239,7 @@ bool URLSession::Engine::finishEnded() {
     CURL* const handle = message->easy_handle;
     const CURLcode result = message->data.result;
     const auto ended = std::ranges::find(transfers_, handle, &URLTransfer::handle);
-    const std::unique_ptr<URLTransfer> transfer = std::move(*ended);
-    transfers_.erase(ended);
-    library_->curl->curl_multi_remove_handle(library_->multi, handle);
-    transfer->completeWithResult(result);
+    remove(static_cast<std::size_t>(ended - transfers_.begin()))->completeWithResult(result);
     hasEnded = true;
   }
   return hasEnded;
@@ -207,14 +247,12 @@ bool URLSession::Engine::finishEnded() {
 
 bool URLSession::Engine::finishCancelledAndLate(Clock::time_point now) {
   const std::size_t before = transfers_.size();
-  for (auto each = transfers_.begin(); each != transfers_.end();) {
-    if (!(*each)->isCancelled() && (*each)->deadline() > now) {
-      ++each;
+  for (std::size_t i = 0; i < transfers_.size();) {
+    if (!transfers_[i]->isCancelled() && transfers_[i]->deadline() > now) {
+      ++i;
       continue;
     }
-    const std::unique_ptr<URLTransfer> ending = std::move(*each);
-    each = transfers_.erase(each);
-    library_->curl->curl_multi_remove_handle(library_->multi, ending->handle());
+    const std::unique_ptr<URLTransfer> ending = remove(i);
     ending->completeWithError(ending->isCancelled() ? URLErrorCancelled : URLErrorTimedOut);
   }
   return transfers_.size() != before;

@@ -168,6 +168,8 @@ std::optional<std::int64_t> announcedLength(const URLResponse& response) {
 
 std::string_view schemeOf(std::string_view url) noexcept { return url.substr(0, url.find(':')); }
 
+constexpr std::string_view kAuthority = "://";  // precedes the name of the server
+
 bool isSupported(std::string_view scheme) noexcept {
   return detail::isSameHeader(scheme, "http") || detail::isSameHeader(scheme, "https");
 }
@@ -234,6 +236,8 @@ URLTransfer::URLTransfer(Ref<URLSessionDataTask> task, const URLSessionConfigura
     ownError_ = URLErrorBadURL;
     return;
   }
+  host_ = response_.url.substr(
+      0, response_.url.find_first_of("/?#", schemeOf(response_.url).size() + kAuthority.size()));
   library_->easy = library_->curl.curl_easy_init();
   if (library_->easy == nullptr) throw std::bad_alloc();
   prepare(configuration, cookies);
@@ -443,6 +447,9 @@ bool URLTransfer::fail(std::int64_t code, std::string sentence) {
 bool URLTransfer::tellResponse() {
   isResponseTold_ = true;
   readResponse();
+  long version = 0;
+  library_->curl.curl_easy_getinfo(library_->easy, CURLINFO_HTTP_VERSION, &version);
+  isMultiplexed_ = version == CURL_HTTP_VERSION_2_0;
   if (!announcedLength(response_)) {
     return fail(URLErrorBadServerResponse, "The server announced an invalid length of the body.");
   }

@@ -409,7 +409,8 @@ TEST_F(URLSessionStress, PiecesCallbacksAndQueuesRestartTheTimeout) {
   for (auto& each : ended) EXPECT_EQ(each.get_future().get(), 0);
 }
 
-// The first of ten tasks has the only connection when one of the others is cancelled.
+// The first of ten tasks has the only connection when one of the others is cancelled. Before them,
+// other tasks wait for a host that is busy all the time.
 TEST_F(URLSessionStress, EachWaitingTaskGetsAConnection) {
   configuration.HTTPMaximumConnectionsPerHost = 1;
   for (std::size_t victim = 1; victim < 10; ++victim) {
@@ -418,7 +419,14 @@ TEST_F(URLSessionStress, EachWaitingTaskGetsAConnection) {
       while (!socket.receive().empty()) end.wait(), socket.send(headOf(0));
     };
     const LoopbackServer holding({}, answer);
+    const LoopbackServer third({{"/", says(headOf(0))}});
     configureAgain();
+    std::vector<Ref<URLSessionDataTask>> others;
+    for (int i = 0; i < 20; ++i) {
+      others.push_back(
+          session->dataTaskWithURL(URL::URLWithString(server.url("/silent")), nullptr));
+      others.back()->resume();
+    }
     std::promise<void> promises[10];
     std::vector<std::future<void>> ends;
     std::vector<Ref<URLSessionDataTask>> tasks;
@@ -428,11 +436,12 @@ TEST_F(URLSessionStress, EachWaitingTaskGetsAConnection) {
                                                [&](auto&&, auto&, auto&&) { each.set_value(); }));
       tasks.back()->resume();
     }
-    fetch("/");  // begins last
+    fetch(requestFor(third.url("/")));  // begins last
     tasks[victim]->cancel();
     ends[victim].wait();
     released.set_value();
     for (auto& each : ends) EXPECT_EQ(each.wait_for(20s), std::future_status::ready) << victim;
+    for (const auto& each : others) each->cancel();
     for (auto& each : ends) each.wait();
     session = nullptr;  // closes the connection
   }

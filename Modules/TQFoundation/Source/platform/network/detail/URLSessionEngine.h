@@ -4,6 +4,7 @@
 /// The thread of a URL session.
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -52,6 +53,11 @@ class URLSession::Engine {
 
   void run() noexcept;
   void begin(const Ref<URLSessionDataTask>& task) noexcept;
+  /// Starts those waiting transfers whose host has a free connection.
+  void startWaiting() noexcept;
+  [[nodiscard]] bool hasFreeConnection(std::string_view host) const noexcept;
+  /// Takes a transfer away from the list and from libcurl.
+  std::unique_ptr<URLTransfer> remove(std::size_t index) noexcept;
   /// Each returns whether it completed any task.
   bool finishEnded();
   /// @param now  a time before received data was last processed
@@ -60,7 +66,11 @@ class URLSession::Engine {
 
   const URLSessionConfiguration configuration_;
   const std::unique_ptr<Library> library_;
-  std::vector<std::unique_ptr<URLTransfer>> transfers_;  // used by the thread alone
+
+  // Used by the thread alone. The first transfers have been started, in the order of the list; the
+  // others wait for a connection.
+  std::vector<std::unique_ptr<URLTransfer>> transfers_;
+  std::size_t started_ = 0;
 
   Lock lock_;
   std::vector<Ref<URLSessionDataTask>> submitted_ TQ_GUARDED_BY(lock_);

@@ -34,6 +34,10 @@ class URLTransfer {
   /// libcurl's handle; null if the request is invalid.
   [[nodiscard]] void* handle() const noexcept;
   [[nodiscard]] bool isCancelled() const noexcept;
+  /// The scheme, name and port of the server, as the request writes them.
+  [[nodiscard]] const std::string& host() const noexcept { return host_; }
+  /// Whether its connection is known to carry many transfers at a time (HTTP/2).
+  [[nodiscard]] bool isMultiplexed() const noexcept { return isMultiplexed_; }
   /// The time at which it times out, unless data comes before.
   [[nodiscard]] Time deadline() const noexcept;
 
@@ -90,12 +94,14 @@ class URLTransfer {
   Time lastActivity_ = begin_;
   std::chrono::nanoseconds idleLimit_{};
   std::chrono::nanoseconds totalLimit_{};
+  std::string host_;
   URLResponse response_;
   std::size_t headerBytes_ = 0;  // of all responses, trailers included
   std::size_t headerLines_ = 0;
   bool isUnderWay_ = false;      // no longer waits for a connection
   bool isHeadComplete_ = false;  // of the last response, which is not provisional
   bool isResponseTold_ = false;
+  bool isMultiplexed_ = false;
   bool isExhausted_ = false;                 // ran out of memory
   bool decodes_ = false;                     // content codings
   std::unique_ptr<ContentDecoder> decoder_;  // null if the body is not coded
