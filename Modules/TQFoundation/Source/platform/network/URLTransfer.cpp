@@ -371,21 +371,24 @@ std::size_t URLTransfer::onHeader(char* bytes, std::size_t size, std::size_t cou
                                   void* self) noexcept {
   auto& transfer = *static_cast<URLTransfer*>(self);
   transfer.touch();
-  transfer.headerBytes_ += size * count;
+  const std::string_view line(bytes, size * count);
+  transfer.headerBytes_ += line.size();
   const bool isTooLong =
       transfer.headerBytes_ > kMostHeaderBytes || ++transfer.headerLines_ > kMostHeaderLines;
-  const bool isLast = *bytes == '\r' || *bytes == '\n';  // the empty line after the headers
-  if (detail::isSameHeader({bytes, std::min(size * count, kHeadStart.size())}, kHeadStart)) {
+  const bool isLast = line == "\r\n" || line == "\n";        // the empty line after the headers
+  const bool isDamaged = !isLast && line.starts_with('\r');  // libcurl ends the headers here, too
+  if (detail::isSameHeader(line.substr(0, kHeadStart.size()), kHeadStart)) {
     transfer.isHeadComplete_ = false;
   }
   const bool goesOn = transfer.withMemory([&] {
     if (isTooLong) {
       return transfer.fail(URLErrorBadServerResponse, "The server’s headers are too long.");
     }
+    if (isDamaged) return transfer.fail(URLErrorBadServerResponse);
     return !isLast || transfer.isResponseTold_ || transfer.headersEnded();
   });
   transfer.touch();
-  return goesOn ? size * count : 0;
+  return goesOn ? line.size() : 0;
 }
 
 bool URLTransfer::headersEnded() {

@@ -116,6 +116,7 @@ class URLSessionTest : public testing::Test {
       {"/manyheaders", says(LoopbackServer::page("200 OK", "", repeated("a:\r\n", 60'000)))},
       {"/longheader", says(LoopbackServer::page("200 OK", "", repeated("x", 120'000) + ": 1\r\n"))},
       {"/longtrailer", says(kChunked + "0\r\n" + repeated("x", 5'000) + ": 1\r\n\r\n")},
+      {"/return", says("HTTP/1.1 200 OK\r\n\rX-One: 1\r\n\r\n")},
       {"/space", says("HTTP/1.1 200 OK\r\n X-One: 1\r\n\r\n")},
       {"/twoheads", says("HTTP/1.1 100 Continue\r\n\r\n" +
                          LoopbackServer::page("404 Not Found", "", "HTTP/1.1 200: no\r\n"))},
@@ -204,6 +205,7 @@ TEST_F(URLSessionTest, ReportsFailuresByCode) {
       {server.url("/manyheaders"), URLErrorBadServerResponse, ""},
       {server.url("/longheader"), URLErrorBadServerResponse, ""},
       {server.url("/longtrailer"), URLErrorNetworkConnectionLost, ""},
+      {server.url("/return"), URLErrorBadServerResponse, "The server’s response is invalid."},
       {server.url("/space"), URLErrorBadServerResponse, ""},
       {"http://127.0.0.1:" + std::to_string(closedPort) + "/", URLErrorCannotConnectToHost, ""},
       {"http://two..dots/", URLErrorCannotFindHost,
@@ -219,6 +221,7 @@ TEST_F(URLSessionTest, ReportsFailuresByCode) {
   for (const auto& [url, code, text] : cases) {
     SCOPED_TRACE(url);
     const Outcome outcome = fetch(requestFor(url));
+    ASSERT_NE(outcome.error, nullptr);
     EXPECT_EQ(outcome.code(), code) << outcome.error->description();
     EXPECT_EQ(outcome.body(), "(null)");
     EXPECT_EQ(outcome.error->domain(), URLErrorDomain);
