@@ -36,6 +36,17 @@ class ThreadModel {
     return start_.cells.size() - 1;
   }
 
+  [[nodiscard]] std::size_t cellCount() const { return start_.cells.size(); }
+
+  /// Destroys the cells from `first` on, before `end`: a later use is a violation.
+  void destroyCells(std::size_t first, std::size_t end) {
+    step([&](auto& cells) {
+      for (std::size_t i = first; i < end; ++i) cells[i] = kDestroyed;
+      return 0;
+    });
+  }
+  static constexpr std::uint64_t kDestroyed = 0xdead'dead'dead'dead;
+
   /// @param atEnd  checks the cells after all threads have ended; it may use them like a thread
   /// @return the first fault: a violation, or threads that sleep forever; "" if there is none
   std::string explore(
@@ -203,9 +214,12 @@ class ModelCell {
   void wake(bool everybody) const { ThreadModel::current()->wake(index_, everybody); }
 
  private:
+  using Gone = ThreadModel::Violation;
+
   template <class Change>
   T change(Change&& next) const {
     return static_cast<T>(ThreadModel::current()->step([&](auto& cells) {
+      if (cells[index_] == ThreadModel::kDestroyed) throw Gone("a destroyed cell is used");
       const T old = static_cast<T>(cells[index_]);
       cells[index_] = next(old);
       return old;
@@ -220,7 +234,9 @@ struct ModelSystem {
   using Word = ModelCell<std::uint32_t>;
   using Word64 = ModelCell<std::uint64_t>;
   static constexpr int kSpins = 1;
-  static constexpr std::uint32_t kBells = 2;
+
+  static inline std::array<std::optional<Word>, 2> bells;  // of the current model
+  static Word& bell(const void*, std::uint64_t ticket) { return *bells[ticket % bells.size()]; }
 
   static std::uint32_t self() {
     return static_cast<std::uint32_t>(ThreadModel::current()->self()) + 1;

@@ -24,9 +24,10 @@ void SerialQueue::enter() noexcept {
 }
 
 void SerialQueue::leave() noexcept {
-  detail::willUnlock(state_);
-  state_->lock.unlock();
-  detail::didUnlock(state_);
+  State* const state = state_;  // after unlock() another thread may destroy the queue
+  detail::willUnlock(state);
+  state->lock.unlock();
+  detail::didUnlock(state);
 }
 
 }  // namespace tq

@@ -18,7 +18,8 @@ namespace tq {
 /// Recursion: not allowed. sync() from a closure that runs on the same queue stops the process with
 ///            "dispatch_sync called on queue already owned by current thread".
 /// Memory:    writes of a closure are visible to all later closures.
-/// Lifetime:  must not be destroyed while a closure runs or waits.
+/// Lifetime:  must not be destroyed while a closure runs or waits. The thread whose closure was the
+///            last may destroy it, even if sync() has not returned on other threads.
 class TQ_EXPORT SerialQueue {
  public:
   /// @param label  for debuggers and messages

@@ -6,6 +6,7 @@
 /// explore every interleaving of a few threads.
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 #include <TQFoundation/platform/threads/Thread.h>
@@ -18,7 +19,18 @@ struct ThreadSystem {
 
   /// How many times a thread checks a lock before it blocks: about the cost of blocking.
   static constexpr int kSpins = 40;
-  static constexpr std::uint32_t kBells = 8;
+
+  /// Returns the word on which a thread with this ticket blocks for the lock. It is never
+  /// destroyed. The words of a lock share a cache line; locks seldom share one.
+  static Word& bell(const void* lock, std::uint64_t ticket) noexcept {
+    constexpr std::size_t kLineBits = 6, kWords = 16;
+    struct alignas(64) Line {
+      Word words[kWords];
+    };
+    static constinit Line lines[std::size_t{1} << kLineBits] = {};
+    const std::uint64_t hash = reinterpret_cast<std::uintptr_t>(lock) * 0x9e3779b97f4a7c15;
+    return lines[hash >> (64 - kLineBits)].words[ticket % kWords];
+  }
 
   static std::uint32_t self() noexcept { return currentThreadNumber(); }
   static void relax() noexcept { relaxProcessor(); }

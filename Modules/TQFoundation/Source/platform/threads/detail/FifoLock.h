@@ -25,13 +25,17 @@ namespace tq::detail {
 /// thread that finds the lock held, but no waiters, spins for a moment before it draws a ticket; it
 /// counts as arrived only then.
 ///
-/// Blocked threads share a few bells. A waiter marks its bell before it checks its turn for the
-/// last time and blocks. unlock() reads the bell after the waiter's turn has come: it rings a
-/// marked one, which clears the mark. These four steps are in one total order, so either the waiter
-/// sees its turn or unlock() sees the mark; and a ring between check and wait keeps the waiter
-/// awake.
+/// A thread that holds the lock may destroy it after its own unlock(), if no other thread waits. So
+/// unlock() does not access the lock after the exchange that hands it over: the bells, on which
+/// threads block, belong to the process. Tickets and locks may share a bell; a thread that is woken
+/// for another one blocks again.
 ///
-/// `System` supplies Word64, Word, self(), wait(), wake(), relax(), stop() and kSpins.
+/// A waiter marks its bell before it checks its turn for the last time and blocks. unlock() reads
+/// the bell after the waiter's turn has come: it rings a marked one, which clears the mark. These
+/// four steps are in one total order, so either the waiter sees its turn or unlock() sees the mark;
+/// and a ring between check and wait keeps the waiter awake.
+///
+/// `System` supplies Word64, Word, bell(), self(), wait(), wake(), relax(), stop() and kSpins.
 template <class System>
 class FifoLock {
  public:
@@ -56,8 +60,8 @@ class FifoLock {
                                            std::memory_order_relaxed)) {
     }
     if (first(state) == last(state)) return;
-    Word& bell = bells_[first(state) % kBells];
-    if ((bell.load() & kMark) == 0) return;  // the waiter has not blocked
+    Word& bell = System::bell(this, first(state));  // only the address is used
+    if ((bell.load() & kMark) == 0) return;         // the waiter has not blocked
     bell.fetch_add(1);
     System::wake(bell, kEverybody);  // others on the same bell block again
   }
@@ -76,7 +80,6 @@ class FifoLock {
   static constexpr std::uint64_t kTicketMask = (std::uint64_t{1} << 17) - 1;
   static constexpr int kFirstShift = 30;
   static constexpr int kLastShift = 47;
-  static constexpr std::uint32_t kBells = System::kBells;
   static constexpr std::uint32_t kMark = 1;  // in a bell, which also counts its rings
   static constexpr int kEverybody = 0x7fffffff;
 
@@ -126,7 +129,7 @@ class FifoLock {
       if (isTurnOf(ticket)) return;
       System::relax();
     }
-    Word& bell = bells_[ticket % kBells];
+    Word& bell = System::bell(this, ticket);
     for (std::uint32_t rings = bell.load();; rings = bell.load()) {
       if ((rings & kMark) == 0 && !bell.compare_exchange_strong(rings, rings | kMark)) continue;
       if (isTurnOf(ticket)) return;  // the mark stays, but no thread waits
@@ -140,7 +143,6 @@ class FifoLock {
   }
 
   Word64 state_{0};
-  Word bells_[kBells] = {};
 };
 
 }  // namespace tq::detail
