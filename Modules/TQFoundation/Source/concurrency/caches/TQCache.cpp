@@ -119,15 +119,13 @@ void TQCache::populateCacheForObjectWithOwner(Object& owner, const Object& andKe
 }
 
 // Stores a new placeholder for this thread, unless the entry is no longer `stored`: then returns
-// null.
+// null. The monitor is held because blockingCachedObjectForOwner() holds it while its block runs.
 Ref<TQCacheDeferredCreation> TQCache::reserve(const Ref<Object>& stored, Object& owner,
                                               const Object& key, const CreationBlock& block) {
+  auto placeholder = TQCacheDeferredCreation::reserveWithBlock(block);
   ObjectSynchronizer monitor(share(owner));
   const Locked guard(monitor);
-  if (rawObjectForOwner(owner, key) != stored) return nullptr;
-  auto placeholder = TQCacheDeferredCreation::reserveWithBlock(block);
-  setCachedObject(placeholder, owner, key);
-  return placeholder;
+  return replace(stored, placeholder, owner, key, false) ? placeholder : nullptr;
 }
 
 // If the creation throws or returns null, the placeholder is removed: it would stay null.
@@ -144,11 +142,10 @@ Ref<Object> TQCache::create(const Ref<TQCacheDeferredCreation>& placeholder, Obj
   return created;
 }
 
-// Replaces the placeholder by the object. With `evenIfRemoved`, the object is also stored if the
-// key was removed during the creation, but it does not replace a later entry. Checking and storing
-// hold the lock together: otherwise a later placeholder could be overwritten and its object created
-// twice.
-void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
+// Stores the object if the entry is still `expected`; returns false if it is not. With
+// `evenIfRemoved`, the object is also stored if the key was removed meanwhile. Checking and storing
+// hold the lock together: otherwise an object that another thread stores in between would be lost.
+bool TQCache::replace(const Ref<Object>& expected, const Ref<Object>& object, Object& owner,
                       const Object& key, bool evenIfRemoved) {
   const Ref<Object> copied = key.copy();
   MapTable::Removed gone, displaced;
@@ -156,9 +153,9 @@ void TQCache::replace(const Ref<Object>& placeholder, const Ref<Object>& object,
   gone = cachedObjectsByOwner_->purgeSome();
   const MapTable* const entries = entriesOf(owner);
   const Object* const now = entries != nullptr ? entries->objectForKey(key) : nullptr;
-  const bool isInPlace = now == placeholder.get() || (now == nullptr && evenIfRemoved);
-  if (now == object.get() || !isInPlace) return;
-  displaced = store(object, owner, *copied);
+  if (now != expected.get() && (now != nullptr || !evenIfRemoved)) return false;
+  if (now != object.get()) displaced = store(object, owner, *copied);
+  return true;
 }
 
 void TQCache::removeCachedObjectForOwner(const Object& owner, const Object& andKey) {

@@ -55,8 +55,9 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   void setCachedObject(Ref<Object> object, Object& forOwner, const Object& andKey);
 
   /// Returns the cached object. If there is none, runs the block inside the owner's monitor, so
-  /// that only one creation per owner runs at a time, and stores its result. If the block returns
-  /// null, nothing is stored. Exceptions of the block propagate.
+  /// that only one creation per owner runs at a time, and stores its result, even if an object was
+  /// stored under the key in the meantime. If the block returns null, the key is removed.
+  /// Exceptions of the block propagate.
   Ref<Object> blockingCachedObjectForOwner(Object& owner, const Object& andKey,
                                            const CreationBlock& orCreateWithBlock);
 
@@ -94,7 +95,7 @@ class TQ_EXPORT TQCache final : public Subclass<TQCache> {
   [[nodiscard]] MapTable* entriesOf(const Object& owner) const TQ_REQUIRES_SHARED(locker_);
   MapTable::Removed store(const Ref<Object>& object, Object& owner, Object& key)
       TQ_REQUIRES(locker_);
-  void replace(const Ref<Object>& placeholder, const Ref<Object>& object, Object& owner,
+  bool replace(const Ref<Object>& expected, const Ref<Object>& object, Object& owner,
                const Object& key, bool evenIfRemoved);
   Ref<TQCacheDeferredCreation> reserve(const Ref<Object>& stored, Object& owner, const Object& key,
                                        const CreationBlock& block);

@@ -121,6 +121,34 @@ TEST(TQCache, CreationsMayReturnNullThrowAndCallBack) {
   EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), later) << "not the host's placeholder";
 }
 
+/// A key that calls back when it is copied, which is when an entry is made.
+struct Interrupting final : Subclass<Interrupting> {
+  static constexpr std::string_view className = "Interrupting";
+  Ref<Object> copy() const override {
+    if (const auto once = std::exchange(onCopy, nullptr)) std::jthread(once).join();
+    return share(const_cast<Interrupting&>(*this));
+  }
+  mutable std::function<void()> onCopy;
+};
+
+TEST(TQCache, WhatAnotherThreadStoresBeforeTheBlockRunsIsKept) {
+  const auto cache = TQCache::init();
+  const auto owner = text("owner"), stored = text("stored");
+  for (const bool populates : {false, true}) {
+    const auto key = makeRef<Interrupting>();
+    key->onCopy = [&] { cache->setCachedObject(stored, *owner, *key); };
+    int runs = 0;
+    const auto create = [&]() -> Ref<Object> { return ++runs, text("created"); };
+    if (populates) {
+      cache->populateCacheForObjectWithOwner(*owner, *key, create);
+    } else {
+      EXPECT_EQ(cache->cachedObjectForOwner(*owner, *key, create), stored);
+    }
+    EXPECT_EQ(cache->rawObjectForOwner(*owner, *key), stored);
+    EXPECT_EQ(runs, 0);
+  }
+}
+
 TEST(TQCacheDeferredCreation, TheUnblockingFormDoesNotWait) {
   const auto object = text("object");
   EXPECT_EQ(TQCache_selfOrDeferredObject(object), object);
