@@ -77,11 +77,27 @@ void workWithoutThreads() {
   });
 }
 
+// A new thread does its work even if the thread that creates it is stopped for long.
+void workWithASlowCreator() {
+  static std::atomic<bool> hasRun{false};
+  test::hasThreads = true;
+  test::afterCreation = [] {
+    for (int i = 0; i < 5000 && !hasRun; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  };
+  const auto operation = block([] {});
+  operation->setCompletionBlock([] { hasRun = true; });
+  operation->start();
+  EXPECT_TRUE(hasRun);
+}
+
 TEST(ConcurrencyFaultDeathTest, WithoutThreadsWorkRunsOnTheCaller) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
         workWithoutThreads();
+        workWithASlowCreator();
         std::_Exit(testing::Test::HasFailure() ? 1 : 0);
       },
       testing::ExitedWithCode(0), "");

@@ -1,7 +1,7 @@
 #pragma once
 
-// Threads that cannot be created, on demand. Include it once per executable: it replaces the
-// system's function. A sanitizer's function is used if there is one.
+// Threads that cannot be created, or whose creation takes long, on demand. Include it once per
+// executable: it replaces the system's function. A sanitizer's function is used if there is one.
 
 #include <dlfcn.h>
 #include <errno.h>
@@ -11,6 +11,7 @@
 
 namespace tq::test {
 inline std::atomic<bool> hasThreads = true;
+inline constinit std::atomic<void (*)()> afterCreation{[] {}};  // called by the creating thread
 using CreateThread = int(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
 }  // namespace tq::test
 
@@ -23,5 +24,7 @@ extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t* 
       __interceptor_pthread_create != nullptr
           ? __interceptor_pthread_create
           : reinterpret_cast<tq::test::CreateThread*>(dlsym(RTLD_NEXT, "pthread_create"));
-  return tq::test::hasThreads ? real(thread, how, run, argument) : EAGAIN;
+  const int result = tq::test::hasThreads ? real(thread, how, run, argument) : EAGAIN;
+  tq::test::afterCreation.load()();
+  return result;
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <list>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -25,11 +26,25 @@ struct Pool {
   Work waiting TQ_GUARDED_BY(lock);
   std::size_t idle TQ_GUARDED_BY(lock) = 0;
 
-  void serve() noexcept;
+  bool passToIdleThread(std::function<void()>& work);
+  void serve(std::unique_ptr<std::function<void()>> first) noexcept;
   bool take(Work& into) TQ_REQUIRES(lock);
 };
 
-// A thread is counted as idle from its creation on. Returns false if the thread should end.
+// Returns false, with the work unchanged, if no idle thread is left for it.
+bool Pool::passToIdleThread(std::function<void()>& work) {
+  Work added(1);  // allocated without the lock
+  {
+    const Locked guard(lock);
+    if (idle <= waiting.size()) return false;
+    added.front().swap(work);
+    waiting.splice(waiting.end(), added);
+  }
+  hasWork.notify_one();
+  return true;
+}
+
+// The calling thread counts as idle. Returns false if it should end.
 bool Pool::take(Work& into) {
   const auto end = std::chrono::steady_clock::now() + kIdleTime;
   while (waiting.empty()) {
@@ -41,17 +56,19 @@ bool Pool::take(Work& into) {
   return true;
 }
 
-void Pool::serve() noexcept {
+// A new thread brings its first work along, so it needs nothing more from the thread that creates
+// it. All work is destroyed without the lock: its destructor is host code.
+void Pool::serve(std::unique_ptr<std::function<void()>> first) noexcept {
+  (*first)();
+  first = nullptr;
   for (;;) {
     Work taken;
     {
       const Locked guard(lock);
+      ++idle;
       if (!take(taken)) return;
     }
     taken.front()();
-    taken.clear();  // its destructor is host code
-    const Locked guard(lock);
-    ++idle;
   }
 }
 
@@ -63,26 +80,18 @@ Pool& pool() {
 }  // namespace
 
 bool runOnPoolThread(std::function<void()>& work) noexcept {
-  Work added;
+  std::unique_ptr<std::function<void()>> first;
   try {
     Pool& threads = pool();
-    added.push_back(std::move(work));
-    bool isIdle = false;
-    {
-      const Locked guard(threads.lock);
-      isIdle = threads.idle > threads.waiting.size();
-      if (isIdle) threads.waiting.splice(threads.waiting.end(), added);
-    }
-    if (!isIdle) {
-      std::thread([&threads] { threads.serve(); }).detach();
-      const Locked guard(threads.lock);
-      ++threads.idle;
-      threads.waiting.splice(threads.waiting.end(), added);
-    }
-    threads.hasWork.notify_one();
+    if (threads.passToIdleThread(work)) return true;
+    first = std::make_unique<std::function<void()>>(std::move(work));
+    std::thread([&threads, own = first.get()] {
+      threads.serve(std::unique_ptr<std::function<void()>>(own));
+    }).detach();
+    static_cast<void>(first.release());  // the thread deletes it
     return true;
   } catch (...) {  // no memory, or no thread can be created
-    if (!added.empty()) work = std::move(added.front());
+    if (first != nullptr) work.swap(*first);
     return false;
   }
 }
