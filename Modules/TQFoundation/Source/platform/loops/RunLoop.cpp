@@ -67,7 +67,7 @@ struct RunLoop::State {
     State* state;
   };
 
-  explicit State(bool isMain);
+  explicit State(bool ofMainThread);
   ~State() { g_main_context_unref(context); }
 
   void attach();
@@ -100,7 +100,7 @@ struct RunLoop::State {
   void serveMainQueue();
 
   GMainContext* const context;
-  const std::uint32_t thread;
+  const bool isMain;  // whether it is the main thread's
   GSource* source = nullptr;
 
   Lock lock;
@@ -120,13 +120,13 @@ struct RunLoop::State {
   std::size_t heldBlocks = 0;  // the first blocks, which wait until the context has slept
 };
 
-RunLoop::State::State(bool isMain)
-    : context([isMain] {
-        if (isMain) return g_main_context_ref(g_main_context_default());
+RunLoop::State::State(bool ofMainThread)
+    : context([ofMainThread] {
+        if (ofMainThread) return g_main_context_ref(g_main_context_default());
         GMainContext* const own = g_main_context_get_thread_default();
         return own != nullptr ? g_main_context_ref(own) : g_main_context_new();
       }()),
-      thread(isMain ? static_cast<std::uint32_t>(::getpid()) : currentThreadNumber()) {
+      isMain(ofMainThread) {
   attach();
 }
 
@@ -299,7 +299,10 @@ void RunLoop::endThread(void* loop) noexcept {
   currentLoop = nullptr;
 }
 
-bool RunLoop::isCurrent() const noexcept { return state_->thread == currentThreadNumber(); }
+// The thread's number would not do: a later thread may get the number of one that has ended.
+bool RunLoop::isCurrent() const noexcept {
+  return currentLoop == this || (state_->isMain && isMainThread());
+}
 
 /// Nanoseconds on the steady clock.
 std::int64_t RunLoop::now() {

@@ -77,7 +77,7 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
   /// one returns at once.
   void stop() noexcept;
 
-  /// Returns whether this is the calling thread's loop.
+  /// Returns whether this is the calling thread's loop. False after the loop's thread has ended.
   [[nodiscard]] bool isCurrent() const noexcept;
 
  private:

@@ -17,8 +17,9 @@ namespace tq {
 ///
 /// Ownership: the loop retains the timer until it has fired for the last time or is invalidated.
 /// Threads:   the scheduling thread; isValid() and invalidate() from any. After invalidate() on
-///            another thread, the timer does not start to fire again; its user info is released in
-///            the loop's next pass in a common mode.
+///            another thread, a firing that has begun may call the action once more. What the
+///            action uses belongs in the user info, which is kept until the loop's next pass in a
+///            common mode releases it.
 /// Time:      the steady clock; changes of the wall clock have no effect.
 class TQ_EXPORT Timer final : public Subclass<Timer> {
  public:

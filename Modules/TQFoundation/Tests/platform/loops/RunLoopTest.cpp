@@ -5,6 +5,7 @@
 #include <TQFoundation/concurrency/work/TimerBlock.h>
 
 #include "support/HandMovedClock.h"
+#include "support/OnDestruction.h"
 #include "support/Threads.h"
 
 namespace {
@@ -290,6 +291,11 @@ TEST(RunLoop, EndsWithItsThread) {
     EXPECT_FALSE(isMainThread());
     kept->performBlock(block);
     EXPECT_EQ(held.use_count(), 3);
+    const auto atEnd = makeRef<OnDestruction>([&] {
+      EXPECT_NE(&RunLoop::current(), kept.get());
+      EXPECT_FALSE(kept->isCurrent());
+    });
+    kept->performBlock([atEnd] {});
   }).join();
   EXPECT_EQ(held.use_count(), 2) << "released";
   kept->performBlock(block);
