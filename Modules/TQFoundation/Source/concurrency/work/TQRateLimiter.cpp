@@ -52,8 +52,10 @@ void TQRateLimiter::updateIfNeeded() {
 }
 
 void TQRateLimiter::update() {
-  const auto self = share(*this);   // the target may release it
-  atomicNeedsUpdate_.store(false);  // before the call, so that the target may request again
+  const auto self = share(*this);  // the target may release it
+  // Before the call, so that the target may request again. An exchange, so that the target sees
+  // what a thread has written before the request that this clears.
+  atomicNeedsUpdate_.exchange(false);
   const Ref<Object> target = target_.lock();
   const ActionInvocation invocation = actionInvocation();
   if (target != nullptr && invocation) invocation(*target, *this);
