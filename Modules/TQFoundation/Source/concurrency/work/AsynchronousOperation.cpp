@@ -12,8 +12,7 @@ void AsynchronousOperation::start() {
     throw Exception(InvalidArgumentException, "start: the operation was started before");
   }
   if (isCancelled()) return finish();
-  setExecuting(true);
-  if (isFinished()) return setExecuting(false);  // it was finished meanwhile on another thread
+  if (!beginExecuting()) return;  // it was finished meanwhile on another thread
   try {
     if (run() == Progress::finished) finish();
   } catch (...) {
@@ -29,10 +28,6 @@ bool AsynchronousOperation::isCancelled() const {
          TQOperation::isCancelled();
 }
 
-void AsynchronousOperation::finish() {
-  const auto self = share(*this);  // an observer may release it
-  setExecuting(false);
-  setFinished(true);
-}
+void AsynchronousOperation::finish() { endExecuting(); }
 
 }  // namespace tq

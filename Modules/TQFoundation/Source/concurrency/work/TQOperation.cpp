@@ -19,26 +19,51 @@ class Inside {
 
 }  // namespace
 
-// Dependents and waiting threads are notified of the end after the monitor is left, because they
-// run observers of other operations. An observer may change the state again: then the outermost
-// change notifies them.
-void TQOperation::change(bool TQOperation::*flag, bool value, std::string_view key) {
+// Holds the monitor, so that no other thread sees a state between the changes. Dependents and
+// waiting threads are notified of the end after the monitor is left, because they run observers of
+// other operations. An observer may change the state again: then the outermost call notifies them.
+template <class Changes>
+void TQOperation::together(const Changes& changes) {
   const Ref<Operation> self = hold();
   bool isOver = false;
   {
     const Inside monitor(*this);
-    if (this->*flag == value) return;
     struct Depth {
       explicit Depth(unsigned& all) : count(++all) {}
       ~Depth() { --count; }
       unsigned& count;
     } const depth(changes_);
-    willChangeValueForKey(key);
-    this->*flag = value;
-    notify(key, Change::did);
+    changes();
     isOver = depth.count == 1 && finished_;
   }
   if (isOver && isFinished()) noticeFinished();
+}
+
+void TQOperation::change(bool TQOperation::*flag, bool value, std::string_view key) {
+  together([&] {
+    if (this->*flag == value) return;
+    willChangeValueForKey(key);
+    this->*flag = value;
+    notify(key, Change::did);
+  });
+}
+
+bool TQOperation::beginExecuting() {
+  bool hasBegun = false;
+  together([&] {
+    if (finished_) return;
+    setExecuting(true);
+    hasBegun = !finished_;  // an observer may have finished it
+    if (!hasBegun) setExecuting(false);
+  });
+  return hasBegun;
+}
+
+void TQOperation::endExecuting() {
+  together([&] {
+    setExecuting(false);
+    setFinished(true);
+  });
 }
 
 bool TQOperation::read(bool TQOperation::*flag) const {

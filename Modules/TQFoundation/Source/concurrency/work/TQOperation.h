@@ -8,6 +8,8 @@
 
 namespace tq {
 
+class AsynchronousOperation;
+
 /// An asynchronous operation. A subclass overrides start(), which begins the work and returns, and
 /// reports its state with the setters. A queue counts the operation as running until
 /// setFinished(true). The inherited start() and cancel() do not change the state: a subclass that
@@ -34,13 +36,21 @@ class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
   [[nodiscard]] bool isAsynchronous() const final { return true; }
 
  private:
+  friend class AsynchronousOperation;
+
+  template <class Changes>
+  void together(const Changes& changes);
+  /// Sets isExecuting, unless the operation has finished: then returns false.
+  [[nodiscard]] bool beginExecuting();
+  /// Clears isExecuting and sets isFinished.
+  void endExecuting();
   void change(bool TQOperation::*flag, bool value, std::string_view key);
   [[nodiscard]] bool read(bool TQOperation::*flag) const;
 
   bool finished_ = false;  // these are guarded by this object's monitor
   bool executing_ = false;
   bool cancelled_ = false;
-  unsigned changes_ = 0;  // that are being announced
+  unsigned changes_ = 0;  // calls of together() that are running
 };
 
 }  // namespace tq

@@ -6,7 +6,7 @@
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
-#include "support/Test.h"
+#include "support/Threads.h"
 
 namespace {
 
@@ -159,6 +159,14 @@ TEST(AsynchronousOperation, FinishesByReturningByFinishAndByCancel) {
   later->start();
   later->finish();
   EXPECT_TRUE(later->isFinished());
+}
+
+TEST(AsynchronousOperationStress, DoesNotExecuteAfterItHasFinished) {
+  std::vector<Ref<Job>> jobs(20'000);
+  for (auto& job : jobs) job = makeRef<Job>([](Job&) { return Job::Progress::continues; });
+  test::inStep(20'000,
+               [&](int t, std::size_t i) { t == 0 ? jobs[i]->start() : jobs[i]->finish(); });
+  for (const auto& job : jobs) EXPECT_TRUE(job->isFinished() && !job->isExecuting());
 }
 
 TEST(TQURLOperation, SharesOneSession) {
