@@ -23,9 +23,11 @@ void OperationQueue::setMaxConcurrentOperationCount(std::ptrdiff_t count) {
     throw Exception(InvalidArgumentException,
                     "setMaxConcurrentOperationCount: " + std::to_string(count));
   }
-  maxConcurrentOperationCount_ = count;
-  scheduler_->setLimit(count < 0 ? detail::OperationScheduler::defaultLimit()
-                                 : static_cast<std::size_t>(count));
+  scheduler_->setMaximum(count);
+}
+
+std::ptrdiff_t OperationQueue::maxConcurrentOperationCount() const noexcept {
+  return scheduler_->maximum();
 }
 
 void OperationQueue::setSuspended(bool isSuspended) { scheduler_->setSuspended(isSuspended); }

@@ -3,7 +3,6 @@
 /// @file OperationQueue.h
 /// Operation queues: run operations on separate threads.
 
-#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -49,9 +48,7 @@ class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
   /// starts.
   /// @throws Exception (InvalidArgumentException) for a negative count other than the default
   void setMaxConcurrentOperationCount(std::ptrdiff_t count);
-  [[nodiscard]] std::ptrdiff_t maxConcurrentOperationCount() const noexcept {
-    return maxConcurrentOperationCount_;
-  }
+  [[nodiscard]] std::ptrdiff_t maxConcurrentOperationCount() const noexcept;
 
   /// While the queue is suspended, no operation starts.
   void setSuspended(bool isSuspended);
@@ -78,7 +75,6 @@ class TQ_EXPORT OperationQueue final : public Subclass<OperationQueue> {
   OperationQueue();
 
   std::string name_;
-  std::atomic<std::ptrdiff_t> maxConcurrentOperationCount_{defaultMaxConcurrentOperationCount};
   detail::OperationScheduler* scheduler_;
 };
 

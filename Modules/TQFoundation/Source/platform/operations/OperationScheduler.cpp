@@ -160,8 +160,16 @@ void OperationScheduler::run() noexcept {
   }
 }
 
-void OperationScheduler::setLimit(std::size_t limit) {
-  change([&]() TQ_REQUIRES(lock_) { limit_ = limit; });
+void OperationScheduler::setMaximum(std::ptrdiff_t maximum) {
+  change([&]() TQ_REQUIRES(lock_) {
+    maximum_ = maximum;
+    limit_ = maximum < 0 ? defaultLimit() : static_cast<std::size_t>(maximum);
+  });
+}
+
+std::ptrdiff_t OperationScheduler::maximum() const {
+  const Locked guard(lock_);
+  return maximum_;
 }
 
 void OperationScheduler::setSuspended(bool isSuspended) {

@@ -228,6 +228,20 @@ TEST(OperationQueue, RunsAsManyAsTheMaximumAtOnceAndNoneAtZero) {
   EXPECT_EQ(done, 60);
 }
 
+TEST(OperationQueueStress, ItsMaximumIsTheLastOneThatWasSet) {
+  std::vector<Ref<OperationQueue>> queues(20'000);
+  for (auto& queue : queues) queue = OperationQueue::init();
+  inStep(20'000, [&](int t, std::size_t i) { queues[i]->setMaxConcurrentOperationCount(t); });
+  for (const auto& queue : queues) queue->addOperationWithBlock([] {});
+  for (const auto& queue : queues) {
+    if (queue->maxConcurrentOperationCount() == 0) {
+      EXPECT_EQ(queue->operationCount(), 1u);
+    } else {
+      queue->waitUntilAllOperationsAreFinished();
+    }
+  }
+}
+
 TEST(OperationQueue, CancelledOperationsFinishWithoutTheirWork) {
   auto queue = OperationQueue::init();
   queue->setMaxConcurrentOperationCount(0);

@@ -32,7 +32,9 @@ class OperationScheduler final : public Object {
   void becameReady(Operation& operation);
   void finished(Operation& operation);
 
-  void setLimit(std::size_t limit);
+  /// The maximum as the queue's user has set it; negative stands for the default limit.
+  void setMaximum(std::ptrdiff_t maximum);
+  [[nodiscard]] std::ptrdiff_t maximum() const;
   void setSuspended(bool isSuspended);
   [[nodiscard]] bool isSuspended() const;
   [[nodiscard]] std::vector<Ref<Operation>> operations() const;
@@ -41,7 +43,6 @@ class OperationScheduler final : public Object {
   /// Called when the queue is destroyed. Makes sure that all operations finish.
   void abandon();
 
-  [[nodiscard]] static std::size_t defaultLimit() noexcept;
   /// Returns whether a runner on the calling thread has started this operation.
   [[nodiscard]] static bool isRunning(const Operation& operation) noexcept;
 
@@ -52,6 +53,7 @@ class OperationScheduler final : public Object {
     Operation* last = nullptr;
   };
 
+  [[nodiscard]] static std::size_t defaultLimit() noexcept;
   template <class Change>
   void change(const Change& change);
   [[nodiscard]] bool startRunner() noexcept;
@@ -71,7 +73,8 @@ class OperationScheduler final : public Object {
   std::size_t readyCount_ TQ_GUARDED_BY(lock_) = 0;
   std::size_t startedCount_ TQ_GUARDED_BY(lock_) = 0;
   std::size_t seekingCount_ TQ_GUARDED_BY(lock_) = 0;  // runners that look for an operation
-  std::size_t limit_ TQ_GUARDED_BY(lock_) = defaultLimit();
+  std::ptrdiff_t maximum_ TQ_GUARDED_BY(lock_) = -1;
+  std::size_t limit_ TQ_GUARDED_BY(lock_) = defaultLimit();  // follows from the maximum
   bool isSuspended_ TQ_GUARDED_BY(lock_) = false;
 };
 
