@@ -93,6 +93,7 @@ void OperationScheduler::finished(Operation& operation) {
 void OperationScheduler::unlink(Operation& operation) {
   (operation.previous_ != nullptr ? operation.previous_->next_ : first_) = operation.next_;
   (operation.next_ != nullptr ? operation.next_->previous_ : last_) = operation.previous_;
+  if (nextAbandoned_ == &operation) nextAbandoned_ = operation.next_;
   --count_;
 }
 
@@ -212,12 +213,23 @@ void OperationScheduler::waitUntilEmpty() {
   while (count_ != 0) emptied_.wait(lock_);
 }
 
+// Called by a destructor, so it must not fail: it needs no list of the operations.
 void OperationScheduler::abandon() {
   {
     const Locked guard(lock_);
     if (!isSuspended_ && limit_ != 0) return;
+    nextAbandoned_ = first_;
   }
-  for (const Ref<Operation>& each : operations()) each->cancel();
+  for (;;) {
+    Ref<Operation> each;  // cancelled and released without the lock
+    {
+      const Locked guard(lock_);
+      if (nextAbandoned_ == nullptr) break;
+      each = share(*nextAbandoned_);
+      nextAbandoned_ = each->next_;
+    }
+    each->cancel();
+  }
   change([&]() TQ_REQUIRES(lock_) {
     isSuspended_ = false;
     if (limit_ == 0) limit_ = defaultLimit();

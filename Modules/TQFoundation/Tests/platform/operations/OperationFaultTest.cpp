@@ -22,4 +22,26 @@ TEST(OperationQueueFault, WhatWasAddedRunsAlsoWithoutMemory) {
   }
 }
 
+TEST(OperationQueueFault, ASuspendedQueueIsDestroyedWithoutMemory) {
+  auto queue = OperationQueue::init();
+  queue->setSuspended(true);
+  std::vector<Ref<Operation>> all;
+  for (int i = 0; i < 3; ++i) {
+    all.push_back(BlockOperation::blockOperationWithBlock([] { ADD_FAILURE() << "cancelled"; }));
+    queue->addOperation(all.back());
+  }
+  // While the first one is cancelled, the second one finishes and is destroyed.
+  all[0]->addObserver([&](Operation&, std::string_view key, auto) {
+    if (key != Operation::isCancelledKey || all[1] == nullptr) return;
+    all[1]->cancel();
+    all[1]->start();
+    all[1] = nullptr;
+  });
+  allocationsToGo = 0;
+  queue = nullptr;
+  allocationsToGo = -1;
+  all[0]->waitUntilFinished();
+  all[2]->waitUntilFinished();
+}
+
 }  // namespace

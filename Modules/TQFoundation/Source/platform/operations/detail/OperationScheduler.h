@@ -40,7 +40,7 @@ class OperationScheduler final : public Object {
   [[nodiscard]] std::vector<Ref<Operation>> operations() const;
   [[nodiscard]] std::size_t count() const;
   void waitUntilEmpty();
-  /// Called when the queue is destroyed. Makes sure that all operations finish.
+  /// Called once, when the queue is destroyed. Makes sure that all operations finish.
   void abandon();
 
   /// Returns whether a runner on the calling thread has started this operation.
@@ -68,6 +68,7 @@ class OperationScheduler final : public Object {
   std::condition_variable_any emptied_;
   Operation* first_ TQ_GUARDED_BY(lock_) = nullptr;  // unfinished, in the order of adding
   Operation* last_ TQ_GUARDED_BY(lock_) = nullptr;
+  Operation* nextAbandoned_ TQ_GUARDED_BY(lock_) = nullptr;  // that abandon() will cancel
   std::size_t count_ TQ_GUARDED_BY(lock_) = 0;
   ReadyList ready_[kPriorities] TQ_GUARDED_BY(lock_);  // the highest priority first
   std::size_t readyCount_ TQ_GUARDED_BY(lock_) = 0;
