@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <TQFoundation/TQFoundation.h>
 
 #include "support/FailingAllocations.h"
@@ -77,14 +79,12 @@ void workWithoutThreads() {
   });
 }
 
-// A new thread does its work even if the thread that creates it is stopped for long.
+// A new thread does its work even if the thread that creates it is stopped.
 void workWithASlowCreator() {
   static std::atomic<bool> hasRun{false};
   test::hasThreads = true;
   test::afterCreation = [] {
-    for (int i = 0; i < 5000 && !hasRun; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    for (int i = 0; i < 5000 && !hasRun; ++i) ::usleep(1000);
   };
   const auto operation = block([] {});
   operation->setCompletionBlock([] { hasRun = true; });

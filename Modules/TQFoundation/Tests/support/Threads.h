@@ -20,19 +20,17 @@ void onThreads(int count, const Body& body) {
   }
 }
 
-/// Calls `body(t, round)` on two threads, t = 0 and 1, which begin each round at nearly the same
-/// time.
+/// Calls `body(t, round)` on two threads, t = 0 and 1, which begin each round almost together.
 template <class Body>
-void inStep(int rounds, const Body& body) {
-  std::atomic<int> begun[2] = {0, 0};
+void inStep(std::size_t rounds, const Body& body) {
+  std::atomic<std::size_t> begun[2] = {0, 0};
   onThreads(2, [&](int t) {
-    for (int round = 0; round < rounds; ++round) {
+    for (std::size_t round = 0; round < rounds; body(t, round++)) {
       begun[t] = round + 1;
       for (int spins = 0; begun[1 - t] <= round;) {
         if (++spins > 1000) std::this_thread::yield();
       }
-      for (int i = (t == 0 ? round : round / 64) % 64; i > 0; --i) begun[t] = round + 1;
-      body(t, static_cast<std::size_t>(round));
+      for (auto i = (t == 0 ? round : round / 64) % 64; i > 0; --i) begun[t] = round + 1;
     }
   });
 }
