@@ -96,5 +96,6 @@ tq_room(platform
   loops/DescriptorSource.cpp loops/DescriptorSource.h
   memory/AddressRange.cpp memory/AddressRange.h
   threads/MonitorCount.h
+  threads/MonitorReservation.h
   threads/ThreadSystem.h
   threads/TickClockSource.h)

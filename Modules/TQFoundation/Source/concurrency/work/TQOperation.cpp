@@ -1,5 +1,6 @@
 #include <TQFoundation/concurrency/work/TQOperation.h>
 
+#include <TQFoundation/platform/threads/MonitorReservation.h>
 #include <TQFoundation/platform/threads/ObjectMonitor.h>
 
 namespace tq {
@@ -18,6 +19,12 @@ class Inside {
 };
 
 }  // namespace
+
+// The monitor is reserved, so that no getter or setter fails when memory is exhausted. A queue
+// calls them where nothing can report a failure.
+TQOperation::TQOperation() { detail::reserveMonitor(*this); }
+
+TQOperation::~TQOperation() { detail::unreserveMonitor(*this); }
 
 // Holds the monitor, so that no other thread sees a state between the changes. Dependents and
 // waiting threads are notified of the end after the monitor is left, because they run observers of

@@ -18,9 +18,13 @@ class AsynchronousOperation;
 /// Threads: any. The object's monitor guards the state. It is held while observers are notified:
 ///          they may read the state, but must not wait for another thread that does. Dependents,
 ///          waiting threads and the queue are notified of the end after the monitor is left.
+/// Memory:  the monitor is allocated with the operation. The setters and getters do not allocate.
 class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
  public:
   static constexpr std::string_view className = "TQOperation";
+
+  TQOperation();
+  ~TQOperation() override;
 
   /// Set the state. Observers are notified before and after a change, with the getter's name as the
   /// key. They are not notified if the value stays the same.

@@ -7,7 +7,8 @@
 
 namespace tq::detail {
 
-/// Returns the number of objects whose monitor a thread has entered or waits for. Any thread.
+/// Returns the number of objects whose monitor is reserved, or a thread has entered or waits
+/// for. Any thread.
 [[nodiscard]] std::size_t monitorCount();
 
 }  // namespace tq::detail

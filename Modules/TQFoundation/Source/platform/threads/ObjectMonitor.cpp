@@ -11,9 +11,11 @@
 #include <TQFoundation/base/TQThreadSafety.h>
 #include <TQFoundation/platform/threads/Lock.h>
 #include <TQFoundation/platform/threads/MonitorCount.h>
+#include <TQFoundation/platform/threads/MonitorReservation.h>
 
-// A table holds the monitors that threads have entered or wait for, each with the number of these
-// threads. The key is the object's address, which is unique: the callers keep the object alive.
+// A table holds the monitors that are reserved, or that threads have entered or wait for, each with
+// the number of these users. The key is the object's address, which is unique: the callers keep the
+// object alive.
 
 namespace tq::detail {
 
@@ -37,7 +39,7 @@ class MonitorLock {
 };
 
 struct Monitor : HeldMonitor {
-  std::optional<MonitorLock> lock;  // while a thread uses the monitor
+  std::optional<MonitorLock> lock;  // while the monitor has users
   std::size_t users = 0;            // guarded by the shard's lock
 };
 
@@ -118,6 +120,10 @@ int exitMonitor(const Object* object) noexcept {
   disuse(shardOf(object), object);
   return 0;
 }
+
+void reserveMonitor(const Object& object) { use(shardOf(&object), &object); }
+
+void unreserveMonitor(const Object& object) noexcept { disuse(shardOf(&object), &object); }
 
 std::size_t monitorCount() {
   std::size_t count = 0;
