@@ -15,35 +15,72 @@ Ref<BlockOperation> block(std::function<void()> run) {
   return BlockOperation::blockOperationWithBlock(std::move(run));
 }
 
+struct Counted final : Subclass<Counted, AsynchronousOperation> {
+  static constexpr std::string_view className = "Counted";
+  explicit Counted(int& runs) : runs_(runs) {}
+  Progress run() override { return ++runs_, Progress::finished; }
+  int& runs_;
+};
+
 // All of it runs on this thread, and every wait ends.
 void workWithoutThreads() {
   test::hasThreads = false;
-  const auto queue = OperationQueue::init();
+  constexpr int kMany = 100'000;
+  const std::array queues = {OperationQueue::init(), OperationQueue::init()};
+  for (const auto& each : queues) each->setMaxConcurrentOperationCount(kMany);
   int runs = 0;
-  // A long chain of operations that start one another does not exhaust the stack.
-  auto last = block([&] { ++runs; });
-  const auto first = last;
-  queue->setSuspended(true);
-  queue->addOperation(first);
-  for (int i = 1; i < 20'000; ++i) {
-    const auto next = block([&] { ++runs; });
-    next->addDependency(*last);
-    queue->addOperation(next);
-    last = next;
+  // Many operations that start one another do not exhaust the stack.
+  const struct {
+    bool isAsynchronous, isChain;
+    std::size_t queueCount;
+  } kinds[] = {{false, true, 1}, {false, true, 2}, {true, false, 1}, {true, true, 1}};
+  for (const auto& kind : kinds) {
+    for (const auto& each : queues) each->setSuspended(true);
+    Ref<Operation> last;
+    for (std::size_t i = 0; i < kMany; ++i) {
+      Ref<Operation> next = block([&] { ++runs; });
+      if (kind.isAsynchronous) next = makeRef<Counted>(runs);
+      if (kind.isChain && last != nullptr) next->addDependency(*last);
+      queues[i % kind.queueCount]->addOperation(next);
+      last = next;
+    }
+    last->setCompletionBlock([&] { ++runs; });
+    for (const auto& each : queues) each->setSuspended(false);
+    last->waitUntilFinished();
+    for (const auto& each : queues) each->waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(std::exchange(runs, 0), kMany + 1);
   }
-  last->setCompletionBlock([&] { ++runs; });
-  queue->setSuspended(false);
-  last->waitUntilFinished();
-  queue->waitUntilAllOperationsAreFinished();
-  EXPECT_EQ(runs, 20'001);
 
-  // An operation waits for another one that it adds.
-  queue->addOperationWithBlock([&] {
+  // An operation and its completion block wait for operations that they add, and for ready ones.
+  queues[0]->setSuspended(true);
+  queues[1]->setMaxConcurrentOperationCount(1);
+  const auto addAndWait = [&] {
     const auto inner = block([&] { ++runs; });
-    queue->addOperation(inner);
+    queues[0]->addOperation(inner);
     inner->waitUntilFinished();
+  };
+  const auto outer = block(addAndWait), ready = block([&] { ++runs; });
+  const auto dependent = block([&] { ++runs; });
+  dependent->addDependency(*outer);
+  dependent->addDependency(*ready);
+  outer->setCompletionBlock([&] {
+    addAndWait();
+    dependent->waitUntilFinished();
+    queues[1]->waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(runs, 4);
   });
-  EXPECT_EQ(runs, 20'002);
+  const auto opening = block([] {}), second = block([] {});
+  second->addDependency(*opening);
+  second->setCompletionBlock([&] { outer->waitUntilFinished(); });
+  queues[0]->addOperation(second);
+  queues[1]->setSuspended(true);
+  queues[1]->addOperation(opening);
+  queues[1]->addOperation(outer);
+  queues[1]->addOperation(ready);
+  queues[0]->addOperation(dependent);
+  queues[0]->setSuspended(false);
+  queues[1]->setSuspended(false);
+  EXPECT_EQ(runs, 4);
 
   const Ref<Array> words = Array::arrayWithObjects({String::of("a"), String::of("b")});
   EXPECT_EQ(applyBlockConcurrentlyAndCountSuccess(*words, [](Object&) { return true; }), 2u);

@@ -159,19 +159,29 @@ void Operation::noticeFinished() {
     dependencies.swap(dependencies_);
     completion.swap(completionBlock_);
   }
-  for (const Weak<Operation>& each : dependents) {
-    if (const Ref<Operation> dependent = each.lock()) dependent->dependencyFinished();
+  bool completesHere = false;
+  {
+    // Dependents may wait for this operation, so they do not run here before its end is complete.
+    const detail::OperationScheduler::HeldBack section;
+    for (const Weak<Operation>& each : dependents) {
+      if (const Ref<Operation> dependent = each.lock()) dependent->dependencyFinished();
+    }
+    if (finishWord_.exchange(2) == 1) wakeOnWord(&finishWord_, INT32_MAX);
+    detail::OperationScheduler* const scheduler = scheduler_;
+    if (scheduler != nullptr) scheduler->finished(*this);
+    completesHere = completion && !detail::runOnPoolThread(completion);
+    // What runs here next may wait for operations that this thread would run after it.
+    const bool isBusy = completesHere || detail::OperationScheduler::owesRuns();
+    if (isBusy && scheduler != nullptr) scheduler->replaceRunner();
   }
-  if (finishWord_.exchange(2) == 1) wakeOnWord(&finishWord_, INT32_MAX);
-  if (detail::OperationScheduler* const scheduler = scheduler_) scheduler->finished(*this);
-  if (completion && !detail::runOnPoolThread(completion)) {
-    [&]() noexcept { completion(); }();  // as on a thread of its own
-  }
+  if (completesHere) [&]() noexcept { completion(); }();  // as on a thread of its own
+  detail::OperationScheduler::payDebts();
 }
 
 void Operation::waitUntilFinished() {
   const Ref<Operation> self = hold();
-  for (std::uint32_t word = 0; word != 2; word = finishWord_) {
+  if (finishWord_ != 2) detail::OperationScheduler::payAllDebts();
+  for (std::uint32_t word = finishWord_; word != 2; word = finishWord_) {
     if (word == 0) finishWord_.compare_exchange_strong(word, 1);
     waitOnWord(finishWord_, 1);
   }

@@ -104,7 +104,8 @@ class TQ_EXPORT Operation : public Subclass<Operation> {
   [[nodiscard]] OperationQueuePriority queuePriority() const noexcept { return priority_; }
 
   /// Sets a block that runs once on another thread, soon after the operation has finished; if no
-  /// thread can be created, on the thread that finished it. A block that is set later does not run.
+  /// thread can be created, on the thread that finished it. The block may add operations and wait
+  /// for others. A block that is set later does not run.
   void setCompletionBlock(std::function<void()> block);
 
   /// Blocks until the operation has finished. The operation itself must not call it.

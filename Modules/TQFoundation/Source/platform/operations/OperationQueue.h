@@ -23,7 +23,8 @@ namespace tq {
 ///
 /// Threads:    any. If no thread can be created (too many threads, no memory), operations run on
 ///             the thread that makes them ready: the one that adds them, finishes their last
-///             dependency, or resumes the queue.
+///             dependency, or resumes the queue. They run before that call returns; if many such
+///             calls are nested, before an outer one returns or the thread waits for operations.
 /// Lifetime:   added operations run even if the queue is destroyed first. If the queue is suspended
 ///             or its maximum is 0 at that time, they are cancelled and then started: they finish
 ///             without main(), and waiting threads continue. A subclass that overrides start(),

@@ -10,16 +10,65 @@
 namespace tq::detail {
 namespace {
 
-thread_local constinit const Operation* startedHere = nullptr;  // by the runner on this thread
+constexpr int kMostLevels = 16;
+
+/// The innermost runner on this thread.
+struct Level {
+  const Operation* started = nullptr;  // by this runner
+  int depth = 0;                       // runners on the stack
+  int heldBack = 0;                    // HeldBacks on the stack above this runner
+};
+thread_local constinit Level level;
+thread_local constinit OperationScheduler* firstOwed = nullptr;  // retained
+thread_local constinit OperationScheduler* lastOwed = nullptr;
+
+bool mayRunHere() noexcept { return level.heldBack == 0 && level.depth < kMostLevels; }
 
 }  // namespace
+
+OperationScheduler::HeldBack::HeldBack() noexcept { ++level.heldBack; }
+OperationScheduler::HeldBack::~HeldBack() { --level.heldBack; }
+
+bool OperationScheduler::owesRuns() noexcept { return firstOwed != nullptr; }
+
+void OperationScheduler::payDebts() noexcept {
+  if (mayRunHere()) payAllDebts();
+}
+
+void OperationScheduler::payAllDebts() noexcept {
+  while (firstOwed != nullptr) {
+    const auto creditor = Ref<OperationScheduler>::adopt(firstOwed);
+    firstOwed = std::exchange(creditor->nextOwed_, nullptr);
+    if (firstOwed == nullptr) lastOwed = nullptr;
+    {
+      const Locked guard(creditor->lock_);
+      creditor->isOwed_ = false;
+    }
+    creditor->run();
+  }
+}
+
+void OperationScheduler::owe() noexcept {
+  if (isOwed_) return;
+  isOwed_ = true;
+  ++seekingCount_;
+  retain();
+  (lastOwed != nullptr ? lastOwed->nextOwed_ : firstOwed) = this;
+  lastOwed = this;
+}
+
+// Debts from a level that must not pay are paid here, one level below.
+void OperationScheduler::runHere() noexcept {
+  run();
+  payDebts();
+}
 
 std::size_t OperationScheduler::defaultLimit() noexcept {
   return std::max<std::size_t>(4, std::size_t{2} * std::thread::hardware_concurrency());
 }
 
 bool OperationScheduler::isRunning(const Operation& operation) noexcept {
-  return startedHere == &operation;
+  return level.started == &operation;
 }
 
 void OperationScheduler::add(Operation& operation) {
@@ -67,13 +116,13 @@ void OperationScheduler::becameReady(Operation& operation) {
     ++readyCount_;
     runsHere = callRunners();
   }
-  if (runsHere) run();
+  if (runsHere) runHere();
 }
 
 void OperationScheduler::finished(Operation& operation) {
   // The runner that started it takes the next operation when start() returns, which may be long
   // after an asynchronous operation has finished.
-  const bool mayStillRun = startedHere != &operation || operation.isAsynchronous();
+  const bool mayStillRun = !isRunning(operation) || operation.isAsynchronous();
   bool runsHere = false;
   {
     const Locked guard(lock_);
@@ -87,7 +136,11 @@ void OperationScheduler::finished(Operation& operation) {
     if (mayStillRun) runsHere = callRunners();
   }
   operation.release();
-  if (runsHere) run();
+  if (runsHere) runHere();
+}
+
+void OperationScheduler::replaceRunner() {
+  change([] {});
 }
 
 void OperationScheduler::unlink(Operation& operation) {
@@ -121,12 +174,12 @@ bool OperationScheduler::startRunner() noexcept {
 bool OperationScheduler::callRunners() noexcept {
   while (!isSuspended_ && seekingCount_ < readyCount_ && startedCount_ + seekingCount_ < limit_) {
     if (!startRunner()) {
-      // If this thread's own operation has just finished, its runner takes the next one. Nesting
-      // here would exhaust the stack for a long chain of dependencies.
-      const bool returnsSoon = startedHere != nullptr && startedHere->scheduler_ == this &&
-                               startedHere->phase_ == Operation::Phase::finished;
-      if (!returnsSoon) ++seekingCount_;
-      return !returnsSoon;
+      if (mayRunHere()) {
+        ++seekingCount_;
+        return true;
+      }
+      owe();
+      return false;
     }
     ++seekingCount_;
   }
@@ -134,6 +187,7 @@ bool OperationScheduler::callRunners() noexcept {
 }
 
 void OperationScheduler::run() noexcept {
+  const Level outer = std::exchange(level, Level{nullptr, level.depth + 1, 0});
   for (bool isSeeking = true;;) {
     Ref<Operation> operation;  // released without the lock
     {
@@ -142,6 +196,7 @@ void OperationScheduler::run() noexcept {
       Operation* const taken = isSuspended_ || startedCount_ >= limit_ ? nullptr : takeReady();
       if (taken == nullptr) {
         --seekingCount_;
+        level = outer;
         return;
       }
       isSeeking = taken->place_ == Operation::Place::gone;
@@ -155,9 +210,9 @@ void OperationScheduler::run() noexcept {
       }
     }
     if (isSeeking) continue;
-    const Operation* const outer = std::exchange(startedHere, operation.get());
+    level.started = operation.get();
     operation->start();
-    startedHere = outer;
+    level.started = nullptr;
   }
 }
 
@@ -186,7 +241,7 @@ void OperationScheduler::change(const Change& change) {
     change();
     runsHere = callRunners();
   }
-  if (runsHere) run();
+  if (runsHere) runHere();
 }
 
 bool OperationScheduler::isSuspended() const {
@@ -209,6 +264,7 @@ std::size_t OperationScheduler::count() const {
 
 void OperationScheduler::waitUntilEmpty() {
   const auto self = share(*this);  // the last operation may release the queue
+  payAllDebts();
   const Locked guard(lock_);
   while (count_ != 0) emptied_.wait(lock_);
 }

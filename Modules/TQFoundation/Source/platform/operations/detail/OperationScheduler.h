@@ -26,11 +26,35 @@ namespace tq::detail {
 /// operation is ready or no slot is free. A new runner is requested when there are more ready
 /// operations than runners that look for one. If there is no thread for it, the thread that made
 /// the request is the runner.
+///
+/// Such runners nest: an operation that finishes makes others ready. So that long chains do not
+/// exhaust the stack, a thread with kMostLevels runners, or one that announces the end of an
+/// operation, does not run but owes a run to the scheduler. It pays when it has left the level or
+/// the announcement, and before it waits for operations. A scheduler is owed by one thread at most:
+/// that thread takes all ready operations.
 class OperationScheduler final : public Object {
  public:
+  /// While this lives, the thread does not run operations but owes the runs. payDebts() must
+  /// follow.
+  class HeldBack {
+   public:
+    HeldBack() noexcept;
+    ~HeldBack();
+    HeldBack(const HeldBack&) = delete;
+    HeldBack& operator=(const HeldBack&) = delete;
+  };
+  /// Returns whether this thread owes runs.
+  [[nodiscard]] static bool owesRuns() noexcept;
+  /// Runs what this thread owes, if it may run operations now.
+  static void payDebts() noexcept;
+  /// Runs what this thread owes. Must be called before it blocks.
+  static void payAllDebts() noexcept;
+
   void add(Operation& operation);
   void becameReady(Operation& operation);
   void finished(Operation& operation);
+  /// Requests a runner in place of this thread's own, which will be busy for some time.
+  void replaceRunner();
 
   /// The maximum as the queue's user has set it; negative stands for the default limit.
   void setMaximum(std::ptrdiff_t maximum);
@@ -58,8 +82,10 @@ class OperationScheduler final : public Object {
   void change(const Change& change);
   [[nodiscard]] bool startRunner() noexcept;
   /// Starts the runners that are needed. Returns true if there is no thread for one: the caller is
-  /// then the runner, and must call run() after it has released the lock.
+  /// then the runner, and must call runHere() after it has released the lock.
   [[nodiscard]] bool callRunners() noexcept TQ_REQUIRES(lock_);
+  void owe() noexcept TQ_REQUIRES(lock_);
+  void runHere() noexcept;
   void run() noexcept;
   [[nodiscard]] Operation* takeReady() TQ_REQUIRES(lock_);
   void unlink(Operation& operation) TQ_REQUIRES(lock_);
@@ -77,6 +103,8 @@ class OperationScheduler final : public Object {
   std::ptrdiff_t maximum_ TQ_GUARDED_BY(lock_) = -1;
   std::size_t limit_ TQ_GUARDED_BY(lock_) = defaultLimit();  // follows from the maximum
   bool isSuspended_ TQ_GUARDED_BY(lock_) = false;
+  bool isOwed_ TQ_GUARDED_BY(lock_) = false;
+  OperationScheduler* nextOwed_ = nullptr;  // used by the thread that owes
 };
 
 }  // namespace tq::detail
