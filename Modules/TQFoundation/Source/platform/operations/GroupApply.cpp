@@ -51,6 +51,18 @@ struct Group {
     if (--threads == 0) allLeft.notify_all();
   }
 
+  /// Waits until the threads have made all calls. Adds threads if the calls may wait for each
+  /// other.
+  static void waitForThreads(const std::shared_ptr<Group>& group) TQ_REQUIRES(group->lock) {
+    for (std::size_t seen = 0; group->threads > 0;) {
+      if (group->allLeft.wait_for(group->lock, kAWhile) == std::cv_status::no_timeout) continue;
+      const std::size_t ended = group->ended;
+      const bool isStuck = ended == seen && group->next < group->count;
+      if (isStuck && group->threads < kMostThreads) addThread(group);
+      seen = ended;
+    }
+  }
+
   const std::size_t count;
   const std::function<void(std::size_t)>& body;
   std::atomic<std::size_t> next{0};   // the next call to start
@@ -65,6 +77,15 @@ struct Group {
 
 void groupApply(std::size_t count, const std::function<void(std::size_t)>& body) {
   const auto group = std::make_shared<Group>(count, body);
+  // If the caller's thread is cancelled (pthread_cancel) while it waits, this waits on: the threads
+  // still use the body.
+  struct Waiting {
+    ~Waiting() {
+      const Locked guard(group->lock);
+      Group::waitForThreads(group);
+    }
+    const std::shared_ptr<Group>& group;
+  } const waiting{group};
   const std::size_t cores = std::max(std::thread::hardware_concurrency(), 1U);
   std::exception_ptr failure;
   {
@@ -77,13 +98,7 @@ void groupApply(std::size_t count, const std::function<void(std::size_t)>& body)
       group->makeCalls();
       group->lock.lock();
     }
-    for (std::size_t seen = 0; group->threads > 0;) {
-      if (group->allLeft.wait_for(group->lock, kAWhile) == std::cv_status::no_timeout) continue;
-      const std::size_t ended = group->ended;
-      const bool isStuck = ended == seen && group->next < count;
-      if (isStuck && group->threads < kMostThreads) Group::addThread(group);
-      seen = ended;
-    }
+    Group::waitForThreads(group);
     failure = std::exchange(group->failure, nullptr);
   }
   if (failure) std::rethrow_exception(failure);

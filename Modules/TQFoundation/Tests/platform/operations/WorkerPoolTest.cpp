@@ -1,6 +1,7 @@
 #include <TQFoundation/platform/operations/WorkerPool.h>
 
 #include <sched.h>
+#include <unistd.h>
 
 #include "support/Test.h"
 
@@ -22,6 +23,16 @@ TEST(WorkerPool, MakesEachCallOnceWhateverTheCost) {
       }
     }
   }
+}
+
+TEST(WorkerPool, ACancelledThreadWaitsForItsCalls) {
+  std::atomic<int> begun{0}, ended{0};
+  std::thread caller(
+      [&] { groupApply(2, [&](std::size_t) { ++begun, ::usleep(20'000), ++ended; }); });
+  while (begun == 0) std::this_thread::yield();
+  ::pthread_cancel(caller.native_handle());
+  caller.join();
+  EXPECT_EQ(ended, 2);
 }
 
 TEST(WorkerPoolStress, VisitsEveryIndexOnceAndSharesExpensiveLoops) {
