@@ -54,7 +54,8 @@ void parallelApply(std::size_t count, const Body& body, ApplyCost* cost = nullpt
 ///
 /// Calls may wait for each other: about one for each core runs at first, and one more is started
 /// whenever no call has ended for a while, up to 64. If no thread can be created, the calls run one
-/// after another on the calling thread, and must not wait for each other.
+/// after another on the calling thread, and must not wait for each other. If the calling thread is
+/// cancelled while it waits (pthread_cancel), it ends after all calls have ended.
 ///
 /// @throws the first exception that leaves the body, after all running calls have ended; calls that
 ///         have not begun are skipped
