@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -90,15 +91,16 @@ GURI resolved(const std::string& base, const std::string& reference) {
 }
 
 /// Returns the text of a URL. GLib decodes the "%25" before the zone of an IPv6 address, and leaves
-/// it so.
-std::string textOf(GUri* url) {
+/// it so. No value for "::" with a zone, which GLib writes without its brackets.
+std::optional<std::string> textOf(GUri* url) {
   const std::unique_ptr<char, void (*)(void*)> joined(g_uri_to_string(url), g_free);
   std::string text = joined.get();
   const std::string_view host = g_uri_get_host(url) != nullptr ? g_uri_get_host(url) : "";
   const std::size_t zone = host.find('%');
   if (zone == host.npos || host.find(':') == host.npos) return text;
   const std::size_t place = text.find('[' + std::string(host) + ']');
-  return place == text.npos ? text : text.insert(place + 1 + zone + 1, "25");
+  if (place == text.npos) return std::nullopt;
+  return text.insert(place + 1 + zone + 1, "25");
 }
 
 }  // namespace
@@ -113,7 +115,8 @@ Ref<URL> URLWithString(std::string_view text, const URL* relativeToURL) {
     return nullptr;
   }
   const GURI url = resolved(base, reference);
-  return url ? URL::URLWithString(textOf(url.get())) : nullptr;
+  const std::optional<std::string> result = url ? textOf(url.get()) : std::nullopt;
+  return result ? URL::URLWithString(*result) : nullptr;
 }
 
 }  // namespace tq

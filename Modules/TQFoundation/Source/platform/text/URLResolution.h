@@ -28,7 +28,7 @@ namespace tq {
 ///         - either contains a NUL, or a port that is not a number up to 65535;
 ///         - either has a host that contains a semicolon, "%00" or escapes that are not UTF-8, that
 ///           begins with "[" but is no IPv6 address in brackets, or that is an IP address with
-///           escapes, except the "%25" before a zone of letters, digits and "-._~";
+///           escapes, except the "%25" before a zone of letters, digits and "-._~" ("::" has none);
 ///         - the result has no host and a path that begins with "//";
 ///         - the result is a "file:" URL that URL::URLWithString() refuses
 /// Threads: any.

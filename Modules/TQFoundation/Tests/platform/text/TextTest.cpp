@@ -175,6 +175,7 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
       {"http://u@[fe80::1%25ab]:80/a", "b", "http://u@[fe80::1%25ab]:80/b"},
       {"http://h/a", "//[::1%25eth0]/%25", "http://[::1%25eth0]/%25"},
       {"http://[::1%25]/", "", "(null)"},
+      {"http://[::%25a]/", "", "(null)"},
       {"http://h/", "//u@[::1%25a%00]:8/", "(null)"},
       {"http://h/", "//[::1%25a%2Fb]/", "(null)"},
       {"http://h/", "//[::1%25a]%2Fb]/", "(null)"},
