@@ -38,9 +38,9 @@ std::string authorityOf(std::string text) {
   std::erase_if(text, [](char c) { return c != ' ' && g_ascii_isspace(c) != 0; });
   text.erase(0, text.find_first_not_of(' '));
   std::string_view rest = text;
-  if (const char* const scheme = g_uri_peek_scheme(text.c_str())) {
-    rest.remove_prefix(std::strlen(scheme) + 1);
-  }
+  // g_uri_peek_scheme() would keep each scheme for ever.
+  const std::unique_ptr<char, void (*)(void*)> scheme(g_uri_parse_scheme(text.c_str()), g_free);
+  if (scheme) rest.remove_prefix(std::strlen(scheme.get()) + 1);
   if (!rest.starts_with("//")) return "";
   return std::string(rest.substr(2, rest.find_first_of("/?#", 2) - 2));
 }

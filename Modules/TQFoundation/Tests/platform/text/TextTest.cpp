@@ -1,3 +1,5 @@
+#include <glib.h>
+
 #include <iomanip>
 #include <sstream>
 
@@ -203,6 +205,8 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
   }
   constexpr std::string_view kUntouched = " http://h:99999/a/../b c";
   EXPECT_EQ(URLWithString(kUntouched.substr(1), nullptr)->absoluteString(), kUntouched.substr(1));
+  EXPECT_TRUE(URLWithString("scheme-of-a-test:a", URL::URLWithString("http://h").get()));
+  EXPECT_EQ(g_quark_try_string("scheme-of-a-test"), 0u) << "kept for ever";
 }
 
 }  // namespace
