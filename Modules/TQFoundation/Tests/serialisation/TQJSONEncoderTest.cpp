@@ -308,25 +308,17 @@ TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
   EXPECT_EQ(log.messages().back(),
             "The classes WriteOnly and Unregistered have the same name in archives, twice.\n");
 
-  const std::pair<std::string_view, bool> keys[] = {{"", true},
-                                                    {"a/b", true},
-                                                    {"_data", true},
-                                                    {"é", true},
-                                                    {"a\"b", false},
-                                                    {"a\\", false},
-                                                    {"long key\x1f", false},
-                                                    {"\xff", false},
-                                                    {"\xC0\x80", false},
-                                                    {"\xED\xA0\x80", false},
-                                                    {"\xF4\x90\x80\x80", false},
-                                                    {"\xE0\xA0", false},
-                                                    {"\xF0\x9F\x98\x80 \xEF\xBF\xBF", true}};
-  for (const auto& [key, isPlain] : keys) {
+  const auto keyError = [](std::string_view key) {
     Ref<Error> error;
     membersOf([&](TQJSONEncoder& e) { e.encodeBool(true, key); }, &error);
-    EXPECT_EQ(!error, isPlain) << key;
-    if (isPlain) continue;
-    expectError(error, TQJSONEncoderError, 0);
+    return error;
+  };
+  for (const char* const key : {"", "a/b", "_data", "é", "\xF0\x9F\x98\x80 \xEF\xBF\xBF"}) {
+    EXPECT_EQ(keyError(key), nullptr) << key;
+  }
+  for (const char* const key : {"a\"b", "a\\", "long key\x1f", "\xff", "\xC0\x80", "\xED\xA0\x80",
+                                "\xF4\x90\x80\x80", "\xE0\xA0"}) {
+    expectError(keyError(key), TQJSONEncoderError, 0);
   }
   const auto sink = makeRef<TextSink>();
   Ref<Error> error;

@@ -367,7 +367,7 @@ TEST_F(URLSessionTest, TimesOutWithoutDataAndAfterTheWholeTime) {
   EXPECT_EQ(fetch("/").body(), "hello") << "no limits";
 }
 
-// While the server does not answer the handshake, the clock of the session's thread moves.
+// The server never answers the handshake. Meanwhile the session's clock jumps by an hour.
 TEST_F(URLSessionTest, WithoutALimitConnectingDoesNotTimeOut) {
   configuration.timeoutIntervalForRequest = 0;
   configureAgain();

@@ -56,7 +56,7 @@ class OperationScheduler final : public Object {
   /// Requests a runner in place of this thread's own, which will be busy for some time.
   void replaceRunner();
 
-  /// The maximum as the queue's user has set it; negative stands for the default limit.
+  /// The maximum that was set for the queue; a negative one means the default limit.
   void setMaximum(std::ptrdiff_t maximum);
   [[nodiscard]] std::ptrdiff_t maximum() const;
   void setSuspended(bool isSuspended);

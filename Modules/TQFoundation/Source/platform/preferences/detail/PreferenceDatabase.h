@@ -26,8 +26,9 @@ using PreferenceChanges = std::map<std::string, PreferenceChange, std::less<>>;
 /// not at all, even if its writer is killed. Its files are readable by their owner only. Triggers
 /// and views in the file have no effect.
 ///
-/// A symbolic link is followed when the database is opened: the log lies beside its target. A link
-/// of another user than this one and the superuser, and pipes and devices, are not opened.
+/// A database may be a symbolic link. Its target is found when it is opened, and the log is beside
+/// the target. Not opened are links that neither this user nor the superuser owns, pipes, and
+/// devices.
 ///
 /// Threads: one at a time.
 class PreferenceDatabase {
