@@ -13,9 +13,6 @@
 namespace tqdoc {
 namespace {
 
-using testing::ElementsAre;
-using tq::test::repeated;
-
 [[nodiscard]] const Node& lastOf(const Document& document) {
   return document.root().child(document.root().count() - 1);
 }

@@ -12,8 +12,6 @@
 namespace tqdoc {
 namespace {
 
-using testing::HasSubstr;
-
 class Patches : public testing::Test {
  protected:
   static void SetUpTestSuite() { registerModel(); }

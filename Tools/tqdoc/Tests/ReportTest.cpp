@@ -8,8 +8,6 @@
 namespace tqdoc {
 namespace {
 
-using testing::HasSubstr;
-
 /// Parses the page, which is well-formed XML except for its script.
 [[nodiscard]] pugi::xml_document parsedPage(std::string page) {
   const std::size_t begin = page.rfind("<script>") + 8;

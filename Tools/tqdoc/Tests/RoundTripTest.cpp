@@ -13,9 +13,7 @@
 namespace tqdoc {
 namespace {
 
-using testing::ElementsAre;
 using testing::EndsWith;
-using testing::HasSubstr;
 
 class Drawings : public testing::Test {
  protected:

@@ -1,7 +1,5 @@
 #include "Svg/SvgForeign.h"
 
-#include <sstream>
-
 #include "Model/Compare.h"
 #include "Support.h"
 

@@ -8,9 +8,7 @@
 namespace tqdoc {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
-using tq::test::repeated;
 
 struct Outcome {
   SvgDrawing drawing;

@@ -5,8 +5,6 @@
 
 namespace {
 
-using namespace test;
-
 constexpr Point kPoint{3, 4};
 
 TEST(AffineTransform, TheOperationAddedLastIsAppliedFirst) {

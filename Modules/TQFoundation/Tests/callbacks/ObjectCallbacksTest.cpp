@@ -8,9 +8,6 @@
 
 namespace {
 
-using test::Callback;
-using test::World;
-
 /// An object of a host. Each of its functions that the library calls drops everything.
 struct Meddler final : Subclass<Meddler>,
                        TQSortable,

@@ -13,8 +13,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using test::Callback;
-using test::World;
 
 constexpr auto kWill = Operation::Change::will;
 constexpr auto kDid = Operation::Change::did;

@@ -3,7 +3,6 @@
 #include <TQFoundation/collections/RecentsList.h>
 
 #include "support/FailingAllocations.h"
-#include "support/Test.h"
 
 namespace {
 

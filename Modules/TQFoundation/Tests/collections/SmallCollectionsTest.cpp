@@ -1,5 +1,4 @@
 #include <ranges>
-#include <sstream>
 
 #include <TQFoundation/collections/BinarySearch.h>
 #include <TQFoundation/collections/Multiset.h>
@@ -11,11 +10,8 @@
 #include <TQFoundation/collections/Stack.h>
 
 #include "support/Iterators.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 std::string textOf(const Multiset<std::string>& set) {
   std::string text;

@@ -9,8 +9,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 /// A tree that returns references to its nodes.
 struct Item {
   std::string name;

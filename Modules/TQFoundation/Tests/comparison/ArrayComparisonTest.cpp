@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace test;
-
 using PlainComparator = std::function<bool(std::size_t, std::size_t)>;
 
 /// An edit. `partner` is the position of the other half of a move in the list of edits.

@@ -2,11 +2,9 @@
 #include <TQFoundation/comparison/TQArrayCrossReferenceHandler.h>
 
 #include "comparison/Letters.h"
-#include "support/Test.h"
 
 namespace {
 
-using namespace test;
 using Log = std::vector<std::string>;
 
 /// A consolidator that compares by equality and logs its calls.

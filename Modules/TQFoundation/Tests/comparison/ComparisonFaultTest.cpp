@@ -6,8 +6,6 @@
 
 namespace {
 
-using namespace test;
-
 TEST(ComparisonFault, AComparisonReleasesEverythingWhenMemoryRunsOut) {
   warmUpWeakReferences();
   const Ref<Array> olds = letters("the quick brown fox"), news = letters("a quick fox, brown?");

@@ -2,11 +2,8 @@
 
 #include "support/Objects.h"
 #include "support/OnDestruction.h"
-#include "support/Test.h"
 
 namespace {
-
-using testing::ElementsAre;
 
 constexpr std::uint64_t kLast = TQRangeMap::kNotFound - 1;
 

@@ -9,8 +9,6 @@
 
 namespace {
 
-using test::failEachAllocation;
-
 Ref<BlockOperation> block(std::function<void()> run) {
   return BlockOperation::blockOperationWithBlock(std::move(run));
 }

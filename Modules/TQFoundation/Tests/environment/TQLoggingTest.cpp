@@ -8,8 +8,6 @@
 
 namespace {
 
-using namespace test;
-
 TEST(Logging, ChannelsAreDistinct) {
   using L = TQLogging;
   std::set<LogChannel*> channels;

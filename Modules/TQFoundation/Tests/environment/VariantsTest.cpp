@@ -4,7 +4,6 @@
 #include <TQFoundation/environment/TQKorvanInfo.h>
 
 #include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include "support/Iterators.h"
 #include "support/Objects.h"
 #include "support/OnDestruction.h"
-#include "support/Test.h"
 
 namespace {
 

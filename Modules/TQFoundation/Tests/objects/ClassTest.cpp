@@ -1,7 +1,6 @@
 #include <TQFoundation/objects/Class.h>
 
 #include "support/Objects.h"
-#include "support/Test.h"
 
 // Fakes: the real classes belong to higher rooms.
 namespace {

@@ -1,6 +1,5 @@
 #include "support/FailingAllocations.h"
 #include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace test;
-
 constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = std::numeric_limits<std::int64_t>::min();
 constexpr std::uint64_t kBeyond = std::uint64_t{1} << 63;

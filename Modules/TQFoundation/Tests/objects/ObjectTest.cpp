@@ -3,7 +3,6 @@
 #include <unordered_set>
 
 #include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -1,5 +1,4 @@
 #include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include <TQFoundation/objects/Weak.h>
 
 #include "support/Objects.h"
-#include "support/Test.h"
 #include "support/Threads.h"
 
 namespace {

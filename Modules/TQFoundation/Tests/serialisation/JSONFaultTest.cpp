@@ -9,8 +9,6 @@
 
 namespace {
 
-using namespace test;
-
 Ref<Object> graph() {
   Class::registerClass<Record>();
   return Array::arrayWithObjects(

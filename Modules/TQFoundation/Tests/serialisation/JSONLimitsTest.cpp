@@ -6,8 +6,6 @@
 
 namespace {
 
-using namespace test;
-
 /// Arrays that refer twice to the next one: 2^depth paths to one leaf.
 Ref<Object> doubled(int depth, Ref<Object> object = str("leaf")) {
   for (int i = 0; i < depth; ++i) object = Array::arrayWithObjects({object, object});

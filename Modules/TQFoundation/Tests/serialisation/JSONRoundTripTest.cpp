@@ -3,11 +3,8 @@
 
 #include "serialisation/JSONModel.h"
 #include "support/CapturedLog.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 TEST(JSONRoundTrip, WhatIsReadIsWrittenAgainToTheByteStress) {
   Class::registerClass<Record>();

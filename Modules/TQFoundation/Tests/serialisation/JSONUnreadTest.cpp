@@ -2,8 +2,6 @@
 
 namespace {
 
-using namespace test;
-
 /// Kept in keyed archives. Reads one of its three members.
 struct Half final : Subclass<Half> {
   static constexpr std::string_view className = "Half";

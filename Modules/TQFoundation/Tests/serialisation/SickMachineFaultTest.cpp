@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <future>
-#include <sstream>
 
 #include <TQFoundation/TQFoundation.h>
 
@@ -21,13 +20,9 @@
 #include "support/HandMovedClock.h"
 #include "support/LoopbackServer.h"
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 
-using test::Child;
-using test::FailingSystemCalls;
-using test::HasSubstr;
 using How = FailingSystemCalls::How;
 namespace fs = std::filesystem;
 

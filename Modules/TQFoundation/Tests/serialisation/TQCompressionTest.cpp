@@ -10,7 +10,6 @@
 
 namespace {
 
-using namespace test;
 using enum TQCompressionAlgorithm;
 
 constexpr std::pair<const char*, TQCompressionAlgorithm> kAlgorithms[] = {

@@ -4,11 +4,8 @@
 
 #include "support/Bytes.h"
 #include "support/CapturedLog.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 // FIPS 180's examples.
 TEST(SHA1, OfKnownTextsAndUnderOlderNamesThatWarn) {

@@ -5,11 +5,8 @@
 #include <cstdio>
 
 #include "serialisation/JSONModel.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 /// Writes every step in its own form.
 struct Stepwise : Subclass<Stepwise> {

@@ -3,11 +3,8 @@
 #include "serialisation/JSONModel.h"
 #include "support/CapturedLog.h"
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 struct Throwing final : Subclass<Throwing> {
   static constexpr std::string_view className = "Throwing";

@@ -2,11 +2,8 @@
 
 #include "serialisation/JSONModel.h"
 #include "support/CapturedLog.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 TEST(TQJSONEncoder, WritesKeyedMembersInTheirForms) {
   const Ref<String> raw = str("a/b");
@@ -292,9 +289,6 @@ TEST(TQJSONEncoder, IsNotSilentAboutMistakes) {
         {makeRef<Unregistered>(), reserved, makeRef<WriteOnly>(), makeRef<Unregistered>()}));
   }
   ASSERT_EQ(log.messages().size(), 5u);
-  EXPECT_EQ(log.messages()[1],
-            "Objects of class Unregistered are archived but cannot be read back: no class is "
-            "registered under the name Unregistered.\n");
   EXPECT_TRUE(log.messages()[2].starts_with("The key _archive is reserved: "));
   EXPECT_TRUE(log.messages()[3].starts_with("The key _class is reserved: "));
   EXPECT_TRUE(log.messages()[4].starts_with("The key _data is reserved: "));

@@ -13,8 +13,6 @@
 
 namespace {
 
-using namespace test;
-
 constexpr std::size_t kBuffer = TQJSONFileEncoder::kBufferSize;
 
 /// Replaces the system's writes: records their sizes and bytes, and fails as scripted.

@@ -1,7 +1,5 @@
 #include <TQFoundation/spatial/BreakpointTable.h>
 
-#include <sstream>
-
 #include <TQFoundation/spatial/Collectable.h>
 
 #include "support/Test.h"

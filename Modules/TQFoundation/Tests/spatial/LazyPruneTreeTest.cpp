@@ -8,8 +8,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 /// Node n has those of the children 3n + 1, 3n + 2, 3n + 3 that are below `count`.
 struct Ternary {
   int count = 40;

@@ -3,7 +3,6 @@
 #include <bit>
 
 #include "support/FailingAllocations.h"
-#include "support/Test.h"
 
 namespace {
 

@@ -1,7 +1,6 @@
 #include <TQFoundation/spatial/RTree.h>
 
 #include "support/RandomRects.h"
-#include "support/Test.h"
 #include "support/Threads.h"
 
 // Queries use an index beside the nodes, or the nodes. Here each result is compared with the
@@ -9,7 +8,6 @@
 
 namespace {
 
-using namespace test;
 using Tree = RTree<int>;
 
 bool recursion(const Tree::Node& node, const Rect& query) {

@@ -8,11 +8,9 @@
 #include "support/Iterators.h"
 #include "support/PlainRTree.h"
 #include "support/RandomRects.h"
-#include "support/Test.h"
 
 namespace {
 
-using namespace test;
 using Tree = RTree<int>;
 
 Ref<Tree> treeOf(std::int64_t capacity, const std::vector<Rect>& rects) {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The first header of a test: the test framework, the standard headers that tests use most, and
-// the tables and numbers of Expectations.h.
+// The test framework, the standard headers that tests use most, and the tables and numbers of
+// Expectations.h. The other headers of this folder that need it include it for their tests.
 
 #include <gmock/gmock.h>
 
@@ -24,6 +24,7 @@
 #include <random>
 #include <set>
 #include <span>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -49,4 +50,6 @@ constexpr double kShare = 1;
 
 }  // namespace tq::test
 
-using namespace tq;  // tests are written like programs that use the library
+// Tests are written like programs that use the library.
+using namespace tq;
+using namespace tq::test;

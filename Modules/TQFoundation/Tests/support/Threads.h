@@ -1,5 +1,7 @@
 #pragma once
 
+#include <barrier>
+#include <latch>
 #include <type_traits>
 
 #include "support/Test.h"

@@ -1,13 +1,9 @@
-#include <barrier>
-
 #include <TQFoundation/TQFoundation.h>
 
 #include "support/OnDestruction.h"
 #include "support/Threads.h"
 
 namespace {
-
-using namespace test;
 
 Ref<String> text(std::string_view characters) { return String::stringWithUTF8(characters); }
 

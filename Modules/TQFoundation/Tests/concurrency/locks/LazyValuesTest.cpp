@@ -1,4 +1,3 @@
-#include <barrier>
 #include <semaphore>
 
 #include <TQFoundation/concurrency/locks/LazyObject.h>

@@ -11,8 +11,6 @@
 
 namespace {
 
-using namespace test;
-
 void require(bool condition, const char* what) {
   if (!condition) throw ThreadModel::Violation(what);
 }

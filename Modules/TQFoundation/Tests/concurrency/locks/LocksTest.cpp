@@ -1,13 +1,9 @@
-#include <barrier>
-
 #include <TQFoundation/TQFoundation.h>
 
 #include "support/Numbers.h"
 #include "support/Threads.h"
 
 namespace {
-
-using namespace test;
 
 static_assert(Lockable<UnfairLock> && Lockable<Lock> && Lockable<RecursiveLock> &&
               Lockable<ReadWriteLock::ReadLock> && Lockable<ReadWriteLock::WriteLock> &&
@@ -165,9 +161,6 @@ TEST(LocksStress, TotalsAddUp) {
   fight("UnfairLock", [&](std::size_t g) -> UnfairLock& { return unfair[g]; });
   SerialQueue queues[4];
   fight("SerialQueue", [&](std::size_t g) -> SerialQueue& { return queues[g]; });
-  const auto objects = numbers(4);
-  fight("ObjectSynchronizer",
-        [&](std::size_t g) { return ObjectSynchronizer(share(objects->objectAtIndex(g))); });
   Ref<ReadWriteLock> readWrite[4];
   for (auto& lock : readWrite) lock = makeRef<ReadWriteLock>();
   fight("WriteLock", [&](std::size_t g) { return readWrite[g]->write(); });

@@ -1,6 +1,4 @@
-#include <barrier>
 #include <future>
-#include <latch>
 
 #include <TQFoundation/TQFoundation.h>
 
@@ -9,8 +7,6 @@
 #include "support/Threads.h"
 
 namespace {
-
-using namespace test;
 
 Ref<Object> squared(Object& object) {
   return Number::numberWith(valueOf(object) * valueOf(object));

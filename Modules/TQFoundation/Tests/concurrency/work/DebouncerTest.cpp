@@ -6,12 +6,10 @@
 
 #include "support/HandMovedClock.h"
 #include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 
 using namespace std::chrono_literals;
-using test::HandMovedClock;
 
 TEST(Debouncer, RunsItsActionOnceAfterTheLastRequestOfABurst) {
   HandMovedClock clock;

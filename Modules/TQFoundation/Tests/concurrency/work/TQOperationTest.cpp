@@ -1,5 +1,3 @@
-#include <latch>
-
 #include <TQFoundation/concurrency/work/AsynchronousOperation.h>
 #include <TQFoundation/concurrency/work/TQOperation.h>
 #include <TQFoundation/concurrency/work/TQURLOperation.h>
@@ -10,7 +8,6 @@
 
 namespace {
 
-using test::ElementsAre;
 using Change = Operation::Change;
 
 // An operation whose start() is a block.

@@ -1,7 +1,6 @@
 #include <TQFoundation/geometry/curves/Path.h>
 
 #include "support/FailingAllocations.h"
-#include "support/Test.h"
 
 namespace {
 

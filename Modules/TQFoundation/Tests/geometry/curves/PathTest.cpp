@@ -4,11 +4,8 @@
 #include <TQFoundation/geometry/curves/TQBezierSegmentIterator.h>
 
 #include "support/Iterators.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 struct Element {
   PathElementType type;

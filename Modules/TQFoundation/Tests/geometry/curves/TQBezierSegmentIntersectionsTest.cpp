@@ -6,7 +6,6 @@
 
 namespace {
 
-using namespace test;
 using Offsets = std::vector<TQBezierSegmentOffsets>;
 
 constexpr double kLeaf = 0x1p-14;

@@ -6,11 +6,8 @@
 
 #include "support/RandomBezier.h"
 #include "support/Roots.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 constexpr TQBezierDegree kUnknown{7};
 

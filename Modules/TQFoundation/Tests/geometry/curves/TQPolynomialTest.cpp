@@ -4,11 +4,8 @@
 
 #include "support/RandomBezier.h"
 #include "support/Roots.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
 

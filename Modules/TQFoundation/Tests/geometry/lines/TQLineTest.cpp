@@ -4,11 +4,8 @@
 #include <TQFoundation/geometry/values/VectorAlgebra.h>
 
 #include "support/RandomBezier.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 constexpr Rect kRect{0, 0, 10, 10};
 

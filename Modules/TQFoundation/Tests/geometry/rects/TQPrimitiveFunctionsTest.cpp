@@ -6,8 +6,6 @@
 
 namespace {
 
-using namespace test;
-
 TEST(Angle, SnapsToStraightAnglesKeepingTheSignOfZero) {
   constexpr double kEighth = 0.39269908169872414;  // π/8, as in the function
   const Rows<const char*, double, double> cases{

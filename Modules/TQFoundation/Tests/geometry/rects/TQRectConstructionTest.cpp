@@ -8,8 +8,6 @@
 
 namespace {
 
-using namespace test;
-
 TEST(RectConstruction, FromPointsSizesAndMargins) {
   for (const Point p : {Point{1, 2}, {4, 2}, {1, 9}, {4, 9}}) {
     expectFields(TQRectFromPoints(p, {5 - p.x, 11 - p.y}), {1, 2, 3, 7});

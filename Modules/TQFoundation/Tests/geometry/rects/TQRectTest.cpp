@@ -2,11 +2,8 @@
 #include <TQFoundation/geometry/rects/TQRect.h>
 
 #include "support/CapturedLog.h"
-#include "support/Test.h"
 
 namespace {
-
-using namespace test;
 
 TEST(RectObject, SettersMoveWithoutResizing) {
   const Ref<TQRect> rect = TQRect::rectWithRect({1, 2, 10, 20});

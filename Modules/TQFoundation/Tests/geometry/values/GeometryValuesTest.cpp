@@ -10,8 +10,6 @@
 
 namespace {
 
-using namespace test;
-
 TEST(VectorAlgebra, ExtremesNeitherOverflowNorVanishAndSmallAnglesKeepTheirDigits) {
   for (const double scale : {1.0, 1e300, 1e-300, 4 * kTiny}) {
     const Vector v = Vector{3, 4} * scale;

@@ -2,8 +2,6 @@
 
 #include <plist/plist.h>
 
-#include <sstream>
-
 #include <TQFoundation/objects/Array.h>
 #include <TQFoundation/objects/Date.h>
 #include <TQFoundation/objects/Dictionary.h>
@@ -20,7 +18,6 @@ namespace {
 using Writer = BinaryPropertyListWriter;
 using Reader = BinaryPropertyListReader;
 using Kind = Reader::Kind;
-using test::bytesOf, test::Rows;
 
 /// Returns the list as libplist writes it after reading it.
 std::string rewritten(const Data& list) {

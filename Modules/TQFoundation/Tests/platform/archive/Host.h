@@ -66,6 +66,7 @@ struct Host final : Subclass<Host> {
 };
 
 inline Ref<Host> makeHost(std::string_view name, Ref<Object> content = nullptr) {
+  Class::registerClass<Host>();
   Ref<Host> host = makeRef<Host>();
   host->name = name;
   host->content = std::move(content);

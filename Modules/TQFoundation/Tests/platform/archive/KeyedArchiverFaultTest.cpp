@@ -3,11 +3,8 @@
 
 namespace {
 
-using namespace test;
-
 TEST(KeyedArchiverFault, EveryAllocationMayFail) {
   test::warmUpWeakReferences();
-  Class::registerClass<Host>();
   const Ref<Host> child = makeHost("a name too long to be kept inside a string");
   const Ref<Host> root = makeHost(
       "forgiving",

@@ -5,8 +5,6 @@
 
 namespace {
 
-using namespace test;
-
 Ref<Object> number(NumberValue value) { return Number::numberWith(value); }
 Ref<Object> text(std::string_view value) { return String::of(value); }
 
@@ -120,7 +118,6 @@ TEST(KeyedArchiver, KeepsTheKindsOfNumbersThatTheFormatHas) {
 }
 
 TEST(KeyedArchiver, KeepsHostObjectsTheirCyclesAndWhatTheyShare) {
-  Class::registerClass<Host>();
   const Ref<Host> parent = makeHost("parent é");
   parent->flag = true;
   parent->integer = -7;
@@ -153,7 +150,6 @@ TEST(KeyedArchiver, KeepsHostObjectsTheirCyclesAndWhatTheyShare) {
 }
 
 TEST(KeyedArchiver, RestoresCyclesThroughContainers) {
-  Class::registerClass<Host>();
   const Ref<Host> host = makeHost("x");
   const auto dictionary =
       Dictionary::dictionaryWithEntries({{"before", text("y")}, {"x", host}, {"later", text("y")}});
@@ -250,7 +246,6 @@ struct Thrower final : Subclass<Thrower> {
 };
 
 TEST(KeyedArchiver, FailsEvenIfTheHostCatchesTheException) {
-  Class::registerClass<Host>();
   Class::registerClass<Thrower>();
   const Ref<Thrower> thrower = makeRef<Thrower>();
   for (const char* name : {"strict", "forgiving"}) {
@@ -265,7 +260,6 @@ TEST(KeyedArchiver, FailsEvenIfTheHostCatchesTheException) {
 }
 
 TEST(KeyedArchiver, NestsToItsLimit) {
-  Class::registerClass<Host>();
   Ref<Object> arrays = text("x");
   Ref<Object> hosts = text("x");
   for (int depth = 0; depth < KeyedArchiver::kMaximumDepth; ++depth) {
@@ -279,7 +273,6 @@ TEST(KeyedArchiver, NestsToItsLimit) {
 }
 
 TEST(KeyedArchiver, RandomGraphsKeepTheirArchive) {
-  Class::registerClass<Host>();
   const auto host = [](double real, std::int64_t, Ref<Object> child) {
     return makeHost(std::to_string(real), std::move(child));
   };

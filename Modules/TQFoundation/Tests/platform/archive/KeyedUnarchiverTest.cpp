@@ -12,8 +12,6 @@
 
 namespace {
 
-using namespace test;
-
 /// Returns the parts that are not empty.
 std::vector<std::string_view> split(std::string_view text, char separator) {
   std::vector<std::string_view> parts;
@@ -33,6 +31,7 @@ class ByHand {
   using Node = detail::BinaryPropertyListWriter::Node;
 
   ByHand(std::initializer_list<std::string> objects = {}) {
+    Class::registerClass<Host>();
     for (const std::string& object : objects) add(object);
   }
   void add(std::string_view object) { add(node(object)); }
@@ -171,7 +170,6 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
   detail::BinaryPropertyListWriter text;
   text.string("text");
   EXPECT_FALSE(KeyedUnarchiver::unarchiveRootObject(text.finish()->bytes()));
-  Class::registerClass<Host>();
   // Object 1 is the record, 2 its class, 3 a string, 4 an empty array and 5 its class.
   const test::Rows<const char*, const char*, const char*> cases{
       {"unknown class", "Elsewhere", "{$class=2}"},
@@ -211,7 +209,6 @@ TEST(KeyedUnarchiver, RefusesInvalidArchives) {
 
 // In each record, each member is left out or has a value of another kind, or refers to nothing.
 TEST(KeyedUnarchiver, RefusesRecordsWithoutTheirMembers) {
-  Class::registerClass<Host>();
   // Object 2 is the class, 3 a string, 4 a number, 5 an empty array, 7 a dictionary and 9 a URL.
   const char* const others[] = {"'{1, 2}'",
                                 "#4",
@@ -265,7 +262,6 @@ TEST(KeyedUnarchiver, RefusesRecordsWithoutTheirMembers) {
 }
 
 TEST(KeyedUnarchiver, ListsTheMembersThatNobodyAskedFor) {
-  Class::registerClass<Host>();
   ByHand archive = {"{first=3 name=3 $$mine=3 $class=2 last=3}", "@Host", "'x'"};
   ASSERT_TRUE(archive.read());
   UnreadContent unread;
@@ -278,7 +274,6 @@ TEST(KeyedUnarchiver, ListsTheMembersThatNobodyAskedFor) {
 
 // Whatever a damaged archive is read as is an object like any other.
 TEST(KeyedUnarchiver, DamageIsRefusedOrGivesAnObject) {
-  Class::registerClass<Host>();
   const Ref<Host> host = makeHost(
       "x",
       Array::arrayWithObjects(
@@ -319,7 +314,6 @@ ByHand nestedArrays(int depth, int times) {
 }
 
 TEST(KeyedUnarchiver, RefusesWhatExceedsALimitWithAnError) {
-  Class::registerClass<Host>();
   // Hosts and arrays in turns; each array contains the next host twice. 2 is a name, 3 and 4
   // classes.
   ByHand hosts = {"{name=2 content=5 $class=3}", "'n'", "@Host", "@NSArray"};

@@ -9,8 +9,6 @@
 
 namespace {
 
-using namespace test;
-
 std::string packed(const Codec& codec, std::string_view plain, std::size_t capacity) {
   std::vector<std::byte> room(capacity);
   const std::size_t size = codec.encode(bytesOf(plain), room);

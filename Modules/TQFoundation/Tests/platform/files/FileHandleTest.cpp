@@ -15,8 +15,6 @@
 
 namespace {
 
-using namespace test;
-
 bool isOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) >= 0; }
 
 TEST(FileHandle, WritesOverAnExistingFileFromItsStart) {

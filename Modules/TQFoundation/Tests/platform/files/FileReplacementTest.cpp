@@ -14,8 +14,6 @@
 
 namespace {
 
-using namespace test;
-
 struct Person {
   uid_t user;
   gid_t group;

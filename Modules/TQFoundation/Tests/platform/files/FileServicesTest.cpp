@@ -15,8 +15,6 @@
 
 namespace {
 
-using namespace test;
-
 struct FileServices : testing::Test {
   test::TemporaryDirectory directory;
   Ref<Error> error;

@@ -29,8 +29,6 @@ extern "C" void tqNoSuchFunction();
 
 namespace {
 
-using namespace test;
-
 std::vector<std::string> loadedFiles() {
   std::vector<std::string> paths;
   ::dl_iterate_phdr(

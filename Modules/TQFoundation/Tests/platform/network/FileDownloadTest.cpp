@@ -12,8 +12,6 @@
 
 namespace {
 
-using namespace test;
-
 std::string bodyOf(std::size_t length, char version) {
   std::string body(length, version);
   for (std::size_t i = 0; i < body.size(); i += 7) body[i] = static_cast<char>(i >> 5);

@@ -1,7 +1,6 @@
 #include <TQFoundation/platform/network/URLSession.h>
 
 #include <future>
-#include <latch>
 
 #include "support/Bytes.h"
 #include "support/Errors.h"
@@ -15,7 +14,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using namespace test;
 using Request = LoopbackServer::Request;
 
 struct Outcome {

@@ -1,15 +1,11 @@
 #include <TQFoundation/platform/operations/Operation.h>
 
-#include <barrier>
-
 #include <TQFoundation/objects/Exception.h>
 #include <TQFoundation/platform/operations/OperationQueue.h>
 
 #include "support/Threads.h"
 
 namespace {
-
-using namespace test;
 
 // Runs a closure, and records the announced changes.
 struct Work final : Subclass<Work, Operation> {

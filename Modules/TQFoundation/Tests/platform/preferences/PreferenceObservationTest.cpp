@@ -9,8 +9,6 @@
 
 namespace {
 
-using test::Child;
-using testing::ElementsAre;
 namespace fs = std::filesystem;
 
 /// Another process makes the changes of a test, one at each call of next().

@@ -6,15 +6,11 @@
 #include <sys/shm.h>
 #include <sys/stat.h>
 
-#include <sstream>
-
 #include <TQFoundation/objects/Data.h>
 
 #include "support/FailingSystemCalls.h"
 
 namespace {
-
-using namespace test;
 
 /// A segment of shared memory, as the command ipcs lists it.
 struct Segment {

@@ -5,7 +5,6 @@
 
 namespace {
 
-using namespace test;
 using SharedInteger = std::atomic<std::int64_t>;
 using How = FailingSystemCalls::How;
 

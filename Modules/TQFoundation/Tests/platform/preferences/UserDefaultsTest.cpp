@@ -21,8 +21,6 @@ extern "C" __attribute__((visibility("default"))) int getpwuid_r(uid_t, passwd* 
 
 namespace {
 
-using namespace test;
-
 struct UserDefaultsTest : SuiteTest {
   /// The entries of the suite alone.
   [[nodiscard]] std::size_t count() const {
