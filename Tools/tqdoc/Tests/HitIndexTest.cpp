@@ -7,7 +7,6 @@
 namespace tqdoc {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr int kSide = 120;
@@ -36,6 +35,12 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
       "<g clip-path='url(#c)'><rect x='0' y='50' width='120' height='30'/></g>",
       "<mask id='m'><circle cx='60' cy='60' r='40' fill='white'/></mask>"
       "<g mask='url(#m)'><rect x='0' y='50' width='120' height='30'/></g>",
+      "<marker id='m' orient='auto' overflow='visible'><path d='M0-1l4 1-4 1z'/></marker>"
+      "<path d='M10 10h60v60' fill='none' stroke='red' stroke-width='9' stroke-linecap='round'"
+      " stroke-linejoin='round' marker-end='url(#m)'/>",
+      "<text x='10' y='100' font-size='100'>Hl</text>",
+      "<clipPath id='c'><text x='10' y='100' font-size='100'>H.</text></clipPath>"
+      "<rect width='120' height='120' clip-path='url(#c)'/>",
   };
   for (const char* inside : insides) {
     SCOPED_TRACE(inside);
@@ -60,17 +65,6 @@ TEST(HitIndex, FindsWhatThePainterDraws) {
     }
     EXPECT_GT(inked, 100);
   }
-}
-
-TEST(HitIndex, FindsMarkers) {
-  const auto document = drawingOf(
-      "<marker id='m' orient='auto' overflow='visible'><path d='M0-1l4 1-4 1z'/></marker>"
-      "<path d='M20 20h40v40' stroke='red' stroke-width='4' fill='none' marker-end='url(#m)'/>");
-  ASSERT_TRUE(document);
-  EXPECT_THAT(places(*document, {60, 70, 0, 0}), testing::SizeIs(1));  // turned downwards
-  EXPECT_THAT(places(*document, {50, 65, 20, 1}), testing::SizeIs(1));
-  EXPECT_THAT(places(*document, {65, 73, 9, 9}), IsEmpty());
-  EXPECT_THAT(places(*document, {10, 16, 2, 9}), IsEmpty());
 }
 
 TEST(HitIndex, ListsTheTopmostFirstAndAssignsBordersToOneShape) {

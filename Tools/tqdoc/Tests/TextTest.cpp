@@ -161,21 +161,6 @@ TEST(Texts, OfAnyLengthAreLaidOut) {
   EXPECT_FALSE(tq::RectIsNull(tightBounds(*text("\xff\xed\xa0\x80"))));
 }
 
-TEST(Texts, AreHitWhereTheirGlyphsAre) {
-  const auto document = drawingOf("<text x='10' y='100' font-size='100'>.</text>");
-  const HitIndex index(*document);
-  const tq::Rect dot = tightBounds(document->root());
-  const tq::Point centre{tq::RectGetMidX(dot), tq::RectGetMidY(dot)};
-  EXPECT_EQ(index.hits({centre, {0, 0}}).size(), 1u);
-  EXPECT_EQ(index.hits({{centre.x, centre.y - 50}, {0, 0}}).size(), 0u);
-  const auto clipped = drawingOf(
-      "<clipPath id='c'><text x='10' y='100' font-size='100'>.</text></clipPath>"
-      "<rect width='120' height='120' clip-path='url(#c)'/>");
-  const HitIndex behind(*clipped);
-  EXPECT_EQ(behind.hits({centre, {0, 0}}).size(), 1u);
-  EXPECT_EQ(behind.hits({{centre.x, centre.y - 50}, {0, 0}}).size(), 0u);
-}
-
 TEST(Texts, DifferInOneChangeForEachThingChanged) {
   const auto before =
       drawingOf("<text x='1' font-size='10'>one<tspan fill='red'>two</tspan></text>");

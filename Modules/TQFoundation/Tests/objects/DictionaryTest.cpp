@@ -2,7 +2,6 @@
 
 #include "support/Iterators.h"
 #include "support/Objects.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -114,17 +113,6 @@ TEST(Dictionary, RaisesWhenItChangesDuringIteration) {
     }
     EXPECT_EQ(raised, raises ? "NSGenericException" : "");
   }
-}
-
-TEST(Dictionary, IsEqualInAnyOrder) {
-  const Ref<Dictionary> a = Dictionary::dictionaryWithEntries({{"x", number(1)}, {"y", number(2)}});
-  const Ref<Dictionary> b =
-      Dictionary::dictionaryWithEntries({{"y", number(2.0)}, {"x", number(1)}});
-  EXPECT_TRUE(a->isEqual(*b));
-  EXPECT_EQ(a->hash(), b->hash());
-  EXPECT_FALSE(
-      a->isEqual(*Dictionary::dictionaryWithEntries({{"x", number(1)}, {"z", number(2)}})));
-  EXPECT_FALSE(a->isEqual(*Dictionary::dictionaryWithEntries({{"x", number(1)}})));
 }
 
 // 2^53 and 2^53 + 1 are different, but both equal 2^53 as a double.

@@ -5,7 +5,6 @@
 
 #include "support/Objects.h"
 #include "support/TemporaryDirectory.h"
-#include "support/Test.h"
 
 namespace {
 
@@ -139,7 +138,8 @@ TEST(Data, GrowsShrinksAndFillsWithZeros) {
 std::vector<Ref<Object>> unequalObjects() {
   const auto number = [](int n) -> Ref<Object> { return Number::numberWith(n); };
   std::vector<Ref<Object>> objects{Null::null(), Array::array(), Dictionary::dictionary(),
-                                   Set::set()};
+                                   Set::set(),
+                                   Dictionary::dictionaryWithEntries({{"a", number(1)}})};
   for (const int n : {1, 2}) {
     const std::string text = std::to_string(n);
     const Ref<Object> leaves[] = {number(n),

@@ -8,7 +8,6 @@
 namespace {
 
 using namespace std::chrono_literals;
-using test::HandMovedClock;
 
 // Counts how often its timer fires, and runs a closure each time.
 struct Probe final : Subclass<Probe> {
@@ -94,19 +93,6 @@ TEST(Timer, TimersThatAnActionSchedulesWaitForALaterPass) {
   EXPECT_EQ(late->fired, 0);
   clock.pass(1ms);
   EXPECT_EQ(late->fired, 1);
-}
-
-TEST(Timer, ALoopThatAnActionRunsFiresOtherTimers) {
-  HandMovedClock clock;
-  const auto other = makeRef<Probe>();
-  const auto outer = makeRef<Probe>([&](Timer&) {
-    clock.pass(10ms);
-    EXPECT_EQ(other->fired, 1);
-  });
-  outer->schedule(0.1);
-  other->schedule(0.105);
-  clock.pass(100ms);
-  EXPECT_EQ(outer->fired, 1);
 }
 
 TEST(Timer, OtherThreadsMayInvalidateItAndItEndsWithItsThread) {
