@@ -1,8 +1,5 @@
 #include <glib.h>
 
-#include <iomanip>
-#include <sstream>
-
 #include <TQFoundation/platform/text/Base64.h>
 #include <TQFoundation/platform/text/CharacterCategory.h>
 #include <TQFoundation/platform/text/Collation.h>
@@ -11,8 +8,6 @@
 #include "support/Bytes.h"
 
 namespace {
-
-using test::bytesOf;
 
 TEST(Base64, MatchesTheVectorsOfTheStandard) {
   // RFC 4648, section 10, and the characters "+" and "/".
@@ -129,36 +124,11 @@ std::string resolved(std::string_view base, std::string_view text) {
   return url ? url->absoluteString() : "(null)";
 }
 
-// RFC 3986, sections 5.4.1 and 5.4.2, in their order.
-TEST(URLResolution, FollowsEveryExampleOfTheStandard) {
-  std::istringstream examples(R"(
-      g:h  g:h               g  http://a/b/c/g        ./g      http://a/b/c/g
-      g/   http://a/b/c/g/   /g http://a/g            //g      http://g
-      ?y   http://a/b/c/d;p?y        g?y     http://a/b/c/g?y
-      #s   http://a/b/c/d;p?q#s      g#s     http://a/b/c/g#s      g?y#s    http://a/b/c/g?y#s
-      ;x   http://a/b/c/;x           g;x     http://a/b/c/g;x      g;x?y#s  http://a/b/c/g;x?y#s
-      ""   http://a/b/c/d;p?q        .       http://a/b/c/         ./       http://a/b/c/
-      ..   http://a/b/               ../     http://a/b/           ../g     http://a/b/g
-      ../..  http://a/               ../../  http://a/             ../../g  http://a/g
-      ../../../g  http://a/g         ../../../../g  http://a/g
-      /./g   http://a/g              /../g   http://a/g
-      g.     http://a/b/c/g.         .g      http://a/b/c/.g
-      g..    http://a/b/c/g..        ..g     http://a/b/c/..g
-      ./../g       http://a/b/g      ./g/.   http://a/b/c/g/
-      g/./h        http://a/b/c/g/h  g/../h  http://a/b/c/h
-      g;x=1/./y    http://a/b/c/g;x=1/y      g;x=1/../y  http://a/b/c/y
-      g?y/./x      http://a/b/c/g?y/./x      g?y/../x    http://a/b/c/g?y/../x
-      g#s/./x      http://a/b/c/g#s/./x      g#s/../x    http://a/b/c/g#s/../x      http:g  http:g)");
-  std::string reference, expected;
-  int count = 0;
-  for (; examples >> std::quoted(reference) >> expected; ++count) {
-    EXPECT_EQ(resolved("http://a/b/c/d;p?q", reference), expected) << reference;
-  }
-  EXPECT_EQ(count, 42);
-}
-
+// rfc3986.py tries the examples of the standard, and random references.
 TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
   const test::Rows<std::string_view, std::string_view, std::string_view> cases{
+      {"http://a/b/c/d;p?q", "g:h", "g:h"},
+      {"http://a/b/c/d;p?q", "http:g", "http:g"},
       {"file:///a/b/", "c%20d", "file:///a/b/c%20d"},
       {"/a/b", "../c", "file:///c"},
       {"/a/b%3F?", "c?q=/#f", "file:///a/c"},

@@ -17,6 +17,24 @@ AUTHORITIES = ["h", "h:80", "u@h", "u;p:q@h:8", "h%2Fi", "%40", "h+i", "[::1]", 
 TAILS = ["", "", "?", "?x=1", "?a/../b?", "#", "#f", "?x#/./g"]
 
 
+# Sections 5.4.1 and 5.4.2, but for references with a scheme: what they are seen from the base.
+BASE = "http://a/b/c/d;p?q"
+WORDS = """
+    g    http://a/b/c/g         ./g    http://a/b/c/g       g/     http://a/b/c/g/   /g    http://a/g
+    //g  http://g               ?y     http://a/b/c/d;p?y   g?y    http://a/b/c/g?y
+    #s   http://a/b/c/d;p?q#s   g#s    http://a/b/c/g#s     g?y#s  http://a/b/c/g?y#s
+    ;x   http://a/b/c/;x        g;x    http://a/b/c/g;x     g;x?y#s  http://a/b/c/g;x?y#s
+    .    http://a/b/c/          ./     http://a/b/c/        ..     http://a/b/       ../   http://a/b/
+    ../g http://a/b/g           ../..  http://a/            ../../ http://a/         ../../g  http://a/g
+    ../../../g  http://a/g      ../../../../g  http://a/g   /./g   http://a/g        /../g  http://a/g
+    g.   http://a/b/c/g.        .g     http://a/b/c/.g      g..    http://a/b/c/g..  ..g  http://a/b/c/..g
+    ./../g  http://a/b/g        ./g/.  http://a/b/c/g/      g/./h  http://a/b/c/g/h  g/../h  http://a/b/c/h
+    g;x=1/./y  http://a/b/c/g;x=1/y   g;x=1/../y  http://a/b/c/y   g?y/./x  http://a/b/c/g?y/./x
+    g?y/../x   http://a/b/c/g?y/../x  g#s/./x  http://a/b/c/g#s/./x  g#s/../x  http://a/b/c/g#s/../x
+""".split()
+EXAMPLES = [("", BASE), *zip(WORDS[::2], WORDS[1::2])]
+
+
 def without_dots(path):
     """Section 5.2.4, for a path that is empty or begins with a slash."""
     segments, kept = path.split("/")[1:], []
@@ -71,6 +89,9 @@ def main(program, count=20_000, seed=1):
 
     pairs = [(absolute(), chance.choice([relative, relative, relative, network, absolute])())
              for _ in range(int(count))]
+    for reference, expected in EXAMPLES:
+        assert resolved(BASE, reference) == expected, reference
+        pairs.append((BASE, reference))
     lines = "".join(f"{base}\n{reference}\n" for base, reference in pairs)
     answers = subprocess.run([program], input=lines, capture_output=True, text=True, check=True).stdout
     answers = answers.splitlines()
