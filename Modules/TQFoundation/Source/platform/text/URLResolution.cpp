@@ -46,7 +46,8 @@ std::string authorityOf(std::string text) {
 }
 
 /// Returns true if the host has a semicolon, which GLib takes for the start of the path, or is an
-/// IPv6 address with a zone that GLib would not write as it was read.
+/// IPv6 address that GLib would not write as it was read: with a space, which it takes for a zone
+/// after it has escaped it, or with any other zone than names.
 bool hasUnusableHost(std::string_view authority) {
   const std::size_t semicolon = authority.rfind(';');
   if (semicolon != std::string_view::npos &&
@@ -54,8 +55,10 @@ bool hasUnusableHost(std::string_view authority) {
     return true;
   }
   const std::string_view host = authority.substr(authority.rfind('@') + 1);
+  if (!host.starts_with('[')) return false;
   const std::size_t percent = host.find('%'), end = host.rfind(']');
-  if (!host.starts_with('[') || percent == host.npos || percent > end) return false;
+  if (host.substr(0, percent).find(' ') != host.npos) return true;
+  if (percent == host.npos || percent > end) return false;
   const std::string_view zone = host.substr(percent, end - percent);
   return !zone.starts_with("%25") || zone.size() == 3 || !isPlain(zone.substr(3));
 }

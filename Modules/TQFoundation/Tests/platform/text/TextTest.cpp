@@ -150,6 +150,8 @@ TEST(URLResolution, KeepsEscapesAndCleansUpTheRest) {
       {"http://[::%25a]/", "", "(null)"},
       {"http://h/", "//u@[::1%25a%00]:8/", "(null)"},
       {"http://h/", "//[::1%25a%2Fb]/", "(null)"},
+      {"http://h/", "//[::1 ]/", "(null)"},
+      {"http://h/", "//[::1 %25a]/", "(null)"},
       {"http://h/", "//[::1%25a]%2Fb]/", "(null)"},
       {"http://h/", "//[::1%25é]/", "(null)"},
       {"http://h:/a", "b", "http://h/b"},
