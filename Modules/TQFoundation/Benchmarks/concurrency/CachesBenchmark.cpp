@@ -80,7 +80,7 @@ void lose(benchmark::State& state) {
   if (state.range(1) == 0) return;
   const Ref<String> lost = String::stringWithUTF8("lost");
   const Weak<String> weak = lost;
-  benchmark::DoNotOptimize(weak.isGone());
+  benchmark::DoNotOptimize(weak.expired());
 }
 
 void BM_CacheStore_TQ(benchmark::State& state) {

@@ -36,7 +36,7 @@ class TQ_EXPORT TQComparisonArrayChange final
   [[nodiscard]] bool isInsertion() const noexcept { return isInsertion_; }
   [[nodiscard]] bool isRemoval() const noexcept { return !isInsertion_; }
   /// True if the change is linked with the other half of a move, and that half is alive.
-  [[nodiscard]] bool isMove() const noexcept { return !associatedChange_.isGone(); }
+  [[nodiscard]] bool isMove() const noexcept { return !associatedChange_.expired(); }
   /// Returns the index of an insertion in the new array, or of a removal in the old array.
   [[nodiscard]] std::uint64_t index() const noexcept { return index_; }
 

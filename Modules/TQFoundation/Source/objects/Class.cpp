@@ -88,6 +88,7 @@ void Class::registerRecord(const Class& record) {
 }
 
 void Class::unregisterRecord(const Class& record) {
+  TQ_ASSERT(!record.isLibraryClass());
   Registry& all = registry();
   const std::unique_lock guard(all.lock);
   const auto entry = all.classes.find(record.codingName());

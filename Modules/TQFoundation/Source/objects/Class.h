@@ -120,7 +120,7 @@ class TQ_EXPORT Class {
   [[nodiscard]] bool isLibraryClass() const noexcept;
 
   /// True if archives can hold the name: it is well-formed UTF-8, not empty, and has no quotation
-  /// mark, backslash or control character.
+  /// mark, backslash or character below U+0020.
   [[nodiscard]] static constexpr bool isPlainName(std::string_view name) noexcept {
     for (std::size_t i = 0; i < name.size();) {
       const unsigned lead = static_cast<unsigned char>(name[i]);
@@ -151,7 +151,8 @@ class TQ_EXPORT Class {
   static void registerClass();
 
   /// Removes T from the registry, if it is registered: archives no longer find it. For plug-ins
-  /// that unload; see "Unloading a plug-in" in docs/Objects.md. Any thread.
+  /// that unload; see "Unloading a plug-in" in docs/Objects.md. A class of the library stops the
+  /// process. Any thread.
   template <class T>
   static void unregisterClass();
 

@@ -87,7 +87,7 @@ class TQ_EXPORT MutableData final : public Subclass<MutableData, Data> {
   /// Reserves capacity for `capacity` bytes in total.
   void reserve(std::size_t capacity) { reserveBytes(capacity); }
 
-  /// The bytes, writable. Valid until the length changes.
+  /// The bytes, writable. Valid until the next call of a function that is not const.
   [[nodiscard]] std::span<std::byte> mutableBytes() noexcept { return {bytes_, length_}; }
 
   /// Returns the unused capacity after the last byte, at least `wanted` bytes, for writing in

@@ -93,7 +93,8 @@ class TQ_EXPORT Dictionary : public Subclass<Dictionary> {
 
   /// Returns the value of an equal key, or null. The dictionary owns it.
   [[nodiscard]] Object* objectForKey(const Object& key) const;
-  /// The same for a key that is a String of this text, without creating a String.
+  /// The same for a key that is a String of this text, without creating a String. Other keys are
+  /// not found, even if they equal such a String.
   [[nodiscard]] Object* objectForKey(std::string_view key) const;
 
   /// The keys and the values in insertion order; an entry has the same index in both. Valid while
@@ -148,7 +149,8 @@ class TQ_EXPORT MutableDictionary final : public Subclass<MutableDictionary, Dic
   /// Creates a dictionary of the same keys and values.
   [[nodiscard]] static Ref<MutableDictionary> dictionaryWithDictionary(const Dictionary& other);
 
-  /// Replaces the value of an equal key, or appends a new entry.
+  /// Replaces the value of an equal key, or appends a new entry. A key that is text must be
+  /// well-formed UTF-8; other text stops the process.
   /// @throws Exception (InvalidArgumentException) if either is null
   void setObject(Ref<Object> value, Ref<Object> forKey);
   void setObject(Ref<Object> value, std::string_view forKey);

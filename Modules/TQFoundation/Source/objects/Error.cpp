@@ -28,7 +28,7 @@ std::string_view textOf(std::string_view domain, std::int64_t code) {
 Error::Error(std::string_view domain, std::int64_t code, Ref<Dictionary> userInfo)
     : domain_(domain),
       code_(code),
-      userInfo_(userInfo ? std::move(userInfo) : Dictionary::dictionary()) {}
+      userInfo_(userInfo ? refCast<Dictionary>(userInfo->copy()) : Dictionary::dictionary()) {}
 
 Ref<Error> Error::errorWithDomain(std::string_view domain, std::int64_t code,
                                   Ref<Dictionary> userInfo) {

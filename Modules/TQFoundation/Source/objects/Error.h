@@ -31,7 +31,7 @@ class TQ_EXPORT Error final : public Subclass<Error> {
 
   /// Creates an error.
   /// @param domain  the namespace of the code, such as POSIXErrorDomain
-  /// @param userInfo  details under the keys above; may be null
+  /// @param userInfo  details under the keys above, which are copied; may be null
   [[nodiscard]] static Ref<Error> errorWithDomain(std::string_view domain, std::int64_t code,
                                                   Ref<Dictionary> userInfo = nullptr);
   /// Creates an error with `description` as its localized description.

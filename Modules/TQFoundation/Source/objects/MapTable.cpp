@@ -64,7 +64,7 @@ MapTable::Removed MapTable::purge() {
   const std::uint64_t losses = detail::weakLossCount();
   if (losses == lossesSeen_) return removed;
   const auto isGone = [](const Slot& slot) {
-    return slot.value != nullptr && slot.weakKey.isGone();
+    return slot.value != nullptr && slot.weakKey.expired();
   };
   removed.reserve(static_cast<std::size_t>(std::ranges::count_if(slots_, isGone)));
   for (Slot& slot : slots_) {
@@ -88,7 +88,7 @@ MapTable::Removed MapTable::purgeSome() {
     if (sweepPosition_ == 0) sweepLosses_ = losses;
     if (sweepPosition_ < slots_.size()) {
       Slot& slot = slots_[sweepPosition_];
-      if (slot.value != nullptr && slot.weakKey.isGone()) {
+      if (slot.value != nullptr && slot.weakKey.expired()) {
         removed.reserve(kAtOnce);
         removed.push_back(takeOut(slot));
       }
@@ -104,7 +104,7 @@ MapTable::Removed MapTable::purgeSome() {
 std::size_t MapTable::count() const {
   if (keys_ == Keys::strong || detail::weakLossCount() == lossesSeen_) return count_;
   return static_cast<std::size_t>(std::ranges::count_if(
-      slots_, [](const Slot& slot) { return slot.value != nullptr && !slot.weakKey.isGone(); }));
+      slots_, [](const Slot& slot) { return slot.value != nullptr && !slot.weakKey.expired(); }));
 }
 
 MapTable::Removed MapTable::setObject(Ref<Object> value, Object& forKey) {

@@ -36,7 +36,7 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
 
   /// A key and its value, both held strongly by the copy.
   struct Entry {
-    Ref<Object> key;    ///< null for an entry removed from a table with weak keys
+    Ref<Object> key;    ///< null for a replaced value, and if the table's keys are weak
     Ref<Object> value;  ///< never null
   };
   /// Entries that a call has removed. The caller releases them where destructors may run.
@@ -55,7 +55,8 @@ class TQ_EXPORT MapTable final : public Subclass<MapTable> {
   /// of the process has been destroyed since the last purge.
   [[nodiscard]] std::size_t count() const;
 
-  /// Returns the value of the key, or null. The table owns it.
+  /// Returns the value of the key, or null. The table owns it. With weak keys that are compared by
+  /// equality, it may be the last to release a key that another thread released meanwhile.
   [[nodiscard]] Object* objectForKey(const Object& key) const;
   /// Sets the value of the key. If an equal key is in the table, that key stays. A null value
   /// removes the entry.

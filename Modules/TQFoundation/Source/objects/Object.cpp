@@ -21,7 +21,8 @@ struct PutOff {
 // variables.
 [[gnu::tls_model("initial-exec")]] thread_local constinit PutOff putOff;
 
-constexpr int kAlignmentBits = 4;  // an object starts at a multiple of 16
+constexpr int kAlignmentBits = 3;  // an Object starts at a multiple of 8, not always its class
+static_assert(alignof(Object) == 1 << kAlignmentBits);
 
 }  // namespace
 
@@ -53,8 +54,8 @@ std::string Object::description() const {
   return text;
 }
 
-// The link uses the 48 bits of the count and the spare bits: an address of up to 52 bits without
-// its four low bits, which are 0. Kind and detail are kept, because destructors read them.
+// The link uses the 48 bits of the count and the spare bits: an address of up to 51 bits without
+// its three low bits, which are 0. Kind and detail are kept, because destructors read them.
 void Object::setNextPutOff(const Object* object) const noexcept {
   const auto link = reinterpret_cast<std::uintptr_t>(object) >> kAlignmentBits;
   references_.store(static_cast<std::uint32_t>(link), std::memory_order_relaxed);

@@ -67,7 +67,8 @@ class TQ_EXPORT Object {
   [[nodiscard]] const Class& classForCoder() const noexcept;
 
   /// Returns true if both have the same value. By default an object equals only itself. Containers
-  /// call isEqual() and hash() while they search and compare: neither may change the container.
+  /// call isEqual() and hash() while they search and compare, and description() for their own: none
+  /// may change the container.
   [[nodiscard]] virtual bool isEqual(const Object& other) const;
 
   /// Returns the hash. Equal objects have equal hashes. It differs from process to process: never

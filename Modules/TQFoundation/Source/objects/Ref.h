@@ -93,6 +93,7 @@ template <class T, class... Arguments>
     static_assert(std::same_as<T, typename T::ThisClass> || T::className == T::ThisClass::className,
                   "derive the class from Subclass: class T : public tq::Subclass<T, Parent>");
   }
+  static_assert(alignof(T) <= alignof(std::max_align_t), "objects are aligned for scalar types");
   return Ref<T>::adopt(new T(std::forward<Arguments>(arguments)...));
 }
 

@@ -22,7 +22,8 @@ class TQ_EXPORT URL final : public Subclass<URL> {
   static constexpr std::string_view codingName = "NSURL";
 
   /// Returns the URL of the file at `path`, whose bytes are kept (a "%20" in it is three
-  /// characters). A relative path is appended to the current working directory. An empty path stays
+  /// characters). A relative path is appended to the current working directory; if that was
+  /// removed, the path stays relative, and absoluteString() is no valid URL. An empty path stays
   /// empty: isFileURL() is true, but no file has this URL.
   [[nodiscard]] static Ref<URL> fileURLWithPath(std::string_view path);
 

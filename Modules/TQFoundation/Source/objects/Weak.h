@@ -44,6 +44,15 @@ class Held {
   Held() noexcept = default;
   /// Retains `owner` and refers to `view`, which must be a part of it.
   Held(Ref<Object> owner, T* view) noexcept : owner_(std::move(owner)), view_(view) {}
+  /// Moving leaves null behind.
+  Held(const Held&) noexcept = default;
+  Held(Held&& other) noexcept
+      : owner_(std::move(other.owner_)), view_(std::exchange(other.view_, nullptr)) {}
+  Held& operator=(Held other) noexcept {
+    std::swap(owner_, other.owner_);
+    std::swap(view_, other.view_);
+    return *this;
+  }
 
   /// Returns the interface or null. Valid while this owns its object.
   [[nodiscard]] T* get() const noexcept { return view_; }
@@ -114,18 +123,15 @@ class Weak {
     }
   }
 
-  /// Returns true if the object is gone or if there never was one.
-  [[nodiscard]] bool expired() const noexcept { return !lock(); }
+  /// Returns true if the object is gone or if there never was one. One atomic load.
+  [[nodiscard]] bool expired() const noexcept {
+    return block_ == nullptr || detail::isGone(*block_);
+  }
 
   /// Returns true if it observes `object`, which the caller must own. Never true for a new object
   /// at the address of one that is gone. One atomic load; any number of threads at once.
   [[nodiscard]] bool observes(const Object& object) const noexcept {
     return block_ != nullptr && detail::observes(*block_, object);
-  }
-
-  /// Like expired(): true if the object is gone. One atomic load.
-  [[nodiscard]] bool isGone() const noexcept {
-    return block_ == nullptr || detail::isGone(*block_);
   }
 
   /// Returns true if both observe the same object, or none. This holds after the object is gone

@@ -86,6 +86,7 @@ TEST(Class, IsFoundByItsCodingNameAfterRegistration) {
   Class::registerClass<Structured>();
   EXPECT_DEATH(Class::registerClass<Usurper>(), "another class is registered");
   EXPECT_DEATH(Class::registerClass<Impostor>(), "another class is registered");
+  EXPECT_DEATH(Class::unregisterClass<Array>(), "isLibraryClass");
   Class::unregisterClass<Usurper>();  // has no effect: the name is another class's
   EXPECT_EQ(Class::classNamed("S"), &classOf<Structured>);
   Class::unregisterClass<Structured>();

@@ -91,6 +91,27 @@ struct Farewell final : Subclass<Farewell> {
   static inline bool keeps = false;
 };
 
+struct Shown {
+  virtual ~Shown() = default;
+};
+/// Its Object does not start where it starts.
+struct Node final : Shown, Subclass<Node> {
+  static constexpr std::string_view className = "Node";
+  ~Node() override { ++destroyed; }
+  std::vector<Ref<Node>> children;
+  static inline int destroyed = 0;
+};
+
+TEST(Object, MayBeTheSecondBaseOfItsClass) {
+  Ref<Node> top;
+  for (int i = 0; i < 100; ++i) {
+    const auto next = makeRef<Node>();
+    next->children = {makeRef<Node>(), makeRef<Node>(), std::exchange(top, next)};
+  }
+  top = nullptr;
+  EXPECT_EQ(Node::destroyed, 300);
+}
+
 TEST(Object, MayBeReferredToInItsDestructorButNotKept) {
   constexpr int kCount = 3 * Object::kDirectReleaseDepth;  // destroyed directly, and deferred
   Farewell::destroyed = 0;

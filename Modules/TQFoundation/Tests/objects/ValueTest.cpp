@@ -242,6 +242,10 @@ TEST(Error, HasTextForPeopleAndForProgrammers) {
   EXPECT_FALSE(error->isEqual(*plain));
   EXPECT_TRUE(error->isEqual(*Error::errorWithDomain("domain", 7, "bad � byte")));
   EXPECT_EQ(error->copy(), error);
+  const auto info = MutableDictionary::dictionaryWithDictionary(error->userInfo());
+  const auto own = Error::errorWithDomain("domain", 7, info);
+  info->removeAllObjects();
+  EXPECT_TRUE(own->isEqual(*error));
   Ref<Error> out;
   setOutError(&out, error);
   EXPECT_EQ(out, error);

@@ -51,8 +51,10 @@ TEST(Weak, HoldsAnInterfaceAndKeepsItsObjectWhileLocked) {
   auto held = weak.lock();
   ASSERT_TRUE(held);
   object = nullptr;
-  EXPECT_EQ(held->answer(), 42);
-  held = {};
+  auto moved = std::move(held);
+  EXPECT_FALSE(held);  // NOLINT: its state is specified
+  EXPECT_EQ(moved->answer(), 42);
+  moved = held;
   EXPECT_FALSE(weak.lock());
 }
 
@@ -96,7 +98,7 @@ struct Unmade final : Subclass<Unmade> {
 TEST(Weak, ReadsNullAfterItsConstructorThrew) {
   Weak<Unmade> seen;
   EXPECT_THROW(static_cast<void>(makeRef<Unmade>(seen)), std::runtime_error);
-  EXPECT_TRUE(seen.isGone());
+  EXPECT_TRUE(seen.expired());
   EXPECT_FALSE(seen.lock());
 }
 
