@@ -99,7 +99,9 @@ template <ChildTraversable Tree>
 }
 
 /// The part of a tree below a node: the same tree with another root. Stores the tree by value, and
-/// thus shares it if `Base` is a Ref.
+/// thus shares it if `Base` is a Ref. If the tree is no Ref and returns references to its nodes,
+/// the root stays a node of the original tree, which must exist unchanged as long as the part is
+/// used.
 template <ChildTraversable Base>
 class SubTree {
  public:

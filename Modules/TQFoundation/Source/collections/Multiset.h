@@ -4,9 +4,13 @@
 /// A set with multiplicities (bag).
 
 #include <algorithm>
+#include <concepts>
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <ranges>
+#include <stdexcept>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -32,14 +36,28 @@ class Multiset {
   Multiset() = default;
   /// Inserts each of `elements`, in order.
   template <std::ranges::input_range Elements>
-  explicit Multiset(Elements&& elements) {
+  requires(!std::same_as<std::remove_cvref_t<Elements>, Multiset>) explicit Multiset(
+      Elements&& elements) {
     for (auto&& element : elements) insert(std::forward<decltype(element)>(element));
+  }
+  /// Moving leaves an empty set behind.
+  Multiset(const Multiset&) = default;
+  Multiset(Multiset&& other) : Multiset() { *this = std::move(other); }
+  Multiset& operator=(const Multiset&) = default;
+  Multiset& operator=(Multiset&& other) {
+    std::swap(entries_, other.entries_);
+    std::swap(positions_, other.positions_);
+    std::swap(total_, other.total_);
+    return *this;
   }
 
   /// Inserts the element `times` times.
   /// @return its count afterwards
+  /// @throws std::length_error if the sum of all counts would be above the largest std::size_t
   std::size_t insert(Element element, std::size_t times = 1) {
     if (times == 0) return count(element);
+    if (times > std::numeric_limits<std::size_t>::max() - total_)
+      throw std::length_error("Multiset");
     const auto found = positions_.find(element);
     if (found == positions_.end()) {
       entries_.push_back({element, 0});

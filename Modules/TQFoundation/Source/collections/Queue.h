@@ -49,7 +49,8 @@ template <class Element, class Before = std::less<Element>>
 class PriorityQueue {
  public:
   PriorityQueue() = default;
-  /// An empty queue ordered by `before`, a strict weak order.
+  /// An empty queue ordered by `before`, a strict weak order. After an exception of `before`, the
+  /// order is undefined until the queue is empty.
   explicit PriorityQueue(Before before) : before_(std::move(before)) {}
 
   /// Adds an element. O(log n).

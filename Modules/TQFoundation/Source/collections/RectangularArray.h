@@ -101,7 +101,8 @@ class RectangularArray {
   template <class Self>
   static auto columnOf(Self& self, std::size_t column) {
     TQ_ASSERT(column < self.columnCount_);
-    return detail::Strided(self.elements().data() + column, self.columnCount_, self.rowCount_);
+    const std::size_t first = self.rowCount_ == 0 ? 0 : column;
+    return detail::Strided(self.elements().data() + first, self.columnCount_, self.rowCount_);
   }
 
   std::size_t rowCount_ = 0;

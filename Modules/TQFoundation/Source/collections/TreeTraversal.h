@@ -166,7 +166,8 @@ struct WalkOf<Tree, TraversalOrder::breadthFirst> {
 ///
 /// Memory:  depth first, one frame for each level above the current node; breadth first, one node
 ///          handle for each node of two levels. Never recursive, for trees of any depth.
-/// Cost:    the children of each node are requested once, when the traversal moves past the node.
+/// Cost:    the children of each node are requested at most once: in post-order before the node is
+///          visited, otherwise when the traversal moves past it.
 template <ChildTraversable Tree, TraversalOrder order>
 class TreeTraversal : public std::ranges::view_interface<TreeTraversal<Tree, order>> {
  public:

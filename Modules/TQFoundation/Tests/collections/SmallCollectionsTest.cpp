@@ -34,6 +34,13 @@ TEST(Multiset, CountsInTheOrderOfFirstInsertion) {
   EXPECT_EQ(set.removeAll("a"), 5U);
   EXPECT_TRUE(set.isEmpty());
   EXPECT_FALSE(set.contains("a"));
+  set.insert("a", 2);
+  Multiset<std::string> copy(set);
+  const auto moved = std::move(set);
+  EXPECT_TRUE(set.isEmpty());  // NOLINT: its state is specified
+  EXPECT_EQ(moved, copy);
+  EXPECT_THROW(copy.insert("b", ~std::size_t{1}), std::length_error);
+  EXPECT_EQ(moved, copy);
 }
 
 TEST(Multiset, EqualityIgnoresTheOrder) {
@@ -131,6 +138,7 @@ TEST(RectangularArray, RowsAndColumnsAreViewsOfTheSameElements) {
   std::ranges::sort(table.column(1));
   EXPECT_THAT(std::as_const(table).column(1), ElementsAre(4, 7));
   EXPECT_EQ(std::ranges::distance(RectangularArray<int>(3, 0).row(2)), 0);
+  EXPECT_EQ(std::ranges::distance(RectangularArray<int>(0, 3).column(2)), 0);
   const RectangularArray<int> taken = std::move(table);
   EXPECT_EQ(taken.rowCount(), 2u);
   EXPECT_EQ(table, RectangularArray<int>());  // NOLINT: its state is specified
