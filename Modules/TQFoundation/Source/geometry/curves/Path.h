@@ -118,7 +118,9 @@ class TQ_EXPORT Path {
   [[nodiscard]] Path transformed(const AffineTransform& transform) const;
 
   /// Equal if the elements have the same types and equal points.
-  friend bool operator==(const Path&, const Path&) noexcept = default;
+  friend bool operator==(const Path& a, const Path& b) noexcept {
+    return a.types_ == b.types_ && a.points_ == b.points_;
+  }
 
  private:
   void add(PathElementType type, std::span<const Point> points);

@@ -97,7 +97,8 @@ TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQ
 [[nodiscard]] TQ_EXPORT Rect
 TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 
-/// Returns the tight bounds of the segment, never wider than those of the control points. They
+/// Returns the tight bounds of the segment, whose extents are never greater than those of the
+/// bounds of the control points. They
 /// contain both ends; the extent is rounded up in the same way.
 ///
 /// Accuracy: a turning point is rounded, so an edge there lies inside or outside of the true one by
@@ -209,9 +210,9 @@ struct TQBezierSegmentOffsets {
                                    TQBezierSegmentOffsets) noexcept = default;
 };
 
-/// Improves reported offsets by Newton's method, within [0, 1] on both segments. The points of the
-/// result are never further apart than those of `offsets`. At a touch, about half of the digits are
-/// correct.
+/// Improves reported offsets, which must be in [0, 1], by Newton's method within [0, 1]. The points
+/// of the result are never further apart than those of `offsets`. At a touch, about half of the
+/// digits are correct.
 [[nodiscard]] TQ_EXPORT TQBezierSegmentOffsets TQBezierSegmentRefineIntersection(
     const TQBezierSegment& a, const TQBezierSegment& b, TQBezierSegmentOffsets offsets) noexcept;
 

@@ -9,12 +9,13 @@
 namespace tq {
 namespace {
 
-/// Returns the root in a monotone interval whose ends have different signs. Uses Newton's method,
-/// and bisection wherever a step would leave the interval.
+/// Returns the root inside a monotone interval whose ends have different signs, never an end. Uses
+/// Newton's method, and bisection wherever a step would leave the interval.
 template <std::size_t N>
 double rootBetween(const detail::BezierAxis<N>& p, double low, double high,
                    bool risesFromBelow) noexcept {
   constexpr int kSteps = 100;  // bisection alone needs 55
+  const double start = low;
   double t = (low + high) / 2;
   for (int i = 0; i < kSteps; ++i) {
     const auto [value, derivative] = detail::evaluate<N, double>(p, t);
@@ -22,6 +23,8 @@ double rootBetween(const detail::BezierAxis<N>& p, double low, double high,
     ((value < 0) == risesFromBelow ? low : high) = t;
     double next = t - value / derivative;
     if (!(next > low && next < high)) next = (low + high) / 2;
+    // No number is between them.
+    if (!(next > low && next < high)) return low > start ? low : high;
     if (std::fabs(next - t) <= std::numeric_limits<double>::epsilon() / 2) return next;
     t = next;
   }

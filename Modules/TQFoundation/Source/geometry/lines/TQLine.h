@@ -186,7 +186,9 @@ static_assert(std::is_trivially_copyable_v<TQLineSegment> && sizeof(TQLineSegmen
                                                             const TQLineSegment& segment) noexcept;
 
 /// Returns the intersection of two segments, all ends included, or TQLineNoIntersection. Parallel
-/// segments never meet, even if they overlap.
+/// segments never meet, even if they overlap. Rounding may put the point beyond an end: segments
+/// that meet at an end are found for certain only if they are parallel to the axes, or their
+/// coordinates are small whole numbers.
 [[nodiscard]] TQ_EXPORT Point TQLineSegmentIntersection(const TQLineSegment& s1,
                                                         const TQLineSegment& s2) noexcept;
 

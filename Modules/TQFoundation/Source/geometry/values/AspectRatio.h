@@ -52,7 +52,8 @@ struct AspectRatio {
     return TQRectWithSizeProportionallyAroundRect({width, height}, rect);
   }
 
-  /// Equal if the ratios are equal: 4 to 2 equals 2 to 1.
+  /// Equal if the ratios are equal: 4 to 2 equals 2 to 1. Undefined if the product of a width and a
+  /// height overflows or becomes 0.
   friend constexpr bool operator==(AspectRatio a, AspectRatio b) noexcept {
     return a.width * b.height == b.width * a.height;
   }

@@ -42,7 +42,7 @@ Vector VectorProject(Vector v, Vector onto) noexcept {
 double VectorAngleBetween(Vector a, Vector b) noexcept {
   const Vector one = scaledNearOne(a);
   const Vector other = scaledNearOne(b);
-  return std::atan2(VectorCrossProduct(one, other), VectorDotProduct(one, other));
+  return std::atan2(VectorCrossProduct(one, other), VectorDotProduct(one, other) + 0.0);  // not -0
 }
 
 PolarVector PolarFromVector(Vector v) noexcept {

@@ -61,6 +61,7 @@ TEST(Path, KeepsItsElementsInOrder) {
   EXPECT_EQ(elements(path), expected);
   EXPECT_EQ(path.currentPoint(), (Point{50, 50}));
   EXPECT_EQ(Path().currentPoint(), std::nullopt);
+  EXPECT_EQ(Path().transformed({1, 0, 0, 1, 5, 7}), Path());
 }
 
 TEST(Path, SegmentsAreWhatItDraws) {

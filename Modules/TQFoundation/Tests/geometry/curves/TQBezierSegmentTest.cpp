@@ -275,6 +275,7 @@ TEST(BezierSegment, LineCrossingsGiveEndsExactlyAndTouchesOnce) {
       // Rounding puts the turning point slightly before 1.
       {"level at its end", cubic({0, 76}, {1, 83}, {2, 100}, {3, 100}), 100, {1}},
       {"again", cubic({0, 91}, {1, 101}, {2, 100}, {3, 100}), 100, {0.75, 1}},
+      {"an end just behind the line", straight({0, -1}, {1, 6e-17}), 0, {0x1.fffffffffffffp-1}},
       {"level but for a bit", quadratic({0, 2}, {1, 2 + 4e-16}, {2, 1}), 2, {0}},
   };
   for (const auto& [name, segment, y, offsets] : cases) {

@@ -20,7 +20,10 @@ TEST(VectorAlgebra, ExtremesNeitherOverflowNorVanishAndSmallAnglesKeepTheirDigit
   }
   EXPECT_EQ(VectorNormalise({}), (Vector{}));
   EXPECT_EQ(VectorProject({3, 4}, {}), (Vector{}));
-  EXPECT_EQ(VectorAngleBetween({}, {1, 1}), 0);
+  for (const Vector v : {Vector{1, 1}, {1, -1}, {-1, -1}, {-0.0, -0.0}, {}}) {
+    EXPECT_EQ(VectorAngleBetween({}, v), 0);
+    EXPECT_EQ(VectorAngleBetween(v, {}), 0);
+  }
   EXPECT_TRUE(std::isnan(VectorNormalise({std::nan(""), 1}).dx));
   EXPECT_EQ(VectorAngleBetween({1, 0}, {1, 1e-9}), 1e-9);
   EXPECT_EQ(VectorAngleBetween({1, 0}, {-1, 0}), kPi);
