@@ -196,14 +196,15 @@ class Run {
   /// Waits until the tool ends. @return the reason why it must be killed, or its status is unknown
   std::optional<Code> waitForEnd() {
     for (;;) {
-      // Checked first, so that all output from before the end is read below.
-      const pid_t ended = ::waitpid(child_, &status_, WNOHANG);
-      hasEnded_ = ended != 0;
+      // Checked first, so that all output from before the end is read below. The status is
+      // collected last: until then, the number of the group belongs to it, and the group can be
+      // killed.
+      const bool ends = isEnding();
       writeInput();
       for (Stream& stream : streams_) {
         if (!readOutput(stream)) return Code::tooMuchOutput;
       }
-      if (hasEnded_) return ended < 0 ? std::optional(Code::unknownEnd) : std::nullopt;
+      if (ends) return collectStatus();
       if (deadline_ && Clock::now() >= *deadline_) return Code::timedOut;
       waitForEvents();
     }
@@ -223,6 +224,24 @@ class Run {
   }
 
  private:
+  /// Returns whether the tool has ended, or cannot be waited for.
+  bool isEnding() {
+    siginfo_t info{};
+    const int result =
+        ::waitid(P_PID, static_cast<id_t>(child_), &info, WEXITED | WNOHANG | WNOWAIT);
+    hasEnded_ = result < 0;  // another part of the program took its exit status
+    return hasEnded_ || info.si_pid != 0;
+  }
+
+  std::optional<Code> collectStatus() {
+    hasEnded_ = true;
+    pid_t ended = -1;
+    do {
+      ended = ::waitpid(child_, &status_, 0);
+    } while (ended < 0 && errno == EINTR);
+    return ended < 0 ? std::optional(Code::unknownEnd) : std::nullopt;
+  }
+
   struct Stream {
     Descriptor file;
     Ref<MutableData> bytes = MutableData::data();

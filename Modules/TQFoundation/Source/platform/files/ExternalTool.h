@@ -27,7 +27,7 @@ enum class ExternalToolErrorCode : std::int64_t {
 
 /// A program to run, with its arguments, its input and its limits.
 struct ExternalTool {
-  /// A path, or a name that is searched in $PATH.
+  /// A path, or a name that is searched in $PATH. A relative path begins at workingFolder.
   std::string program;
   /// The arguments, passed exactly as given: no shell interprets them.
   std::vector<std::string> arguments = {};
