@@ -37,7 +37,9 @@ using LogSink = std::function<void(const LogMessage&)>;
 /// Sends all messages that pass their channel's level to `sink`. An empty sink restores the system.
 ///
 /// Threads:    any. The sink is called on the thread that logs, with no lock held; several threads
-///             may call it at the same time.
+///             may call it at the same time. The previous sink may still run on other threads
+///             when this returns, and is destroyed at a later replacement: it must own what it
+///             uses.
 /// Exceptions: an exception that leaves the sink is dropped, so that a message never makes the
 ///             function fail that logs it.
 ///

@@ -49,7 +49,7 @@ void plainLog(std::string_view given) {
   static std::atomic<bool> isCut = false;  // the last line could only be written in part
   const bool wasCut = isCut.exchange(false);
   std::string line = wasCut ? "\n" : "";
-  line.append(timestamp()).append(" ").append(program_invocation_short_name);
+  line.append(timestamp()).append(" ").append(printableText(program_invocation_short_name));
   line.append("[").append(std::to_string(::getpid()));
   line.append(":").append(std::to_string(::gettid())).append("] ").append(message);
   if (!line.ends_with('\n')) line += '\n';

@@ -31,7 +31,9 @@ inline void plainLog(const char* message) {
 /// Sends all messages to `sink`. An empty sink restores standard error.
 ///
 /// Threads:    any. The sink is called on the thread that logs, with no lock held; several threads
-///             may call it at the same time.
+///             may call it at the same time. The previous sink may still run on other threads
+///             when this returns, and is destroyed at a later replacement: it must own what it
+///             uses.
 /// Exceptions: an exception that leaves the sink is dropped, so that a message never makes the
 ///             function fail that logs it.
 ///
