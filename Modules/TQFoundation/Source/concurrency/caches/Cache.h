@@ -55,10 +55,10 @@ class Cache {
 template <class T>
 class ObjectPool {
  public:
-  /// @param create  returns a new object, not null; called when no object is idle
+  /// @param create  returns a new object, not null; called when no object is idle. An empty function
+  ///                stops the process.
   explicit ObjectPool(std::function<Ref<T>()> create)
-      : pool_(TQObjectPool::initWithObjectCreatorBlock(
-            [create = std::move(create)]() -> Ref<Object> { return create(); })) {}
+      : pool_(TQObjectPool::initWithObjectCreatorBlock(std::move(create))) {}
 
   /// Removes and returns any idle object, or creates one.
   [[nodiscard]] Ref<T> vend() { return refCast<T>(pool_->vendObject()); }
