@@ -57,7 +57,9 @@ inline constexpr AffineTransform AffineTransformIdentity{};
 [[nodiscard]] TQ_EXPORT AffineTransform AffineTransformRotate(const AffineTransform& transform,
                                                               double angleRadians) noexcept;
 
-/// Returns the inverse. Returns `transform` unchanged if it has none (determinant 0 or NaN).
+/// Returns the inverse. Returns `transform` unchanged if it has none (determinant 0 or NaN). The
+/// determinant is a double: where it overflows, or becomes 0 or denormal, the result is zero,
+/// `transform`, or inexact.
 [[nodiscard]] TQ_EXPORT AffineTransform
 AffineTransformInvert(const AffineTransform& transform) noexcept;
 

@@ -148,8 +148,8 @@ namespace detail {
 
 /// Returns the smallest rect that contains both. If one is null, the other one is returned raw. A
 /// rect of size 0 counts as a point. If a coordinate of either is NaN, the coordinate of `b` is
-/// used. The extent is max - min, so the maximum of the result may be one unit in the last place
-/// too small.
+/// used. The extent is max - min, which is rounded: the maximum of the result may differ by half a
+/// unit in the last place of the extent, in either direction.
 [[nodiscard]] constexpr Rect RectUnion(const Rect& a, const Rect& b) noexcept {
   if (RectIsNull(a)) return b;
   if (RectIsNull(b)) return a;
@@ -215,8 +215,8 @@ struct Overlap {
          standard.origin.y <= point.y && point.y < standard.origin.y + standard.size.height;
 }
 
-/// Returns true if the union of both equals `rect`. Every rect contains the null rect. Rounding of
-/// max - min can make the result false for a rect that is inside.
+/// Returns true if the union of both equals `rect`. Every rect without NaN contains the null rect.
+/// Rounding of max - min can make the result false for a rect that is inside.
 [[nodiscard]] constexpr bool RectContainsRect(const Rect& rect, const Rect& inner) noexcept {
   return RectEqualToRect(RectUnion(rect, inner), rect);
 }

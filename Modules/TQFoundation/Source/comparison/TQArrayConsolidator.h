@@ -50,7 +50,7 @@ class TQ_EXPORT TQArrayConsolidator {
 
 /// Changes `array` to match `newArray` item by item. Matching items stay, moved items are moved to
 /// their new places, and the other items are removed or created. An index beyond the end inserts at
-/// the end.
+/// the end. The blocks must not change the arrays.
 ///
 /// Errors: exceptions of the blocks propagate. `array` is unchanged until the first removal. After
 ///         an exception of createBlock or postRemoveBlock, the changes made so far stay.

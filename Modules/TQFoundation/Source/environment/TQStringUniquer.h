@@ -35,7 +35,8 @@ class TQ_EXPORT TQStringUniquer {
   [[nodiscard]] bool isTaken(std::string_view name) const { return taken_.contains(name); }
 
   /// Returns `wanted` if it is free. Otherwise appends the first free number, or increases the
-  /// number at its end: "Oval 7" is followed by "Oval 8".
+  /// number at its end: "Oval 7" is followed by "Oval 8". A number is 2 or more, without leading
+  /// zeros, of at most 18 digits; other digits belong to the name.
   std::string uniqueString(std::string_view wanted);
 
   /// Returns a name for a copy of `original`: "Oval copy", then "Oval copy 2". For a copy of a copy

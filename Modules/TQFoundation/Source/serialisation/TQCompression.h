@@ -53,7 +53,8 @@ enum class TQCompressionAlgorithm : std::uint32_t {
 /// Decompresses the bytes between the first `headerSize` and the last `footerSize` bytes.
 ///
 /// Stored bytes are returned, whatever their length. Otherwise the bytes must be a well-formed
-/// stream of exactly `uncompressedSize` plain bytes; bytes after the end of the stream are ignored.
+/// stream of exactly `uncompressedSize` plain bytes; bytes after the end of the stream are ignored,
+/// but LZ4 raw has no end mark: there they are damage.
 ///
 /// Cost:   one block of `uncompressedSize` bytes, only if the payload can expand to as many; a
 ///         codec state of fixed size.

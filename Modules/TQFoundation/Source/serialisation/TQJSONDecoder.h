@@ -74,7 +74,8 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
  public:
   static constexpr std::string_view className = "TQJSONDecoder";
 
-  /// The key of the byte offset of the fault, a number, in the user info of the parser's errors.
+  /// The key of the byte offset of the fault in the parsed text, a number, in the user info of the
+  /// parser's errors.
   static constexpr std::string_view kErrorIndexKey = "NSJSONSerializationErrorIndex";
 
   /// Codes of errors in the domain TQJSONDecoderError, besides 0 (a class was refused, or cannot be
@@ -82,8 +83,10 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
   static constexpr std::int64_t kConstructorThrew = 2;
   static constexpr std::int64_t kWrongKind = 3;
 
-  /// Parses the bytes. If that fails, replaces control characters by "?", logs a line for each, and
-  /// parses once more; the error of the second attempt is recorded.
+  /// Parses the bytes. If that fails, replaces each byte from 1 to 31, line breaks and tabs
+  /// included, by "?", logs a line for each of the first 100 and one for the rest, and parses once
+  /// more. The error of the second attempt is recorded: in text with line breaks between its
+  /// tokens, its offset is that of the first line break.
   [[nodiscard]] static Ref<TQJSONDecoder> initWithData(const Data& data,
                                                        const ReadingLimits& limits = {});
   [[nodiscard]] static Ref<TQJSONDecoder> initWithData(std::span<const std::byte> bytes,
@@ -119,7 +122,8 @@ class TQ_EXPORT TQJSONDecoder : public Subclass<TQJSONDecoder> {
 
   /// Returns whether the object being decoded has a member `key`; it may be null.
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
-  /// Returns the member, decoded, or null if it is absent. Each call makes a new object.
+  /// Returns the member, decoded, or null if it is absent. From text, each call makes a new object;
+  /// from a parsed tree, only containers and objects of classes are new.
   [[nodiscard]] Ref<Object> decodeObjectForKey(std::string_view key);
   /// Returns the member as a T, or null if it is absent. A member that decodes to an object of
   /// another class is error kWrongKind, which names the key and both classes.

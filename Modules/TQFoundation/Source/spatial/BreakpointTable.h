@@ -56,7 +56,8 @@ class BreakpointTable {
   /// first.
   [[nodiscard]] std::size_t entryCount() const noexcept { return entries_.size(); }
 
-  /// Returns the value of the first entry that `key` matches, or the default.
+  /// Returns the value of the first entry that `key` matches, or the default. Valid until the next
+  /// store.
   [[nodiscard]] const Value& lookUp(const Key& key) const {
     const auto entry = firstMatch(key);
     return entry == entries_.end() ? defaultValue_ : entry->value;

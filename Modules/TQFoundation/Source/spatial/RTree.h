@@ -33,8 +33,9 @@ namespace tq {
 ///           Areas are width times height of the raw fields, so a rect with one negative extent
 ///           has a negative area when the position of an entry is chosen.
 /// Edges:    rects are closed. The rects of directories are stored as origin and extent. Their sum
-///           may be below the true edge by one unit in the last place, so a query that only
-///           touches exactly that edge may miss it.
+///           may be below the true edge by one unit in the last place of the largest coordinate
+///           below that directory, so a query that overlaps a rect by less than that may miss it:
+///           a rect at -1e19 can hide rects of size 3 near 0.
 /// Speed:    intersects() searches the nodes at first. When its calls have taken about as long as
 ///           building an index of all rects takes, one of them builds it: up to 40 bytes for each
 ///           element, and a third of the time of the insertions. Later insertions extend it.
@@ -56,8 +57,9 @@ class RTree final : public Object {
   ///                             most nodes have the memory of a full node from the beginning;
   ///                             nodes that a split leaves almost empty have less. 8 to 32 suit
   ///                             most uses. With 2, input that is sorted along a line may
-  ///                             add a level with each rect, and each operation then visits as
-  ///                             many nodes.
+  ///                             add a level with each rect; each operation then visits as
+  ///                             many nodes, and memory grows with the square of the number
+  ///                             (750 MB for 4000 rects).
   explicit RTree(std::int64_t maxNumberOfChildren)
       : core_((TQ_ASSERT(maxNumberOfChildren >= 2),
                Node::make(Node::Kind::leaf, maxNumberOfChildren,

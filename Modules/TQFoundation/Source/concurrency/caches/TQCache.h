@@ -30,6 +30,10 @@ class TQCacheDeferredCreation;
 ///          They may call the cache, and release the last reference to it and to the owner. Lock
 ///          order: the owner's monitor, then the cache's lock. A writer waits only for the readers
 ///          before it.
+/// Waits:   a block may wait for the creation of other keys. Two threads whose blocks wait for each
+///          other's keys wait for ever. So do a block of blockingCachedObjectForOwner() that waits
+///          for a creation of another thread for the same owner, and that creation if it adds an
+///          entry of this owner.
 /// Memory:  the entries of a destroyed owner are released by later changes. Each change examines a
 ///          few owners, so its cost does not depend on their number.
 class TQ_EXPORT TQCache final : public Subclass<TQCache> {

@@ -24,8 +24,9 @@ class LazyObject {
   LazyObject& operator=(const LazyObject&) = delete;
 
   /// Returns the object. If there is none, calls `create`, which returns a Ref<T>; other threads
-  /// wait. If it returns null or throws, the waiting threads get null, and the next call creates
-  /// again. `create` must not request the same object.
+  /// wait. If it returns null or throws, a waiting thread gets null or, if another call creates
+  /// before it wakes, that object; the next call creates again. `create` must not request the same
+  /// object.
   template <class Create>
   [[nodiscard]] Ref<T> getOrCreate(Create&& create) {
     return Ref<T>(static_cast<T*>(TQLazyVarGetOrCalculateValue(

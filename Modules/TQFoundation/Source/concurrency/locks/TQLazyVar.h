@@ -49,8 +49,9 @@ TQ_EXPORT void* lazyVarWait(TQLazyVar& var, int timeoutSeconds);
 /// is computing it.
 ///
 /// The block runs with no lock held, on one thread at a time; other threads wait for it. If it
-/// returns null or throws, the variable stays not computed: the waiting threads get null, and the
-/// next call computes again. A block that requests its own variable deadlocks.
+/// returns null or throws, the variable stays not computed: a waiting thread gets null or, if
+/// another thread computes again before it wakes, that result. The next call computes again. A
+/// block that requests its own variable deadlocks.
 ///
 /// @param timeout  whole seconds to wait for another thread, measured by the real-time clock. 0 or
 ///                 less waits without limit. The computing thread itself is never interrupted.

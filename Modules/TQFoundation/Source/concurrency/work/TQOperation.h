@@ -27,7 +27,8 @@ class TQ_EXPORT TQOperation : public Subclass<TQOperation, Operation> {
   ~TQOperation() override;
 
   /// Set the state. Observers are notified before and after a change, with the getter's name as the
-  /// key. They are not notified if the value stays the same.
+  /// key. They are not notified if the value stays the same. Unlike cancel() of Operation,
+  /// setCancelled() does not make a waiting operation ready.
   void setFinished(bool finished);
   void setExecuting(bool executing);
   void setCancelled(bool cancelled);

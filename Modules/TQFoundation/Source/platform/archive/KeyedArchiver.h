@@ -44,7 +44,8 @@ struct ValueRecord;
 /// Created by archivedDataWithRootObject(), which passes it to encodeWithCoder. One thread.
 class TQ_EXPORT KeyedArchiver {
  public:
-  /// Maximum depth of nested objects; the root is at depth 1.
+  /// Maximum depth of nested objects; the root is at depth 1. Strings, numbers and data that is not
+  /// mutable do not count.
   static constexpr int kMaximumDepth = 512;
 
   /// Returns the archive of `object`, with the key "root".

@@ -47,7 +47,8 @@ class TQ_EXPORT KeyedUnarchiver {
   /// How many times each byte of an archive may be read.
   static constexpr std::size_t kMostReadings = 16;
 
-  /// Returns whether objects of a class may be created. May throw.
+  /// Returns whether objects of a class may be created. If it throws, the result is null and the
+  /// exception is dropped, but for std::bad_alloc.
   using ClassFilter = std::function<bool(const Class&)>;
 
   /// Returns the object with the key "root".
@@ -73,7 +74,8 @@ class TQ_EXPORT KeyedUnarchiver {
   /// Returns true if the object being read has a value for the key, which may be null.
   [[nodiscard]] bool containsValueForKey(std::string_view key) const;
 
-  /// Returns null for an absent key, and if the value is null.
+  /// Returns null for an absent key, and if the value is null. A value that is not an object, such
+  /// as one of encodeInteger(), makes the archive invalid: use the function that matches.
   [[nodiscard]] Ref<Object> decodeObjectForKey(std::string_view key);
 
   /// The same; returns null for an object of another class.
@@ -91,7 +93,7 @@ class TQ_EXPORT KeyedUnarchiver {
   }
 
   /// Each returns the number for the key, converted from any kind (see NumberValue); 0 or false for
-  /// an absent key.
+  /// an absent key, an object, and bytes.
   [[nodiscard]] bool decodeBoolForKey(std::string_view key);
   [[nodiscard]] std::int64_t decodeIntegerForKey(std::string_view key);
   [[nodiscard]] float decodeFloatForKey(std::string_view key);

@@ -14,7 +14,8 @@ namespace tq {
 /// Buffers must not overlap.
 struct Codec {
   /// Compresses `plain` into `packed`. @return the number of bytes written; 0 if they do not fit,
-  /// if there is no memory for the codec's state, or if `plain` is too long for the format
+  /// if there is no memory for the codec's state, if `plain` is too long for the format, and for
+  /// lz4RawCodec if `plain` is empty
   std::size_t (*encode)(std::span<const std::byte> plain, std::span<std::byte> packed);
 
   /// Decompresses into `plain`. Returns true if `packed` starts with a complete, well-formed stream

@@ -58,7 +58,8 @@ struct WriteResult {
   int errorNumber = 0;       ///< the system's error number; 0 for a short write
 };
 
-/// Makes one write call of the system, without repeating it. Any thread.
+/// Makes one write call of the system, without repeating it. Any thread. A pipe without a reader
+/// raises SIGPIPE, which ends the process unless the host ignores or blocks it.
 [[nodiscard]] TQ_EXPORT WriteResult writeOnce(int descriptor,
                                               std::span<const std::byte> bytes) noexcept;
 

@@ -19,8 +19,8 @@ namespace tq {
 ///
 /// The bytes are written to a new file in the same folder, flushed to the disk, and renamed over
 /// the old file. A reader finds either the old or the new content, complete, even after a power
-/// failure. If the URL is a symbolic link, the link stays and its target is replaced. Other hard
-/// links of the old file keep the old content. Any thread.
+/// failure. If the URL is a symbolic link, the link stays and its target is replaced; a link
+/// without a target is an error. Other hard links of the old file keep the old content. Any thread.
 ///
 /// The new file keeps the old one's owner, group, permissions, ACL and extended attributes, and has
 /// them before it gets its name. An owner or a group that this process may not set is not kept, and
@@ -29,8 +29,9 @@ namespace tq {
 /// and 0664 becomes 0644. Set-id bits are kept only if owner and group are.
 ///
 /// A killed process leaves no file behind, unless the file system does not support files without a
-/// name (network file systems). ".tq-replacement" is a reserved name: a file of that name is
-/// removed.
+/// name (network file systems), or something else locks the folder, such as another replacement:
+/// then a file ".tq-" with a number may stay. ".tq-replacement" is a reserved name: a file of that
+/// name is removed.
 ///
 /// @return false on failure, with an error of CocoaErrorDomain (see FileHandle). The old content is
 ///         unchanged then, unless only the folder could not be flushed to the disk.

@@ -38,7 +38,7 @@ inline constexpr mode_t kOwnersOnly = 0600;
 /// Writes the bytes to a new file in the path's folder, flushes it to the disk and renames it to
 /// `path`. A link at `path` is replaced, not followed. The new file takes the attributes of the old
 /// one, if there is one, before it gets a name. A killed process leaves no file behind, unless the
-/// file system does not support files without a name.
+/// file system does not support files without a name, or the folder is locked.
 /// @param mode  the permissions of the new file without an old one
 [[nodiscard]] int writeInPlace(const std::string& path, std::span<const std::byte> bytes,
                                const std::optional<FileAttributes>& before, mode_t mode = kByUmask);

@@ -32,7 +32,8 @@ enum class RunLoopMode : std::uint32_t {
 /// timers that are due, the main queue, and all other sources of the context. Finally it performs
 /// blocks again.
 ///
-/// Threads:    performBlock(), wakeUp() and stop() from any; all others on the loop's own thread.
+/// Threads:    performBlock(), wakeUp(), stop() and isCurrent() from any; all others on the loop's
+///             own thread.
 /// Lifetime:   ends with its thread, which drops pending blocks and timers. A loop that is retained
 ///             longer drops each block that is added. The main thread's loop never ends.
 /// Exceptions: an exception that leaves a block or a timer's action stops the process.
@@ -52,8 +53,8 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
 
   /// Appends a block that a pass in `mode` performs, in the order of adding. Does not wake the
   /// loop: a sleeping loop performs the block after something else has woken it. A block that is
-  /// added while blocks are performed waits for the next step that performs blocks. An empty block
-  /// stops the process.
+  /// added while blocks are performed waits for the next step that performs blocks; a loop that a
+  /// block runs does not perform those that remain of its step. An empty block stops the process.
   void performBlock(Block block, RunLoopMode mode = RunLoopMode::common);
 
   /// Ends the loop's sleep, or prevents its next one.
@@ -107,7 +108,8 @@ class TQ_EXPORT RunLoop final : public Subclass<RunLoop> {
 /// process. Any thread.
 TQ_EXPORT void mainQueueAsync(std::function<void()> block);
 
-/// Returns whether the calling thread is the process's first thread. False in a child of fork().
+/// Returns whether the calling thread is the process's first thread. In a child of fork(), false if
+/// the parent's thread had called it or used a lock before.
 [[nodiscard]] TQ_EXPORT bool isMainThread() noexcept;
 
 }  // namespace tq

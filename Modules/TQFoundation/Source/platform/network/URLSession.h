@@ -62,11 +62,13 @@ struct URLSessionConfiguration {
   double timeoutIntervalForRequest = 60;
   /// Maximum number of seconds for a whole task; 0, negative or NaN: no limit.
   double timeoutIntervalForResource = 604800;
-  int HTTPMaximumConnectionsPerHost = 6;  ///< limit of simultaneous connections to one server
-  int HTTPMaximumRedirects = 20;          ///< more fail with URLErrorHTTPTooManyRedirects
-  ReadingLimits readingLimits = {};       ///< its decompressedBytes limit the collected bodies
-  bool HTTPShouldUsePipelining = false;   ///< no effect: the protocol decides
-  bool HTTPShouldSetCookies = true;       ///< cookies are kept in memory for the session's lifetime
+  /// Limit of simultaneous connections to one server; 0 or negative: no limit.
+  int HTTPMaximumConnectionsPerHost = 6;
+  /// More redirects fail with URLErrorHTTPTooManyRedirects; negative: no limit.
+  int HTTPMaximumRedirects = 20;
+  ReadingLimits readingLimits = {};      ///< its decompressedBytes limit the collected bodies
+  bool HTTPShouldUsePipelining = false;  ///< no effect: the protocol decides
+  bool HTTPShouldSetCookies = true;      ///< cookies are kept in memory for the session's lifetime
   /// `never` accepts no cookies; the other two mean the same.
   HTTPCookieAcceptPolicy cookieAcceptPolicy = HTTPCookieAcceptPolicy::onlyFromMainDocumentDomain;
   /// No effect: a session has no cache.
@@ -84,11 +86,14 @@ struct URLSessionConfiguration {
 struct URLRequest {
   /// The URL; null fails with URLErrorBadURL.
   Ref<URL> url = nullptr;
-  /// The method, sent unchanged.
+  /// The method, sent unchanged. One that is no token ("", "G T") fails with URLErrorBadURL, and so
+  /// does a header with an invalid name, or a line break or NUL in its value.
   std::string HTTPMethod = "GET";
   /// Headers; they take precedence over the session's.
   HTTPHeaders HTTPHeaderFields = {};
-  Ref<Data> HTTPBody = nullptr;  ///< sent with POST, PUT and similar methods; may be null
+  /// Sent with each method but HEAD, as application/x-www-form-urlencoded unless there is a header
+  /// Content-Type. May be null.
+  Ref<Data> HTTPBody = nullptr;
   /// Replaces the session's timeoutIntervalForRequest; 0, negative or NaN: the session's value.
   double timeoutInterval = 0;
 };

@@ -12,7 +12,8 @@ namespace tq {
 /// Compares two texts in natural order:
 /// - letters matter before case and accents, and lower case comes before upper case;
 /// - runs of digits are compared by value (file2 < file10; runs of more than 254 digits in pieces);
-/// - punctuation comes before digits, digits before letters, and a prefix before the longer text.
+/// - punctuation comes before digits, digits before letters, and a prefix before the longer text
+///   (not in Thai and Lao, where vowels are written before their consonants).
 ///
 /// If all that is equal, shorter runs of digits come first (1 < 01); then code points decide.
 ///

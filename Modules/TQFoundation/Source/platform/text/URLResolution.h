@@ -24,7 +24,7 @@ namespace tq {
 ///
 /// @param relativeToURL  a URL with a hierarchical path, or null. "mailto:a" has none: seen from
 ///                       there, "b" is "mailto:/b".
-/// @return null if
+/// @return without a base, what URL::URLWithString() returns. With a base, null if
 ///         - either contains a NUL, or a port that is not a number up to 65535;
 ///         - either has a host that contains a semicolon, "%00" or escapes that are not UTF-8, that
 ///           begins with "[" but is no IPv6 address in brackets, or that is an IP address with

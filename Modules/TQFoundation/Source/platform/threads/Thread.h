@@ -19,7 +19,8 @@ extern TQ_EXPORT thread_local constinit std::uint32_t threadNumber
 }  // namespace detail
 
 /// Returns the system's number of the calling thread: never 0, below 2^30, unique among living
-/// threads. After fork(), the child's only thread keeps the number that it had in the parent.
+/// threads. After fork(), the child's only thread keeps the number that it had in the parent, if it
+/// had been asked for there.
 [[nodiscard]] inline std::uint32_t currentThreadNumber() noexcept {
   const std::uint32_t number = detail::threadNumber;
   return number != 0 ? number : detail::assignThreadNumber();
