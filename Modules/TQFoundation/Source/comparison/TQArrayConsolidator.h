@@ -28,8 +28,8 @@ class TQ_EXPORT TQArrayConsolidator {
   void setComparisonBlock(ComparisonBlock block) { comparisonBlock_ = std::move(block); }
 
   /// Updates an old item from the matching new item. Called before the first removal or insertion,
-  /// once for each old item that the search found to match any new item, with the last match found.
-  /// The old item may still be removed afterwards.
+  /// once for each old object that the search found to match any new item, with the last match
+  /// found. The old item may still be removed afterwards.
   [[nodiscard]] const UpdateBlock& updateBlock() const noexcept { return updateBlock_; }
   void setUpdateBlock(UpdateBlock block) { updateBlock_ = std::move(block); }
 

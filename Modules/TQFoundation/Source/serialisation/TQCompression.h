@@ -76,7 +76,8 @@ enum class TQCompressionAlgorithm : std::uint32_t {
 /// Returns the plain bytes of a container, or null if it is not one or is damaged. The CRC is not
 /// checked: damage that leaves a well-formed stream of the right length is not detected.
 ///
-/// An older layout is also read, for LZFSE: the algorithm (32 bits), N (64 bits), the stream.
+/// An older layout is also read, for LZFSE and 18 bytes or more: the algorithm (32 bits), N (64
+/// bits), the stream.
 ///
 /// A container of 625 KB can expand to 4 GiB: for data from outside, set a limit. `limits` and
 /// `error` are those of dataByDecompressingWithAlgorithm().

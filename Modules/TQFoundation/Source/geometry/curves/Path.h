@@ -108,7 +108,8 @@ class TQ_EXPORT Path {
   }
 
   /// Returns the tight bounds of the segments. A move without a segment after it does not count.
-  /// Returns the null rect if there are no segments.
+  /// Returns the null rect if there are no segments. A union of segments is rounded like
+  /// RectUnion(), so a point may be outside by that.
   [[nodiscard]] Rect bounds() const noexcept;
   /// Returns the bounds of all points, including control points and moves without segments. Returns
   /// the null rect for an empty path.

@@ -129,9 +129,9 @@ TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 [[nodiscard]] TQ_EXPORT TQBezierSegment TQBezierSegmentApplyAffineTransform(
     const TQBezierSegment& segment, const AffineTransform& transform) noexcept;
 
-/// Returns the translation and rotation that move the start to (0, 0) and the end onto the x axis,
-/// at x >= 0. If start and end are equal, there is only a translation. If their difference
-/// overflows, the rotation is NaN.
+/// Returns the translation and rotation that move the start to (0, 0) and the end onto the x axis
+/// within rounding, at x >= 0. If start and end are equal, there is only a translation. If their
+/// difference overflows, the rotation is NaN.
 [[nodiscard]] TQ_EXPORT AffineTransform
 TQBezierSegmentTransformForAligningToXAxis(const TQBezierSegment& segment) noexcept;
 

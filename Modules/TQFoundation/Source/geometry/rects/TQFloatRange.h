@@ -30,7 +30,8 @@ inline constexpr std::string_view TQFloatRangeType = "{?=dd}";
 
 /// Returns the smallest range that contains both. Its length is 0 or more. A range of negative
 /// length is read from its lower end, and a range of length 0 counts as a point. Where a bound of
-/// `a` is NaN, the bound of `b` is used.
+/// `a` is NaN, the bound of `b` is used. The length is rounded: the upper end may differ by half a
+/// unit in its last place.
 [[nodiscard]] TQ_EXPORT TQFloatRange TQFloatRangeUnion(TQFloatRange a, TQFloatRange b) noexcept;
 
 /// Returns the part that both ranges have in common. Ranges are closed: two ranges that touch in a

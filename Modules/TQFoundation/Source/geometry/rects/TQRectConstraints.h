@@ -43,17 +43,19 @@ enum class TQRectConstraints : unsigned {
 /// | size, max | follows the maximum edge |
 /// | all three | does not change, like min, size |
 ///
-/// Flexible parts share the rest in proportion to their lengths, or equally if these add up to 0 or
-/// less. No extent becomes negative. If the area is smaller than
-/// TQMinumumSizeForRectWithConstraints(), the pinned parts do not fit. Then a rect with pinned min
-/// starts where it should, and a rect with pinned max and flexible min ends where it should; its
-/// other edge may be outside the area. The result is standardised. A null rect returns
-/// the null rect. Bits beyond the six are ignored. NaN propagates.
+/// Flexible parts share the rest in proportion to their lengths. If these add up to 0 or less, each
+/// takes an equal part of the change of the area, so that a distance may stay negative. No extent
+/// becomes negative. If the area is smaller than TQMinumumSizeForRectWithConstraints(), the pinned
+/// parts do not fit. Then a rect with pinned min starts where it should, and a rect with pinned max
+/// and flexible min ends where it should; its other edge may be outside the area. The result is
+/// standardised. A null rect returns the null rect. Bits beyond the six are ignored. NaN
+/// propagates.
 [[nodiscard]] TQ_EXPORT Rect TQRectScaledRelativeToSizeWithConstraints(
     const Rect& rect, Size fromSize, Size toSize, TQRectConstraints constraints) noexcept;
 
-/// Returns the smallest area size that leaves every pinned part unchanged and no flexible part
-/// negative: the sum of the pinned parts, but at least 0. Returns (0, 0) for a null rect.
+/// Returns the smallest area size that leaves every pinned part unchanged and, if they add up to
+/// more than 0, no flexible part negative: the sum of the pinned parts, but at least 0. Returns (0,
+/// 0) for a null rect.
 /// @param fromSize  the current size of the area
 [[nodiscard]] TQ_EXPORT Size TQMinumumSizeForRectWithConstraints(
     const Rect& rect, Size fromSize, TQRectConstraints constraints) noexcept;

@@ -60,8 +60,8 @@ namespace tq {
   return rect;
 }
 
-/// Returns the smallest rect that contains `rect` and the point. If `rect` is null, this is a rect
-/// of size 0 at the point.
+/// Returns the smallest rect that contains `rect` and the point, rounded like RectUnion(). If
+/// `rect` is null, this is a rect of size 0 at the point.
 [[nodiscard]] constexpr Rect TQRectPointUnion(Point point, const Rect& rect) noexcept {
   return RectUnion(rect, {point, {}});
 }

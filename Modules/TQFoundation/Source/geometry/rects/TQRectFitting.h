@@ -35,10 +35,10 @@ namespace tq {
   return {x, y + (height - fitted) / 2, width, fitted};
 }
 
-/// Returns the smallest rect with the proportions of `size` that covers `rect`, centred. It is the
-/// fitted rect, scaled up. Uses raw fields, for extents of 0 or more. A size with an extent of 0
-/// cannot cover a rect of positive extents: that extent of the result is NaN (0 × infinity), the
-/// other infinite.
+/// Returns the smallest rect with the proportions of `size` that covers `rect` within rounding,
+/// centred. It is the fitted rect, scaled up. Uses raw fields, for extents of 0 or more. A size
+/// with an extent of 0 cannot cover a rect of positive extents: that extent of the result is NaN (0
+/// × infinity), the other infinite.
 [[nodiscard]] TQ_EXPORT Rect TQRectWithSizeProportionallyAroundRect(Size size,
                                                                     const Rect& rect) noexcept;
 
