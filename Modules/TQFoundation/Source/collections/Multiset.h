@@ -40,8 +40,8 @@ class Multiset {
       Elements&& elements) {
     for (auto&& element : elements) insert(std::forward<decltype(element)>(element));
   }
-  /// Moving leaves an empty set behind.
   Multiset(const Multiset&) = default;
+  /// Moving leaves an empty set behind, or swaps with the target of an assignment.
   Multiset(Multiset&& other) : Multiset() { *this = std::move(other); }
   Multiset& operator=(const Multiset&) = default;
   Multiset& operator=(Multiset&& other) {

@@ -55,8 +55,8 @@ class Cache {
 template <class T>
 class ObjectPool {
  public:
-  /// @param create  returns a new object, not null; called when no object is idle. An empty function
-  ///                stops the process.
+  /// @param create  returns a new object, not null; called when no object is idle. An empty
+  ///                function stops the process.
   explicit ObjectPool(std::function<Ref<T>()> create)
       : pool_(TQObjectPool::initWithObjectCreatorBlock(std::move(create))) {}
 

@@ -98,8 +98,7 @@ TQ_EXPORT void TQBezierSegmentSplit(const TQBezierSegment& segment, double t, TQ
 TQBezierSegmentGetControlPointBounds(const TQBezierSegment& segment) noexcept;
 
 /// Returns the tight bounds of the segment, whose extents are never greater than those of the
-/// bounds of the control points. They
-/// contain both ends; the extent is rounded up in the same way.
+/// bounds of the control points. They contain both ends; the extent is rounded up in the same way.
 ///
 /// Accuracy: a turning point is rounded, so an edge there lies inside or outside of the true one by
 /// a few units in the last place of the largest coordinate. Coordinates near the limits of double
