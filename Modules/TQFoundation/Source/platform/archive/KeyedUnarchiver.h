@@ -47,8 +47,8 @@ class TQ_EXPORT KeyedUnarchiver {
   /// How many times each byte of an archive may be read.
   static constexpr std::size_t kMostReadings = 16;
 
-  /// Returns whether objects of a class may be created. If it throws, the result is null and the
-  /// exception is dropped, but for std::bad_alloc.
+  /// Returns whether objects of a class may be created. If it throws, the result is null, and the
+  /// exception is dropped. std::bad_alloc propagates.
   using ClassFilter = std::function<bool(const Class&)>;
 
   /// Returns the object with the key "root".

@@ -228,6 +228,7 @@ TEST(TQCacheStress, OwnersAreDestroyedWhileOtherThreadsUseTheCache) {
 }
 
 TEST(TQObjectPool, KeepsUpToItsLimitAndCreatesWhenEmpty) {
+  EXPECT_DEATH(ObjectPool<String>(nullptr), "creatorBlock != nullptr");
   int created = 0;
   const auto pool =
       TQObjectPool::initWithObjectCreatorBlock([&] { return ++created, text("new"); });

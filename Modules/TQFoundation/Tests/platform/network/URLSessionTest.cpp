@@ -365,7 +365,7 @@ TEST_F(URLSessionTest, TimesOutWithoutDataAndAfterTheWholeTime) {
   EXPECT_EQ(fetch("/").body(), "hello") << "no limits";
 }
 
-// The server never answers the handshake. Meanwhile the session's clock jumps by an hour.
+// The server does not reply to the handshake. The session's clock jumps by an hour meanwhile.
 TEST_F(URLSessionTest, WithoutALimitConnectingDoesNotTimeOut) {
   configuration.timeoutIntervalForRequest = 0;
   configureAgain();
